@@ -1,0 +1,53 @@
+# The driver: one set of objects, linked into the shared library that panels load and into the
+# static one through which unit tests reach the inner functions.
+add_library(dov417modbus_objects OBJECT
+  protocol/register_table.cpp
+  protocol/address_text.cpp
+  protocol/crc.cpp
+  protocol/frame_building.cpp
+  protocol/reply_check.cpp
+  service/driver_state.cpp
+  service/identity.cpp
+  service/address_check.cpp
+  service/multiple_copy.cpp
+  service/address_merging.cpp
+  service/condition_reads.cpp
+  service/recipes.cpp
+  service/send_scheduling.cpp
+  service/response_handling.cpp
+  service/data_areas.cpp
+  service/reading_values.cpp
+  service/change_notifiers.cpp
+  service/writing_values.cpp)
+if(DOV417_QT STREQUAL "6")
+  set(dov417_library_standard cxx_std_17) # Qt 6's own headers ask for it
+else()
+  set(dov417_library_standard cxx_std_11)
+endif()
+target_compile_features(dov417modbus_objects PUBLIC ${dov417_library_standard})
+target_compile_definitions(dov417modbus_objects PRIVATE DOV417_VERSION="${PROJECT_VERSION}")
+target_include_directories(dov417modbus_objects PUBLIC
+  ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/protocol ${PROJECT_SOURCE_DIR}/service)
+target_link_libraries(dov417modbus_objects PUBLIC dov417_qtcore PRIVATE dov417_warnings)
+set_target_properties(dov417modbus_objects PROPERTIES
+  POSITION_INDEPENDENT_CODE ON
+  CXX_VISIBILITY_PRESET hidden
+  VISIBILITY_INLINES_HIDDEN ON)
+# Unique symbols would pin the library in memory for ever.
+target_compile_options(dov417modbus_objects PRIVATE
+  $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
+
+add_library(dov417modbus SHARED $<TARGET_OBJECTS:dov417modbus_objects>)
+target_link_libraries(dov417modbus PRIVATE dov417_qtcore)
+target_link_options(dov417modbus PRIVATE
+  -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map
+  -Wl,--no-undefined-version -Wl,-z,relro -Wl,-z,now)
+set_target_properties(dov417modbus PROPERTIES
+  VERSION ${PROJECT_VERSION}
+  SOVERSION ${PROJECT_VERSION_MAJOR}
+  LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/exports.map)
+
+add_library(dov417modbus_static STATIC $<TARGET_OBJECTS:dov417modbus_objects>)
+target_include_directories(dov417modbus_static PUBLIC
+  $<TARGET_PROPERTY:dov417modbus_objects,INTERFACE_INCLUDE_DIRECTORIES>)
+target_link_libraries(dov417modbus_static PUBLIC dov417_qtcore)

@@ -1,0 +1,115 @@
+/**
+ * @file protocol.h
+ * @brief The driver's whole mutable state: class Protocol and its one object, `driver`.
+ *
+ * The exported functions of intf.h read and change `driver` directly; there is no handle and no
+ * second instance. A host normally needs nothing of this header. Tests and diagnostic hosts may
+ * look at the members, clear or fill the lists: the driver notices it.
+ *
+ * @warning Read the lists with `at()`. A reference from a list's non-const operator is good only
+ * until the next call of the driver, as the driver shares its list with its own index.
+ *
+ * @par Threads
+ * One driver call at a time. The two exceptions and the locks are described at intf.h.
+ */
+#ifndef DOV417MODBUS_PROTOCOL_H
+#define DOV417MODBUS_PROTOCOL_H
+
+#include <QList>
+#include <QMutex>
+#include <QString>
+#include <QStringList>
+#include <QVector>
+
+#include "records.h"
+
+#if defined(__GNUC__)
+#define DOV417_EXPORT __attribute__((visibility("default")))
+#else
+#define DOV417_EXPORT
+#endif
+
+/**
+ * @brief The host's value-change function.
+ *
+ * Called synchronously, on the thread of the driver call that found the change. It may call
+ * intf_getData() and the editor functions; it should leave writing, planning, polling and
+ * re-initialising to a later moment (none of them breaks anything, but what they change may be
+ * changed again by the call in progress).
+ *
+ * @param tag      first property field; 0 for a recipe item, -1 for a served condition read.
+ * @param station  station number; -1 for a recipe item and a served condition read.
+ * @param regName  view that changed: "M_bit", "R_W", "R_D", "T"...; "RWI" for a recipe item, "-1"
+ *                 for a served condition read. The text is a copy made for this call: it may be
+ *                 kept or changed, and stays valid after the library is unloaded.
+ * @param address  address of the view: bit number (word * 16 + bit) or word number; the word index
+ *                 in the recipe buffer for a recipe item; for a condition read 0 when it succeeded
+ *                 and -1 when it failed.
+ */
+typedef void (*VALUE_CHANGE_CALLBACK)(int tag, int station, QString& regName, int address);
+
+struct UnitIndex;
+
+/**
+ * @brief All state of the driver. Members in the order that hosts rely on.
+ *
+ * Owned by the driver: every list and text. Borrowed from the host and never freed: `hostBlock`,
+ * `recipeBuffer`, `hostMutex`, the callback.
+ */
+class DOV417_EXPORT Protocol {
+  public:
+    Protocol();
+    ~Protocol();
+
+    VALUE_CHANGE_CALLBACK valueChangeCallBack; ///< Host function, null until it is set.
+    int callBackTag;          ///< Property field 1: first argument of data notifications.
+    int writeToCacheOnly;     ///< Property field 2: not 0 = writes change only the cache.
+    int propertyField3;       ///< Property field 3: stored for the host.
+    int retryLimit;           ///< Property field 4: bad replies until a request is abandoned.
+    int mergeGap;             ///< Property field 5: largest hole, in words, that merging bridges.
+    unsigned char* hostBlock; ///< Host memory; byte 60115 download, 60116 upload request flag.
+    int hostArg2;             ///< Host value, stored for the host.
+    unsigned short* recipeBuffer;         ///< Host's recipe words.
+    QMutex* hostMutex;                    ///< Guards `hostBlock`.
+    QList<VARIABLE> readList;             ///< Cyclic reads; element 0 is next.
+    QList<VARIABLE> writeList;            ///< Pending writes; element 0 is next.
+    QList<VARIABLE> conditionList;        ///< Condition reads; element 0 is next.
+    QList<_DATA_> dataAreas;              ///< The cache, in order of creation.
+    QVector<_RCP_VAR_PRO> recipeVars;     ///< Recipe records taken, sorted.
+    QVector<_RCP_VAR_PRO> recipeRequests; ///< Merged recipe requests.
+    QList<int> groupStarts;               ///< Index of the record that opened each recipe run.
+    VARIABLE lastConditionVar;            ///< Condition read added last.
+    QStringList regNames;                 ///< The eleven register names.
+    VARIABLE currentVar;                  ///< Request being framed.
+    QList<VARIABLE> currentVars;          ///< Requests of the read frame on the line.
+    int sendKind; ///< 0 idle, 1 handshake, 2 write, 3 condition, 4 cyclic, 5 download, 6 upload.
+    int burstCount;         ///< Writes and condition reads since the last cyclic read.
+    int handshakeRequest;   ///< Not 0: the next idle poll frames a handshake.
+    int retryCount;         ///< Bad replies in a row to the frame on the line.
+    int pieceBitLimit;      ///< `mergeGap` * 8: most bits of one write or condition piece.
+    int pieceWordLimit;     ///< `mergeGap`: most words of one write or condition piece.
+    int commFailed;         ///< 1 after a request was abandoned, 0 after a good reply.
+    int frameIndex;         ///< Index in `sendList` of the frame being decoded.
+    int initDone;           ///< 1 once intf_initProperty() ran.
+    QList<FRAME_PRO> sendList; ///< Frames of the request in progress; element 0 is on the line.
+    QMutex mutex;              ///< Guards `writeList`.
+    int recipeIndex;           ///< Next element of `recipeRequests`.
+    QString propertyPage;      ///< Text last given to intf_SetDriverPropertyPage().
+    QList<int> spareList;      ///< Unused, kept for the layout.
+    int frameVarCount;         ///< Requests carried by the current read.
+    int spareWord;             ///< Unused, kept for the layout.
+
+    /// @cond internal
+    // Not part of the host's layout: what the driver adds for speed and safety.
+    UnitIndex* unitIndex;  // finds a record of dataAreas without a search
+    unsigned int sendTurn; // counts heads leaving sendList: tells whether a callback took ours
+    unsigned int resets;   // counts intf_initProperty calls: tells whether a callback made one
+    /// @endcond
+};
+
+extern "C" {
+/** @brief The one instance. Built when the library is loaded, destroyed when it is unloaded. */
+extern DOV417_EXPORT Protocol driver;
+}
+
+#endif

@@ -1,0 +1,48 @@
+// The controller's memory as the host sees it: eleven register types.
+#ifndef DOV417MODBUS_REGISTER_TABLE_H
+#define DOV417MODBUS_REGISTER_TABLE_H
+
+#include <QString>
+
+enum { registerTypeCount = 11 };
+
+// Columns of ADDRESS_RANGE_PRO.
+enum RangeField {
+    addressFormat = 0,     // "DDD": a number, radix by the last letter; "DDD.DD": word.bit
+    lowestAddress = 1,     // text in the type's own format
+    highestAddress = 2,    // text in the type's own format
+    dataBitsField = 3,     // "1", "16" or "32"
+    accessField = 4,       // "R", "W" or "RW"
+    unitBitsField = 5,     // width of one address unit
+    timerCounterField = 6, // "1": announced under the area name alone
+    rangeFieldCount = 7
+};
+
+extern const QString REG_LIST[registerTypeCount];
+extern const QString ADDRESS_RANGE_PRO[registerTypeCount][rangeFieldCount];
+
+// Modbus function code of a read and base address in the slave.
+extern const int ADDRESS_RANGE_FUNC[registerTypeCount][2];
+
+// A row of the tables with its texts turned into numbers, once.
+struct RegisterType {
+    QString name;
+    QString area; // the name up to its first "_"
+    int dataBits;
+    int unitBits;
+    int timerCounter;
+    bool bitNamed; // the name contains "_bit"
+    int functionCode;
+    int baseAddress;
+};
+
+const RegisterType& registerType(int index);
+
+// The derivation itself, for any row.
+RegisterType deriveRegisterType(const QString& name, const QString (&row)[rangeFieldCount],
+                                int functionCode, int baseAddress);
+
+// "M" for "M_bit" and "M_W", "T" for "T".
+QString areaOf(const QString& regName);
+
+#endif

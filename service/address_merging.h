@@ -1,0 +1,32 @@
+// The host's addresses -> as few read requests as possible.
+#ifndef DOV417MODBUS_ADDRESS_MERGING_H
+#define DOV417MODBUS_ADDRESS_MERGING_H
+
+#include <QList>
+
+#include "records.h"
+#include "register_table.h"
+
+enum {
+    maxRunUnits = 128,        // longest merged request
+    unlimitedPieceWords = 123, // one write of the Modbus protocol, where the host sets no limit
+    unlimitedPieceBits = 984
+};
+
+enum MergeMode {
+    mergeCyclic = 1,
+    mergeRecipe = 2
+};
+
+// 1: keep apart, 0: may join.
+int judgeAddrMerge(KEY_ADDRESS a, KEY_ADDRESS b, int useGap);
+
+// Cuts a key into pieces of at most maxLen units.
+void groupingKey(KEY_ADDRESS& key, int maxLen, QList<KEY_ADDRESS>& out, int withData);
+
+void addrMerge(QList<KEY_ADDRESS>& keys, int mode);
+
+// What addrMerge makes of one key before it joins: bits become the words that hold them.
+void normaliseKey(KEY_ADDRESS& key, const RegisterType& type, int mode);
+
+#endif

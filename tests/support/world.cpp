@@ -1,0 +1,333 @@
+#include "world.h"
+
+#include <QDebug>
+#include <cstring>
+#include <iomanip>
+#include <sstream>
+
+namespace {
+
+Notices& recorded()
+{
+    static Notices notices;
+    return notices;
+}
+
+void record(int tag, int station, QString& regName, int address)
+{
+    recorded().push_back({tag, station, text(regName), address});
+}
+
+std::vector<std::string>& debugLines()
+{
+    static std::vector<std::string> lines;
+    return lines;
+}
+
+void keepDebugLine(QtMsgType type, std::string line)
+{
+    while (!line.empty() && line.back() == ' ') {
+        line.pop_back();
+    }
+    if (type == QtDebugMsg) {
+        debugLines().push_back(line);
+    }
+}
+
+#if QT_VERSION >= 0x050000
+void handleMessage(QtMsgType type, const QMessageLogContext&, const QString& message)
+{
+    keepDebugLine(type, text(message));
+}
+using MessageHandler = QtMessageHandler;
+MessageHandler installHandler(MessageHandler handler)
+{
+    return qInstallMessageHandler(handler);
+}
+#else
+void handleMessage(QtMsgType type, const char* message)
+{
+    keepDebugLine(type, message);
+}
+using MessageHandler = QtMsgHandler;
+MessageHandler installHandler(MessageHandler handler)
+{
+    return qInstallMsgHandler(handler);
+}
+#endif
+
+MessageHandler previousHandler = nullptr;
+
+unsigned int bitwiseCrc(const QByteArray& bytes)
+{
+    unsigned int crc = 0xFFFF;
+    for (int i = 0; i < bytes.size(); ++i) {
+        crc ^= static_cast<unsigned char>(bytes.at(i));
+        for (int bit = 0; bit < 8; ++bit) {
+            crc = (crc & 1u) != 0 ? (crc >> 1) ^ 0xA001u : crc >> 1;
+        }
+    }
+    return crc;
+}
+
+template <typename Record>
+std::string describe(const Record& record)
+{
+    std::ostringstream out;
+    out << record.stationNo << '/' << text(record.regName) << ':' << record.address << '+'
+        << record.length;
+    return out.str();
+}
+
+template <typename List>
+std::vector<std::string> describeAll(const List& list)
+{
+    std::vector<std::string> all;
+    for (int i = 0; i < list.size(); ++i) {
+        all.push_back(describe(list.at(i)));
+    }
+    return all;
+}
+
+} // namespace
+
+bool operator==(const Notice& a, const Notice& b)
+{
+    return a.tag == b.tag && a.station == b.station && a.name == b.name && a.address == b.address;
+}
+
+std::ostream& operator<<(std::ostream& out, const Notice& notice)
+{
+    return out << '{' << notice.tag << ", " << notice.station << ", \"" << notice.name << "\", "
+               << notice.address << '}';
+}
+
+QByteArray hex(const char* text)
+{
+    return QByteArray::fromHex(text);
+}
+
+QByteArray withCrc(const QByteArray& bytes)
+{
+    const unsigned int crc = bitwiseCrc(bytes);
+    QByteArray all = bytes;
+    all.append(static_cast<char>(crc & 0xFFu));
+    all.append(static_cast<char>(crc >> 8));
+    return all;
+}
+
+QByteArray withCrc(const char* text)
+{
+    return withCrc(hex(text));
+}
+
+std::string toHex(const unsigned char* bytes, int length)
+{
+    std::ostringstream out;
+    for (int i = 0; i < length; ++i) {
+        out << (i == 0 ? "" : " ") << std::uppercase << std::hex << std::setw(2)
+            << std::setfill('0') << static_cast<int>(bytes[i]);
+    }
+    return out.str();
+}
+
+std::string toHex(const QByteArray& bytes)
+{
+    return toHex(reinterpret_cast<const unsigned char*>(bytes.constData()),
+                 static_cast<int>(bytes.size()));
+}
+
+std::string frameHex(const FRAME_PRO& frame)
+{
+    return toHex(frame.frame, frame.sendLength);
+}
+
+std::string text(const QString& string)
+{
+    return string.toLatin1().constData();
+}
+
+QString name(const char* latin1)
+{
+    return QString::fromLatin1(latin1);
+}
+
+KEY_ADDRESS key(const char* regName, int address, int length, int station, int bitFlag)
+{
+    KEY_ADDRESS made = KEY_ADDRESS();
+    made.stationNo = station;
+    made.regName = name(regName);
+    made.address = address;
+    made.bitFlag = bitFlag;
+    made.length = length;
+    return made;
+}
+
+VARIABLE request(const char* regName, int address, int length, int station,
+                 const std::vector<int>& data)
+{
+    VARIABLE made = VARIABLE();
+    made.stationNo = station;
+    made.regName = name(regName);
+    made.address = address;
+    made.length = length;
+    for (size_t i = 0; i < data.size() && i < sizeof(made.data); ++i) {
+        made.data[i] = static_cast<unsigned char>(data[i]);
+    }
+    return made;
+}
+
+_RCP_VAR_PRO recipeRecord(int linkId, const char* regName, int address, int length, int bufOffset,
+                          int station)
+{
+    _RCP_VAR_PRO made = _RCP_VAR_PRO();
+    made.linkId = linkId;
+    made.stationNo = station;
+    made.regName = name(regName);
+    made.address = address;
+    made.length = length;
+    made.bufOffset = bufOffset;
+    return made;
+}
+
+std::vector<std::string> summary(const QList<VARIABLE>& list)
+{
+    return describeAll(list);
+}
+
+std::vector<std::string> summary(const QList<KEY_ADDRESS>& list)
+{
+    return describeAll(list);
+}
+
+std::vector<std::string> summary(const QVector<_RCP_VAR_PRO>& list)
+{
+    return describeAll(list);
+}
+
+DebugLines::DebugLines()
+{
+    debugLines().clear();
+    previousHandler = installHandler(handleMessage);
+}
+
+DebugLines::~DebugLines()
+{
+    installHandler(previousHandler);
+}
+
+const std::vector<std::string>& DebugLines::lines() const
+{
+    return debugLines();
+}
+
+DriverTest::DriverTest() : polled(), hostBlock(60200, 0), recipeBuffer(4096, 0)
+{
+    // What initialisation leaves alone is put back by hand, so that no test sees another's.
+    driver.callBackTag = 0;
+    driver.writeToCacheOnly = 0;
+    driver.propertyField3 = 0;
+    driver.retryLimit = 0;
+    driver.mergeGap = 0;
+    driver.recipeVars.clear();
+    driver.recipeRequests.clear();
+    driver.groupStarts.clear();
+    driver.currentVars.clear();
+    driver.recipeIndex = 0;
+    driver.propertyPage = QString();
+    driver.lastConditionVar = VARIABLE();
+    driver.currentVar = VARIABLE();
+    intf_setAddrValueChangeCallBack(record);
+    configure();
+    recorded().clear();
+}
+
+DriverTest::~DriverTest()
+{
+    // Nothing of this host may be reached after it is gone.
+    intf_initProperty(nullptr, 0, nullptr, nullptr, nullptr, nullptr);
+    intf_setAddrValueChangeCallBack(nullptr);
+}
+
+void DriverTest::configure(const char* property)
+{
+    intf_initProperty(hostBlock.data(), 0, recipeBuffer.data(), nullptr, property, &hostMutex);
+}
+
+Notices DriverTest::notices()
+{
+    Notices all;
+    all.swap(recorded());
+    return all;
+}
+
+int DriverTest::plan(const QList<KEY_ADDRESS>& keys)
+{
+    DebugLines quiet;
+    QList<KEY_ADDRESS> copy = keys;
+    return intf_addrMerge(copy);
+}
+
+std::string DriverTest::poll()
+{
+    FRAME_PRO frame = FRAME_PRO();
+    if (intf_getSendFrame(&frame) == 0) {
+        return "";
+    }
+    polled = frame;
+    return frameHex(polled);
+}
+
+int DriverTest::reply(const QByteArray& bytes)
+{
+    QByteArray received = bytes;
+    return intf_dealRcvFrame(&received, &errorText_);
+}
+
+std::string DriverTest::errorText() const
+{
+    return text(errorText_);
+}
+
+int DriverTest::unitIndex(int station, const char* area, int address)
+{
+    for (int i = 0; i < driver.dataAreas.size(); ++i) {
+        const _DATA_& unit = driver.dataAreas.at(i);
+        if (unit.station == station && text(unit.area) == area && unit.address == address) {
+            return i;
+        }
+    }
+    return -1;
+}
+
+_DATA_ DriverTest::unit(int station, const char* area, int address)
+{
+    const int index = unitIndex(station, area, address);
+    if (index < 0) {
+        ADD_FAILURE() << "no unit " << station << '/' << area << ' ' << address;
+        return _DATA_();
+    }
+    return driver.dataAreas.at(index);
+}
+
+std::string DriverTest::read(const char* regName, int address, int length, int station)
+{
+    std::vector<unsigned char> out(4096, 0xEE);
+    if (intf_getData(station, name(regName), address, length, out.data()) != 1) {
+        return "refused";
+    }
+    size_t size = out.size();
+    while (size > 0 && out[size - 1] == 0xEE) {
+        --size;
+    }
+    return toHex(out.data(), static_cast<int>(size));
+}
+
+int DriverTest::write(const char* regName, int address, int length, const char* bytes, int station,
+                      int kind)
+{
+    DebugLines quiet;
+    QByteArray data = hex(bytes);
+    return intf_setData(station, name(regName), address, length,
+                        reinterpret_cast<unsigned char*>(data.data()), kind);
+}

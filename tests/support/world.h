@@ -1,0 +1,106 @@
+// The world around the driver that unit tests need: a host that records what it is told, bytes
+// written as hex, and a CRC of its own.
+#ifndef DOV417_TESTS_WORLD_H
+#define DOV417_TESTS_WORLD_H
+
+#include <QByteArray>
+#include <QList>
+#include <QMutex>
+#include <QString>
+#include <QStringList>
+#include <gtest/gtest.h>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "intf.h"
+#include "protocol.h"
+#include "records.h"
+
+// One call of the host's value-change function.
+struct Notice {
+    int tag;
+    int station;
+    std::string name;
+    int address;
+};
+bool operator==(const Notice& a, const Notice& b);
+std::ostream& operator<<(std::ostream& out, const Notice& notice);
+using Notices = std::vector<Notice>;
+
+// "01 03 02 00 07" -> bytes. withCrc appends the CRC, made bit by bit, not by the driver.
+QByteArray hex(const char* text);
+QByteArray withCrc(const char* text);
+QByteArray withCrc(const QByteArray& bytes);
+std::string toHex(const QByteArray& bytes);
+std::string toHex(const unsigned char* bytes, int length);
+// The bytes to transmit of a prepared frame, as hex.
+std::string frameHex(const FRAME_PRO& frame);
+
+std::string text(const QString& string);
+QString name(const char* latin1);
+
+KEY_ADDRESS key(const char* regName, int address, int length, int station = 1, int bitFlag = 0);
+VARIABLE request(const char* regName, int address, int length, int station = 1,
+                 const std::vector<int>& data = {});
+_RCP_VAR_PRO recipeRecord(int linkId, const char* regName, int address, int length, int bufOffset,
+                          int station = 1);
+
+// "1/R_W:10+5" for each request, to compare plans at a glance.
+std::vector<std::string> summary(const QList<VARIABLE>& list);
+std::vector<std::string> summary(const QList<KEY_ADDRESS>& list);
+std::vector<std::string> summary(const QVector<_RCP_VAR_PRO>& list);
+
+// Collects what goes to the debug message stream while it lives, one entry a line, without a
+// trailing blank (Qt 4 leaves one).
+class DebugLines {
+  public:
+    DebugLines();
+    ~DebugLines();
+    const std::vector<std::string>& lines() const;
+};
+
+// A driver fresh from initialisation, and its host.
+class DriverTest : public ::testing::Test {
+  protected:
+    DriverTest();
+    ~DriverTest() override;
+
+    // property: tag # cache only # spare # retry limit # merge gap. The default tag is 7, so that a
+    // forgotten tag shows.
+    void configure(const char* property = "7#0#0#3#10");
+
+    // What the host was told since the last call.
+    Notices notices();
+
+    // Hands a plan to the driver: watches the addresses.
+    int plan(const QList<KEY_ADDRESS>& keys);
+
+    // One poll: the frame as hex, "" when there is nothing to send.
+    std::string poll();
+    FRAME_PRO polled; // the frame of the last poll() that had one
+
+    // Hands a reply in; errorText() is the text that came with it.
+    int reply(const QByteArray& bytes);
+    std::string errorText() const;
+
+    // Index of a unit's record without creating it, -1 where there is none.
+    static int unitIndex(int station, const char* area, int address);
+    // The record; fails the test where there is none.
+    static _DATA_ unit(int station, const char* area, int address);
+
+    // Bytes that intf_getData copies, as hex.
+    static std::string read(const char* regName, int address, int length, int station = 1);
+    // intf_setData with bytes written as hex ("34 12" for the word 0x1234, "01" for a set bit).
+    static int write(const char* regName, int address, int length, const char* bytes,
+                     int station = 1, int kind = 2);
+
+    std::vector<unsigned char> hostBlock;
+    std::vector<unsigned short> recipeBuffer;
+    QMutex hostMutex;
+
+  private:
+    QString errorText_;
+};
+
+#endif
