@@ -15,7 +15,8 @@ protected:
         driver.sendList.clear();
         QList<VARIABLE> list;
         list.append(wanted);
-        EXPECT_EQ(getReadFrame(list), driver.sendList.size());
+        const int result = getReadFrame(list);
+        EXPECT_EQ(result, driver.sendList.size());
         return driver.sendList;
     }
     static QList<FRAME_PRO> writeFrames(VARIABLE wanted)
