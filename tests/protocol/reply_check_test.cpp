@@ -135,8 +135,12 @@ TEST_F(ReplyChecked, NothingAnswersAReadOfNegativeLength)
 {
     await(3, -1);
     EXPECT_EQ(check(withCrc("01")), 0);
+    // What stands before the one byte is none of the reply's.
+    unsigned char received[2] = {0xFF, 0xFF};
     await(1, -2);
-    EXPECT_EQ(check(hex("FF")), 0);
+    EXPECT_EQ(check_rcv_data(received + 1, QList<VARIABLE>(), 1), 0);
+    await(1, 2147483646); // the length that wraps around to the same
+    EXPECT_EQ(check_rcv_data(received + 1, QList<VARIABLE>(), 1), 0);
     await(-1, -3);
     EXPECT_EQ(check(QByteArray()), 0);
     EXPECT_EQ(check_rcv_data(nullptr, QList<VARIABLE>(), -1), 0);

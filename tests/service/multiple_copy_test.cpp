@@ -164,6 +164,7 @@ TEST(CopySeries, KeepsTheTextBeforeWhereTheFormatNamesNoRadix)
 TEST(CopySeries, InWordBitFormStopsAtOnceOnANameWithoutBits)
 {
     EXPECT_EQ(seriesOf("R_W", "DDD.DD", 5, 3, 1, 99, "6.3"), " /  = 2");
+    EXPECT_EQ(seriesOf("R_W", "DDD.DD", 98, 5, 1, 99, "6.3"), " /  = 2");
     // What lies beyond the highest address needs no text of its own.
     EXPECT_EQ(seriesOf("R_W", "DDD.DD", 200, 2, 1, 99, "6.3"), "99,99 / 6.3,6.3 = 2");
     EXPECT_EQ(seriesOf("R_W", "DDD.DD", 5, 0, 1, 99, "6.3"), " /  = 1");
