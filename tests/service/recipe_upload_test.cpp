@@ -1,8 +1,7 @@
 // A recipe upload: the values of each reply go to the cache and to the host's recipe buffer.
+#include <algorithm>
 #include <gmock/gmock.h>
 
-#include "response_handling.h"
-#include "send_scheduling.h"
 #include "world.h"
 
 using ::testing::Each;
@@ -23,6 +22,8 @@ QByteArray registers(int count, int first)
     return withCrc(bytes);
 }
 
+const int uploadFlag = 60116;
+
 class RecipeUpload : public DriverTest {
 protected:
     RecipeUpload()
@@ -34,7 +35,7 @@ protected:
     std::string upload(QVector<_RCP_VAR_PRO> records)
     {
         intf_setRcpAddress(records);
-        hostBlock[uploadFlagOffset] = 1;
+        hostBlock[uploadFlag] = 1;
         return poll();
     }
 
@@ -104,14 +105,14 @@ TEST_F(RecipeUpload, GoesRequestByRequest)
               toHex(withCrc("01 03 05 64 00 01")));
     EXPECT_EQ(reply(withCrc("01 03 02 00 11")), 1);
     EXPECT_EQ(driver.recipeIndex, 1);
-    EXPECT_EQ(hostBlock[uploadFlagOffset], 1);
+    EXPECT_EQ(hostBlock[uploadFlag], 1);
     EXPECT_EQ(poll(), toHex(withCrc("01 03 01 83 00 01")));
     EXPECT_EQ(reply(withCrc("01 03 02 00 22")), 1);
     EXPECT_THAT(buffer(0, 1), ElementsAre(0x11));
     EXPECT_THAT(buffer(9, 1), ElementsAre(0x22));
     EXPECT_EQ(notices(), (Notices{{0, -1, "RWI", 0}, {0, -1, "RWI", 9}}));
     EXPECT_EQ(driver.recipeIndex, 0);
-    EXPECT_EQ(hostBlock[uploadFlagOffset], 0);
+    EXPECT_EQ(hostBlock[uploadFlag], 0);
 }
 
 TEST_F(RecipeUpload, MergedRecordsLieTogetherInTheBuffer)
@@ -208,7 +209,7 @@ TEST_F(RecipeUpload, WithoutABufferFillsOnlyTheCache)
     EXPECT_EQ(reply(registers(2, 0x200)), 1);
     EXPECT_EQ(read("R_W", 100, 2), "00 02 01 02");
     EXPECT_THAT(notices(), IsEmpty());
-    EXPECT_EQ(hostBlock[uploadFlagOffset], 0);
+    EXPECT_EQ(hostBlock[uploadFlag], 0);
 }
 
 TEST_F(RecipeUpload, WithoutACallbackFillsTheBuffer)
@@ -268,7 +269,7 @@ TEST_F(RecipeUpload, IntoAShorterPlanFillsOnlyTheCache)
     EXPECT_THAT(buffer(10, 2), Each(0xEEEE));
     EXPECT_THAT(buffer(0, 2), ElementsAre(0x200, 0x201));
     EXPECT_THAT(notices(), IsEmpty());
-    EXPECT_EQ(hostBlock[uploadFlagOffset], 0);
+    EXPECT_EQ(hostBlock[uploadFlag], 0);
 }
 
 TEST_F(RecipeUpload, IntoListsThatWereEmptiedFromOutsideFillsOnlyTheCache)

@@ -154,6 +154,25 @@ std::string frameHex(const FRAME_PRO& frame)
     return toHex(frame.frame, frame.sendLength);
 }
 
+QByteArray goodReplyTo(const FRAME_PRO& frame)
+{
+    if (frame.replyLength == 0) {
+        return QByteArray();
+    }
+    const QByteArray sent(reinterpret_cast<const char*>(frame.frame), frame.sendLength);
+    const int function = sent.at(1);
+    if (function != 1 && function != 3) {
+        return withCrc(sent.left(6));
+    }
+    const int quantity =
+        static_cast<unsigned char>(sent.at(4)) * 256 + static_cast<unsigned char>(sent.at(5));
+    const int bytes = function == 1 ? quantity / 8 : quantity * 2;
+    QByteArray reply = sent.left(2);
+    reply.append(static_cast<char>(bytes));
+    reply.append(QByteArray(bytes, '\0'));
+    return withCrc(reply);
+}
+
 std::string text(const QString& string)
 {
     return string.toLatin1().constData();

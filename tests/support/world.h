@@ -38,6 +38,10 @@ std::string toHex(const unsigned char* bytes, int length);
 // The bytes to transmit of a prepared frame, as hex.
 std::string frameHex(const FRAME_PRO& frame);
 
+// What a controller answers to a frame: zeros for a read, the echo for a write, nothing where none
+// is awaited.
+QByteArray goodReplyTo(const FRAME_PRO& frame);
+
 std::string text(const QString& string);
 QString name(const char* latin1);
 
