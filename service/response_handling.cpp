@@ -161,7 +161,7 @@ void patchWriteBack(const QByteArray& reply, int count, int position, const VARI
         return;
     }
     FRAME_PRO& next = driver.sendList[1];
-    if (next.dataPosition < 0 ||
+    if (next.dataPosition < 0 || next.sendLength > recordDataSize ||
         next.dataPosition + static_cast<long long>(count) > next.sendLength - crcSize) {
         return;
     }
