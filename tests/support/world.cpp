@@ -4,6 +4,7 @@
 #include <cstring>
 #include <iomanip>
 #include <sstream>
+#include <utility>
 
 namespace {
 
@@ -13,9 +14,20 @@ Notices& recorded()
     return notices;
 }
 
+std::function<void(const Notice&)>& actionWhenTold()
+{
+    static std::function<void(const Notice&)> action;
+    return action;
+}
+
 void record(int tag, int station, QString& regName, int address)
 {
-    recorded().push_back({tag, station, text(regName), address});
+    const Notice notice = {tag, station, text(regName), address};
+    recorded().push_back(notice);
+    const std::function<void(const Notice&)> action = actionWhenTold(); // it may replace itself
+    if (action) {
+        action(notice);
+    }
 }
 
 std::vector<std::string>& debugLines()
@@ -245,6 +257,7 @@ DriverTest::DriverTest() : polled(), hostBlock(60200, 0), recipeBuffer(4096, 0)
 DriverTest::~DriverTest()
 {
     // Nothing of this host may be reached after it is gone.
+    whenTold(nullptr);
     intf_initProperty(nullptr, 0, nullptr, nullptr, nullptr, nullptr);
     intf_setAddrValueChangeCallBack(nullptr);
 }
@@ -259,6 +272,11 @@ Notices DriverTest::notices()
     Notices all;
     all.swap(recorded());
     return all;
+}
+
+void DriverTest::whenTold(std::function<void(const Notice&)> action)
+{
+    actionWhenTold() = std::move(action);
 }
 
 int DriverTest::plan(const QList<KEY_ADDRESS>& keys)

@@ -8,6 +8,7 @@
 #include <QMutex>
 #include <QString>
 #include <QStringList>
+#include <functional>
 #include <gtest/gtest.h>
 #include <ostream>
 #include <string>
@@ -72,6 +73,10 @@ protected:
 
     // What the host was told since the last call.
     Notices notices();
+
+    // Does this within every later value-change callback, after the notice was recorded; an empty
+    // action ends it.
+    void whenTold(std::function<void(const Notice&)> action);
 
     // Hands a plan to the driver: watches the addresses.
     int plan(const QList<KEY_ADDRESS>& keys);
