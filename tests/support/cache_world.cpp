@@ -28,8 +28,9 @@ std::vector<unsigned char> exactly(const char* hexText)
 RegisterType registerRow(const char* regName, const char* dataBits, const char* unitBits,
                          const char* timerCounter)
 {
-    const QString row[rangeFieldCount] = {name("DDD"), name("0"),      name("127"),       name(dataBits),
-                                          name("RW"),  name(unitBits), name(timerCounter)};
+    const QString row[rangeFieldCount] = {name("DDD"),       name("0"),  name("127"),
+                                          name(dataBits),    name("RW"), name(unitBits),
+                                          name(timerCounter)};
     return deriveRegisterType(name(regName), row, 3, 0);
 }
 

@@ -11,7 +11,7 @@ RegisterType registerRow(const char* regName, const char* dataBits, const char* 
                          const char* timerCounter = "0");
 
 class CacheTest : public DriverTest {
-  protected:
+protected:
     // Appends a settled unit with the controller's bytes, and one with a host write on top of them.
     // Bytes as hex; missing ones are 0. Returns the index.
     static int put(const char* area, int address, const char* device, int station = 1);
