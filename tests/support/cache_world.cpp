@@ -112,6 +112,16 @@ std::vector<std::string> CacheTest::marks()
     return all;
 }
 
+std::vector<std::string> CacheTest::queue()
+{
+    return summary(driver.writeList);
+}
+
+std::string CacheTest::queuedData(int index, int count)
+{
+    return toHex(driver.writeList.at(index).data, count);
+}
+
 void CacheTest::store(const RegisterType& type, int address, int length, const char* bytes,
                       int station)
 {

@@ -31,6 +31,10 @@ protected:
     static std::vector<std::string> units();
     static std::vector<std::string> marks();
 
+    // The queue of writes, "1/R_W:100+2", and the first bytes of one of them as hex.
+    static std::vector<std::string> queue();
+    static std::string queuedData(int index, int count);
+
     // The generic operations with bytes written as hex, from and to buffers of exactly that size.
     static void store(const RegisterType& type, int address, int length, const char* bytes,
                       int station = 1);
