@@ -62,6 +62,14 @@ void CacheTest::watch(const char* area, int address, int viewFlags, unsigned int
     driver.dataAreas[index].bitMonitor = bitMonitor;
 }
 
+void CacheTest::watchAll(int viewFlags, unsigned int bitMonitor)
+{
+    for (int i = 0; i < driver.dataAreas.size(); ++i) {
+        driver.dataAreas[i].viewFlags = viewFlags;
+        driver.dataAreas[i].bitMonitor = bitMonitor;
+    }
+}
+
 std::string CacheTest::device(const char* area, int address)
 {
     return toHex(unit(1, area, address).deviceValue, 4);
@@ -108,6 +116,19 @@ std::vector<std::string> CacheTest::marks()
                 << record.bitMonitor;
         }
         all.push_back(out.str());
+    }
+    return all;
+}
+
+std::vector<std::string> CacheTest::written()
+{
+    std::vector<std::string> all;
+    for (int i = 0; i < driver.dataAreas.size(); ++i) {
+        const _DATA_& record = driver.dataAreas.at(i);
+        if (record.writePending == 1) {
+            all.push_back(text(record.area) + std::to_string(record.address) + ' ' +
+                          toHex(record.pendingValue, 4));
+        }
     }
     return all;
 }

@@ -18,8 +18,9 @@ protected:
     static int putPending(const char* area, int address, const char* device, const char* pending,
                           int station = 1);
 
-    // Marks views of a unit that is in the cache already.
+    // Marks views of a unit that is in the cache already, or of all of them.
     static void watch(const char* area, int address, int viewFlags, unsigned int bitMonitor = 0);
+    static void watchAll(int viewFlags, unsigned int bitMonitor);
 
     // The four bytes of a unit as hex.
     static std::string device(const char* area, int address);
@@ -30,6 +31,9 @@ protected:
     // Every record in order, "1/R 10"; with its marks: "R10 views 2", "M1 bits 0010", "T4".
     static std::vector<std::string> units();
     static std::vector<std::string> marks();
+
+    // The records that are pending, in order: "X5 01 02 00 00".
+    static std::vector<std::string> written();
 
     // The queue of writes, "1/R_W:100+2", and the first bytes of one of them as hex.
     static std::vector<std::string> queue();
