@@ -238,19 +238,33 @@ TEST_F(DataAreas, NegativeAddressesAreUnitsLikeAnyOther)
               Units({"M-2 views 1 bits 0001", "M-1 views 1", "R-1 views 2", "R0 views 4"}));
 }
 
-TEST_F(DataAreas, BitAddressesBelowZeroLieInTheUnitOfTruncatingDivision)
+// Word -1 holds the bits -16 to -1 nowhere: division truncates, and the remainder names no bit.
+TEST_F(DataAreas, ABitAddressBelowZeroThatNamesNoBitIsNeitherMarkedNorStoredNorSettled)
 {
-    _setDataAreaMonitorFlag(1, name("M_bit"), -1, 1);
-    _setDataAreaMonitorFlag(1, name("M_bit"), -17, 1);
-    EXPECT_EQ(units(), Units({"1/M 0", "1/M -1"}));
-    unsigned char one = 1;
-    write_saveDataToArea(1, name("M_bit"), -1, 1, &one);
-    write_saveDataToArea(1, name("M_bit"), -17, 1, &one);
-    EXPECT_TRUE(isPending("M", 0));
-    EXPECT_TRUE(isPending("M", -1));
-    settleNamed("M_bit", -1, 1, 1);
-    settleNamed("M_bit", -17, 1, 0);
-    EXPECT_EQ(units(), Units({"1/M 0", "1/M -1"}));
+    for (int address : {-1, -15, -17, INT_MIN + 1}) {
+        EXPECT_EQ(_setDataAreaMonitorFlag(1, name("M_bit"), address, 1), 0);
+        save("M_bit", address, 1, "01");
+        settleNamed("M_bit", address, 1, 1);
+        settleNamed("M_bit", address, 1, 0);
+        EXPECT_EQ(read("M_bit", address, 1), "00");
+    }
+    EXPECT_EQ(units(), Units());
+    EXPECT_EQ(notices(), Notices());
+}
+
+TEST_F(DataAreas, ARunOfBitsFromBelowZeroCoversItsExistingBits)
+{
+    _setDataAreaMonitorFlag(1, name("M_bit"), -17, 20);
+    EXPECT_EQ(marks(), Units({"M-1 bits 0001", "M0 bits 0007"}));
+    save("M_bit", -17, 20, "01 01 01 01 01 01 01 01 01 01 01 01 01 01 01 01 01 01 01 01");
+    EXPECT_EQ(pending("M", -1), "01 00 00 00");
+    EXPECT_EQ(pending("M", 0), "07 00 00 00");
+    EXPECT_EQ(read("M_bit", -17, 20),
+              "00 01 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 01 01 01");
+    settleNamed("M_bit", -17, 20, 1);
+    EXPECT_EQ(device("M", -1), "01 00 00 00");
+    EXPECT_EQ(device("M", 0), "07 00 00 00");
+    EXPECT_FALSE(isPending("M", 0));
 }
 
 TEST_F(DataAreas, LongRunsAreMarkedWhole)

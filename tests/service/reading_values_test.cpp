@@ -209,14 +209,12 @@ TEST_F(ReadingValues, NegativeAddressesAreReadLikeAnyOther)
     EXPECT_EQ(read("M_bit", -16, 1), "01");
 }
 
-TEST_F(ReadingValues, ABitAddressBelowZeroReadsAsZeroOrOne)
+TEST_F(ReadingValues, ABitAddressBelowZeroThatNamesNoBitReadsAsZero)
 {
     put("M", 0, "FF FF");
-    for (int address = -1; address > -16; --address) {
-        const std::string bit = read("M_bit", address, 1);
-        EXPECT_TRUE(bit == "00" || bit == "01") << bit;
-    }
-    EXPECT_EQ(units(), Units({"1/M 0"}));
+    put("M", -1, "FF FF");
+    EXPECT_EQ(read("M_bit", -16, 17), "01 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 01");
+    EXPECT_EQ(driver.dataAreas.size(), 2);
 }
 
 TEST_F(ReadingValues, LongRunsAreReadWhole)
