@@ -127,7 +127,7 @@ TEST_P(GenericSettling, ReadingBackFromTheAnnouncementShowsTheDeviceValue)
 TEST_P(GenericSettling, LengthsOfZeroAndBelowSettleNothing)
 {
     const SettleRow& row = GetParam();
-    for (int length : {0, -1, -2, -3, INT_MIN}) {
+    for (int length : {0, -1, -2, -3, INT_MIN, INT_MIN + 1}) {
         const RegisterType type = registerRow(row.regName, row.dataBits, row.unitBits);
         settle(type, 5, length, true);
         settle(type, 5, length, false);

@@ -312,7 +312,7 @@ TEST_F(GenericStoring, LengthsOfZeroAndBelowStoreNothing)
     for (const char* dataBits : {"1", "8", "16", "32"}) {
         for (const char* unitBits : {"8", "16", "32"}) {
             for (const char* regName : {"X", "X_bit"}) {
-                for (int length : {0, -1, -2, -3, INT_MIN}) {
+                for (int length : {0, -1, -2, -3, INT_MIN, INT_MIN + 1}) {
                     store(registerRow(regName, dataBits, unitBits), 5, length, "01");
                 }
             }

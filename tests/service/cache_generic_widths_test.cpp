@@ -51,7 +51,7 @@ TEST_P(GenericMarking, MarksTheRowsViewsAndNothingElse)
 TEST_P(GenericMarking, LengthsOfZeroAndBelowMarkNothing)
 {
     const MarkRow& row = GetParam();
-    for (int length : {0, -1, -2, -3, INT_MIN}) {
+    for (int length : {0, -1, -2, -3, INT_MIN, INT_MIN + 1}) {
         markViews(registerRow(row.regName, row.dataBits, row.unitBits), 1, row.address, length);
     }
     EXPECT_EQ(units(), Units());
@@ -187,7 +187,7 @@ TEST_P(GenericReading, LengthsOfZeroAndBelowWriteNothing)
 {
     const ReadRow& row = GetParam();
     driver.dataAreas.clear();
-    for (int length : {0, -1, -2, -3, INT_MIN}) {
+    for (int length : {0, -1, -2, -3, INT_MIN, INT_MIN + 1}) {
         EXPECT_EQ(readRow(registerRow(row.regName, row.dataBits, row.unitBits), 5, length), "");
     }
     EXPECT_EQ(units(), Units());

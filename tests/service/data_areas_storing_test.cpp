@@ -290,7 +290,7 @@ TEST_F(StoringWrites, LengthsOfZeroAndBelowStoreNothing)
 {
     unsigned char data[4] = {1, 1, 1, 1};
     for (const char* regName : {"M_bit", "M_W", "R_D", "T"}) {
-        for (int length : {0, -1, -2, -3, INT_MIN}) {
+        for (int length : {0, -1, -2, -3, INT_MIN, INT_MIN + 1}) {
             write_saveDataToArea(1, name(regName), 5, length, data);
         }
     }

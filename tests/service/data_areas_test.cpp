@@ -181,7 +181,7 @@ TEST_F(DataAreas, StationsAreMarkedApart)
 TEST_F(DataAreas, LengthsOfZeroAndBelowMarkNothing)
 {
     for (const char* regName : {"M_bit", "M_W", "R_D", "T"}) {
-        for (int length : {0, -1, -2, -3, INT_MIN}) {
+        for (int length : {0, -1, -2, -3, INT_MIN, INT_MIN + 1}) {
             EXPECT_EQ(_setDataAreaMonitorFlag(1, name(regName), 5, length), 0);
         }
     }

@@ -167,7 +167,7 @@ TEST_F(ReadingValues, EachDoubleWordOfARunIsShownByItsOwnTwoWords)
 TEST_F(ReadingValues, LengthsOfZeroAndBelowWriteNothingAndGiveOne)
 {
     for (const char* regName : {"M_bit", "M_W", "R_D", "T"}) {
-        for (int length : {0, -1, -2, -3, INT_MIN}) {
+        for (int length : {0, -1, -2, -3, INT_MIN, INT_MIN + 1}) {
             unsigned char out = 0xEE;
             EXPECT_EQ(intf_getData(1, name(regName), 5, length, &out), 1);
             EXPECT_EQ(out, 0xEE);
