@@ -1,6 +1,7 @@
 #include "controller.h"
 
 #include <gtest/gtest.h>
+#include <random>
 
 #include "support.h"
 
@@ -247,6 +248,30 @@ TEST_F(ControllerTest, StaysSilentToEveryBeginningOfAFrame)
     for (int length = 0; length < good.size(); ++length)
         EXPECT_TRUE(controller.answer(good.left(length)).isEmpty()) << length;
     EXPECT_EQ(controller.counters().writes, 0U);
+}
+
+TEST_F(ControllerTest, AnswersWhateverComesWithAFrameOfThatStationOrNotAtAll)
+{
+    std::mt19937 chance(1);
+    int replies = 0;
+    for (int i = 0; i < 50000; ++i) {
+        QByteArray request;
+        request += static_cast<char>(chance() % 4);
+        request += static_cast<char>(chance() % 20);
+        const auto length = chance() % 300;
+        for (unsigned j = 0; j < length; ++j) // small numbers are likely to be good ones
+            request += static_cast<char>(chance() % (chance() % 2 == 0 ? 256 : 8));
+        const QByteArray reply = controller.answer(withCrc(request));
+        if (reply.isEmpty())
+            continue;
+        ++replies;
+        ASSERT_TRUE(hasGoodCrc(reply)) << hexOf(request);
+        ASSERT_LE(reply.size(), 261);
+        ASSERT_EQ(reply.at(0), request.at(0));
+        ASSERT_EQ(reply.at(1) & 0x7F, request.at(1));
+    }
+    EXPECT_GT(replies, 10000);
+    EXPECT_EQ(controller.counters().frames, 50000U);
 }
 
 TEST_F(ControllerTest, TellsWhatItDidWithAFrame)
