@@ -77,7 +77,7 @@ void printWarnings(const Library& library, const Planner& planner, const Plan& p
     }
     for (const Stretch& stretch : planner.uncovered(plan))
         std::printf("! no request reads %s: a shorter address lies inside a longer one that was "
-                    "cut; name them apart\n",
+                    "cut; name the longer one in pieces of at most 128 words\n",
                     wordsText(stretch).c_str());
     for (const Stretch& value : planner.divided(plan))
         std::printf("! two requests read the 32-bit value at %s: its words are not of one moment\n",

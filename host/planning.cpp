@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 #include <tuple>
 
 #include "crc16.h"
@@ -126,6 +127,16 @@ bool samePlan(const Plan& a, const Plan& b)
         [](const PlannedRequest& x, const PlannedRequest& y) { return x.bytes == y.bytes; });
 }
 
+// Two addresses may name the same word.
+int distinctWords(const std::vector<Stretch>& stretches)
+{
+    std::set<std::pair<Place, int>> words;
+    for (const Stretch& stretch : stretches)
+        for (int i = 0; i < stretch.count; ++i)
+            words.insert({placeOf(stretch.station, stretch.regName), stretch.first + i});
+    return static_cast<int>(words.size());
+}
+
 } // namespace
 
 int PlannedRequest::coils() const
@@ -179,9 +190,7 @@ std::vector<GapOutcome> Planner::outcomes() const
             outcome.aboveLimit = static_cast<int>(std::count_if(
                 now.requests.begin(), now.requests.end(),
                 [](const PlannedRequest& request) { return request.isAboveLimit(); }));
-            outcome.uncoveredWords = 0;
-            for (const Stretch& stretch : uncovered(now))
-                outcome.uncoveredWords += stretch.count;
+            outcome.uncoveredWords = distinctWords(uncovered(now));
             outcome.cycle = now.cycle;
             if (!outcomes.empty())
                 outcomes.back().lastGap = gap - 1;

@@ -109,7 +109,7 @@ int runTrace(const TraceOptions& options)
     if (in.bad())
         throw Failure("cannot read the log " + options.file + ": " + std::strerror(errno));
     const TraceCounts& counts = tracer.counts();
-    std::printf("%lld sent, %lld received, %lld thrown away, %lld notes\n", counts.requests,
+    std::printf("sent %lld, received %lld, thrown away %lld, notes %lld\n", counts.requests,
                 counts.replies, counts.strays, counts.notes);
     return counts.unreadable > 0 ? exitFailed : exitDone;
 }
