@@ -48,7 +48,8 @@ _dov417() {
     *)
       if [[ $current == -* ]]; then
         # upload and download have options of their own.
-        [[ $command == recipe && COMP_CWORD -gt 2 ]] && before=${COMP_WORDS[2]} || before=
+        before=
+        if [[ $command == recipe ]] && ((COMP_CWORD > 2)); then before=${COMP_WORDS[2]}; fi
         words=$(_dov417_options "$tool" "$command" ${before:+"$before"})
       else
         case $command in
