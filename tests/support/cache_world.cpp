@@ -141,6 +141,10 @@ std::vector<std::string> CacheTest::queue()
 
 std::string CacheTest::queuedData(int index, int count)
 {
+    if (index >= driver.writeList.size()) {
+        ADD_FAILURE() << "no queued write " << index;
+        return "";
+    }
     return toHex(driver.writeList.at(index).data, count);
 }
 
