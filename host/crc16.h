@@ -1,6 +1,6 @@
 // CRC-16/MODBUS, as whoever sits on the line computes it.
-#ifndef DOV417_CRC16_H
-#define DOV417_CRC16_H
+#ifndef DOV417_HOST_CRC16_H
+#define DOV417_HOST_CRC16_H
 
 #include <QByteArray>
 

@@ -3,8 +3,8 @@
 // QTimer counts in whole milliseconds; the silence between two frames is 1.75 ms, and a rounding up
 // in every poll costs more than the line may lose. A timerfd is exact to some ten microseconds and
 // sleeps in the kernel until it is due.
-#ifndef DOV417_PRECISE_TIMER_H
-#define DOV417_PRECISE_TIMER_H
+#ifndef DOV417_HOST_PRECISE_TIMER_H
+#define DOV417_HOST_PRECISE_TIMER_H
 
 #include <chrono>
 #include <functional>

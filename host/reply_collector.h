@@ -3,8 +3,8 @@
 // The driver compares nothing but length and CRC. Whose reply it is, is judged here, before the
 // bytes are handed on: a late reply of another station with the right length would otherwise end up
 // as a value of this one.
-#ifndef DOV417_REPLY_COLLECTOR_H
-#define DOV417_REPLY_COLLECTOR_H
+#ifndef DOV417_HOST_REPLY_COLLECTOR_H
+#define DOV417_HOST_REPLY_COLLECTOR_H
 
 #include <QByteArray>
 #include <QList>
@@ -17,6 +17,7 @@ enum class StrayKind {
     echo,          // the request itself, from a two-wire adapter that hears what it sends
     late           // bytes that came while no reply was awaited
 };
+constexpr int strayKinds = 6;
 
 // Bytes on the line that are not the awaited reply.
 struct Stray {

@@ -12,9 +12,6 @@
 
 namespace {
 
-constexpr double silentCharacters = 3.5;
-constexpr int fastestCountedBaud = 19200; // above, the silence is fixed by the serial-line guide
-constexpr Micros fastSilence(1750);
 constexpr Micros blockwiseGap(20000); // USB adapters hand bytes on in blocks, up to 16 ms apart
 constexpr Micros rereadDelay(200);    // bytes wait in the kernel: let the port's event come first
 constexpr int reopenMilliseconds = 200;
@@ -52,17 +49,6 @@ QSerialPort::Parity parityOf(char letter)
 }
 
 } // namespace
-
-Micros LineSettings::characters(double count) const
-{
-    const int bits = 1 + dataBits + (parity == 'N' ? 0 : 1) + stopBits;
-    return Micros(static_cast<long long>(count * bits * 1e6 / baudRate + 0.5));
-}
-
-Micros LineSettings::silence() const
-{
-    return baudRate > fastestCountedBaud ? fastSilence : characters(silentCharacters);
-}
 
 SerialLine::SerialLine(const LineSettings& settings, const LineObserver& observer)
     : settings_(settings), observer_(observer), timer_([this]() { timerDue(); })
@@ -134,8 +120,8 @@ bool SerialLine::tryOpen(QString* reason)
         return false;
     }
     port_->clear();
-    frameGap_ = keepsGaps(settings_.device) ? settings_.silence()
-                                            : std::max(blockwiseGap, settings_.silence());
+    frameGap_ = keepsGaps(settings_.device) ? settings_.wire.silence()
+                                            : std::max(blockwiseGap, settings_.wire.silence());
     state_ = State::idle;
     lastActivity_ = Clock::now();
     unanswered_.clear();
@@ -154,19 +140,19 @@ bool SerialLine::applyFormat(QString* reason)
     if (isPseudoTerminal(settings_.device))
         return true;
     const bool taken =
-        port_->setBaudRate(settings_.baudRate) &&
-        port_->setDataBits(static_cast<QSerialPort::DataBits>(settings_.dataBits)) &&
-        port_->setParity(parityOf(settings_.parity)) &&
-        port_->setStopBits(settings_.stopBits == 2 ? QSerialPort::TwoStop : QSerialPort::OneStop) &&
+        port_->setBaudRate(settings_.wire.baudRate) &&
+        port_->setDataBits(static_cast<QSerialPort::DataBits>(settings_.wire.dataBits)) &&
+        port_->setParity(parityOf(settings_.wire.parity)) &&
+        port_->setStopBits(settings_.wire.stopBits == 2 ? QSerialPort::TwoStop : QSerialPort::OneStop) &&
         port_->setFlowControl(QSerialPort::NoFlowControl);
     if (!taken)
         *reason =
             QStringLiteral("port %1 refuses %2 baud, %3 data bits, parity %4, %5 stop bits: %6")
                 .arg(settings_.device)
-                .arg(settings_.baudRate)
-                .arg(settings_.dataBits)
-                .arg(QLatin1Char(settings_.parity))
-                .arg(settings_.stopBits)
+                .arg(settings_.wire.baudRate)
+                .arg(settings_.wire.dataBits)
+                .arg(QLatin1Char(settings_.wire.parity))
+                .arg(settings_.wire.stopBits)
                 .arg(port_->errorString());
     return taken;
 }
@@ -211,7 +197,7 @@ void SerialLine::beginSilence()
 Clock::time_point SerialLine::earliestStart()
 {
     const Clock::time_point now = Clock::now();
-    Clock::time_point start = lastActivity_ + settings_.silence();
+    Clock::time_point start = lastActivity_ + settings_.wire.silence();
     for (int i = unanswered_.size() - 1; i >= 0; --i) {
         const Unanswered& earlier = unanswered_.at(i);
         if (earlier.expires <= now)
@@ -237,7 +223,7 @@ void SerialLine::transmit()
         return;
     }
     collector_.begin(request_, replyLength_);
-    const Micros duration = settings_.characters(request_.size());
+    const Micros duration = settings_.wire.characters(request_.size());
     transmissionEnd_ = now + duration;
     lastActivity_ = transmissionEnd_;
     wireTime_ += duration;
@@ -261,7 +247,7 @@ void SerialLine::armReplyTimer()
         timer_.startAt(deadline_);
     else
         timer_.startAt(
-            std::min(lastActivity_ + frameGap_, deadline_ + settings_.characters(replyLength_)));
+            std::min(lastActivity_ + frameGap_, deadline_ + settings_.wire.characters(replyLength_)));
 }
 
 void SerialLine::bytesCame()
@@ -270,7 +256,7 @@ void SerialLine::bytesCame()
     if (bytes.isEmpty())
         return;
     lastActivity_ = Clock::now();
-    wireTime_ += settings_.characters(bytes.size());
+    wireTime_ += settings_.wire.characters(bytes.size());
     switch (state_) {
     case State::closed:
         break;

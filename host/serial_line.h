@@ -3,8 +3,8 @@
 // The line is driven by events only: the port's, and one precise timer. It keeps 3.5 characters of
 // silence before each frame, collects the reply until it is complete, the line falls silent or the
 // time is up, throws away what is nobody's reply, and opens the port again when it comes back.
-#ifndef DOV417_SERIAL_LINE_H
-#define DOV417_SERIAL_LINE_H
+#ifndef DOV417_HOST_SERIAL_LINE_H
+#define DOV417_HOST_SERIAL_LINE_H
 
 #include <QByteArray>
 #include <QList>
@@ -15,20 +15,15 @@
 
 #include "precise_timer.h"
 #include "reply_collector.h"
+#include "wire.h"
 
 class QSerialPort;
 
 struct LineSettings {
     QString device;
-    int baudRate = 38400;
-    int dataBits = 8;
-    char parity = 'E'; // 'N', 'O' or 'E'
-    int stopBits = 1;
+    WireFormat wire;
     Micros timeout{500000};    // from the end of the request to the first byte of the reply
     Micros turnaround{100000}; // what controllers need to digest a broadcast
-
-    Micros characters(double count) const; // time of so many characters on the wire
-    Micros silence() const;                // between two frames
 };
 
 enum class LineResult {
