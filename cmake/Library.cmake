@@ -10,11 +10,13 @@ add_library(dov417modbus_objects OBJECT
   service/identity.cpp
   service/address_check.cpp
   service/multiple_copy.cpp
+  service/request_queue.cpp
   service/address_merging.cpp
   service/condition_reads.cpp
   service/recipes.cpp
   service/send_scheduling.cpp
   service/response_handling.cpp
+  service/unit_index.cpp
   service/data_areas.cpp
   service/reading_values.cpp
   service/change_notifiers.cpp

@@ -91,17 +91,17 @@ DOV417_EXPORT void intf_setAddrValueChangeCallBack(VALUE_CHANGE_CALLBACK callBac
  * @brief Configures the driver and resets it: every read, write, condition read, cached value and
  * prepared frame is dropped. Recipe addresses stay.
  *
- * @param hostBlock    host memory of at least 60117 bytes, or null. Byte 60115 = 1 asks for a recipe
- *                     download (buffer to controller), byte 60116 = 1 for an upload. The driver
- *                     clears the byte when the transfer has ended. Borrowed until the next call.
+ * @param hostBlock    host memory of at least 60117 bytes, or null. Byte 60115 = 1 asks for a
+ * recipe download (buffer to controller), byte 60116 = 1 for an upload. The driver clears the byte
+ * when the transfer has ended. Borrowed until the next call.
  * @param hostArg2     stored for the host.
  * @param recipeBuffer the host's recipe values, 16-bit words; must cover every `bufOffset` + length
  *                     named in intf_setRcpAddress(). Null: no download is framed, an upload only
  *                     fills the cache. Borrowed until the next call.
  * @param[out] result  receives 0.
- * @param property     five numbers separated by "#": tag, cache-only flag, spare, retry limit, merge
- *                     gap in words, for instance "1#0#0#3#10". With fewer than five parts (or null)
- *                     the earlier values stay; a part that is no number counts as 0.
+ * @param property     five numbers separated by "#": tag, cache-only flag, spare, retry limit,
+ * merge gap in words, for instance "1#0#0#3#10". With fewer than five parts (or null) the earlier
+ * values stay; a part that is no number counts as 0.
  * @param hostMutex    held while the two flag bytes are read or cleared; null: no lock is taken.
  *                     Borrowed until the next call.
  * @return 1.
@@ -205,8 +205,8 @@ DOV417_EXPORT int intf_setRcpAddress(QVector<_RCP_VAR_PRO>& records);
 /**
  * @brief What to transmit next. The same frame is handed out until it is answered or abandoned.
  * @param[out] frame owned by the host; filled when the result is 1.
- * @return 1: transmit `frame->sendLength` bytes and collect `frame->replyLength`; 0: nothing to send
- * now (a request that cannot be framed also gives 0: poll again a little later).
+ * @return 1: transmit `frame->sendLength` bytes and collect `frame->replyLength`; 0: nothing to
+ * send now (a request that cannot be framed also gives 0: poll again a little later).
  */
 DOV417_EXPORT int intf_getSendFrame(FRAME_PRO* frame);
 

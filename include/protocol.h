@@ -57,7 +57,7 @@ struct UnitIndex;
  * `recipeBuffer`, `hostMutex`, the callback.
  */
 class DOV417_EXPORT Protocol {
-  public:
+public:
     Protocol();
     ~Protocol();
 
@@ -82,15 +82,15 @@ class DOV417_EXPORT Protocol {
     QStringList regNames;                 ///< The eleven register names.
     VARIABLE currentVar;                  ///< Request being framed.
     QList<VARIABLE> currentVars;          ///< Requests of the read frame on the line.
-    int sendKind; ///< 0 idle, 1 handshake, 2 write, 3 condition, 4 cyclic, 5 download, 6 upload.
-    int burstCount;         ///< Writes and condition reads since the last cyclic read.
-    int handshakeRequest;   ///< Not 0: the next idle poll frames a handshake.
-    int retryCount;         ///< Bad replies in a row to the frame on the line.
-    int pieceBitLimit;      ///< `mergeGap` * 8: most bits of one write or condition piece.
-    int pieceWordLimit;     ///< `mergeGap`: most words of one write or condition piece.
-    int commFailed;         ///< 1 after a request was abandoned, 0 after a good reply.
-    int frameIndex;         ///< Index in `sendList` of the frame being decoded.
-    int initDone;           ///< 1 once intf_initProperty() ran.
+    int sendKind;   ///< 0 idle, 1 handshake, 2 write, 3 condition, 4 cyclic, 5 download, 6 upload.
+    int burstCount; ///< Writes and condition reads since the last cyclic read.
+    int handshakeRequest;      ///< Not 0: the next idle poll frames a handshake.
+    int retryCount;            ///< Bad replies in a row to the frame on the line.
+    int pieceBitLimit;         ///< `mergeGap` * 8: most bits of one write or condition piece.
+    int pieceWordLimit;        ///< `mergeGap`: most words of one write or condition piece.
+    int commFailed;            ///< 1 after a request was abandoned, 0 after a good reply.
+    int frameIndex;            ///< Index in `sendList` of the frame being decoded.
+    int initDone;              ///< 1 once intf_initProperty() ran.
     QList<FRAME_PRO> sendList; ///< Frames of the request in progress; element 0 is on the line.
     QMutex mutex;              ///< Guards `writeList`.
     int recipeIndex;           ///< Next element of `recipeRequests`.
@@ -101,9 +101,10 @@ class DOV417_EXPORT Protocol {
 
     /// @cond internal
     // Not part of the host's layout: what the driver adds for speed and safety.
-    UnitIndex* unitIndex;  // finds a record of dataAreas without a search
-    unsigned int sendTurn; // counts heads leaving sendList: tells whether a callback took ours
-    unsigned int resets;   // counts intf_initProperty calls: tells whether a callback made one
+    UnitIndex* unitIndex;     // finds a record of dataAreas without a search
+    unsigned int sendTurn;    // counts heads leaving sendList: tells whether a callback took ours
+    unsigned int resets;      // counts intf_initProperty calls: tells whether a callback made one
+    unsigned int recipePlans; // counts recipe plans: tells whether a callback replaced ours
     /// @endcond
 };
 

@@ -17,7 +17,9 @@
 #include <cstddef>
 
 /** @brief Size in bytes of every inline value buffer and of a frame. */
-enum { recordDataSize = 1024 };
+enum {
+    recordDataSize = 1024
+};
 
 /**
  * @brief One address as the host hands it in, with the values to write where it is a write.

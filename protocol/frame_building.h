@@ -8,7 +8,9 @@
 #include "records.h"
 
 // What one 1024-byte frame holds: 9 + 2n bytes for n words.
-enum { maxFrameWords = 507 };
+enum {
+    maxFrameWords = 507
+};
 
 // Frames element 0 of the list. 1: a frame was appended, 0: refused.
 int getReadFrame(QList<VARIABLE> list);

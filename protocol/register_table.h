@@ -4,7 +4,9 @@
 
 #include <QString>
 
-enum { registerTypeCount = 11 };
+enum {
+    registerTypeCount = 11
+};
 
 // Columns of ADDRESS_RANGE_PRO.
 enum RangeField {

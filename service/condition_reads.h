@@ -5,9 +5,6 @@
 #include "records.h"
 #include "register_table.h"
 
-// The last slot that is refilled once the condition or the write list is full.
-enum { queueLimit = 512 };
-
 // One piece of a condition read as a request.
 VARIABLE conditionRequest(const KEY_ADDRESS& piece, const RegisterType& type, int kind);
 

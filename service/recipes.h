@@ -7,8 +7,7 @@
 void rcpAddrToVar(_RCP_VAR_PRO record, VARIABLE& var, int withData);
 
 // After an upload reply: moves the register values of the request at the recipe cursor into the
-// host's buffer and announces each.
-void storeRecipeUpload(const VARIABLE& request, const unsigned char* data, int count,
-                       bool lowByteFirst);
+// host's buffer and announces each. `words` are `count` values low byte first.
+void storeRecipeUpload(const VARIABLE& request, const unsigned char* words, int count);
 
 #endif

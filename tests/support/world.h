@@ -54,7 +54,7 @@ std::vector<std::string> summary(const QVector<_RCP_VAR_PRO>& list);
 // Collects what goes to the debug message stream while it lives, one entry a line, without a
 // trailing blank (Qt 4 leaves one).
 class DebugLines {
-  public:
+public:
     DebugLines();
     ~DebugLines();
     const std::vector<std::string>& lines() const;
@@ -62,7 +62,7 @@ class DebugLines {
 
 // A driver fresh from initialisation, and its host.
 class DriverTest : public ::testing::Test {
-  protected:
+protected:
     DriverTest();
     ~DriverTest() override;
 
@@ -99,7 +99,7 @@ class DriverTest : public ::testing::Test {
     std::vector<unsigned short> recipeBuffer;
     QMutex hostMutex;
 
-  private:
+private:
     QString errorText_;
 };
 

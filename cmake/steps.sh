@@ -1,0 +1,57 @@
+# What ./demo, ./check and their helpers share: install what is missing, say each step, fail with
+# the cause. Sourced from a script that stands in the project's root.
+
+set -euo pipefail
+export LC_ALL=C.UTF-8 DEBIAN_FRONTEND=noninteractive
+started=$(date +%s)
+
+build_packages="g++ cmake ninja-build pkg-config qtbase5-dev libqt5serialport5-dev libcli11-dev
+  libcsv-dev nlohmann-json3-dev"
+
+test_packages="clang-format libgtest-dev libgmock-dev libmodbus-dev binutils"
+
+say() {
+  printf '\n== %s  [%ss]\n' "$*" "$(($(date +%s) - started))"
+}
+
+fail() {
+  printf '\n%s: %s\n' "$(basename "$0")" "$*" >&2
+  exit 1
+}
+
+# Installs those of the named packages that are missing; asks nobody when none is.
+need_packages() {
+  local missing=() package
+  for package in "$@"; do
+    dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' ||
+      missing+=("$package")
+  done
+  [ ${#missing[@]} -eq 0 ] && return
+  local as_root=()
+  if [ "$(id -u)" -ne 0 ]; then
+    command -v sudo >/dev/null || fail "not root and no sudo: install ${missing[*]} by hand"
+    as_root=(sudo)
+  fi
+  say "Installing ${missing[*]}"
+  "${as_root[@]}" apt-get update -q >"$log" 2>&1 ||
+    fail "apt-get update: $(tail -n 5 "$log")"
+  "${as_root[@]}" apt-get install -q -y --no-install-recommends "${missing[@]}" >"$log" 2>&1 ||
+    fail "apt-get install: $(tail -n 15 "$log")"
+}
+
+# Runs a command quietly; shows the end of what it printed when it fails.
+quietly() {
+  "$@" >"$log" 2>&1 || {
+    tail -n 60 "$log" >&2
+    fail "failed: $*"
+  }
+}
+
+configure() { # FOLDER OPTION...
+  local folder=$1
+  shift
+  quietly cmake -S . -B "$folder" -G Ninja "$@"
+}
+
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT

@@ -1,0 +1,109 @@
+#include "address_text.h"
+
+#include <QChar>
+#include <QStringList>
+
+#include "protocol.h"
+#include "register_table.h"
+#include "wrap.h"
+
+namespace {
+
+// Address values of one register type stay below this; a step to the next type in the sort key.
+enum {
+    weightPerType = 65535
+};
+
+bool isBitRegister(const QString& regName)
+{
+    return regName.contains(QLatin1String("_bit"));
+}
+
+int radixOf(const QString& format)
+{
+    const QChar last = format.isEmpty() ? QChar() : format.at(format.size() - 1);
+    if (last == QLatin1Char('O')) {
+        return 8;
+    }
+    return last == QLatin1Char('H') ? 16 : 10;
+}
+
+} // namespace
+
+int getIndexFromRegName(QString regName)
+{
+    for (int i = 0; i < registerTypeCount; ++i) {
+        if (REG_LIST[i] == regName) {
+            return i;
+        }
+    }
+    return -1;
+}
+
+// The bit part is not checked: "3.16" is "4.0" to the controllers' own editors too. The range
+// check tells what lies outside the register type.
+int addr_str2int(QString text, QString regName)
+{
+    if (!isBitRegister(regName)) {
+        return 0;
+    }
+    const QStringList parts = text.split(QLatin1Char('.'));
+    if (parts.size() != 2) {
+        return -1;
+    }
+    bool wordOk = false;
+    bool bitOk = false;
+    const int word = parts.at(0).toInt(&wordOk, 10);
+    const int bit = parts.at(1).toInt(&bitOk, 10);
+    return wordOk && bitOk ? wrapAdd(wrapMul(word, 16), bit) : -1;
+}
+
+QString addr_int2str(int address, QString regName)
+{
+    if (!isBitRegister(regName)) {
+        return QString::fromLatin1("");
+    }
+    QString text = QString::number(address / 16);
+    text.append(QLatin1Char('.'));
+    text.append(QString::number(address % 16));
+    return text;
+}
+
+bool isWordBitFormat(const QString& format)
+{
+    for (int i = 1; i < format.size(); ++i) {
+        if (format.at(i) != format.at(0)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+int a2i(QString text, int& value, QString format, QString regName)
+{
+    if (isWordBitFormat(format)) {
+        const int address = addr_str2int(text, regName);
+        if (address == -1) {
+            return -1;
+        }
+        value = address;
+        return 1;
+    }
+    bool ok = false;
+    value = text.toInt(&ok, radixOf(format));
+    return ok ? 1 : -1;
+}
+
+int addrOffset(QString, int address)
+{
+    return address;
+}
+
+int getRegAddressWeight(int station, QString regName, int address, int)
+{
+    const int count = static_cast<int>(driver.regNames.size());
+    const int index = static_cast<int>(driver.regNames.indexOf(regName));
+    return wrapAdd(
+        wrapAdd(wrapMul(station, wrapMul(count, weightPerType)), wrapMul(index, weightPerType)),
+        address);
+}

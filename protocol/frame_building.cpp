@@ -1,0 +1,240 @@
+#include "frame_building.h"
+
+#include "address_text.h"
+#include "crc.h"
+#include "protocol.h"
+#include "register_table.h"
+#include "wrap.h"
+
+namespace {
+
+enum FunctionCode {
+    readCoils = 1,
+    readHoldingRegisters = 3,
+    writeSingleCoil = 5,
+    writeSingleRegister = 6,
+    writeMultipleCoils = 15,
+    writeMultipleRegisters = 16
+};
+
+enum {
+    broadcastStation = 0,
+    crcSize = 2,
+    headerSize = 6,                // station, function, start or address (2), quantity or value (2)
+    byteCountAt = 6,               // of a multiple write, before its payload
+    payloadAt = 7,                 // of a multiple write
+    readPayloadAt = 3,             // of a read reply: station, function, byte count
+    readReplyOverhead = 5,         // station, function, byte count, CRC
+    echoSize = 8,                  // every write is answered by eight bytes
+    maxWriteBits = recordDataSize, // a request has one data byte a bit
+    coilsPerWord = 16
+};
+
+void putWord(unsigned char* bytes, int value) // high byte first, low 16 bits
+{
+    bytes[0] = static_cast<unsigned char>((static_cast<unsigned int>(value) >> 8) & 0xFFu);
+    bytes[1] = static_cast<unsigned char>(static_cast<unsigned int>(value) & 0xFFu);
+}
+
+// A zeroed frame record at the end of the send list, its first six bytes filled.
+FRAME_PRO& appendFrame(const VARIABLE& request, FunctionCode function, int start, int quantity)
+{
+    driver.sendList.append(FRAME_PRO());
+    FRAME_PRO& made = driver.sendList.last();
+    made.request = request;
+    made.frame[0] =
+        static_cast<unsigned char>(static_cast<unsigned int>(request.stationNo) & 0xFFu);
+    made.frame[1] = static_cast<unsigned char>(function);
+    putWord(made.frame + 2, start);
+    putWord(made.frame + 4, quantity);
+    return made;
+}
+
+void finishFrame(FRAME_PRO& made, int payloadEnd)
+{
+    appendCrc(made.frame, payloadEnd);
+    made.sendLength = payloadEnd + crcSize;
+}
+
+// 5 + 2n: station, function, byte count, n registers (or 16n coils), CRC.
+FRAME_PRO& appendRead(const VARIABLE& request, FunctionCode function, int start, int quantity,
+                      int words)
+{
+    FRAME_PRO& made = appendFrame(request, function, start, quantity);
+    finishFrame(made, headerSize);
+    made.replyLength = wrapAdd(readReplyOverhead, wrapMul(2, words));
+    made.dataPosition = readPayloadAt;
+    return made;
+}
+
+void finishWrite(FRAME_PRO& made, int payloadEnd)
+{
+    finishFrame(made, payloadEnd);
+    made.replyLength = made.request.stationNo == broadcastStation ? 0 : echoSize;
+}
+
+FRAME_PRO& appendMultipleWrite(const VARIABLE& request, FunctionCode function, int start,
+                               int quantity, int payloadBytes)
+{
+    FRAME_PRO& made = appendFrame(request, function, start, quantity);
+    made.frame[byteCountAt] =
+        static_cast<unsigned char>(static_cast<unsigned int>(payloadBytes) & 0xFFu);
+    return made;
+}
+
+void writeOneCoil(const VARIABLE& request, const RegisterType& type)
+{
+    FRAME_PRO& made =
+        appendFrame(request, writeSingleCoil, wrapAdd(type.baseAddress, request.address),
+                    request.data[0] == 1 ? 0xFF00 : 0x0000);
+    finishWrite(made, headerSize);
+}
+
+// Controllers in the field take the bit number of a run as it stands, without the base address of
+// its area.
+void writeCoilRun(const VARIABLE& request)
+{
+    if (request.length > maxWriteBits) {
+        return;
+    }
+    const int bytes = (request.length + 7) / 8;
+    FRAME_PRO& made =
+        appendMultipleWrite(request, writeMultipleCoils, request.address, request.length, bytes);
+    for (int bit = 0; bit < request.length; ++bit) {
+        unsigned char& packed = made.frame[payloadAt + bit / 8];
+        packed = static_cast<unsigned char>(packed + (request.data[bit] << (bit % 8)));
+    }
+    finishWrite(made, payloadAt + bytes);
+}
+
+// The first coil of a word is its bit 0, so words go out low byte first, as they are kept.
+void writeCoilWords(const VARIABLE& request, const RegisterType& type)
+{
+    if (request.length > maxFrameWords) {
+        return;
+    }
+    const int bytes = 2 * request.length;
+    FRAME_PRO& made =
+        appendMultipleWrite(request, writeMultipleCoils,
+                            wrapAdd(type.baseAddress, wrapMul(coilsPerWord, request.address)),
+                            coilsPerWord * request.length, bytes);
+    for (int i = 0; i < bytes; ++i) {
+        made.frame[payloadAt + i] = request.data[i];
+    }
+    finishWrite(made, payloadAt + bytes);
+}
+
+void writeOneRegister(const VARIABLE& request, const RegisterType& type)
+{
+    FRAME_PRO& made =
+        appendFrame(request, writeSingleRegister, wrapAdd(type.baseAddress, request.address),
+                    uchar2int16(request.data[0], request.data[1]));
+    finishWrite(made, headerSize);
+}
+
+// Each register high byte first. A 32-bit value sends its low-order register first, which is the
+// order of its words in the request.
+FRAME_PRO& appendRegisterWrite(const VARIABLE& request, int start, int words)
+{
+    FRAME_PRO& made = appendMultipleWrite(request, writeMultipleRegisters, start, words, 2 * words);
+    for (int i = 0; i < words; ++i) {
+        made.frame[payloadAt + 2 * i] = request.data[2 * i + 1];
+        made.frame[payloadAt + 2 * i + 1] = request.data[2 * i];
+    }
+    finishWrite(made, payloadAt + 2 * words);
+    return made;
+}
+
+// The slave knows whole registers only: read them, and write them back with the requested bits
+// changed once the reply is in. The write back holds no register contents until then.
+void writeRegisterBits(const VARIABLE& request, const RegisterType& type)
+{
+    if (request.stationNo == broadcastStation || request.length > maxWriteBits) {
+        return;
+    }
+    const int firstBit = request.address % 16;
+    const int words = (firstBit + request.length + 15) / 16;
+    const int start = wrapAdd(type.baseAddress, request.address / 16);
+    FRAME_PRO& read = appendRead(request, readHoldingRegisters, start, words, words);
+    read.dataCount = 2 * words; // bytes: that much is copied into the write back
+    appendRegisterWrite(request, start, words).dataPosition = payloadAt;
+}
+
+int hexNibble(const QByteArray& text, int position)
+{
+    if (position < 0 || position >= text.size()) {
+        return 0;
+    }
+    const int code = static_cast<unsigned char>(text.at(position));
+    if (code < '0' || code == '@') {
+        return 0;
+    }
+    return code < '@' ? code - '0' : (code - 'A' + 10) & 0x0F;
+}
+
+} // namespace
+
+int getReadFrame(QList<VARIABLE> list)
+{
+    if (list.isEmpty()) {
+        return 0;
+    }
+    const VARIABLE& request = list.at(0);
+    const int index = getIndexFromRegName(request.regName);
+    if (index < 0 || request.stationNo == broadcastStation) {
+        return 0;
+    }
+    const RegisterType& type = registerType(index);
+    const bool coils = type.functionCode == readCoils;
+    const int unit = coils ? coilsPerWord : 1;
+    appendRead(request, coils ? readCoils : readHoldingRegisters,
+               wrapAdd(type.baseAddress, wrapMul(unit, request.address)),
+               wrapMul(unit, request.length), request.length)
+        .dataCount = request.length;
+    return 1;
+}
+
+void getWriteFrame(VARIABLE& request)
+{
+    const int index = getIndexFromRegName(request.regName);
+    if (index < 0 || request.length < 0) {
+        return;
+    }
+    const RegisterType& type = registerType(index);
+    const bool coils = type.functionCode == readCoils;
+    const bool single = request.length == 1;
+    if (coils && type.bitNamed) {
+        single ? writeOneCoil(request, type) : writeCoilRun(request);
+    } else if (coils) {
+        writeCoilWords(request, type);
+    } else if (type.bitNamed) {
+        writeRegisterBits(request, type);
+    } else if (single) {
+        writeOneRegister(request, type);
+    } else if (request.length <= maxFrameWords) {
+        appendRegisterWrite(request, wrapAdd(type.baseAddress, request.address), request.length);
+    }
+}
+
+void handShakeFrame()
+{
+    driver.sendList.append(FRAME_PRO());
+}
+
+int uchar2int16(unsigned char low, unsigned char high)
+{
+    return low + high * 256;
+}
+
+int uchar2int32(unsigned char b0, unsigned char b1, unsigned char b2, unsigned char b3)
+{
+    return static_cast<int>(static_cast<unsigned int>(b0) | static_cast<unsigned int>(b1) << 8 |
+                            static_cast<unsigned int>(b2) << 16 |
+                            static_cast<unsigned int>(b3) << 24);
+}
+
+unsigned char asc2hex(QByteArray text, int position)
+{
+    return static_cast<unsigned char>(hexNibble(text, position) << 4 |
+                                      hexNibble(text, wrapAdd(position, 1)));
+}

@@ -1,0 +1,29 @@
+#include "protocol.h"
+
+#include "register_table.h"
+#include "unit_index.h"
+
+// Lists and texts start empty by themselves, and static storage is zero: what stands here is what
+// hosts rely on beyond that.
+Protocol::Protocol() : unitIndex(new UnitIndex)
+{
+    dataAreas.clear();
+    burstCount = 0;
+    commFailed = 0;
+    spareWord = 0;
+    currentVar.stationNo = 0;
+    currentVar.address = 0;
+    currentVar.length = 0;
+    currentVar.regName = QString::fromLatin1("");
+    recipeIndex = 0;
+    for (int i = 0; i < registerTypeCount; ++i) {
+        regNames.append(REG_LIST[i]);
+    }
+}
+
+Protocol::~Protocol()
+{
+    delete unitIndex;
+}
+
+Protocol driver;

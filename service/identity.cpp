@@ -1,0 +1,95 @@
+#include "identity.h"
+
+#include <QStringList>
+
+#include "init_order.h"
+#include "intf.h"
+#include "unit_index.h"
+#include "wrap.h"
+
+DOV417_BEFORE_DRIVER const QString PROCOTOL_NAME = QString::fromLatin1("dov417modbus");
+DOV417_BEFORE_DRIVER const QString PROCOTOL_VERSION = QString::fromLatin1(DOV417_VERSION);
+DOV417_BEFORE_DRIVER const QString PROCOTOL_DEFALT_COM_PAR = QString::fromLatin1("38400,8,EVEN,1");
+DOV417_BEFORE_DRIVER const QString PROCOTOL_DEFALT_IP_PAR =
+    QString::fromLatin1("192.168.1.10,8000");
+DOV417_BEFORE_DRIVER const QString PROCOTOL_PAR_HMI_SET_MODE = QString::fromLatin1("0_0");
+
+QString intf_getVersion()
+{
+    return PROCOTOL_VERSION;
+}
+
+void intf_getProtocolType(int* type)
+{
+    if (type != 0) {
+        *type = 0;
+    }
+}
+
+void intf_getDriverParameter(QString& parameter)
+{
+    const QString separator = QString::fromLatin1(",");
+    parameter = QString::fromLatin1("%1,%2,%3,%4,%5,%6,%7")
+                    .arg(0)
+                    .arg(PROCOTOL_DEFALT_COM_PAR)
+                    .arg(0)
+                    .arg(1)
+                    .arg(PROCOTOL_DEFALT_IP_PAR)
+                    .arg(PROCOTOL_NAME)
+                    .arg(driver.regNames.join(separator));
+}
+
+void intf_getDriverPropertyPage(QString& page)
+{
+    page = PROCOTOL_PAR_HMI_SET_MODE;
+}
+
+void intf_SetDriverPropertyPage(const QString& page)
+{
+    driver.propertyPage = page;
+}
+
+void intf_setAddrValueChangeCallBack(VALUE_CHANGE_CALLBACK callBack)
+{
+    driver.valueChangeCallBack = callBack;
+}
+
+int intf_initProperty(unsigned char* hostBlock, int hostArg2, unsigned short* recipeBuffer,
+                      int* result, const char* property, QMutex* hostMutex)
+{
+    if (result != 0) {
+        *result = 0;
+    }
+    const QStringList parts = QString::fromLatin1(property).split(QLatin1Char('#'));
+    if (parts.size() >= 5) {
+        driver.callBackTag = parts.at(0).toInt();
+        driver.writeToCacheOnly = parts.at(1).toInt();
+        driver.propertyField3 = parts.at(2).toInt();
+        driver.retryLimit = parts.at(3).toInt();
+        driver.mergeGap = parts.at(4).toInt();
+    }
+    driver.hostBlock = hostBlock;
+    driver.hostArg2 = hostArg2;
+    driver.recipeBuffer = recipeBuffer;
+    driver.hostMutex = hostMutex;
+
+    driver.readList.clear();
+    driver.writeList.clear();
+    driver.conditionList.clear();
+    driver.dataAreas.clear();
+    *driver.unitIndex = UnitIndex();
+
+    driver.sendKind = 0;
+    driver.burstCount = 0;
+    driver.handshakeRequest = 0;
+    driver.retryCount = 0;
+    driver.pieceWordLimit = driver.mergeGap;
+    driver.pieceBitLimit = wrapMul(driver.mergeGap, 8);
+    driver.commFailed = 0;
+    driver.sendList.clear();
+    driver.frameIndex = 0;
+    driver.initDone = 1;
+    ++driver.sendTurn;
+    ++driver.resets;
+    return 1;
+}

@@ -1,0 +1,20 @@
+// The queues of writes and of condition reads: the same rules for both.
+#ifndef DOV417MODBUS_REQUEST_QUEUE_H
+#define DOV417MODBUS_REQUEST_QUEUE_H
+
+#include <QList>
+
+#include "records.h"
+
+// The last slot that is refilled once a queue holds more than so many requests.
+enum {
+    queueLimit = 512
+};
+
+bool sameTarget(const VARIABLE& a, const VARIABLE& b);
+
+// Replaces an equal request in place, from the end; never the head, which may be on the line. A
+// full queue gives up its last slot rather than growing; else the request is appended.
+void queueRequest(QList<VARIABLE>& queue, const VARIABLE& request);
+
+#endif

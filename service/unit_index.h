@@ -1,0 +1,64 @@
+// Finds a cached unit without walking the cache, however many there are.
+//
+// driver.dataAreas is open to everybody: a host or a test may clear, fill or edit it at any time,
+// and the first matching record must win all the same. The index therefore keeps a copy of the
+// list. The copy shares the list's storage, so it costs nothing, but whoever changes the list from
+// outside makes Qt separate the two: that is how the index notices, whatever was changed.
+#ifndef DOV417MODBUS_UNIT_INDEX_H
+#define DOV417MODBUS_UNIT_INDEX_H
+
+#include <QHash>
+#include <QList>
+#include <QString>
+
+#include "records.h"
+
+struct UnitKey {
+    int station;
+    QString area;
+    int address;
+};
+
+inline bool operator==(const UnitKey& a, const UnitKey& b)
+{
+    return a.address == b.address && a.station == b.station && a.area == b.area;
+}
+
+unsigned int qHash(const UnitKey& key);
+
+struct UnitIndex {
+    UnitIndex() : unique(true) {}
+
+    QList<_DATA_> seen;        // shares driver.dataAreas as the index knows it
+    QHash<UnitKey, int> first; // first record of each key
+    bool unique;               // no key occurs twice
+};
+
+// A record as it is created: all bytes and flags 0.
+_DATA_ newUnit(int station, const QString& area, int address);
+
+// Index of the unit's record in driver.dataAreas, appended if it is missing. `hint` is where it is
+// likely to be: units read one after the other mostly stand one after the other.
+int unitIndexOf(int station, const QString& area, int address, int hint);
+
+// Is the record at `index` still that of this unit? After a callback nothing is certain.
+bool isUnitAt(int index, int station, const QString& area, int address);
+
+// Writes to a record. The list is let go for that long, so that Qt does not copy it, and taken
+// again at the end unless somebody changed it since the unit was looked up.
+class UnitEdit {
+public:
+    explicit UnitEdit(int index);
+    ~UnitEdit();
+    _DATA_* operator->()
+    {
+        return unit_;
+    }
+
+private:
+    bool known_;
+    _DATA_* unit_;
+    Q_DISABLE_COPY(UnitEdit)
+};
+
+#endif
