@@ -1,0 +1,106 @@
+// The controller on a line: a pseudo-terminal that it opens itself, or a serial device.
+//
+//     Memory memory({1});
+//     Controller controller(memory);
+//     Faults faults;
+//     LineServer server(controller, faults, LineServerOptions());
+//     QString error;
+//     if (!server.open(&error))
+//         ...
+//     master.setPortName(server.portName()); // "/dev/pts/5", or the link that was asked for
+//
+// Event driven: it lives in the thread that it was made in or moved to before open(), needs a Qt
+// event loop there, and has no thread of its own. Signals come from that thread.
+//
+// A request is taken as soon as it is complete (length known from its bytes, CRC right); a run of
+// bytes that never becomes one is dropped at the next silence. On a pseudo-terminal the other side
+// may close and reopen as it likes: what it left unread is gone, as on a real line. close() is the
+// pulled plug: the other side sees a hang-up, the link disappears; open() puts it back.
+//
+// `paced`: bytes in both directions take the time that they would take on the configured line. The
+// reply begins 3.5 characters (1.75 ms above 19200 baud) and the turnaround after the last byte of
+// the request has passed, and its bytes arrive one character time apart (handed over in lumps of
+// about a millisecond). Unpaced, a reply leaves after the turnaround alone, by default at once.
+#ifndef DOV417_SIMULATOR_LINE_SERVER_H
+#define DOV417_SIMULATOR_LINE_SERVER_H
+
+#include <QByteArray>
+#include <QObject>
+#include <QString>
+#include <cstdint>
+#include <memory>
+
+#include "controller.h"
+#include "faults.h"
+#include "line_timing.h"
+
+namespace simulator {
+
+struct LineServerOptions {
+    QString device;       // serial device; empty: a pseudo-terminal of its own
+    QString link;         // symbolic link to the pseudo-terminal; empty: none
+    LineSettings line;    // a serial device is set to it; else it only matters when paced
+    bool paced = false;   // see above; a serial device paces itself
+    int turnaroundMs = 0; // what the controller takes before it answers
+};
+
+struct LineServerCounters {
+    std::uint64_t bytesReceived = 0;
+    std::uint64_t bytesSent = 0;
+    std::uint64_t requests = 0; // frames handed to the controller
+    std::uint64_t replies = 0;  // transmissions begun, faulty ones included
+    std::uint64_t dropped = 0;  // runs of bytes that were no frame
+};
+
+// One line of the log, for people and for programs.
+struct LineEvent {
+    enum Kind {
+        received, // a request
+        sent,     // a reply, as it left
+        withheld, // a reply that a fault swallowed
+        garbage,  // bytes that were no frame
+        notice    // opened, closed, other side came or went; no bytes
+    };
+    Kind kind = notice;
+    std::int64_t timeNs = 0; // since open()
+    QByteArray bytes;
+    QString meaning;
+};
+
+class LineServer : public QObject {
+    Q_OBJECT
+
+public:
+    // Controller and faults are borrowed and must outlive the server.
+    LineServer(Controller& controller, Faults& faults, const LineServerOptions& options,
+               QObject* parent = nullptr);
+    ~LineServer() override;
+
+    // False, and a sentence in `error`, when the line cannot be had.
+    bool open(QString* error);
+    void close();
+    bool isOpen() const;
+
+    // What a master has to open: the link if there is one, else the device. Empty while closed.
+    QString portName() const;
+
+    const LineServerCounters& counters() const;
+
+signals:
+    void logged(const simulator::LineEvent& event);
+    // A request was executed and its reply, if any, is on its way; before the first byte leaves.
+    void served(const simulator::Answer& answer);
+    // The serial device is gone (unplugged); the server has closed itself.
+    void lost(const QString& reason);
+
+private:
+    class Private;
+    std::unique_ptr<Private> d;
+};
+
+// "0.012345  <- 01 03 05 0A 00 01 ...  station 1 reads register 1290"
+QString logText(const LineEvent& event);
+
+} // namespace simulator
+
+#endif
