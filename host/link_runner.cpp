@@ -1,6 +1,7 @@
 #include "link_runner.h"
 
 #include "failure.h"
+#include "frame_text.h"
 
 namespace {
 

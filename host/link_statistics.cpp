@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "frame_text.h"
+
 namespace {
 
 constexpr long long microsPerBin = 100;
@@ -129,32 +131,6 @@ RequestCounters LinkStatistics::total() const
             sum.exceptions[code] += times;
     }
     return sum;
-}
-
-std::string exceptionName(int code)
-{
-    switch (code) {
-    case 1:
-        return "illegal function";
-    case 2:
-        return "illegal data address";
-    case 3:
-        return "illegal data value";
-    case 4:
-        return "device failure";
-    case 5:
-        return "acknowledge";
-    case 6:
-        return "device busy";
-    case 8:
-        return "memory parity error";
-    case 10:
-        return "gateway path unavailable";
-    case 11:
-        return "gateway target failed to respond";
-    default:
-        return "unknown";
-    }
 }
 
 std::vector<std::string> briefStatistics(const LinkStatistics& statistics, Clock::time_point now)

@@ -50,9 +50,6 @@ struct LinkStatistics {
     RequestCounters total() const;
 };
 
-// "illegal data address" for 2.
-std::string exceptionName(int code);
-
 // One or two lines for the foot of a table.
 std::vector<std::string> briefStatistics(const LinkStatistics& statistics, Clock::time_point now);
 
