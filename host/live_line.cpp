@@ -109,6 +109,11 @@ RunnerEvents LiveLine::runnerEvents()
     return events;
 }
 
+void LiveLine::beQuiet()
+{
+    isQuiet_ = true;
+}
+
 void LiveLine::endWithoutPort()
 {
     endsWithoutPort_ = true;
@@ -119,12 +124,13 @@ void LiveLine::portChanged(bool open, const std::string& message)
     log_.add(Direction::note, QByteArray(), message);
     if (open) {
         portTimer_.stop();
-        if (wasLost_)
+        if (wasLost_ && !isQuiet_)
             std::fprintf(stderr, "dov417: %s again\n", message.c_str());
         return;
     }
     wasLost_ = true;
-    std::fprintf(stderr, "dov417: %s; waiting for it\n", message.c_str());
+    if (!isQuiet_)
+        std::fprintf(stderr, "dov417: %s; waiting for it\n", message.c_str());
     if (endsWithoutPort_ && !portTimer_.isActive())
         portTimer_.start();
 }

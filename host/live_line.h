@@ -30,6 +30,8 @@ class LiveLine {
     // Writes the line log, and tells people about the port.
     RunnerEvents runnerEvents();
 
+    // The terminal shows something else: no words about the port on it.
+    void beQuiet();
     // A command that has an end of its own does not wait for a lost port for ever.
     void endWithoutPort();
 
@@ -58,6 +60,7 @@ class LiveLine {
     QEventLoop loop_;
     QTimer portTimer_;
     bool endsWithoutPort_ = false;
+    bool isQuiet_ = false;
     bool ended_ = false;
     bool wasLost_ = false;
     std::string interruption_;

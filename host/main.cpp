@@ -36,6 +36,12 @@ int main(int argc, char** argv)
     addPlanCommand(app, chosen);
     addTraceCommand(app, chosen);
 
+    addWatchCommand(app, chosen);
+    addReadCommand(app, chosen);
+    addWriteCommand(app, chosen);
+    addSimulateCommand(app, chosen);
+    addDemoCommand(app, chosen);
+
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

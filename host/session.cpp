@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "failure.h"
+#include "values.h"
 
 namespace {
 
@@ -381,4 +382,13 @@ void Session::endRecipe(bool accepted, const std::string& reason)
     recipeRounds_.clear();
     if (events_.recipeEnded)
         events_.recipeEnded(accepted, reason);
+}
+
+std::vector<unsigned char> cachedBytes(const Library& library, const Address& address)
+{
+    std::vector<unsigned char> bytes(
+        static_cast<std::size_t>(byteCount(address.width, valueCount(address))));
+    library.intf_getData(address.station, QString::fromStdString(address.regName), address.first,
+                         address.length, bytes.data());
+    return bytes;
 }

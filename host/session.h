@@ -143,4 +143,7 @@ class Session {
     LinkRunner runner_;
 };
 
+// The values of an address as the driver's cache holds them.
+std::vector<unsigned char> cachedBytes(const Library& library, const Address& address);
+
 #endif

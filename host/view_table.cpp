@@ -50,6 +50,12 @@ std::vector<ViewLabel> labelViews(const Library& library, const std::vector<Item
     return labels;
 }
 
+std::vector<std::string> cachedTexts(const Library& library, const Item& item)
+{
+    return valueTexts(item.address.width, item.format, cachedBytes(library, item.address).data(),
+                      valueCount(item.address));
+}
+
 std::string valueText(const View& view, const ViewLabel& label)
 {
     return view.arrived ? textOf(view, label, view.value) : "?";

@@ -18,6 +18,9 @@ struct ViewLabel {
 // One label for each view that a session makes of these items, in the same order.
 std::vector<ViewLabel> labelViews(const Library& library, const std::vector<Item>& items);
 
+// The values of an item as the driver's cache holds them.
+std::vector<std::string> cachedTexts(const Library& library, const Item& item);
+
 std::string valueText(const View& view, const ViewLabel& label);
 std::string previousText(const View& view, const ViewLabel& label);
 
