@@ -39,6 +39,7 @@ int main(int argc, char** argv)
     addWatchCommand(app, chosen);
     addReadCommand(app, chosen);
     addWriteCommand(app, chosen);
+    addRecipeCommand(app, chosen);
     addSimulateCommand(app, chosen);
     addDemoCommand(app, chosen);
 
