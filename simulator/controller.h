@@ -77,6 +77,8 @@ public:
     const ControllerCounters& counters() const;
 
 private:
+    Answer decide(const QByteArray& request);
+
     Memory& m_memory;
     Limits m_limits;
     ControllerCounters m_counters;

@@ -8,7 +8,7 @@
 //   kind       what happens to the reply                              amount (default)
 //   silence    is not sent
 //   late       is sent later                                          milliseconds (500)
-//   flip       has bits turned over, each a different one             bits (1)
+//   flip       has bits turned over                                   bits, 1 to 3 (1)
 //   truncate   ends early, at least one byte is sent                  bytes kept (any number)
 //   extra      is followed by more bytes                              bytes (1 to 4)
 //   noise      is preceded by other bytes                             bytes (1 to 4)
@@ -21,9 +21,12 @@
 //
 // Examples: flip=10%   silence=every:7   late:300=5%   exception:2=every:20
 //
+// With up to three bits turned over the CRC always tells.
+//
 // Several rules may hit one reply; they act together, in the order: exception, station, function,
-// flip, truncate, extra, noise, echo, slow, late; silence swallows all others. Only replies suffer:
-// the request has been executed whatever the master gets to see, and broadcasts have no reply.
+// flip, truncate, extra, noise, echo, slow, late. Silence leaves nothing but the echo. Of two rules
+// of one kind that hit the same reply, the first acts. Only replies suffer: the request has been
+// executed whatever the master gets to see, and broadcasts have no reply.
 //
 // The same rules, seed and replies give the same faults on every machine.
 #ifndef DOV417_SIMULATOR_FAULTS_H
@@ -74,14 +77,18 @@ struct Piece {
     QByteArray bytes;
 };
 struct Transmission {
-    std::vector<Piece> pieces;     // none: nothing is sent
-    std::vector<FaultKind> faults; // applied, none for an untouched reply
+    QByteArray echo;               // what the master hears of its own request, at once
+    std::vector<Piece> pieces;     // none: the reply is not sent
+    std::vector<FaultKind> faults; // those that show; none for an untouched reply
+
+    QByteArray bytes() const; // of all pieces
 };
 
 class Faults {
 public:
     explicit Faults(const std::vector<FaultRule>& rules = {}, std::uint32_t seed = 1);
 
+    // An empty reply (a broadcast's) is no reply: nothing happens to it, nothing is counted.
     Transmission apply(const QByteArray& request, const QByteArray& reply);
 
     std::uint64_t replies() const; // handed in
@@ -90,7 +97,7 @@ public:
     QString report() const; // "flip 12, silence 3"; "none"
 
 private:
-    struct Source { // one rule and its own sequence of chance, so that rules do not disturb others
+    struct Source { // a rule and its own chance, so that rules do not disturb each other
         FaultRule rule;
         std::mt19937 chance;
     };

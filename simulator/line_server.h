@@ -25,6 +25,7 @@
 #define DOV417_SIMULATOR_LINE_SERVER_H
 
 #include <QByteArray>
+#include <QMetaType>
 #include <QObject>
 #include <QString>
 #include <cstdint>
@@ -39,17 +40,18 @@ namespace simulator {
 struct LineServerOptions {
     QString device;       // serial device; empty: a pseudo-terminal of its own
     QString link;         // symbolic link to the pseudo-terminal; empty: none
-    LineSettings line;    // a serial device is set to it; else it only matters when paced
-    bool paced = false;   // see above; a serial device paces itself
+    LineSettings line;    // a serial device is set to it; else it tells how long a byte takes
+    bool paced = false;   // see above; leave it off on a real serial line
     int turnaroundMs = 0; // what the controller takes before it answers
 };
 
 struct LineServerCounters {
     std::uint64_t bytesReceived = 0;
     std::uint64_t bytesSent = 0;
-    std::uint64_t requests = 0; // frames handed to the controller
+    std::uint64_t requests = 0; // frames that the controller took
     std::uint64_t replies = 0;  // transmissions begun, faulty ones included
     std::uint64_t dropped = 0;  // runs of bytes that were no frame
+    std::uint64_t unheard = 0;  // replies that nobody was there for
 };
 
 // One line of the log, for people and for programs.
@@ -57,7 +59,7 @@ struct LineEvent {
     enum Kind {
         received, // a request
         sent,     // a reply, as it left
-        withheld, // a reply that a fault swallowed
+        withheld, // a reply that a fault swallowed, or that nobody was there for
         garbage,  // bytes that were no frame
         notice    // opened, closed, other side came or went; no bytes
     };
@@ -88,7 +90,7 @@ public:
 
 signals:
     void logged(const simulator::LineEvent& event);
-    // A request was executed and its reply, if any, is on its way; before the first byte leaves.
+    // The controller has dealt with a request; nothing of its reply has left yet.
     void served(const simulator::Answer& answer);
     // The serial device is gone (unplugged); the server has closed itself.
     void lost(const QString& reason);
@@ -102,5 +104,8 @@ private:
 QString logText(const LineEvent& event);
 
 } // namespace simulator
+
+Q_DECLARE_METATYPE(simulator::LineEvent)
+Q_DECLARE_METATYPE(simulator::Answer)
 
 #endif

@@ -41,12 +41,12 @@ class WireClock {
 public:
     explicit WireClock(const LineSettings& line);
 
-    // Puts `characters` on the line no earlier than `now`, behind those already on it; gives the
-    // time at which the last of them has passed.
+    // Puts a run of characters on the line no earlier than `now`, behind those already on it;
+    // gives the time at which the last of them has passed.
     std::int64_t transmit(std::int64_t now, std::int64_t characters);
-    // When the last character of the run now on the line has passed.
+    // When the last character of the latest run has passed.
     std::int64_t freeAt() const;
-    // When character `index` (from 0) of the run that began last has passed.
+    // When character `index` (from 0) of the latest run has passed.
     std::int64_t passedAt(std::int64_t index) const;
 
 private:

@@ -17,6 +17,7 @@
 #ifndef DOV417_SIMULATOR_SIMULATION_H
 #define DOV417_SIMULATOR_SIMULATION_H
 
+#include <QElapsedTimer>
 #include <QFile>
 #include <QObject>
 #include <QString>
@@ -43,7 +44,8 @@ struct SimulationOptions {
     std::uint32_t seed = 1;   // of faults and plant
     bool frozen = false;      // values do not live
     bool followInputs = true; // Q shows I
-    QStringList hold;         // ranges whose values stay as written, see set_load.h
+    QStringList hold;         // ranges that do not live, see set_load.h
+    bool holdWritten = true;  // a word that was written by the line or by `set` lives no longer
     QStringList set;          // --set ADDRESS=VALUE, after --load
     QString loadFile;         // --load, before the line is opened
     QString dumpFile;         // --dump, written by stop()
@@ -74,6 +76,9 @@ public:
     LineServer& line();
 
 private:
+    bool prepare(QString* error);
+    void letPlantLive();
+    void holdWritten(const Answer& answer);
     void log(const LineEvent& event);
 
     SimulationOptions m_options;
@@ -82,7 +87,9 @@ private:
     Faults m_faults;
     Plant m_plant;
     std::unique_ptr<LineServer> m_line;
+    bool m_started = false;
     QTimer m_plantTimer;
+    QElapsedTimer m_plantClock;
     QFile m_log;
 };
 
