@@ -10,7 +10,7 @@
 #include <vector>
 
 class ControllerProcess {
-  public:
+public:
     // Waits until the controller says where it is. Throws a Failure with what it said otherwise.
     explicit ControllerProcess(const std::vector<std::string>& options);
     ~ControllerProcess();
@@ -21,9 +21,9 @@ class ControllerProcess {
     const std::string& port() const;
     long long processId() const;
 
-  private:
+private:
     class Child : public QProcess {
-      protected:
+    protected:
         void setupChildProcess() override;
     };
 

@@ -16,7 +16,7 @@ namespace {
 
 constexpr int redrawMilliseconds = 250;
 constexpr int millisecondsPerSecond = 1000;
-constexpr int pauseMilliseconds = 2000;   // between two rounds of writes
+constexpr int pauseMilliseconds = 2000;     // between two rounds of writes
 constexpr int patienceMilliseconds = 20000; // for a round that is under way at the end
 constexpr double usualSeconds = 5;
 
@@ -26,14 +26,34 @@ struct DemoOptions {
 };
 
 // Every register type, live values and plain memory, in two stations.
-const char* const watched[] = {
-    "1/I_bit:0.0..0.3", "1/Q_bit:0.0..0.3", "1/M_bit:1.0..1.3", "1/R_bit:100.0..100.3",
-    "1/I_W:1",          "1/Q_W:9",          "1/M_W:8..9",       "1/R_W:0..3",
-    "1/R_W:110..112",   "1/R_D:120..123",   "1/T:0",            "1/T:100",
-    "1/C:0",            "1/C:100",          "1/I_bit:9.0",      "1/Q_bit:9.4",
-    "1/I_W:10",         "2/I_bit:0.0..0.3", "2/Q_bit:0.0..0.3", "2/M_bit:1.0..1.3",
-    "2/R_bit:100.0..100.3", "2/I_W:1",      "2/Q_W:1",          "2/M_W:8",
-    "2/R_W:32..33",     "2/R_D:120..121",   "2/T:1",            "2/C:1"};
+const char* const watched[] = {"1/I_bit:0.0..0.3",
+                               "1/Q_bit:0.0..0.3",
+                               "1/M_bit:1.0..1.3",
+                               "1/R_bit:100.0..100.3",
+                               "1/I_W:1",
+                               "1/Q_W:9",
+                               "1/M_W:8..9",
+                               "1/R_W:0..3",
+                               "1/R_W:110..112",
+                               "1/R_D:120..123",
+                               "1/T:0",
+                               "1/T:100",
+                               "1/C:0",
+                               "1/C:100",
+                               "1/I_bit:9.0",
+                               "1/Q_bit:10.4",
+                               "1/I_W:10",
+                               "2/I_bit:0.0..0.3",
+                               "2/Q_bit:0.0..0.3",
+                               "2/M_bit:1.0..1.3",
+                               "2/R_bit:100.0..100.3",
+                               "2/I_W:1",
+                               "2/Q_W:1",
+                               "2/M_W:8",
+                               "2/R_W:32..33",
+                               "2/R_D:120..121",
+                               "2/T:1",
+                               "2/C:1"};
 
 // Timers and counters that do not run by themselves, so that what is written stays.
 const std::vector<std::string> controllerOptions = {"--hold", "1/T:100", "--hold", "1/C:100"};
@@ -57,17 +77,17 @@ double processorSeconds(long long process)
                                                                &std::fclose);
     unsigned long user = 0;
     unsigned long system = 0;
-    if (!file || std::fscanf(file.get(),
-                             "%*d (%*[^)]) %*c %*d %*d %*d %*d %*d %*u %*u %*u %*u %*u %lu %lu",
-                             &user, &system) != 2)
+    if (!file ||
+        std::fscanf(file.get(), "%*d (%*[^)]) %*c %*d %*d %*d %*d %*d %*u %*u %*u %*u %*u %lu %lu",
+                    &user, &system) != 2)
         return 0;
     return static_cast<double>(user + system) / static_cast<double>(sysconf(_SC_CLK_TCK));
 }
 
 class Demo {
-  public:
+public:
     Demo(const Library& library, const DemoOptions& options, const std::vector<Item>& items)
-        : library_(library), labels_(labelViews(library, items)),
+        : library_(library), stats_(options.line.stats), labels_(labelViews(library, items)),
           line_(library, options.line, items, controllerOptions),
           session_(library, line_.sessionSettings(), line_.lineSettings(), sessionEvents(),
                    runnerEvents()),
@@ -105,7 +125,7 @@ class Demo {
         return summary();
     }
 
-  private:
+private:
     SessionEvents sessionEvents()
     {
         SessionEvents events;
@@ -163,8 +183,7 @@ class Demo {
 
     std::string processorText() const
     {
-        const double seconds =
-            std::chrono::duration<double>(Clock::now() - started_).count();
+        const double seconds = std::chrono::duration<double>(Clock::now() - started_).count();
         char text[96];
         std::snprintf(text, sizeof text, "processor: host %.1f %%, controller %.1f %%",
                       100 * ownProcessorSeconds() / seconds,
@@ -186,6 +205,8 @@ class Demo {
         std::printf("\n");
         for (const std::string& row : foot())
             std::printf("%s\n", row.c_str());
+        if (stats_)
+            std::printf("%s", fullStatistics(session_.runner().statistics(), Clock::now()).c_str());
         std::fflush(stdout);
         std::vector<std::string> problems = round_.problems();
         for (std::size_t i = 0; i < session_.views().size(); ++i)
@@ -202,6 +223,7 @@ class Demo {
     }
 
     const Library& library_;
+    bool stats_;
     std::vector<ViewLabel> labels_;
     std::vector<Address> addresses_;
     double seconds_ = 0; // 0: no end

@@ -9,14 +9,26 @@ struct Sample {
     int factor; // the values change from round to round
 };
 
-const Sample samples[] = {{"1/I_bit:9.0", 1},      {"1/Q_bit:9.4", 1},   {"1/M_bit:1.0..1.3", 1},
-                          {"1/R_bit:100.1", 1},    {"1/I_W:10", 3},      {"1/Q_W:9", 5},
-                          {"1/M_W:8..9", 7},       {"1/R_W:110..112", 11}, {"1/R_D:120..123", 70001},
-                          {"1/T:100", 13},         {"1/C:100", 17},      {"2/M_bit:1.2", 1},
-                          {"2/R_bit:100.0..100.3", 1}, {"2/M_W:8", 19},  {"2/R_D:120..121", 90001}};
+const Sample samples[] = {{"1/I_bit:9.0", 1},
+                          {"1/Q_bit:10.4", 1},
+                          {"1/M_bit:1.0..1.3", 1},
+                          {"1/R_bit:100.1", 1},
+                          {"1/I_W:10", 3},
+                          {"1/Q_W:9", 5},
+                          {"1/M_W:8..9", 7},
+                          {"1/R_W:110..112", 11},
+                          {"1/R_D:120..123", 70001},
+                          {"1/T:100", 13},
+                          {"1/C:100", 17},
+                          {"2/M_bit:1.2", 1},
+                          {"2/R_bit:100.0..100.3", 1},
+                          {"2/M_W:8", 19},
+                          {"2/R_D:120..121", 90001}};
 
-const Sample recipeSamples[] = {{"1/R_W:300..319", 23}, {"1/M_W:20..27", 29},
-                                {"2/R_D:300..307", 110017}, {"2/M_bit:30.0..30.7", 1}};
+const Sample recipeSamples[] = {{"1/R_W:300..319", 23},
+                                {"1/M_W:20..27", 29},
+                                {"2/R_D:300..307", 110017},
+                                {"2/M_bit:30.0..30.7", 1}};
 
 // Values of the sample in this round, never the same in two rounds.
 std::vector<std::string> valuesOf(const Address& address, int factor, int round)
@@ -70,10 +82,10 @@ const std::vector<std::string>& DemoRound::problems() const
 
 std::string DemoRound::status() const
 {
-    return "writes: " + std::to_string(confirmed_) + " read back; recipe: " +
-           std::to_string(recipeWords_) + " words down, up and compared; " +
-           std::to_string(completed_) + " rounds, " + std::to_string(problems_.size()) +
-           " problems";
+    return "writes: " + std::to_string(confirmed_) +
+           " read back; recipe: " + std::to_string(recipeWords_) +
+           " words down, up and compared; " + std::to_string(completed_) + " rounds, " +
+           std::to_string(problems_.size()) + " problems";
 }
 
 void DemoRound::start()

@@ -12,7 +12,7 @@
 #include "write_job.h"
 
 class DemoRound {
-  public:
+public:
     DemoRound(const Library& library, Session& session, int gap, std::function<void()> done);
 
     void start();
@@ -26,8 +26,13 @@ class DemoRound {
     void readOnce(int number, bool accepted, const std::string& reason);
     void recipeEnded(bool accepted, const std::string& reason);
 
-  private:
-    enum class Stage { pause, writes, download, upload };
+private:
+    enum class Stage {
+        pause,
+        writes,
+        download,
+        upload
+    };
 
     void writesDone();
     void recipeDone();

@@ -136,8 +136,8 @@ void LinkRunner::poll()
         return;
     for (;;) {
         // 0 also ends a burst of writes or single reads: the poll after it may have more.
-        idle_ = library_.intf_getSendFrame(&frame_) != 1 &&
-                library_.intf_getSendFrame(&frame_) != 1;
+        idle_ =
+            library_.intf_getSendFrame(&frame_) != 1 && library_.intf_getSendFrame(&frame_) != 1;
         if (idle_) {
             idleTimer_.start(idleMilliseconds);
             return;
@@ -159,8 +159,7 @@ void LinkRunner::deal(const Reception& reception)
 {
     QByteArray bytes = reception.bytes;
     QString errorText;
-    const auto result =
-        static_cast<ReplyResult>(library_.intf_dealRcvFrame(&bytes, &errorText));
+    const auto result = static_cast<ReplyResult>(library_.intf_dealRcvFrame(&bytes, &errorText));
     const std::string description = errorText.toStdString();
     count(describe(frame_, description), reception, result);
     if (result == replyAccepted)
@@ -192,8 +191,7 @@ void LinkRunner::count(const std::string& request, const Reception& reception, R
         ++counters.timeouts;
         break;
     case LineResult::exception:
-        ++counters.exceptions[static_cast<unsigned char>(
-            reception.bytes.at(exceptionCodeIndex))];
+        ++counters.exceptions[static_cast<unsigned char>(reception.bytes.at(exceptionCodeIndex))];
         break;
     case LineResult::reply:
         ++(reception.bytes.size() < frame_.replyLength ? counters.shortReplies : counters.badCrc);

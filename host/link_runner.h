@@ -19,19 +19,19 @@ struct Outcome {
     const Reception& reception;
     ReplyResult result;
     std::string errorText; // the driver's words for the frame: "1#R_W10(1)"
-    std::string reason;    // ours for a bad reply: "no answer", "exception 2 (illegal data address)"
+    std::string reason; // ours for a bad reply: "no answer", "exception 2 (illegal data address)"
 };
 
 struct RunnerEvents {
     std::function<void(const Outcome&)> outcome;
     std::function<void(bool open, const std::string& message)> port;
-    std::function<void(const QByteArray&)> sent;   // for the line log
+    std::function<void(const QByteArray&)> sent;    // for the line log
     std::function<void(const Reception&)> received; // for the line log
     std::function<void(const Stray&)> stray;        // for the line log
 };
 
 class LinkRunner {
-  public:
+public:
     LinkRunner(const Library& library, const LineSettings& settings, const RunnerEvents& events);
 
     // Opens the port and begins to poll. Throws a Failure if the port cannot be opened.
@@ -51,7 +51,7 @@ class LinkRunner {
     const LinkStatistics& statistics();
     void cycleEnded(Micros duration);
 
-  private:
+private:
     void portChanged(bool open, const QString& message);
     void poll();
     void deal(const Reception& reception);

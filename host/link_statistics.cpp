@@ -10,8 +10,9 @@ namespace {
 constexpr long long microsPerBin = 100;
 
 const std::array<const char*, strayKinds> strayNames = {
-    "from another station", "for another function", "for another request",
-    "noise",                "echoes stripped",      "late"};
+    "from another station", "for another function",
+    "for another request",  "noise",
+    "echoes stripped",      "late"};
 
 std::string text(const char* format, double value)
 {
@@ -41,8 +42,8 @@ std::string exceptionsText(const RequestCounters& counters)
 
 std::string countersText(const RequestCounters& counters)
 {
-    std::string result = std::to_string(counters.sent) + " sent, " +
-                         std::to_string(counters.good) + " good";
+    std::string result =
+        std::to_string(counters.sent) + " sent, " + std::to_string(counters.good) + " good";
     const std::pair<long long, const char*> rare[] = {{counters.badCrc, "bad CRC"},
                                                       {counters.shortReplies, "short"},
                                                       {counters.timeouts, "timeouts"},

@@ -22,14 +22,14 @@ struct RequestCounters {
 
 // Durations, counted in tenths of a millisecond: enough for a median over days.
 class Durations {
-  public:
+public:
     void add(Micros duration);
     long long count() const;
     Micros minimum() const;
     Micros median() const;
     Micros maximum() const;
 
-  private:
+private:
     std::map<long long, long long> counts_;
     long long count_ = 0;
     Micros minimum_{0};

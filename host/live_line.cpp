@@ -22,7 +22,8 @@ std::vector<std::string> controllerArguments(const LineOptions& options,
     std::string list;
     for (const int station : stations)
         list += (list.empty() ? "" : ",") + std::to_string(station);
-    std::vector<std::string> arguments = {"--stations", list};
+    // At the line's speed, so that what is counted here is what a wire would give.
+    std::vector<std::string> arguments = {"--baud-limit", "--stations", list};
     if (!options.line.empty())
         arguments.insert(arguments.end(), {"--line", options.line});
     arguments.insert(arguments.end(), further.begin(), further.end());

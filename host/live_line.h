@@ -18,7 +18,7 @@
 #include "shutdown.h"
 
 class LiveLine {
-  public:
+public:
     // Starts the simulated controller if one is asked for; it gets the stations that the items name
     // and these further options. Throws a UsageFailure if there is no line to use. Resets the
     // driver: to be made before the session.
@@ -44,7 +44,7 @@ class LiveLine {
     // Null without an own controller.
     const ControllerProcess* controller() const;
 
-  private:
+private:
     void logSent(const QByteArray& bytes);
     void logReceived(const Reception& reception);
     void logStray(const Stray& stray);

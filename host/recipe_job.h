@@ -21,7 +21,7 @@ struct RecipeEntry {
 };
 
 class RecipeJob {
-  public:
+public:
     // done: the transfer has ended; problems() tells how.
     RecipeJob(Session& session, int gap, std::function<void()> done);
 
@@ -38,7 +38,7 @@ class RecipeJob {
     void ended(bool accepted, const std::string& reason);
     void written(int number, bool accepted, const std::string& reason);
 
-  private:
+private:
     void wordsToBuffer();
     void bufferToEntries();
     void writeBits();

@@ -7,7 +7,7 @@
 
 // Uses the terminal's second screen while it lives: what was on the first comes back at the end.
 class Screen {
-  public:
+public:
     Screen();
     ~Screen();
     Screen(const Screen&) = delete;

@@ -143,7 +143,8 @@ bool SerialLine::applyFormat(QString* reason)
         port_->setBaudRate(settings_.wire.baudRate) &&
         port_->setDataBits(static_cast<QSerialPort::DataBits>(settings_.wire.dataBits)) &&
         port_->setParity(parityOf(settings_.wire.parity)) &&
-        port_->setStopBits(settings_.wire.stopBits == 2 ? QSerialPort::TwoStop : QSerialPort::OneStop) &&
+        port_->setStopBits(settings_.wire.stopBits == 2 ? QSerialPort::TwoStop
+                                                        : QSerialPort::OneStop) &&
         port_->setFlowControl(QSerialPort::NoFlowControl);
     if (!taken)
         *reason =
@@ -246,8 +247,8 @@ void SerialLine::armReplyTimer()
     if (collector_.isEmpty())
         timer_.startAt(deadline_);
     else
-        timer_.startAt(
-            std::min(lastActivity_ + frameGap_, deadline_ + settings_.wire.characters(replyLength_)));
+        timer_.startAt(std::min(lastActivity_ + frameGap_,
+                                deadline_ + settings_.wire.characters(replyLength_)));
 }
 
 void SerialLine::bytesCame()

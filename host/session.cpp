@@ -9,9 +9,9 @@
 
 namespace {
 
-constexpr int tag = 1;             // first property field: names this link in recipe records
-constexpr int cyclicKind = 4;      // what planned reads carry
-constexpr int firstTicket = 1000;  // above every kind that the driver itself uses
+constexpr int tag = 1;                    // first property field: names this link in recipe records
+constexpr int cyclicKind = 4;             // what planned reads carry
+constexpr int firstTicket = 1000;         // above every kind that the driver itself uses
 constexpr std::size_t mostHandedIn = 200; // far below the 513 at which the driver drops writes
 constexpr int doubleWordLength = 2;
 constexpr int bitItems = -1;
@@ -47,22 +47,20 @@ Session::Session(const Library& library, const SessionSettings& settings, const 
                  const SessionEvents& events, const RunnerEvents& runnerEvents)
     : library_(library), settings_(settings), events_(events), nextTicket_(firstTicket),
       block_(blockSize), recipeWords_(mostRecipeWords),
-      runner_(library, line,
-              [this, runnerEvents]() {
-                  RunnerEvents own = runnerEvents;
-                  own.port = [this, further = runnerEvents.port](bool open,
-                                                                 const std::string& message) {
-                      cycleStart_ = Clock::now();
-                      if (further)
-                          further(open, message);
-                  };
-                  own.outcome = [this, further = runnerEvents.outcome](const Outcome& event) {
-                      outcome(event);
-                      if (further)
-                          further(event);
-                  };
-                  return own;
-              }())
+      runner_(library, line, [this, runnerEvents]() {
+          RunnerEvents own = runnerEvents;
+          own.port = [this, further = runnerEvents.port](bool open, const std::string& message) {
+              cycleStart_ = Clock::now();
+              if (further)
+                  further(open, message);
+          };
+          own.outcome = [this, further = runnerEvents.outcome](const Outcome& event) {
+              outcome(event);
+              if (further)
+                  further(event);
+          };
+          return own;
+      }())
 {
     if (current != nullptr)
         throw std::logic_error("the library has one driver: one session at a time");
@@ -187,8 +185,8 @@ void Session::refresh(const FRAME_PRO& frame)
                 continue;
             // The first value is none that the driver announces: it may be what the cache held.
             library_.intf_getData(view.address.station,
-                                  QString::fromStdString(view.address.regName),
-                                  view.address.first, view.address.length, view.value.data());
+                                  QString::fromStdString(view.address.regName), view.address.first,
+                                  view.address.length, view.value.data());
             view.arrived = true;
             if (events_.changed)
                 events_.changed(view, index);
@@ -200,12 +198,14 @@ void Session::refresh(const FRAME_PRO& frame)
 
 void Session::outcome(const Outcome& event)
 {
-    const bool preRead = isReadFrame(event.frame) && handedInWrites_.count(event.frame.request.kind);
+    const bool preRead =
+        isReadFrame(event.frame) && handedInWrites_.count(event.frame.request.kind);
     if (event.result == replyAccepted && isReadFrame(event.frame) && !preRead)
         refresh(event.frame);
     refreshChanged();
 
-    const bool ended = event.result == replyAbandoned || (event.result == replyAccepted && !preRead);
+    const bool ended =
+        event.result == replyAbandoned || (event.result == replyAccepted && !preRead);
     if (event.result == replyAbandoned && events_.abandoned)
         events_.abandoned(event.errorText, event.reason);
     if (!ended)

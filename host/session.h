@@ -64,7 +64,7 @@ enum class RecipeTransfer {
 };
 
 class Session {
-  public:
+public:
     Session(const Library& library, const SessionSettings& settings, const LineSettings& line,
             const SessionEvents& events, const RunnerEvents& runnerEvents);
     ~Session();
@@ -90,7 +90,7 @@ class Session {
     void transferRecipe(const RecipeLayout& layout, RecipeTransfer transfer);
     std::vector<std::uint16_t>& recipeBuffer();
 
-  private:
+private:
     struct Ticket {
         int number;
         Address address;

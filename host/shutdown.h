@@ -10,13 +10,13 @@ class QSocketNotifier;
 // While it lives, SIGINT, SIGTERM and SIGHUP call asked() from the event loop instead of ending the
 // program; a second Ctrl-C ends it at once, should the first not be heard. One at a time.
 class Shutdown {
-  public:
+public:
     explicit Shutdown(std::function<void()> asked);
     ~Shutdown();
     Shutdown(const Shutdown&) = delete;
     Shutdown& operator=(const Shutdown&) = delete;
 
-  private:
+private:
     std::function<void()> asked_;
     std::unique_ptr<QSocketNotifier> notifier_;
 };

@@ -76,7 +76,7 @@ int runSimulate(const SimulateOptions& options)
     std::fflush(stdout);
     loop.exec();
     const bool stopped = simulation.stop(&error);
-    std::fprintf(stderr, "%s\n", qPrintable(simulation.report()));
+    std::printf("%s\n", qPrintable(simulation.report()));
     if (!lost.isEmpty())
         throw Failure(lost.toStdString());
     if (!stopped)
@@ -106,8 +106,9 @@ void addSimulateCommand(CLI::App& app, Action& chosen)
         ->option_text("LINE");
     command->add_flag("--baud-limit", simulation.baudLimit,
                       "Bytes take the time on a pseudo-terminal that they take on the wire");
-    command->add_option("--turnaround", simulation.turnaroundMs,
-                        "What the controller takes before it answers (0)")
+    command
+        ->add_option("--turnaround", simulation.turnaroundMs,
+                     "What the controller takes before it answers (0)")
         ->option_text("MS");
     command->add_flag("--strict", simulation.strict,
                       "Takes no more than 125 registers or 2000 coils in one request");
@@ -120,8 +121,7 @@ void addSimulateCommand(CLI::App& app, Action& chosen)
     command->add_option("--seed", simulation.seed, "Of faults and values that go by chance (1)")
         ->option_text("N");
     command->add_flag("--still", options->still, "No value changes by itself");
-    command->add_flag("--independent-outputs", options->independentOutputs,
-                      "Q does not follow I");
+    command->add_flag("--independent-outputs", options->independentOutputs, "Q does not follow I");
     command->add_option("--hold", options->hold, "Addresses that do not change by themselves")
         ->option_text("ADDRESS");
     command->add_option("--set", options->set, "Value at the start, as in R_W:100=7")

@@ -10,7 +10,7 @@
 #include "session.h"
 
 class SingleReads {
-  public:
+public:
     // done: every read of a start() has its outcome.
     SingleReads(Session& session, int gap, std::function<void()> done);
 
@@ -24,7 +24,7 @@ class SingleReads {
     const std::string& problem(std::size_t index) const;
     bool isDone() const;
 
-  private:
+private:
     Session& session_;
     int gap_;
     std::function<void()> done_;

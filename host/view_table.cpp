@@ -1,13 +1,11 @@
 #include "view_table.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdio>
 
 namespace {
 
-constexpr std::size_t columns = 6;
-using Row = std::array<std::string, columns>;
+using Row = std::vector<std::string>;
 
 std::string textOf(const View& view, const ViewLabel& label, const ValueBytes& value)
 {
@@ -22,6 +20,26 @@ std::string ageText(const View& view, Clock::time_point now)
     std::snprintf(text, sizeof text, "%.1f s",
                   std::chrono::duration<double>(now - view.refreshed).count());
     return text;
+}
+
+// The first columns to the left, the numbers behind them to the right.
+std::vector<std::string> aligned(const std::vector<Row>& rows, std::size_t textColumns)
+{
+    std::vector<std::size_t> widths(rows.front().size());
+    for (const Row& row : rows)
+        for (std::size_t c = 0; c < row.size(); ++c)
+            widths.at(c) = std::max(widths.at(c), row.at(c).size());
+    std::vector<std::string> lines;
+    for (const Row& row : rows) {
+        std::string line;
+        for (std::size_t c = 0; c < row.size(); ++c) {
+            const std::string padding(widths.at(c) - row.at(c).size(), ' ');
+            line += (c == 0 ? "" : "  ") +
+                    (c < textColumns ? row.at(c) + padding : padding + row.at(c));
+        }
+        lines.push_back(line);
+    }
+    return lines;
 }
 
 } // namespace
@@ -69,25 +87,19 @@ std::string previousText(const View& view, const ViewLabel& label)
 std::vector<std::string> viewTable(const std::vector<View>& views,
                                    const std::vector<ViewLabel>& labels, Clock::time_point now)
 {
-    std::vector<Row> rows = {{"name", "address", "value", "previous", "age", "changes"}};
+    // Names that only repeat the addresses are left out.
+    const bool named = std::any_of(labels.begin(), labels.end(), [](const ViewLabel& label) {
+        return label.name != label.address;
+    });
+    std::vector<Row> rows = {{"address", "value", "previous", "age", "changes"}};
     for (std::size_t i = 0; i < views.size(); ++i)
-        rows.push_back({labels.at(i).name, labels.at(i).address,
-                        valueText(views.at(i), labels.at(i)),
+        rows.push_back({labels.at(i).address, valueText(views.at(i), labels.at(i)),
                         previousText(views.at(i), labels.at(i)), ageText(views.at(i), now),
                         std::to_string(views.at(i).changes)});
-    std::array<std::size_t, columns> widths{};
-    for (const Row& row : rows)
-        for (std::size_t c = 0; c < columns; ++c)
-            widths.at(c) = std::max(widths.at(c), row.at(c).size());
-    std::vector<std::string> lines;
-    for (const Row& row : rows) {
-        std::string line;
-        for (std::size_t c = 0; c < columns; ++c) {
-            const std::string padding(widths.at(c) - row.at(c).size(), ' ');
-            const bool isNumber = c >= 2;
-            line += (c == 0 ? "" : "  ") + (isNumber ? padding + row.at(c) : row.at(c) + padding);
-        }
-        lines.push_back(line);
+    if (named) {
+        rows.front().insert(rows.front().begin(), "name");
+        for (std::size_t i = 0; i < views.size(); ++i)
+            rows.at(i + 1).insert(rows.at(i + 1).begin(), labels.at(i).name);
     }
-    return lines;
+    return aligned(rows, named ? 2 : 1);
 }

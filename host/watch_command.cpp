@@ -1,7 +1,7 @@
 #include "commands.h"
 
-#include <ctime>
 #include <cstdio>
+#include <ctime>
 #include <memory>
 #include <nlohmann/json.hpp>
 
@@ -51,7 +51,7 @@ std::string csvField(const std::string& text)
 
 // Where changes are told: the table, lines of text or JSON, and a CSV file.
 class Teller {
-  public:
+public:
     Teller(const WatchOptions& options, const std::vector<ViewLabel>& labels)
         : json_(options.json), labels_(labels)
     {
@@ -116,7 +116,7 @@ class Teller {
             return;
         const Clock::time_point now = Clock::now();
         std::vector<std::string> foot = briefStatistics(session.runner().statistics(), now);
-        foot.push_back(!session.runner().isOpen()       ? "port closed"
+        foot.push_back(!session.runner().isOpen()      ? "port closed"
                        : session.runner().linkIsGood() ? "link good"
                                                        : "link FAILED");
         if (!lastTrouble_.empty())
@@ -133,7 +133,7 @@ class Teller {
         screen_.reset();
     }
 
-  private:
+private:
     struct CloseFile {
         void operator()(std::FILE* file) const
         {

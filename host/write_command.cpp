@@ -47,8 +47,8 @@ WriteTask parseAssignment(const Items& items, const std::string& text)
 std::string joined(const Item& item, const std::vector<unsigned char>& bytes)
 {
     std::string text;
-    for (const std::string& value : valueTexts(item.address.width, item.format, bytes.data(),
-                                               valueCount(item.address)))
+    for (const std::string& value :
+         valueTexts(item.address.width, item.format, bytes.data(), valueCount(item.address)))
         text += (text.empty() ? "" : " ") + value;
     return text;
 }
@@ -106,11 +106,10 @@ int runWrite(const WriteOptions& options)
 
     bool complete = true;
     for (const WriteTask& task : writes.tasks()) {
-        const bool done =
-            task.result == WriteResult::confirmed || task.result == WriteResult::sent;
+        const bool done = task.result == WriteResult::confirmed || task.result == WriteResult::sent;
         complete = complete && done;
-        std::fprintf(done ? stdout : stderr, "%s%s\n", done ? "" : "dov417: ",
-                     report(task, line.interruption()).c_str());
+        std::fprintf(done ? stdout : stderr, "%s%s\n",
+                     done ? "" : "dov417: ", report(task, line.interruption()).c_str());
     }
     if (options.line.stats)
         std::printf("%s", fullStatistics(session.runner().statistics(), Clock::now()).c_str());

@@ -38,10 +38,10 @@ void WriteJob::write()
 {
     for (std::size_t i = 0; i < reading_.size(); ++i)
         if (reads_.problem(i).empty())
-            tasks_.at(reading_.at(i)).before = cachedBytes(library_, tasks_.at(reading_.at(i)).item.address);
+            tasks_.at(reading_.at(i)).before =
+                cachedBytes(library_, tasks_.at(reading_.at(i)).item.address);
     for (std::size_t i = 0; i < tasks_.size(); ++i)
-        for (const Write& piece :
-             writePieces(tasks_.at(i).item.address, tasks_.at(i).data, gap_))
+        for (const Write& piece : writePieces(tasks_.at(i).item.address, tasks_.at(i).data, gap_))
             writing_.emplace(session_.write(piece), i);
 }
 
@@ -80,8 +80,7 @@ void WriteJob::compare()
             continue;
         }
         task.after = cachedBytes(library_, task.item.address);
-        task.result =
-            task.after == task.data ? WriteResult::confirmed : WriteResult::different;
+        task.result = task.after == task.data ? WriteResult::confirmed : WriteResult::different;
     }
     done_();
 }

@@ -31,7 +31,7 @@ struct WriteTask {
 };
 
 class WriteJob {
-  public:
+public:
     WriteJob(const Library& library, Session& session, int gap, std::function<void()> done);
 
     // Reads, writes and reads back. A controller that does not answer the first read is written to
@@ -43,7 +43,7 @@ class WriteJob {
     void written(int number, bool accepted, const std::string& reason);
     void readOnce(int number, bool accepted, const std::string& reason);
 
-  private:
+private:
     void read();
     void write();
     void compare();

@@ -10,7 +10,7 @@
 #include <memory>
 
 class PtySlave {
-  public:
+public:
     PtySlave();
     ~PtySlave();
     PtySlave(const PtySlave&) = delete;
@@ -27,7 +27,7 @@ class PtySlave {
     // Called with each lump of bytes that arrives.
     std::function<void(const QByteArray&)> arrived;
 
-  private:
+private:
     QTemporaryDir folder_;
     int descriptor_ = -1;
     int keeper_ = -1; // holds the other side open, so that the host may come and go

@@ -9,8 +9,8 @@
 
 namespace {
 
-using std::chrono::minutes;
 using std::chrono::milliseconds;
+using std::chrono::minutes;
 
 // Far beyond the patience of a test: what waits for it fails.
 constexpr Micros forEver = minutes(10);
@@ -28,7 +28,7 @@ const char* const secondReply = "010302002BF85B";
 constexpr int replyLength = 7;
 
 class OnALine : public ::testing::Test {
-  protected:
+protected:
     void open(Micros timeout)
     {
         LineSettings settings;
