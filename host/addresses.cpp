@@ -115,7 +115,8 @@ int parseStation(const std::string& text)
     const char* end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, station);
     if (error != std::errc() || stop != end || station < 0 || station > highestStation)
-        throw AddressFailure(text, "is no station: 1 to 247, or 0 for a broadcast", 0);
+        throw AddressFailure(text, "'" + text + "' is no station: 1 to 247, or 0 for a broadcast",
+                             0);
     return station;
 }
 

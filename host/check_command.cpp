@@ -45,7 +45,7 @@ void addCheckCommand(CLI::App& app, Action& chosen)
     CLI::App* command = app.add_subcommand("check", "Is an address valid, and if not, why");
     command
         ->add_option(
-            "addresses", options->addresses,
+            "address", options->addresses,
             "[STATION/]REGISTER:FIRST[..LAST]; FIRST and LAST name words, or bits of a bit "
             "type. A range of R_D names its words, two a value")
         ->option_text("ADDRESS...")

@@ -50,7 +50,7 @@ Library::Library(const std::string& path)
 {
     if (!path.empty()) {
         // Without a slash the loader would search its own path instead of opening this file.
-        const std::string file = fs::absolute(path).string();
+        const std::string file = fs::absolute(path).lexically_normal().string();
         handle_ = open(file);
         if (!handle_)
             throw Failure("cannot load the driver library: " + reason());

@@ -27,7 +27,7 @@ int main(int argc, char** argv)
     CLI::App app("Runs the panel driver on a serial line, and tells what it would do there.",
                  "dov417");
     app.set_version_flag("--version", DOV417_VERSION);
-    app.require_subcommand(1);
+    app.require_subcommand(0, 1);
     app.footer("dov417 COMMAND --help tells more, with examples.");
     Action chosen;
     addInfoCommand(app, chosen);
@@ -48,6 +48,10 @@ int main(int argc, char** argv)
     } catch (const CLI::ParseError& error) {
         // --help and --version come this way too.
         return app.exit(error) == 0 ? exitDone : exitUsage;
+    }
+    if (!chosen) {
+        std::fprintf(stderr, "%s", app.help().c_str());
+        return exitUsage;
     }
     try {
         return chosen();

@@ -108,7 +108,7 @@ void addItemOptions(CLI::App& command, ItemOptions& options)
 void addAddressArguments(CLI::App& command, ItemOptions& options)
 {
     command
-        .add_option("addresses", options.arguments,
+        .add_option("address", options.arguments,
                     "[STATION/]REGISTER:FIRST[..LAST], as in R_W:100, R_W:100..107, "
                     "M_bit:1.0..1.15, 2/R_D:10..13, T:5; or tag names. With --tags alone: every "
                     "tag")

@@ -30,14 +30,26 @@ int radixOf(const QString& format)
 
 } // namespace
 
+// Requests that the driver made itself share their name with the table.
 int getIndexFromRegName(QString regName)
 {
+    for (int i = 0; i < registerTypeCount; ++i) {
+        if (REG_LIST[i].isSharedWith(regName)) {
+            return i;
+        }
+    }
     for (int i = 0; i < registerTypeCount; ++i) {
         if (REG_LIST[i] == regName) {
             return i;
         }
     }
     return -1;
+}
+
+QString sharedRegName(const QString& regName)
+{
+    const int index = getIndexFromRegName(regName);
+    return index < 0 ? regName : REG_LIST[index];
 }
 
 // The bit part is not checked: "3.16" is "4.0" to the controllers' own editors too. The range

@@ -7,6 +7,9 @@
 // Index 0 to 10 in REG_LIST, -1 for an unknown name.
 int getIndexFromRegName(QString regName);
 
+// The table's own copy of a name, so that it is found by its place; an unknown name as it is.
+QString sharedRegName(const QString& regName);
+
 // "12.5" -> 197 on a bit register; -1 for a bad text, 0 on any other register.
 int addr_str2int(QString text, QString regName);
 

@@ -3,6 +3,7 @@
 #include "address_text.h"
 #include "crc.h"
 #include "protocol.h"
+#include "record_copy.h"
 #include "register_table.h"
 #include "wrap.h"
 
@@ -36,12 +37,14 @@ void putWord(unsigned char* bytes, int value) // high byte first, low 16 bits
     bytes[1] = static_cast<unsigned char>(static_cast<unsigned int>(value) & 0xFFu);
 }
 
+const FRAME_PRO blankFrame = FRAME_PRO();
+
 // A zeroed frame record at the end of the send list, its first six bytes filled.
 FRAME_PRO& appendFrame(const VARIABLE& request, FunctionCode function, int start, int quantity)
 {
-    driver.sendList.append(FRAME_PRO());
+    driver.sendList.append(blankFrame);
     FRAME_PRO& made = driver.sendList.last();
-    made.request = request;
+    assignRequest(made.request, request);
     made.frame[0] =
         static_cast<unsigned char>(static_cast<unsigned int>(request.stationNo) & 0xFFu);
     made.frame[1] = static_cast<unsigned char>(function);
@@ -176,10 +179,11 @@ int hexNibble(const QByteArray& text, int position)
 
 int getReadFrame(QList<VARIABLE> list)
 {
-    if (list.isEmpty()) {
-        return 0;
-    }
-    const VARIABLE& request = list.at(0);
+    return list.isEmpty() ? 0 : frameRead(list.at(0));
+}
+
+int frameRead(const VARIABLE& request)
+{
     const int index = getIndexFromRegName(request.regName);
     if (index < 0 || request.stationNo == broadcastStation) {
         return 0;
@@ -218,7 +222,7 @@ void getWriteFrame(VARIABLE& request)
 
 void handShakeFrame()
 {
-    driver.sendList.append(FRAME_PRO());
+    driver.sendList.append(blankFrame);
 }
 
 int uchar2int16(unsigned char low, unsigned char high)

@@ -14,6 +14,7 @@ enum {
 
 // Frames element 0 of the list. 1: a frame was appended, 0: refused.
 int getReadFrame(QList<VARIABLE> list);
+int frameRead(const VARIABLE& request);
 
 // Appends no frame, one, or two (a read and a write back for "R_bit").
 void getWriteFrame(VARIABLE& request);

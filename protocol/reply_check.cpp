@@ -11,7 +11,7 @@ enum {
 
 } // namespace
 
-int check_rcv_data(unsigned char* reply, QList<VARIABLE>, int length)
+ReplyCheck checkReply(const unsigned char* reply, int length)
 {
     if (driver.sendList.isEmpty()) {
         return replyRejected;
@@ -29,4 +29,9 @@ int check_rcv_data(unsigned char* reply, QList<VARIABLE>, int length)
         return replyRejected;
     }
     return head.dataCount != 0 ? replyWithData : replyWithoutData;
+}
+
+int check_rcv_data(unsigned char* reply, QList<VARIABLE>, int length)
+{
+    return checkReply(reply, length);
 }

@@ -12,7 +12,10 @@ enum ReplyCheck {
     replyWithoutData = 2
 };
 
-// Length and CRC only: controllers of this family are known to answer under another station.
+// Length and CRC only. Station and function are the host's to look at, who sees the line.
+ReplyCheck checkReply(const unsigned char* reply, int length);
+
+// The same; the list is not used.
 int check_rcv_data(unsigned char* reply, QList<VARIABLE> readList, int length);
 
 #endif

@@ -280,7 +280,7 @@ int intf_addrMerge(QList<KEY_ADDRESS>& keys)
         VARIABLE request = VARIABLE();
         request.kind = sendCyclicRead;
         request.stationNo = run.stationNo;
-        request.regName = run.regName;
+        request.regName = sharedRegName(run.regName);
         request.address = run.address;
         request.length = run.length;
         driver.readList.append(request);

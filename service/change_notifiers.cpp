@@ -5,20 +5,74 @@
 
 namespace {
 
+enum View {
+    plainView, // the area name alone
+    bitView,
+    byteView,
+    wordView,
+    dwordView,
+    viewCount
+};
+
+const char* const viewSuffixes[viewCount] = {"", "_bit", "_B", "_W", "_D"};
+
+QString builtName(const QString& area, View view)
+{
+    QString name = area;
+    name.append(QLatin1String(viewSuffixes[view]));
+    return name;
+}
+
+// The names of the controller's own areas, made once: a screen full of changes is announced by
+// copies of them.
+class ViewNames {
+public:
+    ViewNames()
+    {
+        for (int area = 0; area < areaCount; ++area) {
+            for (int view = 0; view < viewCount; ++view) {
+                names_[area][view] =
+                    builtName(QString(QLatin1Char(areas_[area])), static_cast<View>(view));
+            }
+        }
+    }
+
+    QString nameOf(const QString& area, View view) const
+    {
+        for (int known = 0; area.size() == 1 && known < areaCount; ++known) {
+            if (area.at(0) == QLatin1Char(areas_[known])) {
+                return names_[known][view];
+            }
+        }
+        return builtName(area, view);
+    }
+
+private:
+    enum {
+        areaCount = 6
+    };
+    static const char areas_[areaCount];
+    QString names_[areaCount][viewCount];
+};
+
+const char ViewNames::areas_[areaCount] = {'R', 'M', 'I', 'Q', 'T', 'C'};
+
+const ViewNames viewNames;
+
 // Which views a unit of one width has: a row of the manual's table.
 struct UnitViews {
-    int bits;              // bits of the unit that can be watched
-    const char* ownSuffix; // view flag 0
+    int bits; // bits of the unit that can be watched
+    View own; // view flag 0
     struct {
         int firstFlag; // view flag of the unit that starts the value
         int units;     // units that the value spans
-        const char* suffix;
+        View view;
     } wider[2];
 };
 
-const UnitViews wordViews = {16, "_W", {{1, 2, "_D"}, {0, 0, ""}}};
-const UnitViews dwordViews = {32, "_D", {{0, 0, ""}, {0, 0, ""}}};
-const UnitViews byteViews = {8, "_B", {{1, 2, "_W"}, {3, 4, "_D"}}};
+const UnitViews wordViews = {16, wordView, {{1, 2, dwordView}, {0, 0, plainView}}};
+const UnitViews dwordViews = {32, dwordView, {{0, 0, plainView}, {0, 0, plainView}}};
+const UnitViews byteViews = {8, byteView, {{1, 2, wordView}, {3, 4, dwordView}}};
 
 // What is announced of a unit. A copy: the callback may change the cache under our hands.
 struct WatchedUnit {
@@ -33,11 +87,9 @@ struct WatchedUnit {
         return viewFlags % 2 == 1;
     }
 
-    bool announce(const char* suffix, int viewAddress) const
+    bool announce(View view, int viewAddress) const
     {
-        QString name = area;
-        name.append(QLatin1String(suffix));
-        return callHost(driver.callBackTag, station, name, viewAddress);
+        return callHost(driver.callBackTag, station, viewNames.nameOf(area, view), viewAddress);
     }
 
     int station;
@@ -52,7 +104,7 @@ bool announceBits(const WatchedUnit& unit, int bits, unsigned int changed)
     const unsigned int announced = unit.bitMonitor & changed;
     for (int k = 0; announced != 0 && k < bits; ++k) {
         if ((announced >> k & 1u) != 0 &&
-            !unit.announce("_bit", wrapAdd(wrapMul(unit.address, bits), k))) {
+            !unit.announce(bitView, wrapAdd(wrapMul(unit.address, bits), k))) {
             return false;
         }
     }
@@ -71,20 +123,20 @@ void announceUnit(int index, int timerCounter, unsigned int changed, const UnitV
     const WatchedUnit unit(record);
     if (timerCounter != 0) {
         if (unit.ownView()) {
-            unit.announce("", unit.address);
+            unit.announce(plainView, unit.address);
         }
         return;
     }
     if (!announceBits(unit, views.bits, changed)) {
         return;
     }
-    if (unit.ownView() && !unit.announce(views.ownSuffix, unit.address)) {
+    if (unit.ownView() && !unit.announce(views.own, unit.address)) {
         return;
     }
     for (int w = 0; w < 2; ++w) {
         for (int j = 0; j < views.wider[w].units && unit.address - j >= 0; ++j) {
             if ((unit.viewFlags >> (views.wider[w].firstFlag + j) & 1) != 0 &&
-                !unit.announce(views.wider[w].suffix, unit.address - j)) {
+                !unit.announce(views.wider[w].view, unit.address - j)) {
                 return;
             }
         }
@@ -123,7 +175,7 @@ void _bitDataChange(int index)
     }
     const WatchedUnit unit(driver.dataAreas.at(index));
     if (unit.ownView()) {
-        unit.announce("", unit.address);
+        unit.announce(plainView, unit.address);
     }
 }
 

@@ -123,7 +123,7 @@ int intf_setRcpAddress(QVector<_RCP_VAR_PRO>& records)
         _RCP_VAR_PRO request = _RCP_VAR_PRO();
         request.linkId = driver.callBackTag;
         request.stationNo = run.stationNo;
-        request.regName = run.regName;
+        request.regName = sharedRegName(run.regName);
         request.address = run.address;
         request.length = run.length;
         request.bufOffset = driver.recipeVars.at(run.opener).bufOffset;

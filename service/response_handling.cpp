@@ -1,10 +1,13 @@
 #include "response_handling.h"
 
+#include <QVarLengthArray>
+#include <algorithm>
 #include <cstring>
 
 #include "address_text.h"
 #include "change_notifiers.h"
 #include "crc.h"
+#include "data_areas.h"
 #include "frame_building.h"
 #include "intf.h"
 #include "protocol.h"
@@ -29,7 +32,74 @@ const unsigned char* bytesOf(const QByteArray& reply)
     return reinterpret_cast<const unsigned char*>(reply.constData());
 }
 
+// ---- the text that describes a frame ----------------------------------------------------------
+
+// Every reply comes with this text, good or bad, so it is written in place.
+enum {
+    longestFixedText = 80
+}; // five numbers of up to eleven digits, ",error code:", separators
+
+typedef QVarLengthArray<QChar, 128> TextBuffer;
+
+QChar* putText(QChar* out, const char* latin1)
+{
+    for (; *latin1 != 0; ++latin1) {
+        *out++ = QLatin1Char(*latin1);
+    }
+    return out;
+}
+
+QChar* putNumber(QChar* out, int number)
+{
+    char digits[12]; // "-2147483648" and the end
+    char* first = digits + sizeof(digits) - 1;
+    *first = 0;
+    unsigned int rest =
+        number < 0 ? 0u - static_cast<unsigned int>(number) : static_cast<unsigned int>(number);
+    do {
+        *--first = static_cast<char>('0' + rest % 10);
+        rest /= 10;
+    } while (rest != 0);
+    if (number < 0) {
+        *--first = '-';
+    }
+    return putText(out, first);
+}
+
+QString describeRequest(const VARIABLE& request, const QByteArray& reply)
+{
+    const int nameSize = static_cast<int>(request.regName.size());
+    TextBuffer buffer(nameSize + longestFixedText);
+    QChar* out = putNumber(buffer.data(), request.stationNo);
+    *out++ = QLatin1Char('#');
+    out = std::copy(request.regName.constData(), request.regName.constData() + nameSize, out);
+    if (request.regName.endsWith(QLatin1String("_bit"))) {
+        out = putNumber(out, request.address / 16);
+        *out++ = QLatin1Char('.');
+        out = putNumber(out, request.address % 16);
+    } else {
+        out = putNumber(out, request.address);
+    }
+    *out++ = QLatin1Char('(');
+    out = putNumber(out, request.length);
+    *out++ = QLatin1Char(')');
+    if (reply.size() == errorReplySize && reply.at(errorByteAt) != 0) {
+        out = putText(out, ",error code:");
+        out = putNumber(out, bytesOf(reply)[errorByteAt]);
+    }
+    return QString(buffer.constData(), static_cast<int>(out - buffer.constData()));
+}
+
 // ---- decoding ---------------------------------------------------------------------------------
+
+void swapWords(unsigned char* bytes, int words)
+{
+    for (int i = 0; i < 2 * words; i += 2) {
+        const unsigned char first = bytes[i];
+        bytes[i] = bytes[i + 1];
+        bytes[i + 1] = first;
+    }
+}
 
 // The data bytes of a reply; what the reply does not have reads as 0.
 class ReplyData {
@@ -45,11 +115,46 @@ public:
         return place >= 0 && place < size_ ? bytes_[place] : static_cast<unsigned char>(0);
     }
 
+    void copy(int from, int count, unsigned char* out) const
+    {
+        const long long place = static_cast<long long>(position_) + from;
+        if (place >= 0 && place + count <= size_) {
+            memcpy(out, bytes_ + place, static_cast<size_t>(count));
+            return;
+        }
+        for (int i = 0; i < count; ++i) {
+            out[i] = at(from + i);
+        }
+    }
+
 private:
     const unsigned char* bytes_;
     int size_;
     int position_;
 };
+
+inline bool holdsWord(const _DATA_& unit, const unsigned char* word)
+{
+    return memcmp(unit.deviceValue, word, 2) == 0;
+}
+
+// How many of `count` units from the record at `index` on hold these words, low byte first. Most
+// words of most replies are what they were: this is the loop that a panel spends its polls in.
+int unchangedWords(int index, int count, const unsigned char* words)
+{
+    QList<_DATA_>::const_iterator unit = driver.dataAreas.constBegin() + index;
+    const QList<_DATA_>::const_iterator first = unit;
+    const QList<_DATA_>::const_iterator end = unit + count;
+    for (; end - unit >= 4 && holdsWord(unit[0], words) && holdsWord(unit[1], words + 2) &&
+           holdsWord(unit[2], words + 4) && holdsWord(unit[3], words + 6);
+         words += 8) {
+        unit += 4;
+    }
+    for (; unit != end && holdsWord(*unit, words); words += 2) {
+        ++unit;
+    }
+    return static_cast<int>(unit - first);
+}
 
 int intOf(const unsigned char* bytes, int count)
 {
@@ -99,32 +204,8 @@ bool storeUnit(const RegisterType& type, int index, const unsigned char* bytes, 
 // byte first.
 bool lowByteFirst(const RegisterType& type)
 {
-    return type.area == QLatin1String("I") || type.area == QLatin1String("Q") ||
-           type.area == QLatin1String("M");
-}
-
-// One unit's value, low byte first.
-void unpackUnit(const RegisterType& type, const ReplyData& data, int i, bool lowFirst,
-                unsigned char (&bytes)[4])
-{
-    switch (type.unitBits) {
-    case 1:
-        bytes[0] = static_cast<unsigned char>(data.at(i / 8) >> (i % 8) & 1);
-        return;
-    case 8:
-        bytes[0] = data.at(i);
-        return;
-    case 16:
-        bytes[lowFirst ? 0 : 1] = data.at(2 * i);
-        bytes[lowFirst ? 1 : 0] = data.at(2 * i + 1);
-        return;
-    case 32: // the first register holds the low-order half
-        bytes[0] = data.at(4 * i + 1);
-        bytes[1] = data.at(4 * i);
-        bytes[2] = data.at(4 * i + 3);
-        bytes[3] = data.at(4 * i + 2);
-        return;
-    }
+    const QChar area = type.area.size() == 1 ? type.area.at(0) : QChar();
+    return area == QLatin1Char('I') || area == QLatin1Char('Q') || area == QLatin1Char('M');
 }
 
 int bytesPerUnit(const RegisterType& type)
@@ -141,16 +222,33 @@ int bytesPerUnit(const RegisterType& type)
     return 0;
 }
 
-// ---- the pre-read of an "R_bit" write ---------------------------------------------------------
-
-void swapWords(QByteArray& bytes)
+// The values of `count` units from value `first` on, each low byte first.
+void unpackUnits(const RegisterType& type, const ReplyData& data, int first, int count,
+                 unsigned char* out)
 {
-    for (int i = 0; i + 1 < bytes.size(); i += 2) {
-        const char first = bytes.at(i);
-        bytes[i] = bytes.at(i + 1);
-        bytes[i + 1] = first;
+    switch (type.unitBits) {
+    case 1:
+        for (int i = 0; i < count; ++i) {
+            out[i] = static_cast<unsigned char>(data.at((first + i) / 8) >> ((first + i) % 8) & 1);
+        }
+        return;
+    case 8:
+        data.copy(first, count, out);
+        return;
+    case 16:
+        data.copy(2 * first, 2 * count, out);
+        if (!lowByteFirst(type)) {
+            swapWords(out, count);
+        }
+        return;
+    case 32: // the first register holds the low-order half
+        data.copy(4 * first, 4 * count, out);
+        swapWords(out, 2 * count);
+        return;
     }
 }
+
+// ---- the pre-read of an "R_bit" write ---------------------------------------------------------
 
 // The write back, next in the send list, gets the registers as they are now, with the requested
 // bits changed.
@@ -161,26 +259,41 @@ void patchWriteBack(const QByteArray& reply, int count, int position, const VARI
         return;
     }
     FRAME_PRO& next = driver.sendList[1];
-    if (next.dataPosition < 0 ||
+    if (next.dataPosition < 0 || next.sendLength > recordDataSize ||
         next.dataPosition + static_cast<long long>(count) > next.sendLength - crcSize) {
         return;
     }
-    QByteArray registers = reply.mid(position, count);
-    swapWords(registers);
+    unsigned char* registers = next.frame + next.dataPosition;
+    memcpy(registers, bytesOf(reply) + position, static_cast<size_t>(count));
+    swapWords(registers, count / 2);
     const int first = request.address % 16;
     for (int i = 0; i < request.length && i < recordDataSize; ++i) {
         const int bit = first + i;
-        if (bit >= 0 && bit / 8 < registers.size()) {
-            const unsigned int mask = 1u << (bit % 8);
-            const unsigned int byte = static_cast<unsigned char>(registers.at(bit / 8));
-            registers[bit / 8] =
-                static_cast<char>(request.data[i] != 0 ? byte | mask : byte & ~mask);
+        if (bit >= 0 && bit / 8 < count) {
+            registers[bit / 8] = static_cast<unsigned char>(
+                _setBitValue(registers[bit / 8], bit % 8, request.data[i]));
         }
     }
-    swapWords(registers);
-    memcpy(next.frame + next.dataPosition, registers.constData(),
-           static_cast<size_t>(registers.size()));
+    swapWords(registers, count / 2);
     appendCrc(next.frame, next.sendLength - crcSize);
+}
+
+// First the cache, then the host's buffer. The request is a copy: a callback may drop the frame.
+void decodeUpload(const RegisterType& type, const QByteArray& reply, int count, int position,
+                  VARIABLE request)
+{
+    const unsigned int resets = driver.resets;
+    decodeValues(type, reply, count, position, request.stationNo, request.address);
+    if (driver.resets != resets || count <= 0) {
+        return;
+    }
+    QByteArray words = reply.mid(position, wrapMul(2, count));
+    const int whole = static_cast<int>(words.size()) / 2;
+    unsigned char* bytes = reinterpret_cast<unsigned char*>(words.data());
+    if (!lowByteFirst(type)) {
+        swapWords(bytes, whole);
+    }
+    storeRecipeUpload(request, bytes, whole);
 }
 
 void decodeReply(const QByteArray& reply, int count, int position, const VARIABLE& request)
@@ -195,16 +308,17 @@ void decodeReply(const QByteArray& reply, int count, int position, const VARIABL
         patchWriteBack(reply, count, position, request);
         return;
     }
-    const unsigned int resets = driver.resets;
-    const bool upload = driver.sendKind == sendRecipeUpload;
-    decodeValues(type, reply, count, position, request.stationNo, request.address);
-    if (upload && driver.resets == resets && count > 0) {
-        QByteArray words = reply.mid(position, wrapMul(2, count));
-        if (!lowByteFirst(type)) {
-            swapWords(words);
-        }
-        storeRecipeUpload(request, bytesOf(words), static_cast<int>(words.size()) / 2);
+    if (driver.sendKind == sendRecipeUpload) {
+        decodeUpload(type, reply, count, position, request);
+    } else {
+        decodeValues(type, reply, count, position, request.stationNo, request.address);
     }
+}
+
+void decodeHead(const QByteArray& reply)
+{
+    const FRAME_PRO& head = driver.sendList.at(0);
+    decodeReply(reply, head.dataCount, head.dataPosition, head.request);
 }
 
 // ---- the frame on the line --------------------------------------------------------------------
@@ -222,7 +336,7 @@ ReplyResult acceptReply(const QByteArray& reply, bool withData)
     const unsigned int turn = driver.sendTurn;
     if (withData) {
         driver.commFailed = 0;
-        dealReadFrameReturnSaveData(reply);
+        decodeHead(reply);
     } else {
         if (driver.sendKind == sendWrite) {
             const VARIABLE& request = driver.sendList.at(0).request;
@@ -269,47 +383,39 @@ ReplyResult refuseReply()
 
 QString getErrorInfo(QByteArray reply)
 {
-    QString info;
-    if (driver.sendList.isEmpty()) {
-        return info;
-    }
-    const VARIABLE& request = driver.sendList.at(0).request;
-    info.reserve(48);
-    info.append(QString::number(request.stationNo));
-    info.append(QLatin1Char('#'));
-    info.append(request.regName);
-    if (request.regName.endsWith(QLatin1String("_bit"))) {
-        info.append(QString::number(request.address / 16));
-        info.append(QLatin1Char('.'));
-        info.append(QString::number(request.address % 16));
-    } else {
-        info.append(QString::number(request.address));
-    }
-    info.append(QLatin1Char('('));
-    info.append(QString::number(request.length));
-    info.append(QLatin1Char(')'));
-    if (reply.size() == errorReplySize && reply.at(errorByteAt) != 0) {
-        info.append(QLatin1String(",error code:"));
-        info.append(QString::number(bytesOf(reply)[errorByteAt]));
-    }
-    return info;
+    return driver.sendList.isEmpty() ? QString()
+                                     : describeRequest(driver.sendList.at(0).request, reply);
 }
 
 void decodeValues(const RegisterType& type, const QByteArray& reply, int count, int position,
                   int station, int address)
 {
+    enum {
+        chunk = 128
+    }; // values that are unpacked before they are compared
+    unsigned char bytes[4 * chunk];
     const ReplyData data(reply, position);
-    const bool lowFirst = lowByteFirst(type);
-    const int bytesOfUnit = bytesPerUnit(type);
+    const int size = bytesPerUnit(type);
     int index = -1;
-    for (int i = 0; bytesOfUnit > 0 && i < count; ++i) {
-        unsigned char bytes[4] = {0, 0, 0, 0};
-        unpackUnit(type, data, i, lowFirst, bytes);
-        index = unitIndexOf(station, type.area, wrapAdd(address, i), index + 1);
-        if (memcmp(driver.dataAreas.at(index).deviceValue, bytes,
-                   static_cast<size_t>(bytesOfUnit)) != 0 &&
-            !storeUnit(type, index, bytes, bytesOfUnit)) {
-            return;
+    for (int first = 0; size > 0 && first < count; first += chunk) {
+        const int units = std::min<int>(chunk, count - first);
+        unpackUnits(type, data, first, units, bytes);
+        for (int i = 0; i < units; ++i) {
+            const unsigned char* value = bytes + size * i;
+            index = unitIndexOf(station, type.area, wrapAdd(address, first + i), index + 1);
+            if (size == 2) {
+                const int same = unchangedWords(index, unitsInRun(index, units - i), value);
+                if (same > 0) {
+                    i += same - 1;
+                    index += same - 1;
+                    continue;
+                }
+            }
+            if (memcmp(driver.dataAreas.at(index).deviceValue, value, static_cast<size_t>(size)) !=
+                    0 &&
+                !storeUnit(type, index, value, size)) {
+                return;
+            }
         }
     }
 }
@@ -322,30 +428,31 @@ void analyzeFrameOfVal(QByteArray reply, int count, int position, VARIABLE reque
 int dealReadFrameReturnSaveData(QByteArray reply)
 {
     if (!driver.sendList.isEmpty()) {
-        const FRAME_PRO& head = driver.sendList.at(0);
-        analyzeFrameOfVal(reply, head.dataCount, head.dataPosition, head.request);
+        decodeHead(reply);
     }
     return 0;
 }
 
 int intf_dealRcvFrame(QByteArray* reply, QString* errorText)
 {
-    if (errorText != 0) {
-        *errorText = QString::fromLatin1("");
-    }
     if (driver.sendList.isEmpty()) {
+        if (errorText != 0) {
+            *errorText = QString::fromLatin1("");
+        }
         return replyNothingOutstanding;
     }
-    const QByteArray received = reply != 0 ? *reply : QByteArray();
+    const QByteArray nothing;
+    const QByteArray& received = reply != 0 ? *reply : nothing;
     if (errorText != 0) {
-        *errorText = getErrorInfo(received);
+        *errorText = describeRequest(driver.sendList.at(0).request, received);
     }
-    unsigned char* bytes = const_cast<unsigned char*>(bytesOf(received));
-    switch (check_rcv_data(bytes, driver.currentVars, static_cast<int>(received.size()))) {
+    switch (checkReply(bytesOf(received), static_cast<int>(received.size()))) {
     case replyWithData:
         return acceptReply(received, true);
     case replyWithoutData:
         return acceptReply(received, false);
+    case replyRejected:
+        break;
     }
     return refuseReply();
 }

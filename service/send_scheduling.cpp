@@ -7,6 +7,7 @@
 #include "intf.h"
 #include "protocol.h"
 #include "recipes.h"
+#include "record_copy.h"
 #include "request_queue.h"
 
 namespace {
@@ -47,9 +48,13 @@ void frameWrite()
 
 int frameCurrentRead()
 {
-    driver.currentVars.clear();
-    driver.currentVars.append(driver.currentVar);
-    return getReadFrame(driver.currentVars);
+    if (driver.currentVars.size() == 1) {
+        assignRequest(driver.currentVars[0], driver.currentVar); // the list and its node stay
+    } else {
+        driver.currentVars.clear();
+        driver.currentVars.append(driver.currentVar);
+    }
+    return frameRead(driver.currentVars.at(0));
 }
 
 void frameCyclicRead()
@@ -130,17 +135,17 @@ void frameNextRequest()
     } else if (flags.upload) {
         frameUpload();
     } else if (!driver.writeList.isEmpty() && driver.burstCount < maxWriteBurst) {
-        driver.currentVar = driver.writeList.at(0);
+        assignRequest(driver.currentVar, driver.writeList.at(0));
         driver.sendKind = sendWrite;
         ++driver.burstCount;
         frameWrite();
     } else if (!driver.conditionList.isEmpty() && driver.burstCount < maxConditionBurst) {
-        driver.currentVar = driver.conditionList.at(0);
+        assignRequest(driver.currentVar, driver.conditionList.at(0));
         ++driver.burstCount;
         driver.sendKind = sendConditionRead;
         frameSingleRead();
     } else if (!driver.readList.isEmpty()) {
-        driver.currentVar = driver.readList.at(0);
+        assignRequest(driver.currentVar, driver.readList.at(0));
         driver.sendKind = sendCyclicRead;
         driver.burstCount = 0;
         frameCyclicRead();
@@ -204,7 +209,7 @@ int intf_getSendFrame(FRAME_PRO* frame)
         return 0;
     }
     if (frame != 0) {
-        *frame = driver.sendList.at(0);
+        assignFrame(*frame, driver.sendList.at(0));
     }
     return 1;
 }

@@ -1,12 +1,13 @@
 #include "unit_index.h"
 
 #include "protocol.h"
+#include "wrap.h"
 
 namespace {
 
 inline bool sameArea(const QString& a, const QString& b)
 {
-    return a.constData() == b.constData() || a == b;
+    return a.isSharedWith(b) || a == b;
 }
 
 inline bool matches(const _DATA_& unit, int station, const QString& area, int address)
@@ -23,9 +24,25 @@ inline UnitKey keyOf(int station, const QString& area, int address)
     return key;
 }
 
+// Notes the record at `at`, the last one so far, as the next of the run before it or as a new one.
+void noteRun(UnitIndex& index, int at)
+{
+    UnitRun run = {at, at + 1};
+    if (at > 0) {
+        const _DATA_& before = driver.dataAreas.at(at - 1);
+        const _DATA_& unit = driver.dataAreas.at(at);
+        if (matches(unit, before.station, before.area, wrapAdd(before.address, 1))) {
+            run.start = index.runs.at(at - 1).start;
+            index.runs[run.start].end = at + 1;
+        }
+    }
+    index.runs.append(run);
+}
+
 void rebuild(UnitIndex& index)
 {
     index.first.clear();
+    index.runs.clear();
     index.unique = true;
     for (int i = 0; i < driver.dataAreas.size(); ++i) {
         const _DATA_& unit = driver.dataAreas.at(i);
@@ -35,6 +52,7 @@ void rebuild(UnitIndex& index)
         } else {
             index.first.insert(key, i);
         }
+        noteRun(index, i);
     }
     index.seen = driver.dataAreas;
 }
@@ -46,6 +64,7 @@ int appendUnit(UnitIndex& index, const UnitKey& key)
     index.seen = driver.dataAreas;
     const int last = static_cast<int>(driver.dataAreas.size()) - 1;
     index.first.insert(key, last);
+    noteRun(index, last);
     return last;
 }
 
@@ -81,6 +100,16 @@ int unitIndexOf(int station, const QString& area, int address, int hint)
     const UnitKey key = keyOf(station, area, address);
     const int found = index.first.value(key, -1);
     return found >= 0 ? found : appendUnit(index, key);
+}
+
+int unitsInRun(int index, int wanted)
+{
+    const UnitIndex& known = *driver.unitIndex;
+    if (!known.unique) {
+        return 1;
+    }
+    const int standing = known.runs.at(known.runs.at(index).start).end - index;
+    return standing < wanted ? standing : wanted;
 }
 
 bool isUnitAt(int index, int station, const QString& area, int address)

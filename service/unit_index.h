@@ -10,6 +10,7 @@
 #include <QHash>
 #include <QList>
 #include <QString>
+#include <QVector>
 
 #include "records.h"
 
@@ -26,11 +27,18 @@ inline bool operator==(const UnitKey& a, const UnitKey& b)
 
 unsigned int qHash(const UnitKey& key);
 
+// Records mostly stand in the order of their addresses: a run of neighbours is found once.
+struct UnitRun {
+    int start; // record that the run begins with
+    int end;   // behind its last record; kept in the record that it begins with
+};
+
 struct UnitIndex {
     UnitIndex() : unique(true) {}
 
     QList<_DATA_> seen;        // shares driver.dataAreas as the index knows it
     QHash<UnitKey, int> first; // first record of each key
+    QVector<UnitRun> runs;     // one a record
     bool unique;               // no key occurs twice
 };
 
@@ -40,6 +48,10 @@ _DATA_ newUnit(int station, const QString& area, int address);
 // Index of the unit's record in driver.dataAreas, appended if it is missing. `hint` is where it is
 // likely to be: units read one after the other mostly stand one after the other.
 int unitIndexOf(int station, const QString& area, int address, int hint);
+
+// How many of `wanted` consecutive units stand from this record on, one record after the other: at
+// least the one. To be asked right after unitIndexOf.
+int unitsInRun(int index, int wanted);
 
 // Is the record at `index` still that of this unit? After a callback nothing is certain.
 bool isUnitAt(int index, int station, const QString& area, int address);

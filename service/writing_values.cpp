@@ -32,7 +32,7 @@ VARIABLE requestOf(const KEY_ADDRESS& piece, int kind, int bytes)
     VARIABLE request = VARIABLE();
     request.kind = kind;
     request.stationNo = piece.stationNo;
-    request.regName = piece.regName;
+    request.regName = sharedRegName(piece.regName);
     request.address = piece.address;
     request.length = piece.length;
     if (bytes > 0) {
