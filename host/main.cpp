@@ -33,9 +33,8 @@ int main(int argc, char** argv)
     addInfoCommand(app, chosen);
     addCheckCommand(app, chosen);
     addSeriesCommand(app, chosen);
-    // addPlanCommand(app, chosen);
-    // addTraceCommand(app, chosen);
-
+    addPlanCommand(app, chosen);
+    addTraceCommand(app, chosen);
     addWatchCommand(app, chosen);
     addReadCommand(app, chosen);
     addWriteCommand(app, chosen);

@@ -160,10 +160,10 @@ TEST_F(OnALine, BytesThatNobodyAwaitsAreFlushedBeforeTheNextRequest)
 TEST_F(OnALine, ALateReplyIsNotTakenForTheOneToTheNextRequest)
 {
     open(milliseconds(300));
+    answerWith({{}, {secondReply}});
     begin(firstRead, replyLength);
     expectOutcome(LineResult::timeout, "");
     // The first reply comes when the second request is about to go out; both look alike.
-    answerWith({{}, {secondReply}});
     begin(secondRead, replyLength);
     slave.send(hex(firstReply));
     ASSERT_TRUE(waitUntil([this]() { return !strays.empty(); }));
