@@ -59,7 +59,7 @@ CheckCode check(const Question& asked, int* address)
 {
     int unused = 0;
     int& value = address != 0 ? *address : unused;
-    const int index = getIndexFromRegName(asked.regName);
+    const int index = indexOfName(asked.regName);
     if (index >= 0) {
         return checkKnown(asked, index, value);
     }
@@ -120,7 +120,7 @@ int intf_getRegListByType(int kind, QStringList* list)
 
 int intf_getRegDiscription(QString regName, QStringList* list)
 {
-    const int index = getIndexFromRegName(regName);
+    const int index = indexOfName(regName);
     if (index >= 0 && list != 0) {
         const QString(&row)[rangeFieldCount] = ADDRESS_RANGE_PRO[index];
         list->append(row[addressFormat]);

@@ -87,7 +87,7 @@ void readUnits(const RegisterType& type, int station, int address, int length, u
 
 int intf_getData(int station, QString regName, int address, int length, unsigned char* out)
 {
-    const int index = getIndexFromRegName(regName);
+    const int index = indexOfName(regName);
     if (index < 0) {
         return -1;
     }
