@@ -21,8 +21,11 @@ std::vector<fs::path> foldersOfTheExecutable()
     const fs::path folder = fs::read_symlink("/proc/self/exe", ignored).parent_path();
     if (folder.empty())
         return {};
-    return {folder, folder.parent_path(), folder.parent_path() / DOV417_INSTALL_LIBDIR,
-            folder.parent_path() / "lib"};
+    std::vector<fs::path> folders = {folder, folder.parent_path(),
+                                     folder.parent_path() / DOV417_INSTALL_LIBDIR};
+    if (folders.back() != folder.parent_path() / "lib")
+        folders.push_back(folder.parent_path() / "lib");
+    return folders;
 }
 
 std::string reason()

@@ -53,7 +53,11 @@ int main(int argc, char** argv)
         return exitUsage;
     }
     try {
-        return chosen();
+        const int exitCode = chosen();
+        // A full disk, if the output goes to a file.
+        if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
+            throw Failure("the output could not be written");
+        return exitCode;
     } catch (const UsageFailure& failure) {
         std::fprintf(stderr, "dov417: %s\n", failure.what());
         return exitUsage;

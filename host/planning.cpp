@@ -103,19 +103,21 @@ private:
 
 // The next gap at which another plan may come out. Requests stay apart because the hole between
 // them is too wide, which a gap as wide as the hole changes, or because together they would be too
-// long, which no gap changes. Neighbours that neither rule explains were moved by the merging:
-// there every gap is tried.
+// long, which no gap changes. Requests that overlap were moved by the merging, and what kept them
+// apart cannot be seen any more: there every gap is tried.
 int nextGap(const Plan& plan, int gap)
 {
     int next = longestRequest;
     for (std::size_t i = 1; i < plan.requests.size(); ++i) {
         const PlannedRequest& a = plan.requests[i - 1];
         const PlannedRequest& b = plan.requests[i];
-        if (a.station != b.station || a.regName != b.regName ||
-            b.address + b.length - a.address > longestRequest)
+        if (a.station != b.station || a.regName != b.regName)
             continue;
         const int hole = b.address - (a.address + a.length);
-        next = std::min(next, std::max(hole, gap + 1));
+        if (hole < 0)
+            return gap + 1;
+        if (hole > gap)
+            next = std::min(next, hole);
     }
     return next;
 }

@@ -43,17 +43,21 @@ _dov417() {
     --tags | --log | --library | --csv | --load | --dump | --link)
       _dov417_files "$current"
       return ;;
-    --timeout | --retries | --gap | --turnaround | --count | --step | --cycles | --seconds) return ;;
+    --timeout | --retries | --gap | --turnaround | --count | --step | --cycles | --seconds | \
+      --stations | --seed | --fault) return ;;
     *)
       if [[ $current == -* ]]; then
-        words=$(_dov417_options "$tool" "$command")
+        # upload and download have options of their own.
+        before=
+        if [[ $command == recipe ]] && ((COMP_CWORD > 2)); then before=${COMP_WORDS[2]}; fi
+        words=$(_dov417_options "$tool" "$command" ${before:+"$before"})
       else
         case $command in
           trace) _dov417_files "$current"; return ;;
           series) ((COMP_CWORD == 2)) && words=$(_dov417_registers "$tool") ;;
           recipe)
             if ((COMP_CWORD == 2)); then words="upload download"; else _dov417_files "$current"; return; fi ;;
-          check | plan | watch | read | write)
+          check | plan | watch | read | write | simulate)
             # What follows a colon is a number that nobody can guess.
             [[ $current == ':' || $before == ':' ]] && return
             compopt -o nospace 2>/dev/null
