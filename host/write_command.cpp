@@ -63,7 +63,7 @@ std::string report(const WriteTask& task, const std::string& interruption)
     case WriteResult::sent:
         return head + "sent to all stations; nobody confirms a broadcast";
     case WriteResult::refused:
-        return head + "NOT written: " + task.reason;
+        return head + "given up, NOT confirmed: " + task.reason;
     case WriteResult::unread:
         return head + "taken, but reading it back failed: " + task.reason;
     case WriteResult::different:

@@ -16,10 +16,6 @@ namespace {
 constexpr std::int64_t nanosecondsPerMillisecond = 1000000;
 constexpr std::int64_t never = std::numeric_limits<std::int64_t>::max();
 
-// On a pseudo-terminal a frame's bytes come with the hiccups of the sender's process, not with the
-// evenness of a line: an unfinished frame is given at least this long.
-constexpr std::int64_t leastSilence = 10 * nanosecondsPerMillisecond;
-
 // Paced bytes are handed over in lumps of about this long, as serial adapters do.
 constexpr std::int64_t lumpTime = nanosecondsPerMillisecond;
 
@@ -30,25 +26,6 @@ struct LaterDelete {
     }
 };
 using Notifier = std::unique_ptr<QSocketNotifier, LaterDelete>;
-
-QString faultNames(const std::vector<FaultKind>& faults)
-{
-    QString names;
-    for (FaultKind kind : faults)
-        names += QLatin1Char(names.isEmpty() ? '[' : ' ') + faultName(kind);
-    return names.isEmpty() ? names : names + QLatin1Char(']');
-}
-
-QString replyText(const Answer& answer, const std::vector<FaultKind>& faults)
-{
-    QString text = QStringLiteral("reply");
-    if (answer.exception != 0)
-        text += QStringLiteral(": exception %1, %2")
-                    .arg(answer.exception)
-                    .arg(QLatin1String(exceptionName(answer.exception)));
-    const QString names = faultNames(faults);
-    return names.isEmpty() ? text : text + QLatin1Char(' ') + names;
-}
 
 } // namespace
 
@@ -70,6 +47,7 @@ public:
 private:
     // Bytes on their way in: on a paced line they have arrived only when their time has passed.
     struct Arrival {
+        std::int64_t from;
         std::int64_t at;
         QByteArray bytes;
     };
@@ -182,12 +160,14 @@ void LineServer::Private::receive()
     if (!bytes.isEmpty()) {
         counters.bytesReceived += static_cast<std::uint64_t>(bytes.size());
         const std::int64_t now = monotonicNow();
-        const std::int64_t passing =
-            options.paced ? characterTime(options.line, bytes.size()) : std::int64_t{0};
-        const std::int64_t at = options.paced ? inward.transmit(now, bytes.size()) : now;
-        if (at - passing < silentAt)
+        Arrival arrival{now, now, bytes};
+        if (options.paced) {
+            arrival.at = inward.transmit(now, bytes.size());
+            arrival.from = arrival.at - characterTime(options.line, bytes.size());
+        }
+        arrivals.push_back(arrival);
+        if (arrival.from < silentAt)
             silentAt = never; // the frame goes on; collect() sets the next limit
-        arrivals.push_back({at, bytes});
         run();
     }
     if (lost && port.isOpen()) {
@@ -234,9 +214,11 @@ void LineServer::Private::collect(const Arrival& arrival)
         ++counters.dropped;
         log(LineEvent::garbage, collector.takeRest(), QStringLiteral("bytes without a pause"));
     }
-    silentAt = collector.isEmpty()
-                   ? never
-                   : arrival.at + std::max(frameSilence(options.line), leastSilence);
+    const std::int64_t limit =
+        arrival.at +
+        std::max(frameSilence(options.line), options.leastSilenceMs * nanosecondsPerMillisecond);
+    const bool goesOn = !arrivals.empty() && arrivals.front().from < limit;
+    silentAt = collector.isEmpty() || goesOn ? never : limit;
 }
 
 void LineServer::Private::serve(const QByteArray& frame, std::int64_t arrivedAt)
@@ -392,33 +374,6 @@ QString LineServer::portName() const
 const LineServerCounters& LineServer::counters() const
 {
     return d->counters;
-}
-
-QString logText(const LineEvent& event)
-{
-    QString arrow;
-    switch (event.kind) {
-    case LineEvent::received:
-        arrow = QStringLiteral("<-");
-        break;
-    case LineEvent::sent:
-        arrow = QStringLiteral("->");
-        break;
-    case LineEvent::withheld:
-        arrow = QStringLiteral("-x");
-        break;
-    case LineEvent::garbage:
-        arrow = QStringLiteral("<?");
-        break;
-    case LineEvent::notice:
-        arrow = QStringLiteral("--");
-        break;
-    }
-    const QString time = QString::number(static_cast<double>(event.timeNs) / 1e9, 'f', 6);
-    const QString hex = QString::fromLatin1(event.bytes.toHex(' ').toUpper());
-    return QStringLiteral("%1 %2 %3%4%5")
-        .arg(time, 12)
-        .arg(arrow, hex, QLatin1String(hex.isEmpty() ? "" : "  "), event.meaning);
 }
 
 } // namespace simulator

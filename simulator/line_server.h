@@ -33,6 +33,7 @@
 
 #include "controller.h"
 #include "faults.h"
+#include "line_event.h"
 #include "line_timing.h"
 
 namespace simulator {
@@ -43,6 +44,9 @@ struct LineServerOptions {
     LineSettings line;    // a serial device is set to it; else it tells how long a byte takes
     bool paced = false;   // see above; leave it off on a real serial line
     int turnaroundMs = 0; // what the controller takes before it answers
+    // Bytes come with the hiccups of the sender's process, not with the evenness of a wire: an
+    // unfinished request is given at least this long, the line's own silence if that is longer.
+    int leastSilenceMs = 50;
 };
 
 struct LineServerCounters {
@@ -52,21 +56,6 @@ struct LineServerCounters {
     std::uint64_t replies = 0;  // transmissions begun, faulty ones included
     std::uint64_t dropped = 0;  // runs of bytes that were no frame
     std::uint64_t unheard = 0;  // replies that nobody was there for
-};
-
-// One line of the log, for people and for programs.
-struct LineEvent {
-    enum Kind {
-        received, // a request
-        sent,     // a reply, as it left
-        withheld, // a reply that a fault swallowed, or that nobody was there for
-        garbage,  // bytes that were no frame
-        notice    // opened, closed, other side came or went; no bytes
-    };
-    Kind kind = notice;
-    std::int64_t timeNs = 0; // since open()
-    QByteArray bytes;
-    QString meaning;
 };
 
 class LineServer : public QObject {
@@ -100,12 +89,8 @@ private:
     std::unique_ptr<Private> d;
 };
 
-// "0.012345  <- 01 03 05 0A 00 01 ...  station 1 reads register 1290"
-QString logText(const LineEvent& event);
-
 } // namespace simulator
 
-Q_DECLARE_METATYPE(simulator::LineEvent)
 Q_DECLARE_METATYPE(simulator::Answer)
 
 #endif
