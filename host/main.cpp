@@ -35,6 +35,12 @@ int main(int argc, char** argv)
     addSeriesCommand(app, chosen);
     addPlanCommand(app, chosen);
     addTraceCommand(app, chosen);
+    addWatchCommand(app, chosen);
+    addReadCommand(app, chosen);
+    addWriteCommand(app, chosen);
+    addRecipeCommand(app, chosen);
+    addSimulateCommand(app, chosen);
+    addDemoCommand(app, chosen);
 
     try {
         app.parse(argc, argv);

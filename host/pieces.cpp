@@ -1,0 +1,69 @@
+#include "pieces.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr int longestWrite = 123; // words in one write request
+constexpr int longestRead = 125;  // words in one read request
+constexpr int doubleWordLength = 2;
+constexpr int bytesPerWord = 2;
+
+int pieceLength(const Address& address, int longest, int gap)
+{
+    const int limit = gap < 1 ? longest : std::min(gap, longest);
+    if (address.width != Width::doubleWord)
+        return limit;
+    if (limit < doubleWordLength)
+        throw UsageFailure(
+            "a merge gap of 1 cuts 32-bit values in two: the gap is also the driver's longest "
+            "piece of a write or single read; use --gap 2 or more, or 0");
+    return limit - limit % doubleWordLength;
+}
+
+} // namespace
+
+std::vector<Write> writePieces(const Address& address, const std::vector<unsigned char>& data,
+                               int gap)
+{
+    const bool bits = address.width == Width::bit;
+    const int length = bits ? 1 : pieceLength(address, longestWrite, gap);
+    const int bytesPerUnit = bits ? 1 : bytesPerWord;
+    std::vector<Write> pieces;
+    for (int done = 0; done < address.length; done += length) {
+        Write piece;
+        piece.address = address;
+        piece.address.first = address.first + done;
+        piece.address.length = std::min(length, address.length - done);
+        const auto from = data.begin() + done * bytesPerUnit;
+        piece.data.assign(from, from + piece.address.length * bytesPerUnit);
+        pieces.push_back(piece);
+    }
+    return pieces;
+}
+
+Address wordsOf(const Address& address)
+{
+    const Words words = wordsOf(address.width, address.first, address.length);
+    const std::string area = areaOf(address.regName);
+    Address whole = address;
+    whole.regName = area == address.regName ? area : area + "_W";
+    whole.width = Width::word;
+    whole.first = words.first;
+    whole.length = words.count;
+    return whole;
+}
+
+std::vector<Address> readPieces(const Address& address, int gap)
+{
+    const int length = pieceLength(address, longestRead, gap);
+    const Address whole = wordsOf(address);
+    std::vector<Address> pieces;
+    for (int done = 0; done < whole.length; done += length) {
+        Address piece = whole;
+        piece.first = whole.first + done;
+        piece.length = std::min(length, whole.length - done);
+        pieces.push_back(piece);
+    }
+    return pieces;
+}

@@ -1,0 +1,69 @@
+// What came in for one request: is it the reply, and is it all of it?
+//
+// The driver compares nothing but length and CRC. Whose reply it is, is judged here, before the
+// bytes are handed on: a late reply of another station with the right length would otherwise end up
+// as a value of this one.
+#ifndef DOV417_HOST_REPLY_COLLECTOR_H
+#define DOV417_HOST_REPLY_COLLECTOR_H
+
+#include <QByteArray>
+#include <QList>
+
+enum class StrayKind {
+    otherStation,  // a sound frame of another station
+    otherFunction, // a sound frame of this station for another function
+    otherRequest,  // a sound frame of this station and function that answers something else
+    noise,         // no sound frame
+    echo,          // the request itself, from a two-wire adapter that hears what it sends
+    late           // bytes that came while no reply was awaited
+};
+constexpr int strayKinds = 6;
+
+// Bytes on the line that are not the awaited reply.
+struct Stray {
+    StrayKind kind;
+    QByteArray bytes;
+};
+
+enum class Arrival {
+    incomplete, // nothing to hand on yet
+    reply,      // the reply, or what is left of it: the driver judges length and CRC
+    exception   // a sound exception reply
+};
+
+class ReplyCollector {
+public:
+    // Starts over for a request of at least four bytes that awaits replyLength bytes.
+    void begin(const QByteArray& request, int replyLength);
+
+    Arrival add(const QByteArray& bytes);
+
+    // The line has been silent for 3.5 characters: what is here will not grow.
+    Arrival endOfFrame();
+
+    bool isEmpty() const;
+
+    // The bytes to hand on, after reply or exception.
+    QByteArray reply() const;
+
+    // Everything met since the last call that was no reply.
+    QList<Stray> takeStrays();
+
+private:
+    Arrival judge();
+    bool stripEcho();
+    bool isAnswer(const QByteArray& frame) const;
+    bool opensLikeAnswer() const;
+    StrayKind kindOfPending() const;
+    Arrival finish(Arrival arrival, int first, int length);
+
+    QByteArray request_;
+    int replyLength_ = 0;
+    QByteArray pending_;
+    QByteArray reply_;
+    QList<Stray> strays_;
+    bool echoStripped_ = false;  // in this transaction
+    bool adapterEchoes_ = false; // as the last read has shown
+};
+
+#endif

@@ -1,0 +1,22 @@
+// Lines that redraw in place on a terminal, which is left as it was found.
+#ifndef DOV417_HOST_SCREEN_H
+#define DOV417_HOST_SCREEN_H
+
+#include <string>
+#include <vector>
+
+// Uses the terminal's second screen while it lives: what was on the first comes back at the end.
+class Screen {
+public:
+    Screen();
+    ~Screen();
+    Screen(const Screen&) = delete;
+    Screen& operator=(const Screen&) = delete;
+
+    static bool isTerminal();
+
+    // The foot always shows; of the body as much as fits above it.
+    void draw(const std::vector<std::string>& body, const std::vector<std::string>& foot);
+};
+
+#endif

@@ -1,0 +1,24 @@
+// Ctrl-C and a polite kill, as events of the loop.
+#ifndef DOV417_HOST_SHUTDOWN_H
+#define DOV417_HOST_SHUTDOWN_H
+
+#include <functional>
+#include <memory>
+
+class QSocketNotifier;
+
+// While it lives, SIGINT, SIGTERM and SIGHUP call asked() from the event loop instead of ending the
+// program; a second Ctrl-C ends it at once, should the first not be heard. One at a time.
+class Shutdown {
+public:
+    explicit Shutdown(std::function<void()> asked);
+    ~Shutdown();
+    Shutdown(const Shutdown&) = delete;
+    Shutdown& operator=(const Shutdown&) = delete;
+
+private:
+    std::function<void()> asked_;
+    std::unique_ptr<QSocketNotifier> notifier_;
+};
+
+#endif

@@ -1,0 +1,237 @@
+#include "commands.h"
+
+#include <cstdio>
+#include <ctime>
+#include <memory>
+#include <nlohmann/json.hpp>
+
+#include "failure.h"
+#include "live_line.h"
+#include "screen.h"
+#include "view_table.h"
+
+namespace {
+
+constexpr int redrawMilliseconds = 250;
+constexpr int millisecondsPerSecond = 1000;
+
+struct WatchOptions {
+    LineOptions line;
+    ItemOptions items;
+    std::string csv;
+    bool json = false;
+    long long cycles = 0; // 0: no end
+    double seconds = 0;   // 0: no end
+};
+
+std::string timeText()
+{
+    const auto now = std::chrono::system_clock::now();
+    const std::time_t seconds = std::chrono::system_clock::to_time_t(now);
+    const auto millis =
+        std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch()).count() %
+        millisecondsPerSecond;
+    std::tm local = std::tm();
+    localtime_r(&seconds, &local);
+    char text[64];
+    const std::size_t length = std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &local);
+    std::snprintf(text + length, sizeof text - length, ".%03lld", static_cast<long long>(millis));
+    return text;
+}
+
+std::string csvField(const std::string& text)
+{
+    if (text.find_first_of(",\"\r\n") == std::string::npos)
+        return text;
+    std::string quoted = "\"";
+    for (const char c : text)
+        quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
+    return quoted + "\"";
+}
+
+// Where changes are told: the table, lines of text or JSON, and a CSV file.
+class Teller {
+public:
+    Teller(const WatchOptions& options, const std::vector<ViewLabel>& labels)
+        : json_(options.json), labels_(labels)
+    {
+        if (!options.json && Screen::isTerminal())
+            screen_ = std::make_unique<Screen>();
+        if (options.csv.empty())
+            return;
+        csv_.reset(std::fopen(options.csv.c_str(), "w"));
+        if (!csv_)
+            throw Failure("cannot write " + options.csv);
+        std::fputs("time,name,address,value,previous\n", csv_.get());
+    }
+
+    void tell(const View& view, std::size_t index)
+    {
+        const ViewLabel& label = labels_.at(index);
+        const std::string value = valueText(view, label);
+        const std::string previous = previousText(view, label);
+        if (csv_) {
+            std::fprintf(csv_.get(), "%s,%s,%s,%s,%s\n", timeText().c_str(),
+                         csvField(label.name).c_str(), csvField(label.address).c_str(),
+                         csvField(value).c_str(), csvField(previous).c_str());
+            std::fflush(csv_.get());
+        }
+        if (json_) {
+            nlohmann::ordered_json object = {{"time", timeText()},
+                                             {"name", label.name},
+                                             {"address", label.address},
+                                             {"value", value}};
+            if (!previous.empty())
+                object["previous"] = previous;
+            std::printf("%s\n", object.dump().c_str());
+            std::fflush(stdout);
+        } else if (!screen_) {
+            std::printf("%s %s = %s%s\n", timeText().c_str(), label.name.c_str(), value.c_str(),
+                        previous.empty() ? "" : (" (was " + previous + ")").c_str());
+            std::fflush(stdout);
+        }
+    }
+
+    void tellAbandoned(const std::string& request, const std::string& reason)
+    {
+        lastTrouble_ = timeText() + " given up: " + request + ": " + reason;
+        if (json_) {
+            const nlohmann::ordered_json object = {
+                {"time", timeText()}, {"abandoned", request}, {"reason", reason}};
+            std::printf("%s\n", object.dump().c_str());
+            std::fflush(stdout);
+        } else if (!screen_) {
+            std::fprintf(stderr, "%s\n", lastTrouble_.c_str());
+        }
+    }
+
+    void tellPort(const std::string& message)
+    {
+        lastTrouble_ = timeText() + " " + message;
+    }
+
+    void draw(Session& session)
+    {
+        if (!screen_)
+            return;
+        const Clock::time_point now = Clock::now();
+        std::vector<std::string> foot = briefStatistics(session.runner().statistics(), now);
+        foot.push_back(!session.runner().isOpen()      ? "port closed"
+                       : session.runner().linkIsGood() ? "link good"
+                                                       : "link FAILED");
+        if (!lastTrouble_.empty())
+            foot.back() += "; last trouble: " + lastTrouble_;
+        screen_->draw(viewTable(session.views(), labels_, now), foot);
+    }
+
+    bool hasScreen() const
+    {
+        return screen_ != nullptr;
+    }
+    void leaveScreen()
+    {
+        screen_.reset();
+    }
+
+private:
+    struct CloseFile {
+        void operator()(std::FILE* file) const
+        {
+            std::fclose(file);
+        }
+    };
+
+    bool json_;
+    std::vector<ViewLabel> labels_;
+    std::unique_ptr<Screen> screen_;
+    std::unique_ptr<std::FILE, CloseFile> csv_;
+    std::string lastTrouble_;
+};
+
+int runWatch(const WatchOptions& options)
+{
+    const Library library(options.line.library);
+    const std::vector<Item> items = Items(library, options.items).chosen(Access::read);
+    std::vector<Address> addresses;
+    for (const Item& item : items)
+        addresses.push_back(item.address);
+    const std::vector<ViewLabel> labels = labelViews(library, items);
+    LiveLine line(library, options.line, items);
+    Teller teller(options, labels);
+
+    SessionEvents events;
+    events.changed = [&teller](const View& view, std::size_t index) { teller.tell(view, index); };
+    events.abandoned = [&teller](const std::string& request, const std::string& reason) {
+        teller.tellAbandoned(request, reason);
+    };
+    events.cycleEnded = [&line, &options](long long cycles) {
+        if (options.cycles > 0 && cycles >= options.cycles)
+            line.end();
+    };
+    RunnerEvents runnerEvents = line.runnerEvents();
+    runnerEvents.port = [&teller, further = runnerEvents.port](bool open,
+                                                               const std::string& message) {
+        teller.tellPort(message);
+        further(open, message);
+    };
+    Session session(library, line.sessionSettings(), line.lineSettings(), events, runnerEvents);
+    session.watch(addresses);
+
+    QTimer redraw;
+    QObject::connect(&redraw, &QTimer::timeout, &redraw,
+                     [&teller, &session]() { teller.draw(session); });
+    if (teller.hasScreen()) {
+        line.beQuiet();
+        redraw.start(redrawMilliseconds);
+    }
+    if (options.seconds > 0)
+        QTimer::singleShot(static_cast<int>(options.seconds * millisecondsPerSecond), &redraw,
+                           [&line]() { line.end(); });
+    session.runner().start();
+    line.run();
+    session.runner().stop();
+
+    if (teller.hasScreen()) {
+        teller.leaveScreen();
+        for (const std::string& row : viewTable(session.views(), labels, Clock::now()))
+            std::printf("%s\n", row.c_str());
+    }
+    if (options.line.stats)
+        std::printf("%s", fullStatistics(session.runner().statistics(), Clock::now()).c_str());
+    bool complete = true;
+    for (std::size_t i = 0; i < session.views().size(); ++i) {
+        if (session.views().at(i).arrived)
+            continue;
+        complete = false;
+        std::fprintf(stderr, "dov417: %s: no value came\n", labels.at(i).name.c_str());
+    }
+    return complete ? exitDone : exitFailed;
+}
+
+} // namespace
+
+void addWatchCommand(CLI::App& app, Action& chosen)
+{
+    const auto options = std::make_shared<WatchOptions>();
+    CLI::App* command = app.add_subcommand("watch", "Poll, and show values live");
+    addAddressArguments(*command, options->items);
+    command->add_option("--csv", options->csv, "One row a change into this file")
+        ->option_text("FILE");
+    command->add_flag("--json", options->json, "One JSON object a change, a line each");
+    command->add_option("--cycles", options->cycles, "End after so many cycles")
+        ->option_text("N")
+        ->check(CLI::PositiveNumber);
+    command->add_option("--seconds", options->seconds, "End after so many seconds")
+        ->option_text("N")
+        ->check(CLI::PositiveNumber);
+    addLineOptions(*command, options->line);
+    command->footer(
+        "On a terminal a table redraws in place; else each change is a line. Ctrl-C ends it.\n"
+        "Examples:\n"
+        "  dov417 watch --simulated R_W:0..3 I_bit:0.0..0.7 T:5 C:0\n"
+        "  dov417 watch --simulated R_W:0 --json --cycles 100\n"
+        "  dov417 watch --port /dev/ttyUSB0 --tags tags.csv --csv values.csv --stats\n"
+        "Exits with 1 if an address never got a value.");
+    command->callback(
+        [options, &chosen]() { chosen = [options]() { return runWatch(*options); }; });
+}

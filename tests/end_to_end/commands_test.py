@@ -1,0 +1,317 @@
+"""Every live command against the simulated controller, as a person would use it."""
+
+import csv
+import json
+import os
+import pty
+import re
+import signal
+import unittest
+
+from harness import PATIENCE, TOOL, EndToEnd, run
+
+TAGS = """name,station,register,address,count,format,comment
+speed,1,R_W,200,1,,rpm
+preset,1,R_W,210,3,signed,
+total,2,R_D,220,2,,
+mask,1,M_W,20,1,hex,
+lamp,1,M_bit,30.4,2,,
+alarm,1,R_bit,240.1,1,,
+time,1,T,100,1,,
+"""
+
+
+class Read(EndToEnd):
+    def test_every_register_type_reads_what_the_controller_holds(self):
+        controller = self.controller(
+            "--still", "--stations", "1,2",
+            "--set", "I_W:1=0x8001", "--set", "Q_bit:2.3=1", "--set", "M_W:127=65535",
+            "--set", "R_W:3999=7", "--set", "2/R_D:10..13=70000,4000000000",
+            "--set", "T:5=55", "--set", "C:127=99", "--set", "R_bit:50.15=1",
+        )  # fmt: skip
+        out = self.succeeds(
+            "read", "--port", controller.port,
+            "I_bit:1.0..1.15", "Q_bit:2.2..2.4", "M_bit:127.15", "R_bit:50.14..50.15",
+            "I_W:1", "Q_W:2", "M_W:126..127", "R_W:3998..3999", "2/R_D:10..13", "T:5", "C:127",
+        )  # fmt: skip
+        self.assertEqual(
+            out.splitlines(),
+            [
+                "1/I_bit:1.0..1.15 = 1 0 0 0 0 0 0 0 0 0 0 0 0 0 0 1",
+                "1/Q_bit:2.2..2.4 = 0 1 0",
+                "1/M_bit:127.15 = 1",
+                "1/R_bit:50.14..50.15 = 0 1",
+                "1/I_W:1 = 32769",
+                "1/Q_W:2 = 8",
+                "1/M_W:126..127 = 0 65535",
+                "1/R_W:3998..3999 = 0 7",
+                "2/R_D:10..13 = 70000 4000000000",
+                "1/T:5 = 55",
+                "1/C:127 = 99",
+            ],
+        )
+
+    def test_one_silent_station_does_not_keep_the_others_from_being_read(self):
+        controller = self.controller("--still", "--set", "R_W:100=5")
+        done = run("read", "--port", controller.port, "--timeout", "50", "R_W:100", "9/R_W:1")
+        self.assertEqual(done.returncode, 1)
+        self.assertEqual(done.stdout, "1/R_W:100 = 5\n")
+        self.assertEqual(done.stderr, "dov417: 9/R_W:1: no answer\n")
+
+    def test_a_refusal_is_named_and_nothing_is_made_up(self):
+        controller = self.controller("--fault", "exception:2=100%")
+        done = run("read", "--port", controller.port, "R_W:100")
+        self.assertEqual(done.returncode, 1)
+        self.assertEqual(done.stdout, "")
+        self.assertIn("exception 2 (illegal data address)", done.stderr)
+
+    def test_ctrl_c_ends_a_read_that_waits(self):
+        controller = self.controller("--fault", "silence=100%")
+        reading = self.tool("read", "--port", controller.port, "--timeout", "600000", "R_W:1",
+                            "--log", self.pipe("log"))  # fmt: skip
+        self.wait_for_log("log", " TX ")
+        code, _, err = reading.interrupt()
+        self.assertEqual(code, 1)
+        self.assertIn("interrupted", err)
+
+
+class Write(EndToEnd):
+    def test_every_register_type_is_written_and_read_back(self):
+        controller = self.controller("--still", "--stations", "1,2", "--set", "R_W:50=0x0100")
+        out = self.succeeds(
+            "write", "--port", controller.port,
+            "I_bit:20.3=1", "Q_bit:20.5..20.7=1,0,1", "M_bit:1.15=1", "R_bit:50.0=1",
+            "I_W:30=100", "Q_W:30..31=101,102", "M_W:40=103", "R_W:60..62=1,2,3",
+            "2/R_D:10..13=70000,4000000000", "T:101=104", "C:101=105",
+        )  # fmt: skip
+        self.assertEqual(out.count("written and read back"), 11)
+        word = controller.memory()
+        self.assertEqual(word(1, "I_W", 20), 8)
+        self.assertEqual(word(1, "Q_W", 20), 0xA0)
+        self.assertEqual(word(1, "M_W", 1), 0x8000)
+        self.assertEqual(word(1, "R_W", 50), 0x0101, "the other bits of the register stay")
+        self.assertEqual(word(1, "I_W", 30), 100)
+        self.assertEqual([word(1, "Q_W", 30), word(1, "Q_W", 31)], [101, 102])
+        self.assertEqual(word(1, "M_W", 40), 103)
+        self.assertEqual([word(1, "R_W", a) for a in (60, 61, 62)], [1, 2, 3])
+        self.assertEqual(word(2, "R_W", 10) + 65536 * word(2, "R_W", 11), 70000)
+        self.assertEqual(word(2, "R_W", 12) + 65536 * word(2, "R_W", 13), 4000000000)
+        self.assertEqual(word(1, "T", 101), 104)
+        self.assertEqual(word(1, "C", 101), 105)
+
+    def test_a_run_of_bits_lands_in_its_own_area(self):
+        # As one request it would go to the coils of area I.
+        controller = self.controller("--still")
+        self.succeeds("write", "--port", controller.port, "M_bit:0.0..0.3=1,1,1,1")
+        word = controller.memory()
+        self.assertEqual(word(1, "M_W", 0), 15)
+        self.assertEqual(word(1, "I_W", 0), 0)
+
+    def test_32_bit_values_go_out_in_one_request(self):
+        controller = self.controller("--still")
+        log = self.path("log")
+        self.succeeds("write", "--port", controller.port, "--gap", "2", "--log", log,
+                      "R_D:100..105=1,2,3")  # fmt: skip
+        with open(log, encoding="utf-8") as file:
+            writes = [line for line in file if " TX 01 10 " in line or " TX 01 06 " in line]
+        # Function 16, two registers, four bytes.
+        self.assertEqual([re.search(r"TX 01 10 .. .. 00 02 04", w) is not None for w in writes],
+                         [True, True, True])  # fmt: skip
+
+    def test_a_gap_that_would_tear_32_bit_values_is_refused_before_anything_is_sent(self):
+        done = run("write", "--simulated", "--gap", "1", "R_D:100=1")
+        self.assertEqual(done.returncode, 2)
+        self.assertIn("32-bit", done.stderr)
+
+    def test_what_cannot_be_framed_is_refused_before_anything_is_sent(self):
+        for write in ("0/R_bit:1.0=1", "X_W:1=1", "R_W:4000=1", "R_W:1=70000", "R_W:1..2=5"):
+            with self.subTest(write):
+                done = run("write", "--simulated", write)
+                self.assertEqual(done.returncode, 2, done.stdout + done.stderr)
+
+    def test_a_refused_write_is_named_and_the_others_are_done(self):
+        controller = self.controller("--still")
+        done = run("write", "--port", controller.port, "--timeout", "50", "R_W:100=1", "9/R_W:1=2",
+                   "R_W:102=3")  # fmt: skip
+        self.assertEqual(done.returncode, 1)
+        self.assertEqual(done.stdout.count("written and read back"), 2)
+        self.assertIn("9/R_W:1 = 2: given up, NOT confirmed: no answer", done.stderr)
+
+    def test_a_value_that_did_not_stay_is_reported(self):
+        controller = self.controller("--still")
+        done = run("write", "--port", controller.port, "R_W:100=1", "R_W:100..101=2,3")
+        self.assertEqual(done.returncode, 1)
+        self.assertIn("1/R_W:100 = 1: taken, but it reads back as 2", done.stderr)
+        self.assertIn("1/R_W:100..101 = 2 3: written and read back", done.stdout)
+
+    def test_a_broadcast_reaches_every_station(self):
+        controller = self.controller("--still", "--stations", "1,2")
+        out = self.succeeds("write", "--port", controller.port, "--turnaround", "1", "0/R_W:100=7",
+                            "0/M_bit:5.0=1")  # fmt: skip
+        self.assertEqual(out.count("nobody confirms a broadcast"), 2)
+        word = controller.memory()
+        for station in (1, 2):
+            self.assertEqual(word(station, "R_W", 100), 7)
+            self.assertEqual(word(station, "M_W", 5), 1)
+
+
+class Watch(EndToEnd):
+    def test_changes_come_as_lines(self):
+        controller = self.controller()
+        watching = self.tool("watch", "--port", controller.port, "C:0", "I_bit:0.0..0.1")
+        self.assertIn("1/C:0 = ", watching.wait_for("1/C:0 = "))
+        self.assertIn("(was ", watching.wait_for("1/C:0 = "))
+        code, _, err = watching.interrupt()
+        self.assertEqual((code, err), (0, ""))
+
+    def test_json_has_an_object_a_line(self):
+        controller = self.controller()
+        out = self.succeeds("watch", "--port", controller.port, "C:0", "--json", "--seconds", "1")
+        changes = [json.loads(line) for line in out.splitlines()]
+        self.assertGreater(len(changes), 2)
+        self.assertEqual(changes[0]["address"], "1/C:0")
+        self.assertEqual(changes[2]["previous"], changes[1]["value"])
+
+    def test_csv_has_a_row_a_change(self):
+        tags = self.write_file("tags.csv", TAGS)
+        controller = self.controller("--still", "--stations", "1,2", "--set", "R_W:211=0xFFFF")
+        file = self.path("values.csv")
+        self.succeeds("watch", "--port", controller.port, "--tags", tags, "--csv", file,
+                      "--cycles", "2")  # fmt: skip
+        with open(file, encoding="utf-8", newline="") as rows:
+            values = {row["name"]: row["value"] for row in csv.DictReader(rows)}
+        self.assertEqual(values["preset[1]"], "-1")
+        self.assertEqual(values["speed"], "0")
+        self.assertEqual(len(values), 11)
+
+    def test_it_ends_after_the_cycles_asked_for(self):
+        controller = self.controller("--still")
+        out = self.succeeds("watch", "--port", controller.port, "R_W:100", "M_W:5", "--cycles",
+                            "7", "--stats")  # fmt: skip
+        self.assertIn("all requests: 14 sent, 14 good", out)
+        self.assertIn("7 cycles", out)
+
+    def test_an_address_without_a_value_makes_it_fail(self):
+        controller = self.controller("--still")
+        err = self.fails("watch", "--port", controller.port, "--timeout", "20", "--retries", "1",
+                         "R_W:100", "9/T:1", "--cycles", "2")  # fmt: skip
+        self.assertIn("9/T:1: no value came", err)
+        self.assertIn("given up: 9#T1(1): no answer", err)
+
+    def test_the_terminal_is_restored_after_ctrl_c(self):
+        controller = self.controller()
+        child, terminal = pty.fork()
+        if child == 0:
+            os.execv(TOOL, [TOOL, "watch", "--port", controller.port, "C:0..3"])
+        seen = b""
+        while b"link good" not in seen:
+            seen += os.read(terminal, 4096)
+        self.assertIn(b"\x1b[?1049h", seen)
+        self.assertIn(b"\x1b[?25l", seen)
+        os.write(terminal, b"\x03")
+        with self.assertRaises(OSError):  # the terminal's end, once the tool is gone
+            while True:
+                seen += os.read(terminal, 4096)
+        _, status = os.waitpid(child, 0)
+        os.close(terminal)
+        self.assertEqual(os.waitstatus_to_exitcode(status), 0)
+        self.assertLess(seen.rfind(b"\x1b[?1049h"), seen.rfind(b"\x1b[?1049l"))
+        self.assertLess(seen.rfind(b"\x1b[?25l"), seen.rfind(b"\x1b[?25h"))
+        self.assertIn(b"1/C:3", seen[seen.rfind(b"\x1b[?1049l") :], "the last values stay")
+
+
+class Recipe(EndToEnd):
+    def setUp(self):
+        super().setUp()
+        self.tags = self.write_file("tags.csv", TAGS)
+
+    def test_a_recipe_goes_down_and_comes_up_again(self):
+        controller = self.controller("--still", "--stations", "1,2")
+        recipe = {"speed": 1500, "preset": [-1, 0, 1], "total": [70000, 4000000000],
+                  "mask": "0x0F0F", "lamp": [0, 1], "alarm": 1, "time": 12}  # fmt: skip
+        file = self.write_file("recipe.json", json.dumps(recipe))
+        self.succeeds("recipe", "download", file, "--tags", self.tags, "--port", controller.port)
+        copy = self.path("copy.json")
+        self.succeeds("recipe", "upload", copy, "--tags", self.tags, "--port", controller.port)
+        with open(copy, encoding="utf-8") as uploaded:
+            self.assertEqual(json.load(uploaded), recipe)
+        word = controller.memory()
+        self.assertEqual(word(1, "R_W", 200), 1500)
+        self.assertEqual(word(1, "M_W", 30), 0x20)
+        self.assertEqual(word(2, "R_W", 220) + 65536 * word(2, "R_W", 221), 70000)
+
+    def test_a_long_recipe_is_moved_in_pieces_that_a_strict_controller_takes(self):
+        tags = self.write_file(
+            "long.csv", "name,register,address,count\nlong,R_W,100,600\nbits,M_W,0,128\n"
+        )
+        controller = self.controller("--still", "--strict")
+        recipe = {"long": list(range(1, 601)), "bits": list(range(1000, 1128))}
+        file = self.write_file("recipe.json", json.dumps(recipe))
+        self.succeeds("recipe", "download", file, "--tags", tags, "--port", controller.port)
+        copy = self.path("copy.json")
+        self.succeeds("recipe", "upload", copy, "--tags", tags, "--port", controller.port)
+        with open(copy, encoding="utf-8") as uploaded:
+            self.assertEqual(json.load(uploaded), recipe)
+        word = controller.memory()
+        self.assertEqual([word(1, "R_W", a) for a in range(100, 700)], recipe["long"])
+        self.assertEqual([word(1, "M_W", a) for a in range(128)], recipe["bits"])
+
+    def test_a_recipe_that_is_refused_says_so_and_keeps_the_old_file(self):
+        controller = self.controller("--fault", "exception:2=100%", "--stations", "1,2")
+        file = self.write_file("recipe.json", '{"speed": 1}')
+        err = self.fails("recipe", "upload", file, "--tags", self.tags, "--port", controller.port)
+        self.assertIn("exception 2", err)
+        with open(file, encoding="utf-8") as old:
+            self.assertEqual(old.read(), '{"speed": 1}')
+        err = self.fails("recipe", "download", file, "--tags", self.tags, "--port",
+                         controller.port)  # fmt: skip
+        self.assertIn("recipe not transferred", err)
+
+    def test_a_recipe_with_an_unknown_tag_is_refused_before_anything_is_sent(self):
+        file = self.write_file("recipe.json", '{"sped": 1}')
+        done = run("recipe", "download", file, "--tags", self.tags, "--simulated")
+        self.assertEqual(done.returncode, 2)
+        self.assertIn("sped", done.stderr)
+
+
+class SimulateAndDemo(EndToEnd):
+    def test_the_controller_keeps_its_link_while_it_runs(self):
+        controller = self.controller()
+        self.assertTrue(os.path.islink(controller.port))
+        code, out, _ = controller.interrupt()
+        self.assertEqual(code, 0)
+        self.assertIn("requests", out)
+        self.assertFalse(os.path.lexists(controller.port))
+
+    def test_a_wrong_fault_rule_is_explained(self):
+        done = run("simulate", "--fault", "flop=10%")
+        self.assertNotEqual(done.returncode, 0)
+        self.assertIn("flop", done.stderr)
+
+    def test_every_live_command_brings_its_own_controller_if_asked(self):
+        self.assertIn("1/R_W:100 = 0", self.succeeds("read", "--simulated", "R_W:100"))
+        self.succeeds("write", "--simulated", "2/R_W:100=1")
+        self.succeeds("watch", "--simulated", "R_W:100", "--cycles", "1")
+
+    def test_without_a_line_it_says_how_to_name_one(self):
+        done = run("read", "R_W:1")
+        self.assertEqual(done.returncode, 2)
+        self.assertIn("--port DEVICE", done.stderr)
+
+    def test_the_demo_succeeds(self):
+        out = self.succeeds("demo", "--seconds", "2")
+        self.assertIn("Every address got its value, every write was read back.", out)
+
+    def test_ctrl_c_ends_the_demo_and_its_controller(self):
+        demo = self.tool("demo", "--seconds", str(PATIENCE), "--log", self.pipe("log"))
+        self.wait_for_log("log", " RX ")
+        children = f"/proc/{demo.process.pid}/task/{demo.process.pid}/children"
+        with open(children, encoding="ascii") as file:
+            controller = int(file.read().split()[0])
+        demo.interrupt()
+        with self.assertRaises(ProcessLookupError):
+            os.kill(controller, signal.SIGCONT)
+
+
+if __name__ == "__main__":
+    unittest.main()

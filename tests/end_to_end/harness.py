@@ -1,0 +1,228 @@
+"""What end-to-end tests need: the tool, its controller, and a cable that can be pulled."""
+
+import contextlib
+import json
+import os
+import pty
+import select
+import signal
+import subprocess
+import tempfile
+import termios
+import threading
+import tty
+import unittest
+
+TOOL = os.environ["DOV417"]
+PATIENCE = 120  # seconds; nothing waits for so long unless something is broken
+
+
+def run(*arguments):
+    """Runs the tool to its end."""
+    return subprocess.run(
+        [TOOL, *arguments], capture_output=True, text=True, timeout=PATIENCE, check=False
+    )
+
+
+class Process:
+    """A program whose output lines can be waited for."""
+
+    def __init__(self, *command):
+        # pylint: disable=consider-using-with
+        self.process = subprocess.Popen(
+            command, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True
+        )
+
+    def wait_for(self, text, stream=None):
+        """The next output line that holds the text."""
+        stream = stream or self.process.stdout
+        seen = []
+        watchdog = threading.Timer(PATIENCE, self.process.kill)
+        watchdog.start()
+        try:
+            for line in stream:
+                if text in line:
+                    return line
+                seen.append(line)
+        finally:
+            watchdog.cancel()
+        raise AssertionError(f"{text!r} did not come, but {seen[-5:]}")
+
+    def wait_for_error(self, text):
+        return self.wait_for(text, self.process.stderr)
+
+    def interrupt(self):
+        """Ctrl-C, then the exit code and the rest of both outputs."""
+        self.process.send_signal(signal.SIGINT)
+        return self.end()
+
+    def end(self):
+        out, err = self.process.communicate(timeout=PATIENCE)
+        return self.process.returncode, out, err
+
+    def close(self):
+        if self.process.poll() is None:
+            self.process.kill()
+        self.process.communicate()
+
+
+class Controller(Process):
+    """`dov417 simulate`, ready to be talked to."""
+
+    def __init__(self, folder, *options):
+        self.port = os.path.join(folder, "controller")
+        self.dump = os.path.join(folder, "dump.json")
+        super().__init__(
+            TOOL, "simulate", "--link", self.port, "--dump", self.dump, *options
+        )
+        self.wait_for("port ")
+
+    def memory(self):
+        """Ends the controller; what it held then, as word(station, register, address)."""
+        self.interrupt()
+        with open(self.dump, encoding="utf-8") as file:
+            stations = json.load(file)
+
+        def word(station, register, address):
+            for first, values in stations.get(str(station), {}).get(register, {}).items():
+                values = values if isinstance(values, list) else [values]
+                if 0 <= address - int(first) < len(values):
+                    return values[address - int(first)]
+            return 0
+
+        return word
+
+
+class Cable:
+    """Two pseudo-terminals, end to end; the end at `port` can be pulled out and put back."""
+
+    def __init__(self, folder):
+        self.port = os.path.join(folder, "cable")
+        self.far_port = os.path.join(folder, "far-end")
+        self.passed = threading.Condition()
+        self.requests = 0  # lumps that came from the end at `port`
+        self._wake_reader, self._wake_writer = os.pipe()
+        self._far, self._far_keeper = self._open(self.far_port)
+        self._near = None
+        self._lock = threading.RLock()
+        self.plug()
+        self._thread = threading.Thread(target=self._forward, daemon=True)
+        self._thread.start()
+
+    @staticmethod
+    def _open(link):
+        master, slave = pty.openpty()
+        tty.setraw(slave, termios.TCSANOW)
+        os.symlink(os.ttyname(slave), link)
+        return master, slave
+
+    def plug(self):
+        with self._lock:
+            self._near = self._open(self.port)
+        os.write(self._wake_writer, b"x")
+
+    def unplug(self):
+        with self._lock:
+            os.unlink(self.port)
+            for end in self._near:
+                os.close(end)
+            self._near = None
+        os.write(self._wake_writer, b"x")
+
+    def wait_for_request(self):
+        """Until something more has come from the end at `port`."""
+        with self.passed:
+            before = self.requests
+            if not self.passed.wait_for(lambda: self.requests > before, PATIENCE):
+                raise AssertionError("no request came")
+
+    def close(self):
+        os.write(self._wake_writer, b"q")
+        self._thread.join()
+        with self._lock:
+            if self._near:
+                self.unplug()
+        for end in (self._far, self._far_keeper, self._wake_reader, self._wake_writer):
+            os.close(end)
+
+    def _forward(self):
+        while True:
+            with self._lock:
+                near = self._near[0] if self._near else None
+            ends = [self._far, self._wake_reader] + ([near] if near is not None else [])
+            try:
+                ready, _, _ = select.select(ends, [], [])
+            except (OSError, ValueError):
+                continue  # pulled out meanwhile
+            if self._wake_reader in ready and os.read(self._wake_reader, 16).endswith(b"q"):
+                return
+            with contextlib.suppress(OSError):
+                if near in ready:
+                    os.write(self._far, os.read(near, 4096))
+                    with self.passed:
+                        self.requests += 1
+                        self.passed.notify_all()
+                if self._far in ready:
+                    with self._lock:
+                        lump = os.read(self._far, 4096)
+                        if self._near:
+                            os.write(self._near[0], lump)
+
+
+class EndToEnd(unittest.TestCase):
+    """A folder of its own, and everything closed at the end."""
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = folder.name
+
+    def path(self, name):
+        return os.path.join(self.folder, name)
+
+    def write_file(self, name, text):
+        with open(self.path(name), "w", encoding="utf-8") as file:
+            file.write(text)
+        return self.path(name)
+
+    def pipe(self, name):
+        """A log that wait_for_log() can read while it is written."""
+        os.mkfifo(self.path(name))
+        return self.path(name)
+
+    def wait_for_log(self, name, text):
+        # Held open, or the tool would write into a broken pipe.
+        log = open(self.path(name), encoding="utf-8")  # pylint: disable=consider-using-with
+        self.addCleanup(log.close)
+        for line in log:
+            if text in line:
+                return
+        self.fail(f"{text!r} is not in the log")
+
+    def controller(self, *options):
+        controller = Controller(self.folder, *options)
+        self.addCleanup(controller.close)
+        return controller
+
+    def process(self, *command):
+        process = Process(*command)
+        self.addCleanup(process.close)
+        return process
+
+    def tool(self, *arguments):
+        return self.process(TOOL, *arguments)
+
+    def cable(self):
+        cable = Cable(self.folder)
+        self.addCleanup(cable.close)
+        return cable
+
+    def succeeds(self, *arguments):
+        done = run(*arguments)
+        self.assertEqual(done.returncode, 0, done.stdout[-2000:] + done.stderr[-2000:])
+        return done.stdout
+
+    def fails(self, *arguments):
+        done = run(*arguments)
+        self.assertEqual(done.returncode, 1, done.stdout[-2000:] + done.stderr[-2000:])
+        return done.stderr

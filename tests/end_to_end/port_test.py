@@ -1,0 +1,97 @@
+"""The adapter is pulled out and put back, the controller is switched off and on."""
+
+import os
+import subprocess
+import unittest
+
+from harness import TOOL, EndToEnd, run
+
+
+# A pseudo-terminal takes no parity.
+FAR_END = ("--still", "--line", "38400,8,NONE,1", "--port")
+
+
+class Port(EndToEnd):
+    def test_watching_goes_on_when_the_port_is_back(self):
+        controller = self.controller("--still", "--set", "R_W:100=1")
+        watching = self.tool("watch", "--port", controller.port, "R_W:100")
+        watching.wait_for("1/R_W:100 = 1")
+        controller.interrupt()
+        watching.wait_for_error("is gone")
+        self.controller("--still", "--set", "R_W:100=2")
+        watching.wait_for("1/R_W:100 = 2 (was 1)")
+        code, _, _ = watching.interrupt()
+        self.assertEqual(code, 0)
+
+    def test_no_write_is_lost_when_the_port_goes_while_writes_are_queued(self):
+        cable = self.cable()
+        controller = self.controller(*FAR_END, cable.far_port)
+        writing = self.tool(
+            "write", "--port", cable.port, "--gap", "1", "--timeout", "50", "--retries", "30",
+            *(f"R_W:{address}={address + 1}" for address in range(100, 200)),
+        )  # fmt: skip
+        for _ in range(3):  # while it reads, while it writes
+            for _ in range(50):
+                cable.wait_for_request()
+            cable.unplug()
+            writing.wait_for_error("is gone")
+            cable.plug()
+        code, out, err = writing.end()
+        self.assertEqual(code, 0, err)
+        self.assertEqual(out.count("written and read back"), 100)
+        word = controller.memory()
+        self.assertEqual([word(1, "R_W", a) for a in range(100, 200)], list(range(101, 201)))
+
+    def test_a_write_that_waits_for_a_port_in_vain_is_reported(self):
+        cable = self.cable()
+        self.controller(*FAR_END, cable.far_port, "--turnaround", "20")
+        writing = self.tool("write", "--port", cable.port, "R_W:100..299=" + ",".join(["1"] * 200))
+        cable.wait_for_request()
+        cable.unplug()
+        writing.wait_for_error("is gone")
+        code, _, err = writing.interrupt()
+        self.assertEqual(code, 1)
+        self.assertIn("NOT confirmed: interrupted", err)
+
+    def test_a_controller_that_is_switched_off_and_on_is_polled_again(self):
+        cable = self.cable()
+        controller = self.controller(*FAR_END, cable.far_port, "--set", "R_W:100=1")
+        watching = self.tool("watch", "--port", cable.port, "--timeout", "20", "R_W:100")
+        watching.wait_for("1/R_W:100 = 1")
+        controller.interrupt()
+        watching.wait_for_error("given up: 1#R_W100(1): no answer")
+        self.controller(*FAR_END, cable.far_port, "--set", "R_W:100=2")
+        watching.wait_for("1/R_W:100 = 2 (was 1)")
+        code, _, _ = watching.interrupt()
+        self.assertEqual(code, 0)
+
+    def test_a_port_that_is_not_there_is_named(self):
+        done = run("read", "--port", self.path("nothing"), "R_W:1")
+        self.assertEqual(done.returncode, 1)
+        self.assertEqual(done.stderr, f"dov417: there is no port {self.path('nothing')}\n")
+
+    def test_a_port_in_use_is_busy(self):
+        controller = self.controller()
+        watching = self.tool("watch", "--port", controller.port, "C:0")
+        watching.wait_for("1/C:0 = ")
+        done = run("read", "--port", controller.port, "R_W:1")
+        self.assertEqual(done.returncode, 1)
+        self.assertIn("is busy: another program uses it", done.stderr)
+        watching.interrupt()
+
+    @unittest.skipIf(os.getuid() == 0 and not os.path.exists("/usr/bin/setpriv"), "no other user")
+    def test_a_port_of_somebody_else_says_which_group_helps(self):
+        controller = self.controller()
+        os.chmod(os.path.realpath(controller.port), 0o600)
+        os.chmod(self.folder, 0o755)
+        command = [TOOL, "read", "--port", controller.port, "R_W:1"]
+        if os.getuid() == 0:
+            command = ["setpriv", "--reuid=65534", "--clear-groups", *command]
+        done = subprocess.run(command, capture_output=True, text=True, check=False)
+        self.assertEqual(done.returncode, 1, done.stderr)
+        self.assertIn("permission refused", done.stderr)
+        self.assertIn("belongs to group", done.stderr)
+
+
+if __name__ == "__main__":
+    unittest.main()
