@@ -9,15 +9,6 @@ using ::testing::IsEmpty;
 
 namespace {
 
-RegisterType rowOf(const char* regName, const char* dataBits, const char* unitBits,
-                   const char* timerCounter = "0")
-{
-    const QString row[rangeFieldCount] = {name("DDD"),       name("0"),  name("127"),
-                                          name(dataBits),    name("RW"), name(unitBits),
-                                          name(timerCounter)};
-    return deriveRegisterType(name(regName), row, 3, 0);
-}
-
 class UnitWidthDecoding : public DriverTest {
 protected:
     static void decode(const RegisterType& type, const char* bytes, int count, int position,
