@@ -96,4 +96,15 @@ TEST_F(EditedCacheDecoding, OfARecordMadeOfTheOldCacheByAnotherListGoesOn)
     EXPECT_EQ(device("R", 10), "04 00");
 }
 
+TEST_F(EditedCacheDecoding, IntoACacheThatWasEditedThenUnwatchedThenEmptiedStartsAnew)
+{
+    plan({key("R_W", 10, 2)});
+    driver.dataAreas[0].spareFlag = 0; // an edit all the same: the list is the host's own now
+    plan({});
+    driver.dataAreas.clear();
+    EXPECT_EQ(read("R_W", 11, 1), "00 00");
+    ASSERT_EQ(driver.dataAreas.size(), 1);
+    EXPECT_EQ(driver.dataAreas.at(0).address, 11);
+}
+
 } // namespace
