@@ -157,6 +157,15 @@ TEST_F(CallbackReentry, EmptyingTheSendListWhileAReplyIsDecodedDoesNotFault)
     EXPECT_EQ(poll(), frame("01 03 01 81 00 01"));
 }
 
+TEST_F(CallbackReentry, TheHostMayReuseItsReplyBufferWhileAReplyIsDecoded)
+{
+    askForThreeWords();
+    QByteArray received = threeWords();
+    onceWhenTold([&] { received = QByteArray(200, '\x55'); });
+    EXPECT_EQ(intf_dealRcvFrame(&received, nullptr), 1);
+    EXPECT_EQ(read("R_W", 10, 3), "34 12 78 56 BC 9A");
+}
+
 // While a write is settled.
 
 TEST_F(CallbackReentry, InitialisingWhileAWriteIsReportedDoneLeavesTheDriverAsInitialised)
