@@ -3,8 +3,8 @@
 #include <gmock/gmock.h>
 
 #include "address_merging.h"
+#include "cache_world.h"
 #include "register_table.h"
-#include "world.h"
 
 using ::testing::ElementsAre;
 
@@ -207,7 +207,7 @@ TEST_F(KeyPreparation, RecipeKeysKeepTheirNamesAndTheirBits)
 
 TEST_F(KeyPreparation, BitsOfByteUnitsBecomeBytesAndAreNotScaledFurther)
 {
-    const RegisterType bits = rowOf("B_bit", "1", "8");
+    const RegisterType bits = registerRow("B_bit", "1", "8");
     EXPECT_EQ(normalised(key("B_bit", 20, 5), bits, mergeCyclic), "1/B_W:2+2");
     EXPECT_EQ(normalised(key("B_bit", 20, 4), bits, mergeCyclic), "1/B_W:2+1");
     EXPECT_EQ(normalised(key("B_bit", 20, 5), bits, mergeRecipe), "1/B_bit:20+5");
@@ -215,34 +215,42 @@ TEST_F(KeyPreparation, BitsOfByteUnitsBecomeBytesAndAreNotScaledFurther)
 
 TEST_F(KeyPreparation, OnlyANameThatEndsInBitIsABitName)
 {
-    EXPECT_EQ(normalised(key("M_bits", 20, 5), rowOf("M_bits", "16", "16"), mergeCyclic),
+    EXPECT_EQ(normalised(key("M_bits", 20, 5), registerRow("M_bits", "16", "16"), mergeCyclic),
               "1/M_W:20+5");
-    EXPECT_EQ(normalised(key("M_2_bit", 20, 5), rowOf("M_2_bit", "1", "16"), mergeCyclic),
+    EXPECT_EQ(normalised(key("M_2_bit", 20, 5), registerRow("M_2_bit", "1", "16"), mergeCyclic),
               "1/M_W:1+1");
-    EXPECT_EQ(normalised(key("bit", 20, 5), rowOf("bit", "16", "16"), mergeCyclic), "1/bit:20+5");
+    EXPECT_EQ(normalised(key("bit", 20, 5), registerRow("bit", "16", "16"), mergeCyclic),
+              "1/bit:20+5");
 }
 
 TEST_F(KeyPreparation, LengthsAreScaledToSixteenBitUnits)
 {
-    EXPECT_EQ(normalised(key("B_W", 4, 5), rowOf("B_W", "16", "8"), mergeCyclic), "1/B_W:4+10");
-    EXPECT_EQ(normalised(key("B_W", 4, 5), rowOf("B_W", "16", "32"), mergeCyclic), "1/B_W:4+2");
-    EXPECT_EQ(normalised(key("B", 4, 5), rowOf("B", "16", "32"), mergeCyclic), "1/B:4+2");
-    EXPECT_EQ(normalised(key("B_W", 4, -5), rowOf("B_W", "16", "32"), mergeCyclic), "1/B_W:4+-2");
-    EXPECT_EQ(normalised(key("B_D", 4, 5), rowOf("B_D", "32", "8"), mergeRecipe), "1/B_D:4+10");
-    EXPECT_EQ(normalised(key("B_D", 4, 5), rowOf("B_D", "32", "32"), mergeRecipe), "1/B_D:4+2");
+    EXPECT_EQ(normalised(key("B_W", 4, 5), registerRow("B_W", "16", "8"), mergeCyclic),
+              "1/B_W:4+10");
+    EXPECT_EQ(normalised(key("B_W", 4, 5), registerRow("B_W", "16", "32"), mergeCyclic),
+              "1/B_W:4+2");
+    EXPECT_EQ(normalised(key("B", 4, 5), registerRow("B", "16", "32"), mergeCyclic), "1/B:4+2");
+    EXPECT_EQ(normalised(key("B_W", 4, -5), registerRow("B_W", "16", "32"), mergeCyclic),
+              "1/B_W:4+-2");
+    EXPECT_EQ(normalised(key("B_D", 4, 5), registerRow("B_D", "32", "8"), mergeRecipe),
+              "1/B_D:4+10");
+    EXPECT_EQ(normalised(key("B_D", 4, 5), registerRow("B_D", "32", "32"), mergeRecipe),
+              "1/B_D:4+2");
 }
 
 TEST_F(KeyPreparation, AUnitOfOneBitIsScaledForRecipesOnly)
 {
-    EXPECT_EQ(normalised(key("B_W", 4, 5), rowOf("B_W", "16", "1"), mergeCyclic), "1/B_W:4+5");
-    EXPECT_EQ(normalised(key("B_W", 4, 5), rowOf("B_W", "16", "1"), mergeRecipe), "1/B_W:4+80");
-    EXPECT_EQ(normalised(key("B_W", 4, 5), rowOf("B_W", "1", "8"), mergeRecipe), "1/B_W:4+5");
+    EXPECT_EQ(normalised(key("B_W", 4, 5), registerRow("B_W", "16", "1"), mergeCyclic),
+              "1/B_W:4+5");
+    EXPECT_EQ(normalised(key("B_W", 4, 5), registerRow("B_W", "16", "1"), mergeRecipe),
+              "1/B_W:4+80");
+    EXPECT_EQ(normalised(key("B_W", 4, 5), registerRow("B_W", "1", "8"), mergeRecipe), "1/B_W:4+5");
 }
 
 TEST_F(KeyPreparation, CyclicLengthsAreScaledInSinglePrecisionAndRecipesInDouble)
 {
     // 16777217 = 2^24 + 1 has no single-precision number of its own.
-    const RegisterType type = rowOf("B_W", "16", "8");
+    const RegisterType type = registerRow("B_W", "16", "8");
     EXPECT_EQ(normalised(key("B_W", 0, 16777217), type, mergeCyclic), "1/B_W:0+33554432");
     EXPECT_EQ(normalised(key("B_W", 0, 16777217), type, mergeRecipe), "1/B_W:0+33554434");
 }

@@ -226,15 +226,6 @@ _RCP_VAR_PRO recipeRecord(int linkId, const char* regName, int address, int leng
     return made;
 }
 
-RegisterType rowOf(const char* regName, const char* dataBits, const char* unitBits,
-                   const char* timerCounter)
-{
-    const QString row[rangeFieldCount] = {name("DDD"),       name("0"),  name("127"),
-                                          name(dataBits),    name("RW"), name(unitBits),
-                                          name(timerCounter)};
-    return deriveRegisterType(name(regName), row, 3, 0);
-}
-
 std::string summary(const VARIABLE& one)
 {
     return describe(one);

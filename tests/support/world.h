@@ -17,7 +17,6 @@
 #include "intf.h"
 #include "protocol.h"
 #include "records.h"
-#include "register_table.h"
 
 // One call of the host's value-change function.
 struct Notice {
@@ -53,10 +52,6 @@ VARIABLE request(const char* regName, int address, int length, int station = 1,
                  const std::vector<int>& data = {});
 _RCP_VAR_PRO recipeRecord(int linkId, const char* regName, int address, int length, int bufOffset,
                           int station = 1);
-
-// A row of a register table that this controller's table has not.
-RegisterType rowOf(const char* regName, const char* dataBits, const char* unitBits,
-                   const char* timerCounter = "0");
 
 // The host block's bytes that ask for a recipe transfer.
 enum {
