@@ -129,5 +129,7 @@ UnitEdit::~UnitEdit()
 {
     if (known_) {
         driver.unitIndex->seen = driver.dataAreas;
+    } else {
+        *driver.unitIndex = UnitIndex(); // two empty lists share too: what it knew must go
     }
 }

@@ -8,9 +8,6 @@
 
 namespace {
 
-const int downloadFlag = 60115;
-const int uploadFlag = 60116;
-
 struct Exchange {
     const char* name;
     std::function<void()> prepare; // what makes the driver ask, besides the plan below
@@ -272,7 +269,7 @@ TEST_F(UnawaitedReplies, ToTheWriteBackOfABitWriteLeaveItAsItWasPatched)
     poll();
     reply(withCrc("01 03 02 12 34"));
     const std::string patched = poll();
-    EXPECT_EQ(patched, toHex(withCrc("01 10 05 02 00 01 02 12 3C")));
+    EXPECT_EQ(patched, frame("01 10 05 02 00 01 02 12 3C"));
     driver.retryLimit = 1000000;
     for (int length = 0; length <= 300; ++length) {
         if (length != 8) {

@@ -9,13 +9,6 @@ using ::testing::IsEmpty;
 
 namespace {
 
-const int downloadFlag = 60115;
-
-std::string frame(const char* bytes)
-{
-    return toHex(withCrc(bytes));
-}
-
 class BitWritePatch : public DriverTest {
 protected:
     // The write back that follows this answer to the pre-read.

@@ -143,9 +143,9 @@ TEST_F(CyclicPlan, CanBeReplacedWhileAReplyIsOutstanding)
     const std::string first = poll();
     reply(withCrc("01 03 02 00 01"));
     const std::string second = poll();
-    EXPECT_THAT((std::vector<std::string>{first, second}),
-                ::testing::UnorderedElementsAre(toHex(withCrc("01 03 05 14 00 01")),
-                                                toHex(withCrc("01 03 05 28 00 01"))));
+    EXPECT_THAT(
+        (std::vector<std::string>{first, second}),
+        ::testing::UnorderedElementsAre(frame("01 03 05 14 00 01"), frame("01 03 05 28 00 01")));
 }
 
 TEST_F(CyclicPlan, ReadsNoMoreThanTheHostAsksAfterTheCacheWasEmptiedFromOutside)
@@ -179,6 +179,19 @@ TEST_F(CyclicPlan, FindsARecordByTheKeyThatWasEditedInPlace)
     EXPECT_EQ(driver.dataAreas.at(0).address, 30);
     EXPECT_EQ(driver.dataAreas.at(0).viewFlags, 1);
     EXPECT_EQ(driver.dataAreas.at(1).address, 10);
+}
+
+TEST_F(CyclicPlan, TakesLongRunsAtAnyAddress)
+{
+    EXPECT_EQ(plan({key("R_W", 2147483647, 65536)}), 512);
+    EXPECT_EQ(driver.dataAreas.size(), 65536);
+    EXPECT_EQ(driver.readList.at(1).address, -2147483647 + 126);
+    configure();
+    EXPECT_EQ(plan({key("M_bit", -2147483647 - 1, 65536)}), 32); // 4096 words
+    EXPECT_EQ(driver.dataAreas.size(), 4096);
+    configure();
+    EXPECT_EQ(plan({key("R_D", 5, -65536), key("T", -5, 0)}), 2);
+    EXPECT_TRUE(driver.dataAreas.isEmpty());
 }
 
 } // namespace

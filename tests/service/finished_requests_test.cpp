@@ -15,9 +15,6 @@ using ::testing::IsEmpty;
 
 namespace {
 
-const int downloadFlag = 60115;
-const int uploadFlag = 60116;
-
 // True where the thread waits for something. Without a kernel that tells, false.
 bool sleeps(long thread)
 {
@@ -168,7 +165,7 @@ TEST_F(FinishedRequests, AConditionReadThatDiffersFromTheOneAddedLastIsNotAnnoun
         fillEverything();
         driver.lastConditionVar = last;
         finish(3);
-        EXPECT_THAT(notices(), IsEmpty()) << summary(QList<VARIABLE>() << last).front();
+        EXPECT_THAT(notices(), IsEmpty()) << summary(last);
         EXPECT_EQ(driver.conditionList.size(), 2);
     }
 }
@@ -361,7 +358,7 @@ TEST_F(FinishedRequests, APollReadsTheRecipeFlagsUnderTheHostsMutex)
             EXPECT_FALSE(through);
             hostBlock[uploadFlag] = 1; // as a host does that holds its mutex
         });
-    EXPECT_EQ(sent, toHex(withCrc("01 03 05 C8 00 01")));
+    EXPECT_EQ(sent, frame("01 03 05 C8 00 01"));
     EXPECT_TRUE(hostMutex.tryLock());
     hostMutex.unlock();
 }

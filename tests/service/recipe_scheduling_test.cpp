@@ -8,14 +8,6 @@ using ::testing::ElementsAre;
 
 namespace {
 
-const int downloadFlag = 60115;
-const int uploadFlag = 60116;
-
-std::string frame(const char* bytes)
-{
-    return toHex(withCrc(bytes));
-}
-
 class RecipeScheduling : public DriverTest {
 protected:
     RecipeScheduling()
@@ -23,25 +15,6 @@ protected:
         for (size_t i = 0; i < recipeBuffer.size(); ++i) {
             recipeBuffer[i] = static_cast<unsigned short>(0x1100 + i);
         }
-    }
-
-    std::string exchange()
-    {
-        const std::string sent = poll();
-        if (driver.sendList.size() > 0) {
-            reply(goodReplyTo(polled));
-        }
-        return sent;
-    }
-
-    // Spoils replies until the request is given up.
-    void abandon()
-    {
-        int result = 8;
-        for (int i = 0; i < 100 && result == 8; ++i) {
-            result = reply(QByteArray());
-        }
-        EXPECT_EQ(result, 2);
     }
 
     static int setRecipe(QVector<_RCP_VAR_PRO> records)
@@ -100,7 +73,7 @@ TEST_F(RecipeScheduling, ALinkFailureEndsADownloadAtOnce)
     hostBlock[downloadFlag] = 1;
     exchange();
     poll();
-    abandon();
+    EXPECT_EQ(abandon(), 3);
     EXPECT_EQ(driver.commFailed, 1);
     EXPECT_EQ(driver.recipeIndex, 0);
     EXPECT_EQ(hostBlock[downloadFlag], 0);
@@ -210,7 +183,7 @@ TEST_F(RecipeScheduling, ALinkFailureEndsAnUploadAtOnce)
     hostBlock[uploadFlag] = 1;
     exchange();
     poll();
-    abandon();
+    EXPECT_EQ(abandon(), 3);
     EXPECT_EQ(driver.recipeIndex, 0);
     EXPECT_EQ(hostBlock[uploadFlag], 0);
 }
@@ -266,147 +239,5 @@ TEST_F(RecipeScheduling, WithoutAHostMutexTheFlagsAreReadAndClearedAllTheSame)
     EXPECT_EQ(exchange(), frame("01 06 05 C8 11 00"));
     EXPECT_EQ(hostBlock[downloadFlag], 0);
 }
-
-// A flag is set and no request is left: the request before goes out again.
-
-class RecipeFlagWithoutRequests : public RecipeScheduling,
-                                  public ::testing::WithParamInterface<int> {
-protected:
-    // Sets the one of the two flags that this run is about.
-    void setFlag()
-    {
-        hostBlock[static_cast<size_t>(GetParam())] = 1;
-    }
-};
-
-TEST_P(RecipeFlagWithoutRequests, AfterIdleSendsNothing)
-{
-    plan({key("R_W", 100, 1)});
-    write("R_W", 1, 1, "07 00");
-    setFlag();
-    EXPECT_EQ(poll(), "");
-    EXPECT_EQ(poll(), "");
-    EXPECT_EQ(driver.sendKind, 0);
-    EXPECT_EQ(hostBlock[static_cast<size_t>(GetParam())], 1);
-}
-
-TEST_P(RecipeFlagWithoutRequests, AfterAKindThatIsNoneSendsNothing)
-{
-    setFlag();
-    for (const int kind : {7, -1, 100}) {
-        driver.sendKind = kind;
-        driver.currentVar = request("R_W", 1, 1);
-        EXPECT_EQ(poll(), "");
-        EXPECT_EQ(driver.sendKind, kind);
-    }
-}
-
-TEST_P(RecipeFlagWithoutRequests, AfterAWriteWritesAgain)
-{
-    write("R_W", 1, 1, "07 00");
-    EXPECT_EQ(exchange(), frame("01 06 05 01 00 07"));
-    driver.frameVarCount = 9;
-    setFlag();
-    EXPECT_EQ(poll(), frame("01 06 05 01 00 07"));
-    EXPECT_EQ(driver.sendKind, 2);
-    EXPECT_EQ(driver.frameVarCount, 1);
-    EXPECT_EQ(driver.burstCount, 1);
-}
-
-TEST_P(RecipeFlagWithoutRequests, AfterACyclicReadReadsItAgainAndGoesOnRoundRobin)
-{
-    plan({key("R_W", 100, 1), key("T", 1, 1), key("C", 1, 1)});
-    EXPECT_EQ(exchange(), cyclicRead);
-    driver.frameVarCount = 9;
-    driver.currentVars.clear();
-    setFlag();
-    EXPECT_EQ(exchange(), cyclicRead);
-    EXPECT_EQ(driver.sendKind, 4);
-    EXPECT_EQ(driver.frameVarCount, 1);
-    EXPECT_THAT(summary(driver.currentVars), ElementsAre("1/R_W:100+1"));
-    EXPECT_THAT(summary(driver.readList), ElementsAre("1/C:1+1", "1/R_W:100+1", "1/T:1+1"));
-}
-
-TEST_P(RecipeFlagWithoutRequests, AfterAConditionReadReadsItAgain)
-{
-    KEY_ADDRESS wanted = key("T", 5, 1);
-    intf_addConditionRead(wanted, 3);
-    EXPECT_EQ(exchange(), frame("01 03 01 85 00 01"));
-    driver.frameVarCount = 9;
-    setFlag();
-    EXPECT_EQ(poll(), frame("01 03 01 85 00 01"));
-    EXPECT_EQ(driver.sendKind, 3);
-    EXPECT_EQ(driver.frameVarCount, 1);
-    EXPECT_EQ(driver.burstCount, 1);
-}
-
-TEST_P(RecipeFlagWithoutRequests, AfterAConditionReadThatCouldNotBeFramedSendsNothing)
-{
-    KEY_ADDRESS wanted = key("M_bit", 5, 1);
-    intf_addConditionRead(wanted, 3);
-    poll();
-    driver.frameVarCount = 9;
-    setFlag();
-    EXPECT_EQ(poll(), "");
-    EXPECT_EQ(driver.frameVarCount, 0);
-}
-
-TEST_P(RecipeFlagWithoutRequests, AfterAHandshakeShakesHandsAgain)
-{
-    driver.handshakeRequest = 1;
-    FRAME_PRO handed = FRAME_PRO();
-    EXPECT_EQ(intf_getSendFrame(&handed), 1);
-    EXPECT_EQ(reply(QByteArray()), 1);
-    driver.handshakeRequest = 0;
-    setFlag();
-    handed.sendLength = 55;
-    EXPECT_EQ(intf_getSendFrame(&handed), 1);
-    EXPECT_EQ(handed.sendLength, 0);
-    EXPECT_EQ(driver.sendKind, 1);
-}
-
-TEST_P(RecipeFlagWithoutRequests, AfterADownloadWritesItsLastRequestAgain)
-{
-    setRecipe({recipeRecord(7, "R_W", 200, 1, 3)});
-    hostBlock[downloadFlag] = 1;
-    EXPECT_EQ(exchange(), frame("01 06 05 C8 11 03"));
-    setRecipe({});
-    driver.frameVarCount = 9;
-    setFlag();
-    EXPECT_EQ(poll(), frame("01 06 05 C8 11 03"));
-    EXPECT_EQ(driver.sendKind, 5);
-    EXPECT_EQ(driver.frameVarCount, 1);
-}
-
-TEST_P(RecipeFlagWithoutRequests, AfterAnUploadReadsItsLastRequestAgain)
-{
-    setRecipe({recipeRecord(7, "R_W", 200, 1, 3)});
-    hostBlock[uploadFlag] = 1;
-    EXPECT_EQ(exchange(), frame("01 03 05 C8 00 01"));
-    setRecipe({});
-    driver.frameVarCount = 9;
-    setFlag();
-    EXPECT_EQ(poll(), frame("01 03 05 C8 00 01"));
-    EXPECT_EQ(driver.sendKind, 6);
-    EXPECT_EQ(driver.frameVarCount, 1);
-    EXPECT_EQ(reply(goodReplyTo(polled)), 1);
-    EXPECT_EQ(hostBlock[uploadFlag], 0); // this ends the upload that has nothing to read
-}
-
-TEST_P(RecipeFlagWithoutRequests, CountsACursorAtTheEndAsNoneLeft)
-{
-    setThreeRecords();
-    driver.recipeIndex = 3;
-    setFlag();
-    EXPECT_EQ(poll(), "");
-    driver.recipeIndex = 2;
-    EXPECT_NE(poll(), "");
-}
-
-INSTANTIATE_TEST_SUITE_P(Flags, RecipeFlagWithoutRequests,
-                         ::testing::Values(downloadFlag, uploadFlag),
-                         [](const ::testing::TestParamInfo<int>& flag) {
-                             return flag.param == downloadFlag ? "Download" : "Upload";
-                         });
 
 } // namespace

@@ -22,8 +22,6 @@ QByteArray registers(int count, int first)
     return withCrc(bytes);
 }
 
-const int uploadFlag = 60116;
-
 class RecipeUpload : public DriverTest {
 protected:
     RecipeUpload()
@@ -102,11 +100,11 @@ TEST_F(RecipeUpload, OfCoilsTakesTheFirstByteAsTheLowOne)
 TEST_F(RecipeUpload, GoesRequestByRequest)
 {
     EXPECT_EQ(upload({recipeRecord(7, "R_W", 100, 1, 0), recipeRecord(7, "T", 3, 1, 9)}),
-              toHex(withCrc("01 03 05 64 00 01")));
+              frame("01 03 05 64 00 01"));
     EXPECT_EQ(reply(withCrc("01 03 02 00 11")), 1);
     EXPECT_EQ(driver.recipeIndex, 1);
     EXPECT_EQ(hostBlock[uploadFlag], 1);
-    EXPECT_EQ(poll(), toHex(withCrc("01 03 01 83 00 01")));
+    EXPECT_EQ(poll(), frame("01 03 01 83 00 01"));
     EXPECT_EQ(reply(withCrc("01 03 02 00 22")), 1);
     EXPECT_THAT(buffer(0, 1), ElementsAre(0x11));
     EXPECT_THAT(buffer(9, 1), ElementsAre(0x22));
@@ -146,9 +144,9 @@ TEST_F(RecipeUpload, PiecesOfALongRecordGoBehindOneAnother)
 {
     upload({recipeRecord(7, "R_W", 0, 300, 10)});
     EXPECT_EQ(reply(registers(128, 0x1000)), 1);
-    EXPECT_EQ(poll(), toHex(withCrc("01 03 05 80 00 80")));
+    EXPECT_EQ(poll(), frame("01 03 05 80 00 80"));
     EXPECT_EQ(reply(registers(128, 0x2000)), 1);
-    EXPECT_EQ(poll(), toHex(withCrc("01 03 06 00 00 2C")));
+    EXPECT_EQ(poll(), frame("01 03 06 00 00 2C"));
     EXPECT_EQ(reply(registers(44, 0x3000)), 1);
     EXPECT_THAT(buffer(9, 2), ElementsAre(0xEEEE, 0x1000));
     EXPECT_THAT(buffer(137, 2), ElementsAre(0x107F, 0x2000));
@@ -166,7 +164,7 @@ TEST_F(RecipeUpload, ARecordBehindALongOneFollowsThePlaceOfTheLongOne)
     reply(registers(128, 0x1000));
     poll();
     reply(registers(128, 0x2000));
-    EXPECT_EQ(poll(), toHex(withCrc("01 03 06 00 00 40")));
+    EXPECT_EQ(poll(), frame("01 03 06 00 00 40"));
     EXPECT_EQ(reply(registers(64, 0x3000)), 1);
     EXPECT_THAT(buffer(309, 3), ElementsAre(0x302B, 0x302C, 0x302D));
     EXPECT_THAT(buffer(329, 2), ElementsAre(0x303F, 0xEEEE));
@@ -177,9 +175,9 @@ TEST_F(RecipeUpload, ASecondRunBehindALongOneHasItsOwnPlace)
 {
     upload({recipeRecord(7, "R_W", 0, 200, 10), recipeRecord(7, "R_W", 200, 100, 700)});
     reply(registers(128, 0x1000));
-    EXPECT_EQ(poll(), toHex(withCrc("01 03 05 80 00 48")));
+    EXPECT_EQ(poll(), frame("01 03 05 80 00 48"));
     reply(registers(72, 0x2000));
-    EXPECT_EQ(poll(), toHex(withCrc("01 03 05 C8 00 64")));
+    EXPECT_EQ(poll(), frame("01 03 05 C8 00 64"));
     EXPECT_EQ(reply(registers(100, 0x3000)), 1);
     EXPECT_THAT(buffer(209, 2), ElementsAre(0x2047, 0xEEEE));
     EXPECT_THAT(buffer(699, 2), ElementsAre(0xEEEE, 0x3000));
@@ -196,7 +194,7 @@ TEST_F(RecipeUpload, OfDoubleWordsCountsRegisters)
 
 TEST_F(RecipeUpload, OfRBitsIsAReadOfWordsAndPatchesNothing)
 {
-    EXPECT_EQ(upload({recipeRecord(7, "R_bit", 35, 1, 3)}), toHex(withCrc("01 03 05 23 00 01")));
+    EXPECT_EQ(upload({recipeRecord(7, "R_bit", 35, 1, 3)}), frame("01 03 05 23 00 01"));
     EXPECT_EQ(reply(withCrc("01 03 02 12 34")), 1);
     EXPECT_THAT(buffer(3, 1), ElementsAre(0x1234));
     EXPECT_EQ(read("R_W", 35, 1), "34 12");
@@ -205,7 +203,7 @@ TEST_F(RecipeUpload, OfRBitsIsAReadOfWordsAndPatchesNothing)
 TEST_F(RecipeUpload, WithoutABufferFillsOnlyTheCache)
 {
     intf_initProperty(hostBlock.data(), 0, nullptr, nullptr, "7#0#0#3#10", &hostMutex);
-    EXPECT_EQ(upload({recipeRecord(7, "R_W", 100, 2, 0)}), toHex(withCrc("01 03 05 64 00 02")));
+    EXPECT_EQ(upload({recipeRecord(7, "R_W", 100, 2, 0)}), frame("01 03 05 64 00 02"));
     EXPECT_EQ(reply(registers(2, 0x200)), 1);
     EXPECT_EQ(read("R_W", 100, 2), "00 02 01 02");
     EXPECT_THAT(notices(), IsEmpty());

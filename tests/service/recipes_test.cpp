@@ -194,7 +194,7 @@ protected:
 
     std::string summaryOfMade() const
     {
-        return summary(QList<VARIABLE>() << made).front();
+        return summary(made);
     }
 
     bool onlyZerosFrom(int first) const

@@ -8,26 +8,8 @@ using ::testing::ElementsAre;
 
 namespace {
 
-const int downloadFlag = 60115;
-const int uploadFlag = 60116;
-
-std::string frame(const char* bytes)
-{
-    return toHex(withCrc(bytes));
-}
-
 class SendScheduling : public DriverTest {
 protected:
-    // One poll, answered as a controller would.
-    std::string exchange()
-    {
-        const std::string sent = poll();
-        if (!sent.empty()) {
-            reply(goodReplyTo(polled));
-        }
-        return sent;
-    }
-
     std::vector<std::string> exchanges(int count)
     {
         std::vector<std::string> sent;
@@ -320,6 +302,26 @@ TEST_F(SendScheduling, AWriteThatCannotBeFramedStaysAtTheHead)
     EXPECT_EQ(driver.writeList.size(), 1);
 }
 
+TEST_F(SendScheduling, AWriteLongerThanAFrameOrOfNegativeLengthIsNotSent)
+{
+    for (const VARIABLE& odd : {request("R_W", 5, 508), request("M_W", 5, 508),
+                                request("R_W", 5, -1), request("Q_bit", 5, 9000)}) {
+        driver.writeList.clear();
+        driver.writeList.append(odd);
+        driver.burstCount = 0;
+        EXPECT_EQ(poll(), "") << summary(odd);
+        EXPECT_EQ(driver.sendKind, 2);
+        EXPECT_EQ(driver.writeList.size(), 1);
+    }
+}
+
+TEST_F(SendScheduling, AWriteOfNothingIsSentAsSuch)
+{
+    write("R_W", 5, 0, "");
+    EXPECT_EQ(exchange(), frame("01 10 05 05 00 00 00"));
+    EXPECT_TRUE(driver.writeList.isEmpty());
+}
+
 // The request in progress.
 
 TEST_F(SendScheduling, ACyclicReadIsTheOneCurrentRequest)
@@ -329,7 +331,7 @@ TEST_F(SendScheduling, ACyclicReadIsTheOneCurrentRequest)
     driver.frameVarCount = 9;
     poll();
     EXPECT_THAT(summary(driver.currentVars), ElementsAre("3/R_W:100+2"));
-    EXPECT_EQ(summary(QList<VARIABLE>() << driver.currentVar).front(), "3/R_W:100+2");
+    EXPECT_EQ(summary(driver.currentVar), "3/R_W:100+2");
     EXPECT_EQ(driver.frameVarCount, 1);
     EXPECT_EQ(polled.request.kind, 4);
 }
@@ -350,7 +352,7 @@ TEST_F(SendScheduling, AWriteIsTheCurrentRequest)
     driver.frameVarCount = 9;
     write("R_W", 5, 2, "01 02 03 04", 1, 42);
     EXPECT_EQ(poll(), frame("01 10 05 05 00 02 04 02 01 04 03"));
-    EXPECT_EQ(summary(QList<VARIABLE>() << driver.currentVar).front(), "1/R_W:5+2");
+    EXPECT_EQ(summary(driver.currentVar), "1/R_W:5+2");
     EXPECT_EQ(driver.frameVarCount, 1);
     EXPECT_EQ(polled.request.kind, 42);
 }

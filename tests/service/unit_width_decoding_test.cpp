@@ -1,22 +1,13 @@
 // Decoding for register tables with units of 1, 8 and 32 bits; this controller's table has none.
 #include <gmock/gmock.h>
 
+#include "cache_world.h"
 #include "data_areas.h"
 #include "response_handling.h"
-#include "world.h"
 
 using ::testing::IsEmpty;
 
 namespace {
-
-RegisterType rowOf(const char* regName, const char* dataBits, const char* unitBits,
-                   const char* timerCounter = "0")
-{
-    const QString row[rangeFieldCount] = {name("DDD"),       name("0"),  name("127"),
-                                          name(dataBits),    name("RW"), name(unitBits),
-                                          name(timerCounter)};
-    return deriveRegisterType(name(regName), row, 3, 0);
-}
 
 class UnitWidthDecoding : public DriverTest {
 protected:
@@ -36,7 +27,7 @@ protected:
 
 TEST_F(UnitWidthDecoding, BitsAreUnpackedFromTheLeastSignificantOne)
 {
-    const RegisterType bits = rowOf("B", "1", "1");
+    const RegisterType bits = registerRow("B", "1", "1");
     decode(bits, "01 01 02 85 02", 10, 3, 20);
     ASSERT_EQ(driver.dataAreas.size(), 10);
     const char* expected[] = {"01", "00", "01", "00", "00", "00", "00", "01", "00", "01"};
@@ -47,7 +38,7 @@ TEST_F(UnitWidthDecoding, BitsAreUnpackedFromTheLeastSignificantOne)
 
 TEST_F(UnitWidthDecoding, BitsPastTheEndAreZero)
 {
-    const RegisterType bits = rowOf("B", "1", "1");
+    const RegisterType bits = registerRow("B", "1", "1");
     decode(bits, "FF FF", 16, 0, 20);
     notices();
     decode(bits, "FF", 16, 0, 20);
@@ -58,7 +49,7 @@ TEST_F(UnitWidthDecoding, BitsPastTheEndAreZero)
 
 TEST_F(UnitWidthDecoding, AChangedBitIsAnnouncedUnderItsAreaAlone)
 {
-    const RegisterType bits = rowOf("B", "1", "1");
+    const RegisterType bits = registerRow("B", "1", "1");
     markViews(bits, 1, 20, 3);
     decode(bits, "05", 3, 0, 20);
     EXPECT_EQ(notices(), (Notices{{7, 1, "B", 20}, {7, 1, "B", 22}}));
@@ -75,7 +66,7 @@ TEST_F(UnitWidthDecoding, AChangedBitIsAnnouncedUnderItsAreaAlone)
 
 TEST_F(UnitWidthDecoding, BytesTakeOneByteAUnit)
 {
-    const RegisterType bytes = rowOf("B_B", "8", "8");
+    const RegisterType bytes = registerRow("B_B", "8", "8");
     markViews(bytes, 1, 20, 2);
     decode(bytes, "01 03 03 12 34 56", 3, 3, 20);
     EXPECT_EQ(device("B", 20), "12 00 00 00");
@@ -88,21 +79,21 @@ TEST_F(UnitWidthDecoding, BytesTakeOneByteAUnit)
 
 TEST_F(UnitWidthDecoding, BytesAnnounceTheirChangedBitsAndTheWiderViews)
 {
-    markViews(rowOf("B_bit", "1", "8"), 1, 160, 8); // the bits of byte 20
-    markViews(rowOf("B_W", "16", "8"), 1, 19, 1);   // bytes 19 and 20
-    markViews(rowOf("B_D", "32", "8"), 1, 17, 2);   // bytes 17 to 20
-    decode(rowOf("B_B", "8", "8"), "81", 1, 0, 20);
+    markViews(registerRow("B_bit", "1", "8"), 1, 160, 8); // the bits of byte 20
+    markViews(registerRow("B_W", "16", "8"), 1, 19, 1);   // bytes 19 and 20
+    markViews(registerRow("B_D", "32", "8"), 1, 17, 2);   // bytes 17 to 20
+    decode(registerRow("B_B", "8", "8"), "81", 1, 0, 20);
     EXPECT_EQ(
         notices(),
         (Notices{
             {7, 1, "B_bit", 160}, {7, 1, "B_bit", 167}, {7, 1, "B_W", 19}, {7, 1, "B_D", 17}}));
-    decode(rowOf("B_B", "8", "8"), "80", 1, 0, 20);
+    decode(registerRow("B_B", "8", "8"), "80", 1, 0, 20);
     EXPECT_EQ(notices(), (Notices{{7, 1, "B_bit", 160}, {7, 1, "B_W", 19}, {7, 1, "B_D", 17}}));
 }
 
 TEST_F(UnitWidthDecoding, BytesPastTheEndAreZero)
 {
-    const RegisterType bytes = rowOf("B_B", "8", "8");
+    const RegisterType bytes = registerRow("B_B", "8", "8");
     decode(bytes, "12 34", 2, 0, 20);
     decode(bytes, "12", 2, 0, 20);
     EXPECT_EQ(device("B", 21), "00 00 00 00");
@@ -112,7 +103,7 @@ TEST_F(UnitWidthDecoding, BytesPastTheEndAreZero)
 
 TEST_F(UnitWidthDecoding, WordsOfATimerAreAnnouncedUnderTheAreaAlone)
 {
-    const RegisterType timers = rowOf("Z_W", "16", "16", "1");
+    const RegisterType timers = registerRow("Z_W", "16", "16", "1");
     markViews(timers, 1, 20, 1);
     decode(timers, "12 34", 1, 0, 20);
     EXPECT_EQ(device("Z", 20), "34 12 00 00");
@@ -122,11 +113,11 @@ TEST_F(UnitWidthDecoding, WordsOfATimerAreAnnouncedUnderTheAreaAlone)
 TEST_F(UnitWidthDecoding, WordsOfTheAreasIQAndMComeLowByteFirst)
 {
     for (const char* regName : {"I_W", "Q_W", "M_W", "M_bit"}) {
-        decode(rowOf(regName, "16", "16"), "12 34", 1, 0, 20);
+        decode(registerRow(regName, "16", "16"), "12 34", 1, 0, 20);
         const std::string area(1, regName[0]);
         EXPECT_EQ(device(area.c_str(), 20), "12 34 00 00") << regName;
     }
-    decode(rowOf("MM_W", "16", "16"), "12 34", 1, 0, 20);
+    decode(registerRow("MM_W", "16", "16"), "12 34", 1, 0, 20);
     EXPECT_EQ(device("MM", 20), "34 12 00 00");
 }
 
@@ -134,7 +125,7 @@ TEST_F(UnitWidthDecoding, WordsOfTheAreasIQAndMComeLowByteFirst)
 
 TEST_F(UnitWidthDecoding, DoubleWordsHoldTheLowOrderRegisterFirst)
 {
-    const RegisterType wide = rowOf("B_D", "32", "32");
+    const RegisterType wide = registerRow("B_D", "32", "32");
     markViews(wide, 1, 20, 4);
     decode(wide, "01 03 08 12 34 56 78 9A BC DE F0", 2, 3, 20);
     EXPECT_EQ(device("B", 20), "34 12 78 56");
@@ -144,7 +135,7 @@ TEST_F(UnitWidthDecoding, DoubleWordsHoldTheLowOrderRegisterFirst)
 
 TEST_F(UnitWidthDecoding, ADoubleWordIsNewWhereAnyOfItsFourBytesIs)
 {
-    const RegisterType wide = rowOf("B_D", "32", "32");
+    const RegisterType wide = registerRow("B_D", "32", "32");
     markViews(wide, 1, 20, 2);
     for (const char* bytes :
          {"00 01 00 00", "01 01 00 00", "01 01 00 01", "01 01 01 01", "01 01 01 00"}) {
@@ -157,7 +148,7 @@ TEST_F(UnitWidthDecoding, ADoubleWordIsNewWhereAnyOfItsFourBytesIs)
 
 TEST_F(UnitWidthDecoding, DoubleWordsPastTheEndAreZero)
 {
-    const RegisterType wide = rowOf("B_D", "32", "32");
+    const RegisterType wide = registerRow("B_D", "32", "32");
     decode(wide, "12 34 56", 2, 0, 20);
     EXPECT_EQ(device("B", 20), "34 12 00 56");
     EXPECT_EQ(device("B", 21), "00 00 00 00");
@@ -171,10 +162,10 @@ TEST_F(UnitWidthDecoding, EveryWidthSettlesAnOverriddenValueWhenNoWriteIsQueued)
         RegisterType type;
         const char* bytes;
     };
-    const Row rows[] = {{rowOf("B", "1", "1"), "01"},
-                        {rowOf("B_B", "8", "8"), "12"},
-                        {rowOf("B_W", "16", "16"), "12 34"},
-                        {rowOf("B_D", "32", "32"), "12 34 56 78"}};
+    const Row rows[] = {{registerRow("B", "1", "1"), "01"},
+                        {registerRow("B_B", "8", "8"), "12"},
+                        {registerRow("B_W", "16", "16"), "12 34"},
+                        {registerRow("B_D", "32", "32"), "12 34 56 78"}};
     for (const Row& row : rows) {
         driver.dataAreas.clear();
         _DATA_ pending = _DATA_();
@@ -190,8 +181,8 @@ TEST_F(UnitWidthDecoding, EveryWidthSettlesAnOverriddenValueWhenNoWriteIsQueued)
 
 TEST_F(UnitWidthDecoding, AnyOtherWidthStoresNothing)
 {
-    decode(rowOf("B_W", "16", "64"), "12 34 56 78", 2, 0, 20);
-    decode(rowOf("B_W", "16", "0"), "12 34 56 78", 2, 0, 20);
+    decode(registerRow("B_W", "16", "64"), "12 34 56 78", 2, 0, 20);
+    decode(registerRow("B_W", "16", "0"), "12 34 56 78", 2, 0, 20);
     EXPECT_TRUE(driver.dataAreas.isEmpty());
 }
 

@@ -154,6 +154,11 @@ std::string frameHex(const FRAME_PRO& frame)
     return toHex(frame.frame, frame.sendLength);
 }
 
+std::string frame(const char* bytes)
+{
+    return toHex(withCrc(bytes));
+}
+
 QByteArray goodReplyTo(const FRAME_PRO& frame)
 {
     if (frame.replyLength == 0) {
@@ -219,6 +224,16 @@ _RCP_VAR_PRO recipeRecord(int linkId, const char* regName, int address, int leng
     made.length = length;
     made.bufOffset = bufOffset;
     return made;
+}
+
+std::string summary(const VARIABLE& one)
+{
+    return describe(one);
+}
+
+std::string summary(const KEY_ADDRESS& one)
+{
+    return describe(one);
 }
 
 std::vector<std::string> summary(const QList<VARIABLE>& list)
@@ -313,6 +328,25 @@ std::string DriverTest::poll()
     }
     polled = frame;
     return frameHex(polled);
+}
+
+std::string DriverTest::exchange()
+{
+    const std::string sent = poll();
+    if (!driver.sendList.isEmpty()) {
+        reply(goodReplyTo(polled));
+    }
+    return sent;
+}
+
+int DriverTest::abandon()
+{
+    for (int count = 1; count < 100; ++count) {
+        if (reply(QByteArray()) == 2) {
+            return count;
+        }
+    }
+    return -1;
 }
 
 int DriverTest::reply(const QByteArray& bytes)

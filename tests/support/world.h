@@ -38,6 +38,8 @@ std::string toHex(const unsigned char* bytes, int length);
 // The bytes to transmit of a prepared frame, as hex.
 std::string frameHex(const FRAME_PRO& frame);
 
+// The frame of these bytes as poll() gives it: with its CRC.
+std::string frame(const char* bytes);
 // What a controller answers to a frame: zeros for a read, the echo for a write, nothing where none
 // is awaited.
 QByteArray goodReplyTo(const FRAME_PRO& frame);
@@ -51,7 +53,15 @@ VARIABLE request(const char* regName, int address, int length, int station = 1,
 _RCP_VAR_PRO recipeRecord(int linkId, const char* regName, int address, int length, int bufOffset,
                           int station = 1);
 
+// The host block's bytes that ask for a recipe transfer.
+enum {
+    downloadFlag = 60115,
+    uploadFlag = 60116
+};
+
 // "1/R_W:10+5" for each request, to compare plans at a glance.
+std::string summary(const VARIABLE& one);
+std::string summary(const KEY_ADDRESS& one);
 std::vector<std::string> summary(const QList<VARIABLE>& list);
 std::vector<std::string> summary(const QList<KEY_ADDRESS>& list);
 std::vector<std::string> summary(const QVector<_RCP_VAR_PRO>& list);
@@ -89,9 +99,15 @@ protected:
     std::string poll();
     FRAME_PRO polled; // the frame of the last poll() that had one
 
+    // One poll, answered as a controller would.
+    std::string exchange();
+
     // Hands a reply in; errorText() is the text that came with it.
     int reply(const QByteArray& bytes);
     std::string errorText() const;
+
+    // Hands empty replies in until the request is given up; how many it took, -1 for too many.
+    int abandon();
 
     // Index of a unit's record without creating it, -1 where there is none.
     static int unitIndex(int station, const char* area, int address);
