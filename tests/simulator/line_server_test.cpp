@@ -207,6 +207,20 @@ TEST_F(LineServerTest, KeepsNothingUnreadForTheNextMaster)
     EXPECT_EQ(hexOf(next.receive(8)), writeRequest);
 }
 
+TEST_F(LineServerTest, SendsTheNextMasterNoLateReplyOfTheOneThatWent)
+{
+    start("late:300=every:1");
+    {
+        MasterEnd master(server->portName());
+        master.send(bytesOf(readRequest));
+        ASSERT_TRUE(waitForEvents(LineEvent::received, 1));
+    }
+    ASSERT_TRUE(waitForNotice("the other side closed the line"));
+    MasterEnd next(server->portName());
+    next.send(bytesOf(writeRequest));
+    EXPECT_EQ(hexOf(next.receive(8)), writeRequest);
+}
+
 TEST_F(LineServerTest, IsRawAgainAfterAMasterThatWasNot)
 {
     start();
@@ -266,6 +280,7 @@ TEST_F(LineServerTest, MayBeClosedAndReopenedByWhoeverHearsOfARequest)
     MasterEnd master(options.link);
     master.send(bytesOf(readRequest));
     EXPECT_EQ(hexOf(master.receive(7)), readReply);
+    EXPECT_EQ(server->counters().replies, 1U); // the first one went with its line
 }
 
 TEST_F(LineServerTest, ReplacesAStaleLinkButNothingElse)
@@ -442,6 +457,22 @@ TEST_F(LineServerTest, PacedKeepsARequestThatTakesLongerThanTheSilence)
     const QByteArray second = bytesOf("01 10 05 0A 00 02 04 00 0A 01 02 EC D3");
     master.send(bytesOf(readRequest) + second.left(1));
     ASSERT_TRUE(waitFor([&]() { return server->counters().bytesReceived == 9; }));
+    master.send(second.mid(1));
+    EXPECT_EQ(hexOf(master.receive(15)), std::string(readReply) + " 01 10 05 0A 00 02 61 06");
+    EXPECT_EQ(server->counters().dropped, 0U);
+}
+
+TEST_F(LineServerTest, PacedKeepsARequestWhoseEndBeganInTime)
+{
+    options.paced = true;
+    options.line.baudRate = 300;
+    options.leastSilenceMs = 400;
+    start();
+    MasterEnd master(server->portName());
+    // The beginning has arrived when the first request is served; the end then takes 440 ms.
+    const QByteArray second = bytesOf("01 10 05 0A 00 02 04 00 0A 01 02 EC D3");
+    master.send(bytesOf(readRequest) + second.left(1));
+    ASSERT_TRUE(waitForEvents(LineEvent::received, 1));
     master.send(second.mid(1));
     EXPECT_EQ(hexOf(master.receive(15)), std::string(readReply) + " 01 10 05 0A 00 02 61 06");
     EXPECT_EQ(server->counters().dropped, 0U);
