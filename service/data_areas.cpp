@@ -386,6 +386,9 @@ int _setDataAreaMonitorFlag(int station, QString regName, int address, int lengt
 void storeWrite(const RegisterType& type, int station, const QString& regName, int address,
                 int length, const unsigned char* data)
 {
+    if (length <= 0) {
+        return;
+    }
     switch (layoutOf(type)) {
     case wordUnits:
         storeWords(type, station, address, length, data);

@@ -65,6 +65,9 @@ void readBits(const RegisterType& type, int station, int address, int length, un
 
 void readUnits(const RegisterType& type, int station, int address, int length, unsigned char* out)
 {
+    if (length <= 0) {
+        return;
+    }
     const UnitLayout layout = layoutOf(type);
     switch (layout) {
     case wordUnits:

@@ -217,6 +217,9 @@ int intf_setData(int station, QString regName, int address, int length, unsigned
 void settleWrite(const RegisterType& type, int station, const QString& regName, int address,
                  int length, bool accepted)
 {
+    if (length <= 0) {
+        return;
+    }
     const SettledUnits settled = {type, station, regName, accepted};
     switch (layoutOf(type)) {
     case wordUnits:
