@@ -26,7 +26,11 @@ if(DOV417_QT STREQUAL "6")
 else()
   set(dov417_library_standard 11)
 endif()
-target_compile_definitions(dov417modbus_objects PRIVATE DOV417_VERSION="${PROJECT_VERSION}")
+target_compile_definitions(dov417modbus_objects PRIVATE
+  DOV417_VERSION="${PROJECT_VERSION}"
+  # Every build is a compile test of what Qt 4.8, 5 and 6 have in common.
+  QT_DISABLE_DEPRECATED_BEFORE=0x050F00
+  QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_CAST_FROM_BYTEARRAY)
 target_include_directories(dov417modbus_objects PUBLIC
   ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/protocol ${PROJECT_SOURCE_DIR}/service)
 target_link_libraries(dov417modbus_objects PUBLIC dov417_qtcore PRIVATE dov417_warnings)
@@ -44,6 +48,7 @@ target_compile_options(dov417modbus_objects PRIVATE
   $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
 
 add_library(dov417modbus SHARED $<TARGET_OBJECTS:dov417modbus_objects>)
+add_library(dov417modbus::dov417modbus ALIAS dov417modbus)
 target_link_libraries(dov417modbus PUBLIC ${dov417_qtcore_target})
 target_include_directories(dov417modbus PUBLIC
   $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>

@@ -1,0 +1,83 @@
+# Debian packages, made by cpack in a build folder that was configured for the prefix /usr:
+# libdov417modbus2, libdov417modbus-dev and, where the tool is built, dov417.
+set(library_package libdov417modbus${PROJECT_VERSION_MAJOR})
+set(development_package libdov417modbus-dev)
+set(tool_package dov417)
+
+# The newest entry of the changelog is this version: its date is the package's.
+file(STRINGS CHANGELOG.md entry REGEX "^## \\[[0-9]" LIMIT_COUNT 1)
+if(NOT entry MATCHES "^## \\[${PROJECT_VERSION}\\] - ([-0-9]+)$")
+  message(FATAL_ERROR "CHANGELOG.md's newest entry is \"${entry}\", but project() in CMakeLists.txt "
+    "says version ${PROJECT_VERSION}")
+endif()
+execute_process(COMMAND date --utc --rfc-email --date=${CMAKE_MATCH_1}
+  OUTPUT_VARIABLE release_date OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS CHANGELOG.md)
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGE_CONTACT "dov417modbus maintainers <maintainers@users.noreply.c-seed-851b7a89.example>")
+set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
+set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
+
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME ${library_package})
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
+set(CPACK_COMPONENT_LIBRARY_DESCRIPTION "Modbus RTU master driver for operator panels
+A panel's runtime or editor loads this library and asks it what to send to a
+programmable controller on a serial line; it plans the reads, checks the
+replies, keeps the values and announces their changes.")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME ${development_package})
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
+  "${library_package} (= ${PROJECT_VERSION}), qtbase5-dev")
+set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "Modbus RTU master driver for operator panels - headers
+What a panel's runtime is compiled with to load the driver: headers, a CMake
+package and a pkg-config file.")
+set(CPACK_DEBIAN_TOOL_PACKAGE_NAME ${tool_package})
+set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION comm)
+set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "${library_package} (= ${PROJECT_VERSION})")
+set(CPACK_COMPONENT_TOOL_DESCRIPTION "commissioning tool of the dov417modbus panel driver
+Runs the panel's driver on a real serial line or against a simulated
+controller: plans, watches, reads and writes addresses, transfers recipes and
+explains recorded lines.")
+
+if(CMAKE_CROSSCOMPILING)
+  # dpkg-shlibdeps knows this machine's packages only. packaging/check-packages lets apt resolve
+  # these for the panel's processor and loads the library there.
+  set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE ${DOV417_ARM_ARCH})
+  set(CPACK_DEBIAN_LIBRARY_PACKAGE_DEPENDS
+    "libc6 (>= 2.4), libgcc-s1 (>= 3.5), libqt5core5a (>= 5.15.1), libstdc++6 (>= 4.1.1)")
+else()
+  set(CPACK_DEBIAN_LIBRARY_PACKAGE_SHLIBDEPS ON)
+  set(CPACK_DEBIAN_TOOL_PACKAGE_SHLIBDEPS ON)
+  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})
+endif()
+
+set(CPACK_COMPONENTS_ALL library development)
+if(TARGET dov417)
+  list(APPEND CPACK_COMPONENTS_ALL tool)
+endif()
+
+# Each package brings its changelog and copyright.
+foreach(component IN LISTS CPACK_COMPONENTS_ALL)
+  set(name ${${component}_package})
+  set(folder ${PROJECT_BINARY_DIR}/packaging/${name})
+  file(WRITE ${folder}/changelog "\
+${name} (${PROJECT_VERSION}) unstable; urgency=medium
+
+  * Version ${PROJECT_VERSION}: see CHANGELOG.md of the sources.
+
+ -- ${CPACK_PACKAGE_CONTACT}  ${release_date}
+")
+  execute_process(COMMAND gzip --best --no-name --force ${folder}/changelog
+    COMMAND_ERROR_IS_FATAL ANY)
+  install(FILES ${folder}/changelog.gz packaging/copyright
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${name} COMPONENT ${component})
+endforeach()
+
+include(CPack)
