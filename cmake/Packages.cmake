@@ -22,8 +22,7 @@ set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
-set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # the first line of each description below
 
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME ${library_package})
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
@@ -46,16 +45,31 @@ Runs the panel's driver on a real serial line or against a simulated
 controller: plans, watches, reads and writes addresses, transfers recipes and
 explains recorded lines.")
 
+# What dpkg has to know of a shared library: its symbols, who provides it, and that ldconfig runs.
+set(control_folder ${PROJECT_BINARY_DIR}/packaging/control)
+set(soname libdov417modbus.so.${PROJECT_VERSION_MAJOR})
+file(STRINGS cmake/exports.map exported REGEX "^ +[A-Za-z_]+;$")
+list(TRANSFORM exported REPLACE "^ +([A-Za-z_]+);$" " \\1@Base ${PROJECT_VERSION}")
+list(SORT exported)
+list(JOIN exported "\n" exported)
+file(WRITE ${control_folder}/symbols "${soname} ${library_package} #MINVER#
+* Build-Depends-Package: ${development_package}
+${exported}
+")
+file(WRITE ${control_folder}/shlibs "libdov417modbus ${PROJECT_VERSION_MAJOR} \
+${library_package} (>= ${PROJECT_VERSION})\n")
+file(WRITE ${control_folder}/triggers "activate-noawait ldconfig\n")
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA
+  ${control_folder}/symbols ${control_folder}/shlibs ${control_folder}/triggers)
+
+# Written down, as dpkg-shlibdeps knows this machine's packages only, not those of a panel's
+# processor. packaging/check-packages compares them with what it finds on amd64, and lets apt
+# resolve them and loads the library on every processor.
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_DEPENDS
+  "libc6 (>= 2.14), libgcc-s1 (>= 3.0), libqt5core5a (>= 5.15.1), libstdc++6 (>= 4.1.1)")
+set(CPACK_DEBIAN_TOOL_PACKAGE_SHLIBDEPS ON)
 if(CMAKE_CROSSCOMPILING)
-  # dpkg-shlibdeps knows this machine's packages only. packaging/check-packages lets apt resolve
-  # these for the panel's processor and loads the library there.
   set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE ${DOV417_ARM_ARCH})
-  set(CPACK_DEBIAN_LIBRARY_PACKAGE_DEPENDS
-    "libc6 (>= 2.4), libgcc-s1 (>= 3.5), libqt5core5a (>= 5.15.1), libstdc++6 (>= 4.1.1)")
-else()
-  set(CPACK_DEBIAN_LIBRARY_PACKAGE_SHLIBDEPS ON)
-  set(CPACK_DEBIAN_TOOL_PACKAGE_SHLIBDEPS ON)
-  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})
 endif()
 
 set(CPACK_COMPONENTS_ALL library development)
