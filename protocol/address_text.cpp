@@ -31,7 +31,7 @@ int radixOf(const QString& format)
 } // namespace
 
 // Requests that the driver made itself share their name with the table.
-int getIndexFromRegName(QString regName)
+int indexOfName(const QString& regName)
 {
     for (int i = 0; i < registerTypeCount; ++i) {
         if (REG_LIST[i].isSharedWith(regName)) {
@@ -46,9 +46,14 @@ int getIndexFromRegName(QString regName)
     return -1;
 }
 
+int getIndexFromRegName(QString regName)
+{
+    return indexOfName(regName);
+}
+
 QString sharedRegName(const QString& regName)
 {
-    const int index = getIndexFromRegName(regName);
+    const int index = indexOfName(regName);
     return index < 0 ? regName : REG_LIST[index];
 }
 

@@ -6,6 +6,7 @@
 
 // Index 0 to 10 in REG_LIST, -1 for an unknown name.
 int getIndexFromRegName(QString regName);
+int indexOfName(const QString& regName);
 
 // The table's own copy of a name, so that it is found by its place; an unknown name as it is.
 QString sharedRegName(const QString& regName);

@@ -184,7 +184,7 @@ int getReadFrame(QList<VARIABLE> list)
 
 int frameRead(const VARIABLE& request)
 {
-    const int index = getIndexFromRegName(request.regName);
+    const int index = indexOfName(request.regName);
     if (index < 0 || request.stationNo == broadcastStation) {
         return 0;
     }
@@ -200,7 +200,7 @@ int frameRead(const VARIABLE& request)
 
 void getWriteFrame(VARIABLE& request)
 {
-    const int index = getIndexFromRegName(request.regName);
+    const int index = indexOfName(request.regName);
     if (index < 0 || request.length < 0) {
         return;
     }

@@ -1,8 +1,6 @@
 #include "address_check.h"
 
 #include "address_text.h"
-#include "intf.h"
-#include "register_table.h"
 
 namespace {
 
@@ -10,58 +8,19 @@ enum {
     bitItem = -1
 };
 
-// What the two checks of the interface have in common, first failing test first.
-struct Question {
-    QString regName;
-    QString text;
-    int length;
-    bool isBit;
-    bool withAccess; // the access and data type tests apply
-    int dataType;
-    int accessMode;
-};
-
 bool isDoubleWordType(int dataType)
 {
     return dataType == 1 || dataType == 3 || dataType == 5 || dataType == 6 || dataType == 9;
 }
 
-CheckCode checkKnown(const Question& asked, int index, int& address)
-{
-    const QString(&row)[rangeFieldCount] = ADDRESS_RANGE_PRO[index];
-    const RegisterType& type = registerType(index);
-    if ((type.dataBits == 1) != asked.isBit) {
-        return checkWrongKind;
-    }
-    if (asked.withAccess && row[accessField] == QLatin1String("R") &&
-        (asked.accessMode == 1 || asked.accessMode == 2)) {
-        return checkReadOnly;
-    }
-    if (asked.withAccess && type.dataBits == 32 && !isDoubleWordType(asked.dataType)) {
-        return checkBadType;
-    }
-    if (a2i(asked.text, address, row[addressFormat], asked.regName) == -1) {
-        return checkBadText;
-    }
-    int highest = 0;
-    int lowest = 0;
-    a2i(row[highestAddress], highest, row[addressFormat], asked.regName);
-    a2i(row[lowestAddress], lowest, row[addressFormat], asked.regName);
-    if (!isWithinRange(address, asked.length, lowest, highest, asked.isBit ? 16 : type.unitBits)) {
-        return checkOutOfRange;
-    }
-    address = addrOffset(asked.regName, address);
-    return checkValid;
-}
-
 // Hosts rely on the range being judged before the name, on the value they passed in.
-CheckCode check(const Question& asked, int* address)
+CheckCode check(const AddressQuestion& asked, int* address)
 {
     int unused = 0;
     int& value = address != 0 ? *address : unused;
-    const int index = getIndexFromRegName(asked.regName);
+    const int index = indexOfName(asked.regName);
     if (index >= 0) {
-        return checkKnown(asked, index, value);
+        return checkAgainst(asked, registerType(index), ADDRESS_RANGE_PRO[index], value);
     }
     return isWithinRange(value, asked.length, 0, 0, 16) ? checkUnknown : checkOutOfRange;
 }
@@ -87,22 +46,59 @@ const char* accessCode(const QString& access)
 
 } // namespace
 
+CheckCode checkAgainst(const AddressQuestion& asked, const RegisterType& type,
+                       const QString (&row)[rangeFieldCount], int& address)
+{
+    if ((type.dataBits == 1) != asked.isBit) {
+        return checkWrongKind;
+    }
+    if (asked.withAccess && row[accessField] == QLatin1String("R") &&
+        (asked.accessMode == 1 || asked.accessMode == 2)) {
+        return checkReadOnly;
+    }
+    if (asked.withAccess && type.dataBits == 32 && !isDoubleWordType(asked.dataType)) {
+        return checkBadType;
+    }
+    if (a2i(asked.text, address, row[addressFormat], asked.regName) == -1) {
+        return checkBadText;
+    }
+    int highest = 0;
+    int lowest = 0;
+    a2i(row[highestAddress], highest, row[addressFormat], asked.regName);
+    a2i(row[lowestAddress], lowest, row[addressFormat], asked.regName);
+    if (!isWithinRange(address, asked.length, lowest, highest, asked.isBit ? 16 : type.unitBits)) {
+        return checkOutOfRange;
+    }
+    address = addrOffset(asked.regName, address);
+    return checkValid;
+}
+
 bool isWithinRange(int address, int length, int lowest, int highest, int unitBits)
 {
     const double unitFactor = unitBits / 16.0;
     return address >= lowest && length / unitFactor + address <= highest + 1.0;
 }
 
+void describe(const RegisterType& type, const QString (&row)[rangeFieldCount], QStringList& list)
+{
+    list.append(row[addressFormat]);
+    list.append(row[lowestAddress]);
+    list.append(row[highestAddress]);
+    list.append(QString::fromLatin1(widthCode(type.dataBits)));
+    list.append(QString::fromLatin1(accessCode(row[accessField])));
+}
+
 int intf_checkAddrValidity(QString regName, QString text, int* address, int length, int wordFlag)
 {
-    const Question asked = {regName, text, length, wordFlag == 0, false, 0, 0};
+    const AddressQuestion asked = {regName, text, length, wordFlag == 0, false, 0, 0};
     return check(asked, address);
 }
 
 int intf_checkAddr(QString regName, QString text, int* address, int dataType, int length,
                    int accessMode)
 {
-    const Question asked = {regName, text, length, dataType == bitItem, true, dataType, accessMode};
+    const AddressQuestion asked = {regName, text,     length,    dataType == bitItem,
+                                   true,    dataType, accessMode};
     return check(asked, address);
 }
 
@@ -120,14 +116,9 @@ int intf_getRegListByType(int kind, QStringList* list)
 
 int intf_getRegDiscription(QString regName, QStringList* list)
 {
-    const int index = getIndexFromRegName(regName);
+    const int index = indexOfName(regName);
     if (index >= 0 && list != 0) {
-        const QString(&row)[rangeFieldCount] = ADDRESS_RANGE_PRO[index];
-        list->append(row[addressFormat]);
-        list->append(row[lowestAddress]);
-        list->append(row[highestAddress]);
-        list->append(QString::fromLatin1(widthCode(registerType(index).dataBits)));
-        list->append(QString::fromLatin1(accessCode(row[accessField])));
+        describe(registerType(index), ADDRESS_RANGE_PRO[index], *list);
     }
     return 0;
 }

@@ -122,7 +122,7 @@ void normaliseRuns(QVector<Run>& runs, int mode)
 {
     for (int i = 0; i < runs.size(); ++i) {
         Run& run = runs[i];
-        const int index = getIndexFromRegName(run.regName);
+        const int index = indexOfName(run.regName);
         if (index >= 0) {
             normalise(run, registerType(index), mode);
         }
@@ -203,7 +203,7 @@ void normaliseKey(KEY_ADDRESS& key, const RegisterType& type, int mode)
 
 void normaliseRecipeRun(Run& run)
 {
-    const int index = getIndexFromRegName(run.regName);
+    const int index = indexOfName(run.regName);
     if (index >= 0) {
         normaliseRecipe(run, registerType(index));
     }

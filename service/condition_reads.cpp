@@ -119,7 +119,7 @@ VARIABLE conditionRequest(const KEY_ADDRESS& piece, const RegisterType& type, in
 
 int intf_addConditionRead(KEY_ADDRESS& key, int kind)
 {
-    const int index = getIndexFromRegName(key.regName);
+    const int index = indexOfName(key.regName);
     if (index < 0) {
         return -1;
     }

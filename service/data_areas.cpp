@@ -375,7 +375,7 @@ void markViews(const RegisterType& type, int station, int address, int length)
 
 int _setDataAreaMonitorFlag(int station, QString regName, int address, int length)
 {
-    const int index = getIndexFromRegName(regName);
+    const int index = indexOfName(regName);
     if (index < 0) {
         return -1;
     }
@@ -386,6 +386,9 @@ int _setDataAreaMonitorFlag(int station, QString regName, int address, int lengt
 void storeWrite(const RegisterType& type, int station, const QString& regName, int address,
                 int length, const unsigned char* data)
 {
+    if (length <= 0) {
+        return;
+    }
     switch (layoutOf(type)) {
     case wordUnits:
         storeWords(type, station, address, length, data);
@@ -416,7 +419,7 @@ void storeWrite(const RegisterType& type, int station, const QString& regName, i
 void write_saveDataToArea(int station, QString regName, int address, int length,
                           unsigned char* data)
 {
-    const int index = getIndexFromRegName(regName);
+    const int index = indexOfName(regName);
     if (index >= 0) {
         storeWrite(registerType(index), station, regName, address, length, data);
     }

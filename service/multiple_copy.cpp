@@ -45,7 +45,7 @@ int multiCp(QString regName, QString format, int start, int count, int step,
 {
     const bool wordBit = isWordBitFormat(format);
     const int radix = radixOf(format);
-    const int index = getIndexFromRegName(regName);
+    const int index = indexOfName(regName);
     const long long resolved =
         resolveStep(step, index < 0 ? defaultUnitBits : registerType(index).unitBits);
     int result = seriesComplete;
@@ -76,7 +76,7 @@ int multiCp(QString regName, QString format, int start, int count, int step,
 int intf_multiCopy(QString regName, int start, int count, int step, QVector<QString>& texts,
                    QVector<int>& addresses)
 {
-    const int index = getIndexFromRegName(regName);
+    const int index = indexOfName(regName);
     if (index < 0) {
         return seriesUnknown;
     }

@@ -65,6 +65,9 @@ void readBits(const RegisterType& type, int station, int address, int length, un
 
 void readUnits(const RegisterType& type, int station, int address, int length, unsigned char* out)
 {
+    if (length <= 0) {
+        return;
+    }
     const UnitLayout layout = layoutOf(type);
     switch (layout) {
     case wordUnits:
@@ -87,7 +90,7 @@ void readUnits(const RegisterType& type, int station, int address, int length, u
 
 int intf_getData(int station, QString regName, int address, int length, unsigned char* out)
 {
-    const int index = getIndexFromRegName(regName);
+    const int index = indexOfName(regName);
     if (index < 0) {
         return -1;
     }

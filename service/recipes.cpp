@@ -143,7 +143,7 @@ void rcpAddrToVar(_RCP_VAR_PRO record, VARIABLE& var, int withData)
     if (withData == 0 || driver.recipeBuffer == 0) {
         return;
     }
-    const int index = getIndexFromRegName(record.regName);
+    const int index = indexOfName(record.regName);
     if (index < 0 || record.length < 0) {
         return;
     }

@@ -101,6 +101,38 @@ void swapWords(unsigned char* bytes, int words)
     }
 }
 
+inline unsigned int wordOf(unsigned char low, unsigned char high)
+{
+    return low | static_cast<unsigned int>(high) << 8;
+}
+
+// `low` is the place of the low byte in a word on the line.
+template <int low>
+bool holdsWord(const _DATA_& unit, const unsigned char* word)
+{
+    return wordOf(unit.deviceValue[0], unit.deviceValue[1]) == wordOf(word[low], word[1 - low]);
+}
+
+// How many of `count` units from the record at `index` on hold what arrived. Most words of most
+// replies are what they were: this is the loop that a panel spends its polls in.
+template <int low>
+int unchangedWords(int index, int count, const unsigned char* words)
+{
+    QList<_DATA_>::const_iterator unit = driver.dataAreas.constBegin() + index;
+    const QList<_DATA_>::const_iterator first = unit;
+    const QList<_DATA_>::const_iterator end = unit + count;
+    for (;
+         end - unit >= 4 && holdsWord<low>(unit[0], words) && holdsWord<low>(unit[1], words + 2) &&
+         holdsWord<low>(unit[2], words + 4) && holdsWord<low>(unit[3], words + 6);
+         words += 8) {
+        unit += 4;
+    }
+    for (; unit != end && holdsWord<low>(*unit, words); words += 2) {
+        ++unit;
+    }
+    return static_cast<int>(unit - first);
+}
+
 // The data bytes of a reply; what the reply does not have reads as 0.
 class ReplyData {
 public:
@@ -115,16 +147,16 @@ public:
         return place >= 0 && place < size_ ? bytes_[place] : static_cast<unsigned char>(0);
     }
 
-    void copy(int from, int count, unsigned char* out) const
+    // How many of `count` units of 16 bits, from value i on, hold what arrived.
+    int unchanged(int index, int i, int count, bool lowFirst) const
     {
-        const long long place = static_cast<long long>(position_) + from;
-        if (place >= 0 && place + count <= size_) {
-            memcpy(out, bytes_ + place, static_cast<size_t>(count));
-            return;
+        const long long place = static_cast<long long>(position_) + 2 * i;
+        if (place < 0 || place >= size_) {
+            return 0;
         }
-        for (int i = 0; i < count; ++i) {
-            out[i] = at(from + i);
-        }
+        const int there = std::min(count, static_cast<int>(size_ - place) / 2);
+        return lowFirst ? unchangedWords<0>(index, there, bytes_ + place)
+                        : unchangedWords<1>(index, there, bytes_ + place);
     }
 
 private:
@@ -132,29 +164,6 @@ private:
     int size_;
     int position_;
 };
-
-inline bool holdsWord(const _DATA_& unit, const unsigned char* word)
-{
-    return memcmp(unit.deviceValue, word, 2) == 0;
-}
-
-// How many of `count` units from the record at `index` on hold these words, low byte first. Most
-// words of most replies are what they were: this is the loop that a panel spends its polls in.
-int unchangedWords(int index, int count, const unsigned char* words)
-{
-    QList<_DATA_>::const_iterator unit = driver.dataAreas.constBegin() + index;
-    const QList<_DATA_>::const_iterator first = unit;
-    const QList<_DATA_>::const_iterator end = unit + count;
-    for (; end - unit >= 4 && holdsWord(unit[0], words) && holdsWord(unit[1], words + 2) &&
-           holdsWord(unit[2], words + 4) && holdsWord(unit[3], words + 6);
-         words += 8) {
-        unit += 4;
-    }
-    for (; unit != end && holdsWord(*unit, words); words += 2) {
-        ++unit;
-    }
-    return static_cast<int>(unit - first);
-}
 
 int intOf(const unsigned char* bytes, int count)
 {
@@ -222,28 +231,27 @@ int bytesPerUnit(const RegisterType& type)
     return 0;
 }
 
-// The values of `count` units from value `first` on, each low byte first.
-void unpackUnits(const RegisterType& type, const ReplyData& data, int first, int count,
-                 unsigned char* out)
+// Value i, low byte first.
+void unpackUnit(const RegisterType& type, const ReplyData& data, int i, unsigned char (&out)[4])
 {
     switch (type.unitBits) {
     case 1:
-        for (int i = 0; i < count; ++i) {
-            out[i] = static_cast<unsigned char>(data.at((first + i) / 8) >> ((first + i) % 8) & 1);
-        }
+        out[0] = static_cast<unsigned char>(data.at(i / 8) >> (i % 8) & 1);
         return;
     case 8:
-        data.copy(first, count, out);
+        out[0] = data.at(i);
         return;
-    case 16:
-        data.copy(2 * first, 2 * count, out);
-        if (!lowByteFirst(type)) {
-            swapWords(out, count);
-        }
+    case 16: {
+        const int low = lowByteFirst(type) ? 0 : 1;
+        out[0] = data.at(2 * i + low);
+        out[1] = data.at(2 * i + 1 - low);
         return;
+    }
     case 32: // the first register holds the low-order half
-        data.copy(4 * first, 4 * count, out);
-        swapWords(out, 2 * count);
+        out[0] = data.at(4 * i + 1);
+        out[1] = data.at(4 * i);
+        out[2] = data.at(4 * i + 3);
+        out[3] = data.at(4 * i + 2);
         return;
     }
 }
@@ -298,7 +306,7 @@ void decodeUpload(const RegisterType& type, const QByteArray& reply, int count, 
 
 void decodeReply(const QByteArray& reply, int count, int position, const VARIABLE& request)
 {
-    const int index = getIndexFromRegName(request.regName);
+    const int index = indexOfName(request.regName);
     if (index < 0) {
         return;
     }
@@ -390,32 +398,25 @@ QString getErrorInfo(QByteArray reply)
 void decodeValues(const RegisterType& type, const QByteArray& reply, int count, int position,
                   int station, int address)
 {
-    enum {
-        chunk = 128
-    }; // values that are unpacked before they are compared
-    unsigned char bytes[4 * chunk];
     const ReplyData data(reply, position);
     const int size = bytesPerUnit(type);
+    const bool lowFirst = lowByteFirst(type);
     int index = -1;
-    for (int first = 0; size > 0 && first < count; first += chunk) {
-        const int units = std::min<int>(chunk, count - first);
-        unpackUnits(type, data, first, units, bytes);
-        for (int i = 0; i < units; ++i) {
-            const unsigned char* value = bytes + size * i;
-            index = unitIndexOf(station, type.area, wrapAdd(address, first + i), index + 1);
-            if (size == 2) {
-                const int same = unchangedWords(index, unitsInRun(index, units - i), value);
-                if (same > 0) {
-                    i += same - 1;
-                    index += same - 1;
-                    continue;
-                }
+    for (int i = 0; size > 0 && i < count; ++i) {
+        index = unitIndexOf(station, type.area, wrapAdd(address, i), index + 1);
+        if (size == 2) {
+            const int same = data.unchanged(index, i, unitsInRun(index, count - i), lowFirst);
+            if (same > 0) {
+                i += same - 1;
+                index += same - 1;
+                continue;
             }
-            if (memcmp(driver.dataAreas.at(index).deviceValue, value, static_cast<size_t>(size)) !=
-                    0 &&
-                !storeUnit(type, index, value, size)) {
-                return;
-            }
+        }
+        unsigned char value[4] = {0, 0, 0, 0};
+        unpackUnit(type, data, i, value);
+        if (memcmp(driver.dataAreas.at(index).deviceValue, value, static_cast<size_t>(size)) != 0 &&
+            !storeUnit(type, index, value, size)) {
+            return;
         }
     }
 }

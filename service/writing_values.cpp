@@ -193,7 +193,7 @@ void rescalePiece(KEY_ADDRESS& piece, const RegisterType& type, int& shortened)
 int intf_setData(int station, QString regName, int address, int length, unsigned char* data,
                  int kind)
 {
-    const int index = getIndexFromRegName(regName);
+    const int index = indexOfName(regName);
     if (driver.writeToCacheOnly == 0) {
         if (index < 0) {
             return -1;
@@ -217,6 +217,9 @@ int intf_setData(int station, QString regName, int address, int length, unsigned
 void settleWrite(const RegisterType& type, int station, const QString& regName, int address,
                  int length, bool accepted)
 {
+    if (length <= 0) {
+        return;
+    }
     const SettledUnits settled = {type, station, regName, accepted};
     switch (layoutOf(type)) {
     case wordUnits:
@@ -249,7 +252,7 @@ void settleWrite(const RegisterType& type, int station, const QString& regName, 
 
 void _write_FailOrSuc(int station, QString regName, int address, int length, int result)
 {
-    const int index = getIndexFromRegName(regName);
+    const int index = indexOfName(regName);
     if (index >= 0) {
         settleWrite(registerType(index), station, regName, address, length, result == 1);
     }

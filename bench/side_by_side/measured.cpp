@@ -1,9 +1,11 @@
 #include "measured.h"
 
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <fcntl.h>
 #include <iostream>
 #include <sys/prctl.h>
@@ -68,12 +70,13 @@ __attribute__((noinline)) void measuredTransaction(const std::function<void()>& 
 
 Job jobOf(int argc, char** argv)
 {
-    if (argc != 5) {
-        std::cerr << "usage: " << argv[0] << " read|write REGISTERS unchanged|changed COUNT\n";
+    if (argc < 5) {
+        std::cerr << "usage: " << argv[0]
+                  << " read|write REGISTERS unchanged|changed COUNT [line]\n";
         std::exit(2);
     }
     return {std::strcmp(argv[1], "write") == 0, std::atoi(argv[2]),
-            std::strcmp(argv[3], "changed") == 0, std::atoi(argv[4])};
+            std::strcmp(argv[3], "changed") == 0, std::atoi(argv[4]), argc > 5};
 }
 
 std::vector<unsigned char> readReply(int registers, int fill)
@@ -130,7 +133,12 @@ void measure(const Job& job, const std::function<void()>& transaction)
     for (int i = 0; i < job.count; ++i) {
         transaction();
     }
+    const auto begun = std::chrono::steady_clock::now();
+    const std::clock_t processor = std::clock();
     for (int i = 0; i < job.count; ++i) {
         measuredTransaction(transaction);
     }
+    const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begun;
+    const double used = static_cast<double>(std::clock() - processor) / CLOCKS_PER_SEC;
+    std::cout << job.count / seconds.count() << ' ' << 1e6 * used / job.count << std::endl;
 }

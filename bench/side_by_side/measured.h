@@ -12,9 +12,10 @@ struct Job {
     int registers;
     bool changing; // reads: every reply carries other values than the one before
     int count;     // measured transactions, after as many that are not
+    bool line;     // this driver: over the pseudo-terminal too, not only in memory
 };
 
-// CLIENT read|write REGISTERS unchanged|changed COUNT
+// CLIENT read|write REGISTERS unchanged|changed COUNT [line]
 Job jobOf(int argc, char** argv);
 
 // The frame of one request and the reply to it, CRC included. Station 1, register 0x0500 on.
@@ -26,7 +27,8 @@ int requestLength(const Job& job);
 // It answers every request of the job's length with the job's reply, without looking at it.
 std::string startSlave(const Job& job);
 
-// Runs a transaction `count` times inside the function that callgrind collects.
+// Runs a transaction `count` times inside the function that callgrind collects, and prints the
+// transactions a second and the processor's microseconds a transaction.
 void measure(const Job& job, const std::function<void()>& transaction);
 
 #endif

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <iomanip>
 #include <sstream>
+#include <utility>
 
 namespace {
 
@@ -13,9 +14,20 @@ Notices& recorded()
     return notices;
 }
 
+std::function<void(const Notice&)>& actionWhenTold()
+{
+    static std::function<void(const Notice&)> action;
+    return action;
+}
+
 void record(int tag, int station, QString& regName, int address)
 {
-    recorded().push_back({tag, station, text(regName), address});
+    const Notice notice = {tag, station, text(regName), address};
+    recorded().push_back(notice);
+    const std::function<void(const Notice&)> action = actionWhenTold(); // it may replace itself
+    if (action) {
+        action(notice);
+    }
 }
 
 std::vector<std::string>& debugLines()
@@ -142,6 +154,25 @@ std::string frameHex(const FRAME_PRO& frame)
     return toHex(frame.frame, frame.sendLength);
 }
 
+QByteArray goodReplyTo(const FRAME_PRO& frame)
+{
+    if (frame.replyLength == 0) {
+        return QByteArray();
+    }
+    const QByteArray sent(reinterpret_cast<const char*>(frame.frame), frame.sendLength);
+    const int function = sent.at(1);
+    if (function != 1 && function != 3) {
+        return withCrc(sent.left(6));
+    }
+    const int quantity =
+        static_cast<unsigned char>(sent.at(4)) * 256 + static_cast<unsigned char>(sent.at(5));
+    const int bytes = function == 1 ? quantity / 8 : quantity * 2;
+    QByteArray reply = sent.left(2);
+    reply.append(static_cast<char>(bytes));
+    reply.append(QByteArray(bytes, '\0'));
+    return withCrc(reply);
+}
+
 std::string text(const QString& string)
 {
     return string.toLatin1().constData();
@@ -245,6 +276,7 @@ DriverTest::DriverTest() : polled(), hostBlock(60200, 0), recipeBuffer(4096, 0)
 DriverTest::~DriverTest()
 {
     // Nothing of this host may be reached after it is gone.
+    whenTold(nullptr);
     intf_initProperty(nullptr, 0, nullptr, nullptr, nullptr, nullptr);
     intf_setAddrValueChangeCallBack(nullptr);
 }
@@ -259,6 +291,11 @@ Notices DriverTest::notices()
     Notices all;
     all.swap(recorded());
     return all;
+}
+
+void DriverTest::whenTold(std::function<void(const Notice&)> action)
+{
+    actionWhenTold() = std::move(action);
 }
 
 int DriverTest::plan(const QList<KEY_ADDRESS>& keys)

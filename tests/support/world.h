@@ -8,6 +8,7 @@
 #include <QMutex>
 #include <QString>
 #include <QStringList>
+#include <functional>
 #include <gtest/gtest.h>
 #include <ostream>
 #include <string>
@@ -36,6 +37,10 @@ std::string toHex(const QByteArray& bytes);
 std::string toHex(const unsigned char* bytes, int length);
 // The bytes to transmit of a prepared frame, as hex.
 std::string frameHex(const FRAME_PRO& frame);
+
+// What a controller answers to a frame: zeros for a read, the echo for a write, nothing where none
+// is awaited.
+QByteArray goodReplyTo(const FRAME_PRO& frame);
 
 std::string text(const QString& string);
 QString name(const char* latin1);
@@ -72,6 +77,10 @@ protected:
 
     // What the host was told since the last call.
     Notices notices();
+
+    // Does this within every later value-change callback, after the notice was recorded; an empty
+    // action ends it.
+    void whenTold(std::function<void(const Notice&)> action);
 
     // Hands a plan to the driver: watches the addresses.
     int plan(const QList<KEY_ADDRESS>& keys);

@@ -1,0 +1,158 @@
+#include "reply_check.h"
+
+#include "world.h"
+
+namespace {
+
+class ReplyChecked : public DriverTest {
+protected:
+    // Puts a frame on the line that awaits a reply of this length with this many values.
+    static void await(int replyLength, int dataCount)
+    {
+        FRAME_PRO frame = FRAME_PRO();
+        frame.replyLength = replyLength;
+        frame.dataCount = dataCount;
+        driver.sendList.clear();
+        driver.sendList.append(frame);
+    }
+    static int check(QByteArray reply)
+    {
+        return check_rcv_data(reinterpret_cast<unsigned char*>(reply.data()), QList<VARIABLE>(),
+                              static_cast<int>(reply.size()));
+    }
+};
+
+const char* const oneRegister = "01 03 02 12 34";
+
+TEST_F(ReplyChecked, NothingReceivedIsGoodWhereNothingIsAwaited)
+{
+    await(0, 0);
+    EXPECT_EQ(check(QByteArray()), 2);
+    EXPECT_EQ(check_rcv_data(nullptr, QList<VARIABLE>(), 0), 2);
+}
+
+TEST_F(ReplyChecked, NothingReceivedIsBadWhereAReplyIsAwaited)
+{
+    await(7, 1);
+    EXPECT_EQ(check(QByteArray()), 0);
+    EXPECT_EQ(check_rcv_data(nullptr, QList<VARIABLE>(), 0), 0);
+}
+
+TEST_F(ReplyChecked, AnyReplyIsBadWhereNothingIsAwaited)
+{
+    await(0, 0);
+    EXPECT_EQ(check(withCrc(oneRegister)), 0);
+    EXPECT_EQ(check(hex("00")), 0);
+}
+
+TEST_F(ReplyChecked, ReplyOfTheRightLengthAndCrcIsGoodWithDataWhereTheFrameReads)
+{
+    await(7, 1);
+    EXPECT_EQ(check(withCrc(oneRegister)), 1);
+    EXPECT_EQ(check(hex("01 03 02 12 34 B5 33")), 1);
+}
+
+TEST_F(ReplyChecked, ReplyOfTheRightLengthAndCrcIsGoodWithoutDataWhereTheFrameWrites)
+{
+    await(8, 0);
+    EXPECT_EQ(check(withCrc("01 06 05 0A 12 34")), 2);
+}
+
+TEST_F(ReplyChecked, AnyCountAboveZeroMeansData)
+{
+    for (int count : {1, 2, 128, 65536}) {
+        await(7, count);
+        EXPECT_EQ(check(withCrc(oneRegister)), 1) << count;
+    }
+}
+
+TEST_F(ReplyChecked, ReplyOfEveryOtherLengthIsBad)
+{
+    for (int awaited : {5, 7, 8, 9, 255, 261}) {
+        for (int length = 1; length <= 300; ++length) {
+            await(awaited, 1);
+            const QByteArray reply =
+                length < 2 ? QByteArray(length, 'x') : withCrc(QByteArray(length - 2, 'x'));
+            ASSERT_EQ(check(reply), length == awaited ? 1 : 0)
+                << length << " received, " << awaited << " awaited";
+        }
+    }
+}
+
+TEST_F(ReplyChecked, ReplyWithAnyFlippedBitIsBad)
+{
+    await(7, 1);
+    const QByteArray good = withCrc(oneRegister);
+    for (int bit = 0; bit < 7 * 8; ++bit) {
+        QByteArray flipped = good;
+        flipped[bit / 8] = static_cast<char>(flipped.at(bit / 8) ^ (1 << bit % 8));
+        EXPECT_EQ(check(flipped), 0) << "bit " << bit;
+    }
+}
+
+TEST_F(ReplyChecked, CrcWithItsBytesSwappedIsBad)
+{
+    await(7, 1);
+    EXPECT_EQ(check(hex("01 03 02 12 34 33 B5")), 0);
+}
+
+TEST_F(ReplyChecked, ExceptionReplyIsTooShortForARead)
+{
+    await(7, 1);
+    EXPECT_EQ(check(withCrc("01 83 02")), 0);
+}
+
+TEST_F(ReplyChecked, StationAndFunctionAreNotCompared)
+{
+    await(7, 1);
+    driver.sendList[0].request = request("R_W", 10, 1, 1);
+    EXPECT_EQ(check(withCrc("05 03 02 12 34")), 1);
+    EXPECT_EQ(check(withCrc("01 83 02 12 34")), 1);
+    EXPECT_EQ(check(withCrc("FF FF FF FF FF")), 1);
+}
+
+TEST_F(ReplyChecked, OnlyTheHeadFrameCounts)
+{
+    await(7, 1);
+    FRAME_PRO second = FRAME_PRO();
+    second.replyLength = 8;
+    driver.sendList.append(second);
+    EXPECT_EQ(check(withCrc(oneRegister)), 1);
+    EXPECT_EQ(check(withCrc("01 06 05 0A 12 34")), 0);
+}
+
+TEST_F(ReplyChecked, ListOfReadsIsNotLookedAt)
+{
+    await(7, 1);
+    QByteArray reply = withCrc(oneRegister);
+    QList<VARIABLE> reads;
+    reads << request("M_W", 0, 128) << request("X", -1, -1);
+    EXPECT_EQ(check_rcv_data(reinterpret_cast<unsigned char*>(reply.data()), reads, 7), 1);
+}
+
+// Such lengths and counts are those of a read of negative length.
+TEST_F(ReplyChecked, NothingAnswersAReadOfNegativeLength)
+{
+    await(3, -1);
+    EXPECT_EQ(check(withCrc("01")), 0);
+    // What stands before the one byte is none of the reply's.
+    unsigned char received[2] = {0xFF, 0xFF};
+    await(1, -2);
+    EXPECT_EQ(check_rcv_data(received + 1, QList<VARIABLE>(), 1), 0);
+    await(1, 2147483646); // the length that wraps around to the same
+    EXPECT_EQ(check_rcv_data(received + 1, QList<VARIABLE>(), 1), 0);
+    await(-1, -3);
+    EXPECT_EQ(check(QByteArray()), 0);
+    EXPECT_EQ(check_rcv_data(nullptr, QList<VARIABLE>(), -1), 0);
+}
+
+TEST_F(ReplyChecked, LongReplyThatIsAwaitedIsChecked)
+{
+    QByteArray reply = withCrc(QByteArray(70000, 'x'));
+    await(70002, 1);
+    EXPECT_EQ(check(reply), 1);
+    reply[69999] = 'y';
+    EXPECT_EQ(check(reply), 0);
+}
+
+} // namespace

@@ -1,0 +1,424 @@
+#include "condition_reads.h"
+
+#include <gmock/gmock.h>
+#include <random>
+
+#include "world.h"
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+namespace {
+
+int ask(KEY_ADDRESS wanted, int kind = 3)
+{
+    return intf_addConditionRead(wanted, kind);
+}
+
+std::string onlyOne(const VARIABLE& one)
+{
+    return summary(QList<VARIABLE>() << one).front();
+}
+
+class ConditionReads : public DriverTest {
+protected:
+    // Entries 0 to count - 1: "R_W" 1000, 1001, ... of station 1, length 1, kind 1.
+    static void fill(int count)
+    {
+        driver.conditionList.clear();
+        for (int i = 0; i < count; ++i) {
+            VARIABLE one = request("R_W", 1000 + i, 1);
+            one.kind = 1;
+            one.data[0] = 0x77;
+            driver.conditionList.append(one);
+        }
+    }
+};
+
+TEST_F(ConditionReads, OfAnUnknownNameIsRefusedAndChangesNothing)
+{
+    ask(key("R_W", 10, 1));
+    EXPECT_EQ(ask(key("r_w", 20, 1)), -1);
+    EXPECT_EQ(ask(key("M", 20, 1)), -1);
+    EXPECT_EQ(ask(key("", 20, 1)), -1);
+    EXPECT_THAT(summary(driver.conditionList), ElementsAre("1/R_W:10+1"));
+    EXPECT_EQ(onlyOne(driver.lastConditionVar), "1/R_W:10+1");
+}
+
+TEST_F(ConditionReads, OfWordsKeepNameAndAddress)
+{
+    EXPECT_EQ(ask(key("R_W", 10, 3, 5)), 1);
+    EXPECT_EQ(ask(key("R_D", 10, 2, 5)), 1);
+    EXPECT_EQ(ask(key("T", 10, 1, 5)), 1);
+    EXPECT_THAT(summary(driver.conditionList), ElementsAre("5/R_W:10+3", "5/R_D:10+2", "5/T:10+1"));
+}
+
+TEST_F(ConditionReads, OfBitsNameTheWordsByTheAreaLetterAlone)
+{
+    EXPECT_EQ(ask(key("M_bit", 20, 5)), 1);
+    EXPECT_EQ(ask(key("R_bit", 15, 2)), 1);
+    EXPECT_EQ(ask(key("I_bit", 32, 10)), 1);
+    EXPECT_THAT(summary(driver.conditionList), ElementsAre("1/M:1+1", "1/R:0+2", "1/I:2+1"));
+}
+
+TEST_F(ConditionReads, CarryTheCallersKindAndZeroedValues)
+{
+    KEY_ADDRESS wanted = key("R_W", 10, 1);
+    wanted.data[0] = 0x55;
+    ask(wanted, 42);
+    EXPECT_EQ(driver.conditionList.at(0).kind, 42);
+    EXPECT_EQ(driver.conditionList.at(0).data[0], 0);
+    EXPECT_EQ(driver.lastConditionVar.kind, 42);
+}
+
+TEST_F(ConditionReads, AreCutAtTheWordLimit)
+{
+    EXPECT_EQ(ask(key("R_W", 100, 25)), 1);
+    EXPECT_THAT(summary(driver.conditionList),
+                ElementsAre("1/R_W:100+10", "1/R_W:110+10", "1/R_W:120+5"));
+    EXPECT_EQ(onlyOne(driver.lastConditionVar), "1/R_W:120+5");
+}
+
+TEST_F(ConditionReads, OfAMultipleOfTheLimitLeaveNoRemainder)
+{
+    ask(key("R_W", 100, 10));
+    ask(key("R_W", 200, 20));
+    EXPECT_THAT(summary(driver.conditionList),
+                ElementsAre("1/R_W:100+10", "1/R_W:200+10", "1/R_W:210+10"));
+}
+
+TEST_F(ConditionReads, OfBitValuesAreCutAtTheBitLimit)
+{
+    EXPECT_EQ(ask(key("M_bit", 0, 100, 1, -1)), 1); // 8 * 10 bits, then 20
+    EXPECT_THAT(summary(driver.conditionList), ElementsAre("1/M:0+5", "1/M:5+2"));
+}
+
+TEST_F(ConditionReads, TakeTheLimitByTheKindOfValueAndNotByTheName)
+{
+    ask(key("R_W", 0, 100, 1, -1));
+    EXPECT_THAT(summary(driver.conditionList), ElementsAre("1/R_W:0+80", "1/R_W:80+20"));
+    driver.conditionList.clear();
+    ask(key("M_bit", 20, 25, 1, 0)); // bits 20 to 29, 30 to 39, 40 to 44
+    EXPECT_THAT(summary(driver.conditionList), ElementsAre("1/M:1+1", "1/M:1+2", "1/M:2+1"));
+}
+
+TEST_F(ConditionReads, WithoutAPieceLimitAreCutIntoWhatOneWriteCarries)
+{
+    for (const char* property : {"7#0#0#3#0", "7#0#0#3#-5", "7#0#0#3#x"}) {
+        configure(property);
+        EXPECT_EQ(ask(key("R_W", 0, 250)), 1);
+        EXPECT_EQ(ask(key("M_bit", 0, 1000, 1, -1)), 1);
+        EXPECT_THAT(
+            summary(driver.conditionList),
+            ElementsAre("1/R_W:0+123", "1/R_W:123+123", "1/R_W:246+4", "1/M:0+62", "1/M:61+2"));
+    }
+}
+
+TEST_F(ConditionReads, OfNoUnitsAreOneRequestAsTheyStand)
+{
+    EXPECT_EQ(ask(key("R_W", 10, 0)), 1);
+    EXPECT_EQ(ask(key("R_W", 10, -4)), 1);
+    EXPECT_EQ(ask(key("M_bit", 16, 0)), 1);
+    EXPECT_THAT(summary(driver.conditionList), ElementsAre("1/R_W:10+0", "1/R_W:10+-4", "1/M:1+0"));
+}
+
+TEST_F(ConditionReads, BelowAddressZeroTruncateTowardsZero)
+{
+    // Bit -20: word -1, and -4 + 5 = 1 bit of it. Bit -5: word 0, -5 + 3 = -2 leaves a remainder.
+    ask(key("M_bit", -20, 5));
+    ask(key("M_bit", -5, 3));
+    EXPECT_THAT(summary(driver.conditionList), ElementsAre("1/M:-1+1", "1/M:0+1"));
+}
+
+// Units of another width than sixteen bits.
+
+RegisterType rowOf(const char* regName, const char* dataBits, const char* unitBits)
+{
+    const QString row[rangeFieldCount] = {name("DDD"), name("0"),      name("127"), name(dataBits),
+                                          name("RW"),  name(unitBits), name("0")};
+    return deriveRegisterType(name(regName), row, 3, 0);
+}
+
+TEST_F(ConditionReads, CountByteUnitsInBytes)
+{
+    EXPECT_EQ(onlyOne(conditionRequest(key("B_bit", 20, 5), rowOf("B_bit", "1", "8"), 3)),
+              "1/B:2+2");
+    EXPECT_EQ(onlyOne(conditionRequest(key("B_W", 20, 5), rowOf("B_W", "16", "8"), 3)),
+              "1/B_W:20+10");
+}
+
+TEST_F(ConditionReads, CountBitUnitsInBits)
+{
+    EXPECT_EQ(onlyOne(conditionRequest(key("B_W", 20, 5), rowOf("B_W", "16", "1"), 3)),
+              "1/B_W:20+80");
+}
+
+TEST_F(ConditionReads, TakeTheScaleOfAUnitAsAWholeNumberFirst)
+{
+    // 16 / 32 is 0 in whole numbers, and so is every length.
+    EXPECT_EQ(onlyOne(conditionRequest(key("B_D", 20, 5), rowOf("B_D", "32", "32"), 3)),
+              "1/B_D:20+0");
+}
+
+TEST_F(ConditionReads, NameBitsByWhatStandsBeforeTheFirstUnderscore)
+{
+    EXPECT_EQ(onlyOne(conditionRequest(key("M_2_bit", 20, 5), rowOf("M_2_bit", "1", "16"), 3)),
+              "1/M:1+1");
+    EXPECT_EQ(onlyOne(conditionRequest(key("M_Bit", 20, 5), rowOf("M_Bit", "1", "16"), 3)),
+              "1/M_Bit:20+5");
+}
+
+// Storing.
+
+TEST_F(ConditionReads, AreQueuedInTheOrderOfTheCalls)
+{
+    ask(key("R_W", 30, 1));
+    ask(key("R_W", 10, 1));
+    ask(key("M_W", 20, 1, 2));
+    EXPECT_THAT(summary(driver.conditionList),
+                ElementsAre("1/R_W:30+1", "1/R_W:10+1", "2/M_W:20+1"));
+}
+
+TEST_F(ConditionReads, EqualToOneBehindTheHeadReplaceIt)
+{
+    fill(3);
+    ask(key("R_W", 1001, 1), 9);
+    EXPECT_THAT(summary(driver.conditionList),
+                ElementsAre("1/R_W:1000+1", "1/R_W:1001+1", "1/R_W:1002+1"));
+    EXPECT_EQ(driver.conditionList.at(1).kind, 9);
+    EXPECT_EQ(driver.conditionList.at(1).data[0], 0);
+    EXPECT_EQ(driver.conditionList.at(0).kind, 1);
+    EXPECT_EQ(driver.conditionList.at(2).kind, 1);
+}
+
+TEST_F(ConditionReads, EqualToTheHeadAreQueuedAgain)
+{
+    fill(1);
+    ask(key("R_W", 1000, 1), 9);
+    EXPECT_THAT(summary(driver.conditionList), ElementsAre("1/R_W:1000+1", "1/R_W:1000+1"));
+    EXPECT_EQ(driver.conditionList.at(0).kind, 1);
+    EXPECT_EQ(driver.conditionList.at(1).kind, 9);
+    ask(key("R_W", 1000, 1), 10);
+    EXPECT_EQ(driver.conditionList.size(), 2);
+    EXPECT_EQ(driver.conditionList.at(1).kind, 10);
+}
+
+TEST_F(ConditionReads, AreEqualOnlyInStationNameAddressAndLengthTogether)
+{
+    fill(2);
+    ask(key("R_W", 1001, 1, 2));
+    ask(key("M_W", 1001, 1));
+    ask(key("R_W", 1002, 1));
+    ask(key("R_W", 1001, 2));
+    EXPECT_EQ(driver.conditionList.size(), 6);
+}
+
+TEST_F(ConditionReads, ReplaceTheLastOfSeveralEqualOnes)
+{
+    fill(4);
+    driver.conditionList[1] = driver.conditionList.at(3);
+    ask(key("R_W", 1003, 1), 9);
+    EXPECT_EQ(driver.conditionList.size(), 4);
+    EXPECT_EQ(driver.conditionList.at(1).kind, 1);
+    EXPECT_EQ(driver.conditionList.at(3).kind, 9);
+}
+
+TEST_F(ConditionReads, GrowTheListTo513AndThenRefillItsEntry512)
+{
+    fill(512);
+    ask(key("R_W", 1, 1));
+    ASSERT_EQ(driver.conditionList.size(), 513);
+    EXPECT_EQ(onlyOne(driver.conditionList.at(512)), "1/R_W:1+1");
+    ask(key("R_W", 2, 1), 9);
+    ASSERT_EQ(driver.conditionList.size(), 513);
+    EXPECT_EQ(onlyOne(driver.conditionList.at(512)), "1/R_W:2+1");
+    EXPECT_EQ(driver.conditionList.at(512).kind, 9);
+    EXPECT_EQ(onlyOne(driver.conditionList.at(511)), "1/R_W:1511+1");
+}
+
+TEST_F(ConditionReads, ReplaceAnEqualOneInAFullListToo)
+{
+    fill(513);
+    ask(key("R_W", 1200, 1), 9);
+    ASSERT_EQ(driver.conditionList.size(), 513);
+    EXPECT_EQ(driver.conditionList.at(200).kind, 9);
+    EXPECT_EQ(driver.conditionList.at(512).kind, 1);
+}
+
+TEST_F(ConditionReads, RefillEntry512OfAListMadeLongerFromOutside)
+{
+    fill(600);
+    ask(key("R_W", 2, 1));
+    ASSERT_EQ(driver.conditionList.size(), 600);
+    EXPECT_EQ(onlyOne(driver.conditionList.at(512)), "1/R_W:2+1");
+    EXPECT_EQ(onlyOne(driver.conditionList.at(599)), "1/R_W:1599+1");
+}
+
+TEST_F(ConditionReads, NoteTheOneAddedLastWhereverItWasStored)
+{
+    fill(3);
+    ask(key("R_W", 1001, 1), 9);
+    EXPECT_EQ(onlyOne(driver.lastConditionVar), "1/R_W:1001+1");
+    EXPECT_EQ(driver.lastConditionVar.kind, 9);
+    fill(513);
+    ask(key("M_bit", 20, 5));
+    EXPECT_EQ(onlyOne(driver.lastConditionVar), "1/M:1+1");
+}
+
+TEST_F(ConditionReads, NoticeThatTheListWasEmptiedFromOutside)
+{
+    ask(key("R_W", 10, 1));
+    ask(key("R_W", 11, 1));
+    driver.conditionList.clear();
+    ask(key("R_W", 11, 1));
+    EXPECT_THAT(summary(driver.conditionList), ElementsAre("1/R_W:11+1"));
+    driver.conditionList[0].address = 50;
+    ask(key("R_W", 51, 1));
+    driver.conditionList[1].address = 52;
+    ask(key("R_W", 51, 1));
+    EXPECT_THAT(summary(driver.conditionList),
+                ElementsAre("1/R_W:50+1", "1/R_W:52+1", "1/R_W:51+1"));
+}
+
+TEST_F(ConditionReads, AreDroppedByInitialisationButTheLastOneStaysNoted)
+{
+    ask(key("R_W", 10, 1));
+    configure();
+    EXPECT_THAT(summary(driver.conditionList), IsEmpty());
+    EXPECT_EQ(onlyOne(driver.lastConditionVar), "1/R_W:10+1");
+}
+
+// Long runs: the same list as by queueing every piece, without the time that would take.
+
+TEST_F(ConditionReads, OfTwoThousandMillionWordsLeaveTheFirstPiecesAndTheLast)
+{
+    EXPECT_EQ(ask(key("R_W", 0, 2000000005)), 1);
+    ASSERT_EQ(driver.conditionList.size(), 513);
+    EXPECT_EQ(onlyOne(driver.conditionList.at(0)), "1/R_W:0+10");
+    EXPECT_EQ(onlyOne(driver.conditionList.at(511)), "1/R_W:5110+10");
+    EXPECT_EQ(onlyOne(driver.conditionList.at(512)), "1/R_W:2000000000+5");
+    EXPECT_EQ(onlyOne(driver.lastConditionVar), "1/R_W:2000000000+5");
+}
+
+TEST_F(ConditionReads, OfTwoThousandMillionSingleBitsLeaveOneEntryAWord)
+{
+    configure("7#0#0#3#1");
+    EXPECT_EQ(ask(key("M_bit", 0, 2000000000)), 1);
+    ASSERT_EQ(driver.conditionList.size(), 513);
+    // Bits 0 and 1 are the same word twice, as the head is never compared; then one entry a word.
+    EXPECT_EQ(onlyOne(driver.conditionList.at(0)), "1/M:0+1");
+    EXPECT_EQ(onlyOne(driver.conditionList.at(1)), "1/M:0+1");
+    EXPECT_EQ(onlyOne(driver.conditionList.at(2)), "1/M:1+1");
+    EXPECT_EQ(onlyOne(driver.conditionList.at(511)), "1/M:510+1");
+    EXPECT_EQ(onlyOne(driver.conditionList.at(512)), "1/M:124999999+1");
+}
+
+TEST_F(ConditionReads, OfALongRunThatMeetsQueuedOnesReplaceThoseToo)
+{
+    fill(513);
+    driver.conditionList[3] = request("R_W", 1999990, 10);
+    driver.conditionList[3].kind = 1;
+    EXPECT_EQ(ask(key("R_W", 0, 2000000000), 9), 1);
+    ASSERT_EQ(driver.conditionList.size(), 513);
+    EXPECT_EQ(driver.conditionList.at(3).kind, 9);
+    EXPECT_EQ(driver.conditionList.at(4).kind, 1);
+    EXPECT_EQ(onlyOne(driver.conditionList.at(512)), "1/R_W:1999999990+10");
+}
+
+struct Plain {
+    int kind;
+    int station;
+    std::string name;
+    int address;
+    int length;
+};
+
+bool operator==(const Plain& a, const Plain& b)
+{
+    return a.kind == b.kind && a.station == b.station && a.name == b.name &&
+           a.address == b.address && a.length == b.length;
+}
+
+std::ostream& operator<<(std::ostream& out, const Plain& one)
+{
+    return out << one.kind << ':' << one.station << '/' << one.name << ':' << one.address << '+'
+               << one.length;
+}
+
+Plain plainOf(const VARIABLE& one)
+{
+    return {one.kind, one.stationNo, text(one.regName), one.address, one.length};
+}
+
+void queuePlainly(std::vector<Plain>& list, const Plain& wanted)
+{
+    if (list.empty()) {
+        list.push_back(wanted);
+        return;
+    }
+    for (size_t i = list.size() - 1; i >= 1; --i) {
+        if (list[i].station == wanted.station && list[i].name == wanted.name &&
+            list[i].address == wanted.address && list[i].length == wanted.length) {
+            list[i] = wanted;
+            return;
+        }
+    }
+    if (list.size() > 512) {
+        list[512] = wanted;
+    } else {
+        list.push_back(wanted);
+    }
+}
+
+Plain pieceOf(const KEY_ADDRESS& whole, int address, int length, int kind)
+{
+    Plain piece = {kind, whole.stationNo, text(whole.regName), address, length};
+    const size_t underscore = piece.name.find("_bit");
+    if (underscore != std::string::npos) {
+        const int bits = length + address % 16;
+        piece = {kind, whole.stationNo, piece.name.substr(0, underscore), address / 16,
+                 bits / 16 + (bits % 16 != 0 ? 1 : 0)};
+    }
+    return piece;
+}
+
+TEST_F(ConditionReads, LeaveTheListThatQueueingEveryPieceWouldLeave)
+{
+    std::mt19937 engine(513);
+    const auto upTo = [&engine](int low, int high) {
+        return std::uniform_int_distribution<int>(low, high)(engine);
+    };
+    const char* names[] = {"M_bit", "R_bit", "R_W", "T"};
+    for (int round = 0; round < 60; ++round) {
+        const int gap = upTo(1, upTo(0, 1) == 0 ? 3 : 40);
+        configure(("7#0#0#3#" + std::to_string(gap)).c_str());
+        std::vector<Plain> expected;
+        for (int call = 0; call < 12; ++call) {
+            const int longest = upTo(0, 3) == 0 ? 20000 : 300;
+            const KEY_ADDRESS wanted =
+                key(names[upTo(0, 3)], upTo(-200, 1200), upTo(-2, longest), 1, upTo(-1, 0));
+            const int limit = wanted.bitFlag == -1 ? gap * 8 : gap;
+            ASSERT_EQ(ask(wanted, call), 1);
+
+            Plain last = pieceOf(wanted, wanted.address, wanted.length, call);
+            if (wanted.length <= limit) {
+                queuePlainly(expected, last);
+            }
+            for (int from = 0; wanted.length > limit && from < wanted.length; from += limit) {
+                last = pieceOf(wanted, wanted.address + from, std::min(limit, wanted.length - from),
+                               call);
+                queuePlainly(expected, last);
+            }
+            std::vector<Plain> queued;
+            for (int i = 0; i < driver.conditionList.size(); ++i) {
+                queued.push_back(plainOf(driver.conditionList.at(i)));
+            }
+            ASSERT_EQ(queued, expected)
+                << "round " << round << ", call " << call << ", gap " << gap << ", "
+                << summary(QList<KEY_ADDRESS>() << wanted).front() << ", flag " << wanted.bitFlag;
+            ASSERT_EQ(plainOf(driver.lastConditionVar), last) << "round " << round;
+        }
+    }
+}
+
+} // namespace
