@@ -357,8 +357,8 @@ void queuePlainly(std::vector<Plain>& list, const Plain& wanted)
         return;
     }
     for (size_t i = list.size() - 1; i >= 1; --i) {
-        if (list[i].station == wanted.station && list[i].name == wanted.name &&
-            list[i].address == wanted.address && list[i].length == wanted.length) {
+        if (list[i].address == wanted.address && list[i].length == wanted.length &&
+            list[i].station == wanted.station && list[i].name == wanted.name) {
             list[i] = wanted;
             return;
         }
