@@ -1,0 +1,26 @@
+// What a command could not do, in one sentence for the person in front of it.
+#ifndef DOV417_HOST_FAILURE_H
+#define DOV417_HOST_FAILURE_H
+
+#include <stdexcept>
+#include <string>
+
+class Failure : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+// What the shell sees.
+enum ExitCode {
+    exitDone = 0,
+    exitFailed = 1, // the command ran and something it was asked for did not come out
+    exitUsage = 2   // the command line, a tag file or an address is wrong: nothing was done
+};
+
+// A mistake in what the person typed: command line, address, tag file, value.
+class UsageFailure : public Failure {
+public:
+    using Failure::Failure;
+};
+
+#endif

@@ -1,0 +1,63 @@
+// The driver library, loaded at run time and reached through its exported names only, exactly as a
+// panel does it.
+#ifndef DOV417_HOST_LIBRARY_H
+#define DOV417_HOST_LIBRARY_H
+
+#include <string>
+
+#include "intf.h"
+#include "protocol.h"
+
+// The nineteen functions of intf.h.
+#define DOV417_EXPORTED_FUNCTIONS(ENTRY)                                                           \
+    ENTRY(intf_getVersion)                                                                         \
+    ENTRY(intf_getProtocolType)                                                                    \
+    ENTRY(intf_getDriverParameter)                                                                 \
+    ENTRY(intf_getDriverPropertyPage)                                                              \
+    ENTRY(intf_SetDriverPropertyPage)                                                              \
+    ENTRY(intf_setAddrValueChangeCallBack)                                                         \
+    ENTRY(intf_initProperty)                                                                       \
+    ENTRY(intf_checkAddrValidity)                                                                  \
+    ENTRY(intf_checkAddr)                                                                          \
+    ENTRY(intf_getRegListByType)                                                                   \
+    ENTRY(intf_getRegDiscription)                                                                  \
+    ENTRY(intf_multiCopy)                                                                          \
+    ENTRY(intf_addrMerge)                                                                          \
+    ENTRY(intf_addConditionRead)                                                                   \
+    ENTRY(intf_setRcpAddress)                                                                      \
+    ENTRY(intf_getSendFrame)                                                                       \
+    ENTRY(intf_dealRcvFrame)                                                                       \
+    ENTRY(intf_getData)                                                                            \
+    ENTRY(intf_setData)
+
+// Loaded by the constructor, unloaded by the destructor. One at a time: the library has one
+// driver, whoever loads it.
+class Library {
+public:
+    // An empty path searches: next to the executable, in the library folder that belongs to it (of
+    // the build or of the installation), then where the linker looks. Throws a Failure that says
+    // what was tried and why it did not do.
+    explicit Library(const std::string& path = std::string());
+    ~Library();
+    Library(const Library&) = delete;
+    Library& operator=(const Library&) = delete;
+
+    // The file that was loaded.
+    const std::string& path() const
+    {
+        return path_;
+    }
+
+    // library.intf_getVersion(), and so on.
+#define DOV417_MEMBER(name) decltype(&::name) name = nullptr;
+    DOV417_EXPORTED_FUNCTIONS(DOV417_MEMBER)
+#undef DOV417_MEMBER
+    // The driver's state; read its lists with at().
+    Protocol* driver = nullptr;
+
+private:
+    void* handle_ = nullptr;
+    std::string path_;
+};
+
+#endif

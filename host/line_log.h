@@ -1,0 +1,63 @@
+// The line log: what passed on the line, one frame a line, for people and for `dov417 trace`.
+//
+//   2026-01-31T12:34:56.789012+01:00 TX 01 03 05 0A 00 01 A4 C4 | station 1: read R_W:10
+//   2026-01-31T12:34:56.801344+01:00 RX 01 03 02 00 07 F9 86 | station 1: R_W:10 = 7
+//   2026-01-31T12:34:57.301344+01:00 -- | no reply within 500 ms
+//
+// Time with microseconds and the offset from UTC, direction, bytes, meaning. A line that starts
+// with # is a remark, as the settings at the top of the file.
+#ifndef DOV417_HOST_LINE_LOG_H
+#define DOV417_HOST_LINE_LOG_H
+
+#include <QByteArray>
+#include <chrono>
+#include <fstream>
+#include <optional>
+#include <string>
+
+enum class Direction {
+    sent,     // TX
+    received, // RX: bytes handed on as the reply
+    stray,    // RX?: bytes that were nobody's reply and were thrown away
+    note      // --: something happened, no bytes
+};
+
+using LogTime = std::chrono::time_point<std::chrono::system_clock, std::chrono::microseconds>;
+
+struct LogEntry {
+    LogTime time;
+    Direction direction = Direction::note;
+    QByteArray bytes;
+    std::string meaning;
+};
+
+// One line, without its end; line ends in the meaning become blanks. The offset is that of the
+// local time zone.
+std::string logLine(const LogEntry& entry);
+
+// Nothing where the text is no such line. Any offset is understood; without "|" the meaning is
+// empty.
+std::optional<LogEntry> parseLogLine(const std::string& line);
+
+// "01 03 05 0A"
+std::string hexText(const QByteArray& bytes);
+
+// Appends to a file, each line at once, so that nothing is missing after a crash.
+class LineLog {
+public:
+    LineLog() = default;
+
+    // Throws a Failure if the file cannot be written.
+    void open(const std::string& file);
+    bool isOpen() const;
+    // True once a line could not be written: the disk is full, the stick was pulled.
+    bool hasFailed() const;
+
+    void remark(const std::string& text);
+    void add(Direction direction, const QByteArray& bytes, const std::string& meaning);
+
+private:
+    std::ofstream out_;
+};
+
+#endif

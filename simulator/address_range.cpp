@@ -1,0 +1,137 @@
+#include "address_range.h"
+
+#include <QStringList>
+
+namespace simulator {
+
+namespace {
+
+constexpr int bitsPerWord = 16;
+
+struct RegisterName {
+    const char* name;
+    Area area;
+    Width width;
+};
+constexpr RegisterName registerNames[] = {
+    {"I_bit", Area::I, Width::bit},      {"Q_bit", Area::Q, Width::bit},
+    {"M_bit", Area::M, Width::bit},      {"R_bit", Area::R, Width::bit},
+    {"I_W", Area::I, Width::word},       {"Q_W", Area::Q, Width::word},
+    {"M_W", Area::M, Width::word},       {"R_W", Area::R, Width::word},
+    {"R_D", Area::R, Width::doubleWord}, {"T", Area::T, Width::word},
+    {"C", Area::C, Width::word},
+};
+
+const RegisterName* registerOf(const QString& name)
+{
+    for (const RegisterName& entry : registerNames) {
+        if (name == QLatin1String(entry.name))
+            return &entry;
+    }
+    return nullptr;
+}
+
+// Digits and nothing else: no sign, no blank.
+std::optional<int> numberOf(const QString& text)
+{
+    for (const QChar character : text) {
+        if (character < QLatin1Char('0') || character > QLatin1Char('9'))
+            return std::nullopt;
+    }
+    bool isNumber = false;
+    const int number = text.toInt(&isNumber);
+    return isNumber ? std::optional<int>(number) : std::nullopt;
+}
+
+std::optional<int> addressOf(const QString& text, Width width)
+{
+    if (width != Width::bit)
+        return numberOf(text);
+    const QStringList parts = text.split(QLatin1Char('.'));
+    if (parts.size() != 2)
+        return std::nullopt;
+    const std::optional<int> word = numberOf(parts[0]);
+    const std::optional<int> bit = numberOf(parts[1]);
+    if (!word || !bit || *bit >= bitsPerWord || *word >= 65536)
+        return std::nullopt;
+    return *word * bitsPerWord + *bit;
+}
+
+std::optional<AddressRange> refuse(QString* error, const QString& text, const QString& reason)
+{
+    if (error)
+        *error = QStringLiteral("\"%1\": %2").arg(text, reason);
+    return std::nullopt;
+}
+
+} // namespace
+
+int AddressRange::firstWord() const
+{
+    return width == Width::bit ? first / bitsPerWord : first;
+}
+
+int AddressRange::lastWord() const
+{
+    return width == Width::bit ? last / bitsPerWord : last;
+}
+
+int AddressRange::itemCount() const
+{
+    const int units = last - first + 1;
+    return width == Width::doubleWord ? units / 2 : units;
+}
+
+std::optional<AddressRange> parseAddressRange(const QString& text, QString* error)
+{
+    const int colon = text.indexOf(QLatin1Char(':'));
+    if (colon < 0)
+        return refuse(error, text,
+                      QStringLiteral("an address is written as in R_W:100, M_bit:1.0..1.15 or "
+                                     "2/R_D:10..13"));
+    AddressRange range;
+    QString name = text.left(colon);
+    const int slash = name.indexOf(QLatin1Char('/'));
+    if (slash >= 0) {
+        const std::optional<int> station = numberOf(name.left(slash));
+        if (!station || *station < 1 || *station > 247)
+            return refuse(error, text, QStringLiteral("a station is a number from 1 to 247"));
+        range.station = *station;
+        name = name.mid(slash + 1);
+    }
+    const RegisterName* entry = registerOf(name);
+    if (!entry)
+        return refuse(error, text, QStringLiteral("no register type is called \"%1\"").arg(name));
+    range.registerName = name;
+    range.area = entry->area;
+    range.width = entry->width;
+
+    const QString addresses = text.mid(colon + 1);
+    const int dots = addresses.indexOf(QLatin1String(".."));
+    const std::optional<int> first =
+        addressOf(dots < 0 ? addresses : addresses.left(dots), range.width);
+    const std::optional<int> last =
+        dots < 0 ? first : addressOf(addresses.mid(dots + 2), range.width);
+    if (!first || !last)
+        return refuse(error, text,
+                      range.width == Width::bit
+                          ? QStringLiteral("%1 addresses are WORD.BIT, bits are 0 to 15").arg(name)
+                          : QStringLiteral("%1 addresses are numbers").arg(name));
+    range.first = *first;
+    range.last = *last;
+    if (range.width == Width::doubleWord && dots < 0)
+        ++range.last;
+    if (range.last < range.first)
+        return refuse(error, text, QStringLiteral("the range ends before it begins"));
+    if (range.width == Width::doubleWord && (range.last - range.first) % 2 == 0)
+        return refuse(error, text, QStringLiteral("an R_D range names two words a value"));
+    if (!StationMemory::hasWords(range.area, range.firstWord(),
+                                 range.lastWord() - range.firstWord() + 1))
+        return refuse(error, text,
+                      QStringLiteral("%1 ends at word %2")
+                          .arg(QLatin1Char(layoutOf(range.area).letter))
+                          .arg(layoutOf(range.area).words - 1));
+    return range;
+}
+
+} // namespace simulator

@@ -1,0 +1,253 @@
+#include "controller.h"
+
+namespace simulator {
+
+namespace {
+
+enum Exception {
+    noException = 0,
+    illegalFunction = 1,
+    illegalAddress = 2,
+    illegalValue = 3
+};
+
+constexpr int broadcastStation = 0;
+constexpr int coilOn = 0xFF00;
+constexpr int coilOff = 0x0000;
+constexpr int writeHeader = 7; // station, function, address, quantity, byte count
+constexpr int crcLength = 2;
+
+enum class Units {
+    coils,
+    registers
+};
+enum class Access {
+    readRun,
+    writeOne,
+    writeRun
+};
+
+// The functions of this controller.
+struct Function {
+    int code;
+    Units units;
+    Access access;
+    int Limits::*most;
+};
+constexpr Function functions[] = {
+    {1, Units::coils, Access::readRun, &Limits::readCoils},
+    {3, Units::registers, Access::readRun, &Limits::readRegisters},
+    {5, Units::coils, Access::writeOne, nullptr},
+    {6, Units::registers, Access::writeOne, nullptr},
+    {15, Units::coils, Access::writeRun, &Limits::writeCoils},
+    {16, Units::registers, Access::writeRun, &Limits::writeRegisters},
+};
+
+const Function* functionOf(int code)
+{
+    for (const Function& function : functions) {
+        if (function.code == code)
+            return &function;
+    }
+    return nullptr;
+}
+
+int byteAt(const QByteArray& bytes, int index)
+{
+    return static_cast<unsigned char>(bytes.at(index));
+}
+
+int wordAt(const QByteArray& bytes, int index)
+{
+    return byteAt(bytes, index) * 256 + byteAt(bytes, index + 1);
+}
+
+void appendWord(QByteArray& bytes, int value)
+{
+    bytes.append(static_cast<char>(value >> 8));
+    bytes.append(static_cast<char>(value & 0xFF));
+}
+
+// Is everything that the frame says by itself possible? Nothing of it is about the memory.
+bool isSensible(const Function& function, const QByteArray& frame, int count, const Limits& limits)
+{
+    if (requestLength(frame) != frame.size())
+        return false;
+    if (function.access != Access::writeOne)
+        return count >= 1 && count <= limits.*function.most;
+    if (function.units == Units::registers)
+        return true;
+    const int value = wordAt(frame, 4);
+    return value == coilOn || value == coilOff;
+}
+
+bool isThere(const Function& function, int address, int count)
+{
+    return function.units == Units::coils ? StationMemory::hasCoils(address, count)
+                                          : StationMemory::hasRegisters(address, count);
+}
+
+QByteArray readCoils(const StationMemory& memory, int address, int count)
+{
+    QByteArray data((count + 7) / 8, '\0');
+    for (int i = 0; i < count; ++i) {
+        if (memory.coil(address + i))
+            data[i / 8] = static_cast<char>(byteAt(data, i / 8) | 1 << (i % 8));
+    }
+    return data;
+}
+
+QByteArray readRegisters(const StationMemory& memory, int address, int count)
+{
+    QByteArray data;
+    for (int i = 0; i < count; ++i)
+        appendWord(data, memory.registerValue(address + i));
+    return data;
+}
+
+void write(StationMemory& memory, const Function& function, const QByteArray& frame, int address,
+           int count)
+{
+    const bool one = function.access == Access::writeOne;
+    for (int i = 0; i < count; ++i) {
+        if (function.units == Units::registers) {
+            const int value = wordAt(frame, one ? 4 : writeHeader + 2 * i);
+            memory.setRegister(address + i, static_cast<std::uint16_t>(value));
+        } else {
+            const bool on = one ? wordAt(frame, 4) == coilOn
+                                : (byteAt(frame, writeHeader + i / 8) >> (i % 8) & 1) != 0;
+            memory.setCoil(address + i, on);
+        }
+    }
+}
+
+QByteArray readReply(const StationMemory& memory, const Function& function, const Answer& answer)
+{
+    const QByteArray data = function.units == Units::coils
+                                ? readCoils(memory, answer.address, answer.count)
+                                : readRegisters(memory, answer.address, answer.count);
+    QByteArray reply;
+    reply.append(static_cast<char>(answer.station));
+    reply.append(static_cast<char>(answer.function));
+    reply.append(static_cast<char>(data.size() & 0xFF)); // 256 bytes count as 0
+    return withCrc(reply + data);
+}
+
+QByteArray exceptionReply(const Answer& answer)
+{
+    QByteArray reply;
+    reply.append(static_cast<char>(answer.station));
+    reply.append(static_cast<char>(answer.function | 0x80));
+    reply.append(static_cast<char>(answer.exception));
+    return withCrc(reply);
+}
+
+} // namespace
+
+Limits Limits::strict()
+{
+    Limits limits;
+    limits.readRegisters = 125;
+    limits.readCoils = 2000;
+    limits.writeRegisters = 123;
+    limits.writeCoils = 1968;
+    return limits;
+}
+
+Controller::Controller(Memory& memory, const Limits& limits) : m_memory(memory), m_limits(limits) {}
+
+Answer Controller::serve(const QByteArray& request)
+{
+    const Answer answer = decide(request);
+    ++m_counters.frames;
+    switch (answer.outcome) {
+    case Outcome::answered:
+        ++m_counters.answered;
+        break;
+    case Outcome::refused:
+        ++m_counters.refused;
+        break;
+    case Outcome::broadcast:
+        ++m_counters.broadcasts;
+        break;
+    case Outcome::otherStation:
+        ++m_counters.otherStation;
+        break;
+    case Outcome::badFrame:
+        ++m_counters.badFrames;
+        break;
+    }
+    return answer;
+}
+
+Answer Controller::decide(const QByteArray& request)
+{
+    Answer answer;
+    if (!hasGoodCrc(request))
+        return answer;
+    answer.station = byteAt(request, 0);
+    answer.function = byteAt(request, 1);
+    const Function* function = functionOf(answer.function);
+    if (function && request.size() >= 4 + 2 + crcLength) {
+        answer.address = wordAt(request, 2);
+        answer.count = function->access == Access::writeOne ? 1 : wordAt(request, 4);
+    }
+
+    const bool broadcast = answer.station == broadcastStation;
+    if (!broadcast && !m_memory.has(answer.station)) {
+        answer.outcome = Outcome::otherStation;
+        return answer;
+    }
+
+    if (!function)
+        answer.exception = illegalFunction;
+    else if (!isSensible(*function, request, answer.count, m_limits))
+        answer.exception = illegalValue;
+    else if (!isThere(*function, answer.address, answer.count))
+        answer.exception = illegalAddress;
+
+    const bool execute = answer.exception == noException;
+    if (broadcast) {
+        answer.outcome = Outcome::broadcast;
+        if (execute && function->access != Access::readRun) {
+            for (int station : m_memory.stations())
+                write(*m_memory.station(station), *function, request, answer.address, answer.count);
+            ++m_counters.writes;
+        }
+        return answer;
+    }
+    if (!execute) {
+        answer.outcome = Outcome::refused;
+        answer.reply = exceptionReply(answer);
+        return answer;
+    }
+
+    answer.outcome = Outcome::answered;
+    StationMemory& memory = *m_memory.station(answer.station);
+    if (function->access == Access::readRun) {
+        answer.reply = readReply(memory, *function, answer);
+    } else {
+        write(memory, *function, request, answer.address, answer.count);
+        ++m_counters.writes;
+        // A single write is echoed whole, a run is acknowledged by its address and quantity.
+        answer.reply = withCrc(request.left(6));
+    }
+    return answer;
+}
+
+QByteArray Controller::answer(const QByteArray& request)
+{
+    return serve(request).reply;
+}
+
+Memory& Controller::memory()
+{
+    return m_memory;
+}
+
+const ControllerCounters& Controller::counters() const
+{
+    return m_counters;
+}
+
+} // namespace simulator

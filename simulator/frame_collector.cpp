@@ -1,0 +1,47 @@
+#include "frame_collector.h"
+
+#include "controller.h"
+
+namespace simulator {
+
+namespace {
+
+constexpr int floodedSize = 4096;
+
+} // namespace
+
+void FrameCollector::append(const QByteArray& bytes)
+{
+    m_bytes += bytes;
+}
+
+QByteArray FrameCollector::takeFrame()
+{
+    const int length = requestLength(m_bytes);
+    if (length <= 0 || m_bytes.size() < length)
+        return QByteArray();
+    const QByteArray frame = m_bytes.left(length);
+    if (!hasGoodCrc(frame))
+        return QByteArray();
+    m_bytes.remove(0, length);
+    return frame;
+}
+
+QByteArray FrameCollector::takeRest()
+{
+    const QByteArray rest = m_bytes;
+    m_bytes.clear();
+    return rest;
+}
+
+bool FrameCollector::isEmpty() const
+{
+    return m_bytes.isEmpty();
+}
+
+bool FrameCollector::isFlooded() const
+{
+    return m_bytes.size() > floodedSize;
+}
+
+} // namespace simulator

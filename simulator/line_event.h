@@ -1,0 +1,40 @@
+// What happens on the controller's line, for its log.
+#ifndef DOV417_SIMULATOR_LINE_EVENT_H
+#define DOV417_SIMULATOR_LINE_EVENT_H
+
+#include <QByteArray>
+#include <QMetaType>
+#include <QString>
+#include <cstdint>
+#include <vector>
+
+#include "controller.h"
+#include "faults.h"
+
+namespace simulator {
+
+struct LineEvent {
+    enum Kind {
+        received, // a request
+        sent,     // a reply, as it left
+        withheld, // a reply that a fault swallowed, or that nobody was there for
+        garbage,  // bytes that were no frame
+        notice    // opened, closed, other side came or went; no bytes
+    };
+    Kind kind = notice;
+    std::int64_t timeNs = 0; // since open()
+    QByteArray bytes;
+    QString meaning;
+};
+
+// "    0.012345 <- 01 03 05 0A 00 01 A4 C4  station 1 reads register 1290"
+QString logText(const LineEvent& event);
+
+// "reply", "reply: exception 2, illegal data address [flip late]"
+QString replyText(const Answer& answer, const std::vector<FaultKind>& faults);
+
+} // namespace simulator
+
+Q_DECLARE_METATYPE(simulator::LineEvent)
+
+#endif

@@ -1,0 +1,264 @@
+#include "line_port.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <cerrno>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/inotify.h>
+#include <sys/ioctl.h>
+#include <termios.h>
+#include <unistd.h>
+
+namespace simulator {
+
+namespace {
+
+struct Speed {
+    int baudRate;
+    speed_t code;
+};
+constexpr Speed speeds[] = {
+    {50, B50},           {75, B75},           {110, B110},         {134, B134},
+    {150, B150},         {200, B200},         {300, B300},         {600, B600},
+    {1200, B1200},       {1800, B1800},       {2400, B2400},       {4800, B4800},
+    {9600, B9600},       {19200, B19200},     {38400, B38400},     {57600, B57600},
+    {115200, B115200},   {230400, B230400},   {460800, B460800},   {500000, B500000},
+    {576000, B576000},   {921600, B921600},   {1000000, B1000000}, {1152000, B1152000},
+    {1500000, B1500000}, {2000000, B2000000}, {2500000, B2500000}, {3000000, B3000000},
+    {3500000, B3500000}, {4000000, B4000000},
+};
+
+const Speed* speedOf(int baudRate)
+{
+    for (const Speed& speed : speeds) {
+        if (speed.baudRate == baudRate)
+            return &speed;
+    }
+    return nullptr;
+}
+
+bool makeRaw(int descriptor)
+{
+    termios settings{};
+    if (tcgetattr(descriptor, &settings) != 0)
+        return false;
+    cfmakeraw(&settings);
+    return tcsetattr(descriptor, TCSANOW, &settings) == 0;
+}
+
+bool configure(int descriptor, const LineSettings& line, speed_t speed)
+{
+    termios settings{};
+    if (tcgetattr(descriptor, &settings) != 0)
+        return false;
+    cfmakeraw(&settings);
+    settings.c_cflag &= ~static_cast<tcflag_t>(CSIZE | PARENB | PARODD | CSTOPB | CRTSCTS);
+    settings.c_cflag |= CLOCAL | CREAD | (line.dataBits == 7 ? CS7 : CS8);
+    if (line.parity != Parity::none)
+        settings.c_cflag |= PARENB;
+    if (line.parity == Parity::odd)
+        settings.c_cflag |= PARODD;
+    if (line.stopBits == 2)
+        settings.c_cflag |= CSTOPB;
+    cfsetispeed(&settings, speed);
+    cfsetospeed(&settings, speed);
+    return tcsetattr(descriptor, TCSANOW, &settings) == 0;
+}
+
+} // namespace
+
+LinePort::~LinePort()
+{
+    close();
+}
+
+bool LinePort::openPseudoTerminal(const QString& link, QString* error)
+{
+    close();
+    m_descriptor = posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+    char device[64] = "";
+    if (m_descriptor < 0 || grantpt(m_descriptor) != 0 || unlockpt(m_descriptor) != 0 ||
+        ptsname_r(m_descriptor, device, sizeof device) != 0)
+        return giveUp(QStringLiteral("no pseudo-terminal"), error);
+    m_device = QFile::decodeName(device);
+    m_otherEnd = ::open(device, O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+    if (m_otherEnd < 0 || !makeRaw(m_otherEnd))
+        return giveUp(m_device, error);
+    m_watch = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+    if (m_watch >= 0 &&
+        inotify_add_watch(m_watch, device, IN_OPEN | IN_CLOSE_WRITE | IN_CLOSE_NOWRITE) < 0) {
+        ::close(m_watch);
+        m_watch = -1;
+    }
+    if (!link.isEmpty() && !makeLink(link, error)) {
+        close();
+        return false;
+    }
+    return true;
+}
+
+bool LinePort::openDevice(const QString& device, const LineSettings& line, QString* error)
+{
+    close();
+    const Speed* speed = speedOf(line.baudRate);
+    if (!speed) {
+        if (error)
+            *error = QStringLiteral("%1: %2 baud is no rate of a serial device")
+                         .arg(device)
+                         .arg(line.baudRate);
+        return false;
+    }
+    m_device = device;
+    m_descriptor =
+        ::open(QFile::encodeName(device).constData(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+    if (m_descriptor < 0 || !configure(m_descriptor, line, speed->code))
+        return giveUp(device, error);
+    tcflush(m_descriptor, TCIOFLUSH);
+    return true;
+}
+
+void LinePort::close()
+{
+    // The link may have become another controller's in the meantime.
+    if (!m_link.isEmpty() && QFile::symLinkTarget(m_link) == m_device)
+        QFile::remove(m_link);
+    for (int* descriptor : {&m_descriptor, &m_otherEnd, &m_watch}) {
+        if (*descriptor >= 0)
+            ::close(*descriptor);
+        *descriptor = -1;
+    }
+    m_listeners = 0;
+    m_device.clear();
+    m_link.clear();
+}
+
+bool LinePort::isOpen() const
+{
+    return m_descriptor >= 0;
+}
+
+QString LinePort::name() const
+{
+    return m_link.isEmpty() ? m_device : m_link;
+}
+
+int LinePort::descriptor() const
+{
+    return m_descriptor;
+}
+
+QByteArray LinePort::read(bool* lost)
+{
+    *lost = false;
+    QByteArray all;
+    char buffer[1024];
+    for (;;) {
+        const ssize_t count = ::read(m_descriptor, buffer, sizeof buffer);
+        if (count > 0) {
+            all.append(buffer, static_cast<int>(count));
+            // Enough for one turn; whoever floods the line must not keep us from everything else.
+            if (count < static_cast<ssize_t>(sizeof buffer) || all.size() >= 16384)
+                return all;
+            continue;
+        }
+        if (count < 0 && errno == EINTR)
+            continue;
+        *lost = count == 0 || errno != EAGAIN;
+        return all;
+    }
+}
+
+int LinePort::write(const QByteArray& bytes)
+{
+    int done = 0;
+    while (done < bytes.size()) {
+        const ssize_t count = ::write(m_descriptor, bytes.constData() + done,
+                                      static_cast<std::size_t>(bytes.size() - done));
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0)
+            break;
+        done += static_cast<int>(count);
+    }
+    return done;
+}
+
+int LinePort::watchDescriptor() const
+{
+    return m_watch;
+}
+
+bool LinePort::updateListeners()
+{
+    if (m_watch < 0)
+        return false;
+    alignas(inotify_event) char buffer[4096];
+    bool lastWent = false;
+    ssize_t size = 0;
+    while ((size = ::read(m_watch, buffer, sizeof buffer)) > 0) {
+        for (ssize_t at = 0; at < size;) {
+            inotify_event event{};
+            std::memcpy(&event, buffer + at, sizeof event);
+            at += static_cast<ssize_t>(sizeof event + event.len);
+            if ((event.mask & IN_OPEN) != 0)
+                ++m_listeners;
+            else if ((event.mask & (IN_CLOSE_WRITE | IN_CLOSE_NOWRITE)) != 0 && m_listeners > 0)
+                lastWent = --m_listeners == 0;
+        }
+    }
+    if (lastWent) {
+        // The hold on the other end would keep what a master left behind for the next one: bytes
+        // that it never read and, if it was killed, its settings and its claim.
+        tcflush(m_otherEnd, TCIFLUSH);
+        if (m_listeners == 0) {
+            makeRaw(m_otherEnd);
+            ioctl(m_otherEnd, TIOCNXCL);
+        }
+    }
+    return lastWent;
+}
+
+bool LinePort::hasListener() const
+{
+    return m_watch < 0 || m_listeners > 0;
+}
+
+// Replaces a symbolic link in one step, so that it is never missing, but nothing else.
+bool LinePort::makeLink(const QString& link, QString* error)
+{
+    const QFileInfo info(link);
+    if (info.exists() && !info.isSymLink()) {
+        if (error)
+            *error = QStringLiteral("%1: there is something that is no symbolic link").arg(link);
+        return false;
+    }
+    const QString path = info.absoluteFilePath();
+    const QString fresh = QStringLiteral("%1.%2").arg(path).arg(getpid());
+    QFile::remove(fresh);
+    if (!QFile::link(m_device, fresh) ||
+        rename(QFile::encodeName(fresh).constData(), QFile::encodeName(path).constData()) != 0) {
+        const int reason = errno;
+        QFile::remove(fresh);
+        errno = reason;
+        if (error)
+            *error = QStringLiteral("%1: %2").arg(link, QString::fromLocal8Bit(strerror(reason)));
+        return false;
+    }
+    m_link = path;
+    return true;
+}
+
+bool LinePort::giveUp(const QString& what, QString* error)
+{
+    const QString reason = QString::fromLocal8Bit(strerror(errno));
+    close();
+    if (error)
+        *error = QStringLiteral("%1: %2").arg(what, reason);
+    return false;
+}
+
+} // namespace simulator

@@ -1,0 +1,56 @@
+// The descriptor below the line server: a pseudo-terminal of its own or a serial device.
+#ifndef DOV417_SIMULATOR_LINE_PORT_H
+#define DOV417_SIMULATOR_LINE_PORT_H
+
+#include <QByteArray>
+#include <QString>
+
+#include "line_timing.h"
+
+namespace simulator {
+
+class LinePort {
+public:
+    LinePort() = default;
+    ~LinePort(); // closes
+    LinePort(const LinePort&) = delete;
+    LinePort& operator=(const LinePort&) = delete;
+
+    // False, and a sentence in `error`, when it cannot be had; nothing stays open then.
+    bool openPseudoTerminal(const QString& link, QString* error);
+    bool openDevice(const QString& device, const LineSettings& line, QString* error);
+    void close();
+
+    bool isOpen() const;
+    QString name() const; // the link if there is one, else the device
+    int descriptor() const;
+
+    // What has arrived; empty for nothing. `lost` becomes true when the line is gone for good.
+    QByteArray read(bool* lost);
+    // How many bytes were taken; fewer than all when nobody empties the other end.
+    int write(const QByteArray& bytes);
+
+    // Pseudo-terminal only: becomes readable when the other side opens or closes it, -1 if that
+    // cannot be told.
+    int watchDescriptor() const;
+    // Brings hasListener() up to date. True when the last listener went since the last call; what
+    // it had not read is gone, and the terminal is as raw and free as it was at first.
+    bool updateListeners();
+    bool hasListener() const;
+
+private:
+    bool makeLink(const QString& link, QString* error);
+    bool giveUp(const QString& what, QString* error);
+
+    int m_descriptor = -1;
+    // The own hold on the other end: without it the first close by a master would hang up.
+    int m_otherEnd = -1;
+    int m_watch = -1;
+    int m_listeners = 0;
+    QString m_device;
+    QString m_link;
+};
+
+} // namespace simulator
+
+#endif

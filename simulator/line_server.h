@@ -1,0 +1,96 @@
+// The controller on a line: a pseudo-terminal that it opens itself, or a serial device.
+//
+//     Memory memory({1});
+//     Controller controller(memory);
+//     Faults faults;
+//     LineServer server(controller, faults, LineServerOptions());
+//     QString error;
+//     if (!server.open(&error))
+//         ...
+//     master.setPortName(server.portName()); // "/dev/pts/5", or the link that was asked for
+//
+// Event driven: it lives in the thread that it was made in or moved to before open(), needs a Qt
+// event loop there, and has no thread of its own. Signals come from that thread.
+//
+// A request is taken as soon as it is complete (length known from its bytes, CRC right); a run of
+// bytes that never becomes one is dropped at the next silence. On a pseudo-terminal the other side
+// may close and reopen as it likes: what it left unread is gone, as on a real line. close() is the
+// pulled plug: the other side sees a hang-up, the link disappears; open() puts it back.
+//
+// `paced`: bytes in both directions take the time that they would take on the configured line. The
+// reply begins 3.5 characters (1.75 ms above 19200 baud) and the turnaround after the last byte of
+// the request has passed, and its bytes arrive one character time apart (handed over in lumps of
+// about a millisecond). Unpaced, a reply leaves after the turnaround alone, by default at once.
+#ifndef DOV417_SIMULATOR_LINE_SERVER_H
+#define DOV417_SIMULATOR_LINE_SERVER_H
+
+#include <QByteArray>
+#include <QMetaType>
+#include <QObject>
+#include <QString>
+#include <cstdint>
+#include <memory>
+
+#include "controller.h"
+#include "faults.h"
+#include "line_event.h"
+#include "line_timing.h"
+
+namespace simulator {
+
+struct LineServerOptions {
+    QString device;       // serial device; empty: a pseudo-terminal of its own
+    QString link;         // symbolic link to the pseudo-terminal; empty: none
+    LineSettings line;    // a serial device is set to it; else it tells how long a byte takes
+    bool paced = false;   // see above; leave it off on a real serial line
+    int turnaroundMs = 0; // what the controller takes before it answers
+    // Bytes come with the hiccups of the sender's process, not with the evenness of a wire: an
+    // unfinished request is given at least this long, the line's own silence if that is longer.
+    int leastSilenceMs = 50;
+};
+
+struct LineServerCounters {
+    std::uint64_t bytesReceived = 0;
+    std::uint64_t bytesSent = 0;
+    std::uint64_t requests = 0; // frames that the controller took
+    std::uint64_t replies = 0;  // transmissions begun, faulty ones included
+    std::uint64_t dropped = 0;  // runs of bytes that were no frame
+    std::uint64_t unheard = 0;  // replies that nobody was there for
+};
+
+class LineServer : public QObject {
+    Q_OBJECT
+
+public:
+    // Controller and faults are borrowed and must outlive the server.
+    LineServer(Controller& controller, Faults& faults, const LineServerOptions& options,
+               QObject* parent = nullptr);
+    ~LineServer() override;
+
+    // False, and a sentence in `error`, when the line cannot be had.
+    bool open(QString* error);
+    void close();
+    bool isOpen() const;
+
+    // What a master has to open: the link if there is one, else the device. Empty while closed.
+    QString portName() const;
+
+    const LineServerCounters& counters() const;
+
+signals:
+    void logged(const simulator::LineEvent& event);
+    // The controller has dealt with a request; nothing of its reply has left yet.
+    void served(const simulator::Answer& answer);
+    // The serial device is gone (unplugged); the server has closed itself.
+    void lost(const QString& reason);
+
+private:
+    class Private;
+    std::unique_ptr<Private> d;
+};
+
+} // namespace simulator
+
+Q_DECLARE_METATYPE(simulator::Answer)
+
+#endif

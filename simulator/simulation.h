@@ -1,0 +1,98 @@
+// The whole simulated controller: memory, plant, faults and line, from one plain set of options.
+//
+//     SimulationOptions options;
+//     options.stations = {1, 2};
+//     options.link = "/tmp/plc";
+//     options.faults = {"flip=10%", "silence=every:7"};
+//     Simulation simulation(options);
+//     QString error;
+//     if (!simulation.start(&error))
+//         ...
+//     std::puts(qPrintable(simulation.portName()));
+//     app.exec();
+//     simulation.stop();
+//     std::puts(qPrintable(simulation.report()));
+//
+// Lives in the thread that it was made in or moved to before start(), which needs a Qt event loop.
+#ifndef DOV417_SIMULATOR_SIMULATION_H
+#define DOV417_SIMULATOR_SIMULATION_H
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QObject>
+#include <QString>
+#include <QStringList>
+#include <QTimer>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "line_server.h"
+#include "plant.h"
+
+namespace simulator {
+
+struct SimulationOptions {
+    std::vector<int> stations = {1};
+    QString device;           // serial device; empty: a pseudo-terminal
+    QString link;             // --link PATH
+    LineSettings line;        // --line
+    bool baudLimit = false;   // --baud-limit
+    int turnaroundMs = 0;     // --turnaround
+    bool strict = false;      // 125 registers, 2000 coils and no more
+    QStringList faults;       // --fault, see faults.h
+    std::uint32_t seed = 1;   // of faults and plant
+    bool frozen = false;      // values do not live
+    bool followInputs = true; // Q shows I
+    QStringList hold;         // ranges that do not live, see set_load.h
+    bool holdWritten = true;  // a word that was written by the line or by `set` lives no longer
+    QStringList set;          // --set ADDRESS=VALUE, after --load
+    QString loadFile;         // --load, before the line is opened
+    QString dumpFile;         // --dump, written by stop()
+    QString logFile;          // every frame; "-" is standard output
+};
+
+class Simulation : public QObject {
+    Q_OBJECT
+
+public:
+    explicit Simulation(const SimulationOptions& options, QObject* parent = nullptr);
+    ~Simulation() override; // stops
+
+    // False, and a sentence in `error`, when an option is wrong or the line cannot be had.
+    bool start(QString* error);
+    // Closes the line and writes the dump. False, and a sentence in `error` (may be null), when
+    // the dump cannot be written. Once stopped, nothing happens.
+    bool stop(QString* error = nullptr);
+
+    QString portName() const;
+    QString report() const; // counters and faults, several lines
+
+    // Valid from a successful start() on, also after stop().
+    Memory& memory();
+    Controller& controller();
+    Faults& faults();
+    Plant& plant();
+    LineServer& line();
+
+private:
+    bool prepare(QString* error);
+    void letPlantLive();
+    void holdWritten(const Answer& answer);
+    void log(const LineEvent& event);
+
+    SimulationOptions m_options;
+    Memory m_memory;
+    Controller m_controller;
+    Faults m_faults;
+    Plant m_plant;
+    std::unique_ptr<LineServer> m_line;
+    bool m_started = false;
+    QTimer m_plantTimer;
+    QElapsedTimer m_plantClock;
+    QFile m_log;
+};
+
+} // namespace simulator
+
+#endif
