@@ -26,12 +26,16 @@ if(DOV417_QT STREQUAL "6")
 else()
   set(dov417_library_standard 11)
 endif()
-target_compile_definitions(dov417modbus_objects PRIVATE DOV417_VERSION="${PROJECT_VERSION}")
+target_compile_definitions(dov417modbus_objects PRIVATE
+  DOV417_VERSION="${PROJECT_VERSION}"
+  # Every build is a compile test of what Qt 4.8, 5 and 6 have in common.
+  QT_DISABLE_DEPRECATED_BEFORE=0x050F00
+  QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_CAST_FROM_BYTEARRAY)
 target_include_directories(dov417modbus_objects PUBLIC
   ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/protocol ${PROJECT_SOURCE_DIR}/service)
 target_link_libraries(dov417modbus_objects PUBLIC dov417_qtcore PRIVATE dov417_warnings)
 set_target_properties(dov417modbus_objects PROPERTIES
-  CXX_STANDARD ${dov417_library_standard}
+  CXX_STANDARD ${dov417_library_standard} # not newer: sized deallocation needs a newer libstdc++
   POSITION_INDEPENDENT_CODE ON
   CXX_VISIBILITY_PRESET hidden
   VISIBILITY_INLINES_HIDDEN ON)
@@ -44,7 +48,11 @@ target_compile_options(dov417modbus_objects PRIVATE
   $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
 
 add_library(dov417modbus SHARED $<TARGET_OBJECTS:dov417modbus_objects>)
-target_link_libraries(dov417modbus PRIVATE dov417_qtcore)
+add_library(dov417modbus::dov417modbus ALIAS dov417modbus)
+target_link_libraries(dov417modbus PUBLIC ${dov417_qtcore_target})
+target_include_directories(dov417modbus PUBLIC
+  $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
+  $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/dov417modbus>)
 target_link_options(dov417modbus PRIVATE
   -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map
   -Wl,--no-undefined-version -Wl,-z,relro -Wl,-z,now)
@@ -52,6 +60,13 @@ set_target_properties(dov417modbus PROPERTIES
   VERSION ${PROJECT_VERSION}
   SOVERSION ${PROJECT_VERSION_MAJOR}
   LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/exports.map)
+
+if(CMAKE_CROSSCOMPILING AND NOT DOV417_SANITIZE)
+  # Panels keep the C library that they left the factory with.
+  add_custom_command(TARGET dov417modbus POST_BUILD VERBATIM COMMAND
+    ${PROJECT_SOURCE_DIR}/packaging/check-symbol-versions
+    $<TARGET_FILE:dov417modbus> ${CMAKE_READELF} > symbol-versions.txt)
+endif()
 
 add_library(dov417modbus_static STATIC $<TARGET_OBJECTS:dov417modbus_objects>)
 target_include_directories(dov417modbus_static PUBLIC

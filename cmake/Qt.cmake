@@ -1,9 +1,14 @@
 # One source for three Qt generations; everything else links against dov417_qtcore.
-add_library(dov417_qtcore INTERFACE)
+#
+# Qt 4: -DDOV417_QT=4 -DQT_QMAKE_EXECUTABLE=/path/to/qmake (CMake's own FindQt4 asks it).
 if(DOV417_QT STREQUAL "4")
   find_package(Qt4 4.8 REQUIRED QtCore)
-  target_link_libraries(dov417_qtcore INTERFACE Qt4::QtCore)
-else()
+  set(dov417_qtcore_target Qt4::QtCore)
+elseif(DOV417_QT MATCHES "^[56]$")
   find_package(Qt${DOV417_QT} REQUIRED COMPONENTS Core)
-  target_link_libraries(dov417_qtcore INTERFACE Qt${DOV417_QT}::Core)
+  set(dov417_qtcore_target Qt${DOV417_QT}::Core)
+else()
+  message(FATAL_ERROR "DOV417_QT is \"${DOV417_QT}\": it must be 4, 5 or 6")
 endif()
+add_library(dov417_qtcore INTERFACE)
+target_link_libraries(dov417_qtcore INTERFACE ${dov417_qtcore_target})

@@ -10,6 +10,12 @@ build_packages="g++ cmake ninja-build pkg-config qtbase5-dev libqt5serialport5-d
 
 test_packages="clang-format libgtest-dev libgmock-dev libmodbus-dev binutils"
 
+arm_packages="g++ cmake ninja-build qtbase5-dev g++-arm-linux-gnueabihf g++-arm-linux-gnueabi
+  qemu-user mmdebstrap googletest"
+qt_packages="g++ cmake ninja-build pkg-config qtbase5-dev qt6-base-dev libgtest-dev libgmock-dev"
+package_packages="dpkg-dev mmdebstrap lintian g++-arm-linux-gnueabihf g++-arm-linux-gnueabi
+  qemu-user"
+
 say() {
   printf '\n== %s  [%ss]\n' "$*" "$(($(date +%s) - started))"
 }

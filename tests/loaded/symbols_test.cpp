@@ -47,7 +47,9 @@ std::map<std::string, int> definedSymbols(const std::vector<char>& file)
         const ElfW(Sym)* const symbols = at<ElfW(Sym)>(file, sections[i].sh_offset, count);
         const char* const names = at<char>(file, sections[sections[i].sh_link].sh_offset);
         for (size_t k = 1; symbols != nullptr && names != nullptr && k < count; ++k) {
-            if (symbols[k].st_shndx != SHN_UNDEF) {
+            // Local ones are sections, which the linker lists for some processors.
+            const bool local = ELF32_ST_BIND(symbols[k].st_info) == STB_LOCAL;
+            if (symbols[k].st_shndx != SHN_UNDEF && !local) {
                 defined[names + symbols[k].st_name] = ELF32_ST_TYPE(symbols[k].st_info);
             }
         }

@@ -1,0 +1,68 @@
+function(run)
+  execute_process(COMMAND ${ARGN} OUTPUT_VARIABLE out ERROR_VARIABLE out RESULT_VARIABLE result)
+  if(NOT result EQUAL 0)
+    message(FATAL_ERROR "failed (${result}): ${ARGN}\n${out}")
+  endif()
+  set(out "${out}" PARENT_SCOPE)
+endfunction()
+
+set(root ${CMAKE_CURRENT_BINARY_DIR}/root)
+set(host ${CMAKE_CURRENT_BINARY_DIR}/host)
+file(REMOVE_RECURSE ${root} ${host})
+
+set(ENV{DESTDIR} ${root})
+run(${CMAKE_COMMAND} --install ${BUILD} --component library)
+run(${CMAKE_COMMAND} --install ${BUILD} --component development)
+unset(ENV{DESTDIR})
+
+file(GLOB_RECURSE installed RELATIVE ${root}${PREFIX} ${root}/*)
+list(FILTER installed EXCLUDE REGEX "dov417modbusTargets-[a-z]+\\.cmake$|^share/doc/") # a build type's, a package's
+list(SORT installed)
+set(expected
+  include/dov417modbus/intf.h
+  include/dov417modbus/protocol.h
+  include/dov417modbus/records.h
+  ${LIBDIR}/cmake/dov417modbus/dov417modbusConfig.cmake
+  ${LIBDIR}/cmake/dov417modbus/dov417modbusConfigVersion.cmake
+  ${LIBDIR}/cmake/dov417modbus/dov417modbusTargets.cmake
+  ${LIBDIR}/libdov417modbus.so
+  ${LIBDIR}/libdov417modbus.so.${MAJOR}
+  ${LIBDIR}/libdov417modbus.so.${VERSION}
+  ${LIBDIR}/pkgconfig/dov417modbus.pc)
+list(SORT expected)
+if(NOT installed STREQUAL expected)
+  message(FATAL_ERROR "installed:\n${installed}\nexpected:\n${expected}")
+endif()
+
+run(${READELF} --dynamic ${root}${PREFIX}/${LIBDIR}/libdov417modbus.so)
+if(NOT out MATCHES "SONAME[^\n]*\\[libdov417modbus\\.so\\.${MAJOR}\\]")
+  message(FATAL_ERROR "the library's SONAME is not libdov417modbus.so.${MAJOR}:\n${out}")
+endif()
+if(out MATCHES "R(UN)?PATH")
+  message(FATAL_ERROR "the installed library carries a run path:\n${out}")
+endif()
+
+# A host by way of the CMake package ...
+run(${CMAKE_COMMAND} -S ${SOURCE}/examples -B ${host} -G Ninja
+  -DCMAKE_TOOLCHAIN_FILE=${CMAKE_TOOLCHAIN_FILE} -DDOV417_SYSROOT=${SYSROOT}
+  -DCMAKE_CXX_COMPILER=${CXX}
+  -Ddov417modbus_DIR=${root}${PREFIX}/${LIBDIR}/cmake/dov417modbus)
+run(${CMAKE_COMMAND} --build ${host})
+separate_arguments(EMULATOR UNIX_COMMAND "${EMULATOR}")
+run(${EMULATOR} ${host}/panel_host ${root}${PREFIX}/${LIBDIR}/libdov417modbus.so.${MAJOR})
+if(NOT out MATCHES "version ${VERSION}\n")
+  message(FATAL_ERROR "the host did not see version ${VERSION}:\n${out}")
+endif()
+
+# ... and what pkg-config says, which knows the directories of the machine it runs on only.
+if(NOT CMAKE_TOOLCHAIN_FILE AND NOT QT STREQUAL "4")
+  set(ENV{PKG_CONFIG_PATH} ${root}${PREFIX}/${LIBDIR}/pkgconfig)
+  run(pkg-config --modversion dov417modbus)
+  if(NOT out STREQUAL "${VERSION}\n")
+    message(FATAL_ERROR "pkg-config names version ${out}")
+  endif()
+  run(pkg-config --cflags --libs dov417modbus)
+  if(NOT out MATCHES "-I${PREFIX}/include/dov417modbus .*-ldov417modbus .*-lQt${QT}Core")
+    message(FATAL_ERROR "pkg-config says ${out}")
+  endif()
+endif()
