@@ -228,9 +228,10 @@ void addWatchCommand(CLI::App& app, Action& chosen)
     command->footer(
         "On a terminal a table redraws in place; else each change is a line. Ctrl-C ends it.\n"
         "Examples:\n"
-        "  dov417 watch --simulated R_W:0..3 I_bit:0.0..0.7 T:5 C:0\n"
+        "  dov417 watch --simulated R_W:0..3 I_bit:0.0..0.7 T:5 C:0 --seconds 5\n"
         "  dov417 watch --simulated R_W:0 --json --cycles 100\n"
-        "  dov417 watch --port /dev/ttyUSB0 --tags tags.csv --csv values.csv --stats\n"
+        "  dov417 watch --simulated R_W:0..3 --csv values.csv --stats --seconds 2\n"
+        "On a real line, --port /dev/ttyUSB0 stands for --simulated.\n"
         "Exits with 1 if an address never got a value.");
     command->callback(
         [options, &chosen]() { chosen = [options]() { return runWatch(*options); }; });
