@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "failure.h"
+#include "json_value.h"
 #include "live_line.h"
 #include "screen.h"
 #include "view_table.h"
@@ -80,9 +81,9 @@ public:
             nlohmann::ordered_json object = {{"time", timeText()},
                                              {"name", label.name},
                                              {"address", label.address},
-                                             {"value", value}};
+                                             {"value", jsonValue(value)}};
             if (!previous.empty())
-                object["previous"] = previous;
+                object["previous"] = jsonValue(previous);
             std::printf("%s\n", object.dump().c_str());
             std::fflush(stdout);
         } else if (!screen_) {
@@ -105,9 +106,10 @@ public:
         }
     }
 
-    void tellPort(const std::string& message)
+    void tellPort(bool open, const std::string& message)
     {
-        lastTrouble_ = timeText() + " " + message;
+        if (!open || !lastTrouble_.empty())
+            lastTrouble_ = timeText() + " " + message;
     }
 
     void draw(Session& session)
@@ -171,7 +173,7 @@ int runWatch(const WatchOptions& options)
     RunnerEvents runnerEvents = line.runnerEvents();
     runnerEvents.port = [&teller, further = runnerEvents.port](bool open,
                                                                const std::string& message) {
-        teller.tellPort(message);
+        teller.tellPort(open, message);
         further(open, message);
     };
     Session session(library, line.sessionSettings(), line.lineSettings(), events, runnerEvents);
