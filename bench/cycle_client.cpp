@@ -23,10 +23,9 @@ bool read(modbus_t* line, const Request& request)
 {
     static std::vector<uint8_t> bits(2048);
     static std::vector<uint16_t> words(128);
-    const int done =
-        request.function == 1
-            ? modbus_read_bits(line, request.first, request.count, bits.data())
-            : modbus_read_registers(line, request.first, request.count, words.data());
+    const int done = request.function == 1
+                         ? modbus_read_bits(line, request.first, request.count, bits.data())
+                         : modbus_read_registers(line, request.first, request.count, words.data());
     return done == request.count;
 }
 
@@ -42,7 +41,8 @@ int main(int argc, char** argv)
     std::vector<Request> requests;
     for (int i = 4; i < argc; ++i) {
         Request request;
-        if (std::sscanf(argv[i], "%d:%d:%d", &request.function, &request.first, &request.count) != 3)
+        if (std::sscanf(argv[i], "%d:%d:%d", &request.function, &request.first, &request.count) !=
+            3)
             return 2;
         requests.push_back(request);
     }

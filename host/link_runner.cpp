@@ -71,12 +71,6 @@ void LinkRunner::start()
         throw Failure(reason.toStdString());
 }
 
-void LinkRunner::startWhenPossible()
-{
-    running_ = true;
-    line_.openWhenPossible();
-}
-
 void LinkRunner::stop()
 {
     running_ = false;

@@ -36,8 +36,6 @@ public:
 
     // Opens the port and begins to poll. Throws a Failure if the port cannot be opened.
     void start();
-    // The same, but waits for the port for as long as it takes.
-    void startWhenPossible();
     // No frame is begun any more; one on the line may still end.
     void stop();
     // There is something new to send: an idle runner polls at once.

@@ -74,7 +74,7 @@ void addReadCommand(CLI::App& app, Action& chosen)
                     "Examples:\n"
                     "  dov417 read --simulated R_W:100..107 M_bit:1.0..1.15 T:5\n"
                     "  dov417 read --simulated R_D:10..13 --format float:high-first\n"
-                    "  dov417 read --port /dev/ttyUSB0 --tags tags.csv\n"
+                    "On a real line, --port /dev/ttyUSB0 stands for --simulated.\n"
                     "Exits with 1 if a value could not be read, and says which and why.");
     command->callback([options, &chosen]() { chosen = [options]() { return runRead(*options); }; });
 }

@@ -10,6 +10,12 @@
 
 namespace {
 
+const char* const tagFileExample =
+    "  printf 'name,register,address,count\\nspeed,R_W,200,1\\npreset,R_W,210,3\\n' >tags.csv\n";
+
+const char* const recipeFileExample =
+    "  printf '{\"speed\": 1500, \"preset\": [1, 2, 3]}\\n' >recipe.json\n";
+
 struct RecipeOptions {
     LineOptions line;
     ItemOptions items; // tags only
@@ -104,9 +110,9 @@ void addTransfer(CLI::App& recipe, const char* name, const char* description,
         std::string("Words go through the driver's recipe transfer, in requests of at most 122 "
                     "words; the driver is asked for it only once it has taken the addresses. Bits "
                     "are written one at a time afterwards.\n"
-                    "Example:\n"
-                    "  dov417 recipe ") +
-        name + " recipe.json --tags tags.csv --port /dev/ttyUSB0");
+                    "Example:\n") +
+        tagFileExample + (run == runDownload ? recipeFileExample : "") + "  dov417 recipe " + name +
+        " recipe.json --tags tags.csv --simulated");
     command->callback(
         [options, run, &chosen]() { chosen = [options, run]() { return run(*options); }; });
 }
@@ -120,7 +126,7 @@ void addRecipeCommand(CLI::App& app, Action& chosen)
     addTransfer(*recipe, "upload", "Controller to file: every tag", runUpload, chosen);
     addTransfer(*recipe, "download", "File to controller: the tags that the file names",
                 runDownload, chosen);
-    recipe->footer("Examples:\n"
+    recipe->footer(std::string("Examples:\n") + tagFileExample +
                    "  dov417 recipe upload recipe.json --tags tags.csv --simulated\n"
                    "  dov417 recipe download recipe.json --tags tags.csv --simulated");
 }

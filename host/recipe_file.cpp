@@ -6,6 +6,8 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 
+#include "json_value.h"
+
 namespace {
 
 using Json = nlohmann::ordered_json;
@@ -29,13 +31,6 @@ std::vector<std::string> textsOf(const Json& values, const std::string& where)
     for (const Json& value : values)
         texts.push_back(textOf(value, where));
     return texts;
-}
-
-// A number where JSON can carry the text unchanged.
-Json jsonOf(const std::string& text)
-{
-    const Json number = Json::parse(text, nullptr, false);
-    return number.is_number() && number.dump() == text ? number : Json(text);
 }
 
 Json parseFile(const std::string& file)
@@ -87,7 +82,7 @@ void writeRecipe(const std::string& file, const std::vector<RecipeEntry>& entrie
                        valueCount(entry.item.address));
         Json values = Json::array();
         for (const std::string& text : texts)
-            values.push_back(jsonOf(text));
+            values.push_back(jsonValue(text));
         json[entry.item.name] = values.size() == 1 ? values.front() : values;
     }
     // First aside, then in place: an interruption leaves the old recipe or the new one.

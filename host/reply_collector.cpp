@@ -6,7 +6,8 @@ namespace {
 
 constexpr int exceptionLength = 5; // station, function + 128, code, CRC
 constexpr int writeReplyHead = 6;  // station, function, address, quantity or value: as requested
-constexpr int longestCount = 255;  // data bytes that the count byte of a reply can name
+constexpr int addressEnd = 4;
+constexpr int longestCount = 255; // data bytes that the count byte of a reply can name
 
 unsigned char byteAt(const QByteArray& bytes, int index)
 {
@@ -26,6 +27,7 @@ void ReplyCollector::begin(const QByteArray& request, int replyLength)
     replyLength_ = replyLength;
     pending_.clear();
     reply_.clear();
+    almostReply_.clear();
     echoStripped_ = false;
 }
 
@@ -130,11 +132,20 @@ Arrival ReplyCollector::endOfFrame()
     if (pending_.isEmpty())
         return Arrival::incomplete;
     const bool sound = hasSoundCrc(pending_);
+    if (sound && pending_.size() == replyLength_ &&
+        pending_.left(addressEnd) == request_.left(addressEnd))
+        almostReply_ = pending_;
     if (opensLikeAnswer() && !sound)
         return finish(Arrival::reply, 0, pending_.size());
     strays_.append({sound ? kindOfPending() : StrayKind::noise, pending_});
     pending_.clear();
     return Arrival::incomplete;
+}
+
+Arrival ReplyCollector::timeIsUp()
+{
+    reply_ = almostReply_;
+    return almostReply_.isEmpty() ? Arrival::incomplete : Arrival::reply;
 }
 
 StrayKind ReplyCollector::kindOfPending() const

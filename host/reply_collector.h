@@ -41,6 +41,10 @@ public:
     // The line has been silent for 3.5 characters: what is here will not grow.
     Arrival endOfFrame();
 
+    // Nothing more is waited for. A frame that confirms another value at the written address is
+    // handed on now: some controllers answer with what they made of the value.
+    Arrival timeIsUp();
+
     bool isEmpty() const;
 
     // The bytes to hand on, after reply or exception.
@@ -61,6 +65,7 @@ private:
     int replyLength_ = 0;
     QByteArray pending_;
     QByteArray reply_;
+    QByteArray almostReply_; // right in everything but the value
     QList<Stray> strays_;
     bool echoStripped_ = false;  // in this transaction
     bool adapterEchoes_ = false; // as the last read has shown

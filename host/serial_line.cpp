@@ -54,8 +54,7 @@ SerialLine::SerialLine(const LineSettings& settings, const LineObserver& observe
     : settings_(settings), observer_(observer), timer_([this]() { timerDue(); })
 {
     reopenTimer_.setInterval(reopenMilliseconds);
-    QObject::connect(&reopenTimer_, &QTimer::timeout, &reopenTimer_,
-                     [this]() { openWhenPossible(); });
+    QObject::connect(&reopenTimer_, &QTimer::timeout, &reopenTimer_, [this]() { reopen(); });
 }
 
 SerialLine::~SerialLine()
@@ -82,19 +81,15 @@ bool SerialLine::open(QString* reason)
     return true;
 }
 
-void SerialLine::openWhenPossible()
+void SerialLine::reopen()
 {
     QString reason;
     if (open(&reason)) {
         reopenTimer_.stop();
-        lastReason_.clear();
-        return;
-    }
-    if (reason != lastReason_)
+    } else if (reason != lastReason_) {
+        lastReason_ = reason;
         observer_.port(false, reason);
-    lastReason_ = reason;
-    if (!reopenTimer_.isActive())
-        reopenTimer_.start();
+    }
 }
 
 bool SerialLine::tryOpen(QString* reason)
@@ -310,7 +305,8 @@ void SerialLine::timerDue()
         } else if (!collector_.isEmpty()) {
             takeArrival(collector_.endOfFrame());
         } else if (now >= deadline_) {
-            finish(LineResult::timeout);
+            const bool almost = collector_.timeIsUp() == Arrival::reply;
+            finish(almost ? LineResult::reply : LineResult::timeout);
         } else {
             armReplyTimer();
         }
@@ -328,7 +324,7 @@ void SerialLine::finish(LineResult result)
         reception.bytes = collector_.reply();
         if (hasSoundCrc(reception.bytes))
             settle(reception.bytes);
-        else
+        else if (!unanswered_.isEmpty())
             unanswered_.removeLast(); // garbled, but it was the answer
     }
     observer_.received(reception);

@@ -53,10 +53,9 @@ public:
     SerialLine(const SerialLine&) = delete;
     SerialLine& operator=(const SerialLine&) = delete;
 
-    // Opens the port. False with the reason if it cannot be opened now.
+    // Opens the port. False with the reason if it cannot be opened now. Once open, a port that
+    // vanishes is opened again as soon as it is back; the observer hears of both.
     bool open(QString* reason);
-    // The same, but keeps trying until it works; the observer hears of it.
-    void openWhenPossible();
     bool isOpen() const;
 
     // Transmits and collects; calls done once, from the event loop. One at a time. If the port
@@ -85,6 +84,7 @@ private:
     };
 
     bool tryOpen(QString* reason);
+    void reopen();
     bool applyFormat(QString* reason);
     void lost(const QString& reason);
     void bytesCame();

@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "failure.h"
+#include "json_value.h"
 #include "live_line.h"
 #include "screen.h"
 #include "view_table.h"
@@ -80,9 +81,9 @@ public:
             nlohmann::ordered_json object = {{"time", timeText()},
                                              {"name", label.name},
                                              {"address", label.address},
-                                             {"value", value}};
+                                             {"value", jsonValue(value)}};
             if (!previous.empty())
-                object["previous"] = previous;
+                object["previous"] = jsonValue(previous);
             std::printf("%s\n", object.dump().c_str());
             std::fflush(stdout);
         } else if (!screen_) {
@@ -105,9 +106,10 @@ public:
         }
     }
 
-    void tellPort(const std::string& message)
+    void tellPort(bool open, const std::string& message)
     {
-        lastTrouble_ = timeText() + " " + message;
+        if (!open || !lastTrouble_.empty())
+            lastTrouble_ = timeText() + " " + message;
     }
 
     void draw(Session& session)
@@ -171,7 +173,7 @@ int runWatch(const WatchOptions& options)
     RunnerEvents runnerEvents = line.runnerEvents();
     runnerEvents.port = [&teller, further = runnerEvents.port](bool open,
                                                                const std::string& message) {
-        teller.tellPort(message);
+        teller.tellPort(open, message);
         further(open, message);
     };
     Session session(library, line.sessionSettings(), line.lineSettings(), events, runnerEvents);
@@ -228,9 +230,10 @@ void addWatchCommand(CLI::App& app, Action& chosen)
     command->footer(
         "On a terminal a table redraws in place; else each change is a line. Ctrl-C ends it.\n"
         "Examples:\n"
-        "  dov417 watch --simulated R_W:0..3 I_bit:0.0..0.7 T:5 C:0\n"
+        "  dov417 watch --simulated R_W:0..3 I_bit:0.0..0.7 T:5 C:0 --seconds 5\n"
         "  dov417 watch --simulated R_W:0 --json --cycles 100\n"
-        "  dov417 watch --port /dev/ttyUSB0 --tags tags.csv --csv values.csv --stats\n"
+        "  dov417 watch --simulated R_W:0..3 --csv values.csv --stats --seconds 2\n"
+        "On a real line, --port /dev/ttyUSB0 stands for --simulated.\n"
         "Exits with 1 if an address never got a value.");
     command->callback(
         [options, &chosen]() { chosen = [options]() { return runWatch(*options); }; });

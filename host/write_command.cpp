@@ -139,7 +139,7 @@ void addWriteCommand(CLI::App& app, Action& chosen)
         "Examples:\n"
         "  dov417 write --simulated R_W:100=1500 M_bit:1.3=1\n"
         "  dov417 write --simulated R_D:200..203=1.5,-2 --format float\n"
-        "  dov417 write --port /dev/ttyUSB0 --tags tags.csv speed=1500\n"
+        "On a real line, --port /dev/ttyUSB0 stands for --simulated.\n"
         "Exits with 1 if a write was refused, given up or does not read back as written, and says "
         "which.");
     command->callback(

@@ -256,6 +256,13 @@ class Recipe(EndToEnd):
         self.assertEqual([word(1, "R_W", a) for a in range(100, 700)], recipe["long"])
         self.assertEqual([word(1, "M_W", a) for a in range(128)], recipe["bits"])
 
+    def test_a_recipe_of_bits_alone_asks_the_driver_for_no_transfer(self):
+        # With the request flag set and no address taken, the driver would repeat its last frame.
+        controller = self.controller("--still", "--set", "M_bit:30.7=1")
+        file = self.write_file("recipe.json", '{"lamp": [1, 1]}')
+        self.succeeds("recipe", "download", file, "--tags", self.tags, "--port", controller.port)
+        self.assertEqual(controller.memory()(1, "M_W", 30), 0xB0)
+
     def test_a_recipe_that_is_refused_says_so_and_keeps_the_old_file(self):
         controller = self.controller("--fault", "exception:2=100%", "--stations", "1,2")
         file = self.write_file("recipe.json", '{"speed": 1}')

@@ -231,6 +231,21 @@ TEST_F(CollectingAWrite, TheConfirmationOfAnotherAddressIsNotTaken)
     expectStrays({{StrayKind::otherRequest, "01050806FF006E5B"}});
 }
 
+TEST_F(CollectingAWrite, AnotherValueAtTheSameAddressIsHandedOnOnceTheTimeIsUp)
+{
+    EXPECT_EQ(add("010508050000DFAB"), Arrival::incomplete);
+    EXPECT_EQ(collector.endOfFrame(), Arrival::incomplete);
+    EXPECT_EQ(collector.timeIsUp(), Arrival::reply);
+    EXPECT_EQ(collector.reply(), hex("010508050000DFAB"));
+}
+
+TEST_F(CollectingAWrite, AnotherAddressIsNotHandedOnEvenThen)
+{
+    EXPECT_EQ(add("01050806FF006E5B"), Arrival::incomplete);
+    EXPECT_EQ(collector.endOfFrame(), Arrival::incomplete);
+    EXPECT_EQ(collector.timeIsUp(), Arrival::incomplete);
+}
+
 TEST_F(CollectingAWrite, TheEchoOfALongWriteIsNotMistakenForItsReply)
 {
     const char* const request = "0110050A000204000100029C81";
