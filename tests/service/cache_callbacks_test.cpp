@@ -129,9 +129,14 @@ void watchedUnits()
 
 Occasion generic(const char* label, const char* regName, const char* dataBits, const char* unitBits)
 {
-    const RegisterType type = registerRow(regName, dataBits, unitBits);
-    return {label, watchedUnits, [=] { storeWrite(type, 1, type.name, 0, 4, someBytes); },
-            [=] { settleWrite(type, 1, type.name, 0, 4, false); }};
+    return {
+        label, watchedUnits,
+        [=] {
+            storeWrite(registerRow(regName, dataBits, unitBits), 1, name(regName), 0, 4, someBytes);
+        },
+        [=] {
+            settleWrite(registerRow(regName, dataBits, unitBits), 1, name(regName), 0, 4, false);
+        }};
 }
 
 const Occasion occasions[] = {
