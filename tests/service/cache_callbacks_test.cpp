@@ -265,6 +265,34 @@ TEST_P(ResetFromWithinTheCallback, EndsTheCallInProgress)
     EXPECT_EQ(units(), Units());
 }
 
+// The host may fill the cache anew at once, so that every unit stands where it stood.
+TEST_P(ResetFromWithinTheCallback, LeavesTheRefilledCacheAsTheHostFilledIt)
+{
+    const auto resetAndRefill = [](const Notice&) {
+        initAgain();
+        GetParam()->prepare();
+    };
+    GetParam()->prepare();
+    whenTold(resetAndRefill);
+    GetParam()->write();
+    EXPECT_EQ(notices().size(), 1u);
+    EXPECT_EQ(written(), Units());
+
+    whenTold(nullptr);
+    initAgain();
+    GetParam()->prepare();
+    GetParam()->write();
+    notices();
+    whenTold([&](const Notice& notice) {
+        resetAndRefill(notice);
+        driver.dataAreas[0].writePending = 1;
+        driver.dataAreas[1].writePending = 1;
+    });
+    GetParam()->fail();
+    EXPECT_EQ(notices().size(), 1u);
+    EXPECT_EQ(written().size(), 2u);
+}
+
 INSTANTIATE_TEST_SUITE_P(Host, ResetFromWithinTheCallback, ::testing::ValuesIn(allOccasions()),
                          [](const auto& tested) { return std::string(tested.param->label); });
 
