@@ -105,21 +105,25 @@ TEST(DriverLayout, IsAPlainClassWithoutBaseOrVirtualFunctions)
     EXPECT_TRUE((is<VALUE_CHANGE_CALLBACK, void (*)(int, int, QString&, int)>()));
 }
 
-#define MEMBER(member, type)                                                                       \
-    {                                                                                              \
-#member, reinterpret_cast < const char*>(&driver.member) - start, sizeof(driver.member),   \
-            is < decltype(Protocol::member), type>()                                               \
-    }
+struct Member {
+    const char* name;
+    std::ptrdiff_t offset;
+    size_t size;
+    bool hasItsType;
+};
+
+template <typename Expected, typename Actual>
+Member memberAt(const char* name, const Actual& member)
+{
+    return {name, reinterpret_cast<const char*>(&member) - reinterpret_cast<const char*>(&driver),
+            sizeof(member), std::is_same<Expected, Actual>::value};
+}
+
+#define MEMBER(member, type) memberAt<type>(#member, driver.member)
 
 TEST(DriverLayout, KeepsItsThirtySevenMembersInOrder)
 {
-    const char* const start = reinterpret_cast<const char*>(&driver);
-    const struct {
-        const char* name;
-        std::ptrdiff_t offset;
-        size_t size;
-        bool hasItsType;
-    } members[] = {
+    const Member members[] = {
         MEMBER(valueChangeCallBack, VALUE_CHANGE_CALLBACK),
         MEMBER(callBackTag, int),
         MEMBER(writeToCacheOnly, int),
