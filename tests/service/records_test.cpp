@@ -29,10 +29,13 @@ void expectInOrder(const void* record, size_t recordSize, const std::vector<Fiel
               static_cast<std::ptrdiff_t>(sizeof(void*)));
 }
 
-#define FIELD(member)                                                                              \
-    {                                                                                              \
-#member, &record.member, sizeof(record.member)                                             \
-    }
+template <typename Value>
+Field fieldAt(const char* name, const Value& value)
+{
+    return {name, &value, sizeof(value)};
+}
+
+#define FIELD(member) fieldAt(#member, record.member)
 
 TEST(RecordLayout, KeepsTheFieldsInTheirOrder)
 {
