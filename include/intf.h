@@ -6,17 +6,25 @@
  * All functions are exported by their plain names. Strings, lists and vectors are Qt objects of
  * the Qt generation that the library was built with. No function throws.
  *
+ * @par Units
+ * An address value is a bit number (word * 16 + bit) for the bit types "I_bit", "Q_bit", "M_bit"
+ * and "R_bit", and a word number for all others; a length counts bits or 16-bit words alike. "R_D"
+ * counts words too: two a value. Stations are 1 to 247; 0 is the broadcast, for writes only. The
+ * ranges of the register types are what intf_getRegDiscription() says; only the editor's functions
+ * check them. Lengths up to 65536 and any 32-bit address are handled without fault.
+ *
  * @par Threads
  * The driver creates no thread and locks almost nothing: **one driver call at a time**, from
- * whatever thread. intf_setData() may come from a second thread while the first one polls, as far
- * as the pending write list is concerned: `driver.mutex` guards the removal of its head; the cache
- * itself is not locked. The host's mutex is held only while the two recipe flags are read or
- * cleared; never during a callback.
+ * whatever thread. That is the thread rule of every function here; two have something to add,
+ * intf_setData() and the callback (::VALUE_CHANGE_CALLBACK). The host's mutex is held only while
+ * the two recipe flags are read or cleared; never during a callback.
  *
  * @par Pointers
- * The driver borrows every pointer for the length of the call, except those of intf_initProperty()
- * and intf_setAddrValueChangeCallBack(), which must stay valid until they are replaced or the
- * library is unloaded. It frees none. Null result pointers are tolerated: nothing is stored there.
+ * The driver borrows every pointer and reference for the length of the call, except those of
+ * intf_initProperty() and intf_setAddrValueChangeCallBack(), which must stay valid until they are
+ * replaced or the library is unloaded. It frees none. Null result pointers are tolerated: nothing
+ * is stored there. What it returns or stores in the host's objects belongs to the host and stays
+ * valid after the library is unloaded.
  */
 #ifndef DOV417MODBUS_INTF_H
 #define DOV417MODBUS_INTF_H
@@ -61,50 +69,71 @@ extern "C" {
 /// @name Identity and configuration
 /// @{
 
-/** @brief The driver's version. @return "2.0.0.0"; the caller owns the text. */
+/**
+ * @brief The driver's version.
+ * @return four numbers joined by points, as in the name of the library's file; the caller's own.
+ */
 DOV417_EXPORT QString intf_getVersion();
 
-/** @brief The protocol type. @param[out] type receives 0. */
+/**
+ * @brief The protocol type, by the host's convention.
+ * @param[out] type receives 0, always.
+ */
 DOV417_EXPORT void intf_getProtocolType(int* type);
 
 /**
  * @brief Default line parameters, name and register names.
- * @param[out] parameter receives "0,38400,8,EVEN,1,0,1,ADDRESS,8000,dov417modbus,I_bit,...,C":
- * 21 items joined by commas, in this order: 0; baud rate, data bits, parity, stop bits; 0; 1;
- * default network address and port; protocol name; the eleven register names.
+ * @param[out] parameter receives "0,38400,8,EVEN,1,0,1,ADDRESS,8000,dov417modbus,I_bit,...,C",
+ * whatever it held: 21 items joined by commas, in this order: 0; baud rate, data bits, parity, stop
+ * bits; 0; 1; default network address and port; protocol name; the eleven register names.
  */
 DOV417_EXPORT void intf_getDriverParameter(QString& parameter);
 
-/** @brief The property page of the editor. @param[out] page receives "0_0", always. */
+/**
+ * @brief The property page of the editor.
+ * @param[out] page receives "0_0", always, whatever was set.
+ */
 DOV417_EXPORT void intf_getDriverPropertyPage(QString& page);
 
-/** @brief Keeps the editor's property page. @param page any text; kept, never interpreted. */
+/**
+ * @brief Keeps the editor's property page.
+ * @param page any text; a copy is kept in `driver.propertyPage`, never interpreted.
+ */
 DOV417_EXPORT void intf_SetDriverPropertyPage(const QString& page);
 
 /**
  * @brief Gives the driver the host's value-change function.
- * @param callBack borrowed; null: nothing is announced. Must be set before the first poll.
+ * @param callBack called for every change of a watched view, on the thread and within the driver
+ * call that found it. Borrowed until the next call or the unloading; null: nothing is announced.
+ * Set it before the first poll.
  */
 DOV417_EXPORT void intf_setAddrValueChangeCallBack(VALUE_CHANGE_CALLBACK callBack);
 
 /**
  * @brief Configures the driver and resets it: every read, write, condition read, cached value and
- * prepared frame is dropped. Recipe addresses stay.
+ * prepared frame is dropped, counters and the mark of a failed link are cleared.
+ *
+ * May be called again at any time. Not affected: the callback, the recipe addresses, the property
+ * page. The host hands in its addresses again (intf_addrMerge()).
  *
  * @param hostBlock    host memory of at least 60117 bytes, or null. Byte 60115 = 1 asks for a
  * recipe download (buffer to controller), byte 60116 = 1 for an upload. The driver clears the byte
  * when the transfer has ended. Borrowed until the next call.
- * @param hostArg2     stored for the host.
+ * @param hostArg2     any value; stored for the host in `driver.hostArg2`, never read.
  * @param recipeBuffer the host's recipe values, 16-bit words; must cover every `bufOffset` + length
  *                     named in intf_setRcpAddress(). Null: no download is framed, an upload only
  *                     fills the cache. Borrowed until the next call.
  * @param[out] result  receives 0.
- * @param property     five numbers separated by "#": tag, cache-only flag, spare, retry limit,
- * merge gap in words, for instance "1#0#0#3#10". With fewer than five parts (or null) the earlier
- * values stay; a part that is no number counts as 0.
+ * @param property     Latin-1 text, copied: five numbers separated by "#", for instance
+ * "1#0#0#3#10". 1: tag, the callback's first argument and the link number of recipe records.
+ * 2: not 0 = writes change only the cache. 3: spare. 4: retry limit, how many bad or missing
+ * replies to a frame give its request up (below 2: the first one). 5: merge gap in words, the
+ * largest hole that is read along, and also the longest piece of a write or condition read (8 times
+ * that for bits; below 1: 123 words or 984 bits a piece, no hole is read along). With fewer than
+ * five parts (or null) the earlier values stay; a part that is no number counts as 0.
  * @param hostMutex    held while the two flag bytes are read or cleared; null: no lock is taken.
  *                     Borrowed until the next call.
- * @return 1.
+ * @return 1, always.
  */
 DOV417_EXPORT int intf_initProperty(unsigned char* hostBlock, int hostArg2,
                                     unsigned short* recipeBuffer, int* result, const char* property,
@@ -116,10 +145,15 @@ DOV417_EXPORT int intf_initProperty(unsigned char* hostBlock, int hostArg2,
 
 /**
  * @brief Is this address text valid for an item of this kind?
+ *
+ * Changes no state of the driver.
+ *
  * @param regName     register type name.
  * @param text        address text in the type's format: "100", "12.5".
- * @param[in,out] address receives the address value when the text converts.
- * @param length      units from the address on.
+ * @param[in,out] address receives the address value when the text converts, also when it is out of
+ * range; 0 when it does not convert (left alone for the word.bit form); else left alone. Null: the
+ * check is made all the same.
+ * @param length      units from the address on ("R_D": 1 for a value on its own).
  * @param wordFlag    0: a bit item, else a word item.
  * @return a ::CheckCode (0 to 4). An unknown name gives 3, or 2 when the value that `*address`
  * already holds is below 0 or its sum with `length` above 1.
@@ -129,12 +163,15 @@ DOV417_EXPORT int intf_checkAddrValidity(QString regName, QString text, int* add
 
 /**
  * @brief Is this address text valid for this data type, length and access?
+ *
+ * Changes no state of the driver.
+ *
  * @param regName     register type name.
  * @param text        address text in the type's format.
- * @param[in,out] address receives the address value when the text converts.
- * @param dataType    -1: a bit item; on "R_D" one of 1, 3, 5, 6, 9.
- * @param length      units from the address on ("R_D": words).
- * @param accessMode  1 or 2: a writing access.
+ * @param[in,out] address as in intf_checkAddrValidity().
+ * @param dataType    -1: a bit item; any other: a word item, on "R_D" one of 1, 3, 5, 6 and 9.
+ * @param length      units from the address on, as in intf_checkAddrValidity().
+ * @param accessMode  1 or 2: a writing access; any other: a reading one.
  * @return a ::CheckCode (0 to 6).
  */
 DOV417_EXPORT int intf_checkAddr(QString regName, QString text, int* address, int dataType,
@@ -142,7 +179,7 @@ DOV417_EXPORT int intf_checkAddr(QString regName, QString text, int* address, in
 
 /**
  * @brief The register types of one kind.
- * @param kind     0: bit types; else word types.
+ * @param kind     0: bit types; any other: word types.
  * @param[out] list the names are appended in table order; not cleared first.
  * @return 1 for kind 0 or 1, else 0 (the word types are appended all the same).
  */
@@ -154,15 +191,18 @@ DOV417_EXPORT int intf_getRegListByType(int kind, QStringList* list);
  * @param[out] list receives five texts: address format, lowest, highest address, width code ("0"
  * bit, "1" word, "2" double word), access code ("0" read, "1" read and write, "2" write). Not
  * cleared first; an unknown name appends nothing.
- * @return 0.
+ * @return 0, always.
  */
 DOV417_EXPORT int intf_getRegDiscription(QString regName, QStringList* list);
 
 /**
  * @brief A series of addresses for copies of one item.
+ *
+ * The lowest address is not checked; addresses above the highest become the highest.
+ *
  * @param regName   register type name.
  * @param start     first address value (a bit number for bit types).
- * @param count     number of copies.
+ * @param count     number of copies; below 1: none.
  * @param step      distance of two copies; -1: one 16-bit unit, -2: one 32-bit value; below 1: 1.
  * @param[out] texts     address texts, appended.
  * @param[out] addresses address values, appended in step with `texts`.
@@ -177,23 +217,42 @@ DOV417_EXPORT int intf_multiCopy(QString regName, int start, int count, int step
 
 /**
  * @brief Replaces the cyclic reads by a plan for these addresses and watches exactly them.
- * @param keys the host's addresses (`stationNo`, `regName`, `address`, `length`); unchanged.
+ *
+ * Cached values stay. Keys that touch, or leave a hole of at most the merge gap, become one request
+ * of at most 128 words; bits are read by the words that hold them. A key with an unknown register
+ * name or station 0 yields a request that is never framed and holds up those behind it: check
+ * addresses first. Writes three debug lines a key.
+ *
+ * @param keys the host's addresses: `stationNo` 1 to 247, `regName`, `address`, `length`; all other
+ * fields are without effect. Any number, in any order; unchanged. Empty: nothing is read any more.
  * @return number of read requests in the plan.
  */
 DOV417_EXPORT int intf_addrMerge(QList<KEY_ADDRESS>& keys);
 
 /**
  * @brief Asks for a single read.
- * @param key  what to read; cut into pieces of at most the merge gap (8 times that for bits).
- * @param kind carried into the frames.
- * @return 1, or -1 for an unknown register name.
+ *
+ * When the read that was asked for last has ended, the callback is called with (-1, -1, "-1",
+ * 0 or, when the link failed, -1). At most 513 reads wait; further ones replace the last of them.
+ *
+ * @param key  what to read: `stationNo` 1 to 247, `regName` of a word type, `address`, `length`;
+ * cut into pieces of at most the merge gap. Unchanged. A bit type is taken but never framed, and
+ * holds up the condition reads behind it: ask for the words that hold the bits.
+ * @param kind any value; carried into the frames.
+ * @return 1, or -1 for an unknown register name: nothing is queued.
  */
 DOV417_EXPORT int intf_addConditionRead(KEY_ADDRESS& key, int kind);
 
 /**
  * @brief Replaces the recipe plan.
- * @param records addresses and buffer places; those of other links are ignored. Keep each within
- * 128 units: pieces cut from a longer record all carry its own buffer offset.
+ *
+ * Neighbours in the controller become one request; their values must be neighbours in the buffer
+ * too, as the request uses the first record's offset for all of them. Set a recipe flag in the host
+ * block only after records were taken.
+ *
+ * @param records addresses and buffer places, copied; those whose `linkId` is not the driver's tag
+ * are ignored. Keep each within 128 units: pieces cut from a longer record all carry its own buffer
+ * offset.
  * @return number of records taken.
  */
 DOV417_EXPORT int intf_setRcpAddress(QVector<_RCP_VAR_PRO>& records);
@@ -204,7 +263,13 @@ DOV417_EXPORT int intf_setRcpAddress(QVector<_RCP_VAR_PRO>& records);
 
 /**
  * @brief What to transmit next. The same frame is handed out until it is answered or abandoned.
- * @param[out] frame owned by the host; filled when the result is 1.
+ *
+ * In this order: handshake; recipe download; recipe upload; writes, at most 10 in a row; condition
+ * reads, while fewer than 3 writes or condition reads went since the last cyclic read; cyclic reads
+ * in turn.
+ *
+ * @param[out] frame the host's; all of it is filled when the result is 1, nothing when it is 0.
+ * Null: the frame is made and kept for the next call.
  * @return 1: transmit `frame->sendLength` bytes and collect `frame->replyLength`; 0: nothing to
  * send now (a request that cannot be framed also gives 0: poll again a little later).
  */
@@ -212,9 +277,15 @@ DOV417_EXPORT int intf_getSendFrame(FRAME_PRO* frame);
 
 /**
  * @brief Takes what was received for the frame handed out last.
+ *
+ * Length and CRC decide; station and function code are the host's to look at before. An exception
+ * reply is shorter than any awaited one and so a bad reply. Changed values are announced from
+ * within.
+ *
  * @param reply     received bytes, from the station number to the CRC; empty or null when nothing
- *                  came. Never changed.
- * @param[out] errorText describes the frame whatever the result: "1#R_W10(1)".
+ *                  came, also for a frame whose `replyLength` is 0. Never changed.
+ * @param[out] errorText receives station, address and length of the frame whatever the result,
+ * "1#R_W10(1)"; empty when none is outstanding. May be null.
  * @return a ::ReplyResult.
  */
 DOV417_EXPORT int intf_dealRcvFrame(QByteArray* reply, QString* errorText);
@@ -225,12 +296,17 @@ DOV417_EXPORT int intf_dealRcvFrame(QByteArray* reply, QString* errorText);
 
 /**
  * @brief Copies cached values. A value that the host wrote is visible at once.
+ *
+ * Never waits for the line. An address that was never received reads as 0; being read here does not
+ * put it into the plan. May be called from within the callback.
+ *
  * @param station  station number.
  * @param regName  register type name.
  * @param address  bit number for bit types, else word number.
- * @param length   bits for bit types, else 16-bit words ("R_D": two a value).
- * @param[out] out one byte a bit (0 or 1), or two bytes a word, low byte first. The host provides
- *                 enough of them; nothing is checked.
+ * @param length   bits for bit types, else 16-bit words ("R_D": two a value, an odd last word is
+ *                 left out). Below 1: nothing is copied.
+ * @param[out] out the host's: one byte a bit (0 or 1), or two bytes a word, low byte first. The
+ *                 host provides enough of them; nothing is checked. "R_D": low word first.
  * @return 1, or -1 for an unknown register name.
  */
 DOV417_EXPORT int intf_getData(int station, QString regName, int address, int length,
@@ -238,12 +314,26 @@ DOV417_EXPORT int intf_getData(int station, QString regName, int address, int le
 
 /**
  * @brief Writes values: queues the requests and shows the values in the cache at once.
- * @param station  station number; 0 is the broadcast (not for "R_bit").
+ *
+ * Watched views that change are announced before the values are stored. The value stays visible
+ * until the controller has accepted or the driver has given up the write. Views of a write that was
+ * given up, and of bit writes either way, are announced again then. A write to the same place that
+ * still waits is replaced. At most 513 writes wait; further ones replace the last of them.
+ *
+ * @par Threads
+ * May come from a second thread while the first one polls, as far as the pending write list is
+ * concerned: `driver.mutex` guards the removal of its head. The cache is not locked: such a host
+ * keeps its own calls apart, as for every other function. Not from within the callback.
+ *
+ * @param station  station number; 0 is the broadcast, which nobody answers (not for "R_bit": never
+ * framed, and it holds up the writes behind it).
  * @param regName  register type name.
  * @param address  bit number for bit types, else word number.
- * @param length   bits for bit types, else 16-bit words. At most 1024 bits or 512 words.
+ * @param length   bits for bit types, else 16-bit words. At most 1024 bits or 512 words; cut into
+ * pieces of at most the merge gap (8 times that for bits). Write bits of "I_bit", "Q_bit" and
+ * "M_bit" one at a time: a run of them goes out without its area's base address.
  * @param data     one byte a bit (1 = set), or two bytes a word, low byte first; copied.
- * @param kind     carried into the frames.
+ * @param kind     any value; carried into the frames.
  * @return 1 queued (or stored, in cache-only mode); -1 unknown register name or too long: nothing
  * changed.
  */
