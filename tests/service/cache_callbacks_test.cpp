@@ -15,11 +15,12 @@ struct Action {
     std::function<void()> run;
 };
 
-// What the driver is doing when it tells the host; `run` announces at least twice.
+// What the driver is doing when it tells the host: a write, and its failure. Both announce.
 struct Occasion {
     const char* label;
     std::function<void()> prepare;
-    std::function<void()> run;
+    std::function<void()> write;
+    std::function<void()> fail;
 };
 
 unsigned char someBytes[32] = {1, 2, 1, 4, 1, 6, 1, 8, 1, 10, 1, 12, 1, 14, 1, 16};
@@ -105,12 +106,14 @@ void watchEverything()
     intf_addrMerge(keys);
 }
 
-void writeThenFail(const char* regName, int address, int length)
+Occasion shipped(const char* label, const char* regName, int address, int length)
 {
-    DebugLines quiet;
-    intf_setData(1, name(regName), address, length, someBytes, 2);
-    // bits need two settlings where the same write is queued twice
-    _write_FailOrSuc(1, name(regName), address, length, 0);
+    return {label, watchEverything,
+            [=] {
+                DebugLines quiet;
+                intf_setData(1, name(regName), address, length, someBytes, 2);
+            },
+            [=] { _write_FailOrSuc(1, name(regName), address, length, 0); }};
 }
 
 // Units of area X with every view of every width marked.
@@ -124,40 +127,29 @@ void watchedUnits()
     }
 }
 
-void storeAndFail(const char* regName, const char* dataBits, const char* unitBits)
-{
-    const RegisterType type = registerRow(regName, dataBits, unitBits);
-    storeWrite(type, 1, type.name, 0, 4, someBytes);
-    settleWrite(type, 1, type.name, 0, 4, false);
-}
-
 Occasion generic(const char* label, const char* regName, const char* dataBits, const char* unitBits)
 {
-    return {label, watchedUnits, [=] { storeAndFail(regName, dataBits, unitBits); }};
+    const RegisterType type = registerRow(regName, dataBits, unitBits);
+    return {label, watchedUnits, [=] { storeWrite(type, 1, type.name, 0, 4, someBytes); },
+            [=] { settleWrite(type, 1, type.name, 0, 4, false); }};
 }
 
 const Occasion occasions[] = {
-    {"WordWrite", watchEverything, [] { writeThenFail("R_W", 0, 8); }},
-    {"DoubleWordWrite", watchEverything, [] { writeThenFail("R_D", 0, 8); }},
-    {"TimerWrite", watchEverything, [] { writeThenFail("T", 0, 8); }},
-    {"BitWrite", watchEverything, [] { writeThenFail("M_bit", 10, 12); }},
-    {"RegisterBitWrite", watchEverything, [] { writeThenFail("R_bit", 10, 12); }},
+    shipped("WordWrite", "R_W", 0, 8),
+    shipped("DoubleWordWrite", "R_D", 0, 8),
+    shipped("TimerWrite", "T", 0, 8),
+    shipped("BitWrite", "M_bit", 10, 12),
+    shipped("RegisterBitWrite", "R_bit", 10, 12),
     generic("WordOverBytes", "X_W", "16", "8"),
     generic("DoubleWordOverBytes", "X_D", "32", "8"),
     generic("DoubleWordUnit", "X_D", "32", "32"),
     generic("ByteUnit", "X_B", "8", "8"),
     generic("OneValueUnit", "X", "1", "1"),
     generic("BitOverBytes", "X_bit", "1", "8"),
-    {"Notifiers", watchedUnits,
-     [] {
-         _wordDataChange(nullptr, nullptr, 7, 0);
-         if (driver.dataAreas.size() > 6) {
-             _dwordDataChange(nullptr, nullptr, 6, 0);
-         }
-         if (driver.dataAreas.size() > 5) {
-             _byteDataChange(nullptr, nullptr, 5, 0);
-         }
-     }},
+    {"WordAndByteNotifiers", watchedUnits, [] { _wordDataChange(nullptr, nullptr, 7, 0); },
+     [] { _byteDataChange(nullptr, nullptr, 5, 0); }},
+    {"DoubleWordNotifiers", watchedUnits, [] { _dwordDataChange(nullptr, nullptr, 7, 0); },
+     [] { _dwordDataChange(nullptr, nullptr, 0, 0); }},
 };
 
 class FromWithinTheCallback
@@ -203,7 +195,8 @@ TEST_P(FromWithinTheCallback, TheHostMayActEveryTimeItIsTold)
             acting = false;
         }
     });
-    occasion().run();
+    occasion().write();
+    occasion().fail();
     EXPECT_GE(told, 1);
     whenTold(nullptr);
     expectAWorkingDriver();
@@ -218,7 +211,8 @@ TEST_P(FromWithinTheCallback, TheHostMayActOnceLateInTheCall)
             action().run();
         }
     });
-    occasion().run();
+    occasion().write();
+    occasion().fail();
     EXPECT_GE(told, 2);
     whenTold(nullptr);
     expectAWorkingDriver();
@@ -241,6 +235,33 @@ std::vector<const Action*> allActions()
     }
     return all;
 }
+
+// A reset from within: nothing of the call in progress may turn up in the new cache, nor be
+// announced.
+class ResetFromWithinTheCallback : public CacheTest,
+                                   public ::testing::WithParamInterface<const Occasion*> {};
+
+TEST_P(ResetFromWithinTheCallback, EndsTheCallInProgress)
+{
+    GetParam()->prepare();
+    whenTold([](const Notice&) { initAgain(); });
+    GetParam()->write();
+    EXPECT_EQ(notices().size(), 1u);
+    EXPECT_EQ(units(), Units());
+    EXPECT_EQ(queue(), Units());
+
+    whenTold(nullptr);
+    GetParam()->prepare();
+    GetParam()->write();
+    notices();
+    whenTold([](const Notice&) { initAgain(); });
+    GetParam()->fail();
+    EXPECT_EQ(notices().size(), 1u);
+    EXPECT_EQ(units(), Units());
+}
+
+INSTANTIATE_TEST_SUITE_P(Host, ResetFromWithinTheCallback, ::testing::ValuesIn(allOccasions()),
+                         [](const auto& tested) { return std::string(tested.param->label); });
 
 INSTANTIATE_TEST_SUITE_P(Host, FromWithinTheCallback,
                          ::testing::Combine(::testing::ValuesIn(allOccasions()),

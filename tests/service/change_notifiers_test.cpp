@@ -6,28 +6,7 @@
 
 namespace {
 
-class ChangeNotifiers : public CacheTest {
-protected:
-    // Announces a change of the only unit in the cache.
-    static void word(int oldValue, int newValue, int timerCounter = 0)
-    {
-        _wordDataChange(&oldValue, &newValue, 0, timerCounter);
-    }
-    static void dword(int oldValue, int newValue, int timerCounter = 0)
-    {
-        _dwordDataChange(&oldValue, &newValue, 0, timerCounter);
-    }
-    static void byte(unsigned char oldValue, unsigned char newValue, int timerCounter = 0)
-    {
-        _byteDataChange(&oldValue, &newValue, 0, timerCounter);
-    }
-    static void unitWatched(int address, int viewFlags, unsigned int bitMonitor = 0)
-    {
-        driver.dataAreas.clear();
-        put("X", address, "");
-        watch("X", address, viewFlags, bitMonitor);
-    }
-};
+using ChangeNotifiers = NotifierTest;
 
 // 16-bit units
 
@@ -189,177 +168,6 @@ TEST_F(ChangeNotifiers, BitAddressesOfFarUnitsWrapAround)
     EXPECT_EQ(notices(), (Notices{{7, 1, "X_bit", -32}, {7, 1, "X_bit", -8}}));
 }
 
-// 32-bit units
-
-TEST_F(ChangeNotifiers, EveryBitOfADoubleWordUnitIsAnnouncedAtItsOwnAddress)
-{
-    for (int k = 0; k < 32; ++k) {
-        const int mask = k == 31 ? INT_MIN : 1 << k;
-        unitWatched(2, 0, 1u << k);
-        dword(0, mask);
-        dword(mask, 0);
-        dword(-1, ~mask);
-        dword(0, ~mask);
-        const Notice expected = {7, 1, "X_bit", 64 + k};
-        EXPECT_EQ(notices(), (Notices{expected, expected, expected}));
-    }
-}
-
-TEST_F(ChangeNotifiers, AMissingDoubleWordValueAnnouncesEveryWatchedBit)
-{
-    int value = 0;
-    const Notices both = {{7, 1, "X_bit", 64}, {7, 1, "X_bit", 95}};
-    unitWatched(2, 0, 0x80000001u);
-    _dwordDataChange(nullptr, &value, 0, 0);
-    EXPECT_EQ(notices(), both);
-    _dwordDataChange(&value, nullptr, 0, 0);
-    EXPECT_EQ(notices(), both);
-    _dwordDataChange(nullptr, nullptr, 0, 0);
-    EXPECT_EQ(notices(), both);
-}
-
-TEST_F(ChangeNotifiers, ADoubleWordUnitAnnouncesItsBitsAndItselfAndNoWiderView)
-{
-    unitWatched(2, 127, 1);
-    dword(0, 1);
-    EXPECT_EQ(notices(), (Notices{{7, 1, "X_bit", 64}, {7, 1, "X_D", 2}}));
-    dword(1, 1);
-    EXPECT_EQ(notices(), (Notices{{7, 1, "X_D", 2}}));
-    unitWatched(2, 126);
-    dword(0, 1);
-    EXPECT_EQ(notices(), Notices());
-    unitWatched(-2, 1);
-    dword(0, 1);
-    EXPECT_EQ(notices(), (Notices{{7, 1, "X_D", -2}}));
-}
-
-TEST_F(ChangeNotifiers, ADoubleWordTimerIsAnnouncedUnderTheAreaNameAndNothingElse)
-{
-    unitWatched(2, 1, 0xFFFFFFFFu);
-    dword(0, -1, 1);
-    EXPECT_EQ(notices(), (Notices{{7, 1, "X", 2}}));
-    dword(0, -1, 3);
-    EXPECT_EQ(notices(), (Notices{{7, 1, "X", 2}}));
-    unitWatched(2, 2, 0xFFFFFFFFu);
-    dword(0, -1, 1);
-    EXPECT_EQ(notices(), Notices());
-}
-
-// 8-bit units
-
-TEST_F(ChangeNotifiers, EveryBitOfAByteUnitIsAnnouncedAtItsOwnAddress)
-{
-    for (int k = 0; k < 8; ++k) {
-        unitWatched(2, 0, 1u << k);
-        byte(0, static_cast<unsigned char>(1 << k));
-        byte(static_cast<unsigned char>(1 << k), 0);
-        byte(0, static_cast<unsigned char>(0xFF ^ (1 << k)));
-        EXPECT_EQ(notices(), (Notices{{7, 1, "X_bit", 16 + k}, {7, 1, "X_bit", 16 + k}}));
-    }
-}
-
-TEST_F(ChangeNotifiers, AByteHasEightBits)
-{
-    unitWatched(2, 0, 0xFFFFFF00u);
-    byte(0, 0xFF);
-    _byteDataChange(nullptr, nullptr, 0, 0);
-    EXPECT_EQ(notices(), Notices());
-}
-
-TEST_F(ChangeNotifiers, AMissingByteValueAnnouncesEveryWatchedBit)
-{
-    unsigned char value = 0;
-    const Notices both = {{7, 1, "X_bit", 16}, {7, 1, "X_bit", 23}};
-    unitWatched(2, 0, 0x81);
-    _byteDataChange(nullptr, &value, 0, 0);
-    EXPECT_EQ(notices(), both);
-    _byteDataChange(&value, nullptr, 0, 0);
-    EXPECT_EQ(notices(), both);
-    _byteDataChange(nullptr, nullptr, 0, 0);
-    EXPECT_EQ(notices(), both);
-}
-
-TEST_F(ChangeNotifiers, AByteUnitAnnouncesBitsThenItselfThenWordsThenDoubleWords)
-{
-    unitWatched(5, 127, 0x81);
-    byte(0, 0xFF);
-    EXPECT_EQ(notices(), (Notices{{7, 1, "X_bit", 40},
-                                  {7, 1, "X_bit", 47},
-                                  {7, 1, "X_B", 5},
-                                  {7, 1, "X_W", 5},
-                                  {7, 1, "X_W", 4},
-                                  {7, 1, "X_D", 5},
-                                  {7, 1, "X_D", 4},
-                                  {7, 1, "X_D", 3},
-                                  {7, 1, "X_D", 2}}));
-}
-
-TEST_F(ChangeNotifiers, EachViewOfAByteUnitIsAnnouncedByItsOwnMark)
-{
-    const struct {
-        int mark;
-        Notice expected;
-    } rows[] = {{1, {7, 1, "X_B", 5}}, {2, {7, 1, "X_W", 5}},  {4, {7, 1, "X_W", 4}},
-                {8, {7, 1, "X_D", 5}}, {16, {7, 1, "X_D", 4}}, {32, {7, 1, "X_D", 3}},
-                {64, {7, 1, "X_D", 2}}};
-    for (const auto& row : rows) {
-        unitWatched(5, row.mark);
-        byte(9, 9);
-        EXPECT_EQ(notices(), Notices{row.expected});
-    }
-    unitWatched(5, 128);
-    byte(0, 1);
-    EXPECT_EQ(notices(), Notices());
-}
-
-TEST_F(ChangeNotifiers, NoViewOfAByteUnitIsAnnouncedBelowAddressZero)
-{
-    const struct {
-        int address;
-        Notices expected;
-    } rows[] = {{2,
-                 {{7, 1, "X_W", 2},
-                  {7, 1, "X_W", 1},
-                  {7, 1, "X_D", 2},
-                  {7, 1, "X_D", 1},
-                  {7, 1, "X_D", 0}}},
-                {1, {{7, 1, "X_W", 1}, {7, 1, "X_W", 0}, {7, 1, "X_D", 1}, {7, 1, "X_D", 0}}},
-                {0, {{7, 1, "X_W", 0}, {7, 1, "X_D", 0}}},
-                {-1, {}}};
-    for (const auto& row : rows) {
-        unitWatched(row.address, 126);
-        byte(0, 1);
-        EXPECT_EQ(notices(), row.expected);
-    }
-}
-
-TEST_F(ChangeNotifiers, AByteTimerIsAnnouncedUnderTheAreaNameAndNothingElse)
-{
-    unitWatched(5, 127, 0xFF);
-    byte(0, 0xFF, 1);
-    EXPECT_EQ(notices(), (Notices{{7, 1, "X", 5}}));
-    byte(0, 0xFF, 4);
-    EXPECT_EQ(notices(), (Notices{{7, 1, "X", 5}}));
-    unitWatched(5, 126, 0xFF);
-    byte(0, 0xFF, 1);
-    EXPECT_EQ(notices(), Notices());
-}
-
-// One-value units
-
-TEST_F(ChangeNotifiers, AOneValueUnitIsAnnouncedUnderTheAreaName)
-{
-    unitWatched(5, 1);
-    _bitDataChange(0);
-    EXPECT_EQ(notices(), (Notices{{7, 1, "X", 5}}));
-    unitWatched(5, 127, 0xFFFFFFFFu);
-    _bitDataChange(0);
-    EXPECT_EQ(notices(), (Notices{{7, 1, "X", 5}}));
-    unitWatched(5, 126, 0xFFFFFFFFu);
-    _bitDataChange(0);
-    EXPECT_EQ(notices(), Notices());
-}
-
 // What the host is told
 
 TEST_F(ChangeNotifiers, TheHostIsToldTheTagOfThePropertyAndTheRecordsStationAreaAndAddress)
@@ -380,6 +188,32 @@ TEST_F(ChangeNotifiers, TheHostIsToldTheTagOfThePropertyAndTheRecordsStationArea
                                   {-42, 247, "C_D", 9},
                                   {-42, 247, "C_B", 9},
                                   {-42, 247, "C", 9}}));
+}
+
+TEST_F(ChangeNotifiers, EveryAreaIsAnnouncedUnderItsOwnNames)
+{
+    for (const char* area : {"I", "Q", "M", "R", "T", "C", "X", "RR", "r", ""}) {
+        driver.dataAreas.clear();
+        put(area, 2, "");
+        watch(area, 2, 3, 1);
+        const std::string letter = area;
+        word(0, 1);
+        EXPECT_EQ(notices(), (Notices{{7, 1, letter + "_bit", 32},
+                                      {7, 1, letter + "_W", 2},
+                                      {7, 1, letter + "_D", 2}}));
+        dword(0, 1);
+        EXPECT_EQ(notices(), (Notices{{7, 1, letter + "_bit", 64}, {7, 1, letter + "_D", 2}}));
+        byte(0, 1);
+        EXPECT_EQ(notices(), (Notices{{7, 1, letter + "_bit", 16},
+                                      {7, 1, letter + "_B", 2},
+                                      {7, 1, letter + "_W", 2}}));
+        word(0, 1, 1);
+        dword(0, 1, 1);
+        byte(0, 1, 1);
+        _bitDataChange(0);
+        const Notice plain = {7, 1, letter, 2};
+        EXPECT_EQ(notices(), (Notices{plain, plain, plain, plain}));
+    }
 }
 
 TEST_F(ChangeNotifiers, AnnouncingChangesNothingInTheRecord)
@@ -429,17 +263,35 @@ void keepAndChange(int, int, QString& regName, int)
 
 TEST_F(ChangeNotifiers, TheHostMayKeepAndChangeTheNameItIsGiven)
 {
-    keptNames.clear();
     intf_setAddrValueChangeCallBack(keepAndChange);
-    unitWatched(3, 7, 0x0003);
-    word(0, 0xFFFF);
-    word(0, 0xFFFF, 1);
-    EXPECT_EQ(text(keptNames.join(name(" "))), "X_bit X_bit X_W X_D X_D X");
-    EXPECT_EQ(units(), Units({"1/X 3"}));
-
+    for (const char* area : {"X", "R"}) {
+        driver.dataAreas.clear();
+        put(area, 3, "");
+        watch(area, 3, 7, 0x0003);
+        keptNames.clear();
+        word(0, 0xFFFF);
+        word(0, 0xFFFF, 1);
+        const std::string letter = area;
+        EXPECT_EQ(text(keptNames.join(name(" "))), letter + "_bit " + letter + "_bit " + letter +
+                                                       "_W " + letter + "_D " + letter + "_D " +
+                                                       letter);
+        EXPECT_EQ(units(), Units({"1/" + letter + " 3"}));
+    }
     const QString own = name("R_W");
     callHost(0, 1, own, 1);
     EXPECT_EQ(text(own), "R_W");
+    keptNames.clear();
+}
+
+TEST_F(ChangeNotifiers, TheHostMayChangeTheNameOfADirectlyAnnouncedView)
+{
+    keptNames.clear();
+    intf_setAddrValueChangeCallBack(keepAndChange);
+    const RegisterType type = registerRow("X_Y", "1", "1");
+    store(type, 5, 2, "07 08");
+    settle(type, 5, 2, false);
+    EXPECT_EQ(text(keptNames.join(name(" "))), "X_Y X_Y X_Y X_Y");
+    EXPECT_EQ(text(type.name), "X_Y");
     keptNames.clear();
 }
 

@@ -176,6 +176,43 @@ TEST_F(ChangedFromOutside, AWriteIsStoredInTheFirstRecordEvenWhenTheCacheChanged
     EXPECT_EQ(toHex(driver.dataAreas.at(2).pendingValue, 2), "34 12");
 }
 
+// M 1 a second time, right behind M 0: where a run of M would look for it.
+TEST_F(ChangedFromOutside, ARunFindsTheFirstRecordOfEachUnitThoughAnotherStandsNearer)
+{
+    const auto refill = [] {
+        driver.dataAreas.clear();
+        put("M", 1, "11");
+        put("M", 0, "00");
+        put("M", 1, "22");
+        put("M", 2, "33");
+    };
+    refill();
+    EXPECT_EQ(read("M_W", 0, 3), "00 00 11 00 33 00");
+    EXPECT_EQ(read("M_bit", 15, 2), "00 01");
+    refill();
+    _setDataAreaMonitorFlag(1, name("M_W"), 0, 3);
+    EXPECT_EQ(marks(), Units({"M1 views 1", "M0 views 1", "M1", "M2 views 1"}));
+    refill();
+    save("M_W", 0, 2, "01 02 03 04");
+    EXPECT_EQ(written(), Units({"M1 03 04 00 00", "M0 01 02 00 00"}));
+    settleNamed("M_W", 0, 2, 1);
+    EXPECT_EQ(written(), Units());
+    EXPECT_EQ(toHex(driver.dataAreas.at(0).deviceValue, 2), "03 04");
+    EXPECT_EQ(toHex(driver.dataAreas.at(2).deviceValue, 2), "22 00");
+    refill();
+    save("M_bit", 15, 2, "01 01");
+    EXPECT_EQ(written(), Units({"M1 11 00 00 00", "M0 00 80 00 00"}));
+    settleNamed("M_bit", 15, 2, 1);
+    EXPECT_EQ(written(), Units());
+    driver.dataAreas.clear();
+    put("R", 1, "11");
+    put("R", 0, "00");
+    put("R", 1, "22");
+    EXPECT_EQ(read("R_D", 0, 2), "00 00 11 00");
+    save("R_D", 0, 2, "01 02 03 04");
+    EXPECT_EQ(written(), Units({"R1 03 04 00 00", "R0 01 02 00 00"}));
+}
+
 // What the cache promises, said plainly: the first record with the key, else a new one at the end.
 int plainFind(QList<_DATA_>& list, int station, const QString& area, int address)
 {

@@ -23,7 +23,7 @@ TEST_F(WriteQueue, ARepeatedWriteReplacesTheQueuedOneInItsPlace)
     write("R_W", 100, 1, "22 00", 1, 2);
     write("R_W", 3, 1, "33 00");
     write("R_W", 100, 1, "44 55", 1, 9);
-    EXPECT_EQ(queue(), Units({"1/R_W:1+1", "1/R_W:100+1", "1/R_W:3+1"}));
+    ASSERT_EQ(queue(), Units({"1/R_W:1+1", "1/R_W:100+1", "1/R_W:3+1"}));
     EXPECT_EQ(queuedData(1, 2), "44 55");
     EXPECT_EQ(driver.writeList.at(1).kind, 9);
 }
@@ -91,7 +91,7 @@ TEST_F(WriteQueue, TheQueueGrowsTo513Entries)
     write("R_W", 1, 1, "11 00");
     EXPECT_EQ(driver.writeList.size(), 512);
     write("R_W", 2, 1, "22 00");
-    EXPECT_EQ(driver.writeList.size(), 513);
+    ASSERT_EQ(driver.writeList.size(), 513);
     EXPECT_EQ(queuedData(511, 2), "11 00");
     EXPECT_EQ(queuedData(512, 2), "22 00");
 }
@@ -100,11 +100,11 @@ TEST_F(WriteQueue, With513EntriesANewTargetReplacesTheOneAt512)
 {
     fillQueue(513);
     write("R_W", 1, 1, "11 00");
-    EXPECT_EQ(driver.writeList.size(), 513);
+    ASSERT_EQ(driver.writeList.size(), 513);
     EXPECT_EQ(driver.writeList.at(512).address, 1);
     EXPECT_EQ(driver.writeList.at(511).address, 1511);
     write("R_W", 2, 1, "22 00");
-    EXPECT_EQ(driver.writeList.size(), 513);
+    ASSERT_EQ(driver.writeList.size(), 513);
     EXPECT_EQ(driver.writeList.at(512).address, 2);
     EXPECT_EQ(driver.writeList.at(511).address, 1511);
     EXPECT_EQ(queuedData(512, 2), "22 00");
@@ -114,7 +114,7 @@ TEST_F(WriteQueue, With514EntriesANewTargetReplacesTheOneAt512AndTheListKeepsIts
 {
     fillQueue(514);
     write("R_W", 1, 1, "11 00");
-    EXPECT_EQ(driver.writeList.size(), 514);
+    ASSERT_EQ(driver.writeList.size(), 514);
     EXPECT_EQ(driver.writeList.at(511).address, 1511);
     EXPECT_EQ(driver.writeList.at(512).address, 1);
     EXPECT_EQ(driver.writeList.at(513).address, 1513);
@@ -125,7 +125,7 @@ TEST_F(WriteQueue, AFullQueueStillReplacesAnEqualWriteInItsPlace)
     fillQueue(514);
     write("R_W", 1513, 1, "11 00");
     write("R_W", 1001, 1, "22 00");
-    EXPECT_EQ(driver.writeList.size(), 514);
+    ASSERT_EQ(driver.writeList.size(), 514);
     EXPECT_EQ(queuedData(513, 2), "11 00");
     EXPECT_EQ(queuedData(1, 2), "22 00");
     EXPECT_EQ(driver.writeList.at(512).address, 1512);
@@ -146,7 +146,7 @@ TEST_F(WriteQueue, AQueueChangedFromOutsideIsSearchedAsItIsNow)
     write("R_W", 3, 1, "33 00");
     driver.writeList.removeAt(1);
     write("R_W", 2, 1, "44 00");
-    EXPECT_EQ(queue(), Units({"1/R_W:1+1", "1/R_W:3+1", "1/R_W:2+1"}));
+    ASSERT_EQ(queue(), Units({"1/R_W:1+1", "1/R_W:3+1", "1/R_W:2+1"}));
     driver.writeList[1].address = 50;
     write("R_W", 3, 1, "55 00");
     write("R_W", 50, 1, "66 00");

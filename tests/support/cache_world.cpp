@@ -5,6 +5,7 @@
 #include <iomanip>
 #include <sstream>
 
+#include "change_notifiers.h"
 #include "data_areas.h"
 #include "reading_values.h"
 #include "writing_values.h"
@@ -140,6 +141,10 @@ std::vector<std::string> CacheTest::queue()
 
 std::string CacheTest::queuedData(int index, int count)
 {
+    if (index >= driver.writeList.size()) {
+        ADD_FAILURE() << "no queued write " << index;
+        return "";
+    }
     return toHex(driver.writeList.at(index).data, count);
 }
 
@@ -175,4 +180,26 @@ void CacheTest::save(const char* regName, int address, int length, const char* b
 void CacheTest::settleNamed(const char* regName, int address, int length, int result, int station)
 {
     _write_FailOrSuc(station, name(regName), address, length, result);
+}
+
+void NotifierTest::word(int oldValue, int newValue, int timerCounter)
+{
+    _wordDataChange(&oldValue, &newValue, 0, timerCounter);
+}
+
+void NotifierTest::dword(int oldValue, int newValue, int timerCounter)
+{
+    _dwordDataChange(&oldValue, &newValue, 0, timerCounter);
+}
+
+void NotifierTest::byte(unsigned char oldValue, unsigned char newValue, int timerCounter)
+{
+    _byteDataChange(&oldValue, &newValue, 0, timerCounter);
+}
+
+void NotifierTest::unitWatched(int address, int viewFlags, unsigned int bitMonitor)
+{
+    driver.dataAreas.clear();
+    put("X", address, "");
+    watch("X", address, viewFlags, bitMonitor);
 }

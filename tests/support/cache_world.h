@@ -53,6 +53,15 @@ protected:
                             int station = 1);
 };
 
+// Announces changes of the only unit in the cache, X.
+class NotifierTest : public CacheTest {
+protected:
+    static void word(int oldValue, int newValue, int timerCounter = 0);
+    static void dword(int oldValue, int newValue, int timerCounter = 0);
+    static void byte(unsigned char oldValue, unsigned char newValue, int timerCounter = 0);
+    static void unitWatched(int address, int viewFlags, unsigned int bitMonitor = 0);
+};
+
 using Units = std::vector<std::string>;
 
 #endif
