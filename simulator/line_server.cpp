@@ -231,8 +231,10 @@ void LineServer::Private::serve(const QByteArray& frame, std::int64_t arrivedAt)
     }
     ++counters.requests;
     log(LineEvent::received, frame, describe(answer));
+    const std::int64_t opening = openedAt;
     emit q.served(answer);
-    if (!answer.reply.isEmpty() && port.isOpen())
+    const bool sameLine = port.isOpen() && openedAt == opening;
+    if (!answer.reply.isEmpty() && sameLine)
         send(frame, answer, arrivedAt);
 }
 

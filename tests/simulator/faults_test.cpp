@@ -341,6 +341,7 @@ TEST(Faults, OfOneKindActOncePerReply)
     const Transmission result = faults.apply(bytesOf(request), bytesOf(reply));
     EXPECT_EQ(differingBits(result.bytes(), bytesOf(reply)), 1);
     EXPECT_EQ(faults.count(FaultKind::flip), 1U);
+    EXPECT_EQ(hexOf(once({"station:2=100%", "station:9=100%"}).bytes()), "02 03 02 12 34 F1 33");
 }
 
 } // namespace

@@ -17,6 +17,7 @@ public:
     explicit ServedLine(const SimulationOptions& options) : m_simulation(new Simulation(options))
     {
         m_thread.start();
+        m_inServer.moveToThread(&m_thread);
         m_simulation->moveToThread(&m_thread);
         inServer([this]() {
             QString error;
@@ -36,11 +37,7 @@ public:
     template <typename Action>
     void inServer(Action action)
     {
-        QMetaObject::invokeMethod(m_simulation, action, Qt::BlockingQueuedConnection);
-    }
-    Simulation& simulation()
-    {
-        return *m_simulation;
+        QMetaObject::invokeMethod(&m_inServer, action, Qt::BlockingQueuedConnection);
     }
     std::uint16_t word(int station, Area area, int number)
     {
@@ -61,6 +58,7 @@ public:
 
 private:
     QThread m_thread;
+    QObject m_inServer;
     Simulation* m_simulation;
 };
 

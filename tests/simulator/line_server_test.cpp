@@ -1,75 +1,16 @@
-#include "line_server.h"
+#include "line_server_world.h"
 
 #include <QFile>
 #include <QFileInfo>
-#include <QTemporaryDir>
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <memory>
 #include <termios.h>
 #include <unistd.h>
-#include <vector>
 
 #include "line_port.h"
-#include "support.h"
-#include "wake_timer.h"
 
 namespace simulator {
 namespace {
-
-const char* const readRequest = "01 03 05 0A 00 01 A4 C4";
-const char* const readReply = "01 03 02 12 34 B5 33";
-const char* const writeRequest = "01 06 05 0B 00 07 B9 06";
-const char* const broadcast = "00 06 05 0C 00 07 09 16";
-
-class LineServerTest : public testing::Test {
-protected:
-    LineServerTest()
-    {
-        memory.station(1)->setWord(Area::R, 10, 0x1234);
-    }
-
-    void start(const char* fault = nullptr)
-    {
-        if (fault)
-            faults = Faults({parseFaultRule(QLatin1String(fault), nullptr).value()});
-        server = std::make_unique<LineServer>(controller, faults, options);
-        QObject::connect(server.get(), &LineServer::logged, server.get(),
-                         [this](const LineEvent& event) { events.push_back(event); });
-        QString error;
-        ASSERT_TRUE(server->open(&error)) << error.toStdString();
-    }
-
-    std::size_t countOf(LineEvent::Kind kind) const
-    {
-        std::size_t count = 0;
-        for (const LineEvent& event : events)
-            count += event.kind == kind ? 1U : 0U;
-        return count;
-    }
-    bool waitForEvents(LineEvent::Kind kind, std::size_t count)
-    {
-        return waitFor([&]() { return countOf(kind) >= count; });
-    }
-    bool waitForNotice(const char* text)
-    {
-        return waitFor([&]() {
-            for (const LineEvent& event : events) {
-                if (event.kind == LineEvent::notice && event.meaning == QLatin1String(text))
-                    return true;
-            }
-            return false;
-        });
-    }
-
-    QTemporaryDir folder;
-    Memory memory{{1}};
-    Controller controller{memory};
-    Faults faults;
-    LineServerOptions options;
-    std::vector<LineEvent> events;
-    std::unique_ptr<LineServer> server;
-};
 
 TEST_F(LineServerTest, AnswersOnAPseudoTerminalOfItsOwn)
 {
@@ -207,6 +148,20 @@ TEST_F(LineServerTest, KeepsNothingUnreadForTheNextMaster)
     EXPECT_EQ(hexOf(next.receive(8)), writeRequest);
 }
 
+TEST_F(LineServerTest, SendsTheNextMasterNoLateReplyOfTheOneThatWent)
+{
+    start("late:300=every:1");
+    {
+        MasterEnd master(server->portName());
+        master.send(bytesOf(readRequest));
+        ASSERT_TRUE(waitForEvents(LineEvent::received, 1));
+    }
+    ASSERT_TRUE(waitForNotice("the other side closed the line"));
+    MasterEnd next(server->portName());
+    next.send(bytesOf(writeRequest));
+    EXPECT_EQ(hexOf(next.receive(8)), writeRequest);
+}
+
 TEST_F(LineServerTest, IsRawAgainAfterAMasterThatWasNot)
 {
     start();
@@ -266,6 +221,7 @@ TEST_F(LineServerTest, MayBeClosedAndReopenedByWhoeverHearsOfARequest)
     MasterEnd master(options.link);
     master.send(bytesOf(readRequest));
     EXPECT_EQ(hexOf(master.receive(7)), readReply);
+    EXPECT_EQ(server->counters().replies, 1U); // the first one went with its line
 }
 
 TEST_F(LineServerTest, ReplacesAStaleLinkButNothingElse)
@@ -336,130 +292,6 @@ TEST_F(LineServerTest, ServesADeviceAndTellsWhenItIsGone)
     ASSERT_TRUE(waitFor([&]() { return !reason.isEmpty(); }));
     EXPECT_EQ(text(reason), text(options.device + QLatin1String(" is gone")));
     EXPECT_FALSE(server->isOpen());
-}
-
-TEST_F(LineServerTest, LogsRequestsRepliesAndWhatHappenedToThem)
-{
-    start("flip=every:2");
-    MasterEnd master(server->portName());
-    master.send(bytesOf(readRequest));
-    master.receive(7);
-    master.send(bytesOf("01 03 14 A0 00 01 81 D8"));
-    master.receive(5);
-    ASSERT_TRUE(waitForEvents(LineEvent::sent, 2));
-    std::vector<std::string> meanings;
-    for (const LineEvent& event : events) {
-        if (event.kind != LineEvent::notice)
-            meanings.push_back(event.meaning.toStdString());
-    }
-    EXPECT_EQ(meanings, (std::vector<std::string>{
-                            "station 1 reads register 1290", "reply",
-                            "station 1 reads register 5280: exception 2, illegal data address",
-                            "reply: exception 2, illegal data address [flip]"}));
-    LineEvent event;
-    event.kind = LineEvent::received;
-    event.timeNs = 12345678;
-    event.bytes = bytesOf(readRequest);
-    event.meaning = QStringLiteral("meaning");
-    EXPECT_EQ(text(logText(event)), "    0.012346 <- 01 03 05 0A 00 01 A4 C4  meaning");
-}
-
-TEST_F(LineServerTest, WithholdsASilencedReplyAndGoesOn)
-{
-    start("silence=every:2");
-    MasterEnd master(server->portName());
-    master.send(bytesOf(readRequest));
-    EXPECT_EQ(hexOf(master.receive(7)), readReply);
-    master.send(bytesOf(writeRequest));
-    ASSERT_TRUE(waitForEvents(LineEvent::withheld, 1));
-    EXPECT_EQ(memory.station(1)->word(Area::R, 11), 7); // executed all the same
-    master.send(bytesOf(readRequest));
-    EXPECT_EQ(hexOf(master.receive(7)), readReply);
-}
-
-TEST_F(LineServerTest, EchoesTheRequestBeforeTheReply)
-{
-    start("echo=every:1");
-    MasterEnd master(server->portName());
-    master.send(bytesOf(readRequest));
-    EXPECT_EQ(hexOf(master.receive(15)), std::string(readRequest) + " " + readReply);
-}
-
-TEST_F(LineServerTest, SendsALateReplyLateAndThoseOfLaterRequestsBehindIt)
-{
-    start("late:50=every:2");
-    MasterEnd master(server->portName());
-    master.send(bytesOf(readRequest));
-    EXPECT_EQ(hexOf(master.receive(7)), readReply);
-    master.send(bytesOf(writeRequest) + bytesOf(readRequest));
-    EXPECT_EQ(hexOf(master.receive(15)), std::string(writeRequest) + " " + readReply);
-    ASSERT_TRUE(waitForEvents(LineEvent::sent, 3));
-    std::int64_t executed = 0;
-    std::int64_t sent = 0;
-    for (const LineEvent& event : events) {
-        if (event.kind == LineEvent::received && hexOf(event.bytes) == writeRequest)
-            executed = event.timeNs;
-        if (event.kind == LineEvent::sent && hexOf(event.bytes) == writeRequest)
-            sent = event.timeNs;
-    }
-    EXPECT_GE(sent - executed, 45000000); // never early
-}
-
-TEST_F(LineServerTest, SendsASlowReplyWhole)
-{
-    start("slow:2=every:1");
-    MasterEnd master(server->portName());
-    master.send(bytesOf(readRequest));
-    EXPECT_EQ(hexOf(master.receive(7)), readReply);
-    EXPECT_EQ(server->counters().replies, 1U);
-    ASSERT_TRUE(waitForEvents(LineEvent::sent, 1));
-    EXPECT_EQ(hexOf(events.back().bytes), readReply);
-}
-
-TEST_F(LineServerTest, PacedNeverIsFasterThanTheLine)
-{
-    options.paced = true;
-    options.line.baudRate = 9600;
-    options.turnaroundMs = 3;
-    start();
-    MasterEnd master(server->portName());
-    const std::int64_t begin = monotonicNow();
-    master.send(bytesOf(readRequest));
-    EXPECT_EQ(hexOf(master.receive(7)), readReply);
-    // 8 + 7 characters of 1.1458 ms, a silence of 4.0104 ms, 3 ms of turnaround.
-    EXPECT_GE(monotonicNow() - begin, 24197917);
-}
-
-TEST_F(LineServerTest, PacedKeepsARequestThatTakesLongerThanTheSilence)
-{
-    options.paced = true;
-    options.line.baudRate = 300;
-    options.leastSilenceMs = 0; // 128 ms of the line
-    start();
-    MasterEnd master(server->portName());
-    // The first 9 characters take 330 ms, the other 12 follow for 440 ms: when the second request
-    // has begun, its end is on its way.
-    const QByteArray second = bytesOf("01 10 05 0A 00 02 04 00 0A 01 02 EC D3");
-    master.send(bytesOf(readRequest) + second.left(1));
-    ASSERT_TRUE(waitFor([&]() { return server->counters().bytesReceived == 9; }));
-    master.send(second.mid(1));
-    EXPECT_EQ(hexOf(master.receive(15)), std::string(readReply) + " 01 10 05 0A 00 02 61 06");
-    EXPECT_EQ(server->counters().dropped, 0U);
-}
-
-TEST_F(LineServerTest, PacedSendsEveryKindOfFaultyReply)
-{
-    options.paced = true;
-    start("any=every:1");
-    MasterEnd master(server->portName());
-    for (std::size_t i = 1; i <= 40; ++i) {
-        master.send(bytesOf(readRequest));
-        ASSERT_TRUE(waitFor(
-            [&]() { return countOf(LineEvent::sent) + countOf(LineEvent::withheld) == i; }));
-        master.readNow();
-    }
-    EXPECT_EQ(server->counters().requests, 40U);
-    EXPECT_EQ(faults.faulty(), 40U);
 }
 
 } // namespace
