@@ -442,8 +442,8 @@ int intf_dealRcvFrame(QByteArray* reply, QString* errorText)
         }
         return replyNothingOutstanding;
     }
-    const QByteArray nothing;
-    const QByteArray& received = reply != 0 ? *reply : nothing;
+    // Shares the bytes: the host may empty its buffer in a callback.
+    const QByteArray received = reply != 0 ? *reply : QByteArray();
     if (errorText != 0) {
         *errorText = describeRequest(driver.sendList.at(0).request, received);
     }

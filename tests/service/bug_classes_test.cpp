@@ -366,6 +366,28 @@ TEST_F(BugClasses, EveryCallFromWithinTheCallbackLeavesMemoryWhole)
     EXPECT_LE(driver.conditionList.size(), 513);
 }
 
+QByteArray receiveBuffer;
+
+void reuseReceiveBuffer(QString&, int)
+{
+    receiveBuffer.clear();
+    receiveBuffer.squeeze();
+}
+
+// A host has one receive buffer, and what it does when a value changes may end in that buffer.
+TEST_F(BugClasses, ReplyWhoseBufferTheCallbackEmptiesIsDecodedToItsEnd)
+{
+    plan({key("R_W", 0, 3)});
+    poll();
+    answerFromWithin(reuseReceiveBuffer);
+    receiveBuffer = withCrc("01 03 06 12 34 56 78 9A BC");
+    receiveBuffer.detach();
+    QString errorText;
+    EXPECT_EQ(intf_dealRcvFrame(&receiveBuffer, &errorText), 1);
+    EXPECT_EQ(read("R_W", 0, 3), "34 12 78 56 BC 9A");
+    EXPECT_EQ(calls, 3);
+}
+
 TEST_F(BugClasses, ListsChangedFromOutsideBetweenPollsAndRepliesAreSeenAsTheyAre)
 {
     plan({key("R_W", 0, 2)});
