@@ -31,8 +31,7 @@ void checkUnknownName(const Asked& asked)
     int address = asked.held;
     const int code = intf_checkAddr(asked.regName, asked.text, &address, asked.dataType,
                                     asked.length, asked.accessMode);
-    const bool inside =
-        asked.held >= 0 && static_cast<long long>(asked.held) + asked.length <= 1;
+    const bool inside = asked.held >= 0 && static_cast<long long>(asked.held) + asked.length <= 1;
     require(code == (inside ? 3 : 2), "an unknown name is judged by the value held");
     require(address == asked.held, "an unknown name converts nothing");
 }
@@ -80,7 +79,8 @@ void checkSeries(Script& script, const Asked& asked)
     const int result = intf_multiCopy(asked.regName, start, count, step, texts, addresses);
     const int type = typeOf(asked.regName);
     if (type < 0) {
-        require(result == 0 && texts.isEmpty() && addresses.isEmpty(), "an unknown series is empty");
+        require(result == 0 && texts.isEmpty() && addresses.isEmpty(),
+                "an unknown series is empty");
         return;
     }
     const TypeFacts& facts = factsOf(type);
@@ -152,8 +152,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, size_t size)
     if (utf16) {
         asked.text.clear();
         for (int i = 0; i + 1 < rest.size(); i += 2) {
-            asked.text.append(QChar(static_cast<uchar>(rest.at(i)),
-                                    static_cast<uchar>(rest.at(i + 1))));
+            asked.text.append(
+                QChar(static_cast<uchar>(rest.at(i)), static_cast<uchar>(rest.at(i + 1))));
         }
     }
     const int type = typeOf(asked.regName);

@@ -23,14 +23,15 @@ struct World {
     CacheWatch watch;
     std::unique_ptr<FRAME_PRO> onLine; // handed out, not answered yet
     bool repeated = false;             // the frame on the line is that of an earlier request
-    bool unsure = false; // something was answered or changed behind the model's back
-    int link = 0;        // commFailed as the last exchange left it
+    bool unsure = false;               // something was answered or changed behind the model's back
+    int link = 0;                      // commFailed as the last exchange left it
     int resets = 0;
     bool hasBlock = true;
     bool hasBuffer = true;
     int nestedCalls = 0;
     int depth = 0;
     int callbackMode = 0;
+    QByteArray* received = nullptr; // the host's receive buffer while the driver looks at it
 };
 
 World* world = nullptr;
@@ -42,6 +43,10 @@ void onChange(int, int station, QString& regName, int address)
     unsigned char out[4] = {0, 0, 0, 0};
     intf_getData(station, regName, address, 2, out);
     regName.clear();
+    if (world->received != nullptr && world->callbackMode % 2 == 1) {
+        world->received->fill('\x77');
+        *world->received = QByteArray();
+    }
     if (world->callbackMode >= 2 && world->depth < 3 && world->nestedCalls < maxNestedCalls) {
         ++world->depth;
         ++world->nestedCalls;
@@ -54,16 +59,16 @@ void onChange(int, int station, QString& regName, int address)
 
 void initialise(World& w)
 {
-    const char* const texts[] = {"7#0#0#3#10", "7#0#0#1#0", "7#1#0#2#5", "7#0#0#0#128",
-                                 "7#0#0#5#-3", "x##", "7#0#0#2#1#9", "7#0#0#3#300"};
+    const char* const texts[] = {"7#0#0#3#10", "7#0#0#1#0", "7#1#0#2#5",   "7#0#0#0#128",
+                                 "7#0#0#5#-3", "x##",       "7#0#0#2#1#9", "7#0#0#3#300"};
     const int chosen = w.script.byte();
     w.hasBlock = chosen % 16 != 15;
     w.hasBuffer = chosen % 16 != 14;
     int result = -1;
     require(intf_initProperty(w.hasBlock ? w.host.block.data() : nullptr, 5,
                               w.hasBuffer ? w.host.recipe.data() : nullptr, &result,
-                              texts[chosen / 16 % 8], chosen % 16 != 13 ? &w.host.mutex : nullptr) ==
-                1,
+                              texts[chosen / 16 % 8],
+                              chosen % 16 != 13 ? &w.host.mutex : nullptr) == 1,
             "initialisation gives 1");
     require(result == 0, "and stores 0");
     w.model.reset();
@@ -284,7 +289,9 @@ void answer(World& w)
         w.unsure = true;
     }
     QString errorText;
+    w.received = &reply;
     const int result = intf_dealRcvFrame(nullReply ? nullptr : &reply, &errorText);
+    w.received = nullptr;
     require(result == 0 || result == 1 || result == 2 || result == 8, "a result of the table");
     require((result == 0) == (frames == 0), "0 means that nothing was outstanding");
     if (result == 0 || result == 8) {
@@ -316,9 +323,10 @@ void readValues(World& w)
     const int address = w.script.address();
     const int length = w.script.length(40);
     const int units = length < 0 ? 0 : length;
-    const int bytes = type < 0 ? 0 : factsOf(type).bits ? units : regName == QLatin1String("R_D")
-                                                                     ? units / 2 * 4
-                                                                     : 2 * units;
+    const int bytes = type < 0                          ? 0
+                      : factsOf(type).bits              ? units
+                      : regName == QLatin1String("R_D") ? units / 2 * 4
+                                                        : 2 * units;
     std::vector<unsigned char> out(static_cast<size_t>(bytes), 0xEE); // exactly as long as needed
     require(intf_getData(station, regName, address, length, out.data()) == (type < 0 ? -1 : 1),
             "unknown names are refused");
@@ -403,7 +411,7 @@ void setFlags(World& w)
 
 void setCallback(World& w)
 {
-    w.callbackMode = w.script.choice(3);
+    w.callbackMode = w.script.choice(4);
     intf_setAddrValueChangeCallBack(w.callbackMode == 0 ? nullptr : onChange);
 }
 
@@ -473,8 +481,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, size_t size)
     world = &w;
     freshDriver(w.host, "7#0#0#3#10");
     setCallback(w);
-    for (int call = 0;
-         call < maxCalls && !w.script.ended() && driver.dataAreas.size() < maxUnits; ++call) {
+    for (int call = 0; call < maxCalls && !w.script.ended() && driver.dataAreas.size() < maxUnits;
+         ++call) {
         oneCall(w, w.script.byte());
         requireInvariants(w, call);
     }

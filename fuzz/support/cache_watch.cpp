@@ -8,9 +8,9 @@ namespace {
 
 bool within(int address, int first, int length)
 {
-    return length > 0 && static_cast<unsigned int>(wrapped(static_cast<long long>(address) -
-                                                           first)) <
-                             static_cast<unsigned int>(length);
+    return length > 0 &&
+           static_cast<unsigned int>(wrapped(static_cast<long long>(address) - first)) <
+               static_cast<unsigned int>(length);
 }
 
 bool covers(const QueuedWrite& write, const _DATA_& unit)
@@ -71,8 +71,8 @@ void CacheWatch::requireReasons(const QueueModel& model)
         for (const QueuedWrite& write : model.queue()) {
             reason = reason || covers(write, unit);
         }
-        require(reason || excused_.count(Unit(unit.station, unit.area.toStdString(),
-                                              unit.address)) != 0,
+        require(reason ||
+                    excused_.count(Unit(unit.station, unit.area.toStdString(), unit.address)) != 0,
                 "a unit is pending for a write that is on its way");
     }
 }

@@ -8,11 +8,11 @@ namespace {
 void saysNothing(QtMsgType, const QMessageLogContext&, const QString&) {}
 
 const TypeFacts types[typeCount] = {
-    {"I_bit", "I", true, true, 0, 2047},      {"Q_bit", "Q", true, true, 2048, 2047},
-    {"M_bit", "M", true, true, 4096, 2047},   {"R_bit", "R", true, false, 1280, 63999},
-    {"I_W", "I", false, true, 0, 127},        {"Q_W", "Q", false, true, 2048, 127},
-    {"M_W", "M", false, true, 4096, 127},     {"R_W", "R", false, false, 1280, 3999},
-    {"R_D", "R", false, false, 1280, 3998},   {"T", "T", false, false, 384, 127},
+    {"I_bit", "I", true, true, 0, 2047},    {"Q_bit", "Q", true, true, 2048, 2047},
+    {"M_bit", "M", true, true, 4096, 2047}, {"R_bit", "R", true, false, 1280, 63999},
+    {"I_W", "I", false, true, 0, 127},      {"Q_W", "Q", false, true, 2048, 127},
+    {"M_W", "M", false, true, 4096, 127},   {"R_W", "R", false, false, 1280, 3999},
+    {"R_D", "R", false, false, 1280, 3998}, {"T", "T", false, false, 384, 127},
     {"C", "C", false, false, 512, 127},
 };
 
