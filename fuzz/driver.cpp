@@ -384,9 +384,10 @@ void changeFromOutside(World& w)
         return;
     case 2:
         if (!driver.dataAreas.isEmpty()) { // a second record of a unit: the first one wins
-            const _DATA_ copy = driver.dataAreas.at(w.script.byte() % driver.dataAreas.size());
+            _DATA_ copy = driver.dataAreas.at(w.script.byte() % driver.dataAreas.size());
+            copy.writePending = 0;
+            copy.pendingBits = 0;
             driver.dataAreas.append(copy);
-            w.watch.excuseAll();
         }
         return;
     case 3:

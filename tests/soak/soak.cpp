@@ -140,7 +140,7 @@ void Soak::controllerLives()
 
 void Soak::hostActs()
 {
-    const unsigned int dice = random_() % 1000;
+    const int dice = static_cast<int>(random_() % 1000);
     if (dice < 250 && ledger_.queued() < maxQueued) {
         ledger_.writeOne(random_);
     } else if (dice < 300) {
@@ -159,8 +159,12 @@ void Soak::hostActs()
         recipe_.start(random_);
     } else if (dice == 401 && random_() % 50 == 0) {
         plan();
-    } else if (dice == 402 && random_() % 500 == 0) {
+    } else if (dice == 402 && random_() % 20 == 0) {
         initialise();
+    } else if (dice == 403) { // a screen full of entries at once
+        for (int i = 0; i < maxQueued; ++i) {
+            ledger_.writeOne(random_);
+        }
     }
 }
 
