@@ -159,7 +159,8 @@ void Soak::hostActs()
         recipe_.start(random_);
     } else if (dice == 401 && random_() % 50 == 0) {
         plan();
-    } else if (dice == 402 && random_() % 20 == 0) {
+    } else if (dice == 402 && random_() % 20 == 0 && !recipe_.underWay()) {
+        // Not in the middle of a recipe: the driver keeps its place in it over a reset.
         initialise();
     } else if (dice == 403) { // a screen full of entries at once
         for (int i = 0; i < maxQueued; ++i) {
