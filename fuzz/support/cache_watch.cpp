@@ -59,8 +59,11 @@ void CacheWatch::reset()
 void CacheWatch::requireReasons(const QueueModel& model)
 {
     for (int i = 0; i < driver.dataAreas.size(); ++i) {
-        const _DATA_& unit = driver.dataAreas.at(i);
+        const _DATA_ unit = driver.dataAreas.at(i);
         require(unit.writePending <= 1, "a unit is pending or not");
+        if (getIndexOfDataArea(unit.station, unit.area, unit.address, driver.dataAreas) != i) {
+            continue; // a second record of the unit, from outside: nobody looks at it
+        }
         if (unit.writePending == 0 && unit.pendingBits == 0) {
             if (!excused_.empty()) {
                 excused_.erase(Unit(unit.station, unit.area.toStdString(), unit.address));
