@@ -140,9 +140,11 @@ void writeOneRegister(const VARIABLE& request, const RegisterType& type)
 FRAME_PRO& appendRegisterWrite(const VARIABLE& request, int start, int words)
 {
     FRAME_PRO& made = appendMultipleWrite(request, writeMultipleRegisters, start, words, 2 * words);
-    for (int i = 0; i < words; ++i) {
-        made.frame[payloadAt + 2 * i] = request.data[2 * i + 1];
-        made.frame[payloadAt + 2 * i + 1] = request.data[2 * i];
+    const unsigned char* word = request.data;
+    unsigned char* out = made.frame + payloadAt;
+    for (int i = 0; i < words; ++i, word += 2, out += 2) {
+        out[0] = word[1];
+        out[1] = word[0];
     }
     finishWrite(made, payloadAt + 2 * words);
     return made;

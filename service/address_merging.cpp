@@ -88,7 +88,7 @@ void normalise(Keyed& key, const RegisterType& type, int mode)
 
 Run runOf(const KEY_ADDRESS& key, int opener)
 {
-    const Run run = {key.stationNo, key.regName, key.address, key.length, opener};
+    Run run = {key.stationNo, key.regName, key.address, key.length, opener};
     return run;
 }
 
@@ -264,6 +264,7 @@ int intf_addrMerge(QList<KEY_ADDRESS>& keys)
         unit->viewFlags = 0;
         unit->bitMonitor = 0;
     }
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): `keys` may be the driver's own
     const QList<KEY_ADDRESS> handed = keys;
     for (int i = 0; i < handed.size(); ++i) {
         const KEY_ADDRESS& key = handed.at(i);

@@ -127,8 +127,8 @@ void storeWords(const RegisterType& type, int station, int address, int length,
                 const unsigned char* data)
 {
     int index = -1;
-    for (int i = 0; i < length; ++i) {
-        index = storeWordUnit(type, station, wrapAdd(address, i), index + 1, data + 2 * i);
+    for (int i = 0; i < length; ++i, data += 2) {
+        index = storeWordUnit(type, station, wrapAdd(address, i), index + 1, data);
         if (index < 0) {
             return;
         }
@@ -152,12 +152,11 @@ void storeDwordsOverWords(const RegisterType& type, int station, int address, in
                           const unsigned char* data)
 {
     int index = -3;
-    for (int i = 0; i + 1 < length; i += 2) {
+    for (int i = 0; i + 1 < length; i += 2, data += 4) {
         const int first = wrapAdd(address, i);
-        const unsigned char* value = data + 2 * i;
-        index = storeWordUnit(type, station, wrapAdd(first, 1), index + 3, value + 2);
+        index = storeWordUnit(type, station, wrapAdd(first, 1), index + 3, data + 2);
         if (index >= 0) {
-            index = storeWordUnit(type, station, first, index - 1, value);
+            index = storeWordUnit(type, station, first, index - 1, data);
         }
         if (index < 0) {
             return;
@@ -170,10 +169,10 @@ void storeDwordsOverWords(const RegisterType& type, int station, int address, in
 void storeDwordUnits(const RegisterType& type, int station, int address, int length,
                      const unsigned char* data)
 {
+    const unsigned char* compared = data;
+    const unsigned char* stored = data;
     int index = -1;
-    for (int i = 0; i < length / 2; ++i) {
-        const unsigned char* compared = data + 4 * i;
-        const unsigned char* stored = data + 2 * i;
+    for (int i = 0; i < length / 2; ++i, compared += 4, stored += 2) {
         const WrittenUnit unit(type, station, wrapAdd(address, i), index + 1);
         const int oldValue =
             uchar2int32(unit.visible[0], unit.visible[1], unit.visible[2], unit.visible[3]);

@@ -106,6 +106,7 @@ bool holds(const RecipeGroup& group, int address)
 
 int intf_setRcpAddress(QVector<_RCP_VAR_PRO>& records)
 {
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): may be driver.recipeVars itself
     const QVector<_RCP_VAR_PRO> handed = records;
     driver.recipeVars.clear();
     for (int i = 0; i < handed.size(); ++i) {
@@ -160,14 +161,13 @@ void storeRecipeUpload(const VARIABLE& request, const unsigned char* words, int 
         return;
     }
     const unsigned int plan = driver.recipePlans;
-    for (int i = 0; i < count; ++i) {
+    for (int i = 0; i < count; ++i, words += 2) {
         const int address = wrapAdd(request.address, i);
         const int word = wrapAdd(group.bufOffset, wrapSub(address, group.records.first().address));
         if (word < 0 || !holds(group, address)) {
             continue;
         }
-        driver.recipeBuffer[word] =
-            static_cast<unsigned short>(uchar2int16(words[2 * i], words[2 * i + 1]));
+        driver.recipeBuffer[word] = static_cast<unsigned short>(uchar2int16(words[0], words[1]));
         if (!callHost(0, -1, QString::fromLatin1("RWI"), word) || driver.recipePlans != plan) {
             return;
         }

@@ -150,7 +150,7 @@ public:
     // How many of `count` units of 16 bits, from value i on, hold what arrived.
     int unchanged(int index, int i, int count, bool lowFirst) const
     {
-        const long long place = static_cast<long long>(position_) + 2 * i;
+        const long long place = position_ + 2LL * i;
         if (place < 0 || place >= size_) {
             return 0;
         }

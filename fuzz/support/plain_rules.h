@@ -1,0 +1,25 @@
+// The planning rules written down as plainly as they are told: quadratic, whole lists copied.
+#ifndef DOV417_FUZZ_PLAIN_RULES_H
+#define DOV417_FUZZ_PLAIN_RULES_H
+
+#include <string>
+#include <vector>
+
+struct PlainKey {
+    long long station;
+    std::string regName;
+    int address;
+    int length;
+    int opener; // index of the key that opened the group
+};
+
+struct PlainPlan {
+    std::vector<PlainKey> requests;
+    std::vector<int> starts; // recipes: index of each record that opened a group
+    std::vector<int> order;  // recipes: which of the handed records stands where
+};
+
+PlainPlan plainCyclicPlan(std::vector<PlainKey> keys, int mergeGap);
+PlainPlan plainRecipePlan(std::vector<PlainKey> records);
+
+#endif

@@ -1,0 +1,27 @@
+# What fuzz/run and fuzz/check share: the targets, how they are built, how one is run. Sourced from
+# the project's root, after cmake/steps.sh.
+
+fuzz_packages="clang-14 libclang-rt-14-dev g++ cmake ninja-build qtbase5-dev"
+fuzz_targets="reply driver planning address_text frames"
+fuzz_build=build/fuzz
+
+build_fuzz_targets() {
+  # shellcheck disable=SC2086 # a list of names
+  need_packages $fuzz_packages
+  configure "$fuzz_build" -DCMAKE_CXX_COMPILER=clang++-14 -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+    -DCMAKE_CXX_FLAGS_RELWITHDEBINFO="-O2 -g1" -DDOV417_FUZZ=ON -DDOV417_TOOLS=OFF \
+    -DDOV417_TESTS=OFF
+  quietly cmake --build "$fuzz_build" --target fuzz_all
+}
+
+# fuzz_one TARGET CORPUS OPTION...: new inputs go to CORPUS, findings to fuzz/findings/TARGET.
+fuzz_one() {
+  local target=$1 corpus=$2
+  shift 2
+  mkdir -p "$corpus" "fuzz/findings/$target"
+  local dictionary=()
+  [ -e "fuzz/dictionary/$target" ] && dictionary=("-dict=fuzz/dictionary/$target")
+  "$fuzz_build/fuzz/fuzz_$target" "${dictionary[@]}" -max_len=800 -timeout=20 -rss_limit_mb=1500 \
+    -artifact_prefix="fuzz/findings/$target/" -print_final_stats=1 "$@" \
+    "$corpus" "fuzz/corpus/$target" >"$fuzz_build/$target.log" 2>&1
+}
