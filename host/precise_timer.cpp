@@ -39,10 +39,10 @@ void PreciseTimer::stop()
 
 void PreciseTimer::set(long long nanoseconds)
 {
-    itimerspec spec = itimerspec();
-    spec.it_value.tv_sec = static_cast<time_t>(nanoseconds / 1000000000);
-    spec.it_value.tv_nsec = static_cast<long>(nanoseconds % 1000000000);
-    timerfd_settime(descriptor_, TFD_TIMER_ABSTIME, &spec, nullptr);
+    itimerspec setting = itimerspec();
+    setting.it_value.tv_sec = static_cast<time_t>(nanoseconds / 1000000000);
+    setting.it_value.tv_nsec = static_cast<long>(nanoseconds % 1000000000);
+    timerfd_settime(descriptor_, TFD_TIMER_ABSTIME, &setting, nullptr);
 }
 
 void PreciseTimer::expired()
