@@ -1,0 +1,52 @@
+// Numbers at the edges of what the inner functions take, where one more or one less would show.
+#include "data_areas.h"
+#include "response_handling.h"
+#include "world.h"
+
+namespace {
+
+TEST(SetBitValue, LeavesAValueAloneWhereItHasNoSuchBit)
+{
+    EXPECT_EQ(_setBitValue(5, -1, 1), 5);
+    EXPECT_EQ(_setBitValue(5, 32, 1), 5);
+    EXPECT_EQ(_setBitValue(-1, -1, 0), -1);
+    EXPECT_EQ(_setBitValue(-1, 32, 0), -1);
+    EXPECT_EQ(_setBitValue(-1, 1000, 0), -1);
+}
+
+TEST(SetBitValue, ReachesTheLowestAndTheHighestBit)
+{
+    EXPECT_EQ(_setBitValue(0, 0, 1), 1);
+    EXPECT_EQ(_setBitValue(0, 31, 7), -2147483647 - 1);
+    EXPECT_EQ(_setBitValue(-1, 31, 0), 2147483647);
+    EXPECT_EQ(_setBitValue(-1, 0, 0), -2);
+}
+
+class EdgesOfDecoding : public DriverTest {};
+
+TEST_F(EdgesOfDecoding, TheFirstRegisterTypeOfTheTableIsDecodedLikeTheOthers)
+{
+    analyzeFrameOfVal(withCrc("01 01 02 CD AB"), 1, 3, request("I_bit", 4, 1));
+    EXPECT_EQ(read("I_W", 4, 1), "CD AB");
+}
+
+// Only the watched bits that changed are told, so a wrong byte of the old or new value would show.
+TEST_F(EdgesOfDecoding, EachByteOfA32BitUnitIsComparedWithItsOwnPlace)
+{
+    const QString row[rangeFieldCount] = {name("DDD"), name("0"),  name("127"), name("32"),
+                                          name("RW"),  name("32"), name("0")};
+    const RegisterType type = deriveRegisterType(name("X_D"), row, 3, 0);
+    decodeValues(type, hex("22 11 44 33"), 1, 0, 1, 5);
+    driver.dataAreas[0].bitMonitor = 0xFFFFFFFFu;
+    notices();
+    decodeValues(type, hex("22 11 45 33"), 1, 0, 1, 5); // bit 0 of the second register's low byte
+    decodeValues(type, hex("22 11 45 B3"), 1, 0, 1, 5);
+    decodeValues(type, hex("A2 11 45 B3"), 1, 0, 1, 5);
+    decodeValues(type, hex("A2 10 45 B3"), 1, 0, 1, 5);
+    EXPECT_EQ(notices(), (Notices{{7, 1, "X_bit", 5 * 32 + 24},
+                                  {7, 1, "X_bit", 5 * 32 + 23},
+                                  {7, 1, "X_bit", 5 * 32 + 15},
+                                  {7, 1, "X_bit", 5 * 32 + 0}}));
+}
+
+} // namespace
