@@ -49,4 +49,13 @@ TEST_F(EdgesOfDecoding, EachByteOfA32BitUnitIsComparedWithItsOwnPlace)
                                   {7, 1, "X_bit", 5 * 32 + 0}}));
 }
 
+// The second word is new, but the two bytes before it read like the word that the cache holds.
+TEST_F(EdgesOfDecoding, AWordIsComparedWithItsOwnBytesBehindAChangedOne)
+{
+    const RegisterType& type = registerType(7);
+    decodeValues(type, hex("11 11 AA BB"), 2, 0, 1, 0);
+    decodeValues(type, hex("11 AA BB 22"), 2, 0, 1, 0);
+    EXPECT_EQ(read("R_W", 0, 2), "AA 11 22 BB");
+}
+
 } // namespace
