@@ -1,6 +1,7 @@
 // Numbers at the edges of what the inner functions take, where one more or one less would show.
 #include "data_areas.h"
 #include "response_handling.h"
+#include "unit_index.h"
 #include "world.h"
 
 namespace {
@@ -56,6 +57,19 @@ TEST_F(EdgesOfDecoding, AWordIsComparedWithItsOwnBytesBehindAChangedOne)
     decodeValues(type, hex("11 11 AA BB"), 2, 0, 1, 0);
     decodeValues(type, hex("11 AA BB 22"), 2, 0, 1, 0);
     EXPECT_EQ(read("R_W", 0, 2), "AA 11 22 BB");
+}
+
+// A host appended a second record of word 1, right behind word 0's: the first one counts.
+TEST_F(EdgesOfDecoding, ARunOfRecordsIsNotFollowedOntoASecondRecordOfAUnit)
+{
+    const QString area = name("R");
+    driver.dataAreas.append(newUnit(1, area, 1));
+    driver.dataAreas.append(newUnit(1, area, 0));
+    driver.dataAreas.append(newUnit(1, area, 1));
+    driver.dataAreas[2].deviceValue[0] = 0xAA;
+    driver.dataAreas[2].deviceValue[1] = 0xBB;
+    decodeValues(registerType(7), hex("00 00 BB AA"), 2, 0, 1, 0);
+    EXPECT_EQ(read("R_W", 1, 1), "AA BB");
 }
 
 } // namespace
