@@ -161,7 +161,7 @@ TEST_F(CallbackReentry, TheHostMayReuseItsReplyBufferWhileAReplyIsDecoded)
 {
     askForThreeWords();
     QByteArray received = threeWords();
-    onceWhenTold([&] { received = QByteArray(200, '\x55'); });
+    onceWhenTold([&] { received.fill('\x55'); });
     EXPECT_EQ(intf_dealRcvFrame(&received, nullptr), 1);
     EXPECT_EQ(read("R_W", 10, 3), "34 12 78 56 BC 9A");
 }

@@ -188,6 +188,8 @@ TEST_F(KeyPreparation, BitsBecomeTheWordsThatHoldThem)
     EXPECT_EQ(normalised(key("M_bit", 32, 0), bits, mergeCyclic), "1/M_W:2+0");
     // -20 is bit -4 of word -1: -4 + 5 = 1 bit.
     EXPECT_EQ(normalised(key("M_bit", -20, 5), bits, mergeCyclic), "1/M_W:-1+1");
+    // Bit -5 lies in word 0 as divisions go: -5 + 3 leaves a remainder, so one word.
+    EXPECT_EQ(normalised(key("M_bit", -5, 3), bits, mergeCyclic), "1/M_W:0+1");
 }
 
 TEST_F(KeyPreparation, WordsAndDoubleWordsTakeTheWordNameWithTheirLengthAsItIs)

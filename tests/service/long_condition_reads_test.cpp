@@ -56,9 +56,11 @@ TEST_F(LongConditionReads, OfALongRunThatMeetsQueuedOnesReplaceThoseToo)
     fill(513);
     driver.conditionList[3] = request("R_W", 1999990, 10);
     driver.conditionList[3].kind = 1;
+    driver.conditionList[3].data[1023] = 0x77;
     EXPECT_EQ(ask(key("R_W", 0, 2000000000), 9), 1);
     ASSERT_EQ(driver.conditionList.size(), 513);
     EXPECT_EQ(driver.conditionList.at(3).kind, 9);
+    EXPECT_EQ(driver.conditionList.at(3).data[1023], 0);
     EXPECT_EQ(driver.conditionList.at(4).kind, 1);
     EXPECT_EQ(summary(driver.conditionList.at(512)), "1/R_W:1999999990+10");
 }

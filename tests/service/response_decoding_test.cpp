@@ -258,6 +258,19 @@ TEST_F(ResponseDecoding, BytesPastTheEndReadAsZero)
     EXPECT_EQ(notices().size(), 4u);
 }
 
+TEST_F(ResponseDecoding, WhatStandsBehindTheReplyInMemoryIsNotRead)
+{
+    plan({key("R_W", 10, 4)});
+    const char memory[] = {1, 3, 8, 0x12, 0x34, 0x56, 0x55, 0x56, 0x55, 0x56, 0x55, 0x56};
+    for (int i = 0; i < 4; ++i) {
+        driver.dataAreas[i].deviceValue[0] = static_cast<unsigned char>(i == 0 ? 0x34 : 0x55);
+        driver.dataAreas[i].deviceValue[1] = static_cast<unsigned char>(i == 0 ? 0x12 : 0x56);
+    }
+    analyzeFrameOfVal(QByteArray::fromRawData(memory, 6), 4, 3, request("R_W", 10, 4));
+    EXPECT_EQ(read("R_W", 10, 4), "34 12 00 56 00 00 00 00");
+    EXPECT_EQ(notices(), (Notices{{7, 1, "R_W", 11}, {7, 1, "R_W", 12}, {7, 1, "R_W", 13}}));
+}
+
 TEST_F(ResponseDecoding, APositionOutsideTheReplyReadsZeros)
 {
     plan({key("R_W", 10, 1)});
