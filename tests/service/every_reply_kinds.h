@@ -21,10 +21,8 @@ struct RangeBytes {
     std::string bytes; // as intf_setData takes and intf_getData copies them
 };
 
-enum RecipeFlag {
-    noRecipe = 0,
-    downloadFlag = 60115,
-    uploadFlag = 60116
+enum {
+    noRecipe = 0 // else downloadFlag or uploadFlag
 };
 
 struct LineKind {
@@ -32,7 +30,7 @@ struct LineKind {
     std::vector<Range> watched;
     std::vector<RangeBytes> writes;
     std::vector<Range> conditions;
-    RecipeFlag recipeFlag;
+    int recipeFlag;
     std::vector<Range> recipe; // at word 3 of the buffer, which holds 0x0001, 0x5678
     std::string earlierReply;  // to the frame that goes before this one, "" where none does
     std::string frame;         // whole
