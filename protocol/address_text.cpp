@@ -57,6 +57,11 @@ QString sharedRegName(const QString& regName)
     return index < 0 ? regName : REG_LIST[index];
 }
 
+int numberOf(const QString& text, bool& ok, int radix)
+{
+    return text.trimmed().toInt(&ok, radix);
+}
+
 // The bit part is not checked: "3.16" is "4.0" to the controllers' own editors too. The range
 // check tells what lies outside the register type.
 int addr_str2int(QString text, QString regName)
@@ -70,8 +75,8 @@ int addr_str2int(QString text, QString regName)
     }
     bool wordOk = false;
     bool bitOk = false;
-    const int word = parts.at(0).toInt(&wordOk, 10);
-    const int bit = parts.at(1).toInt(&bitOk, 10);
+    const int word = numberOf(parts.at(0), wordOk, 10);
+    const int bit = numberOf(parts.at(1), bitOk, 10);
     return wordOk && bitOk ? wrapAdd(wrapMul(word, 16), bit) : -1;
 }
 
@@ -107,7 +112,7 @@ int a2i(QString text, int& value, QString format, QString regName)
         return 1;
     }
     bool ok = false;
-    value = text.toInt(&ok, radixOf(format));
+    value = numberOf(text, ok, radixOf(format));
     return ok ? 1 : -1;
 }
 

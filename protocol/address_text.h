@@ -11,6 +11,9 @@ int indexOfName(const QString& regName);
 // The table's own copy of a name, so that it is found by its place; an unknown name as it is.
 QString sharedRegName(const QString& regName);
 
+// A number with blanks around it, if any: not every Qt takes the same characters for blanks.
+int numberOf(const QString& text, bool& ok, int radix);
+
 // "12.5" -> 197 on a bit register; -1 for a bad text, 0 on any other register.
 int addr_str2int(QString text, QString regName);
 

@@ -2,6 +2,7 @@
 
 #include <QStringList>
 
+#include "address_text.h"
 #include "init_order.h"
 #include "intf.h"
 #include "unit_index.h"
@@ -54,6 +55,13 @@ void intf_setAddrValueChangeCallBack(VALUE_CHANGE_CALLBACK callBack)
     driver.valueChangeCallBack = callBack;
 }
 
+// One part of the property text; 0 for one that is no number.
+static int settingOf(const QString& part)
+{
+    bool ok = false;
+    return numberOf(part, ok, 10);
+}
+
 int intf_initProperty(unsigned char* hostBlock, int hostArg2, unsigned short* recipeBuffer,
                       int* result, const char* property, QMutex* hostMutex)
 {
@@ -62,11 +70,11 @@ int intf_initProperty(unsigned char* hostBlock, int hostArg2, unsigned short* re
     }
     const QStringList parts = QString::fromLatin1(property).split(QLatin1Char('#'));
     if (parts.size() >= 5) {
-        driver.callBackTag = parts.at(0).toInt();
-        driver.writeToCacheOnly = parts.at(1).toInt();
-        driver.propertyField3 = parts.at(2).toInt();
-        driver.retryLimit = parts.at(3).toInt();
-        driver.mergeGap = parts.at(4).toInt();
+        driver.callBackTag = settingOf(parts.at(0));
+        driver.writeToCacheOnly = settingOf(parts.at(1));
+        driver.propertyField3 = settingOf(parts.at(2));
+        driver.retryLimit = settingOf(parts.at(3));
+        driver.mergeGap = settingOf(parts.at(4));
     }
     driver.hostBlock = hostBlock;
     driver.hostArg2 = hostArg2;
