@@ -23,6 +23,8 @@ constexpr std::size_t mostRecipeWords = 65536;
 
 constexpr int functionIndex = 1;
 
+constexpr int queued = 1; // result of intf_setData() and intf_addConditionRead()
+
 Session* current = nullptr; // the driver's callback carries no pointer of ours
 
 bool isReadFrame(const FRAME_PRO& frame)
@@ -292,24 +294,39 @@ bool Session::feedWrites()
             });
         if (equalUnderWay)
             break;
-        library_.intf_setData(next.address.station, QString::fromStdString(next.address.regName),
-                              next.address.first, next.address.length, next.data.data(),
-                              next.number);
-        handedInWrites_.emplace(next.number, next);
         waitingWrites_.pop_front();
-        fed = true;
+        if (library_.intf_setData(next.address.station,
+                                  QString::fromStdString(next.address.regName), next.address.first,
+                                  next.address.length, next.data.data(), next.number) == queued) {
+            handedInWrites_.emplace(next.number, next);
+            fed = true;
+        } else {
+            refuse(events_.written, next.number);
+        }
     }
     return fed;
 }
 
 bool Session::feedSingleRead()
 {
-    if (waitingReads_.empty() || readHandedIn_)
-        return false;
-    KEY_ADDRESS key = keyOf(waitingReads_.front().address);
-    library_.intf_addConditionRead(key, waitingReads_.front().number);
-    readHandedIn_ = true;
-    return true;
+    while (!waitingReads_.empty() && !readHandedIn_) {
+        const Ticket next = waitingReads_.front();
+        KEY_ADDRESS key = keyOf(next.address);
+        readHandedIn_ = library_.intf_addConditionRead(key, next.number) == queued;
+        if (readHandedIn_)
+            return true;
+        waitingReads_.pop_front();
+        refuse(events_.readOnce, next.number);
+    }
+    return false;
+}
+
+// Told later: whoever queued it does not know its number yet.
+void Session::refuse(const TicketEvent& event, int number)
+{
+    if (event)
+        QTimer::singleShot(
+            0, &later_, [event, number]() { event(number, false, "the driver does not take it"); });
 }
 
 // ---- recipes --------------------------------------------------------------------------------

@@ -16,6 +16,7 @@
 #define DOV417_HOST_SESSION_H
 
 #include <QMutex>
+#include <QObject>
 #include <array>
 #include <cstdint>
 #include <deque>
@@ -49,10 +50,13 @@ struct SessionSettings {
     int gap = 12;    // words
 };
 
+// What became of a write or a single read, by its number.
+using TicketEvent = std::function<void(int number, bool accepted, const std::string& reason)>;
+
 struct SessionEvents {
     std::function<void(const View&, std::size_t index)> changed; // also the first arrival
-    std::function<void(int write, bool accepted, const std::string& reason)> written;
-    std::function<void(int read, bool accepted, const std::string& reason)> readOnce;
+    TicketEvent written;
+    TicketEvent readOnce;
     std::function<void(bool accepted, const std::string& reason)> recipeEnded;
     std::function<void(long long cycles)> cycleEnded;
     std::function<void(const std::string& request, const std::string& reason)> abandoned;
@@ -110,6 +114,7 @@ private:
     void feed();
     bool feedWrites();
     bool feedSingleRead();
+    void refuse(const TicketEvent& event, int number);
     void nextRecipeRound();
     void endRecipe(bool accepted, const std::string& reason);
 
@@ -140,6 +145,7 @@ private:
     std::size_t recipeFlag_ = 0;                         // offset in the block
     bool recipeRuns_ = false;                            // the flag is set
 
+    QObject later_; // for what is told from the event loop
     LinkRunner runner_;
 };
 
