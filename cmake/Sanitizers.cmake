@@ -9,5 +9,6 @@ if(DOV417_SANITIZE)
   add_link_options(-fsanitize=${dov417_sanitizers})
   if(CMAKE_CROSSCOMPILING AND NOT dov417_sanitizers MATCHES "address")
     add_link_options(-static-libubsan) # the sysroot has no copy of the runtime
+    add_compile_options(-marm) # Thumb functions have odd addresses: misaligned, it would say
   endif()
 endif()
