@@ -8,8 +8,8 @@ started=$(date +%s)
 build_packages="g++ cmake ninja-build pkg-config qtbase5-dev libqt5serialport5-dev libcli11-dev
   libcsv-dev nlohmann-json3-dev"
 
-test_packages="clang-format libgtest-dev libgmock-dev libmodbus-dev binutils python3-pymodbus
-  python3-serial doxygen"
+test_packages="clang-format libgtest-dev libgmock-dev libmodbus-dev binutils python3 python3-pymodbus
+  python3-serial python3-serial-asyncio doxygen"
 
 arm_packages="g++ cmake ninja-build qtbase5-dev g++-arm-linux-gnueabihf g++-arm-linux-gnueabi
   qemu-user mmdebstrap googletest"
