@@ -63,6 +63,22 @@ TEST_F(ConditionReads, CarryTheCallersKindAndZeroedValues)
     EXPECT_EQ(driver.conditionList.at(0).kind, 42);
     EXPECT_EQ(driver.conditionList.at(0).data[0], 0);
     EXPECT_EQ(driver.lastConditionVar.kind, 42);
+    EXPECT_EQ(driver.lastConditionVar.data[0], 0);
+}
+
+TEST_F(ConditionReads, CopyTheValuesOfTheLastRequestToo)
+{
+    driver.lastConditionVar.data[1023] = 0x55;
+    ask(key("R_W", 10, 1), 42);
+    EXPECT_EQ(driver.lastConditionVar.data[1023], 0);
+}
+
+TEST_F(ConditionReads, TakeNoLock)
+{
+    // A host may ask while one of its threads is within a call that holds the mutex.
+    driver.mutex.lock();
+    EXPECT_EQ(ask(key("R_W", 10, 1)), 1);
+    driver.mutex.unlock();
 }
 
 TEST_F(ConditionReads, AreCutAtTheWordLimit)

@@ -26,6 +26,13 @@ TEST_F(CyclicPlan, MarksItsRequestsAsCyclicReads)
     EXPECT_EQ(driver.readList.at(1).stationNo, 4);
 }
 
+TEST_F(CyclicPlan, IsMadeWithoutTheMutexThatGuardsTheWrites)
+{
+    driver.mutex.lock();
+    EXPECT_EQ(plan({key("R_W", 10, 5)}), 1);
+    driver.mutex.unlock();
+}
+
 TEST_F(CyclicPlan, ReplacesTheOneBefore)
 {
     plan({key("R_W", 10, 5)});

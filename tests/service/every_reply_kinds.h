@@ -21,7 +21,9 @@ struct RangeBytes {
     std::string bytes; // as intf_setData takes and intf_getData copies them
 };
 
-enum { noRecipe = 0 }; // else the host block's byte that asks for a transfer
+enum {
+    noRecipe = 0
+}; // else the host block's byte that asks for a transfer
 
 struct LineKind {
     const char* name;

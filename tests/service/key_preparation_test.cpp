@@ -48,6 +48,7 @@ TEST_F(KeyPreparation, WithTheGapHolesUpToItMayBeBridged)
     configure("7#0#0#3#4");
     EXPECT_EQ(judgeAddrMerge(key("R_W", 10, 5), key("R_W", 19, 1), 1), 0);
     EXPECT_EQ(judgeAddrMerge(key("R_W", 10, 5), key("R_W", 20, 1), 1), 1);
+    EXPECT_EQ(judgeAddrMerge(key("R_W", 10, 5), key("R_W", 19, 1), -2), 0);
     EXPECT_EQ(judgeAddrMerge(key("R_W", 10, 5), key("R_W", 19, 1), 0), 1);
 }
 
@@ -125,6 +126,16 @@ TEST_F(KeyPreparation, PiecesOfWordsCarryTwoBytesAUnit)
     EXPECT_EQ(toHex(pieces.at(0).data, 4), "10 11 12 13");
     EXPECT_EQ(toHex(pieces.at(1).data, 4), "14 15 16 17");
     EXPECT_EQ(toHex(pieces.at(2).data, 2), "18 19");
+}
+
+TEST_F(KeyPreparation, PiecesCarryValuesForTheFlagOneOnly)
+{
+    KEY_ADDRESS whole = key("R_W", 0, 2);
+    whole.data[0] = 0x10;
+    QList<KEY_ADDRESS> pieces;
+    groupingKey(whole, 2, pieces, 2);
+    ASSERT_EQ(pieces.size(), 1);
+    EXPECT_EQ(pieces.at(0).data[0], 0);
 }
 
 TEST_F(KeyPreparation, PiecesOfBitsCarryOneByteAUnit)

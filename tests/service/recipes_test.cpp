@@ -230,6 +230,8 @@ TEST_F(RecipeRequest, OfADownloadCarriesTheBufferWordsLowByteFirst)
     rcpAddrToVar(recipeRecord(7, "R_W", 10, 2, 4), made, 1);
     EXPECT_EQ(toHex(made.data, 4), "34 12 CD AB");
     EXPECT_TRUE(onlyZerosFrom(4));
+    rcpAddrToVar(recipeRecord(7, "R_W", 10, 1, 5), made, 2);
+    EXPECT_EQ(toHex(made.data, 2), "CD AB");
 }
 
 TEST_F(RecipeRequest, OfBitsTakesTwoBytesAUnitToo)
