@@ -1,7 +1,5 @@
 #include "areas.h"
 
-#include <cstdlib>
-
 #include "registers.h"
 
 namespace {
@@ -49,7 +47,7 @@ std::vector<Area> learnAreas(const Library& library)
         area.regName = type.name;
         area.coils = frame.frame[1] == readCoils;
         area.base = number(frame.frame[2], frame.frame[3]);
-        area.words = std::atoi(type.highest.c_str()) + 1;
+        area.words = QString::fromStdString(type.highest).toInt() + 1;
         areas.push_back(area);
     }
     int result = 0;

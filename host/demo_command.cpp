@@ -1,5 +1,6 @@
 #include "commands.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
 #include <memory>
@@ -14,10 +15,8 @@
 
 namespace {
 
-constexpr int redrawMilliseconds = 250;
-constexpr int millisecondsPerSecond = 1000;
-constexpr int pauseMilliseconds = 2000;     // between two rounds of writes
-constexpr int patienceMilliseconds = 20000; // for a round that is under way at the end
+constexpr int pauseMilliseconds = 2000;      // between two rounds of writes
+constexpr std::chrono::seconds patience(20); // for a round that is under way at the end
 constexpr double usualSeconds = 5;
 
 struct DemoOptions {
@@ -77,9 +76,9 @@ double processorSeconds(long long process)
                                                                &std::fclose);
     unsigned long user = 0;
     unsigned long system = 0;
-    if (!file ||
-        std::fscanf(file.get(), "%*d (%*[^)]) %*c %*d %*d %*d %*d %*d %*u %*u %*u %*u %*u %lu %lu",
-                    &user, &system) != 2)
+    if (!file || std::fscanf(file.get(), // NOLINT(cert-err34-c): the kernel's own numbers
+                             "%*d (%*[^)]) %*c %*d %*d %*d %*d %*d %*u %*u %*u %*u %*u %lu %lu",
+                             &user, &system) != 2)
         return 0;
     return static_cast<double>(user + system) / static_cast<double>(sysconf(_SC_CLK_TCK));
 }
@@ -87,14 +86,12 @@ double processorSeconds(long long process)
 class Demo {
 public:
     Demo(const Library& library, const DemoOptions& options, const std::vector<Item>& items)
-        : library_(library), stats_(options.line.stats), labels_(labelViews(library, items)),
-          line_(library, options.line, items, controllerOptions),
+        : stats_(options.line.stats), labels_(labelViews(library, items)),
+          addresses_(addressesOf(items)), line_(library, options.line, items, controllerOptions),
           session_(library, line_.sessionSettings(), line_.lineSettings(), sessionEvents(),
                    runnerEvents()),
           round_(library, session_, options.line.mergeGap(), [this]() { roundEnded(); })
     {
-        for (const Item& item : items)
-            addresses_.push_back(item.address);
         const bool untilAsked = options.seconds <= 0 && Screen::isTerminal();
         if (!untilAsked)
             seconds_ = options.seconds > 0 ? options.seconds : usualSeconds;
@@ -114,10 +111,9 @@ public:
         round_.start();
         session_.runner().start();
         if (seconds_ > 0) {
-            const int milliseconds = static_cast<int>(seconds_ * millisecondsPerSecond);
-            QTimer::singleShot(milliseconds, &redraw_, [this]() { timeIsUp(); });
-            QTimer::singleShot(milliseconds + patienceMilliseconds, &redraw_,
-                               [this]() { line_.end(); });
+            const std::chrono::milliseconds time = timerSpan(seconds_);
+            QTimer::singleShot(time, &redraw_, [this]() { timeIsUp(); });
+            QTimer::singleShot(time + patience, &redraw_, [this]() { line_.end(); });
         }
         line_.run();
         session_.runner().stop();
@@ -222,7 +218,6 @@ private:
         return problems.empty() ? exitDone : exitFailed;
     }
 
-    const Library& library_;
     bool stats_;
     std::vector<ViewLabel> labels_;
     std::vector<Address> addresses_;

@@ -124,7 +124,7 @@ std::string placed(const std::vector<Area>& areas, int function, int first, int 
 // What the values of a reply or of a write are values of.
 std::string target(const std::vector<Area>& areas, int function, int first, int count)
 {
-    const std::string text =
+    std::string text =
         isMapped(function) ? areaText(areas, isCoils(function), first, count) : std::string();
     if (!text.empty())
         return text;
@@ -165,6 +165,7 @@ std::string coilValues(const QByteArray& frame, int from, int coils)
 std::string registerValues(const QByteArray& frame, int from, int registers)
 {
     std::vector<std::string> values;
+    values.reserve(static_cast<std::size_t>(std::max(0, registers)));
     for (int i = 0; i < registers; ++i)
         values.push_back(std::to_string(wordAt(frame, from + 2 * i)));
     return shortened(values);

@@ -70,6 +70,15 @@ std::vector<Item> Items::tagged(Access access) const
     return items;
 }
 
+std::vector<Address> addressesOf(const std::vector<Item>& items)
+{
+    std::vector<Address> addresses;
+    addresses.reserve(items.size());
+    for (const Item& item : items)
+        addresses.push_back(item.address);
+    return addresses;
+}
+
 void requireUntornValues(const Library& library, const std::vector<Item>& items, int gap)
 {
     const int piece = gap < 1 ? unlimitedPiece : gap;

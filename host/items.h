@@ -42,6 +42,8 @@ private:
     std::vector<Tag> tags_;
 };
 
+std::vector<Address> addressesOf(const std::vector<Item>& items);
+
 // The merge gap is the driver's piece limit too. Throws a UsageFailure where a run of 32-bit values
 // would be cut inside a value.
 void requireUntornValues(const Library& library, const std::vector<Item>& items, int gap);

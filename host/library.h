@@ -49,6 +49,7 @@ public:
     }
 
     // library.intf_getVersion(), and so on.
+// NOLINTNEXTLINE(bugprone-macro-parentheses): a member's name takes none
 #define DOV417_MEMBER(name) decltype(&::name) name = nullptr;
     DOV417_EXPORTED_FUNCTIONS(DOV417_MEMBER)
 #undef DOV417_MEMBER

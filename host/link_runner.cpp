@@ -130,8 +130,10 @@ void LinkRunner::poll()
         return;
     for (;;) {
         // 0 also ends a burst of writes or single reads: the poll after it may have more.
-        idle_ =
-            library_.intf_getSendFrame(&frame_) != 1 && library_.intf_getSendFrame(&frame_) != 1;
+        int due = library_.intf_getSendFrame(&frame_);
+        if (due != 1)
+            due = library_.intf_getSendFrame(&frame_);
+        idle_ = due != 1;
         if (idle_) {
             idleTimer_.start(idleMilliseconds);
             return;

@@ -1,7 +1,9 @@
+#include <CLI/CLI.hpp>
 #include <QCoreApplication>
 #include <QtGlobal>
 #include <clocale>
 #include <cstdio>
+#include <exception>
 
 #include "commands.h"
 #include "failure.h"
@@ -15,9 +17,7 @@ void keepOutDebugLines(QtMsgType type, const QMessageLogContext&, const QString&
         std::fprintf(stderr, "%s\n", qPrintable(message));
 }
 
-} // namespace
-
-int main(int argc, char** argv)
+int run(int argc, char** argv)
 {
     qInstallMessageHandler(keepOutDebugLines);
     QCoreApplication application(argc, argv);
@@ -52,16 +52,23 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "%s", app.help().c_str());
         return exitUsage;
     }
+    const int exitCode = chosen();
+    // A full disk, if the output goes to a file.
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
+        throw Failure("the output could not be written");
+    return exitCode;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
     try {
-        const int exitCode = chosen();
-        // A full disk, if the output goes to a file.
-        if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
-            throw Failure("the output could not be written");
-        return exitCode;
+        return run(argc, argv);
     } catch (const UsageFailure& failure) {
         std::fprintf(stderr, "dov417: %s\n", failure.what());
         return exitUsage;
-    } catch (const Failure& failure) {
+    } catch (const std::exception& failure) {
         std::fprintf(stderr, "dov417: %s\n", failure.what());
         return exitFailed;
     }

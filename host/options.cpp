@@ -1,5 +1,8 @@
 #include "options.h"
 
+#include <CLI/CLI.hpp>
+#include <algorithm>
+
 namespace {
 
 const char* const lineGroup = "Line";
@@ -7,6 +10,7 @@ const char* const valueGroup = "Values";
 const int longestMs = 600000;
 // More than a request can span says nothing new.
 const int widestGap = 65535;
+const double longestSeconds = 2e6;
 
 } // namespace
 
@@ -114,4 +118,10 @@ void addAddressArguments(CLI::App& command, ItemOptions& options)
                     "tag")
         ->option_text("ADDRESS...");
     addItemOptions(command, options);
+}
+
+std::chrono::milliseconds timerSpan(double seconds)
+{
+    const std::chrono::duration<double> span(std::min(seconds, longestSeconds));
+    return std::chrono::duration_cast<std::chrono::milliseconds>(span);
 }

@@ -2,7 +2,6 @@
 #ifndef DOV417_HOST_OPTIONS_H
 #define DOV417_HOST_OPTIONS_H
 
-#include <CLI/CLI.hpp>
 #include <chrono>
 #include <functional>
 #include <optional>
@@ -12,6 +11,10 @@
 #include "library.h"
 #include "values.h"
 #include "wire.h"
+
+namespace CLI {
+class App; // its header is long: only what makes options includes it
+}
 
 // Worth bridging at 38400 baud for a controller that takes 5 ms to answer; and even, so that a
 // piece of a long write never ends inside a 32-bit value.
@@ -60,6 +63,9 @@ struct ItemOptions {
 void addItemOptions(CLI::App& command, ItemOptions& options);
 // The same and ADDRESS...
 void addAddressArguments(CLI::App& command, ItemOptions& options);
+
+// --seconds for a timer, which takes 24 days at the most.
+std::chrono::milliseconds timerSpan(double seconds);
 
 // What the command line chose to do; main() runs it once everything is parsed. Returns an
 // ExitCode.

@@ -1,6 +1,7 @@
 #include "pieces.h"
 
 #include <algorithm>
+#include <cstddef>
 
 namespace {
 
@@ -35,8 +36,9 @@ std::vector<Write> writePieces(const Address& address, const std::vector<unsigne
         piece.address = address;
         piece.address.first = address.first + done;
         piece.address.length = std::min(length, address.length - done);
-        const auto from = data.begin() + done * bytesPerUnit;
-        piece.data.assign(from, from + piece.address.length * bytesPerUnit);
+        const auto from = data.begin() + static_cast<std::ptrdiff_t>(done) * bytesPerUnit;
+        piece.data.assign(from,
+                          from + static_cast<std::ptrdiff_t>(piece.address.length) * bytesPerUnit);
         pieces.push_back(piece);
     }
     return pieces;

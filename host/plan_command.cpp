@@ -1,5 +1,6 @@
 #include "commands.h"
 
+#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <memory>
 
@@ -123,9 +124,7 @@ int runPlan(const PlanOptions& options)
     const microseconds turnaround =
         std::chrono::milliseconds(options.line.turnaroundMs.value_or(0));
     const std::vector<Item> items = Items(library, options.items).chosen(Access::read);
-    std::vector<Address> addresses;
-    for (const Item& item : items)
-        addresses.push_back(item.address);
+    const std::vector<Address> addresses = addressesOf(items);
 
     const Planner planner(library, addresses, wire, turnaround);
     const int gap = options.line.mergeGap();

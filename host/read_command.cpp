@@ -1,5 +1,6 @@
 #include "commands.h"
 
+#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <memory>
 
@@ -13,14 +14,6 @@ struct ReadOptions {
     LineOptions line;
     ItemOptions items;
 };
-
-std::vector<Address> addressesOf(const std::vector<Item>& items)
-{
-    std::vector<Address> addresses;
-    for (const Item& item : items)
-        addresses.push_back(item.address);
-    return addresses;
-}
 
 int runRead(const ReadOptions& options)
 {

@@ -1,5 +1,6 @@
 #include "commands.h"
 
+#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <functional>
 #include <memory>
@@ -28,6 +29,7 @@ int runTransfer(const RecipeOptions& options, const Library& library,
                 const std::function<void(const std::vector<RecipeEntry>&)>& succeeded)
 {
     std::vector<Item> items;
+    items.reserve(entries.size());
     for (const RecipeEntry& entry : entries)
         items.push_back(entry.item);
     requireUntornValues(library, items, options.line.mergeGap());

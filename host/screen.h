@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+constexpr int redrawMilliseconds = 250;
+
 // Uses the terminal's second screen while it lives: what was on the first comes back at the end.
 class Screen {
 public:

@@ -232,6 +232,7 @@ void SerialLine::transmit()
     } else {
         timer_.startAt(transmissionEnd_ + settings_.turnaround);
     }
+    // cppcheck-suppress nullPointerRedundantCheck
     port_->write(request_);
     if (port_) // a failed write may have told us that the port is gone
         port_->flush();

@@ -52,12 +52,10 @@ std::vector<ViewLabel> labelViews(const Library& library, const std::vector<Item
         const int step = item.address.length / std::max(1, count);
         const bool isTag = item.name != toText(library, item.address);
         for (int i = 0; i < count; ++i) {
-            Address address = item.address;
-            address.first = item.address.first + i * step;
-            address.length = step;
+            const Address& address = item.address;
             ViewLabel label;
             label.address = std::to_string(address.station) + "/" + address.regName + ":" +
-                            addressText(library, address.regName, address.first);
+                            addressText(library, address.regName, address.first + i * step);
             label.name = !isTag       ? label.address
                          : count == 1 ? item.name
                                       : item.name + "[" + std::to_string(i) + "]";

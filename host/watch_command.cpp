@@ -1,5 +1,6 @@
 #include "commands.h"
 
+#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <ctime>
 #include <memory>
@@ -13,7 +14,6 @@
 
 namespace {
 
-constexpr int redrawMilliseconds = 250;
 constexpr int millisecondsPerSecond = 1000;
 
 struct WatchOptions {
@@ -154,9 +154,7 @@ int runWatch(const WatchOptions& options)
 {
     const Library library(options.line.library);
     const std::vector<Item> items = Items(library, options.items).chosen(Access::read);
-    std::vector<Address> addresses;
-    for (const Item& item : items)
-        addresses.push_back(item.address);
+    const std::vector<Address> addresses = addressesOf(items);
     const std::vector<ViewLabel> labels = labelViews(library, items);
     LiveLine line(library, options.line, items);
     Teller teller(options, labels);
@@ -187,8 +185,7 @@ int runWatch(const WatchOptions& options)
         redraw.start(redrawMilliseconds);
     }
     if (options.seconds > 0)
-        QTimer::singleShot(static_cast<int>(options.seconds * millisecondsPerSecond), &redraw,
-                           [&line]() { line.end(); });
+        QTimer::singleShot(timerSpan(options.seconds), &redraw, [&line]() { line.end(); });
     session.runner().start();
     line.run();
     session.runner().stop();

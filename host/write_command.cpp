@@ -1,5 +1,6 @@
 #include "commands.h"
 
+#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <memory>
 
@@ -55,7 +56,7 @@ std::string joined(const Item& item, const std::vector<unsigned char>& bytes)
 
 std::string report(const WriteTask& task, const std::string& interruption)
 {
-    const std::string head = task.item.name + " = " + joined(task.item, task.data) + ": ";
+    std::string head = task.item.name + " = " + joined(task.item, task.data) + ": ";
     switch (task.result) {
     case WriteResult::confirmed:
         return head + "written and read back" +

@@ -158,7 +158,7 @@ Controller::Controller(Memory& memory, const Limits& limits) : m_memory(memory),
 
 Answer Controller::serve(const QByteArray& request)
 {
-    const Answer answer = decide(request);
+    Answer answer = decide(request);
     ++m_counters.frames;
     switch (answer.outcome) {
     case Outcome::answered:

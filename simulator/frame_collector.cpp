@@ -1,5 +1,7 @@
 #include "frame_collector.h"
 
+#include <utility>
+
 #include "controller.h"
 
 namespace simulator {
@@ -20,7 +22,7 @@ QByteArray FrameCollector::takeFrame()
     const int length = requestLength(m_bytes);
     if (length <= 0 || m_bytes.size() < length)
         return QByteArray();
-    const QByteArray frame = m_bytes.left(length);
+    QByteArray frame = m_bytes.left(length);
     if (!hasGoodCrc(frame))
         return QByteArray();
     m_bytes.remove(0, length);
@@ -29,9 +31,7 @@ QByteArray FrameCollector::takeFrame()
 
 QByteArray FrameCollector::takeRest()
 {
-    const QByteArray rest = m_bytes;
-    m_bytes.clear();
-    return rest;
+    return std::exchange(m_bytes, QByteArray());
 }
 
 bool FrameCollector::isEmpty() const

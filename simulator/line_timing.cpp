@@ -97,7 +97,8 @@ std::int64_t frameSilence(const LineSettings& line)
 {
     if (line.baudRate > fastestBaudOfCountedSilence)
         return fixedSilence;
-    return roundedUp(7 * bitsPerCharacter(line) * nanosecondsPerSecond, 2 * line.baudRate);
+    return roundedUp(7 * nanosecondsPerSecond * bitsPerCharacter(line),
+                     std::int64_t{2} * line.baudRate);
 }
 
 WireClock::WireClock(const LineSettings& line) : m_line(line) {}

@@ -32,7 +32,7 @@ constexpr double pi = 3.14159265358979323846;
 
 int sineAt(int word, std::int64_t steps)
 {
-    const std::int64_t period = sinePeriod * (word - firstSine + 1);
+    const std::int64_t period = std::int64_t{sinePeriod} * (word - firstSine + 1);
     const double angle = 2 * pi * static_cast<double>(steps % period) / static_cast<double>(period);
     return static_cast<int>(std::lround(sineMiddle + sineAmplitude * std::sin(angle)));
 }

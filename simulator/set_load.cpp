@@ -189,7 +189,9 @@ std::optional<std::vector<Assignment>> assignmentsOf(const Json& file, QString* 
                 return std::nullopt;
             }
             for (const auto& [address, values] : addresses.items()) {
-                const QString text = QString::fromStdString(station + '/' + name + ':' + address);
+                const QString text = QString::fromStdString(station) + QLatin1Char('/') +
+                                     QString::fromStdString(name) + QLatin1Char(':') +
+                                     QString::fromStdString(address);
                 const std::optional<Assignment> assignment =
                     assignmentOf(text, textsOf(values), error);
                 if (!assignment)
