@@ -128,14 +128,18 @@ TEST_F(KeyPreparation, PiecesOfWordsCarryTwoBytesAUnit)
     EXPECT_EQ(toHex(pieces.at(2).data, 2), "18 19");
 }
 
-TEST_F(KeyPreparation, PiecesCarryValuesForTheFlagOneOnly)
+TEST_F(KeyPreparation, PiecesCarryTheirOwnValuesForTheFlagOneOnly)
 {
     KEY_ADDRESS whole = key("R_W", 0, 2);
     whole.data[0] = 0x10;
+    whole.data[2] = 0x20;
     QList<KEY_ADDRESS> pieces;
-    groupingKey(whole, 2, pieces, 2);
-    ASSERT_EQ(pieces.size(), 1);
-    EXPECT_EQ(pieces.at(0).data[0], 0);
+    groupingKey(whole, 1, pieces, 2);
+    ASSERT_EQ(pieces.size(), 2);
+    EXPECT_EQ(pieces.at(1).data[0], 0x10); // a copy of the whole
+    pieces.clear();
+    groupingKey(whole, 1, pieces, 1);
+    EXPECT_EQ(pieces.at(1).data[0], 0x20);
 }
 
 TEST_F(KeyPreparation, PiecesOfBitsCarryOneByteAUnit)
