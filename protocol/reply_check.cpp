@@ -1,13 +1,23 @@
 #include "reply_check.h"
 
+#include <climits>
+
 #include "crc.h"
 #include "protocol.h"
 
 namespace {
 
 enum {
-    crcSize = 2
+    crcSize = 2,
+    bytesPerWord = 2
 };
+
+// A read of negative length, or of so many words that the length of its reply went round, expects
+// no reply that could exist.
+bool mayBeAnswered(const FRAME_PRO& read)
+{
+    return read.dataCount >= 0 && read.dataCount <= INT_MAX / bytesPerWord;
+}
 
 } // namespace
 
@@ -20,8 +30,7 @@ ReplyCheck checkReply(const unsigned char* reply, int length)
     if (length == 0 && head.replyLength == 0) {
         return replyWithoutData; // broadcast, handshake: nothing was awaited
     }
-    // A read of negative length expects no reply that could exist.
-    if (length != head.replyLength || length < crcSize || head.dataCount < 0) {
+    if (length != head.replyLength || length < crcSize || !mayBeAnswered(head)) {
         return replyRejected;
     }
     const unsigned int crc = crcOf(reply, length - crcSize);

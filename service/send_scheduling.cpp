@@ -99,11 +99,11 @@ void frameAgain()
 // Without the host's buffer there are no values to send, and none are made up.
 void frameDownload()
 {
-    if (driver.recipeBuffer == 0) {
-        return;
-    }
     if (!recipeIsLeft()) {
         frameAgain();
+        return;
+    }
+    if (driver.recipeBuffer == 0) {
         return;
     }
     rcpAddrToVar(driver.recipeRequests.at(driver.recipeIndex), driver.currentVar, 1);

@@ -146,6 +146,13 @@ TEST_F(ReplyChecked, NothingAnswersAReadOfNegativeLength)
     EXPECT_EQ(check_rcv_data(nullptr, QList<VARIABLE>(), -1), 0);
 }
 
+// Two bytes a value and the five around them come to three.
+TEST_F(ReplyChecked, NothingAnswersAReadWhoseReplyWouldBeLongerThanCanBeCounted)
+{
+    await(3, 2147483647);
+    EXPECT_EQ(check(withCrc("01")), 0);
+}
+
 TEST_F(ReplyChecked, LongReplyThatIsAwaitedIsChecked)
 {
     QByteArray reply = withCrc(QByteArray(70000, 'x'));

@@ -82,6 +82,15 @@ TEST_P(RecipeFlagWithoutRequests, AfterACyclicReadReadsItAgainAndGoesOnRoundRobi
     EXPECT_THAT(summary(driver.readList), ElementsAre("1/C:1+1", "1/R_W:100+1", "1/T:1+1"));
 }
 
+TEST_P(RecipeFlagWithoutRequests, NeedsNoBufferToReadAgain)
+{
+    plan({key("R_W", 100, 1)});
+    driver.recipeBuffer = nullptr;
+    EXPECT_EQ(exchange(), cyclicRead);
+    setFlag();
+    EXPECT_EQ(exchange(), cyclicRead);
+}
+
 TEST_P(RecipeFlagWithoutRequests, AfterAConditionReadReadsItAgain)
 {
     KEY_ADDRESS wanted = key("T", 5, 1);

@@ -320,6 +320,16 @@ TEST_F(ResponseHandling, AReadOfNegativeLengthIsGivenUpLikeAnyOther)
     EXPECT_EQ(unitIndex(1, "R", 10), -1);
 }
 
+TEST_F(ResponseHandling, ASingleReadOfEverythingIsGivenUpLikeAnyOther)
+{
+    configure("7#0#0#1#2147483647");
+    KEY_ADDRESS everything = key("R_W", 0, 2147483647);
+    intf_addConditionRead(everything, 3);
+    EXPECT_EQ(poll(), frame("01 03 05 00 FF FF"));
+    EXPECT_EQ(reply(withCrc("01")), 2);
+    EXPECT_TRUE(driver.dataAreas.isEmpty());
+}
+
 TEST_F(ResponseHandling, AReplyOf128RegistersHasAByteCountOfZeroAndIsTaken)
 {
     plan({key("R_W", 0, 128)});
