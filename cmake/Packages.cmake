@@ -24,8 +24,13 @@ set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # the first line of each description below
 
+# Written down, as dpkg-shlibdeps knows this machine's packages only, not those of a panel's
+# processor. packaging/check-packages compares them with what it finds on amd64, and lets apt
+# resolve them and starts library and tool on every processor.
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME ${library_package})
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_DEPENDS
+  "libc6 (>= 2.14), libgcc-s1 (>= 3.0), libqt5core5a (>= 5.15.1), libstdc++6 (>= 4.1.1)")
 set(CPACK_COMPONENT_LIBRARY_DESCRIPTION "Modbus RTU master driver for operator panels
 A panel's runtime or editor loads this library and asks it what to send to a
 programmable controller on a serial line; it plans the reads, checks the
@@ -39,7 +44,6 @@ What a panel's runtime is compiled with to load the driver: headers, a CMake
 package and a pkg-config file.")
 set(CPACK_DEBIAN_TOOL_PACKAGE_NAME ${tool_package})
 set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION comm)
-set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "${library_package} (= ${PROJECT_VERSION})")
 set(CPACK_COMPONENT_TOOL_DESCRIPTION "commissioning tool of the dov417modbus panel driver
 Runs the panel's driver on a real serial line or against a simulated
 controller: plans, watches, reads and writes addresses, transfers recipes and
@@ -62,12 +66,9 @@ file(WRITE ${control_folder}/triggers "activate-noawait ldconfig\n")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA
   ${control_folder}/symbols ${control_folder}/shlibs ${control_folder}/triggers)
 
-# Written down, as dpkg-shlibdeps knows this machine's packages only, not those of a panel's
-# processor. packaging/check-packages compares them with what it finds on amd64, and lets apt
-# resolve them and loads the library on every processor.
-set(CPACK_DEBIAN_LIBRARY_PACKAGE_DEPENDS
-  "libc6 (>= 2.14), libgcc-s1 (>= 3.0), libqt5core5a (>= 5.15.1), libstdc++6 (>= 4.1.1)")
-set(CPACK_DEBIAN_TOOL_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "${library_package} (= ${PROJECT_VERSION}), \
+libc6 (>= 2.34), libcsv3 (>= 3.0.3), libgcc-s1 (>= 3.0), libqt5core5a (>= 5.15.1), \
+libqt5serialport5 (>= 5.9.0), libstdc++6 (>= 11)")
 if(CMAKE_CROSSCOMPILING)
   set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE ${DOV417_ARM_ARCH})
 endif()

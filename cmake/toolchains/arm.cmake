@@ -29,4 +29,7 @@ set(dov417_rpath_link
 set(CMAKE_EXE_LINKER_FLAGS_INIT "${dov417_rpath_link}")
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "${dov417_rpath_link}")
 
+# GCC 7 changed how some values are passed; everything here is built by the same compiler.
+set(CMAKE_CXX_FLAGS_INIT -Wno-psabi)
+
 set(CMAKE_CROSSCOMPILING_EMULATOR qemu-arm;-L;${DOV417_SYSROOT})
