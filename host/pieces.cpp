@@ -7,6 +7,8 @@ namespace {
 
 constexpr int longestWrite = 123; // words in one write request
 constexpr int longestRead = 125;  // words in one read request
+constexpr int longestPlan = 128;  // words in one request of the driver's plan
+constexpr int bitsPerWord = 16;
 constexpr int doubleWordLength = 2;
 constexpr int bytesPerWord = 2;
 
@@ -22,24 +24,31 @@ int pieceLength(const Address& address, int longest, int gap)
     return limit - limit % doubleWordLength;
 }
 
+std::vector<Address> cut(const Address& address, int length)
+{
+    std::vector<Address> pieces;
+    for (int done = 0; done < address.length; done += length) {
+        Address piece = address;
+        piece.first = address.first + done;
+        piece.length = std::min(length, address.length - done);
+        pieces.push_back(piece);
+    }
+    return pieces;
+}
+
 } // namespace
 
 std::vector<Write> writePieces(const Address& address, const std::vector<unsigned char>& data,
                                int gap)
 {
     const bool bits = address.width == Width::bit;
-    const int length = bits ? 1 : pieceLength(address, longestWrite, gap);
     const int bytesPerUnit = bits ? 1 : bytesPerWord;
     std::vector<Write> pieces;
-    for (int done = 0; done < address.length; done += length) {
-        Write piece;
-        piece.address = address;
-        piece.address.first = address.first + done;
-        piece.address.length = std::min(length, address.length - done);
-        const auto from = data.begin() + static_cast<std::ptrdiff_t>(done) * bytesPerUnit;
-        piece.data.assign(from,
-                          from + static_cast<std::ptrdiff_t>(piece.address.length) * bytesPerUnit);
-        pieces.push_back(piece);
+    auto from = data.begin();
+    for (const Address& piece : cut(address, bits ? 1 : pieceLength(address, longestWrite, gap))) {
+        const auto end = from + static_cast<std::ptrdiff_t>(piece.length) * bytesPerUnit;
+        pieces.push_back({piece, {from, end}});
+        from = end;
     }
     return pieces;
 }
@@ -58,14 +67,12 @@ Address wordsOf(const Address& address)
 
 std::vector<Address> readPieces(const Address& address, int gap)
 {
-    const int length = pieceLength(address, longestRead, gap);
-    const Address whole = wordsOf(address);
-    std::vector<Address> pieces;
-    for (int done = 0; done < whole.length; done += length) {
-        Address piece = whole;
-        piece.first = whole.first + done;
-        piece.length = std::min(length, whole.length - done);
-        pieces.push_back(piece);
-    }
-    return pieces;
+    return cut(wordsOf(address), pieceLength(address, longestRead, gap));
+}
+
+std::vector<Address> watchPieces(const Address& address)
+{
+    // The first bit may lie within its word.
+    const bool bits = address.width == Width::bit;
+    return cut(address, bits ? (longestPlan - 1) * bitsPerWord : longestPlan);
 }

@@ -22,6 +22,10 @@ std::vector<Write> writePieces(const Address& address, const std::vector<unsigne
 // The words to read once for an address: single reads of bit registers are never framed.
 std::vector<Address> readPieces(const Address& address, int gap);
 
+// What to hand in for an address that is watched. Of a longer one the driver cuts requests itself,
+// and then leaves out the words behind a shorter address inside it.
+std::vector<Address> watchPieces(const Address& address);
+
 // The words that hold an address, under the name of their area's word type.
 Address wordsOf(const Address& address);
 

@@ -130,7 +130,8 @@ void Session::watch(const std::vector<Address>& addresses)
     show(addresses);
     QList<KEY_ADDRESS> keys;
     for (const Address& address : addresses)
-        keys.append(keyOf(address));
+        for (const Address& piece : watchPieces(address))
+            keys.append(keyOf(piece));
     plannedRequests_ = library_.intf_addrMerge(keys);
     requestsThisCycle_ = 0;
     cycleStart_ = Clock::now();

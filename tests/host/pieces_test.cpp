@@ -115,4 +115,15 @@ TEST(ReadPieces, ARequestStaysWithinWhatEverySlaveAnswers)
               (std::vector<Stretch>{{0, 125}, {125, 5}}));
 }
 
+TEST(WatchPieces, AreNoLongerThanARequestOfThePlan)
+{
+    EXPECT_EQ(runsOf(watchPieces(address("R_W", Width::word, 10, 128))),
+              (std::vector<Stretch>{{10, 128}}));
+    EXPECT_EQ(runsOf(watchPieces(address("R_D", Width::doubleWord, 0, 260))),
+              (std::vector<Stretch>{{0, 128}, {128, 128}, {256, 4}}));
+    // 2032 bits from the last bit of a word lie in 128 words.
+    EXPECT_EQ(runsOf(watchPieces(address("R_bit", Width::bit, 15, 2033))),
+              (std::vector<Stretch>{{15, 2032}, {2047, 1}}));
+}
+
 } // namespace

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <map>
+#include <set>
 
 #include "failure.h"
 #include "pty_slave.h"
@@ -78,6 +79,23 @@ TEST_F(SessionOnALine, MoreWritesThanTheDriverQueuesAllGoOut)
     for (const auto& [number, outcome] : outcomes)
         EXPECT_EQ(outcome, "accepted") << number;
     EXPECT_EQ(session->writesUnderWay(), 0U);
+}
+
+TEST_F(SessionOnALine, AShortAddressInsideALongOneLeavesNoWordUnread)
+{
+    Address all;
+    all.regName = "R_W";
+    all.first = 0;
+    all.length = 300;
+    Address some = all;
+    some.first = 20;
+    some.length = 11;
+    session->watch({all, some});
+    std::set<int> planned;
+    for (int i = 0; i < library.driver->readList.size(); ++i)
+        for (int word = 0; word < library.driver->readList.at(i).length; ++word)
+            planned.insert(library.driver->readList.at(i).address + word);
+    EXPECT_EQ(planned.size(), 300U);
 }
 
 TEST_F(SessionOnALine, WhatTheDriverDoesNotTakeIsReportedAndTheOthersGoOut)
