@@ -1,4 +1,4 @@
-// Polls 128 watched words in which nothing changed, as often as it is told: bench/arm-instructions
+// Polls 128 watched words in which nothing changed, as often as it is told: bench/on-arm
 // counts what the processor does for it.
 #include <QByteArray>
 #include <QString>
