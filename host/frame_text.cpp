@@ -178,7 +178,7 @@ int bytesFor(int function, int count)
 
 std::string badCrc(const QByteArray& frame)
 {
-    return hasSoundCrc(frame) ? std::string() : ", bad CRC";
+    return simulator::hasGoodCrc(frame) ? std::string() : ", bad CRC";
 }
 
 std::string fragment(const QByteArray& frame)

@@ -59,7 +59,7 @@ QByteArray madeUpReply(const FRAME_PRO& frame)
     reply[0] = static_cast<char>(frame.frame[0]);
     reply[1] = static_cast<char>(frame.frame[1]);
     reply[2] = static_cast<char>(values & 0xFF);
-    return withCrc16(reply);
+    return simulator::withCrc(reply);
 }
 
 PlannedRequest plannedRequest(const FRAME_PRO& frame, const WireFormat& wire,

@@ -67,14 +67,14 @@ Arrival ReplyCollector::judge()
         if (function == byteAt(request_, 1) && isAnswer(pending_.mid(first, replyLength_)))
             return finish(Arrival::reply, first, replyLength_);
         if (function == (byteAt(request_, 1) | 0x80) &&
-            hasSoundCrc(pending_.mid(first, exceptionLength)))
+            simulator::hasGoodCrc(pending_.mid(first, exceptionLength)))
             return finish(Arrival::exception, first, exceptionLength);
     }
     const bool mayBeEcho =
         !echoStripped_ && pending_.size() < request_.size() && request_.startsWith(pending_);
     // Garbled on the way; a sound frame of this length answers something else.
     if (pending_.size() >= replyLength_ && opensLikeAnswer() && !mayBeEcho &&
-        !hasSoundCrc(pending_.left(replyLength_)))
+        !simulator::hasGoodCrc(pending_.left(replyLength_)))
         return finish(Arrival::reply, 0, replyLength_);
     return Arrival::incomplete;
 }
@@ -104,7 +104,8 @@ bool ReplyCollector::stripEcho()
 
 bool ReplyCollector::isAnswer(const QByteArray& frame) const
 {
-    if (frame.size() != replyLength_ || frame.left(2) != request_.left(2) || !hasSoundCrc(frame))
+    if (frame.size() != replyLength_ || frame.left(2) != request_.left(2) ||
+        !simulator::hasGoodCrc(frame))
         return false;
     if (adapterEchoes_ && !echoStripped_ && frame == request_)
         return false;
@@ -131,7 +132,7 @@ Arrival ReplyCollector::endOfFrame()
 {
     if (pending_.isEmpty())
         return Arrival::incomplete;
-    const bool sound = hasSoundCrc(pending_);
+    const bool sound = simulator::hasGoodCrc(pending_);
     if (sound && pending_.size() == replyLength_ &&
         pending_.left(addressEnd) == request_.left(addressEnd))
         almostReply_ = pending_;

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "crc16.h"
+#include "failure.h"
 
 namespace {
 
@@ -53,6 +54,8 @@ QSerialPort::Parity parityOf(char letter)
 SerialLine::SerialLine(const LineSettings& settings, const LineObserver& observer)
     : settings_(settings), observer_(observer), timer_([this]() { timerDue(); })
 {
+    if (!timer_.isValid())
+        throw Failure("the system has no timer left");
     reopenTimer_.setInterval(reopenMilliseconds);
     QObject::connect(&reopenTimer_, &QTimer::timeout, &reopenTimer_, [this]() { reopen(); });
 }
@@ -155,7 +158,7 @@ bool SerialLine::applyFormat(QString* reason)
 
 void SerialLine::lost(const QString& reason)
 {
-    timer_.stop();
+    timer_.cancel();
     state_ = State::closed;
     done_ = nullptr;
     // The error comes from within the port's own code, so the port must outlive this call.
@@ -184,7 +187,7 @@ void SerialLine::beginSilence()
     if (start <= Clock::now())
         transmit();
     else
-        timer_.startAt(start);
+        wakeAt(start);
 }
 
 // After the silence; and not before the reply to an earlier transmission can no longer be taken for
@@ -215,7 +218,7 @@ void SerialLine::transmit()
 {
     const Clock::time_point now = Clock::now();
     if (now < babbleLimit_ && bytesWait()) {
-        timer_.startAt(now + rereadDelay);
+        wakeAt(now + rereadDelay);
         return;
     }
     collector_.begin(request_, replyLength_);
@@ -230,7 +233,7 @@ void SerialLine::transmit()
         unanswered_.append({request_, replyLength_, now, deadline_ + settings_.timeout});
         armReplyTimer();
     } else {
-        timer_.startAt(transmissionEnd_ + settings_.turnaround);
+        wakeAt(transmissionEnd_ + settings_.turnaround);
     }
     // cppcheck-suppress nullPointerRedundantCheck
     port_->write(request_);
@@ -238,13 +241,19 @@ void SerialLine::transmit()
         port_->flush();
 }
 
+void SerialLine::wakeAt(Clock::time_point when)
+{
+    using std::chrono::nanoseconds; // steady_clock is the timer's clock here
+    timer_.wakeAt(std::chrono::duration_cast<nanoseconds>(when.time_since_epoch()).count());
+}
+
 void SerialLine::armReplyTimer()
 {
     if (collector_.isEmpty())
-        timer_.startAt(deadline_);
+        wakeAt(deadline_);
     else
-        timer_.startAt(std::min(lastActivity_ + frameGap_,
-                                deadline_ + settings_.wire.characters(replyLength_)));
+        wakeAt(std::min(lastActivity_ + frameGap_,
+                        deadline_ + settings_.wire.characters(replyLength_)));
 }
 
 void SerialLine::bytesCame()
@@ -302,7 +311,7 @@ void SerialLine::timerDue()
         break;
     case State::awaitingReply:
         if (bytesWait()) {
-            timer_.startAt(now + rereadDelay);
+            wakeAt(now + rereadDelay);
         } else if (!collector_.isEmpty()) {
             takeArrival(collector_.endOfFrame());
         } else if (now >= deadline_) {
@@ -317,13 +326,13 @@ void SerialLine::timerDue()
 
 void SerialLine::finish(LineResult result)
 {
-    timer_.stop();
+    timer_.cancel();
     state_ = State::idle;
     Reception reception;
     reception.result = result;
     if (result == LineResult::reply || result == LineResult::exception) {
         reception.bytes = collector_.reply();
-        if (hasSoundCrc(reception.bytes))
+        if (simulator::hasGoodCrc(reception.bytes))
             settle(reception.bytes);
         else if (!unanswered_.isEmpty())
             unanswered_.removeLast(); // garbled, but it was the answer
@@ -354,7 +363,7 @@ void SerialLine::flushLateBytes(const QByteArray& bytes)
 // controller's delay is known now, and the other replies cannot come later than that.
 void SerialLine::settle(const QByteArray& frame)
 {
-    if (!hasSoundCrc(frame))
+    if (!simulator::hasGoodCrc(frame))
         return;
     const Clock::time_point now = Clock::now();
     for (int i = 0; i < unanswered_.size(); ++i) {

@@ -13,8 +13,9 @@
 #include <functional>
 #include <memory>
 
-#include "precise_timer.h"
+#include "clock.h"
 #include "reply_collector.h"
+#include "wake_timer.h"
 #include "wire.h"
 
 class QSerialPort;
@@ -91,6 +92,7 @@ private:
     void timerDue();
     void beginSilence();
     void transmit();
+    void wakeAt(Clock::time_point when);
     void armReplyTimer();
     void finish(LineResult result);
     void takeArrival(Arrival arrival);
@@ -103,7 +105,7 @@ private:
     LineSettings settings_;
     LineObserver observer_;
     std::unique_ptr<QSerialPort> port_;
-    PreciseTimer timer_;
+    simulator::WakeTimer timer_;
     QTimer reopenTimer_;
     ReplyCollector collector_;
     QList<Unanswered> unanswered_;

@@ -1,5 +1,7 @@
 #include "controller.h"
 
+#include "crc16.h"
+
 namespace simulator {
 
 namespace {

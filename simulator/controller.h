@@ -89,12 +89,6 @@ private:
 // count that contradicts the quantity), only silence ends such a frame.
 int requestLength(const QByteArray& begin);
 
-// The CRC of these bytes, sent low byte first. withCrc() appends it; hasGoodCrc() wants at least
-// four bytes, the last two being the CRC of those before them.
-std::uint16_t crc16(const QByteArray& bytes);
-QByteArray withCrc(const QByteArray& bytes);
-bool hasGoodCrc(const QByteArray& frame);
-
 // One line for the log: "station 1 reads registers 1380 to 1387", "exception 2, illegal data
 // address".
 QString describe(const Answer& answer);

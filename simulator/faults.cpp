@@ -5,6 +5,7 @@
 #include <set>
 
 #include "controller.h"
+#include "crc16.h"
 
 namespace simulator {
 

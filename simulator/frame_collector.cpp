@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "controller.h"
+#include "crc16.h"
 
 namespace simulator {
 

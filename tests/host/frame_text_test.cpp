@@ -20,20 +20,21 @@ QByteArray bytes(const char* hex)
 
 std::string request(const char* withoutCrc)
 {
-    return requestText(withCrc16(bytes(withoutCrc)), areas);
+    return requestText(simulator::withCrc(bytes(withoutCrc)), areas);
 }
 
 std::string reply(const char* withoutCrc, const char* requestWithoutCrc)
 {
-    return replyText(withCrc16(bytes(withoutCrc)), withCrc16(bytes(requestWithoutCrc)), areas);
+    return replyText(simulator::withCrc(bytes(withoutCrc)),
+                     simulator::withCrc(bytes(requestWithoutCrc)), areas);
 }
 
 TEST(FrameText, CrcIsThatOfModbus)
 {
-    EXPECT_EQ(withCrc16(bytes("01 03 00 00 00 01")), bytes("01 03 00 00 00 01 84 0A"));
-    EXPECT_TRUE(hasSoundCrc(bytes("01 03 00 00 00 01 84 0A")));
-    EXPECT_FALSE(hasSoundCrc(bytes("01 03 00 00 00 01 0A 84")));
-    EXPECT_FALSE(hasSoundCrc(bytes("FF FF")));
+    EXPECT_EQ(simulator::withCrc(bytes("01 03 00 00 00 01")), bytes("01 03 00 00 00 01 84 0A"));
+    EXPECT_TRUE(simulator::hasGoodCrc(bytes("01 03 00 00 00 01 84 0A")));
+    EXPECT_FALSE(simulator::hasGoodCrc(bytes("01 03 00 00 00 01 0A 84")));
+    EXPECT_FALSE(simulator::hasGoodCrc(bytes("FF FF")));
 }
 
 TEST(FrameText, ReadsAreToldWithTheirAddresses)
@@ -49,7 +50,7 @@ TEST(FrameText, NumbersThatAreInNoOneAreaStandAlone)
 {
     EXPECT_EQ(request("01 03 00 00 00 01"), "station 1: read 1 register from 0");
     EXPECT_EQ(request("01 03 01 FF 00 02"), "station 1: read 2 registers from 511");
-    EXPECT_EQ(requestText(withCrc16(bytes("01 03 05 64 00 08")), {}),
+    EXPECT_EQ(requestText(simulator::withCrc(bytes("01 03 05 64 00 08")), {}),
               "station 1: read 8 registers from 1380");
 }
 
@@ -97,16 +98,16 @@ TEST(FrameText, ReadRepliesAreToldWithTheirValues)
 TEST(FrameText, LongRepliesShowTheirFirstSixteenValues)
 {
     const QByteArray values(2 * 18, 0);
-    const QByteArray answer = withCrc16(bytes("01 03 24") + values);
-    EXPECT_EQ(replyText(answer, withCrc16(bytes("01 03 05 00 00 12")), areas),
+    const QByteArray answer = simulator::withCrc(bytes("01 03 24") + values);
+    EXPECT_EQ(replyText(answer, simulator::withCrc(bytes("01 03 05 00 00 12")), areas),
               "station 1: R_W:0..17 = 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 and 2 more");
 }
 
 TEST(FrameText, A128RegisterReplyIsWholeAlthoughItsByteCountSaysZero)
 {
     const QByteArray values(2 * 128, 0);
-    const QByteArray answer = withCrc16(bytes("01 03 00") + values);
-    EXPECT_EQ(replyText(answer, withCrc16(bytes("01 03 05 00 00 80")), areas),
+    const QByteArray answer = simulator::withCrc(bytes("01 03 00") + values);
+    EXPECT_EQ(replyText(answer, simulator::withCrc(bytes("01 03 05 00 00 80")), areas),
               "station 1: R_W:0..127 = 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 and 112 more");
 }
 
@@ -141,14 +142,14 @@ TEST(FrameText, WhatDoesNotFitTheRequestIsSaid)
               "station 2: reply to read registers, 7 bytes where 9 are due");
     EXPECT_EQ(reply("02 06 05 0B 00 07", "02 06 05 0A 00 07"),
               "station 2: wrote R_W:11 = 7 (0x0007), but that was not asked for");
-    EXPECT_EQ(
-        replyText(bytes("02 03 02 00 07 00 00"), withCrc16(bytes("02 03 05 0A 00 01")), areas),
-        "station 2: reply to read registers, bad CRC");
+    EXPECT_EQ(replyText(bytes("02 03 02 00 07 00 00"),
+                        simulator::withCrc(bytes("02 03 05 0A 00 01")), areas),
+              "station 2: reply to read registers, bad CRC");
 }
 
 TEST(FrameText, AReplyWithoutItsRequestStillShowsItsValues)
 {
-    EXPECT_EQ(replyText(withCrc16(bytes("02 03 02 00 07")), QByteArray(), areas),
+    EXPECT_EQ(replyText(simulator::withCrc(bytes("02 03 02 00 07")), QByteArray(), areas),
               "station 2: read registers, 2 bytes of values: 7");
 }
 
@@ -161,7 +162,7 @@ TEST(FrameText, AnyBytesOfAnyLengthGetAText)
                 QByteArray frame(length, fill);
                 if (length > 1)
                     frame[1] = static_cast<char>(function);
-                const QByteArray sound = withCrc16(frame);
+                const QByteArray sound = simulator::withCrc(frame);
                 EXPECT_NE(requestText(frame, areas), "");
                 EXPECT_NE(requestText(sound, areas), "");
                 EXPECT_NE(replyText(frame, sound, areas), "");

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "crc16.h"
 #include "support.h"
 
 namespace simulator {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <random>
 
+#include "crc16.h"
 #include "support.h"
 
 namespace simulator {

@@ -1,3 +1,4 @@
+#include "crc16.h"
 #include "faults.h"
 
 #include <functional>

@@ -1,3 +1,4 @@
+#include "crc16.h"
 #include "line_server_world.h"
 
 #include <QFile>
