@@ -26,12 +26,12 @@ protected:
     }
 };
 
-// A request whose data counts upwards from 1.
+// A request whose data counts upwards from 1, without a 0.
 VARIABLE counting(const char* regName, int address, int length, int station = 1)
 {
     VARIABLE made = request(regName, address, length, station);
     for (int i = 0; i < recordDataSize; ++i) {
-        made.data[i] = static_cast<unsigned char>(i + 1);
+        made.data[i] = static_cast<unsigned char>(i % 255 + 1);
     }
     return made;
 }
@@ -380,8 +380,8 @@ TEST_F(FrameBuilding, LongestWordWriteCarriesEveryWord)
     const FRAME_PRO doubles = writeFrames(counting("R_D", 0, 507)).at(0);
     const FRAME_PRO coils = writeFrames(counting("M_W", 0, 507)).at(0);
     for (int i = 0; i < 507; ++i) {
-        const unsigned char low = static_cast<unsigned char>(2 * i + 1);
-        const unsigned char high = static_cast<unsigned char>(2 * i + 2);
+        const unsigned char low = static_cast<unsigned char>(2 * i % 255 + 1);
+        const unsigned char high = static_cast<unsigned char>((2 * i + 1) % 255 + 1);
         const unsigned char highFirst[2] = {high, low};
         const unsigned char lowFirst[2] = {low, high};
         ASSERT_EQ(toHex(registers.frame + 7 + 2 * i, 2), toHex(highFirst, 2)) << "word " << i;
@@ -530,6 +530,15 @@ TEST_F(FrameBuilding, BitsOfRegistersAreNeverBroadcast)
 {
     EXPECT_EQ(writeFrames(request("R_bit", 35, 1, 0, {1})).size(), 0);
     EXPECT_EQ(writeFrames(request("R_bit", 35, 20, 0, {1})).size(), 0);
+}
+
+// Only the number 0 is the broadcast, not every number that goes out as 0.
+TEST_F(FrameBuilding, BitsOfRegistersOfAStationAbove255AreFramed)
+{
+    const QList<FRAME_PRO> frames = writeFrames(request("R_bit", 35, 1, 256, {1}));
+    ASSERT_EQ(frames.size(), 2);
+    EXPECT_EQ(toHex(frames.at(0).frame, 6), "00 03 05 02 00 01");
+    EXPECT_EQ(toHex(frames.at(1).frame, 6), "00 10 05 02 00 01");
 }
 
 TEST_F(FrameBuilding, BitsOfRegistersAtAnyAddressStayWithin16Bits)

@@ -170,6 +170,15 @@ TEST_F(FinishedRequests, AConditionReadThatDiffersFromTheOneAddedLastIsNotAnnoun
     }
 }
 
+TEST_F(FinishedRequests, OnlyStationNameAddressAndLengthTellWhichConditionReadWasAddedLast)
+{
+    fillEverything();
+    driver.lastConditionVar = request("R_W", 1, 1, 1, {1, 2, 3});
+    driver.lastConditionVar.kind = 99;
+    finish(3);
+    EXPECT_EQ(notices(), (Notices{{-1, -1, "-1", 0}}));
+}
+
 TEST_F(FinishedRequests, AFailedConditionReadDropsAllOfThem)
 {
     fillEverything();
@@ -361,6 +370,24 @@ TEST_F(FinishedRequests, APollReadsTheRecipeFlagsUnderTheHostsMutex)
     EXPECT_EQ(sent, frame("01 03 05 C8 00 01"));
     EXPECT_TRUE(hostMutex.tryLock());
     hostMutex.unlock();
+}
+
+TEST_F(FinishedRequests, APollForAHandshakeReadsTheRecipeFlagsUnderTheHostsMutexToo)
+{
+    driver.handshakeRequest = 1;
+    callWhileLocked(
+        hostMutex, [&] { poll(); }, [&](bool through) { EXPECT_FALSE(through); });
+    EXPECT_EQ(driver.sendKind, 1);
+}
+
+TEST_F(FinishedRequests, APollForTheFrameOnTheLineNeedsNoMutexOfTheHost)
+{
+    plan({key("R_W", 100, 1)});
+    const std::string first = poll();
+    std::string again;
+    callWhileLocked(
+        hostMutex, [&] { again = poll(); }, [&](bool through) { EXPECT_TRUE(through); });
+    EXPECT_EQ(again, first);
 }
 
 TEST_F(FinishedRequests, NoLockIsHeldWhenTheHostIsTold)

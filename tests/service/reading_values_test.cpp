@@ -98,6 +98,16 @@ TEST_F(ReadingValues, EveryBitIsReadFromItsPlaceInTheWord)
     EXPECT_EQ(read("M_bit", 25, 1), "01");
 }
 
+TEST_F(ReadingValues, TheFirstEightBitsAreTheLowByte)
+{
+    put("M", 1, "02 00");
+    EXPECT_EQ(read("M_bit", 17, 1), "01");
+    EXPECT_EQ(read("M_bit", 25, 1), "00");
+    put("M", 2, "00 02");
+    EXPECT_EQ(read("M_bit", 33, 1), "00");
+    EXPECT_EQ(read("M_bit", 41, 1), "01");
+}
+
 TEST_F(ReadingValues, BitsRunAcrossWords)
 {
     put("M", 0, "00 C0");

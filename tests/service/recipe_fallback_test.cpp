@@ -68,6 +68,36 @@ TEST_P(RecipeFlagWithoutRequests, AfterAWriteWritesAgain)
     EXPECT_EQ(driver.burstCount, 1);
 }
 
+TEST_P(RecipeFlagWithoutRequests, TheRequestBeforeGoesAgainNotTheNextOfItsList)
+{
+    write("R_W", 1, 1, "07 00");
+    write("R_W", 2, 1, "08 00");
+    EXPECT_EQ(exchange(), frame("01 06 05 01 00 07"));
+    setFlag();
+    EXPECT_EQ(poll(), frame("01 06 05 01 00 07"));
+}
+
+TEST_P(RecipeFlagWithoutRequests, TheConditionReadBeforeGoesAgainNotTheNextOfItsList)
+{
+    KEY_ADDRESS first = key("T", 5, 1);
+    KEY_ADDRESS second = key("T", 6, 1);
+    intf_addConditionRead(first, 3);
+    intf_addConditionRead(second, 3);
+    EXPECT_EQ(exchange(), frame("01 03 01 85 00 01"));
+    setFlag();
+    EXPECT_EQ(poll(), frame("01 03 01 85 00 01"));
+}
+
+TEST_P(RecipeFlagWithoutRequests, ACyclicReadAgainCountsForNoBurst)
+{
+    plan({key("R_W", 100, 1)});
+    EXPECT_EQ(exchange(), cyclicRead);
+    driver.burstCount = 5;
+    setFlag();
+    EXPECT_EQ(exchange(), cyclicRead);
+    EXPECT_EQ(driver.burstCount, 5);
+}
+
 TEST_P(RecipeFlagWithoutRequests, AfterACyclicReadReadsItAgainAndGoesOnRoundRobin)
 {
     plan({key("R_W", 100, 1), key("T", 1, 1), key("C", 1, 1)});

@@ -177,6 +177,15 @@ TEST_F(RecipeScheduling, AnUploadReadsEachRequestAndThenClearsItsFlag)
     EXPECT_EQ(hostBlock[uploadFlag], 0);
 }
 
+TEST_F(RecipeScheduling, AnUploadCarriesNoValuesOfTheBuffer)
+{
+    driver.currentVar = VARIABLE();
+    setThreeRecords();
+    hostBlock[uploadFlag] = 1;
+    poll();
+    EXPECT_EQ(toHex(polled.request.data, recordDataSize), toHex(QByteArray(recordDataSize, '\0')));
+}
+
 TEST_F(RecipeScheduling, ALinkFailureEndsAnUploadAtOnce)
 {
     setThreeRecords();

@@ -299,6 +299,20 @@ TEST_F(RecipeUpload, StopsWhereACallbackReplacesThePlan)
     EXPECT_EQ(notices().size(), 1u);
 }
 
+TEST_F(RecipeUpload, CopiesNothingIntoARecipeThatCameWithAnInitialisation)
+{
+    plan({key("R_W", 200, 1)});
+    upload({recipeRecord(7, "R_W", 200, 1, 0)});
+    whenTold([&](const Notice&) {
+        configure();
+        QVector<_RCP_VAR_PRO> same = {recipeRecord(7, "R_W", 200, 1, 0)};
+        intf_setRcpAddress(same);
+    });
+    EXPECT_EQ(reply(withCrc("01 03 02 12 34")), 1);
+    EXPECT_EQ(notices(), (Notices{{7, 1, "R_W", 200}}));
+    EXPECT_EQ(recipeBuffer[0], 0xEEEE);
+}
+
 TEST_F(RecipeUpload, StopsWhereACallbackTakesTheBufferAway)
 {
     whenTold([&](const Notice&) {

@@ -89,6 +89,124 @@ TEST_F(ResponseHandling, TheEchoOfAWriteReportsItsSuccess)
     EXPECT_EQ(driver.retryCount, 0);
 }
 
+TEST_F(ResponseHandling, AWriteIsReportedBeforeTheLinkIsRestored)
+{
+    plan({key("Q_bit", 5, 1)});
+    exchange();
+    write("Q_bit", 5, 1, "01");
+    notices();
+    driver.commFailed = 1;
+    int failedWhenTold = -1;
+    whenTold([&](const Notice&) { failedWhenTold = driver.commFailed; });
+    EXPECT_EQ(poll(), frame("01 05 08 05 FF 00"));
+    EXPECT_EQ(reply(goodReplyTo(polled)), 1);
+    EXPECT_EQ(notices(), (Notices{{7, 1, "Q_bit", 5}}));
+    EXPECT_EQ(failedWhenTold, 1);
+    EXPECT_EQ(driver.commFailed, 0);
+}
+
+TEST_F(ResponseHandling, AGoodReplyWithoutDataRestoresTheLinkWhateverItAnswers)
+{
+    driver.handshakeRequest = 1;
+    driver.commFailed = 1;
+    poll();
+    EXPECT_EQ(reply(QByteArray()), 1);
+    EXPECT_EQ(driver.commFailed, 0);
+    driver.handshakeRequest = 0;
+
+    QVector<_RCP_VAR_PRO> records = {recipeRecord(7, "R_W", 10, 1, 0),
+                                     recipeRecord(7, "R_W", 20, 1, 1)};
+    intf_setRcpAddress(records);
+    hostBlock[downloadFlag] = 1;
+    driver.commFailed = 1;
+    poll();
+    EXPECT_EQ(reply(goodReplyTo(polled)), 1);
+    EXPECT_EQ(driver.commFailed, 0);
+    EXPECT_EQ(driver.recipeIndex, 1); // and so the download goes on
+}
+
+TEST_F(ResponseHandling, SettlesTheRequestOfTheFrameNotTheOneThatWasMadeLast)
+{
+    for (const bool good : {true, false}) {
+        write("R_W", 10, 1, "34 12");
+        poll();
+        driver.currentVar = request("R_W", 20, 1);
+        if (good) {
+            EXPECT_EQ(reply(goodReplyTo(polled)), 1);
+        } else {
+            EXPECT_EQ(abandon(), 3);
+        }
+        EXPECT_EQ(unit(1, "R", 10).writePending, 0) << good;
+    }
+}
+
+// What a callback finds shows the order of the steps.
+
+TEST_F(ResponseHandling, AGivenUpWriteIsReportedBeforeItsFramesGo)
+{
+    plan({key("R_W", 10, 1)});
+    exchange();
+    write("R_W", 10, 1, "34 12");
+    notices();
+    poll();
+    int framesWhenTold = -1;
+    int retriesWhenTold = -1;
+    whenTold([&](const Notice&) {
+        framesWhenTold = static_cast<int>(driver.sendList.size());
+        retriesWhenTold = driver.retryCount;
+    });
+    EXPECT_EQ(abandon(), 3);
+    EXPECT_EQ(framesWhenTold, 1);
+    EXPECT_EQ(retriesWhenTold, 3);
+    EXPECT_EQ(driver.sendList.size(), 0);
+}
+
+TEST_F(ResponseHandling, AGivenUpRequestIsFinishedWithItsFramesGoneAndItsCountReset)
+{
+    KEY_ADDRESS wanted = key("R_W", 10, 1);
+    intf_addConditionRead(wanted, 3);
+    poll();
+    int framesWhenTold = -1;
+    int retriesWhenTold = -1;
+    whenTold([&](const Notice&) {
+        framesWhenTold = static_cast<int>(driver.sendList.size());
+        retriesWhenTold = driver.retryCount;
+    });
+    EXPECT_EQ(abandon(), 3);
+    EXPECT_EQ(framesWhenTold, 0);
+    EXPECT_EQ(retriesWhenTold, 0);
+}
+
+TEST_F(ResponseHandling, AnAnsweredRequestIsFinishedBeforeItsCountIsReset)
+{
+    KEY_ADDRESS wanted = key("R_W", 10, 1);
+    intf_addConditionRead(wanted, 3);
+    poll();
+    reply(QByteArray());
+    int framesWhenTold = -1;
+    int retriesWhenTold = -1;
+    whenTold([&](const Notice& notice) {
+        if (notice.tag == -1) {
+            framesWhenTold = static_cast<int>(driver.sendList.size());
+            retriesWhenTold = driver.retryCount;
+        }
+    });
+    EXPECT_EQ(reply(withCrc("01 03 02 12 34")), 1);
+    EXPECT_EQ(framesWhenTold, 0);
+    EXPECT_EQ(retriesWhenTold, 1);
+    EXPECT_EQ(driver.retryCount, 0);
+}
+
+TEST_F(ResponseHandling, TheTextIsThereBeforeTheHostIsTold)
+{
+    plan({key("R_W", 10, 1)});
+    poll();
+    std::string textWhenTold;
+    whenTold([&](const Notice&) { textWhenTold = errorText(); });
+    EXPECT_EQ(reply(withCrc("01 03 02 12 34")), 1);
+    EXPECT_EQ(textWhenTold, "1#R_W10(1)");
+}
+
 TEST_F(ResponseHandling, EveryKindOfWriteIsSettledByItsEcho)
 {
     plan({key("Q_bit", 0, 16), key("M_W", 5, 2), key("R_D", 10, 2), key("T", 1, 1)});

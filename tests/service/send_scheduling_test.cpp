@@ -1,4 +1,5 @@
 // Which frame goes next.
+#include <cstring>
 #include <gmock/gmock.h>
 
 #include "world.h"
@@ -88,6 +89,22 @@ TEST_F(SendScheduling, TheHostGetsEveryFieldOfTheFrame)
     driver.sendList[0].spare = 77;
     poll();
     EXPECT_EQ(polled.spare, 77);
+}
+
+TEST_F(SendScheduling, TheHostGetsEveryByteOfTheLongestFrame)
+{
+    VARIABLE longest = request("R_W", 0, 507);
+    memset(longest.data, 0xA5, sizeof(longest.data));
+    driver.writeList.append(longest);
+    poll();
+    EXPECT_EQ(polled.sendLength, 1023);
+    EXPECT_EQ(frameHex(polled),
+              toHex(withCrc(hex("01 10 05 00 01 FB F6") + QByteArray(2 * 507, '\xA5'))));
+    EXPECT_EQ(toHex(polled.request.data, recordDataSize),
+              toHex(QByteArray(recordDataSize, '\xA5')));
+    driver.sendList[0].frame[recordDataSize - 1] = 0x5A;
+    poll();
+    EXPECT_EQ(polled.frame[recordDataSize - 1], 0x5A);
 }
 
 TEST_F(SendScheduling, APollWithoutARecordPreparesTheFrameAllTheSame)
@@ -290,6 +307,16 @@ TEST_F(SendScheduling, ACyclicReadThatCannotBeFramedStaysAtTheHead)
     driver.readList.removeFirst();
     EXPECT_EQ(exchange(), ""); // station 0 is never read
     EXPECT_EQ(summary(driver.readList).front(), "0/R_W:100+1");
+}
+
+TEST_F(SendScheduling, ACyclicReadThatCannotBeFramedEndsABurstToo)
+{
+    driver.readList << request("odd", 5, 1);
+    driver.burstCount = 10;
+    queueWrites(1);
+    EXPECT_EQ(poll(), "");
+    EXPECT_EQ(driver.burstCount, 0);
+    EXPECT_EQ(poll(), frame("01 06 05 00 00 07"));
 }
 
 TEST_F(SendScheduling, AWriteThatCannotBeFramedStaysAtTheHead)
