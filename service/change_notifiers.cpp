@@ -59,7 +59,7 @@ const char ViewNames::areas_[areaCount] = {'R', 'M', 'I', 'Q', 'T', 'C'};
 
 const ViewNames viewNames;
 
-// Which views a unit of one width has: a row of the manual's table.
+// Which views a unit of one width has.
 struct UnitViews {
     int bits; // bits of the unit that can be watched
     View own; // view flag 0

@@ -396,6 +396,31 @@ TEST_F(SettlingWrites, AReplacedWriteIsSettledByTheOneThatReplacedIt)
     EXPECT_EQ(poll(), "");
 }
 
+// Two writes of a bit were counted, the first is settled, and a third replaces the second while
+// that still waits behind another write: it counts again, yet only one answer comes.
+TEST_F(SettlingWrites, AThirdWriteOfABitThatReplacesAWaitingSecondLeavesTheWordPending)
+{
+    write("M_bit", 20, 1, "01");
+    write("R_W", 1, 1, "11 00");
+    write("M_bit", 20, 1, "00");
+    exchange();
+    write("M_bit", 20, 1, "01");
+    EXPECT_EQ(pendingBits("M", 1), 0x300u);
+    exchange();
+    exchange();
+    EXPECT_TRUE(driver.writeList.isEmpty());
+    EXPECT_EQ(pendingBits("M", 1), 0x200u);
+    EXPECT_TRUE(isPending("M", 1));
+    EXPECT_EQ(read("M_bit", 20, 1), "01");
+    EXPECT_EQ(device("M", 1), "10 00 00 00"); // the controller's value is the visible one
+
+    plan({key("M_W", 1, 1)}); // forgets the count
+    poll();
+    EXPECT_EQ(reply(withCrc("01 01 02 11 00")), 1);
+    EXPECT_FALSE(isPending("M", 1));
+    EXPECT_EQ(read("M_W", 1, 1), "11 00");
+}
+
 TEST_F(SettlingWrites, EachPieceOfALongWriteIsSettledByItsOwnAnswer)
 {
     configure("7#0#0#3#1");

@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 #include "controller.h"
 #include "faults.h"
@@ -90,6 +91,7 @@ private:
     bool transact(bool withFaults);
     QByteArray received(const QByteArray& request, bool withFaults);
     void requireCached(const Watched& range) const;
+    static void requireCountedTwice(const _DATA_& unit);
 
     std::mt19937 random_;
     simulator::Memory memory_;
@@ -101,6 +103,7 @@ private:
     WriteLedger ledger_;
     RecipeRound recipe_;
     Tally tally_;
+    int countedTwice_ = 0;
 };
 
 void Soak::initialise()
@@ -273,10 +276,27 @@ void Soak::requireAgreement()
     for (const Watched& range : watched) {
         requireCached(range);
     }
+    countedTwice_ = 0;
     for (int i = 0; i < driver.dataAreas.size(); ++i) {
         if (driver.dataAreas.at(i).writePending != 0) {
-            disagree(QStringLiteral("a unit is still pending"));
+            requireCountedTwice(driver.dataAreas.at(i));
+            ++countedTwice_;
         }
+    }
+}
+
+// A unit without a queued write is pending only where a bit was written again while the write
+// before it still waited: its count never comes down. It shows what the controller acknowledged all
+// the same.
+void Soak::requireCountedTwice(const _DATA_& unit)
+{
+    const std::uint32_t secondWrites = 0xAAAAAAAA; // the upper one of each bit's two count bits
+    if (unit.pendingBits == 0 || (unit.pendingBits & ~secondWrites) != 0 ||
+        std::memcmp(unit.pendingValue, unit.deviceValue, 2) != 0) {
+        disagree(QStringLiteral("%1/%2 %3 is still pending")
+                     .arg(unit.station)
+                     .arg(unit.area)
+                     .arg(unit.address));
     }
 }
 
@@ -308,6 +328,8 @@ void Soak::report() const
                 static_cast<unsigned long long>(recipe_.uploads()),
                 static_cast<unsigned long long>(recipe_.givenUp()),
                 static_cast<unsigned long long>(notices));
+    std::printf("units pending at the end for a bit whose write was counted twice: %d\n",
+                countedTwice_);
 }
 
 std::size_t heapInUse()
