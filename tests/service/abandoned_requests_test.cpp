@@ -12,8 +12,7 @@ class AbandonedRequests : public DriverTest {
 protected:
     static void condition(const char* regName, int address, int length)
     {
-        KEY_ADDRESS wanted = key(regName, address, length);
-        intf_addConditionRead(wanted, 3);
+        ask(key(regName, address, length));
     }
 };
 
@@ -102,8 +101,7 @@ TEST_F(AbandonedRequests, AConditionReadThatSucceedsAfterAFailureIsReportedAsGoo
 
 TEST_F(AbandonedRequests, ARecipeDownloadGivenUpReportsNoWriteOfTheHost)
 {
-    QVector<_RCP_VAR_PRO> records = {recipeRecord(7, "R_W", 10, 1, 0)};
-    intf_setRcpAddress(records);
+    setRecipe({recipeRecord(7, "R_W", 10, 1, 0)});
     write("R_W", 10, 1, "34 12");
     hostBlock[downloadFlag] = 1;
     poll();
@@ -116,8 +114,7 @@ TEST_F(AbandonedRequests, ARecipeDownloadGivenUpReportsNoWriteOfTheHost)
 TEST_F(AbandonedRequests, AnUploadGivenUpCopiesNothing)
 {
     recipeBuffer[0] = 0xEEEE;
-    QVector<_RCP_VAR_PRO> records = {recipeRecord(7, "R_W", 10, 1, 0)};
-    intf_setRcpAddress(records);
+    setRecipe({recipeRecord(7, "R_W", 10, 1, 0)});
     hostBlock[uploadFlag] = 1;
     poll();
     EXPECT_EQ(abandon(), 3);

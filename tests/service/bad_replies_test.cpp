@@ -36,9 +36,7 @@ protected:
         recipeBuffer[1] = 0x5678;
         driver.readList.clear();
         GetParam().prepare();
-        QVector<_RCP_VAR_PRO> records = {recipeRecord(7, "R_W", 200, 2, 0),
-                                         recipeRecord(7, "R_W", 300, 1, 2)};
-        intf_setRcpAddress(records);
+        setRecipe({recipeRecord(7, "R_W", 200, 2, 0), recipeRecord(7, "R_W", 300, 1, 2)});
         if (GetParam().name == std::string("Download")) {
             hostBlock[downloadFlag] = 1;
         } else if (GetParam().name == std::string("Upload")) {
@@ -182,12 +180,7 @@ const Exchange exchanges[] = {
     {"RegisterRead", [] { readPlan("R_W", 10, 3); }, "01 03 05 0A 00 03",
      "01 03 06 12 34 56 78 9A BC"},
     {"TimerRead", [] { readPlan("T", 1, 1); }, "01 03 01 81 00 01", "01 03 02 12 34"},
-    {"ConditionRead",
-     [] {
-         KEY_ADDRESS wanted = key("R_W", 11, 1);
-         intf_addConditionRead(wanted, 3);
-     },
-     "01 03 05 0B 00 01", "01 03 02 12 34"},
+    {"ConditionRead", [] { ask(key("R_W", 11, 1)); }, "01 03 05 0B 00 01", "01 03 02 12 34"},
     {"CoilWrite",
      [] {
          unsigned char on = 1;

@@ -81,8 +81,7 @@ TEST_F(BitWritePatch, StoresAndAnnouncesNothingOfThePreRead)
 
 TEST_F(BitWritePatch, OfARecipeDownloadKeepsTheOtherBitsToo)
 {
-    QVector<_RCP_VAR_PRO> records = {recipeRecord(7, "R_bit", 35, 1, 4)};
-    intf_setRcpAddress(records);
+    setRecipe({recipeRecord(7, "R_bit", 35, 1, 4)});
     recipeBuffer[4] = 1;
     hostBlock[downloadFlag] = 1;
     EXPECT_EQ(writeBack("01 03 02 A5 50"), frame("01 10 05 02 00 01 02 A5 58"));

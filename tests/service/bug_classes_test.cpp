@@ -31,10 +31,10 @@ protected:
         }
     }
 
-    void answerFromWithin(void (*answer)(QString&, int))
+    void answerFromWithin(void (*deed)(QString&, int))
     {
         calls = 0;
-        atCall = answer;
+        atCall = deed;
         intf_setAddrValueChangeCallBack(onChange);
     }
 
@@ -312,8 +312,7 @@ TEST_F(BugClasses, ReinitialisationFromWithinASettledWriteIsTheLastWord)
 
 TEST_F(BugClasses, ReinitialisationFromWithinARecipeUploadLeavesTheOldBufferAlone)
 {
-    QVector<_RCP_VAR_PRO> records = {recipeRecord(7, "R_W", 0, 10, 0)};
-    intf_setRcpAddress(records);
+    setRecipe({recipeRecord(7, "R_W", 0, 10, 0)});
     hostBlock[60116] = 1;
     poll();
     answerFromWithin(reinitialise);
@@ -334,12 +333,10 @@ void planAndWrite(QString& regName, int address)
     DebugLines quiet;
     QList<KEY_ADDRESS> keys = {key("M_W", 0, 100), key("R_W", 0, 8)};
     intf_addrMerge(keys);
-    QVector<_RCP_VAR_PRO> records = {recipeRecord(7, "C", 0, 4, 0)};
-    intf_setRcpAddress(records);
+    setRecipe({recipeRecord(7, "C", 0, 4, 0)});
     unsigned char data[64] = {1, 2, 3};
     intf_setData(1, name("R_W"), address, 8, data, 2);
-    KEY_ADDRESS asked = key("T", 0, 4);
-    intf_addConditionRead(asked, 3);
+    ask(key("T", 0, 4));
     FRAME_PRO frame = FRAME_PRO();
     intf_getSendFrame(&frame);
     QByteArray nothing;

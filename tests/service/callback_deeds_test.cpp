@@ -45,19 +45,13 @@ void writeAway(const char* regName, int address, int length)
     intf_setData(1, name(regName), address, length, bytes, 2);
 }
 
-void askAway(const char* regName, int address)
-{
-    KEY_ADDRESS wanted = key(regName, address, 1);
-    intf_addConditionRead(wanted, 3);
-}
-
 void recipeAway(int length)
 {
     QVector<_RCP_VAR_PRO> records;
     for (int i = 0; i < length; ++i) {
         records.append(recipeRecord(7, "R_W", 10 + 20 * i, 2, i));
     }
-    intf_setRcpAddress(records);
+    setRecipe(records);
 }
 
 const Deed deeds[] = {
@@ -90,8 +84,8 @@ const Deed deeds[] = {
          std::vector<unsigned char> out(4000);
          intf_getData(1, name("R_W"), 5, 2000, out.data());
      }},
-    {"Asks", [] { askAway("R_W", 10); }},
-    {"AsksForBits", [] { askAway("M_bit", 10); }},
+    {"Asks", [] { ask(key("R_W", 10, 1)); }},
+    {"AsksForBits", [] { ask(key("M_bit", 10, 1)); }},
     {"SetsARecipe", [] { recipeAway(3); }},
     {"SetsNoRecipe", [] { recipeAway(0); }},
     {"TakesTheCallbackAway", [] { intf_setAddrValueChangeCallBack(nullptr); }},
@@ -110,8 +104,8 @@ const Deed deeds[] = {
 
 const Moment moments[] = {
     {"CyclicRead", [] {}, "01 03 06 12 34 56 78 9A BC"},
-    {"ConditionRead", [] { askAway("R_W", 10); }, "01 03 02 12 34"},
-    {"FailedConditionRead", [] { askAway("R_W", 10); }, ""},
+    {"ConditionRead", [] { ask(key("R_W", 10, 1)); }, "01 03 02 12 34"},
+    {"FailedConditionRead", [] { ask(key("R_W", 10, 1)); }, ""},
     {"WriteOfABit", [] { writeAway("Q_bit", 5, 1); }, "01 05 08 05 FF 00"},
     {"FailedWriteOfABit", [] { writeAway("Q_bit", 5, 1); }, ""},
     {"FailedWriteOfWords", [] { writeAway("R_W", 10, 2); }, ""},

@@ -123,10 +123,7 @@ TEST_F(CallbackReentry, AWriteQueuedWhileAReplyIsDecodedGoesOut)
 TEST_F(CallbackReentry, AConditionReadQueuedWhileAReplyIsDecodedGoesOut)
 {
     askForThreeWords();
-    onceWhenTold([&] {
-        KEY_ADDRESS wanted = key("R_W", 11, 1);
-        intf_addConditionRead(wanted, 3);
-    });
+    onceWhenTold([&] { ask(key("R_W", 11, 1)); });
     EXPECT_EQ(reply(threeWords()), 1);
     EXPECT_EQ(poll(), frame("01 03 05 0B 00 01"));
 }
@@ -237,13 +234,11 @@ TEST_F(CallbackReentry, InitialisingWhileAConditionReadIsReportedKeepsWhatIsAske
 {
     for (const bool failed : {false, true}) {
         configure("7#0#0#1#10");
-        KEY_ADDRESS wanted = key("R_W", 10, 1);
-        intf_addConditionRead(wanted, 3);
+        ask(key("R_W", 10, 1));
         poll();
         onceWhenTold([&] {
             configure();
-            KEY_ADDRESS other = key("T", 5, 1);
-            intf_addConditionRead(other, 3);
+            ask(key("T", 5, 1));
         });
         EXPECT_EQ(reply(failed ? QByteArray() : withCrc("01 03 02 00 00")), failed ? 2 : 1);
         EXPECT_THAT(summary(driver.conditionList), ElementsAre("1/T:5+1")) << failed;
@@ -252,8 +247,7 @@ TEST_F(CallbackReentry, InitialisingWhileAConditionReadIsReportedKeepsWhatIsAske
 
 TEST_F(CallbackReentry, EmptyingTheListWhileAConditionReadIsReportedDoesNotFault)
 {
-    KEY_ADDRESS wanted = key("R_W", 10, 1);
-    intf_addConditionRead(wanted, 3);
+    ask(key("R_W", 10, 1));
     poll();
     onceWhenTold([&] { driver.conditionList.clear(); });
     EXPECT_EQ(reply(withCrc("01 03 02 00 00")), 1);

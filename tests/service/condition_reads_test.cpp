@@ -9,25 +9,7 @@ using ::testing::IsEmpty;
 
 namespace {
 
-int ask(KEY_ADDRESS wanted, int kind = 3)
-{
-    return intf_addConditionRead(wanted, kind);
-}
-
-class ConditionReads : public DriverTest {
-protected:
-    // Entries 0 to count - 1: "R_W" 1000, 1001, ... of station 1, length 1, kind 1.
-    static void fill(int count)
-    {
-        driver.conditionList.clear();
-        for (int i = 0; i < count; ++i) {
-            VARIABLE one = request("R_W", 1000 + i, 1);
-            one.kind = 1;
-            one.data[0] = 0x77;
-            driver.conditionList.append(one);
-        }
-    }
-};
+class ConditionReads : public DriverTest {};
 
 TEST_F(ConditionReads, OfAnUnknownNameIsRefusedAndChangesNothing)
 {
@@ -185,7 +167,7 @@ TEST_F(ConditionReads, AreQueuedInTheOrderOfTheCalls)
 
 TEST_F(ConditionReads, EqualToOneBehindTheHeadReplaceIt)
 {
-    fill(3);
+    fillConditionList(3);
     ask(key("R_W", 1001, 1), 9);
     EXPECT_THAT(summary(driver.conditionList),
                 ElementsAre("1/R_W:1000+1", "1/R_W:1001+1", "1/R_W:1002+1"));
@@ -197,7 +179,7 @@ TEST_F(ConditionReads, EqualToOneBehindTheHeadReplaceIt)
 
 TEST_F(ConditionReads, EqualToTheHeadAreQueuedAgain)
 {
-    fill(1);
+    fillConditionList(1);
     ask(key("R_W", 1000, 1), 9);
     EXPECT_THAT(summary(driver.conditionList), ElementsAre("1/R_W:1000+1", "1/R_W:1000+1"));
     EXPECT_EQ(driver.conditionList.at(0).kind, 1);
@@ -209,7 +191,7 @@ TEST_F(ConditionReads, EqualToTheHeadAreQueuedAgain)
 
 TEST_F(ConditionReads, AreEqualOnlyInStationNameAddressAndLengthTogether)
 {
-    fill(2);
+    fillConditionList(2);
     ask(key("R_W", 1001, 1, 2));
     ask(key("M_W", 1001, 1));
     ask(key("R_W", 1002, 1));
@@ -219,7 +201,7 @@ TEST_F(ConditionReads, AreEqualOnlyInStationNameAddressAndLengthTogether)
 
 TEST_F(ConditionReads, ReplaceTheLastOfSeveralEqualOnes)
 {
-    fill(4);
+    fillConditionList(4);
     driver.conditionList[1] = driver.conditionList.at(3);
     ask(key("R_W", 1003, 1), 9);
     EXPECT_EQ(driver.conditionList.size(), 4);
@@ -229,7 +211,7 @@ TEST_F(ConditionReads, ReplaceTheLastOfSeveralEqualOnes)
 
 TEST_F(ConditionReads, GrowTheListTo513AndThenRefillItsEntry512)
 {
-    fill(512);
+    fillConditionList(512);
     ask(key("R_W", 1, 1));
     ASSERT_EQ(driver.conditionList.size(), 513);
     EXPECT_EQ(summary(driver.conditionList.at(512)), "1/R_W:1+1");
@@ -242,7 +224,7 @@ TEST_F(ConditionReads, GrowTheListTo513AndThenRefillItsEntry512)
 
 TEST_F(ConditionReads, ReplaceAnEqualOneInAFullListToo)
 {
-    fill(513);
+    fillConditionList(513);
     ask(key("R_W", 1200, 1), 9);
     ASSERT_EQ(driver.conditionList.size(), 513);
     EXPECT_EQ(driver.conditionList.at(200).kind, 9);
@@ -251,7 +233,7 @@ TEST_F(ConditionReads, ReplaceAnEqualOneInAFullListToo)
 
 TEST_F(ConditionReads, RefillEntry512OfAListMadeLongerFromOutside)
 {
-    fill(600);
+    fillConditionList(600);
     ask(key("R_W", 2, 1));
     ASSERT_EQ(driver.conditionList.size(), 600);
     EXPECT_EQ(summary(driver.conditionList.at(512)), "1/R_W:2+1");
@@ -260,11 +242,11 @@ TEST_F(ConditionReads, RefillEntry512OfAListMadeLongerFromOutside)
 
 TEST_F(ConditionReads, NoteTheOneAddedLastWhereverItWasStored)
 {
-    fill(3);
+    fillConditionList(3);
     ask(key("R_W", 1001, 1), 9);
     EXPECT_EQ(summary(driver.lastConditionVar), "1/R_W:1001+1");
     EXPECT_EQ(driver.lastConditionVar.kind, 9);
-    fill(513);
+    fillConditionList(513);
     ask(key("M_bit", 20, 5));
     EXPECT_EQ(summary(driver.lastConditionVar), "1/M:1+1");
 }

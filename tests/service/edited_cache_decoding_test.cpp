@@ -5,20 +5,7 @@
 
 namespace {
 
-class EditedCacheDecoding : public DriverTest {
-protected:
-    // The next frame is the read of the plan; this is its answer, without CRC.
-    int answer(const char* bytes)
-    {
-        EXPECT_NE(poll(), "");
-        return reply(withCrc(bytes));
-    }
-
-    static std::string device(const char* area, int address)
-    {
-        return toHex(unit(1, area, address).deviceValue, 2);
-    }
-};
+class EditedCacheDecoding : public DriverTest {};
 
 TEST_F(EditedCacheDecoding, IntoACacheThatWasEmptiedMakesNewRecords)
 {

@@ -62,10 +62,8 @@ protected:
         driver.readList = three;
         driver.writeList = three;
         driver.conditionList = three;
-        QVector<_RCP_VAR_PRO> records = {recipeRecord(7, "T", 1, 1, 0),
-                                         recipeRecord(7, "T", 3, 1, 1),
-                                         recipeRecord(7, "T", 5, 1, 2)};
-        intf_setRcpAddress(records);
+        setRecipe({recipeRecord(7, "T", 1, 1, 0), recipeRecord(7, "T", 3, 1, 1),
+                   recipeRecord(7, "T", 5, 1, 2)});
         driver.recipeIndex = 1;
         hostBlock[downloadFlag] = 1;
         hostBlock[uploadFlag] = 1;
@@ -205,8 +203,7 @@ TEST_F(FinishedRequests, AFailedConditionReadThatWasAddedLastIsAnnouncedAsFailed
 
 TEST_F(FinishedRequests, ALongConditionReadIsAnnouncedWithItsLastPiece)
 {
-    KEY_ADDRESS wanted = key("R_W", 100, 25);
-    intf_addConditionRead(wanted, 3);
+    ask(key("R_W", 100, 25));
     for (int piece = 0; piece < 3; ++piece) {
         EXPECT_THAT(notices(), IsEmpty());
         ASSERT_NE(poll(), "");
@@ -357,8 +354,7 @@ INSTANTIATE_TEST_SUITE_P(Kinds, FinishedRecipeRequests, ::testing::Values(5, 6),
 
 TEST_F(FinishedRequests, APollReadsTheRecipeFlagsUnderTheHostsMutex)
 {
-    QVector<_RCP_VAR_PRO> records = {recipeRecord(7, "R_W", 200, 1, 0)};
-    intf_setRcpAddress(records);
+    setRecipe({recipeRecord(7, "R_W", 200, 1, 0)});
     plan({key("R_W", 100, 1)});
     std::string sent;
     callWhileLocked(

@@ -8,25 +8,7 @@
 
 namespace {
 
-int ask(KEY_ADDRESS wanted, int kind = 3)
-{
-    return intf_addConditionRead(wanted, kind);
-}
-
-class LongConditionReads : public DriverTest {
-protected:
-    // Entries 0 to count - 1: "R_W" 1000, 1001, ... of station 1, length 1, kind 1.
-    static void fill(int count)
-    {
-        driver.conditionList.clear();
-        for (int i = 0; i < count; ++i) {
-            VARIABLE one = request("R_W", 1000 + i, 1);
-            one.kind = 1;
-            one.data[0] = 0x77;
-            driver.conditionList.append(one);
-        }
-    }
-};
+class LongConditionReads : public DriverTest {};
 
 TEST_F(LongConditionReads, OfTwoThousandMillionWordsLeaveTheFirstPiecesAndTheLast)
 {
@@ -53,7 +35,7 @@ TEST_F(LongConditionReads, OfTwoThousandMillionSingleBitsLeaveOneEntryAWord)
 
 TEST_F(LongConditionReads, OfALongRunThatMeetsQueuedOnesReplaceThoseToo)
 {
-    fill(513);
+    fillConditionList(513);
     driver.conditionList[3] = request("R_W", 1999990, 10);
     driver.conditionList[3].kind = 1;
     driver.conditionList[3].data[1023] = 0x77;

@@ -16,11 +16,6 @@ protected:
         recipeBuffer[3] = 0x1103;
     }
 
-    static int setRecipe(QVector<_RCP_VAR_PRO> records)
-    {
-        return intf_setRcpAddress(records);
-    }
-
     static int setThreeRecords()
     {
         return setRecipe({recipeRecord(7, "R_W", 200, 1, 0), recipeRecord(7, "R_W", 210, 1, 1),
@@ -123,8 +118,7 @@ TEST_P(RecipeFlagWithoutRequests, NeedsNoBufferToReadAgain)
 
 TEST_P(RecipeFlagWithoutRequests, AfterAConditionReadReadsItAgain)
 {
-    KEY_ADDRESS wanted = key("T", 5, 1);
-    intf_addConditionRead(wanted, 3);
+    ask(key("T", 5, 1));
     EXPECT_EQ(exchange(), frame("01 03 01 85 00 01"));
     driver.frameVarCount = 9;
     setFlag();
@@ -136,8 +130,7 @@ TEST_P(RecipeFlagWithoutRequests, AfterAConditionReadReadsItAgain)
 
 TEST_P(RecipeFlagWithoutRequests, AfterAConditionReadThatCouldNotBeFramedSendsNothing)
 {
-    KEY_ADDRESS wanted = key("M_bit", 5, 1);
-    intf_addConditionRead(wanted, 3);
+    ask(key("M_bit", 5, 1));
     poll();
     driver.frameVarCount = 9;
     setFlag();

@@ -17,11 +17,6 @@ protected:
         }
     }
 
-    static int setRecipe(QVector<_RCP_VAR_PRO> records)
-    {
-        return intf_setRcpAddress(records);
-    }
-
     static int setThreeRecords()
     {
         return setRecipe({recipeRecord(7, "R_W", 200, 1, 0), recipeRecord(7, "R_W", 210, 1, 1),

@@ -220,8 +220,7 @@ TEST_F(RecipeUpload, WithoutACallbackFillsTheBuffer)
 
 TEST_F(RecipeUpload, OtherReadsOfTheSameRegistersLeaveTheBufferAlone)
 {
-    QVector<_RCP_VAR_PRO> records = {recipeRecord(7, "R_W", 100, 2, 0)};
-    intf_setRcpAddress(records);
+    setRecipe({recipeRecord(7, "R_W", 100, 2, 0)});
     plan({key("R_W", 100, 2)});
     poll();
     EXPECT_EQ(reply(registers(2, 0x200)), 1);

@@ -12,11 +12,6 @@ namespace {
 
 class Recipes : public DriverTest {
 protected:
-    static int setRecipe(QVector<_RCP_VAR_PRO> records)
-    {
-        return intf_setRcpAddress(records);
-    }
-
     static std::vector<int> bufferPlaces(const QVector<_RCP_VAR_PRO>& list)
     {
         std::vector<int> places;

@@ -9,20 +9,7 @@ using ::testing::IsEmpty;
 
 namespace {
 
-class ResponseDecoding : public DriverTest {
-protected:
-    // The next frame is the read of the plan; this is its answer, without CRC.
-    int answer(const char* bytes)
-    {
-        EXPECT_NE(poll(), "");
-        return reply(withCrc(bytes));
-    }
-
-    static std::string device(const char* area, int address)
-    {
-        return toHex(unit(1, area, address).deviceValue, 2);
-    }
-};
+class ResponseDecoding : public DriverTest {};
 
 // Byte order.
 
@@ -122,8 +109,7 @@ TEST_F(ResponseDecoding, StationsAndAreasAreKeptApart)
 TEST_F(ResponseDecoding, AConditionReadGoesToTheCacheLikeAnyRead)
 {
     plan({key("R_W", 10, 1)});
-    KEY_ADDRESS wanted = key("R_W", 10, 1);
-    intf_addConditionRead(wanted, 3);
+    ask(key("R_W", 10, 1));
     EXPECT_EQ(answer("01 03 02 12 34"), 1);
     EXPECT_EQ(driver.sendKind, 3);
     EXPECT_EQ(notices(), (Notices{{7, 1, "R_W", 10}, {-1, -1, "-1", 0}}));
@@ -137,8 +123,7 @@ TEST_F(ResponseDecoding, WithoutACallbackEverythingElseHappens)
     EXPECT_EQ(answer("01 03 02 12 34"), 1);
     EXPECT_EQ(answer("01 03 02 12 34"), 1);
     EXPECT_EQ(read("R_W", 10, 1), "34 12");
-    KEY_ADDRESS wanted = key("R_W", 10, 1);
-    intf_addConditionRead(wanted, 3);
+    ask(key("R_W", 10, 1));
     EXPECT_EQ(answer("01 03 02 12 34"), 1);
     EXPECT_TRUE(driver.conditionList.isEmpty());
 }

@@ -114,9 +114,7 @@ TEST_F(ResponseHandling, AGoodReplyWithoutDataRestoresTheLinkWhateverItAnswers)
     EXPECT_EQ(driver.commFailed, 0);
     driver.handshakeRequest = 0;
 
-    QVector<_RCP_VAR_PRO> records = {recipeRecord(7, "R_W", 10, 1, 0),
-                                     recipeRecord(7, "R_W", 20, 1, 1)};
-    intf_setRcpAddress(records);
+    setRecipe({recipeRecord(7, "R_W", 10, 1, 0), recipeRecord(7, "R_W", 20, 1, 1)});
     hostBlock[downloadFlag] = 1;
     driver.commFailed = 1;
     poll();
@@ -163,8 +161,7 @@ TEST_F(ResponseHandling, AGivenUpWriteIsReportedBeforeItsFramesGo)
 
 TEST_F(ResponseHandling, AGivenUpRequestIsFinishedWithItsFramesGoneAndItsCountReset)
 {
-    KEY_ADDRESS wanted = key("R_W", 10, 1);
-    intf_addConditionRead(wanted, 3);
+    ask(key("R_W", 10, 1));
     poll();
     int framesWhenTold = -1;
     int retriesWhenTold = -1;
@@ -179,8 +176,7 @@ TEST_F(ResponseHandling, AGivenUpRequestIsFinishedWithItsFramesGoneAndItsCountRe
 
 TEST_F(ResponseHandling, AnAnsweredRequestIsFinishedBeforeItsCountIsReset)
 {
-    KEY_ADDRESS wanted = key("R_W", 10, 1);
-    intf_addConditionRead(wanted, 3);
+    ask(key("R_W", 10, 1));
     poll();
     reply(QByteArray());
     int framesWhenTold = -1;
@@ -261,8 +257,7 @@ TEST_F(ResponseHandling, AnAnswerToABroadcastIsBad)
 
 TEST_F(ResponseHandling, TheEchoOfARecipeDownloadSettlesNoWriteOfTheHost)
 {
-    QVector<_RCP_VAR_PRO> records = {recipeRecord(7, "R_W", 10, 1, 0)};
-    intf_setRcpAddress(records);
+    setRecipe({recipeRecord(7, "R_W", 10, 1, 0)});
     recipeBuffer[0] = 0x5566;
     write("R_W", 10, 1, "34 12");
     hostBlock[downloadFlag] = 1;
@@ -441,8 +436,7 @@ TEST_F(ResponseHandling, AReadOfNegativeLengthIsGivenUpLikeAnyOther)
 TEST_F(ResponseHandling, ASingleReadOfEverythingIsGivenUpLikeAnyOther)
 {
     configure("7#0#0#1#2147483647");
-    KEY_ADDRESS everything = key("R_W", 0, 2147483647);
-    intf_addConditionRead(everything, 3);
+    ask(key("R_W", 0, 2147483647));
     EXPECT_EQ(poll(), frame("01 03 05 00 FF FF"));
     EXPECT_EQ(reply(withCrc("01")), 2);
     EXPECT_TRUE(driver.dataAreas.isEmpty());

@@ -30,14 +30,8 @@ protected:
     static void queueConditionReads(int count)
     {
         for (int i = 0; i < count; ++i) {
-            KEY_ADDRESS wanted = key("T", i, 1);
-            intf_addConditionRead(wanted, 3);
+            ask(key("T", i, 1));
         }
-    }
-
-    static int setRecipe(QVector<_RCP_VAR_PRO> records)
-    {
-        return intf_setRcpAddress(records);
     }
 };
 
@@ -284,8 +278,7 @@ TEST_F(SendScheduling, RecipesAndHandshakesDoNotCountAsABurst)
 TEST_F(SendScheduling, AConditionReadOfBitsIsNeverFramedAndCyclicReadsGoOn)
 {
     plan({key("R_W", 100, 1)});
-    KEY_ADDRESS bits = key("M_bit", 20, 5);
-    intf_addConditionRead(bits, 3);
+    ask(key("M_bit", 20, 5));
     EXPECT_EQ(exchange(), "");
     EXPECT_EQ(driver.sendKind, 3);
     EXPECT_EQ(driver.frameVarCount, 0);

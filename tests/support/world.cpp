@@ -320,6 +320,38 @@ int DriverTest::plan(const QList<KEY_ADDRESS>& keys)
     return intf_addrMerge(copy);
 }
 
+int ask(KEY_ADDRESS wanted, int kind)
+{
+    return intf_addConditionRead(wanted, kind);
+}
+
+int setRecipe(QVector<_RCP_VAR_PRO> records)
+{
+    return intf_setRcpAddress(records);
+}
+
+void DriverTest::fillConditionList(int count)
+{
+    driver.conditionList.clear();
+    for (int i = 0; i < count; ++i) {
+        VARIABLE one = request("R_W", 1000 + i, 1);
+        one.kind = 1;
+        one.data[0] = 0x77;
+        driver.conditionList.append(one);
+    }
+}
+
+int DriverTest::answer(const char* bytes)
+{
+    EXPECT_NE(poll(), "");
+    return reply(withCrc(bytes));
+}
+
+std::string DriverTest::device(const char* area, int address)
+{
+    return toHex(unit(1, area, address).deviceValue, 2);
+}
+
 std::string DriverTest::poll()
 {
     FRAME_PRO frame = FRAME_PRO();

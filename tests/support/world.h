@@ -53,6 +53,10 @@ VARIABLE request(const char* regName, int address, int length, int station = 1,
 _RCP_VAR_PRO recipeRecord(int linkId, const char* regName, int address, int length, int bufOffset,
                           int station = 1);
 
+// The two hand-overs that take their argument by reference.
+int ask(KEY_ADDRESS wanted, int kind = 3);
+int setRecipe(QVector<_RCP_VAR_PRO> records);
+
 // The host block's bytes that ask for a recipe transfer.
 enum {
     downloadFlag = 60115,
@@ -95,12 +99,18 @@ protected:
     // Hands a plan to the driver: watches the addresses.
     int plan(const QList<KEY_ADDRESS>& keys);
 
+    // Entries 0 to count - 1: "R_W" 1000, 1001, ... of station 1, length 1, kind 1.
+    static void fillConditionList(int count);
+
     // One poll: the frame as hex, "" when there is nothing to send.
     std::string poll();
     FRAME_PRO polled; // the frame of the last poll() that had one
 
     // One poll, answered as a controller would.
     std::string exchange();
+
+    // One poll that must have a frame; its answer, without CRC.
+    int answer(const char* bytes);
 
     // Hands a reply in; errorText() is the text that came with it.
     int reply(const QByteArray& bytes);
@@ -113,6 +123,9 @@ protected:
     static int unitIndex(int station, const char* area, int address);
     // The record; fails the test where there is none.
     static _DATA_ unit(int station, const char* area, int address);
+
+    // The two bytes of a unit of station 1 as the controller sent them, as hex.
+    static std::string device(const char* area, int address);
 
     // Bytes that intf_getData copies, as hex.
     static std::string read(const char* regName, int address, int length, int station = 1);
