@@ -43,6 +43,17 @@ TEST_F(ResponseDecoding, CoilsComeLowByteFirst)
     }
 }
 
+TEST_F(ResponseDecoding, AWordThatComesWithItsBytesExchangedHasChanged)
+{
+    plan({key("M_W", 2, 2), key("R_W", 10, 2)});
+    EXPECT_EQ(answer("01 01 04 34 12 78 56"), 1);
+    EXPECT_EQ(answer("01 03 04 12 34 56 78"), 1);
+    EXPECT_EQ(answer("01 01 04 12 34 56 78"), 1);
+    EXPECT_EQ(answer("01 03 04 34 12 78 56"), 1);
+    EXPECT_EQ(read("M_W", 2, 2), "12 34 56 78");
+    EXPECT_EQ(read("R_W", 10, 2), "12 34 56 78");
+}
+
 TEST_F(ResponseDecoding, TheFirstCoilIsBitZeroOfTheWord)
 {
     plan({key("M_bit", 32, 16)});
