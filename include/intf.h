@@ -116,13 +116,14 @@ DOV417_EXPORT void intf_setAddrValueChangeCallBack(VALUE_CHANGE_CALLBACK callBac
  * May be called again at any time. Not affected: the callback, the recipe addresses, the property
  * page. The host hands in its addresses again (intf_addrMerge()).
  *
- * @param hostBlock    host memory of at least 60117 bytes, or null. Byte 60115 = 1 asks for a
+ * @param hostBlock host memory of at least 60117 bytes, or null. Byte 60115 = 1 asks for a
  * recipe download (buffer to controller), byte 60116 = 1 for an upload. The driver clears the byte
  * when the transfer has ended. Borrowed until the next call.
- * @param hostArg2     any value; stored for the host in `driver.hostArg2`, never read.
+ * @param hostArg2 any value; stored for the host in `driver.hostArg2`, never read.
  * @param recipeBuffer the host's recipe values, 16-bit words; must cover every `bufOffset` + length
- *                     named in intf_setRcpAddress(). Null: no download is framed, an upload only
- *                     fills the cache. Borrowed until the next call.
+ * named in intf_setRcpAddress(), and the first `bufOffset` + joint length of records that are
+ * neighbours in the controller. Null: no download is framed, an upload only fills the cache.
+ * Borrowed until the next call.
  * @param[out] result  receives 0.
  * @param property     Latin-1 text, copied: five numbers separated by "#", for instance
  * "1#0#0#3#10". 1: tag, the callback's first argument and the link number of recipe records.
