@@ -191,7 +191,7 @@ private:
     {
         std::vector<std::string> lines = foot();
         lines.emplace_back("Ctrl-C ends");
-        screen_->draw(viewTable(session_.views(), labels_, Clock::now()), lines);
+        screen_->draw(viewTable(session_.views(), labels_, Clock::now()), {}, lines);
     }
 
     int summary()

@@ -85,24 +85,17 @@ void LinkRunner::wake()
     }
 }
 
-bool LinkRunner::isOpen() const
-{
-    return line_.isOpen();
-}
-
 bool LinkRunner::isIdle() const
 {
     return idle_;
 }
 
-bool LinkRunner::linkIsGood() const
-{
-    return linkIsGood_;
-}
-
 const LinkStatistics& LinkRunner::statistics()
 {
     statistics_.wireTime = line_.wireTime();
+    statistics_.state = !line_.isOpen() ? LinkState::portClosed
+                        : linkIsGood_   ? LinkState::good
+                                        : LinkState::failed;
     return statistics_;
 }
 
@@ -157,7 +150,8 @@ void LinkRunner::deal(const Reception& reception)
     QString errorText;
     const auto result = static_cast<ReplyResult>(library_.intf_dealRcvFrame(&bytes, &errorText));
     const std::string description = errorText.toStdString();
-    count(describe(frame_, description), reception, result);
+    const std::string request = describe(frame_, description);
+    count(request, reception, result);
     if (result == replyAccepted)
         linkIsGood_ = true;
     else if (result == replyAbandoned)
@@ -165,6 +159,8 @@ void LinkRunner::deal(const Reception& reception)
     repeating_ = result == replyBad;
     const std::string reason =
         result == replyAccepted ? std::string() : reasonOf(reception, frame_.replyLength);
+    if (result == replyAbandoned)
+        statistics_.of(request).givenUp = reason;
     if (events_.outcome)
         events_.outcome({frame_, reception, result, description, reason});
 }

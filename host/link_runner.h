@@ -41,11 +41,8 @@ public:
     // There is something new to send: an idle runner polls at once.
     void wake();
 
-    bool isOpen() const;
     // The driver has nothing to send, so no frame is under way.
     bool isIdle() const;
-    // 1 after an accepted reply, 0 after an abandoned request.
-    bool linkIsGood() const;
     const LinkStatistics& statistics();
     void cycleEnded(Micros duration);
 
@@ -64,7 +61,7 @@ private:
     bool running_ = false;
     bool idle_ = true;
     bool repeating_ = false; // the driver will hand out the same frame again
-    bool linkIsGood_ = true;
+    bool linkIsGood_ = true; // until a request is given up, and again with the next good reply
 };
 
 #endif

@@ -52,7 +52,8 @@ std::string countersText(const RequestCounters& counters)
     for (const auto& [times, name] : rare)
         if (times > 0)
             result += ", " + std::to_string(times) + " " + name;
-    return result + exceptionsText(counters);
+    result += exceptionsText(counters);
+    return counters.givenUp.empty() ? result : result + "; given up: " + counters.givenUp;
 }
 
 std::string cyclesText(const Durations& cycles)
@@ -61,6 +62,19 @@ std::string cyclesText(const Durations& cycles)
         return "no whole cycle";
     return "cycle " + milliseconds(cycles.minimum()) + " / " + milliseconds(cycles.median()) +
            " / " + milliseconds(cycles.maximum()) + " (min / median / max)";
+}
+
+const char* stateText(LinkState state)
+{
+    switch (state) {
+    case LinkState::portClosed:
+        return "port closed";
+    case LinkState::good:
+        return "link good";
+    case LinkState::failed:
+        return "link FAILED";
+    }
+    return "";
 }
 
 std::string straysText(const LinkStatistics& statistics)
@@ -139,18 +153,24 @@ std::vector<std::string> briefStatistics(const LinkStatistics& statistics, Clock
     const double seconds = secondsSince(statistics, now);
     const RequestCounters total = statistics.total();
     const double used = static_cast<double>(statistics.wireTime.count()) / 1e6 / seconds;
-    return {std::to_string(total.sent) + " frames, " +
-                text("%.1f polls/s, ", static_cast<double>(total.sent) / seconds) +
-                std::to_string(total.retries) + " retries, " + std::to_string(total.timeouts) +
-                " timeouts, " + std::to_string(total.abandoned) + " abandoned",
-            cyclesText(statistics.cycles) + text(", line %.1f % % used by bytes", 100 * used)};
+    return {"all requests: " + countersText(total) +
+                text(", %.1f polls/s", static_cast<double>(total.sent) / seconds),
+            cyclesText(statistics.cycles) + text(", line %.1f %% used by bytes", 100 * used),
+            stateText(statistics.state)};
+}
+
+std::vector<std::string> requestStatistics(const LinkStatistics& statistics)
+{
+    std::vector<std::string> lines;
+    for (const std::string& request : statistics.order)
+        lines.push_back(request + ": " + countersText(statistics.requests.at(request)));
+    return lines;
 }
 
 std::string fullStatistics(const LinkStatistics& statistics, Clock::time_point now)
 {
     const double seconds = secondsSince(statistics, now);
     std::string result = "Link statistics over" + text(" %.1f s\n", seconds);
-    result += "  all requests: " + countersText(statistics.total()) + "\n";
     for (const std::string& line : briefStatistics(statistics, now))
         result += "  " + line + "\n";
     result += "  " + std::to_string(statistics.cycles.count()) + " cycles\n";
@@ -159,7 +179,7 @@ std::string fullStatistics(const LinkStatistics& statistics, Clock::time_point n
         result += "  bytes that were no reply: " + strays + "\n";
     if (statistics.portLosses > 0)
         result += "  port lost " + std::to_string(statistics.portLosses) + " times\n";
-    for (const std::string& request : statistics.order)
-        result += "  " + request + ": " + countersText(statistics.requests.at(request)) + "\n";
+    for (const std::string& line : requestStatistics(statistics))
+        result += "  " + line + "\n";
     return result;
 }

@@ -18,6 +18,7 @@ struct RequestCounters {
     long long retries = 0; // of sent: repetitions after a bad or missing reply
     long long abandoned = 0;
     std::map<int, long long> exceptions; // by code
+    std::string givenUp;                 // why, when it was last
 };
 
 // Durations, counted in tenths of a millisecond: enough for a median over days.
@@ -36,6 +37,12 @@ private:
     Micros maximum_{0};
 };
 
+enum class LinkState {
+    portClosed,
+    good,
+    failed // the last request was given up
+};
+
 struct LinkStatistics {
     // In the order of their first transmission; "1#R_W10(5)" with "read" or "write" in front.
     std::vector<std::string> order;
@@ -43,6 +50,7 @@ struct LinkStatistics {
     std::array<long long, strayKinds> strays{}; // indexed by StrayKind
     Durations cycles;
     long long portLosses = 0;
+    LinkState state = LinkState::good;
     Clock::time_point started = Clock::now();
     Micros wireTime{0}; // what the bytes sent and received took
 
@@ -50,8 +58,11 @@ struct LinkStatistics {
     RequestCounters total() const;
 };
 
-// One or two lines for the foot of a table.
+// All requests together, in a few lines; the last one is the state of the link.
 std::vector<std::string> briefStatistics(const LinkStatistics& statistics, Clock::time_point now);
+
+// A line for each request.
+std::vector<std::string> requestStatistics(const LinkStatistics& statistics);
 
 // The whole account, for --stats.
 std::string fullStatistics(const LinkStatistics& statistics, Clock::time_point now);

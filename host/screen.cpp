@@ -1,5 +1,6 @@
 #include "screen.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -34,6 +35,17 @@ std::string fitted(const std::string& line, std::size_t columns)
     return line;
 }
 
+// The first ones, and in the last line how many more there are.
+std::vector<std::string> shortened(std::vector<std::string> lines, std::size_t room)
+{
+    if (lines.size() > room) {
+        const std::size_t hidden = lines.size() - room + 1;
+        lines.resize(room - 1);
+        lines.push_back("... and " + std::to_string(hidden) + " more");
+    }
+    return lines;
+}
+
 void put(const std::string& text)
 {
     std::fwrite(text.data(), 1, text.size(), stdout);
@@ -57,18 +69,16 @@ bool Screen::isTerminal()
     return isatty(STDOUT_FILENO) != 0;
 }
 
-void Screen::draw(const std::vector<std::string>& body, const std::vector<std::string>& foot)
+void Screen::draw(const std::vector<std::string>& body, const std::vector<std::string>& details,
+                  const std::vector<std::string>& foot)
 {
     const Size size = terminalSize();
-    std::vector<std::string> lines = body;
-    const std::size_t room = size.rows > foot.size() + 1 ? size.rows - foot.size() - 1 : 1;
-    if (lines.size() > room) {
-        const std::size_t hidden = lines.size() - room + 1;
-        lines.resize(room - 1);
-        lines.push_back("... and " + std::to_string(hidden) + " more");
-    }
+    std::vector<std::string> below = shortened(details, std::max<std::size_t>(1, size.rows / 3));
+    below.insert(below.end(), foot.begin(), foot.end());
+    const std::size_t room = size.rows > below.size() + 1 ? size.rows - below.size() - 1 : 1;
+    std::vector<std::string> lines = shortened(body, room);
     lines.emplace_back();
-    lines.insert(lines.end(), foot.begin(), foot.end());
+    lines.insert(lines.end(), below.begin(), below.end());
     std::string text = "\033[H"; // top left
     for (std::size_t i = 0; i < lines.size() && i < size.rows; ++i)
         text += (i == 0 ? "" : "\r\n") + fitted(lines.at(i), size.columns) + "\033[K";

@@ -17,8 +17,9 @@ public:
 
     static bool isTerminal();
 
-    // The foot always shows; of the body as much as fits above it.
-    void draw(const std::vector<std::string>& body, const std::vector<std::string>& foot);
+    // The foot always shows; of the details a third of the screen, of the body what fits above.
+    void draw(const std::vector<std::string>& body, const std::vector<std::string>& details,
+              const std::vector<std::string>& foot);
 };
 
 #endif

@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
+#include <csv.h>
 #include <ctime>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -40,14 +41,14 @@ std::string timeText()
     return text;
 }
 
-std::string csvField(const std::string& text)
+void writeRow(std::FILE* file, const std::vector<std::string>& fields)
 {
-    if (text.find_first_of(",\"\r\n") == std::string::npos)
-        return text;
-    std::string quoted = "\"";
-    for (const char c : text)
-        quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
-    return quoted + "\"";
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        std::fputs(i == 0 ? "" : ",", file);
+        csv_fwrite(file, fields.at(i).data(), fields.at(i).size());
+    }
+    std::fputs("\n", file);
+    std::fflush(file);
 }
 
 // Where changes are told: the table, lines of text or JSON, and a CSV file.
@@ -63,7 +64,7 @@ public:
         csv_.reset(std::fopen(options.csv.c_str(), "w"));
         if (!csv_)
             throw Failure("cannot write " + options.csv);
-        std::fputs("time,name,address,value,previous\n", csv_.get());
+        writeRow(csv_.get(), {"time", "name", "address", "value", "previous"});
     }
 
     void tell(const View& view, std::size_t index)
@@ -71,12 +72,8 @@ public:
         const ViewLabel& label = labels_.at(index);
         const std::string value = valueText(view, label);
         const std::string previous = previousText(view, label);
-        if (csv_) {
-            std::fprintf(csv_.get(), "%s,%s,%s,%s,%s\n", timeText().c_str(),
-                         csvField(label.name).c_str(), csvField(label.address).c_str(),
-                         csvField(value).c_str(), csvField(previous).c_str());
-            std::fflush(csv_.get());
-        }
+        if (csv_)
+            writeRow(csv_.get(), {timeText(), label.name, label.address, value, previous});
         if (json_) {
             nlohmann::ordered_json object = {{"time", timeText()},
                                              {"name", label.name},
@@ -117,13 +114,12 @@ public:
         if (!screen_)
             return;
         const Clock::time_point now = Clock::now();
-        std::vector<std::string> foot = briefStatistics(session.runner().statistics(), now);
-        foot.push_back(!session.runner().isOpen()      ? "port closed"
-                       : session.runner().linkIsGood() ? "link good"
-                                                       : "link FAILED");
+        const LinkStatistics& statistics = session.runner().statistics();
+        std::vector<std::string> foot = briefStatistics(statistics, now);
         if (!lastTrouble_.empty())
             foot.back() += "; last trouble: " + lastTrouble_;
-        screen_->draw(viewTable(session.views(), labels_, now), foot);
+        screen_->draw(viewTable(session.views(), labels_, now), requestStatistics(statistics),
+                      foot);
     }
 
     bool hasScreen() const

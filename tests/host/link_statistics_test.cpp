@@ -42,12 +42,31 @@ TEST(Statistics, SumUpWhatHappenedToEachRequest)
     for (const char* const expected :
          {"over 4.0 s",
           "all requests: 14 sent, 8 good, 3 timeouts, 4 retries, 1 abandoned, "
-          "3 x exception 2 (illegal data address)",
-          "14 frames, 3.5 polls/s, 4 retries, 3 timeouts, 1 abandoned",
-          "no whole cycle, line 25.0 % used by bytes",
+          "3 x exception 2 (illegal data address), 3.5 polls/s",
+          "no whole cycle, line 25.0 % used by bytes", "link good",
           "read  1#R_W10(5): 10 sent, 7 good, 2 retries, 3 x exception 2 (illegal data address)",
           "write 1#T5(1): 4 sent, 1 good, 3 timeouts, 2 retries, 1 abandoned"})
         EXPECT_NE(text.find(expected), std::string::npos) << expected << "\nin\n" << text;
+}
+
+TEST(Statistics, SayWhyARequestWasLastGivenUp)
+{
+    LinkStatistics statistics;
+    statistics.of("write 1#T5(1)").givenUp = "no answer";
+    EXPECT_EQ(requestStatistics(statistics),
+              (std::vector<std::string>{"write 1#T5(1): 0 sent, 0 good; given up: no answer"}));
+}
+
+TEST(Statistics, EndWithTheStateOfTheLink)
+{
+    LinkStatistics statistics;
+    const std::pair<LinkState, std::string> states[] = {{LinkState::portClosed, "port closed"},
+                                                        {LinkState::good, "link good"},
+                                                        {LinkState::failed, "link FAILED"}};
+    for (const auto& [state, text] : states) {
+        statistics.state = state;
+        EXPECT_EQ(briefStatistics(statistics, Clock::now()).back(), text);
+    }
 }
 
 TEST(Statistics, NameWhatWasNoReply)
