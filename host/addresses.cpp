@@ -9,6 +9,7 @@ namespace {
 
 const int highestStation = 247;
 const int wordsPerDoubleWord = 2;
+const unsigned int bitsPerWord = 16;
 // Data type and access codes of intf_checkAddr().
 const int bitItem = -1;
 const int unsignedDoubleWord = 3;
@@ -79,6 +80,31 @@ Texts splitAddress(const std::string& text)
     return parts;
 }
 
+// "1.5": all digits, and the very bit that the value stands for.
+bool isExact(const std::string& text, int value)
+{
+    unsigned int word = 0;
+    unsigned int bit = 0;
+    const char* const end = text.data() + text.size();
+    const auto [point, wordError] = std::from_chars(text.data(), end, word);
+    if (wordError != std::errc() || point == end || *point != '.')
+        return false;
+    const auto [stop, bitError] = std::from_chars(point + 1, end, bit);
+    return bitError == std::errc() && stop == end && bit < bitsPerWord &&
+           std::uint64_t(word) * bitsPerWord + bit == static_cast<std::uint64_t>(value);
+}
+
+void requireExact(const Library& library, const RegisterType& type, const std::string& whole,
+                  const std::string& text, int value, std::size_t column)
+{
+    if (type.width == Width::bit && !isExact(text, value))
+        throw AddressFailure(whole,
+                             "'" + text + "' would be taken for " +
+                                 addressText(library, type.name, value) +
+                                 "; a bit is written WORD.BIT, with BIT from 0 to 15",
+                             column);
+}
+
 RegisterType knownType(const Library& library, const std::string& whole, const std::string& regName,
                        std::size_t column)
 {
@@ -137,7 +163,7 @@ void requireAccess(const Library& library, const Address& address, Access access
         throw AddressFailure(text, checkSentence(library, code, address.regName, text), 0, code);
 }
 
-Address parseAddress(const Library& library, const std::string& text)
+Address parseAddress(const Library& library, const std::string& text, BitNumbers bitNumbers)
 {
     const Texts parts = splitAddress(text);
     const RegisterType type =
@@ -153,6 +179,8 @@ Address parseAddress(const Library& library, const std::string& text)
     if (code != checkValid)
         throw AddressFailure(text, checkSentence(library, code, type.name, parts.first),
                              parts.firstColumn, code);
+    if (bitNumbers == BitNumbers::exact)
+        requireExact(library, type, text, parts.first, address.first, parts.firstColumn);
 
     std::int64_t length = type.width == Width::doubleWord ? wordsPerDoubleWord : 1;
     std::string lastText = parts.first;
@@ -162,6 +190,8 @@ Address parseAddress(const Library& library, const std::string& text)
         if (code != checkValid && code != checkOutOfRange)
             throw AddressFailure(text, checkSentence(library, code, type.name, parts.last),
                                  parts.lastColumn, code);
+        if (bitNumbers == BitNumbers::exact)
+            requireExact(library, type, text, parts.last, last, parts.lastColumn);
         length = std::int64_t(last) - address.first + 1;
         if (length < 1)
             throw AddressFailure(text, "the last address lies before the first", parts.lastColumn);
@@ -193,6 +223,7 @@ Address parseAddress(const Library& library, int station, const std::string& reg
     address.first = unitValue(library, type, first, 1, code);
     if (code != checkValid)
         throw AddressFailure(whole, checkSentence(library, code, type.name, first), 0, code);
+    requireExact(library, type, whole, first, address.first, 0);
     const std::int64_t length =
         std::int64_t(values) * (type.width == Width::doubleWord ? wordsPerDoubleWord : 1);
     unitValue(library, type, first, checkedLength(type, length), code);

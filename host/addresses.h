@@ -38,9 +38,17 @@ public:
     int code;
 };
 
-Address parseAddress(const Library& library, const std::string& text);
+// The driver takes bit 16 of word 0 for bit 0 of word 1, and words beyond 2^28 go round to small
+// ones.
+enum class BitNumbers {
+    exact,        // refused, as it would be another bit than the one written
+    asTheyAreRead // for who asks what the library answers
+};
 
-// The same from the columns of a tag file: one address text and a number of values.
+Address parseAddress(const Library& library, const std::string& text,
+                     BitNumbers bitNumbers = BitNumbers::exact);
+
+// The same from the columns of a tag file: one address text, exact, and a number of values.
 Address parseAddress(const Library& library, int station, const std::string& regName,
                      const std::string& first, int values);
 

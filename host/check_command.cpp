@@ -21,7 +21,7 @@ int runCheck(const CheckOptions& options)
     int exitCode = exitDone;
     for (const std::string& text : options.addresses) {
         try {
-            const Address address = parseAddress(library, text);
+            const Address address = parseAddress(library, text, BitNumbers::asTheyAreRead);
             if (options.write)
                 requireAccess(library, address, Access::write);
             const int values = valueCount(address);

@@ -1,10 +1,13 @@
 #include "recipe_file.h"
 
+#include <QFileInfo>
+#include <QSaveFile>
+#include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <sstream>
 
 #include "json_value.h"
 
@@ -12,7 +15,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-std::string textOf(const Json& value, const std::string& where)
+std::string textOf(const Json& value)
 {
     if (value.is_string())
         return value.get<std::string>();
@@ -20,33 +23,74 @@ std::string textOf(const Json& value, const std::string& where)
         return value.get<bool>() ? "1" : "0";
     if (value.is_number())
         return value.dump();
-    throw UsageFailure(where + ": a value is a number or a text");
+    throw UsageFailure("a value is a number or a text");
 }
 
-std::vector<std::string> textsOf(const Json& values, const std::string& where)
+std::vector<std::string> textsOf(const Json& values)
 {
     if (!values.is_array())
-        return {textOf(values, where)};
+        return {textOf(values)};
     std::vector<std::string> texts;
     for (const Json& value : values)
-        texts.push_back(textOf(value, where));
+        texts.push_back(textOf(value));
     return texts;
 }
 
 Json parseFile(const std::string& file)
 {
     std::ifstream in(file);
-    if (!in)
+    std::ostringstream text;
+    if (!in || !(text << in.rdbuf()))
         throw UsageFailure("cannot read " + file + ": " + std::strerror(errno));
     Json json;
     try {
-        json = Json::parse(in);
+        json = Json::parse(text.str());
     } catch (const Json::parse_error& error) {
         throw UsageFailure(file + ": " + error.what());
     }
     if (!json.is_object())
         throw UsageFailure(file + ": a recipe is an object of tag names and values");
     return json;
+}
+
+// A number in hex is the bits as they are, whatever the tag's format: what a controller holds may
+// be no BCD number, or a float that is none.
+Format formatOf(const std::string& text, Format format)
+{
+    if (text.compare(0, 2, "0x") == 0)
+        format.notation = Notation::hex;
+    return format;
+}
+
+// One value so that it reads back as the same bytes.
+std::string exactText(const Item& item, const unsigned char* bytes)
+{
+    const Width width = item.address.width;
+    const std::string text = valueTexts(width, item.format, bytes, 1).front();
+    try {
+        const auto again = valueBytes(width, formatOf(text, item.format), {text});
+        if (std::equal(again.begin(), again.end(), bytes))
+            return text;
+    } catch (const UsageFailure&) {
+        // not to be read back at all
+    }
+    return valueTexts(width, formatOf("0x", item.format), bytes, 1).front();
+}
+
+// An interruption leaves the old file or the new one. A device or a pipe is written to directly: it
+// is not for us to put a file in its place.
+void replaceFile(const std::string& file, const QByteArray& text)
+{
+    const QString name = QString::fromStdString(file);
+    const QFileInfo there(name);
+    QSaveFile saved(name);
+    QFile direct(name);
+    const bool replace = there.isFile() || there.isDir() || !there.exists();
+    QFileDevice& out = replace ? static_cast<QFileDevice&>(saved) : direct;
+    const bool written = out.open(QIODevice::WriteOnly) && out.write(text) == text.size() &&
+                         out.flush() && (!replace || saved.commit());
+    if (!written)
+        throw Failure("cannot write " + file + ": " + out.errorString().toStdString());
 }
 
 } // namespace
@@ -59,14 +103,19 @@ std::vector<RecipeEntry> readRecipe(const std::string& file, const Items& items)
         RecipeEntry entry;
         try {
             entry.item = items.find(name, Access::read);
-            const std::vector<std::string> texts = textsOf(values, name);
+            const std::vector<std::string> texts = textsOf(values);
             const std::size_t wanted = static_cast<std::size_t>(valueCount(entry.item.address));
             if (texts.size() != wanted)
-                throw UsageFailure(name + ": " + std::to_string(wanted) + " values are needed, " +
-                                   std::to_string(texts.size()) + " are given");
-            entry.data = valueBytes(entry.item.address.width, entry.item.format, texts);
+                throw UsageFailure(std::to_string(wanted) +
+                                   (wanted == 1 ? " value is needed, " : " values are needed, ") +
+                                   std::to_string(texts.size()) + " given");
+            for (const std::string& text : texts) {
+                const auto bytes =
+                    valueBytes(entry.item.address.width, formatOf(text, entry.item.format), {text});
+                entry.data.insert(entry.data.end(), bytes.begin(), bytes.end());
+            }
         } catch (const UsageFailure& failure) {
-            throw UsageFailure(file + ": " + failure.what());
+            throw UsageFailure(file + ": " + name + ": " + failure.what());
         }
         entries.push_back(entry);
     }
@@ -77,22 +126,11 @@ void writeRecipe(const std::string& file, const std::vector<RecipeEntry>& entrie
 {
     Json json = Json::object();
     for (const RecipeEntry& entry : entries) {
-        const std::vector<std::string> texts =
-            valueTexts(entry.item.address.width, entry.item.format, entry.data.data(),
-                       valueCount(entry.item.address));
         Json values = Json::array();
-        for (const std::string& text : texts)
-            values.push_back(jsonValue(text));
+        for (int i = 0; i < valueCount(entry.item.address); ++i)
+            values.push_back(jsonValue(
+                exactText(entry.item, entry.data.data() + byteCount(entry.item.address.width, i))));
         json[entry.item.name] = values.size() == 1 ? values.front() : values;
     }
-    // First aside, then in place: an interruption leaves the old recipe or the new one.
-    const std::string aside = file + ".new";
-    std::ofstream out(aside);
-    out << json.dump(2) << '\n';
-    out.close();
-    if (!out || std::rename(aside.c_str(), file.c_str()) != 0) {
-        const std::string why = std::strerror(errno);
-        std::remove(aside.c_str());
-        throw Failure("cannot write " + file + ": " + why);
-    }
+    replaceFile(file, QByteArray::fromStdString(json.dump(2) + "\n"));
 }

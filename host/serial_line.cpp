@@ -35,10 +35,15 @@ QString whyNotOpened(const QString& device, const QString& systemText)
     const QFileInfo file(device);
     if (!file.exists())
         return QStringLiteral("there is no port %1").arg(device);
-    if (access(device.toLocal8Bit().constData(), R_OK | W_OK) != 0)
-        return QStringLiteral("permission refused on port %1: it belongs to group %2; "
-                              "'sudo adduser $USER %2' and a new login let you in")
-            .arg(device, file.group());
+    if (access(device.toLocal8Bit().constData(), R_OK | W_OK) != 0) {
+        const QString refused = QStringLiteral("permission refused on port %1").arg(device);
+        const QFile::Permissions group = QFile::ReadGroup | QFile::WriteGroup;
+        return (file.permissions() & group) != group
+                   ? refused
+                   : refused + QStringLiteral(": it belongs to group %1; 'sudo adduser $USER %1' "
+                                              "and a new login let you in")
+                                   .arg(file.group());
+    }
     return QStringLiteral("port %1 cannot be used: %2").arg(device, systemText);
 }
 
@@ -54,6 +59,10 @@ QSerialPort::Parity parityOf(char letter)
 SerialLine::SerialLine(const LineSettings& settings, const LineObserver& observer)
     : settings_(settings), observer_(observer), timer_([this]() { timerDue(); })
 {
+    // A bare name is one of /dev. QSerialPort takes a relative path for one too.
+    QString& device = settings_.device;
+    device = device.contains(QLatin1Char('/')) ? QFileInfo(device).absoluteFilePath()
+                                               : QStringLiteral("/dev/") + device;
     if (!timer_.isValid())
         throw Failure("the system has no timer left");
     reopenTimer_.setInterval(reopenMilliseconds);

@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr std::array<int, 3> signalNumbers = {SIGINT, SIGTERM, SIGHUP};
+constexpr std::array<int, 4> signalNumbers = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
 std::array<int, 2> channel = {-1, -1}; // a handler may do no more than write a byte
 
 void handle(int)
@@ -24,13 +24,17 @@ void handle(int)
     errno = error;
 }
 
+// What the caller has ignored, as nohup does, stays ignored.
 void install(void (*handler)(int), int flags)
 {
     struct sigaction action = {};
     action.sa_handler = handler;
     action.sa_flags = flags;
-    for (const int number : signalNumbers)
-        sigaction(number, &action, nullptr);
+    for (const int number : signalNumbers) {
+        struct sigaction before = {};
+        if (sigaction(number, nullptr, &before) == 0 && before.sa_handler != SIG_IGN)
+            sigaction(number, &action, nullptr);
+    }
 }
 
 } // namespace

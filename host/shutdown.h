@@ -7,8 +7,9 @@
 
 class QSocketNotifier;
 
-// While it lives, SIGINT, SIGTERM and SIGHUP call asked() from the event loop instead of ending the
-// program; a second Ctrl-C ends it at once, should the first not be heard. One at a time.
+// While it lives, SIGINT, SIGTERM, SIGHUP and SIGQUIT call asked() from the event loop instead of
+// ending the program; a second Ctrl-C ends it at once, should the first not be heard. What the
+// caller ignores, as nohup does with SIGHUP, stays ignored. One at a time.
 class Shutdown {
 public:
     explicit Shutdown(std::function<void()> asked);

@@ -6,8 +6,8 @@
 #include <cstring>
 #include <csv.h>
 #include <fstream>
-#include <iterator>
 #include <map>
+#include <sstream>
 
 namespace {
 
@@ -152,6 +152,10 @@ public:
         return at >= 0 && std::size_t(at) < row.fields.size() ? row.fields[std::size_t(at)]
                                                               : std::string();
     }
+    std::string name(std::size_t field) const
+    {
+        return field < names_.size() ? names_[field] : std::string();
+    }
     std::size_t width() const
     {
         return names_.size();
@@ -244,6 +248,17 @@ bool isEmpty(const Row& row)
     return true;
 }
 
+// Names go into JSON, which takes nothing else.
+void requireUtf8(const Row& row, const Header& header, const Place& place)
+{
+    for (std::size_t i = 0; i < row.fields.size(); ++i) {
+        const std::string& field = row.fields[i];
+        if (QString::fromStdString(field).toStdString() != field)
+            place.refuse(i + 1, header.name(i),
+                         "bytes that are no UTF-8; save the file with that encoding");
+    }
+}
+
 // Spreadsheets put it before the first name.
 std::string withoutByteOrderMark(const std::string& text)
 {
@@ -263,9 +278,11 @@ std::vector<Tag> readTags(const Library& library, const std::string& file)
 
 std::vector<Tag> readTags(const Library& library, std::istream& in, const std::string& file)
 {
-    const std::string text{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-    if (in.bad())
-        throw UsageFailure("cannot read the tag file " + file);
+    std::ostringstream read;
+    errno = 0;
+    if (!(read << in.rdbuf()) && errno != 0)
+        throw UsageFailure("cannot read the tag file " + file + ": " + std::strerror(errno));
+    const std::string text = read.str();
     const std::vector<Row> rows = Parser().rows(withoutByteOrderMark(text), Place{file, 1});
     if (rows.empty())
         Place{file, 1}.refuse("the header is missing: name,station,register,address,count,format,"
@@ -279,6 +296,7 @@ std::vector<Tag> readTags(const Library& library, std::istream& in, const std::s
         const Place place{file, row.line};
         if (isEmpty(row))
             continue;
+        requireUtf8(row, header, place);
         if (row.fields.size() > header.width())
             place.refuse("column " + std::to_string(header.width() + 1) +
                          ": more fields than the header names");

@@ -45,7 +45,21 @@ TEST_F(Addresses, BitTypesAreWrittenWordPointBit)
 
 TEST_F(Addresses, ABitNumberAbove15MeansABitOfTheNextWordAsTheLibraryTakesIt)
 {
-    EXPECT_EQ(parsed("M_bit:0.16"), (Address{1, "M_bit", Width::bit, 16, 1}));
+    EXPECT_EQ(parseAddress(library, "M_bit:0.16", BitNumbers::asTheyAreRead),
+              (Address{1, "M_bit", Width::bit, 16, 1}));
+}
+
+TEST_F(Addresses, ABitThatTheLibraryTakesForAnotherOneIsRefused)
+{
+    EXPECT_EQ(mistake("M_bit:0.16"), "0@6");
+    EXPECT_EQ(mistake("M_bit:1.-5"), "0@6");
+    EXPECT_EQ(mistake("M_bit:1.0..1.16"), "0@11");
+    EXPECT_EQ(mistake("M_bit:268435457.5"), "0@6");
+    EXPECT_THAT(complaint([&] { parsed("M_bit:268435457.5"); }),
+                HasSubstr("'268435457.5' would be taken for 1.5; a bit is written WORD.BIT"));
+    EXPECT_THAT(complaint([&] { parseAddress(library, 1, "M_bit", "1.16", 1); }),
+                HasSubstr("'1.16' would be taken for 2.0"));
+    EXPECT_EQ(parsed("M_bit:01.05"), (Address{1, "M_bit", Width::bit, 21, 1}));
 }
 
 TEST_F(Addresses, ADoubleWordIsTwoWords)

@@ -1,5 +1,6 @@
 #include "tags.h"
 
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -52,6 +53,20 @@ TEST_F(Tags, ColumnsMayBeFewerAndInAnyOrder)
     ASSERT_EQ(tags.size(), 1u);
     EXPECT_EQ(tags[0].name, "a");
     EXPECT_EQ(tags[0].address, (Address{1, "T", Width::word, 7, 1}));
+}
+
+TEST_F(Tags, BytesThatAreNoUtf8AreRefusedWithTheirPlace)
+{
+    EXPECT_EQ(mistake(header + "a,,T,1,,,gr\u00FC\u00DF\nb,,T,2,,,gr\xFC\xDF\n"),
+              "tags.csv:3: column 7 (comment): bytes that are no UTF-8; save the file with that "
+              "encoding");
+}
+
+TEST_F(Tags, AFolderIsNoTagFile)
+{
+    const std::string folder = std::filesystem::temp_directory_path();
+    EXPECT_EQ(complaint([&] { readTags(library, folder); }),
+              "cannot read the tag file " + folder + ": Is a directory");
 }
 
 TEST_F(Tags, SpreadsheetsByteOrderMarkLineEndsAndEmptyLinesAreTolerated)
