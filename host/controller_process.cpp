@@ -30,8 +30,12 @@ ControllerProcess::ControllerProcess(const std::vector<std::string>& options)
     for (const std::string& option : options)
         arguments.append(QString::fromStdString(option));
     child_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    struct sigaction brokenPipe = {};
+    sigaction(SIGPIPE, nullptr, &brokenPipe);
     child_.start(QString::fromStdString(std::filesystem::read_symlink("/proc/self/exe").string()),
                  arguments);
+    // QProcess ignores it for good; an output that nobody reads any more is to end the tool.
+    sigaction(SIGPIPE, &brokenPipe, nullptr);
     while (!child_.canReadLine())
         if (!child_.waitForReadyRead(startMilliseconds))
             throw Failure("the simulated controller does not start: " +

@@ -215,7 +215,7 @@ private:
             std::fprintf(stderr, "dov417: %s\n", problem.c_str());
         if (problems.empty())
             std::printf("Every address got its value, every write was read back.\n");
-        return problems.empty() ? exitDone : exitFailed;
+        return line_.exitCode(problems.empty());
     }
 
     bool stats_;
@@ -257,7 +257,7 @@ void addDemoCommand(CLI::App& app, Action& chosen)
                      "End after so many seconds; else Ctrl-C ends it, or 5 seconds where there is "
                      "no terminal")
         ->option_text("N")
-        ->check(CLI::PositiveNumber);
+        ->check(positive);
     addLineOptions(*command, options->line);
     command->footer("Starts a controller on a pseudo-terminal, polls all register types of two "
                     "stations, writes values and reads them back, moves a recipe to the controller "

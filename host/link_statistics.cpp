@@ -178,7 +178,7 @@ std::string fullStatistics(const LinkStatistics& statistics, Clock::time_point n
     if (!strays.empty())
         result += "  bytes that were no reply: " + strays + "\n";
     if (statistics.portLosses > 0)
-        result += "  port lost " + std::to_string(statistics.portLosses) + " times\n";
+        result += "  times that the port was lost: " + std::to_string(statistics.portLosses) + "\n";
     for (const std::string& line : requestStatistics(statistics))
         result += "  " + line + "\n";
     return result;

@@ -181,6 +181,13 @@ const std::string& LiveLine::interruption() const
     return interruption_;
 }
 
+int LiveLine::exitCode(bool complete) const
+{
+    if (log_.hasFailed())
+        std::fprintf(stderr, "dov417: the log %s could not be written\n", options_.log.c_str());
+    return complete && !log_.hasFailed() ? exitDone : exitFailed;
+}
+
 const ControllerProcess* LiveLine::controller() const
 {
     return controller_.get();

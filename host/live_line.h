@@ -41,6 +41,10 @@ public:
     // Why the loop ended early: "interrupted", "the port did not come back"; empty if it did not.
     const std::string& interruption() const;
 
+    // Of a command that came out as it should, or not. Says so if its log could not be written:
+    // then nothing did.
+    int exitCode(bool complete) const;
+
     // Null without an own controller.
     const ControllerProcess* controller() const;
 

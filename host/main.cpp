@@ -45,6 +45,9 @@ int run(int argc, char** argv)
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
+        if (argc > 1 && argv[1][0] != '-' && app.get_subcommands().empty())
+            throw UsageFailure(std::string("there is no command '") + argv[1] +
+                               "'; dov417 --help lists them");
         // --help and --version come this way too.
         return app.exit(error) == 0 ? exitDone : exitUsage;
     }

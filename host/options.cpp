@@ -7,7 +7,6 @@ namespace {
 
 const char* const lineGroup = "Line";
 const char* const valueGroup = "Values";
-const int longestMs = 600000;
 // More than a request can span says nothing new.
 const int widestGap = 65535;
 const double longestSeconds = 2e6;
@@ -67,7 +66,8 @@ void addLineOptions(CLI::App& command, LineOptions& options)
                     "The driver library; else it is looked for next to the tool, in its library "
                     "folder and where the linker looks")
         ->option_text("PATH")
-        ->group(lineGroup);
+        ->group(lineGroup)
+        ->check([](const std::string& path) { return path.empty() ? "no path" : ""; });
     command
         .add_option("--log", options.log,
                     "Record every frame with time, direction, bytes and meaning; see trace")
@@ -118,6 +118,11 @@ void addAddressArguments(CLI::App& command, ItemOptions& options)
                     "tag")
         ->option_text("ADDRESS...");
     addItemOptions(command, options);
+}
+
+std::string positive(const std::string& text)
+{
+    return CLI::PositiveNumber(text).empty() ? "" : text + " is not more than 0";
 }
 
 std::chrono::milliseconds timerSpan(double seconds)

@@ -21,6 +21,7 @@ class App; // its header is long: only what makes options includes it
 const int usualMergeGap = 20;
 const int usualTimeoutMs = 500;
 const int usualRetries = 3;
+const int longestMs = 600000; // of any option in milliseconds
 // What controllers need to digest a broadcast.
 const int usualBroadcastTurnaroundMs = 100;
 
@@ -63,6 +64,9 @@ struct ItemOptions {
 void addItemOptions(CLI::App& command, ItemOptions& options);
 // The same and ADDRESS...
 void addAddressArguments(CLI::App& command, ItemOptions& options);
+
+// A check of numbers: more than 0.
+std::string positive(const std::string& text);
 
 // --seconds for a timer, which takes 24 days at the most.
 std::chrono::milliseconds timerSpan(double seconds);

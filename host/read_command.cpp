@@ -51,7 +51,7 @@ int runRead(const ReadOptions& options)
     }
     if (options.line.stats)
         std::printf("%s", fullStatistics(session.runner().statistics(), Clock::now()).c_str());
-    return complete ? exitDone : exitFailed;
+    return line.exitCode(complete);
 }
 
 } // namespace

@@ -68,7 +68,7 @@ int runTransfer(const RecipeOptions& options, const Library& library,
         succeeded(transferJob.entries());
     if (options.line.stats)
         std::printf("%s", fullStatistics(session.runner().statistics(), Clock::now()).c_str());
-    return problems.empty() ? exitDone : exitFailed;
+    return line.exitCode(problems.empty());
 }
 
 int runUpload(const RecipeOptions& options)

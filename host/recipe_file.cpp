@@ -1,7 +1,5 @@
 #include "recipe_file.h"
 
-#include <QFileInfo>
-#include <QSaveFile>
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -10,6 +8,7 @@
 #include <sstream>
 
 #include "json_value.h"
+#include "replace_file.h"
 
 namespace {
 
@@ -77,22 +76,6 @@ std::string exactText(const Item& item, const unsigned char* bytes)
     return valueTexts(width, formatOf("0x", item.format), bytes, 1).front();
 }
 
-// An interruption leaves the old file or the new one. A device or a pipe is written to directly: it
-// is not for us to put a file in its place.
-void replaceFile(const std::string& file, const QByteArray& text)
-{
-    const QString name = QString::fromStdString(file);
-    const QFileInfo there(name);
-    QSaveFile saved(name);
-    QFile direct(name);
-    const bool replace = there.isFile() || there.isDir() || !there.exists();
-    QFileDevice& out = replace ? static_cast<QFileDevice&>(saved) : direct;
-    const bool written = out.open(QIODevice::WriteOnly) && out.write(text) == text.size() &&
-                         out.flush() && (!replace || saved.commit());
-    if (!written)
-        throw Failure("cannot write " + file + ": " + out.errorString().toStdString());
-}
-
 } // namespace
 
 std::vector<RecipeEntry> readRecipe(const std::string& file, const Items& items)
@@ -132,5 +115,8 @@ void writeRecipe(const std::string& file, const std::vector<RecipeEntry>& entrie
                 exactText(entry.item, entry.data.data() + byteCount(entry.item.address.width, i))));
         json[entry.item.name] = values.size() == 1 ? values.front() : values;
     }
-    replaceFile(file, QByteArray::fromStdString(json.dump(2) + "\n"));
+    QString why;
+    if (!simulator::replaceFile(QString::fromStdString(file),
+                                QByteArray::fromStdString(json.dump(2) + "\n"), &why))
+        throw Failure("cannot write " + why.toStdString());
 }

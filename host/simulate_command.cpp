@@ -110,7 +110,8 @@ void addSimulateCommand(CLI::App& app, Action& chosen)
     command
         ->add_option("--turnaround", simulation.turnaroundMs,
                      "What the controller takes before it answers (0)")
-        ->option_text("MS");
+        ->option_text("MS")
+        ->check(CLI::Range(0, longestMs));
     command->add_flag("--strict", simulation.strict,
                       "Takes no more than 125 registers or 2000 coils in one request");
     command

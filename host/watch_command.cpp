@@ -1,9 +1,12 @@
 #include "commands.h"
 
 #include <CLI/CLI.hpp>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <csv.h>
 #include <ctime>
+#include <functional>
 #include <memory>
 #include <nlohmann/json.hpp>
 
@@ -41,30 +44,32 @@ std::string timeText()
     return text;
 }
 
-void writeRow(std::FILE* file, const std::vector<std::string>& fields)
+// Also whether the file took it.
+bool writeRow(std::FILE* file, const std::vector<std::string>& fields)
 {
     for (std::size_t i = 0; i < fields.size(); ++i) {
         std::fputs(i == 0 ? "" : ",", file);
         csv_fwrite(file, fields.at(i).data(), fields.at(i).size());
     }
     std::fputs("\n", file);
-    std::fflush(file);
+    return std::fflush(file) == 0;
 }
 
 // Where changes are told: the table, lines of text or JSON, and a CSV file.
 class Teller {
 public:
-    Teller(const WatchOptions& options, const std::vector<ViewLabel>& labels)
-        : json_(options.json), labels_(labels)
+    // outputLost: a file or the terminal takes nothing any more.
+    Teller(const WatchOptions& options, const std::vector<ViewLabel>& labels,
+           const std::function<void()>& outputLost)
+        : json_(options.json), labels_(labels), csvName_(options.csv), outputLost_(outputLost)
     {
         if (!options.json && Screen::isTerminal())
             screen_ = std::make_unique<Screen>();
         if (options.csv.empty())
             return;
-        csv_.reset(std::fopen(options.csv.c_str(), "w"));
-        if (!csv_)
-            throw Failure("cannot write " + options.csv);
-        writeRow(csv_.get(), {"time", "name", "address", "value", "previous"});
+        csv_.reset(std::fopen(csvName_.c_str(), "w"));
+        if (!csv_ || !writeRow(csv_.get(), {"time", "name", "address", "value", "previous"}))
+            throw Failure("cannot write " + csvName_ + ": " + std::strerror(errno));
     }
 
     void tell(const View& view, std::size_t index)
@@ -72,8 +77,8 @@ public:
         const ViewLabel& label = labels_.at(index);
         const std::string value = valueText(view, label);
         const std::string previous = previousText(view, label);
-        if (csv_)
-            writeRow(csv_.get(), {timeText(), label.name, label.address, value, previous});
+        if (csv_ && !writeRow(csv_.get(), {timeText(), label.name, label.address, value, previous}))
+            outputLost_();
         if (json_) {
             nlohmann::ordered_json object = {{"time", timeText()},
                                              {"name", label.name},
@@ -81,12 +86,10 @@ public:
                                              {"value", jsonValue(value)}};
             if (!previous.empty())
                 object["previous"] = jsonValue(previous);
-            std::printf("%s\n", object.dump().c_str());
-            std::fflush(stdout);
+            say(object.dump());
         } else if (!screen_) {
-            std::printf("%s %s = %s%s\n", timeText().c_str(), label.name.c_str(), value.c_str(),
-                        previous.empty() ? "" : (" (was " + previous + ")").c_str());
-            std::fflush(stdout);
+            say(timeText() + " " + label.name + " = " + value +
+                (previous.empty() ? "" : " (was " + previous + ")"));
         }
     }
 
@@ -96,8 +99,7 @@ public:
         if (json_) {
             const nlohmann::ordered_json object = {
                 {"time", timeText()}, {"abandoned", request}, {"reason", reason}};
-            std::printf("%s\n", object.dump().c_str());
-            std::fflush(stdout);
+            say(object.dump());
         } else if (!screen_) {
             std::fprintf(stderr, "%s\n", lastTrouble_.c_str());
         }
@@ -117,7 +119,7 @@ public:
         const LinkStatistics& statistics = session.runner().statistics();
         std::vector<std::string> foot = briefStatistics(statistics, now);
         if (!lastTrouble_.empty())
-            foot.back() += "; last trouble: " + lastTrouble_;
+            foot.push_back("last trouble: " + lastTrouble_);
         screen_->draw(viewTable(session.views(), labels_, now), requestStatistics(statistics),
                       foot);
     }
@@ -130,8 +132,20 @@ public:
     {
         screen_.reset();
     }
+    void requireComplete() const
+    {
+        if (csv_ && std::ferror(csv_.get()) != 0)
+            throw Failure("cannot write " + csvName_);
+    }
 
 private:
+    void say(const std::string& text)
+    {
+        std::printf("%s\n", text.c_str());
+        if (std::fflush(stdout) != 0)
+            outputLost_();
+    }
+
     struct CloseFile {
         void operator()(std::FILE* file) const
         {
@@ -141,6 +155,8 @@ private:
 
     bool json_;
     std::vector<ViewLabel> labels_;
+    std::string csvName_;
+    std::function<void()> outputLost_;
     std::unique_ptr<Screen> screen_;
     std::unique_ptr<std::FILE, CloseFile> csv_;
     std::string lastTrouble_;
@@ -153,7 +169,7 @@ int runWatch(const WatchOptions& options)
     const std::vector<Address> addresses = addressesOf(items);
     const std::vector<ViewLabel> labels = labelViews(library, items);
     LiveLine line(library, options.line, items);
-    Teller teller(options, labels);
+    Teller teller(options, labels, [&line]() { line.end(); });
 
     SessionEvents events;
     events.changed = [&teller](const View& view, std::size_t index) { teller.tell(view, index); };
@@ -185,6 +201,7 @@ int runWatch(const WatchOptions& options)
     session.runner().start();
     line.run();
     session.runner().stop();
+    teller.requireComplete();
 
     if (teller.hasScreen()) {
         teller.leaveScreen();
@@ -200,7 +217,7 @@ int runWatch(const WatchOptions& options)
         complete = false;
         std::fprintf(stderr, "dov417: %s: no value came\n", labels.at(i).name.c_str());
     }
-    return complete ? exitDone : exitFailed;
+    return line.exitCode(complete);
 }
 
 } // namespace
@@ -215,10 +232,10 @@ void addWatchCommand(CLI::App& app, Action& chosen)
     command->add_flag("--json", options->json, "One JSON object a change, a line each");
     command->add_option("--cycles", options->cycles, "End after so many cycles")
         ->option_text("N")
-        ->check(CLI::PositiveNumber);
+        ->check(positive);
     command->add_option("--seconds", options->seconds, "End after so many seconds")
         ->option_text("N")
-        ->check(CLI::PositiveNumber);
+        ->check(positive);
     addLineOptions(*command, options->line);
     command->footer(
         "On a terminal a table redraws in place; else each change is a line. Ctrl-C ends it.\n"

@@ -41,7 +41,11 @@ WriteTask parseAssignment(const Items& items, const std::string& text)
     if (values.size() != wanted)
         throw UsageFailure(text + ": " + std::to_string(wanted) + " values are needed, " +
                            std::to_string(values.size()) + " are given");
-    task.data = valueBytes(task.item.address.width, task.item.format, values);
+    try {
+        task.data = valueBytes(task.item.address.width, task.item.format, values);
+    } catch (const UsageFailure& failure) {
+        throw UsageFailure(task.item.name + ": " + failure.what());
+    }
     return task;
 }
 
@@ -114,7 +118,7 @@ int runWrite(const WriteOptions& options)
     }
     if (options.line.stats)
         std::printf("%s", fullStatistics(session.runner().statistics(), Clock::now()).c_str());
-    return complete ? exitDone : exitFailed;
+    return line.exitCode(complete);
 }
 
 } // namespace

@@ -227,13 +227,19 @@ bool LinePort::hasListener() const
     return m_watch < 0 || m_listeners > 0;
 }
 
-// Replaces a symbolic link in one step, so that it is never missing, but nothing else.
+// Replaces a symbolic link that leads nowhere in one step, so that it is never missing, but nothing
+// else: not another controller's, and not a link of somebody's own.
 bool LinePort::makeLink(const QString& link, QString* error)
 {
     const QFileInfo info(link);
-    if (info.exists() && !info.isSymLink()) {
+    if (info.exists() && !(info.isSymLink() && info.symLinkTarget() == m_device)) {
         if (error)
-            *error = QStringLiteral("%1: there is something that is no symbolic link").arg(link);
+            *error =
+                info.isSymLink()
+                    ? QStringLiteral("%1 leads to %2; if that is no controller, remove the "
+                                     "link first")
+                          .arg(link, info.symLinkTarget())
+                    : QStringLiteral("%1: there is something that is no symbolic link").arg(link);
         return false;
     }
     const QString path = info.absoluteFilePath();

@@ -1,12 +1,13 @@
 #include "set_load.h"
 
 #include <QFile>
-#include <QSaveFile>
 #include <QStringList>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <nlohmann/json.hpp>
+
+#include "replace_file.h"
 
 namespace simulator {
 
@@ -305,13 +306,7 @@ bool dumpValues(const Memory& memory, const QString& fileName, QString* error)
         }
         dump[std::to_string(number)] = std::move(registers);
     }
-    QSaveFile file(fileName);
-    if (!file.open(QIODevice::WriteOnly))
-        return refuse(error, QStringLiteral("%1: %2").arg(fileName, file.errorString()));
-    file.write(QByteArray::fromStdString(dump.dump(1) + '\n'));
-    if (!file.commit())
-        return refuse(error, QStringLiteral("%1: %2").arg(fileName, file.errorString()));
-    return true;
+    return replaceFile(fileName, QByteArray::fromStdString(dump.dump(1) + '\n'), error);
 }
 
 } // namespace simulator

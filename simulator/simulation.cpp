@@ -1,5 +1,6 @@
 #include "simulation.h"
 
+#include <QFileInfo>
 #include <algorithm>
 #include <cstdio>
 
@@ -95,6 +96,13 @@ bool Simulation::prepare(QString* error)
         m_plant.hold(range->station, range->area, range->firstWord(), range->lastWord());
     }
 
+    const QFileInfo dumpFolder(QFileInfo(m_options.dumpFile).absolutePath());
+    if (!m_options.dumpFile.isEmpty() && !(dumpFolder.isDir() && dumpFolder.isWritable())) {
+        if (error)
+            *error = QStringLiteral("%1: nothing can be written into its folder")
+                         .arg(m_options.dumpFile);
+        return false;
+    }
     if (m_options.logFile == QLatin1String("-")) {
         m_log.open(stdout, QIODevice::WriteOnly);
     } else if (!m_options.logFile.isEmpty()) {

@@ -6,6 +6,7 @@ import os
 import pty
 import re
 import signal
+import subprocess
 import unittest
 
 from harness import PATIENCE, TOOL, EndToEnd, run
@@ -197,6 +198,34 @@ class Watch(EndToEnd):
                          "R_W:100", "9/T:1", "--cycles", "2")  # fmt: skip
         self.assertIn("9/T:1: no value came", err)
         self.assertIn("given up: 9#T1(1): no answer", err)
+
+    def test_it_ends_when_nobody_reads_any_more(self):
+        watch = self.process(TOOL, "watch", "--simulated", "R_W:0", "--json")
+        watch.wait_for("R_W:0")
+        watch.process.stdout.close()
+        self.assertEqual(watch.process.wait(PATIENCE), -signal.SIGPIPE)
+
+    def test_what_cannot_be_recorded_is_a_failure(self):
+        full = self.path("full")
+        os.symlink("/dev/full", full)
+        controller = self.controller()
+        watch = ["watch", "--port", controller.port, "R_W:0"]
+        self.assertIn(f"cannot write {full}: No space left", self.fails(*watch, "--csv", full))
+        self.assertIn(f"the log {full} could not be written",
+                      self.fails(*watch, "--cycles", "2", "--log", full))  # fmt: skip
+        with open(full, "w", encoding="utf-8") as out:
+            done = subprocess.run([TOOL, *watch], stdout=out, stderr=subprocess.PIPE, text=True,
+                                  timeout=PATIENCE, check=False)  # fmt: skip
+        self.assertEqual(done.returncode, 1)
+        self.assertIn("the output could not be written", done.stderr)
+
+    def test_what_the_caller_ignores_stays_ignored(self):
+        watch = self.process("sh", "-c", "trap '' HUP; exec \"$@\"", "sh", TOOL, "watch",
+                             "--simulated", "R_W:0")  # fmt: skip
+        watch.wait_for("R_W:0")
+        watch.process.send_signal(signal.SIGHUP)
+        watch.wait_for("was 30")  # far behind the signal
+        self.assertEqual(watch.interrupt()[0], 0)
 
     def test_the_terminal_is_restored_after_ctrl_c(self):
         controller = self.controller()

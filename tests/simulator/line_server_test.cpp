@@ -245,6 +245,19 @@ TEST_F(LineServerTest, ReplacesAStaleLinkButNothingElse)
     EXPECT_EQ(QFileInfo(options.link).size(), 8);
 }
 
+TEST_F(LineServerTest, LeavesTheLinkOfALivingControllerAlone)
+{
+    options.link = folder.filePath(QStringLiteral("plc"));
+    start();
+    const QString device = QFile::symLinkTarget(options.link);
+    LineServer second(controller, faults, options);
+    QString error;
+    EXPECT_FALSE(second.open(&error));
+    EXPECT_TRUE(error.startsWith(options.link + QStringLiteral(" leads to ") + device))
+        << text(error);
+    EXPECT_EQ(text(QFile::symLinkTarget(options.link)), text(device));
+}
+
 TEST_F(LineServerTest, SaysWhyALineCannotBeHad)
 {
     options.device = folder.filePath(QStringLiteral("none"));
