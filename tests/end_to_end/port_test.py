@@ -79,18 +79,26 @@ class Port(EndToEnd):
         self.assertIn("is busy: another program uses it", done.stderr)
         watching.interrupt()
 
-    @unittest.skipIf(os.getuid() == 0 and not os.path.exists("/usr/bin/setpriv"), "no other user")
-    def test_a_port_of_somebody_else_says_which_group_helps(self):
+    def check_a_port_of_somebody_else(self, mode):
+        """What the tool says of it."""
         controller = self.controller()
-        os.chmod(os.path.realpath(controller.port), 0o600)
+        os.chmod(os.path.realpath(controller.port), mode)
         os.chmod(self.folder, 0o755)
         command = [TOOL, "read", "--port", controller.port, "R_W:1"]
         if os.getuid() == 0:
-            command = ["setpriv", "--reuid=65534", "--clear-groups", *command]
+            command = ["setpriv", "--reuid=65534", "--regid=65534", "--clear-groups", *command]
         done = subprocess.run(command, capture_output=True, text=True, check=False)
         self.assertEqual(done.returncode, 1, done.stderr)
         self.assertIn("permission refused", done.stderr)
-        self.assertIn("belongs to group", done.stderr)
+        return done.stderr
+
+    @unittest.skipIf(os.getuid() == 0 and not os.path.exists("/usr/bin/setpriv"), "no other user")
+    def test_a_port_of_somebody_else_says_which_group_helps(self):
+        self.assertIn("belongs to group", self.check_a_port_of_somebody_else(0o660))
+
+    @unittest.skipIf(os.getuid() == 0 and not os.path.exists("/usr/bin/setpriv"), "no other user")
+    def test_a_port_that_no_group_may_use_names_none(self):
+        self.assertNotIn("group", self.check_a_port_of_somebody_else(0o600))
 
 
 if __name__ == "__main__":
