@@ -5,6 +5,7 @@
 #include <QTimer>
 #include <cstdlib>
 #include <fcntl.h>
+#include <poll.h>
 #include <stdexcept>
 #include <termios.h>
 #include <unistd.h>
@@ -63,6 +64,15 @@ void PtySlave::send(const QByteArray& bytes)
     if (write(descriptor_, bytes.constData(), static_cast<std::size_t>(bytes.size())) !=
         bytes.size())
         throw std::runtime_error("the pseudo-terminal takes no more");
+}
+
+void PtySlave::deliver(const QByteArray& bytes)
+{
+    constexpr int patienceMilliseconds = 60000;
+    send(bytes);
+    pollfd arrival = {keeper_, POLLIN, 0};
+    if (poll(&arrival, 1, patienceMilliseconds) != 1)
+        throw std::runtime_error("the pseudo-terminal carries nothing");
 }
 
 bool waitUntil(const std::function<bool()>& condition)

@@ -23,6 +23,8 @@ public:
     void plug();
 
     void send(const QByteArray& bytes);
+    // Returns once they lie ready at the other side.
+    void deliver(const QByteArray& bytes);
 
     // Called with each lump of bytes that arrives.
     std::function<void(const QByteArray&)> arrived;

@@ -2,8 +2,11 @@
 
 #include <QFile>
 #include <QTemporaryFile>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <optional>
+#include <sys/file.h>
+#include <unistd.h>
 
 #include "pty_slave.h"
 
@@ -33,12 +36,17 @@ protected:
     {
         LineSettings settings;
         settings.device = slave.port();
+        settings.wire = wire;
         settings.timeout = timeout;
-        settings.turnaround = milliseconds(1);
+        settings.turnaround = turnaround;
         LineObserver observer;
         observer.sent = [](const QByteArray&) {};
         observer.received = [](const Reception&) {};
-        observer.stray = [this](const Stray& stray) { strays.push_back(stray); };
+        observer.stray = [this](const Stray& stray) {
+            strays.push_back(stray);
+            if (strayed)
+                strayed();
+        };
         observer.port = [this](bool isOpen, const QString& message) {
             ports.push_back(isOpen);
             lastMessage = message.toStdString();
@@ -69,6 +77,7 @@ protected:
             received += bytes;
             if (received.size() % 8 != 0)
                 return;
+            arrivals.push_back(Clock::now());
             const std::size_t index = static_cast<std::size_t>(received.size() / 8 - 1);
             if (index < answers.size())
                 for (const char* const lump : answers.at(index))
@@ -77,9 +86,13 @@ protected:
     }
 
     PtySlave slave;
+    WireFormat wire;
+    Micros turnaround = milliseconds(1);
     std::unique_ptr<SerialLine> line;
     QByteArray received;
+    std::vector<Clock::time_point> arrivals; // of the whole requests
     std::vector<Stray> strays;
+    std::function<void()> strayed;
     std::vector<bool> ports;
     std::string lastMessage;
     std::optional<Reception> outcome;
@@ -122,6 +135,56 @@ TEST_F(OnALine, ABroadcastWaitsForNobody)
     open(forEver);
     begin("0006050A002A290A", 0);
     expectOutcome(LineResult::broadcast, "");
+}
+
+TEST_F(OnALine, ABroadcastLeavesTheControllersTheirTurnaround)
+{
+    turnaround = milliseconds(100);
+    open(forEver);
+    const Clock::time_point begun = Clock::now();
+    begin("0006050A002A290A", 0);
+    expectOutcome(LineResult::broadcast, "");
+    EXPECT_GE(Clock::now() - begun, turnaround);
+}
+
+TEST_F(OnALine, ThreeAndAHalfCharactersOfSilenceGoBeforeEachFrame)
+{
+    // So slow that nothing else takes as long: 3.5 characters of 11 bits at 300 baud.
+    wire.baudRate = 300;
+    const Micros silence(128333);
+    const Clock::time_point before = Clock::now();
+    open(forEver);
+    answerWith({{firstReply}, {secondReply}});
+    begin(firstRead, replyLength);
+    expectOutcome(LineResult::reply, firstReply);
+    begin(secondRead, replyLength);
+    expectOutcome(LineResult::reply, secondReply);
+    ASSERT_EQ(arrivals.size(), 2U);
+    EXPECT_GE(arrivals.at(0) - before, silence);
+    EXPECT_GE(arrivals.at(1) - arrivals.at(0), silence) << "the first reply came between";
+}
+
+TEST_F(OnALine, ALineThatNeverFallsSilentIsNotWaitedForForEver)
+{
+    wire.baudRate = 300;
+    // The next byte is there as soon as one has been read: 3.5 characters never pass.
+    strayed = [this]() { slave.deliver(hex("55")); };
+    open(milliseconds(50));
+    answerWith({});
+    slave.send(hex("55"));
+    begin(firstRead, replyLength);
+    ASSERT_TRUE(waitUntil([this]() { return !arrivals.empty(); }));
+    EXPECT_EQ(received, hex(firstRead));
+}
+
+TEST_F(OnALine, BytesSentAndBytesReceivedTakeTimeOnTheWire)
+{
+    wire = {10000, 8, 'N', 1}; // 1 ms a character
+    open(forEver);
+    answerWith({{firstReply}});
+    begin(firstRead, replyLength);
+    expectOutcome(LineResult::reply, firstReply);
+    EXPECT_EQ(line->wireTime(), milliseconds(8 + 7));
 }
 
 TEST_F(OnALine, AReplyOfAnotherStationIsShownAndTheAwaitedOneTaken)
@@ -207,6 +270,24 @@ TEST_F(OnALine, TwoProgramsDoNotShareAPort)
     EXPECT_FALSE(other.open(&reason));
     EXPECT_NE(reason.toStdString().find("is busy: another program uses it"), std::string::npos)
         << reason.toStdString();
+}
+
+TEST(OpeningAPort, RespectsTheLockOfAnotherProgram)
+{
+    // Neither exclusive access nor a lock file: against a program without them only the lock holds.
+    const PtySlave slave;
+    LineSettings settings;
+    settings.device = slave.port();
+    const int other =
+        open(settings.device.toLocal8Bit().constData(), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    ASSERT_EQ(flock(other, LOCK_EX | LOCK_NB), 0);
+    LineObserver observer;
+    observer.port = [](bool, const QString&) {};
+    QString reason;
+    EXPECT_FALSE(SerialLine(settings, observer).open(&reason));
+    EXPECT_NE(reason.toStdString().find("is busy: another program uses it"), std::string::npos)
+        << reason.toStdString();
+    close(other);
 }
 
 TEST(OpeningAPort, SaysThatThereIsNone)
