@@ -108,8 +108,11 @@ void LinkRunner::portChanged(bool open, const QString& message)
 {
     if (events_.port)
         events_.port(open, message.toStdString());
-    if (!open) {
+    // Why it cannot be opened again is told too, and is no further loss.
+    if (portIsOpen_ && !open)
         ++statistics_.portLosses;
+    portIsOpen_ = open;
+    if (!open) {
         idleTimer_.stop();
     } else if (running_) {
         // The frame that was on the line when the port went is handed out again.

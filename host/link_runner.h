@@ -59,6 +59,7 @@ private:
     QTimer idleTimer_;
     FRAME_PRO frame_ = FRAME_PRO();
     bool running_ = false;
+    bool portIsOpen_ = false;
     bool idle_ = true;
     bool repeating_ = false; // the driver will hand out the same frame again
     bool linkIsGood_ = true; // until a request is given up, and again with the next good reply
