@@ -28,6 +28,9 @@ protected:
             outcomes[number] = accepted ? "accepted" : reason;
         };
         events.readOnce = events.written;
+        events.recipeEnded = [this](bool accepted, const std::string& reason) {
+            recipeOutcome = accepted ? "accepted" : reason;
+        };
         LineSettings line;
         line.device = slave.port();
         session =
@@ -48,6 +51,7 @@ protected:
     PtySlave slave;
     QByteArray received;
     std::map<int, std::string> outcomes;
+    std::string recipeOutcome;
     std::unique_ptr<Session> session;
 };
 
@@ -109,6 +113,48 @@ TEST_F(SessionOnALine, WhatTheDriverDoesNotTakeIsReportedAndTheOthersGoOut)
     EXPECT_EQ(outcomes.at(unknown), "the driver does not take it");
     EXPECT_EQ(outcomes.at(unread), "the driver does not take it");
     EXPECT_EQ(outcomes.at(known), "accepted");
+}
+
+TEST_F(SessionOnALine, AValueThatStaysTheSameIsConfirmedByEachReply)
+{
+    // The age in the table counts from the last reply.
+    std::vector<Clock::time_point> answered;
+    slave.arrived = [&](const QByteArray& bytes) {
+        received += bytes;
+        if (received.size() % 8 != 0)
+            return;
+        answered.push_back(Clock::now());
+        if (answered.size() <= 3)
+            slave.send(QByteArray::fromHex("010302002A399B"));
+    };
+    Address address;
+    address.regName = "R_W";
+    address.first = 100;
+    session->watch({address});
+    for (std::size_t reply = 1; reply <= 3; ++reply) {
+        // The next request goes out once this reply has been dealt with.
+        ASSERT_TRUE(waitUntil([&]() { return answered.size() > reply; }));
+        const View& view = session->views().at(0);
+        EXPECT_GE(view.refreshed, answered.at(reply - 1)) << "reply " << reply;
+        EXPECT_EQ(view.changes, 0);
+    }
+}
+
+TEST_F(SessionOnALine, ARecipeWithoutAddressesSetsNoFlag)
+{
+    // With the flag set the driver would repeat the frame of the first write for ever.
+    session->write(wordWrite("R_W", 100, 1));
+    ASSERT_TRUE(waitForOutcomes(1));
+    RecipeLayout layout;
+    layout.rounds.emplace_back(); // nothing in it, so the driver takes none of it
+    session->transferRecipe(layout, RecipeTransfer::download);
+    session->write(wordWrite("R_W", 100, 2));
+    ASSERT_TRUE(waitForOutcomes(2));
+    EXPECT_EQ(recipeOutcome, "the driver took none of the recipe's addresses");
+    EXPECT_EQ(received.toHex().toStdString(), "010605640001"
+                                              "0919"
+                                              "010605640002"
+                                              "4918");
 }
 
 TEST_F(SessionOnALine, ABroadcastOfARegisterBitIsRefusedBeforeItBlocksTheQueue)
