@@ -8,9 +8,6 @@
 
 namespace {
 
-// Long enough to plug an adapter in again.
-constexpr int portPatienceMilliseconds = 10000;
-
 std::vector<std::string> controllerArguments(const LineOptions& options,
                                              const std::vector<Item>& items,
                                              const std::vector<std::string>& further)
@@ -76,7 +73,6 @@ LiveLine::LiveLine(const Library& library, const LineOptions& options,
         log_.remark("port " + port_ + ", line " + toText(wireFormat(library, options)));
     }
     portTimer_.setSingleShot(true);
-    portTimer_.setInterval(portPatienceMilliseconds);
     QObject::connect(&portTimer_, &QTimer::timeout, &portTimer_, [this]() {
         interruption_ = "the port did not come back";
         end();
@@ -115,9 +111,10 @@ void LiveLine::beQuiet()
     isQuiet_ = true;
 }
 
-void LiveLine::endWithoutPort()
+void LiveLine::endWithoutPort(std::chrono::milliseconds patience)
 {
     endsWithoutPort_ = true;
+    portTimer_.setInterval(patience);
 }
 
 void LiveLine::portChanged(bool open, const std::string& message)

@@ -4,6 +4,7 @@
 
 #include <QEventLoop>
 #include <QTimer>
+#include <chrono>
 #include <memory>
 #include <string>
 #include <vector>
@@ -16,6 +17,9 @@
 #include "options.h"
 #include "session.h"
 #include "shutdown.h"
+
+// Long enough to plug an adapter in again.
+constexpr std::chrono::seconds usualPortPatience(10);
 
 class LiveLine {
 public:
@@ -33,7 +37,7 @@ public:
     // The terminal shows something else: no words about the port on it.
     void beQuiet();
     // A command that has an end of its own does not wait for a lost port for ever.
-    void endWithoutPort();
+    void endWithoutPort(std::chrono::milliseconds patience = usualPortPatience);
 
     // Runs the event loop until somebody calls end(), or Ctrl-C.
     void run();
