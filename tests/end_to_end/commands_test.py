@@ -1,9 +1,9 @@
 """Every live command against the simulated controller, as a person would use it."""
 
 import csv
+import datetime
 import json
 import os
-import pty
 import re
 import signal
 import subprocess
@@ -65,6 +65,17 @@ class Read(EndToEnd):
         self.assertEqual(done.returncode, 1)
         self.assertEqual(done.stdout, "")
         self.assertIn("exception 2 (illegal data address)", done.stderr)
+
+    def test_an_own_controller_keeps_the_pace_of_the_line(self):
+        log = self.path("log")
+        self.succeeds("read", "--simulated", "--line", "9600,8,EVEN,1", "--log", log, "R_W:0..19")
+        with open(log, encoding="utf-8") as file:
+            times = {entry[1]: entry[0] for entry in map(str.split, file)}
+        taken = datetime.datetime.fromisoformat(times["RX"]) - datetime.datetime.fromisoformat(
+            times["TX"]
+        )
+        # 8 characters there and 5 + 2 * 20 back, of 11 bits each.
+        self.assertGreaterEqual(taken.total_seconds(), (8 + 45) * 11 / 9600)
 
     def test_ctrl_c_ends_a_read_that_waits(self):
         controller = self.controller("--fault", "silence=100%")
@@ -173,6 +184,15 @@ class Watch(EndToEnd):
         self.assertEqual(changes[0]["address"], "1/C:0")
         self.assertEqual(changes[2]["previous"], changes[1]["value"])
 
+    def test_json_tells_what_was_given_up(self):
+        controller = self.controller("--fault", "silence=100%")
+        done = run("watch", "--port", controller.port, "--timeout", "20", "--retries", "1",
+                   "R_W:100", "--json", "--cycles", "2")  # fmt: skip
+        self.assertEqual(done.returncode, 1)
+        told = [json.loads(line) for line in done.stdout.splitlines()]
+        self.assertEqual([(t["abandoned"], t["reason"]) for t in told],
+                         [("1#R_W100(1)", "no answer")] * 2)  # fmt: skip
+
     def test_csv_has_a_row_a_change(self):
         tags = self.write_file("tags.csv", TAGS)
         controller = self.controller("--still", "--stations", "1,2", "--set", "R_W:211=0xFFFF")
@@ -227,26 +247,36 @@ class Watch(EndToEnd):
         watch.wait_for("was 30")  # far behind the signal
         self.assertEqual(watch.interrupt()[0], 0)
 
-    def test_the_terminal_is_restored_after_ctrl_c(self):
+    def check_that_the_terminal_is_restored(self, stop):
         controller = self.controller()
-        child, terminal = pty.fork()
-        if child == 0:
-            os.execv(TOOL, [TOOL, "watch", "--port", controller.port, "C:0..3"])
-        seen = b""
-        while b"link good" not in seen:
-            seen += os.read(terminal, 4096)
+        watching = self.terminal("watch", "--port", controller.port, "C:0..3")
+        watching.wait_for(b"link good")
+        stop(watching)
+        self.assertEqual(watching.end(), 0)
+        seen = watching.seen
         self.assertIn(b"\x1b[?1049h", seen)
         self.assertIn(b"\x1b[?25l", seen)
-        os.write(terminal, b"\x03")
-        with self.assertRaises(OSError):  # the terminal's end, once the tool is gone
-            while True:
-                seen += os.read(terminal, 4096)
-        _, status = os.waitpid(child, 0)
-        os.close(terminal)
-        self.assertEqual(os.waitstatus_to_exitcode(status), 0)
         self.assertLess(seen.rfind(b"\x1b[?1049h"), seen.rfind(b"\x1b[?1049l"))
         self.assertLess(seen.rfind(b"\x1b[?25l"), seen.rfind(b"\x1b[?25h"))
         self.assertIn(b"1/C:3", seen[seen.rfind(b"\x1b[?1049l") :], "the last values stay")
+
+    def test_the_terminal_is_restored_after_ctrl_c(self):
+        self.check_that_the_terminal_is_restored(lambda watching: watching.press(b"\x03"))
+
+    def test_the_terminal_is_restored_after_a_polite_kill(self):
+        self.check_that_the_terminal_is_restored(lambda watching: watching.signal(signal.SIGTERM))
+
+    def test_the_terminal_is_restored_after_a_hangup(self):
+        self.check_that_the_terminal_is_restored(lambda watching: watching.signal(signal.SIGHUP))
+
+    def test_the_terminal_shows_that_the_link_has_failed_and_why(self):
+        controller = self.controller("--fault", "silence=100%")
+        watching = self.terminal("watch", "--port", controller.port, "--timeout", "20",
+                                 "--retries", "1", "R_W:100")  # fmt: skip
+        watching.wait_for(b"link FAILED")
+        watching.wait_for(b"given up: 1#R_W100(1)")
+        watching.press(b"\x03")
+        self.assertEqual(watching.end(), 1, "no value came")
 
 
 class Recipe(EndToEnd):

@@ -93,6 +93,62 @@ class Controller(Process):
         return word
 
 
+class Terminal:
+    """The tool on a terminal of its own."""
+
+    def __init__(self, *arguments):
+        self.seen = b""
+        self._exit_code = None
+        self._child, self._terminal = pty.fork()
+        if self._child == 0:
+            signal.signal(signal.SIGHUP, signal.SIG_DFL)  # nohup hands it down ignored
+            os.execv(TOOL, [TOOL, *arguments])
+
+    def wait_for(self, text):
+        with self._patience():
+            while text not in self.seen:
+                if not self._see():
+                    raise AssertionError(f"{text!r} did not come, but {self.seen[-500:]}")
+
+    def press(self, keys):
+        os.write(self._terminal, keys)
+
+    def signal(self, number):
+        os.kill(self._child, number)
+
+    def end(self):
+        """Waits for the tool's end; its exit code."""
+        with self._patience():
+            while self._see():
+                pass
+            _, status = os.waitpid(self._child, 0)
+        self._exit_code = os.waitstatus_to_exitcode(status)
+        return self._exit_code
+
+    def close(self):
+        if self._exit_code is None:
+            self.signal(signal.SIGKILL)
+            os.waitpid(self._child, 0)
+        os.close(self._terminal)
+
+    @contextlib.contextmanager
+    def _patience(self):
+        watchdog = threading.Timer(PATIENCE, self.signal, (signal.SIGKILL,))
+        watchdog.start()
+        try:
+            yield
+        finally:
+            watchdog.cancel()
+
+    def _see(self):
+        """False once the tool is gone."""
+        try:
+            self.seen += os.read(self._terminal, 4096)
+        except OSError:
+            return False
+        return True
+
+
 class Cable:
     """Two pseudo-terminals, end to end; the end at `port` can be pulled out and put back."""
 
@@ -211,6 +267,11 @@ class EndToEnd(unittest.TestCase):
 
     def tool(self, *arguments):
         return self.process(TOOL, *arguments)
+
+    def terminal(self, *arguments):
+        terminal = Terminal(*arguments)
+        self.addCleanup(terminal.close)
+        return terminal
 
     def cable(self):
         cable = Cable(self.folder)
