@@ -4,13 +4,14 @@
 #include <cstdio>
 #include <memory>
 
-#include "addresses.h"
+#include "tags.h"
 
 namespace {
 
 struct CheckOptions {
     LineOptions line;
     std::vector<std::string> addresses;
+    std::string tags;
     bool write = false;
 };
 
@@ -18,10 +19,20 @@ struct CheckOptions {
 int runCheck(const CheckOptions& options)
 {
     const Library library(options.line.library);
+    const std::vector<Tag> tags =
+        options.tags.empty() ? std::vector<Tag>() : readTags(library, options.tags);
+    std::vector<std::string> texts = options.addresses;
+    if (texts.empty())
+        for (const Tag& tag : tags)
+            texts.push_back(tag.name);
+    if (texts.empty())
+        throw UsageFailure("no address given");
     int exitCode = exitDone;
-    for (const std::string& text : options.addresses) {
+    for (const std::string& text : texts) {
         try {
-            const Address address = parseAddress(library, text, BitNumbers::asTheyAreRead);
+            const Tag* const tag = findTag(tags, text);
+            const Address address =
+                tag ? tag->address : parseAddress(library, text, BitNumbers::asTheyAreRead);
             if (options.write)
                 requireAccess(library, address, Access::write);
             const int values = valueCount(address);
@@ -48,9 +59,10 @@ void addCheckCommand(CLI::App& app, Action& chosen)
         ->add_option(
             "address", options->addresses,
             "[STATION/]REGISTER:FIRST[..LAST]; FIRST and LAST name words, or bits of a bit "
-            "type. A range of R_D names its words, two a value")
-        ->option_text("ADDRESS...")
-        ->required();
+            "type. A range of R_D names its words, two a value. With --tags, tag names too; with "
+            "--tags alone, every tag")
+        ->option_text("ADDRESS...");
+    addTagOption(*command, options->tags);
     command->add_flag("--write", options->write, "Ask for an address that is to be written");
     addLineOptions(*command, options->line);
     command->footer("Examples:\n"

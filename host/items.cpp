@@ -1,11 +1,6 @@
 #include "items.h"
 
-namespace {
-
-// What one write of the Modbus protocol carries: the driver's limit where the gap sets none.
-const int unlimitedPiece = 123;
-
-} // namespace
+#include "pieces.h"
 
 Items::Items(const Library& library, const ItemOptions& options)
     : library_(library), options_(options), format_(parseFormat(options.format))
@@ -37,9 +32,8 @@ Item Items::made(const std::string& name, const Address& address, const FormatCh
 
 Item Items::find(const std::string& text, Access access) const
 {
-    for (const Tag& tag : tags_)
-        if (tag.name == text)
-            return made(tag.name, tag.address, tag.format, tag.comment, access);
+    if (const Tag* const tag = findTag(tags_, text))
+        return made(tag->name, tag->address, tag->format, tag->comment, access);
     if (text.find(':') == std::string::npos && !options_.tags.empty())
         throw UsageFailure(options_.tags + " has no tag '" + text + "'");
     const Address address = parseAddress(library_, text);
@@ -81,14 +75,13 @@ std::vector<Address> addressesOf(const std::vector<Item>& items)
 
 void requireUntornValues(const Library& library, const std::vector<Item>& items, int gap)
 {
-    const int piece = gap < 1 ? unlimitedPiece : gap;
+    const int piece = gap < 1 ? mostWordsOfAWrite : gap;
     for (const Item& item : items)
         if (item.address.width == Width::doubleWord && piece % 2 != 0 &&
             item.address.length > piece)
-            throw UsageFailure("a gap of " + std::to_string(gap) + " sends " +
-                               toText(library, item.address) + " in pieces of " +
-                               std::to_string(piece) +
-                               " words, which cuts a 32-bit value in two; take an even gap or one "
-                               "of at least " +
+            throw UsageFailure("with a gap of " + std::to_string(gap) +
+                               " the driver cuts writes into pieces of " + std::to_string(piece) +
+                               " words, and a 32-bit value of " + toText(library, item.address) +
+                               " in two; take an even gap or one of at least " +
                                std::to_string(item.address.length));
 }

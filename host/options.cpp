@@ -86,14 +86,19 @@ WireFormat wireFormat(const Library& library, const LineOptions& options)
     return parseWireFormat(options.line.empty() ? defaultLine(library) : options.line);
 }
 
-void addItemOptions(CLI::App& command, ItemOptions& options)
+void addTagOption(CLI::App& command, std::string& tags)
 {
     command
-        .add_option("--tags", options.tags,
+        .add_option("--tags", tags,
                     "Tag file: CSV with the header name,station,register,address,count,format,"
                     "comment. Tag names then stand for addresses")
         ->option_text("FILE")
         ->group(valueGroup);
+}
+
+void addItemOptions(CLI::App& command, ItemOptions& options)
+{
+    addTagOption(command, options.tags);
     command
         .add_option("--format", options.format,
                     "How values are written: unsigned, signed, hex, bcd or float, with :low-first "

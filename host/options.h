@@ -60,6 +60,7 @@ struct ItemOptions {
     std::string wordOrder;              // --word-order
 };
 
+void addTagOption(CLI::App& command, std::string& tags);
 // --tags, --format, --word-order.
 void addItemOptions(CLI::App& command, ItemOptions& options);
 // The same and ADDRESS...

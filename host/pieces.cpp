@@ -5,9 +5,8 @@
 
 namespace {
 
-constexpr int longestWrite = 123; // words in one write request
-constexpr int longestRead = 125;  // words in one read request
-constexpr int longestPlan = 128;  // words in one request of the driver's plan
+constexpr int longestRead = 125; // words in one read request
+constexpr int longestPlan = 128; // words in one request of the driver's plan
 constexpr int bitsPerWord = 16;
 constexpr int doubleWordLength = 2;
 constexpr int bytesPerWord = 2;
@@ -45,7 +44,8 @@ std::vector<Write> writePieces(const Address& address, const std::vector<unsigne
     const int bytesPerUnit = bits ? 1 : bytesPerWord;
     std::vector<Write> pieces;
     auto from = data.begin();
-    for (const Address& piece : cut(address, bits ? 1 : pieceLength(address, longestWrite, gap))) {
+    for (const Address& piece :
+         cut(address, bits ? 1 : pieceLength(address, mostWordsOfAWrite, gap))) {
         const auto end = from + static_cast<std::ptrdiff_t>(piece.length) * bytesPerUnit;
         pieces.push_back({piece, {from, end}});
         from = end;

@@ -6,6 +6,9 @@
 
 #include "addresses.h"
 
+// What one write of the Modbus protocol carries: the driver's limit where the gap sets none.
+constexpr int mostWordsOfAWrite = 123;
+
 // What the driver is handed as one write: one bit, or words that stay together.
 struct Write {
     Address address;

@@ -32,7 +32,6 @@ int runTransfer(const RecipeOptions& options, const Library& library,
     items.reserve(entries.size());
     for (const RecipeEntry& entry : entries)
         items.push_back(entry.item);
-    requireUntornValues(library, items, options.line.mergeGap());
     LiveLine line(library, options.line, items);
     line.endWithoutPort();
 

@@ -4,9 +4,9 @@
 #include <stdexcept>
 #include <tuple>
 
-namespace {
+#include "pieces.h"
 
-constexpr int longestRecord = 123; // words that one write request carries
+namespace {
 
 auto placeOf(const Address& address)
 {
@@ -39,7 +39,7 @@ RecipeLayout layOutRecipe(const std::vector<Address>& addresses)
     RecipeLayout layout;
     for (const Address& run : joinTouching(addresses)) {
         // Even pieces, so that no 32-bit value is cut in two.
-        const int piece = longestRecord - longestRecord % 2;
+        const int piece = mostWordsOfAWrite - mostWordsOfAWrite % 2;
         for (int done = 0; done < run.length; done += piece) {
             RecipeRecord record;
             record.address = run;

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <memory>
 
-#include "addresses.h"
+#include "tags.h"
 
 namespace {
 
@@ -17,14 +17,28 @@ struct SeriesOptions {
     LineOptions line;
     std::string regName;
     std::string start;
+    std::string tags;
     int count = 1;
     int step = 1;
 };
 
+Address startOf(const Library& library, const SeriesOptions& options)
+{
+    if (!options.start.empty())
+        return parseAddress(library, options.regName + ":" + options.start);
+    if (options.tags.empty())
+        throw UsageFailure("the first address is missing");
+    const std::vector<Tag> tags = readTags(library, options.tags);
+    const Tag* const tag = findTag(tags, options.regName);
+    if (!tag)
+        throw UsageFailure(options.tags + " has no tag '" + options.regName + "'");
+    return tag->address;
+}
+
 int runSeries(const SeriesOptions& options)
 {
     const Library library(options.line.library);
-    const Address start = parseAddress(library, options.regName + ":" + options.start);
+    const Address start = startOf(library, options);
     QVector<QString> texts;
     QVector<int> values;
     const int result = library.intf_multiCopy(QString::fromStdString(start.regName), start.first,
@@ -48,12 +62,14 @@ void addSeriesCommand(CLI::App& app, Action& chosen)
     const auto options = std::make_shared<SeriesOptions>();
     CLI::App* command =
         app.add_subcommand("series", "A series of addresses for copies of one item");
-    command->add_option("register", options->regName, "Register type, as in R_W")
+    command->add_option("register", options->regName, "Register type, as in R_W; or a tag's name")
         ->option_text("REGISTER")
         ->required();
-    command->add_option("start", options->start, "First address in the type's own form, as in 1.15")
-        ->option_text("START")
-        ->required();
+    command
+        ->add_option("start", options->start,
+                     "First address in the type's own form, as in 1.15; a tag has its own")
+        ->option_text("[START]");
+    addTagOption(*command, options->tags);
     command->add_option("--count", options->count, "How many addresses (1)")
         ->option_text("N")
         ->check(CLI::Range(0, mostCopies));

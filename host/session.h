@@ -47,7 +47,7 @@ struct View {
 
 struct SessionSettings {
     int retries = 3; // bad or missing replies until the driver gives up
-    int gap = 12;    // words
+    int gap = 20;    // words
 };
 
 // What became of a write or a single read, by its number.

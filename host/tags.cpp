@@ -309,3 +309,11 @@ std::vector<Tag> readTags(const Library& library, std::istream& in, const std::s
     }
     return tags;
 }
+
+const Tag* findTag(const std::vector<Tag>& tags, const std::string& name)
+{
+    for (const Tag& tag : tags)
+        if (tag.name == name)
+            return &tag;
+    return nullptr;
+}

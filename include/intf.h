@@ -83,9 +83,10 @@ DOV417_EXPORT void intf_getProtocolType(int* type);
 
 /**
  * @brief Default line parameters, name and register names.
- * @param[out] parameter receives "0,38400,8,EVEN,1,0,1,ADDRESS,8000,dov417modbus,I_bit,...,C",
- * whatever it held: 21 items joined by commas, in this order: 0; baud rate, data bits, parity, stop
- * bits; 0; 1; default network address and port; protocol name; the eleven register names.
+ * @param[out] parameter receives, whatever it held,
+ * "0,38400,8,EVEN,1,0,1,192.168.1.10,8000,dov417modbus,I_bit,...,C": 21 items joined by commas, in
+ * this order: 0; baud rate, data bits, parity, stop bits; 0; 1; default network address and port;
+ * protocol name; the eleven register names.
  */
 DOV417_EXPORT void intf_getDriverParameter(QString& parameter);
 
@@ -150,11 +151,14 @@ DOV417_EXPORT int intf_initProperty(unsigned char* hostBlock, int hostArg2,
  * Changes no state of the driver.
  *
  * @param regName     register type name.
- * @param text        address text in the type's format: "100", "12.5".
+ * @param text        address text in the type's format: "100", "12.5". Bit numbers above 15 and
+ * signs are taken as they stand ("0.16" is bit 0 of word 1, "1.-5" bit 11 of word 0), and words
+ * from 2^28 on go round: an editor that wants exact texts compares with the value.
  * @param[in,out] address receives the address value when the text converts, also when it is out of
  * range; 0 when it does not convert (left alone for the word.bit form); else left alone. Null: the
  * check is made all the same.
- * @param length      units from the address on ("R_D": 1 for a value on its own).
+ * @param length      units from the address on, 1 or more ("R_D": 1 for a value on its own); a
+ * smaller one is not refused.
  * @param wordFlag    0: a bit item, else a word item.
  * @return a ::CheckCode (0 to 4). An unknown name gives 3, or 2 when the value that `*address`
  * already holds is below 0 or its sum with `length` above 1.
@@ -202,7 +206,8 @@ DOV417_EXPORT int intf_getRegDiscription(QString regName, QStringList* list);
  * The lowest address is not checked; addresses above the highest become the highest.
  *
  * @param regName   register type name.
- * @param start     first address value (a bit number for bit types).
+ * @param start     first address value, 0 or more (a bit number for bit types). Below 0 the texts
+ * are no addresses, as numbers in them are unsigned.
  * @param count     number of copies; below 1: none.
  * @param step      distance of two copies; -1: one 16-bit unit, -2: one 32-bit value; below 1: 1.
  * @param[out] texts     address texts, appended.
@@ -224,8 +229,10 @@ DOV417_EXPORT int intf_multiCopy(QString regName, int start, int count, int step
  * name or station 0 yields a request that is never framed and holds up those behind it: check
  * addresses first. Writes two debug lines a key and one a request.
  *
- * @param keys the host's addresses: `stationNo` 1 to 247, `regName`, `address`, `length`; all other
- * fields are without effect. Any number, in any order; unchanged. Empty: nothing is read any more.
+ * @param keys the host's addresses: `stationNo` 1 to 247, `regName`, `address`, `length` 1 or more;
+ * all other fields are without effect. A length below 1 is planned as it stands: its request asks
+ * for a number of words that no controller answers, and `replyLength` may be negative. Any number,
+ * in any order; unchanged. Empty: nothing is read any more.
  * @return number of read requests in the plan.
  */
 DOV417_EXPORT int intf_addrMerge(QList<KEY_ADDRESS>& keys);
@@ -252,8 +259,8 @@ DOV417_EXPORT int intf_addConditionRead(KEY_ADDRESS& key, int kind);
  * block only after records were taken.
  *
  * @param records addresses and buffer places, copied; those whose `linkId` is not the driver's tag
- * are ignored. Keep each within 128 units: pieces cut from a longer record all carry its own buffer
- * offset.
+ * are ignored. Keep each to 1 to 128 units: pieces cut from a longer record all carry its own
+ * buffer offset.
  * @return number of records taken.
  */
 DOV417_EXPORT int intf_setRcpAddress(QVector<_RCP_VAR_PRO>& records);
@@ -265,9 +272,10 @@ DOV417_EXPORT int intf_setRcpAddress(QVector<_RCP_VAR_PRO>& records);
 /**
  * @brief What to transmit next. The same frame is handed out until it is answered or abandoned.
  *
- * In this order: handshake; recipe download; recipe upload; writes, at most 10 in a row; condition
- * reads, while fewer than 3 writes or condition reads went since the last cyclic read; cyclic reads
- * in turn.
+ * In this order: handshake (a frame of 0 bytes that awaits none, for as long as the host holds
+ * `driver.handshakeRequest` at another value than 0; no controller of this family needs it); recipe
+ * download; recipe upload; writes, at most 10 in a row; condition reads, while fewer than 3 writes
+ * or condition reads went since the last cyclic read; cyclic reads in turn.
  *
  * @param[out] frame the host's; all of it is filled when the result is 1, nothing when it is 0.
  * Null: the frame is made and kept for the next call.
@@ -326,11 +334,12 @@ DOV417_EXPORT int intf_getData(int station, QString regName, int address, int le
  * concerned: `driver.mutex` guards the removal of its head. The cache is not locked: such a host
  * keeps its own calls apart, as for every other function. Not from within the callback.
  *
- * @param station  station number; 0 is the broadcast, which nobody answers (not for "R_bit": never
- * framed, and it holds up the writes behind it).
+ * @param station  station number, 0 to 247, of which the low 8 bits go out; 0 is the broadcast,
+ * which nobody answers (not for "R_bit": never framed, and it holds up the writes behind it).
  * @param regName  register type name.
  * @param address  bit number for bit types, else word number.
- * @param length   bits for bit types, else 16-bit words. At most 1024 bits or 512 words; cut into
+ * @param length   bits for bit types, else 16-bit words. At most 1024 bits or 512 words; 0 is
+ * queued as a write of nothing, which controllers refuse; below 0 nothing is queued. Cut into
  * pieces of at most the merge gap (8 times that for bits). Write bits of "I_bit", "Q_bit" and
  * "M_bit" one at a time: a run of them goes out without its area's base address.
  * @param data     one byte a bit (1 = set), or two bytes a word, low byte first; copied.

@@ -12,6 +12,7 @@
 #include "protocol.h"
 #include "send_scheduling.h"
 #include "unit_index.h"
+#include "weight_order.h"
 #include "wrap.h"
 
 namespace {
@@ -92,36 +93,12 @@ Run runOf(const KEY_ADDRESS& key, int opener)
     return run;
 }
 
-struct WeightedRun {
-    unsigned int weight;
-    Run run;
-};
-
-bool isLighter(const WeightedRun& a, const WeightedRun& b)
+QVector<Run> normalisedRuns(const QList<KEY_ADDRESS>& keys, int mode)
 {
-    return a.weight < b.weight;
-}
-
-// Equal weights keep their order.
-void sortRuns(QVector<Run>& runs)
-{
-    QVector<WeightedRun> weighted(runs.size());
-    for (int i = 0; i < runs.size(); ++i) {
-        const Run& run = runs.at(i);
-        weighted[i].weight = static_cast<unsigned int>(
-            getRegAddressWeight(run.stationNo, run.regName, run.address, run.length));
-        weighted[i].run = run;
-    }
-    std::stable_sort(weighted.begin(), weighted.end(), isLighter);
-    for (int i = 0; i < runs.size(); ++i) {
-        runs[i] = weighted.at(i).run;
-    }
-}
-
-void normaliseRuns(QVector<Run>& runs, int mode)
-{
-    for (int i = 0; i < runs.size(); ++i) {
-        Run& run = runs[i];
+    QVector<Run> runs;
+    runs.reserve(keys.size());
+    for (int i = 0; i < keys.size(); ++i) {
+        Run run = runOf(keys.at(i), i);
         const int index = indexOfName(run.regName);
         if (index >= 0) {
             normalise(run, registerType(index), mode);
@@ -129,30 +106,21 @@ void normaliseRuns(QVector<Run>& runs, int mode)
         if (mode == mergeCyclic) {
             debugLine("step0", i, run.regName, run.address, run.length);
         }
+        runs.append(run);
     }
+    return runs;
 }
 
 QVector<Run> planCyclic(const QList<KEY_ADDRESS>& keys)
 {
-    QVector<Run> runs;
-    runs.reserve(keys.size());
-    for (int i = 0; i < keys.size(); ++i) {
-        runs.append(runOf(keys.at(i), i));
-    }
-    normaliseRuns(runs, mergeCyclic);
-    sortRuns(runs);
+    QVector<Run> runs = normalisedRuns(keys, mergeCyclic);
+    sortByWeight(runs);
     return joinRuns(joinRuns(runs, 0, 0), driver.mergeGap, 0);
 }
 
 QVector<Run> planRecipe(const QList<KEY_ADDRESS>& keys)
 {
-    QVector<Run> runs;
-    runs.reserve(keys.size());
-    for (int i = 0; i < keys.size(); ++i) {
-        runs.append(runOf(keys.at(i), i));
-    }
-    normaliseRuns(runs, mergeRecipe);
-    return joinRuns(runs, 0, &driver.groupStarts);
+    return joinRuns(normalisedRuns(keys, mergeRecipe), 0, &driver.groupStarts);
 }
 
 } // namespace

@@ -9,35 +9,10 @@
 #include "frame_building.h"
 #include "intf.h"
 #include "protocol.h"
+#include "weight_order.h"
 #include "wrap.h"
 
 namespace {
-
-struct WeightedRecord {
-    unsigned int weight;
-    _RCP_VAR_PRO record;
-};
-
-bool isLighter(const WeightedRecord& a, const WeightedRecord& b)
-{
-    return a.weight < b.weight;
-}
-
-// Equal weights keep their order.
-void sortRecords(QVector<_RCP_VAR_PRO>& records)
-{
-    QVector<WeightedRecord> weighted(records.size());
-    for (int i = 0; i < records.size(); ++i) {
-        const _RCP_VAR_PRO& record = records.at(i);
-        weighted[i].weight = static_cast<unsigned int>(
-            getRegAddressWeight(record.stationNo, record.regName, record.address, 1));
-        weighted[i].record = record;
-    }
-    std::stable_sort(weighted.begin(), weighted.end(), isLighter);
-    for (int i = 0; i < records.size(); ++i) {
-        records[i] = weighted.at(i).record;
-    }
-}
 
 QVector<Run> recipeRuns(int from, int to)
 {
@@ -114,7 +89,7 @@ int intf_setRcpAddress(QVector<_RCP_VAR_PRO>& records)
             driver.recipeVars.append(handed.at(i));
         }
     }
-    sortRecords(driver.recipeVars);
+    sortByWeight(driver.recipeVars);
     driver.groupStarts.clear();
     driver.recipeRequests.clear();
     const QVector<Run> runs =
