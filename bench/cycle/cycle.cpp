@@ -27,13 +27,14 @@ Cycle cycleOf(int argc, char** argv)
 void runCycle(const Cycle& cycle, const std::function<void(const Request&)>& read)
 {
     using Clock = std::chrono::steady_clock;
-    const auto end = Clock::now() + std::chrono::seconds(cycle.seconds);
+    const auto begun = Clock::now();
+    std::chrono::duration<double> elapsed = {};
     long transactions = 0;
-    while (Clock::now() < end) {
+    for (; elapsed.count() < cycle.seconds; elapsed = Clock::now() - begun) {
         for (const Request& request : cycle.requests) {
             read(request);
             ++transactions;
         }
     }
-    std::printf("%ld\n", transactions);
+    std::printf("%f\n", static_cast<double>(transactions) / elapsed.count());
 }

@@ -1,4 +1,4 @@
-// What the clients of bench/line-use share: the same requests over and over for a time.
+// What the polling clients of bench/side-by-side share: the same requests over and over for a time.
 #ifndef DOV417_BENCH_CYCLE_H
 #define DOV417_BENCH_CYCLE_H
 
@@ -21,7 +21,7 @@ struct Cycle {
 // PORT SILENCE SECONDS FUNCTION:FIRST:COUNT...; ends the program when it is anything else.
 Cycle cycleOf(int argc, char** argv);
 
-// Runs the requests until the time is over and prints the number of transactions. `read` ends the
+// Runs the requests until the time is over and prints the transactions a second. `read` ends the
 // program when one fails.
 void runCycle(const Cycle& cycle, const std::function<void(const Request&)>& read);
 
