@@ -1,16 +1,16 @@
-# What fuzz/run and fuzz/check share: the targets, how they are built, how one is run. Sourced from
-# the project's root, after cmake/steps.sh.
+# What fuzz/run, fuzz/check and fuzz/coverage share: the targets, how they are built, how one is run.
+# Sourced from the project's root, after cmake/steps.sh.
 
 fuzz_packages="clang-14 libclang-rt-14-dev g++ cmake ninja-build qtbase5-dev"
 fuzz_targets="reply driver planning address_text frames"
 fuzz_build=build/fuzz
 
-build_fuzz_targets() {
+build_fuzz_targets() { # OPTION...
   # shellcheck disable=SC2086 # a list of names
   need_packages $fuzz_packages
   configure "$fuzz_build" -DCMAKE_CXX_COMPILER=clang++-14 -DCMAKE_BUILD_TYPE=RelWithDebInfo \
     -DCMAKE_CXX_FLAGS_RELWITHDEBINFO="-O2 -g1" -DDOV417_FUZZ=ON -DDOV417_TOOLS=OFF \
-    -DDOV417_TESTS=OFF
+    -DDOV417_TESTS=OFF "$@"
   quietly cmake --build "$fuzz_build" --target fuzz_all
 }
 
