@@ -45,7 +45,7 @@ endif()
 # A host by way of the CMake package ...
 run(${CMAKE_COMMAND} -S ${SOURCE}/examples -B ${host} -G Ninja
   -DCMAKE_TOOLCHAIN_FILE=${CMAKE_TOOLCHAIN_FILE} -DDOV417_SYSROOT=${SYSROOT}
-  -DCMAKE_CXX_COMPILER=${CXX} -DQT_QMAKE_EXECUTABLE=${QMAKE}
+  -DCMAKE_CXX_COMPILER=${CXX} -DCMAKE_CXX_FLAGS=-fPIC -DQT_QMAKE_EXECUTABLE=${QMAKE}
   -Ddov417modbus_DIR=${root}${PREFIX}/${LIBDIR}/cmake/dov417modbus)
 run(${CMAKE_COMMAND} --build ${host})
 separate_arguments(EMULATOR UNIX_COMMAND "${EMULATOR}")
