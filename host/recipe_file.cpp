@@ -65,7 +65,7 @@ Format formatOf(const std::string& text, Format format)
 std::string exactText(const Item& item, const unsigned char* bytes)
 {
     const Width width = item.address.width;
-    const std::string text = valueTexts(width, item.format, bytes, 1).front();
+    std::string text = valueTexts(width, item.format, bytes, 1).front();
     try {
         const auto again = valueBytes(width, formatOf(text, item.format), {text});
         if (std::equal(again.begin(), again.end(), bytes))
@@ -76,31 +76,35 @@ std::string exactText(const Item& item, const unsigned char* bytes)
     return valueTexts(width, formatOf("0x", item.format), bytes, 1).front();
 }
 
+RecipeEntry entryOf(const Item& item, const Json& values)
+{
+    const std::vector<std::string> texts = textsOf(values);
+    const std::size_t wanted = static_cast<std::size_t>(valueCount(item.address));
+    if (texts.size() != wanted)
+        throw UsageFailure(std::to_string(wanted) +
+                           (wanted == 1 ? " value is needed, " : " values are needed, ") +
+                           std::to_string(texts.size()) + " given");
+    RecipeEntry entry{item, {}};
+    for (const std::string& text : texts) {
+        const auto bytes = valueBytes(item.address.width, formatOf(text, item.format), {text});
+        entry.data.insert(entry.data.end(), bytes.begin(), bytes.end());
+    }
+    return entry;
+}
+
 } // namespace
 
 std::vector<RecipeEntry> readRecipe(const std::string& file, const Items& items)
 {
     std::vector<RecipeEntry> entries;
+    const std::string inFile = file + ": ";
     const Json json = parseFile(file);
     for (const auto& [name, values] : json.items()) {
-        RecipeEntry entry;
         try {
-            entry.item = items.find(name, Access::read);
-            const std::vector<std::string> texts = textsOf(values);
-            const std::size_t wanted = static_cast<std::size_t>(valueCount(entry.item.address));
-            if (texts.size() != wanted)
-                throw UsageFailure(std::to_string(wanted) +
-                                   (wanted == 1 ? " value is needed, " : " values are needed, ") +
-                                   std::to_string(texts.size()) + " given");
-            for (const std::string& text : texts) {
-                const auto bytes =
-                    valueBytes(entry.item.address.width, formatOf(text, entry.item.format), {text});
-                entry.data.insert(entry.data.end(), bytes.begin(), bytes.end());
-            }
+            entries.push_back(entryOf(items.find(name, Access::read), values));
         } catch (const UsageFailure& failure) {
-            throw UsageFailure(file + ": " + name + ": " + failure.what());
+            throw UsageFailure(inFile + name + ": " + failure.what());
         }
-        entries.push_back(entry);
     }
     return entries;
 }
