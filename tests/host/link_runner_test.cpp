@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 
+#include "exchange.h"
 #include "loaded_library.h"
 #include "pty_slave.h"
 
@@ -14,8 +15,6 @@ using std::chrono::milliseconds;
 using std::chrono::minutes;
 
 // R_W:10 of station 1 is register 0x050A; it holds 42.
-const char* const request = "0103050A0001A4C4";
-const char* const reply = "010302002A399B";
 const char* const garbledReply = "010302002A0000";
 const char* const shortReply = "01030200";
 const char* const illegalAddress = "018302C0F1";
@@ -103,7 +102,7 @@ TEST_F(RunnerOnALine, BadRepliesAreCountedByTheirKind)
                 {illegalAddress},
                 {illegalValue},
                 {illegalValue},
-                {reply}});
+                {readReply}});
     pollOneWord(20);
     ASSERT_TRUE(waitUntil([this]() { return settled.has_value(); }));
     EXPECT_EQ(*settled, replyAccepted);
@@ -137,7 +136,7 @@ TEST_F(RunnerOnALine, SilenceIsCountedUntilTheRequestIsGivenUp)
 
 TEST_F(RunnerOnALine, BytesThatWereNoReplyAreCountedAndTold)
 {
-    answerWith({{otherStation, reply}});
+    answerWith({{otherStation, readReply}});
     pollOneWord(3);
     ASSERT_TRUE(waitUntil([this]() { return settled.has_value(); }));
     EXPECT_THAT(strays, ::testing::Not(::testing::IsEmpty()));
@@ -156,10 +155,10 @@ TEST_F(RunnerOnALine, APortThatGoesIsOneLossHoweverLongItStaysAway)
     ASSERT_TRUE(waitUntil([this]() { return ports.size() == 3; }));
     EXPECT_EQ(runner->statistics().state, LinkState::portClosed);
     EXPECT_EQ(runner->statistics().portLosses, 1);
-    answerWith({{reply}});
+    answerWith({{readReply}});
     slave.plug();
     ASSERT_TRUE(waitUntil([this]() { return settled.has_value(); }));
-    EXPECT_EQ(received, QByteArray::fromHex(request)) << "the same request again";
+    EXPECT_EQ(received, QByteArray::fromHex(readRequest)) << "the same request again";
     EXPECT_EQ(runner->statistics().portLosses, 1);
 }
 

@@ -2,16 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include "exchange.h"
+
 namespace {
 
-QByteArray hex(const char* text)
-{
-    return QByteArray::fromHex(text);
-}
-
-// Station 1 is asked for one register; it holds 42.
-const char* const readRequest = "0103050A0001A4C4";
-const char* const readReply = "010302002A399B";
 constexpr int readReplyLength = 7;
 
 // Coil 0x0805 of station 1 is set: the reply repeats the request.

@@ -8,6 +8,7 @@
 #include <sys/file.h>
 #include <unistd.h>
 
+#include "exchange.h"
 #include "pty_slave.h"
 
 namespace {
@@ -17,11 +18,6 @@ using std::chrono::minutes;
 
 // Far beyond the patience of a test: what waits for it fails.
 constexpr Micros forEver = minutes(10);
-
-QByteArray hex(const char* text)
-{
-    return QByteArray::fromHex(text);
-}
 
 // Registers 0x050A and 0x050B of station 1, one each; they hold 42 and 43.
 const char* const firstRead = "0103050A0001A4C4";

@@ -6,8 +6,6 @@
 
 namespace {
 
-const int million = 1000000;
-
 TEST(RegisterIndex, IsThePlaceInTheTable)
 {
     const char* const names[] = {"I_bit", "Q_bit", "M_bit", "R_bit", "I_W", "Q_W",
@@ -132,8 +130,6 @@ TEST(TextOfBitAddress, ReadsBackAsTheSameAddress)
         ASSERT_EQ(addr_str2int(addr_int2str(address, name("R_bit")), name("R_bit")), address);
     }
 }
-
-const int untouched = 4711;
 
 TEST(AddressOfText, FollowsTheFormatsRadix)
 {

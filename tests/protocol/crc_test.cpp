@@ -9,7 +9,7 @@ namespace {
 const int interestingLengths[] = {0,  1,  2,  3,  4,   7,   8,   9,   15,  16,
                                   17, 31, 33, 64, 255, 256, 257, 261, 1024};
 
-QByteArray someBytes(int length, unsigned int seed)
+QByteArray arbitraryBytes(int length, unsigned int seed)
 {
     QByteArray bytes;
     unsigned int state = seed;
@@ -85,7 +85,7 @@ TEST(Crc, OfEveryLengthAgreesWithTheBitwiseRule)
 {
     for (int length : interestingLengths) {
         for (unsigned int seed = 1; seed <= 8; ++seed) {
-            QByteArray bytes = someBytes(length, seed);
+            QByteArray bytes = arbitraryBytes(length, seed);
             const std::string expected = bitwise(bytes);
             EXPECT_EQ(
                 lowByteFirst(computate_check(raw(bytes), static_cast<unsigned short>(length))),
@@ -99,7 +99,7 @@ TEST(Crc, OfEveryLengthAgreesWithTheBitwiseRule)
 
 TEST(Crc, StartsAtAnyAddressOfTheBuffer)
 {
-    QByteArray bytes = someBytes(300, 5);
+    QByteArray bytes = arbitraryBytes(300, 5);
     for (int start = 0; start < 9; ++start) {
         EXPECT_EQ(lowByteFirst(crcOf(raw(bytes) + start, 261)), bitwise(bytes.mid(start, 261)))
             << start;
@@ -108,19 +108,19 @@ TEST(Crc, StartsAtAnyAddressOfTheBuffer)
 
 TEST(Crc, CoversTheLongestLengthThatItsArgumentTells)
 {
-    QByteArray bytes = someBytes(65535, 3);
+    QByteArray bytes = arbitraryBytes(65535, 3);
     EXPECT_EQ(lowByteFirst(computate_check(raw(bytes), 65535)), bitwise(bytes));
 }
 
 TEST(Crc, OfConstBytesHasNoLimitAt16Bits)
 {
-    QByteArray bytes = someBytes(70000, 4);
+    QByteArray bytes = arbitraryBytes(70000, 4);
     EXPECT_EQ(lowByteFirst(crcOf(raw(bytes), 70000)), bitwise(bytes));
 }
 
 TEST(Crc, ReadsTheBytesAndLeavesThem)
 {
-    QByteArray bytes = someBytes(261, 9);
+    QByteArray bytes = arbitraryBytes(261, 9);
     const std::string before = toHex(bytes);
     computate_check(raw(bytes), 261);
     EXPECT_EQ(toHex(bytes), before);
@@ -135,7 +135,7 @@ TEST(Crc, AppendedTouchesNothingButItsTwoBytes)
 
 TEST(Crc, ChangesWithEveryFlippedBit)
 {
-    QByteArray bytes = someBytes(64, 11);
+    QByteArray bytes = arbitraryBytes(64, 11);
     const int whole = crcOf(raw(bytes), 64);
     for (int bit = 0; bit < 64 * 8; ++bit) {
         QByteArray flipped = bytes;

@@ -7,7 +7,7 @@
 
 namespace {
 
-struct Row {
+struct ManualRow {
     const char* name;
     const char* fields[rangeFieldCount];
     int functionCode;
@@ -19,7 +19,7 @@ struct Row {
 };
 
 // What the controller's manual says.
-const Row manual[registerTypeCount] = {
+const ManualRow manual[registerTypeCount] = {
     {"I_bit", {"DDD.DD", "0.0", "127.15", "1", "RW", "16", "0"}, 1, 0x0000, "I", 1, 0, true},
     {"Q_bit", {"DDD.DD", "0.0", "127.15", "1", "RW", "16", "0"}, 1, 0x0800, "Q", 1, 0, true},
     {"M_bit", {"DDD.DD", "0.0", "127.15", "1", "RW", "16", "0"}, 1, 0x1000, "M", 1, 0, true},

@@ -6,9 +6,6 @@
 
 namespace {
 
-const int untouched = 4711;
-const int million = 1000000;
-
 struct Asked {
     const char* regName;
     const char* text;

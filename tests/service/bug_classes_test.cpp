@@ -7,15 +7,6 @@
 
 namespace {
 
-std::string repeated(const char* text, int count)
-{
-    std::string all;
-    for (int i = 0; i < count; ++i) {
-        all += text;
-    }
-    return all;
-}
-
 class BugClasses : public DriverTest {
 protected:
     ~BugClasses() override

@@ -34,7 +34,7 @@ const Units fours5to12 = {"X5 views 8", "X6 views 16",  "X7 views 32",  "X8 view
                           "X9 views 8", "X10 views 16", "X11 views 32", "X12 views 64"};
 const Units bits14to17 = {"X0 bits C000", "X1 bits 0003"};
 const Units bits6to9 = {"X0 bits 00C0", "X1 bits 0003"};
-const Units none = {};
+const Units noRecords = {};
 
 class GenericMarking : public CacheTest, public ::testing::WithParamInterface<MarkRow> {};
 
@@ -78,13 +78,13 @@ const MarkRow markRows[] = {
     {"Data32Unit1", "X_D", "32", "1", 5, 4, own5to6},
     {"Data32Unit24", "X_D", "32", "24", 5, 4, own5to6},
     {"Data32Unit32Odd", "X_D", "32", "32", 5, 3, own5},
-    {"Data32Unit32OddOne", "X_D", "32", "32", 5, 1, none},
+    {"Data32Unit32OddOne", "X_D", "32", "32", 5, 1, noRecords},
     {"Data32Unit16", "X_D", "32", "16", 5, 4, pairs5to8},
     {"Data32Unit16Odd", "X_D", "32", "16", 5, 3, pair5},
-    {"Data32Unit16OddOne", "X_D", "32", "16", 5, 1, none},
+    {"Data32Unit16OddOne", "X_D", "32", "16", 5, 1, noRecords},
     {"Data32Unit8", "X_D", "32", "8", 5, 4, fours5to12},
     {"Data32Unit8Odd", "X_D", "32", "8", 5, 3, four5to8},
-    {"Data32Unit8OddOne", "X_D", "32", "8", 5, 1, none},
+    {"Data32Unit8OddOne", "X_D", "32", "8", 5, 1, noRecords},
     {"Data32NamedBit", "X_bit", "32", "16", 5, 4, pairs5to8},
     {"Data8Unit8", "X_B", "8", "8", 5, 2, own5to6},
     {"Data8Unit16", "X_B", "8", "16", 5, 2, own5to6},
@@ -97,17 +97,17 @@ const MarkRow markRows[] = {
     {"Data1Suffixed", "X_Y", "1", "16", 5, 2, own5to6},
     {"Data1BitUnit16", "X_bit", "1", "16", 14, 4, bits14to17},
     {"Data1BitUnit8", "X_bit", "1", "8", 6, 4, bits6to9},
-    {"Data1BitUnit32", "X_bit", "1", "32", 6, 4, none},
-    {"Data1BitUnit1", "X_bit", "1", "1", 6, 4, none},
+    {"Data1BitUnit32", "X_bit", "1", "32", 6, 4, noRecords},
+    {"Data1BitUnit1", "X_bit", "1", "1", 6, 4, noRecords},
     {"Data8BitUnit16", "X_bit", "8", "16", 14, 4, bits14to17},
     {"Data8BitUnit8", "X_bit", "8", "8", 6, 4, bits6to9},
-    {"Data8BitUnit32", "X_bit", "8", "32", 6, 4, none},
-    {"Data8BitUnit1", "X_bit", "8", "1", 6, 4, none},
+    {"Data8BitUnit32", "X_bit", "8", "32", 6, 4, noRecords},
+    {"Data8BitUnit1", "X_bit", "8", "1", 6, 4, noRecords},
     {"Data1BitAnywhereInTheName", "X_bits", "1", "16", 14, 4, bits14to17},
-    {"Data64Unit16", "X_L", "64", "16", 5, 4, none},
-    {"Data64Unit8", "X_L", "64", "8", 5, 4, none},
-    {"Data64NamedBit", "X_bit", "64", "16", 5, 4, none},
-    {"DataNoNumber", "X_L", "", "16", 5, 4, none},
+    {"Data64Unit16", "X_L", "64", "16", 5, 4, noRecords},
+    {"Data64Unit8", "X_L", "64", "8", 5, 4, noRecords},
+    {"Data64NamedBit", "X_bit", "64", "16", 5, 4, noRecords},
+    {"DataNoNumber", "X_L", "", "16", 5, 4, noRecords},
 };
 
 INSTANTIATE_TEST_SUITE_P(Rows, GenericMarking, ::testing::ValuesIn(markRows),

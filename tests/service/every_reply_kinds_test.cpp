@@ -2,16 +2,6 @@
 
 namespace {
 
-std::string repeated(const char* text, int count)
-{
-    std::string all;
-    for (int i = 0; i < count; ++i) {
-        all += i == 0 ? "" : " ";
-        all += text;
-    }
-    return all;
-}
-
 Notices wordsChanged(const char* regName, int first, int count)
 {
     Notices all;

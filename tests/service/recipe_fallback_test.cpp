@@ -7,8 +7,6 @@ using ::testing::ElementsAre;
 
 namespace {
 
-const std::string cyclicRead = frame("01 03 05 64 00 01"); // "R_W" 100
-
 class RecipeFlagWithoutRequests : public DriverTest, public ::testing::WithParamInterface<int> {
 protected:
     RecipeFlagWithoutRequests()

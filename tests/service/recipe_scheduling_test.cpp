@@ -24,8 +24,6 @@ protected:
     }
 };
 
-const std::string cyclicRead = frame("01 03 05 64 00 01"); // "R_W" 100
-
 // Downloads.
 
 TEST_F(RecipeScheduling, ADownloadSendsEachRequestAndThenClearsItsFlag)

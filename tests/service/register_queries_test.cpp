@@ -7,8 +7,6 @@
 
 namespace {
 
-const int untouched = 4711;
-
 std::string joined(const QStringList& list)
 {
     return text(list.join(QLatin1String(",")));

@@ -35,7 +35,6 @@ protected:
     }
 };
 
-const std::string cyclicRead = frame("01 03 05 64 00 01");  // "R_W" 100
 const std::string recipeWrite = frame("01 06 05 C8 12 34"); // "R_W" 200
 const std::string recipeRead = frame("01 03 05 C8 00 01");
 
@@ -112,12 +111,12 @@ TEST_F(SendScheduling, APollWithoutARecordPreparesTheFrameAllTheSame)
 
 TEST_F(SendScheduling, APollThatHasNothingLeavesTheHostsRecordAlone)
 {
-    FRAME_PRO untouched = FRAME_PRO();
-    untouched.sendLength = 55;
-    untouched.frame[0] = 0xEE;
-    EXPECT_EQ(intf_getSendFrame(&untouched), 0);
-    EXPECT_EQ(untouched.sendLength, 55);
-    EXPECT_EQ(untouched.frame[0], 0xEE);
+    FRAME_PRO notFilled = FRAME_PRO();
+    notFilled.sendLength = 55;
+    notFilled.frame[0] = 0xEE;
+    EXPECT_EQ(intf_getSendFrame(&notFilled), 0);
+    EXPECT_EQ(notFilled.sendLength, 55);
+    EXPECT_EQ(notFilled.frame[0], 0xEE);
 }
 
 // Priorities.

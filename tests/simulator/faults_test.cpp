@@ -10,8 +10,8 @@
 namespace simulator {
 namespace {
 
-const char* const request = "01 03 05 0A 00 01 A4 C4";
-const char* const reply = "01 03 02 12 34 B5 33";
+const char* const oneRead = "01 03 05 0A 00 01 A4 C4";
+const char* const oneReply = "01 03 02 12 34 B5 33";
 
 FaultRule ruleOf(const char* text)
 {
@@ -28,7 +28,7 @@ Faults faultsOf(std::initializer_list<const char*> rules, std::uint32_t seed = 1
 
 Transmission once(std::initializer_list<const char*> rules, std::uint32_t seed = 1)
 {
-    return faultsOf(rules, seed).apply(bytesOf(request), bytesOf(reply));
+    return faultsOf(rules, seed).apply(bytesOf(oneRead), bytesOf(oneReply));
 }
 
 int differingBits(const QByteArray& a, const QByteArray& b)
@@ -95,9 +95,9 @@ TEST(FaultRule, IsRefusedWithAReasonWhereItIsNone)
 TEST(Faults, WithoutRulesLeaveEveryReplyAlone)
 {
     Faults faults;
-    const Transmission result = faults.apply(bytesOf(request), bytesOf(reply));
+    const Transmission result = faults.apply(bytesOf(oneRead), bytesOf(oneReply));
     ASSERT_EQ(result.pieces.size(), 1U);
-    EXPECT_EQ(hexOf(result.pieces[0].bytes), reply);
+    EXPECT_EQ(hexOf(result.pieces[0].bytes), oneReply);
     EXPECT_EQ(result.pieces[0].delayMs, 0);
     EXPECT_TRUE(result.echo.isEmpty());
     EXPECT_TRUE(result.faults.empty());
@@ -109,7 +109,7 @@ TEST(Faults, HitEveryNthReply)
     Faults faults = faultsOf({"silence=every:3"});
     std::string pattern;
     for (int i = 0; i < 9; ++i)
-        pattern += faults.apply(bytesOf(request), bytesOf(reply)).pieces.empty() ? 'x' : '.';
+        pattern += faults.apply(bytesOf(oneRead), bytesOf(oneReply)).pieces.empty() ? 'x' : '.';
     EXPECT_EQ(pattern, "..x..x..x");
     EXPECT_EQ(faults.replies(), 9U);
     EXPECT_EQ(faults.faulty(), 3U);
@@ -121,7 +121,7 @@ TEST(Faults, HitAboutTheShareThatWasAskedFor)
 {
     Faults faults = faultsOf({"silence=10%"});
     for (int i = 0; i < 10000; ++i)
-        faults.apply(bytesOf(request), bytesOf(reply));
+        faults.apply(bytesOf(oneRead), bytesOf(oneReply));
     EXPECT_GT(faults.count(FaultKind::silence), 900U); // 1000, deviation 30
     EXPECT_LT(faults.count(FaultKind::silence), 1100U);
 }
@@ -130,7 +130,7 @@ TEST(Faults, NeverHitAtNoneAndAlwaysAtAHundredPercent)
 {
     Faults faults = faultsOf({"silence=0%", "echo=100%"});
     for (int i = 0; i < 1000; ++i)
-        faults.apply(bytesOf(request), bytesOf(reply));
+        faults.apply(bytesOf(oneRead), bytesOf(oneReply));
     EXPECT_EQ(faults.count(FaultKind::silence), 0U);
     EXPECT_EQ(faults.count(FaultKind::echo), 1000U);
 }
@@ -138,7 +138,7 @@ TEST(Faults, NeverHitAtNoneAndAlwaysAtAHundredPercent)
 TEST(Faults, DoNotCountBroadcastsAsReplies)
 {
     Faults faults = faultsOf({"echo=every:1"});
-    const Transmission result = faults.apply(bytesOf(request), QByteArray());
+    const Transmission result = faults.apply(bytesOf(oneRead), QByteArray());
     EXPECT_TRUE(result.pieces.empty());
     EXPECT_TRUE(result.echo.isEmpty());
     EXPECT_EQ(faults.replies(), 0U);
@@ -149,7 +149,7 @@ std::string thousandReplies(std::uint32_t seed, std::initializer_list<const char
     Faults faults = faultsOf(rules, seed);
     std::string all;
     for (int i = 0; i < 1000; ++i) {
-        const Transmission result = faults.apply(bytesOf(request), bytesOf(reply));
+        const Transmission result = faults.apply(bytesOf(oneRead), bytesOf(oneReply));
         for (const Piece& piece : result.pieces)
             all += std::to_string(piece.delayMs) + ':' + hexOf(piece.bytes) + ' ';
         all += '\n';
@@ -173,7 +173,7 @@ TEST(Faults, AreTheSameOnEveryMachine)
     for (const char* expected :
          {"01 03 02 12 34 B5 33", "01 03 42 12 34 B5 33", "01 03 02 12 34 B5 33",
           "01 03 02 12 34 B5 B3", "01 03 02 12 34 B5 33", "01 03 02 12 34 B1 33"})
-        EXPECT_EQ(hexOf(faults.apply(bytesOf(request), bytesOf(reply)).bytes()), expected);
+        EXPECT_EQ(hexOf(faults.apply(bytesOf(oneRead), bytesOf(oneReply)).bytes()), expected);
 }
 
 TEST(Faults, OfOneRuleDoNotShiftThoseOfAnother)
@@ -181,8 +181,9 @@ TEST(Faults, OfOneRuleDoNotShiftThoseOfAnother)
     Faults alone = faultsOf({"silence=20%"}, 7);
     Faults together = faultsOf({"silence=20%", "flip:3=50%"}, 7);
     for (int i = 0; i < 500; ++i) {
-        const bool silentAlone = alone.apply(bytesOf(request), bytesOf(reply)).pieces.empty();
-        const bool silentTogether = together.apply(bytesOf(request), bytesOf(reply)).pieces.empty();
+        const bool silentAlone = alone.apply(bytesOf(oneRead), bytesOf(oneReply)).pieces.empty();
+        const bool silentTogether =
+            together.apply(bytesOf(oneRead), bytesOf(oneReply)).pieces.empty();
         EXPECT_EQ(silentAlone, silentTogether) << i;
     }
     EXPECT_GT(alone.count(FaultKind::silence), 0U);
@@ -204,7 +205,7 @@ TEST(EveryFault, FlipTurnsOverAsManyBitsAsAskedForAndTheCrcTells)
             const std::string rule = "flip:" + std::to_string(bits) + "=100%";
             const QByteArray bytes = once({rule.c_str()}, seed).bytes();
             ASSERT_EQ(bytes.size(), 7);
-            EXPECT_EQ(differingBits(bytes, bytesOf(reply)), bits);
+            EXPECT_EQ(differingBits(bytes, bytesOf(oneReply)), bits);
             EXPECT_FALSE(hasGoodCrc(bytes));
         }
     });
@@ -216,7 +217,7 @@ TEST(EveryFault, TruncateKeepsABeginning)
         const QByteArray bytes = once({"truncate=100%"}, seed).bytes();
         EXPECT_GE(bytes.size(), 1);
         EXPECT_LT(bytes.size(), 7);
-        EXPECT_TRUE(bytesOf(reply).startsWith(bytes));
+        EXPECT_TRUE(bytesOf(oneReply).startsWith(bytes));
     });
 }
 
@@ -226,7 +227,7 @@ TEST(EveryFault, ExtraAddsBytesBehind)
         const QByteArray bytes = once({"extra=100%"}, seed).bytes();
         EXPECT_GE(bytes.size(), 8);
         EXPECT_LE(bytes.size(), 11);
-        EXPECT_TRUE(bytes.startsWith(bytesOf(reply)));
+        EXPECT_TRUE(bytes.startsWith(bytesOf(oneReply)));
     });
 }
 
@@ -236,7 +237,7 @@ TEST(EveryFault, NoisePutsBytesInFront)
         const QByteArray bytes = once({"noise=100%"}, seed).bytes();
         EXPECT_GE(bytes.size(), 8);
         EXPECT_LE(bytes.size(), 11);
-        EXPECT_TRUE(bytes.endsWith(bytesOf(reply)));
+        EXPECT_TRUE(bytes.endsWith(bytesOf(oneReply)));
     });
 }
 
@@ -282,7 +283,7 @@ TEST(EveryFault, SlowPutsGapsBetweenPiecesOfTheReply)
         EXPECT_EQ(result.pieces[0].delayMs, 0);
         for (std::size_t i = 1; i < result.pieces.size(); ++i)
             EXPECT_EQ(result.pieces[i].delayMs, 20);
-        EXPECT_EQ(hexOf(result.bytes()), reply);
+        EXPECT_EQ(hexOf(result.bytes()), oneReply);
     });
 }
 
@@ -311,14 +312,14 @@ TEST(Faults, TakeTheAmountsOfTheirRules)
 TEST(Faults, ShowTheMasterItsOwnRequest)
 {
     const Transmission result = once({"echo=100%"});
-    EXPECT_EQ(hexOf(result.echo), request);
-    EXPECT_EQ(hexOf(result.bytes()), reply);
+    EXPECT_EQ(hexOf(result.echo), oneRead);
+    EXPECT_EQ(hexOf(result.bytes()), oneReply);
 }
 
 TEST(Faults, ActTogetherOnOneReply)
 {
     Faults faults = faultsOf({"late:40=100%", "station:2=100%", "extra:1=100%"});
-    const Transmission result = faults.apply(bytesOf(request), bytesOf(reply));
+    const Transmission result = faults.apply(bytesOf(oneRead), bytesOf(oneReply));
     EXPECT_EQ(hexOf(result.bytes().left(7)), "02 03 02 12 34 F1 33");
     EXPECT_EQ(result.bytes().size(), 8);
     EXPECT_EQ(result.pieces.at(0).delayMs, 40);
@@ -332,15 +333,15 @@ TEST(Faults, OfSilenceLeaveNothingButTheEcho)
 {
     const Transmission result = once({"silence=100%", "flip=100%", "echo=100%"});
     EXPECT_TRUE(result.pieces.empty());
-    EXPECT_EQ(hexOf(result.echo), request);
+    EXPECT_EQ(hexOf(result.echo), oneRead);
     EXPECT_EQ(result.faults, (std::vector<FaultKind>{FaultKind::echo, FaultKind::silence}));
 }
 
 TEST(Faults, OfOneKindActOncePerReply)
 {
     Faults faults = faultsOf({"flip=100%", "flip=100%"});
-    const Transmission result = faults.apply(bytesOf(request), bytesOf(reply));
-    EXPECT_EQ(differingBits(result.bytes(), bytesOf(reply)), 1);
+    const Transmission result = faults.apply(bytesOf(oneRead), bytesOf(oneReply));
+    EXPECT_EQ(differingBits(result.bytes(), bytesOf(oneReply)), 1);
     EXPECT_EQ(faults.count(FaultKind::flip), 1U);
     EXPECT_EQ(hexOf(once({"station:2=100%", "station:9=100%"}).bytes()), "02 03 02 12 34 F1 33");
 }

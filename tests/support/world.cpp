@@ -159,6 +159,18 @@ std::string frame(const char* bytes)
     return toHex(withCrc(bytes));
 }
 
+const std::string cyclicRead = frame("01 03 05 64 00 01");
+
+std::string repeated(const char* bytes, int count)
+{
+    std::string all;
+    for (int i = 0; i < count; ++i) {
+        all += i == 0 ? "" : " ";
+        all += bytes;
+    }
+    return all;
+}
+
 QByteArray goodReplyTo(const FRAME_PRO& frame)
 {
     if (frame.replyLength == 0) {

@@ -40,9 +40,13 @@ std::string frameHex(const FRAME_PRO& frame);
 
 // The frame of these bytes as poll() gives it: with its CRC.
 std::string frame(const char* bytes);
+extern const std::string cyclicRead; // of "R_W" 100
 // What a controller answers to a frame: zeros for a read, the echo for a write, nothing where none
 // is awaited.
 QByteArray goodReplyTo(const FRAME_PRO& frame);
+
+// "00 01" three times: "00 01 00 01 00 01".
+std::string repeated(const char* bytes, int count);
 
 std::string text(const QString& string);
 QString name(const char* latin1);
@@ -52,6 +56,11 @@ VARIABLE request(const char* regName, int address, int length, int station = 1,
                  const std::vector<int>& data = {});
 _RCP_VAR_PRO recipeRecord(int linkId, const char* regName, int address, int length, int bufOffset,
                           int station = 1);
+
+// What a result holds as long as nobody stores one.
+const int untouched = 4711;
+// Characters of a text that no host would hand in.
+const int million = 1000000;
 
 // The two hand-overs that take their argument by reference.
 int ask(KEY_ADDRESS wanted, int kind = 3);
