@@ -79,9 +79,10 @@ void queuePlainly(std::vector<Plain>& list, const Plain& wanted)
         return;
     }
     for (size_t i = list.size() - 1; i >= 1; --i) {
-        if (list[i].station == wanted.station && list[i].name == wanted.name &&
-            list[i].address == wanted.address && list[i].length == wanted.length) {
-            list[i] = wanted;
+        Plain& queued = list[i];
+        if (queued.address == wanted.address && queued.length == wanted.length &&
+            queued.station == wanted.station && queued.name == wanted.name) {
+            queued = wanted;
             return;
         }
     }
