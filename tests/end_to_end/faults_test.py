@@ -40,7 +40,7 @@ def held(word, register, address):
 class Faults(EndToEnd):
     def test_every_write_is_done_when_one_reply_in_ten_suffers(self):
         # All kinds side by side: each mostly waits for replies that do not come.
-        with concurrent.futures.ThreadPoolExecutor(max_workers=6) as pool:
+        with concurrent.futures.ThreadPoolExecutor(max_workers=len(KINDS)) as pool:
             tried = {kind: pool.submit(self.check_kind, kind) for kind in KINDS}
         for kind, outcome in tried.items():
             with self.subTest(kind):
