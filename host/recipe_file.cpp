@@ -1,14 +1,11 @@
 #include "recipe_file.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <fstream>
 #include <nlohmann/json.hpp>
-#include <sstream>
 
 #include "json_value.h"
 #include "replace_file.h"
+#include "text_file.h"
 
 namespace {
 
@@ -37,13 +34,10 @@ std::vector<std::string> textsOf(const Json& values)
 
 Json parseFile(const std::string& file)
 {
-    std::ifstream in(file);
-    std::ostringstream text;
-    if (!in || !(text << in.rdbuf()))
-        throw UsageFailure("cannot read " + file + ": " + std::strerror(errno));
+    const std::string text = contentOf(file, file);
     Json json;
     try {
-        json = Json::parse(text.str());
+        json = Json::parse(text);
     } catch (const Json::parse_error& error) {
         throw UsageFailure(file + ": " + error.what());
     }
@@ -79,11 +73,7 @@ std::string exactText(const Item& item, const unsigned char* bytes)
 RecipeEntry entryOf(const Item& item, const Json& values)
 {
     const std::vector<std::string> texts = textsOf(values);
-    const std::size_t wanted = static_cast<std::size_t>(valueCount(item.address));
-    if (texts.size() != wanted)
-        throw UsageFailure(std::to_string(wanted) +
-                           (wanted == 1 ? " value is needed, " : " values are needed, ") +
-                           std::to_string(texts.size()) + " given");
+    requireCount(valueCount(item.address), texts);
     RecipeEntry entry{item, {}};
     for (const std::string& text : texts) {
         const auto bytes = valueBytes(item.address.width, formatOf(text, item.format), {text});

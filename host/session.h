@@ -46,8 +46,8 @@ struct View {
 };
 
 struct SessionSettings {
-    int retries = 3; // bad or missing replies until the driver gives up
-    int gap = 20;    // words
+    int retries; // bad or missing replies until the driver gives up
+    int gap;     // words
 };
 
 // What became of a write or a single read, by its number.

@@ -1,13 +1,11 @@
 #include "tags.h"
 
 #include <array>
-#include <cerrno>
 #include <charconv>
-#include <cstring>
 #include <csv.h>
-#include <fstream>
 #include <map>
-#include <sstream>
+
+#include "text_file.h"
 
 namespace {
 
@@ -270,19 +268,11 @@ std::string withoutByteOrderMark(const std::string& text)
 
 std::vector<Tag> readTags(const Library& library, const std::string& file)
 {
-    std::ifstream in(file, std::ios::binary);
-    if (!in)
-        throw UsageFailure("cannot read the tag file " + file + ": " + std::strerror(errno));
-    return readTags(library, in, file);
+    return parseTags(library, contentOf(file, "the tag file " + file), file);
 }
 
-std::vector<Tag> readTags(const Library& library, std::istream& in, const std::string& file)
+std::vector<Tag> parseTags(const Library& library, const std::string& text, const std::string& file)
 {
-    std::ostringstream read;
-    errno = 0;
-    if (!(read << in.rdbuf()) && errno != 0)
-        throw UsageFailure("cannot read the tag file " + file + ": " + std::strerror(errno));
-    const std::string text = read.str();
     const std::vector<Row> rows = Parser().rows(withoutByteOrderMark(text), Place{file, 1});
     if (rows.empty())
         Place{file, 1}.refuse("the header is missing: name,station,register,address,count,format,"

@@ -3,7 +3,6 @@
 #ifndef DOV417_HOST_TAGS_H
 #define DOV417_HOST_TAGS_H
 
-#include <istream>
 #include <string>
 #include <vector>
 
@@ -22,9 +21,11 @@ struct Tag {
 // there. An empty station is 1, an empty count one value. Empty lines do not count. Throws a
 // UsageFailure that names file, line and column of the first mistake.
 std::vector<Tag> readTags(const Library& library, const std::string& file);
+// The same of the file's content; `file` names it in messages.
+std::vector<Tag> parseTags(const Library& library, const std::string& text,
+                           const std::string& file);
+
 // Null if there is none of that name.
 const Tag* findTag(const std::vector<Tag>& tags, const std::string& name);
-
-std::vector<Tag> readTags(const Library& library, std::istream& in, const std::string& file);
 
 #endif

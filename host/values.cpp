@@ -274,6 +274,14 @@ std::vector<std::string> valueTexts(Width width, const Format& format, const uns
     return texts;
 }
 
+void requireCount(int wanted, const std::vector<std::string>& values)
+{
+    if (values.size() != static_cast<std::size_t>(wanted))
+        throw UsageFailure(std::to_string(wanted) +
+                           (wanted == 1 ? " value is needed, " : " values are needed, ") +
+                           std::to_string(values.size()) + " given");
+}
+
 std::vector<unsigned char> valueBytes(Width width, const Format& format,
                                       const std::vector<std::string>& texts)
 {

@@ -57,6 +57,9 @@ int byteCount(Width width, int values);
 std::vector<std::string> valueTexts(Width width, const Format& format, const unsigned char* bytes,
                                     int values);
 
+// Throws a UsageFailure unless there are as many values as are wanted.
+void requireCount(int wanted, const std::vector<std::string>& values);
+
 // Bytes for intf_setData(). Throws a UsageFailure with the text and the range that it misses.
 std::vector<unsigned char> valueBytes(Width width, const Format& format,
                                       const std::vector<std::string>& texts);

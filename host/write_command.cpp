@@ -37,11 +37,8 @@ WriteTask parseAssignment(const Items& items, const std::string& text)
     WriteTask task;
     task.item = items.find(text.substr(0, equals), Access::write);
     const std::vector<std::string> values = splitAtCommas(text.substr(equals + 1));
-    const std::size_t wanted = static_cast<std::size_t>(valueCount(task.item.address));
-    if (values.size() != wanted)
-        throw UsageFailure(text + ": " + std::to_string(wanted) + " values are needed, " +
-                           std::to_string(values.size()) + " are given");
     try {
+        requireCount(valueCount(task.item.address), values);
         task.data = valueBytes(task.item.address.width, task.item.format, values);
     } catch (const UsageFailure& failure) {
         throw UsageFailure(task.item.name + ": " + failure.what());

@@ -12,6 +12,9 @@ namespace simulator {
 // tells why it failed.
 bool replaceFile(const QString& fileName, const QByteArray& content, QString* error);
 
+// Could it, as things stand? To be asked before there is anything to lose.
+bool mayReplaceFile(const QString& fileName, QString* error);
+
 } // namespace simulator
 
 #endif

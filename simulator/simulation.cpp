@@ -1,9 +1,9 @@
 #include "simulation.h"
 
-#include <QFileInfo>
 #include <algorithm>
 #include <cstdio>
 
+#include "replace_file.h"
 #include "set_load.h"
 
 namespace simulator {
@@ -96,13 +96,8 @@ bool Simulation::prepare(QString* error)
         m_plant.hold(range->station, range->area, range->firstWord(), range->lastWord());
     }
 
-    const QFileInfo dumpFolder(QFileInfo(m_options.dumpFile).absolutePath());
-    if (!m_options.dumpFile.isEmpty() && !(dumpFolder.isDir() && dumpFolder.isWritable())) {
-        if (error)
-            *error = QStringLiteral("%1: nothing can be written into its folder")
-                         .arg(m_options.dumpFile);
+    if (!m_options.dumpFile.isEmpty() && !mayReplaceFile(m_options.dumpFile, error))
         return false;
-    }
     if (m_options.logFile == QLatin1String("-")) {
         m_log.open(stdout, QIODevice::WriteOnly);
     } else if (!m_options.logFile.isEmpty()) {

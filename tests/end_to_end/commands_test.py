@@ -9,7 +9,7 @@ import signal
 import subprocess
 import unittest
 
-from harness import PATIENCE, TOOL, EndToEnd, run
+from harness import PATIENCE, TOOL, EndToEnd, as_somebody_else, run
 
 TAGS = """name,station,register,address,count,format,comment
 speed,1,R_W,200,1,,rpm
@@ -348,6 +348,17 @@ class SimulateAndDemo(EndToEnd):
         self.assertEqual(code, 0)
         self.assertIn("requests", out)
         self.assertFalse(os.path.lexists(controller.port))
+
+    def test_anybody_may_dump_into_a_device(self):
+        simulating = self.process(*as_somebody_else(TOOL, "simulate", "--dump", "/dev/null"))
+        simulating.wait_for("/dev/pts/")
+        code, _, err = simulating.interrupt()
+        self.assertEqual((code, err), (0, ""))
+
+    def test_what_no_dump_can_replace_is_refused_at_the_start(self):
+        for target, why in ((self.folder, "written there"),
+                            ("/no/such/folder/x", "written into its folder")):  # fmt: skip
+            self.assertIn(why, self.fails("simulate", "--dump", target))
 
     def test_a_wrong_fault_rule_is_explained(self):
         done = run("simulate", "--fault", "flop=10%")

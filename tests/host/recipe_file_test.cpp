@@ -88,6 +88,12 @@ TEST_F(RecipeFile, NamesTheTagOfAMistake)
     EXPECT_THAT(mistakeIn("[1]"), HasSubstr("a recipe is an object of tag names and values"));
 }
 
+TEST_F(RecipeFile, ThatIsEmptyIsNoRecipe)
+{
+    EXPECT_THAT(mistakeIn(""), HasSubstr("recipe.json: "));
+    EXPECT_THAT(mistakeIn(""), HasSubstr("unexpected end of input"));
+}
+
 TEST_F(RecipeFile, ThatIsAFolderCannotBeRead)
 {
     std::filesystem::create_directory(path("recipe.json"));

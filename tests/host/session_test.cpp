@@ -33,8 +33,8 @@ protected:
         };
         LineSettings line;
         line.device = slave.port();
-        session =
-            std::make_unique<Session>(library, SessionSettings(), line, events, RunnerEvents());
+        session = std::make_unique<Session>(library, SessionSettings{3, 20}, line, events,
+                                            RunnerEvents());
         slave.arrived = [this](const QByteArray& bytes) {
             received += bytes;
             slave.send(bytes);

@@ -15,8 +15,7 @@ class Tags : public LoadedLibrary {
 protected:
     std::vector<Tag> read(const std::string& text)
     {
-        std::istringstream in(text);
-        return readTags(library, in, "tags.csv");
+        return parseTags(library, text, "tags.csv");
     }
     std::string mistake(const std::string& text)
     {
