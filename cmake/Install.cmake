@@ -35,7 +35,7 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/dov417modbus.pc
 if(TARGET dov417)
   install(TARGETS dov417 RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tool)
   set(manual ${CMAKE_CURRENT_BINARY_DIR}/dov417.1)
-  configure_file(host/dov417.1 ${manual} @ONLY)
+  configure_file(tool/dov417.1 ${manual} @ONLY)
   add_custom_command(OUTPUT ${manual}.gz DEPENDS ${manual} VERBATIM
     COMMAND gzip --best --no-name --stdout ${manual} > ${manual}.gz)
   add_custom_target(dov417_manual ALL DEPENDS ${manual}.gz)

@@ -1,4 +1,4 @@
-#include "address_range.h"
+#include "simulator/address_range.h"
 
 #include <QStringList>
 

@@ -11,7 +11,7 @@
 #include <QString>
 #include <optional>
 
-#include "memory.h"
+#include "simulator/memory.h"
 
 namespace simulator {
 

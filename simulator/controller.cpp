@@ -1,6 +1,6 @@
-#include "controller.h"
+#include "simulator/controller.h"
 
-#include "crc16.h"
+#include "line/crc16.h"
 
 namespace simulator {
 

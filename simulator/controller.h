@@ -21,7 +21,7 @@
 #include <QByteArray>
 #include <QString>
 
-#include "memory.h"
+#include "simulator/memory.h"
 
 namespace simulator {
 

@@ -1,5 +1,5 @@
 // What a frame says by itself: length and its meaning in words.
-#include "controller.h"
+#include "simulator/controller.h"
 
 namespace simulator {
 

@@ -1,5 +1,5 @@
 // The written form of fault rules.
-#include "faults.h"
+#include "simulator/faults.h"
 
 namespace simulator {
 

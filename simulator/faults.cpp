@@ -1,11 +1,11 @@
-#include "faults.h"
+#include "simulator/faults.h"
 
 #include <algorithm>
 #include <iterator>
 #include <set>
 
-#include "controller.h"
-#include "crc16.h"
+#include "line/crc16.h"
+#include "simulator/controller.h"
 
 namespace simulator {
 

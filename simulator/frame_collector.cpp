@@ -1,9 +1,9 @@
-#include "frame_collector.h"
+#include "simulator/frame_collector.h"
 
 #include <utility>
 
-#include "controller.h"
-#include "crc16.h"
+#include "line/crc16.h"
+#include "simulator/controller.h"
 
 namespace simulator {
 

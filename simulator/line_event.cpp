@@ -1,4 +1,4 @@
-#include "line_event.h"
+#include "simulator/line_event.h"
 
 namespace simulator {
 

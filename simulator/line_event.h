@@ -8,8 +8,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "controller.h"
-#include "faults.h"
+#include "simulator/controller.h"
+#include "simulator/faults.h"
 
 namespace simulator {
 

@@ -1,4 +1,4 @@
-#include "line_port.h"
+#include "simulator/line_port.h"
 
 #include <QDir>
 #include <QFile>

@@ -5,7 +5,7 @@
 #include <QByteArray>
 #include <QString>
 
-#include "line_timing.h"
+#include "line/line_timing.h"
 
 namespace simulator {
 

@@ -1,13 +1,13 @@
-#include "line_server.h"
+#include "simulator/line_server.h"
 
 #include <QSocketNotifier>
 #include <algorithm>
 #include <deque>
 #include <limits>
 
-#include "frame_collector.h"
-#include "line_port.h"
-#include "wake_timer.h"
+#include "line/wake_timer.h"
+#include "simulator/frame_collector.h"
+#include "simulator/line_port.h"
 
 namespace simulator {
 

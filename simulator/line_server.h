@@ -31,10 +31,10 @@
 #include <cstdint>
 #include <memory>
 
-#include "controller.h"
-#include "faults.h"
-#include "line_event.h"
-#include "line_timing.h"
+#include "line/line_timing.h"
+#include "simulator/controller.h"
+#include "simulator/faults.h"
+#include "simulator/line_event.h"
 
 namespace simulator {
 

@@ -1,4 +1,4 @@
-#include "plant.h"
+#include "simulator/plant.h"
 
 #include <algorithm>
 #include <cmath>

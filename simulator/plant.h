@@ -24,7 +24,7 @@
 #include <random>
 #include <vector>
 
-#include "memory.h"
+#include "simulator/memory.h"
 
 namespace simulator {
 

@@ -1,4 +1,4 @@
-#include "set_load.h"
+#include "simulator/set_load.h"
 
 #include <QFile>
 #include <QStringList>
@@ -7,7 +7,7 @@
 #include <cstring>
 #include <nlohmann/json.hpp>
 
-#include "replace_file.h"
+#include "line/replace_file.h"
 
 namespace simulator {
 

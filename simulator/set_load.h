@@ -18,8 +18,8 @@
 
 #include <QString>
 
-#include "address_range.h"
-#include "memory.h"
+#include "simulator/address_range.h"
+#include "simulator/memory.h"
 
 namespace simulator {
 

@@ -1,10 +1,10 @@
-#include "simulation.h"
+#include "simulator/simulation.h"
 
 #include <algorithm>
 #include <cstdio>
 
-#include "replace_file.h"
-#include "set_load.h"
+#include "line/replace_file.h"
+#include "simulator/set_load.h"
 
 namespace simulator {
 

@@ -27,8 +27,8 @@
 #include <memory>
 #include <vector>
 
-#include "line_server.h"
-#include "plant.h"
+#include "simulator/line_server.h"
+#include "simulator/plant.h"
 
 namespace simulator {
 

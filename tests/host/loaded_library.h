@@ -7,8 +7,8 @@
 #include <gtest/gtest.h>
 #include <string>
 
-#include "failure.h"
-#include "library.h"
+#include "driver/library.h"
+#include "line/failure.h"
 
 // The driver tells its planning on the debug stream.
 inline void withoutDebugLines(QtMsgType type, const QMessageLogContext&, const QString& message)

@@ -1,8 +1,8 @@
-#include "controller.h"
+#include "simulator/controller.h"
 
 #include <gtest/gtest.h>
 
-#include "crc16.h"
+#include "line/crc16.h"
 #include "support.h"
 
 namespace simulator {

@@ -1,9 +1,9 @@
-#include "controller.h"
+#include "simulator/controller.h"
 
 #include <gtest/gtest.h>
 #include <random>
 
-#include "crc16.h"
+#include "line/crc16.h"
 #include "support.h"
 
 namespace simulator {

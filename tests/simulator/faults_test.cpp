@@ -1,10 +1,10 @@
-#include "crc16.h"
-#include "faults.h"
+#include "line/crc16.h"
+#include "simulator/faults.h"
 
 #include <functional>
 #include <gtest/gtest.h>
 
-#include "controller.h"
+#include "simulator/controller.h"
 #include "support.h"
 
 namespace simulator {

@@ -1,4 +1,4 @@
-#include "frame_collector.h"
+#include "simulator/frame_collector.h"
 
 #include <gtest/gtest.h>
 

@@ -5,7 +5,7 @@
 #include <memory>
 #include <modbus/modbus.h>
 
-#include "simulation.h"
+#include "simulator/simulation.h"
 #include "support.h"
 
 namespace simulator {

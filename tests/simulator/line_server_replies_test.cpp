@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "wake_timer.h"
+#include "line/wake_timer.h"
 
 namespace simulator {
 namespace {

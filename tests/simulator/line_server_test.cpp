@@ -1,4 +1,4 @@
-#include "crc16.h"
+#include "line/crc16.h"
 #include "line_server_world.h"
 
 #include <QFile>
@@ -8,7 +8,7 @@
 #include <termios.h>
 #include <unistd.h>
 
-#include "line_port.h"
+#include "simulator/line_port.h"
 
 namespace simulator {
 namespace {

@@ -7,7 +7,7 @@
 #include <memory>
 #include <vector>
 
-#include "line_server.h"
+#include "simulator/line_server.h"
 #include "support.h"
 
 namespace simulator {

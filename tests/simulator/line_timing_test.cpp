@@ -1,4 +1,4 @@
-#include "line_timing.h"
+#include "line/line_timing.h"
 
 #include <gtest/gtest.h>
 

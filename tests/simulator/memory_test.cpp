@@ -1,4 +1,4 @@
-#include "memory.h"
+#include "simulator/memory.h"
 
 #include <gtest/gtest.h>
 

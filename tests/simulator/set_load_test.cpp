@@ -1,4 +1,4 @@
-#include "set_load.h"
+#include "simulator/set_load.h"
 
 #include <QFile>
 #include <QTemporaryDir>

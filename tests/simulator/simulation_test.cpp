@@ -1,4 +1,4 @@
-#include "simulation.h"
+#include "simulator/simulation.h"
 
 #include <QTemporaryDir>
 #include <gtest/gtest.h>

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "intf.h"
-#include "memory.h"
+#include "simulator/memory.h"
 
 class RecipeRound {
 public:

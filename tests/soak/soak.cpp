@@ -8,9 +8,9 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "controller.h"
-#include "faults.h"
 #include "recipe_round.h"
+#include "simulator/controller.h"
+#include "simulator/faults.h"
 #include "write_ledger.h"
 
 using simulator::Area;

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "intf.h"
-#include "memory.h"
+#include "simulator/memory.h"
 
 // Ends the program with a sentence: driver, host and controller disagree.
 [[noreturn]] void disagree(const QString& sentence);

@@ -1,0 +1,70 @@
+#include "driver/registers.h"
+
+#include <QStringList>
+
+namespace {
+
+// Bits of a word register, for every type of this controller.
+const int bitsPerWord = 16;
+
+std::optional<RegisterType> described(const Library& library, const QString& name)
+{
+    QStringList texts;
+    library.intf_getRegDiscription(name, &texts);
+    if (texts.size() < 5)
+        return std::nullopt;
+    RegisterType type;
+    type.name = name.toStdString();
+    type.format = texts.at(0).toStdString();
+    type.lowest = texts.at(1).toStdString();
+    type.highest = texts.at(2).toStdString();
+    const std::string width = texts.at(3).toStdString();
+    type.width = width == "0" ? Width::bit : width == "2" ? Width::doubleWord : Width::word;
+    const std::string access = texts.at(4).toStdString();
+    type.access = access == "0" ? "read" : access == "2" ? "write" : "read and write";
+    return type;
+}
+
+} // namespace
+
+std::vector<RegisterType> registerTypes(const Library& library)
+{
+    QStringList names;
+    library.intf_getRegListByType(0, &names);
+    library.intf_getRegListByType(1, &names);
+    std::vector<RegisterType> types;
+    for (const QString& name : names)
+        if (const auto type = described(library, name))
+            types.push_back(*type);
+    return types;
+}
+
+std::optional<RegisterType> registerType(const Library& library, const std::string& name)
+{
+    return described(library, QString::fromStdString(name));
+}
+
+std::string addressText(const Library& library, const std::string& regName, int address)
+{
+    // A series of one; a value above the highest address comes back clipped.
+    QVector<QString> texts;
+    QVector<int> values;
+    library.intf_multiCopy(QString::fromStdString(regName), address, 1, 1, texts, values);
+    if (texts.size() == 1 && values.at(0) == address)
+        return texts.at(0).toStdString();
+    return std::to_string(address);
+}
+
+std::string areaOf(const std::string& regName)
+{
+    return regName.substr(0, regName.find('_'));
+}
+
+Words wordsOf(Width width, int address, int length)
+{
+    if (width != Width::bit)
+        return {address, length};
+    const int first = address / bitsPerWord;
+    const int last = (address + length - 1) / bitsPerWord;
+    return {first, last - first + 1};
+}

@@ -1,0 +1,185 @@
+#include "link/link_statistics.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "line/frame_text.h"
+
+namespace {
+
+constexpr long long microsPerBin = 100;
+
+const std::array<const char*, strayKinds> strayNames = {
+    "from another station", "for another function",
+    "for another request",  "noise",
+    "echoes stripped",      "late"};
+
+std::string text(const char* format, double value)
+{
+    char buffer[64];
+    std::snprintf(buffer, sizeof buffer, format, value);
+    return buffer;
+}
+
+std::string milliseconds(Micros duration)
+{
+    return text("%.1f ms", static_cast<double>(duration.count()) / 1000.0);
+}
+
+double secondsSince(const LinkStatistics& statistics, Clock::time_point now)
+{
+    return std::max(1e-6, std::chrono::duration<double>(now - statistics.started).count());
+}
+
+std::string exceptionsText(const RequestCounters& counters)
+{
+    std::string result;
+    for (const auto& [code, times] : counters.exceptions)
+        result += ", " + std::to_string(times) + " x exception " + std::to_string(code) + " (" +
+                  exceptionName(code) + ")";
+    return result;
+}
+
+std::string countersText(const RequestCounters& counters)
+{
+    std::string result =
+        std::to_string(counters.sent) + " sent, " + std::to_string(counters.good) + " good";
+    const std::pair<long long, const char*> rare[] = {{counters.badCrc, "bad CRC"},
+                                                      {counters.shortReplies, "short"},
+                                                      {counters.timeouts, "timeouts"},
+                                                      {counters.retries, "retries"},
+                                                      {counters.abandoned, "abandoned"}};
+    for (const auto& [times, name] : rare)
+        if (times > 0)
+            result += ", " + std::to_string(times) + " " + name;
+    result += exceptionsText(counters);
+    return counters.givenUp.empty() ? result : result + "; given up: " + counters.givenUp;
+}
+
+std::string cyclesText(const Durations& cycles)
+{
+    if (cycles.count() == 0)
+        return "no whole cycle";
+    return "cycle " + milliseconds(cycles.minimum()) + " / " + milliseconds(cycles.median()) +
+           " / " + milliseconds(cycles.maximum()) + " (min / median / max)";
+}
+
+const char* stateText(LinkState state)
+{
+    switch (state) {
+    case LinkState::portClosed:
+        return "port closed";
+    case LinkState::good:
+        return "link good";
+    case LinkState::failed:
+        return "link FAILED";
+    }
+    return "";
+}
+
+std::string straysText(const LinkStatistics& statistics)
+{
+    std::string result;
+    for (std::size_t kind = 0; kind < statistics.strays.size(); ++kind)
+        if (statistics.strays.at(kind) > 0)
+            result += (result.empty() ? "" : ", ") + std::to_string(statistics.strays.at(kind)) +
+                      " " + strayNames.at(kind);
+    return result;
+}
+
+} // namespace
+
+void Durations::add(Micros duration)
+{
+    minimum_ = count_ == 0 ? duration : std::min(minimum_, duration);
+    maximum_ = std::max(maximum_, duration);
+    ++counts_[(duration.count() + microsPerBin / 2) / microsPerBin];
+    ++count_;
+}
+
+long long Durations::count() const
+{
+    return count_;
+}
+
+Micros Durations::minimum() const
+{
+    return minimum_;
+}
+
+Micros Durations::median() const
+{
+    long long below = 0;
+    for (const auto& [bin, times] : counts_) {
+        below += times;
+        if (2 * below >= count_)
+            return Micros(bin * microsPerBin);
+    }
+    return Micros(0);
+}
+
+Micros Durations::maximum() const
+{
+    return maximum_;
+}
+
+RequestCounters& LinkStatistics::of(const std::string& request)
+{
+    const auto [entry, isNew] = requests.try_emplace(request);
+    if (isNew)
+        order.push_back(request);
+    return entry->second;
+}
+
+RequestCounters LinkStatistics::total() const
+{
+    RequestCounters sum;
+    for (const auto& [name, counters] : requests) {
+        sum.sent += counters.sent;
+        sum.good += counters.good;
+        sum.badCrc += counters.badCrc;
+        sum.shortReplies += counters.shortReplies;
+        sum.timeouts += counters.timeouts;
+        sum.retries += counters.retries;
+        sum.abandoned += counters.abandoned;
+        for (const auto& [code, times] : counters.exceptions)
+            sum.exceptions[code] += times;
+    }
+    return sum;
+}
+
+std::vector<std::string> briefStatistics(const LinkStatistics& statistics, Clock::time_point now)
+{
+    const double seconds = secondsSince(statistics, now);
+    const RequestCounters total = statistics.total();
+    const double used = static_cast<double>(statistics.wireTime.count()) / 1e6 / seconds;
+    return {"all requests: " + countersText(total) +
+                text(", %.1f polls/s", static_cast<double>(total.sent) / seconds),
+            cyclesText(statistics.cycles) + text(", line %.1f %% used by bytes", 100 * used),
+            stateText(statistics.state)};
+}
+
+std::vector<std::string> requestStatistics(const LinkStatistics& statistics)
+{
+    std::vector<std::string> lines;
+    for (const std::string& request : statistics.order)
+        lines.push_back(request + ": " + countersText(statistics.requests.at(request)));
+    return lines;
+}
+
+std::string fullStatistics(const LinkStatistics& statistics, Clock::time_point now)
+{
+    const double seconds = secondsSince(statistics, now);
+    std::string result = "Link statistics over" + text(" %.1f s\n", seconds);
+    for (const std::string& line : briefStatistics(statistics, now))
+        result += "  " + line + "\n";
+    result += "  " + std::to_string(statistics.cycles.count()) + " cycles\n";
+    const std::string strays = straysText(statistics);
+    if (!strays.empty())
+        result += "  bytes that were no reply: " + strays + "\n";
+    if (statistics.portLosses > 0)
+        result += "  times that the port was lost: " + std::to_string(statistics.portLosses) + "\n";
+    for (const std::string& line : requestStatistics(statistics))
+        result += "  " + line + "\n";
+    return result;
+}

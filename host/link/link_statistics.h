@@ -1,0 +1,70 @@
+// What happened on the line, counted per request and in all.
+#ifndef DOV417_HOST_LINK_STATISTICS_H
+#define DOV417_HOST_LINK_STATISTICS_H
+
+#include <array>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "link/serial_line.h"
+
+struct RequestCounters {
+    long long sent = 0;
+    long long good = 0;
+    long long badCrc = 0;
+    long long shortReplies = 0;
+    long long timeouts = 0;
+    long long retries = 0; // of sent: repetitions after a bad or missing reply
+    long long abandoned = 0;
+    std::map<int, long long> exceptions; // by code
+    std::string givenUp;                 // why, when it was last
+};
+
+// Durations, counted in tenths of a millisecond: enough for a median over days.
+class Durations {
+public:
+    void add(Micros duration);
+    long long count() const;
+    Micros minimum() const;
+    Micros median() const;
+    Micros maximum() const;
+
+private:
+    std::map<long long, long long> counts_;
+    long long count_ = 0;
+    Micros minimum_{0};
+    Micros maximum_{0};
+};
+
+enum class LinkState {
+    portClosed,
+    good,
+    failed // the last request was given up
+};
+
+struct LinkStatistics {
+    // In the order of their first transmission; "1#R_W10(5)" with "read" or "write" in front.
+    std::vector<std::string> order;
+    std::map<std::string, RequestCounters> requests;
+    std::array<long long, strayKinds> strays{}; // indexed by StrayKind
+    Durations cycles;
+    long long portLosses = 0;
+    LinkState state = LinkState::good;
+    Clock::time_point started = Clock::now();
+    Micros wireTime{0}; // what the bytes sent and received took
+
+    RequestCounters& of(const std::string& request);
+    RequestCounters total() const;
+};
+
+// All requests together, in a few lines; the last one is the state of the link.
+std::vector<std::string> briefStatistics(const LinkStatistics& statistics, Clock::time_point now);
+
+// A line for each request.
+std::vector<std::string> requestStatistics(const LinkStatistics& statistics);
+
+// The whole account, for --stats.
+std::string fullStatistics(const LinkStatistics& statistics, Clock::time_point now);
+
+#endif

@@ -1,0 +1,174 @@
+#include "link/reply_collector.h"
+
+#include "line/crc16.h"
+
+namespace {
+
+constexpr int exceptionLength = 5; // station, function + 128, code, CRC
+constexpr int writeReplyHead = 6;  // station, function, address, quantity or value: as requested
+constexpr int addressEnd = 4;
+constexpr int longestCount = 255; // data bytes that the count byte of a reply can name
+
+unsigned char byteAt(const QByteArray& bytes, int index)
+{
+    return static_cast<unsigned char>(bytes.at(index));
+}
+
+bool isReadFunction(unsigned char function)
+{
+    return function >= 1 && function <= 4;
+}
+
+} // namespace
+
+void ReplyCollector::begin(const QByteArray& request, int replyLength)
+{
+    request_ = request;
+    replyLength_ = replyLength;
+    pending_.clear();
+    reply_.clear();
+    almostReply_.clear();
+    echoStripped_ = false;
+}
+
+Arrival ReplyCollector::add(const QByteArray& bytes)
+{
+    pending_.append(bytes);
+    return judge();
+}
+
+bool ReplyCollector::isEmpty() const
+{
+    return pending_.isEmpty();
+}
+
+QByteArray ReplyCollector::reply() const
+{
+    return reply_;
+}
+
+QList<Stray> ReplyCollector::takeStrays()
+{
+    QList<Stray> taken;
+    taken.swap(strays_);
+    return taken;
+}
+
+Arrival ReplyCollector::judge()
+{
+    if (!echoStripped_ && stripEcho())
+        echoStripped_ = true;
+
+    // A sound frame of the awaited kind counts wherever it starts: noise may precede it.
+    for (int first = 0; pending_.size() - first >= exceptionLength; ++first) {
+        if (pending_.at(first) != request_.at(0))
+            continue;
+        const unsigned char function = byteAt(pending_, first + 1);
+        if (function == byteAt(request_, 1) && isAnswer(pending_.mid(first, replyLength_)))
+            return finish(Arrival::reply, first, replyLength_);
+        if (function == (byteAt(request_, 1) | 0x80) &&
+            simulator::hasGoodCrc(pending_.mid(first, exceptionLength)))
+            return finish(Arrival::exception, first, exceptionLength);
+    }
+    const bool mayBeEcho =
+        !echoStripped_ && pending_.size() < request_.size() && request_.startsWith(pending_);
+    // Garbled on the way; a sound frame of this length answers something else.
+    if (pending_.size() >= replyLength_ && opensLikeAnswer() && !mayBeEcho &&
+        !simulator::hasGoodCrc(pending_.left(replyLength_)))
+        return finish(Arrival::reply, 0, replyLength_);
+    return Arrival::incomplete;
+}
+
+// The request at the front of what came in is an echo. The reply to a single write is the request
+// too: there, one copy is an echo if more follows it, or if the last read came with an echo.
+bool ReplyCollector::stripEcho()
+{
+    if (!pending_.startsWith(request_))
+        return false;
+    const bool replyLooksAlike =
+        !isReadFunction(byteAt(request_, 1)) && request_.size() == replyLength_;
+    if (replyLooksAlike && !adapterEchoes_) {
+        const int next = request_.size();
+        const bool moreFollows = pending_.size() > next + 1 &&
+                                 pending_.at(next) == request_.at(0) &&
+                                 (byteAt(pending_, next + 1) & 0x7F) == byteAt(request_, 1);
+        if (!moreFollows)
+            return false;
+    }
+    strays_.append({StrayKind::echo, request_});
+    pending_.remove(0, request_.size());
+    if (!replyLooksAlike)
+        adapterEchoes_ = true;
+    return true;
+}
+
+bool ReplyCollector::isAnswer(const QByteArray& frame) const
+{
+    if (frame.size() != replyLength_ || frame.left(2) != request_.left(2) ||
+        !simulator::hasGoodCrc(frame))
+        return false;
+    if (adapterEchoes_ && !echoStripped_ && frame == request_)
+        return false;
+    if (!isReadFunction(byteAt(request_, 1)))
+        return frame.left(writeReplyHead) == request_.left(writeReplyHead);
+    const int count = replyLength_ - exceptionLength;
+    return count > longestCount || byteAt(frame, 2) == count;
+}
+
+// Could what is here be the front of the awaited reply, as far as it goes?
+bool ReplyCollector::opensLikeAnswer() const
+{
+    if (pending_.at(0) != request_.at(0))
+        return false;
+    if (pending_.size() > 1 && (byteAt(pending_, 1) & 0x7F) != byteAt(request_, 1))
+        return false;
+    const int count = replyLength_ - exceptionLength;
+    const bool countTells = isReadFunction(byteAt(request_, 1)) && pending_.size() > 2 &&
+                            byteAt(pending_, 1) == byteAt(request_, 1) && count <= longestCount;
+    return !countTells || byteAt(pending_, 2) == count;
+}
+
+Arrival ReplyCollector::endOfFrame()
+{
+    if (pending_.isEmpty())
+        return Arrival::incomplete;
+    const bool sound = simulator::hasGoodCrc(pending_);
+    if (sound && pending_.size() == replyLength_ &&
+        pending_.left(addressEnd) == request_.left(addressEnd))
+        almostReply_ = pending_;
+    if (opensLikeAnswer() && !sound)
+        return finish(Arrival::reply, 0, pending_.size());
+    strays_.append({sound ? kindOfPending() : StrayKind::noise, pending_});
+    pending_.clear();
+    return Arrival::incomplete;
+}
+
+Arrival ReplyCollector::timeIsUp()
+{
+    reply_ = almostReply_;
+    return almostReply_.isEmpty() ? Arrival::incomplete : Arrival::reply;
+}
+
+StrayKind ReplyCollector::kindOfPending() const
+{
+    if (pending_.at(0) != request_.at(0))
+        return StrayKind::otherStation;
+    if ((byteAt(pending_, 1) & 0x7F) != byteAt(request_, 1))
+        return StrayKind::otherFunction;
+    return StrayKind::otherRequest;
+}
+
+Arrival ReplyCollector::finish(Arrival arrival, int first, int length)
+{
+    if (first > 0)
+        strays_.append({StrayKind::noise, pending_.left(first)});
+    reply_ = pending_.mid(first, length);
+    const QByteArray behind = pending_.mid(first + length);
+    if (!behind.isEmpty())
+        strays_.append({StrayKind::late, behind});
+    pending_.clear();
+    // A read is never answered with its own request, so it tells for certain.
+    if (isReadFunction(byteAt(request_, 1)) && !echoStripped_)
+        adapterEchoes_ = false;
+    return arrival;
+}

@@ -1,0 +1,126 @@
+// One request and its reply on a serial port, with the silences of Modbus RTU around them.
+//
+// The line is driven by events only: the port's, and one precise timer. It keeps 3.5 characters of
+// silence before each frame, collects the reply until it is complete, the line falls silent or the
+// time is up, throws away what is nobody's reply, and opens the port again when it comes back.
+#ifndef DOV417_HOST_SERIAL_LINE_H
+#define DOV417_HOST_SERIAL_LINE_H
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+#include <QTimer>
+#include <functional>
+#include <memory>
+
+#include "line/clock.h"
+#include "line/wake_timer.h"
+#include "line/wire.h"
+#include "link/reply_collector.h"
+
+class QSerialPort;
+
+struct LineSettings {
+    QString device;
+    WireFormat wire;
+    Micros timeout{500000};    // from the end of the request to the first byte of the reply
+    Micros turnaround{100000}; // what controllers need to digest a broadcast
+};
+
+enum class LineResult {
+    reply,     // bytes that look like the reply: the driver judges them
+    exception, // a sound exception reply
+    timeout,   // nothing usable came
+    broadcast  // nothing was awaited
+};
+
+struct Reception {
+    LineResult result = LineResult::timeout;
+    QByteArray bytes;
+};
+
+// What passes on the line, for logs and counters.
+struct LineObserver {
+    std::function<void(const QByteArray&)> sent;
+    std::function<void(const Reception&)> received;
+    std::function<void(const Stray&)> stray;
+    std::function<void(bool open, const QString& message)> port;
+};
+
+class SerialLine {
+public:
+    SerialLine(const LineSettings& settings, const LineObserver& observer);
+    ~SerialLine();
+    SerialLine(const SerialLine&) = delete;
+    SerialLine& operator=(const SerialLine&) = delete;
+
+    // Opens the port. False with the reason if it cannot be opened now. Once open, a port that
+    // vanishes is opened again as soon as it is back; the observer hears of both.
+    bool open(QString* reason);
+    bool isOpen() const;
+
+    // Transmits and collects; calls done once, from the event loop. One at a time. If the port
+    // vanishes meanwhile, done is not called: the request is to be repeated once the port is back.
+    void transact(const QByteArray& request, int replyLength,
+                  std::function<void(const Reception&)> done);
+
+    // Time that the bytes sent and received so far took on the wire.
+    Micros wireTime() const;
+
+private:
+    enum class State {
+        closed,
+        idle,
+        silence,
+        awaitingReply,
+        awaitingTurnaround
+    };
+
+    // A transmission whose reply has not been seen: it may still come.
+    struct Unanswered {
+        QByteArray request;
+        int replyLength;
+        Clock::time_point sentAt;
+        Clock::time_point expires;
+    };
+
+    bool tryOpen(QString* reason);
+    void reopen();
+    bool applyFormat(QString* reason);
+    void lost(const QString& reason);
+    void bytesCame();
+    void timerDue();
+    void beginSilence();
+    void transmit();
+    void wakeAt(Clock::time_point when);
+    void armReplyTimer();
+    void finish(LineResult result);
+    void takeArrival(Arrival arrival);
+    void reportStrays();
+    void flushLateBytes(const QByteArray& bytes);
+    void settle(const QByteArray& frame);
+    Clock::time_point earliestStart();
+    bool bytesWait() const;
+
+    LineSettings settings_;
+    LineObserver observer_;
+    std::unique_ptr<QSerialPort> port_;
+    simulator::WakeTimer timer_;
+    QTimer reopenTimer_;
+    ReplyCollector collector_;
+    QList<Unanswered> unanswered_;
+    State state_ = State::closed;
+    QString lastReason_;
+    Micros frameGap_{0}; // silence after which a reply is taken to have ended
+
+    QByteArray request_;
+    int replyLength_ = 0;
+    std::function<void(const Reception&)> done_;
+    Clock::time_point lastActivity_{}; // end of the last byte on the line, ours or theirs
+    Clock::time_point babbleLimit_{};  // when to transmit although the line is not silent
+    Clock::time_point deadline_{};
+    Clock::time_point transmissionEnd_{};
+    Micros wireTime_{0};
+};
+
+#endif

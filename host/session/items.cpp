@@ -1,0 +1,87 @@
+#include "session/items.h"
+
+#include "session/pieces.h"
+
+Items::Items(const Library& library, const ItemOptions& options)
+    : library_(library), options_(options), format_(parseFormat(options.format))
+{
+    if (!options.wordOrder.empty())
+        format_.order = parseWordOrder(options.wordOrder);
+    if (!options.tags.empty())
+        tags_ = readTags(library, options.tags);
+}
+
+Item Items::made(const std::string& name, const Address& address, const FormatChoice& own,
+                 const std::string& comment, Access access) const
+{
+    Item item;
+    item.name = name;
+    item.address = address;
+    item.comment = comment;
+    item.format = chosenFormat(format_, own);
+    try {
+        requireAccess(library_, address, access);
+        requireFormat(address.width, item.format);
+    } catch (const AddressFailure&) {
+        throw;
+    } catch (const UsageFailure& failure) {
+        throw UsageFailure(name + ": " + failure.what());
+    }
+    return item;
+}
+
+Item Items::find(const std::string& text, Access access) const
+{
+    if (const Tag* const tag = findTag(tags_, text))
+        return made(tag->name, tag->address, tag->format, tag->comment, access);
+    if (text.find(':') == std::string::npos && !options_.tags.empty())
+        throw UsageFailure(options_.tags + " has no tag '" + text + "'");
+    const Address address = parseAddress(library_, text);
+    return made(toText(library_, address), address, FormatChoice(), std::string(), access);
+}
+
+std::vector<Item> Items::chosen(Access access) const
+{
+    if (options_.arguments.empty()) {
+        if (options_.tags.empty())
+            throw UsageFailure("no address given; one is written R_W:100 or 2/M_bit:1.0..1.15, "
+                               "and --tags FILE names many");
+        return tagged(access);
+    }
+    std::vector<Item> items;
+    for (const std::string& argument : options_.arguments)
+        items.push_back(find(argument, access));
+    return items;
+}
+
+std::vector<Item> Items::tagged(Access access) const
+{
+    if (tags_.empty())
+        throw UsageFailure(options_.tags + " names no tag");
+    std::vector<Item> items;
+    for (const Tag& tag : tags_)
+        items.push_back(made(tag.name, tag.address, tag.format, tag.comment, access));
+    return items;
+}
+
+std::vector<Address> addressesOf(const std::vector<Item>& items)
+{
+    std::vector<Address> addresses;
+    addresses.reserve(items.size());
+    for (const Item& item : items)
+        addresses.push_back(item.address);
+    return addresses;
+}
+
+void requireUntornValues(const Library& library, const std::vector<Item>& items, int gap)
+{
+    const int piece = gap < 1 ? mostWordsOfAWrite : gap;
+    for (const Item& item : items)
+        if (item.address.width == Width::doubleWord && piece % 2 != 0 &&
+            item.address.length > piece)
+            throw UsageFailure("with a gap of " + std::to_string(gap) +
+                               " the driver cuts writes into pieces of " + std::to_string(piece) +
+                               " words, and a 32-bit value of " + toText(library, item.address) +
+                               " in two; take an even gap or one of at least " +
+                               std::to_string(item.address.length));
+}

@@ -1,0 +1,51 @@
+// What a command works on: addresses from the command line and tags from a file, in one list.
+#ifndef DOV417_HOST_ITEMS_H
+#define DOV417_HOST_ITEMS_H
+
+#include <string>
+#include <vector>
+
+#include "text/addresses.h"
+#include "text/tags.h"
+#include "text/values.h"
+#include "tool/options.h"
+
+struct Item {
+    std::string name; // the tag's, or the address in full
+    Address address;
+    Format format;
+    std::string comment;
+};
+
+// Reads the tag file, if there is one, and finds items in it or by their address.
+class Items {
+public:
+    Items(const Library& library, const ItemOptions& options);
+
+    // A tag name or an address. Throws a UsageFailure.
+    Item find(const std::string& text, Access access) const;
+
+    // What the arguments name; every tag if there are none. Throws a UsageFailure if that is
+    // nothing.
+    std::vector<Item> chosen(Access access) const;
+
+    // Every tag of the file.
+    std::vector<Item> tagged(Access access) const;
+
+private:
+    Item made(const std::string& name, const Address& address, const FormatChoice& own,
+              const std::string& comment, Access access) const;
+
+    const Library& library_;
+    ItemOptions options_;
+    FormatChoice format_;
+    std::vector<Tag> tags_;
+};
+
+std::vector<Address> addressesOf(const std::vector<Item>& items);
+
+// The merge gap is the driver's piece limit too. Throws a UsageFailure where a run of 32-bit values
+// would be cut inside a value.
+void requireUntornValues(const Library& library, const std::vector<Item>& items, int gap);
+
+#endif

@@ -1,0 +1,78 @@
+#include "session/pieces.h"
+
+#include <algorithm>
+#include <cstddef>
+
+namespace {
+
+constexpr int longestRead = 125; // words in one read request
+constexpr int longestPlan = 128; // words in one request of the driver's plan
+constexpr int bitsPerWord = 16;
+constexpr int doubleWordLength = 2;
+constexpr int bytesPerWord = 2;
+
+int pieceLength(const Address& address, int longest, int gap)
+{
+    const int limit = gap < 1 ? longest : std::min(gap, longest);
+    if (address.width != Width::doubleWord)
+        return limit;
+    if (limit < doubleWordLength)
+        throw UsageFailure(
+            "a merge gap of 1 cuts 32-bit values in two: the gap is also the driver's longest "
+            "piece of a write or single read; use --gap 2 or more, or 0");
+    return limit - limit % doubleWordLength;
+}
+
+std::vector<Address> cut(const Address& address, int length)
+{
+    std::vector<Address> pieces;
+    for (int done = 0; done < address.length; done += length) {
+        Address piece = address;
+        piece.first = address.first + done;
+        piece.length = std::min(length, address.length - done);
+        pieces.push_back(piece);
+    }
+    return pieces;
+}
+
+} // namespace
+
+std::vector<Write> writePieces(const Address& address, const std::vector<unsigned char>& data,
+                               int gap)
+{
+    const bool bits = address.width == Width::bit;
+    const int bytesPerUnit = bits ? 1 : bytesPerWord;
+    std::vector<Write> pieces;
+    auto from = data.begin();
+    for (const Address& piece :
+         cut(address, bits ? 1 : pieceLength(address, mostWordsOfAWrite, gap))) {
+        const auto end = from + static_cast<std::ptrdiff_t>(piece.length) * bytesPerUnit;
+        pieces.push_back({piece, {from, end}});
+        from = end;
+    }
+    return pieces;
+}
+
+Address wordsOf(const Address& address)
+{
+    const Words words = wordsOf(address.width, address.first, address.length);
+    const std::string area = areaOf(address.regName);
+    Address whole = address;
+    whole.regName = area == address.regName ? area : area + "_W";
+    whole.width = Width::word;
+    whole.first = words.first;
+    whole.length = words.count;
+    return whole;
+}
+
+std::vector<Address> readPieces(const Address& address, int gap)
+{
+    return cut(wordsOf(address), pieceLength(address, longestRead, gap));
+}
+
+std::vector<Address> watchPieces(const Address& address)
+{
+    // The first bit may lie within its word.
+    const bool bits = address.width == Width::bit;
+    return cut(address, bits ? (longestPlan - 1) * bitsPerWord : longestPlan);
+}

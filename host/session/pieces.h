@@ -1,0 +1,35 @@
+// Long addresses in pieces that go through the driver and over the line in one go.
+#ifndef DOV417_HOST_PIECES_H
+#define DOV417_HOST_PIECES_H
+
+#include <vector>
+
+#include "text/addresses.h"
+
+// What one write of the Modbus protocol carries: the driver's limit where the gap sets none.
+constexpr int mostWordsOfAWrite = 123;
+
+// What the driver is handed as one write: one bit, or words that stay together.
+struct Write {
+    Address address;
+    std::vector<unsigned char> data; // a byte a bit, two bytes a word, low byte first
+};
+
+// Bits one at a time, as a run of coil bits goes out without its area's base address. Words as many
+// as the driver does not cut (its merge gap; below 1 it has no limit of its own) and a write
+// request carries, and always whole 32-bit values. Throws a UsageFailure where a gap of 1 cuts even
+// one 32-bit value.
+std::vector<Write> writePieces(const Address& address, const std::vector<unsigned char>& data,
+                               int gap);
+
+// The words to read once for an address: single reads of bit registers are never framed.
+std::vector<Address> readPieces(const Address& address, int gap);
+
+// What to hand in for an address that is watched. Of a longer one the driver cuts requests itself,
+// and then leaves out the words behind a shorter address inside it.
+std::vector<Address> watchPieces(const Address& address);
+
+// The words that hold an address, under the name of their area's word type.
+Address wordsOf(const Address& address);
+
+#endif

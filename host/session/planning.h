@@ -1,0 +1,83 @@
+// What the driver will put on the line for a set of addresses, and how long that takes there.
+#ifndef DOV417_HOST_PLANNING_H
+#define DOV417_HOST_PLANNING_H
+
+#include <QByteArray>
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "driver/library.h"
+#include "line/wire.h"
+#include "text/addresses.h"
+
+// What the Modbus application protocol lets a strict controller answer.
+const int mostRegisters = 125;
+const int mostCoils = 2000;
+
+struct PlannedRequest {
+    int station;
+    std::string regName; // a word type
+    int address;         // words
+    int length;
+    QByteArray bytes;
+    int replyLength;
+    std::chrono::microseconds time; // on the wire, silences and turnaround included
+
+    int coils() const; // 0 for registers
+    bool isAboveLimit() const;
+};
+
+struct Plan {
+    std::vector<PlannedRequest> requests;
+    std::chrono::microseconds cycle{0};
+};
+
+// The same plan comes out for every gap from first to last.
+struct GapOutcome {
+    int firstGap;
+    int lastGap; // -1: and all above
+    int requests;
+    int aboveLimit;
+    int uncoveredWords;
+    std::chrono::microseconds cycle;
+};
+
+// A stretch of words of an address.
+struct Stretch {
+    int station;
+    std::string regName; // as the address was named
+    int first;           // words
+    int count;
+};
+
+class Planner {
+public:
+    Planner(const Library& library, const std::vector<Address>& addresses, const WireFormat& wire,
+            std::chrono::microseconds turnaround);
+
+    // Configures the driver anew, plans, and walks the plan once with made-up replies.
+    Plan plan(int gap) const;
+
+    // Every gap there is, in order.
+    std::vector<GapOutcome> outcomes() const;
+
+    // Words that no request reads: merging can pull the start of a run back when a shorter run lies
+    // inside a longer one that was cut, and the end of the longer one is then read by nobody.
+    std::vector<Stretch> uncovered(const Plan& plan) const;
+
+    // 32-bit values whose two words come with different requests.
+    std::vector<Stretch> divided(const Plan& plan) const;
+
+private:
+    const Library& library_;
+    std::vector<Address> addresses_;
+    WireFormat wire_;
+    std::chrono::microseconds turnaround_;
+};
+
+// The best outcome: nothing left out if that can be had, then the shortest cycle, then the smallest
+// gap. -1 for none.
+int bestOutcome(const std::vector<GapOutcome>& outcomes);
+
+#endif

@@ -1,0 +1,116 @@
+#include "session/recipe_file.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "line/replace_file.h"
+#include "text/json_value.h"
+#include "text/text_file.h"
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+std::string textOf(const Json& value)
+{
+    if (value.is_string())
+        return value.get<std::string>();
+    if (value.is_boolean())
+        return value.get<bool>() ? "1" : "0";
+    if (value.is_number())
+        return value.dump();
+    throw UsageFailure("a value is a number or a text");
+}
+
+std::vector<std::string> textsOf(const Json& values)
+{
+    if (!values.is_array())
+        return {textOf(values)};
+    std::vector<std::string> texts;
+    for (const Json& value : values)
+        texts.push_back(textOf(value));
+    return texts;
+}
+
+Json parseFile(const std::string& file)
+{
+    const std::string text = contentOf(file, file);
+    Json json;
+    try {
+        json = Json::parse(text);
+    } catch (const Json::parse_error& error) {
+        throw UsageFailure(file + ": " + error.what());
+    }
+    if (!json.is_object())
+        throw UsageFailure(file + ": a recipe is an object of tag names and values");
+    return json;
+}
+
+// A number in hex is the bits as they are, whatever the tag's format: what a controller holds may
+// be no BCD number, or a float that is none.
+Format formatOf(const std::string& text, Format format)
+{
+    if (text.compare(0, 2, "0x") == 0)
+        format.notation = Notation::hex;
+    return format;
+}
+
+// One value so that it reads back as the same bytes.
+std::string exactText(const Item& item, const unsigned char* bytes)
+{
+    const Width width = item.address.width;
+    std::string text = valueTexts(width, item.format, bytes, 1).front();
+    try {
+        const auto again = valueBytes(width, formatOf(text, item.format), {text});
+        if (std::equal(again.begin(), again.end(), bytes))
+            return text;
+    } catch (const UsageFailure&) {
+        // not to be read back at all
+    }
+    return valueTexts(width, formatOf("0x", item.format), bytes, 1).front();
+}
+
+RecipeEntry entryOf(const Item& item, const Json& values)
+{
+    const std::vector<std::string> texts = textsOf(values);
+    requireCount(valueCount(item.address), texts);
+    RecipeEntry entry{item, {}};
+    for (const std::string& text : texts) {
+        const auto bytes = valueBytes(item.address.width, formatOf(text, item.format), {text});
+        entry.data.insert(entry.data.end(), bytes.begin(), bytes.end());
+    }
+    return entry;
+}
+
+} // namespace
+
+std::vector<RecipeEntry> readRecipe(const std::string& file, const Items& items)
+{
+    std::vector<RecipeEntry> entries;
+    const std::string inFile = file + ": ";
+    const Json json = parseFile(file);
+    for (const auto& [name, values] : json.items()) {
+        try {
+            entries.push_back(entryOf(items.find(name, Access::read), values));
+        } catch (const UsageFailure& failure) {
+            throw UsageFailure(inFile + name + ": " + failure.what());
+        }
+    }
+    return entries;
+}
+
+void writeRecipe(const std::string& file, const std::vector<RecipeEntry>& entries)
+{
+    Json json = Json::object();
+    for (const RecipeEntry& entry : entries) {
+        Json values = Json::array();
+        for (int i = 0; i < valueCount(entry.item.address); ++i)
+            values.push_back(jsonValue(
+                exactText(entry.item, entry.data.data() + byteCount(entry.item.address.width, i))));
+        json[entry.item.name] = values.size() == 1 ? values.front() : values;
+    }
+    QString why;
+    if (!simulator::replaceFile(QString::fromStdString(file),
+                                QByteArray::fromStdString(json.dump(2) + "\n"), &why))
+        throw Failure("cannot write " + why.toStdString());
+}

@@ -1,0 +1,56 @@
+// A recipe moved as a whole: the words by the driver's recipe transfer, the bits one by one.
+//
+// The driver keeps bit types of a recipe as bit types and frames them without their area's base
+// address, or as a run of bits in one request. So only words go through its recipe transfer; bits
+// are read with their words and written as single writes.
+#ifndef DOV417_HOST_RECIPE_JOB_H
+#define DOV417_HOST_RECIPE_JOB_H
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "session/items.h"
+#include "session/session.h"
+
+// One tag's values.
+struct RecipeEntry {
+    Item item;
+    std::vector<unsigned char> data; // as intf_getData() and intf_setData() have them
+};
+
+class RecipeJob {
+public:
+    // done: the transfer has ended; problems() tells how.
+    RecipeJob(Session& session, int gap, std::function<void()> done);
+
+    // Controller to entries.
+    void upload(const std::vector<RecipeEntry>& entries);
+    // Entries to controller.
+    void download(const std::vector<RecipeEntry>& entries);
+
+    const std::vector<RecipeEntry>& entries() const;
+    // Empty: everything was transferred.
+    const std::vector<std::string>& problems() const;
+
+    // To be told of the session's outcomes; those of others are ignored.
+    void ended(bool accepted, const std::string& reason);
+    void written(int number, bool accepted, const std::string& reason);
+
+private:
+    void wordsToBuffer();
+    void bufferToEntries();
+    void writeBits();
+
+    Session& session_;
+    int gap_;
+    std::function<void()> done_;
+    std::vector<RecipeEntry> entries_;
+    std::vector<std::string> problems_;
+    RecipeLayout layout_;
+    RecipeTransfer transfer_ = RecipeTransfer::upload;
+    std::map<int, std::string> bitsUnderWay_; // write -> name of its entry
+};
+
+#endif

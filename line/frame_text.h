@@ -1,0 +1,27 @@
+// A Modbus RTU frame in words.
+#ifndef DOV417_HOST_FRAME_TEXT_H
+#define DOV417_HOST_FRAME_TEXT_H
+
+#include <QByteArray>
+#include <string>
+#include <vector>
+
+#include "driver/areas.h"
+
+// "illegal data address"; "code 99" where the code has no name.
+std::string exceptionName(int code);
+
+// "read coils", "write registers"; "function 43" where it has no name here.
+std::string functionName(int function);
+
+// "station 1: read 8 registers from 1380 (R_W:100..107)". Says what is wrong with a frame that is
+// cut short or has a bad CRC. Without areas only the numbers on the line are given.
+std::string requestText(const QByteArray& frame, const std::vector<Area>& areas);
+
+// "station 1: R_W:100..107 = 1 2 3 4 5 6 7 8", "station 1: exception 2, illegal data address".
+// The request tells what the values are values of; it may be empty. Says what does not fit: another
+// station, another function, another length, a bad CRC.
+std::string replyText(const QByteArray& reply, const QByteArray& request,
+                      const std::vector<Area>& areas);
+
+#endif

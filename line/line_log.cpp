@@ -1,0 +1,182 @@
+#include "line/line_log.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+
+#include "line/failure.h"
+
+namespace {
+
+using std::chrono::microseconds;
+
+const std::array<const char*, 4> directionNames = {"TX", "RX", "RX?", "--"};
+const char* const meaningMark = "|";
+const int secondsPerMinute = 60;
+const int secondsPerHour = 3600;
+const long microsPerSecond = 1000000;
+
+std::string timeText(LogTime time)
+{
+    const auto micros = time.time_since_epoch().count();
+    const long long below = (micros % microsPerSecond + microsPerSecond) % microsPerSecond;
+    const std::time_t seconds = static_cast<std::time_t>((micros - below) / microsPerSecond);
+    std::tm local{};
+    localtime_r(&seconds, &local);
+    char text[64];
+    const std::size_t length = std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &local);
+    const long minutes = local.tm_gmtoff / secondsPerMinute;
+    const long size = minutes < 0 ? -minutes : minutes;
+    std::snprintf(text + length, sizeof text - length, ".%06lld%c%02ld:%02ld", below,
+                  minutes < 0 ? '-' : '+', size / 60 % 100, size % 60);
+    return text;
+}
+
+std::optional<LogTime> parseTime(const std::string& text)
+{
+    std::tm parts{};
+    int micros = 0;
+    char sign = 0;
+    int hours = 0;
+    int minutes = 0;
+    int used = 0;
+    const int found = // the widths keep every number in range: NOLINTNEXTLINE(cert-err34-c)
+        std::sscanf(text.c_str(), "%4d-%2d-%2dT%2d:%2d:%2d.%6d%c%2d:%2d%n", &parts.tm_year,
+                    &parts.tm_mon, &parts.tm_mday, &parts.tm_hour, &parts.tm_min, &parts.tm_sec,
+                    &micros, &sign, &hours, &minutes, &used);
+    if (found != 10 || static_cast<std::size_t>(used) != text.size() ||
+        (sign != '+' && sign != '-') || micros < 0)
+        return std::nullopt;
+    parts.tm_year -= 1900;
+    parts.tm_mon -= 1;
+    const int offset = hours * secondsPerHour + minutes * secondsPerMinute;
+    const long long seconds = timegm(&parts) - (sign == '-' ? -offset : offset);
+    return LogTime(microseconds(seconds * microsPerSecond + micros));
+}
+
+std::optional<QByteArray> parseHex(const std::string& text)
+{
+    QByteArray bytes;
+    std::size_t at = 0;
+    while (at < text.size()) {
+        if (text[at] == ' ') {
+            ++at;
+            continue;
+        }
+        const auto digit = [&text](std::size_t i) {
+            const char* digits = "0123456789ABCDEF";
+            const char* found = i < text.size() && text[i] != 0
+                                    ? std::strchr(digits, text[i] >= 'a' ? text[i] - 32 : text[i])
+                                    : nullptr;
+            return found ? static_cast<int>(found - digits) : -1;
+        };
+        const int high = digit(at);
+        const int low = digit(at + 1);
+        if (high < 0 || low < 0)
+            return std::nullopt;
+        bytes.append(static_cast<char>(high * 16 + low));
+        at += 2;
+    }
+    return bytes;
+}
+
+// Takes the text up to the next blank off the front.
+std::string takeWord(std::string& text)
+{
+    const std::size_t blank = text.find(' ');
+    std::string word = text.substr(0, blank);
+    text = blank == std::string::npos ? std::string() : text.substr(blank + 1);
+    return word;
+}
+
+std::string onOneLine(std::string text)
+{
+    for (char& c : text)
+        if (c == '\n' || c == '\r')
+            c = ' ';
+    return text;
+}
+
+} // namespace
+
+std::string hexText(const QByteArray& bytes)
+{
+    return bytes.toHex(' ').toUpper().toStdString();
+}
+
+std::string logLine(const LogEntry& entry)
+{
+    std::string line =
+        timeText(entry.time) + " " + directionNames[static_cast<std::size_t>(entry.direction)];
+    if (!entry.bytes.isEmpty())
+        line += " " + hexText(entry.bytes);
+    return line + " " + meaningMark + " " + onOneLine(entry.meaning);
+}
+
+std::optional<LogEntry> parseLogLine(const std::string& line)
+{
+    std::string rest = line;
+    if (!rest.empty() && rest.back() == '\r')
+        rest.pop_back();
+    LogEntry entry;
+    const std::size_t mark = rest.find(meaningMark);
+    if (mark != std::string::npos) {
+        const std::size_t from = rest.find_first_not_of(' ', mark + 1);
+        if (from != std::string::npos)
+            entry.meaning = rest.substr(from);
+        rest.resize(mark);
+    }
+    const auto time = parseTime(takeWord(rest));
+    if (!time)
+        return std::nullopt;
+    entry.time = *time;
+    const std::string direction = takeWord(rest);
+    std::size_t index = 0;
+    while (index < directionNames.size() && direction != directionNames[index])
+        ++index;
+    if (index == directionNames.size())
+        return std::nullopt;
+    entry.direction = static_cast<Direction>(index);
+    const auto bytes = parseHex(rest);
+    if (!bytes || bytes->isEmpty() != (entry.direction == Direction::note))
+        return std::nullopt;
+    entry.bytes = *bytes;
+    return entry;
+}
+
+void LineLog::open(const std::string& file)
+{
+    out_.open(file, std::ios::app);
+    if (!out_)
+        throw Failure("cannot write the log " + file + ": " + std::strerror(errno));
+}
+
+bool LineLog::isOpen() const
+{
+    return out_.is_open();
+}
+
+bool LineLog::hasFailed() const
+{
+    return out_.is_open() && !out_;
+}
+
+void LineLog::remark(const std::string& text)
+{
+    if (isOpen())
+        out_ << "# " << onOneLine(text) << std::endl;
+}
+
+void LineLog::add(Direction direction, const QByteArray& bytes, const std::string& meaning)
+{
+    if (!isOpen())
+        return;
+    LogEntry entry;
+    entry.time = std::chrono::time_point_cast<microseconds>(std::chrono::system_clock::now());
+    entry.direction = direction;
+    entry.bytes = bytes;
+    entry.meaning = meaning;
+    out_ << logLine(entry) << std::endl;
+}

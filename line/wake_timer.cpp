@@ -1,0 +1,70 @@
+#include "line/wake_timer.h"
+
+#include <QSocketNotifier>
+#include <algorithm>
+#include <ctime>
+#include <sys/timerfd.h>
+#include <unistd.h>
+#include <utility>
+
+namespace simulator {
+
+namespace {
+
+constexpr std::int64_t nanosecondsPerSecond = 1000000000;
+
+} // namespace
+
+std::int64_t monotonicNow()
+{
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return now.tv_sec * nanosecondsPerSecond + now.tv_nsec;
+}
+
+WakeTimer::WakeTimer(std::function<void()> wake)
+    : m_descriptor(timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC)),
+      m_notifier(new QSocketNotifier(m_descriptor, QSocketNotifier::Read))
+{
+    m_notifier->setEnabled(isValid());
+    QObject::connect(m_notifier, &QSocketNotifier::activated, m_notifier,
+                     [descriptor = m_descriptor, action = std::move(wake)]() {
+                         std::uint64_t expirations = 0;
+                         // Nothing to read: the time was moved after the notifier had been marked.
+                         if (read(descriptor, &expirations, sizeof expirations) > 0)
+                             action();
+                     });
+}
+
+WakeTimer::~WakeTimer()
+{
+    m_notifier->setEnabled(false);
+    m_notifier->deleteLater();
+    if (isValid())
+        close(m_descriptor);
+}
+
+bool WakeTimer::isValid() const
+{
+    return m_descriptor >= 0;
+}
+
+void WakeTimer::wakeAt(std::int64_t nanoseconds)
+{
+    set(std::max<std::int64_t>(nanoseconds, 1)); // 0 would switch it off
+}
+
+void WakeTimer::cancel()
+{
+    set(0);
+}
+
+void WakeTimer::set(std::int64_t nanoseconds)
+{
+    itimerspec when{};
+    when.it_value.tv_sec = static_cast<time_t>(nanoseconds / nanosecondsPerSecond);
+    when.it_value.tv_nsec = static_cast<long>(nanoseconds % nanosecondsPerSecond);
+    timerfd_settime(m_descriptor, TFD_TIMER_ABSTIME, &when, nullptr);
+}
+
+} // namespace simulator

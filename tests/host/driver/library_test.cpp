@@ -1,0 +1,76 @@
+#include "driver/library.h"
+
+#include <dlfcn.h>
+
+#include "driver/registers.h"
+#include "loaded_library.h"
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+
+TEST(LibraryLoading, ResolvesWhatAPanelResolves)
+{
+    const Library library(DOV417_LIBRARY);
+    EXPECT_EQ(library.intf_getVersion(), QString::fromLatin1("2.0.0.0"));
+    ASSERT_NE(library.driver, nullptr);
+    EXPECT_EQ(library.driver->regNames.size(), 11);
+    EXPECT_THAT(library.path(), HasSubstr("libdov417modbus.so"));
+}
+
+TEST(LibraryLoading, LeavesNothingBehind)
+{
+    QString version;
+    {
+        const Library library(DOV417_LIBRARY);
+        version = library.intf_getVersion();
+    }
+    EXPECT_EQ(dlopen(DOV417_LIBRARY, RTLD_NOW | RTLD_NOLOAD), nullptr);
+    EXPECT_EQ(version, QString::fromLatin1("2.0.0.0"));
+}
+
+TEST(LibraryLoading, SaysWhichFileItCannotLoad)
+{
+    EXPECT_THAT(complaint([] { Library("/no/such/library.so"); }),
+                HasSubstr("cannot load the driver library: /no/such/library.so"));
+}
+
+TEST(LibraryLoading, SaysWhatALibraryLacks)
+{
+    EXPECT_THAT(complaint([] { Library("/proc/self/exe"); }), HasSubstr("cannot load"));
+    Dl_info info{};
+    ASSERT_NE(dladdr(reinterpret_cast<void*>(&dlclose), &info), 0);
+    EXPECT_THAT(complaint([&] { Library library(info.dli_fname); }),
+                HasSubstr("is no driver library: it does not export intf_getVersion"));
+}
+
+using Registers = LoadedLibrary;
+
+TEST_F(Registers, AreDescribedByTheLibrary)
+{
+    std::vector<std::string> names;
+    for (const RegisterType& type : registerTypes(library))
+        names.push_back(type.name);
+    EXPECT_THAT(names, ElementsAre("I_bit", "Q_bit", "M_bit", "R_bit", "I_W", "Q_W", "M_W", "R_W",
+                                   "R_D", "T", "C"));
+    const auto type = registerType(library, "R_D");
+    ASSERT_TRUE(type.has_value());
+    EXPECT_EQ(type->format, "DDDD");
+    EXPECT_EQ(type->highest, "3998");
+    EXPECT_EQ(type->width, Width::doubleWord);
+    EXPECT_EQ(type->access, "read and write");
+    EXPECT_FALSE(registerType(library, "R_d").has_value());
+}
+
+TEST_F(Registers, WriteTheirAddressesInTheirOwnForm)
+{
+    EXPECT_EQ(addressText(library, "M_bit", 21), "1.5");
+    EXPECT_EQ(addressText(library, "R_W", 3999), "3999");
+    EXPECT_EQ(addressText(library, "R_W", 5000), "5000");
+    EXPECT_EQ(addressText(library, "X", 7), "7");
+    EXPECT_EQ(areaOf("M_bit"), "M");
+    EXPECT_EQ(areaOf("T"), "T");
+}
+
+} // namespace

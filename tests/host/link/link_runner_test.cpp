@@ -1,0 +1,181 @@
+#include "link/link_runner.h"
+
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <optional>
+
+#include "exchange.h"
+#include "loaded_library.h"
+#include "pty_slave.h"
+
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::minutes;
+
+// R_W:10 of station 1 is register 0x050A; it holds 42.
+const char* const garbledReply = "010302002A0000";
+const char* const shortReply = "01030200";
+const char* const illegalAddress = "018302C0F1";
+const char* const illegalValue = "0183030131";
+const char* const otherStation = "0203020007BD86";
+
+std::vector<Clock::time_point> polls;
+decltype(&intf_getSendFrame) driversGetSendFrame = nullptr;
+
+int countedGetSendFrame(FRAME_PRO* frame)
+{
+    polls.push_back(Clock::now());
+    return driversGetSendFrame(frame);
+}
+
+class RunnerOnALine : public LoadedLibrary {
+protected:
+    RunnerOnALine()
+    {
+        line.device = slave.port();
+        line.timeout = minutes(10);
+        events.port = [this](bool, const std::string& message) { ports.push_back(message); };
+        events.stray = [this](const Stray& stray) { strays.push_back(stray.kind); };
+        events.outcome = [this](const Outcome& outcome) {
+            if (outcome.result == replyBad)
+                return;
+            settled = outcome.result;
+            runner->stop(); // no further request changes the counters
+        };
+    }
+
+    // So many bad replies in a row give the request up.
+    void pollOneWord(int retryLimit)
+    {
+        int result = 0;
+        const std::string property = "1#0#0#" + std::to_string(retryLimit) + "#20";
+        library.intf_initProperty(nullptr, 0, nullptr, &result, property.c_str(), nullptr);
+        KEY_ADDRESS key = KEY_ADDRESS();
+        key.stationNo = 1;
+        key.regName = QStringLiteral("R_W");
+        key.address = 10;
+        key.length = 1;
+        QList<KEY_ADDRESS> keys = {key};
+        ASSERT_EQ(library.intf_addrMerge(keys), 1);
+        start();
+    }
+
+    void start()
+    {
+        runner = std::make_unique<LinkRunner>(library, line, events);
+        runner->start();
+    }
+
+    // Each request that arrives is answered with the next of these.
+    void answerWith(std::vector<std::vector<const char*>> answers)
+    {
+        slave.arrived = [this, answers](const QByteArray& bytes) {
+            received += bytes;
+            if (received.size() % 8 != 0)
+                return;
+            const std::size_t index = static_cast<std::size_t>(received.size() / 8 - 1);
+            if (index < answers.size())
+                for (const char* const lump : answers.at(index))
+                    slave.send(QByteArray::fromHex(lump));
+        };
+    }
+
+    PtySlave slave;
+    LineSettings line;
+    RunnerEvents events;
+    QByteArray received;
+    std::vector<std::string> ports;
+    std::vector<StrayKind> strays;
+    std::optional<ReplyResult> settled;
+    std::unique_ptr<LinkRunner> runner;
+};
+
+TEST_F(RunnerOnALine, BadRepliesAreCountedByTheirKind)
+{
+    answerWith({{garbledReply},
+                {garbledReply},
+                {garbledReply},
+                {shortReply},
+                {shortReply},
+                {illegalAddress},
+                {illegalValue},
+                {illegalValue},
+                {readReply}});
+    pollOneWord(20);
+    ASSERT_TRUE(waitUntil([this]() { return settled.has_value(); }));
+    EXPECT_EQ(*settled, replyAccepted);
+    EXPECT_EQ(runner->statistics().state, LinkState::good);
+    ASSERT_THAT(runner->statistics().order, ::testing::ElementsAre("read  1#R_W10(1)"));
+    const RequestCounters& counters = runner->statistics().requests.at("read  1#R_W10(1)");
+    EXPECT_EQ(counters.sent, 9);
+    EXPECT_EQ(counters.good, 1);
+    EXPECT_EQ(counters.badCrc, 3);
+    EXPECT_EQ(counters.shortReplies, 2);
+    EXPECT_EQ(counters.exceptions, (std::map<int, long long>{{2, 1}, {3, 2}}));
+    EXPECT_EQ(counters.retries, 8);
+    EXPECT_EQ(counters.timeouts, 0);
+    EXPECT_EQ(counters.abandoned, 0);
+}
+
+TEST_F(RunnerOnALine, SilenceIsCountedUntilTheRequestIsGivenUp)
+{
+    line.timeout = milliseconds(5);
+    pollOneWord(3);
+    ASSERT_TRUE(waitUntil([this]() { return settled.has_value(); }));
+    EXPECT_EQ(*settled, replyAbandoned);
+    EXPECT_EQ(runner->statistics().state, LinkState::failed);
+    const RequestCounters total = runner->statistics().total();
+    EXPECT_EQ(total.sent, 3);
+    EXPECT_EQ(total.timeouts, 3);
+    EXPECT_EQ(total.retries, 2);
+    EXPECT_EQ(total.abandoned, 1);
+    EXPECT_EQ(total.good, 0);
+}
+
+TEST_F(RunnerOnALine, BytesThatWereNoReplyAreCountedAndTold)
+{
+    answerWith({{otherStation, readReply}});
+    pollOneWord(3);
+    ASSERT_TRUE(waitUntil([this]() { return settled.has_value(); }));
+    EXPECT_THAT(strays, ::testing::Not(::testing::IsEmpty()));
+    const auto& counted = runner->statistics().strays;
+    for (std::size_t kind = 0; kind < counted.size(); ++kind)
+        EXPECT_EQ(counted.at(kind),
+                  std::count(strays.begin(), strays.end(), static_cast<StrayKind>(kind)))
+            << kind;
+}
+
+TEST_F(RunnerOnALine, APortThatGoesIsOneLossHoweverLongItStaysAway)
+{
+    slave.arrived = [this](const QByteArray&) { slave.unplug(); };
+    pollOneWord(3);
+    // It is open, it is gone, and there is none yet.
+    ASSERT_TRUE(waitUntil([this]() { return ports.size() == 3; }));
+    EXPECT_EQ(runner->statistics().state, LinkState::portClosed);
+    EXPECT_EQ(runner->statistics().portLosses, 1);
+    answerWith({{readReply}});
+    slave.plug();
+    ASSERT_TRUE(waitUntil([this]() { return settled.has_value(); }));
+    EXPECT_EQ(received, QByteArray::fromHex(readRequest)) << "the same request again";
+    EXPECT_EQ(runner->statistics().portLosses, 1);
+}
+
+TEST_F(RunnerOnALine, AnIdleRunnerDoesNotSpin)
+{
+    polls.clear();
+    driversGetSendFrame = library.intf_getSendFrame;
+    library.intf_getSendFrame = countedGetSendFrame;
+    start(); // without an address there is nothing to send
+    // A poll asks the driver twice. Two idle times, each no shorter than 15 ms:
+    ASSERT_TRUE(waitUntil([]() { return polls.size() >= 6; }));
+    EXPECT_GE(polls.at(4) - polls.at(0), milliseconds(30));
+    EXPECT_TRUE(runner->isIdle());
+
+    const std::size_t before = polls.size();
+    runner->wake();
+    EXPECT_EQ(polls.size(), before + 2) << "a write does not wait";
+}
+
+} // namespace

@@ -1,0 +1,83 @@
+#include "link/link_statistics.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using std::chrono::seconds;
+
+TEST(Durations, GiveMinimumMedianAndMaximum)
+{
+    Durations durations;
+    for (const int millis : {30, 10, 20, 50, 40})
+        durations.add(std::chrono::milliseconds(millis));
+    EXPECT_EQ(durations.count(), 5);
+    EXPECT_EQ(durations.minimum(), Micros(10000));
+    EXPECT_EQ(durations.median(), Micros(30000));
+    EXPECT_EQ(durations.maximum(), Micros(50000));
+}
+
+TEST(Durations, OfNothingAreZero)
+{
+    EXPECT_EQ(Durations().count(), 0);
+    EXPECT_EQ(Durations().median(), Micros(0));
+}
+
+TEST(Statistics, SumUpWhatHappenedToEachRequest)
+{
+    LinkStatistics statistics;
+    RequestCounters& first = statistics.of("read  1#R_W10(5)");
+    first.sent = 10;
+    first.good = 7;
+    first.retries = 2;
+    first.exceptions[2] = 3;
+    RequestCounters& second = statistics.of("write 1#T5(1)");
+    second.sent = 4;
+    second.timeouts = 3;
+    second.retries = 2;
+    second.abandoned = 1;
+    second.good = 1;
+    statistics.wireTime = seconds(1);
+    const std::string text = fullStatistics(statistics, statistics.started + seconds(4));
+    for (const char* const expected :
+         {"over 4.0 s",
+          "all requests: 14 sent, 8 good, 3 timeouts, 4 retries, 1 abandoned, "
+          "3 x exception 2 (illegal data address), 3.5 polls/s",
+          "no whole cycle, line 25.0 % used by bytes", "link good",
+          "read  1#R_W10(5): 10 sent, 7 good, 2 retries, 3 x exception 2 (illegal data address)",
+          "write 1#T5(1): 4 sent, 1 good, 3 timeouts, 2 retries, 1 abandoned"})
+        EXPECT_NE(text.find(expected), std::string::npos) << expected << "\nin\n" << text;
+}
+
+TEST(Statistics, SayWhyARequestWasLastGivenUp)
+{
+    LinkStatistics statistics;
+    statistics.of("write 1#T5(1)").givenUp = "no answer";
+    EXPECT_EQ(requestStatistics(statistics),
+              (std::vector<std::string>{"write 1#T5(1): 0 sent, 0 good; given up: no answer"}));
+}
+
+TEST(Statistics, EndWithTheStateOfTheLink)
+{
+    LinkStatistics statistics;
+    const std::pair<LinkState, std::string> states[] = {{LinkState::portClosed, "port closed"},
+                                                        {LinkState::good, "link good"},
+                                                        {LinkState::failed, "link FAILED"}};
+    for (const auto& [state, text] : states) {
+        statistics.state = state;
+        EXPECT_EQ(briefStatistics(statistics, Clock::now()).back(), text);
+    }
+}
+
+TEST(Statistics, NameWhatWasNoReply)
+{
+    LinkStatistics statistics;
+    statistics.strays.at(static_cast<std::size_t>(StrayKind::otherStation)) = 2;
+    statistics.strays.at(static_cast<std::size_t>(StrayKind::echo)) = 1;
+    const std::string text = fullStatistics(statistics, statistics.started + seconds(1));
+    EXPECT_NE(text.find("bytes that were no reply: 2 from another station, 1 echoes stripped"),
+              std::string::npos)
+        << text;
+}
+
+} // namespace

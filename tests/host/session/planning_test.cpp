@@ -1,0 +1,185 @@
+#include "session/planning.h"
+
+#include <algorithm>
+#include <random>
+
+#include "line/line_log.h"
+#include "loaded_library.h"
+
+namespace {
+
+using std::chrono::microseconds;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class Planning : public LoadedLibrary {
+protected:
+    Planner planner(const std::vector<const char*>& texts)
+    {
+        std::vector<Address> addresses;
+        for (const char* text : texts)
+            addresses.push_back(parseAddress(library, text));
+        return Planner(library, addresses, WireFormat(), microseconds(0));
+    }
+};
+
+// "1/R_W:10+5"
+std::vector<std::string> summary(const Plan& plan)
+{
+    std::vector<std::string> texts;
+    for (const PlannedRequest& request : plan.requests)
+        texts.push_back(std::to_string(request.station) + "/" + request.regName + ":" +
+                        std::to_string(request.address) + "+" + std::to_string(request.length));
+    return texts;
+}
+
+std::vector<std::string> summary(const std::vector<Stretch>& stretches)
+{
+    std::vector<std::string> texts;
+    for (const Stretch& stretch : stretches)
+        texts.push_back(std::to_string(stretch.station) + "/" + stretch.regName + ":" +
+                        std::to_string(stretch.first) + "+" + std::to_string(stretch.count));
+    return texts;
+}
+
+// "0..11:4"
+std::vector<std::string> summary(const std::vector<GapOutcome>& outcomes)
+{
+    std::vector<std::string> texts;
+    for (const GapOutcome& outcome : outcomes)
+        texts.push_back(std::to_string(outcome.firstGap) + ".." + std::to_string(outcome.lastGap) +
+                        ":" + std::to_string(outcome.requests));
+    return texts;
+}
+
+TEST_F(Planning, EachRequestCarriesItsBytesAndItsTime)
+{
+    const Plan plan = planner({"R_W:100..107", "M_bit:1.5", "2/R_D:10..13"}).plan(10);
+    EXPECT_THAT(summary(plan), ElementsAre("1/M_W:1+1", "1/R_W:100+8", "2/R_W:10+4"));
+    EXPECT_EQ(hexText(plan.requests[0].bytes), "01 01 10 10 00 10 38 C3");
+    EXPECT_EQ(hexText(plan.requests[1].bytes), "01 03 05 64 00 08 05 1F");
+    EXPECT_EQ(plan.requests[1].replyLength, 21);
+    // 8 + 21 characters, two silences.
+    EXPECT_EQ(plan.requests[1].time, microseconds(8307 + 3500));
+    // 15 + 29 + 21 characters and six silences, each request rounded by itself.
+    EXPECT_EQ(plan.cycle, microseconds(7797 + 11807 + 9516));
+}
+
+TEST_F(Planning, TheTurnaroundIsPaidOnceARequest)
+{
+    const Planner slow(library, {parseAddress(library, "R_W:1"), parseAddress(library, "T:1")},
+                       WireFormat(), microseconds(5000));
+    EXPECT_EQ(slow.plan(10).cycle, microseconds(2 * (7797 + 5000)));
+}
+
+TEST_F(Planning, HolesUpToTheGapAreBridged)
+{
+    const Planner plans = planner({"R_W:100..107", "R_W:120"});
+    EXPECT_THAT(summary(plans.plan(11)), ElementsAre("1/R_W:100+8", "1/R_W:120+1"));
+    EXPECT_THAT(summary(plans.plan(12)), ElementsAre("1/R_W:100+21"));
+}
+
+TEST_F(Planning, TheDriverIsLeftWithoutAPlan)
+{
+    planner({"R_W:100..107"}).plan(10);
+    EXPECT_EQ(library.driver->readList.size(), 0);
+    EXPECT_EQ(library.driver->sendList.size(), 0);
+    EXPECT_EQ(library.driver->dataAreas.size(), 0);
+}
+
+TEST_F(Planning, RequestsAboveWhatTheProtocolAllowsAreMarked)
+{
+    const auto above = [this](const char* text) {
+        return planner({text}).plan(10).requests.at(0).isAboveLimit();
+    };
+    EXPECT_FALSE(above("R_W:0..124"));
+    EXPECT_TRUE(above("R_W:0..125"));
+    EXPECT_FALSE(above("M_W:0..124"));
+    EXPECT_TRUE(above("M_W:0..125"));
+    EXPECT_EQ(planner({"M_W:0..124"}).plan(10).requests.at(0).coils(), 2000);
+}
+
+TEST_F(Planning, AnAddressInsideALongOneLeavesTheEndOfTheLongOneUnread)
+{
+    const Planner plans = planner({"R_W:0..199", "R_W:50"});
+    const Plan plan = plans.plan(10);
+    EXPECT_THAT(summary(plan), ElementsAre("1/R_W:0+128"));
+    EXPECT_THAT(summary(plans.uncovered(plan)), ElementsAre("1/R_W:128+72"));
+    EXPECT_EQ(plans.outcomes().at(0).uncoveredWords, 72);
+}
+
+TEST_F(Planning, WhatEveryRequestReadsIsNotReported)
+{
+    const Planner plans = planner({"R_W:0..127", "R_W:128..199", "R_W:50", "R_bit:199.15"});
+    EXPECT_THAT(summary(plans.uncovered(plans.plan(10))), IsEmpty());
+}
+
+TEST_F(Planning, AnUnreadWordIsCountedOnceHoweverOftenItIsNamed)
+{
+    const Planner plans = planner({"R_W:0..300", "R_D:1..256"});
+    EXPECT_THAT(summary(plans.uncovered(plans.plan(10))),
+                ElementsAre("1/R_W:129+172", "1/R_D:129+128"));
+    EXPECT_EQ(plans.outcomes().at(0).uncoveredWords, 172);
+}
+
+TEST_F(Planning, ValuesReadByTwoRequestsAreFound)
+{
+    const Planner plans = planner({"R_D:142..301", "R_W:257..261", "R_W:289..420"});
+    const Plan plan = plans.plan(10);
+    EXPECT_THAT(summary(plan),
+                ElementsAre("1/R_W:142+128", "1/R_W:257+32", "1/R_W:289+128", "1/R_W:417+4"));
+    EXPECT_THAT(summary(plans.divided(plan)), ElementsAre("1/R_D:288+2"));
+}
+
+TEST_F(Planning, EveryGapWithADifferentPlanIsListed)
+{
+    const auto outcomes = planner({"R_W:0", "R_W:5", "R_W:30", "T:1", "T:3"}).outcomes();
+    EXPECT_THAT(summary(outcomes), ElementsAre("0..0:5", "1..3:4", "4..23:3", "24..-1:2"));
+    // Holes of 1 and 4 words are worth bridging, one of 24 is not.
+    EXPECT_EQ(bestOutcome(outcomes), 2);
+}
+
+TEST_F(Planning, TheBestGapIsTheSmallestOfThoseThatAreEquallyFast)
+{
+    const auto outcomes = planner({"R_W:0", "T:1"}).outcomes();
+    EXPECT_THAT(summary(outcomes), ElementsAre("0..-1:2"));
+    EXPECT_EQ(bestOutcome(outcomes), 0);
+    EXPECT_EQ(bestOutcome({}), -1);
+}
+
+TEST_F(Planning, AFastPlanThatLeavesWordsOutIsNotTheBest)
+{
+    GapOutcome whole = {0, 3, 3, 0, 0, microseconds(300)};
+    GapOutcome partial = {4, -1, 2, 0, 5, microseconds(200)};
+    EXPECT_EQ(bestOutcome({whole, partial}), 0);
+}
+
+// Only gaps that can make a difference are tried; trying them all finds the same.
+TEST_F(Planning, NoGapIsMissed)
+{
+    std::mt19937 random(417);
+    const auto between = [&random](int low, int high) {
+        return low + static_cast<int>(random() % static_cast<unsigned>(high - low + 1));
+    };
+    for (int round = 0; round < 30; ++round) {
+        std::vector<Address> addresses;
+        for (int i = between(2, 8); i > 0; --i)
+            addresses.push_back({1, "R_W", Width::word, between(0, 400),
+                                 between(0, 3) > 0 ? between(1, 12) : between(1, 300)});
+        const Planner plans(library, addresses, WireFormat(), microseconds(0));
+        std::vector<int> starts;
+        std::vector<std::string> before;
+        for (int gap = 0; gap <= 130; ++gap) {
+            const auto plan = summary(plans.plan(gap));
+            if (gap == 0 || plan != before)
+                starts.push_back(gap);
+            before = plan;
+        }
+        std::vector<int> found;
+        for (const GapOutcome& outcome : plans.outcomes())
+            found.push_back(outcome.firstGap);
+        EXPECT_EQ(found, starts) << "round " << round;
+    }
+}
+
+} // namespace

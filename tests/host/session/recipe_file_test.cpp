@@ -1,0 +1,138 @@
+#include "session/recipe_file.h"
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <sys/stat.h>
+
+#include <QTemporaryDir>
+
+#include "loaded_library.h"
+
+namespace {
+
+using ::testing::HasSubstr;
+
+class RecipeFile : public LoadedLibrary {
+protected:
+    RecipeFile()
+    {
+        std::ofstream(path("tags.csv")) << "name,register,address,count,format\n"
+                                           "speed,R_W,200,1,\n"
+                                           "level,R_D,300,1,float\n"
+                                           "code,R_W,310,1,bcd\n"
+                                           "run,M_bit,1.5,3,\n";
+        options.tags = path("tags.csv");
+    }
+
+    std::string path(const std::string& name) const
+    {
+        return folder.filePath(QString::fromStdString(name)).toStdString();
+    }
+    RecipeEntry entry(const std::string& name, const std::vector<unsigned char>& data) const
+    {
+        return {Items(library, options).find(name, Access::read), data};
+    }
+    std::string written(const std::vector<RecipeEntry>& entries) const
+    {
+        writeRecipe(path("recipe.json"), entries);
+        return content("recipe.json");
+    }
+    std::string content(const std::string& name) const
+    {
+        std::ostringstream text;
+        text << std::ifstream(path(name)).rdbuf();
+        return text.str();
+    }
+    std::vector<RecipeEntry> readBack() const
+    {
+        return readRecipe(path("recipe.json"), Items(library, options));
+    }
+    std::string mistakeIn(const std::string& json) const
+    {
+        std::ofstream(path("recipe.json")) << json;
+        return complaint([&] { readBack(); });
+    }
+
+    QTemporaryDir folder;
+    ItemOptions options;
+};
+
+TEST_F(RecipeFile, HoldsNamesAndValues)
+{
+    EXPECT_EQ(written({entry("speed", {0xDC, 0x05}), entry("run", {1, 0, 1})}),
+              "{\n  \"speed\": 1500,\n  \"run\": [\n    1,\n    0,\n    1\n  ]\n}\n");
+    EXPECT_EQ(readBack().at(1).data, (std::vector<unsigned char>{1, 0, 1}));
+}
+
+TEST_F(RecipeFile, WhatIsNoNumberOfItsFormatComesBackBitByBit)
+{
+    const std::vector<unsigned char> notANumber = {0x01, 0x00, 0xC0, 0x7F};
+    const std::vector<unsigned char> infinity = {0x00, 0x00, 0x80, 0xFF};
+    const std::vector<unsigned char> noDigits = {0xCD, 0xAB};
+    const std::string text = written({entry("level", notANumber), entry("code", noDigits)});
+    EXPECT_THAT(text, HasSubstr("\"level\": \"0x7FC00001\""));
+    EXPECT_THAT(text, HasSubstr("\"code\": \"0xABCD\""));
+    EXPECT_EQ(readBack().at(0).data, notANumber);
+    EXPECT_EQ(readBack().at(1).data, noDigits);
+    written({entry("level", infinity)});
+    EXPECT_EQ(readBack().at(0).data, infinity);
+}
+
+TEST_F(RecipeFile, NamesTheTagOfAMistake)
+{
+    EXPECT_THAT(mistakeIn("{\"speed\": 65536}"), HasSubstr("recipe.json: speed: value '65536'"));
+    EXPECT_THAT(mistakeIn("{\"speed\": [1, 2]}"), HasSubstr("speed: 1 value is needed, 2 given"));
+    EXPECT_THAT(mistakeIn("{\"run\": 1}"), HasSubstr("run: 3 values are needed, 1 given"));
+    EXPECT_THAT(mistakeIn("{\"speed\": null}"), HasSubstr("speed: a value is a number or a text"));
+    EXPECT_THAT(mistakeIn("[1]"), HasSubstr("a recipe is an object of tag names and values"));
+}
+
+TEST_F(RecipeFile, ThatIsEmptyIsNoRecipe)
+{
+    EXPECT_THAT(mistakeIn(""), HasSubstr("recipe.json: "));
+    EXPECT_THAT(mistakeIn(""), HasSubstr("unexpected end of input"));
+}
+
+TEST_F(RecipeFile, ThatIsAFolderCannotBeRead)
+{
+    std::filesystem::create_directory(path("recipe.json"));
+    EXPECT_EQ(complaint([&] { readBack(); }),
+              "cannot read " + path("recipe.json") + ": Is a directory");
+}
+
+TEST_F(RecipeFile, IsReplacedBehindItsLinkAndKeepsItsMode)
+{
+    std::ofstream(path("real.json")) << "old";
+    std::filesystem::permissions(path("real.json"), std::filesystem::perms(0600));
+    std::filesystem::create_symlink("real.json", path("recipe.json"));
+    const std::string text = written({entry("speed", {1, 0})});
+    EXPECT_TRUE(std::filesystem::is_symlink(path("recipe.json")));
+    EXPECT_EQ(content("real.json"), text);
+    EXPECT_EQ(std::filesystem::status(path("real.json")).permissions(),
+              std::filesystem::perms(0600));
+}
+
+TEST_F(RecipeFile, WritesIntoAPipeInsteadOfReplacingIt)
+{
+    const std::string pipe = path("pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    std::fstream reader(pipe, std::ios::in | std::ios::out); // both ends, so that nobody waits
+    writeRecipe(pipe, {entry("speed", {1, 0})});
+    EXPECT_TRUE(std::filesystem::is_fifo(pipe));
+    std::string line;
+    std::getline(reader, line);
+    EXPECT_EQ(line, "{");
+}
+
+TEST_F(RecipeFile, OnAFullDeviceIsAFailure)
+{
+    std::filesystem::create_symlink("/dev/full", path("full"));
+    EXPECT_THAT(complaint([&] {
+                    writeRecipe(path("full"), {entry("speed", {1, 0})});
+                }),
+                HasSubstr("cannot write " + path("full") + ": No space left on device"));
+    EXPECT_TRUE(std::filesystem::is_character_file("/dev/full"));
+}
+
+} // namespace

@@ -1,0 +1,229 @@
+#include "text/tags.h"
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "loaded_library.h"
+#include "session/items.h"
+
+namespace {
+
+using ::testing::HasSubstr;
+
+class Tags : public LoadedLibrary {
+protected:
+    std::vector<Tag> read(const std::string& text)
+    {
+        return parseTags(library, text, "tags.csv");
+    }
+    std::string mistake(const std::string& text)
+    {
+        return complaint([&] { read(text); });
+    }
+};
+
+const std::string header = "name,station,register,address,count,format,comment\n";
+
+TEST_F(Tags, CarryAllSevenColumns)
+{
+    const auto tags = read(header + "speed,2,R_D,10,3,float:high-first,\"fast, or not\"\n");
+    ASSERT_EQ(tags.size(), 1u);
+    EXPECT_EQ(tags[0].name, "speed");
+    EXPECT_EQ(tags[0].address, (Address{2, "R_D", Width::doubleWord, 10, 6}));
+    EXPECT_EQ(tags[0].format.notation, Notation::real);
+    EXPECT_EQ(tags[0].format.order, WordOrder::highFirst);
+    EXPECT_EQ(tags[0].comment, "fast, or not");
+    EXPECT_EQ(tags[0].line, 2);
+}
+
+TEST_F(Tags, EmptyFieldsMeanStationOneOneValueAndNoFormat)
+{
+    const auto tags = read(header + "a,,M_bit,1.5,,,\n");
+    ASSERT_EQ(tags.size(), 1u);
+    EXPECT_EQ(tags[0].address, (Address{1, "M_bit", Width::bit, 21, 1}));
+    EXPECT_FALSE(tags[0].format.notation.has_value());
+    EXPECT_FALSE(tags[0].format.order.has_value());
+}
+
+TEST_F(Tags, ColumnsMayBeFewerAndInAnyOrder)
+{
+    const auto tags = read("address,name,register\n7,a,T\n");
+    ASSERT_EQ(tags.size(), 1u);
+    EXPECT_EQ(tags[0].name, "a");
+    EXPECT_EQ(tags[0].address, (Address{1, "T", Width::word, 7, 1}));
+}
+
+TEST_F(Tags, BytesThatAreNoUtf8AreRefusedWithTheirPlace)
+{
+    EXPECT_EQ(mistake(header + "a,,T,1,,,gr\u00FC\u00DF\nb,,T,2,,,gr\xFC\xDF\n"),
+              "tags.csv:3: column 7 (comment): bytes that are no UTF-8; save the file with that "
+              "encoding");
+}
+
+TEST_F(Tags, AFolderIsNoTagFile)
+{
+    const std::string folder = std::filesystem::temp_directory_path();
+    EXPECT_EQ(complaint([&] { readTags(library, folder); }),
+              "cannot read the tag file " + folder + ": Is a directory");
+}
+
+TEST_F(Tags, SpreadsheetsByteOrderMarkLineEndsAndEmptyLinesAreTolerated)
+{
+    const auto tags = read("\xEF\xBB\xBFname,register,address\r\na,T,1\r\n\r\n,,\r\nb,T,2");
+    ASSERT_EQ(tags.size(), 2u);
+    EXPECT_EQ(tags[1].name, "b");
+    EXPECT_EQ(tags[1].line, 5);
+}
+
+TEST_F(Tags, LinesAreCountedThroughQuotedLineEnds)
+{
+    EXPECT_EQ(mistake(header + "a,1,T,1,1,,\"two\nlines\"\nb,1,T,200,1,,\n"),
+              "tags.csv:4: column 4 (address): 200 is out of range: T goes from 0 to 127");
+}
+
+TEST_F(Tags, MistakesNameFileLineAndColumn)
+{
+    EXPECT_EQ(mistake(header + ",1,T,1,1,,\n"), "tags.csv:2: column 1 (name): a tag needs a name");
+    EXPECT_EQ(mistake(header + "a=b,1,T,1,1,,\n"),
+              "tags.csv:2: column 1 (name): a name cannot hold '='");
+    EXPECT_EQ(mistake(header + "a,300,T,1,1,,\n"),
+              "tags.csv:2: column 2 (station): '300' is no station: 1 to 247, or 0 for a "
+              "broadcast");
+    EXPECT_EQ(mistake(header + "a,1,X,1,1,,\n"),
+              "tags.csv:2: column 3 (register): unknown register 'X'; there are I_bit, Q_bit, "
+              "M_bit, R_bit, I_W, Q_W, M_W, R_W, R_D, T, C");
+    EXPECT_EQ(mistake(header + "a,1,T,one,1,,\n"),
+              "tags.csv:2: column 4 (address): 'one' is no address of T, which is written DDD, as "
+              "in 127");
+    EXPECT_EQ(mistake(header + "a,1,T,1,0,,\n"),
+              "tags.csv:2: column 5 (count): '0' is no number of values: 1 to 65536");
+    EXPECT_EQ(mistake(header + "a,1,T,1,1,octal,\n"),
+              "tags.csv:2: column 6 (format): unknown format 'octal'; there are unsigned, signed, "
+              "hex, bcd, float");
+    EXPECT_EQ(mistake(header + "a,1,R_W,1,1,float,\n"),
+              "tags.csv:2: column 6 (format): float needs the 32 bits of a double word register");
+    EXPECT_EQ(mistake(header + "a,1,T,1,1,,x,more\n"),
+              "tags.csv:2: column 8: more fields than the header names");
+}
+
+TEST_F(Tags, ANameThatIsThereTwiceNamesBothLines)
+{
+    EXPECT_EQ(mistake(header + "a,1,T,1,1,,\nb,1,T,2,1,,\na,1,T,3,1,,\n"),
+              "tags.csv:4: column 1 (name): 'a' is already on line 2");
+}
+
+TEST_F(Tags, MistakesInTheHeaderAreFound)
+{
+    EXPECT_THAT(mistake(""), HasSubstr("tags.csv:1: the header is missing"));
+    EXPECT_THAT(mistake("name,registre,address\n"),
+                HasSubstr("tags.csv:1: column 2 (registre): unknown column"));
+    EXPECT_EQ(mistake("name,register,address,name\n"),
+              "tags.csv:1: column 4 (name): the column is there twice");
+    EXPECT_EQ(mistake("name,register\n"), "tags.csv:1: the header lacks the column address");
+}
+
+TEST_F(Tags, BrokenQuotesAreFoundWhereTheyStand)
+{
+    EXPECT_THAT(mistake(header + "a,1,T,1,1,,\nb,1,T,\"2\"x,1,,\n"),
+                HasSubstr("tags.csv:3: column 4"));
+    EXPECT_THAT(mistake(header + "a,1,T,1,1,,\nb,1,T,2,1,,\"open\n"), HasSubstr("tags.csv:3: "));
+}
+
+TEST_F(Tags, AFileThatIsNotThereIsNamed)
+{
+    EXPECT_EQ(complaint([&] { readTags(library, "/no/such/tags.csv"); }),
+              "cannot read the tag file /no/such/tags.csv: No such file or directory");
+}
+
+class ItemsTest : public LoadedLibrary {
+protected:
+    ItemsTest()
+    {
+        options.tags = ::testing::TempDir() + "items_test_" +
+                       ::testing::UnitTest::GetInstance()->current_test_info()->name() + ".csv";
+        std::ofstream(options.tags) << header << "speed,1,R_W,100,1,hex,\n"
+                                    << "power,1,R_D,10,2,float,watts\n"
+                                    << "all,0,R_W,5,1,,\n";
+    }
+    ~ItemsTest() override
+    {
+        std::remove(options.tags.c_str());
+    }
+    ItemOptions options;
+};
+
+TEST_F(ItemsTest, ANameStandsForItsTagAndAnythingElseIsAnAddress)
+{
+    const Items items(library, options);
+    EXPECT_EQ(items.find("power", Access::read).address,
+              (Address{1, "R_D", Width::doubleWord, 10, 4}));
+    EXPECT_EQ(items.find("power", Access::read).comment, "watts");
+    EXPECT_EQ(items.find("T:5", Access::read).name, "1/T:5");
+    EXPECT_THAT(complaint([&] { items.find("torque", Access::read); }),
+                HasSubstr("has no tag 'torque'"));
+}
+
+TEST_F(ItemsTest, ArgumentsAreTakenInTheirOrderAndAllTagsWhereThereAreNone)
+{
+    options.arguments = {"T:5", "speed"};
+    const auto chosen = Items(library, options).chosen(Access::read);
+    ASSERT_EQ(chosen.size(), 2u);
+    EXPECT_EQ(chosen[0].name, "1/T:5");
+    EXPECT_EQ(chosen[1].name, "speed");
+
+    options.arguments.clear();
+    const auto all = Items(library, options).chosen(Access::write);
+    ASSERT_EQ(all.size(), 3u);
+    EXPECT_EQ(all[2].name, "all");
+}
+
+TEST_F(ItemsTest, ABroadcastTagCanOnlyBeWritten)
+{
+    const Items items(library, options);
+    EXPECT_EQ(items.find("all", Access::write).address.station, 0);
+    EXPECT_THAT(complaint([&] { items.find("all", Access::read); }), HasSubstr("station 0"));
+}
+
+TEST_F(ItemsTest, TheCommandLinesFormatWinsOverTheTagsOwn)
+{
+    EXPECT_EQ(Items(library, options).find("speed", Access::read).format.notation, Notation::hex);
+    options.format = "signed";
+    EXPECT_EQ(Items(library, options).find("speed", Access::read).format.notation,
+              Notation::signedNumber);
+    options.format.clear();
+    options.wordOrder = "high-first";
+    const Format format = Items(library, options).find("power", Access::read).format;
+    EXPECT_EQ(format.notation, Notation::real);
+    EXPECT_EQ(format.order, WordOrder::highFirst);
+}
+
+TEST_F(ItemsTest, NothingAtAllIsRefused)
+{
+    EXPECT_THAT(complaint([&] { Items(library, ItemOptions()).chosen(Access::read); }),
+                HasSubstr("no address given"));
+    std::ofstream(options.tags) << header;
+    EXPECT_THAT(complaint([&] { Items(library, options).chosen(Access::read); }),
+                HasSubstr("names no tag"));
+}
+
+TEST_F(ItemsTest, AGapThatCutsA32BitValueIsRefused)
+{
+    const auto refused = [this](const char* address, int gap) {
+        Item item;
+        item.address = parseAddress(library, address);
+        return !complaint([&] { requireUntornValues(library, {item}, gap); }).empty();
+    };
+    EXPECT_TRUE(refused("R_D:0..3", 3));
+    EXPECT_TRUE(refused("R_D:0..3", 1));
+    EXPECT_TRUE(refused("R_D:0..1", 1));
+    EXPECT_FALSE(refused("R_D:0..3", 2));
+    EXPECT_FALSE(refused("R_D:0..3", 5));
+    EXPECT_FALSE(refused("R_W:0..30", 3));
+    // No gap: pieces of 123 words.
+    EXPECT_FALSE(refused("R_D:0..121", 0));
+    EXPECT_TRUE(refused("R_D:0..123", 0));
+    EXPECT_FALSE(refused("R_D:0..3997", 20));
+}
+
+} // namespace

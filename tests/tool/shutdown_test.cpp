@@ -1,0 +1,74 @@
+#include "tool/shutdown.h"
+
+#include <csignal>
+#include <gtest/gtest.h>
+
+#include "pty_slave.h"
+
+namespace {
+
+struct Signal {
+    const char* name;
+    int number;
+};
+
+std::ostream& operator<<(std::ostream& out, const Signal& signal)
+{
+    return out << signal.name;
+}
+
+auto handlerOf(int number)
+{
+    struct sigaction action = {};
+    sigaction(number, nullptr, &action);
+    return action.sa_handler;
+}
+
+class Shutdowns : public ::testing::TestWithParam<Signal> {
+protected:
+    Shutdowns()
+    {
+        std::signal(GetParam().number, SIG_DFL); // whoever runs the tests may ignore it
+    }
+    ~Shutdowns() override
+    {
+        std::signal(GetParam().number, SIG_DFL);
+    }
+};
+
+TEST_P(Shutdowns, AreAskedForInTheEventLoop)
+{
+    int asked = 0;
+    const Shutdown shutdown([&asked]() { ++asked; });
+    raise(GetParam().number);
+    EXPECT_EQ(asked, 0) << "a signal comes anywhere: only the event loop may act on it";
+    ASSERT_TRUE(waitUntil([&asked]() { return asked > 0; }));
+    EXPECT_EQ(asked, 1);
+    EXPECT_EQ(handlerOf(GetParam().number), SIG_DFL) << "a second one ends the program at once";
+}
+
+TEST_P(Shutdowns, LeaveAnIgnoredSignalIgnored)
+{
+    std::signal(GetParam().number, SIG_IGN);
+    {
+        const Shutdown shutdown([]() {});
+        EXPECT_EQ(handlerOf(GetParam().number), SIG_IGN);
+    }
+    EXPECT_EQ(handlerOf(GetParam().number), SIG_IGN);
+}
+
+TEST_P(Shutdowns, LeaveTheProgramAsItWas)
+{
+    {
+        const Shutdown shutdown([]() {});
+        EXPECT_NE(handlerOf(GetParam().number), SIG_DFL);
+    }
+    EXPECT_EQ(handlerOf(GetParam().number), SIG_DFL);
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, Shutdowns,
+                         ::testing::Values(Signal{"SIGINT", SIGINT}, Signal{"SIGTERM", SIGTERM},
+                                           Signal{"SIGHUP", SIGHUP}, Signal{"SIGQUIT", SIGQUIT}),
+                         [](const auto& test) { return test.param.name; });
+
+} // namespace

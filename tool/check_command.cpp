@@ -1,0 +1,74 @@
+#include "tool/commands.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <memory>
+
+#include "text/tags.h"
+
+namespace {
+
+struct CheckOptions {
+    LineOptions line;
+    std::vector<std::string> addresses;
+    std::string tags;
+    bool write = false;
+};
+
+// One line an address: valid or not, why, and the address value.
+int runCheck(const CheckOptions& options)
+{
+    const Library library(options.line.library);
+    const std::vector<Tag> tags =
+        options.tags.empty() ? std::vector<Tag>() : readTags(library, options.tags);
+    std::vector<std::string> texts = options.addresses;
+    if (texts.empty())
+        for (const Tag& tag : tags)
+            texts.push_back(tag.name);
+    if (texts.empty())
+        throw UsageFailure("no address given");
+    int exitCode = exitDone;
+    for (const std::string& text : texts) {
+        try {
+            const Tag* const tag = findTag(tags, text);
+            const Address address =
+                tag ? tag->address : parseAddress(library, text, BitNumbers::asTheyAreRead);
+            if (options.write)
+                requireAccess(library, address, Access::write);
+            const int values = valueCount(address);
+            std::printf("%s  valid  address value %d, %d value%s, %s\n", text.c_str(),
+                        address.first, values, values == 1 ? "" : "s",
+                        toText(library, address).c_str());
+        } catch (const AddressFailure& failure) {
+            exitCode = exitFailed;
+            const std::string code =
+                failure.code == checkValid ? "" : " (code " + std::to_string(failure.code) + ")";
+            std::printf("%s  not valid%s  %s\n", text.c_str(), code.c_str(), failure.why.c_str());
+        }
+    }
+    return exitCode;
+}
+
+} // namespace
+
+void addCheckCommand(CLI::App& app, Action& chosen)
+{
+    const auto options = std::make_shared<CheckOptions>();
+    CLI::App* command = app.add_subcommand("check", "Is an address valid, and if not, why");
+    command
+        ->add_option(
+            "address", options->addresses,
+            "[STATION/]REGISTER:FIRST[..LAST]; FIRST and LAST name words, or bits of a bit "
+            "type. A range of R_D names its words, two a value. With --tags, tag names too; with "
+            "--tags alone, every tag")
+        ->option_text("ADDRESS...");
+    addTagOption(*command, options->tags);
+    command->add_flag("--write", options->write, "Ask for an address that is to be written");
+    addLineOptions(*command, options->line);
+    command->footer("Examples:\n"
+                    "  dov417 check R_W:100 M_bit:1.0..1.15 2/R_D:10..13 T:5\n"
+                    "  dov417 check --write 0/R_W:100\n"
+                    "Exits with 1 if any address is not valid.");
+    command->callback(
+        [options, &chosen]() { chosen = [options]() { return runCheck(*options); }; });
+}

@@ -1,0 +1,20 @@
+// The commands, one file each. Each adds itself to the command line; the action that was chosen is
+// run after everything was parsed.
+#ifndef DOV417_HOST_COMMANDS_H
+#define DOV417_HOST_COMMANDS_H
+
+#include "tool/options.h"
+
+void addInfoCommand(CLI::App& app, Action& chosen);
+void addCheckCommand(CLI::App& app, Action& chosen);
+void addSeriesCommand(CLI::App& app, Action& chosen);
+void addPlanCommand(CLI::App& app, Action& chosen);
+void addTraceCommand(CLI::App& app, Action& chosen);
+void addWatchCommand(CLI::App& app, Action& chosen);
+void addReadCommand(CLI::App& app, Action& chosen);
+void addWriteCommand(CLI::App& app, Action& chosen);
+void addRecipeCommand(CLI::App& app, Action& chosen);
+void addSimulateCommand(CLI::App& app, Action& chosen);
+void addDemoCommand(CLI::App& app, Action& chosen);
+
+#endif

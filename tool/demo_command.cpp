@@ -1,0 +1,271 @@
+#include "tool/commands.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include "line/failure.h"
+#include "tool/demo_round.h"
+#include "tool/live_line.h"
+#include "tool/screen.h"
+#include "tool/view_table.h"
+
+namespace {
+
+constexpr int pauseMilliseconds = 2000;      // between two rounds of writes
+constexpr std::chrono::seconds patience(20); // for a round that is under way at the end
+constexpr double usualSeconds = 5;
+
+struct DemoOptions {
+    LineOptions line;
+    double seconds = 0; // 0: until Ctrl-C on a terminal, else the usual
+};
+
+// Every register type, live values and plain memory, in two stations.
+const char* const watched[] = {"1/I_bit:0.0..0.3",
+                               "1/Q_bit:0.0..0.3",
+                               "1/M_bit:1.0..1.3",
+                               "1/R_bit:100.0..100.3",
+                               "1/I_W:1",
+                               "1/Q_W:9",
+                               "1/M_W:8..9",
+                               "1/R_W:0..3",
+                               "1/R_W:110..112",
+                               "1/R_D:120..123",
+                               "1/T:0",
+                               "1/T:100",
+                               "1/C:0",
+                               "1/C:100",
+                               "1/I_bit:9.0",
+                               "1/Q_bit:10.4",
+                               "1/I_W:10",
+                               "2/I_bit:0.0..0.3",
+                               "2/Q_bit:0.0..0.3",
+                               "2/M_bit:1.0..1.3",
+                               "2/R_bit:100.0..100.3",
+                               "2/I_W:1",
+                               "2/Q_W:1",
+                               "2/M_W:8",
+                               "2/R_W:32..33",
+                               "2/R_D:120..121",
+                               "2/T:1",
+                               "2/C:1"};
+
+// Timers and counters that do not run by themselves, so that what is written stays.
+const std::vector<std::string> controllerOptions = {"--hold", "1/T:100", "--hold", "1/C:100"};
+
+double secondsOf(const timeval& time)
+{
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+}
+
+double ownProcessorSeconds()
+{
+    rusage usage = rusage();
+    getrusage(RUSAGE_SELF, &usage);
+    return secondsOf(usage.ru_utime) + secondsOf(usage.ru_stime);
+}
+
+double processorSeconds(long long process)
+{
+    const std::string name = "/proc/" + std::to_string(process) + "/stat";
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(name.c_str(), "r"),
+                                                               &std::fclose);
+    unsigned long user = 0;
+    unsigned long system = 0;
+    if (!file || std::fscanf(file.get(), // NOLINT(cert-err34-c): the kernel's own numbers
+                             "%*d (%*[^)]) %*c %*d %*d %*d %*d %*d %*u %*u %*u %*u %*u %lu %lu",
+                             &user, &system) != 2)
+        return 0;
+    return static_cast<double>(user + system) / static_cast<double>(sysconf(_SC_CLK_TCK));
+}
+
+class Demo {
+public:
+    Demo(const Library& library, const DemoOptions& options, const std::vector<Item>& items)
+        : stats_(options.line.stats), labels_(labelViews(library, items)),
+          addresses_(addressesOf(items)), line_(library, options.line, items, controllerOptions),
+          session_(library, line_.sessionSettings(), line_.lineSettings(), sessionEvents(),
+                   runnerEvents()),
+          round_(library, session_, options.line.mergeGap(), [this]() { roundEnded(); })
+    {
+        const bool untilAsked = options.seconds <= 0 && Screen::isTerminal();
+        if (!untilAsked)
+            seconds_ = options.seconds > 0 ? options.seconds : usualSeconds;
+        pause_.setSingleShot(true);
+        QObject::connect(&pause_, &QTimer::timeout, &pause_, [this]() { round_.start(); });
+        QObject::connect(&redraw_, &QTimer::timeout, &redraw_, [this]() { draw(); });
+    }
+
+    int run()
+    {
+        if (Screen::isTerminal()) {
+            screen_ = std::make_unique<Screen>();
+            line_.beQuiet();
+            redraw_.start(redrawMilliseconds);
+        }
+        session_.watch(addresses_);
+        round_.start();
+        session_.runner().start();
+        if (seconds_ > 0) {
+            const std::chrono::milliseconds time = timerSpan(seconds_);
+            QTimer::singleShot(time, &redraw_, [this]() { timeIsUp(); });
+            QTimer::singleShot(time + patience, &redraw_, [this]() { line_.end(); });
+        }
+        line_.run();
+        session_.runner().stop();
+        screen_.reset();
+        return summary();
+    }
+
+private:
+    SessionEvents sessionEvents()
+    {
+        SessionEvents events;
+        events.written = [this](int number, bool accepted, const std::string& reason) {
+            round_.written(number, accepted, reason);
+        };
+        events.readOnce = [this](int number, bool accepted, const std::string& reason) {
+            round_.readOnce(number, accepted, reason);
+        };
+        events.recipeEnded = [this](bool accepted, const std::string& reason) {
+            round_.recipeEnded(accepted, reason);
+        };
+        events.abandoned = [this](const std::string& request, const std::string& reason) {
+            lastTrouble_ = "given up: " + request + ": " + reason;
+        };
+        return events;
+    }
+
+    RunnerEvents runnerEvents()
+    {
+        RunnerEvents events = line_.runnerEvents();
+        events.port = [this, further = events.port](bool open, const std::string& message) {
+            if (!open)
+                lastTrouble_ = message;
+            further(open, message);
+        };
+        return events;
+    }
+
+    void roundEnded()
+    {
+        if (timeIsUp_)
+            line_.end();
+        else
+            pause_.start(pauseMilliseconds);
+    }
+
+    void timeIsUp()
+    {
+        timeIsUp_ = true;
+        if (!round_.isUnderWay())
+            line_.end();
+    }
+
+    std::vector<std::string> foot()
+    {
+        std::vector<std::string> lines =
+            briefStatistics(session_.runner().statistics(), Clock::now());
+        lines.push_back(round_.status());
+        lines.push_back(processorText());
+        if (!lastTrouble_.empty())
+            lines.push_back("last trouble: " + lastTrouble_);
+        return lines;
+    }
+
+    std::string processorText() const
+    {
+        const double seconds = std::chrono::duration<double>(Clock::now() - started_).count();
+        char text[96];
+        std::snprintf(text, sizeof text, "processor: host %.1f %%, controller %.1f %%",
+                      100 * ownProcessorSeconds() / seconds,
+                      100 * processorSeconds(line_.controller()->processId()) / seconds);
+        return text;
+    }
+
+    void draw()
+    {
+        std::vector<std::string> lines = foot();
+        lines.emplace_back("Ctrl-C ends");
+        screen_->draw(viewTable(session_.views(), labels_, Clock::now()), {}, lines);
+    }
+
+    int summary()
+    {
+        for (const std::string& row : viewTable(session_.views(), labels_, Clock::now()))
+            std::printf("%s\n", row.c_str());
+        std::printf("\n");
+        for (const std::string& row : foot())
+            std::printf("%s\n", row.c_str());
+        if (stats_)
+            std::printf("%s", fullStatistics(session_.runner().statistics(), Clock::now()).c_str());
+        std::fflush(stdout);
+        std::vector<std::string> problems = round_.problems();
+        for (std::size_t i = 0; i < session_.views().size(); ++i)
+            if (!session_.views().at(i).arrived)
+                problems.push_back(labels_.at(i).name + ": no value came");
+        // A person who ends the demo early has not found a fault.
+        if (line_.interruption().empty() && (round_.completed() == 0 || round_.isUnderWay()))
+            problems.push_back("the round of writes did not end");
+        for (const std::string& problem : problems)
+            std::fprintf(stderr, "dov417: %s\n", problem.c_str());
+        if (problems.empty())
+            std::printf("Every address got its value, every write was read back.\n");
+        return line_.exitCode(problems.empty());
+    }
+
+    bool stats_;
+    std::vector<ViewLabel> labels_;
+    std::vector<Address> addresses_;
+    double seconds_ = 0; // 0: no end
+    bool timeIsUp_ = false;
+    std::string lastTrouble_;
+    Clock::time_point started_ = Clock::now();
+    std::unique_ptr<Screen> screen_;
+    QTimer redraw_;
+    QTimer pause_;
+    LiveLine line_;
+    Session session_;
+    DemoRound round_;
+};
+
+int runDemo(DemoOptions options)
+{
+    options.line.simulated = options.line.port.empty();
+    if (!options.line.simulated)
+        throw UsageFailure("the demo brings its own controller; on a port there is watch");
+    const Library library(options.line.library);
+    ItemOptions texts;
+    texts.arguments.assign(std::begin(watched), std::end(watched));
+    const std::vector<Item> items = Items(library, texts).chosen(Access::read);
+    return Demo(library, options, items).run();
+}
+
+} // namespace
+
+void addDemoCommand(CLI::App& app, Action& chosen)
+{
+    const auto options = std::make_shared<DemoOptions>();
+    CLI::App* command =
+        app.add_subcommand("demo", "The driver against a simulated controller, without hardware");
+    command
+        ->add_option("--seconds", options->seconds,
+                     "End after so many seconds; else Ctrl-C ends it, or 5 seconds where there is "
+                     "no terminal")
+        ->option_text("N")
+        ->check(positive);
+    addLineOptions(*command, options->line);
+    command->footer("Starts a controller on a pseudo-terminal, polls all register types of two "
+                    "stations, writes values and reads them back, moves a recipe to the controller "
+                    "and back.\n"
+                    "Examples:\n"
+                    "  dov417 demo\n"
+                    "  dov417 demo --seconds 10 --log demo.log\n"
+                    "Exits with 1 if an address never got a value or a written value was not read "
+                    "back.");
+    command->callback([options, &chosen]() { chosen = [options]() { return runDemo(*options); }; });
+}

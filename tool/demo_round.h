@@ -1,0 +1,53 @@
+// What the demo does with the controller, over and over: writes of every register type, each read
+// back, and a recipe to the controller and back again.
+#ifndef DOV417_HOST_DEMO_ROUND_H
+#define DOV417_HOST_DEMO_ROUND_H
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "session/recipe_job.h"
+#include "session/session.h"
+#include "session/write_job.h"
+
+class DemoRound {
+public:
+    DemoRound(const Library& library, Session& session, int gap, std::function<void()> done);
+
+    void start();
+    bool isUnderWay() const;
+    int completed() const;
+    std::string status() const;
+    const std::vector<std::string>& problems() const;
+
+    // To be told of the session's outcomes.
+    void written(int number, bool accepted, const std::string& reason);
+    void readOnce(int number, bool accepted, const std::string& reason);
+    void recipeEnded(bool accepted, const std::string& reason);
+
+private:
+    enum class Stage {
+        pause,
+        writes,
+        download,
+        upload
+    };
+
+    void writesDone();
+    void recipeDone();
+    void compareRecipes();
+
+    const Library& library_;
+    std::function<void()> done_;
+    Stage stage_ = Stage::pause;
+    int completed_ = 0;
+    int confirmed_ = 0;
+    int recipeWords_ = 0;
+    std::vector<std::string> problems_;
+    std::vector<RecipeEntry> sentRecipe_;
+    WriteJob writeJob_;
+    RecipeJob recipeJob_;
+};
+
+#endif

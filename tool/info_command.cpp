@@ -1,0 +1,66 @@
+#include "tool/commands.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <memory>
+
+#include "driver/registers.h"
+
+namespace {
+
+const char* widthText(Width width)
+{
+    switch (width) {
+    case Width::bit:
+        return "bit";
+    case Width::word:
+        return "16 bits";
+    case Width::doubleWord:
+        return "32 bits";
+    }
+    return "";
+}
+
+// Protocol name: the last item before the register names.
+std::string protocolName(const Library& library, std::size_t registers)
+{
+    QString parameter;
+    library.intf_getDriverParameter(parameter);
+    const QStringList items = parameter.split(QLatin1Char(','));
+    const int at = items.size() - static_cast<int>(registers) - 1;
+    return at < 0 ? std::string() : items.at(at).toStdString();
+}
+
+int runInfo(const LineOptions& options)
+{
+    const Library library(options.library);
+    const std::vector<RegisterType> types = registerTypes(library);
+    int protocolType = 0;
+    library.intf_getProtocolType(&protocolType);
+    std::printf("library       %s\n", library.path().c_str());
+    std::printf("version       %s\n", library.intf_getVersion().toStdString().c_str());
+    std::printf("protocol      %s (type %d)\n", protocolName(library, types.size()).c_str(),
+                protocolType);
+    std::printf("default line  %s\n\n", defaultLine(library).c_str());
+    std::printf("%-8s  %-8s  %-6s  %-7s  %-7s  %s\n", "register", "format", "lowest", "highest",
+                "width", "access");
+    for (const RegisterType& type : types)
+        std::printf("%-8s  %-8s  %-6s  %-7s  %-7s  %s\n", type.name.c_str(), type.format.c_str(),
+                    type.lowest.c_str(), type.highest.c_str(), widthText(type.width),
+                    type.access.c_str());
+    return exitDone;
+}
+
+} // namespace
+
+void addInfoCommand(CLI::App& app, Action& chosen)
+{
+    const auto options = std::make_shared<LineOptions>();
+    CLI::App* command =
+        app.add_subcommand("info", "What the library is and which registers it has");
+    addLineOptions(*command, *options);
+    command->footer("Examples:\n"
+                    "  dov417 info\n"
+                    "  dov417 info --library ./libdov417modbus.so");
+    command->callback([options, &chosen]() { chosen = [options]() { return runInfo(*options); }; });
+}

@@ -1,0 +1,78 @@
+#include <CLI/CLI.hpp>
+#include <QCoreApplication>
+#include <QtGlobal>
+#include <clocale>
+#include <cstdio>
+#include <exception>
+
+#include "line/failure.h"
+#include "tool/commands.h"
+
+namespace {
+
+// The driver tells its planning on the debug stream; a tool's output is not the place for it.
+void keepOutDebugLines(QtMsgType type, const QMessageLogContext&, const QString& message)
+{
+    if (type != QtDebugMsg)
+        std::fprintf(stderr, "%s\n", qPrintable(message));
+}
+
+int run(int argc, char** argv)
+{
+    qInstallMessageHandler(keepOutDebugLines);
+    QCoreApplication application(argc, argv);
+    // Qt takes the user's locale; numbers in files and on the screen keep their point.
+    std::setlocale(LC_NUMERIC, "C");
+
+    CLI::App app("Runs the panel driver on a serial line, and tells what it would do there.",
+                 "dov417");
+    app.set_version_flag("--version", DOV417_VERSION);
+    app.require_subcommand(0, 1);
+    app.footer("dov417 COMMAND --help tells more, with examples.");
+    Action chosen;
+    addInfoCommand(app, chosen);
+    addCheckCommand(app, chosen);
+    addSeriesCommand(app, chosen);
+    addPlanCommand(app, chosen);
+    addTraceCommand(app, chosen);
+    addWatchCommand(app, chosen);
+    addReadCommand(app, chosen);
+    addWriteCommand(app, chosen);
+    addRecipeCommand(app, chosen);
+    addSimulateCommand(app, chosen);
+    addDemoCommand(app, chosen);
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        if (argc > 1 && argv[1][0] != '-' && app.get_subcommands().empty())
+            throw UsageFailure(std::string("there is no command '") + argv[1] +
+                               "'; dov417 --help lists them");
+        // --help and --version come this way too.
+        return app.exit(error) == 0 ? exitDone : exitUsage;
+    }
+    if (!chosen) {
+        std::fprintf(stderr, "%s", app.help().c_str());
+        return exitUsage;
+    }
+    const int exitCode = chosen();
+    // A full disk, if the output goes to a file.
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
+        throw Failure("the output could not be written");
+    return exitCode;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    try {
+        return run(argc, argv);
+    } catch (const UsageFailure& failure) {
+        std::fprintf(stderr, "dov417: %s\n", failure.what());
+        return exitUsage;
+    } catch (const std::exception& failure) {
+        std::fprintf(stderr, "dov417: %s\n", failure.what());
+        return exitFailed;
+    }
+}

@@ -1,0 +1,137 @@
+#include "tool/options.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+
+namespace {
+
+const char* const lineGroup = "Line";
+const char* const valueGroup = "Values";
+// More than a request can span says nothing new.
+const int widestGap = 65535;
+const double longestSeconds = 2e6;
+
+} // namespace
+
+void addLineOptions(CLI::App& command, LineOptions& options)
+{
+    command.add_option("--port", options.port, "Serial port, as in /dev/ttyUSB0")
+        ->option_text("DEVICE")
+        ->group(lineGroup);
+    command
+        .add_option("--line", options.line,
+                    "Baud rate, data bits, parity, stop bits, as in 38400,8,EVEN,1; else the "
+                    "library's own")
+        ->option_text("LINE")
+        ->group(lineGroup)
+        ->check([](const std::string& text) {
+            try {
+                parseWireFormat(text);
+            } catch (const UsageFailure& failure) {
+                return std::string(failure.what());
+            }
+            return std::string();
+        });
+    command
+        .add_option("--timeout", options.timeoutMs,
+                    "How long to wait for a reply (" + std::to_string(usualTimeoutMs) + ")")
+        ->option_text("MS")
+        ->group(lineGroup)
+        ->check(CLI::Range(1, longestMs));
+    command
+        .add_option("--retries", options.retries,
+                    "Bad or missing replies in a row until a request is given up (" +
+                        std::to_string(usualRetries) + ")")
+        ->option_text("N")
+        ->group(lineGroup)
+        ->check(CLI::Range(1, 1000));
+    command
+        .add_option("--gap", options.gap,
+                    "Widest hole in words that one read bridges (" + std::to_string(usualMergeGap) +
+                        "). It is also the longest piece of a write, so one that would cut a "
+                        "32-bit value in two is refused")
+        ->option_text("N")
+        ->group(lineGroup)
+        ->check(CLI::Range(0, widestGap));
+    command
+        .add_option("--turnaround", options.turnaroundMs,
+                    "What a controller takes before it answers, in plan (0), and to digest a "
+                    "broadcast (" +
+                        std::to_string(usualBroadcastTurnaroundMs) + ")")
+        ->option_text("MS")
+        ->group(lineGroup)
+        ->check(CLI::Range(0, longestMs));
+    command
+        .add_option("--library", options.library,
+                    "The driver library; else it is looked for next to the tool, in its library "
+                    "folder and where the linker looks")
+        ->option_text("PATH")
+        ->group(lineGroup)
+        ->check([](const std::string& path) { return path.empty() ? "no path" : ""; });
+    command
+        .add_option("--log", options.log,
+                    "Record every frame with time, direction, bytes and meaning; see trace")
+        ->option_text("FILE")
+        ->group(lineGroup);
+    command
+        .add_flag("--simulated", options.simulated,
+                  "An own controller on a pseudo-terminal instead of a port")
+        ->group(lineGroup);
+    command.add_flag("--stats", options.stats, "Print the line's counters at the end")
+        ->group(lineGroup);
+}
+
+WireFormat wireFormat(const Library& library, const LineOptions& options)
+{
+    return parseWireFormat(options.line.empty() ? defaultLine(library) : options.line);
+}
+
+void addTagOption(CLI::App& command, std::string& tags)
+{
+    command
+        .add_option("--tags", tags,
+                    "Tag file: CSV with the header name,station,register,address,count,format,"
+                    "comment. Tag names then stand for addresses")
+        ->option_text("FILE")
+        ->group(valueGroup);
+}
+
+void addItemOptions(CLI::App& command, ItemOptions& options)
+{
+    addTagOption(command, options.tags);
+    command
+        .add_option("--format", options.format,
+                    "How values are written: unsigned, signed, hex, bcd or float, with :low-first "
+                    "or :high-first appended for the word order; wins over a tag's own")
+        ->option_text("FORMAT")
+        ->group(valueGroup);
+    command
+        .add_option("--word-order", options.wordOrder,
+                    "Which word of a 32-bit value has the lower address: low-first (the driver's "
+                    "own) or high-first")
+        ->option_text("ORDER")
+        ->group(valueGroup)
+        ->check(CLI::IsMember(wordOrderNames()));
+}
+
+void addAddressArguments(CLI::App& command, ItemOptions& options)
+{
+    command
+        .add_option("address", options.arguments,
+                    "[STATION/]REGISTER:FIRST[..LAST], as in R_W:100, R_W:100..107, "
+                    "M_bit:1.0..1.15, 2/R_D:10..13, T:5; or tag names. With --tags alone: every "
+                    "tag")
+        ->option_text("ADDRESS...");
+    addItemOptions(command, options);
+}
+
+std::string positive(const std::string& text)
+{
+    return CLI::PositiveNumber(text).empty() ? "" : text + " is not more than 0";
+}
+
+std::chrono::milliseconds timerSpan(double seconds)
+{
+    const std::chrono::duration<double> span(std::min(seconds, longestSeconds));
+    return std::chrono::duration_cast<std::chrono::milliseconds>(span);
+}

@@ -1,0 +1,158 @@
+#include "tool/commands.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <memory>
+
+#include "line/line_log.h"
+#include "session/items.h"
+#include "session/planning.h"
+
+namespace {
+
+using std::chrono::microseconds;
+
+struct PlanOptions {
+    LineOptions line;
+    ItemOptions items;
+};
+
+double milliseconds(microseconds time)
+{
+    return static_cast<double>(time.count()) / 1000.0;
+}
+
+std::string count(int number, const std::string& what)
+{
+    return std::to_string(number) + " " + what + (number == 1 ? "" : "s");
+}
+
+// The words of a stretch, under the word type's name where bits or double words were asked for.
+std::string wordsText(int station, const std::string& regName, int first, int words)
+{
+    return std::to_string(station) + "/" + regName + ":" + std::to_string(first) +
+           (words > 1 ? ".." + std::to_string(first + words - 1) : "");
+}
+
+std::string wordsText(const Stretch& stretch)
+{
+    const std::string area = areaOf(stretch.regName);
+    const std::string name = area == stretch.regName ? area : area + "_W";
+    return wordsText(stretch.station, name, stretch.first, stretch.count);
+}
+
+void printLine(const WireFormat& wire, microseconds turnaround)
+{
+    std::printf("line %s: %d bits a character, %.3f ms; silence %.3f ms; turnaround %.3f ms\n",
+                toText(wire).c_str(), wire.bitsPerCharacter(), milliseconds(wire.characters(1)),
+                milliseconds(wire.silence()), milliseconds(turnaround));
+}
+
+void printPlan(const Plan& plan, int gap)
+{
+    std::printf("gap %d: %s, cycle %.2f ms\n\n", gap,
+                count(static_cast<int>(plan.requests.size()), "request").c_str(),
+                milliseconds(plan.cycle));
+    std::printf("%3s  %-18s  %-24s  %9s  %10s\n", "", "request", "bytes", "reply", "time");
+    int number = 0;
+    for (const PlannedRequest& request : plan.requests) {
+        const std::string words =
+            wordsText(request.station, request.regName, request.address, request.length);
+        std::printf("%3d  %-18s  %-24s  %3d bytes  %7.2f ms\n", ++number, words.c_str(),
+                    hexText(request.bytes).c_str(), request.replyLength,
+                    milliseconds(request.time));
+    }
+}
+
+void printWarnings(const Library& library, const Planner& planner, const Plan& plan,
+                   const std::vector<Item>& items, int gap)
+{
+    for (std::size_t i = 0; i < plan.requests.size(); ++i) {
+        const PlannedRequest& request = plan.requests[i];
+        if (request.isAboveLimit())
+            std::printf("! request %zu asks for %d %s; a strict controller answers at most %d and "
+                        "refuses it with exception 3\n",
+                        i + 1, request.coils() > 0 ? request.coils() : request.length,
+                        request.coils() > 0 ? "coils" : "registers",
+                        request.coils() > 0 ? mostCoils : mostRegisters);
+    }
+    for (const Stretch& stretch : planner.uncovered(plan))
+        std::printf("! no request reads %s: a shorter address lies inside a longer one that was "
+                    "cut; name the longer one in pieces of at most 128 words\n",
+                    wordsText(stretch).c_str());
+    for (const Stretch& value : planner.divided(plan))
+        std::printf("! two requests read the 32-bit value at %s: its words are not of one moment\n",
+                    wordsText(value.station, value.regName, value.first, value.count).c_str());
+    try {
+        requireUntornValues(library, items, gap);
+    } catch (const UsageFailure& failure) {
+        std::printf("! writing: %s\n", failure.what());
+    }
+}
+
+std::string gapText(const GapOutcome& outcome)
+{
+    const std::string first = std::to_string(outcome.firstGap);
+    if (outcome.lastGap < 0)
+        return first + " and more";
+    return outcome.lastGap == outcome.firstGap ? first
+                                               : first + ".." + std::to_string(outcome.lastGap);
+}
+
+void printOutcomes(const std::vector<GapOutcome>& outcomes)
+{
+    const int best = bestOutcome(outcomes);
+    std::printf("\n%-12s  %8s  %11s\n", "gap", "requests", "cycle");
+    for (std::size_t i = 0; i < outcomes.size(); ++i) {
+        const GapOutcome& outcome = outcomes[i];
+        std::string notes;
+        if (static_cast<int>(i) == best)
+            notes += "  best";
+        if (outcome.aboveLimit > 0)
+            notes += "  " + std::to_string(outcome.aboveLimit) + " above the limit";
+        if (outcome.uncoveredWords > 0)
+            notes += "  " + count(outcome.uncoveredWords, "word") + " not read";
+        std::printf("%-12s  %8d  %8.2f ms%s\n", gapText(outcome).c_str(), outcome.requests,
+                    milliseconds(outcome.cycle), notes.c_str());
+    }
+}
+
+int runPlan(const PlanOptions& options)
+{
+    const Library library(options.line.library);
+    const WireFormat wire = wireFormat(library, options.line);
+    const microseconds turnaround =
+        std::chrono::milliseconds(options.line.turnaroundMs.value_or(0));
+    const std::vector<Item> items = Items(library, options.items).chosen(Access::read);
+    const std::vector<Address> addresses = addressesOf(items);
+
+    const Planner planner(library, addresses, wire, turnaround);
+    const int gap = options.line.mergeGap();
+    const Plan plan = planner.plan(gap);
+    printLine(wire, turnaround);
+    printPlan(plan, gap);
+    printWarnings(library, planner, plan, items, gap);
+    if (!options.line.gap)
+        printOutcomes(planner.outcomes());
+    return exitDone;
+}
+
+} // namespace
+
+void addPlanCommand(CLI::App& app, Action& chosen)
+{
+    const auto options = std::make_shared<PlanOptions>();
+    CLI::App* command =
+        app.add_subcommand("plan", "What the driver will send for these addresses, and how long a "
+                                   "cycle takes on the wire");
+    addAddressArguments(*command, options->items);
+    addLineOptions(*command, options->line);
+    command->footer(
+        "Examples:\n"
+        "  dov417 plan R_W:100..107 R_W:120 M_bit:1.0..1.15 2/R_D:10..13\n"
+        "  dov417 plan R_W:100 R_W:115 --line 9600,8,NONE,1 --turnaround 5\n"
+        "  dov417 plan R_W:100 R_W:115 --gap 10\n"
+        "A read carries its characters, a silence before it and one before its reply, and the\n"
+        "controller's turnaround. Without --gap the cycle time of every gap is listed too.");
+    command->callback([options, &chosen]() { chosen = [options]() { return runPlan(*options); }; });
+}

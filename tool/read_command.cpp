@@ -1,0 +1,73 @@
+#include "tool/commands.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <memory>
+
+#include "session/single_reads.h"
+#include "tool/live_line.h"
+#include "tool/view_table.h"
+
+namespace {
+
+struct ReadOptions {
+    LineOptions line;
+    ItemOptions items;
+};
+
+int runRead(const ReadOptions& options)
+{
+    const Library library(options.line.library);
+    const std::vector<Item> items = Items(library, options.items).chosen(Access::read);
+    requireUntornValues(library, items, options.line.mergeGap());
+    LiveLine line(library, options.line, items);
+    line.endWithoutPort();
+
+    SingleReads* reads = nullptr;
+    SessionEvents events;
+    events.readOnce = [&reads](int number, bool accepted, const std::string& reason) {
+        reads->settle(number, accepted, reason);
+    };
+    Session session(library, line.sessionSettings(), line.lineSettings(), events,
+                    line.runnerEvents());
+    SingleReads all(session, options.line.mergeGap(), [&line]() { line.end(); });
+    reads = &all;
+    all.start(addressesOf(items));
+    session.runner().start();
+    line.run();
+
+    bool complete = true;
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        const std::string problem = all.isDone() ? all.problem(i) : line.interruption();
+        if (!problem.empty()) {
+            complete = false;
+            std::fprintf(stderr, "dov417: %s: %s\n", items.at(i).name.c_str(), problem.c_str());
+            continue;
+        }
+        std::string text;
+        for (const std::string& value : cachedTexts(library, items.at(i)))
+            text += " " + value;
+        std::printf("%s =%s\n", items.at(i).name.c_str(), text.c_str());
+    }
+    if (options.line.stats)
+        std::printf("%s", fullStatistics(session.runner().statistics(), Clock::now()).c_str());
+    return line.exitCode(complete);
+}
+
+} // namespace
+
+void addReadCommand(CLI::App& app, Action& chosen)
+{
+    const auto options = std::make_shared<ReadOptions>();
+    CLI::App* command = app.add_subcommand("read", "Each value once, then exit");
+    addAddressArguments(*command, options->items);
+    addLineOptions(*command, options->line);
+    command->footer("Bits are read with the word that holds them: the driver frames no single "
+                    "read of bits.\n"
+                    "Examples:\n"
+                    "  dov417 read --simulated R_W:100..107 M_bit:1.0..1.15 T:5\n"
+                    "  dov417 read --simulated R_D:10..13 --format float:high-first\n"
+                    "On a real line, --port /dev/ttyUSB0 stands for --simulated.\n"
+                    "Exits with 1 if a value could not be read, and says which and why.");
+    command->callback([options, &chosen]() { chosen = [options]() { return runRead(*options); }; });
+}

@@ -1,0 +1,89 @@
+#include "tool/commands.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <memory>
+
+#include "text/tags.h"
+
+namespace {
+
+// Results of intf_multiCopy().
+const int seriesClipped = 2;
+// A series longer than any area only repeats its last address.
+const int mostCopies = 65536;
+
+struct SeriesOptions {
+    LineOptions line;
+    std::string regName;
+    std::string start;
+    std::string tags;
+    int count = 1;
+    int step = 1;
+};
+
+Address startOf(const Library& library, const SeriesOptions& options)
+{
+    if (!options.start.empty())
+        return parseAddress(library, options.regName + ":" + options.start);
+    if (options.tags.empty())
+        throw UsageFailure("the first address is missing");
+    const std::vector<Tag> tags = readTags(library, options.tags);
+    const Tag* const tag = findTag(tags, options.regName);
+    if (!tag)
+        throw UsageFailure(options.tags + " has no tag '" + options.regName + "'");
+    return tag->address;
+}
+
+int runSeries(const SeriesOptions& options)
+{
+    const Library library(options.line.library);
+    const Address start = startOf(library, options);
+    QVector<QString> texts;
+    QVector<int> values;
+    const int result = library.intf_multiCopy(QString::fromStdString(start.regName), start.first,
+                                              options.count, options.step, texts, values);
+    for (int i = 0; i < texts.size(); ++i)
+        std::printf("%s:%s  %d\n", start.regName.c_str(), texts.at(i).toStdString().c_str(),
+                    values.at(i));
+    if (result == seriesClipped) {
+        std::fprintf(stderr,
+                     "dov417: the series runs past the highest address and ends in a repetition "
+                     "of it\n");
+        return exitFailed;
+    }
+    return exitDone;
+}
+
+} // namespace
+
+void addSeriesCommand(CLI::App& app, Action& chosen)
+{
+    const auto options = std::make_shared<SeriesOptions>();
+    CLI::App* command =
+        app.add_subcommand("series", "A series of addresses for copies of one item");
+    command->add_option("register", options->regName, "Register type, as in R_W; or a tag's name")
+        ->option_text("REGISTER")
+        ->required();
+    command
+        ->add_option("start", options->start,
+                     "First address in the type's own form, as in 1.15; a tag has its own")
+        ->option_text("[START]");
+    addTagOption(*command, options->tags);
+    command->add_option("--count", options->count, "How many addresses (1)")
+        ->option_text("N")
+        ->check(CLI::Range(0, mostCopies));
+    command
+        ->add_option("--step", options->step,
+                     "Distance of two addresses in words, or in bits of a bit type (1); -1: one "
+                     "16-bit unit, -2: one 32-bit value")
+        ->option_text("S");
+    addLineOptions(*command, options->line);
+    command->footer("Examples:\n"
+                    "  dov417 series R_W 10 --count 3 --step 5\n"
+                    "  dov417 series M_bit 1.15 --count 3\n"
+                    "  dov417 series R_D 0 --count 3 --step -2\n"
+                    "Exits with 1 if the series was clipped at the highest address.");
+    command->callback(
+        [options, &chosen]() { chosen = [options]() { return runSeries(*options); }; });
+}

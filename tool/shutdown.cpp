@@ -1,0 +1,61 @@
+#include "tool/shutdown.h"
+
+#include <QSocketNotifier>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <system_error>
+#include <unistd.h>
+#include <utility>
+
+namespace {
+
+constexpr std::array<int, 4> signalNumbers = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
+std::array<int, 2> channel = {-1, -1}; // a handler may do no more than write a byte
+
+void handle(int)
+{
+    const int error = errno;
+    const char byte = 0;
+    if (write(channel[1], &byte, 1) < 0) {
+        // The channel is full of unheard requests; there is nobody to tell.
+    }
+    errno = error;
+}
+
+// What the caller has ignored, as nohup does, stays ignored.
+void install(void (*handler)(int), int flags)
+{
+    struct sigaction action = {};
+    action.sa_handler = handler;
+    action.sa_flags = flags;
+    for (const int number : signalNumbers) {
+        struct sigaction before = {};
+        if (sigaction(number, nullptr, &before) == 0 && before.sa_handler != SIG_IGN)
+            sigaction(number, &action, nullptr);
+    }
+}
+
+} // namespace
+
+Shutdown::Shutdown(std::function<void()> asked) : asked_(std::move(asked))
+{
+    if (pipe2(channel.data(), O_CLOEXEC | O_NONBLOCK) != 0)
+        throw std::system_error(errno, std::generic_category(), "pipe2");
+    notifier_ = std::make_unique<QSocketNotifier>(channel[0], QSocketNotifier::Read);
+    QObject::connect(notifier_.get(), &QSocketNotifier::activated, notifier_.get(), [this]() {
+        char bytes[16];
+        if (read(channel[0], bytes, sizeof bytes) > 0)
+            asked_();
+    });
+    install(handle, static_cast<int>(SA_RESTART | SA_RESETHAND));
+}
+
+Shutdown::~Shutdown()
+{
+    install(SIG_DFL, 0);
+    notifier_.reset();
+    close(channel[0]);
+    close(channel[1]);
+}

@@ -1,0 +1,103 @@
+#include "tool/view_table.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace {
+
+using Row = std::vector<std::string>;
+
+std::string textOf(const View& view, const ViewLabel& label, const ValueBytes& value)
+{
+    return valueTexts(view.address.width, label.format, value.data(), 1).front();
+}
+
+std::string ageText(const View& view, Clock::time_point now)
+{
+    if (!view.arrived)
+        return "never";
+    char text[32];
+    std::snprintf(text, sizeof text, "%.1f s",
+                  std::chrono::duration<double>(now - view.refreshed).count());
+    return text;
+}
+
+// The first columns to the left, the numbers behind them to the right.
+std::vector<std::string> aligned(const std::vector<Row>& rows, std::size_t textColumns)
+{
+    std::vector<std::size_t> widths(rows.front().size());
+    for (const Row& row : rows)
+        for (std::size_t c = 0; c < row.size(); ++c)
+            widths.at(c) = std::max(widths.at(c), row.at(c).size());
+    std::vector<std::string> lines;
+    for (const Row& row : rows) {
+        std::string line;
+        for (std::size_t c = 0; c < row.size(); ++c) {
+            const std::string padding(widths.at(c) - row.at(c).size(), ' ');
+            line += (c == 0 ? "" : "  ") +
+                    (c < textColumns ? row.at(c) + padding : padding + row.at(c));
+        }
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+} // namespace
+
+std::vector<ViewLabel> labelViews(const Library& library, const std::vector<Item>& items)
+{
+    std::vector<ViewLabel> labels;
+    for (const Item& item : items) {
+        const int count = valueCount(item.address);
+        const int step = item.address.length / std::max(1, count);
+        const bool isTag = item.name != toText(library, item.address);
+        for (int i = 0; i < count; ++i) {
+            const Address& address = item.address;
+            ViewLabel label;
+            label.address = std::to_string(address.station) + "/" + address.regName + ":" +
+                            addressText(library, address.regName, address.first + i * step);
+            label.name = !isTag       ? label.address
+                         : count == 1 ? item.name
+                                      : item.name + "[" + std::to_string(i) + "]";
+            label.format = item.format;
+            labels.push_back(label);
+        }
+    }
+    return labels;
+}
+
+std::vector<std::string> cachedTexts(const Library& library, const Item& item)
+{
+    return valueTexts(item.address.width, item.format, cachedBytes(library, item.address).data(),
+                      valueCount(item.address));
+}
+
+std::string valueText(const View& view, const ViewLabel& label)
+{
+    return view.arrived ? textOf(view, label, view.value) : "?";
+}
+
+std::string previousText(const View& view, const ViewLabel& label)
+{
+    return view.changes > 0 ? textOf(view, label, view.previous) : "";
+}
+
+std::vector<std::string> viewTable(const std::vector<View>& views,
+                                   const std::vector<ViewLabel>& labels, Clock::time_point now)
+{
+    // Names that only repeat the addresses are left out.
+    const bool named = std::any_of(labels.begin(), labels.end(), [](const ViewLabel& label) {
+        return label.name != label.address;
+    });
+    std::vector<Row> rows = {{"address", "value", "previous", "age", "changes"}};
+    for (std::size_t i = 0; i < views.size(); ++i)
+        rows.push_back({labels.at(i).address, valueText(views.at(i), labels.at(i)),
+                        previousText(views.at(i), labels.at(i)), ageText(views.at(i), now),
+                        std::to_string(views.at(i).changes)});
+    if (named) {
+        rows.front().insert(rows.front().begin(), "name");
+        for (std::size_t i = 0; i < views.size(); ++i)
+            rows.at(i + 1).insert(rows.at(i + 1).begin(), labels.at(i).name);
+    }
+    return aligned(rows, named ? 2 : 1);
+}

@@ -1,0 +1,31 @@
+// Views and their values as the rows of a table.
+#ifndef DOV417_HOST_VIEW_TABLE_H
+#define DOV417_HOST_VIEW_TABLE_H
+
+#include <string>
+#include <vector>
+
+#include "session/items.h"
+#include "session/session.h"
+
+// What a view is called and how its value is written.
+struct ViewLabel {
+    std::string name;    // of the tag, with [n] for the nth of several values; else the address
+    std::string address; // "1/R_W:100"
+    Format format;
+};
+
+// One label for each view that a session makes of these items, in the same order.
+std::vector<ViewLabel> labelViews(const Library& library, const std::vector<Item>& items);
+
+// The values of an item as the driver's cache holds them.
+std::vector<std::string> cachedTexts(const Library& library, const Item& item);
+
+std::string valueText(const View& view, const ViewLabel& label);
+std::string previousText(const View& view, const ViewLabel& label);
+
+// A heading and a row each: name, address, value, previous value, age, changes.
+std::vector<std::string> viewTable(const std::vector<View>& views,
+                                   const std::vector<ViewLabel>& labels, Clock::time_point now);
+
+#endif

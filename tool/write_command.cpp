@@ -1,0 +1,149 @@
+#include "tool/commands.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <memory>
+
+#include "session/write_job.h"
+#include "tool/live_line.h"
+#include "tool/view_table.h"
+
+namespace {
+
+struct WriteOptions {
+    LineOptions line;
+    ItemOptions items; // without addresses of its own
+    std::vector<std::string> assignments;
+};
+
+std::vector<std::string> splitAtCommas(const std::string& text)
+{
+    std::vector<std::string> parts;
+    std::size_t from = 0;
+    for (;;) {
+        const std::size_t comma = text.find(',', from);
+        parts.push_back(text.substr(from, comma - from));
+        if (comma == std::string::npos)
+            return parts;
+        from = comma + 1;
+    }
+}
+
+WriteTask parseAssignment(const Items& items, const std::string& text)
+{
+    const std::size_t equals = text.find('=');
+    if (equals == std::string::npos)
+        throw UsageFailure(text + ": a write is ADDRESS=VALUE[,VALUE...], as in R_W:100=1500");
+    WriteTask task;
+    task.item = items.find(text.substr(0, equals), Access::write);
+    const std::vector<std::string> values = splitAtCommas(text.substr(equals + 1));
+    try {
+        requireCount(valueCount(task.item.address), values);
+        task.data = valueBytes(task.item.address.width, task.item.format, values);
+    } catch (const UsageFailure& failure) {
+        throw UsageFailure(task.item.name + ": " + failure.what());
+    }
+    return task;
+}
+
+std::string joined(const Item& item, const std::vector<unsigned char>& bytes)
+{
+    std::string text;
+    for (const std::string& value :
+         valueTexts(item.address.width, item.format, bytes.data(), valueCount(item.address)))
+        text += (text.empty() ? "" : " ") + value;
+    return text;
+}
+
+std::string report(const WriteTask& task, const std::string& interruption)
+{
+    std::string head = task.item.name + " = " + joined(task.item, task.data) + ": ";
+    switch (task.result) {
+    case WriteResult::confirmed:
+        return head + "written and read back" +
+               (task.before.empty() ? "" : ", was " + joined(task.item, task.before));
+    case WriteResult::sent:
+        return head + "sent to all stations; nobody confirms a broadcast";
+    case WriteResult::refused:
+        return head + "given up, NOT confirmed: " + task.reason;
+    case WriteResult::unread:
+        return head + "taken, but reading it back failed: " + task.reason;
+    case WriteResult::different:
+        return head + "taken, but it reads back as " + joined(task.item, task.after);
+    case WriteResult::waiting:
+        return head + "NOT confirmed: " + interruption;
+    }
+    return head;
+}
+
+int runWrite(const WriteOptions& options)
+{
+    const Library library(options.line.library);
+    const Items known(library, options.items);
+    std::vector<WriteTask> tasks;
+    std::vector<Item> items;
+    for (const std::string& assignment : options.assignments) {
+        tasks.push_back(parseAssignment(known, assignment));
+        items.push_back(tasks.back().item);
+    }
+    requireUntornValues(library, items, options.line.mergeGap());
+    LiveLine line(library, options.line, items);
+    line.endWithoutPort();
+
+    WriteJob* job = nullptr;
+    SessionEvents events;
+    events.readOnce = [&job](int number, bool accepted, const std::string& reason) {
+        job->readOnce(number, accepted, reason);
+    };
+    events.written = [&job](int number, bool accepted, const std::string& reason) {
+        job->written(number, accepted, reason);
+    };
+    Session session(library, line.sessionSettings(), line.lineSettings(), events,
+                    line.runnerEvents());
+    WriteJob writes(library, session, options.line.mergeGap(), [&line]() { line.end(); });
+    job = &writes;
+    writes.start(tasks);
+    session.runner().start();
+    line.run();
+
+    bool complete = true;
+    for (const WriteTask& task : writes.tasks()) {
+        const bool done = task.result == WriteResult::confirmed || task.result == WriteResult::sent;
+        complete = complete && done;
+        std::fprintf(done ? stdout : stderr, "%s%s\n",
+                     done ? "" : "dov417: ", report(task, line.interruption()).c_str());
+    }
+    if (options.line.stats)
+        std::printf("%s", fullStatistics(session.runner().statistics(), Clock::now()).c_str());
+    return line.exitCode(complete);
+}
+
+} // namespace
+
+void addWriteCommand(CLI::App& app, Action& chosen)
+{
+    const auto options = std::make_shared<WriteOptions>();
+    CLI::App* command =
+        app.add_subcommand("write", "Write, wait for each outcome, read back, report");
+    command
+        ->add_option("writes", options->assignments,
+                     "ADDRESS=VALUE[,VALUE...], as in R_W:100=1500, M_bit:1.0..1.2=1,0,1, "
+                     "speed=1500 with a tag file")
+        ->option_text("ADDRESS=VALUE...")
+        ->required();
+    addItemOptions(*command, options->items);
+    addLineOptions(*command, options->line);
+    command->footer(
+        "Bits go out one at a time: a run of coil bits in one request would miss its area. The "
+        "other bits of an R register keep their state: it is read first. A 32-bit value goes out "
+        "in one request. Station 0 is the broadcast to all stations, which nobody confirms; bits "
+        "of R cannot be broadcast.\n"
+        "Examples:\n"
+        "  dov417 write --simulated R_W:100=1500 M_bit:1.3=1\n"
+        "  dov417 write --simulated R_D:200..203=1.5,-2 --format float\n"
+        "On a real line, --port /dev/ttyUSB0 stands for --simulated.\n"
+        "Exits with 1 if a write was refused, given up or does not read back as written, and says "
+        "which.");
+    command->callback(
+        [options, &chosen]() { chosen = [options]() { return runWrite(*options); }; });
+}
