@@ -1,6 +1,6 @@
 #include "line/crc16.h"
 
-namespace simulator {
+namespace dov417 {
 
 std::uint16_t crc16(const QByteArray& bytes)
 {
@@ -27,4 +27,4 @@ bool hasGoodCrc(const QByteArray& frame)
     return frame.size() >= 4 && withCrc(frame.left(frame.size() - 2)) == frame;
 }
 
-} // namespace simulator
+} // namespace dov417

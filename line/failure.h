@@ -1,9 +1,11 @@
 // What a command could not do, in one sentence for the person in front of it.
-#ifndef DOV417_HOST_FAILURE_H
-#define DOV417_HOST_FAILURE_H
+#ifndef DOV417_LINE_FAILURE_H
+#define DOV417_LINE_FAILURE_H
 
 #include <stdexcept>
 #include <string>
+
+namespace dov417 {
 
 class Failure : public std::runtime_error {
 public:
@@ -22,5 +24,7 @@ class UsageFailure : public Failure {
 public:
     using Failure::Failure;
 };
+
+} // namespace dov417
 
 #endif

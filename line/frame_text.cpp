@@ -2,6 +2,8 @@
 
 #include "line/crc16.h"
 
+namespace dov417 {
+
 namespace {
 
 enum Function {
@@ -178,7 +180,7 @@ int bytesFor(int function, int count)
 
 std::string badCrc(const QByteArray& frame)
 {
-    return simulator::hasGoodCrc(frame) ? std::string() : ", bad CRC";
+    return hasGoodCrc(frame) ? std::string() : ", bad CRC";
 }
 
 std::string fragment(const QByteArray& frame)
@@ -351,3 +353,5 @@ std::string replyText(const QByteArray& reply, const QByteArray& request,
         text += " = " + singleValue(function, wordAt(reply, 4));
     return who + text + faults;
 }
+
+} // namespace dov417

@@ -1,12 +1,14 @@
 // A Modbus RTU frame in words.
-#ifndef DOV417_HOST_FRAME_TEXT_H
-#define DOV417_HOST_FRAME_TEXT_H
+#ifndef DOV417_LINE_FRAME_TEXT_H
+#define DOV417_LINE_FRAME_TEXT_H
 
 #include <QByteArray>
 #include <string>
 #include <vector>
 
 #include "driver/areas.h"
+
+namespace dov417 {
 
 // "illegal data address"; "code 99" where the code has no name.
 std::string exceptionName(int code);
@@ -23,5 +25,7 @@ std::string requestText(const QByteArray& frame, const std::vector<Area>& areas)
 // station, another function, another length, a bad CRC.
 std::string replyText(const QByteArray& reply, const QByteArray& request,
                       const std::vector<Area>& areas);
+
+} // namespace dov417
 
 #endif

@@ -8,6 +8,8 @@
 
 #include "line/failure.h"
 
+namespace dov417 {
+
 namespace {
 
 using std::chrono::microseconds;
@@ -180,3 +182,5 @@ void LineLog::add(Direction direction, const QByteArray& bytes, const std::strin
     entry.meaning = meaning;
     out_ << logLine(entry) << std::endl;
 }
+
+} // namespace dov417

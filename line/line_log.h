@@ -6,14 +6,16 @@
 //
 // Time with microseconds and the offset from UTC, direction, bytes, meaning. A line that starts
 // with # is a remark, as the settings at the top of the file.
-#ifndef DOV417_HOST_LINE_LOG_H
-#define DOV417_HOST_LINE_LOG_H
+#ifndef DOV417_LINE_LINE_LOG_H
+#define DOV417_LINE_LINE_LOG_H
 
 #include <QByteArray>
 #include <chrono>
 #include <fstream>
 #include <optional>
 #include <string>
+
+namespace dov417 {
 
 enum class Direction {
     sent,     // TX
@@ -59,5 +61,7 @@ public:
 private:
     std::ofstream out_;
 };
+
+} // namespace dov417
 
 #endif

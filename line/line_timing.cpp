@@ -3,7 +3,7 @@
 #include <QStringList>
 #include <algorithm>
 
-namespace simulator {
+namespace dov417::simulator {
 
 namespace {
 
@@ -120,4 +120,4 @@ std::int64_t WireClock::passedAt(std::int64_t index) const
     return m_runStart + characterTime(m_line, index + 1);
 }
 
-} // namespace simulator
+} // namespace dov417::simulator

@@ -1,12 +1,12 @@
 // How long bytes take on a serial line, in nanoseconds.
-#ifndef DOV417_SIMULATOR_LINE_TIMING_H
-#define DOV417_SIMULATOR_LINE_TIMING_H
+#ifndef DOV417_LINE_LINE_TIMING_H
+#define DOV417_LINE_LINE_TIMING_H
 
 #include <QString>
 #include <cstdint>
 #include <optional>
 
-namespace simulator {
+namespace dov417::simulator {
 
 enum class Parity {
     none,
@@ -55,6 +55,6 @@ private:
     std::int64_t m_runLength = 0; // characters
 };
 
-} // namespace simulator
+} // namespace dov417::simulator
 
 #endif

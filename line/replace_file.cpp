@@ -4,7 +4,7 @@
 #include <QFileInfo>
 #include <QSaveFile>
 
-namespace simulator {
+namespace dov417 {
 
 namespace {
 
@@ -48,4 +48,4 @@ bool mayReplaceFile(const QString& fileName, QString* error)
     return false;
 }
 
-} // namespace simulator
+} // namespace dov417

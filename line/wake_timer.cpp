@@ -7,7 +7,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace simulator {
+namespace dov417 {
 
 namespace {
 
@@ -67,4 +67,4 @@ void WakeTimer::set(std::int64_t nanoseconds)
     timerfd_settime(m_descriptor, TFD_TIMER_ABSTIME, &when, nullptr);
 }
 
-} // namespace simulator
+} // namespace dov417

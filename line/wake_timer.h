@@ -1,14 +1,14 @@
 // Wakes the event loop at a time given in nanoseconds: a character at 38400 baud takes 0.29 ms, and
 // QTimer knows whole milliseconds only. The kernel keeps the time, nothing spins.
-#ifndef DOV417_SIMULATOR_WAKE_TIMER_H
-#define DOV417_SIMULATOR_WAKE_TIMER_H
+#ifndef DOV417_LINE_WAKE_TIMER_H
+#define DOV417_LINE_WAKE_TIMER_H
 
 #include <cstdint>
 #include <functional>
 
 class QSocketNotifier;
 
-namespace simulator {
+namespace dov417 {
 
 // Nanoseconds of the clock that never jumps.
 std::int64_t monotonicNow();
@@ -32,6 +32,6 @@ private:
     QSocketNotifier* m_notifier; // outlives this by a turn of the loop: it may be what calls us
 };
 
-} // namespace simulator
+} // namespace dov417
 
 #endif

@@ -6,6 +6,8 @@
 
 #include "line/failure.h"
 
+namespace dov417 {
+
 namespace {
 
 const double silentCharacters = 3.5;
@@ -94,3 +96,5 @@ std::string defaultLine(const Library& library)
         .join(QLatin1Char(','))
         .toStdString();
 }
+
+} // namespace dov417

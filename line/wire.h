@@ -1,11 +1,13 @@
 // How long things take on the wire: characters, silences, whole transactions.
-#ifndef DOV417_HOST_WIRE_H
-#define DOV417_HOST_WIRE_H
+#ifndef DOV417_LINE_WIRE_H
+#define DOV417_LINE_WIRE_H
 
 #include <chrono>
 #include <string>
 
 #include "driver/library.h"
+
+namespace dov417 {
 
 // "38400,8,EVEN,1": baud rate, data bits, parity, stop bits.
 struct WireFormat {
@@ -34,5 +36,7 @@ std::string toText(const WireFormat& format);
 
 // The line parameters that the library reports as its own.
 std::string defaultLine(const Library& library);
+
+} // namespace dov417
 
 #endif

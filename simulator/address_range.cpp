@@ -2,7 +2,7 @@
 
 #include <QStringList>
 
-namespace simulator {
+namespace dov417::simulator {
 
 namespace {
 
@@ -134,4 +134,4 @@ std::optional<AddressRange> parseAddressRange(const QString& text, QString* erro
     return range;
 }
 
-} // namespace simulator
+} // namespace dov417::simulator

@@ -13,7 +13,7 @@
 
 #include "simulator/memory.h"
 
-namespace simulator {
+namespace dov417::simulator {
 
 // Width of one item of a register type.
 enum class Width {
@@ -38,6 +38,6 @@ struct AddressRange {
 // Nothing, and a sentence in `error`, when the text names no addresses of this controller.
 std::optional<AddressRange> parseAddressRange(const QString& text, QString* error);
 
-} // namespace simulator
+} // namespace dov417::simulator
 
 #endif

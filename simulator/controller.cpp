@@ -2,7 +2,7 @@
 
 #include "line/crc16.h"
 
-namespace simulator {
+namespace dov417::simulator {
 
 namespace {
 
@@ -252,4 +252,4 @@ const ControllerCounters& Controller::counters() const
     return m_counters;
 }
 
-} // namespace simulator
+} // namespace dov417::simulator

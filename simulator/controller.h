@@ -23,7 +23,7 @@
 
 #include "simulator/memory.h"
 
-namespace simulator {
+namespace dov417::simulator {
 
 // Most units of one request.
 struct Limits {
@@ -94,6 +94,6 @@ int requestLength(const QByteArray& begin);
 QString describe(const Answer& answer);
 const char* exceptionName(int code);
 
-} // namespace simulator
+} // namespace dov417::simulator
 
 #endif

@@ -1,7 +1,7 @@
 // What a frame says by itself: length and its meaning in words.
 #include "simulator/controller.h"
 
-namespace simulator {
+namespace dov417::simulator {
 
 namespace {
 
@@ -98,4 +98,4 @@ QString describe(const Answer& answer)
     return text;
 }
 
-} // namespace simulator
+} // namespace dov417::simulator

@@ -1,7 +1,7 @@
 // The written form of fault rules.
 #include "simulator/faults.h"
 
-namespace simulator {
+namespace dov417::simulator {
 
 namespace {
 
@@ -113,4 +113,4 @@ QString faultRuleText(const FaultRule& rule)
     return text + QStringLiteral("=%1%").arg(rule.probability * 100);
 }
 
-} // namespace simulator
+} // namespace dov417::simulator

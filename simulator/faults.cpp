@@ -7,7 +7,7 @@
 #include "line/crc16.h"
 #include "simulator/controller.h"
 
-namespace simulator {
+namespace dov417::simulator {
 
 namespace {
 
@@ -249,4 +249,4 @@ QString Faults::report() const
     return text.isEmpty() ? QStringLiteral("none") : text;
 }
 
-} // namespace simulator
+} // namespace dov417::simulator

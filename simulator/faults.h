@@ -40,7 +40,7 @@
 #include <random>
 #include <vector>
 
-namespace simulator {
+namespace dov417::simulator {
 
 // In the order in which they act.
 enum class FaultKind {
@@ -107,6 +107,6 @@ private:
     std::uint64_t m_faulty = 0;
 };
 
-} // namespace simulator
+} // namespace dov417::simulator
 
 #endif

@@ -5,7 +5,7 @@
 #include "line/crc16.h"
 #include "simulator/controller.h"
 
-namespace simulator {
+namespace dov417::simulator {
 
 namespace {
 
@@ -45,4 +45,4 @@ bool FrameCollector::isFlooded() const
     return m_bytes.size() > floodedSize;
 }
 
-} // namespace simulator
+} // namespace dov417::simulator

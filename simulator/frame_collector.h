@@ -5,7 +5,7 @@
 
 #include <QByteArray>
 
-namespace simulator {
+namespace dov417::simulator {
 
 class FrameCollector {
 public:
@@ -25,6 +25,6 @@ private:
     QByteArray m_bytes;
 };
 
-} // namespace simulator
+} // namespace dov417::simulator
 
 #endif

@@ -1,6 +1,6 @@
 #include "simulator/line_event.h"
 
-namespace simulator {
+namespace dov417::simulator {
 
 namespace {
 
@@ -52,4 +52,4 @@ QString logText(const LineEvent& event)
         .arg(arrow, hex, QLatin1String(hex.isEmpty() ? "" : "  "), event.meaning);
 }
 
-} // namespace simulator
+} // namespace dov417::simulator

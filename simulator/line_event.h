@@ -11,7 +11,7 @@
 #include "simulator/controller.h"
 #include "simulator/faults.h"
 
-namespace simulator {
+namespace dov417::simulator {
 
 struct LineEvent {
     enum Kind {
@@ -33,8 +33,8 @@ QString logText(const LineEvent& event);
 // "reply", "reply: exception 2, illegal data address [flip late]"
 QString replyText(const Answer& answer, const std::vector<FaultKind>& faults);
 
-} // namespace simulator
+} // namespace dov417::simulator
 
-Q_DECLARE_METATYPE(simulator::LineEvent)
+Q_DECLARE_METATYPE(dov417::simulator::LineEvent)
 
 #endif

@@ -13,7 +13,7 @@
 #include <termios.h>
 #include <unistd.h>
 
-namespace simulator {
+namespace dov417::simulator {
 
 namespace {
 
@@ -267,4 +267,4 @@ bool LinePort::giveUp(const QString& what, QString* error)
     return false;
 }
 
-} // namespace simulator
+} // namespace dov417::simulator

@@ -7,7 +7,7 @@
 
 #include "line/line_timing.h"
 
-namespace simulator {
+namespace dov417::simulator {
 
 class LinePort {
 public:
@@ -51,6 +51,6 @@ private:
     QString m_link;
 };
 
-} // namespace simulator
+} // namespace dov417::simulator
 
 #endif

@@ -9,7 +9,7 @@
 #include "simulator/frame_collector.h"
 #include "simulator/line_port.h"
 
-namespace simulator {
+namespace dov417::simulator {
 
 namespace {
 
@@ -378,4 +378,4 @@ const LineServerCounters& LineServer::counters() const
     return d->counters;
 }
 
-} // namespace simulator
+} // namespace dov417::simulator

@@ -36,7 +36,7 @@
 #include "simulator/faults.h"
 #include "simulator/line_event.h"
 
-namespace simulator {
+namespace dov417::simulator {
 
 struct LineServerOptions {
     QString device;       // serial device; empty: a pseudo-terminal of its own
@@ -89,8 +89,8 @@ private:
     std::unique_ptr<Private> d;
 };
 
-} // namespace simulator
+} // namespace dov417::simulator
 
-Q_DECLARE_METATYPE(simulator::Answer)
+Q_DECLARE_METATYPE(dov417::simulator::Answer)
 
 #endif

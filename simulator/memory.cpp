@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-namespace simulator {
+namespace dov417::simulator {
 
 namespace {
 
@@ -190,4 +190,4 @@ const StationMemory* Memory::station(int station) const
     return found == m_stations.end() ? nullptr : &found->second;
 }
 
-} // namespace simulator
+} // namespace dov417::simulator

@@ -23,7 +23,7 @@
 #include <optional>
 #include <vector>
 
-namespace simulator {
+namespace dov417::simulator {
 
 enum class Area {
     I,
@@ -90,6 +90,6 @@ private:
     std::map<int, StationMemory> m_stations;
 };
 
-} // namespace simulator
+} // namespace dov417::simulator
 
 #endif

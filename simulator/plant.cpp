@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace simulator {
+namespace dov417::simulator {
 
 namespace {
 
@@ -132,4 +132,4 @@ void Plant::step(Life& life) const
     }
 }
 
-} // namespace simulator
+} // namespace dov417::simulator

@@ -26,7 +26,7 @@
 
 #include "simulator/memory.h"
 
-namespace simulator {
+namespace dov417::simulator {
 
 class Plant {
 public:
@@ -62,6 +62,6 @@ private:
     std::vector<Life> m_lives;
 };
 
-} // namespace simulator
+} // namespace dov417::simulator
 
 #endif

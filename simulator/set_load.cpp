@@ -9,7 +9,7 @@
 
 #include "line/replace_file.h"
 
-namespace simulator {
+namespace dov417::simulator {
 
 namespace {
 
@@ -309,4 +309,4 @@ bool dumpValues(const Memory& memory, const QString& fileName, QString* error)
     return replaceFile(fileName, QByteArray::fromStdString(dump.dump(1) + '\n'), error);
 }
 
-} // namespace simulator
+} // namespace dov417::simulator

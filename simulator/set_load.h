@@ -21,7 +21,7 @@
 #include "simulator/address_range.h"
 #include "simulator/memory.h"
 
-namespace simulator {
+namespace dov417::simulator {
 
 // All false with a sentence in `error`, and the memory unchanged, when something is wrong.
 // `where`, if not null, receives the addresses that were set.
@@ -30,6 +30,6 @@ bool setValues(Memory& memory, const QString& assignment, QString* error,
 bool loadValues(Memory& memory, const QString& fileName, QString* error);
 bool dumpValues(const Memory& memory, const QString& fileName, QString* error);
 
-} // namespace simulator
+} // namespace dov417::simulator
 
 #endif

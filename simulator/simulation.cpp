@@ -6,7 +6,7 @@
 #include "line/replace_file.h"
 #include "simulator/set_load.h"
 
-namespace simulator {
+namespace dov417::simulator {
 
 namespace {
 
@@ -205,4 +205,4 @@ LineServer& Simulation::line()
     return *m_line;
 }
 
-} // namespace simulator
+} // namespace dov417::simulator

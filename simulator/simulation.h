@@ -30,7 +30,7 @@
 #include "simulator/line_server.h"
 #include "simulator/plant.h"
 
-namespace simulator {
+namespace dov417::simulator {
 
 struct SimulationOptions {
     std::vector<int> stations = {1};
@@ -93,6 +93,6 @@ private:
     QFile m_log;
 };
 
-} // namespace simulator
+} // namespace dov417::simulator
 
 #endif

@@ -6,6 +6,8 @@
 
 #include "text/tags.h"
 
+namespace dov417 {
+
 namespace {
 
 struct CheckOptions {
@@ -72,3 +74,5 @@ void addCheckCommand(CLI::App& app, Action& chosen)
     command->callback(
         [options, &chosen]() { chosen = [options]() { return runCheck(*options); }; });
 }
+
+} // namespace dov417

@@ -1,9 +1,11 @@
 // The commands, one file each. Each adds itself to the command line; the action that was chosen is
 // run after everything was parsed.
-#ifndef DOV417_HOST_COMMANDS_H
-#define DOV417_HOST_COMMANDS_H
+#ifndef DOV417_TOOL_COMMANDS_H
+#define DOV417_TOOL_COMMANDS_H
 
 #include "tool/options.h"
+
+namespace dov417 {
 
 void addInfoCommand(CLI::App& app, Action& chosen);
 void addCheckCommand(CLI::App& app, Action& chosen);
@@ -16,5 +18,7 @@ void addWriteCommand(CLI::App& app, Action& chosen);
 void addRecipeCommand(CLI::App& app, Action& chosen);
 void addSimulateCommand(CLI::App& app, Action& chosen);
 void addDemoCommand(CLI::App& app, Action& chosen);
+
+} // namespace dov417
 
 #endif

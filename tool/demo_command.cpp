@@ -13,6 +13,8 @@
 #include "tool/screen.h"
 #include "tool/view_table.h"
 
+namespace dov417 {
+
 namespace {
 
 constexpr int pauseMilliseconds = 2000;      // between two rounds of writes
@@ -269,3 +271,5 @@ void addDemoCommand(CLI::App& app, Action& chosen)
                     "back.");
     command->callback([options, &chosen]() { chosen = [options]() { return runDemo(*options); }; });
 }
+
+} // namespace dov417

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+namespace dov417 {
+
 namespace {
 
 struct Sample {
@@ -166,3 +168,5 @@ void DemoRound::recipeEnded(bool accepted, const std::string& reason)
 {
     recipeJob_.ended(accepted, reason);
 }
+
+} // namespace dov417

@@ -1,7 +1,7 @@
 // What the demo does with the controller, over and over: writes of every register type, each read
 // back, and a recipe to the controller and back again.
-#ifndef DOV417_HOST_DEMO_ROUND_H
-#define DOV417_HOST_DEMO_ROUND_H
+#ifndef DOV417_TOOL_DEMO_ROUND_H
+#define DOV417_TOOL_DEMO_ROUND_H
 
 #include <functional>
 #include <string>
@@ -10,6 +10,8 @@
 #include "session/recipe_job.h"
 #include "session/session.h"
 #include "session/write_job.h"
+
+namespace dov417 {
 
 class DemoRound {
 public:
@@ -49,5 +51,7 @@ private:
     WriteJob writeJob_;
     RecipeJob recipeJob_;
 };
+
+} // namespace dov417
 
 #endif

@@ -6,6 +6,8 @@
 
 #include "driver/registers.h"
 
+namespace dov417 {
+
 namespace {
 
 const char* widthText(Width width)
@@ -64,3 +66,5 @@ void addInfoCommand(CLI::App& app, Action& chosen)
                     "  dov417 info --library ./libdov417modbus.so");
     command->callback([options, &chosen]() { chosen = [options]() { return runInfo(*options); }; });
 }
+
+} // namespace dov417

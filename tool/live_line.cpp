@@ -6,6 +6,8 @@
 #include "line/failure.h"
 #include "line/frame_text.h"
 
+namespace dov417 {
+
 namespace {
 
 std::vector<std::string> controllerArguments(const LineOptions& options,
@@ -189,3 +191,5 @@ const ControllerProcess* LiveLine::controller() const
 {
     return controller_.get();
 }
+
+} // namespace dov417

@@ -1,6 +1,6 @@
 // The line of a live command: port or own controller, settings, log, Ctrl-C.
-#ifndef DOV417_HOST_LIVE_LINE_H
-#define DOV417_HOST_LIVE_LINE_H
+#ifndef DOV417_TOOL_LIVE_LINE_H
+#define DOV417_TOOL_LIVE_LINE_H
 
 #include <QEventLoop>
 #include <QTimer>
@@ -17,6 +17,8 @@
 #include "session/session.h"
 #include "tool/options.h"
 #include "tool/shutdown.h"
+
+namespace dov417 {
 
 // Long enough to plug an adapter in again.
 constexpr std::chrono::seconds usualPortPatience(10);
@@ -74,5 +76,7 @@ private:
     std::string interruption_;
     std::unique_ptr<Shutdown> shutdown_;
 };
+
+} // namespace dov417
 
 #endif

@@ -8,6 +8,8 @@
 #include "line/failure.h"
 #include "tool/commands.h"
 
+using namespace dov417;
+
 namespace {
 
 // The driver tells its planning on the debug stream; a tool's output is not the place for it.

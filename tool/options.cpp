@@ -3,6 +3,8 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 
+namespace dov417 {
+
 namespace {
 
 const char* const lineGroup = "Line";
@@ -135,3 +137,5 @@ std::chrono::milliseconds timerSpan(double seconds)
     const std::chrono::duration<double> span(std::min(seconds, longestSeconds));
     return std::chrono::duration_cast<std::chrono::milliseconds>(span);
 }
+
+} // namespace dov417

@@ -1,6 +1,6 @@
 // Options that commands share: the line, and what is read or written there.
-#ifndef DOV417_HOST_OPTIONS_H
-#define DOV417_HOST_OPTIONS_H
+#ifndef DOV417_TOOL_OPTIONS_H
+#define DOV417_TOOL_OPTIONS_H
 
 #include <chrono>
 #include <functional>
@@ -15,6 +15,8 @@
 namespace CLI {
 class App; // its header is long: only what makes options includes it
 }
+
+namespace dov417 {
 
 // Worth bridging at 38400 baud for a controller that takes 5 ms to answer; and even, so that a
 // piece of a long write never ends inside a 32-bit value.
@@ -75,5 +77,7 @@ std::chrono::milliseconds timerSpan(double seconds);
 // What the command line chose to do; main() runs it once everything is parsed. Returns an
 // ExitCode.
 using Action = std::function<int()>;
+
+} // namespace dov417
 
 #endif

@@ -8,6 +8,8 @@
 #include "session/items.h"
 #include "session/planning.h"
 
+namespace dov417 {
+
 namespace {
 
 using std::chrono::microseconds;
@@ -156,3 +158,5 @@ void addPlanCommand(CLI::App& app, Action& chosen)
         "controller's turnaround. Without --gap the cycle time of every gap is listed too.");
     command->callback([options, &chosen]() { chosen = [options]() { return runPlan(*options); }; });
 }
+
+} // namespace dov417

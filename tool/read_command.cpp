@@ -8,6 +8,8 @@
 #include "tool/live_line.h"
 #include "tool/view_table.h"
 
+namespace dov417 {
+
 namespace {
 
 struct ReadOptions {
@@ -71,3 +73,5 @@ void addReadCommand(CLI::App& app, Action& chosen)
                     "Exits with 1 if a value could not be read, and says which and why.");
     command->callback([options, &chosen]() { chosen = [options]() { return runRead(*options); }; });
 }
+
+} // namespace dov417

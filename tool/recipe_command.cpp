@@ -9,6 +9,8 @@
 #include "session/recipe_job.h"
 #include "tool/live_line.h"
 
+namespace dov417 {
+
 namespace {
 
 const char* const tagFileExample =
@@ -131,3 +133,5 @@ void addRecipeCommand(CLI::App& app, Action& chosen)
                    "  dov417 recipe upload recipe.json --tags tags.csv --simulated\n"
                    "  dov417 recipe download recipe.json --tags tags.csv --simulated");
 }
+
+} // namespace dov417

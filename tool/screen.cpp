@@ -5,6 +5,8 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+namespace dov417 {
+
 namespace {
 
 struct Size {
@@ -84,3 +86,5 @@ void Screen::draw(const std::vector<std::string>& body, const std::vector<std::s
         text += (i == 0 ? "" : "\r\n") + fitted(lines.at(i), size.columns) + "\033[K";
     put(text + "\033[J"); // nothing below
 }
+
+} // namespace dov417

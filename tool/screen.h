@@ -1,9 +1,11 @@
 // Lines that redraw in place on a terminal, which is left as it was found.
-#ifndef DOV417_HOST_SCREEN_H
-#define DOV417_HOST_SCREEN_H
+#ifndef DOV417_TOOL_SCREEN_H
+#define DOV417_TOOL_SCREEN_H
 
 #include <string>
 #include <vector>
+
+namespace dov417 {
 
 constexpr int redrawMilliseconds = 250;
 
@@ -21,5 +23,7 @@ public:
     void draw(const std::vector<std::string>& body, const std::vector<std::string>& details,
               const std::vector<std::string>& foot);
 };
+
+} // namespace dov417
 
 #endif

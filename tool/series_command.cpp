@@ -6,6 +6,8 @@
 
 #include "text/tags.h"
 
+namespace dov417 {
+
 namespace {
 
 // Results of intf_multiCopy().
@@ -87,3 +89,5 @@ void addSeriesCommand(CLI::App& app, Action& chosen)
     command->callback(
         [options, &chosen]() { chosen = [options]() { return runSeries(*options); }; });
 }
+
+} // namespace dov417

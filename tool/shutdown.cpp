@@ -9,6 +9,8 @@
 #include <unistd.h>
 #include <utility>
 
+namespace dov417 {
+
 namespace {
 
 constexpr std::array<int, 4> signalNumbers = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
@@ -59,3 +61,5 @@ Shutdown::~Shutdown()
     close(channel[0]);
     close(channel[1]);
 }
+
+} // namespace dov417

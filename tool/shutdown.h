@@ -1,11 +1,13 @@
 // Ctrl-C and a polite kill, as events of the loop.
-#ifndef DOV417_HOST_SHUTDOWN_H
-#define DOV417_HOST_SHUTDOWN_H
+#ifndef DOV417_TOOL_SHUTDOWN_H
+#define DOV417_TOOL_SHUTDOWN_H
 
 #include <functional>
 #include <memory>
 
 class QSocketNotifier;
+
+namespace dov417 {
 
 // While it lives, SIGINT, SIGTERM, SIGHUP and SIGQUIT call asked() from the event loop instead of
 // ending the program; a second Ctrl-C ends it at once, should the first not be heard. What the
@@ -21,5 +23,7 @@ private:
     std::function<void()> asked_;
     std::unique_ptr<QSocketNotifier> notifier_;
 };
+
+} // namespace dov417
 
 #endif

@@ -9,6 +9,8 @@
 #include "simulator/simulation.h"
 #include "tool/shutdown.h"
 
+namespace dov417 {
+
 namespace {
 
 struct SimulateOptions {
@@ -143,3 +145,5 @@ void addSimulateCommand(CLI::App& app, Action& chosen)
     command->callback(
         [options, &chosen]() { chosen = [options]() { return runSimulate(*options); }; });
 }
+
+} // namespace dov417

@@ -12,6 +12,8 @@
 #include "line/frame_text.h"
 #include "line/line_log.h"
 
+namespace dov417 {
+
 namespace {
 
 struct TraceOptions {
@@ -133,3 +135,5 @@ void addTraceCommand(CLI::App& app, Action& chosen)
     command->callback(
         [options, &chosen]() { chosen = [options]() { return runTrace(*options); }; });
 }
+
+} // namespace dov417

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdio>
 
+namespace dov417 {
+
 namespace {
 
 using Row = std::vector<std::string>;
@@ -101,3 +103,5 @@ std::vector<std::string> viewTable(const std::vector<View>& views,
     }
     return aligned(rows, named ? 2 : 1);
 }
+
+} // namespace dov417

@@ -1,12 +1,14 @@
 // Views and their values as the rows of a table.
-#ifndef DOV417_HOST_VIEW_TABLE_H
-#define DOV417_HOST_VIEW_TABLE_H
+#ifndef DOV417_TOOL_VIEW_TABLE_H
+#define DOV417_TOOL_VIEW_TABLE_H
 
 #include <string>
 #include <vector>
 
 #include "session/items.h"
 #include "session/session.h"
+
+namespace dov417 {
 
 // What a view is called and how its value is written.
 struct ViewLabel {
@@ -27,5 +29,7 @@ std::string previousText(const View& view, const ViewLabel& label);
 // A heading and a row each: name, address, value, previous value, age, changes.
 std::vector<std::string> viewTable(const std::vector<View>& views,
                                    const std::vector<ViewLabel>& labels, Clock::time_point now);
+
+} // namespace dov417
 
 #endif

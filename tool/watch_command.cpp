@@ -16,6 +16,8 @@
 #include "tool/screen.h"
 #include "tool/view_table.h"
 
+namespace dov417 {
+
 namespace {
 
 constexpr int millisecondsPerSecond = 1000;
@@ -248,3 +250,5 @@ void addWatchCommand(CLI::App& app, Action& chosen)
     command->callback(
         [options, &chosen]() { chosen = [options]() { return runWatch(*options); }; });
 }
+
+} // namespace dov417

@@ -8,6 +8,8 @@
 #include "tool/live_line.h"
 #include "tool/view_table.h"
 
+namespace dov417 {
+
 namespace {
 
 struct WriteOptions {
@@ -147,3 +149,5 @@ void addWriteCommand(CLI::App& app, Action& chosen)
     command->callback(
         [options, &chosen]() { chosen = [options]() { return runWrite(*options); }; });
 }
+
+} // namespace dov417

@@ -2,6 +2,8 @@
 
 #include "driver/registers.h"
 
+namespace dov417 {
+
 namespace {
 
 const int bitsPerWord = 16;
@@ -72,3 +74,5 @@ std::string areaText(const std::vector<Area>& areas, bool coils, int first, int 
     }
     return std::string();
 }
+
+} // namespace dov417

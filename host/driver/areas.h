@@ -1,11 +1,13 @@
 // Where the controller's areas lie on the line: which function reads them, from which number on.
-#ifndef DOV417_HOST_AREAS_H
-#define DOV417_HOST_AREAS_H
+#ifndef DOV417_DRIVER_AREAS_H
+#define DOV417_DRIVER_AREAS_H
 
 #include <string>
 #include <vector>
 
 #include "driver/library.h"
+
+namespace dov417 {
 
 struct Area {
     std::string regName; // its word type: "M_W", "R_W", "T"
@@ -21,5 +23,7 @@ std::vector<Area> learnAreas(const Library& library);
 // "R_W:100..107" for registers, "M_W:2..4" or "M_bit:2.5..3.1" for coils; empty where the numbers
 // are not all in one area.
 std::string areaText(const std::vector<Area>& areas, bool coils, int first, int count);
+
+} // namespace dov417
 
 #endif

@@ -7,6 +7,8 @@
 
 #include "line/failure.h"
 
+namespace dov417 {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -100,3 +102,5 @@ Library::~Library()
 {
     dlclose(handle_);
 }
+
+} // namespace dov417

@@ -1,12 +1,14 @@
 // The driver library, loaded at run time and reached through its exported names only, exactly as a
 // panel does it.
-#ifndef DOV417_HOST_LIBRARY_H
-#define DOV417_HOST_LIBRARY_H
+#ifndef DOV417_DRIVER_LIBRARY_H
+#define DOV417_DRIVER_LIBRARY_H
 
 #include <string>
 
 #include "intf.h"
 #include "protocol.h"
+
+namespace dov417 {
 
 // The nineteen functions of intf.h.
 #define DOV417_EXPORTED_FUNCTIONS(ENTRY)                                                           \
@@ -60,5 +62,7 @@ private:
     void* handle_ = nullptr;
     std::string path_;
 };
+
+} // namespace dov417
 
 #endif

@@ -2,6 +2,8 @@
 
 #include <QStringList>
 
+namespace dov417 {
+
 namespace {
 
 // Bits of a word register, for every type of this controller.
@@ -68,3 +70,5 @@ Words wordsOf(Width width, int address, int length)
     const int last = (address + length - 1) / bitsPerWord;
     return {first, last - first + 1};
 }
+
+} // namespace dov417

@@ -1,12 +1,14 @@
 // The register types as the loaded library reports them.
-#ifndef DOV417_HOST_REGISTERS_H
-#define DOV417_HOST_REGISTERS_H
+#ifndef DOV417_DRIVER_REGISTERS_H
+#define DOV417_DRIVER_REGISTERS_H
 
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "driver/library.h"
+
+namespace dov417 {
 
 enum class Width {
     bit,
@@ -39,5 +41,7 @@ struct Words {
     int count;
 };
 Words wordsOf(Width width, int address, int length);
+
+} // namespace dov417
 
 #endif

@@ -3,6 +3,8 @@
 #include "line/failure.h"
 #include "line/frame_text.h"
 
+namespace dov417 {
+
 namespace {
 
 // Long enough to cost nothing, short enough not to be felt after a write from elsewhere.
@@ -193,3 +195,5 @@ void LinkRunner::count(const std::string& request, const Reception& reception, R
         break;
     }
 }
+
+} // namespace dov417

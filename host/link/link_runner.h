@@ -2,8 +2,8 @@
 //
 // Everything goes through the library's exported functions. The driver decides what is sent and
 // when to give up; the runner times it, counts it and tells what became of it.
-#ifndef DOV417_HOST_LINK_RUNNER_H
-#define DOV417_HOST_LINK_RUNNER_H
+#ifndef DOV417_LINK_LINK_RUNNER_H
+#define DOV417_LINK_LINK_RUNNER_H
 
 #include <QTimer>
 #include <functional>
@@ -12,6 +12,8 @@
 #include "driver/library.h"
 #include "link/link_statistics.h"
 #include "link/serial_line.h"
+
+namespace dov417 {
 
 // One frame and what the driver said about its reply.
 struct Outcome {
@@ -64,5 +66,7 @@ private:
     bool repeating_ = false; // the driver will hand out the same frame again
     bool linkIsGood_ = true; // until a request is given up, and again with the next good reply
 };
+
+} // namespace dov417
 
 #endif

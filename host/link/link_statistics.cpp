@@ -5,6 +5,8 @@
 
 #include "line/frame_text.h"
 
+namespace dov417 {
+
 namespace {
 
 constexpr long long microsPerBin = 100;
@@ -183,3 +185,5 @@ std::string fullStatistics(const LinkStatistics& statistics, Clock::time_point n
         result += "  " + line + "\n";
     return result;
 }
+
+} // namespace dov417

@@ -1,6 +1,6 @@
 // What happened on the line, counted per request and in all.
-#ifndef DOV417_HOST_LINK_STATISTICS_H
-#define DOV417_HOST_LINK_STATISTICS_H
+#ifndef DOV417_LINK_LINK_STATISTICS_H
+#define DOV417_LINK_LINK_STATISTICS_H
 
 #include <array>
 #include <map>
@@ -8,6 +8,8 @@
 #include <vector>
 
 #include "link/serial_line.h"
+
+namespace dov417 {
 
 struct RequestCounters {
     long long sent = 0;
@@ -66,5 +68,7 @@ std::vector<std::string> requestStatistics(const LinkStatistics& statistics);
 
 // The whole account, for --stats.
 std::string fullStatistics(const LinkStatistics& statistics, Clock::time_point now);
+
+} // namespace dov417
 
 #endif

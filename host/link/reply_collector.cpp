@@ -2,6 +2,8 @@
 
 #include "line/crc16.h"
 
+namespace dov417 {
+
 namespace {
 
 constexpr int exceptionLength = 5; // station, function + 128, code, CRC
@@ -67,14 +69,14 @@ Arrival ReplyCollector::judge()
         if (function == byteAt(request_, 1) && isAnswer(pending_.mid(first, replyLength_)))
             return finish(Arrival::reply, first, replyLength_);
         if (function == (byteAt(request_, 1) | 0x80) &&
-            simulator::hasGoodCrc(pending_.mid(first, exceptionLength)))
+            hasGoodCrc(pending_.mid(first, exceptionLength)))
             return finish(Arrival::exception, first, exceptionLength);
     }
     const bool mayBeEcho =
         !echoStripped_ && pending_.size() < request_.size() && request_.startsWith(pending_);
     // Garbled on the way; a sound frame of this length answers something else.
     if (pending_.size() >= replyLength_ && opensLikeAnswer() && !mayBeEcho &&
-        !simulator::hasGoodCrc(pending_.left(replyLength_)))
+        !hasGoodCrc(pending_.left(replyLength_)))
         return finish(Arrival::reply, 0, replyLength_);
     return Arrival::incomplete;
 }
@@ -104,8 +106,7 @@ bool ReplyCollector::stripEcho()
 
 bool ReplyCollector::isAnswer(const QByteArray& frame) const
 {
-    if (frame.size() != replyLength_ || frame.left(2) != request_.left(2) ||
-        !simulator::hasGoodCrc(frame))
+    if (frame.size() != replyLength_ || frame.left(2) != request_.left(2) || !hasGoodCrc(frame))
         return false;
     if (adapterEchoes_ && !echoStripped_ && frame == request_)
         return false;
@@ -132,7 +133,7 @@ Arrival ReplyCollector::endOfFrame()
 {
     if (pending_.isEmpty())
         return Arrival::incomplete;
-    const bool sound = simulator::hasGoodCrc(pending_);
+    const bool sound = hasGoodCrc(pending_);
     if (sound && pending_.size() == replyLength_ &&
         pending_.left(addressEnd) == request_.left(addressEnd))
         almostReply_ = pending_;
@@ -172,3 +173,5 @@ Arrival ReplyCollector::finish(Arrival arrival, int first, int length)
         adapterEchoes_ = false;
     return arrival;
 }
+
+} // namespace dov417

@@ -3,11 +3,13 @@
 // The driver compares nothing but length and CRC. Whose reply it is, is judged here, before the
 // bytes are handed on: a late reply of another station with the right length would otherwise end up
 // as a value of this one.
-#ifndef DOV417_HOST_REPLY_COLLECTOR_H
-#define DOV417_HOST_REPLY_COLLECTOR_H
+#ifndef DOV417_LINK_REPLY_COLLECTOR_H
+#define DOV417_LINK_REPLY_COLLECTOR_H
 
 #include <QByteArray>
 #include <QList>
+
+namespace dov417 {
 
 enum class StrayKind {
     otherStation,  // a sound frame of another station
@@ -70,5 +72,7 @@ private:
     bool echoStripped_ = false;  // in this transaction
     bool adapterEchoes_ = false; // as the last read has shown
 };
+
+} // namespace dov417
 
 #endif

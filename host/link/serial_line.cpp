@@ -11,6 +11,8 @@
 #include "line/crc16.h"
 #include "line/failure.h"
 
+namespace dov417 {
+
 namespace {
 
 constexpr Micros blockwiseGap(20000); // USB adapters hand bytes on in blocks, up to 16 ms apart
@@ -341,7 +343,7 @@ void SerialLine::finish(LineResult result)
     reception.result = result;
     if (result == LineResult::reply || result == LineResult::exception) {
         reception.bytes = collector_.reply();
-        if (simulator::hasGoodCrc(reception.bytes))
+        if (hasGoodCrc(reception.bytes))
             settle(reception.bytes);
         else if (!unanswered_.isEmpty())
             unanswered_.removeLast(); // garbled, but it was the answer
@@ -372,7 +374,7 @@ void SerialLine::flushLateBytes(const QByteArray& bytes)
 // controller's delay is known now, and the other replies cannot come later than that.
 void SerialLine::settle(const QByteArray& frame)
 {
-    if (!simulator::hasGoodCrc(frame))
+    if (!hasGoodCrc(frame))
         return;
     const Clock::time_point now = Clock::now();
     for (int i = 0; i < unanswered_.size(); ++i) {
@@ -388,3 +390,5 @@ void SerialLine::settle(const QByteArray& frame)
         return;
     }
 }
+
+} // namespace dov417

@@ -3,8 +3,8 @@
 // The line is driven by events only: the port's, and one precise timer. It keeps 3.5 characters of
 // silence before each frame, collects the reply until it is complete, the line falls silent or the
 // time is up, throws away what is nobody's reply, and opens the port again when it comes back.
-#ifndef DOV417_HOST_SERIAL_LINE_H
-#define DOV417_HOST_SERIAL_LINE_H
+#ifndef DOV417_LINK_SERIAL_LINE_H
+#define DOV417_LINK_SERIAL_LINE_H
 
 #include <QByteArray>
 #include <QList>
@@ -19,6 +19,8 @@
 #include "link/reply_collector.h"
 
 class QSerialPort;
+
+namespace dov417 {
 
 struct LineSettings {
     QString device;
@@ -105,7 +107,7 @@ private:
     LineSettings settings_;
     LineObserver observer_;
     std::unique_ptr<QSerialPort> port_;
-    simulator::WakeTimer timer_;
+    WakeTimer timer_;
     QTimer reopenTimer_;
     ReplyCollector collector_;
     QList<Unanswered> unanswered_;
@@ -122,5 +124,7 @@ private:
     Clock::time_point transmissionEnd_{};
     Micros wireTime_{0};
 };
+
+} // namespace dov417
 
 #endif

@@ -8,6 +8,8 @@
 
 #include "line/failure.h"
 
+namespace dov417 {
+
 namespace {
 
 constexpr int startMilliseconds = 10000;
@@ -64,3 +66,5 @@ long long ControllerProcess::processId() const
 {
     return child_.processId();
 }
+
+} // namespace dov417

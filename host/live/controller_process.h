@@ -2,12 +2,14 @@
 //
 // A process of its own, so that its share of the processor is not taken for the host's, and so that
 // the host meets it only through the pseudo-terminal, as it would a controller.
-#ifndef DOV417_HOST_CONTROLLER_PROCESS_H
-#define DOV417_HOST_CONTROLLER_PROCESS_H
+#ifndef DOV417_LIVE_CONTROLLER_PROCESS_H
+#define DOV417_LIVE_CONTROLLER_PROCESS_H
 
 #include <QProcess>
 #include <string>
 #include <vector>
+
+namespace dov417 {
 
 class ControllerProcess {
 public:
@@ -30,5 +32,7 @@ private:
     Child child_;
     std::string port_;
 };
+
+} // namespace dov417
 
 #endif

@@ -2,6 +2,8 @@
 
 #include "session/pieces.h"
 
+namespace dov417 {
+
 Items::Items(const Library& library, const ItemOptions& options)
     : library_(library), options_(options), format_(parseFormat(options.format))
 {
@@ -85,3 +87,5 @@ void requireUntornValues(const Library& library, const std::vector<Item>& items,
                                " in two; take an even gap or one of at least " +
                                std::to_string(item.address.length));
 }
+
+} // namespace dov417

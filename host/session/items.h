@@ -1,6 +1,6 @@
 // What a command works on: addresses from the command line and tags from a file, in one list.
-#ifndef DOV417_HOST_ITEMS_H
-#define DOV417_HOST_ITEMS_H
+#ifndef DOV417_SESSION_ITEMS_H
+#define DOV417_SESSION_ITEMS_H
 
 #include <string>
 #include <vector>
@@ -9,6 +9,8 @@
 #include "text/tags.h"
 #include "text/values.h"
 #include "tool/options.h"
+
+namespace dov417 {
 
 struct Item {
     std::string name; // the tag's, or the address in full
@@ -47,5 +49,7 @@ std::vector<Address> addressesOf(const std::vector<Item>& items);
 // The merge gap is the driver's piece limit too. Throws a UsageFailure where a run of 32-bit values
 // would be cut inside a value.
 void requireUntornValues(const Library& library, const std::vector<Item>& items, int gap);
+
+} // namespace dov417
 
 #endif

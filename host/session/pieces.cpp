@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 
+namespace dov417 {
+
 namespace {
 
 constexpr int longestRead = 125; // words in one read request
@@ -76,3 +78,5 @@ std::vector<Address> watchPieces(const Address& address)
     const bool bits = address.width == Width::bit;
     return cut(address, bits ? (longestPlan - 1) * bitsPerWord : longestPlan);
 }
+
+} // namespace dov417

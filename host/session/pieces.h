@@ -1,10 +1,12 @@
 // Long addresses in pieces that go through the driver and over the line in one go.
-#ifndef DOV417_HOST_PIECES_H
-#define DOV417_HOST_PIECES_H
+#ifndef DOV417_SESSION_PIECES_H
+#define DOV417_SESSION_PIECES_H
 
 #include <vector>
 
 #include "text/addresses.h"
+
+namespace dov417 {
 
 // What one write of the Modbus protocol carries: the driver's limit where the gap sets none.
 constexpr int mostWordsOfAWrite = 123;
@@ -31,5 +33,7 @@ std::vector<Address> watchPieces(const Address& address);
 
 // The words that hold an address, under the name of their area's word type.
 Address wordsOf(const Address& address);
+
+} // namespace dov417
 
 #endif

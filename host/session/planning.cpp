@@ -9,6 +9,8 @@
 #include "line/crc16.h"
 #include "line/failure.h"
 
+namespace dov417 {
+
 namespace {
 
 using std::chrono::microseconds;
@@ -59,7 +61,7 @@ QByteArray madeUpReply(const FRAME_PRO& frame)
     reply[0] = static_cast<char>(frame.frame[0]);
     reply[1] = static_cast<char>(frame.frame[1]);
     reply[2] = static_cast<char>(values & 0xFF);
-    return simulator::withCrc(reply);
+    return withCrc(reply);
 }
 
 PlannedRequest plannedRequest(const FRAME_PRO& frame, const WireFormat& wire,
@@ -249,3 +251,5 @@ int bestOutcome(const std::vector<GapOutcome>& outcomes)
         });
     return best == outcomes.end() ? -1 : static_cast<int>(best - outcomes.begin());
 }
+
+} // namespace dov417

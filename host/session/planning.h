@@ -1,6 +1,6 @@
 // What the driver will put on the line for a set of addresses, and how long that takes there.
-#ifndef DOV417_HOST_PLANNING_H
-#define DOV417_HOST_PLANNING_H
+#ifndef DOV417_SESSION_PLANNING_H
+#define DOV417_SESSION_PLANNING_H
 
 #include <QByteArray>
 #include <chrono>
@@ -10,6 +10,8 @@
 #include "driver/library.h"
 #include "line/wire.h"
 #include "text/addresses.h"
+
+namespace dov417 {
 
 // What the Modbus application protocol lets a strict controller answer.
 const int mostRegisters = 125;
@@ -79,5 +81,7 @@ private:
 // The best outcome: nothing left out if that can be had, then the shortest cycle, then the smallest
 // gap. -1 for none.
 int bestOutcome(const std::vector<GapOutcome>& outcomes);
+
+} // namespace dov417
 
 #endif

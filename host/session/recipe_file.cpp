@@ -7,6 +7,8 @@
 #include "text/json_value.h"
 #include "text/text_file.h"
 
+namespace dov417 {
+
 namespace {
 
 using Json = nlohmann::ordered_json;
@@ -110,7 +112,9 @@ void writeRecipe(const std::string& file, const std::vector<RecipeEntry>& entrie
         json[entry.item.name] = values.size() == 1 ? values.front() : values;
     }
     QString why;
-    if (!simulator::replaceFile(QString::fromStdString(file),
-                                QByteArray::fromStdString(json.dump(2) + "\n"), &why))
+    if (!replaceFile(QString::fromStdString(file), QByteArray::fromStdString(json.dump(2) + "\n"),
+                     &why))
         throw Failure("cannot write " + why.toStdString());
 }
+
+} // namespace dov417

@@ -1,13 +1,15 @@
 // Recipes as files: JSON, tag name -> value or list of values, written as the tag's format says.
 //
 //   { "speed": 1500, "preset": [1, 2, 3], "mask": "0x00FF" }
-#ifndef DOV417_HOST_RECIPE_FILE_H
-#define DOV417_HOST_RECIPE_FILE_H
+#ifndef DOV417_SESSION_RECIPE_FILE_H
+#define DOV417_SESSION_RECIPE_FILE_H
 
 #include <string>
 #include <vector>
 
 #include "session/recipe_job.h"
+
+namespace dov417 {
 
 // The entries that the file names, in its order. Throws a UsageFailure that names the file, and the
 // tag or the place, of the first mistake.
@@ -15,5 +17,7 @@ std::vector<RecipeEntry> readRecipe(const std::string& file, const Items& items)
 
 // Throws a Failure if the file cannot be written; an older file is then left as it was.
 void writeRecipe(const std::string& file, const std::vector<RecipeEntry>& entries);
+
+} // namespace dov417
 
 #endif

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+namespace dov417 {
+
 namespace {
 
 constexpr int bitsPerWord = 16;
@@ -122,3 +124,5 @@ void RecipeJob::written(int number, bool accepted, const std::string& reason)
     if (bitsUnderWay_.empty())
         done_();
 }
+
+} // namespace dov417

@@ -3,8 +3,8 @@
 // The driver keeps bit types of a recipe as bit types and frames them without their area's base
 // address, or as a run of bits in one request. So only words go through its recipe transfer; bits
 // are read with their words and written as single writes.
-#ifndef DOV417_HOST_RECIPE_JOB_H
-#define DOV417_HOST_RECIPE_JOB_H
+#ifndef DOV417_SESSION_RECIPE_JOB_H
+#define DOV417_SESSION_RECIPE_JOB_H
 
 #include <functional>
 #include <map>
@@ -13,6 +13,8 @@
 
 #include "session/items.h"
 #include "session/session.h"
+
+namespace dov417 {
 
 // One tag's values.
 struct RecipeEntry {
@@ -52,5 +54,7 @@ private:
     RecipeTransfer transfer_ = RecipeTransfer::upload;
     std::map<int, std::string> bitsUnderWay_; // write -> name of its entry
 };
+
+} // namespace dov417
 
 #endif

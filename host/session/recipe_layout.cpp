@@ -6,6 +6,8 @@
 
 #include "session/pieces.h"
 
+namespace dov417 {
+
 namespace {
 
 auto placeOf(const Address& address)
@@ -68,3 +70,5 @@ std::size_t RecipeLayout::offsetOf(const Address& address) const
                                                 record.address.first);
     throw std::logic_error("address outside its recipe");
 }
+
+} // namespace dov417

@@ -1,11 +1,13 @@
 // Where the values of a recipe lie: on the controller and in the buffer that the driver moves.
-#ifndef DOV417_HOST_RECIPE_LAYOUT_H
-#define DOV417_HOST_RECIPE_LAYOUT_H
+#ifndef DOV417_SESSION_RECIPE_LAYOUT_H
+#define DOV417_SESSION_RECIPE_LAYOUT_H
 
 #include <cstddef>
 #include <vector>
 
 #include "text/addresses.h"
+
+namespace dov417 {
 
 // A run of words of one register type and its place in the recipe buffer.
 struct RecipeRecord {
@@ -25,5 +27,7 @@ struct RecipeLayout {
 
 // Lays out word addresses; those that overlap or touch share their words.
 RecipeLayout layOutRecipe(const std::vector<Address>& addresses);
+
+} // namespace dov417
 
 #endif

@@ -7,6 +7,8 @@
 #include "line/failure.h"
 #include "text/values.h"
 
+namespace dov417 {
+
 namespace {
 
 constexpr int tag = 1;                    // first property field: names this link in recipe records
@@ -410,3 +412,5 @@ std::vector<unsigned char> cachedBytes(const Library& library, const Address& ad
                          address.length, bytes.data());
     return bytes;
 }
+
+} // namespace dov417

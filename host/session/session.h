@@ -12,8 +12,8 @@
 // - a failed single read empties the driver's whole list of them: they are handed in one by one;
 // - the merge gap is also the largest piece of a write: 32-bit values are handed in so that no
 //   piece ends within one.
-#ifndef DOV417_HOST_SESSION_H
-#define DOV417_HOST_SESSION_H
+#ifndef DOV417_SESSION_SESSION_H
+#define DOV417_SESSION_SESSION_H
 
 #include <QMutex>
 #include <QObject>
@@ -31,6 +31,8 @@
 #include "session/pieces.h"
 #include "session/recipe_layout.h"
 #include "text/addresses.h"
+
+namespace dov417 {
 
 // A bit in one byte, a word in two, a double word in four.
 using ValueBytes = std::array<unsigned char, 4>;
@@ -151,5 +153,7 @@ private:
 
 // The values of an address as the driver's cache holds them.
 std::vector<unsigned char> cachedBytes(const Library& library, const Address& address);
+
+} // namespace dov417
 
 #endif

@@ -3,6 +3,8 @@
 #include <tuple>
 #include <utility>
 
+namespace dov417 {
+
 SingleReads::SingleReads(Session& session, int gap, std::function<void()> done)
     : session_(session), gap_(gap), done_(std::move(done))
 {
@@ -55,3 +57,5 @@ bool SingleReads::isDone() const
 {
     return underWay_.empty();
 }
+
+} // namespace dov417

@@ -1,6 +1,6 @@
 // Several addresses read once each: which came, and why the others did not.
-#ifndef DOV417_HOST_SINGLE_READS_H
-#define DOV417_HOST_SINGLE_READS_H
+#ifndef DOV417_SESSION_SINGLE_READS_H
+#define DOV417_SESSION_SINGLE_READS_H
 
 #include <functional>
 #include <map>
@@ -8,6 +8,8 @@
 #include <vector>
 
 #include "session/session.h"
+
+namespace dov417 {
 
 class SingleReads {
 public:
@@ -31,5 +33,7 @@ private:
     std::map<int, std::vector<std::size_t>> underWay_; // read -> addresses that need it
     std::vector<std::string> problems_;
 };
+
+} // namespace dov417
 
 #endif

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+namespace dov417 {
+
 WriteJob::WriteJob(const Library& library, Session& session, int gap, std::function<void()> done)
     : library_(library), session_(session), gap_(gap), done_(std::move(done)),
       reads_(session, gap, [this]() { (this->*afterReads_)(); })
@@ -84,3 +86,5 @@ void WriteJob::compare()
     }
     done_();
 }
+
+} // namespace dov417

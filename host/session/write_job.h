@@ -1,7 +1,7 @@
 // Writes with everything that a person wants to know of them: what was there before, whether the
 // controller took it, and what it holds now.
-#ifndef DOV417_HOST_WRITE_JOB_H
-#define DOV417_HOST_WRITE_JOB_H
+#ifndef DOV417_SESSION_WRITE_JOB_H
+#define DOV417_SESSION_WRITE_JOB_H
 
 #include <functional>
 #include <map>
@@ -11,6 +11,8 @@
 #include "session/items.h"
 #include "session/session.h"
 #include "session/single_reads.h"
+
+namespace dov417 {
 
 enum class WriteResult {
     waiting,   // no outcome yet
@@ -58,5 +60,7 @@ private:
     void (WriteJob::*afterReads_)() = nullptr;
     SingleReads reads_;
 };
+
+} // namespace dov417
 
 #endif

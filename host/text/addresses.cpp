@@ -5,6 +5,8 @@
 #include <limits>
 #include <tuple>
 
+namespace dov417 {
+
 namespace {
 
 const int highestStation = 247;
@@ -280,3 +282,5 @@ std::string checkSentence(const Library& library, int code, const std::string& r
         return "refused by the library with code " + std::to_string(code);
     }
 }
+
+} // namespace dov417

@@ -1,6 +1,6 @@
 // Addresses as people type them: [STATION/]REGISTER:FIRST[..LAST], checked by the library.
-#ifndef DOV417_HOST_ADDRESSES_H
-#define DOV417_HOST_ADDRESSES_H
+#ifndef DOV417_TEXT_ADDRESSES_H
+#define DOV417_TEXT_ADDRESSES_H
 
 #include <cstddef>
 #include <string>
@@ -8,6 +8,8 @@
 #include "driver/library.h"
 #include "driver/registers.h"
 #include "line/failure.h"
+
+namespace dov417 {
 
 enum class Access {
     read,
@@ -65,5 +67,7 @@ std::string toText(const Library& library, const Address& address);
 // The sentence that belongs to a check code.
 std::string checkSentence(const Library& library, int code, const std::string& regName,
                           const std::string& text);
+
+} // namespace dov417
 
 #endif

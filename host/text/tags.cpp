@@ -7,6 +7,8 @@
 
 #include "text/text_file.h"
 
+namespace dov417 {
+
 namespace {
 
 enum Column {
@@ -307,3 +309,5 @@ const Tag* findTag(const std::vector<Tag>& tags, const std::string& name)
             return &tag;
     return nullptr;
 }
+
+} // namespace dov417

@@ -1,13 +1,15 @@
 // Tag files: CSV with the header name,station,register,address,count,format,comment. A tag gives
 // an address a name, for every command alike.
-#ifndef DOV417_HOST_TAGS_H
-#define DOV417_HOST_TAGS_H
+#ifndef DOV417_TEXT_TAGS_H
+#define DOV417_TEXT_TAGS_H
 
 #include <string>
 #include <vector>
 
 #include "text/addresses.h"
 #include "text/values.h"
+
+namespace dov417 {
 
 struct Tag {
     std::string name;
@@ -27,5 +29,7 @@ std::vector<Tag> parseTags(const Library& library, const std::string& text,
 
 // Null if there is none of that name.
 const Tag* findTag(const std::vector<Tag>& tags, const std::string& name);
+
+} // namespace dov417
 
 #endif

@@ -7,6 +7,8 @@
 
 #include "line/failure.h"
 
+namespace dov417 {
+
 std::string contentOf(const std::string& file, const std::string& named)
 {
     errno = 0;
@@ -17,3 +19,5 @@ std::string contentOf(const std::string& file, const std::string& named)
         throw UsageFailure("cannot read " + named + ": " + std::strerror(errno));
     return text.str();
 }
+
+} // namespace dov417

@@ -8,6 +8,8 @@
 #include <limits>
 #include <tuple>
 
+namespace dov417 {
+
 namespace {
 
 const int bitsPerDigit = 4;
@@ -293,3 +295,5 @@ std::vector<unsigned char> valueBytes(Width width, const Format& format,
     }
     return bytes;
 }
+
+} // namespace dov417

@@ -1,7 +1,7 @@
 // Values as people write them <-> bytes as the library takes and gives them: one byte a bit, two
 // bytes a word, low byte first, two words a 32-bit value.
-#ifndef DOV417_HOST_VALUES_H
-#define DOV417_HOST_VALUES_H
+#ifndef DOV417_TEXT_VALUES_H
+#define DOV417_TEXT_VALUES_H
 
 #include <optional>
 #include <string>
@@ -9,6 +9,8 @@
 
 #include "driver/registers.h"
 #include "line/failure.h"
+
+namespace dov417 {
 
 enum class Notation {
     unsignedNumber,
@@ -63,5 +65,7 @@ void requireCount(int wanted, const std::vector<std::string>& values);
 // Bytes for intf_setData(). Throws a UsageFailure with the text and the range that it misses.
 std::vector<unsigned char> valueBytes(Width width, const Format& format,
                                       const std::vector<std::string>& texts);
+
+} // namespace dov417
 
 #endif

@@ -4,6 +4,8 @@
 
 #include <QByteArray>
 
+namespace dov417 {
+
 inline QByteArray hex(const char* text)
 {
     return QByteArray::fromHex(text);
@@ -12,5 +14,7 @@ inline QByteArray hex(const char* text)
 // Station 1 is asked for one register; it holds 42.
 const char* const readRequest = "0103050A0001A4C4";
 const char* const readReply = "010302002A399B";
+
+} // namespace dov417
 
 #endif

@@ -10,6 +10,8 @@
 #include "driver/library.h"
 #include "line/failure.h"
 
+namespace dov417 {
+
 // The driver tells its planning on the debug stream.
 inline void withoutDebugLines(QtMsgType type, const QMessageLogContext&, const QString& message)
 {
@@ -41,5 +43,7 @@ std::string complaint(Call call)
     }
     return std::string();
 }
+
+} // namespace dov417
 
 #endif

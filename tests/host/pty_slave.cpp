@@ -10,6 +10,8 @@
 #include <termios.h>
 #include <unistd.h>
 
+namespace dov417 {
+
 PtySlave::PtySlave()
 {
     plug();
@@ -88,3 +90,5 @@ bool waitUntil(const std::function<bool()>& condition)
         loop.processEvents(QEventLoop::WaitForMoreEvents);
     return condition();
 }
+
+} // namespace dov417

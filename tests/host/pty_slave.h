@@ -9,6 +9,8 @@
 #include <functional>
 #include <memory>
 
+namespace dov417 {
+
 class PtySlave {
 public:
     PtySlave();
@@ -38,5 +40,7 @@ private:
 
 // Runs the event loop until the condition holds. False if it does not within a minute.
 bool waitUntil(const std::function<bool()>& condition);
+
+} // namespace dov417
 
 #endif

@@ -5,6 +5,8 @@
 #include "line/crc16.h"
 #include "loaded_library.h"
 
+namespace dov417 {
+
 namespace {
 
 // The controller's areas as the register table maps them.
@@ -20,21 +22,20 @@ QByteArray bytes(const char* hex)
 
 std::string request(const char* withoutCrc)
 {
-    return requestText(simulator::withCrc(bytes(withoutCrc)), areas);
+    return requestText(withCrc(bytes(withoutCrc)), areas);
 }
 
 std::string reply(const char* withoutCrc, const char* requestWithoutCrc)
 {
-    return replyText(simulator::withCrc(bytes(withoutCrc)),
-                     simulator::withCrc(bytes(requestWithoutCrc)), areas);
+    return replyText(withCrc(bytes(withoutCrc)), withCrc(bytes(requestWithoutCrc)), areas);
 }
 
 TEST(FrameText, CrcIsThatOfModbus)
 {
-    EXPECT_EQ(simulator::withCrc(bytes("01 03 00 00 00 01")), bytes("01 03 00 00 00 01 84 0A"));
-    EXPECT_TRUE(simulator::hasGoodCrc(bytes("01 03 00 00 00 01 84 0A")));
-    EXPECT_FALSE(simulator::hasGoodCrc(bytes("01 03 00 00 00 01 0A 84")));
-    EXPECT_FALSE(simulator::hasGoodCrc(bytes("FF FF")));
+    EXPECT_EQ(withCrc(bytes("01 03 00 00 00 01")), bytes("01 03 00 00 00 01 84 0A"));
+    EXPECT_TRUE(hasGoodCrc(bytes("01 03 00 00 00 01 84 0A")));
+    EXPECT_FALSE(hasGoodCrc(bytes("01 03 00 00 00 01 0A 84")));
+    EXPECT_FALSE(hasGoodCrc(bytes("FF FF")));
 }
 
 TEST(FrameText, ReadsAreToldWithTheirAddresses)
@@ -50,7 +51,7 @@ TEST(FrameText, NumbersThatAreInNoOneAreaStandAlone)
 {
     EXPECT_EQ(request("01 03 00 00 00 01"), "station 1: read 1 register from 0");
     EXPECT_EQ(request("01 03 01 FF 00 02"), "station 1: read 2 registers from 511");
-    EXPECT_EQ(requestText(simulator::withCrc(bytes("01 03 05 64 00 08")), {}),
+    EXPECT_EQ(requestText(withCrc(bytes("01 03 05 64 00 08")), {}),
               "station 1: read 8 registers from 1380");
 }
 
@@ -98,16 +99,16 @@ TEST(FrameText, ReadRepliesAreToldWithTheirValues)
 TEST(FrameText, LongRepliesShowTheirFirstSixteenValues)
 {
     const QByteArray values(2 * 18, 0);
-    const QByteArray answer = simulator::withCrc(bytes("01 03 24") + values);
-    EXPECT_EQ(replyText(answer, simulator::withCrc(bytes("01 03 05 00 00 12")), areas),
+    const QByteArray answer = withCrc(bytes("01 03 24") + values);
+    EXPECT_EQ(replyText(answer, withCrc(bytes("01 03 05 00 00 12")), areas),
               "station 1: R_W:0..17 = 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 and 2 more");
 }
 
 TEST(FrameText, A128RegisterReplyIsWholeAlthoughItsByteCountSaysZero)
 {
     const QByteArray values(2 * 128, 0);
-    const QByteArray answer = simulator::withCrc(bytes("01 03 00") + values);
-    EXPECT_EQ(replyText(answer, simulator::withCrc(bytes("01 03 05 00 00 80")), areas),
+    const QByteArray answer = withCrc(bytes("01 03 00") + values);
+    EXPECT_EQ(replyText(answer, withCrc(bytes("01 03 05 00 00 80")), areas),
               "station 1: R_W:0..127 = 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 and 112 more");
 }
 
@@ -142,14 +143,13 @@ TEST(FrameText, WhatDoesNotFitTheRequestIsSaid)
               "station 2: reply to read registers, 7 bytes where 9 are due");
     EXPECT_EQ(reply("02 06 05 0B 00 07", "02 06 05 0A 00 07"),
               "station 2: wrote R_W:11 = 7 (0x0007), but that was not asked for");
-    EXPECT_EQ(replyText(bytes("02 03 02 00 07 00 00"),
-                        simulator::withCrc(bytes("02 03 05 0A 00 01")), areas),
+    EXPECT_EQ(replyText(bytes("02 03 02 00 07 00 00"), withCrc(bytes("02 03 05 0A 00 01")), areas),
               "station 2: reply to read registers, bad CRC");
 }
 
 TEST(FrameText, AReplyWithoutItsRequestStillShowsItsValues)
 {
-    EXPECT_EQ(replyText(simulator::withCrc(bytes("02 03 02 00 07")), QByteArray(), areas),
+    EXPECT_EQ(replyText(withCrc(bytes("02 03 02 00 07")), QByteArray(), areas),
               "station 2: read registers, 2 bytes of values: 7");
 }
 
@@ -162,7 +162,7 @@ TEST(FrameText, AnyBytesOfAnyLengthGetAText)
                 QByteArray frame(length, fill);
                 if (length > 1)
                     frame[1] = static_cast<char>(function);
-                const QByteArray sound = simulator::withCrc(frame);
+                const QByteArray sound = withCrc(frame);
                 EXPECT_NE(requestText(frame, areas), "");
                 EXPECT_NE(requestText(sound, areas), "");
                 EXPECT_NE(replyText(frame, sound, areas), "");
@@ -186,3 +186,5 @@ TEST_F(AreasOfLibrary, AreLearntFromTheFramesOfTheDriver)
 }
 
 } // namespace
+
+} // namespace dov417

@@ -7,6 +7,8 @@
 
 #include "loaded_library.h"
 
+namespace dov417 {
+
 namespace {
 
 using std::chrono::microseconds;
@@ -139,3 +141,5 @@ TEST(LineLog, AFullDiskIsNoticed)
 }
 
 } // namespace
+
+} // namespace dov417

@@ -2,6 +2,8 @@
 
 #include "loaded_library.h"
 
+namespace dov417 {
+
 namespace {
 
 using std::chrono::microseconds;
@@ -82,3 +84,5 @@ TEST_F(WireOfLibrary, TheLibraryReportsItsOwnLine)
 }
 
 } // namespace
+
+} // namespace dov417

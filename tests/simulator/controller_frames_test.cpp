@@ -5,7 +5,7 @@
 #include "line/crc16.h"
 #include "support.h"
 
-namespace simulator {
+namespace dov417::simulator {
 namespace {
 
 TEST(FrameCrc, IsSentLowByteFirst)
@@ -54,4 +54,4 @@ TEST(RequestLength, NeedsTheByteCountOfAWrite)
 }
 
 } // namespace
-} // namespace simulator
+} // namespace dov417::simulator

@@ -6,7 +6,7 @@
 #include "line/crc16.h"
 #include "support.h"
 
-namespace simulator {
+namespace dov417::simulator {
 namespace {
 
 class ControllerTest : public testing::Test {
@@ -292,4 +292,4 @@ TEST_F(ControllerTest, TellsWhatItDidWithAFrame)
 }
 
 } // namespace
-} // namespace simulator
+} // namespace dov417::simulator

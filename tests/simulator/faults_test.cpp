@@ -7,7 +7,7 @@
 #include "simulator/controller.h"
 #include "support.h"
 
-namespace simulator {
+namespace dov417::simulator {
 namespace {
 
 const char* const oneRead = "01 03 05 0A 00 01 A4 C4";
@@ -347,4 +347,4 @@ TEST(Faults, OfOneKindActOncePerReply)
 }
 
 } // namespace
-} // namespace simulator
+} // namespace dov417::simulator

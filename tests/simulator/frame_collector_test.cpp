@@ -4,7 +4,7 @@
 
 #include "support.h"
 
-namespace simulator {
+namespace dov417::simulator {
 namespace {
 
 const char* const read = "01 03 05 0A 00 01 A4 C4";
@@ -56,4 +56,4 @@ TEST(FrameCollector, NoticesBytesThatNeverEnd)
 }
 
 } // namespace
-} // namespace simulator
+} // namespace dov417::simulator

@@ -8,7 +8,7 @@
 #include "simulator/simulation.h"
 #include "support.h"
 
-namespace simulator {
+namespace dov417::simulator {
 namespace {
 
 // libmodbus blocks, so the controller has a thread for itself.
@@ -276,4 +276,4 @@ TEST_F(Libmodbus, NoticesEveryFlippedBit)
 }
 
 } // namespace
-} // namespace simulator
+} // namespace dov417::simulator

@@ -5,7 +5,7 @@
 
 #include "line/wake_timer.h"
 
-namespace simulator {
+namespace dov417::simulator {
 namespace {
 
 using LineServerReplies = LineServerTest;
@@ -151,4 +151,4 @@ TEST_F(LineServerReplies, PacedSendsEveryKindOfFaultyReply)
 }
 
 } // namespace
-} // namespace simulator
+} // namespace dov417::simulator

@@ -10,7 +10,7 @@
 
 #include "simulator/line_port.h"
 
-namespace simulator {
+namespace dov417::simulator {
 namespace {
 
 TEST_F(LineServerTest, AnswersOnAPseudoTerminalOfItsOwn)
@@ -309,4 +309,4 @@ TEST_F(LineServerTest, ServesADeviceAndTellsWhenItIsGone)
 }
 
 } // namespace
-} // namespace simulator
+} // namespace dov417::simulator

@@ -10,7 +10,7 @@
 #include "simulator/line_server.h"
 #include "support.h"
 
-namespace simulator {
+namespace dov417::simulator {
 
 inline const char* const readRequest = "01 03 05 0A 00 01 A4 C4";
 inline const char* const readReply = "01 03 02 12 34 B5 33";
@@ -66,6 +66,6 @@ protected:
     std::unique_ptr<LineServer> server;
 };
 
-} // namespace simulator
+} // namespace dov417::simulator
 
 #endif

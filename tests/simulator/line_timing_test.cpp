@@ -4,7 +4,7 @@
 
 #include "support.h"
 
-namespace simulator {
+namespace dov417::simulator {
 namespace {
 
 LineSettings lineOf(const char* text)
@@ -81,4 +81,4 @@ TEST(WireClock, LetsBytesWaitForThoseBeforeThem)
 }
 
 } // namespace
-} // namespace simulator
+} // namespace dov417::simulator

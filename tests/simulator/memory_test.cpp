@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace simulator {
+namespace dov417::simulator {
 namespace {
 
 struct Place {
@@ -102,4 +102,4 @@ TEST(Memory, HasStations1To247AndTheyShareNothing)
 }
 
 } // namespace
-} // namespace simulator
+} // namespace dov417::simulator

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace simulator {
+namespace dov417::simulator {
 namespace {
 
 class PlantTest : public testing::Test {
@@ -169,4 +169,4 @@ TEST_F(PlantTest, LivesTheSameLifeForTheSameSeed)
 }
 
 } // namespace
-} // namespace simulator
+} // namespace dov417::simulator

@@ -6,7 +6,7 @@
 
 #include "support.h"
 
-namespace simulator {
+namespace dov417::simulator {
 namespace {
 
 AddressRange rangeOf(const char* text)
@@ -271,4 +271,4 @@ TEST_F(SetLoadTest, SaysWhyADumpCannotBeWritten)
 }
 
 } // namespace
-} // namespace simulator
+} // namespace dov417::simulator

@@ -5,7 +5,7 @@
 
 #include "support.h"
 
-namespace simulator {
+namespace dov417::simulator {
 namespace {
 
 class SimulationTest : public testing::Test {
@@ -188,4 +188,4 @@ TEST_F(SimulationTest, RefusesToStartWithAMistakeInItsOptions)
 }
 
 } // namespace
-} // namespace simulator
+} // namespace dov417::simulator

@@ -11,6 +11,8 @@
 #include <termios.h>
 #include <unistd.h>
 
+namespace dov417 {
+
 namespace {
 
 constexpr int inVainMs = 30000;
@@ -87,3 +89,5 @@ bool MasterEnd::isHungUp() const
     pollfd state{m_descriptor, POLLIN, 0};
     return ::poll(&state, 1, 0) > 0 && (state.revents & POLLHUP) != 0;
 }
+
+} // namespace dov417

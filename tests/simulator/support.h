@@ -7,6 +7,8 @@
 #include <functional>
 #include <string>
 
+namespace dov417 {
+
 // "01 03 05 0A" to bytes and back.
 QByteArray bytesOf(const char* hex);
 std::string hexOf(const QByteArray& bytes);
@@ -40,5 +42,7 @@ inline std::string text(const QString& string)
 {
     return string.toStdString();
 }
+
+} // namespace dov417
 
 #endif

@@ -4,7 +4,7 @@
 
 #include "write_ledger.h"
 
-using simulator::Area;
+using dov417::simulator::Area;
 
 namespace {
 
@@ -32,7 +32,7 @@ const RecipePart parts[] = {
 
 } // namespace
 
-RecipeRound::RecipeRound(simulator::Memory& memory, std::vector<unsigned char>& block,
+RecipeRound::RecipeRound(dov417::simulator::Memory& memory, std::vector<unsigned char>& block,
                          std::vector<unsigned short>& buffer)
     : memory_(memory), block_(block), buffer_(buffer)
 {

@@ -10,7 +10,7 @@
 
 class RecipeRound {
 public:
-    RecipeRound(simulator::Memory& memory, std::vector<unsigned char>& block,
+    RecipeRound(dov417::simulator::Memory& memory, std::vector<unsigned char>& block,
                 std::vector<unsigned short>& buffer);
 
     void plan();
@@ -46,7 +46,7 @@ private:
 
     void compare(const char* direction) const;
 
-    simulator::Memory& memory_;
+    dov417::simulator::Memory& memory_;
     std::vector<unsigned char>& block_;
     std::vector<unsigned short>& buffer_;
     Stage stage_ = idle;

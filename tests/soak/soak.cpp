@@ -13,7 +13,7 @@
 #include "simulator/faults.h"
 #include "write_ledger.h"
 
-using simulator::Area;
+using dov417::simulator::Area;
 
 namespace {
 
@@ -76,10 +76,10 @@ public:
     void report() const;
 
 private:
-    static std::vector<simulator::FaultRule> tenPercent()
+    static std::vector<dov417::simulator::FaultRule> tenPercent()
     {
-        simulator::FaultRule rule;
-        rule.kind = simulator::FaultKind::any;
+        dov417::simulator::FaultRule rule;
+        rule.kind = dov417::simulator::FaultKind::any;
         rule.probability = 0.1;
         return {rule};
     }
@@ -94,9 +94,9 @@ private:
     static void requireCountedTwice(const _DATA_& unit);
 
     std::mt19937 random_;
-    simulator::Memory memory_;
-    simulator::Controller controller_;
-    simulator::Faults faults_;
+    dov417::simulator::Memory memory_;
+    dov417::simulator::Controller controller_;
+    dov417::simulator::Faults faults_;
     std::vector<unsigned char> block_;
     std::vector<unsigned short> buffer_;
     QMutex mutex_;
@@ -180,9 +180,9 @@ QByteArray Soak::received(const QByteArray& request, bool withFaults)
     if (!withFaults || reply.isEmpty()) {
         return reply;
     }
-    const simulator::Transmission sent = faults_.apply(request, reply);
+    const dov417::simulator::Transmission sent = faults_.apply(request, reply);
     QByteArray bytes = sent.echo;
-    for (const simulator::Piece& piece : sent.pieces) {
+    for (const dov417::simulator::Piece& piece : sent.pieces) {
         if (piece.delayMs < 100) {
             bytes.append(piece.bytes);
         }
@@ -248,7 +248,7 @@ void Soak::requireCached(const Watched& range) const
     intf_getData(range.station, QString::fromLatin1(range.regName), range.address, range.length,
                  out.data());
     const bool bits = QString::fromLatin1(range.regName).endsWith(QLatin1String("_bit"));
-    const simulator::StationMemory& station = *memory_.station(range.station);
+    const dov417::simulator::StationMemory& station = *memory_.station(range.station);
     for (int i = 0; i < range.length; ++i) {
         const int address = range.address + i;
         const size_t at = static_cast<size_t>(i);

@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <cstring>
 
-using simulator::Area;
-using simulator::StationMemory;
+using dov417::simulator::Area;
+using dov417::simulator::StationMemory;
 
 namespace {
 
@@ -62,7 +62,8 @@ void disagree(const QString& sentence)
     std::exit(1);
 }
 
-WriteLedger::WriteLedger(simulator::Memory& memory) : memory_(memory), targets_(allTargets())
+WriteLedger::WriteLedger(dov417::simulator::Memory& memory)
+    : memory_(memory), targets_(allTargets())
 {
     for (WriteTarget& target : targets_) {
         target.inController =

@@ -20,7 +20,7 @@ struct WriteTarget {
     const char* regName;
     int address;
     int length;
-    simulator::Area area; // where it lands
+    dov417::simulator::Area area; // where it lands
     QByteArray inController;
 };
 
@@ -35,7 +35,7 @@ struct LedgerCounts {
 
 class WriteLedger {
 public:
-    explicit WriteLedger(simulator::Memory& memory);
+    explicit WriteLedger(dov417::simulator::Memory& memory);
 
     void writeOne(std::mt19937& random);
     // A frame of a write was handed to the controller, and the driver said `result` to its reply.
@@ -60,7 +60,7 @@ private:
         QByteArray value;
     };
 
-    simulator::Memory& memory_;
+    dov417::simulator::Memory& memory_;
     std::vector<WriteTarget> targets_;
     std::deque<Entry> queue_;
     LedgerCounts counts_;

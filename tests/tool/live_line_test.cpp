@@ -5,6 +5,8 @@
 #include "loaded_library.h"
 #include "pty_slave.h"
 
+namespace dov417 {
+
 namespace {
 
 using std::chrono::milliseconds;
@@ -42,3 +44,5 @@ TEST_F(ALiveLine, EndsWhenALostPortDoesNotComeBackInTime)
 }
 
 } // namespace
+
+} // namespace dov417

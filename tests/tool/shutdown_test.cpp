@@ -5,6 +5,8 @@
 
 #include "pty_slave.h"
 
+namespace dov417 {
+
 namespace {
 
 struct Signal {
@@ -72,3 +74,5 @@ INSTANTIATE_TEST_SUITE_P(Each, Shutdowns,
                          [](const auto& test) { return test.param.name; });
 
 } // namespace
+
+} // namespace dov417

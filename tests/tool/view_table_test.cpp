@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+namespace dov417 {
+
 namespace {
 
 using std::chrono::milliseconds;
@@ -50,3 +52,5 @@ TEST(ViewTable, SaysWhichValueNeverCame)
 }
 
 } // namespace
+
+} // namespace dov417

@@ -5,6 +5,8 @@
 #include "driver/registers.h"
 #include "loaded_library.h"
 
+namespace dov417 {
+
 namespace {
 
 using ::testing::ElementsAre;
@@ -74,3 +76,5 @@ TEST_F(Registers, WriteTheirAddressesInTheirOwnForm)
 }
 
 } // namespace
+
+} // namespace dov417

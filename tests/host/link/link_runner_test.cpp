@@ -9,6 +9,8 @@
 #include "loaded_library.h"
 #include "pty_slave.h"
 
+namespace dov417 {
+
 namespace {
 
 using std::chrono::milliseconds;
@@ -179,3 +181,5 @@ TEST_F(RunnerOnALine, AnIdleRunnerDoesNotSpin)
 }
 
 } // namespace
+
+} // namespace dov417

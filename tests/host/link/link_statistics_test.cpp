@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+namespace dov417 {
+
 namespace {
 
 using std::chrono::seconds;
@@ -81,3 +83,5 @@ TEST(Statistics, NameWhatWasNoReply)
 }
 
 } // namespace
+
+} // namespace dov417

@@ -4,6 +4,8 @@
 
 #include "exchange.h"
 
+namespace dov417 {
+
 namespace {
 
 constexpr int readReplyLength = 7;
@@ -252,3 +254,5 @@ TEST_F(CollectingAWrite, TheEchoOfALongWriteIsNotMistakenForItsReply)
 }
 
 } // namespace
+
+} // namespace dov417

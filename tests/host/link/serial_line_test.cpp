@@ -11,6 +11,8 @@
 #include "exchange.h"
 #include "pty_slave.h"
 
+namespace dov417 {
+
 namespace {
 
 using std::chrono::milliseconds;
@@ -310,3 +312,5 @@ TEST(OpeningAPort, SaysThatAFileIsNone)
 }
 
 } // namespace
+
+} // namespace dov417

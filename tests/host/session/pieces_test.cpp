@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+namespace dov417 {
+
 namespace {
 
 Address address(const char* regName, Width width, int first, int length)
@@ -127,3 +129,5 @@ TEST(WatchPieces, AreNoLongerThanARequestOfThePlan)
 }
 
 } // namespace
+
+} // namespace dov417

@@ -6,6 +6,8 @@
 #include "line/line_log.h"
 #include "loaded_library.h"
 
+namespace dov417 {
+
 namespace {
 
 using std::chrono::microseconds;
@@ -183,3 +185,5 @@ TEST_F(Planning, NoGapIsMissed)
 }
 
 } // namespace
+
+} // namespace dov417

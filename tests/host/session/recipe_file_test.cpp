@@ -9,6 +9,8 @@
 
 #include "loaded_library.h"
 
+namespace dov417 {
+
 namespace {
 
 using ::testing::HasSubstr;
@@ -136,3 +138,5 @@ TEST_F(RecipeFile, OnAFullDeviceIsAFailure)
 }
 
 } // namespace
+
+} // namespace dov417

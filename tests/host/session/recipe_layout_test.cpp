@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <tuple>
 
+namespace dov417 {
+
 namespace {
 
 Address words(int station, const char* regName, int first, int length)
@@ -72,3 +74,5 @@ TEST(RecipeLayout, OfNothingHasNoRound)
 }
 
 } // namespace
+
+} // namespace dov417

@@ -7,6 +7,8 @@
 #include "line/failure.h"
 #include "pty_slave.h"
 
+namespace dov417 {
+
 namespace {
 
 Write wordWrite(const char* regName, int address, unsigned char value)
@@ -166,3 +168,5 @@ TEST_F(SessionOnALine, ABroadcastOfARegisterBitIsRefusedBeforeItBlocksTheQueue)
 }
 
 } // namespace
+
+} // namespace dov417

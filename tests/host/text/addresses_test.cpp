@@ -2,6 +2,8 @@
 
 #include "loaded_library.h"
 
+namespace dov417 {
+
 namespace {
 
 using ::testing::HasSubstr;
@@ -183,3 +185,5 @@ TEST_F(Addresses, BitsLieInTheWordsThatHoldThem)
 }
 
 } // namespace
+
+} // namespace dov417

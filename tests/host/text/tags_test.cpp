@@ -7,6 +7,8 @@
 #include "loaded_library.h"
 #include "session/items.h"
 
+namespace dov417 {
+
 namespace {
 
 using ::testing::HasSubstr;
@@ -227,3 +229,5 @@ TEST_F(ItemsTest, AGapThatCutsA32BitValueIsRefused)
 }
 
 } // namespace
+
+} // namespace dov417

@@ -5,6 +5,8 @@
 
 #include "loaded_library.h"
 
+namespace dov417 {
+
 namespace {
 
 using ::testing::ElementsAre;
@@ -134,3 +136,5 @@ TEST(Values, FloatNeedsThirtyTwoBits)
 }
 
 } // namespace
+
+} // namespace dov417
