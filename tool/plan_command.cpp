@@ -17,6 +17,7 @@ using std::chrono::microseconds;
 struct PlanOptions {
     LineOptions line;
     ItemOptions items;
+    int responseMs = 0; // --response-time
 };
 
 double milliseconds(microseconds time)
@@ -43,11 +44,12 @@ std::string wordsText(const Stretch& stretch)
     return wordsText(stretch.station, name, stretch.first, stretch.count);
 }
 
-void printLine(const WireFormat& wire, microseconds turnaround)
+void printLine(const WireFormat& wire, microseconds responseTime)
 {
-    std::printf("line %s: %d bits a character, %.3f ms; silence %.3f ms; turnaround %.3f ms\n",
-                toText(wire).c_str(), wire.bitsPerCharacter(), milliseconds(wire.characters(1)),
-                milliseconds(wire.silence()), milliseconds(turnaround));
+    std::printf(
+        "line %s: %d bits a character, %.3f ms; inter-frame delay %.3f ms; response time %.3f ms\n",
+        toText(wire).c_str(), wire.bitsPerCharacter(), milliseconds(wire.characters(1)),
+        milliseconds(wire.silence()), milliseconds(responseTime));
 }
 
 void printPlan(const Plan& plan, int gap)
@@ -123,15 +125,15 @@ int runPlan(const PlanOptions& options)
 {
     const Library library(options.line.library);
     const WireFormat wire = wireFormat(library, options.line);
-    const microseconds turnaround =
-        std::chrono::milliseconds(options.line.turnaroundMs.value_or(0));
-    const std::vector<Item> items = Items(library, options.items).chosen(Access::read);
+    const microseconds responseTime = std::chrono::milliseconds(options.responseMs);
+    const std::vector<Item> items =
+        Items(library, options.items.source).chosen(options.items.arguments, Access::read);
     const std::vector<Address> addresses = addressesOf(items);
 
-    const Planner planner(library, addresses, wire, turnaround);
+    const Planner planner(library, addresses, wire, responseTime);
     const int gap = options.line.mergeGap();
     const Plan plan = planner.plan(gap);
-    printLine(wire, turnaround);
+    printLine(wire, responseTime);
     printPlan(plan, gap);
     printWarnings(library, planner, plan, items, gap);
     if (!options.line.gap)
@@ -148,6 +150,11 @@ void addPlanCommand(CLI::App& app, Action& chosen)
         app.add_subcommand("plan", "What the driver will send for these addresses, and how long a "
                                    "cycle takes on the wire");
     addAddressArguments(*command, options->items);
+    command
+        ->add_option("--response-time", options->responseMs,
+                     "What a controller takes before it answers (0)")
+        ->option_text("MS")
+        ->check(CLI::Range(0, maximumMs));
     addLineOptions(*command, options->line);
     command->footer(
         "Examples:\n"
