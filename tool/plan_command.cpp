@@ -4,7 +4,9 @@
 #include <cstdio>
 #include <memory>
 
-#include "line/line_log.h"
+#include "driver/registers.h"
+#include "line/failure.h"
+#include "line/frame_text.h"
 #include "session/items.h"
 #include "session/planning.h"
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <random>
 
-#include "line/line_log.h"
+#include "line/frame_text.h"
 #include "loaded_library.h"
 
 namespace dov417 {
