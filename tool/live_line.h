@@ -13,10 +13,10 @@
 #include "line/line_log.h"
 #include "link/link_runner.h"
 #include "live/controller_process.h"
+#include "live/shutdown.h"
 #include "session/items.h"
 #include "session/session.h"
 #include "tool/options.h"
-#include "tool/shutdown.h"
 
 namespace dov417 {
 

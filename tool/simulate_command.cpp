@@ -6,8 +6,8 @@
 #include <memory>
 
 #include "line/failure.h"
+#include "live/shutdown.h"
 #include "simulator/simulation.h"
-#include "tool/shutdown.h"
 
 namespace dov417 {
 
