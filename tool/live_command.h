@@ -10,10 +10,10 @@
 #include <vector>
 
 #include "live/live_line.h"
+#include "live/shutdown.h"
 #include "session/items.h"
 #include "session/session.h"
 #include "tool/options.h"
-#include "tool/shutdown.h"
 
 namespace dov417 {
 

@@ -4,7 +4,9 @@
 #include <cstdio>
 #include <memory>
 
-#include "line/line_log.h"
+#include "driver/registers.h"
+#include "line/failure.h"
+#include "line/frame_text.h"
 #include "session/items.h"
 #include "session/planning.h"
 
@@ -20,9 +22,9 @@ struct PlanOptions {
     int responseMs = 0; // --response-time
 };
 
-double milliseconds(microseconds time)
+double milliseconds(std::chrono::duration<double, std::milli> time)
 {
-    return static_cast<double>(time.count()) / 1000.0;
+    return time.count();
 }
 
 std::string count(int number, const std::string& what)
@@ -44,12 +46,12 @@ std::string wordsText(const Stretch& stretch)
     return wordsText(stretch.station, name, stretch.first, stretch.count);
 }
 
-void printLine(const WireFormat& wire, microseconds responseTime)
+void printLine(const SerialFormat& wire, microseconds responseTime)
 {
     std::printf(
         "line %s: %d bits a character, %.3f ms; inter-frame delay %.3f ms; response time %.3f ms\n",
         toText(wire).c_str(), wire.bitsPerCharacter(), milliseconds(wire.characters(1)),
-        milliseconds(wire.silence()), milliseconds(responseTime));
+        milliseconds(wire.interFrameDelay()), milliseconds(responseTime));
 }
 
 void printPlan(const Plan& plan, int gap)
@@ -124,7 +126,7 @@ void printOutcomes(const std::vector<GapOutcome>& outcomes)
 int runPlan(const PlanOptions& options)
 {
     const Library library(options.line.library);
-    const WireFormat wire = wireFormat(library, options.line);
+    const SerialFormat wire = serialFormat(library, options.line);
     const microseconds responseTime = std::chrono::milliseconds(options.responseMs);
     const std::vector<Item> items =
         Items(library, options.items.source).chosen(options.items.arguments, Access::read);

@@ -1,12 +1,13 @@
 #include "live/line_setup.h"
 
-#include "line/wire.h"
+#include "driver/default_line.h"
+#include "line/serial_format.h"
 
 namespace dov417 {
 
-WireFormat wireFormat(const Library& library, const LineSetup& setup)
+SerialFormat serialFormat(const Library& library, const LineSetup& setup)
 {
-    return parseWireFormat(setup.line.empty() ? defaultLine(library) : setup.line);
+    return parseRtuFormat(setup.line.empty() ? defaultLine(library) : setup.line);
 }
 
 SessionSettings sessionSettings(const LineSetup& setup)

@@ -36,7 +36,7 @@ struct LineSetup {
 };
 
 // The line in full. Throws a UsageFailure if it is written wrongly.
-WireFormat wireFormat(const Library& library, const LineSetup& setup);
+SerialFormat serialFormat(const Library& library, const LineSetup& setup);
 
 SessionSettings sessionSettings(const LineSetup& setup);
 

@@ -39,7 +39,7 @@ LiveLine::LiveLine(const Library& library, const LineSetup& setup, const std::se
         port = controller_->port();
     }
     settings_.device = QString::fromStdString(port);
-    settings_.wire = wireFormat(library, setup);
+    settings_.wire = serialFormat(library, setup);
     settings_.timeout = std::chrono::milliseconds(setup.timeoutMs);
     settings_.turnaround = std::chrono::milliseconds(setup.turnaroundMs);
     if (!setup.log.empty())
