@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "allocation_count.h"
-#include "crc.h"
 #include "intf.h"
 #include "protocol.h"
+#include "protocol/crc.h"
 
 namespace {
 

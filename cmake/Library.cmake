@@ -8,19 +8,19 @@ add_library(dov417modbus_objects OBJECT
   protocol/reply_check.cpp
   service/driver_state.cpp
   service/identity.cpp
-  service/address_check.cpp
-  service/multiple_copy.cpp
-  service/request_queue.cpp
-  service/address_merging.cpp
-  service/condition_reads.cpp
-  service/recipes.cpp
-  service/send_scheduling.cpp
-  service/response_handling.cpp
-  service/unit_index.cpp
-  service/data_areas.cpp
-  service/reading_values.cpp
-  service/change_notifiers.cpp
-  service/writing_values.cpp)
+  service/editor/address_check.cpp
+  service/editor/multiple_copy.cpp
+  service/planning/request_queue.cpp
+  service/planning/address_merging.cpp
+  service/planning/condition_reads.cpp
+  service/planning/recipes.cpp
+  service/link/send_scheduling.cpp
+  service/link/response_handling.cpp
+  service/cache/unit_index.cpp
+  service/cache/data_areas.cpp
+  service/cache/reading_values.cpp
+  service/cache/change_notifiers.cpp
+  service/cache/writing_values.cpp)
 if(DOV417_QT STREQUAL "6")
   set(dov417_library_standard 17) # Qt 6's own headers ask for it
 else()
@@ -32,7 +32,7 @@ target_compile_definitions(dov417modbus_objects PRIVATE
   QT_DISABLE_DEPRECATED_BEFORE=0x050F00
   QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_CAST_FROM_BYTEARRAY)
 target_include_directories(dov417modbus_objects PUBLIC
-  ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/protocol ${PROJECT_SOURCE_DIR}/service)
+  ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/service)
 target_link_libraries(dov417modbus_objects PUBLIC dov417_qtcore PRIVATE dov417_warnings)
 set_target_properties(dov417modbus_objects PROPERTIES
   CXX_STANDARD ${dov417_library_standard} # not newer: sized deallocation needs a newer libstdc++

@@ -1,5 +1,5 @@
 // Address text and the editor's checks: what is accepted lies in its range and converts back.
-#include "address_text.h"
+#include "protocol/address_text.h"
 #include "host.h"
 
 namespace {

@@ -1,7 +1,7 @@
 // Frame building against an independent reader of frames, and the CRC against one made bit by bit.
-#include "crc.h"
-#include "frame_building.h"
 #include "host.h"
+#include "protocol/crc.h"
+#include "protocol/frame_building.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // Planning against the plain statement of its rules: the same requests in the same order.
-#include "address_merging.h"
 #include "host.h"
 #include "plain_rules.h"
+#include "planning/address_merging.h"
 
 namespace {
 

@@ -1,11 +1,11 @@
-#include "address_text.h"
+#include "protocol/address_text.h"
 
 #include <QChar>
 #include <QStringList>
 
 #include "protocol.h"
-#include "register_table.h"
-#include "wrap.h"
+#include "protocol/register_table.h"
+#include "protocol/wrap.h"
 
 namespace {
 

@@ -1,11 +1,11 @@
-#include "frame_building.h"
+#include "protocol/frame_building.h"
 
-#include "address_text.h"
-#include "crc.h"
 #include "protocol.h"
-#include "record_copy.h"
-#include "register_table.h"
-#include "wrap.h"
+#include "protocol/address_text.h"
+#include "protocol/crc.h"
+#include "protocol/record_copy.h"
+#include "protocol/register_table.h"
+#include "protocol/wrap.h"
 
 namespace {
 

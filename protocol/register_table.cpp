@@ -1,6 +1,6 @@
-#include "register_table.h"
+#include "protocol/register_table.h"
 
-#include "init_order.h"
+#include "protocol/init_order.h"
 
 namespace {
 

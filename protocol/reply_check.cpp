@@ -1,9 +1,9 @@
-#include "reply_check.h"
+#include "protocol/reply_check.h"
 
 #include <climits>
 
-#include "crc.h"
 #include "protocol.h"
+#include "protocol/crc.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include "protocol.h"
 
-#include "register_table.h"
-#include "unit_index.h"
+#include "cache/unit_index.h"
+#include "protocol/register_table.h"
 
 // Lists and texts start empty by themselves, and static storage is zero: what stands here is what
 // hosts rely on beyond that.

@@ -2,11 +2,11 @@
 
 #include <QStringList>
 
-#include "address_text.h"
-#include "init_order.h"
+#include "cache/unit_index.h"
 #include "intf.h"
-#include "unit_index.h"
-#include "wrap.h"
+#include "protocol/address_text.h"
+#include "protocol/init_order.h"
+#include "protocol/wrap.h"
 
 DOV417_BEFORE_DRIVER const QString PROCOTOL_NAME = QString::fromLatin1("dov417modbus");
 DOV417_BEFORE_DRIVER const QString PROCOTOL_VERSION = QString::fromLatin1(DOV417_VERSION);

@@ -2,7 +2,7 @@
 
 #include <map>
 
-#include "data_areas.h"
+#include "cache/data_areas.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "address_text.h"
+#include "protocol/address_text.h"
 
 #include <climits>
 

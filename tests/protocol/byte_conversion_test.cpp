@@ -1,6 +1,6 @@
 #include <climits>
 
-#include "frame_building.h"
+#include "protocol/frame_building.h"
 #include "world.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "frame_building.h"
+#include "protocol/frame_building.h"
 
 #include <climits>
 

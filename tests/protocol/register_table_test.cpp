@@ -1,8 +1,8 @@
-#include "register_table.h"
+#include "protocol/register_table.h"
 
 #include <set>
 
-#include "frame_building.h"
+#include "protocol/frame_building.h"
 #include "world.h"
 
 namespace {

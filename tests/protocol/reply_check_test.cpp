@@ -1,4 +1,4 @@
-#include "reply_check.h"
+#include "protocol/reply_check.h"
 
 #include "world.h"
 

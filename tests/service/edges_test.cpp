@@ -1,7 +1,7 @@
 // Numbers at the edges of what the inner functions take, where one more or one less would show.
-#include "data_areas.h"
-#include "response_handling.h"
-#include "unit_index.h"
+#include "cache/data_areas.h"
+#include "cache/unit_index.h"
+#include "link/response_handling.h"
 #include "world.h"
 
 namespace {

@@ -2,8 +2,8 @@
 
 #include <type_traits>
 
-#include "condition_reads.h"
-#include "recipes.h"
+#include "planning/condition_reads.h"
+#include "planning/recipes.h"
 #include "world.h"
 
 namespace {

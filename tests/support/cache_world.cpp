@@ -5,10 +5,10 @@
 #include <iomanip>
 #include <sstream>
 
-#include "change_notifiers.h"
-#include "data_areas.h"
-#include "reading_values.h"
-#include "writing_values.h"
+#include "cache/change_notifiers.h"
+#include "cache/data_areas.h"
+#include "cache/reading_values.h"
+#include "cache/writing_values.h"
 
 namespace {
 

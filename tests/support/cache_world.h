@@ -3,7 +3,7 @@
 #ifndef DOV417_TESTS_CACHE_WORLD_H
 #define DOV417_TESTS_CACHE_WORLD_H
 
-#include "register_table.h"
+#include "protocol/register_table.h"
 #include "world.h"
 
 // A register type of a controller whose units may be of any width.
