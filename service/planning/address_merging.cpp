@@ -1,7 +1,6 @@
 #include "planning/address_merging.h"
 
 #include <QDebug>
-#include <QStringList>
 #include <algorithm>
 #include <cstring>
 #include <limits>
@@ -9,7 +8,6 @@
 #include "cache/data_areas.h"
 #include "cache/unit_index.h"
 #include "intf.h"
-#include "link/send_scheduling.h"
 #include "planning/weight_order.h"
 #include "protocol.h"
 #include "protocol/address_text.h"
@@ -50,11 +48,11 @@ bool keepApart(const Keyed& a, const Keyed& b, int limit)
 template <typename Keyed>
 void normaliseCyclic(Keyed& key, const RegisterType& type)
 {
-    const QStringList parts = key.regName.split(QLatin1Char('_'));
     const int unit = type.unitBits;
-    const bool bits = parts.size() >= 2 && parts.last() == QLatin1String("bit");
-    if (parts.size() >= 2) {
-        key.regName = parts.first();
+    const bool bits = key.regName.endsWith(QLatin1String("_bit"));
+    const int underscore = static_cast<int>(key.regName.indexOf(QLatin1Char('_')));
+    if (underscore >= 0) {
+        key.regName.truncate(underscore);
         key.regName.append(QLatin1String("_W"));
     }
     if (bits) {
