@@ -19,6 +19,8 @@ add_library(dov417modbus_service OBJECT
   service/planning/condition_reads.cpp
   service/planning/recipes.cpp
   service/link/send_scheduling.cpp
+  service/link/decoding.cpp
+  service/link/error_text.cpp
   service/link/response_handling.cpp
   service/cache/unit_index.cpp
   service/cache/data_areas.cpp

@@ -1,8 +1,14 @@
 #include "uncalled_functions.h"
 
+#include "link/response_handling.h"
+#include "protocol.h"
 #include "protocol/wrap.h"
 
 namespace {
+
+enum {
+    mixedRequestOverhead = 4 // bytes that each request of a mixed reply takes
+};
 
 int hexNibble(const QByteArray& text, int position)
 {
@@ -22,4 +28,24 @@ unsigned char asc2hex(QByteArray text, int position)
 {
     return static_cast<unsigned char>(hexNibble(text, position) << 4 |
                                       hexNibble(text, wrapAdd(position, 1)));
+}
+
+void analyzeFrameOfVal(QByteArray reply, int count, int position, VARIABLE request)
+{
+    decodeReply(reply, count, position, request);
+}
+
+int allMix_GetDataStartPosition(QByteArray, QList<VARIABLE>, int n)
+{
+    if (driver.frameIndex < 0 || driver.frameIndex >= driver.sendList.size()) {
+        return 0;
+    }
+    const int counted = n < driver.frameVarCount ? n : driver.frameVarCount;
+    const int position = driver.sendList.at(driver.frameIndex).dataPosition;
+    return counted > 0 ? wrapAdd(position, wrapMul(mixedRequestOverhead, counted)) : position;
+}
+
+int allMix_GetRecvLenFromReadList(QList<VARIABLE>)
+{
+    return 0;
 }

@@ -4,8 +4,20 @@
 #define DOV417MODBUS_UNCALLED_FUNCTIONS_H
 
 #include <QByteArray>
+#include <QList>
+#include <QString>
+
+#include "records.h"
 
 // Two hexadecimal characters to a byte. Frames are binary: none is read so.
 unsigned char asc2hex(QByteArray text, int position);
+
+// decodeReply() with copies of its arguments.
+void analyzeFrameOfVal(QByteArray reply, int count, int position, VARIABLE request);
+
+// For replies that carry several requests. No request of this driver is answered so: the place of
+// the data is known when the frame is built.
+int allMix_GetDataStartPosition(QByteArray reply, QList<VARIABLE> list, int n);
+int allMix_GetRecvLenFromReadList(QList<VARIABLE> list);
 
 #endif
