@@ -16,6 +16,7 @@ add_library(dov417modbus_service OBJECT
   service/planning/weight_order.cpp
   service/planning/request_queue.cpp
   service/planning/address_merging.cpp
+  service/planning/pieces.cpp
   service/planning/condition_reads.cpp
   service/planning/recipes.cpp
   service/link/send_scheduling.cpp

@@ -1,6 +1,7 @@
 #include "uncalled_functions.h"
 
 #include "link/response_handling.h"
+#include "planning/address_merging.h"
 #include "protocol.h"
 #include "protocol/wrap.h"
 
@@ -28,6 +29,26 @@ unsigned char asc2hex(QByteArray text, int position)
 {
     return static_cast<unsigned char>(hexNibble(text, position) << 4 |
                                       hexNibble(text, wrapAdd(position, 1)));
+}
+
+int judgeAddrMerge(KEY_ADDRESS a, KEY_ADDRESS b, int useGap)
+{
+    return keepApart(runOf(a, 0), runOf(b, 0), useGap == 0 ? 0 : driver.mergeGap) ? 1 : 0;
+}
+
+void addrMerge(QList<KEY_ADDRESS>& keys, int mode)
+{
+    const QVector<Run> runs = planRuns(keys, mode);
+    QList<KEY_ADDRESS> merged;
+    for (int i = 0; i < runs.size(); ++i) {
+        const Run& run = runs.at(i);
+        KEY_ADDRESS key = keys.at(run.opener);
+        key.regName = run.regName;
+        key.address = run.address;
+        key.length = run.length;
+        merged.append(key);
+    }
+    keys = merged;
 }
 
 void analyzeFrameOfVal(QByteArray reply, int count, int position, VARIABLE request)

@@ -12,6 +12,13 @@
 // Two hexadecimal characters to a byte. Frames are binary: none is read so.
 unsigned char asc2hex(QByteArray text, int position);
 
+// May two keys not be read by one request? 1: keep apart, 0: may join. `useGap` 0: only what
+// touches joins. Planning asks keepApart(), for runs.
+int judgeAddrMerge(KEY_ADDRESS a, KEY_ADDRESS b, int useGap);
+
+// planRuns() for keys with all that they carry: a merged key keeps what its opener had.
+void addrMerge(QList<KEY_ADDRESS>& keys, int mode);
+
 // decodeReply() with copies of its arguments.
 void analyzeFrameOfVal(QByteArray reply, int count, int position, VARIABLE request);
 
