@@ -118,8 +118,8 @@ DOV417_EXPORT void intf_setAddrValueChangeCallBack(VALUE_CHANGE_CALLBACK callBac
  * page. The host hands in its addresses again (intf_addrMerge()).
  *
  * @param hostBlock host memory of at least 60117 bytes, or null. Byte 60115 = 1 asks for a
- * recipe download (buffer to controller), byte 60116 = 1 for an upload. The driver clears the byte
- * when the transfer has ended. Borrowed until the next call.
+ * recipe download (buffer to controller), byte 60116 = 1 for an upload (::RecipeFlagOffset). The
+ * driver clears the byte when the transfer has ended. Borrowed until the next call.
  * @param hostArg2 any value; stored for the host in `driver.hostArg2`, never read.
  * @param recipeBuffer the host's recipe values, 16-bit words; must cover every `bufOffset` + length
  * named in intf_setRcpAddress(), and the first `bufOffset` + joint length of records that are
@@ -257,6 +257,10 @@ DOV417_EXPORT int intf_addConditionRead(KEY_ADDRESS& key, int kind);
  * Neighbours in the controller become one request; their values must be neighbours in the buffer
  * too, as the request uses the first record's offset for all of them. Set a recipe flag in the host
  * block only after records were taken.
+ *
+ * A request whose first value would lie before the start of the buffer (a `bufOffset` below 0) is
+ * not framed for a download: intf_getSendFrame() returns 0 until the host clears its flag. An
+ * upload leaves out the values that have no place in the buffer.
  *
  * @param records addresses and buffer places, copied; those whose `linkId` is not the driver's tag
  * are ignored. Keep each to 1 to 128 units: pieces cut from a longer record all carry its own

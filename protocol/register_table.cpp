@@ -73,6 +73,8 @@ RegisterType deriveRegisterType(const QString& name, const QString (&row)[rangeF
     type.unitBits = row[unitBitsField].toInt();
     type.timerCounter = row[timerCounterField].toInt();
     type.bitNamed = name.contains(QLatin1String("_bit"));
+    type.lowByteFirst = type.area == QLatin1String("I") || type.area == QLatin1String("Q") ||
+                        type.area == QLatin1String("M");
     type.functionCode = functionCode;
     type.baseAddress = baseAddress;
     return type;

@@ -33,7 +33,8 @@ struct RegisterType {
     int dataBits;
     int unitBits;
     int timerCounter;
-    bool bitNamed; // the name contains "_bit"
+    bool bitNamed;     // the name contains "_bit"
+    bool lowByteFirst; // of a word in a reply: the areas of coils, whose first is bit 0
     int functionCode;
     int baseAddress;
 };

@@ -49,9 +49,13 @@ _DATA_ newUnit(int station, const QString& area, int address);
 // likely to be: units read one after the other mostly stand one after the other.
 int unitIndexOf(int station, const QString& area, int address, int hint);
 
-// How many of `wanted` consecutive units stand from this record on, one record after the other: at
-// least the one. To be asked right after unitIndexOf.
-int unitsInRun(int index, int wanted);
+// The same, and how many of `wanted` consecutive units stand from that record on, one record after
+// the other: at least the one.
+struct UnitsFound {
+    int index;
+    int count;
+};
+UnitsFound unitsFrom(int station, const QString& area, int address, int hint, int wanted);
 
 // Is the record at `index` still that of this unit? After a callback nothing is certain.
 bool isUnitAt(int index, int station, const QString& area, int address);

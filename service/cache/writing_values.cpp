@@ -7,9 +7,10 @@
 #include "cache/data_areas.h"
 #include "cache/unit_index.h"
 #include "intf.h"
-#include "planning/address_merging.h"
+#include "planning/pieces.h"
 #include "planning/request_queue.h"
 #include "protocol/address_text.h"
+#include "protocol/byte_conversion.h"
 #include "protocol/frame_building.h"
 #include "protocol/wrap.h"
 

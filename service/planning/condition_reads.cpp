@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "intf.h"
-#include "planning/address_merging.h"
+#include "planning/pieces.h"
 #include "planning/request_queue.h"
 #include "protocol.h"
 #include "protocol/address_text.h"
@@ -23,11 +23,9 @@ struct Pieces {
 
     VARIABLE at(int i) const
     {
-        KEY_ADDRESS piece = KEY_ADDRESS();
-        piece.stationNo = key.stationNo;
-        piece.regName = key.regName;
-        piece.address = wrapAdd(key.address, wrapMul(i, limit));
-        piece.length = count == 1 ? key.length : std::min(limit, key.length - i * limit);
+        const int length = count == 1 ? key.length : std::min(limit, key.length - i * limit);
+        const Run piece = {key.stationNo, key.regName, wrapAdd(key.address, wrapMul(i, limit)),
+                           length, i};
         return conditionRequest(piece, type, kind);
     }
 
@@ -93,7 +91,7 @@ void queueRemaining(const Pieces& pieces, int first)
 
 } // namespace
 
-VARIABLE conditionRequest(const KEY_ADDRESS& piece, const RegisterType& type, int kind)
+VARIABLE conditionRequest(const Run& piece, const RegisterType& type, int kind)
 {
     VARIABLE request = VARIABLE();
     request.kind = kind;

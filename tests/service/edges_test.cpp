@@ -1,27 +1,11 @@
 // Numbers at the edges of what the inner functions take, where one more or one less would show.
 #include "cache/data_areas.h"
 #include "cache/unit_index.h"
-#include "link/response_handling.h"
+#include "link/decoding.h"
+#include "uncalled_functions.h"
 #include "world.h"
 
 namespace {
-
-TEST(SetBitValue, LeavesAValueAloneWhereItHasNoSuchBit)
-{
-    EXPECT_EQ(_setBitValue(5, -1, 1), 5);
-    EXPECT_EQ(_setBitValue(5, 32, 1), 5);
-    EXPECT_EQ(_setBitValue(-1, -1, 0), -1);
-    EXPECT_EQ(_setBitValue(-1, 32, 0), -1);
-    EXPECT_EQ(_setBitValue(-1, 1000, 0), -1);
-}
-
-TEST(SetBitValue, ReachesTheLowestAndTheHighestBit)
-{
-    EXPECT_EQ(_setBitValue(0, 0, 1), 1);
-    EXPECT_EQ(_setBitValue(0, 31, 7), -2147483647 - 1);
-    EXPECT_EQ(_setBitValue(-1, 31, 0), 2147483647);
-    EXPECT_EQ(_setBitValue(-1, 0, 0), -2);
-}
 
 class EdgesOfDecoding : public DriverTest {};
 

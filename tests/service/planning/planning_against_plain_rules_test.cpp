@@ -5,6 +5,7 @@
 #include <random>
 
 #include "planning/address_merging.h"
+#include "uncalled_functions.h"
 #include "world.h"
 
 namespace {

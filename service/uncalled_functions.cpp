@@ -1,0 +1,72 @@
+#include "uncalled_functions.h"
+
+#include "link/response_handling.h"
+#include "planning/address_merging.h"
+#include "protocol.h"
+#include "protocol/wrap.h"
+
+namespace {
+
+enum {
+    mixedRequestOverhead = 4 // bytes that each request of a mixed reply takes
+};
+
+int hexNibble(const QByteArray& text, int position)
+{
+    if (position < 0 || position >= text.size()) {
+        return 0;
+    }
+    const int code = static_cast<unsigned char>(text.at(position));
+    if (code < '0' || code == '@') {
+        return 0;
+    }
+    return code < '@' ? code - '0' : (code - 'A' + 10) & 0x0F;
+}
+
+} // namespace
+
+unsigned char asc2hex(QByteArray text, int position)
+{
+    return static_cast<unsigned char>(hexNibble(text, position) << 4 |
+                                      hexNibble(text, wrapAdd(position, 1)));
+}
+
+int judgeAddrMerge(KEY_ADDRESS a, KEY_ADDRESS b, int useGap)
+{
+    return keepApart(runOf(a, 0), runOf(b, 0), useGap == 0 ? 0 : driver.mergeGap) ? 1 : 0;
+}
+
+void addrMerge(QList<KEY_ADDRESS>& keys, int mode)
+{
+    const QVector<Run> runs = planRuns(keys, mode);
+    QList<KEY_ADDRESS> merged;
+    for (int i = 0; i < runs.size(); ++i) {
+        const Run& run = runs.at(i);
+        KEY_ADDRESS key = keys.at(run.opener);
+        key.regName = run.regName;
+        key.address = run.address;
+        key.length = run.length;
+        merged.append(key);
+    }
+    keys = merged;
+}
+
+void analyzeFrameOfVal(QByteArray reply, int count, int position, VARIABLE request)
+{
+    decodeReply(reply, count, position, request);
+}
+
+int allMix_GetDataStartPosition(QByteArray, QList<VARIABLE>, int n)
+{
+    if (driver.frameIndex < 0 || driver.frameIndex >= driver.sendList.size()) {
+        return 0;
+    }
+    const int counted = n < driver.frameVarCount ? n : driver.frameVarCount;
+    const int position = driver.sendList.at(driver.frameIndex).dataPosition;
+    return counted > 0 ? wrapAdd(position, wrapMul(mixedRequestOverhead, counted)) : position;
+}
+
+int allMix_GetRecvLenFromReadList(QList<VARIABLE>)
+{
+    return 0;
+}
