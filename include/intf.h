@@ -258,6 +258,10 @@ DOV417_EXPORT int intf_addConditionRead(KEY_ADDRESS& key, int kind);
  * too, as the request uses the first record's offset for all of them. Set a recipe flag in the host
  * block only after records were taken.
  *
+ * A request whose first value would lie before the start of the buffer (a `bufOffset` below 0) is
+ * not framed for a download: intf_getSendFrame() returns 0 until the host clears its flag. An upload
+ * leaves out the values that have no place in the buffer.
+ *
  * @param records addresses and buffer places, copied; those whose `linkId` is not the driver's tag
  * are ignored. Keep each to 1 to 128 units: pieces cut from a longer record all carry its own
  * buffer offset.

@@ -92,7 +92,7 @@ struct _RCP_VAR_PRO {
     QString regName; ///< Register type name.
     int address;     ///< First unit, in units of the register type.
     int length;      ///< Number of units.
-    int bufOffset;   ///< Place of the first value in the recipe buffer, in 16-bit words.
+    int bufOffset;   ///< Place of the first value in the recipe buffer, in 16-bit words, from 0.
     int reserved;    ///< Carried, never read.
 };
 

@@ -96,17 +96,17 @@ void frameAgain()
     }
 }
 
-// Without the host's buffer there are no values to send, and none are made up.
 void frameDownload()
 {
     if (!recipeIsLeft()) {
         frameAgain();
         return;
     }
-    if (driver.recipeBuffer == 0) {
-        return;
+    const _RCP_VAR_PRO& next = driver.recipeRequests.at(driver.recipeIndex);
+    if (!recipeValuesAreThere(next)) {
+        return; // nothing goes out until the host clears its flag
     }
-    rcpAddrToVar(driver.recipeRequests.at(driver.recipeIndex), driver.currentVar, 1);
+    rcpAddrToVar(next, driver.currentVar, 1);
     driver.sendKind = sendRecipeDownload;
     frameWrite();
 }

@@ -109,6 +109,11 @@ int intf_setRcpAddress(QVector<_RCP_VAR_PRO>& records)
     return static_cast<int>(driver.recipeVars.size());
 }
 
+bool recipeValuesAreThere(const _RCP_VAR_PRO& request)
+{
+    return driver.recipeBuffer != 0 && request.bufOffset >= 0;
+}
+
 void rcpAddrToVar(_RCP_VAR_PRO record, VARIABLE& var, int withData)
 {
     var.stationNo = record.stationNo;
@@ -116,7 +121,7 @@ void rcpAddrToVar(_RCP_VAR_PRO record, VARIABLE& var, int withData)
     var.address = record.address;
     var.length = record.length;
     memset(var.data, 0, sizeof(var.data));
-    if (withData == 0 || driver.recipeBuffer == 0) {
+    if (withData == 0 || !recipeValuesAreThere(record)) {
         return;
     }
     const int index = indexOfName(record.regName);

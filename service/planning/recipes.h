@@ -4,6 +4,12 @@
 
 #include "records.h"
 
+// Does the host's buffer hold the first value of this merged request? Without that there is nothing
+// to download: made-up values never go to a controller.
+bool recipeValuesAreThere(const _RCP_VAR_PRO& request);
+
+// The request of the link for one merged recipe request, with the values of the buffer if
+// `withData` is not 0; values that the buffer does not hold are 0.
 void rcpAddrToVar(_RCP_VAR_PRO record, VARIABLE& var, int withData);
 
 // After an upload reply: moves the register values of the request at the recipe cursor into the

@@ -135,6 +135,39 @@ TEST_F(RecipeScheduling, RequestsKeepTheKindOfTheRequestBefore)
     EXPECT_EQ(polled.request.kind, 42);
 }
 
+TEST_F(RecipeScheduling, ADownloadFromBeforeTheBuffersStartSendsNothingUntilTheHostGivesUp)
+{
+    plan({key("R_W", 100, 1)});
+    setRecipe({recipeRecord(7, "R_W", 200, 2, -1)});
+    hostBlock[downloadFlag] = 1;
+    EXPECT_EQ(poll(), "");
+    EXPECT_EQ(poll(), "");
+    EXPECT_EQ(hostBlock[downloadFlag], 1);
+    EXPECT_EQ(driver.recipeIndex, 0);
+    hostBlock[downloadFlag] = 0;
+    EXPECT_EQ(poll(), cyclicRead);
+}
+
+// The second record's own place is in the buffer, but the request follows the first one's.
+TEST_F(RecipeScheduling, AMergedDownloadIsJudgedByItsFirstValue)
+{
+    setRecipe({recipeRecord(7, "R_W", 200, 1, -1), recipeRecord(7, "R_W", 201, 1, 0)});
+    hostBlock[downloadFlag] = 1;
+    EXPECT_EQ(poll(), "");
+    setRecipe({recipeRecord(7, "R_W", 200, 1, 0), recipeRecord(7, "R_W", 201, 1, -1)});
+    EXPECT_EQ(poll(), frame("01 10 05 C8 00 02 04 11 00 11 01"));
+}
+
+TEST_F(RecipeScheduling, ADownloadStopsAtTheFirstRequestFromBeforeTheBuffersStart)
+{
+    setRecipe({recipeRecord(7, "R_W", 200, 1, 0), recipeRecord(7, "R_W", 210, 1, -5),
+               recipeRecord(7, "R_W", 220, 1, 2)});
+    hostBlock[downloadFlag] = 1;
+    EXPECT_EQ(exchange(), frame("01 06 05 C8 11 00"));
+    EXPECT_EQ(poll(), "");
+    EXPECT_EQ(hostBlock[downloadFlag], 1);
+}
+
 TEST_F(RecipeScheduling, WithoutABufferADownloadSendsNothing)
 {
     plan({key("R_W", 100, 1)});

@@ -200,6 +200,16 @@ TEST_F(RecipeUpload, OfRBitsIsAReadOfWordsAndPatchesNothing)
     EXPECT_EQ(read("R_W", 35, 1), "34 12");
 }
 
+TEST_F(RecipeUpload, LeavesOutTheValuesBeforeTheBuffersStart)
+{
+    upload({recipeRecord(7, "R_W", 100, 3, -2)});
+    EXPECT_EQ(reply(registers(3, 0x200)), 1);
+    EXPECT_EQ(read("R_W", 100, 3), "00 02 01 02 02 02");
+    EXPECT_THAT(buffer(0, 1), ElementsAre(0x202));
+    EXPECT_EQ(untouchedWords(), static_cast<int>(recipeBuffer.size()) - 1);
+    EXPECT_EQ(notices(), (Notices{{0, -1, "RWI", 0}}));
+}
+
 TEST_F(RecipeUpload, WithoutABufferFillsOnlyTheCache)
 {
     intf_initProperty(hostBlock.data(), 0, nullptr, nullptr, "7#0#0#3#10", &hostMutex);

@@ -1,6 +1,7 @@
 // Recipe planning, and one planned recipe request as a request of the link.
 #include "planning/recipes.h"
 
+#include <cstring>
 #include <gmock/gmock.h>
 
 #include "world.h"
@@ -266,6 +267,16 @@ TEST_F(RecipeRequest, WithoutABufferCarriesZeros)
     rcpAddrToVar(recipeRecord(7, "R_W", 10, 2, 4), made, 1);
     EXPECT_EQ(summaryOfMade(), "1/R_W:10+2");
     EXPECT_TRUE(onlyZerosFrom(0));
+}
+
+// AddressSanitizer sees a read in front of the buffer.
+TEST_F(RecipeRequest, FromBeforeTheBuffersStartCarriesZeros)
+{
+    for (int bufOffset : {-1, -2, -1000, -2147483647}) {
+        std::memset(made.data, 0xFF, sizeof made.data);
+        rcpAddrToVar(recipeRecord(7, "R_W", 10, 2, bufOffset), made, 1);
+        EXPECT_TRUE(onlyZerosFrom(0)) << bufOffset;
+    }
 }
 
 } // namespace
