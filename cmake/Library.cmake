@@ -1,15 +1,19 @@
-# The driver: one set of objects, linked into the shared library that panels load and into the
-# static one through which unit tests reach the inner functions.
-add_library(dov417modbus_objects OBJECT
+# The driver: the protocol, which can be used alone, and the service around it. Their objects are
+# linked into the shared library that panels load and into the static one through which unit tests
+# reach the inner functions.
+add_library(dov417modbus_protocol OBJECT
   protocol/register_table.cpp
   protocol/address_text.cpp
   protocol/crc.cpp
   protocol/frame_building.cpp
-  protocol/reply_check.cpp
+  protocol/reply_check.cpp)
+add_library(dov417modbus_service OBJECT
   service/driver_state.cpp
   service/identity.cpp
+  service/uncalled_functions.cpp
   service/editor/address_check.cpp
   service/editor/multiple_copy.cpp
+  service/planning/weight_order.cpp
   service/planning/request_queue.cpp
   service/planning/address_merging.cpp
   service/planning/condition_reads.cpp
@@ -26,31 +30,35 @@ if(DOV417_QT STREQUAL "6")
 else()
   set(dov417_library_standard 11)
 endif()
-target_compile_definitions(dov417modbus_objects PRIVATE
-  DOV417_VERSION="${PROJECT_VERSION}"
-  # Every build is a compile test of what Qt 4.8, 5 and 6 have in common.
-  QT_DISABLE_DEPRECATED_BEFORE=0x050F00
-  QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_CAST_FROM_BYTEARRAY)
-target_include_directories(dov417modbus_objects PUBLIC
+target_include_directories(dov417modbus_protocol PUBLIC
+  ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR})
+target_include_directories(dov417modbus_service PUBLIC
   ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/service)
-target_link_libraries(dov417modbus_objects PUBLIC dov417_qtcore PRIVATE dov417_warnings)
-set_target_properties(dov417modbus_objects PROPERTIES
-  CXX_STANDARD ${dov417_library_standard} # not newer: sized deallocation needs a newer libstdc++
-  POSITION_INDEPENDENT_CODE ON
-  CXX_VISIBILITY_PRESET hidden
-  VISIBILITY_INLINES_HIDDEN ON)
-# A record has a kilobyte or two: the C library's memcpy knows the processor better than inline code.
-if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64")
-  target_compile_options(dov417modbus_objects PRIVATE -mstringop-strategy=libcall)
-endif()
-# ARM traps where amd64 only slows down.
-target_compile_options(dov417modbus_objects PRIVATE
-  $<$<CXX_COMPILER_ID:GNU>:-Wcast-align=strict>)
-# Unique symbols would pin the library in memory for ever.
-target_compile_options(dov417modbus_objects PRIVATE
-  $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
+set(dov417_object_libraries dov417modbus_protocol dov417modbus_service)
+set(dov417_objects $<TARGET_OBJECTS:dov417modbus_protocol> $<TARGET_OBJECTS:dov417modbus_service>)
+foreach(objects IN LISTS dov417_object_libraries)
+  target_compile_definitions(${objects} PRIVATE
+    DOV417_VERSION="${PROJECT_VERSION}"
+    # Every build is a compile test of what Qt 4.8, 5 and 6 have in common.
+    QT_DISABLE_DEPRECATED_BEFORE=0x050F00
+    QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_CAST_FROM_BYTEARRAY)
+  target_link_libraries(${objects} PUBLIC dov417_qtcore PRIVATE dov417_warnings)
+  set_target_properties(${objects} PROPERTIES
+    CXX_STANDARD ${dov417_library_standard} # not newer: sized deallocation needs a newer libstdc++
+    POSITION_INDEPENDENT_CODE ON
+    CXX_VISIBILITY_PRESET hidden
+    VISIBILITY_INLINES_HIDDEN ON)
+  # A record has a kilobyte or two: the C library's memcpy knows the processor better than inline
+  # code.
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64")
+    target_compile_options(${objects} PRIVATE -mstringop-strategy=libcall)
+  endif()
+  # ARM traps where amd64 only slows down. Unique symbols would pin the library in memory for ever.
+  target_compile_options(${objects} PRIVATE
+    $<$<CXX_COMPILER_ID:GNU>:-Wcast-align=strict;-fno-gnu-unique>)
+endforeach()
 
-add_library(dov417modbus SHARED $<TARGET_OBJECTS:dov417modbus_objects>)
+add_library(dov417modbus SHARED ${dov417_objects})
 add_library(dov417modbus::dov417modbus ALIAS dov417modbus)
 target_link_libraries(dov417modbus PUBLIC ${dov417_qtcore_target})
 target_include_directories(dov417modbus PUBLIC
@@ -71,7 +79,7 @@ if(CMAKE_CROSSCOMPILING AND NOT DOV417_SANITIZE)
     $<TARGET_FILE:dov417modbus> ${CMAKE_READELF} > symbol-versions.txt)
 endif()
 
-add_library(dov417modbus_static STATIC $<TARGET_OBJECTS:dov417modbus_objects>)
+add_library(dov417modbus_static STATIC ${dov417_objects})
 target_include_directories(dov417modbus_static PUBLIC
-  $<TARGET_PROPERTY:dov417modbus_objects,INTERFACE_INCLUDE_DIRECTORIES>)
+  $<TARGET_PROPERTY:dov417modbus_service,INTERFACE_INCLUDE_DIRECTORIES>)
 target_link_libraries(dov417modbus_static PUBLIC dov417_qtcore)

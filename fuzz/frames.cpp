@@ -1,7 +1,7 @@
 // Frame building against an independent reader of frames, and the CRC against one made bit by bit.
 #include "host.h"
+#include "link/send_scheduling.h"
 #include "protocol/crc.h"
-#include "protocol/frame_building.h"
 
 namespace {
 

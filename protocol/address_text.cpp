@@ -1,9 +1,7 @@
 #include "protocol/address_text.h"
 
 #include <QChar>
-#include <QStringList>
 
-#include "protocol.h"
 #include "protocol/register_table.h"
 #include "protocol/wrap.h"
 
@@ -121,10 +119,10 @@ int addrOffset(QString, int address)
     return address;
 }
 
-int getRegAddressWeight(int station, QString regName, int address, int)
+int addressWeight(const QStringList& names, int station, const QString& regName, int address)
 {
-    const int count = static_cast<int>(driver.regNames.size());
-    const int index = static_cast<int>(driver.regNames.indexOf(regName));
+    const int count = static_cast<int>(names.size());
+    const int index = static_cast<int>(names.indexOf(regName));
     return wrapAdd(
         wrapAdd(wrapMul(station, wrapMul(count, weightPerType)), wrapMul(index, weightPerType)),
         address);

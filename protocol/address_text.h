@@ -3,6 +3,7 @@
 #define DOV417MODBUS_ADDRESS_TEXT_H
 
 #include <QString>
+#include <QStringList>
 
 // Index 0 to 10 in REG_LIST, -1 for an unknown name.
 int getIndexFromRegName(QString regName);
@@ -29,7 +30,7 @@ bool isWordBitFormat(const QString& format);
 // Where an area would be shifted against its address text; no area of this family is.
 int addrOffset(QString regName, int address);
 
-// Orders by station, then register type in table order, then address; compare as unsigned.
-int getRegAddressWeight(int station, QString regName, int address, int unused);
+// Orders by station, then register type in the order of `names`, then address; compare as unsigned.
+int addressWeight(const QStringList& names, int station, const QString& regName, int address);
 
 #endif

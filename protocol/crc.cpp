@@ -58,7 +58,7 @@ unsigned short computate_check(unsigned char* data, unsigned short length)
 
 void appendCrc(unsigned char* bytes, int length)
 {
-    const unsigned int crc = crcOf(bytes, length);
+    const unsigned int crc = computate_check(bytes, static_cast<unsigned short>(length));
     bytes[length] = static_cast<unsigned char>(crc & 0xFFu);
     bytes[length + 1] = static_cast<unsigned char>(crc >> 8);
 }

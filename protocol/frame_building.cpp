@@ -1,7 +1,9 @@
 #include "protocol/frame_building.h"
 
-#include "protocol.h"
+#include <cstring>
+
 #include "protocol/address_text.h"
+#include "protocol/byte_conversion.h"
 #include "protocol/crc.h"
 #include "protocol/record_copy.h"
 #include "protocol/register_table.h"
@@ -20,7 +22,6 @@ enum FunctionCode {
 
 enum {
     broadcastStation = 0,
-    crcSize = 2,
     headerSize = 6,                // station, function, start or address (2), quantity or value (2)
     byteCountAt = 6,               // of a multiple write, before its payload
     payloadAt = 7,                 // of a multiple write
@@ -39,11 +40,12 @@ void putWord(unsigned char* bytes, int value) // high byte first, low 16 bits
 
 const FRAME_PRO blankFrame = FRAME_PRO();
 
-// A zeroed frame record at the end of the send list, its first six bytes filled.
-FRAME_PRO& appendFrame(const VARIABLE& request, FunctionCode function, int start, int quantity)
+// A zeroed frame record at the end of the list, its first six bytes filled.
+FRAME_PRO& appendFrame(QList<FRAME_PRO>& frames, const VARIABLE& request, FunctionCode function,
+                       int start, int quantity)
 {
-    driver.sendList.append(blankFrame);
-    FRAME_PRO& made = driver.sendList.last();
+    frames.append(blankFrame);
+    FRAME_PRO& made = frames.last();
     assignRequest(made.request, request);
     made.frame[0] =
         static_cast<unsigned char>(static_cast<unsigned int>(request.stationNo) & 0xFFu);
@@ -60,10 +62,10 @@ void finishFrame(FRAME_PRO& made, int payloadEnd)
 }
 
 // 5 + 2n: station, function, byte count, n registers (or 16n coils), CRC.
-FRAME_PRO& appendRead(const VARIABLE& request, FunctionCode function, int start, int quantity,
-                      int words)
+FRAME_PRO& appendRead(QList<FRAME_PRO>& frames, const VARIABLE& request, FunctionCode function,
+                      int start, int quantity, int words)
 {
-    FRAME_PRO& made = appendFrame(request, function, start, quantity);
+    FRAME_PRO& made = appendFrame(frames, request, function, start, quantity);
     finishFrame(made, headerSize);
     made.replyLength = wrapAdd(readReplyOverhead, wrapMul(2, words));
     made.dataPosition = readPayloadAt;
@@ -76,33 +78,33 @@ void finishWrite(FRAME_PRO& made, int payloadEnd)
     made.replyLength = made.request.stationNo == broadcastStation ? 0 : echoSize;
 }
 
-FRAME_PRO& appendMultipleWrite(const VARIABLE& request, FunctionCode function, int start,
-                               int quantity, int payloadBytes)
+FRAME_PRO& appendMultipleWrite(QList<FRAME_PRO>& frames, const VARIABLE& request,
+                               FunctionCode function, int start, int quantity, int payloadBytes)
 {
-    FRAME_PRO& made = appendFrame(request, function, start, quantity);
+    FRAME_PRO& made = appendFrame(frames, request, function, start, quantity);
     made.frame[byteCountAt] =
         static_cast<unsigned char>(static_cast<unsigned int>(payloadBytes) & 0xFFu);
     return made;
 }
 
-void writeOneCoil(const VARIABLE& request, const RegisterType& type)
+void writeOneCoil(QList<FRAME_PRO>& frames, const VARIABLE& request, const RegisterType& type)
 {
     FRAME_PRO& made =
-        appendFrame(request, writeSingleCoil, wrapAdd(type.baseAddress, request.address),
+        appendFrame(frames, request, writeSingleCoil, wrapAdd(type.baseAddress, request.address),
                     request.data[0] == 1 ? 0xFF00 : 0x0000);
     finishWrite(made, headerSize);
 }
 
 // Controllers in the field take the bit number of a run as it stands, without the base address of
 // its area.
-void writeCoilRun(const VARIABLE& request)
+void writeCoilRun(QList<FRAME_PRO>& frames, const VARIABLE& request)
 {
     if (request.length > maxWriteBits) {
         return;
     }
     const int bytes = (request.length + 7) / 8;
-    FRAME_PRO& made =
-        appendMultipleWrite(request, writeMultipleCoils, request.address, request.length, bytes);
+    FRAME_PRO& made = appendMultipleWrite(frames, request, writeMultipleCoils, request.address,
+                                          request.length, bytes);
     for (int bit = 0; bit < request.length; ++bit) {
         unsigned char& packed = made.frame[payloadAt + bit / 8];
         packed = static_cast<unsigned char>(packed + (request.data[bit] << (bit % 8)));
@@ -111,14 +113,14 @@ void writeCoilRun(const VARIABLE& request)
 }
 
 // The first coil of a word is its bit 0, so words go out low byte first, as they are kept.
-void writeCoilWords(const VARIABLE& request, const RegisterType& type)
+void writeCoilWords(QList<FRAME_PRO>& frames, const VARIABLE& request, const RegisterType& type)
 {
     if (request.length > maxFrameWords) {
         return;
     }
     const int bytes = 2 * request.length;
     FRAME_PRO& made =
-        appendMultipleWrite(request, writeMultipleCoils,
+        appendMultipleWrite(frames, request, writeMultipleCoils,
                             wrapAdd(type.baseAddress, wrapMul(coilsPerWord, request.address)),
                             coilsPerWord * request.length, bytes);
     for (int i = 0; i < bytes; ++i) {
@@ -127,19 +129,21 @@ void writeCoilWords(const VARIABLE& request, const RegisterType& type)
     finishWrite(made, payloadAt + bytes);
 }
 
-void writeOneRegister(const VARIABLE& request, const RegisterType& type)
+void writeOneRegister(QList<FRAME_PRO>& frames, const VARIABLE& request, const RegisterType& type)
 {
-    FRAME_PRO& made =
-        appendFrame(request, writeSingleRegister, wrapAdd(type.baseAddress, request.address),
-                    uchar2int16(request.data[0], request.data[1]));
+    FRAME_PRO& made = appendFrame(frames, request, writeSingleRegister,
+                                  wrapAdd(type.baseAddress, request.address),
+                                  uchar2int16(request.data[0], request.data[1]));
     finishWrite(made, headerSize);
 }
 
 // Each register high byte first. A 32-bit value sends its low-order register first, which is the
 // order of its words in the request.
-FRAME_PRO& appendRegisterWrite(const VARIABLE& request, int start, int words)
+FRAME_PRO& appendRegisterWrite(QList<FRAME_PRO>& frames, const VARIABLE& request, int start,
+                               int words)
 {
-    FRAME_PRO& made = appendMultipleWrite(request, writeMultipleRegisters, start, words, 2 * words);
+    FRAME_PRO& made =
+        appendMultipleWrite(frames, request, writeMultipleRegisters, start, words, 2 * words);
     const unsigned char* word = request.data;
     unsigned char* out = made.frame + payloadAt;
     for (int i = 0; i < words; ++i, word += 2, out += 2) {
@@ -152,7 +156,7 @@ FRAME_PRO& appendRegisterWrite(const VARIABLE& request, int start, int words)
 
 // The slave knows whole registers only: read them, and write them back with the requested bits
 // changed once the reply is in. The write back holds no register contents until then.
-void writeRegisterBits(const VARIABLE& request, const RegisterType& type)
+void writeRegisterBits(QList<FRAME_PRO>& frames, const VARIABLE& request, const RegisterType& type)
 {
     if (request.stationNo == broadcastStation || request.length > maxWriteBits) {
         return;
@@ -160,31 +164,14 @@ void writeRegisterBits(const VARIABLE& request, const RegisterType& type)
     const int firstBit = request.address % 16;
     const int words = (firstBit + request.length + 15) / 16;
     const int start = wrapAdd(type.baseAddress, request.address / 16);
-    FRAME_PRO& read = appendRead(request, readHoldingRegisters, start, words, words);
+    FRAME_PRO& read = appendRead(frames, request, readHoldingRegisters, start, words, words);
     read.dataCount = 2 * words; // bytes: that much is copied into the write back
-    appendRegisterWrite(request, start, words).dataPosition = payloadAt;
-}
-
-int hexNibble(const QByteArray& text, int position)
-{
-    if (position < 0 || position >= text.size()) {
-        return 0;
-    }
-    const int code = static_cast<unsigned char>(text.at(position));
-    if (code < '0' || code == '@') {
-        return 0;
-    }
-    return code < '@' ? code - '0' : (code - 'A' + 10) & 0x0F;
+    appendRegisterWrite(frames, request, start, words).dataPosition = payloadAt;
 }
 
 } // namespace
 
-int getReadFrame(QList<VARIABLE> list)
-{
-    return list.isEmpty() ? 0 : frameRead(list.at(0));
-}
-
-int frameRead(const VARIABLE& request)
+int frameRead(const VARIABLE& request, QList<FRAME_PRO>& frames)
 {
     const int index = indexOfName(request.regName);
     if (index < 0 || request.stationNo == broadcastStation) {
@@ -193,14 +180,14 @@ int frameRead(const VARIABLE& request)
     const RegisterType& type = registerType(index);
     const bool coils = type.functionCode == readCoils;
     const int unit = coils ? coilsPerWord : 1;
-    appendRead(request, coils ? readCoils : readHoldingRegisters,
+    appendRead(frames, request, coils ? readCoils : readHoldingRegisters,
                wrapAdd(type.baseAddress, wrapMul(unit, request.address)),
                wrapMul(unit, request.length), request.length)
         .dataCount = request.length;
     return 1;
 }
 
-void getWriteFrame(VARIABLE& request)
+void frameWrite(const VARIABLE& request, QList<FRAME_PRO>& frames)
 {
     const int index = indexOfName(request.regName);
     if (index < 0 || request.length < 0) {
@@ -210,37 +197,43 @@ void getWriteFrame(VARIABLE& request)
     const bool coils = type.functionCode == readCoils;
     const bool single = request.length == 1;
     if (coils && type.bitNamed) {
-        single ? writeOneCoil(request, type) : writeCoilRun(request);
+        single ? writeOneCoil(frames, request, type) : writeCoilRun(frames, request);
     } else if (coils) {
-        writeCoilWords(request, type);
+        writeCoilWords(frames, request, type);
     } else if (type.bitNamed) {
-        writeRegisterBits(request, type);
+        writeRegisterBits(frames, request, type);
     } else if (single) {
-        writeOneRegister(request, type);
+        writeOneRegister(frames, request, type);
     } else if (request.length <= maxFrameWords) {
-        appendRegisterWrite(request, wrapAdd(type.baseAddress, request.address), request.length);
+        appendRegisterWrite(frames, request, wrapAdd(type.baseAddress, request.address),
+                            request.length);
     }
 }
 
-void handShakeFrame()
+void frameHandshake(QList<FRAME_PRO>& frames)
 {
-    driver.sendList.append(blankFrame);
+    frames.append(blankFrame);
 }
 
-int uchar2int16(unsigned char low, unsigned char high)
+void patchWriteBack(FRAME_PRO& writeBack, const QByteArray& reply, int count, int position,
+                    const VARIABLE& request)
 {
-    return low + high * 256;
-}
-
-int uchar2int32(unsigned char b0, unsigned char b1, unsigned char b2, unsigned char b3)
-{
-    return static_cast<int>(static_cast<unsigned int>(b0) | static_cast<unsigned int>(b1) << 8 |
-                            static_cast<unsigned int>(b2) << 16 |
-                            static_cast<unsigned int>(b3) << 24);
-}
-
-unsigned char asc2hex(QByteArray text, int position)
-{
-    return static_cast<unsigned char>(hexNibble(text, position) << 4 |
-                                      hexNibble(text, wrapAdd(position, 1)));
+    if (count < 0 || position < 0 || position + static_cast<long long>(count) > reply.size() ||
+        writeBack.dataPosition < 0 || writeBack.sendLength > recordDataSize ||
+        writeBack.dataPosition + static_cast<long long>(count) > writeBack.sendLength - crcSize) {
+        return;
+    }
+    unsigned char* registers = writeBack.frame + writeBack.dataPosition;
+    memcpy(registers, reply.constData() + position, static_cast<size_t>(count));
+    swapBytesOfWords(registers, count / 2);
+    const int first = request.address % 16;
+    for (int i = 0; i < request.length && i < recordDataSize; ++i) {
+        const int bit = first + i;
+        if (bit >= 0 && bit / 8 < count) {
+            registers[bit / 8] = static_cast<unsigned char>(
+                _setBitValue(registers[bit / 8], bit % 8, request.data[i]));
+        }
+    }
+    swapBytesOfWords(registers, count / 2);
+    appendCrc(writeBack.frame, writeBack.sendLength - crcSize);
 }

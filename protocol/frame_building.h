@@ -12,20 +12,18 @@ enum {
     maxFrameWords = 507
 };
 
-// Frames element 0 of the list. 1: a frame was appended, 0: refused.
-int getReadFrame(QList<VARIABLE> list);
-int frameRead(const VARIABLE& request);
+// Each appends to the list it is handed. 1: a frame was appended, 0: refused.
+int frameRead(const VARIABLE& request, QList<FRAME_PRO>& frames);
 
-// Appends no frame, one, or two (a read and a write back for "R_bit").
-void getWriteFrame(VARIABLE& request);
+// No frame, one, or two (a read and a write back for "R_bit").
+void frameWrite(const VARIABLE& request, QList<FRAME_PRO>& frames);
 
-// Appends an empty frame that awaits no reply.
-void handShakeFrame();
+// An empty frame that awaits no reply.
+void frameHandshake(QList<FRAME_PRO>& frames);
 
-int uchar2int16(unsigned char low, unsigned char high);
-int uchar2int32(unsigned char b0, unsigned char b1, unsigned char b2, unsigned char b3);
-
-// Two hexadecimal characters to a byte. Nothing calls it; hosts link against its presence.
-unsigned char asc2hex(QByteArray text, int position);
+// The write back of an "R_bit" write gets the registers as they are now, from the reply's data
+// (`count` bytes at `position`), with the requested bits changed. Left alone if they do not fit.
+void patchWriteBack(FRAME_PRO& writeBack, const QByteArray& reply, int count, int position,
+                    const VARIABLE& request);
 
 #endif

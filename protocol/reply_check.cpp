@@ -2,13 +2,11 @@
 
 #include <climits>
 
-#include "protocol.h"
 #include "protocol/crc.h"
 
 namespace {
 
 enum {
-    crcSize = 2,
     bytesPerWord = 2
 };
 
@@ -21,26 +19,17 @@ bool mayBeAnswered(const FRAME_PRO& read)
 
 } // namespace
 
-ReplyCheck checkReply(const unsigned char* reply, int length)
+ReplyCheck checkReply(const FRAME_PRO& awaiting, const unsigned char* reply, int length)
 {
-    if (driver.sendList.isEmpty()) {
-        return replyRejected;
-    }
-    const FRAME_PRO& head = driver.sendList.at(0);
-    if (length == 0 && head.replyLength == 0) {
+    if (length == 0 && awaiting.replyLength == 0) {
         return replyWithoutData; // broadcast, handshake: nothing was awaited
     }
-    if (length != head.replyLength || length < crcSize || !mayBeAnswered(head)) {
+    if (length != awaiting.replyLength || length < crcSize || !mayBeAnswered(awaiting)) {
         return replyRejected;
     }
     const unsigned int crc = crcOf(reply, length - crcSize);
     if (reply[length - 1] != crc >> 8 || reply[length - 2] != (crc & 0xFFu)) {
         return replyRejected;
     }
-    return head.dataCount != 0 ? replyWithData : replyWithoutData;
-}
-
-int check_rcv_data(unsigned char* reply, QList<VARIABLE>, int length)
-{
-    return checkReply(reply, length);
+    return awaiting.dataCount != 0 ? replyWithData : replyWithoutData;
 }

@@ -7,7 +7,7 @@
 #include "cache/unit_index.h"
 #include "protocol.h"
 #include "protocol/address_text.h"
-#include "protocol/frame_building.h"
+#include "protocol/byte_conversion.h"
 #include "protocol/wrap.h"
 
 namespace {
@@ -325,16 +325,6 @@ const ValueShape& shapeOf(UnitLayout layout)
         {1, 1, 0, 1}, // singleUnits
     };
     return shapes[layout];
-}
-
-int _setBitValue(int value, int bit, int on)
-{
-    if (bit < 0 || bit > 31) {
-        return value;
-    }
-    const unsigned int mask = 1u << bit;
-    const unsigned int bits = static_cast<unsigned int>(value);
-    return static_cast<int>(on != 0 ? bits | mask : bits & ~mask);
 }
 
 int getIndexOfDataArea(int station, QString area, int address, QList<_DATA_>& list)

@@ -18,8 +18,6 @@ int _setDataAreaMonitorFlag(int station, QString regName, int address, int lengt
 void write_saveDataToArea(int station, QString regName, int address, int length,
                           unsigned char* data);
 
-int _setBitValue(int value, int bit, int on);
-
 // The same for any row of a register table.
 void markViews(const RegisterType& type, int station, int address, int length);
 void storeWrite(const RegisterType& type, int station, const QString& regName, int address,

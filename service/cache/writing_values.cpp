@@ -10,6 +10,7 @@
 #include "planning/address_merging.h"
 #include "planning/request_queue.h"
 #include "protocol/address_text.h"
+#include "protocol/byte_conversion.h"
 #include "protocol/frame_building.h"
 #include "protocol/wrap.h"
 

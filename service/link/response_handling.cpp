@@ -13,7 +13,7 @@
 #include "planning/recipes.h"
 #include "protocol.h"
 #include "protocol/address_text.h"
-#include "protocol/crc.h"
+#include "protocol/byte_conversion.h"
 #include "protocol/frame_building.h"
 #include "protocol/reply_check.h"
 #include "protocol/wrap.h"
@@ -21,7 +21,6 @@
 namespace {
 
 enum {
-    crcSize = 2,
     errorReplySize = 10, // the one length at which a reply is searched for an error byte
     errorByteAt = 5,
     mixedRequestOverhead = 4 // bytes that each request of a mixed reply takes
@@ -91,15 +90,6 @@ QString describeRequest(const VARIABLE& request, const QByteArray& reply)
 }
 
 // ---- decoding ---------------------------------------------------------------------------------
-
-void swapWords(unsigned char* bytes, int words)
-{
-    for (int i = 0; i < 2 * words; i += 2) {
-        const unsigned char first = bytes[i];
-        bytes[i] = bytes[i + 1];
-        bytes[i + 1] = first;
-    }
-}
 
 inline unsigned int wordOf(unsigned char low, unsigned char high)
 {
@@ -256,35 +246,7 @@ void unpackUnit(const RegisterType& type, const ReplyData& data, int i, unsigned
     }
 }
 
-// ---- the pre-read of an "R_bit" write ---------------------------------------------------------
-
-// The write back, next in the send list, gets the registers as they are now, with the requested
-// bits changed.
-void patchWriteBack(const QByteArray& reply, int count, int position, const VARIABLE& request)
-{
-    if (driver.sendList.size() < 2 || count < 0 || position < 0 ||
-        position + static_cast<long long>(count) > reply.size()) {
-        return;
-    }
-    FRAME_PRO& next = driver.sendList[1];
-    if (next.dataPosition < 0 || next.sendLength > recordDataSize ||
-        next.dataPosition + static_cast<long long>(count) > next.sendLength - crcSize) {
-        return;
-    }
-    unsigned char* registers = next.frame + next.dataPosition;
-    memcpy(registers, bytesOf(reply) + position, static_cast<size_t>(count));
-    swapWords(registers, count / 2);
-    const int first = request.address % 16;
-    for (int i = 0; i < request.length && i < recordDataSize; ++i) {
-        const int bit = first + i;
-        if (bit >= 0 && bit / 8 < count) {
-            registers[bit / 8] = static_cast<unsigned char>(
-                _setBitValue(registers[bit / 8], bit % 8, request.data[i]));
-        }
-    }
-    swapWords(registers, count / 2);
-    appendCrc(next.frame, next.sendLength - crcSize);
-}
+// ---- what a reply is for ------------------------------------------------------------------------
 
 // First the cache, then the host's buffer. The request is a copy: a callback may drop the frame.
 void decodeUpload(const RegisterType& type, const QByteArray& reply, int count, int position,
@@ -299,7 +261,7 @@ void decodeUpload(const RegisterType& type, const QByteArray& reply, int count, 
     const int whole = static_cast<int>(words.size()) / 2;
     unsigned char* bytes = reinterpret_cast<unsigned char*>(words.data());
     if (!lowByteFirst(type)) {
-        swapWords(bytes, whole);
+        swapBytesOfWords(bytes, whole);
     }
     storeRecipeUpload(request, bytes, whole);
 }
@@ -313,7 +275,9 @@ void decodeReply(const QByteArray& reply, int count, int position, const VARIABL
     const RegisterType& type = registerType(index);
     if (type.unitBits == 16 && type.bitNamed &&
         (driver.sendKind == sendWrite || driver.sendKind == sendRecipeDownload)) {
-        patchWriteBack(reply, count, position, request);
+        if (driver.sendList.size() >= 2) {
+            patchWriteBack(driver.sendList[1], reply, count, position, request);
+        }
         return;
     }
     if (driver.sendKind == sendRecipeUpload) {
@@ -321,12 +285,6 @@ void decodeReply(const QByteArray& reply, int count, int position, const VARIABL
     } else {
         decodeValues(type, reply, count, position, request.stationNo, request.address);
     }
-}
-
-void decodeHead(const QByteArray& reply)
-{
-    const FRAME_PRO& head = driver.sendList.at(0);
-    decodeReply(reply, head.dataCount, head.dataPosition, head.request);
 }
 
 // ---- the frame on the line --------------------------------------------------------------------
@@ -344,7 +302,7 @@ ReplyResult acceptReply(const QByteArray& reply, bool withData)
     const unsigned int turn = driver.sendTurn;
     if (withData) {
         driver.commFailed = 0;
-        decodeHead(reply);
+        dealReadFrameReturnSaveData(reply);
     } else {
         if (driver.sendKind == sendWrite) {
             const VARIABLE& request = driver.sendList.at(0).request;
@@ -421,6 +379,12 @@ void decodeValues(const RegisterType& type, const QByteArray& reply, int count, 
     }
 }
 
+int check_rcv_data(unsigned char* reply, QList<VARIABLE>, int length)
+{
+    return driver.sendList.isEmpty() ? replyRejected
+                                     : checkReply(driver.sendList.at(0), reply, length);
+}
+
 void analyzeFrameOfVal(QByteArray reply, int count, int position, VARIABLE request)
 {
     decodeReply(reply, count, position, request);
@@ -429,7 +393,8 @@ void analyzeFrameOfVal(QByteArray reply, int count, int position, VARIABLE reque
 int dealReadFrameReturnSaveData(QByteArray reply)
 {
     if (!driver.sendList.isEmpty()) {
-        decodeHead(reply);
+        const FRAME_PRO& head = driver.sendList.at(0);
+        decodeReply(reply, head.dataCount, head.dataPosition, head.request);
     }
     return 0;
 }
@@ -445,17 +410,12 @@ int intf_dealRcvFrame(QByteArray* reply, QString* errorText)
     // Shares the bytes: the host may use its buffer again in the callback.
     const QByteArray received = reply != 0 ? *reply : QByteArray();
     if (errorText != 0) {
-        *errorText = describeRequest(driver.sendList.at(0).request, received);
+        *errorText = getErrorInfo(received);
     }
-    switch (checkReply(bytesOf(received), static_cast<int>(received.size()))) {
-    case replyWithData:
-        return acceptReply(received, true);
-    case replyWithoutData:
-        return acceptReply(received, false);
-    case replyRejected:
-        break;
-    }
-    return refuseReply();
+    // The given signature takes bytes that it could change; it does not.
+    const int check = check_rcv_data(const_cast<unsigned char*>(bytesOf(received)),
+                                     driver.currentVars, static_cast<int>(received.size()));
+    return check == replyRejected ? refuseReply() : acceptReply(received, check == replyWithData);
 }
 
 // Replies that carry several requests; no controller of this family sends them.

@@ -12,6 +12,10 @@
 // Describes the frame on the line: "1#R_W10(1)".
 QString getErrorInfo(QByteArray reply);
 
+// Length and CRC against what the frame on the line awaits: a ReplyCheck. The list is not used.
+int check_rcv_data(unsigned char* reply, QList<VARIABLE> readList, int length);
+
+// Decodes a good reply to the frame on the line. 0, always.
 int dealReadFrameReturnSaveData(QByteArray reply);
 
 void analyzeFrameOfVal(QByteArray reply, int count, int position, VARIABLE request);

@@ -40,7 +40,7 @@ void clearRecipeFlag(int offset)
 
 // ---- framing the current request --------------------------------------------------------------
 
-void frameWrite()
+void frameCurrentWrite()
 {
     driver.frameVarCount = 1;
     getWriteFrame(driver.currentVar);
@@ -54,7 +54,7 @@ int frameCurrentRead()
         driver.currentVars.clear();
         driver.currentVars.append(driver.currentVar);
     }
-    return frameRead(driver.currentVars.at(0));
+    return getReadFrame(driver.currentVars);
 }
 
 void frameCyclicRead()
@@ -82,7 +82,7 @@ void frameAgain()
         return;
     case sendWrite:
     case sendRecipeDownload:
-        frameWrite();
+        frameCurrentWrite();
         return;
     case sendConditionRead:
     case sendRecipeUpload:
@@ -108,7 +108,7 @@ void frameDownload()
     }
     rcpAddrToVar(next, driver.currentVar, 1);
     driver.sendKind = sendRecipeDownload;
-    frameWrite();
+    frameCurrentWrite();
 }
 
 void frameUpload()
@@ -138,7 +138,7 @@ void frameNextRequest()
         assignRequest(driver.currentVar, driver.writeList.at(0));
         driver.sendKind = sendWrite;
         ++driver.burstCount;
-        frameWrite();
+        frameCurrentWrite();
     } else if (!driver.conditionList.isEmpty() && driver.burstCount < maxConditionBurst) {
         assignRequest(driver.currentVar, driver.conditionList.at(0));
         ++driver.burstCount;
@@ -212,6 +212,21 @@ int intf_getSendFrame(FRAME_PRO* frame)
         assignFrame(*frame, driver.sendList.at(0));
     }
     return 1;
+}
+
+int getReadFrame(QList<VARIABLE> list)
+{
+    return list.isEmpty() ? 0 : frameRead(list.at(0), driver.sendList);
+}
+
+void getWriteFrame(VARIABLE& request)
+{
+    frameWrite(request, driver.sendList);
+}
+
+void handShakeFrame()
+{
+    frameHandshake(driver.sendList);
 }
 
 void dealListWhenFinish()

@@ -9,7 +9,7 @@
 #include "planning/weight_order.h"
 #include "protocol.h"
 #include "protocol/address_text.h"
-#include "protocol/frame_building.h"
+#include "protocol/byte_conversion.h"
 #include "protocol/wrap.h"
 
 namespace {

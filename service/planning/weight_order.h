@@ -2,10 +2,12 @@
 #ifndef DOV417MODBUS_WEIGHT_ORDER_H
 #define DOV417MODBUS_WEIGHT_ORDER_H
 
+#include <QString>
 #include <QVector>
 #include <algorithm>
 
-#include "protocol/address_text.h"
+// Station, register type in the order of driver.regNames, address: to be compared as unsigned.
+int getRegAddressWeight(int station, QString regName, int address, int unused);
 
 // Equal weights keep their order.
 template <typename Record>

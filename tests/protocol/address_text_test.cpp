@@ -2,7 +2,9 @@
 
 #include <climits>
 
-#include "world.h"
+#include <gtest/gtest.h>
+
+#include "made_records.h"
 
 namespace {
 
@@ -250,16 +252,23 @@ TEST(AddressOffset, IsNoneForAnyRegister)
     }
 }
 
-class RegisterWeight : public DriverTest {
-protected:
-    ~RegisterWeight() override
-    {
-        driver.regNames = names;
+// The names in the order of the table.
+QStringList tableNames()
+{
+    QStringList names;
+    for (const char* regName :
+         {"I_bit", "Q_bit", "M_bit", "R_bit", "I_W", "Q_W", "M_W", "R_W", "R_D", "T", "C"}) {
+        names << name(regName);
     }
-    const QStringList names = driver.regNames;
-};
+    return names;
+}
 
-TEST_F(RegisterWeight, IsStationThenTypeThenAddress)
+int weight(int station, const char* regName, int address)
+{
+    return addressWeight(tableNames(), station, name(regName), address);
+}
+
+TEST(AddressWeight, IsStationThenTypeThenAddress)
 {
     const struct {
         int station;
@@ -281,36 +290,29 @@ TEST_F(RegisterWeight, IsStationThenTypeThenAddress)
         {0, "I_bit", -1, -1},
     };
     for (const auto& row : rows) {
-        EXPECT_EQ(getRegAddressWeight(row.station, name(row.regName), row.address, 1), row.weight)
+        EXPECT_EQ(weight(row.station, row.regName, row.address), row.weight)
             << row.station << '/' << row.regName << ':' << row.address;
     }
 }
 
-TEST_F(RegisterWeight, DoesNotLookAtTheLastArgument)
-{
-    for (int unused : {0, 1, -1, INT_MAX, INT_MIN}) {
-        EXPECT_EQ(getRegAddressWeight(1, name("I_W"), 7, unused), 983032);
-    }
-}
-
-TEST_F(RegisterWeight, WrapsAroundAt32Bits)
+TEST(AddressWeight, WrapsAroundAt32Bits)
 {
     // 2147483647 * 720885 = 720885 * 2^31 - 720885; an odd multiple of 2^31 leaves 2^31.
-    EXPECT_EQ(getRegAddressWeight(INT_MAX, name("I_bit"), 0, 1), 2146762763);
-    EXPECT_EQ(getRegAddressWeight(INT_MIN, name("I_bit"), 0, 1), INT_MIN);
-    EXPECT_EQ(getRegAddressWeight(INT_MIN, name("I_bit"), INT_MIN, 1), 0);
-    EXPECT_EQ(getRegAddressWeight(0, name("Q_bit"), INT_MAX, 1), -2147418114);
-    EXPECT_EQ(getRegAddressWeight(5958, name("I_bit"), 0, 1),
+    EXPECT_EQ(weight(INT_MAX, "I_bit", 0), 2146762763);
+    EXPECT_EQ(weight(INT_MIN, "I_bit", 0), INT_MIN);
+    EXPECT_EQ(weight(INT_MIN, "I_bit", INT_MIN), 0);
+    EXPECT_EQ(weight(0, "Q_bit", INT_MAX), -2147418114);
+    EXPECT_EQ(weight(5958, "I_bit", 0),
               65534); // 5958 * 720885 = 2^32 + 65534
 }
 
-TEST_F(RegisterWeight, FollowsTheDriversOwnListOfNames)
+TEST(AddressWeight, FollowsTheListOfNames)
 {
-    driver.regNames = QStringList();
-    driver.regNames << name("T") << name("X") << name("T");
-    EXPECT_EQ(getRegAddressWeight(1, name("T"), 3, 1), 196608);   // 3 * 65535 + 3
-    EXPECT_EQ(getRegAddressWeight(1, name("X"), 3, 1), 262143);   // (3 + 1) * 65535 + 3
-    EXPECT_EQ(getRegAddressWeight(1, name("I_W"), 3, 1), 131073); // (3 - 1) * 65535 + 3
+    QStringList names;
+    names << name("T") << name("X") << name("T");
+    EXPECT_EQ(addressWeight(names, 1, name("T"), 3), 196608);   // 3 * 65535 + 3
+    EXPECT_EQ(addressWeight(names, 1, name("X"), 3), 262143);   // (3 + 1) * 65535 + 3
+    EXPECT_EQ(addressWeight(names, 1, name("I_W"), 3), 131073); // (3 - 1) * 65535 + 3
 }
 
 } // namespace

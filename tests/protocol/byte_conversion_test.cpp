@@ -1,7 +1,7 @@
-#include <climits>
+#include "protocol/byte_conversion.h"
 
-#include "protocol/frame_building.h"
-#include "world.h"
+#include <climits>
+#include <gtest/gtest.h>
 
 namespace {
 
@@ -24,53 +24,40 @@ TEST(ByteConversion, FourBytesMakeADoubleWordLowByteFirst)
     EXPECT_EQ(uchar2int32(0, 0, 0, 0x80), INT_MIN);
 }
 
-TEST(HexText, OfTwoCharactersIsAByte)
+TEST(SetBitValue, SetsABitForAnyNumberButZeroAndClearsItForZero)
 {
-    const struct {
-        const char* text;
-        int byte;
-    } rows[] = {{"00", 0x00}, {"09", 0x09}, {"10", 0x10}, {"1F", 0x1F}, {"A0", 0xA0},
-                {"FF", 0xFF}, {"ff", 0xFF}, {"aB", 0xAB}, {"3c", 0x3C}};
-    for (const auto& row : rows) {
-        EXPECT_EQ(asc2hex(QByteArray(row.text), 0), row.byte) << row.text;
-    }
+    EXPECT_EQ(_setBitValue(0, 0, 1), 1);
+    EXPECT_EQ(_setBitValue(0, 4, 1), 16);
+    EXPECT_EQ(_setBitValue(0, 4, 2), 16);
+    EXPECT_EQ(_setBitValue(0, 4, -1), 16);
+    EXPECT_EQ(_setBitValue(0x1F, 4, 1), 0x1F);
+    EXPECT_EQ(_setBitValue(0x1F, 4, 0), 0x0F);
+    EXPECT_EQ(_setBitValue(0x1F, 0, 0), 0x1E);
+    EXPECT_EQ(_setBitValue(0x0F, 4, 0), 0x0F);
 }
 
-TEST(HexText, GivesEveryOtherCharacterItsKeptNibble)
+TEST(SetBitValue, ReachesTheSignBit)
 {
-    const struct {
-        int code;
-        int nibble;
-    } rows[] = {
-        {0, 0},   {1, 0},   {47, 0},  // below the digit zero
-        {58, 10}, {63, 15},           // the six after the digit nine
-        {64, 0},                      // "@"
-        {71, 0},  {90, 3},            // "G", "Z": only the low four bits are kept
-        {103, 0}, {122, 3},           // "g", "z"
-        {127, 8}, {128, 9}, {255, 8}, // a character is an unsigned code on every processor
-    };
-    for (const auto& row : rows) {
-        const QByteArray first(1, static_cast<char>(row.code));
-        EXPECT_EQ(asc2hex(first + "0", 0), row.nibble * 16) << row.code;
-        EXPECT_EQ(asc2hex("0" + first, 0), row.nibble) << row.code;
-    }
+    EXPECT_EQ(_setBitValue(0, 31, 1), INT_MIN);
+    EXPECT_EQ(_setBitValue(-1, 31, 0), INT_MAX);
+    EXPECT_EQ(_setBitValue(-1, 0, 0), -2);
 }
 
-TEST(HexText, StartsAtThePosition)
+TEST(SetBitValue, LeavesAValueAloneWhereItHasNoSuchBit)
 {
-    EXPECT_EQ(asc2hex(QByteArray("12AB"), 1), 0x2A);
-    EXPECT_EQ(asc2hex(QByteArray("12AB"), 2), 0xAB);
+    EXPECT_EQ(_setBitValue(5, -1, 1), 5);
+    EXPECT_EQ(_setBitValue(5, 32, 1), 5);
+    EXPECT_EQ(_setBitValue(-1, -1, 0), -1);
+    EXPECT_EQ(_setBitValue(-1, 32, 0), -1);
+    EXPECT_EQ(_setBitValue(-1, 1000, 0), -1);
 }
 
-TEST(HexText, TakesAMissingCharacterForZero)
+TEST(SetBitValue, ReachesTheLowestAndTheHighestBit)
 {
-    EXPECT_EQ(asc2hex(QByteArray("12AB"), 3), 0xB0);
-    EXPECT_EQ(asc2hex(QByteArray("12AB"), 4), 0);
-    EXPECT_EQ(asc2hex(QByteArray("12AB"), INT_MAX), 0);
-    EXPECT_EQ(asc2hex(QByteArray("12AB"), INT_MIN), 0);
-    EXPECT_EQ(asc2hex(QByteArray("12AB"), -2), 0);
-    EXPECT_EQ(asc2hex(QByteArray(), 0), 0);
-    EXPECT_EQ(asc2hex(QByteArray("7"), 0), 0x70);
+    EXPECT_EQ(_setBitValue(0, 0, 1), 1);
+    EXPECT_EQ(_setBitValue(0, 31, 7), -2147483647 - 1);
+    EXPECT_EQ(_setBitValue(-1, 31, 0), 2147483647);
+    EXPECT_EQ(_setBitValue(-1, 0, 0), -2);
 }
 
 } // namespace

@@ -1,6 +1,8 @@
 #include "protocol/crc.h"
 
-#include "world.h"
+#include <gtest/gtest.h>
+
+#include "made_records.h"
 
 namespace {
 

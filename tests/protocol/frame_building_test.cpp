@@ -2,29 +2,27 @@
 
 #include <climits>
 
-#include "world.h"
+#include <gtest/gtest.h>
+
+#include "made_records.h"
 
 namespace {
 
-class FrameBuilding : public DriverTest {
-protected:
-    // The frames that a read or a write of this request puts on the send list.
-    static QList<FRAME_PRO> readFrames(const VARIABLE& wanted)
-    {
-        driver.sendList.clear();
-        QList<VARIABLE> list;
-        list.append(wanted);
-        const int result = getReadFrame(list);
-        EXPECT_EQ(result, driver.sendList.size());
-        return driver.sendList;
-    }
-    static QList<FRAME_PRO> writeFrames(VARIABLE wanted)
-    {
-        driver.sendList.clear();
-        getWriteFrame(wanted);
-        return driver.sendList;
-    }
-};
+// The frames that a read or a write of this request appends.
+QList<FRAME_PRO> readFrames(const VARIABLE& wanted)
+{
+    QList<FRAME_PRO> frames;
+    const int result = frameRead(wanted, frames);
+    EXPECT_EQ(result, frames.size());
+    return frames;
+}
+
+QList<FRAME_PRO> writeFrames(const VARIABLE& wanted)
+{
+    QList<FRAME_PRO> frames;
+    frameWrite(wanted, frames);
+    return frames;
+}
 
 // A request whose data counts upwards from 1, without a 0.
 VARIABLE counting(const char* regName, int address, int length, int station = 1)
@@ -50,7 +48,7 @@ bool endsInItsCrc(const FRAME_PRO& frame)
 
 // --- Reads
 
-TEST_F(FrameBuilding, ReadAsksForCoilsOrRegistersOfEveryType)
+TEST(FrameBuilding, ReadAsksForCoilsOrRegistersOfEveryType)
 {
     const struct {
         const char* regName;
@@ -80,13 +78,13 @@ TEST_F(FrameBuilding, ReadAsksForCoilsOrRegistersOfEveryType)
     }
 }
 
-TEST_F(FrameBuilding, ReadEndsInTheLiteralCrc)
+TEST(FrameBuilding, ReadEndsInTheLiteralCrc)
 {
     EXPECT_EQ(frameHex(readFrames(request("R_W", 10, 1)).at(0)), "01 03 05 0A 00 01 A4 C4");
     EXPECT_EQ(frameHex(readFrames(request("M_W", 2, 3)).at(0)), "01 01 10 20 00 30 39 14");
 }
 
-TEST_F(FrameBuilding, ReadCarriesTheWholeRequest)
+TEST(FrameBuilding, ReadCarriesTheWholeRequest)
 {
     VARIABLE wanted = counting("M_W", 2, 3, 17);
     wanted.kind = 4;
@@ -101,48 +99,38 @@ TEST_F(FrameBuilding, ReadCarriesTheWholeRequest)
     EXPECT_EQ(toHex(carried.data, recordDataSize), toHex(wanted.data, recordDataSize));
 }
 
-TEST_F(FrameBuilding, ReadBytesAfterTheFrameAreZero)
+TEST(FrameBuilding, ReadBytesAfterTheFrameAreZero)
 {
     const FRAME_PRO frame = readFrames(request("R_W", 10, 1)).at(0);
     EXPECT_EQ(toHex(frame.frame + 8, recordDataSize - 8),
               toHex(QByteArray(recordDataSize - 8, '\0')));
 }
 
-TEST_F(FrameBuilding, ReadTakesTheFirstElementOfTheListOnly)
+TEST(FrameBuilding, ReadIsAppendedBehindTheFramesThatAreThere)
 {
-    QList<VARIABLE> list;
-    list << request("R_W", 10, 1) << request("M_W", 2, 3);
-    EXPECT_EQ(getReadFrame(list), 1);
-    ASSERT_EQ(driver.sendList.size(), 1);
-    EXPECT_EQ(frameHex(driver.sendList.at(0)), "01 03 05 0A 00 01 A4 C4");
+    QList<FRAME_PRO> frames;
+    frameHandshake(frames);
+    EXPECT_EQ(frameRead(request("R_W", 10, 1), frames), 1);
+    ASSERT_EQ(frames.size(), 2);
+    EXPECT_EQ(frames.at(0).sendLength, 0);
+    EXPECT_EQ(frames.at(1).sendLength, 8);
 }
 
-TEST_F(FrameBuilding, ReadIsAppendedBehindTheFramesThatAreThere)
-{
-    handShakeFrame();
-    QList<VARIABLE> list;
-    list << request("R_W", 10, 1);
-    EXPECT_EQ(getReadFrame(list), 1);
-    ASSERT_EQ(driver.sendList.size(), 2);
-    EXPECT_EQ(driver.sendList.at(0).sendLength, 0);
-    EXPECT_EQ(driver.sendList.at(1).sendLength, 8);
-}
-
-TEST_F(FrameBuilding, ReadOfAnUnknownNameIsRefused)
+TEST(FrameBuilding, ReadOfAnUnknownNameIsRefused)
 {
     for (const char* regName : {"M", "R", "", "i_bit", "X_W"}) {
         EXPECT_EQ(readFrames(request(regName, 0, 1)).size(), 0) << regName;
     }
 }
 
-TEST_F(FrameBuilding, ReadIsNeverBroadcast)
+TEST(FrameBuilding, ReadIsNeverBroadcast)
 {
     for (const char* regName : {"I_bit", "R_bit", "M_W", "R_W", "T"}) {
         EXPECT_EQ(readFrames(request(regName, 0, 1, 0)).size(), 0) << regName;
     }
 }
 
-TEST_F(FrameBuilding, StationGoesOutInEightBits)
+TEST(FrameBuilding, StationGoesOutInEightBits)
 {
     const struct {
         int station;
@@ -160,7 +148,7 @@ TEST_F(FrameBuilding, StationGoesOutInEightBits)
     }
 }
 
-TEST_F(FrameBuilding, ReadOfAnyAddressAndLengthIsPlainArithmeticIn16Bits)
+TEST(FrameBuilding, ReadOfAnyAddressAndLengthIsPlainArithmeticIn16Bits)
 {
     const struct {
         const char* regName;
@@ -199,7 +187,7 @@ TEST_F(FrameBuilding, ReadOfAnyAddressAndLengthIsPlainArithmeticIn16Bits)
 
 // --- Writes
 
-TEST_F(FrameBuilding, WriteOfEveryTypeAndLength)
+TEST(FrameBuilding, WriteOfEveryTypeAndLength)
 {
     const struct {
         const char* regName;
@@ -266,7 +254,7 @@ TEST_F(FrameBuilding, WriteOfEveryTypeAndLength)
     }
 }
 
-TEST_F(FrameBuilding, WriteEndsInTheLiteralCrc)
+TEST(FrameBuilding, WriteEndsInTheLiteralCrc)
 {
     EXPECT_EQ(frameHex(writeFrames(request("Q_bit", 5, 1, 1, {1})).at(0)),
               "01 05 08 05 FF 00 9E 5B");
@@ -274,7 +262,7 @@ TEST_F(FrameBuilding, WriteEndsInTheLiteralCrc)
               "01 06 05 0A 12 34 A4 73");
 }
 
-TEST_F(FrameBuilding, WriteCarriesTheWholeRequest)
+TEST(FrameBuilding, WriteCarriesTheWholeRequest)
 {
     for (const char* regName : {"Q_bit", "R_bit", "M_W", "R_W", "R_D", "C"}) {
         for (int length : {1, 20}) {
@@ -296,34 +284,35 @@ TEST_F(FrameBuilding, WriteCarriesTheWholeRequest)
     }
 }
 
-TEST_F(FrameBuilding, WriteLeavesTheRequestAsItWas)
+TEST(FrameBuilding, WriteLeavesTheRequestAsItWas)
 {
-    VARIABLE wanted = counting("R_bit", 33, 20, 9);
-    getWriteFrame(wanted);
+    const VARIABLE wanted = counting("R_bit", 33, 20, 9);
+    const QList<FRAME_PRO> frames = writeFrames(wanted);
+    EXPECT_EQ(frames.size(), 2);
     EXPECT_EQ(toHex(wanted.data, recordDataSize),
               toHex(counting("R_bit", 33, 20, 9).data, recordDataSize));
     EXPECT_EQ(wanted.address, 33);
     EXPECT_EQ(wanted.length, 20);
 }
 
-TEST_F(FrameBuilding, WriteIsAppendedBehindTheFramesThatAreThere)
+TEST(FrameBuilding, WriteIsAppendedBehindTheFramesThatAreThere)
 {
-    handShakeFrame();
-    VARIABLE wanted = request("R_W", 10, 1, 1, {1, 0});
-    getWriteFrame(wanted);
-    ASSERT_EQ(driver.sendList.size(), 2);
-    EXPECT_EQ(driver.sendList.at(0).sendLength, 0);
-    EXPECT_EQ(driver.sendList.at(1).sendLength, 8);
+    QList<FRAME_PRO> frames;
+    frameHandshake(frames);
+    frameWrite(request("R_W", 10, 1, 1, {1, 0}), frames);
+    ASSERT_EQ(frames.size(), 2);
+    EXPECT_EQ(frames.at(0).sendLength, 0);
+    EXPECT_EQ(frames.at(1).sendLength, 8);
 }
 
-TEST_F(FrameBuilding, WriteOfAnUnknownNameAppendsNothing)
+TEST(FrameBuilding, WriteOfAnUnknownNameAppendsNothing)
 {
     for (const char* regName : {"M", "", "r_w", "X_bit"}) {
         EXPECT_EQ(writeFrames(request(regName, 0, 1)).size(), 0) << regName;
     }
 }
 
-TEST_F(FrameBuilding, WriteToStationZeroAwaitsNoReply)
+TEST(FrameBuilding, WriteToStationZeroAwaitsNoReply)
 {
     const struct {
         const char* regName;
@@ -343,14 +332,14 @@ TEST_F(FrameBuilding, WriteToStationZeroAwaitsNoReply)
     }
 }
 
-TEST_F(FrameBuilding, WriteToStation256IsNoBroadcast)
+TEST(FrameBuilding, WriteToStation256IsNoBroadcast)
 {
     const QList<FRAME_PRO> frames = writeFrames(request("R_W", 10, 1, 256, {1, 0}));
     ASSERT_EQ(frames.size(), 1);
     EXPECT_EQ(frames.at(0).replyLength, 8);
 }
 
-TEST_F(FrameBuilding, ByteCountKeepsTheLowEightBitsOfALongWrite)
+TEST(FrameBuilding, ByteCountKeepsTheLowEightBitsOfALongWrite)
 {
     const struct {
         const char* regName;
@@ -374,7 +363,7 @@ TEST_F(FrameBuilding, ByteCountKeepsTheLowEightBitsOfALongWrite)
     }
 }
 
-TEST_F(FrameBuilding, LongestWordWriteCarriesEveryWord)
+TEST(FrameBuilding, LongestWordWriteCarriesEveryWord)
 {
     const FRAME_PRO registers = writeFrames(counting("R_W", 0, 507)).at(0);
     const FRAME_PRO doubles = writeFrames(counting("R_D", 0, 507)).at(0);
@@ -390,7 +379,7 @@ TEST_F(FrameBuilding, LongestWordWriteCarriesEveryWord)
     }
 }
 
-TEST_F(FrameBuilding, WriteThatWouldNotFitItsFrameAppendsNothing)
+TEST(FrameBuilding, WriteThatWouldNotFitItsFrameAppendsNothing)
 {
     for (const char* regName : {"I_W", "Q_W", "M_W", "R_W", "R_D", "T", "C"}) {
         for (int length : {508, 509, 512, 513, 65536, INT_MAX - 3, INT_MAX}) {
@@ -400,7 +389,7 @@ TEST_F(FrameBuilding, WriteThatWouldNotFitItsFrameAppendsNothing)
     }
 }
 
-TEST_F(FrameBuilding, WriteOfMoreBitsThanARequestCarriesAppendsNothing)
+TEST(FrameBuilding, WriteOfMoreBitsThanARequestCarriesAppendsNothing)
 {
     for (const char* regName : {"I_bit", "Q_bit", "M_bit", "R_bit"}) {
         for (int length : {1025, 8112, 8120, 8121, 65536, INT_MAX - 15, INT_MAX}) {
@@ -410,7 +399,7 @@ TEST_F(FrameBuilding, WriteOfMoreBitsThanARequestCarriesAppendsNothing)
     }
 }
 
-TEST_F(FrameBuilding, WriteOfNegativeLengthAppendsNothing)
+TEST(FrameBuilding, WriteOfNegativeLengthAppendsNothing)
 {
     for (const char* regName : {"I_bit", "R_bit", "M_W", "R_W", "R_D", "T"}) {
         for (int length : {-1, -2, -16, -65536, INT_MIN}) {
@@ -420,7 +409,7 @@ TEST_F(FrameBuilding, WriteOfNegativeLengthAppendsNothing)
     }
 }
 
-TEST_F(FrameBuilding, WriteOfNoLengthIsAFrameWithQuantityZero)
+TEST(FrameBuilding, WriteOfNoLengthIsAFrameWithQuantityZero)
 {
     const struct {
         const char* regName;
@@ -443,7 +432,7 @@ TEST_F(FrameBuilding, WriteOfNoLengthIsAFrameWithQuantityZero)
     EXPECT_EQ(frameHex(pair.at(1)), crcEnding("01 10 05 02 00 00 00"));
 }
 
-TEST_F(FrameBuilding, WriteToAnyAddressIsPlainArithmeticIn16Bits)
+TEST(FrameBuilding, WriteToAnyAddressIsPlainArithmeticIn16Bits)
 {
     const struct {
         const char* regName;
@@ -472,7 +461,7 @@ TEST_F(FrameBuilding, WriteToAnyAddressIsPlainArithmeticIn16Bits)
 
 // --- Bits of registers: the controller knows whole registers only
 
-TEST_F(FrameBuilding, BitOfARegisterIsAReadAndAWriteOfItsRegister)
+TEST(FrameBuilding, BitOfARegisterIsAReadAndAWriteOfItsRegister)
 {
     const QList<FRAME_PRO> frames = writeFrames(request("R_bit", 35, 1, 1, {1}));
     ASSERT_EQ(frames.size(), 2);
@@ -480,7 +469,7 @@ TEST_F(FrameBuilding, BitOfARegisterIsAReadAndAWriteOfItsRegister)
     EXPECT_EQ(frameHex(frames.at(1)), crcEnding("01 10 05 02 00 01 02 00 01"));
 }
 
-TEST_F(FrameBuilding, BitsOfRegistersSpanTheRegistersThatHoldThem)
+TEST(FrameBuilding, BitsOfRegistersSpanTheRegistersThatHoldThem)
 {
     const struct {
         int address;
@@ -519,21 +508,21 @@ TEST_F(FrameBuilding, BitsOfRegistersSpanTheRegistersThatHoldThem)
     }
 }
 
-TEST_F(FrameBuilding, WriteHalfOfRegisterBitsCarriesTheDataUntilTheReadPatchesIt)
+TEST(FrameBuilding, WriteHalfOfRegisterBitsCarriesTheDataUntilTheReadPatchesIt)
 {
     const QList<FRAME_PRO> frames = writeFrames(request("R_bit", 15, 2, 1, {1, 2, 3, 4}));
     ASSERT_EQ(frames.size(), 2);
     EXPECT_EQ(frameHex(frames.at(1)), crcEnding("01 10 05 00 00 02 04 02 01 04 03"));
 }
 
-TEST_F(FrameBuilding, BitsOfRegistersAreNeverBroadcast)
+TEST(FrameBuilding, BitsOfRegistersAreNeverBroadcast)
 {
     EXPECT_EQ(writeFrames(request("R_bit", 35, 1, 0, {1})).size(), 0);
     EXPECT_EQ(writeFrames(request("R_bit", 35, 20, 0, {1})).size(), 0);
 }
 
 // Only the number 0 is the broadcast, not every number that goes out as 0.
-TEST_F(FrameBuilding, BitsOfRegistersOfAStationAbove255AreFramed)
+TEST(FrameBuilding, BitsOfRegistersOfAStationAbove255AreFramed)
 {
     const QList<FRAME_PRO> frames = writeFrames(request("R_bit", 35, 1, 256, {1}));
     ASSERT_EQ(frames.size(), 2);
@@ -541,7 +530,7 @@ TEST_F(FrameBuilding, BitsOfRegistersOfAStationAbove255AreFramed)
     EXPECT_EQ(toHex(frames.at(1).frame, 6), "00 10 05 02 00 01");
 }
 
-TEST_F(FrameBuilding, BitsOfRegistersAtAnyAddressStayWithin16Bits)
+TEST(FrameBuilding, BitsOfRegistersAtAnyAddressStayWithin16Bits)
 {
     const struct {
         int address;
@@ -558,7 +547,7 @@ TEST_F(FrameBuilding, BitsOfRegistersAtAnyAddressStayWithin16Bits)
 
 // --- All of them
 
-TEST_F(FrameBuilding, NoRequestMakesAFrameThatIsLongerThanItsBufferOrHasAWrongCrc)
+TEST(FrameBuilding, NoRequestMakesAFrameThatIsLongerThanItsBufferOrHasAWrongCrc)
 {
     const char* const names[] = {"I_bit", "Q_bit", "M_bit", "R_bit", "I_W", "Q_W",
                                  "M_W",   "R_W",   "R_D",   "T",     "C"};
@@ -592,11 +581,12 @@ TEST_F(FrameBuilding, NoRequestMakesAFrameThatIsLongerThanItsBufferOrHasAWrongCr
 
 // --- Handshake
 
-TEST_F(FrameBuilding, HandshakeIsAnEmptyFrameThatAwaitsNothing)
+TEST(FrameBuilding, HandshakeIsAnEmptyFrameThatAwaitsNothing)
 {
-    handShakeFrame();
-    ASSERT_EQ(driver.sendList.size(), 1);
-    const FRAME_PRO frame = driver.sendList.at(0);
+    QList<FRAME_PRO> frames;
+    frameHandshake(frames);
+    ASSERT_EQ(frames.size(), 1);
+    const FRAME_PRO frame = frames.at(0);
     EXPECT_EQ(frame.sendLength, 0);
     EXPECT_EQ(frame.replyLength, 0);
     EXPECT_EQ(frame.dataPosition, 0);

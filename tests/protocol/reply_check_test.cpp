@@ -1,25 +1,26 @@
 #include "protocol/reply_check.h"
 
-#include "world.h"
+#include <gtest/gtest.h>
+
+#include "made_records.h"
 
 namespace {
 
-class ReplyChecked : public DriverTest {
+class ReplyChecked : public ::testing::Test {
 protected:
-    // Puts a frame on the line that awaits a reply of this length with this many values.
-    static void await(int replyLength, int dataCount)
+    // The frame awaits a reply of this length with this many values.
+    void await(int replyLength, int dataCount)
     {
-        FRAME_PRO frame = FRAME_PRO();
-        frame.replyLength = replyLength;
-        frame.dataCount = dataCount;
-        driver.sendList.clear();
-        driver.sendList.append(frame);
+        awaiting.replyLength = replyLength;
+        awaiting.dataCount = dataCount;
     }
-    static int check(QByteArray reply)
+    int check(const QByteArray& reply) const
     {
-        return check_rcv_data(reinterpret_cast<unsigned char*>(reply.data()), QList<VARIABLE>(),
-                              static_cast<int>(reply.size()));
+        return checkReply(awaiting, reinterpret_cast<const unsigned char*>(reply.constData()),
+                          static_cast<int>(reply.size()));
     }
+
+    FRAME_PRO awaiting = FRAME_PRO();
 };
 
 const char* const oneRegister = "01 03 02 12 34";
@@ -28,14 +29,14 @@ TEST_F(ReplyChecked, NothingReceivedIsGoodWhereNothingIsAwaited)
 {
     await(0, 0);
     EXPECT_EQ(check(QByteArray()), 2);
-    EXPECT_EQ(check_rcv_data(nullptr, QList<VARIABLE>(), 0), 2);
+    EXPECT_EQ(checkReply(awaiting, nullptr, 0), 2);
 }
 
 TEST_F(ReplyChecked, NothingReceivedIsBadWhereAReplyIsAwaited)
 {
     await(7, 1);
     EXPECT_EQ(check(QByteArray()), 0);
-    EXPECT_EQ(check_rcv_data(nullptr, QList<VARIABLE>(), 0), 0);
+    EXPECT_EQ(checkReply(awaiting, nullptr, 0), 0);
 }
 
 TEST_F(ReplyChecked, AnyReplyIsBadWhereNothingIsAwaited)
@@ -105,29 +106,10 @@ TEST_F(ReplyChecked, ExceptionReplyIsTooShortForARead)
 TEST_F(ReplyChecked, StationAndFunctionAreNotCompared)
 {
     await(7, 1);
-    driver.sendList[0].request = request("R_W", 10, 1, 1);
+    awaiting.request = request("R_W", 10, 1, 1);
     EXPECT_EQ(check(withCrc("05 03 02 12 34")), 1);
     EXPECT_EQ(check(withCrc("01 83 02 12 34")), 1);
     EXPECT_EQ(check(withCrc("FF FF FF FF FF")), 1);
-}
-
-TEST_F(ReplyChecked, OnlyTheHeadFrameCounts)
-{
-    await(7, 1);
-    FRAME_PRO second = FRAME_PRO();
-    second.replyLength = 8;
-    driver.sendList.append(second);
-    EXPECT_EQ(check(withCrc(oneRegister)), 1);
-    EXPECT_EQ(check(withCrc("01 06 05 0A 12 34")), 0);
-}
-
-TEST_F(ReplyChecked, ListOfReadsIsNotLookedAt)
-{
-    await(7, 1);
-    QByteArray reply = withCrc(oneRegister);
-    QList<VARIABLE> reads;
-    reads << request("M_W", 0, 128) << request("X", -1, -1);
-    EXPECT_EQ(check_rcv_data(reinterpret_cast<unsigned char*>(reply.data()), reads, 7), 1);
 }
 
 // Such lengths and counts are those of a read of negative length.
@@ -138,12 +120,12 @@ TEST_F(ReplyChecked, NothingAnswersAReadOfNegativeLength)
     // What stands before the one byte is none of the reply's.
     unsigned char received[2] = {0xFF, 0xFF};
     await(1, -2);
-    EXPECT_EQ(check_rcv_data(received + 1, QList<VARIABLE>(), 1), 0);
+    EXPECT_EQ(checkReply(awaiting, received + 1, 1), 0);
     await(1, 2147483646); // the length that wraps around to the same
-    EXPECT_EQ(check_rcv_data(received + 1, QList<VARIABLE>(), 1), 0);
+    EXPECT_EQ(checkReply(awaiting, received + 1, 1), 0);
     await(-1, -3);
     EXPECT_EQ(check(QByteArray()), 0);
-    EXPECT_EQ(check_rcv_data(nullptr, QList<VARIABLE>(), -1), 0);
+    EXPECT_EQ(checkReply(awaiting, nullptr, -1), 0);
 }
 
 // Two bytes a value and the five around them come to three.

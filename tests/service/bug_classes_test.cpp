@@ -1,8 +1,8 @@
 // The mistakes that Modbus software has shipped, each as a test that it cannot happen here.
 #include <limits>
 
+#include "link/send_scheduling.h"
 #include "protocol/address_text.h"
-#include "protocol/frame_building.h"
 #include "world.h"
 
 namespace {

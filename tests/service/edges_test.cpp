@@ -6,23 +6,6 @@
 
 namespace {
 
-TEST(SetBitValue, LeavesAValueAloneWhereItHasNoSuchBit)
-{
-    EXPECT_EQ(_setBitValue(5, -1, 1), 5);
-    EXPECT_EQ(_setBitValue(5, 32, 1), 5);
-    EXPECT_EQ(_setBitValue(-1, -1, 0), -1);
-    EXPECT_EQ(_setBitValue(-1, 32, 0), -1);
-    EXPECT_EQ(_setBitValue(-1, 1000, 0), -1);
-}
-
-TEST(SetBitValue, ReachesTheLowestAndTheHighestBit)
-{
-    EXPECT_EQ(_setBitValue(0, 0, 1), 1);
-    EXPECT_EQ(_setBitValue(0, 31, 7), -2147483647 - 1);
-    EXPECT_EQ(_setBitValue(-1, 31, 0), 2147483647);
-    EXPECT_EQ(_setBitValue(-1, 0, 0), -2);
-}
-
 class EdgesOfDecoding : public DriverTest {};
 
 TEST_F(EdgesOfDecoding, TheFirstRegisterTypeOfTheTableIsDecodedLikeTheOthers)

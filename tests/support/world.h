@@ -1,5 +1,4 @@
-// The world around the driver that unit tests need: a host that records what it is told, bytes
-// written as hex, and a CRC of its own.
+// The world around the driver that unit tests need: a host that records what it is told.
 #ifndef DOV417_TESTS_WORLD_H
 #define DOV417_TESTS_WORLD_H
 
@@ -15,8 +14,8 @@
 #include <vector>
 
 #include "intf.h"
+#include "made_records.h"
 #include "protocol.h"
-#include "records.h"
 
 // One call of the host's value-change function.
 struct Notice {
@@ -29,38 +28,10 @@ bool operator==(const Notice& a, const Notice& b);
 std::ostream& operator<<(std::ostream& out, const Notice& notice);
 using Notices = std::vector<Notice>;
 
-// "01 03 02 00 07" -> bytes. withCrc appends the CRC, made bit by bit, not by the driver.
-QByteArray hex(const char* text);
-QByteArray withCrc(const char* text);
-QByteArray withCrc(const QByteArray& bytes);
-std::string toHex(const QByteArray& bytes);
-std::string toHex(const unsigned char* bytes, int length);
-// The bytes to transmit of a prepared frame, as hex.
-std::string frameHex(const FRAME_PRO& frame);
-
-// The frame of these bytes as poll() gives it: with its CRC.
-std::string frame(const char* bytes);
-extern const std::string cyclicRead; // of "R_W" 100
+extern const std::string cyclicRead; // the frame of a read of "R_W" 100, as poll() gives it
 // What a controller answers to a frame: zeros for a read, the echo for a write, nothing where none
 // is awaited.
 QByteArray goodReplyTo(const FRAME_PRO& frame);
-
-// "00 01" three times: "00 01 00 01 00 01".
-std::string repeated(const char* bytes, int count);
-
-std::string text(const QString& string);
-QString name(const char* latin1);
-
-KEY_ADDRESS key(const char* regName, int address, int length, int station = 1, int bitFlag = 0);
-VARIABLE request(const char* regName, int address, int length, int station = 1,
-                 const std::vector<int>& data = {});
-_RCP_VAR_PRO recipeRecord(int linkId, const char* regName, int address, int length, int bufOffset,
-                          int station = 1);
-
-// What a result holds as long as nobody stores one.
-const int untouched = 4711;
-// Characters of a text that no host would hand in.
-const int million = 1000000;
 
 // The two hand-overs that take their argument by reference.
 int ask(KEY_ADDRESS wanted, int kind = 3);
@@ -71,13 +42,6 @@ enum {
     downloadFlag = 60115,
     uploadFlag = 60116
 };
-
-// "1/R_W:10+5" for each request, to compare plans at a glance.
-std::string summary(const VARIABLE& one);
-std::string summary(const KEY_ADDRESS& one);
-std::vector<std::string> summary(const QList<VARIABLE>& list);
-std::vector<std::string> summary(const QList<KEY_ADDRESS>& list);
-std::vector<std::string> summary(const QVector<_RCP_VAR_PRO>& list);
 
 // Collects what goes to the debug message stream while it lives, one entry a line, without a
 // trailing blank (Qt 4 leaves one).

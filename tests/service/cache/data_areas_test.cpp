@@ -278,23 +278,4 @@ TEST_F(DataAreas, LongRunsAreMarkedWhole)
 
 // Bits of a number
 
-TEST(SetBitValue, SetsABitForAnyNumberButZeroAndClearsItForZero)
-{
-    EXPECT_EQ(_setBitValue(0, 0, 1), 1);
-    EXPECT_EQ(_setBitValue(0, 4, 1), 16);
-    EXPECT_EQ(_setBitValue(0, 4, 2), 16);
-    EXPECT_EQ(_setBitValue(0, 4, -1), 16);
-    EXPECT_EQ(_setBitValue(0x1F, 4, 1), 0x1F);
-    EXPECT_EQ(_setBitValue(0x1F, 4, 0), 0x0F);
-    EXPECT_EQ(_setBitValue(0x1F, 0, 0), 0x1E);
-    EXPECT_EQ(_setBitValue(0x0F, 4, 0), 0x0F);
-}
-
-TEST(SetBitValue, ReachesTheSignBit)
-{
-    EXPECT_EQ(_setBitValue(0, 31, 1), INT_MIN);
-    EXPECT_EQ(_setBitValue(-1, 31, 0), INT_MAX);
-    EXPECT_EQ(_setBitValue(-1, 0, 0), -2);
-}
-
 } // namespace

@@ -468,4 +468,46 @@ TEST_F(ResponseHandling, TheByteCountOfAReplyIsNotLookedAt)
     }
 }
 
+// The check by its given name looks at the frame on the line.
+class ReplyOnTheLine : public DriverTest {
+protected:
+    ReplyOnTheLine()
+    {
+        FRAME_PRO read = FRAME_PRO();
+        read.replyLength = 7;
+        read.dataCount = 1;
+        FRAME_PRO write = FRAME_PRO();
+        write.replyLength = 8;
+        driver.sendList << read << write;
+    }
+    static int check(QByteArray reply, const QList<VARIABLE>& reads = QList<VARIABLE>())
+    {
+        return check_rcv_data(reinterpret_cast<unsigned char*>(reply.data()), reads,
+                              static_cast<int>(reply.size()));
+    }
+};
+
+TEST_F(ReplyOnTheLine, IsCheckedAgainstTheHeadFrameOnly)
+{
+    EXPECT_EQ(check(withCrc("01 03 02 12 34")), 1);
+    EXPECT_EQ(check(withCrc("01 06 05 0A 12 34")), 0);
+    driver.sendList.removeFirst();
+    EXPECT_EQ(check(withCrc("01 03 02 12 34")), 0);
+    EXPECT_EQ(check(withCrc("01 06 05 0A 12 34")), 2);
+}
+
+TEST_F(ReplyOnTheLine, IsBadWhereThereIsNoFrame)
+{
+    driver.sendList.clear();
+    EXPECT_EQ(check(withCrc("01 03 02 12 34")), 0);
+    EXPECT_EQ(check_rcv_data(nullptr, QList<VARIABLE>(), 0), 0);
+}
+
+TEST_F(ReplyOnTheLine, IsCheckedWithoutALookAtTheListOfReads)
+{
+    QList<VARIABLE> reads;
+    reads << request("M_W", 0, 128) << request("X", -1, -1);
+    EXPECT_EQ(check(withCrc("01 03 02 12 34"), reads), 1);
+}
+
 } // namespace

@@ -1,4 +1,6 @@
 // Which frame goes next.
+#include "link/send_scheduling.h"
+
 #include <cstring>
 #include <gmock/gmock.h>
 
@@ -396,6 +398,39 @@ TEST_F(SendScheduling, GoesOnAfterTheHostClearedTheSendList)
     driver.sendList.clear();
     EXPECT_EQ(reply(withCrc("01 03 02 00 01")), 0);
     EXPECT_EQ(poll(), cyclicRead);
+}
+
+// The builders by their given names append to the send list.
+
+class SendList : public DriverTest {};
+
+TEST_F(SendList, TakesAReadOfTheFirstElementOfTheListOnly)
+{
+    QList<VARIABLE> list;
+    list << request("R_W", 10, 1) << request("M_W", 2, 3);
+    EXPECT_EQ(getReadFrame(list), 1);
+    ASSERT_EQ(driver.sendList.size(), 1);
+    EXPECT_EQ(frameHex(driver.sendList.at(0)), "01 03 05 0A 00 01 A4 C4");
+}
+
+TEST_F(SendList, TakesNoReadOfAnEmptyList)
+{
+    EXPECT_EQ(getReadFrame(QList<VARIABLE>()), 0);
+    EXPECT_EQ(driver.sendList.size(), 0);
+}
+
+TEST_F(SendList, TakesEachFrameBehindThoseThatAreThere)
+{
+    handShakeFrame();
+    VARIABLE wanted = request("R_W", 10, 1, 1, {1, 0});
+    getWriteFrame(wanted);
+    QList<VARIABLE> list;
+    list << request("R_W", 10, 1);
+    EXPECT_EQ(getReadFrame(list), 1);
+    ASSERT_EQ(driver.sendList.size(), 3);
+    EXPECT_EQ(driver.sendList.at(0).sendLength, 0);
+    EXPECT_EQ(frameHex(driver.sendList.at(1)), frame("01 06 05 0A 00 01"));
+    EXPECT_EQ(frameHex(driver.sendList.at(2)), frame("01 03 05 0A 00 01"));
 }
 
 } // namespace
