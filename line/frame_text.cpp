@@ -1,5 +1,8 @@
 #include "line/frame_text.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "line/crc16.h"
 
 namespace dov417 {
@@ -47,7 +50,7 @@ const int exceptionLength = 5;
 const int readHead = 3; // of a read's reply: up to the byte count
 const int crcLength = 2;
 const int bitsPerWord = 16;
-const int mostValuesShown = 16;
+const int maxValuesShown = 16;
 
 int byteAt(const QByteArray& frame, int index)
 {
@@ -141,7 +144,7 @@ std::string shortened(const std::vector<std::string>& values)
     std::string text;
     int shown = 0;
     for (const std::string& value : values) {
-        if (shown == mostValuesShown)
+        if (shown == maxValuesShown)
             return text + " and " + std::to_string(values.size() - std::size_t(shown)) + " more";
         text += (shown == 0 ? "" : " ") + value;
         ++shown;
@@ -276,6 +279,11 @@ int dueLength(const QByteArray& reply, const Asked& asked)
 }
 
 } // namespace
+
+std::string hexText(const QByteArray& bytes)
+{
+    return bytes.toHex(' ').toUpper().toStdString();
+}
 
 std::string exceptionName(int code)
 {

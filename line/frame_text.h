@@ -1,4 +1,4 @@
-// A Modbus RTU frame in words.
+// A Modbus RTU frame in hex and in words.
 #ifndef DOV417_LINE_FRAME_TEXT_H
 #define DOV417_LINE_FRAME_TEXT_H
 
@@ -6,9 +6,12 @@
 #include <string>
 #include <vector>
 
-#include "driver/areas.h"
+#include "line/areas.h"
 
 namespace dov417 {
+
+// "01 03 05 0A"
+std::string hexText(const QByteArray& bytes);
 
 // "illegal data address"; "code 99" where the code has no name.
 std::string exceptionName(int code);

@@ -7,6 +7,7 @@
 #include <ctime>
 
 #include "line/failure.h"
+#include "line/frame_text.h"
 
 namespace dov417 {
 
@@ -102,11 +103,6 @@ std::string onOneLine(std::string text)
 }
 
 } // namespace
-
-std::string hexText(const QByteArray& bytes)
-{
-    return bytes.toHex(' ').toUpper().toStdString();
-}
 
 std::string logLine(const LogEntry& entry)
 {

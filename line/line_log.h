@@ -41,9 +41,6 @@ std::string logLine(const LogEntry& entry);
 // empty.
 std::optional<LogEntry> parseLogLine(const std::string& line);
 
-// "01 03 05 0A"
-std::string hexText(const QByteArray& bytes);
-
 // Appends to a file, each line at once, so that nothing is missing after a crash.
 class LineLog {
 public:

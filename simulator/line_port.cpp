@@ -50,19 +50,19 @@ bool makeRaw(int descriptor)
     return tcsetattr(descriptor, TCSANOW, &settings) == 0;
 }
 
-bool configure(int descriptor, const LineSettings& line, speed_t speed)
+bool configure(int descriptor, const SerialFormat& format, speed_t speed)
 {
     termios settings{};
     if (tcgetattr(descriptor, &settings) != 0)
         return false;
     cfmakeraw(&settings);
     settings.c_cflag &= ~static_cast<tcflag_t>(CSIZE | PARENB | PARODD | CSTOPB | CRTSCTS);
-    settings.c_cflag |= CLOCAL | CREAD | (line.dataBits == 7 ? CS7 : CS8);
-    if (line.parity != Parity::none)
+    settings.c_cflag |= CLOCAL | CREAD | (format.dataBits == 7 ? CS7 : CS8);
+    if (format.parity != Parity::none)
         settings.c_cflag |= PARENB;
-    if (line.parity == Parity::odd)
+    if (format.parity == Parity::odd)
         settings.c_cflag |= PARODD;
-    if (line.stopBits == 2)
+    if (format.stopBits == 2)
         settings.c_cflag |= CSTOPB;
     cfsetispeed(&settings, speed);
     cfsetospeed(&settings, speed);
@@ -101,21 +101,21 @@ bool LinePort::openPseudoTerminal(const QString& link, QString* error)
     return true;
 }
 
-bool LinePort::openDevice(const QString& device, const LineSettings& line, QString* error)
+bool LinePort::openDevice(const QString& device, const SerialFormat& format, QString* error)
 {
     close();
-    const Speed* speed = speedOf(line.baudRate);
+    const Speed* speed = speedOf(format.baudRate);
     if (!speed) {
         if (error)
             *error = QStringLiteral("%1: %2 baud is no rate of a serial device")
                          .arg(device)
-                         .arg(line.baudRate);
+                         .arg(format.baudRate);
         return false;
     }
     m_device = device;
     m_descriptor =
         ::open(QFile::encodeName(device).constData(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
-    if (m_descriptor < 0 || !configure(m_descriptor, line, speed->code))
+    if (m_descriptor < 0 || !configure(m_descriptor, format, speed->code))
         return giveUp(device, error);
     tcflush(m_descriptor, TCIOFLUSH);
     return true;

@@ -5,7 +5,7 @@
 #include <QByteArray>
 #include <QString>
 
-#include "line/line_timing.h"
+#include "line/serial_format.h"
 
 namespace dov417::simulator {
 
@@ -18,7 +18,7 @@ public:
 
     // False, and a sentence in `error`, when it cannot be had; nothing stays open then.
     bool openPseudoTerminal(const QString& link, QString* error);
-    bool openDevice(const QString& device, const LineSettings& line, QString* error);
+    bool openDevice(const QString& device, const SerialFormat& format, QString* error);
     void close();
 
     bool isOpen() const;

@@ -8,6 +8,7 @@
 #include "line/wake_timer.h"
 #include "simulator/frame_collector.h"
 #include "simulator/line_port.h"
+#include "simulator/wire_clock.h"
 
 namespace dov417::simulator {
 
@@ -163,7 +164,7 @@ void LineServer::Private::receive()
         Arrival arrival{now, now, bytes};
         if (options.paced) {
             arrival.at = inward.transmit(now, bytes.size());
-            arrival.from = arrival.at - characterTime(options.line, bytes.size());
+            arrival.from = arrival.at - options.line.characters(bytes.size()).count();
         }
         arrivals.push_back(arrival);
         if (arrival.from < silentAt)
@@ -215,8 +216,8 @@ void LineServer::Private::collect(const Arrival& arrival)
         log(LineEvent::garbage, collector.takeRest(), QStringLiteral("bytes without a pause"));
     }
     const std::int64_t limit =
-        arrival.at +
-        std::max(frameSilence(options.line), options.leastSilenceMs * nanosecondsPerMillisecond);
+        arrival.at + std::max(options.line.interFrameDelay().count(),
+                              options.leastSilenceMs * nanosecondsPerMillisecond);
     const bool goesOn = !arrivals.empty() && arrivals.front().from < limit;
     silentAt = collector.isEmpty() || goesOn ? never : limit;
 }
@@ -251,7 +252,7 @@ void LineServer::Private::send(const QByteArray& request, const Answer& answer,
     }
     std::int64_t at = arrivedAt + options.turnaroundMs * nanosecondsPerMillisecond;
     if (options.paced)
-        at += frameSilence(options.line);
+        at += options.line.interFrameDelay().count();
     for (const Piece& piece : transmission.pieces) {
         at += piece.delayMs * nanosecondsPerMillisecond;
         Departure departure;
@@ -260,7 +261,7 @@ void LineServer::Private::send(const QByteArray& request, const Answer& answer,
         departure.endsReply = false;
         departures.push_back(departure);
         if (options.paced)
-            at += characterTime(options.line, piece.bytes.size());
+            at += options.line.characters(piece.bytes.size()).count();
     }
     Departure& last = departures.back();
     last.endsReply = true;

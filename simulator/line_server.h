@@ -31,7 +31,7 @@
 #include <cstdint>
 #include <memory>
 
-#include "line/line_timing.h"
+#include "line/serial_format.h"
 #include "simulator/controller.h"
 #include "simulator/faults.h"
 #include "simulator/line_event.h"
@@ -41,7 +41,7 @@ namespace dov417::simulator {
 struct LineServerOptions {
     QString device;       // serial device; empty: a pseudo-terminal of its own
     QString link;         // symbolic link to the pseudo-terminal; empty: none
-    LineSettings line;    // a serial device is set to it; else it tells how long a byte takes
+    SerialFormat line;    // a serial device is set to it; else it tells how long a byte takes
     bool paced = false;   // see above; leave it off on a real serial line
     int turnaroundMs = 0; // what the controller takes before it answers
     // Bytes come with the hiccups of the sender's process, not with the evenness of a wire: an

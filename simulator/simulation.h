@@ -36,7 +36,7 @@ struct SimulationOptions {
     std::vector<int> stations = {1};
     QString device;           // serial device; empty: a pseudo-terminal
     QString link;             // --link PATH
-    LineSettings line;        // --line
+    SerialFormat line;        // --line
     bool baudLimit = false;   // --baud-limit
     int turnaroundMs = 0;     // --turnaround
     bool strict = false;      // 125 registers, 2000 coils and no more

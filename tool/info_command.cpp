@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <memory>
 
+#include "driver/default_line.h"
 #include "driver/registers.h"
 
 namespace dov417 {

@@ -72,7 +72,7 @@ LiveLine::LiveLine(const Library& library, const LineOptions& options,
     if (!options.log.empty()) {
         areas_ = learnAreas(library);
         log_.open(options.log);
-        log_.remark("port " + port_ + ", line " + toText(wireFormat(library, options)));
+        log_.remark("port " + port_ + ", line " + toText(serialFormat(library, options)));
     }
     portTimer_.setSingleShot(true);
     QObject::connect(&portTimer_, &QTimer::timeout, &portTimer_, [this]() {
@@ -85,7 +85,7 @@ LineSettings LiveLine::lineSettings() const
 {
     LineSettings settings;
     settings.device = QString::fromStdString(port_);
-    settings.wire = wireFormat(library_, options_);
+    settings.wire = serialFormat(library_, options_);
     settings.timeout = std::chrono::milliseconds(options_.timeoutMs);
     settings.turnaround = options_.broadcastTurnaround();
     return settings;

@@ -3,6 +3,9 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 
+#include "driver/default_line.h"
+#include "line/failure.h"
+
 namespace dov417 {
 
 namespace {
@@ -28,7 +31,7 @@ void addLineOptions(CLI::App& command, LineOptions& options)
         ->group(lineGroup)
         ->check([](const std::string& text) {
             try {
-                parseWireFormat(text);
+                parseRtuFormat(text);
             } catch (const UsageFailure& failure) {
                 return std::string(failure.what());
             }
@@ -83,9 +86,9 @@ void addLineOptions(CLI::App& command, LineOptions& options)
         ->group(lineGroup);
 }
 
-WireFormat wireFormat(const Library& library, const LineOptions& options)
+SerialFormat serialFormat(const Library& library, const LineOptions& options)
 {
-    return parseWireFormat(options.line.empty() ? defaultLine(library) : options.line);
+    return parseRtuFormat(options.line.empty() ? defaultLine(library) : options.line);
 }
 
 void addTagOption(CLI::App& command, std::string& tags)

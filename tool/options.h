@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "driver/library.h"
-#include "line/wire.h"
+#include "line/serial_format.h"
 #include "text/values.h"
 
 namespace CLI {
@@ -53,7 +53,7 @@ struct LineOptions {
 void addLineOptions(CLI::App& command, LineOptions& options);
 
 // --line, or the library's own.
-WireFormat wireFormat(const Library& library, const LineOptions& options);
+SerialFormat serialFormat(const Library& library, const LineOptions& options);
 
 struct ItemOptions {
     std::vector<std::string> arguments; // addresses or tag names

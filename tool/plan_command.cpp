@@ -4,7 +4,9 @@
 #include <cstdio>
 #include <memory>
 
-#include "line/line_log.h"
+#include "driver/registers.h"
+#include "line/failure.h"
+#include "line/frame_text.h"
 #include "session/items.h"
 #include "session/planning.h"
 
@@ -19,9 +21,9 @@ struct PlanOptions {
     ItemOptions items;
 };
 
-double milliseconds(microseconds time)
+double milliseconds(std::chrono::duration<double, std::milli> time)
 {
-    return static_cast<double>(time.count()) / 1000.0;
+    return time.count();
 }
 
 std::string count(int number, const std::string& what)
@@ -43,11 +45,11 @@ std::string wordsText(const Stretch& stretch)
     return wordsText(stretch.station, name, stretch.first, stretch.count);
 }
 
-void printLine(const WireFormat& wire, microseconds turnaround)
+void printLine(const SerialFormat& wire, microseconds turnaround)
 {
     std::printf("line %s: %d bits a character, %.3f ms; silence %.3f ms; turnaround %.3f ms\n",
                 toText(wire).c_str(), wire.bitsPerCharacter(), milliseconds(wire.characters(1)),
-                milliseconds(wire.silence()), milliseconds(turnaround));
+                milliseconds(wire.interFrameDelay()), milliseconds(turnaround));
 }
 
 void printPlan(const Plan& plan, int gap)
@@ -122,7 +124,7 @@ void printOutcomes(const std::vector<GapOutcome>& outcomes)
 int runPlan(const PlanOptions& options)
 {
     const Library library(options.line.library);
-    const WireFormat wire = wireFormat(library, options.line);
+    const SerialFormat wire = serialFormat(library, options.line);
     const microseconds turnaround =
         std::chrono::milliseconds(options.line.turnaroundMs.value_or(0));
     const std::vector<Item> items = Items(library, options.items).chosen(Access::read);

@@ -41,14 +41,8 @@ simulator::SimulationOptions toSimulation(const SimulateOptions& options)
     simulator::SimulationOptions simulation = options.simulation;
     simulation.device = QString::fromStdString(options.device);
     simulation.link = QString::fromStdString(options.link);
-    if (!options.line.empty()) {
-        QString error;
-        const auto line =
-            simulator::parseLineSettings(QString::fromStdString(options.line), &error);
-        if (!line)
-            throw UsageFailure(error.toStdString());
-        simulation.line = *line;
-    }
+    if (!options.line.empty())
+        simulation.line = parseSerialFormat(options.line);
     simulation.faults = toList(options.faults);
     simulation.hold = toList(options.hold);
     simulation.set = toList(options.set);

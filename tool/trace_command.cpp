@@ -9,6 +9,8 @@
 #include <memory>
 
 #include "driver/areas.h"
+#include "line/conversation.h"
+#include "line/failure.h"
 #include "line/frame_text.h"
 #include "line/line_log.h"
 
@@ -29,12 +31,11 @@ struct TraceCounts {
     long long unreadable = 0;
 };
 
-// Explains entry after entry; a reply is explained by the request before it.
 class Tracer {
 public:
-    explicit Tracer(const std::vector<Area>& areas) : areas_(areas) {}
+    explicit Tracer(const std::vector<Area>& areas) : conversation_(areas) {}
 
-    // With the time since the entry before, in milliseconds.
+    // Prints the entry with the milliseconds since the one before.
     void explain(const LogEntry& entry)
     {
         const double since =
@@ -61,14 +62,13 @@ private:
         switch (entry.direction) {
         case Direction::sent:
             ++counts_.requests;
-            request_ = entry.bytes;
-            return "-> " + requestText(entry.bytes, areas_);
+            return "-> " + conversation_.request(entry.bytes);
         case Direction::received:
             ++counts_.replies;
-            return "<- " + replyText(entry.bytes, request_, areas_);
+            return "<- " + conversation_.reply(entry.bytes);
         case Direction::stray:
             ++counts_.strays;
-            return "<? thrown away: " + replyText(entry.bytes, request_, areas_) +
+            return "<? thrown away: " + conversation_.reply(entry.bytes) +
                    (entry.meaning.empty() ? "" : " [" + entry.meaning + "]");
         case Direction::note:
             ++counts_.notes;
@@ -77,8 +77,7 @@ private:
         return std::string();
     }
 
-    std::vector<Area> areas_;
-    QByteArray request_;
+    Conversation conversation_;
     LogTime last_{};
     bool isFirst_ = true;
     TraceCounts counts_;

@@ -6,22 +6,11 @@ namespace dov417 {
 
 namespace {
 
-const int bitsPerWord = 16;
 const int readCoils = 1;
 
 int number(unsigned char high, unsigned char low)
 {
     return high * 256 + low;
-}
-
-std::string range(const std::string& name, const std::string& first, const std::string& last)
-{
-    return name + ":" + first + (first == last ? std::string() : ".." + last);
-}
-
-std::string bitNumber(int bit)
-{
-    return std::to_string(bit / bitsPerWord) + "." + std::to_string(bit % bitsPerWord);
 }
 
 } // namespace
@@ -55,24 +44,6 @@ std::vector<Area> learnAreas(const Library& library)
     int result = 0;
     library.intf_initProperty(nullptr, 0, nullptr, &result, "0#0#0#1#1", nullptr);
     return areas;
-}
-
-std::string areaText(const std::vector<Area>& areas, bool coils, int first, int count)
-{
-    for (const Area& area : areas) {
-        const int units = coils ? area.words * bitsPerWord : area.words;
-        const int from = first - area.base;
-        const int last = from + count - 1;
-        if (area.coils != coils || from < 0 || count < 1 || last >= units)
-            continue;
-        if (!coils)
-            return range(area.regName, std::to_string(from), std::to_string(last));
-        if (from % bitsPerWord == 0 && count % bitsPerWord == 0)
-            return range(area.regName, std::to_string(from / bitsPerWord),
-                         std::to_string(last / bitsPerWord));
-        return range(areaOf(area.regName) + "_bit", bitNumber(from), bitNumber(last));
-    }
-    return std::string();
 }
 
 } // namespace dov417

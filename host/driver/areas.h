@@ -1,28 +1,17 @@
-// Where the controller's areas lie on the line: which function reads them, from which number on.
+// Where the controller's areas lie on the line, learned from the driver.
 #ifndef DOV417_DRIVER_AREAS_H
 #define DOV417_DRIVER_AREAS_H
 
-#include <string>
 #include <vector>
 
 #include "driver/library.h"
+#include "line/areas.h"
 
 namespace dov417 {
 
-struct Area {
-    std::string regName; // its word type: "M_W", "R_W", "T"
-    bool coils;          // read with function 1, 16 coils a word; else registers with function 3
-    int base;            // coil or register number of word 0
-    int words;           // words 0 to words - 1 exist
-};
-
-// Asks the driver: one read of each word type is framed, and the frame says it. Resets the driver;
-// to be called before it is configured.
+// One read of each word type is framed, and the frame tells which function reads the area and from
+// which number on. Resets the driver; to be called before it is configured.
 std::vector<Area> learnAreas(const Library& library);
-
-// "R_W:100..107" for registers, "M_W:2..4" or "M_bit:2.5..3.1" for coils; empty where the numbers
-// are not all in one area.
-std::string areaText(const std::vector<Area>& areas, bool coils, int first, int count);
 
 } // namespace dov417
 

@@ -49,11 +49,11 @@ QString whyNotOpened(const QString& device, const QString& systemText)
     return QStringLiteral("port %1 cannot be used: %2").arg(device, systemText);
 }
 
-QSerialPort::Parity parityOf(char letter)
+QSerialPort::Parity parityOf(Parity parity)
 {
-    return letter == 'E'   ? QSerialPort::EvenParity
-           : letter == 'O' ? QSerialPort::OddParity
-                           : QSerialPort::NoParity;
+    return parity == Parity::even  ? QSerialPort::EvenParity
+           : parity == Parity::odd ? QSerialPort::OddParity
+                                   : QSerialPort::NoParity;
 }
 
 } // namespace
@@ -129,8 +129,8 @@ bool SerialLine::tryOpen(QString* reason)
         return false;
     }
     port_->clear();
-    frameGap_ = keepsGaps(settings_.device) ? settings_.wire.silence()
-                                            : std::max(blockwiseGap, settings_.wire.silence());
+    const Micros delay = std::chrono::round<Micros>(settings_.wire.interFrameDelay());
+    frameGap_ = keepsGaps(settings_.device) ? delay : std::max(blockwiseGap, delay);
     state_ = State::idle;
     lastActivity_ = Clock::now();
     unanswered_.clear();
@@ -161,7 +161,7 @@ bool SerialLine::applyFormat(QString* reason)
                 .arg(settings_.device)
                 .arg(settings_.wire.baudRate)
                 .arg(settings_.wire.dataBits)
-                .arg(QLatin1Char(settings_.wire.parity))
+                .arg(QLatin1Char(static_cast<char>(settings_.wire.parity)))
                 .arg(settings_.wire.stopBits)
                 .arg(port_->errorString());
     return taken;
@@ -207,7 +207,7 @@ void SerialLine::beginSilence()
 Clock::time_point SerialLine::earliestStart()
 {
     const Clock::time_point now = Clock::now();
-    Clock::time_point start = lastActivity_ + settings_.wire.silence();
+    Clock::time_point start = lastActivity_ + settings_.wire.interFrameDelay();
     for (int i = unanswered_.size() - 1; i >= 0; --i) {
         const Unanswered& earlier = unanswered_.at(i);
         if (earlier.expires <= now)
@@ -233,7 +233,7 @@ void SerialLine::transmit()
         return;
     }
     collector_.begin(request_, replyLength_);
-    const Micros duration = settings_.wire.characters(request_.size());
+    const Micros duration = std::chrono::round<Micros>(settings_.wire.characters(request_.size()));
     transmissionEnd_ = now + duration;
     lastActivity_ = transmissionEnd_;
     wireTime_ += duration;
@@ -273,7 +273,7 @@ void SerialLine::bytesCame()
     if (bytes.isEmpty())
         return;
     lastActivity_ = Clock::now();
-    wireTime_ += settings_.wire.characters(bytes.size());
+    wireTime_ += std::chrono::round<Micros>(settings_.wire.characters(bytes.size()));
     switch (state_) {
     case State::closed:
         break;

@@ -14,8 +14,8 @@
 #include <memory>
 
 #include "line/clock.h"
+#include "line/serial_format.h"
 #include "line/wake_timer.h"
-#include "line/wire.h"
 #include "link/reply_collector.h"
 
 class QSerialPort;
@@ -24,7 +24,7 @@ namespace dov417 {
 
 struct LineSettings {
     QString device;
-    WireFormat wire;
+    SerialFormat wire;
     Micros timeout{500000};    // from the end of the request to the first byte of the reply
     Micros turnaround{100000}; // what controllers need to digest a broadcast
 };

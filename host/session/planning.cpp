@@ -64,7 +64,7 @@ QByteArray madeUpReply(const FRAME_PRO& frame)
     return withCrc(reply);
 }
 
-PlannedRequest plannedRequest(const FRAME_PRO& frame, const WireFormat& wire,
+PlannedRequest plannedRequest(const FRAME_PRO& frame, const SerialFormat& wire,
                               microseconds turnaround)
 {
     PlannedRequest request;
@@ -74,7 +74,8 @@ PlannedRequest plannedRequest(const FRAME_PRO& frame, const WireFormat& wire,
     request.length = frame.request.length;
     request.bytes = QByteArray(reinterpret_cast<const char*>(frame.frame), frame.sendLength);
     request.replyLength = frame.replyLength;
-    request.time = wire.transaction(frame.sendLength, frame.replyLength, turnaround);
+    request.time = std::chrono::round<microseconds>(
+        wire.transaction(frame.sendLength, frame.replyLength, turnaround));
     return request;
 }
 
@@ -154,7 +155,7 @@ bool PlannedRequest::isAboveLimit() const
 }
 
 Planner::Planner(const Library& library, const std::vector<Address>& addresses,
-                 const WireFormat& wire, microseconds turnaround)
+                 const SerialFormat& wire, microseconds turnaround)
     : library_(library), addresses_(addresses), wire_(wire), turnaround_(turnaround)
 {
 }

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "driver/library.h"
-#include "line/wire.h"
+#include "line/serial_format.h"
 #include "text/addresses.h"
 
 namespace dov417 {
@@ -24,7 +24,7 @@ struct PlannedRequest {
     int length;
     QByteArray bytes;
     int replyLength;
-    std::chrono::microseconds time; // on the wire, silences and turnaround included
+    std::chrono::microseconds time; // on the wire, inter-frame delays and turnaround included
 
     int coils() const; // 0 for registers
     bool isAboveLimit() const;
@@ -55,7 +55,7 @@ struct Stretch {
 
 class Planner {
 public:
-    Planner(const Library& library, const std::vector<Address>& addresses, const WireFormat& wire,
+    Planner(const Library& library, const std::vector<Address>& addresses, const SerialFormat& wire,
             std::chrono::microseconds turnaround);
 
     // Configures the driver anew, plans, and walks the plan once with made-up replies.
@@ -74,7 +74,7 @@ public:
 private:
     const Library& library_;
     std::vector<Address> addresses_;
-    WireFormat wire_;
+    SerialFormat wire_;
     std::chrono::microseconds turnaround_;
 };
 

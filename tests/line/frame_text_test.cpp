@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "line/crc16.h"
-#include "loaded_library.h"
 
 namespace dov417 {
 
@@ -28,6 +27,12 @@ std::string request(const char* withoutCrc)
 std::string reply(const char* withoutCrc, const char* requestWithoutCrc)
 {
     return replyText(withCrc(bytes(withoutCrc)), withCrc(bytes(requestWithoutCrc)), areas);
+}
+
+TEST(FrameText, BytesAreWrittenAsHex)
+{
+    EXPECT_EQ(hexText(bytes("01 0a FF")), "01 0A FF");
+    EXPECT_EQ(hexText(QByteArray()), "");
 }
 
 TEST(FrameText, CrcIsThatOfModbus)
@@ -169,20 +174,6 @@ TEST(FrameText, AnyBytesOfAnyLengthGetAText)
                 EXPECT_NE(replyText(sound, frame, areas), "");
                 EXPECT_NE(replyText(sound, sound, areas), "");
             }
-}
-
-using AreasOfLibrary = LoadedLibrary;
-
-TEST_F(AreasOfLibrary, AreLearntFromTheFramesOfTheDriver)
-{
-    std::vector<std::string> found;
-    for (const Area& area : learnAreas(library))
-        found.push_back(area.regName + (area.coils ? " coils " : " registers ") +
-                        std::to_string(area.base) + " " + std::to_string(area.words));
-    EXPECT_THAT(found, ::testing::ElementsAre("I_W coils 0 128", "Q_W coils 2048 128",
-                                              "M_W coils 4096 128", "R_W registers 1280 4000",
-                                              "T registers 384 128", "C registers 512 128"));
-    EXPECT_EQ(library.driver->readList.size(), 0);
 }
 
 } // namespace

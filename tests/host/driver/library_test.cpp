@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 
+#include "driver/default_line.h"
 #include "driver/registers.h"
 #include "loaded_library.h"
 
@@ -45,6 +46,13 @@ TEST(LibraryLoading, SaysWhatALibraryLacks)
     ASSERT_NE(dladdr(reinterpret_cast<void*>(&dlclose), &info), 0);
     EXPECT_THAT(complaint([&] { Library library(info.dli_fname); }),
                 HasSubstr("is no driver library: it does not export intf_getVersion"));
+}
+
+using DefaultLine = LoadedLibrary;
+
+TEST_F(DefaultLine, IsWhatTheLibraryReportsAsItsOwn)
+{
+    EXPECT_EQ(defaultLine(library), "38400,8,EVEN,1");
 }
 
 using Registers = LoadedLibrary;

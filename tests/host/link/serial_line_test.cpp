@@ -84,7 +84,7 @@ protected:
     }
 
     PtySlave slave;
-    WireFormat wire;
+    SerialFormat wire;
     Micros turnaround = milliseconds(1);
     std::unique_ptr<SerialLine> line;
     QByteArray received;
@@ -177,7 +177,7 @@ TEST_F(OnALine, ALineThatNeverFallsSilentIsNotWaitedForForEver)
 
 TEST_F(OnALine, BytesSentAndBytesReceivedTakeTimeOnTheWire)
 {
-    wire = {10000, 8, 'N', 1}; // 1 ms a character
+    wire = {10000, 8, Parity::none, 1}; // 1 ms a character
     open(forEver);
     answerWith({{firstReply}});
     begin(firstRead, replyLength);

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <random>
 
-#include "line/line_log.h"
+#include "line/frame_text.h"
 #include "loaded_library.h"
 
 namespace dov417 {
@@ -21,7 +21,7 @@ protected:
         std::vector<Address> addresses;
         for (const char* text : texts)
             addresses.push_back(parseAddress(library, text));
-        return Planner(library, addresses, WireFormat(), microseconds(0));
+        return Planner(library, addresses, SerialFormat(), microseconds(0));
     }
 };
 
@@ -70,7 +70,7 @@ TEST_F(Planning, EachRequestCarriesItsBytesAndItsTime)
 TEST_F(Planning, TheTurnaroundIsPaidOnceARequest)
 {
     const Planner slow(library, {parseAddress(library, "R_W:1"), parseAddress(library, "T:1")},
-                       WireFormat(), microseconds(5000));
+                       SerialFormat(), microseconds(5000));
     EXPECT_EQ(slow.plan(10).cycle, microseconds(2 * (7797 + 5000)));
 }
 
@@ -168,7 +168,7 @@ TEST_F(Planning, NoGapIsMissed)
         for (int i = between(2, 8); i > 0; --i)
             addresses.push_back({1, "R_W", Width::word, between(0, 400),
                                  between(0, 3) > 0 ? between(1, 12) : between(1, 300)});
-        const Planner plans(library, addresses, WireFormat(), microseconds(0));
+        const Planner plans(library, addresses, SerialFormat(), microseconds(0));
         std::vector<int> starts;
         std::vector<std::string> before;
         for (int gap = 0; gap <= 130; ++gap) {

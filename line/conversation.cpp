@@ -1,0 +1,20 @@
+#include "line/conversation.h"
+
+#include "line/frame_text.h"
+
+namespace dov417 {
+
+Conversation::Conversation(const std::vector<Area>& areas) : areas_(areas) {}
+
+std::string Conversation::request(const QByteArray& frame)
+{
+    request_ = frame;
+    return requestText(frame, areas_);
+}
+
+std::string Conversation::reply(const QByteArray& frame) const
+{
+    return replyText(frame, request_, areas_);
+}
+
+} // namespace dov417
