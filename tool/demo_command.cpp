@@ -57,7 +57,12 @@ const char* const watched[] = {"1/I_bit:0.0..0.3",
                                "2/C:1"};
 
 // Timers and counters that do not run by themselves, so that what is written stays.
-const std::vector<std::string> controllerOptions = {"--hold", "1/T:100", "--hold", "1/C:100"};
+simulator::SimulationOptions controllerOptions()
+{
+    simulator::SimulationOptions options;
+    options.hold = {"1/T:100", "1/C:100"};
+    return options;
+}
 
 double secondsOf(const timeval& time)
 {
@@ -89,7 +94,7 @@ class Demo {
 public:
     Demo(const Library& library, const DemoOptions& options, const std::vector<Item>& items)
         : labels_(labelViews(library, items)), addresses_(addressesOf(items)),
-          live_(library, options.line, items, controllerOptions),
+          live_(library, options.line, items, controllerOptions()),
           round_(library, live_.session(), [this]() { roundEnded(); })
     {
         const bool untilAsked = options.seconds <= 0 && Screen::isTerminal();

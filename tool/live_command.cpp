@@ -20,12 +20,12 @@ std::set<int> stationsOf(const std::vector<Item>& items)
 
 LiveCommand::LiveCommand(const Library& library, const LineOptions& options,
                          const std::vector<Item>& items,
-                         const std::vector<std::string>& controllerOptions)
+                         const simulator::SimulationOptions& controller)
     : options_(options), shutdown_([this]() {
           interruption_ = "interrupted";
           end();
       }),
-      line_(library, options, stationsOf(items), controllerOptions),
+      line_(library, options, stationsOf(items), controller),
       session_(library, sessionSettings(options))
 {
     portTimer_.setSingleShot(true);

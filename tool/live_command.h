@@ -24,7 +24,7 @@ class LiveCommand {
 public:
     // An own controller gets the stations that the items name.
     LiveCommand(const Library& library, const LineOptions& options, const std::vector<Item>& items,
-                const std::vector<std::string>& controllerOptions = {});
+                const simulator::SimulationOptions& controller = {});
 
     Session& session();
     // Opens the line. Throws a Failure if it cannot be had.

@@ -4,8 +4,10 @@
 #include <clocale>
 #include <cstdio>
 #include <exception>
+#include <optional>
 
 #include "line/failure.h"
+#include "live/child_program.h"
 #include "tool/commands.h"
 
 using namespace dov417;
@@ -68,6 +70,8 @@ int run(int argc, char** argv)
 
 int main(int argc, char** argv)
 {
+    if (const std::optional<int> code = runAsChild(argc, argv))
+        return *code;
     try {
         return run(argc, argv);
     } catch (const UsageFailure& failure) {

@@ -6,26 +6,23 @@ namespace dov417 {
 
 namespace {
 
-std::vector<std::string> controllerArguments(const LineSetup& setup, std::set<int> stations,
-                                             const std::vector<std::string>& further)
+simulator::SimulationOptions controllerFor(const LineSetup& setup, std::set<int> stations,
+                                           simulator::SimulationOptions controller)
 {
     stations.insert(1);
-    std::string list;
-    for (const int station : stations)
-        if (station > 0)
-            list += (list.empty() ? "" : ",") + std::to_string(station);
+    stations.erase(0);
+    controller.stations.assign(stations.begin(), stations.end());
     // At the line's speed, so that what is counted here is what a wire would give.
-    std::vector<std::string> arguments = {"--baud-limit", "--stations", list};
+    controller.baudLimit = true;
     if (!setup.line.empty())
-        arguments.insert(arguments.end(), {"--line", setup.line});
-    arguments.insert(arguments.end(), further.begin(), further.end());
-    return arguments;
+        controller.line = parseRtuFormat(setup.line);
+    return controller;
 }
 
 } // namespace
 
 LiveLine::LiveLine(const Library& library, const LineSetup& setup, const std::set<int>& stations,
-                   const std::vector<std::string>& controllerOptions)
+                   const simulator::SimulationOptions& controller)
 {
     if (setup.simulated && !setup.port.empty())
         throw UsageFailure("--port and --simulated exclude each other");
@@ -34,8 +31,8 @@ LiveLine::LiveLine(const Library& library, const LineSetup& setup, const std::se
                            "controller of the tool's own");
     std::string port = setup.port;
     if (setup.simulated) {
-        controller_ = std::make_unique<ControllerProcess>(
-            controllerArguments(setup, stations, controllerOptions));
+        controller_ =
+            std::make_unique<ControllerProcess>(controllerFor(setup, stations, controller));
         port = controller_->port();
     }
     settings_.device = QString::fromStdString(port);
