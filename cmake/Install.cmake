@@ -28,17 +28,23 @@ install(FILES
 install(EXPORT dov417modbusTargets NAMESPACE dov417modbus::
   DESTINATION ${dov417_cmake_dir} COMPONENT development)
 
+# From the file's own place to the prefix, which --prefix may still change when it is installed.
+file(RELATIVE_PATH dov417_up ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 configure_file(cmake/dov417modbus.pc.in dov417modbus.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/dov417modbus.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 
 if(TARGET dov417)
   install(TARGETS dov417 RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tool)
+  # Made here and not by the build, so that whatever was built can be installed. Its footer tells the
+  # version.
   set(manual ${CMAKE_CURRENT_BINARY_DIR}/dov417.1)
-  configure_file(tool/dov417.1 ${manual} @ONLY)
-  add_custom_command(OUTPUT ${manual}.gz DEPENDS ${manual} VERBATIM
-    COMMAND gzip --best --no-name --stdout ${manual} > ${manual}.gz)
-  add_custom_target(dov417_manual ALL DEPENDS ${manual}.gz)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS tool/dov417.1)
+  file(READ tool/dov417.1 text)
+  string(REPLACE "\"dov417\" \"User Commands\"" "\"dov417 ${PROJECT_VERSION}\" \"User Commands\""
+    text "${text}")
+  file(WRITE ${manual} "${text}")
+  execute_process(COMMAND gzip --best --no-name --force ${manual} COMMAND_ERROR_IS_FATAL ANY)
   install(FILES ${manual}.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tool)
   install(FILES packaging/dov417.bash RENAME dov417 COMPONENT tool
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)

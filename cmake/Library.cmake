@@ -69,7 +69,8 @@ target_include_directories(dov417modbus PUBLIC
   $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/dov417modbus>)
 target_link_options(dov417modbus PRIVATE
   -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map
-  -Wl,--no-undefined-version -Wl,-z,relro -Wl,-z,now)
+  -Wl,--no-undefined-version)
+target_link_libraries(dov417modbus PRIVATE $<BUILD_INTERFACE:dov417_hardened>)
 set_target_properties(dov417modbus PROPERTIES
   VERSION ${PROJECT_VERSION}
   SOVERSION ${PROJECT_VERSION_MAJOR}

@@ -1,11 +1,13 @@
 #include "driver/library.h"
 
+#include <QtGlobal>
 #include <dlfcn.h>
 #include <filesystem>
 #include <link.h>
 #include <stdexcept>
 #include <vector>
 
+#include "driver/needed_libraries.h"
 #include "line/failure.h"
 
 namespace dov417 {
@@ -37,8 +39,21 @@ std::string reason()
     return text ? text : "unknown reason";
 }
 
+// Texts and lists go to the library and back: with another Qt's they would be read as what they are
+// not. To be asked before the library's code runs.
+void refuseAnotherQt(const std::string& file)
+{
+    const int generation = qtGeneration(neededLibraries(file));
+    if (generation != 0 && generation != QT_VERSION_MAJOR)
+        throw Failure("cannot load the driver library: " + file + " is made for Qt " +
+                      std::to_string(generation) + ", this program for Qt " +
+                      std::to_string(QT_VERSION_MAJOR) +
+                      "; both have to be built with the same Qt.");
+}
+
 void* open(const std::string& file)
 {
+    refuseAnotherQt(file);
     return dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
 }
 
@@ -83,6 +98,12 @@ Library::Library(const std::string& path)
                           reason() + ").\nName the file with --library PATH.");
     }
     path_ = fileOf(handle_, path);
+    try {
+        refuseAnotherQt(path_); // where the linker found it, we see the file only now
+    } catch (const Failure&) {
+        dlclose(handle_);
+        throw;
+    }
 
     const auto resolve = [this](const char* name) {
         void* symbol = dlsym(handle_, name);

@@ -43,7 +43,7 @@ if(out MATCHES "R(UN)?PATH")
 endif()
 
 # A host by way of the CMake package ...
-run(${CMAKE_COMMAND} -S ${SOURCE}/examples -B ${host} -G Ninja
+run(${CMAKE_COMMAND} -S ${SOURCE}/examples -B ${host} -G "${GENERATOR}"
   -DCMAKE_TOOLCHAIN_FILE=${CMAKE_TOOLCHAIN_FILE} -DDOV417_SYSROOT=${SYSROOT}
   -DCMAKE_CXX_COMPILER=${CXX} -DCMAKE_CXX_FLAGS=-fPIC -DQT_QMAKE_EXECUTABLE=${QMAKE}
   -Ddov417modbus_DIR=${root}${PREFIX}/${LIBDIR}/cmake/dov417modbus)
@@ -54,15 +54,40 @@ if(NOT out MATCHES "version ${VERSION}\n")
   message(FATAL_ERROR "the host did not see version ${VERSION}:\n${out}")
 endif()
 
-# ... and what pkg-config says, which knows the directories of the machine it runs on only.
+# Everything, the tool too, into another prefix than the configured one.
+set(moved ${root}/moved)
+run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${moved})
+if(TOOL)
+  foreach(file bin/dov417 share/man/man1/dov417.1.gz share/bash-completion/completions/dov417)
+    if(NOT EXISTS ${moved}/${file})
+      message(FATAL_ERROR "the tool's ${file} was not installed")
+    endif()
+  endforeach()
+  run(gzip --decompress --stdout ${moved}/share/man/man1/dov417.1.gz)
+  if(NOT out MATCHES "^\\.TH [^\n]*\"dov417 ${VERSION}\"")
+    message(FATAL_ERROR "the manual page does not tell the version ${VERSION}")
+  endif()
+  run(${READELF} --dynamic ${moved}/bin/dov417)
+  if(out MATCHES "R(UN)?PATH")
+    message(FATAL_ERROR "the installed tool carries a run path:\n${out}")
+  endif()
+endif()
+
+# ... what pkg-config says there, which knows the directories of the machine it runs on only.
 if(NOT CMAKE_TOOLCHAIN_FILE AND NOT QT STREQUAL "4")
-  set(ENV{PKG_CONFIG_PATH} ${root}${PREFIX}/${LIBDIR}/pkgconfig)
+  set(ENV{PKG_CONFIG_PATH} ${moved}/${LIBDIR}/pkgconfig)
   run(pkg-config --modversion dov417modbus)
   if(NOT out STREQUAL "${VERSION}\n")
     message(FATAL_ERROR "pkg-config names version ${out}")
   endif()
   run(pkg-config --cflags --libs dov417modbus)
-  if(NOT out MATCHES "-I${PREFIX}/include/dov417modbus .*-ldov417modbus .*-lQt${QT}Core")
+  if(NOT out MATCHES "^-I([^ ]*/include/dov417modbus) .*-L([^ ]*) -ldov417modbus .*-lQt${QT}Core")
     message(FATAL_ERROR "pkg-config says ${out}")
   endif()
+  foreach(file ${CMAKE_MATCH_1}/intf.h ${CMAKE_MATCH_2}/libdov417modbus.so)
+    cmake_path(NORMAL_PATH file)
+    if(NOT EXISTS ${file} OR NOT file MATCHES "^${moved}/")
+      message(FATAL_ERROR "pkg-config leads to ${file}, not into ${moved}")
+    endif()
+  endforeach()
 endif()

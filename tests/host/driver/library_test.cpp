@@ -10,6 +10,7 @@ namespace dov417 {
 
 namespace {
 
+using ::testing::AllOf;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
@@ -37,6 +38,15 @@ TEST(LibraryLoading, SaysWhichFileItCannotLoad)
 {
     EXPECT_THAT(complaint([] { Library("/no/such/library.so"); }),
                 HasSubstr("cannot load the driver library: /no/such/library.so"));
+}
+
+TEST(LibraryLoading, RefusesALibraryOfAnotherQt)
+{
+    // Its constructor would end the process.
+    EXPECT_THAT(
+        complaint([] { Library(DOV417_OTHER_QT_LIBRARY); }),
+        AllOf(HasSubstr(DOV417_OTHER_QT_LIBRARY " is made for Qt "),
+              HasSubstr(", this program for Qt " + std::to_string(QT_VERSION_MAJOR) + ";")));
 }
 
 TEST(LibraryLoading, SaysWhatALibraryLacks)
