@@ -23,7 +23,7 @@ constexpr double defaultSeconds = 5;
 
 struct DemoOptions {
     LineOptions line;
-    double seconds = 0; // 0: until Ctrl-C on a terminal, else the usual
+    double seconds = 0; // 0: until Ctrl-C on a terminal, else the default
 };
 
 // Every register type, live values and plain memory, in two stations.

@@ -9,9 +9,7 @@ namespace dov417 {
 
 namespace {
 
-constexpr std::size_t downloadFlag = 60115;
-constexpr std::size_t uploadFlag = 60116;
-constexpr std::size_t blockSize = uploadFlag + 1;
+constexpr std::size_t blockSize = uploadFlagOffset + 1;
 constexpr std::size_t bufferWords = 65536;
 
 _RCP_VAR_PRO recordOf(const RecipeRecord& place)
@@ -58,7 +56,7 @@ void RecipeTransfer::start(const RecipeLayout& layout, RecipeDirection direction
     }
     done_ = std::move(done);
     underWay_ = true;
-    flag_ = direction == RecipeDirection::upload ? uploadFlag : downloadFlag;
+    flag_ = direction == RecipeDirection::upload ? uploadFlagOffset : downloadFlagOffset;
     words_ = layout.bufferWords;
     std::fill(buffer_.begin(), buffer_.end(), static_cast<unsigned short>(0));
     std::copy_n(words.begin(), std::min(words.size(), buffer_.size()), buffer_.begin());
