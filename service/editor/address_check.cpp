@@ -18,7 +18,7 @@ CheckCode check(const AddressQuestion& asked, int* address)
 {
     int unused = 0;
     int& value = address != 0 ? *address : unused;
-    const int index = indexOfName(asked.regName);
+    const int index = getIndexFromRegName(asked.regName);
     if (index >= 0) {
         return checkAgainst(asked, registerType(index), ADDRESS_RANGE_PRO[index], value);
     }
@@ -116,7 +116,7 @@ int intf_getRegListByType(int kind, QStringList* list)
 
 int intf_getRegDiscription(QString regName, QStringList* list)
 {
-    const int index = indexOfName(regName);
+    const int index = getIndexFromRegName(regName);
     if (index >= 0 && list != 0) {
         describe(registerType(index), ADDRESS_RANGE_PRO[index], *list);
     }

@@ -1,6 +1,6 @@
 #include "link/response_handling.h"
 
-#include "cache/writing_values.h"
+#include "cache/data_areas.h"
 #include "intf.h"
 #include "link/decoding.h"
 #include "link/error_text.h"
