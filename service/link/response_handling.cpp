@@ -15,6 +15,8 @@
 
 namespace {
 
+const QByteArray nothingReceived;
+
 // First the cache, then the host's buffer. The request is a copy: a callback may drop the frame.
 void decodeUpload(const RegisterType& type, const QByteArray& reply, int count, int position,
                   VARIABLE request)
@@ -139,8 +141,7 @@ int intf_dealRcvFrame(QByteArray* reply, QString* errorText)
         }
         return replyNothingOutstanding;
     }
-    const QByteArray nothing;
-    const QByteArray& received = reply != 0 ? *reply : nothing;
+    const QByteArray& received = reply != 0 ? *reply : nothingReceived;
     if (errorText != 0) {
         *errorText = getErrorInfo(received);
     }
