@@ -59,8 +59,8 @@ int numberOf(const QString& text, bool& ok, int radix)
     return text.trimmed().toInt(&ok, radix);
 }
 
-// The bit part is not checked: "3.16" is "4.0" to the controllers' own editors too. The range
-// check tells what lies outside the register type.
+// The bit part is not checked: "3.16" is "4.0", and "3.-1" is "2.15". The range check tells what
+// lies outside the register type.
 int addr_str2int(QString text, QString regName)
 {
     if (!isBitRegister(regName)) {

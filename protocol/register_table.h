@@ -47,7 +47,7 @@ struct RegisterType {
     int unitBits;
     int timerCounter;
     bool bitNamed;     // the name contains "_bit"
-    bool lowByteFirst; // of a word in a reply: the areas of coils, whose first is bit 0
+    bool lowByteFirst; // in a reply: coils arrive with the first one in bit 0 of the first byte
     UnitLayout layout;
     int functionCode;
     int baseAddress;

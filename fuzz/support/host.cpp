@@ -45,11 +45,11 @@ int Script::address()
     return chosen < 250 ? word() % 4200 : number();
 }
 
-int Script::length(int usual)
+int Script::length(int limit)
 {
     const int chosen = byte();
     if (chosen < 200) {
-        return chosen % usual;
+        return chosen % limit;
     }
     return chosen < 250 ? word() % 1100 : -byte();
 }

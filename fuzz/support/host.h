@@ -49,7 +49,7 @@ public:
     // Numbers as hosts use them, now and then as nobody should.
     int station();
     int address();
-    int length(int usual);
+    int length(int limit); // below the limit, and now and then not
     QString regName();
     QByteArray bytes(int count);
     QByteArray rest();

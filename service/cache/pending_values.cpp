@@ -105,8 +105,8 @@ bool announceBitChange(const HostRange& write, const WrittenUnit& unit, const Bi
         return unit.announce(unit.visibleWord(), uchar2int16(bytes[0], bytes[1]),
                              write.type.timerCounter, _wordDataChange);
     }
-    // Byte units: hosts know the old value as the one last written, and an unsettled unit only by
-    // its marker.
+    // Byte units, which no shipped type has: the old value is the one last written, and only an
+    // unsettled unit is announced as a timer or counter.
     const _DATA_& record = driver.dataAreas.at(unit.index());
     return unit.announce(record.pendingValue[0], newByte,
                          record.writePending == 1 ? write.type.timerCounter : 0, _byteDataChange);
@@ -229,8 +229,8 @@ void storeDwordsOverWords(const HostRange& write, const unsigned char* data)
     }
 }
 
-// No shipped type lies so. The stored bytes come from two bytes further on a value, the compared
-// ones from four: kept as controllers with such units were first served.
+// No shipped type lies so. From one value to the next the stored bytes come from two bytes further
+// on, the compared ones from four.
 void storeDwordUnits(const HostRange& write, const unsigned char* data)
 {
     const unsigned char* compared = data;

@@ -1,4 +1,4 @@
-// How the values of a register type lie in the cached units of its area.
+// Where what a host names lies among the cached units of an area.
 #ifndef DOV417MODBUS_UNIT_LAYOUT_H
 #define DOV417MODBUS_UNIT_LAYOUT_H
 

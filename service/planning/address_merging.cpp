@@ -20,7 +20,7 @@ void debugLine(const char* label, int index, const QString& regName, int address
                          QString::number(address), QString::number(length));
 }
 
-// Positive and negative numbers beyond 32 bits end at the largest ones.
+// Numbers beyond 32 bits become the highest or the lowest one.
 template <typename Real>
 int truncated(Real value)
 {

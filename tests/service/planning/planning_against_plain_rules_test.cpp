@@ -31,13 +31,13 @@ public:
         const int types = upTo(1, 12);
         const int stations = upTo(1, 3);
         const int spread = upTo(0, 3) == 0 ? 3000 : 60;
-        const int longest = upTo(0, 3) == 0 ? 400 : upTo(1, 40);
+        const int maxLength = upTo(0, 3) == 0 ? 400 : upTo(1, 40);
         PlainList keys;
         for (int i = 0; i < count; ++i) {
             const int type = upTo(0, types - 1);
             PlainKey one = {upTo(0, stations),
                             type < 11 ? typeNames[static_cast<size_t>(type)] : "X_W",
-                            upTo(0, spread), upTo(1, longest), i};
+                            upTo(0, spread), upTo(1, maxLength), i};
             const int oddity = upTo(0, 199);
             if (oddity == 0) {
                 one.length = upTo(-40, 0);
