@@ -130,9 +130,9 @@ DOV417_EXPORT void intf_setAddrValueChangeCallBack(VALUE_CHANGE_CALLBACK callBac
  * "1#0#0#3#10". 1: tag, the callback's first argument and the link number of recipe records.
  * 2: not 0 = writes change only the cache. 3: spare. 4: retry limit, how many bad or missing
  * replies to a frame give its request up (below 2: the first one). 5: merge gap in words, the
- * largest hole that is read along, and also the longest piece of a write or condition read (8 times
- * that for bits; below 1: 123 words or 984 bits a piece, no hole is read along). With fewer than
- * five parts (or null) the earlier values stay; a part that is no number counts as 0.
+ * largest hole that is read along, and also the maximum length of a piece of a write or condition
+ * read (8 times that for bits; below 1: 123 words or 984 bits a piece, no hole is read along). With
+ * fewer than five parts (or null) the earlier values stay; a part that is no number counts as 0.
  * @param hostMutex    held while the two flag bytes are read or cleared; null: no lock is taken.
  *                     Borrowed until the next call.
  * @return 1, always.

@@ -103,8 +103,8 @@ public:
     int burstCount;            ///< Writes and condition reads since the last cyclic read.
     int handshakeRequest;      ///< Not 0: the next idle poll frames a handshake.
     int retryCount;            ///< Bad replies in a row to the frame on the line.
-    int pieceBitLimit;         ///< `mergeGap` * 8: most bits of one write or condition piece.
-    int pieceWordLimit;        ///< `mergeGap`: most words of one write or condition piece.
+    int pieceBitLimit;         ///< `mergeGap` * 8: maximum of one piece, in bits.
+    int pieceWordLimit;        ///< `mergeGap`: maximum of one piece, in words.
     int commFailed;            ///< 1 after a request was abandoned, 0 after a good reply.
     int frameIndex;            ///< Index in `sendList` of the frame being decoded.
     int initDone;              ///< 1 once intf_initProperty() ran.

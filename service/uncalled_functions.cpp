@@ -1,5 +1,6 @@
 #include "uncalled_functions.h"
 
+#include "cache/unit_index.h"
 #include "link/response_handling.h"
 #include "planning/address_merging.h"
 #include "protocol.h"
@@ -49,6 +50,21 @@ void addrMerge(QList<KEY_ADDRESS>& keys, int mode)
         merged.append(key);
     }
     keys = merged;
+}
+
+int getIndexOfDataArea(int station, QString area, int address, QList<_DATA_>& list)
+{
+    if (&list == &driver.dataAreas) {
+        return unitIndexOf(station, area, address, -1);
+    }
+    for (int i = 0; i < list.size(); ++i) {
+        const _DATA_& unit = list.at(i);
+        if (unit.address == address && unit.station == station && unit.area == area) {
+            return i;
+        }
+    }
+    list.append(newUnit(station, area, address));
+    return static_cast<int>(list.size()) - 1;
 }
 
 void analyzeFrameOfVal(QByteArray reply, int count, int position, VARIABLE request)

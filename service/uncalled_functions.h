@@ -19,6 +19,10 @@ int judgeAddrMerge(KEY_ADDRESS a, KEY_ADDRESS b, int useGap);
 // planRuns() for keys with all that they carry: a merged key keeps what its opener had.
 void addrMerge(QList<KEY_ADDRESS>& keys, int mode);
 
+// Index of the unit's record in a list, created at its end if it is missing. The driver looks into
+// its own list with unitIndexOf().
+int getIndexOfDataArea(int station, QString area, int address, QList<_DATA_>& list);
+
 // decodeReply() with copies of its arguments.
 void analyzeFrameOfVal(QByteArray reply, int count, int position, VARIABLE request);
 

@@ -106,7 +106,7 @@ UnitsFound unitsFrom(int station, const QString& area, int address, int hint, in
 {
     UnitsFound found = {unitIndexOf(station, area, address, hint), 1};
     const UnitIndex& index = *driver.unitIndex;
-    if (index.unique) {
+    if (wanted > 1 && index.unique) {
         const int standing = index.runs.at(index.runs.at(found.index).start).end - found.index;
         found.count = standing < wanted ? standing : wanted;
     }

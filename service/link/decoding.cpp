@@ -23,8 +23,8 @@ bool holdsWord(const _DATA_& unit, const unsigned char* word)
     return wordOf(unit.deviceValue[0], unit.deviceValue[1]) == wordOf(word[low], word[1 - low]);
 }
 
-// How many of `count` units from the record at `index` on hold what arrived. Most words of most
-// replies are what they were: this is the loop that a panel spends its polls in.
+// How many of `count` units from the record at `index` on hold what arrived. In a plant at rest
+// that is every word of every reply, so four are compared at a time.
 template <int low>
 int unchangedWords(int index, int count, const unsigned char* words)
 {

@@ -1,6 +1,6 @@
 #include "link/response_handling.h"
 
-#include "cache/writing_values.h"
+#include "cache/data_areas.h"
 #include "intf.h"
 #include "link/decoding.h"
 #include "link/error_text.h"
@@ -14,6 +14,8 @@
 #include "protocol/wrap.h"
 
 namespace {
+
+const QByteArray nothingReceived;
 
 // First the cache, then the host's buffer. The request is a copy: a callback may drop the frame.
 void decodeUpload(const RegisterType& type, const QByteArray& reply, int count, int position,
@@ -139,8 +141,7 @@ int intf_dealRcvFrame(QByteArray* reply, QString* errorText)
         }
         return replyNothingOutstanding;
     }
-    const QByteArray nothing;
-    const QByteArray& received = reply != 0 ? *reply : nothing;
+    const QByteArray& received = reply != 0 ? *reply : nothingReceived;
     if (errorText != 0) {
         *errorText = getErrorInfo(received);
     }

@@ -3,6 +3,7 @@
 #include <QMutexLocker>
 
 #include "cache/change_notifiers.h"
+#include "cache/write_queue.h"
 #include "intf.h"
 #include "planning/recipes.h"
 #include "planning/request_queue.h"
@@ -75,14 +76,6 @@ bool recipeIsLeft()
     return driver.recipeIndex >= 0 && driver.recipeIndex < driver.recipeRequests.size();
 }
 
-void finishWrite()
-{
-    if (!driver.writeList.isEmpty()) {
-        QMutexLocker lock(&driver.mutex);
-        driver.writeList.removeFirst();
-    }
-}
-
 void finishConditionRead()
 {
     if (!driver.conditionList.isEmpty() &&
@@ -123,7 +116,7 @@ const SendKindRow sendKinds[] = {
     // frame             finish               flag                settles patches fills
     {nothing,            nothing,             0,                  false,  false,  false}, // idle
     {handShakeFrame,     nothing,             0,                  false,  false,  false}, // handshake
-    {frameCurrentWrite,  finishWrite,         0,                  true,   true,   false}, // write
+    {frameCurrentWrite,  dropHeadWrite,       0,                  true,   true,   false}, // write
     {frameSingleRead,    finishConditionRead, 0,                  false,  false,  false}, // condition
     {frameCyclicRead,    finishCyclicRead,    0,                  false,  false,  false}, // cyclic
     {frameCurrentWrite,  finishRecipeRequest, downloadFlagOffset, false,  true,   false}, // download

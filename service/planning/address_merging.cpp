@@ -5,7 +5,6 @@
 #include <limits>
 
 #include "cache/data_areas.h"
-#include "cache/unit_index.h"
 #include "intf.h"
 #include "planning/weight_order.h"
 #include "protocol.h"
@@ -21,7 +20,7 @@ void debugLine(const char* label, int index, const QString& regName, int address
                          QString::number(address), QString::number(length));
 }
 
-// Positive and negative numbers beyond 32 bits end at the largest ones.
+// Numbers beyond 32 bits become the highest or the lowest one.
 template <typename Real>
 int truncated(Real value)
 {
@@ -154,12 +153,7 @@ QVector<Run> joinRuns(const QVector<Run>& runs, int limit, QList<int>* starts)
 
 int intf_addrMerge(QList<KEY_ADDRESS>& keys)
 {
-    for (int i = 0; i < driver.dataAreas.size(); ++i) {
-        UnitEdit unit(i);
-        unit->pendingBits = 0;
-        unit->viewFlags = 0;
-        unit->bitMonitor = 0;
-    }
+    clearMarks();
     // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): `keys` may be the driver's own
     const QList<KEY_ADDRESS> handed = keys;
     for (int i = 0; i < handed.size(); ++i) {

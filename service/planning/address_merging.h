@@ -9,7 +9,7 @@
 #include "records.h"
 
 enum {
-    maxRunUnits = 128 // longest merged request
+    maxRunUnits = 128 // of a merged request
 };
 
 enum MergeMode {

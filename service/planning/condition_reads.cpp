@@ -12,8 +12,8 @@
 
 namespace {
 
-// The pieces that a key is cut into, made one by one: a long key has more than anybody wants to
-// keep at once.
+// The pieces that a key is cut into, made one by one: a key of 65536 units may have as many of
+// them, with a kilobyte each.
 struct Pieces {
     Pieces(const KEY_ADDRESS& whole, const RegisterType& registerType, int requestKind)
         : key(whole), type(registerType), kind(requestKind), limit(pieceLimit(whole.bitFlag)),
@@ -104,7 +104,7 @@ VARIABLE conditionRequest(const Run& piece, const RegisterType& type, int kind)
         return request;
     }
     if (type.bitNamed) {
-        // The area letter alone, unlike in the cyclic plan: hosts look for it in what comes back.
+        // The area letter alone is no register type: the request is listed and never framed.
         const int length = wrapAdd(piece.length, piece.address % unit);
         request.regName = areaOf(piece.regName);
         request.address = piece.address / unit;
