@@ -55,9 +55,8 @@ TEST_F(SessionInAThread, TellsTheOtherThreadByCopies)
     inThread([this]() { session->watch({words("R_W", 10)}); });
     ASSERT_TRUE(waitUntil([&]() { return values.size() == 1; }));
     inThread([this]() { session->write(wordWrite("R_W", 10, 8), Done()); });
-    ASSERT_TRUE(waitUntil([&]() { return values.back() == 8; }));
+    ASSERT_TRUE(waitUntil([&]() { return values.back() == 8 && transmissions >= 3; }));
     EXPECT_EQ(values, (std::vector<int>{7, 8}));
-    EXPECT_GE(transmissions, 2);
 }
 
 } // namespace
