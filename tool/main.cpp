@@ -1,11 +1,11 @@
 #include <CLI/CLI.hpp>
 #include <QCoreApplication>
-#include <QtGlobal>
 #include <clocale>
 #include <cstdio>
 #include <exception>
 #include <optional>
 
+#include "driver/debug_lines.h"
 #include "line/failure.h"
 #include "live/child_program.h"
 #include "tool/commands.h"
@@ -14,16 +14,9 @@ using namespace dov417;
 
 namespace {
 
-// The driver tells its planning on the debug stream; a tool's output is not the place for it.
-void keepOutDebugLines(QtMsgType type, const QMessageLogContext&, const QString& message)
-{
-    if (type != QtDebugMsg)
-        std::fprintf(stderr, "%s\n", qPrintable(message));
-}
-
 int run(int argc, char** argv)
 {
-    qInstallMessageHandler(keepOutDebugLines);
+    dropDebugLines();
     QCoreApplication application(argc, argv);
     // Qt takes the user's locale; numbers in files and on the screen keep their point.
     std::setlocale(LC_NUMERIC, "C");

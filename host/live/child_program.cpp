@@ -2,14 +2,15 @@
 
 #include <QCoreApplication>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
-#include <exception>
 #include <iostream>
 #include <iterator>
 #include <string>
 
 #include "live/child_process.h"
 #include "live/controller_process.h"
+#include "live/plan_process.h"
 
 namespace dov417 {
 
@@ -21,6 +22,7 @@ struct Task {
 };
 constexpr Task tasks[] = {
     {controllerTask, runControllerTask},
+    {planTask, runPlanTask},
 };
 
 } // namespace
