@@ -2,7 +2,6 @@
 
 #include <QMetaMethod>
 #include <QMetaType>
-#include <stdexcept>
 
 #include "session/driver_keys.h"
 #include "text/values.h"
@@ -18,7 +17,7 @@ Session* current = nullptr; // the driver's callback carries no pointer of ours
 } // namespace
 
 Session::Session(const Library& library, const SessionSettings& settings)
-    : library_(library), settings_(settings), views_(library),
+    : library_(library), claim_(library), settings_(settings), views_(library),
       requests_(library, tellings_,
                 [this](const Address& address, int step) { views_.countWrite(address, step); }),
       recipe_(library, tellings_),
@@ -30,8 +29,6 @@ Session::Session(const Library& library, const SessionSettings& settings)
                          },
                          [this](bool open, const std::string& message) { portWas(open, message); }})
 {
-    if (current != nullptr)
-        throw std::logic_error("the library has one driver: one session at a time");
     current = this;
     // For connections that are queued, to another thread.
     qRegisterMetaType<ViewChanges>("dov417::ViewChanges");

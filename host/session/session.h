@@ -35,7 +35,8 @@ class Session : public QObject {
     Q_OBJECT
 
 public:
-    // One at a time: the library has one driver. The line is closed.
+    // One at a time, as the library has one driver: throws a std::logic_error where the driver is
+    // in use. The line is closed.
     Session(const Library& library, const SessionSettings& settings);
     // Nothing that is under way is told any more.
     ~Session() override;
@@ -99,6 +100,7 @@ private:
     void tellChanges();
 
     const Library& library_;
+    DriverClaim claim_; // nobody plans or learns on a driver that polls
     SessionSettings settings_;
     Tellings tellings_;
     Views views_;

@@ -2,6 +2,7 @@
 
 #include <set>
 
+#include "driver/areas.h"
 #include "session_world.h"
 
 namespace dov417 {
@@ -111,6 +112,14 @@ TEST_F(SessionOnALine, ABroadcastOfARegisterBitIsRefusedBeforeItBlocksTheQueue)
     ASSERT_TRUE(waitForOutcomes(2));
     EXPECT_EQ(outcomes.at(1), "a bit of a register cannot be written as a broadcast");
     EXPECT_EQ(outcomes.at(2), "accepted");
+}
+
+TEST_F(SessionOnALine, NobodyElseUsesItsDriver)
+{
+    EXPECT_THROW(Session(library, SessionSettings{2, 20}), std::logic_error);
+    EXPECT_THROW(learnAreas(library), std::logic_error);
+    session.reset();
+    EXPECT_NO_THROW(learnAreas(library));
 }
 
 // ---- what is watched ------------------------------------------------------------------------
