@@ -113,7 +113,7 @@ std::string nameOf(const Named* begin, const Named* end, int code, const char* o
     return otherwise + std::to_string(code);
 }
 
-std::string counted(int count, const std::string& what)
+std::string counted(long long count, const std::string& what)
 {
     return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
@@ -256,7 +256,7 @@ Asked askedBy(const QByteArray& request)
 std::string readValues(const QByteArray& reply, const Asked& asked, const std::vector<Area>& areas)
 {
     const int function = functionOf(reply);
-    const int bytes = reply.size() - readHead - crcLength;
+    const int bytes = static_cast<int>(reply.size()) - readHead - crcLength;
     const bool known = asked.function == function && bytesFor(function, asked.count) == bytes;
     const int units = known ? asked.count : holdsBits(function) ? bytes * 8 : bytes / 2;
     const std::string values = holdsBits(function) ? coilValues(reply, readHead, units)

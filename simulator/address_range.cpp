@@ -84,14 +84,14 @@ int AddressRange::itemCount() const
 
 std::optional<AddressRange> parseAddressRange(const QString& text, QString* error)
 {
-    const int colon = text.indexOf(QLatin1Char(':'));
+    const auto colon = text.indexOf(QLatin1Char(':'));
     if (colon < 0)
         return refuse(error, text,
                       QStringLiteral("an address is written as in R_W:100, M_bit:1.0..1.15 or "
                                      "2/R_D:10..13"));
     AddressRange range;
     QString name = text.left(colon);
-    const int slash = name.indexOf(QLatin1Char('/'));
+    const auto slash = name.indexOf(QLatin1Char('/'));
     if (slash >= 0) {
         const std::optional<int> station = numberOf(name.left(slash));
         if (!station || *station < 1 || *station > 247)
@@ -107,7 +107,7 @@ std::optional<AddressRange> parseAddressRange(const QString& text, QString* erro
     range.width = entry->width;
 
     const QString addresses = text.mid(colon + 1);
-    const int dots = addresses.indexOf(QLatin1String(".."));
+    const auto dots = addresses.indexOf(QLatin1String(".."));
     const std::optional<int> first =
         addressOf(dots < 0 ? addresses : addresses.left(dots), range.width);
     const std::optional<int> last =

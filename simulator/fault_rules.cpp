@@ -49,14 +49,14 @@ QString kindNames()
 
 std::optional<FaultRule> parseFaultRule(const QString& text, QString* error)
 {
-    const int equals = text.indexOf(QLatin1Char('='));
+    const auto equals = text.indexOf(QLatin1Char('='));
     if (equals < 0)
         return refuse(error, text,
                       QStringLiteral("a fault is written as in flip=10% or silence=every:7"));
     const QString kindText = text.left(equals).trimmed();
     const QString howOften = text.mid(equals + 1).trimmed();
 
-    const int colon = kindText.indexOf(QLatin1Char(':'));
+    const auto colon = kindText.indexOf(QLatin1Char(':'));
     const KindEntry* entry = entryOf(colon < 0 ? kindText : kindText.left(colon));
     if (!entry)
         return refuse(error, text,

@@ -82,7 +82,7 @@ QByteArray flipped(const QByteArray& reply, int amount, Chance& chance)
 
 QByteArray truncated(const QByteArray& reply, int amount, Chance& chance)
 {
-    const int most = reply.size() - 1;
+    const int most = static_cast<int>(reply.size()) - 1;
     return reply.left(amount >= 0 ? std::min(amount, most)
                                   : 1 + below(chance, static_cast<unsigned>(most)));
 }

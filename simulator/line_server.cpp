@@ -282,7 +282,7 @@ bool LineServer::Private::depart(std::int64_t now)
         if (options.paced)
             outward.transmit(departure.at, departure.bytes.size());
     }
-    int due = departure.bytes.size();
+    int due = static_cast<int>(departure.bytes.size());
     if (options.paced) {
         due = departure.sent;
         while (due < departure.bytes.size() && outward.passedAt(due) <= now)

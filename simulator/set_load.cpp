@@ -254,7 +254,7 @@ Json runsOf(const StationMemory& station, const AreaLayout& layout)
 
 bool setValues(Memory& memory, const QString& assignment, QString* error, AddressRange* where)
 {
-    const int equals = assignment.indexOf(QLatin1Char('='));
+    const auto equals = assignment.indexOf(QLatin1Char('='));
     if (equals < 0)
         return refuse(error, QStringLiteral("\"%1\": a value is set as in R_W:100=5 or "
                                             "M_bit:1.5=1")

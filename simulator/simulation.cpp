@@ -17,8 +17,8 @@ constexpr qint64 longestPlantStepMs = 60000;
 LineServerOptions lineOptions(const SimulationOptions& options)
 {
     LineServerOptions line;
-    line.device = options.device;
-    line.link = options.link;
+    line.device = QString::fromStdString(options.device);
+    line.link = QString::fromStdString(options.link);
     line.line = options.line;
     line.paced = options.baudLimit;
     line.turnaroundMs = options.turnaroundMs;
@@ -72,39 +72,42 @@ bool Simulation::prepare(QString* error)
         return false;
     }
     std::vector<FaultRule> rules;
-    for (const QString& text : m_options.faults) {
-        const std::optional<FaultRule> rule = parseFaultRule(text, error);
+    for (const std::string& text : m_options.faults) {
+        const std::optional<FaultRule> rule = parseFaultRule(QString::fromStdString(text), error);
         if (!rule)
             return false;
         rules.push_back(*rule);
     }
     m_faults = Faults(rules, m_options.seed);
 
-    if (!m_options.loadFile.isEmpty() && !loadValues(m_memory, m_options.loadFile, error))
+    if (!m_options.loadFile.empty() &&
+        !loadValues(m_memory, QString::fromStdString(m_options.loadFile), error))
         return false;
-    for (const QString& text : m_options.set) {
+    for (const std::string& text : m_options.set) {
         AddressRange where;
-        if (!setValues(m_memory, text, error, &where))
+        if (!setValues(m_memory, QString::fromStdString(text), error, &where))
             return false;
         if (m_options.holdWritten)
             m_plant.hold(where.station, where.area, where.firstWord(), where.lastWord());
     }
-    for (const QString& text : m_options.hold) {
-        const std::optional<AddressRange> range = parseAddressRange(text, error);
+    for (const std::string& text : m_options.hold) {
+        const std::optional<AddressRange> range =
+            parseAddressRange(QString::fromStdString(text), error);
         if (!range)
             return false;
         m_plant.hold(range->station, range->area, range->firstWord(), range->lastWord());
     }
 
-    if (!m_options.dumpFile.isEmpty() && !mayReplaceFile(m_options.dumpFile, error))
+    if (!m_options.dumpFile.empty() &&
+        !mayReplaceFile(QString::fromStdString(m_options.dumpFile), error))
         return false;
-    if (m_options.logFile == QLatin1String("-")) {
+    if (m_options.logFile == "-") {
         m_log.open(stdout, QIODevice::WriteOnly);
-    } else if (!m_options.logFile.isEmpty()) {
-        m_log.setFileName(m_options.logFile);
+    } else if (!m_options.logFile.empty()) {
+        m_log.setFileName(QString::fromStdString(m_options.logFile));
         if (!m_log.open(QIODevice::WriteOnly)) {
             if (error)
-                *error = QStringLiteral("%1: %2").arg(m_options.logFile, m_log.errorString());
+                *error = QStringLiteral("%1: %2").arg(m_log.fileName(), m_log.errorString());
             return false;
         }
     }
@@ -119,7 +122,8 @@ bool Simulation::stop(QString* error)
     m_plantTimer.stop();
     m_line->close();
     m_log.close();
-    return m_options.dumpFile.isEmpty() || dumpValues(m_memory, m_options.dumpFile, error);
+    return m_options.dumpFile.empty() ||
+           dumpValues(m_memory, QString::fromStdString(m_options.dumpFile), error);
 }
 
 void Simulation::letPlantLive()

@@ -21,10 +21,10 @@
 #include <QFile>
 #include <QObject>
 #include <QString>
-#include <QStringList>
 #include <QTimer>
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "simulator/line_server.h"
@@ -34,22 +34,22 @@ namespace dov417::simulator {
 
 struct SimulationOptions {
     std::vector<int> stations = {1};
-    QString device;           // serial device; empty: a pseudo-terminal
-    QString link;             // --link PATH
-    SerialFormat line;        // --line
-    bool baudLimit = false;   // --baud-limit
-    int turnaroundMs = 0;     // --turnaround
-    bool strict = false;      // 125 registers, 2000 coils and no more
-    QStringList faults;       // --fault, see faults.h
-    std::uint32_t seed = 1;   // of faults and plant
-    bool frozen = false;      // values do not live
-    bool followInputs = true; // Q shows I
-    QStringList hold;         // ranges that do not live, see set_load.h
-    bool holdWritten = true;  // a word that was written by the line or by `set` lives no longer
-    QStringList set;          // --set ADDRESS=VALUE, after --load
-    QString loadFile;         // --load, before the line is opened
-    QString dumpFile;         // --dump, written by stop()
-    QString logFile;          // every frame; "-" is standard output
+    std::string device; // serial device; empty: a pseudo-terminal
+    std::string link;   // symbolic link to the pseudo-terminal; empty: none
+    SerialFormat line;
+    bool baudLimit = false;          // bytes take the time that they take on the line
+    int turnaroundMs = 0;            // what the controller takes before it answers
+    bool strict = false;             // 125 registers, 2000 coils and no more
+    std::vector<std::string> faults; // rules, see faults.h
+    std::uint32_t seed = 1;          // of faults and plant
+    bool frozen = false;             // values do not live
+    bool followInputs = true;        // Q shows I
+    std::vector<std::string> hold;   // ranges that do not live, see address_range.h
+    bool holdWritten = true;      // a word that was written by the line or by `set` lives no longer
+    std::vector<std::string> set; // ADDRESS=VALUE, see set_load.h; after the file
+    std::string loadFile;         // values before the line is opened, see set_load.h
+    std::string dumpFile;         // written by stop()
+    std::string logFile;          // every frame; "-" is standard output
 };
 
 class Simulation : public QObject {

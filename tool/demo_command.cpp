@@ -57,7 +57,12 @@ const char* const watched[] = {"1/I_bit:0.0..0.3",
                                "2/C:1"};
 
 // Timers and counters that do not run by themselves, so that what is written stays.
-const std::vector<std::string> controllerOptions = {"--hold", "1/T:100", "--hold", "1/C:100"};
+simulator::SimulationOptions controllerOptions()
+{
+    simulator::SimulationOptions options;
+    options.hold = {"1/T:100", "1/C:100"};
+    return options;
+}
 
 double secondsOf(const timeval& time)
 {
@@ -89,7 +94,7 @@ class Demo {
 public:
     Demo(const Library& library, const DemoOptions& options, const std::vector<Item>& items)
         : stats_(options.line.stats), labels_(labelViews(library, items)),
-          addresses_(addressesOf(items)), line_(library, options.line, items, controllerOptions),
+          addresses_(addressesOf(items)), line_(library, options.line, items, controllerOptions()),
           session_(library, line_.sessionSettings(), line_.lineSettings(), sessionEvents(),
                    runnerEvents()),
           round_(library, session_, options.line.mergeGap(), [this]() { roundEnded(); })

@@ -30,7 +30,7 @@ std::string protocolName(const Library& library, std::size_t registers)
     QString parameter;
     library.intf_getDriverParameter(parameter);
     const QStringList items = parameter.split(QLatin1Char(','));
-    const int at = items.size() - static_cast<int>(registers) - 1;
+    const auto at = items.size() - static_cast<int>(registers) - 1;
     return at < 0 ? std::string() : items.at(at).toStdString();
 }
 

@@ -10,23 +10,20 @@ namespace dov417 {
 
 namespace {
 
-std::vector<std::string> controllerArguments(const LineOptions& options,
-                                             const std::vector<Item>& items,
-                                             const std::vector<std::string>& further)
+simulator::SimulationOptions controllerOf(const LineOptions& options,
+                                          const std::vector<Item>& items,
+                                          simulator::SimulationOptions controller)
 {
     std::set<int> stations = {1};
     for (const Item& item : items)
         if (item.address.station > 0)
             stations.insert(item.address.station);
-    std::string list;
-    for (const int station : stations)
-        list += (list.empty() ? "" : ",") + std::to_string(station);
+    controller.stations.assign(stations.begin(), stations.end());
     // At the line's speed, so that what is counted here is what a wire would give.
-    std::vector<std::string> arguments = {"--baud-limit", "--stations", list};
+    controller.baudLimit = true;
     if (!options.line.empty())
-        arguments.insert(arguments.end(), {"--line", options.line});
-    arguments.insert(arguments.end(), further.begin(), further.end());
-    return arguments;
+        controller.line = parseRtuFormat(options.line);
+    return controller;
 }
 
 const char* strayText(StrayKind kind)
@@ -51,8 +48,7 @@ const char* strayText(StrayKind kind)
 } // namespace
 
 LiveLine::LiveLine(const Library& library, const LineOptions& options,
-                   const std::vector<Item>& items,
-                   const std::vector<std::string>& controllerOptions)
+                   const std::vector<Item>& items, const simulator::SimulationOptions& controller)
     : library_(library), options_(options), port_(options.port)
 {
     if (options.simulated && !options.port.empty())
@@ -65,8 +61,7 @@ LiveLine::LiveLine(const Library& library, const LineOptions& options,
         end();
     });
     if (options.simulated) {
-        controller_ = std::make_unique<ControllerProcess>(
-            controllerArguments(options, items, controllerOptions));
+        controller_ = std::make_unique<ControllerProcess>(controllerOf(options, items, controller));
         port_ = controller_->port();
     }
     if (!options.log.empty()) {

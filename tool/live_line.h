@@ -13,10 +13,10 @@
 #include "line/line_log.h"
 #include "link/link_runner.h"
 #include "live/controller_process.h"
+#include "live/shutdown.h"
 #include "session/items.h"
 #include "session/session.h"
 #include "tool/options.h"
-#include "tool/shutdown.h"
 
 namespace dov417 {
 
@@ -25,11 +25,11 @@ constexpr std::chrono::seconds usualPortPatience(10);
 
 class LiveLine {
 public:
-    // Starts the simulated controller if one is asked for; it gets the stations that the items name
-    // and these further options. Throws a UsageFailure if there is no line to use. Resets the
-    // driver: to be made before the session.
+    // Starts the simulated controller if one is asked for; it gets the line, the stations that the
+    // items name and these further options. Throws a UsageFailure if there is no line to use.
+    // Resets the driver: to be made before the session.
     LiveLine(const Library& library, const LineOptions& options, const std::vector<Item>& items,
-             const std::vector<std::string>& controllerOptions = {});
+             const simulator::SimulationOptions& controller = {});
 
     LineSettings lineSettings() const;
     SessionSettings sessionSettings() const;

@@ -1,27 +1,22 @@
 #include <CLI/CLI.hpp>
 #include <QCoreApplication>
-#include <QtGlobal>
 #include <clocale>
 #include <cstdio>
 #include <exception>
+#include <optional>
 
+#include "driver/debug_lines.h"
 #include "line/failure.h"
+#include "live/child_program.h"
 #include "tool/commands.h"
 
 using namespace dov417;
 
 namespace {
 
-// The driver tells its planning on the debug stream; a tool's output is not the place for it.
-void keepOutDebugLines(QtMsgType type, const QMessageLogContext&, const QString& message)
-{
-    if (type != QtDebugMsg)
-        std::fprintf(stderr, "%s\n", qPrintable(message));
-}
-
 int run(int argc, char** argv)
 {
-    qInstallMessageHandler(keepOutDebugLines);
+    dropDebugLines();
     QCoreApplication application(argc, argv);
     // Qt takes the user's locale; numbers in files and on the screen keep their point.
     std::setlocale(LC_NUMERIC, "C");
@@ -68,6 +63,8 @@ int run(int argc, char** argv)
 
 int main(int argc, char** argv)
 {
+    if (const std::optional<int> code = runAsChild(argc, argv))
+        return *code;
     try {
         return run(argc, argv);
     } catch (const UsageFailure& failure) {

@@ -1,13 +1,10 @@
 #include "tool/commands.h"
 
 #include <CLI/CLI.hpp>
-#include <QEventLoop>
-#include <cstdio>
 #include <memory>
 
 #include "line/failure.h"
-#include "simulator/simulation.h"
-#include "tool/shutdown.h"
+#include "live/run_simulation.h"
 
 namespace dov417 {
 
@@ -15,69 +12,22 @@ namespace {
 
 struct SimulateOptions {
     simulator::SimulationOptions simulation;
-    std::string device;
-    std::string link;
     std::string line;
-    std::vector<std::string> faults;
-    std::vector<std::string> hold;
-    std::vector<std::string> set;
-    std::string loadFile;
-    std::string dumpFile;
-    std::string logFile;
-    bool still = false;
     bool independentOutputs = false;
 };
-
-QStringList toList(const std::vector<std::string>& texts)
-{
-    QStringList list;
-    for (const std::string& text : texts)
-        list.append(QString::fromStdString(text));
-    return list;
-}
 
 simulator::SimulationOptions toSimulation(const SimulateOptions& options)
 {
     simulator::SimulationOptions simulation = options.simulation;
-    simulation.device = QString::fromStdString(options.device);
-    simulation.link = QString::fromStdString(options.link);
     if (!options.line.empty())
         simulation.line = parseSerialFormat(options.line);
-    simulation.faults = toList(options.faults);
-    simulation.hold = toList(options.hold);
-    simulation.set = toList(options.set);
-    simulation.loadFile = QString::fromStdString(options.loadFile);
-    simulation.dumpFile = QString::fromStdString(options.dumpFile);
-    simulation.logFile = QString::fromStdString(options.logFile);
-    simulation.frozen = options.still;
     simulation.followInputs = !options.independentOutputs;
     return simulation;
 }
 
 int runSimulate(const SimulateOptions& options)
 {
-    simulator::Simulation simulation(toSimulation(options));
-    QEventLoop loop;
-    QString lost;
-    Shutdown shutdown([&loop]() { loop.quit(); });
-    QString error;
-    if (!simulation.start(&error))
-        throw Failure(error.toStdString());
-    QObject::connect(&simulation.line(), &simulator::LineServer::lost, &loop,
-                     [&loop, &lost](const QString& reason) {
-                         lost = reason;
-                         loop.quit();
-                     });
-    // Whoever started this waits for the line that names the port.
-    std::printf("port %s\n", qPrintable(simulation.portName()));
-    std::fflush(stdout);
-    loop.exec();
-    const bool stopped = simulation.stop(&error);
-    std::printf("%s\n", qPrintable(simulation.report()));
-    if (!lost.isEmpty())
-        throw Failure(lost.toStdString());
-    if (!stopped)
-        throw Failure(error.toStdString());
+    runSimulation(toSimulation(options));
     return exitDone;
 }
 
@@ -89,9 +39,9 @@ void addSimulateCommand(CLI::App& app, Action& chosen)
     simulator::SimulationOptions& simulation = options->simulation;
     CLI::App* command = app.add_subcommand(
         "simulate", "The simulated controller on a pseudo-terminal or a serial port");
-    command->add_option("--port", options->device, "Serial port; else a pseudo-terminal")
+    command->add_option("--port", simulation.device, "Serial port; else a pseudo-terminal")
         ->option_text("DEVICE");
-    command->add_option("--link", options->link, "Symbolic link to the pseudo-terminal")
+    command->add_option("--link", simulation.link, "Symbolic link to the pseudo-terminal")
         ->option_text("PATH");
     command->add_option("--stations", simulation.stations, "Stations that answer (1)")
         ->option_text("N,N...")
@@ -111,24 +61,24 @@ void addSimulateCommand(CLI::App& app, Action& chosen)
     command->add_flag("--strict", simulation.strict,
                       "Takes no more than 125 registers or 2000 coils in one request");
     command
-        ->add_option("--fault", options->faults,
+        ->add_option("--fault", simulation.faults,
                      "A fault and how often: KIND[:AMOUNT]=N% or =every:N, with KIND one of "
                      "silence, late, flip, truncate, extra, noise, station, function, exception, "
                      "echo, slow, any. May be given several times")
         ->option_text("RULE");
     command->add_option("--seed", simulation.seed, "Of faults and values that go by chance (1)")
         ->option_text("N");
-    command->add_flag("--still", options->still, "No value changes by itself");
+    command->add_flag("--still", simulation.frozen, "No value changes by itself");
     command->add_flag("--independent-outputs", options->independentOutputs, "Q does not follow I");
-    command->add_option("--hold", options->hold, "Addresses that do not change by themselves")
+    command->add_option("--hold", simulation.hold, "Addresses that do not change by themselves")
         ->option_text("ADDRESS");
-    command->add_option("--set", options->set, "Value at the start, as in R_W:100=7")
+    command->add_option("--set", simulation.set, "Value at the start, as in R_W:100=7")
         ->option_text("ADDRESS=VALUE");
-    command->add_option("--load", options->loadFile, "Values at the start, from a JSON file")
+    command->add_option("--load", simulation.loadFile, "Values at the start, from a JSON file")
         ->option_text("FILE");
-    command->add_option("--dump", options->dumpFile, "Values at the end, into a JSON file")
+    command->add_option("--dump", simulation.dumpFile, "Values at the end, into a JSON file")
         ->option_text("FILE");
-    command->add_option("--log", options->logFile, "Every frame into a file; - is the terminal")
+    command->add_option("--log", simulation.logFile, "Every frame into a file; - is the terminal")
         ->option_text("FILE");
     command->footer(
         "Prints the port to use, answers there until Ctrl-C, and ends with what it counted.\n"

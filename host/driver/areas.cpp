@@ -17,6 +17,7 @@ int number(unsigned char high, unsigned char low)
 
 std::vector<Area> learnAreas(const Library& library)
 {
+    const DriverClaim claim(library);
     std::vector<Area> areas;
     for (const RegisterType& type : registerTypes(library)) {
         if (type.width != Width::word)

@@ -10,7 +10,7 @@
 namespace dov417 {
 
 // One read of each word type is framed, and the frame tells which function reads the area and from
-// which number on. Resets the driver; to be called before it is configured.
+// which number on. Resets the driver; throws a std::logic_error while a session has it.
 std::vector<Area> learnAreas(const Library& library);
 
 } // namespace dov417

@@ -4,6 +4,7 @@
 #include <dlfcn.h>
 #include <filesystem>
 #include <link.h>
+#include <stdexcept>
 #include <vector>
 
 #include "driver/needed_libraries.h"
@@ -122,6 +123,18 @@ Library::Library(const std::string& path)
 Library::~Library()
 {
     dlclose(handle_);
+}
+
+DriverClaim::DriverClaim(const Library& library) : library_(library)
+{
+    if (library_.isClaimed_)
+        throw std::logic_error("the driver is in use: it cannot be configured for anything else");
+    library_.isClaimed_ = true;
+}
+
+DriverClaim::~DriverClaim()
+{
+    library_.isClaimed_ = false;
 }
 
 } // namespace dov417

@@ -59,8 +59,26 @@ public:
     Protocol* driver = nullptr;
 
 private:
+    friend class DriverClaim;
+
     void* handle_ = nullptr;
     std::string path_;
+    mutable bool isClaimed_ = false;
+};
+
+// The right to configure the driver and to feed it replies. There is one driver, and who configures
+// it anew takes it from who polls with it: a session holds a claim as long as it lives, learning
+// the areas and planning hold one while they are at it.
+class DriverClaim {
+public:
+    // Throws a std::logic_error while there is another one.
+    explicit DriverClaim(const Library& library);
+    ~DriverClaim();
+    DriverClaim(const DriverClaim&) = delete;
+    DriverClaim& operator=(const DriverClaim&) = delete;
+
+private:
+    const Library& library_;
 };
 
 } // namespace dov417

@@ -90,7 +90,7 @@ bool ReplyCollector::stripEcho()
     const bool replyLooksAlike =
         !isReadFunction(byteAt(request_, 1)) && request_.size() == replyLength_;
     if (replyLooksAlike && !adapterEchoes_) {
-        const int next = request_.size();
+        const int next = static_cast<int>(request_.size());
         const bool moreFollows = pending_.size() > next + 1 &&
                                  pending_.at(next) == request_.at(0) &&
                                  (byteAt(pending_, next + 1) & 0x7F) == byteAt(request_, 1);
@@ -138,7 +138,7 @@ Arrival ReplyCollector::endOfFrame()
         pending_.left(addressEnd) == request_.left(addressEnd))
         almostReply_ = pending_;
     if (opensLikeAnswer() && !sound)
-        return finish(Arrival::reply, 0, pending_.size());
+        return finish(Arrival::reply, 0, static_cast<int>(pending_.size()));
     strays_.append({sound ? kindOfPending() : StrayKind::noise, pending_});
     pending_.clear();
     return Arrival::incomplete;

@@ -208,7 +208,7 @@ Clock::time_point SerialLine::earliestStart()
 {
     const Clock::time_point now = Clock::now();
     Clock::time_point start = lastActivity_ + settings_.wire.interFrameDelay();
-    for (int i = unanswered_.size() - 1; i >= 0; --i) {
+    for (auto i = unanswered_.size() - 1; i >= 0; --i) {
         const Unanswered& earlier = unanswered_.at(i);
         if (earlier.expires <= now)
             unanswered_.removeAt(i);

@@ -1,20 +1,21 @@
-// A simulated controller of our own: `dov417 simulate` as a child process.
+// A simulated controller of our own, in a process of its own.
 //
-// A process of its own, so that its share of the processor is not taken for the host's, and so that
-// the host meets it only through the pseudo-terminal, as it would a controller.
+// So its share of the processor is not taken for the host's, and the host meets it only through the
+// pseudo-terminal, as it would a controller.
 #ifndef DOV417_LIVE_CONTROLLER_PROCESS_H
 #define DOV417_LIVE_CONTROLLER_PROCESS_H
 
-#include <QProcess>
 #include <string>
-#include <vector>
+
+#include "live/child_process.h"
+#include "simulator/simulation.h"
 
 namespace dov417 {
 
 class ControllerProcess {
 public:
     // Waits until the controller says where it is. Throws a Failure with what it said otherwise.
-    explicit ControllerProcess(const std::vector<std::string>& options);
+    explicit ControllerProcess(const simulator::SimulationOptions& options);
     ~ControllerProcess();
     ControllerProcess(const ControllerProcess&) = delete;
     ControllerProcess& operator=(const ControllerProcess&) = delete;
@@ -24,14 +25,13 @@ public:
     long long processId() const;
 
 private:
-    class Child : public QProcess {
-    protected:
-        void setupChildProcess() override;
-    };
-
-    Child child_;
+    ChildProcess child_;
     std::string port_;
 };
+
+// The child's side.
+constexpr const char* controllerTask = "controller";
+int runControllerTask(const std::string& record);
 
 } // namespace dov417
 

@@ -162,6 +162,7 @@ Planner::Planner(const Library& library, const std::vector<Address>& addresses,
 
 Plan Planner::plan(int gap) const
 {
+    const DriverClaim claim(library_);
     configure(library_, gap);
     QList<KEY_ADDRESS> keys = keysOf(addresses_);
     const int requests = library_.intf_addrMerge(keys);

@@ -58,7 +58,9 @@ public:
     Planner(const Library& library, const std::vector<Address>& addresses, const SerialFormat& wire,
             std::chrono::microseconds turnaround);
 
-    // Configures the driver anew, plans, and walks the plan once with made-up replies.
+    // Configures the driver anew, plans, and walks the plan once with made-up replies. Throws a
+    // std::logic_error while a session has the driver: beside one, a child process plans, see
+    // live/plan_process.h.
     Plan plan(int gap) const;
 
     // Every gap there is, in order.

@@ -5,6 +5,7 @@ import datetime
 import json
 import os
 import re
+import select
 import signal
 import subprocess
 import unittest
@@ -382,12 +383,24 @@ class SimulateAndDemo(EndToEnd):
     def test_ctrl_c_ends_the_demo_and_its_controller(self):
         demo = self.tool("demo", "--seconds", str(PATIENCE), "--log", self.pipe("log"))
         self.wait_for_log("log", " RX ")
-        children = f"/proc/{demo.process.pid}/task/{demo.process.pid}/children"
-        with open(children, encoding="ascii") as file:
-            controller = int(file.read().split()[0])
+        controller = self.child_of(demo.process.pid)
         demo.interrupt()
         with self.assertRaises(ProcessLookupError):
             os.kill(controller, signal.SIGCONT)
+
+    def test_a_controller_goes_with_the_tool_that_is_killed(self):
+        demo = self.tool("demo", "--seconds", str(PATIENCE), "--log", self.pipe("log"))
+        self.wait_for_log("log", " RX ")
+        controller = os.pidfd_open(self.child_of(demo.process.pid))
+        self.addCleanup(os.close, controller)
+        demo.process.kill()
+        gone, _, _ = select.select([controller], [], [], PATIENCE)
+        self.assertTrue(gone)
+
+    @staticmethod
+    def child_of(process):
+        with open(f"/proc/{process}/task/{process}/children", encoding="ascii") as file:
+            return int(file.read().split()[0])
 
 
 if __name__ == "__main__":

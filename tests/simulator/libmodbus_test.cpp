@@ -254,7 +254,7 @@ TEST_F(Libmodbus, GetsAlongWithAPacedLine)
 
 TEST_F(Libmodbus, NoticesEveryFlippedBit)
 {
-    options.faults = QStringList{QStringLiteral("flip=every:3")};
+    options.faults = {"flip=every:3"};
     start();
     modbus_set_response_timeout(master, 0, 20000); // a flipped byte count lets it wait for more
     modbus_set_error_recovery(master, MODBUS_ERROR_RECOVERY_PROTOCOL);

@@ -24,9 +24,9 @@ protected:
         EXPECT_FALSE(error.isEmpty());
         return error.toStdString();
     }
-    QString inFolder(const char* name)
+    std::string inFolder(const char* name)
     {
-        return folder.filePath(QLatin1String(name));
+        return folder.filePath(QLatin1String(name)).toStdString();
     }
 
     QTemporaryDir folder;
@@ -38,10 +38,10 @@ TEST_F(SimulationTest, ServesWhatWasSetAndReportsIt)
 {
     options.stations = {1, 2};
     options.link = inFolder("plc");
-    options.faults = QStringList{QStringLiteral("echo=every:2")};
-    options.set = QStringList{QStringLiteral("R_W:10=0x1234"), QStringLiteral("2/R_W:10=1")};
+    options.faults = {"echo=every:2"};
+    options.set = {"R_W:10=0x1234", "2/R_W:10=1"};
     start();
-    EXPECT_EQ(simulation->portName(), options.link);
+    EXPECT_EQ(text(simulation->portName()), options.link);
     {
         MasterEnd master(simulation->portName());
         master.send(bytesOf("01 03 05 0A 00 01 A4 C4"));
@@ -75,8 +75,8 @@ TEST_F(SimulationTest, FrozenFromTheStartHoldsEverything)
 TEST_F(SimulationTest, HoldsWhatWasSetWhatWasNamedAndWhatTheLineWrote)
 {
     options.stations = {1, 2};
-    options.set = QStringList{QStringLiteral("R_W:1=500")};
-    options.hold = QStringList{QStringLiteral("2/T:0..127")};
+    options.set = {"R_W:1=500"};
+    options.hold = {"2/T:0..127"};
     start();
     MasterEnd master(simulation->portName());
     master.send(bytesOf("01 06 05 02 00 07 69 04")); // R 2
@@ -104,7 +104,7 @@ TEST_F(SimulationTest, HoldsWhatWasSetWhatWasNamedAndWhatTheLineWrote)
 TEST_F(SimulationTest, LetsWrittenWordsLiveOnIfItIsToldTo)
 {
     options.holdWritten = false;
-    options.set = QStringList{QStringLiteral("R_W:1=500")};
+    options.set = {"R_W:1=500"};
     start();
     simulation->plant().advance(1000);
     EXPECT_GE(simulation->memory().station(1)->word(Area::R, 1), 520);
@@ -115,15 +115,15 @@ TEST_F(SimulationTest, LoadsBeforeItSetsAndDumpsWhenItStops)
     options.frozen = true;
     options.loadFile = inFolder("in.json");
     options.dumpFile = inFolder("out.json");
-    QFile in(options.loadFile);
+    QFile in(QString::fromStdString(options.loadFile));
     ASSERT_TRUE(in.open(QIODevice::WriteOnly));
     in.write(R"({"1": {"R_W": {"100": [1, 2]}}})");
     in.close();
-    options.set = QStringList{QStringLiteral("R_W:101=9")};
+    options.set = {"R_W:101=9"};
     start();
     QString error;
     ASSERT_TRUE(simulation->stop(&error)) << text(error);
-    QFile out(options.dumpFile);
+    QFile out(QString::fromStdString(options.dumpFile));
     ASSERT_TRUE(out.open(QIODevice::ReadOnly));
     EXPECT_EQ(out.readAll().simplified().replace(" ", "").toStdString(),
               R"({"1":{"R_W":{"100":[1,9]}}})");
@@ -140,7 +140,7 @@ TEST_F(SimulationTest, WritesEveryFrameToItsLog)
         master.receive(5);
     }
     simulation->stop();
-    QFile log(options.logFile);
+    QFile log(QString::fromStdString(options.logFile));
     ASSERT_TRUE(log.open(QIODevice::ReadOnly));
     const QByteArray all = log.readAll();
     EXPECT_TRUE(all.contains("<- 01 03 14 A0 00 01 81 D8  station 1 reads register 5280: "
@@ -168,13 +168,13 @@ TEST_F(SimulationTest, RefusesToStartWithAMistakeInItsOptions)
     options.stations.clear();
     EXPECT_NE(refusal().find("1 to 247"), std::string::npos);
     options = SimulationOptions();
-    options.faults = QStringList{QStringLiteral("flop=1%")};
+    options.faults = {"flop=1%"};
     EXPECT_NE(refusal().find("flop"), std::string::npos);
     options = SimulationOptions();
-    options.set = QStringList{QStringLiteral("2/R_W:1=1")};
+    options.set = {"2/R_W:1=1"};
     EXPECT_NE(refusal().find("no station 2"), std::string::npos);
     options = SimulationOptions();
-    options.hold = QStringList{QStringLiteral("R_W:x")};
+    options.hold = {"R_W:x"};
     EXPECT_NE(refusal().find("R_W:x"), std::string::npos);
     options = SimulationOptions();
     options.loadFile = inFolder("none");

@@ -20,6 +20,17 @@ TEST_F(AreasOfLibrary, AreLearntFromTheFramesOfTheDriver)
     EXPECT_EQ(library.driver->readList.size(), 0);
 }
 
+TEST_F(AreasOfLibrary, AreNotLearntWhileSomebodyUsesTheDriver)
+{
+    library.driver->mergeGap = 417;
+    {
+        const DriverClaim claim(library);
+        EXPECT_THROW(learnAreas(library), std::logic_error);
+        EXPECT_EQ(library.driver->mergeGap, 417);
+    }
+    EXPECT_EQ(learnAreas(library).size(), 6U);
+}
+
 } // namespace
 
 } // namespace dov417

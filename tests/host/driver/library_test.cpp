@@ -58,6 +58,19 @@ TEST(LibraryLoading, SaysWhatALibraryLacks)
                 HasSubstr("is no driver library: it does not export intf_getVersion"));
 }
 
+using Driver = LoadedLibrary;
+
+TEST_F(Driver, HasOneClaimAtATime)
+{
+    {
+        const DriverClaim claim(library);
+        EXPECT_THROW(DriverClaim another(library), std::logic_error);
+        EXPECT_THROW(DriverClaim another(library), std::logic_error) << "the first one still holds";
+    }
+    EXPECT_NO_THROW(DriverClaim next(library));
+    EXPECT_NO_THROW(DriverClaim next(library));
+}
+
 using DefaultLine = LoadedLibrary;
 
 TEST_F(DefaultLine, IsWhatTheLibraryReportsAsItsOwn)

@@ -89,6 +89,19 @@ TEST_F(Planning, TheDriverIsLeftWithoutAPlan)
     EXPECT_EQ(library.driver->dataAreas.size(), 0);
 }
 
+TEST_F(Planning, IsRefusedWhileSomebodyUsesTheDriver)
+{
+    const Planner plans = planner({"R_W:100..107"});
+    library.driver->mergeGap = 417;
+    {
+        const DriverClaim claim(library);
+        EXPECT_THROW(plans.plan(10), std::logic_error);
+        EXPECT_THROW(plans.outcomes(), std::logic_error);
+        EXPECT_EQ(library.driver->mergeGap, 417);
+    }
+    EXPECT_THAT(summary(plans.plan(10)), ElementsAre("1/R_W:100+8"));
+}
+
 TEST_F(Planning, RequestsAboveWhatTheProtocolAllowsAreMarked)
 {
     const auto above = [this](const char* text) {

@@ -1,6 +1,6 @@
 // Ctrl-C and a polite kill, as events of the loop.
-#ifndef DOV417_TOOL_SHUTDOWN_H
-#define DOV417_TOOL_SHUTDOWN_H
+#ifndef DOV417_LIVE_SHUTDOWN_H
+#define DOV417_LIVE_SHUTDOWN_H
 
 #include <functional>
 #include <memory>

@@ -1,4 +1,4 @@
-#include "tool/shutdown.h"
+#include "live/shutdown.h"
 
 #include <csignal>
 #include <gtest/gtest.h>

@@ -1,0 +1,83 @@
+#include "live/child_process.h"
+
+#include <QStringList>
+#include <QTemporaryFile>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <sys/prctl.h>
+#include <unistd.h>
+
+#include "line/failure.h"
+
+namespace dov417 {
+
+namespace {
+
+constexpr int politeMilliseconds = 3000;
+
+} // namespace
+
+ChildProcess::ChildProcess() : parent_(getpid())
+{
+#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
+    setChildProcessModifier([this]() { becomeChild(); });
+#endif
+}
+
+ChildProcess::~ChildProcess()
+{
+    if (state() != NotRunning)
+        endAtOnce();
+}
+
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+void ChildProcess::setupChildProcess()
+{
+    becomeChild();
+}
+#endif
+
+// Runs in the child, between fork and exec.
+void ChildProcess::becomeChild() const
+{
+    // Ctrl-C reaches the whole group; the parent ends its child when it has finished with it.
+    setpgid(0, 0);
+    signal(SIGTERM, SIG_DFL); // whatever the parent ignores
+    prctl(PR_SET_PDEATHSIG, SIGTERM);
+    if (getppid() != parent_) // it has ended already: no signal would come
+        _exit(EXIT_FAILURE);
+}
+
+void ChildProcess::begin(const std::string& task, const std::string& record)
+{
+    // Of any length, and no pipe: nothing has to be written once the child is there. The child's
+    // end is opened by start(), so the file may go then.
+    QTemporaryFile input;
+    if (!input.open() || input.write(record.data(), static_cast<qint64>(record.size())) < 0 ||
+        !input.flush())
+        throw Failure("no temporary file: " + input.errorString().toStdString());
+    setStandardInputFile(input.fileName());
+    setProcessChannelMode(ForwardedErrorChannel);
+    struct sigaction brokenPipe = {};
+    sigaction(SIGPIPE, nullptr, &brokenPipe);
+    start(QString::fromStdString(std::filesystem::read_symlink("/proc/self/exe").string()),
+          {QString::fromLatin1(childMark), QString::fromStdString(task)});
+    // QProcess ignores it for good; an output that nobody reads any more is to end the program.
+    sigaction(SIGPIPE, &brokenPipe, nullptr);
+}
+
+void ChildProcess::endPolitely()
+{
+    terminate();
+    if (!waitForFinished(politeMilliseconds))
+        endAtOnce();
+}
+
+void ChildProcess::endAtOnce()
+{
+    kill();
+    waitForFinished(politeMilliseconds);
+}
+
+} // namespace dov417

@@ -1,0 +1,45 @@
+#include "live/child_program.h"
+
+#include <QCoreApplication>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <iostream>
+#include <iterator>
+#include <string>
+
+#include "live/child_process.h"
+#include "live/controller_process.h"
+#include "live/plan_process.h"
+
+namespace dov417 {
+
+namespace {
+
+struct Task {
+    const char* name;
+    int (*run)(const std::string& record);
+};
+constexpr Task tasks[] = {
+    {controllerTask, runControllerTask},
+    {planTask, runPlanTask},
+};
+
+} // namespace
+
+std::optional<int> runAsChild(int argc, char** argv)
+{
+    if (argc != 3 || std::strcmp(argv[1], childMark) != 0)
+        return std::nullopt;
+    for (const Task& task : tasks) {
+        if (std::strcmp(argv[2], task.name) != 0)
+            continue;
+        const QCoreApplication application(argc, argv);
+        const std::string record{std::istreambuf_iterator<char>(std::cin), {}};
+        return task.run(record);
+    }
+    std::fprintf(stderr, "%s: there is no task '%s'\n", argv[0], argv[2]);
+    return EXIT_FAILURE;
+}
+
+} // namespace dov417

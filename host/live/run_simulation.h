@@ -1,0 +1,15 @@
+// A simulated controller from its start to its end, as a program of its own.
+#ifndef DOV417_LIVE_RUN_SIMULATION_H
+#define DOV417_LIVE_RUN_SIMULATION_H
+
+#include "simulator/simulation.h"
+
+namespace dov417 {
+
+// Prints "port PORT" once it answers there, serves until a signal ends it, and prints what it
+// counted. Throws a Failure if it cannot start, loses its port or cannot write its dump.
+void runSimulation(const simulator::SimulationOptions& options);
+
+} // namespace dov417
+
+#endif
