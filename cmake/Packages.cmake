@@ -3,6 +3,13 @@
 set(library_package libdov417modbus${PROJECT_VERSION_MAJOR})
 set(development_package libdov417modbus-dev)
 set(tool_package dov417)
+set(qt_development_package qtbase5-dev)
+if(DOV417_QT STREQUAL "6")
+  set(qt_development_package qt6-base-dev)
+endif()
+if(DOV417_QT STREQUAL "4")
+  message(FATAL_ERROR "No Debian packages with Qt 4: Debian has no package of it to depend on")
+endif()
 
 # The newest entry of the changelog is this version: its date is the package's.
 file(STRINGS CHANGELOG.md entry REGEX "^## \\[[0-9]" LIMIT_COUNT 1)
@@ -24,13 +31,22 @@ set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # the first line of each description below
 
-# Written down, as dpkg-shlibdeps knows this machine's packages only, not those of a panel's
-# processor. packaging/check-packages compares them with what it finds on amd64, and lets apt
-# resolve them and starts library and tool on every processor.
+# What library and tool depend on is read from them when the packages are made.
+set(CPACK_PROJECT_CONFIG_FILE ${PROJECT_SOURCE_DIR}/cmake/PackageDependencies.cmake)
+set(CPACK_DOV417_QT ${DOV417_QT})
+set(CPACK_DOV417_LIBRARY ${PROJECT_BINARY_DIR}/libdov417modbus.so)
+set(CPACK_DOV417_TOOL ${PROJECT_BINARY_DIR}/tool/dov417)
+find_program(DOV417_SHLIBDEPS dpkg-shlibdeps REQUIRED)
+set(CPACK_DOV417_SHLIBDEPS ${DOV417_SHLIBDEPS})
+if(CMAKE_CROSSCOMPILING)
+  set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE ${DOV417_ARM_ARCH})
+  set(CPACK_DOV417_SHLIBDEPS DEB_HOST_ARCH=${DOV417_ARM_ARCH} ${DOV417_SHLIBDEPS}
+    --admindir=${DOV417_SYSROOT}/dpkg
+    -l${DOV417_SYSROOT}/lib/${DOV417_ARM_TRIPLET} -l${DOV417_SYSROOT}/usr/lib/${DOV417_ARM_TRIPLET})
+endif()
+
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME ${library_package})
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
-set(CPACK_DEBIAN_LIBRARY_PACKAGE_DEPENDS
-  "libc6 (>= 2.14), libgcc-s1 (>= 3.0), libqt5core5a (>= 5.15.1), libstdc++6 (>= 4.1.1)")
 set(CPACK_COMPONENT_LIBRARY_DESCRIPTION "Modbus RTU master driver for operator panels
 A panel's runtime or editor loads this library and asks it what to send to a
 programmable controller on a serial line; it plans the reads, checks the
@@ -38,7 +54,7 @@ replies, keeps the values and announces their changes.")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME ${development_package})
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
-  "${library_package} (= ${PROJECT_VERSION}), qtbase5-dev")
+  "${library_package} (= ${PROJECT_VERSION}), ${qt_development_package}")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "Modbus RTU master driver for operator panels - headers
 What a panel's runtime is compiled with to load the driver: headers, a CMake
 package and a pkg-config file.")
@@ -66,12 +82,7 @@ file(WRITE ${control_folder}/triggers "activate-noawait ldconfig\n")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA
   ${control_folder}/symbols ${control_folder}/shlibs ${control_folder}/triggers)
 
-set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "${library_package} (= ${PROJECT_VERSION}), \
-libc6 (>= 2.34), libcsv3 (>= 3.0.3), libgcc-s1 (>= 3.0), libqt5core5a (>= 5.15.1), \
-libqt5serialport5 (>= 5.9.0), libstdc++6 (>= 11)")
-if(CMAKE_CROSSCOMPILING)
-  set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE ${DOV417_ARM_ARCH})
-endif()
+set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "${library_package} (= ${PROJECT_VERSION})")
 
 set(CPACK_COMPONENTS_ALL library development)
 if(TARGET dov417)

@@ -3,7 +3,8 @@
 
 set -euo pipefail
 export LC_ALL=C.UTF-8 DEBIAN_FRONTEND=noninteractive
-started=$(date +%s)
+started=${DOV417_STARTED:-$(date +%s)} # one clock for a script and those that it starts
+export DOV417_STARTED=$started
 
 build_packages="g++ cmake ninja-build pkg-config qtbase5-dev libqt5serialport5-dev libcli11-dev
   libcsv-dev nlohmann-json3-dev"
@@ -14,7 +15,7 @@ bench_packages="libbenchmark-dev libmodbus-dev libqt5serialbus5-dev valgrind pyt
 
 arm_packages="g++ cmake ninja-build qtbase5-dev g++-arm-linux-gnueabihf g++-arm-linux-gnueabi
   qemu-user mmdebstrap googletest"
-qt_packages="g++ cmake ninja-build pkg-config qtbase5-dev qt6-base-dev libgtest-dev libgmock-dev"
+qt_packages="$build_packages $test_packages qt6-base-dev qt6-serialport-dev"
 package_packages="dpkg-dev mmdebstrap lintian g++-arm-linux-gnueabihf g++-arm-linux-gnueabi
   qemu-user"
 
@@ -55,9 +56,9 @@ quietly() {
   }
 }
 
-run_tests() { # FOLDER: says how many passed, or shows those that did not
+run_tests() { # FOLDER CTEST-OPTION...: says how many passed, or shows those that did not
   # More at once than processors: those that play a serial line wait most of the time.
-  ctest --test-dir "$1" --output-on-failure -j $((2 * $(nproc))) >"$log" 2>&1 || {
+  ctest --test-dir "$@" --output-on-failure -j $((2 * $(nproc))) >"$log" 2>&1 || {
     grep -vE ' Passed |^ *Start |^\[( RUN| +OK|---)' "$log" >&2
     fail "tests failed in $1"
   }
