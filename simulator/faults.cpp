@@ -236,17 +236,15 @@ std::uint64_t Faults::count(FaultKind kind) const
     return kind == FaultKind::any ? faulty_ : counts_[indexOf(kind)];
 }
 
-QString Faults::report() const
+std::string Faults::report() const
 {
-    QString text;
+    std::string text;
     for (std::size_t index = 0; index < counts_.size(); ++index) {
         if (counts_[index] != 0)
-            text += (text.isEmpty() ? QString() : QStringLiteral(", ")) +
-                    QStringLiteral("%1 %2")
-                        .arg(faultName(static_cast<FaultKind>(index)))
-                        .arg(counts_[index]);
+            text += (text.empty() ? "" : ", ") + faultName(static_cast<FaultKind>(index)) + " " +
+                    std::to_string(counts_[index]);
     }
-    return text.isEmpty() ? QStringLiteral("none") : text;
+    return text.empty() ? "none" : text;
 }
 
 } // namespace dov417::simulator

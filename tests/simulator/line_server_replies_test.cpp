@@ -22,7 +22,7 @@ TEST_F(LineServerReplies, LogsRequestsRepliesAndWhatHappenedToThem)
     std::vector<std::string> meanings;
     for (const LineEvent& event : events) {
         if (event.kind != LineEvent::notice)
-            meanings.push_back(event.meaning.toStdString());
+            meanings.push_back(event.meaning);
     }
     EXPECT_EQ(meanings, (std::vector<std::string>{
                             "station 1 reads register 1290", "reply",
@@ -32,8 +32,8 @@ TEST_F(LineServerReplies, LogsRequestsRepliesAndWhatHappenedToThem)
     event.kind = LineEvent::received;
     event.timeNs = 12345678;
     event.bytes = bytesOf(readRequest);
-    event.meaning = QStringLiteral("meaning");
-    EXPECT_EQ(text(logText(event)), "    0.012346 <- 01 03 05 0A 00 01 A4 C4  meaning");
+    event.meaning = "meaning";
+    EXPECT_EQ(logText(event), "    0.012346 <- 01 03 05 0A 00 01 A4 C4  meaning");
 }
 
 TEST_F(LineServerReplies, WithholdsASilencedReplyAndGoesOn)
