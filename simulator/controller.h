@@ -26,7 +26,7 @@
 
 namespace dov417::simulator {
 
-// Most units of one request.
+// Maximum units of one request.
 struct Limits {
     int readRegisters = 128;
     int readCoils = 2048;

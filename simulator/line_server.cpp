@@ -214,7 +214,7 @@ void LineServer::Private::collect(const Arrival& arrival)
     }
     const std::int64_t limit =
         arrival.at + std::max(options_.line.interFrameDelay().count(),
-                              options_.leastSilenceMs * nanosecondsPerMillisecond);
+                              options_.minSilenceMs * nanosecondsPerMillisecond);
     const bool goesOn = !arrivals_.empty() && arrivals_.front().from < limit;
     silentAt_ = collector_.isEmpty() || goesOn ? never : limit;
 }

@@ -44,8 +44,9 @@ struct LineServerOptions {
     bool paced = false;   // see above; leave it off on a real serial line
     int turnaroundMs = 0; // what the controller takes before it answers
     // Bytes come with the hiccups of the sender's process, not with the evenness of a wire: an
-    // unfinished request is given at least this long, the line's own silence if that is longer.
-    int leastSilenceMs = 50;
+    // unfinished request is given at least this long, the line's inter-frame delay if that is
+    // longer.
+    int minSilenceMs = 50;
 };
 
 struct LineServerCounters {

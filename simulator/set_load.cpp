@@ -134,7 +134,7 @@ void store(Memory& memory, const Assignment& assignment)
     }
 }
 
-// A value of the file as it would be written after --set.
+// A value of the file as it would be written in ADDRESS=VALUE.
 QString textOf(const Json& value)
 {
     if (value.is_boolean())

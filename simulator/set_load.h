@@ -1,4 +1,4 @@
-// Values by name: --set ADDRESS=VALUE, --load FILE and --dump FILE. Addresses are written as
+// Values by name, from a text ADDRESS=VALUE or from a file, and into one. Addresses are written as
 // address_range.h says.
 //
 // Values are decimal (also negative), hexadecimal with 0x, 0 or 1 for bits; an R_D with a point or

@@ -11,6 +11,7 @@
 #include "driver/library.h"
 #include "line/serial_format.h"
 #include "text/values.h"
+#include "tool/exit_code.h"
 
 namespace CLI {
 class App; // its header is long: only what makes options includes it

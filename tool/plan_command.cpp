@@ -78,7 +78,7 @@ void printWarnings(const Library& library, const Planner& planner, const Plan& p
                         "refuses it with exception 3\n",
                         i + 1, request.coils() > 0 ? request.coils() : request.length,
                         request.coils() > 0 ? "coils" : "registers",
-                        request.coils() > 0 ? mostCoils : mostRegisters);
+                        request.coils() > 0 ? maxCoils : maxRegisters);
     }
     for (const Stretch& stretch : planner.uncovered(plan))
         std::printf("! no request reads %s: a shorter address lies inside a longer one that was "

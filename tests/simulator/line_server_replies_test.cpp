@@ -106,7 +106,7 @@ TEST_F(LineServerReplies, PacedKeepsARequestThatTakesLongerThanTheSilence)
 {
     options.paced = true;
     options.line.baudRate = 300;
-    options.leastSilenceMs = 0; // 128 ms of the line
+    options.minSilenceMs = 0; // 128 ms of the line
     start();
     MasterEnd master(server->portName());
     // The first 9 characters take 330 ms, the other 12 follow for 440 ms: when the second request
@@ -123,7 +123,7 @@ TEST_F(LineServerReplies, PacedKeepsARequestWhoseEndBeganInTime)
 {
     options.paced = true;
     options.line.baudRate = 300;
-    options.leastSilenceMs = 400;
+    options.minSilenceMs = 400;
     start();
     MasterEnd master(server->portName());
     // The beginning has arrived when the first request is served; the end then takes 440 ms.

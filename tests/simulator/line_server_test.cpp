@@ -45,7 +45,7 @@ TEST_F(LineServerTest, PassesEveryByteValueUnchanged)
 
 TEST_F(LineServerTest, TakesARequestThatComesByteByByte)
 {
-    options.leastSilenceMs = 60000; // the test may be slow
+    options.minSilenceMs = 60000; // the test may be slow
     start();
     MasterEnd master(server->portName());
     const QByteArray request = bytesOf(readRequest);
