@@ -16,14 +16,20 @@ add_library(dov417modbus_service OBJECT
   service/planning/weight_order.cpp
   service/planning/request_queue.cpp
   service/planning/address_merging.cpp
+  service/planning/pieces.cpp
   service/planning/condition_reads.cpp
   service/planning/recipes.cpp
   service/link/send_scheduling.cpp
+  service/link/decoding.cpp
+  service/link/error_text.cpp
   service/link/response_handling.cpp
   service/cache/unit_index.cpp
-  service/cache/data_areas.cpp
-  service/cache/reading_values.cpp
   service/cache/change_notifiers.cpp
+  service/cache/watched_views.cpp
+  service/cache/reading_values.cpp
+  service/cache/write_queue.cpp
+  service/cache/pending_values.cpp
+  service/cache/data_areas.cpp
   service/cache/writing_values.cpp)
 if(DOV417_QT STREQUAL "6")
   set(dov417_library_standard 17) # Qt 6's own headers ask for it

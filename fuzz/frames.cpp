@@ -2,6 +2,7 @@
 #include "host.h"
 #include "link/send_scheduling.h"
 #include "protocol/crc.h"
+#include "uncalled_functions.h"
 
 namespace {
 

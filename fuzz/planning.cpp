@@ -2,6 +2,7 @@
 #include "host.h"
 #include "plain_rules.h"
 #include "planning/address_merging.h"
+#include "uncalled_functions.h"
 
 namespace {
 

@@ -118,8 +118,8 @@ DOV417_EXPORT void intf_setAddrValueChangeCallBack(VALUE_CHANGE_CALLBACK callBac
  * page. The host hands in its addresses again (intf_addrMerge()).
  *
  * @param hostBlock host memory of at least 60117 bytes, or null. Byte 60115 = 1 asks for a
- * recipe download (buffer to controller), byte 60116 = 1 for an upload. The driver clears the byte
- * when the transfer has ended. Borrowed until the next call.
+ * recipe download (buffer to controller), byte 60116 = 1 for an upload (::RecipeFlagOffset). The
+ * driver clears the byte when the transfer has ended. Borrowed until the next call.
  * @param hostArg2 any value; stored for the host in `driver.hostArg2`, never read.
  * @param recipeBuffer the host's recipe values, 16-bit words; must cover every `bufOffset` + length
  * named in intf_setRcpAddress(), and the first `bufOffset` + joint length of records that are
@@ -130,9 +130,9 @@ DOV417_EXPORT void intf_setAddrValueChangeCallBack(VALUE_CHANGE_CALLBACK callBac
  * "1#0#0#3#10". 1: tag, the callback's first argument and the link number of recipe records.
  * 2: not 0 = writes change only the cache. 3: spare. 4: retry limit, how many bad or missing
  * replies to a frame give its request up (below 2: the first one). 5: merge gap in words, the
- * largest hole that is read along, and also the longest piece of a write or condition read (8 times
- * that for bits; below 1: 123 words or 984 bits a piece, no hole is read along). With fewer than
- * five parts (or null) the earlier values stay; a part that is no number counts as 0.
+ * largest hole that is read along, and also the maximum length of a piece of a write or condition
+ * read (8 times that for bits; below 1: 123 words or 984 bits a piece, no hole is read along). With
+ * fewer than five parts (or null) the earlier values stay; a part that is no number counts as 0.
  * @param hostMutex    held while the two flag bytes are read or cleared; null: no lock is taken.
  *                     Borrowed until the next call.
  * @return 1, always.
@@ -259,8 +259,8 @@ DOV417_EXPORT int intf_addConditionRead(KEY_ADDRESS& key, int kind);
  * block only after records were taken.
  *
  * A request whose first value would lie before the start of the buffer (a `bufOffset` below 0) is
- * not framed for a download: intf_getSendFrame() returns 0 until the host clears its flag. An upload
- * leaves out the values that have no place in the buffer.
+ * not framed for a download: intf_getSendFrame() returns 0 until the host clears its flag. An
+ * upload leaves out the values that have no place in the buffer.
  *
  * @param records addresses and buffer places, copied; those whose `linkId` is not the driver's tag
  * are ignored. Keep each to 1 to 128 units: pieces cut from a longer record all carry its own

@@ -48,6 +48,23 @@
  */
 typedef void (*VALUE_CHANGE_CALLBACK)(int tag, int station, QString& regName, int address);
 
+/** @brief What the request in progress, or the one before it, is for: `driver.sendKind`. */
+enum SendKind {
+    sendIdle = 0,           ///< Nothing was to be sent.
+    sendHandshake = 1,      ///< An empty frame.
+    sendWrite = 2,          ///< The head of `driver.writeList`.
+    sendConditionRead = 3,  ///< The head of `driver.conditionList`.
+    sendCyclicRead = 4,     ///< The head of `driver.readList`.
+    sendRecipeDownload = 5, ///< A write of a merged recipe request.
+    sendRecipeUpload = 6    ///< A read of a merged recipe request.
+};
+
+/** @brief Places in the host block of the bytes that ask for a recipe transfer while they are 1. */
+enum RecipeFlagOffset {
+    downloadFlagOffset = 60115, ///< Recipe buffer to controller.
+    uploadFlagOffset = 60116    ///< Controller to recipe buffer.
+};
+
 struct UnitIndex;
 
 /**
@@ -67,7 +84,7 @@ public:
     int propertyField3;       ///< Property field 3: stored for the host.
     int retryLimit;           ///< Property field 4: bad replies until a request is abandoned.
     int mergeGap;             ///< Property field 5: largest hole, in words, that merging bridges.
-    unsigned char* hostBlock; ///< Host memory; byte 60115 download, 60116 upload request flag.
+    unsigned char* hostBlock; ///< Host memory with the two request flags, ::RecipeFlagOffset.
     int hostArg2;             ///< Host value, stored for the host.
     unsigned short* recipeBuffer;         ///< Host's recipe words.
     QMutex* hostMutex;                    ///< Guards `hostBlock`.
@@ -82,12 +99,12 @@ public:
     QStringList regNames;                 ///< The eleven register names.
     VARIABLE currentVar;                  ///< Request being framed.
     QList<VARIABLE> currentVars;          ///< Requests of the read frame on the line.
-    int sendKind;   ///< 0 idle, 1 handshake, 2 write, 3 condition, 4 cyclic, 5 download, 6 upload.
-    int burstCount; ///< Writes and condition reads since the last cyclic read.
+    int sendKind;                         ///< A ::SendKind.
+    int burstCount;            ///< Writes and condition reads since the last cyclic read.
     int handshakeRequest;      ///< Not 0: the next idle poll frames a handshake.
     int retryCount;            ///< Bad replies in a row to the frame on the line.
-    int pieceBitLimit;         ///< `mergeGap` * 8: most bits of one write or condition piece.
-    int pieceWordLimit;        ///< `mergeGap`: most words of one write or condition piece.
+    int pieceBitLimit;         ///< `mergeGap` * 8: maximum of one piece, in bits.
+    int pieceWordLimit;        ///< `mergeGap`: maximum of one piece, in words.
     int commFailed;            ///< 1 after a request was abandoned, 0 after a good reply.
     int frameIndex;            ///< Index in `sendList` of the frame being decoded.
     int initDone;              ///< 1 once intf_initProperty() ran.

@@ -25,6 +25,17 @@ public:
     using Failure::Failure;
 };
 
+// What a call came to, where an exception has no place.
+struct Result {
+    bool accepted = true;
+    std::string reason; // why not
+
+    static Result refused(const std::string& why)
+    {
+        return {false, why};
+    }
+};
+
 } // namespace dov417
 
 #endif

@@ -167,16 +167,10 @@ void LineLog::remark(const std::string& text)
         out_ << "# " << onOneLine(text) << std::endl;
 }
 
-void LineLog::add(Direction direction, const QByteArray& bytes, const std::string& meaning)
+void LineLog::add(const LogEntry& entry)
 {
-    if (!isOpen())
-        return;
-    LogEntry entry;
-    entry.time = std::chrono::time_point_cast<microseconds>(std::chrono::system_clock::now());
-    entry.direction = direction;
-    entry.bytes = bytes;
-    entry.meaning = meaning;
-    out_ << logLine(entry) << std::endl;
+    if (isOpen())
+        out_ << logLine(entry) << std::endl;
 }
 
 } // namespace dov417

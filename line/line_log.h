@@ -53,7 +53,7 @@ public:
     bool hasFailed() const;
 
     void remark(const std::string& text);
-    void add(Direction direction, const QByteArray& bytes, const std::string& meaning);
+    void add(const LogEntry& entry);
 
 private:
     std::ofstream out_;

@@ -23,12 +23,12 @@ std::int64_t monotonicNow()
 }
 
 WakeTimer::WakeTimer(std::function<void()> wake)
-    : m_descriptor(timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC)),
-      m_notifier(new QSocketNotifier(m_descriptor, QSocketNotifier::Read))
+    : descriptor_(timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC)),
+      notifier_(new QSocketNotifier(descriptor_, QSocketNotifier::Read))
 {
-    m_notifier->setEnabled(isValid());
-    QObject::connect(m_notifier, &QSocketNotifier::activated, m_notifier,
-                     [descriptor = m_descriptor, action = std::move(wake)]() {
+    notifier_->setEnabled(isValid());
+    QObject::connect(notifier_, &QSocketNotifier::activated, notifier_,
+                     [descriptor = descriptor_, action = std::move(wake)]() {
                          std::uint64_t expirations = 0;
                          // Nothing to read: the time was moved after the notifier had been marked.
                          if (read(descriptor, &expirations, sizeof expirations) > 0)
@@ -38,15 +38,15 @@ WakeTimer::WakeTimer(std::function<void()> wake)
 
 WakeTimer::~WakeTimer()
 {
-    m_notifier->setEnabled(false);
-    m_notifier->deleteLater();
+    notifier_->setEnabled(false);
+    notifier_->deleteLater();
     if (isValid())
-        close(m_descriptor);
+        close(descriptor_);
 }
 
 bool WakeTimer::isValid() const
 {
-    return m_descriptor >= 0;
+    return descriptor_ >= 0;
 }
 
 void WakeTimer::wakeAt(std::int64_t nanoseconds)
@@ -64,7 +64,7 @@ void WakeTimer::set(std::int64_t nanoseconds)
     itimerspec when{};
     when.it_value.tv_sec = static_cast<time_t>(nanoseconds / nanosecondsPerSecond);
     when.it_value.tv_nsec = static_cast<long>(nanoseconds % nanosecondsPerSecond);
-    timerfd_settime(m_descriptor, TFD_TIMER_ABSTIME, &when, nullptr);
+    timerfd_settime(descriptor_, TFD_TIMER_ABSTIME, &when, nullptr);
 }
 
 } // namespace dov417

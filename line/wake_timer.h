@@ -28,8 +28,8 @@ public:
 private:
     void set(std::int64_t nanoseconds);
 
-    int m_descriptor;
-    QSocketNotifier* m_notifier; // outlives this by a turn of the loop: it may be what calls us
+    int descriptor_;
+    QSocketNotifier* notifier_; // outlives this by a turn of the loop: it may be what calls us
 };
 
 } // namespace dov417

@@ -17,16 +17,15 @@ bool isBitRegister(const QString& regName)
     return regName.contains(QLatin1String("_bit"));
 }
 
-int radixOf(const QString& format)
-{
-    const QChar last = format.isEmpty() ? QChar() : format.at(format.size() - 1);
-    if (last == QLatin1Char('O')) {
-        return 8;
-    }
-    return last == QLatin1Char('H') ? 16 : 10;
-}
-
 } // namespace
+
+int radixOfLetter(QChar letter)
+{
+    return letter == QLatin1Char('D')   ? 10
+           : letter == QLatin1Char('H') ? 16
+           : letter == QLatin1Char('O') ? 8
+                                        : 0;
+}
 
 // Requests that the driver made itself share their name with the table.
 int indexOfName(const QString& regName)
@@ -60,21 +59,21 @@ int numberOf(const QString& text, bool& ok, int radix)
     return text.trimmed().toInt(&ok, radix);
 }
 
-// The bit part is not checked: "3.16" is "4.0" to the controllers' own editors too. The range
-// check tells what lies outside the register type.
+// The bit part is not checked: "3.16" is "4.0", and "3.-1" is "2.15". The range check tells what
+// lies outside the register type.
 int addr_str2int(QString text, QString regName)
 {
     if (!isBitRegister(regName)) {
         return 0;
     }
-    const QStringList parts = text.split(QLatin1Char('.'));
-    if (parts.size() != 2) {
+    const int point = static_cast<int>(text.indexOf(QLatin1Char('.')));
+    if (point < 0 || text.indexOf(QLatin1Char('.'), point + 1) >= 0) {
         return -1;
     }
     bool wordOk = false;
     bool bitOk = false;
-    const int word = numberOf(parts.at(0), wordOk, 10);
-    const int bit = numberOf(parts.at(1), bitOk, 10);
+    const int word = numberOf(text.left(point), wordOk, 10);
+    const int bit = numberOf(text.mid(point + 1), bitOk, 10);
     return wordOk && bitOk ? wrapAdd(wrapMul(word, 16), bit) : -1;
 }
 
@@ -109,8 +108,9 @@ int a2i(QString text, int& value, QString format, QString regName)
         value = address;
         return 1;
     }
+    const int radix = format.isEmpty() ? 0 : radixOfLetter(format.at(format.size() - 1));
     bool ok = false;
-    value = numberOf(text, ok, radixOf(format));
+    value = numberOf(text, ok, radix != 0 ? radix : 10);
     return ok ? 1 : -1;
 }
 

@@ -5,7 +5,7 @@
 #include <QString>
 #include <QStringList>
 
-// Index 0 to 10 in REG_LIST, -1 for an unknown name.
+// Index 0 to 10 in REG_LIST, -1 for an unknown name. The second is for every poll: no copy.
 int getIndexFromRegName(QString regName);
 int indexOfName(const QString& regName);
 
@@ -23,6 +23,9 @@ QString addr_int2str(int address, QString regName);
 
 // Text of any register type to its value, by the type's format. 1 converted, -1 not.
 int a2i(QString text, int& value, QString format, QString regName);
+
+// The letter of a format: D 10, H 16, O 8, any other 0.
+int radixOfLetter(QChar letter);
 
 // "DDD.DD": a second, different character tells the word.bit form from a plain radix format.
 bool isWordBitFormat(const QString& format);

@@ -95,8 +95,8 @@ void writeOneCoil(QList<FRAME_PRO>& frames, const VARIABLE& request, const Regis
     finishWrite(made, headerSize);
 }
 
-// Controllers in the field take the bit number of a run as it stands, without the base address of
-// its area.
+// Goes out by its bit number alone, without the base address of its area, unlike every other frame:
+// a run of "Q_bit" or "M_bit" changes coils of I. Hosts are told to write such bits one at a time.
 void writeCoilRun(QList<FRAME_PRO>& frames, const VARIABLE& request)
 {
     if (request.length > maxWriteBits) {

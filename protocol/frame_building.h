@@ -1,4 +1,4 @@
-// One request -> the frames of the send list, with the reply that each one expects.
+// One request -> its frames, with the reply that each one expects.
 #ifndef DOV417MODBUS_FRAME_BUILDING_H
 #define DOV417MODBUS_FRAME_BUILDING_H
 

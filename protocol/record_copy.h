@@ -1,5 +1,5 @@
-// Assignment of the two large records as one block copy. The compiler's own assignment goes through
-// the kilobyte arrays byte by byte, or nearly so, and every poll makes four of them.
+// Assignment of the two large records with one block copy of the kilobyte that each carries. Every
+// poll of a new request makes four of them.
 #ifndef DOV417MODBUS_RECORD_COPY_H
 #define DOV417MODBUS_RECORD_COPY_H
 

@@ -63,6 +63,23 @@ QString areaOf(const QString& regName)
     return underscore < 0 ? regName : regName.left(underscore);
 }
 
+static UnitLayout layoutOf(int dataBits, int unitBits, bool bitNamed)
+{
+    switch (dataBits) {
+    case 16:
+        return unitBits == 8 ? wordsOverBytes : wordUnits;
+    case 32:
+        return unitBits == 16 ? dwordsOverWords : unitBits == 8 ? dwordsOverBytes : dwordUnits;
+    case 1:
+    case 8:
+        if (!bitNamed) {
+            return dataBits == 8 ? byteUnits : namedUnits;
+        }
+        return unitBits == 16 || unitBits == 8 ? bitsOfUnits : noUnits;
+    }
+    return noUnits;
+}
+
 RegisterType deriveRegisterType(const QString& name, const QString (&row)[rangeFieldCount],
                                 int functionCode, int baseAddress)
 {
@@ -73,6 +90,9 @@ RegisterType deriveRegisterType(const QString& name, const QString (&row)[rangeF
     type.unitBits = row[unitBitsField].toInt();
     type.timerCounter = row[timerCounterField].toInt();
     type.bitNamed = name.contains(QLatin1String("_bit"));
+    type.lowByteFirst = type.area == QLatin1String("I") || type.area == QLatin1String("Q") ||
+                        type.area == QLatin1String("M");
+    type.layout = layoutOf(type.dataBits, type.unitBits, type.bitNamed);
     type.functionCode = functionCode;
     type.baseAddress = baseAddress;
     return type;

@@ -1,5 +1,5 @@
-// 32-bit sums and products that wrap around like the controller's own: a signed overflow would be
-// undefined, and hosts do hand in addresses near 2^31.
+// 32-bit sums and products that wrap around: hosts may hand in addresses near 2^31, and a signed
+// overflow would be undefined.
 #ifndef DOV417MODBUS_WRAP_H
 #define DOV417MODBUS_WRAP_H
 

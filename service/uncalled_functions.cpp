@@ -1,8 +1,16 @@
 #include "uncalled_functions.h"
 
+#include "cache/unit_index.h"
+#include "link/response_handling.h"
+#include "planning/address_merging.h"
+#include "protocol.h"
 #include "protocol/wrap.h"
 
 namespace {
+
+enum {
+    mixedRequestOverhead = 4 // bytes that each request of a mixed reply takes
+};
 
 int hexNibble(const QByteArray& text, int position)
 {
@@ -22,4 +30,59 @@ unsigned char asc2hex(QByteArray text, int position)
 {
     return static_cast<unsigned char>(hexNibble(text, position) << 4 |
                                       hexNibble(text, wrapAdd(position, 1)));
+}
+
+int judgeAddrMerge(KEY_ADDRESS a, KEY_ADDRESS b, int useGap)
+{
+    return keepApart(runOf(a, 0), runOf(b, 0), useGap == 0 ? 0 : driver.mergeGap) ? 1 : 0;
+}
+
+void addrMerge(QList<KEY_ADDRESS>& keys, int mode)
+{
+    const QVector<Run> runs = planRuns(keys, mode);
+    QList<KEY_ADDRESS> merged;
+    for (int i = 0; i < runs.size(); ++i) {
+        const Run& run = runs.at(i);
+        KEY_ADDRESS key = keys.at(run.opener);
+        key.regName = run.regName;
+        key.address = run.address;
+        key.length = run.length;
+        merged.append(key);
+    }
+    keys = merged;
+}
+
+int getIndexOfDataArea(int station, QString area, int address, QList<_DATA_>& list)
+{
+    if (&list == &driver.dataAreas) {
+        return unitIndexOf(station, area, address, -1);
+    }
+    for (int i = 0; i < list.size(); ++i) {
+        const _DATA_& unit = list.at(i);
+        if (unit.address == address && unit.station == station && unit.area == area) {
+            return i;
+        }
+    }
+    list.append(newUnit(station, area, address));
+    return static_cast<int>(list.size()) - 1;
+}
+
+void analyzeFrameOfVal(QByteArray reply, int count, int position, VARIABLE request)
+{
+    decodeReply(reply, count, position, request);
+}
+
+int allMix_GetDataStartPosition(QByteArray, QList<VARIABLE>, int n)
+{
+    if (driver.frameIndex < 0 || driver.frameIndex >= driver.sendList.size()) {
+        return 0;
+    }
+    const int counted = n < driver.frameVarCount ? n : driver.frameVarCount;
+    const int position = driver.sendList.at(driver.frameIndex).dataPosition;
+    return counted > 0 ? wrapAdd(position, wrapMul(mixedRequestOverhead, counted)) : position;
+}
+
+int allMix_GetRecvLenFromReadList(QList<VARIABLE>)
+{
+    return 0;
 }

@@ -4,8 +4,31 @@
 #define DOV417MODBUS_UNCALLED_FUNCTIONS_H
 
 #include <QByteArray>
+#include <QList>
+#include <QString>
+
+#include "records.h"
 
 // Two hexadecimal characters to a byte. Frames are binary: none is read so.
 unsigned char asc2hex(QByteArray text, int position);
+
+// May two keys not be read by one request? 1: keep apart, 0: may join. `useGap` 0: only what
+// touches joins. Planning asks keepApart(), for runs.
+int judgeAddrMerge(KEY_ADDRESS a, KEY_ADDRESS b, int useGap);
+
+// planRuns() for keys with all that they carry: a merged key keeps what its opener had.
+void addrMerge(QList<KEY_ADDRESS>& keys, int mode);
+
+// Index of the unit's record in a list, created at its end if it is missing. The driver looks into
+// its own list with unitIndexOf().
+int getIndexOfDataArea(int station, QString area, int address, QList<_DATA_>& list);
+
+// decodeReply() with copies of its arguments.
+void analyzeFrameOfVal(QByteArray reply, int count, int position, VARIABLE request);
+
+// For replies that carry several requests. No request of this driver is answered so: the place of
+// the data is known when the frame is built.
+int allMix_GetDataStartPosition(QByteArray reply, QList<VARIABLE> list, int n);
+int allMix_GetRecvLenFromReadList(QList<VARIABLE> list);
 
 #endif

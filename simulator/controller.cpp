@@ -156,27 +156,27 @@ Limits Limits::strict()
     return limits;
 }
 
-Controller::Controller(Memory& memory, const Limits& limits) : m_memory(memory), m_limits(limits) {}
+Controller::Controller(Memory& memory, const Limits& limits) : memory_(memory), limits_(limits) {}
 
 Answer Controller::serve(const QByteArray& request)
 {
     Answer answer = decide(request);
-    ++m_counters.frames;
+    ++counters_.frames;
     switch (answer.outcome) {
     case Outcome::answered:
-        ++m_counters.answered;
+        ++counters_.answered;
         break;
     case Outcome::refused:
-        ++m_counters.refused;
+        ++counters_.refused;
         break;
     case Outcome::broadcast:
-        ++m_counters.broadcasts;
+        ++counters_.broadcasts;
         break;
     case Outcome::otherStation:
-        ++m_counters.otherStation;
+        ++counters_.otherStation;
         break;
     case Outcome::badFrame:
-        ++m_counters.badFrames;
+        ++counters_.badFrames;
         break;
     }
     return answer;
@@ -196,14 +196,14 @@ Answer Controller::decide(const QByteArray& request)
     }
 
     const bool broadcast = answer.station == broadcastStation;
-    if (!broadcast && !m_memory.has(answer.station)) {
+    if (!broadcast && !memory_.has(answer.station)) {
         answer.outcome = Outcome::otherStation;
         return answer;
     }
 
     if (!function)
         answer.exception = illegalFunction;
-    else if (!isSensible(*function, request, answer.count, m_limits))
+    else if (!isSensible(*function, request, answer.count, limits_))
         answer.exception = illegalValue;
     else if (!isThere(*function, answer.address, answer.count))
         answer.exception = illegalAddress;
@@ -212,9 +212,9 @@ Answer Controller::decide(const QByteArray& request)
     if (broadcast) {
         answer.outcome = Outcome::broadcast;
         if (execute && function->access != Access::readRun) {
-            for (int station : m_memory.stations())
-                write(*m_memory.station(station), *function, request, answer.address, answer.count);
-            ++m_counters.writes;
+            for (int station : memory_.stations())
+                write(*memory_.station(station), *function, request, answer.address, answer.count);
+            ++counters_.writes;
         }
         return answer;
     }
@@ -225,12 +225,12 @@ Answer Controller::decide(const QByteArray& request)
     }
 
     answer.outcome = Outcome::answered;
-    StationMemory& memory = *m_memory.station(answer.station);
+    StationMemory& memory = *memory_.station(answer.station);
     if (function->access == Access::readRun) {
         answer.reply = readReply(memory, *function, answer);
     } else {
         write(memory, *function, request, answer.address, answer.count);
-        ++m_counters.writes;
+        ++counters_.writes;
         // A single write is echoed whole, a run is acknowledged by its address and quantity.
         answer.reply = withCrc(request.left(6));
     }
@@ -244,12 +244,12 @@ QByteArray Controller::answer(const QByteArray& request)
 
 Memory& Controller::memory()
 {
-    return m_memory;
+    return memory_;
 }
 
 const ControllerCounters& Controller::counters() const
 {
-    return m_counters;
+    return counters_;
 }
 
 } // namespace dov417::simulator

@@ -79,9 +79,9 @@ public:
 private:
     Answer decide(const QByteArray& request);
 
-    Memory& m_memory;
-    Limits m_limits;
-    ControllerCounters m_counters;
+    Memory& memory_;
+    Limits limits_;
+    ControllerCounters counters_;
 };
 
 // Length of the request that these bytes begin, CRC included: 8, or 9 + n for writes of several

@@ -132,8 +132,8 @@ QByteArray Transmission::bytes() const
 Faults::Faults(const std::vector<FaultRule>& rules, std::uint32_t seed)
 {
     for (const FaultRule& rule : rules) {
-        const auto number = static_cast<std::uint32_t>(m_sources.size());
-        m_sources.push_back({rule, Chance(seed + 0x9E3779B9U * number)});
+        const auto number = static_cast<std::uint32_t>(sources_.size());
+        sources_.push_back({rule, Chance(seed + 0x9E3779B9U * number)});
     }
 }
 
@@ -142,11 +142,11 @@ Transmission Faults::apply(const QByteArray& request, const QByteArray& reply)
     Transmission result;
     if (reply.isEmpty())
         return result;
-    ++m_replies;
+    ++replies_;
 
     std::array<Source*, faultKindCount> hit{};
-    for (Source& source : m_sources) {
-        if (!hits(source.rule, m_replies, source.chance))
+    for (Source& source : sources_) {
+        if (!hits(source.rule, replies_, source.chance))
             continue;
         const std::size_t kind =
             source.rule.kind == FaultKind::any
@@ -203,10 +203,10 @@ Transmission Faults::apply(const QByteArray& request, const QByteArray& reply)
             break; // below, once the bytes are what they are
         }
         result.faults.push_back(kind);
-        ++m_counts[index];
+        ++counts_[index];
     }
     if (!result.faults.empty())
-        ++m_faulty;
+        ++faulty_;
 
     if (hit[indexOf(FaultKind::silence)]) {
         result.pieces.clear();
@@ -223,28 +223,28 @@ Transmission Faults::apply(const QByteArray& request, const QByteArray& reply)
 
 std::uint64_t Faults::replies() const
 {
-    return m_replies;
+    return replies_;
 }
 
 std::uint64_t Faults::faulty() const
 {
-    return m_faulty;
+    return faulty_;
 }
 
 std::uint64_t Faults::count(FaultKind kind) const
 {
-    return kind == FaultKind::any ? m_faulty : m_counts[indexOf(kind)];
+    return kind == FaultKind::any ? faulty_ : counts_[indexOf(kind)];
 }
 
 QString Faults::report() const
 {
     QString text;
-    for (std::size_t index = 0; index < m_counts.size(); ++index) {
-        if (m_counts[index] != 0)
+    for (std::size_t index = 0; index < counts_.size(); ++index) {
+        if (counts_[index] != 0)
             text += (text.isEmpty() ? QString() : QStringLiteral(", ")) +
                     QStringLiteral("%1 %2")
                         .arg(faultName(static_cast<FaultKind>(index)))
-                        .arg(m_counts[index]);
+                        .arg(counts_[index]);
     }
     return text.isEmpty() ? QStringLiteral("none") : text;
 }

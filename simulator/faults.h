@@ -101,10 +101,10 @@ private:
         FaultRule rule;
         std::mt19937 chance;
     };
-    std::vector<Source> m_sources;
-    std::array<std::uint64_t, faultKindCount> m_counts{};
-    std::uint64_t m_replies = 0;
-    std::uint64_t m_faulty = 0;
+    std::vector<Source> sources_;
+    std::array<std::uint64_t, faultKindCount> counts_{};
+    std::uint64_t replies_ = 0;
+    std::uint64_t faulty_ = 0;
 };
 
 } // namespace dov417::simulator

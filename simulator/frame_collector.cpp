@@ -15,34 +15,34 @@ constexpr int floodedSize = 4096;
 
 void FrameCollector::append(const QByteArray& bytes)
 {
-    m_bytes += bytes;
+    bytes_ += bytes;
 }
 
 QByteArray FrameCollector::takeFrame()
 {
-    const int length = requestLength(m_bytes);
-    if (length <= 0 || m_bytes.size() < length)
+    const int length = requestLength(bytes_);
+    if (length <= 0 || bytes_.size() < length)
         return QByteArray();
-    QByteArray frame = m_bytes.left(length);
+    QByteArray frame = bytes_.left(length);
     if (!hasGoodCrc(frame))
         return QByteArray();
-    m_bytes.remove(0, length);
+    bytes_.remove(0, length);
     return frame;
 }
 
 QByteArray FrameCollector::takeRest()
 {
-    return std::exchange(m_bytes, QByteArray());
+    return std::exchange(bytes_, QByteArray());
 }
 
 bool FrameCollector::isEmpty() const
 {
-    return m_bytes.isEmpty();
+    return bytes_.isEmpty();
 }
 
 bool FrameCollector::isFlooded() const
 {
-    return m_bytes.size() > floodedSize;
+    return bytes_.size() > floodedSize;
 }
 
 } // namespace dov417::simulator

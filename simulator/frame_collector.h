@@ -22,7 +22,7 @@ public:
     bool isFlooded() const;
 
 private:
-    QByteArray m_bytes;
+    QByteArray bytes_;
 };
 
 } // namespace dov417::simulator

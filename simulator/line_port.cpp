@@ -79,20 +79,20 @@ LinePort::~LinePort()
 bool LinePort::openPseudoTerminal(const QString& link, QString* error)
 {
     close();
-    m_descriptor = posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+    descriptor_ = posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     char device[64] = "";
-    if (m_descriptor < 0 || grantpt(m_descriptor) != 0 || unlockpt(m_descriptor) != 0 ||
-        ptsname_r(m_descriptor, device, sizeof device) != 0)
+    if (descriptor_ < 0 || grantpt(descriptor_) != 0 || unlockpt(descriptor_) != 0 ||
+        ptsname_r(descriptor_, device, sizeof device) != 0)
         return giveUp(QStringLiteral("no pseudo-terminal"), error);
-    m_device = QFile::decodeName(device);
-    m_otherEnd = ::open(device, O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
-    if (m_otherEnd < 0 || !makeRaw(m_otherEnd))
-        return giveUp(m_device, error);
-    m_watch = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
-    if (m_watch >= 0 &&
-        inotify_add_watch(m_watch, device, IN_OPEN | IN_CLOSE_WRITE | IN_CLOSE_NOWRITE) < 0) {
-        ::close(m_watch);
-        m_watch = -1;
+    device_ = QFile::decodeName(device);
+    otherEnd_ = ::open(device, O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+    if (otherEnd_ < 0 || !makeRaw(otherEnd_))
+        return giveUp(device_, error);
+    watch_ = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+    if (watch_ >= 0 &&
+        inotify_add_watch(watch_, device, IN_OPEN | IN_CLOSE_WRITE | IN_CLOSE_NOWRITE) < 0) {
+        ::close(watch_);
+        watch_ = -1;
     }
     if (!link.isEmpty() && !makeLink(link, error)) {
         close();
@@ -112,43 +112,43 @@ bool LinePort::openDevice(const QString& device, const SerialFormat& format, QSt
                          .arg(format.baudRate);
         return false;
     }
-    m_device = device;
-    m_descriptor =
+    device_ = device;
+    descriptor_ =
         ::open(QFile::encodeName(device).constData(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
-    if (m_descriptor < 0 || !configure(m_descriptor, format, speed->code))
+    if (descriptor_ < 0 || !configure(descriptor_, format, speed->code))
         return giveUp(device, error);
-    tcflush(m_descriptor, TCIOFLUSH);
+    tcflush(descriptor_, TCIOFLUSH);
     return true;
 }
 
 void LinePort::close()
 {
     // The link may have become another controller's in the meantime.
-    if (!m_link.isEmpty() && QFile::symLinkTarget(m_link) == m_device)
-        QFile::remove(m_link);
-    for (int* descriptor : {&m_descriptor, &m_otherEnd, &m_watch}) {
+    if (!link_.isEmpty() && QFile::symLinkTarget(link_) == device_)
+        QFile::remove(link_);
+    for (int* descriptor : {&descriptor_, &otherEnd_, &watch_}) {
         if (*descriptor >= 0)
             ::close(*descriptor);
         *descriptor = -1;
     }
-    m_listeners = 0;
-    m_device.clear();
-    m_link.clear();
+    listeners_ = 0;
+    device_.clear();
+    link_.clear();
 }
 
 bool LinePort::isOpen() const
 {
-    return m_descriptor >= 0;
+    return descriptor_ >= 0;
 }
 
 QString LinePort::name() const
 {
-    return m_link.isEmpty() ? m_device : m_link;
+    return link_.isEmpty() ? device_ : link_;
 }
 
 int LinePort::descriptor() const
 {
-    return m_descriptor;
+    return descriptor_;
 }
 
 QByteArray LinePort::read(bool* lost)
@@ -157,7 +157,7 @@ QByteArray LinePort::read(bool* lost)
     QByteArray all;
     char buffer[1024];
     for (;;) {
-        const ssize_t count = ::read(m_descriptor, buffer, sizeof buffer);
+        const ssize_t count = ::read(descriptor_, buffer, sizeof buffer);
         if (count > 0) {
             all.append(buffer, static_cast<int>(count));
             // Enough for one turn; whoever floods the line must not keep us from everything else.
@@ -176,7 +176,7 @@ int LinePort::write(const QByteArray& bytes)
 {
     int done = 0;
     while (done < bytes.size()) {
-        const ssize_t count = ::write(m_descriptor, bytes.constData() + done,
+        const ssize_t count = ::write(descriptor_, bytes.constData() + done,
                                       static_cast<std::size_t>(bytes.size() - done));
         if (count < 0 && errno == EINTR)
             continue;
@@ -189,34 +189,34 @@ int LinePort::write(const QByteArray& bytes)
 
 int LinePort::watchDescriptor() const
 {
-    return m_watch;
+    return watch_;
 }
 
 bool LinePort::updateListeners()
 {
-    if (m_watch < 0)
+    if (watch_ < 0)
         return false;
     alignas(inotify_event) char buffer[4096];
     bool lastWent = false;
     ssize_t size = 0;
-    while ((size = ::read(m_watch, buffer, sizeof buffer)) > 0) {
+    while ((size = ::read(watch_, buffer, sizeof buffer)) > 0) {
         for (ssize_t at = 0; at < size;) {
             inotify_event event{};
             std::memcpy(&event, buffer + at, sizeof event);
             at += static_cast<ssize_t>(sizeof event + event.len);
             if ((event.mask & IN_OPEN) != 0)
-                ++m_listeners;
-            else if ((event.mask & (IN_CLOSE_WRITE | IN_CLOSE_NOWRITE)) != 0 && m_listeners > 0)
-                lastWent = --m_listeners == 0;
+                ++listeners_;
+            else if ((event.mask & (IN_CLOSE_WRITE | IN_CLOSE_NOWRITE)) != 0 && listeners_ > 0)
+                lastWent = --listeners_ == 0;
         }
     }
     if (lastWent) {
         // The hold on the other end would keep what a master left behind for the next one: bytes
         // that it never read and, if it was killed, its settings and its claim.
-        tcflush(m_otherEnd, TCIFLUSH);
-        if (m_listeners == 0) {
-            makeRaw(m_otherEnd);
-            ioctl(m_otherEnd, TIOCNXCL);
+        tcflush(otherEnd_, TCIFLUSH);
+        if (listeners_ == 0) {
+            makeRaw(otherEnd_);
+            ioctl(otherEnd_, TIOCNXCL);
         }
     }
     return lastWent;
@@ -224,7 +224,7 @@ bool LinePort::updateListeners()
 
 bool LinePort::hasListener() const
 {
-    return m_watch < 0 || m_listeners > 0;
+    return watch_ < 0 || listeners_ > 0;
 }
 
 // Replaces a symbolic link that leads nowhere in one step, so that it is never missing, but nothing
@@ -232,7 +232,7 @@ bool LinePort::hasListener() const
 bool LinePort::makeLink(const QString& link, QString* error)
 {
     const QFileInfo info(link);
-    if (info.exists() && !(info.isSymLink() && info.symLinkTarget() == m_device)) {
+    if (info.exists() && !(info.isSymLink() && info.symLinkTarget() == device_)) {
         if (error)
             *error =
                 info.isSymLink()
@@ -245,7 +245,7 @@ bool LinePort::makeLink(const QString& link, QString* error)
     const QString path = info.absoluteFilePath();
     const QString fresh = QStringLiteral("%1.%2").arg(path).arg(getpid());
     QFile::remove(fresh);
-    if (!QFile::link(m_device, fresh) ||
+    if (!QFile::link(device_, fresh) ||
         rename(QFile::encodeName(fresh).constData(), QFile::encodeName(path).constData()) != 0) {
         const int reason = errno;
         QFile::remove(fresh);
@@ -254,7 +254,7 @@ bool LinePort::makeLink(const QString& link, QString* error)
             *error = QStringLiteral("%1: %2").arg(link, QString::fromLocal8Bit(strerror(reason)));
         return false;
     }
-    m_link = path;
+    link_ = path;
     return true;
 }
 

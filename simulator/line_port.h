@@ -42,13 +42,13 @@ private:
     bool makeLink(const QString& link, QString* error);
     bool giveUp(const QString& what, QString* error);
 
-    int m_descriptor = -1;
+    int descriptor_ = -1;
     // The own hold on the other end: without it the first close by a master would hang up.
-    int m_otherEnd = -1;
-    int m_watch = -1;
-    int m_listeners = 0;
-    QString m_device;
-    QString m_link;
+    int otherEnd_ = -1;
+    int watch_ = -1;
+    int listeners_ = 0;
+    QString device_;
+    QString link_;
 };
 
 } // namespace dov417::simulator

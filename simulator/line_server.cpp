@@ -32,18 +32,18 @@ using Notifier = std::unique_ptr<QSocketNotifier, LaterDelete>;
 
 class LineServer::Private {
 public:
-    Private(LineServer& server, Controller& theController, Faults& theFaults,
-            const LineServerOptions& theOptions)
-        : q(server), controller(theController), faults(theFaults), options(theOptions),
-          inward(theOptions.line), outward(theOptions.line)
+    Private(LineServer& server, Controller& controller, Faults& faults,
+            const LineServerOptions& options)
+        : server_(server), controller_(controller), faults_(faults), options_(options),
+          inward_(options.line), outward_(options.line)
     {
     }
 
     bool open(QString* error);
     void close();
 
-    LineServerCounters counters;
-    LinePort port;
+    LineServerCounters counters_;
+    LinePort port_;
 
 private:
     // Bytes on their way in: on a paced line they have arrived only when their time has passed.
@@ -74,107 +74,108 @@ private:
     std::int64_t sinceOpen() const;
     void log(LineEvent::Kind kind, const QByteArray& bytes, const QString& meaning);
 
-    LineServer& q;
-    Controller& controller;
-    Faults& faults;
-    LineServerOptions options;
+    LineServer& server_;
+    Controller& controller_;
+    Faults& faults_;
+    LineServerOptions options_;
 
-    std::int64_t openedAt = 0;
-    WireClock inward;
-    WireClock outward;
-    FrameCollector collector;
-    std::int64_t lastByteAt = 0;   // of what is in the collector
-    std::int64_t silentAt = never; // when the unfinished frame in the collector is given up
-    std::deque<Arrival> arrivals;
-    std::deque<Departure> departures;
-    std::unique_ptr<WakeTimer> timer;
-    Notifier readable;
-    Notifier listeners;
+    std::int64_t openedAt_ = 0;
+    WireClock inward_;
+    WireClock outward_;
+    FrameCollector collector_;
+    std::int64_t lastByteAt_ = 0;   // of what is in the collector
+    std::int64_t silentAt_ = never; // when the unfinished frame in the collector is given up
+    std::deque<Arrival> arrivals_;
+    std::deque<Departure> departures_;
+    std::unique_ptr<WakeTimer> timer_;
+    Notifier readable_;
+    Notifier listeners_;
 };
 
 bool LineServer::Private::open(QString* error)
 {
     close();
-    const bool opened = options.device.isEmpty()
-                            ? port.openPseudoTerminal(options.link, error)
-                            : port.openDevice(options.device, options.line, error);
+    const bool opened = options_.device.isEmpty()
+                            ? port_.openPseudoTerminal(options_.link, error)
+                            : port_.openDevice(options_.device, options_.line, error);
     if (!opened)
         return false;
-    timer = std::make_unique<WakeTimer>([this]() { run(); });
-    if (!timer->isValid()) {
+    timer_ = std::make_unique<WakeTimer>([this]() { run(); });
+    if (!timer_->isValid()) {
         if (error)
             *error = QStringLiteral("the system gives no timer");
         close();
         return false;
     }
-    openedAt = monotonicNow();
-    inward = WireClock(options.line);
-    outward = WireClock(options.line);
-    readable.reset(new QSocketNotifier(port.descriptor(), QSocketNotifier::Read));
-    QObject::connect(readable.get(), &QSocketNotifier::activated, &q, [this]() { receive(); });
-    if (port.watchDescriptor() >= 0) {
-        listeners.reset(new QSocketNotifier(port.watchDescriptor(), QSocketNotifier::Read));
-        QObject::connect(listeners.get(), &QSocketNotifier::activated, &q,
+    openedAt_ = monotonicNow();
+    inward_ = WireClock(options_.line);
+    outward_ = WireClock(options_.line);
+    readable_.reset(new QSocketNotifier(port_.descriptor(), QSocketNotifier::Read));
+    QObject::connect(readable_.get(), &QSocketNotifier::activated, &server_,
+                     [this]() { receive(); });
+    if (port_.watchDescriptor() >= 0) {
+        listeners_.reset(new QSocketNotifier(port_.watchDescriptor(), QSocketNotifier::Read));
+        QObject::connect(listeners_.get(), &QSocketNotifier::activated, &server_,
                          [this]() { listenersChanged(); });
     }
-    log(LineEvent::notice, QByteArray(), QStringLiteral("open: ") + port.name());
+    log(LineEvent::notice, QByteArray(), QStringLiteral("open: ") + port_.name());
     return true;
 }
 
 void LineServer::Private::close()
 {
-    if (!port.isOpen())
+    if (!port_.isOpen())
         return;
-    for (Notifier* notifier : {&readable, &listeners}) {
+    for (Notifier* notifier : {&readable_, &listeners_}) {
         if (*notifier)
             (*notifier)->setEnabled(false);
         notifier->reset();
     }
-    timer.reset();
-    port.close();
-    arrivals.clear();
-    departures.clear();
-    collector.takeRest();
-    silentAt = never;
+    timer_.reset();
+    port_.close();
+    arrivals_.clear();
+    departures_.clear();
+    collector_.takeRest();
+    silentAt_ = never;
     log(LineEvent::notice, QByteArray(), QStringLiteral("closed"));
 }
 
 void LineServer::Private::listenersChanged()
 {
-    const bool before = port.hasListener();
-    if (port.updateListeners()) {
+    const bool before = port_.hasListener();
+    if (port_.updateListeners()) {
         // Replies to the one that went; nothing of the next one's requests has been read yet.
-        departures.clear();
+        departures_.clear();
         log(LineEvent::notice, QByteArray(), QStringLiteral("the other side closed the line"));
     }
-    if (port.hasListener() && !before)
+    if (port_.hasListener() && !before)
         log(LineEvent::notice, QByteArray(), QStringLiteral("the other side opened the line"));
 }
 
 void LineServer::Private::receive()
 {
     listenersChanged();
-    if (!port.isOpen())
+    if (!port_.isOpen())
         return;
     bool lost = false;
-    const QByteArray bytes = port.read(&lost);
+    const QByteArray bytes = port_.read(&lost);
     if (!bytes.isEmpty()) {
-        counters.bytesReceived += static_cast<std::uint64_t>(bytes.size());
+        counters_.bytesReceived += static_cast<std::uint64_t>(bytes.size());
         const std::int64_t now = monotonicNow();
         Arrival arrival{now, now, bytes};
-        if (options.paced) {
-            arrival.at = inward.transmit(now, bytes.size());
-            arrival.from = arrival.at - options.line.characters(bytes.size()).count();
+        if (options_.paced) {
+            arrival.at = inward_.transmit(now, bytes.size());
+            arrival.from = arrival.at - options_.line.characters(bytes.size()).count();
         }
-        arrivals.push_back(arrival);
-        if (arrival.from < silentAt)
-            silentAt = never; // the frame goes on; collect() sets the next limit
+        arrivals_.push_back(arrival);
+        if (arrival.from < silentAt_)
+            silentAt_ = never; // the frame goes on; collect() sets the next limit
         run();
     }
-    if (lost && port.isOpen()) {
-        const QString name = port.name();
+    if (lost && port_.isOpen()) {
+        const QString name = port_.name();
         close();
-        emit q.lost(QStringLiteral("%1 is gone").arg(name));
+        emit server_.lost(QStringLiteral("%1 is gone").arg(name));
     }
 }
 
@@ -182,21 +183,21 @@ void LineServer::Private::receive()
 // close the line.
 void LineServer::Private::run()
 {
-    while (port.isOpen()) {
+    while (port_.isOpen()) {
         const std::int64_t now = monotonicNow();
-        if (silentAt <= now) {
-            silentAt = never;
-            serve(collector.takeRest(), lastByteAt);
-        } else if (!arrivals.empty() && arrivals.front().at <= now) {
-            const Arrival arrival = arrivals.front();
-            arrivals.pop_front();
+        if (silentAt_ <= now) {
+            silentAt_ = never;
+            serve(collector_.takeRest(), lastByteAt_);
+        } else if (!arrivals_.empty() && arrivals_.front().at <= now) {
+            const Arrival arrival = arrivals_.front();
+            arrivals_.pop_front();
             collect(arrival);
         } else if (!depart(now)) {
             const std::int64_t next = nextTime(now);
             if (next == never)
-                timer->cancel();
+                timer_->cancel();
             else
-                timer->wakeAt(next);
+                timer_->wakeAt(next);
             return;
         }
     }
@@ -204,37 +205,37 @@ void LineServer::Private::run()
 
 void LineServer::Private::collect(const Arrival& arrival)
 {
-    collector.append(arrival.bytes);
-    lastByteAt = arrival.at;
-    for (QByteArray frame; !(frame = collector.takeFrame()).isEmpty();) {
+    collector_.append(arrival.bytes);
+    lastByteAt_ = arrival.at;
+    for (QByteArray frame; !(frame = collector_.takeFrame()).isEmpty();) {
         serve(frame, arrival.at);
-        if (!port.isOpen())
+        if (!port_.isOpen())
             return;
     }
-    if (collector.isFlooded()) {
-        ++counters.dropped;
-        log(LineEvent::garbage, collector.takeRest(), QStringLiteral("bytes without a pause"));
+    if (collector_.isFlooded()) {
+        ++counters_.dropped;
+        log(LineEvent::garbage, collector_.takeRest(), QStringLiteral("bytes without a pause"));
     }
     const std::int64_t limit =
-        arrival.at + std::max(options.line.interFrameDelay().count(),
-                              options.leastSilenceMs * nanosecondsPerMillisecond);
-    const bool goesOn = !arrivals.empty() && arrivals.front().from < limit;
-    silentAt = collector.isEmpty() || goesOn ? never : limit;
+        arrival.at + std::max(options_.line.interFrameDelay().count(),
+                              options_.leastSilenceMs * nanosecondsPerMillisecond);
+    const bool goesOn = !arrivals_.empty() && arrivals_.front().from < limit;
+    silentAt_ = collector_.isEmpty() || goesOn ? never : limit;
 }
 
 void LineServer::Private::serve(const QByteArray& frame, std::int64_t arrivedAt)
 {
-    const Answer answer = controller.serve(frame);
+    const Answer answer = controller_.serve(frame);
     if (answer.outcome == Outcome::badFrame) {
-        ++counters.dropped;
+        ++counters_.dropped;
         log(LineEvent::garbage, frame, describe(answer));
         return;
     }
-    ++counters.requests;
+    ++counters_.requests;
     log(LineEvent::received, frame, describe(answer));
-    const std::int64_t opening = openedAt;
-    emit q.served(answer);
-    const bool sameLine = port.isOpen() && openedAt == opening;
+    const std::int64_t opening = openedAt_;
+    emit server_.served(answer);
+    const bool sameLine = port_.isOpen() && openedAt_ == opening;
     if (!answer.reply.isEmpty() && sameLine)
         send(frame, answer, arrivedAt);
 }
@@ -242,28 +243,28 @@ void LineServer::Private::serve(const QByteArray& frame, std::int64_t arrivedAt)
 void LineServer::Private::send(const QByteArray& request, const Answer& answer,
                                std::int64_t arrivedAt)
 {
-    const Transmission transmission = faults.apply(request, answer.reply);
+    const Transmission transmission = faults_.apply(request, answer.reply);
     const QString meaning = replyText(answer, transmission.faults);
     if (!transmission.echo.isEmpty())
-        counters.bytesSent += static_cast<std::uint64_t>(port.write(transmission.echo));
+        counters_.bytesSent += static_cast<std::uint64_t>(port_.write(transmission.echo));
     if (transmission.pieces.empty()) {
         log(LineEvent::withheld, answer.reply, meaning);
         return;
     }
-    std::int64_t at = arrivedAt + options.turnaroundMs * nanosecondsPerMillisecond;
-    if (options.paced)
-        at += options.line.interFrameDelay().count();
+    std::int64_t at = arrivedAt + options_.turnaroundMs * nanosecondsPerMillisecond;
+    if (options_.paced)
+        at += options_.line.interFrameDelay().count();
     for (const Piece& piece : transmission.pieces) {
         at += piece.delayMs * nanosecondsPerMillisecond;
         Departure departure;
         departure.at = at;
         departure.bytes = piece.bytes;
         departure.endsReply = false;
-        departures.push_back(departure);
-        if (options.paced)
-            at += options.line.characters(piece.bytes.size()).count();
+        departures_.push_back(departure);
+        if (options_.paced)
+            at += options_.line.characters(piece.bytes.size()).count();
     }
-    Departure& last = departures.back();
+    Departure& last = departures_.back();
     last.endsReply = true;
     last.reply = transmission.bytes();
     last.meaning = meaning;
@@ -272,39 +273,39 @@ void LineServer::Private::send(const QByteArray& request, const Answer& answer,
 // Moves what may leave now. False when nothing did.
 bool LineServer::Private::depart(std::int64_t now)
 {
-    if (departures.empty() || departures.front().at > now)
+    if (departures_.empty() || departures_.front().at > now)
         return false;
-    Departure& departure = departures.front();
+    Departure& departure = departures_.front();
     if (!departure.begun) {
         departure.begun = true;
         if (departure.endsReply)
-            ++counters.replies;
-        if (options.paced)
-            outward.transmit(departure.at, departure.bytes.size());
+            ++counters_.replies;
+        if (options_.paced)
+            outward_.transmit(departure.at, departure.bytes.size());
     }
     int due = static_cast<int>(departure.bytes.size());
-    if (options.paced) {
+    if (options_.paced) {
         due = departure.sent;
-        while (due < departure.bytes.size() && outward.passedAt(due) <= now)
+        while (due < departure.bytes.size() && outward_.passedAt(due) <= now)
             ++due;
     }
     if (due == departure.sent)
         return false;
     // Nobody there: the bytes pass unheard, as on a line.
-    if (port.hasListener()) {
+    if (port_.hasListener()) {
         const QByteArray lump = departure.bytes.mid(departure.sent, due - departure.sent);
-        counters.bytesSent += static_cast<std::uint64_t>(port.write(lump));
+        counters_.bytesSent += static_cast<std::uint64_t>(port_.write(lump));
     }
     departure.sent = due;
     if (due < departure.bytes.size())
         return true;
     const Departure finished = departure;
-    departures.pop_front();
+    departures_.pop_front();
     if (finished.endsReply) {
-        if (port.hasListener()) {
+        if (port_.hasListener()) {
             log(LineEvent::sent, finished.reply, finished.meaning);
         } else {
-            ++counters.unheard;
+            ++counters_.unheard;
             log(LineEvent::withheld, finished.reply,
                 finished.meaning + QStringLiteral(", unheard"));
         }
@@ -314,15 +315,15 @@ bool LineServer::Private::depart(std::int64_t now)
 
 std::int64_t LineServer::Private::nextTime(std::int64_t now) const
 {
-    std::int64_t next = silentAt;
-    if (!arrivals.empty())
-        next = std::min(next, arrivals.front().at);
-    if (!departures.empty()) {
-        const Departure& departure = departures.front();
+    std::int64_t next = silentAt_;
+    if (!arrivals_.empty())
+        next = std::min(next, arrivals_.front().at);
+    if (!departures_.empty()) {
+        const Departure& departure = departures_.front();
         std::int64_t at = departure.at;
         if (departure.begun) { // paced; the last byte exactly, those before it in lumps
-            const std::int64_t end = outward.passedAt(departure.bytes.size() - 1);
-            at = std::min(end, std::max(outward.passedAt(departure.sent), now + lumpTime));
+            const std::int64_t end = outward_.passedAt(departure.bytes.size() - 1);
+            at = std::min(end, std::max(outward_.passedAt(departure.sent), now + lumpTime));
         }
         next = std::min(next, at);
     }
@@ -333,15 +334,15 @@ void LineServer::Private::log(LineEvent::Kind kind, const QByteArray& bytes, con
 {
     LineEvent event;
     event.kind = kind;
-    event.timeNs = monotonicNow() - openedAt;
+    event.timeNs = monotonicNow() - openedAt_;
     event.bytes = bytes;
     event.meaning = meaning;
-    emit q.logged(event);
+    emit server_.logged(event);
 }
 
 LineServer::LineServer(Controller& controller, Faults& faults, const LineServerOptions& options,
                        QObject* parent)
-    : QObject(parent), d(std::make_unique<Private>(*this, controller, faults, options))
+    : QObject(parent), d_(std::make_unique<Private>(*this, controller, faults, options))
 {
     qRegisterMetaType<simulator::LineEvent>();
     qRegisterMetaType<simulator::Answer>();
@@ -351,32 +352,32 @@ LineServer::~LineServer()
 {
     // Nobody wants to hear about it from a half destroyed object.
     blockSignals(true);
-    d->close();
+    d_->close();
 }
 
 bool LineServer::open(QString* error)
 {
-    return d->open(error);
+    return d_->open(error);
 }
 
 void LineServer::close()
 {
-    d->close();
+    d_->close();
 }
 
 bool LineServer::isOpen() const
 {
-    return d->port.isOpen();
+    return d_->port_.isOpen();
 }
 
 QString LineServer::portName() const
 {
-    return d->port.name();
+    return d_->port_.name();
 }
 
 const LineServerCounters& LineServer::counters() const
 {
-    return d->counters;
+    return d_->counters_;
 }
 
 } // namespace dov417::simulator

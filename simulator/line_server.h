@@ -86,7 +86,7 @@ signals:
 
 private:
     class Private;
-    std::unique_ptr<Private> d;
+    std::unique_ptr<Private> d_;
 };
 
 } // namespace dov417::simulator

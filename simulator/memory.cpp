@@ -71,7 +71,7 @@ const AreaLayout& layoutOf(Area area)
 StationMemory::StationMemory()
 {
     for (const AreaLayout& layout : layouts)
-        m_areas[indexOf(layout.area)].resize(static_cast<std::size_t>(layout.words));
+        areas_[indexOf(layout.area)].resize(static_cast<std::size_t>(layout.words));
 }
 
 bool StationMemory::hasCoils(int first, int count)
@@ -123,13 +123,13 @@ std::uint16_t StationMemory::word(Area area, int word) const
 {
     if (!hasWords(area, word, 1))
         return 0;
-    return m_areas[indexOf(area)][static_cast<std::size_t>(word)];
+    return areas_[indexOf(area)][static_cast<std::size_t>(word)];
 }
 
 void StationMemory::setWord(Area area, int word, std::uint16_t value)
 {
     if (hasWords(area, word, 1))
-        m_areas[indexOf(area)][static_cast<std::size_t>(word)] = value;
+        areas_[indexOf(area)][static_cast<std::size_t>(word)] = value;
 }
 
 bool StationMemory::bit(Area area, int word, int bit) const
@@ -161,33 +161,33 @@ Memory::Memory(const std::vector<int>& stations)
 {
     for (int number : stations) {
         if (number >= lowestStation && number <= highestStation)
-            m_stations.try_emplace(number);
+            stations_.try_emplace(number);
     }
 }
 
 bool Memory::has(int station) const
 {
-    return m_stations.count(station) != 0;
+    return stations_.count(station) != 0;
 }
 
 std::vector<int> Memory::stations() const
 {
     std::vector<int> numbers;
-    for (const auto& entry : m_stations)
+    for (const auto& entry : stations_)
         numbers.push_back(entry.first);
     return numbers;
 }
 
 StationMemory* Memory::station(int station)
 {
-    const auto found = m_stations.find(station);
-    return found == m_stations.end() ? nullptr : &found->second;
+    const auto found = stations_.find(station);
+    return found == stations_.end() ? nullptr : &found->second;
 }
 
 const StationMemory* Memory::station(int station) const
 {
-    const auto found = m_stations.find(station);
-    return found == m_stations.end() ? nullptr : &found->second;
+    const auto found = stations_.find(station);
+    return found == stations_.end() ? nullptr : &found->second;
 }
 
 } // namespace dov417::simulator

@@ -71,7 +71,7 @@ public:
     void setDoubleWord(Area area, int word, std::uint32_t value);
 
 private:
-    std::array<std::vector<std::uint16_t>, 6> m_areas;
+    std::array<std::vector<std::uint16_t>, 6> areas_;
 };
 
 // All stations that answer on the line, each all zero at first.
@@ -87,7 +87,7 @@ public:
     const StationMemory* station(int station) const;
 
 private:
-    std::map<int, StationMemory> m_stations;
+    std::map<int, StationMemory> stations_;
 };
 
 } // namespace dov417::simulator

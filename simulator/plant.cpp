@@ -50,7 +50,7 @@ void Plant::Life::put(Area area, int word, int value)
         memory->setWord(area, word, static_cast<std::uint16_t>(value & 0xFFFF));
 }
 
-Plant::Plant(Memory& memory, bool followInputs, std::uint32_t seed) : m_followInputs(followInputs)
+Plant::Plant(Memory& memory, bool followInputs, std::uint32_t seed) : followInputs_(followInputs)
 {
     for (int station : memory.stations()) {
         Life life{memory.station(station),
@@ -60,7 +60,7 @@ Plant::Plant(Memory& memory, bool followInputs, std::uint32_t seed) : m_followIn
         for (const AreaLayout& layout : areaLayouts())
             life.held[static_cast<std::size_t>(layout.area)].resize(
                 static_cast<std::size_t>(layout.words));
-        m_lives.push_back(life);
+        lives_.push_back(life);
     }
 }
 
@@ -68,7 +68,7 @@ void Plant::hold(int station, Area area, int firstWord, int lastWord)
 {
     const int from = std::max(firstWord, 0);
     const int to = std::min(lastWord, layoutOf(area).words - 1);
-    for (Life& life : m_lives) {
+    for (Life& life : lives_) {
         if (station != 0 && station != life.station)
             continue;
         for (int word = from; word <= to; ++word)
@@ -78,22 +78,22 @@ void Plant::hold(int station, Area area, int firstWord, int lastWord)
 
 void Plant::freeze(bool frozen)
 {
-    m_frozen = frozen;
+    frozen_ = frozen;
 }
 
 bool Plant::isFrozen() const
 {
-    return m_frozen;
+    return frozen_;
 }
 
 void Plant::advance(int milliseconds)
 {
-    if (m_frozen || milliseconds < 0)
+    if (frozen_ || milliseconds < 0)
         return;
-    m_remainderMs += milliseconds;
-    for (; m_remainderMs >= stepMs; m_remainderMs -= stepMs) {
-        ++m_steps;
-        for (Life& life : m_lives)
+    remainderMs_ += milliseconds;
+    for (; remainderMs_ >= stepMs; remainderMs_ -= stepMs) {
+        ++steps_;
+        for (Life& life : lives_)
             step(life);
     }
 }
@@ -102,13 +102,13 @@ void Plant::step(Life& life) const
 {
     const StationMemory& memory = *life.memory;
 
-    life.put(Area::I, runningLight, 1 << (m_steps % 16));
+    life.put(Area::I, runningLight, 1 << (steps_ % 16));
     life.put(Area::I, inputCounter, memory.word(Area::I, inputCounter) + 1);
     for (int word = firstSwitch; word <= lastInput; ++word) {
         if (life.below(switchEvery) == 0)
             life.put(Area::I, word, memory.word(Area::I, word) ^ (1 << life.below(16)));
     }
-    if (m_followInputs) {
+    if (followInputs_) {
         for (int word = 0; word <= lastInput; ++word)
             life.put(Area::Q, word, memory.word(Area::I, word));
     }
@@ -118,14 +118,14 @@ void Plant::step(Life& life) const
         life.put(Area::T, n, next > (n + 1) * stepsPerSecond ? 0 : next);
     }
     for (int n = 0; n < counters; ++n) {
-        if (m_steps % (n + 1) == 0)
+        if (steps_ % (n + 1) == 0)
             life.put(Area::C, n, memory.word(Area::C, n) + 1);
     }
 
     for (int word = 0; word < firstSine; ++word)
         life.put(Area::R, word, (memory.word(Area::R, word) + word + 1) % rampTop);
     for (int word = firstSine; word < firstWalk; ++word)
-        life.put(Area::R, word, sineAt(word, m_steps));
+        life.put(Area::R, word, sineAt(word, steps_));
     for (int word = firstWalk; word < firstQuiet; ++word) {
         const int move = static_cast<int>(life.below(2 * walkStep + 1)) - walkStep;
         life.put(Area::R, word, std::clamp(memory.word(Area::R, word) + move, 0, walkTop));

@@ -55,11 +55,11 @@ private:
     };
     void step(Life& life) const;
 
-    bool m_followInputs;
-    bool m_frozen = false;
-    int m_remainderMs = 0;
-    std::int64_t m_steps = 0;
-    std::vector<Life> m_lives;
+    bool followInputs_;
+    bool frozen_ = false;
+    int remainderMs_ = 0;
+    std::int64_t steps_ = 0;
+    std::vector<Life> lives_;
 };
 
 } // namespace dov417::simulator

@@ -33,11 +33,11 @@ bool isWrite(int function)
 } // namespace
 
 Simulation::Simulation(const SimulationOptions& options, QObject* parent)
-    : QObject(parent), m_options(options), m_memory(options.stations),
-      m_controller(m_memory, options.strict ? Limits::strict() : Limits()),
-      m_plant(m_memory, options.followInputs, options.seed), m_plantTimer(this)
+    : QObject(parent), options_(options), memory_(options.stations),
+      controller_(memory_, options.strict ? Limits::strict() : Limits()),
+      plant_(memory_, options.followInputs, options.seed), plantTimer_(this)
 {
-    connect(&m_plantTimer, &QTimer::timeout, this, &Simulation::letPlantLive);
+    connect(&plantTimer_, &QTimer::timeout, this, &Simulation::letPlantLive);
 }
 
 Simulation::~Simulation()
@@ -49,65 +49,65 @@ bool Simulation::start(QString* error)
 {
     if (!prepare(error))
         return false;
-    m_line = std::make_unique<LineServer>(m_controller, m_faults, lineOptions(m_options));
-    if (m_log.isOpen())
-        connect(m_line.get(), &LineServer::logged, this, &Simulation::log);
-    if (m_options.holdWritten)
-        connect(m_line.get(), &LineServer::served, this, &Simulation::holdWritten);
-    if (!m_line->open(error))
+    line_ = std::make_unique<LineServer>(controller_, faults_, lineOptions(options_));
+    if (log_.isOpen())
+        connect(line_.get(), &LineServer::logged, this, &Simulation::log);
+    if (options_.holdWritten)
+        connect(line_.get(), &LineServer::served, this, &Simulation::holdWritten);
+    if (!line_->open(error))
         return false;
-    m_started = true;
-    m_plant.freeze(m_options.frozen);
-    m_plantClock.start();
-    m_plantTimer.start(plantPeriodMs);
+    started_ = true;
+    plant_.freeze(options_.frozen);
+    plantClock_.start();
+    plantTimer_.start(plantPeriodMs);
     return true;
 }
 
 // Everything that can be wrong with the options, before there is a line.
 bool Simulation::prepare(QString* error)
 {
-    if (m_memory.stations().size() != m_options.stations.size() || m_options.stations.empty()) {
+    if (memory_.stations().size() != options_.stations.size() || options_.stations.empty()) {
         if (error)
             *error = QStringLiteral("stations are different numbers from 1 to 247");
         return false;
     }
     std::vector<FaultRule> rules;
-    for (const std::string& text : m_options.faults) {
+    for (const std::string& text : options_.faults) {
         const std::optional<FaultRule> rule = parseFaultRule(QString::fromStdString(text), error);
         if (!rule)
             return false;
         rules.push_back(*rule);
     }
-    m_faults = Faults(rules, m_options.seed);
+    faults_ = Faults(rules, options_.seed);
 
-    if (!m_options.loadFile.empty() &&
-        !loadValues(m_memory, QString::fromStdString(m_options.loadFile), error))
+    if (!options_.loadFile.empty() &&
+        !loadValues(memory_, QString::fromStdString(options_.loadFile), error))
         return false;
-    for (const std::string& text : m_options.set) {
+    for (const std::string& text : options_.set) {
         AddressRange where;
-        if (!setValues(m_memory, QString::fromStdString(text), error, &where))
+        if (!setValues(memory_, QString::fromStdString(text), error, &where))
             return false;
-        if (m_options.holdWritten)
-            m_plant.hold(where.station, where.area, where.firstWord(), where.lastWord());
+        if (options_.holdWritten)
+            plant_.hold(where.station, where.area, where.firstWord(), where.lastWord());
     }
-    for (const std::string& text : m_options.hold) {
+    for (const std::string& text : options_.hold) {
         const std::optional<AddressRange> range =
             parseAddressRange(QString::fromStdString(text), error);
         if (!range)
             return false;
-        m_plant.hold(range->station, range->area, range->firstWord(), range->lastWord());
+        plant_.hold(range->station, range->area, range->firstWord(), range->lastWord());
     }
 
-    if (!m_options.dumpFile.empty() &&
-        !mayReplaceFile(QString::fromStdString(m_options.dumpFile), error))
+    if (!options_.dumpFile.empty() &&
+        !mayReplaceFile(QString::fromStdString(options_.dumpFile), error))
         return false;
-    if (m_options.logFile == "-") {
-        m_log.open(stdout, QIODevice::WriteOnly);
-    } else if (!m_options.logFile.empty()) {
-        m_log.setFileName(QString::fromStdString(m_options.logFile));
-        if (!m_log.open(QIODevice::WriteOnly)) {
+    if (options_.logFile == "-") {
+        log_.open(stdout, QIODevice::WriteOnly);
+    } else if (!options_.logFile.empty()) {
+        log_.setFileName(QString::fromStdString(options_.logFile));
+        if (!log_.open(QIODevice::WriteOnly)) {
             if (error)
-                *error = QStringLiteral("%1: %2").arg(m_log.fileName(), m_log.errorString());
+                *error = QStringLiteral("%1: %2").arg(log_.fileName(), log_.errorString());
             return false;
         }
     }
@@ -116,19 +116,19 @@ bool Simulation::prepare(QString* error)
 
 bool Simulation::stop(QString* error)
 {
-    if (!m_started)
+    if (!started_)
         return true;
-    m_started = false;
-    m_plantTimer.stop();
-    m_line->close();
-    m_log.close();
-    return m_options.dumpFile.empty() ||
-           dumpValues(m_memory, QString::fromStdString(m_options.dumpFile), error);
+    started_ = false;
+    plantTimer_.stop();
+    line_->close();
+    log_.close();
+    return options_.dumpFile.empty() ||
+           dumpValues(memory_, QString::fromStdString(options_.dumpFile), error);
 }
 
 void Simulation::letPlantLive()
 {
-    m_plant.advance(static_cast<int>(std::min(m_plantClock.restart(), longestPlantStepMs)));
+    plant_.advance(static_cast<int>(std::min(plantClock_.restart(), longestPlantStepMs)));
 }
 
 // Who writes a value wants to find it again.
@@ -145,26 +145,26 @@ void Simulation::holdWritten(const Answer& answer)
         const int first = answer.address - layout.base;
         const int last = first + answer.count - 1;
         if (last >= 0 && first < layout.words * unitsPerWord) // hold() cuts off what is beyond
-            m_plant.hold(answer.station, layout.area, std::max(first, 0) / unitsPerWord,
-                         last / unitsPerWord);
+            plant_.hold(answer.station, layout.area, std::max(first, 0) / unitsPerWord,
+                        last / unitsPerWord);
     }
 }
 
 void Simulation::log(const LineEvent& event)
 {
-    m_log.write(logText(event).toUtf8() + '\n');
-    m_log.flush();
+    log_.write(logText(event).toUtf8() + '\n');
+    log_.flush();
 }
 
 QString Simulation::portName() const
 {
-    return m_line ? m_line->portName() : QString();
+    return line_ ? line_->portName() : QString();
 }
 
 QString Simulation::report() const
 {
-    const LineServerCounters line = m_line ? m_line->counters() : LineServerCounters();
-    const ControllerCounters& controller = m_controller.counters();
+    const LineServerCounters line = line_ ? line_->counters() : LineServerCounters();
+    const ControllerCounters& controller = controller_.counters();
     return QStringLiteral("requests %1, of these answered %2, refused %3, broadcast %4, "
                           "for other stations %5\n"
                           "writes executed %6, bytes that were no frame %7 times\n"
@@ -179,34 +179,34 @@ QString Simulation::report() const
                .arg(line.bytesReceived)
                .arg(line.bytesSent) +
            QStringLiteral("faults in %1 of %2 replies: %3")
-               .arg(m_faults.faulty())
-               .arg(m_faults.replies())
-               .arg(m_faults.report());
+               .arg(faults_.faulty())
+               .arg(faults_.replies())
+               .arg(faults_.report());
 }
 
 Memory& Simulation::memory()
 {
-    return m_memory;
+    return memory_;
 }
 
 Controller& Simulation::controller()
 {
-    return m_controller;
+    return controller_;
 }
 
 Faults& Simulation::faults()
 {
-    return m_faults;
+    return faults_;
 }
 
 Plant& Simulation::plant()
 {
-    return m_plant;
+    return plant_;
 }
 
 LineServer& Simulation::line()
 {
-    return *m_line;
+    return *line_;
 }
 
 } // namespace dov417::simulator

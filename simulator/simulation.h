@@ -81,16 +81,16 @@ private:
     void holdWritten(const Answer& answer);
     void log(const LineEvent& event);
 
-    SimulationOptions m_options;
-    Memory m_memory;
-    Controller m_controller;
-    Faults m_faults;
-    Plant m_plant;
-    std::unique_ptr<LineServer> m_line;
-    bool m_started = false;
-    QTimer m_plantTimer;
-    QElapsedTimer m_plantClock;
-    QFile m_log;
+    SimulationOptions options_;
+    Memory memory_;
+    Controller controller_;
+    Faults faults_;
+    Plant plant_;
+    std::unique_ptr<LineServer> line_;
+    bool started_ = false;
+    QTimer plantTimer_;
+    QElapsedTimer plantClock_;
+    QFile log_;
 };
 
 } // namespace dov417::simulator

@@ -4,23 +4,23 @@
 
 namespace dov417::simulator {
 
-WireClock::WireClock(const SerialFormat& format) : m_format(format) {}
+WireClock::WireClock(const SerialFormat& format) : format_(format) {}
 
 std::int64_t WireClock::transmit(std::int64_t now, std::int64_t characters)
 {
-    m_runStart = std::max(now, freeAt());
-    m_runLength = characters;
+    runStart_ = std::max(now, freeAt());
+    runLength_ = characters;
     return freeAt();
 }
 
 std::int64_t WireClock::freeAt() const
 {
-    return m_runStart + m_format.characters(m_runLength).count();
+    return runStart_ + format_.characters(runLength_).count();
 }
 
 std::int64_t WireClock::passedAt(std::int64_t index) const
 {
-    return m_runStart + m_format.characters(index + 1).count();
+    return runStart_ + format_.characters(index + 1).count();
 }
 
 } // namespace dov417::simulator

@@ -21,9 +21,9 @@ public:
     std::int64_t passedAt(std::int64_t index) const;
 
 private:
-    SerialFormat m_format;
-    std::int64_t m_runStart = 0;
-    std::int64_t m_runLength = 0; // characters
+    SerialFormat format_;
+    std::int64_t runStart_ = 0;
+    std::int64_t runLength_ = 0; // characters
 };
 
 } // namespace dov417::simulator

@@ -9,7 +9,7 @@
 
 #include "line/failure.h"
 #include "tool/demo_round.h"
-#include "tool/live_line.h"
+#include "tool/live_command.h"
 #include "tool/screen.h"
 #include "tool/view_table.h"
 
@@ -19,11 +19,11 @@ namespace {
 
 constexpr int pauseMilliseconds = 2000;      // between two rounds of writes
 constexpr std::chrono::seconds patience(20); // for a round that is under way at the end
-constexpr double usualSeconds = 5;
+constexpr double defaultSeconds = 5;
 
 struct DemoOptions {
     LineOptions line;
-    double seconds = 0; // 0: until Ctrl-C on a terminal, else the usual
+    double seconds = 0; // 0: until Ctrl-C on a terminal, else the default
 };
 
 // Every register type, live values and plain memory, in two stations.
@@ -93,75 +93,52 @@ double processorSeconds(long long process)
 class Demo {
 public:
     Demo(const Library& library, const DemoOptions& options, const std::vector<Item>& items)
-        : stats_(options.line.stats), labels_(labelViews(library, items)),
-          addresses_(addressesOf(items)), line_(library, options.line, items, controllerOptions()),
-          session_(library, line_.sessionSettings(), line_.lineSettings(), sessionEvents(),
-                   runnerEvents()),
-          round_(library, session_, options.line.mergeGap(), [this]() { roundEnded(); })
+        : labels_(labelViews(library, items)), addresses_(addressesOf(items)),
+          live_(library, options.line, items, controllerOptions()),
+          round_(library, live_.session(), [this]() { roundEnded(); })
     {
         const bool untilAsked = options.seconds <= 0 && Screen::isTerminal();
         if (!untilAsked)
-            seconds_ = options.seconds > 0 ? options.seconds : usualSeconds;
+            seconds_ = options.seconds > 0 ? options.seconds : defaultSeconds;
         pause_.setSingleShot(true);
         QObject::connect(&pause_, &QTimer::timeout, &pause_, [this]() { round_.start(); });
         QObject::connect(&redraw_, &QTimer::timeout, &redraw_, [this]() { draw(); });
+        QObject::connect(&live_.session(), &Session::abandoned, &redraw_,
+                         [this](const std::string& request, const std::string& reason) {
+                             lastTrouble_ = "given up: " + request + ": " + reason;
+                         });
+        QObject::connect(&live_.session(), &Session::portChanged, &redraw_,
+                         [this](bool open, const std::string& message) {
+                             if (!open)
+                                 lastTrouble_ = message;
+                         });
     }
 
     int run()
     {
         if (Screen::isTerminal()) {
             screen_ = std::make_unique<Screen>();
-            line_.beQuiet();
+            live_.beQuiet();
             redraw_.start(redrawMilliseconds);
         }
-        session_.watch(addresses_);
+        live_.open();
+        live_.session().watch(addresses_);
         round_.start();
-        session_.runner().start();
         if (seconds_ > 0) {
             const std::chrono::milliseconds time = timerSpan(seconds_);
             QTimer::singleShot(time, &redraw_, [this]() { timeIsUp(); });
-            QTimer::singleShot(time + patience, &redraw_, [this]() { line_.end(); });
+            QTimer::singleShot(time + patience, &redraw_, [this]() { live_.end(); });
         }
-        line_.run();
-        session_.runner().stop();
+        live_.run();
         screen_.reset();
         return summary();
     }
 
 private:
-    SessionEvents sessionEvents()
-    {
-        SessionEvents events;
-        events.written = [this](int number, bool accepted, const std::string& reason) {
-            round_.written(number, accepted, reason);
-        };
-        events.readOnce = [this](int number, bool accepted, const std::string& reason) {
-            round_.readOnce(number, accepted, reason);
-        };
-        events.recipeEnded = [this](bool accepted, const std::string& reason) {
-            round_.recipeEnded(accepted, reason);
-        };
-        events.abandoned = [this](const std::string& request, const std::string& reason) {
-            lastTrouble_ = "given up: " + request + ": " + reason;
-        };
-        return events;
-    }
-
-    RunnerEvents runnerEvents()
-    {
-        RunnerEvents events = line_.runnerEvents();
-        events.port = [this, further = events.port](bool open, const std::string& message) {
-            if (!open)
-                lastTrouble_ = message;
-            further(open, message);
-        };
-        return events;
-    }
-
     void roundEnded()
     {
         if (timeIsUp_)
-            line_.end();
+            live_.end();
         else
             pause_.start(pauseMilliseconds);
     }
@@ -170,13 +147,13 @@ private:
     {
         timeIsUp_ = true;
         if (!round_.isUnderWay())
-            line_.end();
+            live_.end();
     }
 
     std::vector<std::string> foot()
     {
         std::vector<std::string> lines =
-            briefStatistics(session_.runner().statistics(), Clock::now());
+            briefStatistics(live_.session().statistics(), Clock::now());
         lines.push_back(round_.status());
         lines.push_back(processorText());
         if (!lastTrouble_.empty())
@@ -190,7 +167,7 @@ private:
         char text[96];
         std::snprintf(text, sizeof text, "processor: host %.1f %%, controller %.1f %%",
                       100 * ownProcessorSeconds() / seconds,
-                      100 * processorSeconds(line_.controller()->processId()) / seconds);
+                      100 * processorSeconds(live_.controller()->processId()) / seconds);
         return text;
     }
 
@@ -198,34 +175,31 @@ private:
     {
         std::vector<std::string> lines = foot();
         lines.emplace_back("Ctrl-C ends");
-        screen_->draw(viewTable(session_.views(), labels_, Clock::now()), {}, lines);
+        screen_->draw(viewTable(live_.session().views(), labels_, Clock::now()), {}, lines);
     }
 
     int summary()
     {
-        for (const std::string& row : viewTable(session_.views(), labels_, Clock::now()))
+        for (const std::string& row : viewTable(live_.session().views(), labels_, Clock::now()))
             std::printf("%s\n", row.c_str());
         std::printf("\n");
         for (const std::string& row : foot())
             std::printf("%s\n", row.c_str());
-        if (stats_)
-            std::printf("%s", fullStatistics(session_.runner().statistics(), Clock::now()).c_str());
         std::fflush(stdout);
         std::vector<std::string> problems = round_.problems();
-        for (std::size_t i = 0; i < session_.views().size(); ++i)
-            if (!session_.views().at(i).arrived)
+        for (std::size_t i = 0; i < live_.session().views().size(); ++i)
+            if (!live_.session().views().at(i).hasValue)
                 problems.push_back(labels_.at(i).name + ": no value came");
         // A person who ends the demo early has not found a fault.
-        if (line_.interruption().empty() && (round_.completed() == 0 || round_.isUnderWay()))
+        if (live_.interruption().empty() && (round_.completed() == 0 || round_.isUnderWay()))
             problems.push_back("the round of writes did not end");
         for (const std::string& problem : problems)
             std::fprintf(stderr, "dov417: %s\n", problem.c_str());
         if (problems.empty())
             std::printf("Every address got its value, every write was read back.\n");
-        return line_.exitCode(problems.empty());
+        return live_.finish(problems.empty());
     }
 
-    bool stats_;
     std::vector<ViewLabel> labels_;
     std::vector<Address> addresses_;
     double seconds_ = 0; // 0: no end
@@ -235,8 +209,7 @@ private:
     std::unique_ptr<Screen> screen_;
     QTimer redraw_;
     QTimer pause_;
-    LiveLine line_;
-    Session session_;
+    LiveCommand live_;
     DemoRound round_;
 };
 
@@ -246,9 +219,8 @@ int runDemo(DemoOptions options)
     if (!options.line.simulated)
         throw UsageFailure("the demo brings its own controller; on a port there is watch");
     const Library library(options.line.library);
-    ItemOptions texts;
-    texts.arguments.assign(std::begin(watched), std::end(watched));
-    const std::vector<Item> items = Items(library, texts).chosen(Access::read);
+    const std::vector<std::string> texts(std::begin(watched), std::end(watched));
+    const std::vector<Item> items = Items(library, ItemSource()).chosen(texts, Access::read);
     return Demo(library, options, items).run();
 }
 

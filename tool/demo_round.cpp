@@ -60,10 +60,9 @@ std::vector<unsigned char> bytesOf(const Item& item, int factor, int round)
 
 } // namespace
 
-DemoRound::DemoRound(const Library& library, Session& session, int gap, std::function<void()> done)
-    : library_(library), done_(std::move(done)),
-      writeJob_(library, session, gap, [this]() { writesDone(); }),
-      recipeJob_(session, gap, [this]() { recipeDone(); })
+DemoRound::DemoRound(const Library& library, Session& session, std::function<void()> done)
+    : library_(library), done_(std::move(done)), writeJob_(session, [this]() { writesDone(); }),
+      recipeJob_(session, [this]() { recipeDone(); })
 {
 }
 
@@ -151,22 +150,6 @@ void DemoRound::compareRecipes()
         else
             recipeWords_ += wordsOf(sent.item.address).length;
     }
-}
-
-void DemoRound::written(int number, bool accepted, const std::string& reason)
-{
-    writeJob_.written(number, accepted, reason);
-    recipeJob_.written(number, accepted, reason);
-}
-
-void DemoRound::readOnce(int number, bool accepted, const std::string& reason)
-{
-    writeJob_.readOnce(number, accepted, reason);
-}
-
-void DemoRound::recipeEnded(bool accepted, const std::string& reason)
-{
-    recipeJob_.ended(accepted, reason);
 }
 
 } // namespace dov417

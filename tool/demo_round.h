@@ -15,18 +15,13 @@ namespace dov417 {
 
 class DemoRound {
 public:
-    DemoRound(const Library& library, Session& session, int gap, std::function<void()> done);
+    DemoRound(const Library& library, Session& session, std::function<void()> done);
 
     void start();
     bool isUnderWay() const;
     int completed() const;
     std::string status() const;
     const std::vector<std::string>& problems() const;
-
-    // To be told of the session's outcomes.
-    void written(int number, bool accepted, const std::string& reason);
-    void readOnce(int number, bool accepted, const std::string& reason);
-    void recipeEnded(bool accepted, const std::string& reason);
 
 private:
     enum class Stage {

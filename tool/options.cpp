@@ -13,8 +13,8 @@ namespace {
 const char* const lineGroup = "Line";
 const char* const valueGroup = "Values";
 // More than a request can span says nothing new.
-const int widestGap = 65535;
-const double longestSeconds = 2e6;
+const int maximumGap = 65535;
+const double maximumSeconds = 2e6;
 
 } // namespace
 
@@ -39,33 +39,33 @@ void addLineOptions(CLI::App& command, LineOptions& options)
         });
     command
         .add_option("--timeout", options.timeoutMs,
-                    "How long to wait for a reply (" + std::to_string(usualTimeoutMs) + ")")
+                    "How long to wait for a reply (" + std::to_string(defaultTimeoutMs) + ")")
         ->option_text("MS")
         ->group(lineGroup)
-        ->check(CLI::Range(1, longestMs));
+        ->check(CLI::Range(1, maximumMs));
     command
         .add_option("--retries", options.retries,
                     "Bad or missing replies in a row until a request is given up (" +
-                        std::to_string(usualRetries) + ")")
+                        std::to_string(defaultRetries) + ")")
         ->option_text("N")
         ->group(lineGroup)
         ->check(CLI::Range(1, 1000));
     command
         .add_option("--gap", options.gap,
-                    "Widest hole in words that one read bridges (" + std::to_string(usualMergeGap) +
+                    "Widest hole in words that one read bridges (" +
+                        std::to_string(defaultMergeGap) +
                         "). It is also the longest piece of a write, so one that would cut a "
                         "32-bit value in two is refused")
         ->option_text("N")
         ->group(lineGroup)
-        ->check(CLI::Range(0, widestGap));
+        ->check(CLI::Range(0, maximumGap));
     command
         .add_option("--turnaround", options.turnaroundMs,
-                    "What a controller takes before it answers, in plan (0), and to digest a "
-                    "broadcast (" +
-                        std::to_string(usualBroadcastTurnaroundMs) + ")")
+                    "What controllers need to digest a broadcast (" +
+                        std::to_string(defaultTurnaroundMs) + ")")
         ->option_text("MS")
         ->group(lineGroup)
-        ->check(CLI::Range(0, longestMs));
+        ->check(CLI::Range(0, maximumMs));
     command
         .add_option("--library", options.library,
                     "The driver library; else it is looked for next to the tool, in its library "
@@ -86,11 +86,6 @@ void addLineOptions(CLI::App& command, LineOptions& options)
         ->group(lineGroup);
 }
 
-SerialFormat serialFormat(const Library& library, const LineOptions& options)
-{
-    return parseRtuFormat(options.line.empty() ? defaultLine(library) : options.line);
-}
-
 void addTagOption(CLI::App& command, std::string& tags)
 {
     command
@@ -103,15 +98,15 @@ void addTagOption(CLI::App& command, std::string& tags)
 
 void addItemOptions(CLI::App& command, ItemOptions& options)
 {
-    addTagOption(command, options.tags);
+    addTagOption(command, options.source.tags);
     command
-        .add_option("--format", options.format,
+        .add_option("--format", options.source.format,
                     "How values are written: unsigned, signed, hex, bcd or float, with :low-first "
                     "or :high-first appended for the word order; wins over a tag's own")
         ->option_text("FORMAT")
         ->group(valueGroup);
     command
-        .add_option("--word-order", options.wordOrder,
+        .add_option("--word-order", options.source.wordOrder,
                     "Which word of a 32-bit value has the lower address: low-first (the driver's "
                     "own) or high-first")
         ->option_text("ORDER")
@@ -137,7 +132,7 @@ std::string positive(const std::string& text)
 
 std::chrono::milliseconds timerSpan(double seconds)
 {
-    const std::chrono::duration<double> span(std::min(seconds, longestSeconds));
+    const std::chrono::duration<double> span(std::min(seconds, maximumSeconds));
     return std::chrono::duration_cast<std::chrono::milliseconds>(span);
 }
 

@@ -4,13 +4,11 @@
 
 #include <chrono>
 #include <functional>
-#include <optional>
 #include <string>
 #include <vector>
 
-#include "driver/library.h"
-#include "line/serial_format.h"
-#include "text/values.h"
+#include "live/line_setup.h"
+#include "session/items.h"
 
 namespace CLI {
 class App; // its header is long: only what makes options includes it
@@ -18,48 +16,18 @@ class App; // its header is long: only what makes options includes it
 
 namespace dov417 {
 
-// Worth bridging at 38400 baud for a controller that takes 5 ms to answer; and even, so that a
-// piece of a long write never ends inside a 32-bit value.
-const int usualMergeGap = 20;
-const int usualTimeoutMs = 500;
-const int usualRetries = 3;
-const int longestMs = 600000; // of any option in milliseconds
-// What controllers need to digest a broadcast.
-const int usualBroadcastTurnaroundMs = 100;
-
-struct LineOptions {
-    std::string port; // --port
-    std::string line; // --line, empty: the library's own
-    int timeoutMs = usualTimeoutMs;
-    int retries = usualRetries;
-    std::optional<int> gap;          // --gap
-    std::optional<int> turnaroundMs; // --turnaround
-    std::string library;             // --library, empty: search
-    std::string log;                 // --log, empty: none
-    bool simulated = false;
-    bool stats = false;
-
-    int mergeGap() const
-    {
-        return gap.value_or(usualMergeGap);
-    }
-    std::chrono::milliseconds broadcastTurnaround() const
-    {
-        return std::chrono::milliseconds(turnaroundMs.value_or(usualBroadcastTurnaroundMs));
-    }
+struct LineOptions : LineSetup {
+    std::string library; // --library, empty: search
+    bool stats = false;  // --stats
 };
 
 // --port to --stats, on every command alike.
 void addLineOptions(CLI::App& command, LineOptions& options);
 
-// --line, or the library's own.
-SerialFormat serialFormat(const Library& library, const LineOptions& options);
-
+// Addresses or tag names, and where these are looked up.
 struct ItemOptions {
-    std::vector<std::string> arguments; // addresses or tag names
-    std::string tags;                   // --tags
-    std::string format;                 // --format
-    std::string wordOrder;              // --word-order
+    std::vector<std::string> arguments;
+    ItemSource source;
 };
 
 void addTagOption(CLI::App& command, std::string& tags);

@@ -19,6 +19,7 @@ using std::chrono::microseconds;
 struct PlanOptions {
     LineOptions line;
     ItemOptions items;
+    int responseMs = 0; // --response-time
 };
 
 double milliseconds(std::chrono::duration<double, std::milli> time)
@@ -45,11 +46,12 @@ std::string wordsText(const Stretch& stretch)
     return wordsText(stretch.station, name, stretch.first, stretch.count);
 }
 
-void printLine(const SerialFormat& wire, microseconds turnaround)
+void printLine(const SerialFormat& wire, microseconds responseTime)
 {
-    std::printf("line %s: %d bits a character, %.3f ms; silence %.3f ms; turnaround %.3f ms\n",
-                toText(wire).c_str(), wire.bitsPerCharacter(), milliseconds(wire.characters(1)),
-                milliseconds(wire.interFrameDelay()), milliseconds(turnaround));
+    std::printf(
+        "line %s: %d bits a character, %.3f ms; inter-frame delay %.3f ms; response time %.3f ms\n",
+        toText(wire).c_str(), wire.bitsPerCharacter(), milliseconds(wire.characters(1)),
+        milliseconds(wire.interFrameDelay()), milliseconds(responseTime));
 }
 
 void printPlan(const Plan& plan, int gap)
@@ -78,7 +80,7 @@ void printWarnings(const Library& library, const Planner& planner, const Plan& p
                         "refuses it with exception 3\n",
                         i + 1, request.coils() > 0 ? request.coils() : request.length,
                         request.coils() > 0 ? "coils" : "registers",
-                        request.coils() > 0 ? mostCoils : mostRegisters);
+                        request.coils() > 0 ? maximumCoils : maximumRegisters);
     }
     for (const Stretch& stretch : planner.uncovered(plan))
         std::printf("! no request reads %s: a shorter address lies inside a longer one that was "
@@ -125,15 +127,15 @@ int runPlan(const PlanOptions& options)
 {
     const Library library(options.line.library);
     const SerialFormat wire = serialFormat(library, options.line);
-    const microseconds turnaround =
-        std::chrono::milliseconds(options.line.turnaroundMs.value_or(0));
-    const std::vector<Item> items = Items(library, options.items).chosen(Access::read);
+    const microseconds responseTime = std::chrono::milliseconds(options.responseMs);
+    const std::vector<Item> items =
+        Items(library, options.items.source).chosen(options.items.arguments, Access::read);
     const std::vector<Address> addresses = addressesOf(items);
 
-    const Planner planner(library, addresses, wire, turnaround);
+    const Planner planner(library, addresses, wire, responseTime);
     const int gap = options.line.mergeGap();
     const Plan plan = planner.plan(gap);
-    printLine(wire, turnaround);
+    printLine(wire, responseTime);
     printPlan(plan, gap);
     printWarnings(library, planner, plan, items, gap);
     if (!options.line.gap)
@@ -150,6 +152,11 @@ void addPlanCommand(CLI::App& app, Action& chosen)
         app.add_subcommand("plan", "What the driver will send for these addresses, and how long a "
                                    "cycle takes on the wire");
     addAddressArguments(*command, options->items);
+    command
+        ->add_option("--response-time", options->responseMs,
+                     "What a controller takes before it answers (0)")
+        ->option_text("MS")
+        ->check(CLI::Range(0, maximumMs));
     addLineOptions(*command, options->line);
     command->footer(
         "Examples:\n"

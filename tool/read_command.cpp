@@ -3,9 +3,10 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <memory>
+#include <optional>
 
 #include "session/single_reads.h"
-#include "tool/live_line.h"
+#include "tool/live_command.h"
 #include "tool/view_table.h"
 
 namespace dov417 {
@@ -20,40 +21,33 @@ struct ReadOptions {
 int runRead(const ReadOptions& options)
 {
     const Library library(options.line.library);
-    const std::vector<Item> items = Items(library, options.items).chosen(Access::read);
+    const std::vector<Item> items =
+        Items(library, options.items.source).chosen(options.items.arguments, Access::read);
     requireUntornValues(library, items, options.line.mergeGap());
-    LiveLine line(library, options.line, items);
-    line.endWithoutPort();
-
-    SingleReads* reads = nullptr;
-    SessionEvents events;
-    events.readOnce = [&reads](int number, bool accepted, const std::string& reason) {
-        reads->settle(number, accepted, reason);
-    };
-    Session session(library, line.sessionSettings(), line.lineSettings(), events,
-                    line.runnerEvents());
-    SingleReads all(session, options.line.mergeGap(), [&line]() { line.end(); });
-    reads = &all;
-    all.start(addressesOf(items));
-    session.runner().start();
-    line.run();
+    LiveCommand live(library, options.line, items);
+    live.endWithoutPort();
+    live.open();
+    std::optional<ReadProblems> problems;
+    readAll(live.session(), addressesOf(items), [&](const ReadProblems& found) {
+        problems = found;
+        live.end();
+    });
+    live.run();
 
     bool complete = true;
     for (std::size_t i = 0; i < items.size(); ++i) {
-        const std::string problem = all.isDone() ? all.problem(i) : line.interruption();
+        const std::string problem = problems ? problems->at(i) : live.interruption();
         if (!problem.empty()) {
             complete = false;
             std::fprintf(stderr, "dov417: %s: %s\n", items.at(i).name.c_str(), problem.c_str());
             continue;
         }
         std::string text;
-        for (const std::string& value : cachedTexts(library, items.at(i)))
+        for (const std::string& value : cachedTexts(live.session(), items.at(i)))
             text += " " + value;
         std::printf("%s =%s\n", items.at(i).name.c_str(), text.c_str());
     }
-    if (options.line.stats)
-        std::printf("%s", fullStatistics(session.runner().statistics(), Clock::now()).c_str());
-    return line.exitCode(complete);
+    return live.finish(complete);
 }
 
 } // namespace

@@ -7,7 +7,7 @@
 
 #include "session/recipe_file.h"
 #include "session/recipe_job.h"
-#include "tool/live_line.h"
+#include "tool/live_command.h"
 
 namespace dov417 {
 
@@ -27,58 +27,44 @@ struct RecipeOptions {
 
 // Runs one transfer to its end and says what went wrong; the job then holds the values.
 int runTransfer(const RecipeOptions& options, const Library& library,
-                const std::vector<RecipeEntry>& entries, RecipeTransfer transfer,
+                const std::vector<RecipeEntry>& entries, RecipeDirection direction,
                 const std::function<void(const std::vector<RecipeEntry>&)>& succeeded)
 {
     std::vector<Item> items;
     items.reserve(entries.size());
     for (const RecipeEntry& entry : entries)
         items.push_back(entry.item);
-    LiveLine line(library, options.line, items);
-    line.endWithoutPort();
-
-    RecipeJob* job = nullptr;
+    LiveCommand live(library, options.line, items);
+    live.endWithoutPort();
+    live.open();
     bool ended = false;
-    SessionEvents events;
-    events.recipeEnded = [&job](bool accepted, const std::string& reason) {
-        job->ended(accepted, reason);
-    };
-    events.written = [&job](int number, bool accepted, const std::string& reason) {
-        job->written(number, accepted, reason);
-    };
-    Session session(library, line.sessionSettings(), line.lineSettings(), events,
-                    line.runnerEvents());
-    RecipeJob transferJob(session, options.line.mergeGap(), [&line, &ended]() {
+    RecipeJob job(live.session(), [&live, &ended]() {
         ended = true;
-        line.end();
+        live.end();
     });
-    job = &transferJob;
-    session.runner().start();
-    if (transfer == RecipeTransfer::upload)
-        transferJob.upload(entries);
+    if (direction == RecipeDirection::upload)
+        job.upload(entries);
     else
-        transferJob.download(entries);
-    line.run();
+        job.download(entries);
+    live.run();
 
-    std::vector<std::string> problems = transferJob.problems();
+    std::vector<std::string> problems = job.problems();
     if (!ended)
-        problems.push_back(line.interruption());
+        problems.push_back(live.interruption());
     for (const std::string& problem : problems)
         std::fprintf(stderr, "dov417: recipe not transferred: %s\n", problem.c_str());
     if (problems.empty())
-        succeeded(transferJob.entries());
-    if (options.line.stats)
-        std::printf("%s", fullStatistics(session.runner().statistics(), Clock::now()).c_str());
-    return line.exitCode(problems.empty());
+        succeeded(job.entries());
+    return live.finish(problems.empty());
 }
 
 int runUpload(const RecipeOptions& options)
 {
     const Library library(options.line.library);
     std::vector<RecipeEntry> entries;
-    for (const Item& item : Items(library, options.items).tagged(Access::read))
+    for (const Item& item : Items(library, options.items.source).tagged(Access::read))
         entries.push_back({item, {}});
-    return runTransfer(options, library, entries, RecipeTransfer::upload,
+    return runTransfer(options, library, entries, RecipeDirection::upload,
                        [&options](const std::vector<RecipeEntry>& values) {
                            writeRecipe(options.file, values);
                            std::printf("%zu tags from the controller into %s\n", values.size(),
@@ -90,8 +76,8 @@ int runDownload(const RecipeOptions& options)
 {
     const Library library(options.line.library);
     const std::vector<RecipeEntry> entries =
-        readRecipe(options.file, Items(library, options.items));
-    return runTransfer(options, library, entries, RecipeTransfer::download,
+        readRecipe(options.file, Items(library, options.items.source));
+    return runTransfer(options, library, entries, RecipeDirection::download,
                        [&options](const std::vector<RecipeEntry>& values) {
                            std::printf("%zu tags from %s into the controller\n", values.size(),
                                        options.file.c_str());

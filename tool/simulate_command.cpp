@@ -54,10 +54,10 @@ void addSimulateCommand(CLI::App& app, Action& chosen)
     command->add_flag("--baud-limit", simulation.baudLimit,
                       "Bytes take the time on a pseudo-terminal that they take on the wire");
     command
-        ->add_option("--turnaround", simulation.turnaroundMs,
+        ->add_option("--response-time,--turnaround", simulation.turnaroundMs,
                      "What the controller takes before it answers (0)")
         ->option_text("MS")
-        ->check(CLI::Range(0, longestMs));
+        ->check(CLI::Range(0, maximumMs));
     command->add_flag("--strict", simulation.strict,
                       "Takes no more than 125 registers or 2000 coils in one request");
     command

@@ -16,11 +16,11 @@ std::string textOf(const View& view, const ViewLabel& label, const ValueBytes& v
 
 std::string ageText(const View& view, Clock::time_point now)
 {
-    if (!view.arrived)
+    if (!view.hasValue)
         return "never";
     char text[32];
     std::snprintf(text, sizeof text, "%.1f s",
-                  std::chrono::duration<double>(now - view.refreshed).count());
+                  std::chrono::duration<double>(now - view.lastGood).count());
     return text;
 }
 
@@ -68,15 +68,15 @@ std::vector<ViewLabel> labelViews(const Library& library, const std::vector<Item
     return labels;
 }
 
-std::vector<std::string> cachedTexts(const Library& library, const Item& item)
+std::vector<std::string> cachedTexts(const Session& session, const Item& item)
 {
-    return valueTexts(item.address.width, item.format, cachedBytes(library, item.address).data(),
+    return valueTexts(item.address.width, item.format, session.cachedBytes(item.address).data(),
                       valueCount(item.address));
 }
 
 std::string valueText(const View& view, const ViewLabel& label)
 {
-    return view.arrived ? textOf(view, label, view.value) : "?";
+    return view.hasValue ? textOf(view, label, view.value) : "?";
 }
 
 std::string previousText(const View& view, const ViewLabel& label)

@@ -21,7 +21,7 @@ struct ViewLabel {
 std::vector<ViewLabel> labelViews(const Library& library, const std::vector<Item>& items);
 
 // The values of an item as the driver's cache holds them.
-std::vector<std::string> cachedTexts(const Library& library, const Item& item);
+std::vector<std::string> cachedTexts(const Session& session, const Item& item);
 
 std::string valueText(const View& view, const ViewLabel& label);
 std::string previousText(const View& view, const ViewLabel& label);

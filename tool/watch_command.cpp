@@ -12,7 +12,7 @@
 
 #include "line/failure.h"
 #include "text/json_value.h"
-#include "tool/live_line.h"
+#include "tool/live_command.h"
 #include "tool/screen.h"
 #include "tool/view_table.h"
 
@@ -118,7 +118,7 @@ public:
         if (!screen_)
             return;
         const Clock::time_point now = Clock::now();
-        const LinkStatistics& statistics = session.runner().statistics();
+        const LinkStatistics& statistics = session.statistics();
         std::vector<std::string> foot = briefStatistics(statistics, now);
         if (!lastTrouble_.empty())
             foot.push_back("last trouble: " + lastTrouble_);
@@ -167,42 +167,41 @@ private:
 int runWatch(const WatchOptions& options)
 {
     const Library library(options.line.library);
-    const std::vector<Item> items = Items(library, options.items).chosen(Access::read);
-    const std::vector<Address> addresses = addressesOf(items);
+    const std::vector<Item> items =
+        Items(library, options.items.source).chosen(options.items.arguments, Access::read);
     const std::vector<ViewLabel> labels = labelViews(library, items);
-    LiveLine line(library, options.line, items);
-    Teller teller(options, labels, [&line]() { line.end(); });
-
-    SessionEvents events;
-    events.changed = [&teller](const View& view, std::size_t index) { teller.tell(view, index); };
-    events.abandoned = [&teller](const std::string& request, const std::string& reason) {
-        teller.tellAbandoned(request, reason);
-    };
-    events.cycleEnded = [&line, &options](long long cycles) {
-        if (options.cycles > 0 && cycles >= options.cycles)
-            line.end();
-    };
-    RunnerEvents runnerEvents = line.runnerEvents();
-    runnerEvents.port = [&teller, further = runnerEvents.port](bool open,
-                                                               const std::string& message) {
-        teller.tellPort(open, message);
-        further(open, message);
-    };
-    Session session(library, line.sessionSettings(), line.lineSettings(), events, runnerEvents);
-    session.watch(addresses);
+    LiveCommand live(library, options.line, items);
+    Session& session = live.session();
+    Teller teller(options, labels, [&live]() { live.end(); });
 
     QTimer redraw;
+    QObject::connect(&session, &Session::changed, &redraw, [&teller](const ViewChanges& changes) {
+        for (const ViewChange& change : changes)
+            if (change.isValue)
+                teller.tell(change.view, change.index);
+    });
+    QObject::connect(&session, &Session::abandoned, &redraw,
+                     [&teller](const std::string& request, const std::string& reason) {
+                         teller.tellAbandoned(request, reason);
+                     });
+    QObject::connect(&session, &Session::cycleEnded, &redraw, [&live, &options](long long cycles) {
+        if (options.cycles > 0 && cycles >= options.cycles)
+            live.end();
+    });
+    QObject::connect(
+        &session, &Session::portChanged, &redraw,
+        [&teller](bool open, const std::string& message) { teller.tellPort(open, message); });
     QObject::connect(&redraw, &QTimer::timeout, &redraw,
                      [&teller, &session]() { teller.draw(session); });
     if (teller.hasScreen()) {
-        line.beQuiet();
+        live.beQuiet();
         redraw.start(redrawMilliseconds);
     }
     if (options.seconds > 0)
-        QTimer::singleShot(timerSpan(options.seconds), &redraw, [&line]() { line.end(); });
-    session.runner().start();
-    line.run();
-    session.runner().stop();
+        QTimer::singleShot(timerSpan(options.seconds), &redraw, [&live]() { live.end(); });
+    live.open();
+    session.watch(addressesOf(items));
+    live.run();
     teller.requireComplete();
 
     if (teller.hasScreen()) {
@@ -210,16 +209,14 @@ int runWatch(const WatchOptions& options)
         for (const std::string& row : viewTable(session.views(), labels, Clock::now()))
             std::printf("%s\n", row.c_str());
     }
-    if (options.line.stats)
-        std::printf("%s", fullStatistics(session.runner().statistics(), Clock::now()).c_str());
     bool complete = true;
     for (std::size_t i = 0; i < session.views().size(); ++i) {
-        if (session.views().at(i).arrived)
+        if (session.views().at(i).hasValue)
             continue;
         complete = false;
         std::fprintf(stderr, "dov417: %s: no value came\n", labels.at(i).name.c_str());
     }
-    return line.exitCode(complete);
+    return live.finish(complete);
 }
 
 } // namespace

@@ -5,7 +5,7 @@
 #include <memory>
 
 #include "session/write_job.h"
-#include "tool/live_line.h"
+#include "tool/live_command.h"
 #include "tool/view_table.h"
 
 namespace dov417 {
@@ -81,7 +81,7 @@ std::string report(const WriteTask& task, const std::string& interruption)
 int runWrite(const WriteOptions& options)
 {
     const Library library(options.line.library);
-    const Items known(library, options.items);
+    const Items known(library, options.items.source);
     std::vector<WriteTask> tasks;
     std::vector<Item> items;
     for (const std::string& assignment : options.assignments) {
@@ -89,35 +89,21 @@ int runWrite(const WriteOptions& options)
         items.push_back(tasks.back().item);
     }
     requireUntornValues(library, items, options.line.mergeGap());
-    LiveLine line(library, options.line, items);
-    line.endWithoutPort();
-
-    WriteJob* job = nullptr;
-    SessionEvents events;
-    events.readOnce = [&job](int number, bool accepted, const std::string& reason) {
-        job->readOnce(number, accepted, reason);
-    };
-    events.written = [&job](int number, bool accepted, const std::string& reason) {
-        job->written(number, accepted, reason);
-    };
-    Session session(library, line.sessionSettings(), line.lineSettings(), events,
-                    line.runnerEvents());
-    WriteJob writes(library, session, options.line.mergeGap(), [&line]() { line.end(); });
-    job = &writes;
+    LiveCommand live(library, options.line, items);
+    live.endWithoutPort();
+    live.open();
+    WriteJob writes(live.session(), [&live]() { live.end(); });
     writes.start(tasks);
-    session.runner().start();
-    line.run();
+    live.run();
 
     bool complete = true;
     for (const WriteTask& task : writes.tasks()) {
         const bool done = task.result == WriteResult::confirmed || task.result == WriteResult::sent;
         complete = complete && done;
         std::fprintf(done ? stdout : stderr, "%s%s\n",
-                     done ? "" : "dov417: ", report(task, line.interruption()).c_str());
+                     done ? "" : "dov417: ", report(task, live.interruption()).c_str());
     }
-    if (options.line.stats)
-        std::printf("%s", fullStatistics(session.runner().statistics(), Clock::now()).c_str());
-    return line.exitCode(complete);
+    return live.finish(complete);
 }
 
 } // namespace

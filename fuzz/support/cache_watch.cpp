@@ -1,8 +1,7 @@
 #include "cache_watch.h"
+#include "uncalled_functions.h"
 
 #include <map>
-
-#include "cache/data_areas.h"
 
 namespace {
 

@@ -45,11 +45,11 @@ int Script::address()
     return chosen < 250 ? word() % 4200 : number();
 }
 
-int Script::length(int usual)
+int Script::length(int limit)
 {
     const int chosen = byte();
     if (chosen < 200) {
-        return chosen % usual;
+        return chosen % limit;
     }
     return chosen < 250 ? word() % 1100 : -byte();
 }
@@ -91,27 +91,6 @@ int typeOf(const QString& regName)
         }
     }
     return -1;
-}
-
-unsigned int bitwiseCrc(const unsigned char* bytes, int length)
-{
-    unsigned int crc = 0xFFFF;
-    for (int i = 0; i < length; ++i) {
-        crc ^= bytes[i];
-        for (int bit = 0; bit < 8; ++bit) {
-            crc = (crc & 1u) != 0 ? (crc >> 1) ^ 0xA001u : crc >> 1;
-        }
-    }
-    return crc;
-}
-
-QByteArray withCrc(QByteArray bytes)
-{
-    const unsigned int crc =
-        bitwiseCrc(reinterpret_cast<const unsigned char*>(bytes.constData()), bytes.size());
-    bytes.append(static_cast<char>(crc & 0xFFu));
-    bytes.append(static_cast<char>(crc >> 8));
-    return bytes;
 }
 
 void freshDriver(HostMemory& host, const char* property)

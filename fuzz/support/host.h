@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "intf.h"
+#include "made_records.h"
 
 // Stops the program, so that the fuzzer keeps the input.
 [[noreturn]] void stop(const std::string& sentence);
@@ -48,7 +49,7 @@ public:
     // Numbers as hosts use them, now and then as nobody should.
     int station();
     int address();
-    int length(int usual);
+    int length(int limit); // below the limit, and now and then not
     QString regName();
     QByteArray bytes(int count);
     QByteArray rest();
@@ -73,9 +74,6 @@ struct TypeFacts {
 };
 const TypeFacts& factsOf(int type);
 int typeOf(const QString& regName); // -1 for an unknown name
-
-unsigned int bitwiseCrc(const unsigned char* bytes, int length);
-QByteArray withCrc(QByteArray bytes);
 
 // Memory that a host lends to the driver.
 struct HostMemory {

@@ -1,8 +1,5 @@
 #include "link/link_runner.h"
 
-#include "line/failure.h"
-#include "line/frame_text.h"
-
 namespace dov417 {
 
 namespace {
@@ -10,73 +7,64 @@ namespace {
 // Long enough to cost nothing, short enough not to be felt after a write from elsewhere.
 constexpr int idleMilliseconds = 20;
 
-constexpr int functionIndex = 1;
-constexpr int exceptionCodeIndex = 2;
-
-std::string describe(const FRAME_PRO& frame, const std::string& errorText)
+Transmission transmissionOf(const FRAME_PRO& frame, bool repeats)
 {
-    const bool read = frame.frame[functionIndex] <= 4;
-    return (read ? "read  " : "write ") + errorText;
-}
-
-std::string reasonOf(const Reception& reception, int expected)
-{
-    switch (reception.result) {
-    case LineResult::timeout:
-        return "no answer";
-    case LineResult::exception: {
-        const int code = static_cast<unsigned char>(reception.bytes.at(exceptionCodeIndex));
-        return "exception " + std::to_string(code) + " (" + exceptionName(code) + ")";
-    }
-    case LineResult::reply:
-        if (reception.bytes.size() < expected)
-            return "reply cut short: " + std::to_string(reception.bytes.size()) + " of " +
-                   std::to_string(expected) + " bytes";
-        return "bad CRC";
-    case LineResult::broadcast:
-        return "nobody answers a broadcast";
-    }
-    return std::string();
+    Transmission transmission;
+    const VARIABLE& request = frame.request;
+    transmission.request = {request.kind, request.stationNo, request.regName.toStdString(),
+                            request.address, request.length};
+    transmission.sent = QByteArray(reinterpret_cast<const char*>(frame.frame), frame.sendLength);
+    transmission.replyLength = frame.replyLength;
+    transmission.repeats = repeats;
+    return transmission;
 }
 
 } // namespace
 
-LinkRunner::LinkRunner(const Library& library, const LineSettings& settings,
-                       const RunnerEvents& events)
-    : library_(library), events_(events),
-      line_(settings,
-            LineObserver{[this](const QByteArray& bytes) {
-                             if (events_.sent)
-                                 events_.sent(bytes);
-                         },
-                         [this](const Reception& reception) {
-                             if (events_.received)
-                                 events_.received(reception);
-                         },
-                         [this](const Stray& stray) {
-                             ++statistics_.strays.at(static_cast<std::size_t>(stray.kind));
-                             if (events_.stray)
-                                 events_.stray(stray);
-                         },
-                         [this](bool open, const QString& message) { portChanged(open, message); }})
+LinkRunner::LinkRunner(const Library& library, const LinkEvents& events)
+    : library_(library), events_(events)
 {
     idleTimer_.setSingleShot(true);
     idleTimer_.setInterval(idleMilliseconds);
     QObject::connect(&idleTimer_, &QTimer::timeout, &idleTimer_, [this]() { poll(); });
 }
 
-void LinkRunner::start()
+Result LinkRunner::open(const LineSettings& settings)
 {
-    running_ = true;
+    close();
+    statistics_ = LinkStatistics();
+    LineObserver observer;
+    observer.sent = events_.began;
+    observer.stray = [this](const Stray& stray) {
+        statistics_.add(stray);
+        events_.stray(stray);
+    };
+    observer.port = [this](bool open, const QString& message) { portChanged(open, message); };
+    try {
+        line_ = std::make_unique<SerialLine>(settings, observer);
+    } catch (const Failure& failure) {
+        return Result::refused(failure.what());
+    }
     QString reason;
-    if (!line_.open(&reason))
-        throw Failure(reason.toStdString());
+    if (line_->open(&reason))
+        return Result();
+    line_.reset();
+    return Result::refused(reason.toStdString());
 }
 
-void LinkRunner::stop()
+void LinkRunner::close()
 {
-    running_ = false;
+    statistics(); // the line's part of the account stays
     idleTimer_.stop();
+    line_.reset();
+    portIsOpen_ = false;
+    idle_ = true;
+    repeating_ = false;
+}
+
+bool LinkRunner::isOpen() const
+{
+    return line_ != nullptr;
 }
 
 void LinkRunner::wake()
@@ -94,10 +82,10 @@ bool LinkRunner::isIdle() const
 
 const LinkStatistics& LinkRunner::statistics()
 {
-    statistics_.wireTime = line_.wireTime();
-    statistics_.state = !line_.isOpen() ? LinkState::portClosed
-                        : linkIsGood_   ? LinkState::good
-                                        : LinkState::failed;
+    if (line_) {
+        statistics_.wireTime = line_->wireTime();
+        statistics_.portIsOpen = line_->isOpen();
+    }
     return statistics_;
 }
 
@@ -108,23 +96,20 @@ void LinkRunner::cycleEnded(Micros duration)
 
 void LinkRunner::portChanged(bool open, const QString& message)
 {
-    if (events_.port)
-        events_.port(open, message.toStdString());
     // Why it cannot be opened again is told too, and is no further loss.
     if (portIsOpen_ && !open)
         ++statistics_.portLosses;
     portIsOpen_ = open;
-    if (!open) {
+    if (!open)
         idleTimer_.stop();
-    } else if (running_) {
-        // The frame that was on the line when the port went is handed out again.
-        idleTimer_.start(0);
-    }
+    else
+        idleTimer_.start(0); // a frame that was on the line when the port went is handed out again
+    events_.port(open, message.toStdString());
 }
 
 void LinkRunner::poll()
 {
-    if (!running_ || !line_.isOpen())
+    if (!line_ || !line_->isOpen())
         return;
     for (;;) {
         // 0 also ends a burst of writes or single reads: the poll after it may have more.
@@ -138,62 +123,28 @@ void LinkRunner::poll()
         }
         if (frame_.sendLength > 0)
             break;
-        Reception nothing;
-        nothing.result = LineResult::broadcast;
+        Transmission nothing = transmissionOf(frame_, repeating_);
+        nothing.reception.result = LineResult::broadcast;
         deal(nothing);
     }
-    const QByteArray bytes(reinterpret_cast<const char*>(frame_.frame), frame_.sendLength);
-    line_.transact(bytes, frame_.replyLength, [this](const Reception& reception) {
-        deal(reception);
+    line_->transact(transmissionOf(frame_, repeating_), [this](const Transmission& transmission) {
+        deal(transmission);
         poll();
     });
 }
 
-void LinkRunner::deal(const Reception& reception)
+void LinkRunner::deal(Transmission transmission)
 {
-    QByteArray bytes = reception.bytes;
-    QString errorText;
-    const auto result = static_cast<ReplyResult>(library_.intf_dealRcvFrame(&bytes, &errorText));
-    const std::string description = errorText.toStdString();
-    const std::string request = describe(frame_, description);
-    count(request, reception, result);
-    if (result == replyAccepted)
-        linkIsGood_ = true;
-    else if (result == replyAbandoned)
-        linkIsGood_ = false;
-    repeating_ = result == replyBad;
-    const std::string reason =
-        result == replyAccepted ? std::string() : reasonOf(reception, frame_.replyLength);
-    if (result == replyAbandoned)
-        statistics_.of(request).givenUp = reason;
-    if (events_.outcome)
-        events_.outcome({frame_, reception, result, description, reason});
-}
-
-void LinkRunner::count(const std::string& request, const Reception& reception, ReplyResult result)
-{
-    RequestCounters& counters = statistics_.of(request);
-    ++counters.sent;
-    if (repeating_)
-        ++counters.retries;
-    if (result == replyAccepted) {
-        ++counters.good;
-        return;
-    }
-    if (result == replyAbandoned)
-        ++counters.abandoned;
-    switch (reception.result) {
-    case LineResult::timeout:
-    case LineResult::broadcast:
-        ++counters.timeouts;
-        break;
-    case LineResult::exception:
-        ++counters.exceptions[static_cast<unsigned char>(reception.bytes.at(exceptionCodeIndex))];
-        break;
-    case LineResult::reply:
-        ++(reception.bytes.size() < frame_.replyLength ? counters.shortReplies : counters.badCrc);
-        break;
-    }
+    QByteArray bytes = transmission.reception.bytes;
+    QString description;
+    transmission.verdict =
+        static_cast<ReplyResult>(library_.intf_dealRcvFrame(&bytes, &description));
+    transmission.description = description.toStdString();
+    if (transmission.verdict != replyAccepted)
+        transmission.reason = reasonOf(transmission.reception, transmission.replyLength);
+    repeating_ = transmission.verdict == replyBad;
+    statistics_.add(transmission);
+    events_.ended(transmission);
 }
 
 } // namespace dov417

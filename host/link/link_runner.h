@@ -7,39 +7,34 @@
 
 #include <QTimer>
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "driver/library.h"
+#include "line/failure.h"
 #include "link/link_statistics.h"
 #include "link/serial_line.h"
+#include "link/transmission.h"
 
 namespace dov417 {
 
-// One frame and what the driver said about its reply.
-struct Outcome {
-    const FRAME_PRO& frame;
-    const Reception& reception;
-    ReplyResult result;
-    std::string errorText; // the driver's words for the frame: "1#R_W10(1)"
-    std::string reason; // ours for a bad reply: "no answer", "exception 2 (illegal data address)"
-};
-
-struct RunnerEvents {
-    std::function<void(const Outcome&)> outcome;
+// Called from the event loop, in the middle of the runner's work: to note, not to act upon.
+struct LinkEvents {
+    std::function<void(const Transmission&)> began;
+    std::function<void(const Transmission&)> ended; // before the driver is asked for the next frame
+    std::function<void(const Stray&)> stray;
     std::function<void(bool open, const std::string& message)> port;
-    std::function<void(const QByteArray&)> sent;    // for the line log
-    std::function<void(const Reception&)> received; // for the line log
-    std::function<void(const Stray&)> stray;        // for the line log
 };
 
 class LinkRunner {
 public:
-    LinkRunner(const Library& library, const LineSettings& settings, const RunnerEvents& events);
+    LinkRunner(const Library& library, const LinkEvents& events);
 
-    // Opens the port and begins to poll. Throws a Failure if the port cannot be opened.
-    void start();
-    // No frame is begun any more; one on the line may still end.
-    void stop();
+    // Opens the port, counts from zero, and begins to poll.
+    Result open(const LineSettings& settings);
+    // No frame is begun any more, and what comes for one on the line is nobody's.
+    void close();
+    bool isOpen() const; // also while the port is away
     // There is something new to send: an idle runner polls at once.
     void wake();
 
@@ -51,20 +46,17 @@ public:
 private:
     void portChanged(bool open, const QString& message);
     void poll();
-    void deal(const Reception& reception);
-    void count(const std::string& request, const Reception& reception, ReplyResult result);
+    void deal(Transmission transmission);
 
     const Library& library_;
-    RunnerEvents events_;
+    LinkEvents events_;
     LinkStatistics statistics_;
-    SerialLine line_;
+    std::unique_ptr<SerialLine> line_;
     QTimer idleTimer_;
     FRAME_PRO frame_ = FRAME_PRO();
-    bool running_ = false;
     bool portIsOpen_ = false;
     bool idle_ = true;
     bool repeating_ = false; // the driver will hand out the same frame again
-    bool linkIsGood_ = true; // until a request is given up, and again with the next good reply
 };
 
 } // namespace dov417

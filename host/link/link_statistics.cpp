@@ -66,17 +66,11 @@ std::string cyclesText(const Durations& cycles)
            " / " + milliseconds(cycles.maximum()) + " (min / median / max)";
 }
 
-const char* stateText(LinkState state)
+const char* stateText(const LinkStatistics& statistics)
 {
-    switch (state) {
-    case LinkState::portClosed:
-        return "port closed";
-    case LinkState::good:
-        return "link good";
-    case LinkState::failed:
-        return "link FAILED";
-    }
-    return "";
+    return !statistics.portIsOpen  ? "port closed"
+           : statistics.linkIsGood ? "link good"
+                                   : "link FAILED";
 }
 
 std::string straysText(const LinkStatistics& statistics)
@@ -125,6 +119,43 @@ Micros Durations::maximum() const
     return maximum_;
 }
 
+void LinkStatistics::add(const Transmission& transmission)
+{
+    RequestCounters& counters = of(transmission.name());
+    const Reception& reception = transmission.reception;
+    ++counters.sent;
+    if (transmission.repeats)
+        ++counters.retries;
+    if (transmission.verdict == replyAccepted) {
+        ++counters.good;
+        linkIsGood = true;
+        return;
+    }
+    if (transmission.isAbandoned()) {
+        ++counters.abandoned;
+        counters.givenUp = transmission.reason;
+        linkIsGood = false;
+    }
+    switch (reception.result) {
+    case LineResult::timeout:
+    case LineResult::broadcast:
+        ++counters.timeouts;
+        break;
+    case LineResult::exception:
+        ++counters.exceptions[exceptionCode(reception)];
+        break;
+    case LineResult::reply:
+        ++(reception.bytes.size() < transmission.replyLength ? counters.shortReplies
+                                                             : counters.badCrc);
+        break;
+    }
+}
+
+void LinkStatistics::add(const Stray& stray)
+{
+    ++strays.at(static_cast<std::size_t>(stray.kind));
+}
+
 RequestCounters& LinkStatistics::of(const std::string& request)
 {
     const auto [entry, isNew] = requests.try_emplace(request);
@@ -158,7 +189,7 @@ std::vector<std::string> briefStatistics(const LinkStatistics& statistics, Clock
     return {"all requests: " + countersText(total) +
                 text(", %.1f polls/s", static_cast<double>(total.sent) / seconds),
             cyclesText(statistics.cycles) + text(", line %.1f %% used by bytes", 100 * used),
-            stateText(statistics.state)};
+            stateText(statistics)};
 }
 
 std::vector<std::string> requestStatistics(const LinkStatistics& statistics)

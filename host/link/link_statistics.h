@@ -7,7 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "link/serial_line.h"
+#include "line/clock.h"
+#include "link/reply_collector.h"
+#include "link/transmission.h"
 
 namespace dov417 {
 
@@ -39,12 +41,6 @@ private:
     Micros maximum_{0};
 };
 
-enum class LinkState {
-    portClosed,
-    good,
-    failed // the last request was given up
-};
-
 struct LinkStatistics {
     // In the order of their first transmission; "1#R_W10(5)" with "read" or "write" in front.
     std::vector<std::string> order;
@@ -52,9 +48,13 @@ struct LinkStatistics {
     std::array<long long, strayKinds> strays{}; // indexed by StrayKind
     Durations cycles;
     long long portLosses = 0;
-    LinkState state = LinkState::good;
+    bool portIsOpen = true;
+    bool linkIsGood = true; // until a request is given up, and again with the next good reply
     Clock::time_point started = Clock::now();
     Micros wireTime{0}; // what the bytes sent and received took
+
+    void add(const Transmission& transmission);
+    void add(const Stray& stray);
 
     RequestCounters& of(const std::string& request);
     RequestCounters total() const;

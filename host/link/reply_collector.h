@@ -9,6 +9,8 @@
 #include <QByteArray>
 #include <QList>
 
+#include "line/clock.h"
+
 namespace dov417 {
 
 enum class StrayKind {
@@ -23,8 +25,10 @@ constexpr int strayKinds = 6;
 
 // Bytes on the line that are not the awaited reply.
 struct Stray {
-    StrayKind kind;
+    StrayKind kind = StrayKind::noise;
     QByteArray bytes;
+    Clock::time_point at{};
+    long long answers = 0; // number of the earlier transmission that they answer; 0: none is known
 };
 
 enum class Arrival {

@@ -180,11 +180,9 @@ void SerialLine::lost(const QString& reason)
     reopenTimer_.start();
 }
 
-void SerialLine::transact(const QByteArray& request, int replyLength,
-                          std::function<void(const Reception&)> done)
+void SerialLine::transact(const Transmission& request, Done done)
 {
-    request_ = request;
-    replyLength_ = replyLength;
+    current_ = request;
     done_ = std::move(done);
     state_ = State::silence;
     // A line that is never silent is not waited for forever.
@@ -212,8 +210,8 @@ Clock::time_point SerialLine::earliestStart()
         const Unanswered& earlier = unanswered_.at(i);
         if (earlier.expires <= now)
             unanswered_.removeAt(i);
-        else if (earlier.replyLength == replyLength_ && earlier.request != request_ &&
-                 earlier.request.left(2) == request_.left(2))
+        else if (earlier.replyLength == current_.replyLength && earlier.request != current_.sent &&
+                 earlier.request.left(2) == current_.sent.left(2))
             start = std::max(start, earlier.expires);
     }
     return std::min(start, babbleLimit_);
@@ -232,22 +230,29 @@ void SerialLine::transmit()
         wakeAt(now + rereadDelay);
         return;
     }
-    collector_.begin(request_, replyLength_);
-    const Micros duration = std::chrono::round<Micros>(settings_.wire.characters(request_.size()));
-    transmissionEnd_ = now + duration;
-    lastActivity_ = transmissionEnd_;
+    collector_.begin(current_.sent, current_.replyLength);
+    const Micros duration =
+        std::chrono::round<Micros>(settings_.wire.characters(current_.sent.size()));
+    current_.number = ++transmissions_;
+    current_.sendBegin = now;
+    current_.sendEnd = now + duration;
+    current_.timeout = settings_.timeout;
+    current_.reception = Reception();
+    lastActivity_ = current_.sendEnd;
     wireTime_ += duration;
-    observer_.sent(request_);
-    state_ = replyLength_ > 0 ? State::awaitingReply : State::awaitingTurnaround;
-    if (replyLength_ > 0) {
-        deadline_ = transmissionEnd_ + settings_.timeout;
-        unanswered_.append({request_, replyLength_, now, deadline_ + settings_.timeout});
+    observer_.sent(current_);
+    const bool awaited = current_.replyLength > 0;
+    state_ = awaited ? State::awaitingReply : State::awaitingTurnaround;
+    if (awaited) {
+        deadline_ = current_.sendEnd + settings_.timeout;
+        unanswered_.append({current_.number, current_.sent, current_.replyLength, now,
+                            deadline_ + settings_.timeout});
         armReplyTimer();
     } else {
-        wakeAt(transmissionEnd_ + settings_.turnaround);
+        wakeAt(current_.sendEnd + settings_.turnaround);
     }
     // cppcheck-suppress nullPointerRedundantCheck
-    port_->write(request_);
+    port_->write(current_.sent);
     if (port_) // a failed write may have told us that the port is gone
         port_->flush();
 }
@@ -264,7 +269,7 @@ void SerialLine::armReplyTimer()
         wakeAt(deadline_);
     else
         wakeAt(std::min(lastActivity_ + frameGap_,
-                        deadline_ + settings_.wire.characters(replyLength_)));
+                        deadline_ + settings_.wire.characters(current_.replyLength)));
 }
 
 void SerialLine::bytesCame()
@@ -286,6 +291,9 @@ void SerialLine::bytesCame()
         beginSilence();
         break;
     case State::awaitingReply:
+        if (current_.reception.firstByte == Clock::time_point())
+            current_.reception.firstByte = lastActivity_;
+        current_.reception.lastByte = lastActivity_;
         takeArrival(collector_.add(bytes));
         break;
     }
@@ -339,7 +347,7 @@ void SerialLine::finish(LineResult result)
 {
     timer_.cancel();
     state_ = State::idle;
-    Reception reception;
+    Reception& reception = current_.reception;
     reception.result = result;
     if (result == LineResult::reply || result == LineResult::exception) {
         reception.bytes = collector_.reply();
@@ -348,34 +356,35 @@ void SerialLine::finish(LineResult result)
         else if (!unanswered_.isEmpty())
             unanswered_.removeLast(); // garbled, but it was the answer
     }
-    observer_.received(reception);
     // The next transaction may be started from within.
-    const std::function<void(const Reception&)> done = std::move(done_);
+    const Transmission ended = current_;
+    const Done done = std::move(done_);
     done_ = nullptr;
-    done(reception);
+    done(ended);
 }
 
 void SerialLine::reportStrays()
 {
-    for (const Stray& stray : collector_.takeStrays()) {
+    for (Stray& stray : collector_.takeStrays()) {
+        stray.at = lastActivity_;
         if (stray.kind != StrayKind::echo)
-            settle(stray.bytes);
+            stray.answers = settle(stray.bytes);
         observer_.stray(stray);
     }
 }
 
 void SerialLine::flushLateBytes(const QByteArray& bytes)
 {
-    settle(bytes);
-    observer_.stray({StrayKind::late, bytes});
+    observer_.stray({StrayKind::late, bytes, lastActivity_, settle(bytes)});
 }
 
 // A frame came: it answers the oldest transmission that it fits. If that had been repeated, the
-// controller's delay is known now, and the other replies cannot come later than that.
-void SerialLine::settle(const QByteArray& frame)
+// controller's delay is known now, and the other replies cannot come later than that. Tells which
+// transmission it was; 0 for none.
+long long SerialLine::settle(const QByteArray& frame)
 {
     if (!hasGoodCrc(frame))
-        return;
+        return 0;
     const Clock::time_point now = Clock::now();
     for (int i = 0; i < unanswered_.size(); ++i) {
         const Unanswered answered = unanswered_.at(i);
@@ -387,8 +396,9 @@ void SerialLine::settle(const QByteArray& frame)
         for (Unanswered& other : unanswered_)
             if (other.request == answered.request)
                 other.expires = std::min(other.expires, other.sentAt + delay);
-        return;
+        return answered.number;
     }
+    return 0;
 }
 
 } // namespace dov417

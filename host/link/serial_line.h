@@ -17,6 +17,7 @@
 #include "line/serial_format.h"
 #include "line/wake_timer.h"
 #include "link/reply_collector.h"
+#include "link/transmission.h"
 
 class QSerialPort;
 
@@ -29,22 +30,9 @@ struct LineSettings {
     Micros turnaround{100000}; // what controllers need to digest a broadcast
 };
 
-enum class LineResult {
-    reply,     // bytes that look like the reply: the driver judges them
-    exception, // a sound exception reply
-    timeout,   // nothing usable came
-    broadcast  // nothing was awaited
-};
-
-struct Reception {
-    LineResult result = LineResult::timeout;
-    QByteArray bytes;
-};
-
 // What passes on the line, for logs and counters.
 struct LineObserver {
-    std::function<void(const QByteArray&)> sent;
-    std::function<void(const Reception&)> received;
+    std::function<void(const Transmission&)> sent; // its first byte goes out now
     std::function<void(const Stray&)> stray;
     std::function<void(bool open, const QString& message)> port;
 };
@@ -63,8 +51,9 @@ public:
 
     // Transmits and collects; calls done once, from the event loop. One at a time. If the port
     // vanishes meanwhile, done is not called: the request is to be repeated once the port is back.
-    void transact(const QByteArray& request, int replyLength,
-                  std::function<void(const Reception&)> done);
+    // Of the record the line fills in what it knows: number, times and reception.
+    using Done = std::function<void(const Transmission&)>;
+    void transact(const Transmission& request, Done done);
 
     // Time that the bytes sent and received so far took on the wire.
     Micros wireTime() const;
@@ -80,6 +69,7 @@ private:
 
     // A transmission whose reply has not been seen: it may still come.
     struct Unanswered {
+        long long number;
         QByteArray request;
         int replyLength;
         Clock::time_point sentAt;
@@ -100,7 +90,7 @@ private:
     void takeArrival(Arrival arrival);
     void reportStrays();
     void flushLateBytes(const QByteArray& bytes);
-    void settle(const QByteArray& frame);
+    long long settle(const QByteArray& frame);
     Clock::time_point earliestStart();
     bool bytesWait() const;
 
@@ -115,13 +105,12 @@ private:
     QString lastReason_;
     Micros frameGap_{0}; // silence after which a reply is taken to have ended
 
-    QByteArray request_;
-    int replyLength_ = 0;
-    std::function<void(const Reception&)> done_;
+    Transmission current_;
+    long long transmissions_ = 0;
+    Done done_;
     Clock::time_point lastActivity_{}; // end of the last byte on the line, ours or theirs
     Clock::time_point babbleLimit_{};  // when to transmit although the line is not silent
     Clock::time_point deadline_{};
-    Clock::time_point transmissionEnd_{};
     Micros wireTime_{0};
 };
 

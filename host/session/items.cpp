@@ -4,13 +4,13 @@
 
 namespace dov417 {
 
-Items::Items(const Library& library, const ItemOptions& options)
-    : library_(library), options_(options), format_(parseFormat(options.format))
+Items::Items(const Library& library, const ItemSource& source)
+    : library_(library), source_(source), format_(parseFormat(source.format))
 {
-    if (!options.wordOrder.empty())
-        format_.order = parseWordOrder(options.wordOrder);
-    if (!options.tags.empty())
-        tags_ = readTags(library, options.tags);
+    if (!source.wordOrder.empty())
+        format_.order = parseWordOrder(source.wordOrder);
+    if (!source.tags.empty())
+        tags_ = readTags(library, source.tags);
 }
 
 Item Items::made(const std::string& name, const Address& address, const FormatChoice& own,
@@ -36,22 +36,22 @@ Item Items::find(const std::string& text, Access access) const
 {
     if (const Tag* const tag = findTag(tags_, text))
         return made(tag->name, tag->address, tag->format, tag->comment, access);
-    if (text.find(':') == std::string::npos && !options_.tags.empty())
-        throw UsageFailure(options_.tags + " has no tag '" + text + "'");
+    if (text.find(':') == std::string::npos && !source_.tags.empty())
+        throw UsageFailure(source_.tags + " has no tag '" + text + "'");
     const Address address = parseAddress(library_, text);
     return made(toText(library_, address), address, FormatChoice(), std::string(), access);
 }
 
-std::vector<Item> Items::chosen(Access access) const
+std::vector<Item> Items::chosen(const std::vector<std::string>& texts, Access access) const
 {
-    if (options_.arguments.empty()) {
-        if (options_.tags.empty())
+    if (texts.empty()) {
+        if (source_.tags.empty())
             throw UsageFailure("no address given; one is written R_W:100 or 2/M_bit:1.0..1.15, "
                                "and --tags FILE names many");
         return tagged(access);
     }
     std::vector<Item> items;
-    for (const std::string& argument : options_.arguments)
+    for (const std::string& argument : texts)
         items.push_back(find(argument, access));
     return items;
 }
@@ -59,7 +59,7 @@ std::vector<Item> Items::chosen(Access access) const
 std::vector<Item> Items::tagged(Access access) const
 {
     if (tags_.empty())
-        throw UsageFailure(options_.tags + " names no tag");
+        throw UsageFailure(source_.tags + " names no tag");
     std::vector<Item> items;
     for (const Tag& tag : tags_)
         items.push_back(made(tag.name, tag.address, tag.format, tag.comment, access));
@@ -77,7 +77,7 @@ std::vector<Address> addressesOf(const std::vector<Item>& items)
 
 void requireUntornValues(const Library& library, const std::vector<Item>& items, int gap)
 {
-    const int piece = gap < 1 ? mostWordsOfAWrite : gap;
+    const int piece = gap < 1 ? maximumWordsOfAWrite : gap;
     for (const Item& item : items)
         if (item.address.width == Width::doubleWord && piece % 2 != 0 &&
             item.address.length > piece)

@@ -8,7 +8,6 @@
 #include "text/addresses.h"
 #include "text/tags.h"
 #include "text/values.h"
-#include "tool/options.h"
 
 namespace dov417 {
 
@@ -19,17 +18,24 @@ struct Item {
     std::string comment;
 };
 
+// Where items are looked up, and how their values are written. Each may be empty.
+struct ItemSource {
+    std::string tags;      // a tag file
+    std::string format;    // wins over a tag's own
+    std::string wordOrder; // of 32-bit values
+};
+
 // Reads the tag file, if there is one, and finds items in it or by their address.
 class Items {
 public:
-    Items(const Library& library, const ItemOptions& options);
+    // Throws a UsageFailure if a text of the source is wrong.
+    Items(const Library& library, const ItemSource& source);
 
     // A tag name or an address. Throws a UsageFailure.
     Item find(const std::string& text, Access access) const;
 
-    // What the arguments name; every tag if there are none. Throws a UsageFailure if that is
-    // nothing.
-    std::vector<Item> chosen(Access access) const;
+    // What these texts name; every tag if there are none. Throws a UsageFailure if that is nothing.
+    std::vector<Item> chosen(const std::vector<std::string>& texts, Access access) const;
 
     // Every tag of the file.
     std::vector<Item> tagged(Access access) const;
@@ -39,7 +45,7 @@ private:
               const std::string& comment, Access access) const;
 
     const Library& library_;
-    ItemOptions options_;
+    ItemSource source_;
     FormatChoice format_;
     std::vector<Tag> tags_;
 };

@@ -7,15 +7,15 @@ namespace dov417 {
 
 namespace {
 
-constexpr int longestRead = 125; // words in one read request
-constexpr int longestPlan = 128; // words in one request of the driver's plan
+constexpr int maximumRead = 125; // words in one read request
+constexpr int maximumPlan = 128; // words in one request of the driver's plan
 constexpr int bitsPerWord = 16;
 constexpr int doubleWordLength = 2;
 constexpr int bytesPerWord = 2;
 
-int pieceLength(const Address& address, int longest, int gap)
+int pieceLength(const Address& address, int maximum, int gap)
 {
-    const int limit = gap < 1 ? longest : std::min(gap, longest);
+    const int limit = gap < 1 ? maximum : std::min(gap, maximum);
     if (address.width != Width::doubleWord)
         return limit;
     if (limit < doubleWordLength)
@@ -47,7 +47,7 @@ std::vector<Write> writePieces(const Address& address, const std::vector<unsigne
     std::vector<Write> pieces;
     auto from = data.begin();
     for (const Address& piece :
-         cut(address, bits ? 1 : pieceLength(address, mostWordsOfAWrite, gap))) {
+         cut(address, bits ? 1 : pieceLength(address, maximumWordsOfAWrite, gap))) {
         const auto end = from + static_cast<std::ptrdiff_t>(piece.length) * bytesPerUnit;
         pieces.push_back({piece, {from, end}});
         from = end;
@@ -69,14 +69,14 @@ Address wordsOf(const Address& address)
 
 std::vector<Address> readPieces(const Address& address, int gap)
 {
-    return cut(wordsOf(address), pieceLength(address, longestRead, gap));
+    return cut(wordsOf(address), pieceLength(address, maximumRead, gap));
 }
 
 std::vector<Address> watchPieces(const Address& address)
 {
     // The first bit may lie within its word.
     const bool bits = address.width == Width::bit;
-    return cut(address, bits ? (longestPlan - 1) * bitsPerWord : longestPlan);
+    return cut(address, bits ? (maximumPlan - 1) * bitsPerWord : maximumPlan);
 }
 
 } // namespace dov417

@@ -151,7 +151,7 @@ int PlannedRequest::coils() const
 
 bool PlannedRequest::isAboveLimit() const
 {
-    return coils() > 0 ? coils() > mostCoils : length > mostRegisters;
+    return coils() > 0 ? coils() > maximumCoils : length > maximumRegisters;
 }
 
 Planner::Planner(const Library& library, const std::vector<Address>& addresses,

@@ -15,8 +15,8 @@ bool isBits(const RecipeEntry& entry)
 
 } // namespace
 
-RecipeJob::RecipeJob(Session& session, int gap, std::function<void()> done)
-    : session_(session), gap_(gap), done_(std::move(done))
+RecipeJob::RecipeJob(Session& session, std::function<void()> done)
+    : session_(session), done_(std::move(done))
 {
 }
 
@@ -34,51 +34,64 @@ void RecipeJob::upload(const std::vector<RecipeEntry>& entries)
 {
     entries_ = entries;
     problems_.clear();
-    transfer_ = RecipeTransfer::upload;
     std::vector<Address> words;
     for (const RecipeEntry& entry : entries_)
         words.push_back(isBits(entry) ? wordsOf(entry.item.address) : entry.item.address);
     layout_ = layOutRecipe(words);
-    session_.transferRecipe(layout_, transfer_);
+    session_.transferRecipe(layout_, RecipeDirection::upload, RecipeWords(),
+                            [this](const Result& result, const RecipeWords& uploaded) {
+                                if (result.accepted)
+                                    takeWords(uploaded);
+                                else
+                                    problems_.push_back(result.reason);
+                                done_();
+                            });
 }
 
 void RecipeJob::download(const std::vector<RecipeEntry>& entries)
 {
     entries_ = entries;
     problems_.clear();
-    transfer_ = RecipeTransfer::download;
     std::vector<Address> words;
     for (const RecipeEntry& entry : entries_)
         if (!isBits(entry))
             words.push_back(entry.item.address);
     layout_ = layOutRecipe(words);
-    wordsToBuffer();
-    session_.transferRecipe(layout_, transfer_);
+    session_.transferRecipe(layout_, RecipeDirection::download, wordsOfEntries(),
+                            [this](const Result& result, const RecipeWords&) {
+                                if (result.accepted)
+                                    writeBits();
+                                else
+                                    problems_.push_back(result.reason);
+                                if (bitsUnderWay_ == 0)
+                                    done_();
+                            });
 }
 
-void RecipeJob::wordsToBuffer()
+RecipeWords RecipeJob::wordsOfEntries() const
 {
+    RecipeWords words(layout_.bufferWords);
     for (const RecipeEntry& entry : entries_) {
         if (isBits(entry))
             continue;
         Address word = entry.item.address;
         for (std::size_t i = 0; i < entry.data.size() / 2; ++i, ++word.first)
-            session_.recipeBuffer().at(layout_.offsetOf(word)) =
+            words.at(layout_.offsetOf(word)) =
                 static_cast<std::uint16_t>(entry.data.at(2 * i) | entry.data.at(2 * i + 1) << 8);
     }
+    return words;
 }
 
-void RecipeJob::bufferToEntries()
+void RecipeJob::takeWords(const RecipeWords& words)
 {
     for (RecipeEntry& entry : entries_) {
         const Address& address = entry.item.address;
-        const Address words = isBits(entry) ? wordsOf(address) : address;
+        Address word = isBits(entry) ? wordsOf(address) : address;
         entry.data.clear();
         for (int unit = 0; unit < address.length; ++unit) {
             const int bit = address.first + unit;
-            Address word = words;
             word.first = isBits(entry) ? bit / bitsPerWord : address.first + unit;
-            const unsigned value = session_.recipeBuffer().at(layout_.offsetOf(word));
+            const unsigned value = words.at(layout_.offsetOf(word));
             if (isBits(entry)) {
                 entry.data.push_back(value >> bit % bitsPerWord & 1);
             } else {
@@ -89,39 +102,25 @@ void RecipeJob::bufferToEntries()
     }
 }
 
-void RecipeJob::ended(bool accepted, const std::string& reason)
-{
-    if (!accepted)
-        problems_.push_back(reason);
-    if (transfer_ == RecipeTransfer::upload) {
-        if (accepted)
-            bufferToEntries();
-        done_();
-        return;
-    }
-    if (accepted)
-        writeBits();
-    if (bitsUnderWay_.empty())
-        done_();
-}
-
 void RecipeJob::writeBits()
 {
+    std::vector<std::pair<Write, std::string>> bits;
     for (const RecipeEntry& entry : entries_)
         if (isBits(entry))
-            for (const Write& bit : writePieces(entry.item.address, entry.data, gap_))
-                bitsUnderWay_.emplace(session_.write(bit), entry.item.name);
+            for (const Write& bit :
+                 writePieces(entry.item.address, entry.data, session_.settings().gap))
+                bits.emplace_back(bit, entry.item.name);
+    bitsUnderWay_ = bits.size();
+    for (const auto& [bit, name] : bits)
+        session_.write(bit,
+                       [this, name = name](const Result& result) { bitWritten(name, result); });
 }
 
-void RecipeJob::written(int number, bool accepted, const std::string& reason)
+void RecipeJob::bitWritten(const std::string& name, const Result& result)
 {
-    const auto found = bitsUnderWay_.find(number);
-    if (found == bitsUnderWay_.end())
-        return;
-    if (!accepted)
-        problems_.push_back(found->second + ": " + reason);
-    bitsUnderWay_.erase(found);
-    if (bitsUnderWay_.empty())
+    if (!result.accepted)
+        problems_.push_back(name + ": " + result.reason);
+    if (--bitsUnderWay_ == 0)
         done_();
 }
 

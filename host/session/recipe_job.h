@@ -7,7 +7,6 @@
 #define DOV417_SESSION_RECIPE_JOB_H
 
 #include <functional>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -22,10 +21,11 @@ struct RecipeEntry {
     std::vector<unsigned char> data; // as intf_getData() and intf_setData() have them
 };
 
+// Must outlive what it has started.
 class RecipeJob {
 public:
     // done: the transfer has ended; problems() tells how.
-    RecipeJob(Session& session, int gap, std::function<void()> done);
+    RecipeJob(Session& session, std::function<void()> done);
 
     // Controller to entries.
     void upload(const std::vector<RecipeEntry>& entries);
@@ -36,23 +36,18 @@ public:
     // Empty: everything was transferred.
     const std::vector<std::string>& problems() const;
 
-    // To be told of the session's outcomes; those of others are ignored.
-    void ended(bool accepted, const std::string& reason);
-    void written(int number, bool accepted, const std::string& reason);
-
 private:
-    void wordsToBuffer();
-    void bufferToEntries();
+    RecipeWords wordsOfEntries() const;
+    void takeWords(const RecipeWords& words);
     void writeBits();
+    void bitWritten(const std::string& name, const Result& result);
 
     Session& session_;
-    int gap_;
     std::function<void()> done_;
     std::vector<RecipeEntry> entries_;
     std::vector<std::string> problems_;
     RecipeLayout layout_;
-    RecipeTransfer transfer_ = RecipeTransfer::upload;
-    std::map<int, std::string> bitsUnderWay_; // write -> name of its entry
+    std::size_t bitsUnderWay_ = 0;
 };
 
 } // namespace dov417

@@ -1,80 +1,47 @@
 #include "session/session.h"
 
-#include <algorithm>
-#include <cassert>
-#include <stdexcept>
+#include <QMetaMethod>
+#include <QMetaType>
 
-#include "line/failure.h"
+#include "session/driver_keys.h"
 #include "text/values.h"
 
 namespace dov417 {
 
 namespace {
 
-constexpr int tag = 1;                    // first property field: names this link in recipe records
-constexpr int cyclicKind = 4;             // what planned reads carry
-constexpr int firstTicket = 1000;         // above every kind that the driver itself uses
-constexpr std::size_t mostHandedIn = 200; // far below the 513 at which the driver drops writes
-constexpr int doubleWordLength = 2;
-constexpr int bitItems = -1;
-
-constexpr std::size_t downloadFlag = 60115;
-constexpr std::size_t uploadFlag = 60116;
-constexpr std::size_t blockSize = uploadFlag + 1;
-constexpr std::size_t mostRecipeWords = 65536;
-
-constexpr int functionIndex = 1;
-
-constexpr int queued = 1; // result of intf_setData() and intf_addConditionRead()
+const char* const lineIsClosed = "the line is closed";
 
 Session* current = nullptr; // the driver's callback carries no pointer of ours
 
-bool isReadFrame(const FRAME_PRO& frame)
-{
-    return frame.frame[functionIndex] == 1 || frame.frame[functionIndex] == 3;
-}
-
-KEY_ADDRESS keyOf(const Address& address)
-{
-    KEY_ADDRESS key = KEY_ADDRESS();
-    key.stationNo = address.station;
-    key.regName = QString::fromStdString(address.regName);
-    key.address = address.first;
-    key.length = address.length;
-    key.bitFlag = address.width == Width::bit ? bitItems : 0;
-    return key;
-}
-
 } // namespace
 
-Session::Session(const Library& library, const SessionSettings& settings, const LineSettings& line,
-                 const SessionEvents& events, const RunnerEvents& runnerEvents)
-    : library_(library), settings_(settings), events_(events), nextTicket_(firstTicket),
-      block_(blockSize), recipeWords_(mostRecipeWords),
-      runner_(library, line, [this, runnerEvents]() {
-          RunnerEvents own = runnerEvents;
-          own.port = [this, further = runnerEvents.port](bool open, const std::string& message) {
-              cycleStart_ = Clock::now();
-              if (further)
-                  further(open, message);
-          };
-          own.outcome = [this, further = runnerEvents.outcome](const Outcome& event) {
-              outcome(event);
-              if (further)
-                  further(event);
-          };
-          return own;
-      }())
+Session::Session(const Library& library, const SessionSettings& settings)
+    : library_(library), claim_(library), settings_(settings), views_(library),
+      requests_(library, tellings_,
+                [this](const Address& address, int step) { views_.countWrite(address, step); }),
+      recipe_(library, tellings_),
+      runner_(library,
+              LinkEvents{[this](const Transmission& transmission) { began(transmission); },
+                         [this](const Transmission& transmission) { ended(transmission); },
+                         [this](const Stray& stray) {
+                             tellings_.add([this, stray]() { emit strayCame(stray); });
+                         },
+                         [this](bool open, const std::string& message) { portWas(open, message); }})
 {
-    if (current != nullptr)
-        throw std::logic_error("the library has one driver: one session at a time");
     current = this;
+    // For connections that are queued, to another thread.
+    qRegisterMetaType<ViewChanges>("dov417::ViewChanges");
+    qRegisterMetaType<Transmission>("dov417::Transmission");
+    qRegisterMetaType<Stray>("dov417::Stray");
+    qRegisterMetaType<std::string>("std::string");
     library_.intf_setAddrValueChangeCallBack(&Session::valueChanged);
-    initialise();
+    startDriver();
 }
 
 Session::~Session()
 {
+    runner_.close();
     library_.intf_setAddrValueChangeCallBack(nullptr);
     // The driver forgets our memory.
     int result = 0;
@@ -82,335 +49,251 @@ Session::~Session()
     current = nullptr;
 }
 
-void Session::initialise()
+// ---- the line and the driver ----------------------------------------------------------------
+
+Result Session::open(const LineSettings& line)
 {
-    const std::string property = std::to_string(tag) + "#0#0#" + std::to_string(settings_.retries) +
-                                 "#" + std::to_string(settings_.gap);
+    close("another line is opened");
+    views_.forget();
+    tellChanges();
+    return runner_.open(line);
+}
+
+void Session::close(const std::string& reason)
+{
+    runner_.close();
+    restartDriver(reason);
+    views_.makeOld();
+    tellChanges();
+    tellings_.tell();
+}
+
+bool Session::isOpen() const
+{
+    return runner_.isOpen();
+}
+
+const SessionSettings& Session::settings() const
+{
+    return settings_;
+}
+
+void Session::setSettings(const SessionSettings& settings)
+{
+    settings_ = settings;
+    restartDriver("the settings were changed");
+    views_.makeOld();
+    tellChanges();
+    tellings_.tell();
+    runner_.wake();
+}
+
+void Session::startDriver()
+{
+    const std::string property = std::to_string(driverTag) + "#0#0#" +
+                                 std::to_string(settings_.retries) + "#" +
+                                 std::to_string(settings_.gap);
     int result = 0;
-    library_.intf_initProperty(block_.data(), 0, recipeWords_.data(), &result, property.c_str(),
-                               &blockMutex_);
+    library_.intf_initProperty(recipe_.block(), 0, recipe_.buffer(), &result, property.c_str(),
+                               recipe_.mutex());
 }
 
-LinkRunner& Session::runner()
+// Nothing that was meant for one controller may go out to another. A recipe's plan and the place
+// that it has reached survive initialisation.
+void Session::restartDriver(const std::string& reason)
 {
-    return runner_;
-}
-
-const std::vector<View>& Session::views() const
-{
-    return views_;
-}
-
-std::size_t Session::writesUnderWay() const
-{
-    return waitingWrites_.size() + handedInWrites_.size();
+    requests_.endAll(reason);
+    recipe_.end(reason);
+    startDriver();
+    QVector<_RCP_VAR_PRO> none;
+    library_.intf_setRcpAddress(none);
+    library_.driver->recipeIndex = 0;
+    views_.driverStartedAnew();
+    planViews();
 }
 
 // ---- watching -------------------------------------------------------------------------------
 
-void Session::show(const std::vector<Address>& addresses)
+Result Session::watch(const std::vector<Address>& addresses)
 {
-    for (const Address& range : addresses) {
-        const int step = range.width == Width::doubleWord ? doubleWordLength : 1;
-        for (int unit = 0; unit + step <= range.length; unit += step) {
-            View view;
-            view.address = range;
-            view.address.first = range.first + unit;
-            view.address.length = step;
-            const std::size_t index = views_.size();
-            viewsByName_[{range.station, range.regName, view.address.first}].push_back(index);
-            const Words words = wordsOf(range.width, view.address.first, step);
-            for (int word = words.first; word < words.first + words.count; ++word)
-                viewsByWord_[{range.station, areaOf(range.regName), word}].push_back(index);
-            views_.push_back(view);
-        }
-    }
+    watched_ = addresses;
+    views_.replace(addresses, requests_.writtenAddresses());
+    planViews();
+    runner_.wake();
+    return plannedRequests_ > 0 || addresses.empty()
+               ? Result()
+               : Result::refused("the driver plans no request for these addresses");
 }
 
-void Session::watch(const std::vector<Address>& addresses)
+void Session::planViews()
 {
-    show(addresses);
     QList<KEY_ADDRESS> keys;
-    for (const Address& address : addresses)
+    for (const Address& address : watched_)
         for (const Address& piece : watchPieces(address))
             keys.append(keyOf(piece));
     plannedRequests_ = library_.intf_addrMerge(keys);
     requestsThisCycle_ = 0;
+    isOfPlanBefore_ = !runner_.isIdle();
     cycleStart_ = Clock::now();
-    runner_.wake();
 }
 
-void Session::valueChanged(int changedTag, int station, QString& regName, int address)
+const std::vector<View>& Session::views() const
 {
-    if (changedTag != tag)
-        return; // recipe items and served single reads: the outcome tells the same
-    const auto found = current->viewsByName_.find({station, regName.toStdString(), address});
-    if (found != current->viewsByName_.end())
-        current->changed_.insert(current->changed_.end(), found->second.begin(),
-                                 found->second.end());
+    return views_.all();
 }
 
-void Session::refreshChanged()
+void Session::valueChanged(int tag, int station, QString& regName, int address)
 {
-    std::vector<std::size_t> changed;
-    changed.swap(changed_);
-    for (const std::size_t index : changed)
-        readView(index);
+    // Recipe items and served single reads are told by other tags: their outcome says the same.
+    if (tag == driverTag)
+        current->views_.announce(station, regName.toStdString(), address);
 }
 
-void Session::readView(std::size_t index)
+void Session::tellChanges()
 {
-    View& view = views_.at(index);
-    ValueBytes value{};
-    library_.intf_getData(view.address.station, QString::fromStdString(view.address.regName),
-                          view.address.first, view.address.length, value.data());
-    if (!view.arrived || value == view.value)
-        return;
-    view.previous = view.value;
-    view.value = value;
-    ++view.changes;
-    if (events_.changed)
-        events_.changed(view, index);
+    if (views_.haveChanged())
+        tellings_.add([this]() {
+            const ViewChanges changes = views_.takeChanges();
+            if (!changes.empty())
+                emit changed(changes);
+        });
 }
 
-// The controller has just confirmed the words of this reply.
-void Session::refresh(const FRAME_PRO& frame)
+// ---- transmissions --------------------------------------------------------------------------
+
+void Session::began(const Transmission& transmission)
 {
-    const VARIABLE& request = frame.request;
-    const std::string area = areaOf(request.regName.toStdString());
-    const Clock::time_point now = Clock::now();
-    for (int word = request.address; word < request.address + request.length; ++word) {
-        const auto found = viewsByWord_.find({request.stationNo, area, word});
-        if (found == viewsByWord_.end())
-            continue;
-        for (const std::size_t index : found->second) {
-            View& view = views_.at(index);
-            view.refreshed = now;
-            if (view.arrived)
-                continue;
-            // The first value is none that the driver announces: it may be what the cache held.
-            library_.intf_getData(view.address.station,
-                                  QString::fromStdString(view.address.regName), view.address.first,
-                                  view.address.length, view.value.data());
-            view.arrived = true;
-            if (events_.changed)
-                events_.changed(view, index);
-        }
+    static const QMetaMethod signal = QMetaMethod::fromSignal(&Session::transmissionBegan);
+    if (isSignalConnected(signal))
+        tellings_.add([this, transmission]() { emit transmissionBegan(transmission); });
+}
+
+void Session::ended(const Transmission& transmission)
+{
+    static const QMetaMethod signal = QMetaMethod::fromSignal(&Session::transmissionEnded);
+    if (isSignalConnected(signal))
+        tellings_.add([this, transmission]() { emit transmissionEnded(transmission); });
+
+    const bool readBeforeWrite = requests_.isReadBeforeWrite(transmission);
+    const bool accepted = transmission.verdict == replyAccepted;
+    if (transmission.isRead() && !readBeforeWrite) {
+        if (accepted)
+            views_.confirm(transmission.request);
+        else if (transmission.isAbandoned())
+            views_.giveUp(transmission.request);
     }
+    views_.readAnnounced();
+
+    if (transmission.isAbandoned())
+        tellings_.add([this, request = transmission.description, reason = transmission.reason]() {
+            emit abandoned(request, reason);
+        });
+    if (transmission.verdict != replyBad && !(accepted && readBeforeWrite)) {
+        // A frame that the driver has forgotten ends nothing.
+        if (transmission.verdict != replyNothingOutstanding)
+            settle(transmission);
+        isOfPlanBefore_ = false;
+        // Nothing is on the line now: only here is it certain whose the next frame is.
+        recipe_.beginRound();
+        requests_.feed();
+        views_.readAnnounced();
+    }
+    tellChanges();
 }
 
-// ---- outcomes -------------------------------------------------------------------------------
-
-void Session::outcome(const Outcome& event)
+void Session::settle(const Transmission& transmission)
 {
-    const bool preRead =
-        isReadFrame(event.frame) && handedInWrites_.count(event.frame.request.kind);
-    if (event.result == replyAccepted && isReadFrame(event.frame) && !preRead)
-        refresh(event.frame);
-    refreshChanged();
-
-    const bool ended =
-        event.result == replyAbandoned || (event.result == replyAccepted && !preRead);
-    if (event.result == replyAbandoned && events_.abandoned)
-        events_.abandoned(event.errorText, event.reason);
-    if (!ended)
-        return;
-    if (recipeRuns_)
-        settleRecipe(event);
-    else if (event.frame.request.kind == cyclicKind)
+    if (recipe_.isMoving())
+        recipe_.settle(transmission);
+    else if (transmission.request.kind == cyclicKind)
         countCycle();
     else
-        settleTicket(event);
-    // Nothing is on the line now: only here is it certain whose the next frame is.
-    nextRecipeRound();
-    feed();
+        requests_.settle(transmission);
 }
 
 void Session::countCycle()
 {
-    if (++requestsThisCycle_ < plannedRequests_)
+    if (isOfPlanBefore_ || ++requestsThisCycle_ < plannedRequests_)
         return;
     const Clock::time_point now = Clock::now();
     runner_.cycleEnded(std::chrono::duration_cast<Micros>(now - cycleStart_));
     cycleStart_ = now;
     requestsThisCycle_ = 0;
     ++cycles_;
-    if (events_.cycleEnded)
-        events_.cycleEnded(cycles_);
+    tellings_.add([this, cycles = cycles_]() { emit cycleEnded(cycles); });
 }
 
-void Session::settleTicket(const Outcome& event)
+void Session::portWas(bool open, const std::string& message)
 {
-    const int number = event.frame.request.kind;
-    const bool accepted = event.result == replyAccepted;
-    if (handedInWrites_.erase(number) != 0) {
-        if (events_.written)
-            events_.written(number, accepted, event.reason);
-    } else if (!waitingReads_.empty() && waitingReads_.front().number == number) {
-        waitingReads_.pop_front();
-        readHandedIn_ = false;
-        if (events_.readOnce)
-            events_.readOnce(number, accepted, event.reason);
+    cycleStart_ = Clock::now();
+    tellings_.add([this, open, message]() { emit portChanged(open, message); });
+}
+
+// ---- writing, single reads, recipes ---------------------------------------------------------
+
+void Session::write(const Write& piece, Done done)
+{
+    if (!isOpen()) {
+        tellings_.addDone(std::move(done), Result::refused(lineIsClosed));
+        return;
     }
+    requests_.write(piece, std::move(done));
+    feed();
 }
 
-// ---- writing and single reads ---------------------------------------------------------------
-
-int Session::write(const Write& piece)
+void Session::readOnce(const Address& words, Done done)
 {
-    const bool registerBit =
-        piece.address.width == Width::bit && areaOf(piece.address.regName) == "R";
-    if (piece.address.station == 0 && registerBit)
-        throw UsageFailure("a bit of a register cannot be written as a broadcast");
-    const int number = nextTicket_++;
-    waitingWrites_.push_back({number, piece.address, piece.data});
+    if (!isOpen()) {
+        tellings_.addDone(std::move(done), Result::refused(lineIsClosed));
+        return;
+    }
+    requests_.readOnce(words, std::move(done));
     feed();
-    return number;
-}
-
-int Session::readOnce(const Address& words)
-{
-    const int number = nextTicket_++;
-    waitingReads_.push_back({number, words, {}});
-    feed();
-    return number;
 }
 
 void Session::feed()
 {
-    const bool fedWrites = feedWrites();
-    const bool fedRead = feedSingleRead();
-    if (!fedWrites && !fedRead)
-        return;
-    refreshChanged();
-    runner_.wake();
+    const bool fed = requests_.feed();
+    views_.readAnnounced();
+    tellChanges();
+    if (fed)
+        runner_.wake();
 }
 
-bool Session::feedWrites()
+std::size_t Session::writesUnderWay() const
 {
-    bool fed = false;
-    while (!waitingWrites_.empty() && handedInWrites_.size() < mostHandedIn) {
-        Ticket next = waitingWrites_.front();
-        const bool equalUnderWay =
-            std::any_of(handedInWrites_.begin(), handedInWrites_.end(), [&next](const auto& entry) {
-                return entry.second.address == next.address;
-            });
-        if (equalUnderWay)
-            break;
-        waitingWrites_.pop_front();
-        if (library_.intf_setData(next.address.station,
-                                  QString::fromStdString(next.address.regName), next.address.first,
-                                  next.address.length, next.data.data(), next.number) == queued) {
-            handedInWrites_.emplace(next.number, next);
-            fed = true;
-        } else {
-            refuse(events_.written, next.number);
-        }
-    }
-    return fed;
+    return requests_.writes();
 }
 
-bool Session::feedSingleRead()
+void Session::transferRecipe(const RecipeLayout& layout, RecipeDirection direction,
+                             const RecipeWords& words, RecipeDone done)
 {
-    while (!waitingReads_.empty() && !readHandedIn_) {
-        const Ticket next = waitingReads_.front();
-        KEY_ADDRESS key = keyOf(next.address);
-        readHandedIn_ = library_.intf_addConditionRead(key, next.number) == queued;
-        if (readHandedIn_)
-            return true;
-        waitingReads_.pop_front();
-        refuse(events_.readOnce, next.number);
-    }
-    return false;
-}
-
-// Told later: whoever queued it does not know its number yet.
-void Session::refuse(const TicketEvent& event, int number)
-{
-    if (event)
-        QTimer::singleShot(
-            0, &later_, [event, number]() { event(number, false, "the driver does not take it"); });
-}
-
-// ---- recipes --------------------------------------------------------------------------------
-
-std::vector<std::uint16_t>& Session::recipeBuffer()
-{
-    return recipeWords_;
-}
-
-void Session::transferRecipe(const RecipeLayout& layout, RecipeTransfer transfer)
-{
-    if (layout.bufferWords > recipeWords_.size())
-        throw UsageFailure("the recipe has " + std::to_string(layout.bufferWords) +
-                           " words; the buffer holds " + std::to_string(recipeWords_.size()));
-    recipeFlag_ = transfer == RecipeTransfer::upload ? uploadFlag : downloadFlag;
-    recipeRounds_.assign(layout.rounds.begin(), layout.rounds.end());
-    if (recipeRounds_.empty())
-        endRecipe(true, std::string()); // nothing to move
-    else if (runner_.isIdle())
-        nextRecipeRound();
-}
-
-// Called only while no frame is under way, so that the frames from here on are the recipe's.
-void Session::nextRecipeRound()
-{
-    if (recipeRuns_ || recipeRounds_.empty())
-        return;
-    QVector<_RCP_VAR_PRO> records;
-    for (const RecipeRecord& place : recipeRounds_.front()) {
-        _RCP_VAR_PRO record = _RCP_VAR_PRO();
-        record.linkId = tag;
-        record.stationNo = place.address.station;
-        record.regName = QString::fromStdString(place.address.regName);
-        record.address = place.address.first;
-        record.length = place.address.length;
-        record.bufOffset = place.bufferOffset;
-        records.append(record);
-    }
-    // With the flag set and nothing to move the driver would repeat its last request for ever.
-    if (library_.intf_setRcpAddress(records) == 0) {
-        endRecipe(false, "the driver took none of the recipe's addresses");
+    if (!isOpen()) {
+        tellings_.addDone(std::move(done), Result::refused(lineIsClosed), RecipeWords());
         return;
     }
-    QMutexLocker lock(&blockMutex_);
-    block_.at(recipeFlag_) = 1;
-    recipeRuns_ = true;
-    lock.unlock();
-    runner_.wake();
+    recipe_.start(layout, direction, words, std::move(done));
+    if (runner_.isIdle() && recipe_.beginRound())
+        runner_.wake();
 }
 
-void Session::settleRecipe(const Outcome& event)
-{
-    QMutexLocker lock(&blockMutex_);
-    const bool ended = block_.at(recipeFlag_) == 0;
-    lock.unlock();
-    if (!ended)
-        return;
-    recipeRuns_ = false;
-    if (event.result != replyAccepted) {
-        endRecipe(false, event.errorText + ": " + event.reason);
-        return;
-    }
-    recipeRounds_.pop_front();
-    if (recipeRounds_.empty())
-        endRecipe(true, std::string());
-}
-
-void Session::endRecipe(bool accepted, const std::string& reason)
-{
-    recipeRounds_.clear();
-    if (events_.recipeEnded)
-        events_.recipeEnded(accepted, reason);
-}
-
-std::vector<unsigned char> cachedBytes(const Library& library, const Address& address)
+std::vector<unsigned char> Session::cachedBytes(const Address& address) const
 {
     std::vector<unsigned char> bytes(
         static_cast<std::size_t>(byteCount(address.width, valueCount(address))));
-    library.intf_getData(address.station, QString::fromStdString(address.regName), address.first,
-                         address.length, bytes.data());
+    library_.intf_getData(address.station, QString::fromStdString(address.regName), address.first,
+                          address.length, bytes.data());
     return bytes;
+}
+
+void Session::tellAll()
+{
+    tellings_.tell();
+}
+
+const LinkStatistics& Session::statistics()
+{
+    return runner_.statistics();
 }
 
 } // namespace dov417

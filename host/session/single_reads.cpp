@@ -1,61 +1,61 @@
 #include "session/single_reads.h"
 
+#include <QTimer>
+#include <map>
+#include <memory>
 #include <tuple>
 #include <utility>
 
 namespace dov417 {
 
-SingleReads::SingleReads(Session& session, int gap, std::function<void()> done)
-    : session_(session), gap_(gap), done_(std::move(done))
-{
-}
+namespace {
 
-void SingleReads::start(const std::vector<Address>& addresses)
+struct Reads {
+    std::size_t underWay = 0;
+    ReadProblems problems;
+    std::function<void(const ReadProblems&)> done;
+};
+
+// Pieces in the order in which they are first needed, each with the addresses that need it.
+std::vector<std::pair<Address, std::vector<std::size_t>>>
+piecesOf(const std::vector<Address>& addresses, int gap)
 {
     using Place = std::tuple<int, std::string, int, int>;
-    std::map<Place, std::pair<Address, std::vector<std::size_t>>> needed;
-    std::vector<Place> order;
+    std::map<Place, std::size_t> places;
+    std::vector<std::pair<Address, std::vector<std::size_t>>> pieces;
     for (std::size_t i = 0; i < addresses.size(); ++i) {
-        for (const Address& piece : readPieces(addresses.at(i), gap_)) {
+        for (const Address& piece : readPieces(addresses.at(i), gap)) {
             const Place place{piece.station, piece.regName, piece.first, piece.length};
-            const auto [entry, isNew] = needed.try_emplace(place);
-            if (isNew) {
-                entry->second.first = piece;
-                order.push_back(place);
-            }
-            entry->second.second.push_back(i);
+            const auto [entry, isNew] = places.try_emplace(place, pieces.size());
+            if (isNew)
+                pieces.push_back({piece, {}});
+            pieces.at(entry->second).second.push_back(i);
         }
     }
-    problems_.assign(addresses.size(), std::string());
-    for (const Place& place : order) {
-        const auto& [piece, users] = needed.at(place);
-        underWay_.emplace(session_.readOnce(piece), users);
+    return pieces;
+}
+
+} // namespace
+
+void readAll(Session& session, const std::vector<Address>& addresses,
+             std::function<void(const ReadProblems&)> done)
+{
+    const auto pieces = piecesOf(addresses, session.settings().gap);
+    const auto reads = std::make_shared<Reads>();
+    reads->underWay = pieces.size();
+    reads->problems.resize(addresses.size());
+    reads->done = std::move(done);
+    if (pieces.empty())
+        QTimer::singleShot(0, &session, [reads]() { reads->done(reads->problems); });
+    for (const auto& [piece, users] : pieces) {
+        session.readOnce(piece, [reads, users = users](const Result& result) {
+            if (!result.accepted)
+                for (const std::size_t index : users)
+                    reads->problems.at(index) = result.reason;
+            if (--reads->underWay == 0)
+                reads->done(reads->problems);
+        });
     }
-    if (underWay_.empty())
-        done_();
-}
-
-void SingleReads::settle(int number, bool accepted, const std::string& reason)
-{
-    const auto found = underWay_.find(number);
-    if (found == underWay_.end())
-        return;
-    if (!accepted)
-        for (const std::size_t index : found->second)
-            problems_.at(index) = reason;
-    underWay_.erase(found);
-    if (underWay_.empty())
-        done_();
-}
-
-const std::string& SingleReads::problem(std::size_t index) const
-{
-    return problems_.at(index);
-}
-
-bool SingleReads::isDone() const
-{
-    return underWay_.empty();
 }
 
 } // namespace dov417

@@ -3,7 +3,6 @@
 #define DOV417_SESSION_SINGLE_READS_H
 
 #include <functional>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -11,28 +10,13 @@
 
 namespace dov417 {
 
-class SingleReads {
-public:
-    // done: every read of a start() has its outcome.
-    SingleReads(Session& session, int gap, std::function<void()> done);
+// One text an address: why it could not be read, empty if it was.
+using ReadProblems = std::vector<std::string>;
 
-    // Words that several addresses share are read once.
-    void start(const std::vector<Address>& addresses);
-
-    // To be told of the session's outcomes; those of others are ignored.
-    void settle(int number, bool accepted, const std::string& reason);
-
-    // Empty if the address was read.
-    const std::string& problem(std::size_t index) const;
-    bool isDone() const;
-
-private:
-    Session& session_;
-    int gap_;
-    std::function<void()> done_;
-    std::map<int, std::vector<std::size_t>> underWay_; // read -> addresses that need it
-    std::vector<std::string> problems_;
-};
+// Words that several addresses share are read once. done is called once, from the
+// event loop. Throws a UsageFailure where the gap cuts 32-bit values in two.
+void readAll(Session& session, const std::vector<Address>& addresses,
+             std::function<void(const ReadProblems&)> done);
 
 } // namespace dov417
 

@@ -4,9 +4,8 @@
 
 namespace dov417 {
 
-WriteJob::WriteJob(const Library& library, Session& session, int gap, std::function<void()> done)
-    : library_(library), session_(session), gap_(gap), done_(std::move(done)),
-      reads_(session, gap, [this]() { (this->*afterReads_)(); })
+WriteJob::WriteJob(Session& session, std::function<void()> done)
+    : session_(session), done_(std::move(done))
 {
 }
 
@@ -18,12 +17,11 @@ const std::vector<WriteTask>& WriteJob::tasks() const
 void WriteJob::start(const std::vector<WriteTask>& tasks)
 {
     tasks_ = tasks;
-    afterReads_ = &WriteJob::write;
-    read();
+    read(&WriteJob::write);
 }
 
 // The tasks that can be read and have not failed.
-void WriteJob::read()
+void WriteJob::read(void (WriteJob::*then)(const ReadProblems&))
 {
     reading_.clear();
     std::vector<Address> addresses;
@@ -33,55 +31,53 @@ void WriteJob::read()
         reading_.push_back(i);
         addresses.push_back(tasks_.at(i).item.address);
     }
-    reads_.start(addresses);
+    readAll(session_, addresses,
+            [this, then](const ReadProblems& problems) { (this->*then)(problems); });
 }
 
-void WriteJob::write()
+void WriteJob::write(const ReadProblems& problems)
 {
     for (std::size_t i = 0; i < reading_.size(); ++i)
-        if (reads_.problem(i).empty())
+        if (problems.at(i).empty())
             tasks_.at(reading_.at(i)).before =
-                cachedBytes(library_, tasks_.at(reading_.at(i)).item.address);
+                session_.cachedBytes(tasks_.at(reading_.at(i)).item.address);
+    std::vector<std::pair<Write, std::size_t>> pieces;
     for (std::size_t i = 0; i < tasks_.size(); ++i)
-        for (const Write& piece : writePieces(tasks_.at(i).item.address, tasks_.at(i).data, gap_))
-            writing_.emplace(session_.write(piece), i);
+        for (const Write& piece :
+             writePieces(tasks_.at(i).item.address, tasks_.at(i).data, session_.settings().gap))
+            pieces.emplace_back(piece, i);
+    if (pieces.empty())
+        read(&WriteJob::compare);
+    piecesUnderWay_ = pieces.size();
+    for (const auto& [piece, task] : pieces)
+        session_.write(piece, [this, task = task](const Result& result) { written(task, result); });
 }
 
-void WriteJob::written(int number, bool accepted, const std::string& reason)
+void WriteJob::written(std::size_t index, const Result& result)
 {
-    const auto found = writing_.find(number);
-    if (found == writing_.end())
-        return;
-    WriteTask& task = tasks_.at(found->second);
-    if (!accepted) {
+    WriteTask& task = tasks_.at(index);
+    if (!result.accepted) {
         task.result = WriteResult::refused;
-        task.reason = reason;
+        task.reason = result.reason;
     }
-    writing_.erase(found);
-    if (!writing_.empty())
+    if (--piecesUnderWay_ > 0)
         return;
     for (WriteTask& each : tasks_)
         if (each.item.address.station == 0 && each.result == WriteResult::waiting)
             each.result = WriteResult::sent;
-    afterReads_ = &WriteJob::compare;
-    read();
+    read(&WriteJob::compare);
 }
 
-void WriteJob::readOnce(int number, bool accepted, const std::string& reason)
-{
-    reads_.settle(number, accepted, reason);
-}
-
-void WriteJob::compare()
+void WriteJob::compare(const ReadProblems& problems)
 {
     for (std::size_t i = 0; i < reading_.size(); ++i) {
         WriteTask& task = tasks_.at(reading_.at(i));
-        if (!reads_.problem(i).empty()) {
+        if (!problems.at(i).empty()) {
             task.result = WriteResult::unread;
-            task.reason = reads_.problem(i);
+            task.reason = problems.at(i);
             continue;
         }
-        task.after = cachedBytes(library_, task.item.address);
+        task.after = session_.cachedBytes(task.item.address);
         task.result = task.after == task.data ? WriteResult::confirmed : WriteResult::different;
     }
     done_();

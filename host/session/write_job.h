@@ -4,7 +4,6 @@
 #define DOV417_SESSION_WRITE_JOB_H
 
 #include <functional>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -32,33 +31,28 @@ struct WriteTask {
     std::vector<unsigned char> after;  // empty: could not be read back
 };
 
+// Must outlive what it has started.
 class WriteJob {
 public:
-    WriteJob(const Library& library, Session& session, int gap, std::function<void()> done);
+    // done: every task has its result. Called once for each start().
+    WriteJob(Session& session, std::function<void()> done);
 
     // Reads, writes and reads back. A controller that does not answer the first read is written to
     // all the same.
     void start(const std::vector<WriteTask>& tasks);
     const std::vector<WriteTask>& tasks() const;
 
-    // To be told of the session's outcomes; those of others are ignored.
-    void written(int number, bool accepted, const std::string& reason);
-    void readOnce(int number, bool accepted, const std::string& reason);
-
 private:
-    void read();
-    void write();
-    void compare();
+    void read(void (WriteJob::*then)(const ReadProblems&));
+    void write(const ReadProblems& problems);
+    void written(std::size_t task, const Result& result);
+    void compare(const ReadProblems& problems);
 
-    const Library& library_;
     Session& session_;
-    int gap_;
     std::function<void()> done_;
     std::vector<WriteTask> tasks_;
     std::vector<std::size_t> reading_; // tasks that the reads under way belong to
-    std::map<int, std::size_t> writing_;
-    void (WriteJob::*afterReads_)() = nullptr;
-    SingleReads reads_;
+    std::size_t piecesUnderWay_ = 0;
 };
 
 } // namespace dov417

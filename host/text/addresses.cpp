@@ -39,8 +39,8 @@ int unitValue(const Library& library, const RegisterType& type, const std::strin
 int checkedLength(const RegisterType& type, std::int64_t length)
 {
     const std::int64_t units = type.width == Width::doubleWord ? length - 1 : length;
-    const std::int64_t most = std::numeric_limits<int>::max();
-    return static_cast<int>(units < most ? units : most);
+    const std::int64_t maximum = std::numeric_limits<int>::max();
+    return static_cast<int>(units < maximum ? units : maximum);
 }
 
 struct Texts {

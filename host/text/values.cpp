@@ -247,10 +247,10 @@ FormatChoice parseFormat(const std::string& text)
 
 Format chosenFormat(const FormatChoice& first, const FormatChoice& second)
 {
-    const Format usual;
+    const Format byDefault;
     Format format;
-    format.notation = first.notation.value_or(second.notation.value_or(usual.notation));
-    format.order = first.order.value_or(second.order.value_or(usual.order));
+    format.notation = first.notation.value_or(second.notation.value_or(byDefault.notation));
+    format.order = first.order.value_or(second.order.value_or(byDefault.order));
     return format;
 }
 

@@ -2,10 +2,8 @@
 
 #include <cstring>
 
-#include "cache/data_areas.h"
 #include "cache/unit_index.h"
-#include "intf.h"
-#include "protocol/address_text.h"
+#include "protocol.h"
 #include "protocol/wrap.h"
 
 namespace {
@@ -15,14 +13,18 @@ const unsigned char* bytesOf(const _DATA_& unit, bool pending)
     return pending ? unit.pendingValue : unit.deviceValue;
 }
 
-void readValues(const RegisterType& type, int station, int address, int length,
-                const ValueShape& shape, unsigned char* out)
+} // namespace
+
+void readValues(const HostRange& range, const ValueShape& shape, unsigned char* out)
 {
     const size_t bytes = static_cast<size_t>(shape.bytesPerUnit);
-    const int units = length / shape.lengthPerValue * shape.unitsPerValue;
+    const int units = range.length / shape.lengthPerValue * shape.unitsPerValue;
+    const QString& area = range.type.area;
+    const int station = range.station;
+    const int address = range.address;
     int index = -1;
     for (int i = 0; i < units; ++i, out += bytes) {
-        index = unitIndexOf(station, type.area, wrapAdd(address, i), index + 1);
+        index = unitIndexOf(station, area, wrapAdd(address, i), index + 1);
         const _DATA_& unit = driver.dataAreas.at(index);
         memcpy(out, bytesOf(unit, unit.writePending == 1), bytes);
     }
@@ -30,13 +32,16 @@ void readValues(const RegisterType& type, int station, int address, int length,
 
 // A value over two words is shown as written as soon as one of them awaits its result: half an old
 // and half a new value must never meet on the screen.
-void readDwordsOverWords(const RegisterType& type, int station, int address, int length,
-                         unsigned char* out)
+void readDwordsOverWords(const HostRange& range, const ValueShape&, unsigned char* out)
 {
+    const QString& area = range.type.area;
+    const int station = range.station;
+    const int address = range.address;
+    const int length = range.length;
     int second = -1;
     for (int i = 0; i + 1 < length; i += 2, out += 4) {
-        const int first = unitIndexOf(station, type.area, wrapAdd(address, i), second + 1);
-        second = unitIndexOf(station, type.area, wrapAdd(address, i + 1), first + 1);
+        const int first = unitIndexOf(station, area, wrapAdd(address, i), second + 1);
+        second = unitIndexOf(station, area, wrapAdd(address, i + 1), first + 1);
         const _DATA_& low = driver.dataAreas.at(first);
         const _DATA_& high = driver.dataAreas.at(second);
         const bool pending = low.writePending != 0 || high.writePending != 0;
@@ -45,8 +50,12 @@ void readDwordsOverWords(const RegisterType& type, int station, int address, int
     }
 }
 
-void readBits(const RegisterType& type, int station, int address, int length, unsigned char* out)
+void readBits(const HostRange& range, const ValueShape&, unsigned char* out)
 {
+    const RegisterType& type = range.type;
+    const int station = range.station;
+    const int address = range.address;
+    const int length = range.length;
     int index = -1;
     for (int i = 0; i < length; ++i) {
         const BitPlace place(wrapAdd(address, i), type.unitBits);
@@ -59,43 +68,4 @@ void readBits(const RegisterType& type, int station, int address, int length, un
         const int byte = bytesOf(unit, unit.writePending == 1)[place.byte];
         out[i] = static_cast<unsigned char>(byte >> place.bitInByte & 1);
     }
-}
-
-} // namespace
-
-void readUnits(const RegisterType& type, int station, int address, int length, unsigned char* out)
-{
-    if (length <= 0) {
-        return;
-    }
-    const UnitLayout layout = layoutOf(type);
-    switch (layout) {
-    case wordUnits:
-    case wordsOverBytes:
-    case dwordUnits:
-    case dwordsOverBytes:
-    case singleUnits:
-        readValues(type, station, address, length, shapeOf(layout), out);
-        return;
-    case dwordsOverWords:
-        readDwordsOverWords(type, station, address, length, out);
-        return;
-    case bitsOfUnits:
-        readBits(type, station, address, length, out);
-        return;
-    case noUnits:
-        return;
-    }
-}
-
-int intf_getData(int station, QString regName, int address, int length, unsigned char* out)
-{
-    const int index = indexOfName(regName);
-    if (index < 0) {
-        return -1;
-    }
-    if (out != 0) {
-        readUnits(registerType(index), station, address, length, out);
-    }
-    return 1;
 }

@@ -1,11 +1,13 @@
-// The host's reads, from the cache only.
+// What a reader sees of the cached units: the value written last while it is pending, else the
+// controller's.
 #ifndef DOV417MODBUS_READING_VALUES_H
 #define DOV417MODBUS_READING_VALUES_H
 
-#include "protocol/register_table.h"
-#include "records.h"
+#include "cache/unit_layout.h"
 
-// intf_getData for any row of a register table.
-void readUnits(const RegisterType& type, int station, int address, int length, unsigned char* out);
+// Copies the values of a range to `out`, low byte first, or one byte a bit.
+void readValues(const HostRange& range, const ValueShape& shape, unsigned char* out);
+void readDwordsOverWords(const HostRange& range, const ValueShape& shape, unsigned char* out);
+void readBits(const HostRange& range, const ValueShape& shape, unsigned char* out);
 
 #endif

@@ -102,14 +102,15 @@ int unitIndexOf(int station, const QString& area, int address, int hint)
     return found >= 0 ? found : appendUnit(index, key);
 }
 
-int unitsInRun(int index, int wanted)
+UnitsFound unitsFrom(int station, const QString& area, int address, int hint, int wanted)
 {
-    const UnitIndex& known = *driver.unitIndex;
-    if (!known.unique) {
-        return 1;
+    UnitsFound found = {unitIndexOf(station, area, address, hint), 1};
+    const UnitIndex& index = *driver.unitIndex;
+    if (wanted > 1 && index.unique) {
+        const int standing = index.runs.at(index.runs.at(found.index).start).end - found.index;
+        found.count = standing < wanted ? standing : wanted;
     }
-    const int standing = known.runs.at(known.runs.at(index).start).end - index;
-    return standing < wanted ? standing : wanted;
+    return found;
 }
 
 bool isUnitAt(int index, int station, const QString& area, int address)

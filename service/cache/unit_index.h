@@ -27,7 +27,8 @@ inline bool operator==(const UnitKey& a, const UnitKey& b)
 
 unsigned int qHash(const UnitKey& key);
 
-// Records mostly stand in the order of their addresses: a run of neighbours is found once.
+// Neighbours that were read or planned together stand one after the other: such a run is found
+// once.
 struct UnitRun {
     int start; // record that the run begins with
     int end;   // behind its last record; kept in the record that it begins with
@@ -46,12 +47,16 @@ struct UnitIndex {
 _DATA_ newUnit(int station, const QString& area, int address);
 
 // Index of the unit's record in driver.dataAreas, appended if it is missing. `hint` is where it is
-// likely to be: units read one after the other mostly stand one after the other.
+// looked for first: behind the unit before it, as neighbours stand one after the other.
 int unitIndexOf(int station, const QString& area, int address, int hint);
 
-// How many of `wanted` consecutive units stand from this record on, one record after the other: at
-// least the one. To be asked right after unitIndexOf.
-int unitsInRun(int index, int wanted);
+// The same, and how many of `wanted` consecutive units stand from that record on, one record after
+// the other: at least the one.
+struct UnitsFound {
+    int index;
+    int count;
+};
+UnitsFound unitsFrom(int station, const QString& area, int address, int hint, int wanted);
 
 // Is the record at `index` still that of this unit? After a callback nothing is certain.
 bool isUnitAt(int index, int station, const QString& area, int address);

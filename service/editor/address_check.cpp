@@ -13,12 +13,13 @@ bool isDoubleWordType(int dataType)
     return dataType == 1 || dataType == 3 || dataType == 5 || dataType == 6 || dataType == 9;
 }
 
-// Hosts rely on the range being judged before the name, on the value they passed in.
+// With an unknown name the value that the host passed in is judged before the name: below 0, or
+// above 1 with the length, it is out of range.
 CheckCode check(const AddressQuestion& asked, int* address)
 {
     int unused = 0;
     int& value = address != 0 ? *address : unused;
-    const int index = indexOfName(asked.regName);
+    const int index = getIndexFromRegName(asked.regName);
     if (index >= 0) {
         return checkAgainst(asked, registerType(index), ADDRESS_RANGE_PRO[index], value);
     }
@@ -102,7 +103,7 @@ int intf_checkAddr(QString regName, QString text, int* address, int dataType, in
     return check(asked, address);
 }
 
-// A kind other than 0 and 1 gets the word types and is told 0: editors use both answers.
+// A kind other than 0 and 1 gets the word types too, and the answer 0.
 int intf_getRegListByType(int kind, QStringList* list)
 {
     for (int i = 0; list != 0 && i < registerTypeCount; ++i) {
@@ -116,7 +117,7 @@ int intf_getRegListByType(int kind, QStringList* list)
 
 int intf_getRegDiscription(QString regName, QStringList* list)
 {
-    const int index = indexOfName(regName);
+    const int index = getIndexFromRegName(regName);
     if (index >= 0 && list != 0) {
         describe(registerType(index), ADDRESS_RANGE_PRO[index], *list);
     }

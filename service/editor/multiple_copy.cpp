@@ -16,18 +16,6 @@ enum {
     defaultUnitBits = 16
 };
 
-int radixOf(const QString& format) // 0: none
-{
-    const QChar first = format.isEmpty() ? QChar() : format.at(0);
-    if (first == QLatin1Char('D')) {
-        return 10;
-    }
-    if (first == QLatin1Char('H')) {
-        return 16;
-    }
-    return first == QLatin1Char('O') ? 8 : 0;
-}
-
 } // namespace
 
 int resolveStep(int step, int unitBits)
@@ -44,8 +32,8 @@ int multiCp(QString regName, QString format, int start, int count, int step,
             QVector<QString>& texts, QVector<int>& addresses, int highest, QString highestText)
 {
     const bool wordBit = isWordBitFormat(format);
-    const int radix = radixOf(format);
-    const int index = indexOfName(regName);
+    const int radix = format.isEmpty() ? 0 : radixOfLetter(format.at(0));
+    const int index = getIndexFromRegName(regName);
     const long long resolved =
         resolveStep(step, index < 0 ? defaultUnitBits : registerType(index).unitBits);
     int result = seriesComplete;
@@ -76,7 +64,7 @@ int multiCp(QString regName, QString format, int start, int count, int step,
 int intf_multiCopy(QString regName, int start, int count, int step, QVector<QString>& texts,
                    QVector<int>& addresses)
 {
-    const int index = indexOfName(regName);
+    const int index = getIndexFromRegName(regName);
     if (index < 0) {
         return seriesUnknown;
     }

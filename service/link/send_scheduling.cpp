@@ -3,6 +3,7 @@
 #include <QMutexLocker>
 
 #include "cache/change_notifiers.h"
+#include "cache/write_queue.h"
 #include "intf.h"
 #include "planning/recipes.h"
 #include "planning/request_queue.h"
@@ -68,101 +69,11 @@ void frameSingleRead()
     driver.frameVarCount = frameCurrentRead();
 }
 
+// ---- what a finished request leaves behind ----------------------------------------------------
+
 bool recipeIsLeft()
 {
     return driver.recipeIndex >= 0 && driver.recipeIndex < driver.recipeRequests.size();
-}
-
-// A recipe flag is set and no recipe request is left: the request before it is made again.
-void frameAgain()
-{
-    switch (driver.sendKind) {
-    case sendHandshake:
-        handShakeFrame();
-        return;
-    case sendWrite:
-    case sendRecipeDownload:
-        frameCurrentWrite();
-        return;
-    case sendConditionRead:
-    case sendRecipeUpload:
-        frameSingleRead();
-        return;
-    case sendCyclicRead:
-        frameCyclicRead();
-        return;
-    case sendIdle:
-        return;
-    }
-}
-
-void frameDownload()
-{
-    if (!recipeIsLeft()) {
-        frameAgain();
-        return;
-    }
-    const _RCP_VAR_PRO& next = driver.recipeRequests.at(driver.recipeIndex);
-    if (!recipeValuesAreThere(next)) {
-        return; // nothing goes out until the host clears its flag
-    }
-    rcpAddrToVar(next, driver.currentVar, 1);
-    driver.sendKind = sendRecipeDownload;
-    frameCurrentWrite();
-}
-
-void frameUpload()
-{
-    if (!recipeIsLeft()) {
-        frameAgain();
-        return;
-    }
-    rcpAddrToVar(driver.recipeRequests.at(driver.recipeIndex), driver.currentVar, 0);
-    driver.sendKind = sendRecipeUpload;
-    frameSingleRead();
-}
-
-// ---- the priorities ---------------------------------------------------------------------------
-
-void frameNextRequest()
-{
-    const RecipeFlags flags = readRecipeFlags();
-    if (driver.handshakeRequest != 0) {
-        driver.sendKind = sendHandshake;
-        handShakeFrame();
-    } else if (flags.download) {
-        frameDownload();
-    } else if (flags.upload) {
-        frameUpload();
-    } else if (!driver.writeList.isEmpty() && driver.burstCount < maxWriteBurst) {
-        assignRequest(driver.currentVar, driver.writeList.at(0));
-        driver.sendKind = sendWrite;
-        ++driver.burstCount;
-        frameCurrentWrite();
-    } else if (!driver.conditionList.isEmpty() && driver.burstCount < maxConditionBurst) {
-        assignRequest(driver.currentVar, driver.conditionList.at(0));
-        ++driver.burstCount;
-        driver.sendKind = sendConditionRead;
-        frameSingleRead();
-    } else if (!driver.readList.isEmpty()) {
-        assignRequest(driver.currentVar, driver.readList.at(0));
-        driver.sendKind = sendCyclicRead;
-        driver.burstCount = 0;
-        frameCyclicRead();
-    } else {
-        driver.burstCount = 0;
-        driver.sendKind = sendIdle;
-    }
-}
-
-// ---- what a finished request leaves behind ----------------------------------------------------
-
-void finishWrite()
-{
-    if (!driver.writeList.isEmpty()) {
-        QMutexLocker lock(&driver.mutex);
-        driver.writeList.removeFirst();
-    }
 }
 
 void finishConditionRead()
@@ -186,7 +97,7 @@ void finishCyclicRead()
     }
 }
 
-void finishRecipeRequest(int flagOffset)
+void finishRecipeRequest()
 {
     if (driver.commFailed == 0) {
         ++driver.recipeIndex;
@@ -195,10 +106,80 @@ void finishRecipeRequest(int flagOffset)
         }
     }
     driver.recipeIndex = 0;
-    clearRecipeFlag(flagOffset);
+    clearRecipeFlag(currentSendKind().recipeFlag);
+}
+
+void nothing() {}
+
+// clang-format off
+const SendKindRow sendKinds[] = {
+    // frame             finish               flag                settles patches fills
+    {nothing,            nothing,             0,                  false,  false,  false}, // idle
+    {handShakeFrame,     nothing,             0,                  false,  false,  false}, // handshake
+    {frameCurrentWrite,  dropHeadWrite,       0,                  true,   true,   false}, // write
+    {frameSingleRead,    finishConditionRead, 0,                  false,  false,  false}, // condition
+    {frameCyclicRead,    finishCyclicRead,    0,                  false,  false,  false}, // cyclic
+    {frameCurrentWrite,  finishRecipeRequest, downloadFlagOffset, false,  true,   false}, // download
+    {frameSingleRead,    finishRecipeRequest, uploadFlagOffset,   false,  false,  true},  // upload
+};
+// clang-format on
+
+// ---- the priorities ---------------------------------------------------------------------------
+
+void frameAs(SendKind kind)
+{
+    driver.sendKind = kind;
+    sendKinds[kind].frame();
+}
+
+void frameRecipe(SendKind kind, int withData)
+{
+    if (!recipeIsLeft()) {
+        currentSendKind().frame(); // the request before it is made again
+        return;
+    }
+    const _RCP_VAR_PRO& next = driver.recipeRequests.at(driver.recipeIndex);
+    if (withData != 0 && !recipeValuesAreThere(next)) {
+        return; // nothing goes out until the host clears its flag
+    }
+    rcpAddrToVar(next, driver.currentVar, withData);
+    frameAs(kind);
+}
+
+void frameNextRequest()
+{
+    const RecipeFlags flags = readRecipeFlags();
+    if (driver.handshakeRequest != 0) {
+        frameAs(sendHandshake);
+    } else if (flags.download) {
+        frameRecipe(sendRecipeDownload, 1);
+    } else if (flags.upload) {
+        frameRecipe(sendRecipeUpload, 0);
+    } else if (!driver.writeList.isEmpty() && driver.burstCount < maxWriteBurst) {
+        assignRequest(driver.currentVar, driver.writeList.at(0));
+        ++driver.burstCount;
+        frameAs(sendWrite);
+    } else if (!driver.conditionList.isEmpty() && driver.burstCount < maxConditionBurst) {
+        assignRequest(driver.currentVar, driver.conditionList.at(0));
+        ++driver.burstCount;
+        frameAs(sendConditionRead);
+    } else if (!driver.readList.isEmpty()) {
+        assignRequest(driver.currentVar, driver.readList.at(0));
+        driver.burstCount = 0;
+        frameAs(sendCyclicRead);
+    } else {
+        driver.burstCount = 0;
+        driver.sendKind = sendIdle;
+    }
 }
 
 } // namespace
+
+const SendKindRow& currentSendKind()
+{
+    const int kind = driver.sendKind;
+    return sendKinds[kind >= sendIdle && kind <= sendRecipeUpload ? kind : sendIdle];
+}
 
 int intf_getSendFrame(FRAME_PRO* frame)
 {
@@ -231,24 +212,5 @@ void handShakeFrame()
 
 void dealListWhenFinish()
 {
-    switch (driver.sendKind) {
-    case sendWrite:
-        finishWrite();
-        return;
-    case sendConditionRead:
-        finishConditionRead();
-        return;
-    case sendCyclicRead:
-        finishCyclicRead();
-        return;
-    case sendRecipeDownload:
-        finishRecipeRequest(downloadFlagOffset);
-        return;
-    case sendRecipeUpload:
-        finishRecipeRequest(uploadFlagOffset);
-        return;
-    case sendIdle:
-    case sendHandshake:
-        return;
-    }
+    currentSendKind().finish();
 }

@@ -6,22 +6,23 @@
 
 #include "records.h"
 
-enum SendKind {
-    sendIdle = 0,
-    sendHandshake = 1,
-    sendWrite = 2,
-    sendConditionRead = 3,
-    sendCyclicRead = 4,
-    sendRecipeDownload = 5,
-    sendRecipeUpload = 6
+enum {
+    maxWriteBurst = 10,   // writes in a row before a cyclic read has its turn
+    maxConditionBurst = 3 // no condition read once so many writes and condition reads went
 };
 
-enum {
-    maxWriteBurst = 10,    // writes in a row before a cyclic read has its turn
-    maxConditionBurst = 3, // no condition read once so many writes and condition reads went
-    downloadFlagOffset = 60115,
-    uploadFlagOffset = 60116
+// What the driver does with a request of one kind.
+struct SendKindRow {
+    void (*frame)();          // frames driver.currentVar
+    void (*finish)();         // once it is answered or given up: moves its list on
+    int recipeFlag;           // byte of the host block that asks for it, 0: none
+    bool settlesWrite;        // the cache is told how it ended
+    bool patchesRegisterBits; // a read of "R_bit" registers is the first half of a write
+    bool fillsRecipeBuffer;   // values read go to the host's buffer too
 };
+
+// Of driver.sendKind, whatever stands there: a number that is no kind counts as idle.
+const SendKindRow& currentSendKind();
 
 // The frames of a request, appended to driver.sendList. Element 0 of the list is read; 1: a frame
 // was appended, 0: refused.

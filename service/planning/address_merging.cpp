@@ -1,25 +1,17 @@
 #include "planning/address_merging.h"
 
 #include <QDebug>
-#include <QStringList>
 #include <algorithm>
-#include <cstring>
 #include <limits>
 
 #include "cache/data_areas.h"
-#include "cache/unit_index.h"
 #include "intf.h"
-#include "link/send_scheduling.h"
 #include "planning/weight_order.h"
 #include "protocol.h"
 #include "protocol/address_text.h"
 #include "protocol/wrap.h"
 
 namespace {
-
-enum {
-    bitValues = -1
-};
 
 void debugLine(const char* label, int index, const QString& regName, int address, int length)
 {
@@ -28,7 +20,7 @@ void debugLine(const char* label, int index, const QString& regName, int address
                          QString::number(address), QString::number(length));
 }
 
-// Positive and negative numbers beyond 32 bits end at the largest ones.
+// Numbers beyond 32 bits become the highest or the lowest one.
 template <typename Real>
 int truncated(Real value)
 {
@@ -39,58 +31,30 @@ int truncated(Real value)
                                : static_cast<int>(value);
 }
 
-template <typename Keyed>
-bool keepApart(const Keyed& a, const Keyed& b, int limit)
-{
-    return a.stationNo != b.stationNo || a.regName != b.regName ||
-           wrapSub(b.address, wrapAdd(a.address, a.length)) > limit;
-}
-
 // The words that hold a run of bits; names of one area all become its word name.
-template <typename Keyed>
-void normaliseCyclic(Keyed& key, const RegisterType& type)
+void normaliseCyclic(Run& run, const RegisterType& type)
 {
-    const QStringList parts = key.regName.split(QLatin1Char('_'));
     const int unit = type.unitBits;
-    const bool bits = parts.size() >= 2 && parts.last() == QLatin1String("bit");
-    if (parts.size() >= 2) {
-        key.regName = parts.first();
-        key.regName.append(QLatin1String("_W"));
+    const bool bits = run.regName.endsWith(QLatin1String("_bit"));
+    const int underscore = static_cast<int>(run.regName.indexOf(QLatin1Char('_')));
+    if (underscore >= 0) {
+        run.regName.truncate(underscore);
+        run.regName.append(QLatin1String("_W"));
     }
     if (bits) {
-        const int length = wrapAdd(key.length, key.address % unit);
-        key.length = length / unit + (length % unit != 0 ? 1 : 0);
-        key.address = key.address / unit;
+        const int length = wrapAdd(run.length, run.address % unit);
+        run.length = length / unit + (length % unit != 0 ? 1 : 0);
+        run.address = run.address / unit;
     } else if (unit != 1) {
-        key.length = truncated(static_cast<float>(key.length) * (16.0f / static_cast<float>(unit)));
+        run.length = truncated(static_cast<float>(run.length) * (16.0f / static_cast<float>(unit)));
     }
 }
 
-template <typename Keyed>
-void normaliseRecipe(Keyed& key, const RegisterType& type)
+void normaliseRecipe(Run& run, const RegisterType& type)
 {
     if (type.dataBits != 1) {
-        key.length = truncated(key.length * (16.0 / type.unitBits));
+        run.length = truncated(run.length * (16.0 / type.unitBits));
     }
-}
-
-template <typename Keyed>
-void normalise(Keyed& key, const RegisterType& type, int mode)
-{
-    if (type.unitBits < 1) {
-        return;
-    }
-    if (mode == mergeCyclic) {
-        normaliseCyclic(key, type);
-    } else {
-        normaliseRecipe(key, type);
-    }
-}
-
-Run runOf(const KEY_ADDRESS& key, int opener)
-{
-    Run run = {key.stationNo, key.regName, key.address, key.length, opener};
-    return run;
 }
 
 QVector<Run> normalisedRuns(const QList<KEY_ADDRESS>& keys, int mode)
@@ -111,69 +75,47 @@ QVector<Run> normalisedRuns(const QList<KEY_ADDRESS>& keys, int mode)
     return runs;
 }
 
-QVector<Run> planCyclic(const QList<KEY_ADDRESS>& keys)
-{
-    QVector<Run> runs = normalisedRuns(keys, mergeCyclic);
-    sortByWeight(runs);
-    return joinRuns(joinRuns(runs, 0, 0), driver.mergeGap, 0);
-}
-
-QVector<Run> planRecipe(const QList<KEY_ADDRESS>& keys)
-{
-    return joinRuns(normalisedRuns(keys, mergeRecipe), 0, &driver.groupStarts);
-}
-
 } // namespace
 
-int judgeAddrMerge(KEY_ADDRESS a, KEY_ADDRESS b, int useGap)
+Run runOf(const KEY_ADDRESS& key, int opener)
 {
-    return keepApart(a, b, useGap == 0 ? 0 : driver.mergeGap) ? 1 : 0;
+    const Run run = {key.stationNo, key.regName, key.address, key.length, opener};
+    return run;
 }
 
-int pieceLimit(int bitFlag)
+bool keepApart(const Run& a, const Run& b, int limit)
 {
-    const int limit = bitFlag == bitValues ? driver.pieceBitLimit : driver.pieceWordLimit;
-    if (limit >= 1) {
-        return limit;
-    }
-    return bitFlag == bitValues ? unlimitedPieceBits : unlimitedPieceWords;
+    return a.stationNo != b.stationNo || a.regName != b.regName ||
+           wrapSub(b.address, wrapAdd(a.address, a.length)) > limit;
 }
 
-void groupingKey(KEY_ADDRESS& key, int maxLen, QList<KEY_ADDRESS>& out, int withData)
+void normalise(Run& run, const RegisterType& type, int mode)
 {
-    const bool bits = key.bitFlag == bitValues;
-    if (maxLen < 1) {
-        maxLen = bits ? unlimitedPieceBits : unlimitedPieceWords;
-    }
-    if (key.length <= maxLen) {
-        out.append(key);
+    if (type.unitBits < 1) {
         return;
     }
-    const long long size = bits ? 1 : 2;
-    for (long long done = 0; done < key.length; done += maxLen) {
-        KEY_ADDRESS piece = key;
-        piece.address = wrapAdd(key.address, static_cast<int>(done));
-        piece.length = static_cast<int>(std::min<long long>(maxLen, key.length - done));
-        if (withData == 1) {
-            // No more than the whole key's buffer holds behind this piece's place.
-            const long long from = std::min<long long>(size * done, recordDataSize);
-            const long long bytes = std::min(size * piece.length, recordDataSize - from);
-            memcpy(piece.data, key.data + from, static_cast<size_t>(bytes));
-        }
-        out.append(piece);
+    if (mode == mergeCyclic) {
+        normaliseCyclic(run, type);
+    } else {
+        normaliseRecipe(run, type);
     }
 }
 
-void normaliseKey(KEY_ADDRESS& key, const RegisterType& type, int mode)
+QVector<Run> planRuns(const QList<KEY_ADDRESS>& keys, int mode)
 {
-    normalise(key, type, mode);
+    QVector<Run> runs = normalisedRuns(keys, mode);
+    if (mode != mergeCyclic) {
+        return joinRuns(runs, 0, &driver.groupStarts);
+    }
+    sortByWeight(runs);
+    return joinRuns(joinRuns(runs, 0, 0), driver.mergeGap, 0);
 }
 
 void normaliseRecipeRun(Run& run)
 {
     const int index = indexOfName(run.regName);
     if (index >= 0) {
-        normaliseRecipe(run, registerType(index));
+        normalise(run, registerType(index), mergeRecipe);
     }
 }
 
@@ -209,29 +151,9 @@ QVector<Run> joinRuns(const QVector<Run>& runs, int limit, QList<int>* starts)
     return joined;
 }
 
-void addrMerge(QList<KEY_ADDRESS>& keys, int mode)
-{
-    const QVector<Run> runs = mode == mergeCyclic ? planCyclic(keys) : planRecipe(keys);
-    QList<KEY_ADDRESS> merged;
-    for (int i = 0; i < runs.size(); ++i) {
-        const Run& run = runs.at(i);
-        KEY_ADDRESS key = keys.at(run.opener);
-        key.regName = run.regName;
-        key.address = run.address;
-        key.length = run.length;
-        merged.append(key);
-    }
-    keys = merged;
-}
-
 int intf_addrMerge(QList<KEY_ADDRESS>& keys)
 {
-    for (int i = 0; i < driver.dataAreas.size(); ++i) {
-        UnitEdit unit(i);
-        unit->pendingBits = 0;
-        unit->viewFlags = 0;
-        unit->bitMonitor = 0;
-    }
+    clearMarks();
     // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): `keys` may be the driver's own
     const QList<KEY_ADDRESS> handed = keys;
     for (int i = 0; i < handed.size(); ++i) {
@@ -243,7 +165,7 @@ int intf_addrMerge(QList<KEY_ADDRESS>& keys)
     if (handed.isEmpty()) {
         return 0;
     }
-    const QVector<Run> runs = planCyclic(handed);
+    const QVector<Run> runs = planRuns(handed, mergeCyclic);
     for (int i = 0; i < runs.size(); ++i) {
         const Run& run = runs.at(i);
         VARIABLE request = VARIABLE();

@@ -9,9 +9,7 @@
 #include "records.h"
 
 enum {
-    maxRunUnits = 128,         // longest merged request
-    unlimitedPieceWords = 123, // one write of the Modbus protocol, where the host sets no limit
-    unlimitedPieceBits = 984
+    maxRunUnits = 128 // of a merged request
 };
 
 enum MergeMode {
@@ -19,21 +17,7 @@ enum MergeMode {
     mergeRecipe = 2
 };
 
-// 1: keep apart, 0: may join.
-int judgeAddrMerge(KEY_ADDRESS a, KEY_ADDRESS b, int useGap);
-
-// Cuts a key into pieces of at most maxLen units.
-void groupingKey(KEY_ADDRESS& key, int maxLen, QList<KEY_ADDRESS>& out, int withData);
-
-// The host's limit for one piece, or that of the Modbus protocol where it set none.
-int pieceLimit(int bitFlag);
-
-void addrMerge(QList<KEY_ADDRESS>& keys, int mode);
-
-// What addrMerge makes of one key before it joins: bits become the words that hold them.
-void normaliseKey(KEY_ADDRESS& key, const RegisterType& type, int mode);
-
-// The same planning on light records: a key carries a kilobyte of values that no plan looks at.
+// What planning looks at of a key: the key itself carries a kilobyte of values.
 struct Run {
     int stationNo;
     QString regName;
@@ -42,11 +26,24 @@ struct Run {
     int opener; // index of the key that opened the run
 };
 
+Run runOf(const KEY_ADDRESS& key, int opener);
+
+// Another station or name, or a hole of more than `limit` between the end of a and the start of b.
+bool keepApart(const Run& a, const Run& b, int limit);
+
+// Addresses and lengths in 16-bit units. For cyclic reads bits become the words that hold them, and
+// the names of one area its word name.
+void normalise(Run& run, const RegisterType& type, int mode);
+
+// The same for a recipe's run, by its name; one of an unknown name is left alone.
+void normaliseRecipeRun(Run& run);
+
 // Joins neighbours whose hole is at most `limit`, up to 128 units, and cuts what is longer from the
 // front. `starts`, if given, receives the index of each run that opened a new group.
 QVector<Run> joinRuns(const QVector<Run>& runs, int limit, QList<int>* starts);
 
-// Lengths of a recipe's runs, in 16-bit units.
-void normaliseRecipeRun(Run& run);
+// The whole way from keys to requests. Recipe runs are joined as they stand, and
+// driver.groupStarts receives where each group starts.
+QVector<Run> planRuns(const QList<KEY_ADDRESS>& keys, int mode);
 
 #endif

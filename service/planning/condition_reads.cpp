@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "intf.h"
-#include "planning/address_merging.h"
+#include "planning/pieces.h"
 #include "planning/request_queue.h"
 #include "protocol.h"
 #include "protocol/address_text.h"
@@ -12,8 +12,8 @@
 
 namespace {
 
-// The pieces that a key is cut into, made one by one: a long key has more than anybody wants to
-// keep at once.
+// The pieces that a key is cut into, made one by one: a key of 65536 units may have as many of
+// them, with a kilobyte each.
 struct Pieces {
     Pieces(const KEY_ADDRESS& whole, const RegisterType& registerType, int requestKind)
         : key(whole), type(registerType), kind(requestKind), limit(pieceLimit(whole.bitFlag)),
@@ -23,11 +23,9 @@ struct Pieces {
 
     VARIABLE at(int i) const
     {
-        KEY_ADDRESS piece = KEY_ADDRESS();
-        piece.stationNo = key.stationNo;
-        piece.regName = key.regName;
-        piece.address = wrapAdd(key.address, wrapMul(i, limit));
-        piece.length = count == 1 ? key.length : std::min(limit, key.length - i * limit);
+        const int length = count == 1 ? key.length : std::min(limit, key.length - i * limit);
+        const Run piece = {key.stationNo, key.regName, wrapAdd(key.address, wrapMul(i, limit)),
+                           length, i};
         return conditionRequest(piece, type, kind);
     }
 
@@ -93,7 +91,7 @@ void queueRemaining(const Pieces& pieces, int first)
 
 } // namespace
 
-VARIABLE conditionRequest(const KEY_ADDRESS& piece, const RegisterType& type, int kind)
+VARIABLE conditionRequest(const Run& piece, const RegisterType& type, int kind)
 {
     VARIABLE request = VARIABLE();
     request.kind = kind;
@@ -106,7 +104,7 @@ VARIABLE conditionRequest(const KEY_ADDRESS& piece, const RegisterType& type, in
         return request;
     }
     if (type.bitNamed) {
-        // The area letter alone, unlike in the cyclic plan: hosts look for it in what comes back.
+        // The area letter alone is no register type: the request is listed and never framed.
         const int length = wrapAdd(piece.length, piece.address % unit);
         request.regName = areaOf(piece.regName);
         request.address = piece.address / unit;

@@ -1,13 +1,9 @@
-// Tests of the line need an event loop, and some a child process of their own program.
+// Tests of the line need an event loop.
 #include <QCoreApplication>
 #include <gmock/gmock.h>
 
-#include "live/child_program.h"
-
 int main(int argc, char** argv)
 {
-    if (const std::optional<int> code = dov417::runAsChild(argc, argv))
-        return *code;
     QCoreApplication application(argc, argv);
     testing::InitGoogleMock(&argc, argv);
     return RUN_ALL_TESTS();

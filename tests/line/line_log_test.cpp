@@ -108,7 +108,7 @@ TEST(LineLog, AppendsToTheFileLineByLine)
         LineLog log;
         log.open(file);
         log.remark("settings");
-        log.add(Direction::sent, QByteArray::fromHex("0102"), meaning);
+        log.add({LogTime(), Direction::sent, QByteArray::fromHex("0102"), meaning});
         EXPECT_FALSE(log.hasFailed());
     }
     std::ifstream in(file);
@@ -126,7 +126,7 @@ TEST(LineLog, AppendsToTheFileLineByLine)
 TEST(LineLog, IsSilentUntilItIsOpenAndSaysWhyItCannotBe)
 {
     LineLog log;
-    log.add(Direction::note, QByteArray(), "nowhere");
+    log.add({LogTime(), Direction::note, QByteArray(), "nowhere"});
     EXPECT_FALSE(log.isOpen());
     EXPECT_EQ(complaint([&] { log.open("/no/such/folder/x.log"); }),
               "cannot write the log /no/such/folder/x.log: No such file or directory");
@@ -136,7 +136,7 @@ TEST(LineLog, AFullDiskIsNoticed)
 {
     LineLog log;
     log.open("/dev/full");
-    log.add(Direction::note, QByteArray(), "lost");
+    log.add({LogTime(), Direction::note, QByteArray(), "lost"});
     EXPECT_TRUE(log.hasFailed());
 }
 

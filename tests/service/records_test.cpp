@@ -174,7 +174,7 @@ TEST_F(RequestOfAKey, TakesStationNameAddressAndLengthInACyclicPlan)
 
 TEST_F(RequestOfAKey, TakesNothingElseInAConditionRead)
 {
-    const VARIABLE made = conditionRequest(fullKey("R_W", 10, 5, 3), registerType(7), 66);
+    const VARIABLE made = conditionRequest(runOf(fullKey("R_W", 10, 5, 3), 0), registerType(7), 66);
     EXPECT_EQ(made.kind, 66);
     EXPECT_EQ(made.stationNo, 3);
     EXPECT_EQ(text(made.regName), "R_W");

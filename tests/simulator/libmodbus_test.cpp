@@ -14,21 +14,21 @@ namespace {
 // libmodbus blocks, so the controller has a thread for itself.
 class ServedLine {
 public:
-    explicit ServedLine(const SimulationOptions& options) : m_simulation(new Simulation(options))
+    explicit ServedLine(const SimulationOptions& options) : simulation_(new Simulation(options))
     {
-        m_thread.start();
-        m_inServer.moveToThread(&m_thread);
-        m_simulation->moveToThread(&m_thread);
+        thread_.start();
+        inServer_.moveToThread(&thread_);
+        simulation_->moveToThread(&thread_);
         inServer([this]() {
             QString error;
-            EXPECT_TRUE(m_simulation->start(&error)) << error.toStdString();
+            EXPECT_TRUE(simulation_->start(&error)) << error.toStdString();
         });
     }
     ~ServedLine()
     {
-        inServer([this]() { delete m_simulation; });
-        m_thread.quit();
-        m_thread.wait();
+        inServer([this]() { delete simulation_; });
+        thread_.quit();
+        thread_.wait();
     }
     ServedLine(const ServedLine&) = delete;
     ServedLine& operator=(const ServedLine&) = delete;
@@ -37,29 +37,29 @@ public:
     template <typename Action>
     void inServer(Action action)
     {
-        QMetaObject::invokeMethod(&m_inServer, action, Qt::BlockingQueuedConnection);
+        QMetaObject::invokeMethod(&inServer_, action, Qt::BlockingQueuedConnection);
     }
     std::uint16_t word(int station, Area area, int number)
     {
         std::uint16_t value = 0;
-        inServer([&]() { value = m_simulation->memory().station(station)->word(area, number); });
+        inServer([&]() { value = simulation_->memory().station(station)->word(area, number); });
         return value;
     }
     void setWord(int station, Area area, int number, std::uint16_t value)
     {
-        inServer([&]() { m_simulation->memory().station(station)->setWord(area, number, value); });
+        inServer([&]() { simulation_->memory().station(station)->setWord(area, number, value); });
     }
     std::string port()
     {
         QString name;
-        inServer([&]() { name = m_simulation->portName(); });
+        inServer([&]() { name = simulation_->portName(); });
         return name.toStdString();
     }
 
 private:
-    QThread m_thread;
-    QObject m_inServer;
-    Simulation* m_simulation;
+    QThread thread_;
+    QObject inServer_;
+    Simulation* simulation_;
 };
 
 class Libmodbus : public testing::Test {

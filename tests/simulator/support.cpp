@@ -44,49 +44,49 @@ bool waitFor(const std::function<bool()>& condition)
 }
 
 MasterEnd::MasterEnd(const QString& port)
-    : m_descriptor(::open(QFile::encodeName(port).constData(), O_RDWR | O_NOCTTY | O_NONBLOCK))
+    : descriptor_(::open(QFile::encodeName(port).constData(), O_RDWR | O_NOCTTY | O_NONBLOCK))
 {
-    EXPECT_GE(m_descriptor, 0) << port.toStdString();
+    EXPECT_GE(descriptor_, 0) << port.toStdString();
 }
 
 MasterEnd::~MasterEnd()
 {
-    if (m_descriptor >= 0)
-        ::close(m_descriptor);
+    if (descriptor_ >= 0)
+        ::close(descriptor_);
 }
 
 bool MasterEnd::isOpen() const
 {
-    return m_descriptor >= 0;
+    return descriptor_ >= 0;
 }
 
 void MasterEnd::send(const QByteArray& bytes)
 {
-    EXPECT_EQ(::write(m_descriptor, bytes.constData(), static_cast<std::size_t>(bytes.size())),
+    EXPECT_EQ(::write(descriptor_, bytes.constData(), static_cast<std::size_t>(bytes.size())),
               bytes.size());
 }
 
 QByteArray MasterEnd::receive(int count)
 {
     waitFor([&]() {
-        m_received += readNow();
-        return m_received.size() >= count;
+        received_ += readNow();
+        return received_.size() >= count;
     });
     QByteArray received;
-    received.swap(m_received);
+    received.swap(received_);
     return received;
 }
 
 QByteArray MasterEnd::readNow()
 {
     char buffer[1024];
-    const ssize_t count = ::read(m_descriptor, buffer, sizeof buffer);
+    const ssize_t count = ::read(descriptor_, buffer, sizeof buffer);
     return count > 0 ? QByteArray(buffer, static_cast<int>(count)) : QByteArray();
 }
 
 bool MasterEnd::isHungUp() const
 {
-    pollfd state{m_descriptor, POLLIN, 0};
+    pollfd state{descriptor_, POLLIN, 0};
     return ::poll(&state, 1, 0) > 0 && (state.revents & POLLHUP) != 0;
 }
 

@@ -33,8 +33,8 @@ public:
     bool isHungUp() const;
 
 private:
-    int m_descriptor;
-    QByteArray m_received;
+    int descriptor_;
+    QByteArray received_;
 };
 
 // Googletest prints a QString as a list of numbers.

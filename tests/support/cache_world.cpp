@@ -1,4 +1,5 @@
 #include "cache_world.h"
+#include "cache/data_areas.h"
 
 #include <algorithm>
 #include <cstring>
@@ -6,9 +7,6 @@
 #include <sstream>
 
 #include "cache/change_notifiers.h"
-#include "cache/data_areas.h"
-#include "cache/reading_values.h"
-#include "cache/writing_values.h"
 
 namespace {
 

@@ -5,18 +5,6 @@
 
 namespace {
 
-unsigned int bitwiseCrc(const QByteArray& bytes)
-{
-    unsigned int crc = 0xFFFF;
-    for (int i = 0; i < bytes.size(); ++i) {
-        crc ^= static_cast<unsigned char>(bytes.at(i));
-        for (int bit = 0; bit < 8; ++bit) {
-            crc = (crc & 1u) != 0 ? (crc >> 1) ^ 0xA001u : crc >> 1;
-        }
-    }
-    return crc;
-}
-
 template <typename Record>
 std::string describe(const Record& record)
 {
@@ -38,6 +26,18 @@ std::vector<std::string> describeAll(const List& list)
 
 } // namespace
 
+unsigned int bitwiseCrc(const unsigned char* bytes, int length)
+{
+    unsigned int crc = 0xFFFF;
+    for (int i = 0; i < length; ++i) {
+        crc ^= bytes[i];
+        for (int bit = 0; bit < 8; ++bit) {
+            crc = (crc & 1u) != 0 ? (crc >> 1) ^ 0xA001u : crc >> 1;
+        }
+    }
+    return crc;
+}
+
 QByteArray hex(const char* text)
 {
     return QByteArray::fromHex(text);
@@ -45,7 +45,8 @@ QByteArray hex(const char* text)
 
 QByteArray withCrc(const QByteArray& bytes)
 {
-    const unsigned int crc = bitwiseCrc(bytes);
+    const unsigned int crc = bitwiseCrc(reinterpret_cast<const unsigned char*>(bytes.constData()),
+                                        static_cast<int>(bytes.size()));
     QByteArray all = bytes;
     all.append(static_cast<char>(crc & 0xFFu));
     all.append(static_cast<char>(crc >> 8));

@@ -12,6 +12,9 @@
 
 #include "records.h"
 
+// CRC-16/MODBUS, bit by bit.
+unsigned int bitwiseCrc(const unsigned char* bytes, int length);
+
 // "01 03 02 00 07" -> bytes. withCrc appends the CRC, made bit by bit, not by the driver.
 QByteArray hex(const char* text);
 QByteArray withCrc(const char* text);

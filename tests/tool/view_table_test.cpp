@@ -17,11 +17,11 @@ const Clock::time_point now = Clock::now();
 View changedView()
 {
     View view;
-    view.arrived = true;
+    view.hasValue = true;
     view.value = {7};
     view.previous = {5};
     view.changes = 3;
-    view.refreshed = now - milliseconds(2500);
+    view.lastGood = now - milliseconds(2500);
     return view;
 }
 

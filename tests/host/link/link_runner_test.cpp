@@ -40,11 +40,14 @@ protected:
         line.timeout = minutes(10);
         events.port = [this](bool, const std::string& message) { ports.push_back(message); };
         events.stray = [this](const Stray& stray) { strays.push_back(stray.kind); };
-        events.outcome = [this](const Outcome& outcome) {
-            if (outcome.result == replyBad)
+        events.began = [](const Transmission&) {};
+        events.ended = [this](const Transmission& transmission) {
+            ended.push_back(transmission);
+            if (transmission.verdict == replyBad)
                 return;
-            settled = outcome.result;
-            runner->stop(); // no further request changes the counters
+            settled = transmission.verdict;
+            // Nothing is left to send, and no further request changes the counters.
+            library.driver->readList.clear();
         };
     }
 
@@ -66,8 +69,8 @@ protected:
 
     void start()
     {
-        runner = std::make_unique<LinkRunner>(library, line, events);
-        runner->start();
+        runner = std::make_unique<LinkRunner>(library, events);
+        ASSERT_TRUE(runner->open(line).accepted);
     }
 
     // Each request that arrives is answered with the next of these.
@@ -86,10 +89,11 @@ protected:
 
     PtySlave slave;
     LineSettings line;
-    RunnerEvents events;
+    LinkEvents events;
     QByteArray received;
     std::vector<std::string> ports;
     std::vector<StrayKind> strays;
+    std::vector<Transmission> ended;
     std::optional<ReplyResult> settled;
     std::unique_ptr<LinkRunner> runner;
 };
@@ -108,7 +112,7 @@ TEST_F(RunnerOnALine, BadRepliesAreCountedByTheirKind)
     pollOneWord(20);
     ASSERT_TRUE(waitUntil([this]() { return settled.has_value(); }));
     EXPECT_EQ(*settled, replyAccepted);
-    EXPECT_EQ(runner->statistics().state, LinkState::good);
+    EXPECT_TRUE(runner->statistics().linkIsGood);
     ASSERT_THAT(runner->statistics().order, ::testing::ElementsAre("read  1#R_W10(1)"));
     const RequestCounters& counters = runner->statistics().requests.at("read  1#R_W10(1)");
     EXPECT_EQ(counters.sent, 9);
@@ -127,7 +131,7 @@ TEST_F(RunnerOnALine, SilenceIsCountedUntilTheRequestIsGivenUp)
     pollOneWord(3);
     ASSERT_TRUE(waitUntil([this]() { return settled.has_value(); }));
     EXPECT_EQ(*settled, replyAbandoned);
-    EXPECT_EQ(runner->statistics().state, LinkState::failed);
+    EXPECT_FALSE(runner->statistics().linkIsGood);
     const RequestCounters total = runner->statistics().total();
     EXPECT_EQ(total.sent, 3);
     EXPECT_EQ(total.timeouts, 3);
@@ -155,7 +159,7 @@ TEST_F(RunnerOnALine, APortThatGoesIsOneLossHoweverLongItStaysAway)
     pollOneWord(3);
     // It is open, it is gone, and there is none yet.
     ASSERT_TRUE(waitUntil([this]() { return ports.size() == 3; }));
-    EXPECT_EQ(runner->statistics().state, LinkState::portClosed);
+    EXPECT_FALSE(runner->statistics().portIsOpen);
     EXPECT_EQ(runner->statistics().portLosses, 1);
     answerWith({{readReply}});
     slave.plug();

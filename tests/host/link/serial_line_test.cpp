@@ -38,8 +38,7 @@ protected:
         settings.timeout = timeout;
         settings.turnaround = turnaround;
         LineObserver observer;
-        observer.sent = [](const QByteArray&) {};
-        observer.received = [](const Reception&) {};
+        observer.sent = [](const Transmission&) {};
         observer.stray = [this](const Stray& stray) {
             strays.push_back(stray);
             if (strayed)
@@ -57,8 +56,11 @@ protected:
     void begin(const char* request, int length)
     {
         outcome.reset();
-        line->transact(hex(request), length,
-                       [this](const Reception& reception) { outcome = reception; });
+        Transmission transmission;
+        transmission.sent = hex(request);
+        transmission.replyLength = length;
+        line->transact(transmission,
+                       [this](const Transmission& ended) { outcome = ended.reception; });
     }
 
     void expectOutcome(LineResult result, const char* bytes)

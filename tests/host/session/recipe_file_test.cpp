@@ -57,7 +57,7 @@ protected:
     }
 
     QTemporaryDir folder;
-    ItemOptions options;
+    ItemSource options;
 };
 
 TEST_F(RecipeFile, HoldsNamesAndValues)

@@ -7,7 +7,7 @@ namespace dov417 {
 
 namespace {
 
-Address words(int station, const char* regName, int first, int length)
+Address wordRange(int station, const char* regName, int first, int length)
 {
     Address made;
     made.station = station;
@@ -30,38 +30,39 @@ std::vector<Place> placesOf(const std::vector<RecipeRecord>& records)
 
 TEST(RecipeLayout, NeighboursInTheControllerAreNeighboursInTheBuffer)
 {
-    const RecipeLayout layout =
-        layOutRecipe({words(1, "R_W", 104, 4), words(1, "R_W", 100, 4), words(1, "T", 0, 1)});
+    const RecipeLayout layout = layOutRecipe(
+        {wordRange(1, "R_W", 104, 4), wordRange(1, "R_W", 100, 4), wordRange(1, "T", 0, 1)});
     ASSERT_EQ(layout.rounds.size(), 1U);
     EXPECT_EQ(placesOf(layout.rounds.front()),
               (std::vector<Place>{{1, "R_W", 100, 8, 0}, {1, "T", 0, 1, 8}}));
     EXPECT_EQ(layout.bufferWords, 9U);
-    EXPECT_EQ(layout.offsetOf(words(1, "R_W", 105, 1)), 5U);
-    EXPECT_EQ(layout.offsetOf(words(1, "T", 0, 1)), 8U);
+    EXPECT_EQ(layout.offsetOf(wordRange(1, "R_W", 105, 1)), 5U);
+    EXPECT_EQ(layout.offsetOf(wordRange(1, "T", 0, 1)), 8U);
 }
 
 TEST(RecipeLayout, AddressesThatOverlapShareTheirWords)
 {
-    const RecipeLayout layout = layOutRecipe({words(1, "R_W", 100, 6), words(1, "R_W", 103, 1)});
+    const RecipeLayout layout =
+        layOutRecipe({wordRange(1, "R_W", 100, 6), wordRange(1, "R_W", 103, 1)});
     EXPECT_EQ(placesOf(layout.rounds.front()), (std::vector<Place>{{1, "R_W", 100, 6, 0}}));
-    EXPECT_EQ(layout.offsetOf(words(1, "R_W", 103, 1)), 3U);
+    EXPECT_EQ(layout.offsetOf(wordRange(1, "R_W", 103, 1)), 3U);
 }
 
 TEST(RecipeLayout, ALongRunIsCutIntoRecordsWithTheirOwnPlaces)
 {
-    const RecipeLayout layout = layOutRecipe({words(1, "R_W", 0, 300)});
+    const RecipeLayout layout = layOutRecipe({wordRange(1, "R_W", 0, 300)});
     ASSERT_EQ(layout.rounds.size(), 2U);
     // Records that touch go in different rounds, or the driver would join them again.
     EXPECT_EQ(placesOf(layout.rounds.at(0)),
               (std::vector<Place>{{1, "R_W", 0, 122, 0}, {1, "R_W", 244, 56, 244}}));
     EXPECT_EQ(placesOf(layout.rounds.at(1)), (std::vector<Place>{{1, "R_W", 122, 122, 122}}));
-    EXPECT_EQ(layout.offsetOf(words(1, "R_W", 243, 1)), 243U);
+    EXPECT_EQ(layout.offsetOf(wordRange(1, "R_W", 243, 1)), 243U);
 }
 
 TEST(RecipeLayout, StationsAndTypesDoNotMix)
 {
-    const RecipeLayout layout =
-        layOutRecipe({words(2, "R_W", 0, 2), words(1, "R_W", 2, 2), words(1, "M_W", 4, 2)});
+    const RecipeLayout layout = layOutRecipe(
+        {wordRange(2, "R_W", 0, 2), wordRange(1, "R_W", 2, 2), wordRange(1, "M_W", 4, 2)});
     EXPECT_EQ(placesOf(layout.rounds.front()),
               (std::vector<Place>{{1, "M_W", 4, 2, 0}, {1, "R_W", 2, 2, 2}, {2, "R_W", 0, 2, 4}}));
 }

@@ -4,8 +4,8 @@
 
 #include "cache/change_notifiers.h"
 #include "cache/data_areas.h"
-#include "cache/writing_values.h"
 #include "cache_world.h"
+#include "uncalled_functions.h"
 
 namespace {
 

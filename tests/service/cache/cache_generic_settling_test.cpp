@@ -2,7 +2,7 @@
 // width.
 #include <climits>
 
-#include "cache/writing_values.h"
+#include "cache/write_queue.h"
 #include "cache_world.h"
 
 namespace {

@@ -1,5 +1,4 @@
 // Storing written bits over word and byte units.
-#include "cache/data_areas.h"
 #include "cache_world.h"
 
 namespace {

@@ -1,7 +1,6 @@
 // Storing host writes for register types of every data width over every unit width.
 #include <climits>
 
-#include "cache/data_areas.h"
 #include "cache_world.h"
 
 namespace {

@@ -2,7 +2,6 @@
 #include <climits>
 
 #include "cache/data_areas.h"
-#include "cache/reading_values.h"
 #include "cache_world.h"
 
 namespace {

@@ -1,12 +1,13 @@
 // Hosts may change the lists of `driver` at any time; the cache finds the first matching record of
 // the list as it is now.
-#include "cache/data_areas.h"
 
 #include <algorithm>
 #include <random>
 #include <utility>
 
+#include "cache/data_areas.h"
 #include "cache_world.h"
+#include "uncalled_functions.h"
 
 namespace {
 

@@ -1,5 +1,4 @@
 // Counting the writes of a bit that await their result.
-#include "cache/data_areas.h"
 
 #include <chrono>
 #include <future>

@@ -1,8 +1,8 @@
 // Storing host writes in the cache, for the shipped register types.
-#include "cache/data_areas.h"
 
 #include <climits>
 
+#include "cache/data_areas.h"
 #include "cache_world.h"
 
 namespace {

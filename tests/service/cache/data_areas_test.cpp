@@ -1,8 +1,9 @@
-#include "cache/data_areas.h"
 
 #include <climits>
 
+#include "cache/data_areas.h"
 #include "cache_world.h"
+#include "uncalled_functions.h"
 
 namespace {
 

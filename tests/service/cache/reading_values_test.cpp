@@ -1,4 +1,3 @@
-#include "cache/reading_values.h"
 
 #include <climits>
 

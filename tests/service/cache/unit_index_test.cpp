@@ -11,7 +11,7 @@ protected:
     // How many of `wanted` units from this one on stand one behind the other.
     static int run(const char* area, int address, int wanted)
     {
-        return unitsInRun(unitIndexOf(1, name(area), address, -1), wanted);
+        return unitsFrom(1, name(area), address, -1, wanted).count;
     }
 };
 

@@ -1,5 +1,4 @@
 // Settling host writes, for the shipped register types.
-#include "cache/writing_values.h"
 
 #include <climits>
 

@@ -1,5 +1,4 @@
 // Cutting and queueing host writes.
-#include "cache/writing_values.h"
 
 #include <QDebug>
 #include <chrono>

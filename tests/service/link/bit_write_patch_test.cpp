@@ -2,7 +2,7 @@
 #include <cstring>
 #include <gmock/gmock.h>
 
-#include "link/response_handling.h"
+#include "uncalled_functions.h"
 #include "world.h"
 
 using ::testing::IsEmpty;

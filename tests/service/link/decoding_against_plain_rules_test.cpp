@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <random>
 
-#include "link/response_handling.h"
+#include "link/decoding.h"
 #include "world.h"
 
 namespace {

@@ -1,5 +1,5 @@
 // The text that describes the frame on the line.
-#include "link/response_handling.h"
+#include "link/error_text.h"
 #include "world.h"
 
 namespace {

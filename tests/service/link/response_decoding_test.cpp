@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 
 #include "link/response_handling.h"
+#include "uncalled_functions.h"
 #include "world.h"
 
 using ::testing::ElementsAre;

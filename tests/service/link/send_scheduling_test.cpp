@@ -88,9 +88,9 @@ TEST_F(SendScheduling, TheHostGetsEveryFieldOfTheFrame)
 
 TEST_F(SendScheduling, TheHostGetsEveryByteOfTheLongestFrame)
 {
-    VARIABLE longest = request("R_W", 0, 507);
-    memset(longest.data, 0xA5, sizeof(longest.data));
-    driver.writeList.append(longest);
+    VARIABLE full = request("R_W", 0, 507);
+    memset(full.data, 0xA5, sizeof(full.data));
+    driver.writeList.append(full);
     poll();
     EXPECT_EQ(polled.sendLength, 1023);
     EXPECT_EQ(frameHex(polled),

@@ -3,7 +3,7 @@
 
 #include "cache/data_areas.h"
 #include "cache_world.h"
-#include "link/response_handling.h"
+#include "link/decoding.h"
 
 using ::testing::IsEmpty;
 

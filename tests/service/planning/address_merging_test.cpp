@@ -1,4 +1,5 @@
 #include "planning/address_merging.h"
+#include "uncalled_functions.h"
 
 #include <gmock/gmock.h>
 

@@ -126,31 +126,36 @@ TEST_F(ConditionReads, BelowAddressZeroTruncateTowardsZero)
 
 TEST_F(ConditionReads, CountByteUnitsInBytes)
 {
-    EXPECT_EQ(summary(conditionRequest(key("B_bit", 20, 5), registerRow("B_bit", "1", "8"), 3)),
-              "1/B:2+2");
-    EXPECT_EQ(summary(conditionRequest(key("B_W", 20, 5), registerRow("B_W", "16", "8"), 3)),
-              "1/B_W:20+10");
+    EXPECT_EQ(
+        summary(conditionRequest(runOf(key("B_bit", 20, 5), 0), registerRow("B_bit", "1", "8"), 3)),
+        "1/B:2+2");
+    EXPECT_EQ(
+        summary(conditionRequest(runOf(key("B_W", 20, 5), 0), registerRow("B_W", "16", "8"), 3)),
+        "1/B_W:20+10");
 }
 
 TEST_F(ConditionReads, CountBitUnitsInBits)
 {
-    EXPECT_EQ(summary(conditionRequest(key("B_W", 20, 5), registerRow("B_W", "16", "1"), 3)),
-              "1/B_W:20+80");
+    EXPECT_EQ(
+        summary(conditionRequest(runOf(key("B_W", 20, 5), 0), registerRow("B_W", "16", "1"), 3)),
+        "1/B_W:20+80");
 }
 
 TEST_F(ConditionReads, TakeTheScaleOfAUnitAsAWholeNumberFirst)
 {
     // 16 / 32 is 0 in whole numbers, and so is every length.
-    EXPECT_EQ(summary(conditionRequest(key("B_D", 20, 5), registerRow("B_D", "32", "32"), 3)),
-              "1/B_D:20+0");
+    EXPECT_EQ(
+        summary(conditionRequest(runOf(key("B_D", 20, 5), 0), registerRow("B_D", "32", "32"), 3)),
+        "1/B_D:20+0");
 }
 
 TEST_F(ConditionReads, NameBitsByWhatStandsBeforeTheFirstUnderscore)
 {
-    EXPECT_EQ(
-        summary(conditionRequest(key("M_2_bit", 20, 5), registerRow("M_2_bit", "1", "16"), 3)),
-        "1/M:1+1");
-    EXPECT_EQ(summary(conditionRequest(key("M_Bit", 20, 5), registerRow("M_Bit", "1", "16"), 3)),
+    EXPECT_EQ(summary(conditionRequest(runOf(key("M_2_bit", 20, 5), 0),
+                                       registerRow("M_2_bit", "1", "16"), 3)),
+              "1/M:1+1");
+    EXPECT_EQ(summary(conditionRequest(runOf(key("M_Bit", 20, 5), 0),
+                                       registerRow("M_Bit", "1", "16"), 3)),
               "1/M_Bit:20+5");
 }
 

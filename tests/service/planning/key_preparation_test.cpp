@@ -4,7 +4,9 @@
 
 #include "cache_world.h"
 #include "planning/address_merging.h"
+#include "planning/pieces.h"
 #include "protocol/register_table.h"
+#include "uncalled_functions.h"
 
 using ::testing::ElementsAre;
 
@@ -14,9 +16,9 @@ class KeyPreparation : public DriverTest {
 protected:
     static std::string normalised(const KEY_ADDRESS& original, const RegisterType& type, int mode)
     {
-        KEY_ADDRESS changed = original;
-        normaliseKey(changed, type, mode);
-        return summary(changed);
+        ::Run run = runOf(original, 0);
+        normalise(run, type, mode);
+        return summary(key(text(run.regName).c_str(), run.address, run.length, run.stationNo));
     }
 };
 

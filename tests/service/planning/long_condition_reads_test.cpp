@@ -117,9 +117,9 @@ TEST_F(LongConditionReads, LeaveTheListThatQueueingEveryPieceWouldLeave)
         configure(("7#0#0#3#" + std::to_string(gap)).c_str());
         std::vector<Plain> expected;
         for (int call = 0; call < 12; ++call) {
-            const int longest = upTo(0, 3) == 0 ? 20000 : 300;
+            const int maxLength = upTo(0, 3) == 0 ? 20000 : 300;
             const KEY_ADDRESS wanted =
-                key(names[upTo(0, 3)], upTo(-200, 1200), upTo(-2, longest), 1, upTo(-1, 0));
+                key(names[upTo(0, 3)], upTo(-200, 1200), upTo(-2, maxLength), 1, upTo(-1, 0));
             const int limit = wanted.bitFlag == -1 ? gap * 8 : gap;
             ASSERT_EQ(ask(wanted, call), 1);
 

@@ -1,7 +1,8 @@
 // The planning rules written down as plainly as they are told: quadratic, whole lists copied.
-#ifndef DOV417_FUZZ_PLAIN_RULES_H
-#define DOV417_FUZZ_PLAIN_RULES_H
+#ifndef DOV417_TESTS_PLAIN_RULES_H
+#define DOV417_TESTS_PLAIN_RULES_H
 
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -21,5 +22,11 @@ struct PlainPlan {
 
 PlainPlan plainCyclicPlan(std::vector<PlainKey> keys, int mergeGap);
 PlainPlan plainRecipePlan(std::vector<PlainKey> records);
+// The same for records that are in order.
+PlainPlan plainRecipeRuns(const std::vector<PlainKey>& sorted);
+void plainSort(std::vector<PlainKey>& keys);
+
+bool operator==(const PlainKey& a, const PlainKey& b);
+std::ostream& operator<<(std::ostream& out, const PlainKey& key);
 
 #endif

@@ -35,17 +35,6 @@ std::uint32_t weight(const PlainKey& key)
            low32(key.address);
 }
 
-void bubbleSort(std::vector<PlainKey>& keys)
-{
-    for (size_t pass = 0; pass + 1 < keys.size(); ++pass) {
-        for (size_t j = 0; j + 1 < keys.size() - pass; ++j) {
-            if (weight(keys[j]) > weight(keys[j + 1])) {
-                std::swap(keys[j], keys[j + 1]);
-            }
-        }
-    }
-}
-
 bool mayJoin(const PlainKey& a, const PlainKey& b, int limit)
 {
     const int end = signed32(static_cast<long long>(a.address) + a.length);
@@ -112,25 +101,53 @@ std::vector<PlainKey> walk(const std::vector<PlainKey>& keys, int limit, std::ve
 
 } // namespace
 
+void plainSort(std::vector<PlainKey>& keys)
+{
+    for (size_t pass = 0; pass + 1 < keys.size(); ++pass) {
+        for (size_t j = 0; j + 1 < keys.size() - pass; ++j) {
+            if (weight(keys[j]) > weight(keys[j + 1])) {
+                std::swap(keys[j], keys[j + 1]);
+            }
+        }
+    }
+}
+
 PlainPlan plainCyclicPlan(std::vector<PlainKey> keys, int mergeGap)
 {
     for (PlainKey& key : keys) {
         normalise(key);
     }
-    bubbleSort(keys);
+    plainSort(keys);
     PlainPlan plan;
     std::vector<int> unused;
     plan.requests = walk(walk(keys, 0, unused), mergeGap, unused);
     return plan;
 }
 
-PlainPlan plainRecipePlan(std::vector<PlainKey> records)
+PlainPlan plainRecipeRuns(const std::vector<PlainKey>& sorted)
 {
-    bubbleSort(records);
     PlainPlan plan;
-    for (const PlainKey& record : records) {
+    for (const PlainKey& record : sorted) {
         plan.order.push_back(record.opener);
     }
-    plan.requests = walk(records, 0, plan.starts);
+    plan.requests = walk(sorted, 0, plan.starts);
     return plan;
+}
+
+PlainPlan plainRecipePlan(std::vector<PlainKey> records)
+{
+    plainSort(records);
+    return plainRecipeRuns(records);
+}
+
+bool operator==(const PlainKey& a, const PlainKey& b)
+{
+    return a.station == b.station && a.regName == b.regName && a.address == b.address &&
+           a.length == b.length && a.opener == b.opener;
+}
+
+std::ostream& operator<<(std::ostream& out, const PlainKey& key)
+{
+    return out << key.station << '/' << key.regName << ':' << key.address << '+' << key.length
+               << " (" << key.opener << ')';
 }

@@ -1,0 +1,73 @@
+// One frame on the line, and everything that is known of it once it has ended. The log, the
+// statistics and what a program shows of the line are made from this record alone.
+#ifndef DOV417_LINK_TRANSMISSION_H
+#define DOV417_LINK_TRANSMISSION_H
+
+#include <QByteArray>
+#include <string>
+
+#include "driver/library.h"
+#include "line/clock.h"
+
+namespace dov417 {
+
+enum class LineResult {
+    reply,     // bytes that look like the reply: the driver judges them
+    exception, // a sound exception reply
+    timeout,   // nothing usable came
+    broadcast  // nothing was awaited
+};
+
+// What came for a frame.
+struct Reception {
+    LineResult result = LineResult::timeout;
+    QByteArray bytes;
+    // Of all that came while the reply was awaited; both are 0 where nothing came.
+    Clock::time_point firstByte{};
+    Clock::time_point lastByte{};
+};
+
+// The driver's request behind a frame.
+struct Request {
+    int kind = 0; // what the driver carries for whoever asked: cyclicKind, or a number of ours
+    int station = 0;
+    std::string regName;
+    int address = 0;
+    int length = 0;
+};
+
+struct Transmission {
+    long long number = 0; // counts up from 1 on each line that is opened
+    Request request;
+    QByteArray sent;
+    int replyLength = 0;  // bytes that the reply is to have; 0: none is awaited
+    bool repeats = false; // the same frame as before, after a bad or missing reply
+    Clock::time_point sendBegin{};
+    Clock::time_point sendEnd{}; // when the last byte has left the wire, by the line's speed
+
+    Micros timeout{0}; // how long after that the first byte is awaited
+
+    // Known at the end.
+    Reception reception;
+    ReplyResult verdict = replyNothingOutstanding; // the driver's
+    std::string description;                       // the driver's words for the frame: "1#R_W10(1)"
+    std::string reason; // ours for a bad reply: "no answer", "exception 2 (illegal data address)"
+
+    bool isRead() const;
+    bool isAbandoned() const
+    {
+        return verdict == replyAbandoned;
+    }
+    // "read  1#R_W10(1)"
+    std::string name() const;
+};
+
+// The code of an exception reply.
+int exceptionCode(const Reception& reception);
+
+// Why the driver did not accept it, in words.
+std::string reasonOf(const Reception& reception, int expectedLength);
+
+} // namespace dov417
+
+#endif

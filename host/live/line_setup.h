@@ -1,0 +1,45 @@
+// The settings of a line as people give them, by whatever program.
+#ifndef DOV417_LIVE_LINE_SETUP_H
+#define DOV417_LIVE_LINE_SETUP_H
+
+#include <optional>
+#include <string>
+
+#include "link/serial_line.h"
+#include "session/session.h"
+
+namespace dov417 {
+
+// Worth bridging at 38400 baud for a controller that takes 5 ms to answer; and even, so that a
+// piece of a long write never ends inside a 32-bit value.
+constexpr int defaultMergeGap = 20;
+constexpr int defaultTimeoutMs = 500;
+constexpr int defaultRetries = 3;
+// What controllers need to digest a broadcast.
+constexpr int defaultTurnaroundMs = 100;
+constexpr int maximumMs = 600000; // of any of these times
+
+struct LineSetup {
+    bool simulated = false; // an own controller on a pseudo-terminal instead of a port
+    std::string port;
+    std::string line; // "38400,8,EVEN,1"; empty: the library's own
+    int timeoutMs = defaultTimeoutMs;
+    int retries = defaultRetries;
+    std::optional<int> gap; // words; else the default
+    int turnaroundMs = defaultTurnaroundMs;
+    std::string log; // file that records the line; empty: none
+
+    int mergeGap() const
+    {
+        return gap.value_or(defaultMergeGap);
+    }
+};
+
+// The line in full. Throws a UsageFailure if it is written wrongly.
+SerialFormat serialFormat(const Library& library, const LineSetup& setup);
+
+SessionSettings sessionSettings(const LineSetup& setup);
+
+} // namespace dov417
+
+#endif

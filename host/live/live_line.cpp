@@ -1,0 +1,68 @@
+#include "live/live_line.h"
+
+#include "line/failure.h"
+
+namespace dov417 {
+
+namespace {
+
+simulator::SimulationOptions controllerFor(const LineSetup& setup, std::set<int> stations,
+                                           simulator::SimulationOptions controller)
+{
+    stations.insert(1);
+    stations.erase(0);
+    controller.stations.assign(stations.begin(), stations.end());
+    // At the line's speed, so that what is counted here is what a wire would give.
+    controller.baudLimit = true;
+    if (!setup.line.empty())
+        controller.line = parseRtuFormat(setup.line);
+    return controller;
+}
+
+} // namespace
+
+LiveLine::LiveLine(const Library& library, const LineSetup& setup, const std::set<int>& stations,
+                   const simulator::SimulationOptions& controller)
+{
+    if (setup.simulated && !setup.port.empty())
+        throw UsageFailure("--port and --simulated exclude each other");
+    if (!setup.simulated && setup.port.empty())
+        throw UsageFailure("no line: name the port with --port DEVICE, or use --simulated for a "
+                           "controller of the tool's own");
+    std::string port = setup.port;
+    if (setup.simulated) {
+        controller_ =
+            std::make_unique<ControllerProcess>(controllerFor(setup, stations, controller));
+        port = controller_->port();
+    }
+    settings_.device = QString::fromStdString(port);
+    settings_.wire = serialFormat(library, setup);
+    settings_.timeout = std::chrono::milliseconds(setup.timeoutMs);
+    settings_.turnaround = std::chrono::milliseconds(setup.turnaroundMs);
+    if (!setup.log.empty())
+        recording_ = std::make_unique<Recording>(
+            setup.log, "port " + port + ", line " + toText(settings_.wire), learnAreas(library));
+}
+
+const LineSettings& LiveLine::settings() const
+{
+    return settings_;
+}
+
+void LiveLine::record(const Session& session)
+{
+    if (recording_)
+        recording_->follow(session);
+}
+
+bool LiveLine::hasLostLog() const
+{
+    return recording_ && recording_->hasFailed();
+}
+
+const ControllerProcess* LiveLine::controller() const
+{
+    return controller_.get();
+}
+
+} // namespace dov417

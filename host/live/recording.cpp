@@ -1,0 +1,98 @@
+#include "live/recording.h"
+
+#include "line/frame_text.h"
+
+namespace dov417 {
+
+namespace {
+
+const char* strayText(StrayKind kind)
+{
+    switch (kind) {
+    case StrayKind::otherStation:
+        return "from another station, not handed on";
+    case StrayKind::otherFunction:
+        return "for another function, not handed on";
+    case StrayKind::otherRequest:
+        return "answers another request, not handed on";
+    case StrayKind::noise:
+        return "noise";
+    case StrayKind::echo:
+        return "echo of the request, stripped";
+    case StrayKind::late:
+        return "late or surplus bytes, flushed";
+    }
+    return "";
+}
+
+LogTime wallTime(Clock::time_point time)
+{
+    const auto since = Clock::now() - time;
+    return std::chrono::time_point_cast<Micros>(
+        std::chrono::system_clock::now() -
+        std::chrono::duration_cast<std::chrono::system_clock::duration>(since));
+}
+
+long long milliseconds(Micros duration)
+{
+    return std::chrono::round<std::chrono::milliseconds>(duration).count();
+}
+
+} // namespace
+
+Recording::Recording(const std::string& file, const std::string& header,
+                     const std::vector<Area>& areas)
+    : areas_(areas)
+{
+    log_.open(file);
+    log_.remark(header);
+}
+
+void Recording::follow(const Session& session)
+{
+    connect(&session, &Session::transmissionBegan, this, &Recording::began);
+    connect(&session, &Session::transmissionEnded, this, &Recording::ended);
+    connect(&session, &Session::strayCame, this, &Recording::strayCame);
+    connect(&session, &Session::portChanged, this,
+            [this](bool, const std::string& message) { note(message); });
+}
+
+bool Recording::hasFailed() const
+{
+    return log_.hasFailed();
+}
+
+void Recording::note(const std::string& text)
+{
+    log_.add({wallTime(Clock::now()), Direction::note, QByteArray(), text});
+}
+
+void Recording::began(const Transmission& transmission)
+{
+    log_.add({wallTime(transmission.sendBegin), Direction::sent, transmission.sent,
+              requestText(transmission.sent, areas_)});
+}
+
+void Recording::ended(const Transmission& transmission)
+{
+    const Reception& reception = transmission.reception;
+    switch (reception.result) {
+    case LineResult::reply:
+    case LineResult::exception:
+        log_.add({wallTime(reception.lastByte), Direction::received, reception.bytes,
+                  replyText(reception.bytes, transmission.sent, areas_)});
+        break;
+    case LineResult::timeout:
+        note("no reply within " + std::to_string(milliseconds(transmission.timeout)) + " ms");
+        break;
+    case LineResult::broadcast:
+        break;
+    }
+}
+
+void Recording::strayCame(const Stray& stray)
+{
+    log_.add({wallTime(stray.at), Direction::stray, stray.bytes, strayText(stray.kind)});
+}
+
+} // namespace dov417

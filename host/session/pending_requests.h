@@ -1,0 +1,75 @@
+// Writes and single reads that have no outcome yet, each with what is to be done when it has.
+//
+// The driver's own queues would lose some of them:
+// - equal writes replace each other, and writes are dropped when the queue is full: only so many
+//   are handed in, and an equal one only after the first has its outcome;
+// - a failed single read empties the whole list of them: they are handed in one by one;
+// - a write that cannot be framed would block the queue for ever: it is refused before.
+#ifndef DOV417_SESSION_PENDING_REQUESTS_H
+#define DOV417_SESSION_PENDING_REQUESTS_H
+
+#include <deque>
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "driver/library.h"
+#include "line/failure.h"
+#include "link/transmission.h"
+#include "session/pieces.h"
+#include "session/tellings.h"
+
+namespace dov417 {
+
+// What became of something that was asked for. Called once, from the event loop.
+using Done = std::function<void(const Result&)>;
+
+class PendingRequests {
+public:
+    // writeCounted: a write of this address was taken on (+1) or has its outcome (-1).
+    PendingRequests(const Library& library, Tellings& tellings,
+                    std::function<void(const Address&, int step)> writeCounted);
+
+    void write(const Write& piece, Done done);
+    void readOnce(const Address& words, Done done);
+
+    // Hands the driver what it may have now. True if that was anything.
+    bool feed();
+    // Is this frame the read before a write of bits, after which the write itself is still to come?
+    bool isReadBeforeWrite(const Transmission& transmission) const;
+    // The request behind this frame has ended. False if it is none of these.
+    bool settle(const Transmission& transmission);
+    // Ends all of them.
+    void endAll(const std::string& reason);
+
+    std::size_t writes() const;
+    // The addresses of all writes.
+    std::vector<Address> writtenAddresses() const;
+
+private:
+    struct Ticket {
+        int number;
+        Address address;
+        std::vector<unsigned char> data;
+        Done done;
+    };
+
+    bool feedWrites();
+    bool feedRead();
+    void end(const Ticket& ticket, const Result& result);
+    void endWrite(const Ticket& ticket, const Result& result);
+
+    const Library& library_;
+    Tellings& tellings_;
+    std::function<void(const Address&, int)> writeCounted_;
+    int nextNumber_;
+    std::deque<Ticket> waitingWrites_;
+    std::map<int, Ticket> handedInWrites_;
+    std::deque<Ticket> reads_;
+    bool readHandedIn_ = false; // the first of them
+};
+
+} // namespace dov417
+
+#endif

@@ -1,0 +1,38 @@
+// What listeners are to be told: collected while the session works, told from the event loop.
+//
+// A listener may do anything, change what is watched or close the line; that must not happen in the
+// middle of a reply that is being dealt with.
+#ifndef DOV417_SESSION_TELLINGS_H
+#define DOV417_SESSION_TELLINGS_H
+
+#include <QObject>
+#include <deque>
+#include <functional>
+
+namespace dov417 {
+
+class Tellings : public QObject {
+public:
+    using Telling = std::function<void()>;
+
+    // To be told from the event loop, in the order of these calls.
+    void add(Telling telling);
+    // An outcome for whoever wants it: `done` may be empty.
+    template <typename Done, typename... Outcome>
+    void addDone(Done done, Outcome... outcome)
+    {
+        if (done)
+            add([done, outcome...]() { done(outcome...); });
+    }
+    // Tells all that is there, and what is added meanwhile. Called by a listener it does nothing:
+    // the rest follows once that listener has returned.
+    void tell();
+
+private:
+    std::deque<Telling> waiting_;
+    bool telling_ = false;
+};
+
+} // namespace dov417
+
+#endif

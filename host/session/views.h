@@ -1,0 +1,105 @@
+// The values on the screen: what each is, how good it is, and what has changed.
+#ifndef DOV417_SESSION_VIEWS_H
+#define DOV417_SESSION_VIEWS_H
+
+#include <array>
+#include <map>
+#include <set>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "driver/library.h"
+#include "line/clock.h"
+#include "link/transmission.h"
+#include "text/addresses.h"
+
+namespace dov417 {
+
+// A bit in one byte, a word in two, a double word in four.
+using ValueBytes = std::array<unsigned char, 4>;
+
+enum class Quality {
+    neverRead,
+    good,
+    old,         // its request has been failing, or the line is closed
+    beingWritten // by a write of this session that has no outcome yet
+};
+
+// One value.
+struct View {
+    Address address; // of this one value
+    bool hasValue = false;
+    bool isOld = false;
+    int writes = 0;     // of this session, under way
+    ValueBytes value{}; // as intf_getData() gives them
+    ValueBytes previous{};
+    long long changes = 0;
+    Clock::time_point lastGood{}; // last confirmed by the controller
+    Clock::time_point lastChange{};
+
+    Quality quality() const;
+};
+
+// A copy of a view as it was when it changed.
+struct ViewChange {
+    std::size_t index = 0; // in Session::views()
+    View view;
+    bool isValue = true; // a first or another value; else its quality alone
+};
+using ViewChanges = std::vector<ViewChange>;
+
+class Views {
+public:
+    explicit Views(const Library& library);
+
+    const std::vector<View>& all() const;
+
+    // The values of these addresses one by one. What was there before keeps its value, its times,
+    // its count and the changes that have not been taken yet. `written`: of all writes under way.
+    void replace(const std::vector<Address>& addresses, const std::vector<Address>& written);
+
+    // The driver's call-back: to be looked at once the driver has returned.
+    void announce(int station, const std::string& regName, int address);
+    // Reads what was announced.
+    void readAnnounced();
+    // The controller has just confirmed the words of this read, or the read was given up.
+    void confirm(const Request& read);
+    void giveUp(const Request& read);
+    // A write of this address was taken on (+1) or has its outcome (-1).
+    void countWrite(const Address& address, int step);
+
+    // The driver has forgotten all values: the next reply decides.
+    void driverStartedAnew();
+    // Nothing is asked any more.
+    void makeOld();
+    // What comes next is another controller's.
+    void forget();
+
+    // Since the last call.
+    ViewChanges takeChanges();
+    bool haveChanged() const;
+
+private:
+    using UnitKey = std::tuple<int, std::string, int>; // station, area or name, address
+    using Index = std::map<UnitKey, std::vector<std::size_t>>;
+
+    void add(const Address& range, const std::map<UnitKey, View>& before);
+    void read(std::size_t index);
+    void changed(std::size_t index, bool isValue);
+    template <typename Call>
+    void forEachOf(const Request& words, Call call);
+    std::set<std::size_t> sharing(const Address& address);
+
+    const Library& library_;
+    std::vector<View> views_;
+    std::vector<bool> isAnnounced_; // by index: the driver tells every change since the value
+    Index byName_;                  // as the driver announces them
+    Index byWord_;                  // by area and word
+    std::vector<std::size_t> announced_;
+    ViewChanges changes_;
+};
+
+} // namespace dov417
+
+#endif

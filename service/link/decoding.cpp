@@ -1,0 +1,213 @@
+#include "link/decoding.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "cache/change_notifiers.h"
+#include "cache/unit_index.h"
+#include "protocol.h"
+#include "protocol/byte_conversion.h"
+#include "protocol/wrap.h"
+
+namespace {
+
+inline unsigned int wordOf(unsigned char low, unsigned char high)
+{
+    return low | static_cast<unsigned int>(high) << 8;
+}
+
+// `low` is the place of the low byte in a word on the line.
+template <int low>
+bool holdsWord(const _DATA_& unit, const unsigned char* word)
+{
+    return wordOf(unit.deviceValue[0], unit.deviceValue[1]) == wordOf(word[low], word[1 - low]);
+}
+
+// How many of `count` units from the record at `index` on hold what arrived. In a plant at rest
+// that is every word of every reply, so four are compared at a time.
+template <int low>
+int unchangedWords(int index, int count, const unsigned char* words)
+{
+    QList<_DATA_>::const_iterator unit = driver.dataAreas.constBegin() + index;
+    const QList<_DATA_>::const_iterator first = unit;
+    const QList<_DATA_>::const_iterator end = unit + count;
+    for (;
+         end - unit >= 4 && holdsWord<low>(unit[0], words) && holdsWord<low>(unit[1], words + 2) &&
+         holdsWord<low>(unit[2], words + 4) && holdsWord<low>(unit[3], words + 6);
+         words += 8) {
+        unit += 4;
+    }
+    for (; unit != end && holdsWord<low>(*unit, words); words += 2) {
+        ++unit;
+    }
+    return static_cast<int>(unit - first);
+}
+
+// The data bytes of a reply; what the reply does not have reads as 0.
+class ReplyData {
+public:
+    ReplyData(const QByteArray& reply, int position)
+        : bytes_(reinterpret_cast<const unsigned char*>(reply.constData())),
+          size_(static_cast<int>(reply.size())), position_(position)
+    {
+    }
+
+    unsigned char at(int i) const
+    {
+        const long long place = static_cast<long long>(position_) + i;
+        return place >= 0 && place < size_ ? bytes_[place] : static_cast<unsigned char>(0);
+    }
+
+    // How many of `count` units of 16 bits, from value i on, hold what arrived.
+    int unchanged(int index, int i, int count, bool lowFirst) const
+    {
+        const long long place = position_ + 2LL * i;
+        if (place < 0 || place >= size_) {
+            return 0;
+        }
+        const int there = std::min(count, static_cast<int>(size_ - place) / 2);
+        return lowFirst ? unchangedWords<0>(index, there, bytes_ + place)
+                        : unchangedWords<1>(index, there, bytes_ + place);
+    }
+
+private:
+    const unsigned char* bytes_;
+    int size_;
+    int position_;
+};
+
+// ---- one row for each unit width --------------------------------------------------------------
+
+// Value i of a reply, low byte first.
+typedef void (*Unpack)(const ReplyData& data, int i, bool lowFirst, unsigned char* out);
+
+void unpackBit(const ReplyData& data, int i, bool, unsigned char* out)
+{
+    out[0] = static_cast<unsigned char>(data.at(i / 8) >> (i % 8) & 1);
+}
+
+void unpackByte(const ReplyData& data, int i, bool, unsigned char* out)
+{
+    out[0] = data.at(i);
+}
+
+void unpackWord(const ReplyData& data, int i, bool lowFirst, unsigned char* out)
+{
+    const int low = lowFirst ? 0 : 1;
+    out[0] = data.at(2 * i + low);
+    out[1] = data.at(2 * i + 1 - low);
+}
+
+// The first register holds the low-order half.
+void unpackDword(const ReplyData& data, int i, bool, unsigned char* out)
+{
+    out[0] = data.at(4 * i + 1);
+    out[1] = data.at(4 * i);
+    out[2] = data.at(4 * i + 3);
+    out[3] = data.at(4 * i + 2);
+}
+
+// Tells the host of a unit that held `before` and now holds `after`.
+typedef void (*Tell)(int index, const unsigned char* before, const unsigned char* after,
+                     int timerCounter);
+
+void tellBit(int index, const unsigned char*, const unsigned char*, int)
+{
+    _bitDataChange(index);
+}
+
+void tellByte(int index, const unsigned char* before, const unsigned char* after, int timerCounter)
+{
+    unsigned char oldByte = before[0];
+    unsigned char newByte = after[0];
+    _byteDataChange(&oldByte, &newByte, index, timerCounter);
+}
+
+void tellWord(int index, const unsigned char* before, const unsigned char* after, int timerCounter)
+{
+    int oldWord = uchar2int16(before[0], before[1]);
+    int newWord = uchar2int16(after[0], after[1]);
+    _wordDataChange(&oldWord, &newWord, index, timerCounter);
+}
+
+void tellDword(int index, const unsigned char* before, const unsigned char* after, int timerCounter)
+{
+    int oldDword = uchar2int32(before[0], before[1], before[2], before[3]);
+    int newDword = uchar2int32(after[0], after[1], after[2], after[3]);
+    _dwordDataChange(&oldDword, &newDword, index, timerCounter);
+}
+
+struct UnitWidth {
+    int bits;
+    size_t bytes; // of a unit that are used
+    Unpack unpack;
+    Tell tell;
+};
+
+const UnitWidth unitWidths[] = {
+    {16, 2, unpackWord, tellWord}, // every register type of this controller
+    {1, 1, unpackBit, tellBit},
+    {8, 1, unpackByte, tellByte},
+    {32, 4, unpackDword, tellDword},
+};
+
+const UnitWidth* widthOf(const RegisterType& type)
+{
+    for (const UnitWidth& width : unitWidths) {
+        if (width.bits == type.unitBits) {
+            return &width;
+        }
+    }
+    return 0;
+}
+
+// Stored before it is announced: a callback that reads back sees the new value. With no write on
+// its way the controller's value is the visible one again. False: the host re-initialised.
+bool storeUnit(const UnitWidth& width, int index, const unsigned char* bytes, int timerCounter)
+{
+    unsigned char before[4];
+    {
+        UnitEdit unit(index);
+        memcpy(before, unit->deviceValue, sizeof(before));
+        memcpy(unit->deviceValue, bytes, width.bytes);
+        if (driver.writeList.isEmpty()) {
+            unit->writePending = 0;
+        }
+    }
+    const unsigned int resets = driver.resets;
+    width.tell(index, before, bytes, timerCounter);
+    return driver.resets == resets;
+}
+
+} // namespace
+
+void decodeValues(const RegisterType& type, const QByteArray& reply, int count, int position,
+                  int station, int address)
+{
+    const UnitWidth* width = widthOf(type);
+    if (width == 0) {
+        return;
+    }
+    const ReplyData data(reply, position);
+    const bool lowFirst = type.lowByteFirst;
+    int index = -1;
+    for (int i = 0; i < count; ++i) {
+        const UnitsFound found =
+            unitsFrom(station, type.area, wrapAdd(address, i), index + 1, count - i);
+        index = found.index;
+        if (width->bits == 16) {
+            const int same = data.unchanged(index, i, found.count, lowFirst);
+            if (same > 0) {
+                i += same - 1;
+                index += same - 1;
+                continue;
+            }
+        }
+        unsigned char value[4] = {0, 0, 0, 0};
+        width->unpack(data, i, lowFirst, value);
+        if (memcmp(driver.dataAreas.at(index).deviceValue, value, width->bytes) != 0 &&
+            !storeUnit(*width, index, value, type.timerCounter)) {
+            return;
+        }
+    }
+}

@@ -1,0 +1,130 @@
+// A session on a pseudo-terminal whose far end the test plays.
+#ifndef DOV417_TESTS_SESSION_WORLD_H
+#define DOV417_TESTS_SESSION_WORLD_H
+
+#include <map>
+#include <memory>
+#include <vector>
+
+#include "line/crc16.h"
+#include "loaded_library.h"
+#include "pty_slave.h"
+#include "session/session.h"
+
+namespace dov417 {
+
+inline Address words(const char* regName, int first, int length = 1, int station = 1)
+{
+    Address address;
+    address.station = station;
+    address.regName = regName;
+    address.first = first;
+    address.length = length;
+    return address;
+}
+
+inline Address bits(const char* regName, int first, int length = 1)
+{
+    Address address = words(regName, first, length);
+    address.width = Width::bit;
+    return address;
+}
+
+inline Write wordWrite(const char* regName, int address, unsigned char value)
+{
+    return {words(regName, address), {value, 0}};
+}
+
+class SessionOnALine : public LoadedLibrary {
+protected:
+    SessionOnALine()
+    {
+        line.device = slave.port();
+        // The slave repeats every request, which confirms a single write.
+        slave.arrived = [this](const QByteArray& bytes) {
+            received += bytes;
+            slave.send(bytes);
+        };
+    }
+
+    void SetUp() override
+    {
+        session = std::make_unique<Session>(library, SessionSettings{2, 20});
+        ASSERT_TRUE(session->open(line).accepted);
+    }
+
+    // Answers reads of registers from `registers` (by their number on the line, 0x0500 + R_W) and
+    // confirms single writes; says nothing to what is in `silent`.
+    void beAController()
+    {
+        slave.arrived = [this](const QByteArray& bytes) {
+            pending += bytes;
+            while (pending.size() >= 8) {
+                const QByteArray request = pending.left(8);
+                pending.remove(0, 8);
+                received += request;
+                answer(request);
+            }
+        };
+    }
+
+    // Outcomes by number, in the order in which they came.
+    Done outcome(int number)
+    {
+        return [this, number](const Result& result) {
+            outcomes[number] = result.accepted ? "accepted" : result.reason;
+        };
+    }
+
+    bool waitForOutcomes(std::size_t count)
+    {
+        return waitUntil([this, count]() { return outcomes.size() == count; });
+    }
+
+    int number(const View& view) const
+    {
+        return view.value.at(0) + 256 * view.value.at(1);
+    }
+
+    PtySlave slave;
+    LineSettings line;
+    QByteArray received;
+    QByteArray pending;
+    std::map<int, int> registers;
+    int requests = 0;
+    bool isSilent = false;
+    std::map<int, std::string> outcomes;
+    std::unique_ptr<Session> session;
+
+private:
+    static int number(const QByteArray& bytes, int at)
+    {
+        return static_cast<unsigned char>(bytes.at(at)) * 256 +
+               static_cast<unsigned char>(bytes.at(at + 1));
+    }
+
+    void answer(const QByteArray& request)
+    {
+        ++requests;
+        if (isSilent)
+            return;
+        const int first = number(request, 2);
+        const int count = number(request, 4);
+        if (request.at(1) == 6) {
+            registers[first] = count;
+            slave.send(request);
+            return;
+        }
+        QByteArray reply = request.left(2);
+        reply.append(static_cast<char>(2 * count));
+        for (int i = 0; i < count; ++i) {
+            reply.append(static_cast<char>(registers[first + i] >> 8));
+            reply.append(static_cast<char>(registers[first + i] & 0xFF));
+        }
+        slave.send(withCrc(reply));
+    }
+};
+
+} // namespace dov417
+
+#endif

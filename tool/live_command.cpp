@@ -1,0 +1,111 @@
+#include "tool/live_command.h"
+
+#include <cstdio>
+
+#include "line/failure.h"
+
+namespace dov417 {
+
+namespace {
+
+std::set<int> stationsOf(const std::vector<Item>& items)
+{
+    std::set<int> stations;
+    for (const Item& item : items)
+        stations.insert(item.address.station);
+    return stations;
+}
+
+} // namespace
+
+LiveCommand::LiveCommand(const Library& library, const LineOptions& options,
+                         const std::vector<Item>& items,
+                         const simulator::SimulationOptions& controller)
+    : options_(options), shutdown_([this]() {
+          interruption_ = "interrupted";
+          end();
+      }),
+      line_(library, options, stationsOf(items), controller),
+      session_(library, sessionSettings(options))
+{
+    portTimer_.setSingleShot(true);
+    QObject::connect(&portTimer_, &QTimer::timeout, &portTimer_, [this]() {
+        interruption_ = "the port did not come back";
+        end();
+    });
+    line_.record(session_);
+    QObject::connect(&session_, &Session::portChanged, &portTimer_,
+                     [this](bool open, const std::string& message) { portChanged(open, message); });
+}
+
+Session& LiveCommand::session()
+{
+    return session_;
+}
+
+void LiveCommand::open()
+{
+    const Result result = session_.open(line_.settings());
+    if (!result.accepted)
+        throw Failure(result.reason);
+}
+
+void LiveCommand::beQuiet()
+{
+    isQuiet_ = true;
+}
+
+void LiveCommand::endWithoutPort(std::chrono::milliseconds patience)
+{
+    endsWithoutPort_ = true;
+    portTimer_.setInterval(patience);
+}
+
+void LiveCommand::portChanged(bool open, const std::string& message)
+{
+    if (open) {
+        portTimer_.stop();
+        if (wasLost_ && !isQuiet_)
+            std::fprintf(stderr, "dov417: %s again\n", message.c_str());
+        return;
+    }
+    wasLost_ = true;
+    if (!isQuiet_)
+        std::fprintf(stderr, "dov417: %s; waiting for it\n", message.c_str());
+    if (endsWithoutPort_ && !portTimer_.isActive())
+        portTimer_.start();
+}
+
+void LiveCommand::run()
+{
+    if (!ended_)
+        loop_.exec();
+    session_.tellAll();
+}
+
+void LiveCommand::end()
+{
+    ended_ = true;
+    loop_.quit();
+}
+
+const std::string& LiveCommand::interruption() const
+{
+    return interruption_;
+}
+
+int LiveCommand::finish(bool complete)
+{
+    if (options_.stats)
+        std::printf("%s", fullStatistics(session_.statistics(), Clock::now()).c_str());
+    if (line_.hasLostLog())
+        std::fprintf(stderr, "dov417: the log %s could not be written\n", options_.log.c_str());
+    return complete && !line_.hasLostLog() ? exitDone : exitFailed;
+}
+
+const ControllerProcess* LiveCommand::controller() const
+{
+    return line_.controller();
+}
+
+} // namespace dov417

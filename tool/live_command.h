@@ -1,0 +1,69 @@
+// What every command on a line does besides its own work: the line and the session on it, the event
+// loop and how it ends, words about the port, the counters at the end.
+#ifndef DOV417_TOOL_LIVE_COMMAND_H
+#define DOV417_TOOL_LIVE_COMMAND_H
+
+#include <QEventLoop>
+#include <QTimer>
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "live/live_line.h"
+#include "live/shutdown.h"
+#include "session/items.h"
+#include "session/session.h"
+#include "tool/options.h"
+
+namespace dov417 {
+
+// Long enough to plug an adapter in again.
+constexpr std::chrono::seconds defaultPortPatience(10);
+
+class LiveCommand {
+public:
+    // An own controller gets the stations that the items name.
+    LiveCommand(const Library& library, const LineOptions& options, const std::vector<Item>& items,
+                const simulator::SimulationOptions& controller = {});
+
+    Session& session();
+    // Opens the line. Throws a Failure if it cannot be had.
+    void open();
+
+    // The terminal shows something else: no words about the port on it.
+    void beQuiet();
+    // A command that has an end of its own does not wait for a lost port for ever.
+    void endWithoutPort(std::chrono::milliseconds patience = defaultPortPatience);
+
+    // Runs the event loop until somebody calls end(), or Ctrl-C.
+    void run();
+    void end();
+    // Why the loop ended early: "interrupted", "the port did not come back"; empty if it did not.
+    const std::string& interruption() const;
+
+    // Of a command that came out as it should, or not. Prints the counters if they are asked for,
+    // and says so if its log could not be written: then nothing did.
+    int finish(bool complete);
+
+    // Null without an own controller.
+    const ControllerProcess* controller() const;
+
+private:
+    void portChanged(bool open, const std::string& message);
+
+    LineOptions options_;
+    QEventLoop loop_;
+    QTimer portTimer_;
+    bool endsWithoutPort_ = false;
+    bool isQuiet_ = false;
+    bool ended_ = false;
+    bool wasLost_ = false;
+    std::string interruption_;
+    Shutdown shutdown_; // before the controller is started: it is to be ended too
+    LiveLine line_;
+    Session session_;
+};
+
+} // namespace dov417
+
+#endif
