@@ -7,5 +7,5 @@ target_link_options(dov417_hardened INTERFACE -Wl,-z,relro -Wl,-z,now)
 if(NOT DOV417_SANITIZE)
   target_compile_options(dov417_hardened INTERFACE -fstack-protector-strong)
   target_compile_definitions(dov417_hardened INTERFACE
-    $<$<NOT:$<CONFIG:Debug>>:_FORTIFY_SOURCE=2>) # which asks for optimisation
+    $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:_FORTIFY_SOURCE=2>) # which asks for optimisation
 endif()

@@ -5,10 +5,9 @@
 #include <QtGlobal>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <string>
 
+#include "complaint.h"
 #include "driver/library.h"
-#include "line/failure.h"
 
 namespace dov417 {
 
@@ -31,18 +30,6 @@ protected:
     }
     Library library{DOV417_LIBRARY};
 };
-
-// What a call complains of; "" where it does not.
-template <typename Call>
-std::string complaint(Call call)
-{
-    try {
-        call();
-    } catch (const Failure& failure) {
-        return failure.what();
-    }
-    return std::string();
-}
 
 } // namespace dov417
 

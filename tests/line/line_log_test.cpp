@@ -5,7 +5,7 @@
 #include <ctime>
 #include <fstream>
 
-#include "loaded_library.h"
+#include "complaint.h"
 
 namespace dov417 {
 

@@ -1,0 +1,9 @@
+#include <QCoreApplication>
+#include <gtest/gtest.h>
+
+int main(int argc, char** argv)
+{
+    testing::InitGoogleTest(&argc, argv);
+    const QCoreApplication application(argc, argv); // lines live on its event loop
+    return RUN_ALL_TESTS();
+}
