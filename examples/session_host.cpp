@@ -5,6 +5,7 @@
 #include <QCoreApplication>
 #include <QTimer>
 #include <cstdio>
+#include <cstdlib>
 
 #include "line/failure.h"
 #include "live/child_program.h"
@@ -83,6 +84,6 @@ int main(int argc, char** argv)
         return run(Library(argc > 1 ? argv[1] : ""));
     } catch (const Failure& failure) {
         std::fprintf(stderr, "%s\n", failure.what());
-        return exitFailed;
+        return EXIT_FAILURE;
     }
 }

@@ -1,4 +1,4 @@
-// What a command could not do, in one sentence for the person in front of it.
+// What could not be done, in one sentence for the person in front of the program.
 #ifndef DOV417_LINE_FAILURE_H
 #define DOV417_LINE_FAILURE_H
 
@@ -12,14 +12,7 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-// What the shell sees.
-enum ExitCode {
-    exitDone = 0,
-    exitFailed = 1, // the command ran and something it was asked for did not come out
-    exitUsage = 2   // the command line, a tag file or an address is wrong: nothing was done
-};
-
-// A mistake in what the person typed: command line, address, tag file, value.
+// A mistake in what the person typed: an address, a value, a tag file, a line.
 class UsageFailure : public Failure {
 public:
     using Failure::Failure;

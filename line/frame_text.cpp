@@ -43,7 +43,7 @@ const Named exceptions[] = {
     {11, "gateway target device failed to respond"},
 };
 
-const int smallestFrame = 4; // station, function, CRC
+const int minFrame = 4;      // station, function, CRC
 const int requestLength = 8; // all but the writes of many; so are the echoes of all writes
 const int writeHead = 7;     // of a write of many: up to the byte count
 const int exceptionLength = 5;
@@ -297,7 +297,7 @@ std::string functionName(int function)
 
 std::string requestText(const QByteArray& frame, const std::vector<Area>& areas)
 {
-    if (frame.size() < smallestFrame)
+    if (frame.size() < minFrame)
         return fragment(frame);
     const int function = functionOf(frame);
     const std::string who = station(frame);
@@ -324,7 +324,7 @@ std::string requestText(const QByteArray& frame, const std::vector<Area>& areas)
 std::string replyText(const QByteArray& reply, const QByteArray& request,
                       const std::vector<Area>& areas)
 {
-    if (reply.size() < smallestFrame)
+    if (reply.size() < minFrame)
         return fragment(reply);
     const Asked asked = askedBy(request);
     std::string faults;

@@ -1,6 +1,10 @@
 #include "simulator/address_range.h"
 
+#include <QString>
 #include <QStringList>
+#include <optional>
+
+#include "line/failure.h"
 
 namespace dov417::simulator {
 
@@ -57,11 +61,9 @@ std::optional<int> addressOf(const QString& text, Width width)
     return *word * bitsPerWord + *bit;
 }
 
-std::optional<AddressRange> refuse(QString* error, const QString& text, const QString& reason)
+[[noreturn]] void refuse(const QString& text, const std::string& reason)
 {
-    if (error)
-        *error = QStringLiteral("\"%1\": %2").arg(text, reason);
-    return std::nullopt;
+    throw Failure("\"" + text.toStdString() + "\": " + reason);
 }
 
 } // namespace
@@ -82,27 +84,26 @@ int AddressRange::itemCount() const
     return width == Width::doubleWord ? units / 2 : units;
 }
 
-std::optional<AddressRange> parseAddressRange(const QString& text, QString* error)
+AddressRange parseAddressRange(const std::string& written)
 {
+    const QString text = QString::fromStdString(written);
     const auto colon = text.indexOf(QLatin1Char(':'));
     if (colon < 0)
-        return refuse(error, text,
-                      QStringLiteral("an address is written as in R_W:100, M_bit:1.0..1.15 or "
-                                     "2/R_D:10..13"));
+        refuse(text, "an address is written as in R_W:100, M_bit:1.0..1.15 or 2/R_D:10..13");
     AddressRange range;
     QString name = text.left(colon);
     const auto slash = name.indexOf(QLatin1Char('/'));
     if (slash >= 0) {
         const std::optional<int> station = numberOf(name.left(slash));
         if (!station || *station < 1 || *station > 247)
-            return refuse(error, text, QStringLiteral("a station is a number from 1 to 247"));
+            refuse(text, "a station is a number from 1 to 247");
         range.station = *station;
         name = name.mid(slash + 1);
     }
     const RegisterName* entry = registerOf(name);
     if (!entry)
-        return refuse(error, text, QStringLiteral("no register type is called \"%1\"").arg(name));
-    range.registerName = name;
+        refuse(text, "no register type is called \"" + name.toStdString() + "\"");
+    range.registerName = entry->name;
     range.area = entry->area;
     range.width = entry->width;
 
@@ -113,24 +114,21 @@ std::optional<AddressRange> parseAddressRange(const QString& text, QString* erro
     const std::optional<int> last =
         dots < 0 ? first : addressOf(addresses.mid(dots + 2), range.width);
     if (!first || !last)
-        return refuse(error, text,
-                      range.width == Width::bit
-                          ? QStringLiteral("%1 addresses are WORD.BIT, bits are 0 to 15").arg(name)
-                          : QStringLiteral("%1 addresses are numbers").arg(name));
+        refuse(text, range.registerName + (range.width == Width::bit
+                                               ? " addresses are WORD.BIT, bits are 0 to 15"
+                                               : " addresses are numbers"));
     range.first = *first;
     range.last = *last;
     if (range.width == Width::doubleWord && dots < 0)
         ++range.last;
     if (range.last < range.first)
-        return refuse(error, text, QStringLiteral("the range ends before it begins"));
+        refuse(text, "the range ends before it begins");
     if (range.width == Width::doubleWord && (range.last - range.first) % 2 == 0)
-        return refuse(error, text, QStringLiteral("an R_D range names two words a value"));
+        refuse(text, "an R_D range names two words a value");
     if (!StationMemory::hasWords(range.area, range.firstWord(),
                                  range.lastWord() - range.firstWord() + 1))
-        return refuse(error, text,
-                      QStringLiteral("%1 ends at word %2")
-                          .arg(QLatin1Char(layoutOf(range.area).letter))
-                          .arg(layoutOf(range.area).words - 1));
+        refuse(text, layoutOf(range.area).letter + std::string(" ends at word ") +
+                         std::to_string(layoutOf(range.area).words - 1));
     return range;
 }
 

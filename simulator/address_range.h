@@ -8,8 +8,7 @@
 #ifndef DOV417_SIMULATOR_ADDRESS_RANGE_H
 #define DOV417_SIMULATOR_ADDRESS_RANGE_H
 
-#include <QString>
-#include <optional>
+#include <string>
 
 #include "simulator/memory.h"
 
@@ -24,7 +23,7 @@ enum class Width {
 
 struct AddressRange {
     int station = 1;
-    QString registerName; // "M_bit"
+    std::string registerName; // "M_bit"
     Area area = Area::R;
     Width width = Width::word;
     int first = 0; // word * 16 + bit for bits, else a word
@@ -35,8 +34,8 @@ struct AddressRange {
     int itemCount() const;
 };
 
-// Nothing, and a sentence in `error`, when the text names no addresses of this controller.
-std::optional<AddressRange> parseAddressRange(const QString& text, QString* error);
+// Throws a Failure when the text names no addresses of this controller.
+AddressRange parseAddressRange(const std::string& text);
 
 } // namespace dov417::simulator
 

@@ -34,7 +34,7 @@ struct Function {
     int code;
     Units units;
     Access access;
-    int Limits::*most;
+    int Limits::*maxCount;
 };
 constexpr Function functions[] = {
     {1, Units::coils, Access::readRun, &Limits::readCoils},
@@ -76,7 +76,7 @@ bool isSensible(const Function& function, const QByteArray& frame, int count, co
     if (requestLength(frame) != frame.size())
         return false;
     if (function.access != Access::writeOne)
-        return count >= 1 && count <= limits.*function.most;
+        return count >= 1 && count <= limits.*function.maxCount;
     if (function.units == Units::registers)
         return true;
     const int value = wordAt(frame, 4);

@@ -19,13 +19,14 @@
 #define DOV417_SIMULATOR_CONTROLLER_H
 
 #include <QByteArray>
-#include <QString>
+#include <cstdint>
+#include <string>
 
 #include "simulator/memory.h"
 
 namespace dov417::simulator {
 
-// Most units of one request.
+// Maximum units of one request.
 struct Limits {
     int readRegisters = 128;
     int readCoils = 2048;
@@ -91,7 +92,7 @@ int requestLength(const QByteArray& begin);
 
 // One line for the log: "station 1 reads registers 1380 to 1387", "exception 2, illegal data
 // address".
-QString describe(const Answer& answer);
+std::string describe(const Answer& answer);
 const char* exceptionName(int code);
 
 } // namespace dov417::simulator

@@ -10,31 +10,28 @@ int byteAt(const QByteArray& bytes, int index)
     return static_cast<unsigned char>(bytes.at(index));
 }
 
-QString runText(const char* unit, int first, int count)
+std::string runText(const std::string& unit, int first, int count)
 {
     if (count <= 1)
-        return QStringLiteral("%1 %2").arg(QLatin1String(unit)).arg(first);
-    return QStringLiteral("%1s %2 to %3")
-        .arg(QLatin1String(unit))
-        .arg(first)
-        .arg(first + count - 1);
+        return unit + " " + std::to_string(first);
+    return unit + "s " + std::to_string(first) + " to " + std::to_string(first + count - 1);
 }
 
-QString requestText(const Answer& answer)
+std::string requestText(const Answer& answer)
 {
     switch (answer.function) {
     case 1:
-        return QStringLiteral("reads ") + runText("coil", answer.address, answer.count);
+        return "reads " + runText("coil", answer.address, answer.count);
     case 3:
-        return QStringLiteral("reads ") + runText("register", answer.address, answer.count);
+        return "reads " + runText("register", answer.address, answer.count);
     case 5:
     case 15:
-        return QStringLiteral("writes ") + runText("coil", answer.address, answer.count);
+        return "writes " + runText("coil", answer.address, answer.count);
     case 6:
     case 16:
-        return QStringLiteral("writes ") + runText("register", answer.address, answer.count);
+        return "writes " + runText("register", answer.address, answer.count);
     default:
-        return QStringLiteral("function %1").arg(answer.function);
+        return "function " + std::to_string(answer.function);
     }
 }
 
@@ -82,19 +79,18 @@ const char* exceptionName(int code)
     }
 }
 
-QString describe(const Answer& answer)
+std::string describe(const Answer& answer)
 {
     if (answer.outcome == Outcome::badFrame)
-        return QStringLiteral("no frame: too short or wrong CRC");
-    QString text = answer.station == 0 ? QStringLiteral("broadcast ")
-                                       : QStringLiteral("station %1 ").arg(answer.station);
+        return "no frame: too short or wrong CRC";
+    std::string text =
+        answer.station == 0 ? "broadcast " : "station " + std::to_string(answer.station) + " ";
     text += requestText(answer);
     if (answer.outcome == Outcome::otherStation)
-        text += QStringLiteral(": not here");
+        text += ": not here";
     if (answer.exception != 0)
-        text += QStringLiteral(": exception %1, %2")
-                    .arg(answer.exception)
-                    .arg(QLatin1String(exceptionName(answer.exception)));
+        text += ": exception " + std::to_string(answer.exception) + ", " +
+                exceptionName(answer.exception);
     return text;
 }
 

@@ -1,6 +1,10 @@
 // The written form of fault rules.
 #include "simulator/faults.h"
 
+#include <QString>
+
+#include "line/failure.h"
+
 namespace dov417::simulator {
 
 namespace {
@@ -21,6 +25,19 @@ constexpr KindEntry kinds[] = {
     {FaultKind::silence, "silence", -1, -1},     {FaultKind::any, "any", -1, -1},
 };
 
+[[noreturn]] void refuse(const QString& text, const std::string& reason)
+{
+    throw Failure("\"" + text.toStdString() + "\": " + reason);
+}
+
+std::string kindNames()
+{
+    std::string names;
+    for (const KindEntry& entry : kinds)
+        names += (names.empty() ? "" : ", ") + std::string(entry.name);
+    return names;
+}
+
 const KindEntry* entryOf(const QString& name)
 {
     for (const KindEntry& entry : kinds) {
@@ -30,58 +47,39 @@ const KindEntry* entryOf(const QString& name)
     return nullptr;
 }
 
-std::optional<FaultRule> refuse(QString* error, const QString& text, const QString& reason)
-{
-    if (error)
-        *error = QStringLiteral("\"%1\": %2").arg(text, reason);
-    return std::nullopt;
-}
-
-QString kindNames()
-{
-    QString names;
-    for (const KindEntry& entry : kinds)
-        names += (names.isEmpty() ? QString() : QStringLiteral(", ")) + QLatin1String(entry.name);
-    return names;
-}
-
 } // namespace
 
-std::optional<FaultRule> parseFaultRule(const QString& text, QString* error)
+FaultRule parseFaultRule(const std::string& written)
 {
+    const QString text = QString::fromStdString(written);
     const auto equals = text.indexOf(QLatin1Char('='));
     if (equals < 0)
-        return refuse(error, text,
-                      QStringLiteral("a fault is written as in flip=10% or silence=every:7"));
+        refuse(text, "a fault is written as in flip=10% or silence=every:7");
     const QString kindText = text.left(equals).trimmed();
     const QString howOften = text.mid(equals + 1).trimmed();
 
     const auto colon = kindText.indexOf(QLatin1Char(':'));
     const KindEntry* entry = entryOf(colon < 0 ? kindText : kindText.left(colon));
     if (!entry)
-        return refuse(error, text,
-                      QStringLiteral("no such kind of fault; there are ") + kindNames());
+        refuse(text, "no such kind of fault; there are " + kindNames());
     FaultRule rule;
     rule.kind = entry->kind;
     bool isNumber = false;
     if (colon >= 0) {
         if (entry->lowestAmount < 0)
-            return refuse(error, text,
-                          QStringLiteral("%1 takes no amount").arg(QLatin1String(entry->name)));
+            refuse(text, std::string(entry->name) + " takes no amount");
         rule.amount = kindText.mid(colon + 1).toInt(&isNumber);
         if (!isNumber || rule.amount < entry->lowestAmount || rule.amount > entry->highestAmount)
-            return refuse(error, text,
-                          QStringLiteral("the amount of %1 must be %2 to %3")
-                              .arg(QLatin1String(entry->name))
-                              .arg(entry->lowestAmount)
-                              .arg(entry->highestAmount));
+            refuse(text, "the amount of " + std::string(entry->name) + " must be " +
+                             std::to_string(entry->lowestAmount) + " to " +
+                             std::to_string(entry->highestAmount));
     }
 
-    const QString every = QStringLiteral("every:");
+    const QLatin1String every("every:");
     if (howOften.startsWith(every)) {
         rule.every = howOften.mid(every.size()).toInt(&isNumber);
         if (!isNumber || rule.every < 1)
-            return refuse(error, text, QStringLiteral("every: must name a number from 1 on"));
+            refuse(text, "every: must name a number from 1 on");
         return rule;
     }
     if (howOften.endsWith(QLatin1Char('%'))) {
@@ -91,26 +89,26 @@ std::optional<FaultRule> parseFaultRule(const QString& text, QString* error)
             return rule;
         }
     }
-    return refuse(error, text, QStringLiteral("how often is written as 0% to 100%, or as every:N"));
+    refuse(text, "how often is written as 0% to 100%, or as every:N");
 }
 
-QString faultName(FaultKind kind)
+std::string faultName(FaultKind kind)
 {
     for (const KindEntry& entry : kinds) {
         if (entry.kind == kind)
-            return QLatin1String(entry.name);
+            return entry.name;
     }
-    return QString();
+    return std::string();
 }
 
-QString faultRuleText(const FaultRule& rule)
+std::string faultRuleText(const FaultRule& rule)
 {
-    QString text = faultName(rule.kind);
+    std::string text = faultName(rule.kind);
     if (rule.amount >= 0)
-        text += QStringLiteral(":%1").arg(rule.amount);
+        text += ":" + std::to_string(rule.amount);
     if (rule.every > 0)
-        return text + QStringLiteral("=every:%1").arg(rule.every);
-    return text + QStringLiteral("=%1%").arg(rule.probability * 100);
+        return text + "=every:" + std::to_string(rule.every);
+    return text + "=" + QString::number(rule.probability * 100).toStdString() + "%";
 }
 
 } // namespace dov417::simulator

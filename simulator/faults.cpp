@@ -13,8 +13,8 @@ namespace {
 
 constexpr int defaultLateMs = 500;
 constexpr int defaultGapMs = 5;
-constexpr unsigned mostPieces = 8;
-constexpr unsigned mostStrayBytes = 4;
+constexpr unsigned maxPieces = 8;
+constexpr unsigned maxStrayBytes = 4;
 constexpr int functionCodes[] = {1, 3, 5, 6, 15, 16};
 constexpr int exceptionCodes[] = {1, 2, 3, 4, 6};
 constexpr int highestStation = 247;
@@ -82,14 +82,14 @@ QByteArray flipped(const QByteArray& reply, int amount, Chance& chance)
 
 QByteArray truncated(const QByteArray& reply, int amount, Chance& chance)
 {
-    const int most = static_cast<int>(reply.size()) - 1;
-    return reply.left(amount >= 0 ? std::min(amount, most)
-                                  : 1 + below(chance, static_cast<unsigned>(most)));
+    const int maxKept = static_cast<int>(reply.size()) - 1;
+    return reply.left(amount >= 0 ? std::min(amount, maxKept)
+                                  : 1 + below(chance, static_cast<unsigned>(maxKept)));
 }
 
 QByteArray strayBytes(int amount, Chance& chance)
 {
-    const int count = amount >= 0 ? amount : 1 + below(chance, mostStrayBytes);
+    const int count = amount >= 0 ? amount : 1 + below(chance, maxStrayBytes);
     QByteArray bytes;
     for (int i = 0; i < count; ++i)
         bytes.append(static_cast<char>(below(chance, 256)));
@@ -100,7 +100,7 @@ std::vector<Piece> inPieces(const QByteArray& bytes, int gapMs, Chance& chance)
 {
     const unsigned size = static_cast<unsigned>(bytes.size());
     std::set<int> cuts;
-    while (cuts.size() + 1 < std::min(mostPieces, size))
+    while (cuts.size() + 1 < std::min(maxPieces, size))
         cuts.insert(1 + below(chance, size - 1));
     std::vector<Piece> pieces;
     int from = 0;
@@ -236,17 +236,15 @@ std::uint64_t Faults::count(FaultKind kind) const
     return kind == FaultKind::any ? faulty_ : counts_[indexOf(kind)];
 }
 
-QString Faults::report() const
+std::string Faults::report() const
 {
-    QString text;
+    std::string text;
     for (std::size_t index = 0; index < counts_.size(); ++index) {
         if (counts_[index] != 0)
-            text += (text.isEmpty() ? QString() : QStringLiteral(", ")) +
-                    QStringLiteral("%1 %2")
-                        .arg(faultName(static_cast<FaultKind>(index)))
-                        .arg(counts_[index]);
+            text += (text.empty() ? "" : ", ") + faultName(static_cast<FaultKind>(index)) + " " +
+                    std::to_string(counts_[index]);
     }
-    return text.isEmpty() ? QStringLiteral("none") : text;
+    return text.empty() ? "none" : text;
 }
 
 } // namespace dov417::simulator

@@ -33,11 +33,10 @@
 #define DOV417_SIMULATOR_FAULTS_H
 
 #include <QByteArray>
-#include <QString>
 #include <array>
 #include <cstdint>
-#include <optional>
 #include <random>
+#include <string>
 #include <vector>
 
 namespace dov417::simulator {
@@ -66,14 +65,14 @@ struct FaultRule {
     int amount = -1;        // -1: the kind's default
 };
 
-// Nothing, and a sentence in `error`, when the text is no rule.
-std::optional<FaultRule> parseFaultRule(const QString& text, QString* error);
-QString faultRuleText(const FaultRule& rule);
-QString faultName(FaultKind kind);
+// Throws a Failure when the text is no rule.
+FaultRule parseFaultRule(const std::string& text);
+std::string faultRuleText(const FaultRule& rule);
+std::string faultName(FaultKind kind);
 
 // What goes on the line in place of a reply: pieces, each after a silence of its own.
 struct Piece {
-    int delayMs = 0; // before the first byte, on top of the usual turnaround
+    int delayMs = 0; // before the first byte, on top of the turnaround
     QByteArray bytes;
 };
 struct Transmission {
@@ -94,7 +93,7 @@ public:
     std::uint64_t replies() const; // handed in
     std::uint64_t faulty() const;  // of these, hit by at least one fault
     std::uint64_t count(FaultKind kind) const;
-    QString report() const; // "flip 12, silence 3"; "none"
+    std::string report() const; // "flip 12, silence 3"; "none"
 
 private:
     struct Source { // a rule and its own chance, so that rules do not disturb each other

@@ -1,55 +1,64 @@
 #include "simulator/line_event.h"
 
+#include <cstdio>
+
+#include "line/frame_text.h"
+
 namespace dov417::simulator {
 
 namespace {
 
-QString faultNames(const std::vector<FaultKind>& faults)
+std::string faultNames(const std::vector<FaultKind>& faults)
 {
-    QString names;
+    std::string names;
     for (FaultKind kind : faults)
-        names += QLatin1Char(names.isEmpty() ? '[' : ' ') + faultName(kind);
-    return names.isEmpty() ? names : names + QLatin1Char(']');
+        names += (names.empty() ? "[" : " ") + faultName(kind);
+    return names.empty() ? names : names + "]";
+}
+
+const char* arrowOf(LineEvent::Kind kind)
+{
+    switch (kind) {
+    case LineEvent::received:
+        return "<-";
+    case LineEvent::sent:
+        return "->";
+    case LineEvent::withheld:
+        return "-x";
+    case LineEvent::garbage:
+        return "<?";
+    case LineEvent::notice:
+        return "--";
+    }
+    return "";
+}
+
+// Seconds with microseconds, whatever the user's locale has for a point.
+std::string timeText(std::int64_t nanoseconds)
+{
+    const long long micros = (nanoseconds + 500) / 1000;
+    char text[32];
+    std::snprintf(text, sizeof text, "%5lld.%06lld", micros / 1000000, micros % 1000000);
+    return text;
 }
 
 } // namespace
 
-QString replyText(const Answer& answer, const std::vector<FaultKind>& faults)
+std::string replyText(const Answer& answer, const std::vector<FaultKind>& faults)
 {
-    QString text = QStringLiteral("reply");
+    std::string text = "reply";
     if (answer.exception != 0)
-        text += QStringLiteral(": exception %1, %2")
-                    .arg(answer.exception)
-                    .arg(QLatin1String(exceptionName(answer.exception)));
-    const QString names = faultNames(faults);
-    return names.isEmpty() ? text : text + QLatin1Char(' ') + names;
+        text += ": exception " + std::to_string(answer.exception) + ", " +
+                exceptionName(answer.exception);
+    const std::string names = faultNames(faults);
+    return names.empty() ? text : text + " " + names;
 }
 
-QString logText(const LineEvent& event)
+std::string logText(const LineEvent& event)
 {
-    QString arrow;
-    switch (event.kind) {
-    case LineEvent::received:
-        arrow = QStringLiteral("<-");
-        break;
-    case LineEvent::sent:
-        arrow = QStringLiteral("->");
-        break;
-    case LineEvent::withheld:
-        arrow = QStringLiteral("-x");
-        break;
-    case LineEvent::garbage:
-        arrow = QStringLiteral("<?");
-        break;
-    case LineEvent::notice:
-        arrow = QStringLiteral("--");
-        break;
-    }
-    const QString time = QString::number(static_cast<double>(event.timeNs) / 1e9, 'f', 6);
-    const QString hex = QString::fromLatin1(event.bytes.toHex(' ').toUpper());
-    return QStringLiteral("%1 %2 %3%4%5")
-        .arg(time, 12)
-        .arg(arrow, hex, QLatin1String(hex.isEmpty() ? "" : "  "), event.meaning);
+    const std::string hex = hexText(event.bytes);
+    return timeText(event.timeNs) + " " + arrowOf(event.kind) + " " + hex +
+           (hex.empty() ? "" : "  ") + event.meaning;
 }
 
 } // namespace dov417::simulator

@@ -4,8 +4,8 @@
 
 #include <QByteArray>
 #include <QMetaType>
-#include <QString>
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "simulator/controller.h"
@@ -24,14 +24,14 @@ struct LineEvent {
     Kind kind = notice;
     std::int64_t timeNs = 0; // since open()
     QByteArray bytes;
-    QString meaning;
+    std::string meaning;
 };
 
 // "    0.012345 <- 01 03 05 0A 00 01 A4 C4  station 1 reads register 1290"
-QString logText(const LineEvent& event);
+std::string logText(const LineEvent& event);
 
 // "reply", "reply: exception 2, illegal data address [flip late]"
-QString replyText(const Answer& answer, const std::vector<FaultKind>& faults);
+std::string replyText(const Answer& answer, const std::vector<FaultKind>& faults);
 
 } // namespace dov417::simulator
 

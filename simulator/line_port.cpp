@@ -13,6 +13,8 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include "line/failure.h"
+
 namespace dov417::simulator {
 
 namespace {
@@ -76,49 +78,41 @@ LinePort::~LinePort()
     close();
 }
 
-bool LinePort::openPseudoTerminal(const QString& link, QString* error)
+void LinePort::openPseudoTerminal(const std::string& link)
 {
     close();
     descriptor_ = posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     char device[64] = "";
     if (descriptor_ < 0 || grantpt(descriptor_) != 0 || unlockpt(descriptor_) != 0 ||
         ptsname_r(descriptor_, device, sizeof device) != 0)
-        return giveUp(QStringLiteral("no pseudo-terminal"), error);
+        giveUp("no pseudo-terminal");
     device_ = QFile::decodeName(device);
     otherEnd_ = ::open(device, O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     if (otherEnd_ < 0 || !makeRaw(otherEnd_))
-        return giveUp(device_, error);
+        giveUp(device);
     watch_ = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
     if (watch_ >= 0 &&
         inotify_add_watch(watch_, device, IN_OPEN | IN_CLOSE_WRITE | IN_CLOSE_NOWRITE) < 0) {
         ::close(watch_);
         watch_ = -1;
     }
-    if (!link.isEmpty() && !makeLink(link, error)) {
-        close();
-        return false;
-    }
-    return true;
+    if (!link.empty())
+        makeLink(QString::fromStdString(link));
 }
 
-bool LinePort::openDevice(const QString& device, const SerialFormat& format, QString* error)
+void LinePort::openDevice(const std::string& device, const SerialFormat& format)
 {
     close();
     const Speed* speed = speedOf(format.baudRate);
-    if (!speed) {
-        if (error)
-            *error = QStringLiteral("%1: %2 baud is no rate of a serial device")
-                         .arg(device)
-                         .arg(format.baudRate);
-        return false;
-    }
-    device_ = device;
+    if (!speed)
+        throw Failure(device + ": " + std::to_string(format.baudRate) +
+                      " baud is no rate of a serial device");
+    device_ = QString::fromStdString(device);
     descriptor_ =
-        ::open(QFile::encodeName(device).constData(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+        ::open(QFile::encodeName(device_).constData(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     if (descriptor_ < 0 || !configure(descriptor_, format, speed->code))
-        return giveUp(device, error);
+        giveUp(device);
     tcflush(descriptor_, TCIOFLUSH);
-    return true;
 }
 
 void LinePort::close()
@@ -141,9 +135,9 @@ bool LinePort::isOpen() const
     return descriptor_ >= 0;
 }
 
-QString LinePort::name() const
+std::string LinePort::name() const
 {
-    return link_.isEmpty() ? device_ : link_;
+    return (link_.isEmpty() ? device_ : link_).toStdString();
 }
 
 int LinePort::descriptor() const
@@ -229,42 +223,36 @@ bool LinePort::hasListener() const
 
 // Replaces a symbolic link that leads nowhere in one step, so that it is never missing, but nothing
 // else: not another controller's, and not a link of somebody's own.
-bool LinePort::makeLink(const QString& link, QString* error)
+void LinePort::makeLink(const QString& link)
 {
+    const std::string name = link.toStdString();
     const QFileInfo info(link);
-    if (info.exists() && !(info.isSymLink() && info.symLinkTarget() == device_)) {
-        if (error)
-            *error =
-                info.isSymLink()
-                    ? QStringLiteral("%1 leads to %2; if that is no controller, remove the "
-                                     "link first")
-                          .arg(link, info.symLinkTarget())
-                    : QStringLiteral("%1: there is something that is no symbolic link").arg(link);
-        return false;
+    const QString target = info.isSymLink() ? info.symLinkTarget() : QString();
+    if (info.exists() && target != device_) {
+        close();
+        throw Failure(name + (target.isEmpty() ? ": there is something that is no symbolic link"
+                                               : " leads to " + target.toStdString() +
+                                                     "; if that is no controller, remove the link "
+                                                     "first"));
     }
     const QString path = info.absoluteFilePath();
-    const QString fresh = QStringLiteral("%1.%2").arg(path).arg(getpid());
+    const QString fresh = path + QLatin1Char('.') + QString::number(getpid());
     QFile::remove(fresh);
     if (!QFile::link(device_, fresh) ||
         rename(QFile::encodeName(fresh).constData(), QFile::encodeName(path).constData()) != 0) {
         const int reason = errno;
         QFile::remove(fresh);
         errno = reason;
-        if (error)
-            *error = QStringLiteral("%1: %2").arg(link, QString::fromLocal8Bit(strerror(reason)));
-        return false;
+        giveUp(name);
     }
     link_ = path;
-    return true;
 }
 
-bool LinePort::giveUp(const QString& what, QString* error)
+void LinePort::giveUp(const std::string& what)
 {
-    const QString reason = QString::fromLocal8Bit(strerror(errno));
+    const std::string reason = strerror(errno);
     close();
-    if (error)
-        *error = QStringLiteral("%1: %2").arg(what, reason);
-    return false;
+    throw Failure(what + ": " + reason);
 }
 
 } // namespace dov417::simulator

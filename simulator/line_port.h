@@ -4,6 +4,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <string>
 
 #include "line/serial_format.h"
 
@@ -16,13 +17,13 @@ public:
     LinePort(const LinePort&) = delete;
     LinePort& operator=(const LinePort&) = delete;
 
-    // False, and a sentence in `error`, when it cannot be had; nothing stays open then.
-    bool openPseudoTerminal(const QString& link, QString* error);
-    bool openDevice(const QString& device, const SerialFormat& format, QString* error);
+    // Both throw a Failure when it cannot be had; nothing stays open then.
+    void openPseudoTerminal(const std::string& link);
+    void openDevice(const std::string& device, const SerialFormat& format);
     void close();
 
     bool isOpen() const;
-    QString name() const; // the link if there is one, else the device
+    std::string name() const; // the link if there is one, else the device
     int descriptor() const;
 
     // What has arrived; empty for nothing. `lost` becomes true when the line is gone for good.
@@ -39,8 +40,9 @@ public:
     bool hasListener() const;
 
 private:
-    bool makeLink(const QString& link, QString* error);
-    bool giveUp(const QString& what, QString* error);
+    void makeLink(const QString& link);
+    // Closes it; the system's latest error is the reason.
+    [[noreturn]] void giveUp(const std::string& what);
 
     int descriptor_ = -1;
     // The own hold on the other end: without it the first close by a master would hang up.

@@ -5,6 +5,7 @@
 #include <deque>
 #include <limits>
 
+#include "line/failure.h"
 #include "line/wake_timer.h"
 #include "simulator/frame_collector.h"
 #include "simulator/line_port.h"
@@ -39,7 +40,7 @@ public:
     {
     }
 
-    bool open(QString* error);
+    void open();
     void close();
 
     LineServerCounters counters_;
@@ -60,7 +61,7 @@ private:
         bool begun = false;
         bool endsReply = true;
         QByteArray reply; // all of it, with the last piece
-        QString meaning;
+        std::string meaning;
     };
 
     void listenersChanged();
@@ -71,8 +72,7 @@ private:
     void send(const QByteArray& request, const Answer& answer, std::int64_t arrivedAt);
     bool depart(std::int64_t now);
     std::int64_t nextTime(std::int64_t now) const;
-    std::int64_t sinceOpen() const;
-    void log(LineEvent::Kind kind, const QByteArray& bytes, const QString& meaning);
+    void log(LineEvent::Kind kind, const QByteArray& bytes, const std::string& meaning);
 
     LineServer& server_;
     Controller& controller_;
@@ -92,20 +92,17 @@ private:
     Notifier listeners_;
 };
 
-bool LineServer::Private::open(QString* error)
+void LineServer::Private::open()
 {
     close();
-    const bool opened = options_.device.isEmpty()
-                            ? port_.openPseudoTerminal(options_.link, error)
-                            : port_.openDevice(options_.device, options_.line, error);
-    if (!opened)
-        return false;
+    if (options_.device.empty())
+        port_.openPseudoTerminal(options_.link);
+    else
+        port_.openDevice(options_.device, options_.line);
     timer_ = std::make_unique<WakeTimer>([this]() { run(); });
     if (!timer_->isValid()) {
-        if (error)
-            *error = QStringLiteral("the system gives no timer");
         close();
-        return false;
+        throw Failure("the system gives no timer");
     }
     openedAt_ = monotonicNow();
     inward_ = WireClock(options_.line);
@@ -118,8 +115,7 @@ bool LineServer::Private::open(QString* error)
         QObject::connect(listeners_.get(), &QSocketNotifier::activated, &server_,
                          [this]() { listenersChanged(); });
     }
-    log(LineEvent::notice, QByteArray(), QStringLiteral("open: ") + port_.name());
-    return true;
+    log(LineEvent::notice, QByteArray(), "open: " + port_.name());
 }
 
 void LineServer::Private::close()
@@ -137,7 +133,7 @@ void LineServer::Private::close()
     departures_.clear();
     collector_.takeRest();
     silentAt_ = never;
-    log(LineEvent::notice, QByteArray(), QStringLiteral("closed"));
+    log(LineEvent::notice, QByteArray(), "closed");
 }
 
 void LineServer::Private::listenersChanged()
@@ -146,10 +142,10 @@ void LineServer::Private::listenersChanged()
     if (port_.updateListeners()) {
         // Replies to the one that went; nothing of the next one's requests has been read yet.
         departures_.clear();
-        log(LineEvent::notice, QByteArray(), QStringLiteral("the other side closed the line"));
+        log(LineEvent::notice, QByteArray(), "the other side closed the line");
     }
     if (port_.hasListener() && !before)
-        log(LineEvent::notice, QByteArray(), QStringLiteral("the other side opened the line"));
+        log(LineEvent::notice, QByteArray(), "the other side opened the line");
 }
 
 void LineServer::Private::receive()
@@ -173,9 +169,9 @@ void LineServer::Private::receive()
         run();
     }
     if (lost && port_.isOpen()) {
-        const QString name = port_.name();
+        const std::string name = port_.name();
         close();
-        emit server_.lost(QStringLiteral("%1 is gone").arg(name));
+        emit server_.lost(QString::fromStdString(name + " is gone"));
     }
 }
 
@@ -214,11 +210,11 @@ void LineServer::Private::collect(const Arrival& arrival)
     }
     if (collector_.isFlooded()) {
         ++counters_.dropped;
-        log(LineEvent::garbage, collector_.takeRest(), QStringLiteral("bytes without a pause"));
+        log(LineEvent::garbage, collector_.takeRest(), "bytes without a pause");
     }
     const std::int64_t limit =
         arrival.at + std::max(options_.line.interFrameDelay().count(),
-                              options_.leastSilenceMs * nanosecondsPerMillisecond);
+                              options_.minSilenceMs * nanosecondsPerMillisecond);
     const bool goesOn = !arrivals_.empty() && arrivals_.front().from < limit;
     silentAt_ = collector_.isEmpty() || goesOn ? never : limit;
 }
@@ -244,7 +240,7 @@ void LineServer::Private::send(const QByteArray& request, const Answer& answer,
                                std::int64_t arrivedAt)
 {
     const Transmission transmission = faults_.apply(request, answer.reply);
-    const QString meaning = replyText(answer, transmission.faults);
+    const std::string meaning = replyText(answer, transmission.faults);
     if (!transmission.echo.isEmpty())
         counters_.bytesSent += static_cast<std::uint64_t>(port_.write(transmission.echo));
     if (transmission.pieces.empty()) {
@@ -306,8 +302,7 @@ bool LineServer::Private::depart(std::int64_t now)
             log(LineEvent::sent, finished.reply, finished.meaning);
         } else {
             ++counters_.unheard;
-            log(LineEvent::withheld, finished.reply,
-                finished.meaning + QStringLiteral(", unheard"));
+            log(LineEvent::withheld, finished.reply, finished.meaning + ", unheard");
         }
     }
     return true;
@@ -330,7 +325,8 @@ std::int64_t LineServer::Private::nextTime(std::int64_t now) const
     return next;
 }
 
-void LineServer::Private::log(LineEvent::Kind kind, const QByteArray& bytes, const QString& meaning)
+void LineServer::Private::log(LineEvent::Kind kind, const QByteArray& bytes,
+                              const std::string& meaning)
 {
     LineEvent event;
     event.kind = kind;
@@ -355,9 +351,9 @@ LineServer::~LineServer()
     d_->close();
 }
 
-bool LineServer::open(QString* error)
+void LineServer::open()
 {
-    return d_->open(error);
+    d_->open();
 }
 
 void LineServer::close()
@@ -370,7 +366,7 @@ bool LineServer::isOpen() const
     return d_->port_.isOpen();
 }
 
-QString LineServer::portName() const
+std::string LineServer::portName() const
 {
     return d_->port_.name();
 }

@@ -4,9 +4,7 @@
 //     Controller controller(memory);
 //     Faults faults;
 //     LineServer server(controller, faults, LineServerOptions());
-//     QString error;
-//     if (!server.open(&error))
-//         ...
+//     server.open();
 //     master.setPortName(server.portName()); // "/dev/pts/5", or the link that was asked for
 //
 // Event driven: it lives in the thread that it was made in or moved to before open(), needs a Qt
@@ -30,6 +28,7 @@
 #include <QString>
 #include <cstdint>
 #include <memory>
+#include <string>
 
 #include "line/serial_format.h"
 #include "simulator/controller.h"
@@ -39,14 +38,15 @@
 namespace dov417::simulator {
 
 struct LineServerOptions {
-    QString device;       // serial device; empty: a pseudo-terminal of its own
-    QString link;         // symbolic link to the pseudo-terminal; empty: none
+    std::string device;   // serial device; empty: a pseudo-terminal of its own
+    std::string link;     // symbolic link to the pseudo-terminal; empty: none
     SerialFormat line;    // a serial device is set to it; else it tells how long a byte takes
     bool paced = false;   // see above; leave it off on a real serial line
     int turnaroundMs = 0; // what the controller takes before it answers
     // Bytes come with the hiccups of the sender's process, not with the evenness of a wire: an
-    // unfinished request is given at least this long, the line's own silence if that is longer.
-    int leastSilenceMs = 50;
+    // unfinished request is given at least this long, the line's inter-frame delay if that is
+    // longer.
+    int minSilenceMs = 50;
 };
 
 struct LineServerCounters {
@@ -67,13 +67,13 @@ public:
                QObject* parent = nullptr);
     ~LineServer() override;
 
-    // False, and a sentence in `error`, when the line cannot be had.
-    bool open(QString* error);
+    // Throws a Failure when the line cannot be had.
+    void open();
     void close();
     bool isOpen() const;
 
     // What a master has to open: the link if there is one, else the device. Empty while closed.
-    QString portName() const;
+    std::string portName() const;
 
     const LineServerCounters& counters() const;
 

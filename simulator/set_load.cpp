@@ -1,12 +1,16 @@
 #include "simulator/set_load.h"
 
 #include <QFile>
+#include <QString>
 #include <QStringList>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <nlohmann/json.hpp>
+#include <optional>
+#include <vector>
 
+#include "line/failure.h"
 #include "line/replace_file.h"
 
 namespace dov417::simulator {
@@ -20,13 +24,6 @@ struct Assignment {
     AddressRange where;
     std::vector<std::uint32_t> values;
 };
-
-bool refuse(QString* error, const QString& reason)
-{
-    if (error)
-        *error = reason;
-    return false;
-}
 
 std::optional<std::uint32_t> singleOf(const QString& text)
 {
@@ -82,48 +79,36 @@ const char* valueRule(Width width)
 }
 
 // One value fills the range, a list fits it; a list without an end of the range sets the end.
-std::optional<Assignment> assignmentOf(const QString& address, const QStringList& values,
-                                       QString* error)
+Assignment assignmentOf(const std::string& address, const QStringList& values)
 {
-    std::optional<AddressRange> where = parseAddressRange(address, error);
-    if (!where)
-        return std::nullopt;
-    if (values.size() > 1 && !address.contains(QLatin1String(".."))) {
-        const int units = where->last - where->first + 1;
-        where->last = where->first + units * static_cast<int>(values.size()) - 1;
-        if (!StationMemory::hasWords(where->area, where->firstWord(),
-                                     where->lastWord() - where->firstWord() + 1)) {
-            refuse(error, QStringLiteral("\"%1\": the values go past the end").arg(address));
-            return std::nullopt;
-        }
+    const std::string quoted = "\"" + address + "\": ";
+    AddressRange where = parseAddressRange(address);
+    if (values.size() > 1 && address.find("..") == std::string::npos) {
+        const int units = where.last - where.first + 1;
+        where.last = where.first + units * static_cast<int>(values.size()) - 1;
+        if (!StationMemory::hasWords(where.area, where.firstWord(),
+                                     where.lastWord() - where.firstWord() + 1))
+            throw Failure(quoted + "the values go past the end");
     }
-    const int items = where->itemCount();
-    if (values.size() != 1 && values.size() != items) {
-        refuse(error, QStringLiteral("\"%1\": %2 values for %3 places")
-                          .arg(address)
-                          .arg(values.size())
-                          .arg(items));
-        return std::nullopt;
-    }
-    Assignment assignment{*where, {}};
+    const int items = where.itemCount();
+    if (values.size() != 1 && values.size() != items)
+        throw Failure(quoted + std::to_string(values.size()) + " values for " +
+                      std::to_string(items) + " places");
+    Assignment assignment{where, {}};
     for (int i = 0; i < items; ++i) {
         const QString& text = values.size() == 1 ? values[0] : values[i];
-        const std::optional<std::uint32_t> value = valueOf(text, where->width);
-        if (!value) {
-            refuse(error, QStringLiteral("\"%1\": %2, not \"%3\"")
-                              .arg(address, QLatin1String(valueRule(where->width)), text));
-            return std::nullopt;
-        }
+        const std::optional<std::uint32_t> value = valueOf(text, where.width);
+        if (!value)
+            throw Failure(quoted + valueRule(where.width) + ", not \"" + text.toStdString() + "\"");
         assignment.values.push_back(*value);
     }
     return assignment;
 }
 
-bool isHere(const Memory& memory, const Assignment& assignment, QString* error)
+void requireStation(const Memory& memory, const Assignment& assignment)
 {
-    if (memory.has(assignment.where.station))
-        return true;
-    return refuse(error, QStringLiteral("there is no station %1").arg(assignment.where.station));
+    if (!memory.has(assignment.where.station))
+        throw Failure("there is no station " + std::to_string(assignment.where.station));
 }
 
 void store(Memory& memory, const Assignment& assignment)
@@ -149,7 +134,7 @@ void store(Memory& memory, const Assignment& assignment)
     }
 }
 
-// A value of the file as it would be written after --set.
+// A value of the file as it would be written in ADDRESS=VALUE.
 QString textOf(const Json& value)
 {
     if (value.is_boolean())
@@ -169,35 +154,25 @@ QStringList textsOf(const Json& value)
     return texts;
 }
 
-// Everything that the file says, or nothing and the first mistake.
-std::optional<std::vector<Assignment>> assignmentsOf(const Json& file, QString* error)
+void requireObject(const Json& value)
 {
-    const QString form =
-        QStringLiteral("a file is {\"STATION\": {\"REGISTER\": {\"ADDRESS\": VALUES}}}");
+    if (!value.is_object())
+        throw Failure("a file is {\"STATION\": {\"REGISTER\": {\"ADDRESS\": VALUES}}}");
+}
+
+// Everything that the file says, or the first mistake.
+std::vector<Assignment> assignmentsOf(const Json& file)
+{
     std::vector<Assignment> assignments;
-    if (!file.is_object()) {
-        refuse(error, form);
-        return std::nullopt;
-    }
+    requireObject(file);
     for (const auto& [station, registers] : file.items()) {
-        if (!registers.is_object()) {
-            refuse(error, form);
-            return std::nullopt;
-        }
+        requireObject(registers);
         for (const auto& [name, addresses] : registers.items()) {
-            if (!addresses.is_object()) {
-                refuse(error, form);
-                return std::nullopt;
-            }
+            requireObject(addresses);
             for (const auto& [address, values] : addresses.items()) {
-                const QString text = QString::fromStdString(station) + QLatin1Char('/') +
-                                     QString::fromStdString(name) + QLatin1Char(':') +
-                                     QString::fromStdString(address);
-                const std::optional<Assignment> assignment =
-                    assignmentOf(text, textsOf(values), error);
-                if (!assignment)
-                    return std::nullopt;
-                assignments.push_back(*assignment);
+                std::string text = station;
+                text.append("/").append(name).append(":").append(address);
+                assignments.push_back(assignmentOf(text, textsOf(values)));
             }
         }
     }
@@ -205,10 +180,21 @@ std::optional<std::vector<Assignment>> assignmentsOf(const Json& file, QString* 
 }
 
 // "[json.exception.parse_error.101] parse error at line 3, column 5: ..." without its brackets.
-QString parseErrorText(const Json::parse_error& exception)
+std::string parseErrorText(const Json::parse_error& exception)
 {
-    const QString text = QString::fromUtf8(exception.what());
-    return text.mid(text.indexOf(QLatin1Char(']')) + 2);
+    const std::string text = exception.what();
+    return text.substr(text.find(']') + 2);
+}
+
+// Either all of the text's values or none of them.
+void loadText(Memory& memory, const QByteArray& text)
+{
+    const std::vector<Assignment> assignments =
+        assignmentsOf(Json::parse(text.begin(), text.end()));
+    for (const Assignment& assignment : assignments)
+        requireStation(memory, assignment);
+    for (const Assignment& assignment : assignments)
+        store(memory, assignment);
 }
 
 const char* wordRegisterOf(Area area)
@@ -252,49 +238,34 @@ Json runsOf(const StationMemory& station, const AreaLayout& layout)
 
 } // namespace
 
-bool setValues(Memory& memory, const QString& assignment, QString* error, AddressRange* where)
+AddressRange setValues(Memory& memory, const std::string& assignment)
 {
-    const auto equals = assignment.indexOf(QLatin1Char('='));
-    if (equals < 0)
-        return refuse(error, QStringLiteral("\"%1\": a value is set as in R_W:100=5 or "
-                                            "M_bit:1.5=1")
-                                 .arg(assignment));
-    const std::optional<Assignment> parsed = assignmentOf(
-        assignment.left(equals), assignment.mid(equals + 1).split(QLatin1Char(',')), error);
-    if (!parsed || !isHere(memory, *parsed, error))
-        return false;
-    store(memory, *parsed);
-    if (where)
-        *where = parsed->where;
-    return true;
+    const std::size_t equals = assignment.find('=');
+    if (equals == std::string::npos)
+        throw Failure("\"" + assignment + "\": a value is set as in R_W:100=5 or M_bit:1.5=1");
+    const QString values = QString::fromStdString(assignment.substr(equals + 1));
+    const Assignment parsed =
+        assignmentOf(assignment.substr(0, equals), values.split(QLatin1Char(',')));
+    requireStation(memory, parsed);
+    store(memory, parsed);
+    return parsed.where;
 }
 
-bool loadValues(Memory& memory, const QString& fileName, QString* error)
+void loadValues(Memory& memory, const std::string& fileName)
 {
-    QFile file(fileName);
+    QFile file(QString::fromStdString(fileName));
     if (!file.open(QIODevice::ReadOnly))
-        return refuse(error, QStringLiteral("%1: %2").arg(fileName, file.errorString()));
-    const QByteArray text = file.readAll();
-
-    QString reason;
-    std::optional<std::vector<Assignment>> assignments;
+        throw Failure(fileName + ": " + file.errorString().toStdString());
     try {
-        assignments = assignmentsOf(Json::parse(text.begin(), text.end()), &reason);
+        loadText(memory, file.readAll());
     } catch (const Json::parse_error& exception) {
-        reason = parseErrorText(exception);
+        throw Failure(fileName + ": " + parseErrorText(exception));
+    } catch (const Failure& failure) {
+        throw Failure(fileName + ": " + failure.what());
     }
-    if (!assignments)
-        return refuse(error, QStringLiteral("%1: %2").arg(fileName, reason));
-    for (const Assignment& assignment : *assignments) {
-        if (!isHere(memory, assignment, &reason))
-            return refuse(error, QStringLiteral("%1: %2").arg(fileName, reason));
-    }
-    for (const Assignment& assignment : *assignments)
-        store(memory, assignment);
-    return true;
 }
 
-bool dumpValues(const Memory& memory, const QString& fileName, QString* error)
+void dumpValues(const Memory& memory, const std::string& fileName)
 {
     Json dump = Json::object();
     for (int number : memory.stations()) {
@@ -306,7 +277,10 @@ bool dumpValues(const Memory& memory, const QString& fileName, QString* error)
         }
         dump[std::to_string(number)] = std::move(registers);
     }
-    return replaceFile(fileName, QByteArray::fromStdString(dump.dump(1) + '\n'), error);
+    QString error;
+    if (!replaceFile(QString::fromStdString(fileName),
+                     QByteArray::fromStdString(dump.dump(1) + '\n'), &error))
+        throw Failure(error.toStdString());
 }
 
 } // namespace dov417::simulator

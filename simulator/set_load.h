@@ -1,4 +1,4 @@
-// Values by name: --set ADDRESS=VALUE, --load FILE and --dump FILE. Addresses are written as
+// Values by name, from a text ADDRESS=VALUE or from a file, and into one. Addresses are written as
 // address_range.h says.
 //
 // Values are decimal (also negative), hexadecimal with 0x, 0 or 1 for bits; an R_D with a point or
@@ -16,19 +16,18 @@
 #ifndef DOV417_SIMULATOR_SET_LOAD_H
 #define DOV417_SIMULATOR_SET_LOAD_H
 
-#include <QString>
+#include <string>
 
 #include "simulator/address_range.h"
 #include "simulator/memory.h"
 
 namespace dov417::simulator {
 
-// All false with a sentence in `error`, and the memory unchanged, when something is wrong.
-// `where`, if not null, receives the addresses that were set.
-bool setValues(Memory& memory, const QString& assignment, QString* error,
-               AddressRange* where = nullptr);
-bool loadValues(Memory& memory, const QString& fileName, QString* error);
-bool dumpValues(const Memory& memory, const QString& fileName, QString* error);
+// All throw a Failure, with the memory unchanged, when something is wrong. setValues() gives the
+// addresses that were set.
+AddressRange setValues(Memory& memory, const std::string& assignment);
+void loadValues(Memory& memory, const std::string& fileName);
+void dumpValues(const Memory& memory, const std::string& fileName);
 
 } // namespace dov417::simulator
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "line/failure.h"
 #include "line/replace_file.h"
 #include "simulator/set_load.h"
 
@@ -12,13 +13,13 @@ namespace {
 
 constexpr int plantPeriodMs = 100;
 // A machine that slept does not have to catch up on all of it.
-constexpr qint64 longestPlantStepMs = 60000;
+constexpr qint64 maxPlantStepMs = 60000;
 
 LineServerOptions lineOptions(const SimulationOptions& options)
 {
     LineServerOptions line;
-    line.device = QString::fromStdString(options.device);
-    line.link = QString::fromStdString(options.link);
+    line.device = options.device;
+    line.link = options.link;
     line.line = options.line;
     line.paced = options.baudLimit;
     line.turnaroundMs = options.turnaroundMs;
@@ -42,93 +43,78 @@ Simulation::Simulation(const SimulationOptions& options, QObject* parent)
 
 Simulation::~Simulation()
 {
-    stop();
+    try {
+        stop();
+    } catch (const Failure&) {
+        // Who wants to hear of the dump calls stop().
+    }
 }
 
-bool Simulation::start(QString* error)
+void Simulation::start()
 {
-    if (!prepare(error))
-        return false;
+    prepare();
     line_ = std::make_unique<LineServer>(controller_, faults_, lineOptions(options_));
     if (log_.isOpen())
         connect(line_.get(), &LineServer::logged, this, &Simulation::log);
     if (options_.holdWritten)
         connect(line_.get(), &LineServer::served, this, &Simulation::holdWritten);
-    if (!line_->open(error))
-        return false;
+    line_->open();
     started_ = true;
     plant_.freeze(options_.frozen);
     plantClock_.start();
     plantTimer_.start(plantPeriodMs);
-    return true;
 }
 
 // Everything that can be wrong with the options, before there is a line.
-bool Simulation::prepare(QString* error)
+void Simulation::prepare()
 {
-    if (memory_.stations().size() != options_.stations.size() || options_.stations.empty()) {
-        if (error)
-            *error = QStringLiteral("stations are different numbers from 1 to 247");
-        return false;
-    }
+    if (memory_.stations().size() != options_.stations.size() || options_.stations.empty())
+        throw Failure("stations are different numbers from 1 to 247");
     std::vector<FaultRule> rules;
-    for (const std::string& text : options_.faults) {
-        const std::optional<FaultRule> rule = parseFaultRule(QString::fromStdString(text), error);
-        if (!rule)
-            return false;
-        rules.push_back(*rule);
-    }
+    for (const std::string& text : options_.faults)
+        rules.push_back(parseFaultRule(text));
     faults_ = Faults(rules, options_.seed);
 
-    if (!options_.loadFile.empty() &&
-        !loadValues(memory_, QString::fromStdString(options_.loadFile), error))
-        return false;
+    if (!options_.loadFile.empty())
+        loadValues(memory_, options_.loadFile);
     for (const std::string& text : options_.set) {
-        AddressRange where;
-        if (!setValues(memory_, QString::fromStdString(text), error, &where))
-            return false;
+        const AddressRange where = setValues(memory_, text);
         if (options_.holdWritten)
             plant_.hold(where.station, where.area, where.firstWord(), where.lastWord());
     }
     for (const std::string& text : options_.hold) {
-        const std::optional<AddressRange> range =
-            parseAddressRange(QString::fromStdString(text), error);
-        if (!range)
-            return false;
-        plant_.hold(range->station, range->area, range->firstWord(), range->lastWord());
+        const AddressRange range = parseAddressRange(text);
+        plant_.hold(range.station, range.area, range.firstWord(), range.lastWord());
     }
 
+    QString error;
     if (!options_.dumpFile.empty() &&
-        !mayReplaceFile(QString::fromStdString(options_.dumpFile), error))
-        return false;
+        !mayReplaceFile(QString::fromStdString(options_.dumpFile), &error))
+        throw Failure(error.toStdString());
     if (options_.logFile == "-") {
         log_.open(stdout, QIODevice::WriteOnly);
     } else if (!options_.logFile.empty()) {
         log_.setFileName(QString::fromStdString(options_.logFile));
-        if (!log_.open(QIODevice::WriteOnly)) {
-            if (error)
-                *error = QStringLiteral("%1: %2").arg(log_.fileName(), log_.errorString());
-            return false;
-        }
+        if (!log_.open(QIODevice::WriteOnly))
+            throw Failure(options_.logFile + ": " + log_.errorString().toStdString());
     }
-    return true;
 }
 
-bool Simulation::stop(QString* error)
+void Simulation::stop()
 {
     if (!started_)
-        return true;
+        return;
     started_ = false;
     plantTimer_.stop();
     line_->close();
     log_.close();
-    return options_.dumpFile.empty() ||
-           dumpValues(memory_, QString::fromStdString(options_.dumpFile), error);
+    if (!options_.dumpFile.empty())
+        dumpValues(memory_, options_.dumpFile);
 }
 
 void Simulation::letPlantLive()
 {
-    plant_.advance(static_cast<int>(std::min(plantClock_.restart(), longestPlantStepMs)));
+    plant_.advance(static_cast<int>(std::min(plantClock_.restart(), maxPlantStepMs)));
 }
 
 // Who writes a value wants to find it again.
@@ -152,36 +138,28 @@ void Simulation::holdWritten(const Answer& answer)
 
 void Simulation::log(const LineEvent& event)
 {
-    log_.write(logText(event).toUtf8() + '\n');
+    const std::string text = logText(event) + "\n";
+    log_.write(text.data(), static_cast<qint64>(text.size()));
     log_.flush();
 }
 
-QString Simulation::portName() const
+std::string Simulation::portName() const
 {
-    return line_ ? line_->portName() : QString();
+    return line_ ? line_->portName() : std::string();
 }
 
-QString Simulation::report() const
+std::string Simulation::report() const
 {
     const LineServerCounters line = line_ ? line_->counters() : LineServerCounters();
     const ControllerCounters& controller = controller_.counters();
-    return QStringLiteral("requests %1, of these answered %2, refused %3, broadcast %4, "
-                          "for other stations %5\n"
-                          "writes executed %6, bytes that were no frame %7 times\n"
-                          "bytes received %8, sent %9\n")
-               .arg(line.requests)
-               .arg(controller.answered)
-               .arg(controller.refused)
-               .arg(controller.broadcasts)
-               .arg(controller.otherStation)
-               .arg(controller.writes)
-               .arg(line.dropped)
-               .arg(line.bytesReceived)
-               .arg(line.bytesSent) +
-           QStringLiteral("faults in %1 of %2 replies: %3")
-               .arg(faults_.faulty())
-               .arg(faults_.replies())
-               .arg(faults_.report());
+    const auto text = [](std::uint64_t count) { return std::to_string(count); };
+    return "requests " + text(line.requests) + ", of these answered " + text(controller.answered) +
+           ", refused " + text(controller.refused) + ", broadcast " + text(controller.broadcasts) +
+           ", for other stations " + text(controller.otherStation) + "\nwrites executed " +
+           text(controller.writes) + ", bytes that were no frame " + text(line.dropped) +
+           " times\nbytes received " + text(line.bytesReceived) + ", sent " + text(line.bytesSent) +
+           "\nfaults in " + text(faults_.faulty()) + " of " + text(faults_.replies()) +
+           " replies: " + faults_.report();
 }
 
 Memory& Simulation::memory()

@@ -5,13 +5,11 @@
 //     options.link = "/tmp/plc";
 //     options.faults = {"flip=10%", "silence=every:7"};
 //     Simulation simulation(options);
-//     QString error;
-//     if (!simulation.start(&error))
-//         ...
-//     std::puts(qPrintable(simulation.portName()));
+//     simulation.start();
+//     std::puts(simulation.portName().c_str());
 //     app.exec();
 //     simulation.stop();
-//     std::puts(qPrintable(simulation.report()));
+//     std::puts(simulation.report().c_str());
 //
 // Lives in the thread that it was made in or moved to before start(), which needs a Qt event loop.
 #ifndef DOV417_SIMULATOR_SIMULATION_H
@@ -20,7 +18,6 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QObject>
-#include <QString>
 #include <QTimer>
 #include <cstdint>
 #include <memory>
@@ -59,14 +56,14 @@ public:
     explicit Simulation(const SimulationOptions& options, QObject* parent = nullptr);
     ~Simulation() override; // stops
 
-    // False, and a sentence in `error`, when an option is wrong or the line cannot be had.
-    bool start(QString* error);
-    // Closes the line and writes the dump. False, and a sentence in `error` (may be null), when
-    // the dump cannot be written. Once stopped, nothing happens.
-    bool stop(QString* error = nullptr);
+    // Throws a Failure when an option is wrong or the line cannot be had.
+    void start();
+    // Closes the line and writes the dump; throws a Failure when it cannot be written. Once
+    // stopped, nothing happens.
+    void stop();
 
-    QString portName() const;
-    QString report() const; // counters and faults, several lines
+    std::string portName() const;
+    std::string report() const; // counters and faults, several lines
 
     // Valid from a successful start() on, also after stop().
     Memory& memory();
@@ -76,7 +73,7 @@ public:
     LineServer& line();
 
 private:
-    bool prepare(QString* error);
+    void prepare();
     void letPlantLive();
     void holdWritten(const Answer& answer);
     void log(const LineEvent& event);

@@ -13,8 +13,8 @@ namespace {
 const char* const lineGroup = "Line";
 const char* const valueGroup = "Values";
 // More than a request can span says nothing new.
-const int maximumGap = 65535;
-const double maximumSeconds = 2e6;
+const int maxGap = 65535;
+const double maxSeconds = 2e6;
 
 } // namespace
 
@@ -42,7 +42,7 @@ void addLineOptions(CLI::App& command, LineOptions& options)
                     "How long to wait for a reply (" + std::to_string(defaultTimeoutMs) + ")")
         ->option_text("MS")
         ->group(lineGroup)
-        ->check(CLI::Range(1, maximumMs));
+        ->check(CLI::Range(1, maxMs));
     command
         .add_option("--retries", options.retries,
                     "Bad or missing replies in a row until a request is given up (" +
@@ -58,14 +58,14 @@ void addLineOptions(CLI::App& command, LineOptions& options)
                         "32-bit value in two is refused")
         ->option_text("N")
         ->group(lineGroup)
-        ->check(CLI::Range(0, maximumGap));
+        ->check(CLI::Range(0, maxGap));
     command
         .add_option("--turnaround", options.turnaroundMs,
                     "What controllers need to digest a broadcast (" +
                         std::to_string(defaultTurnaroundMs) + ")")
         ->option_text("MS")
         ->group(lineGroup)
-        ->check(CLI::Range(0, maximumMs));
+        ->check(CLI::Range(0, maxMs));
     command
         .add_option("--library", options.library,
                     "The driver library; else it is looked for next to the tool, in its library "
@@ -132,7 +132,7 @@ std::string positive(const std::string& text)
 
 std::chrono::milliseconds timerSpan(double seconds)
 {
-    const std::chrono::duration<double> span(std::min(seconds, maximumSeconds));
+    const std::chrono::duration<double> span(std::min(seconds, maxSeconds));
     return std::chrono::duration_cast<std::chrono::milliseconds>(span);
 }
 

@@ -9,6 +9,7 @@
 
 #include "live/line_setup.h"
 #include "session/items.h"
+#include "tool/exit_code.h"
 
 namespace CLI {
 class App; // its header is long: only what makes options includes it

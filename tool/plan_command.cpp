@@ -80,7 +80,7 @@ void printWarnings(const Library& library, const Planner& planner, const Plan& p
                         "refuses it with exception 3\n",
                         i + 1, request.coils() > 0 ? request.coils() : request.length,
                         request.coils() > 0 ? "coils" : "registers",
-                        request.coils() > 0 ? maximumCoils : maximumRegisters);
+                        request.coils() > 0 ? maxCoils : maxRegisters);
     }
     for (const Stretch& stretch : planner.uncovered(plan))
         std::printf("! no request reads %s: a shorter address lies inside a longer one that was "
@@ -156,7 +156,7 @@ void addPlanCommand(CLI::App& app, Action& chosen)
         ->add_option("--response-time", options->responseMs,
                      "What a controller takes before it answers (0)")
         ->option_text("MS")
-        ->check(CLI::Range(0, maximumMs));
+        ->check(CLI::Range(0, maxMs));
     addLineOptions(*command, options->line);
     command->footer(
         "Examples:\n"

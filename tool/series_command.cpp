@@ -13,7 +13,7 @@ namespace {
 // Results of intf_multiCopy().
 const int seriesClipped = 2;
 // A series longer than any area only repeats its last address.
-const int maximumCopies = 65536;
+const int maxCopies = 65536;
 
 struct SeriesOptions {
     LineOptions line;
@@ -74,7 +74,7 @@ void addSeriesCommand(CLI::App& app, Action& chosen)
     addTagOption(*command, options->tags);
     command->add_option("--count", options->count, "How many addresses (1)")
         ->option_text("N")
-        ->check(CLI::Range(0, maximumCopies));
+        ->check(CLI::Range(0, maxCopies));
     command
         ->add_option("--step", options->step,
                      "Distance of two addresses in words, or in bits of a bit type (1); -1: one "

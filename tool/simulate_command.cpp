@@ -57,7 +57,7 @@ void addSimulateCommand(CLI::App& app, Action& chosen)
         ->add_option("--response-time,--turnaround", simulation.turnaroundMs,
                      "What the controller takes before it answers (0)")
         ->option_text("MS")
-        ->check(CLI::Range(0, maximumMs));
+        ->check(CLI::Range(0, maxMs));
     command->add_flag("--strict", simulation.strict,
                       "Takes no more than 125 registers or 2000 coils in one request");
     command

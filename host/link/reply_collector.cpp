@@ -9,7 +9,7 @@ namespace {
 constexpr int exceptionLength = 5; // station, function + 128, code, CRC
 constexpr int writeReplyHead = 6;  // station, function, address, quantity or value: as requested
 constexpr int addressEnd = 4;
-constexpr int maximumCount = 255; // data bytes that the count byte of a reply can name
+constexpr int maxCount = 255; // data bytes that the count byte of a reply can name
 
 unsigned char byteAt(const QByteArray& bytes, int index)
 {
@@ -113,7 +113,7 @@ bool ReplyCollector::isAnswer(const QByteArray& frame) const
     if (!isReadFunction(byteAt(request_, 1)))
         return frame.left(writeReplyHead) == request_.left(writeReplyHead);
     const int count = replyLength_ - exceptionLength;
-    return count > maximumCount || byteAt(frame, 2) == count;
+    return count > maxCount || byteAt(frame, 2) == count;
 }
 
 // Could what is here be the front of the awaited reply, as far as it goes?
@@ -125,7 +125,7 @@ bool ReplyCollector::opensLikeAnswer() const
         return false;
     const int count = replyLength_ - exceptionLength;
     const bool countTells = isReadFunction(byteAt(request_, 1)) && pending_.size() > 2 &&
-                            byteAt(pending_, 1) == byteAt(request_, 1) && count <= maximumCount;
+                            byteAt(pending_, 1) == byteAt(request_, 1) && count <= maxCount;
     return !countTells || byteAt(pending_, 2) == count;
 }
 

@@ -17,7 +17,7 @@ constexpr int defaultTimeoutMs = 500;
 constexpr int defaultRetries = 3;
 // What controllers need to digest a broadcast.
 constexpr int defaultTurnaroundMs = 100;
-constexpr int maximumMs = 600000; // of any of these times
+constexpr int maxMs = 600000; // of any of these times
 
 struct LineSetup {
     bool simulated = false; // an own controller on a pseudo-terminal instead of a port

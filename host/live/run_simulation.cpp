@@ -2,36 +2,50 @@
 
 #include <QEventLoop>
 #include <cstdio>
+#include <string>
 
 #include "line/failure.h"
 #include "live/shutdown.h"
 
 namespace dov417 {
 
+namespace {
+
+// Why its dump could not be written; empty where it was.
+std::string stopped(simulator::Simulation& simulation)
+{
+    try {
+        simulation.stop();
+    } catch (const Failure& failure) {
+        return failure.what();
+    }
+    return std::string();
+}
+
+} // namespace
+
 void runSimulation(const simulator::SimulationOptions& options)
 {
     simulator::Simulation simulation(options);
     QEventLoop loop;
-    QString lost;
+    std::string lost;
     const Shutdown shutdown([&loop]() { loop.quit(); });
-    QString error;
-    if (!simulation.start(&error))
-        throw Failure(error.toStdString());
+    simulation.start();
     QObject::connect(&simulation.line(), &simulator::LineServer::lost, &loop,
                      [&loop, &lost](const QString& reason) {
-                         lost = reason;
+                         lost = reason.toStdString();
                          loop.quit();
                      });
     // Whoever started this waits for the line that names the port.
-    std::printf("port %s\n", qPrintable(simulation.portName()));
+    std::printf("port %s\n", simulation.portName().c_str());
     std::fflush(stdout);
     loop.exec();
-    const bool stopped = simulation.stop(&error);
-    std::printf("%s\n", qPrintable(simulation.report()));
-    if (!lost.isEmpty())
-        throw Failure(lost.toStdString());
-    if (!stopped)
-        throw Failure(error.toStdString());
+    const std::string unwritten = stopped(simulation);
+    std::printf("%s\n", simulation.report().c_str());
+    if (!lost.empty())
+        throw Failure(lost);
+    if (!unwritten.empty())
+        throw Failure(unwritten);
 }
 
 } // namespace dov417

@@ -77,7 +77,7 @@ std::vector<Address> addressesOf(const std::vector<Item>& items)
 
 void requireUntornValues(const Library& library, const std::vector<Item>& items, int gap)
 {
-    const int piece = gap < 1 ? maximumWordsOfAWrite : gap;
+    const int piece = gap < 1 ? maxWordsOfAWrite : gap;
     for (const Item& item : items)
         if (item.address.width == Width::doubleWord && piece % 2 != 0 &&
             item.address.length > piece)

@@ -9,8 +9,8 @@ namespace dov417 {
 
 namespace {
 
-constexpr std::size_t maximumHandedIn = 200; // far below the 513 at which the driver drops writes
-constexpr int queued = 1;                    // result of intf_setData() and intf_addConditionRead()
+constexpr std::size_t maxHandedIn = 200; // far below the 513 at which the driver drops writes
+constexpr int queued = 1;                // result of intf_setData() and intf_addConditionRead()
 const char* const notTaken = "the driver does not take it";
 
 // It has to be read first, and nobody answers a broadcast: the driver would wait for ever.
@@ -54,7 +54,7 @@ bool PendingRequests::feed()
 bool PendingRequests::feedWrites()
 {
     bool fed = false;
-    while (!waitingWrites_.empty() && handedInWrites_.size() < maximumHandedIn) {
+    while (!waitingWrites_.empty() && handedInWrites_.size() < maxHandedIn) {
         Ticket next = waitingWrites_.front();
         const bool equalUnderWay =
             std::any_of(handedInWrites_.begin(), handedInWrites_.end(), [&next](const auto& entry) {

@@ -7,8 +7,8 @@ namespace dov417 {
 
 namespace {
 
-constexpr int maximumRead = 125; // words in one read request
-constexpr int maximumPlan = 128; // words in one request of the driver's plan
+constexpr int maxRead = 125; // words in one read request
+constexpr int maxPlan = 128; // words in one request of the driver's plan
 constexpr int bitsPerWord = 16;
 constexpr int doubleWordLength = 2;
 constexpr int bytesPerWord = 2;
@@ -47,7 +47,7 @@ std::vector<Write> writePieces(const Address& address, const std::vector<unsigne
     std::vector<Write> pieces;
     auto from = data.begin();
     for (const Address& piece :
-         cut(address, bits ? 1 : pieceLength(address, maximumWordsOfAWrite, gap))) {
+         cut(address, bits ? 1 : pieceLength(address, maxWordsOfAWrite, gap))) {
         const auto end = from + static_cast<std::ptrdiff_t>(piece.length) * bytesPerUnit;
         pieces.push_back({piece, {from, end}});
         from = end;
@@ -69,14 +69,14 @@ Address wordsOf(const Address& address)
 
 std::vector<Address> readPieces(const Address& address, int gap)
 {
-    return cut(wordsOf(address), pieceLength(address, maximumRead, gap));
+    return cut(wordsOf(address), pieceLength(address, maxRead, gap));
 }
 
 std::vector<Address> watchPieces(const Address& address)
 {
     // The first bit may lie within its word.
     const bool bits = address.width == Width::bit;
-    return cut(address, bits ? (maximumPlan - 1) * bitsPerWord : maximumPlan);
+    return cut(address, bits ? (maxPlan - 1) * bitsPerWord : maxPlan);
 }
 
 } // namespace dov417

@@ -9,7 +9,7 @@
 namespace dov417 {
 
 // What one write of the Modbus protocol carries: the driver's limit where the gap sets none.
-constexpr int maximumWordsOfAWrite = 123;
+constexpr int maxWordsOfAWrite = 123;
 
 // What the driver is handed as one write: one bit, or words that stay together.
 struct Write {

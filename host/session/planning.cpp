@@ -20,7 +20,7 @@ const int bitsPerWord = 16;
 const int readReplyHead = 3;
 const int crcLength = 2;
 // A merged request spans at most this many words, so that no wider hole can be bridged.
-const int longestRequest = 128;
+const int maxRequest = 128;
 
 // One station's one area.
 using Place = std::pair<int, std::string>;
@@ -110,7 +110,7 @@ private:
 // apart cannot be seen any more: there every gap is tried.
 int nextGap(const Plan& plan, int gap)
 {
-    int next = longestRequest;
+    int next = maxRequest;
     for (std::size_t i = 1; i < plan.requests.size(); ++i) {
         const PlannedRequest& a = plan.requests[i - 1];
         const PlannedRequest& b = plan.requests[i];
@@ -151,7 +151,7 @@ int PlannedRequest::coils() const
 
 bool PlannedRequest::isAboveLimit() const
 {
-    return coils() > 0 ? coils() > maximumCoils : length > maximumRegisters;
+    return coils() > 0 ? coils() > maxCoils : length > maxRegisters;
 }
 
 Planner::Planner(const Library& library, const std::vector<Address>& addresses,
@@ -187,7 +187,7 @@ std::vector<GapOutcome> Planner::outcomes() const
 {
     std::vector<GapOutcome> outcomes;
     Plan before;
-    for (int gap = 0; gap < longestRequest;) {
+    for (int gap = 0; gap < maxRequest;) {
         const Plan now = plan(gap);
         if (outcomes.empty() || !samePlan(before, now)) {
             GapOutcome outcome;

@@ -14,8 +14,8 @@
 namespace dov417 {
 
 // What the Modbus application protocol lets a strict controller answer.
-const int maximumRegisters = 125;
-const int maximumCoils = 2000;
+const int maxRegisters = 125;
+const int maxCoils = 2000;
 
 struct PlannedRequest {
     int station;

@@ -41,7 +41,7 @@ RecipeLayout layOutRecipe(const std::vector<Address>& addresses)
     RecipeLayout layout;
     for (const Address& run : joinTouching(addresses)) {
         // Even pieces, so that no 32-bit value is cut in two.
-        const int piece = maximumWordsOfAWrite - maximumWordsOfAWrite % 2;
+        const int piece = maxWordsOfAWrite - maxWordsOfAWrite % 2;
         for (int done = 0; done < run.length; done += piece) {
             RecipeRecord record;
             record.address = run;

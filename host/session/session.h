@@ -5,9 +5,9 @@
 //
 // It lives in one thread with everything below it, which may be another than a window's: it is
 // made, called and destroyed there, and what it tells other threads goes through queued
-// connections. No call throws. Listeners and done functions are called from that thread's event
-// loop and may call everything here (to destroy the session they use deleteLater()); they must not
-// throw.
+// connections. No call throws but the constructor. Listeners and done functions are called from
+// that thread's event loop and may call everything here (to destroy the session they use
+// deleteLater()); they must not throw.
 #ifndef DOV417_SESSION_SESSION_H
 #define DOV417_SESSION_SESSION_H
 

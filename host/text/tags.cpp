@@ -26,7 +26,7 @@ const std::array<const char*, columnCount> columnNames = {"name",  "station", "r
 const std::array<Column, 3> neededColumns = {nameColumn, registerColumn, addressColumn};
 
 // No register type has more units.
-const int maximumValues = 65536;
+const int maxValues = 65536;
 
 struct Row {
     int line;
@@ -187,9 +187,9 @@ int countOf(const std::string& text)
     int count = 0;
     const char* end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, count);
-    if (error != std::errc() || stop != end || count < 1 || count > maximumValues)
+    if (error != std::errc() || stop != end || count < 1 || count > maxValues)
         throw UsageFailure("'" + text + "' is no number of values: 1 to " +
-                           std::to_string(maximumValues));
+                           std::to_string(maxValues));
     return count;
 }
 

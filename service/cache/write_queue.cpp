@@ -56,7 +56,7 @@ void queueWrite(const RegisterType& type, int station, int address, int length,
     whole.length = length;
     whole.bitFlag = bits ? -1 : 0;
     if (length > 0) {
-        memcpy(whole.data, data, static_cast<size_t>(length * bytesPerUnit));
+        memcpy(whole.data, data, static_cast<size_t>(length) * static_cast<size_t>(bytesPerUnit));
     }
     const int limit = pieceLimit(whole.bitFlag);
     QList<KEY_ADDRESS> pieces;

@@ -79,7 +79,7 @@ QVector<Run> normalisedRuns(const QList<KEY_ADDRESS>& keys, int mode)
 
 Run runOf(const KEY_ADDRESS& key, int opener)
 {
-    const Run run = {key.stationNo, key.regName, key.address, key.length, opener};
+    Run run = {key.stationNo, key.regName, key.address, key.length, opener};
     return run;
 }
 

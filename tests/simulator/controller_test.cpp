@@ -278,7 +278,7 @@ TEST_F(ControllerTest, AnswersWhateverComesWithAFrameOfThatStationOrNotAtAll)
 TEST_F(ControllerTest, TellsWhatItDidWithAFrame)
 {
     const auto told = [this](const char* request) {
-        return text(describe(controller.serve(bytesOf(request))));
+        return describe(controller.serve(bytesOf(request)));
     };
     EXPECT_EQ(told("01 03 05 0A 00 01 A4 C4"), "station 1 reads register 1290");
     EXPECT_EQ(told("01 01 10 20 00 30 39 14"), "station 1 reads coils 4128 to 4175");

@@ -19,10 +19,7 @@ public:
         thread_.start();
         inServer_.moveToThread(&thread_);
         simulation_->moveToThread(&thread_);
-        inServer([this]() {
-            QString error;
-            EXPECT_TRUE(simulation_->start(&error)) << error.toStdString();
-        });
+        inServer([this]() { EXPECT_EQ(complaint([this]() { simulation_->start(); }), ""); });
     }
     ~ServedLine()
     {
@@ -51,9 +48,9 @@ public:
     }
     std::string port()
     {
-        QString name;
+        std::string name;
         inServer([&]() { name = simulation_->portName(); });
-        return name.toStdString();
+        return name;
     }
 
 private:

@@ -22,7 +22,7 @@ TEST_F(LineServerReplies, LogsRequestsRepliesAndWhatHappenedToThem)
     std::vector<std::string> meanings;
     for (const LineEvent& event : events) {
         if (event.kind != LineEvent::notice)
-            meanings.push_back(event.meaning.toStdString());
+            meanings.push_back(event.meaning);
     }
     EXPECT_EQ(meanings, (std::vector<std::string>{
                             "station 1 reads register 1290", "reply",
@@ -32,8 +32,8 @@ TEST_F(LineServerReplies, LogsRequestsRepliesAndWhatHappenedToThem)
     event.kind = LineEvent::received;
     event.timeNs = 12345678;
     event.bytes = bytesOf(readRequest);
-    event.meaning = QStringLiteral("meaning");
-    EXPECT_EQ(text(logText(event)), "    0.012346 <- 01 03 05 0A 00 01 A4 C4  meaning");
+    event.meaning = "meaning";
+    EXPECT_EQ(logText(event), "    0.012346 <- 01 03 05 0A 00 01 A4 C4  meaning");
 }
 
 TEST_F(LineServerReplies, WithholdsASilencedReplyAndGoesOn)
@@ -106,7 +106,7 @@ TEST_F(LineServerReplies, PacedKeepsARequestThatTakesLongerThanTheSilence)
 {
     options.paced = true;
     options.line.baudRate = 300;
-    options.leastSilenceMs = 0; // 128 ms of the line
+    options.minSilenceMs = 0; // 128 ms of the line
     start();
     MasterEnd master(server->portName());
     // The first 9 characters take 330 ms, the other 12 follow for 440 ms: when the second request
@@ -123,7 +123,7 @@ TEST_F(LineServerReplies, PacedKeepsARequestWhoseEndBeganInTime)
 {
     options.paced = true;
     options.line.baudRate = 300;
-    options.leastSilenceMs = 400;
+    options.minSilenceMs = 400;
     start();
     MasterEnd master(server->portName());
     // The beginning has arrived when the first request is served; the end then takes 440 ms.

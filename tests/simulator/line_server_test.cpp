@@ -4,6 +4,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <fcntl.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <termios.h>
 #include <unistd.h>
@@ -12,6 +13,9 @@
 
 namespace dov417::simulator {
 namespace {
+
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
 
 TEST_F(LineServerTest, AnswersOnAPseudoTerminalOfItsOwn)
 {
@@ -41,7 +45,7 @@ TEST_F(LineServerTest, PassesEveryByteValueUnchanged)
 
 TEST_F(LineServerTest, TakesARequestThatComesByteByByte)
 {
-    options.leastSilenceMs = 60000; // the test may be slow
+    options.minSilenceMs = 60000; // the test may be slow
     start();
     MasterEnd master(server->portName());
     const QByteArray request = bytesOf(readRequest);
@@ -168,8 +172,7 @@ TEST_F(LineServerTest, IsRawAgainAfterAMasterThatWasNot)
     start();
     {
         // A terminal that somebody left in its everyday mode would echo and edit what it gets.
-        const int descriptor =
-            ::open(QFile::encodeName(server->portName()).constData(), O_RDWR | O_NOCTTY);
+        const int descriptor = ::open(server->portName().c_str(), O_RDWR | O_NOCTTY);
         termios everyday{};
         ASSERT_EQ(tcgetattr(descriptor, &everyday), 0);
         everyday.c_lflag |= ICANON | ECHO;
@@ -184,19 +187,18 @@ TEST_F(LineServerTest, IsRawAgainAfterAMasterThatWasNot)
 
 TEST_F(LineServerTest, HangsUpWhenItIsClosedAndComesBackUnderTheSameLink)
 {
-    options.link = folder.filePath(QStringLiteral("plc"));
+    options.link = inFolder("plc");
     start();
     EXPECT_EQ(server->portName(), options.link);
     {
         MasterEnd master(options.link);
         server->close();
         EXPECT_TRUE(master.isHungUp());
-        EXPECT_FALSE(QFileInfo(options.link).isSymLink());
+        EXPECT_FALSE(linkInFolder("plc").isSymLink());
         EXPECT_FALSE(server->isOpen());
-        EXPECT_EQ(text(server->portName()), "");
+        EXPECT_EQ(server->portName(), "");
     }
-    QString error;
-    ASSERT_TRUE(server->open(&error)) << text(error);
+    ASSERT_EQ(complaint([this]() { server->open(); }), "");
     MasterEnd master(options.link);
     master.send(bytesOf(readRequest));
     EXPECT_EQ(hexOf(master.receive(7)), readReply);
@@ -204,13 +206,13 @@ TEST_F(LineServerTest, HangsUpWhenItIsClosedAndComesBackUnderTheSameLink)
 
 TEST_F(LineServerTest, MayBeClosedAndReopenedByWhoeverHearsOfARequest)
 {
-    options.link = folder.filePath(QStringLiteral("plc"));
+    options.link = inFolder("plc");
     start();
     int served = 0;
     QObject::connect(server.get(), &LineServer::served, server.get(), [&](const Answer&) {
         if (++served == 1) {
             server->close();
-            server->open(nullptr);
+            server->open();
         }
     });
     {
@@ -227,72 +229,66 @@ TEST_F(LineServerTest, MayBeClosedAndReopenedByWhoeverHearsOfARequest)
 
 TEST_F(LineServerTest, ReplacesAStaleLinkButNothingElse)
 {
-    options.link = folder.filePath(QStringLiteral("plc"));
-    ASSERT_TRUE(QFile::link(QStringLiteral("/dev/pts/none"), options.link));
+    options.link = inFolder("plc");
+    ASSERT_TRUE(QFile::link(QStringLiteral("/dev/pts/none"), QString::fromStdString(options.link)));
     start();
-    EXPECT_TRUE(QFileInfo::exists(options.link));
+    EXPECT_TRUE(linkInFolder("plc").exists());
     server.reset();
-    EXPECT_FALSE(QFileInfo(options.link).isSymLink());
+    EXPECT_FALSE(linkInFolder("plc").isSymLink());
 
-    QFile file(options.link);
+    QFile file(QString::fromStdString(options.link));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     file.write("precious");
     file.close();
     LineServer other(controller, faults, options);
-    QString error;
-    EXPECT_FALSE(other.open(&error));
-    EXPECT_TRUE(error.contains(options.link)) << text(error);
-    EXPECT_EQ(QFileInfo(options.link).size(), 8);
+    EXPECT_EQ(complaint([&other]() { other.open(); }),
+              options.link + ": there is something that is no symbolic link");
+    EXPECT_EQ(linkInFolder("plc").size(), 8);
 }
 
 TEST_F(LineServerTest, LeavesTheLinkOfALivingControllerAlone)
 {
-    options.link = folder.filePath(QStringLiteral("plc"));
+    options.link = inFolder("plc");
     start();
-    const QString device = QFile::symLinkTarget(options.link);
+    const std::string device = linkInFolder("plc").symLinkTarget().toStdString();
     LineServer second(controller, faults, options);
-    QString error;
-    EXPECT_FALSE(second.open(&error));
-    EXPECT_TRUE(error.startsWith(options.link + QStringLiteral(" leads to ") + device))
-        << text(error);
-    EXPECT_EQ(text(QFile::symLinkTarget(options.link)), text(device));
+    EXPECT_EQ(complaint([&second]() { second.open(); }),
+              options.link + " leads to " + device +
+                  "; if that is no controller, remove the link first");
+    EXPECT_EQ(linkInFolder("plc").symLinkTarget().toStdString(), device);
 }
 
 TEST_F(LineServerTest, SaysWhyALineCannotBeHad)
 {
-    options.device = folder.filePath(QStringLiteral("none"));
+    options.device = inFolder("none");
     LineServer missing(controller, faults, options);
-    QString error;
-    EXPECT_FALSE(missing.open(&error));
-    EXPECT_TRUE(error.startsWith(options.device + QLatin1String(": No such file"))) << text(error);
+    EXPECT_THAT(complaint([&]() { missing.open(); }),
+                StartsWith(options.device + ": No such file"));
 
-    options.device = QStringLiteral("/dev/null");
+    options.device = "/dev/null";
     LineServer noTerminal(controller, faults, options);
-    EXPECT_FALSE(noTerminal.open(&error));
-    EXPECT_TRUE(error.startsWith(QLatin1String("/dev/null: "))) << text(error);
+    EXPECT_THAT(complaint([&]() { noTerminal.open(); }), StartsWith("/dev/null: "));
 
     options.line.baudRate = 12345;
     LineServer oddRate(controller, faults, options);
-    EXPECT_FALSE(oddRate.open(&error));
-    EXPECT_TRUE(error.contains(QLatin1String("12345"))) << text(error);
+    EXPECT_THAT(complaint([&]() { oddRate.open(); }), HasSubstr("12345"));
 
     options.device.clear();
-    options.link = folder.filePath(QStringLiteral("no/such/folder/plc"));
+    options.link = inFolder("no/such/folder/plc");
     LineServer noLink(controller, faults, options);
-    EXPECT_FALSE(noLink.open(&error));
+    EXPECT_NE(complaint([&]() { noLink.open(); }), "");
     EXPECT_FALSE(noLink.isOpen());
 }
 
 TEST_F(LineServerTest, ServesADeviceAndTellsWhenItIsGone)
 {
     LinePort cable; // its other end is the device
-    QString error;
-    ASSERT_TRUE(cable.openPseudoTerminal(QString(), &error)) << text(error);
+    ASSERT_EQ(complaint([&]() { cable.openPseudoTerminal(""); }), "");
     options.device = cable.name();
     start();
-    QString reason;
+    std::string reason;
     QObject::connect(server.get(), &LineServer::lost, server.get(),
-                     [&](const QString& text) { reason = text; });
+                     [&](const QString& text) { reason = text.toStdString(); });
     cable.write(bytesOf(readRequest));
     QByteArray received;
     ASSERT_TRUE(waitFor([&]() {
@@ -303,8 +299,8 @@ TEST_F(LineServerTest, ServesADeviceAndTellsWhenItIsGone)
     EXPECT_EQ(hexOf(received), readReply);
 
     cable.close();
-    ASSERT_TRUE(waitFor([&]() { return !reason.isEmpty(); }));
-    EXPECT_EQ(text(reason), text(options.device + QLatin1String(" is gone")));
+    ASSERT_TRUE(waitFor([&]() { return !reason.empty(); }));
+    EXPECT_EQ(reason, options.device + " is gone");
     EXPECT_FALSE(server->isOpen());
 }
 

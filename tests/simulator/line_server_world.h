@@ -2,6 +2,7 @@
 #ifndef DOV417_TESTS_SIMULATOR_LINE_SERVER_WORLD_H
 #define DOV417_TESTS_SIMULATOR_LINE_SERVER_WORLD_H
 
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 #include <memory>
@@ -27,12 +28,11 @@ protected:
     void start(const char* fault = nullptr)
     {
         if (fault)
-            faults = Faults({parseFaultRule(QLatin1String(fault), nullptr).value()});
+            faults = Faults({parseFaultRule(fault)});
         server = std::make_unique<LineServer>(controller, faults, options);
         QObject::connect(server.get(), &LineServer::logged, server.get(),
                          [this](const LineEvent& event) { events.push_back(event); });
-        QString error;
-        ASSERT_TRUE(server->open(&error)) << error.toStdString();
+        ASSERT_EQ(complaint([this]() { server->open(); }), "");
     }
 
     std::size_t countOf(LineEvent::Kind kind) const
@@ -50,11 +50,21 @@ protected:
     {
         return waitFor([&]() {
             for (const LineEvent& event : events) {
-                if (event.kind == LineEvent::notice && event.meaning == QLatin1String(text))
+                if (event.kind == LineEvent::notice && event.meaning == text)
                     return true;
             }
             return false;
         });
+    }
+
+    std::string inFolder(const char* name) const
+    {
+        return folder.filePath(QLatin1String(name)).toStdString();
+    }
+
+    QFileInfo linkInFolder(const char* name) const
+    {
+        return QFileInfo(folder.filePath(QLatin1String(name)));
     }
 
     QTemporaryDir folder;

@@ -2,6 +2,7 @@
 
 #include <QFile>
 #include <QTemporaryDir>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "support.h"
@@ -9,12 +10,11 @@
 namespace dov417::simulator {
 namespace {
 
+using ::testing::HasSubstr;
+
 AddressRange rangeOf(const char* text)
 {
-    QString error;
-    const auto range = parseAddressRange(QLatin1String(text), &error);
-    EXPECT_TRUE(range.has_value()) << error.toStdString();
-    return range.value_or(AddressRange());
+    return parseAddressRange(text);
 }
 
 TEST(AddressRange, NamesWordsAndBitsOfAStation)
@@ -75,9 +75,7 @@ TEST(AddressRange, IsRefusedWithAReasonWhereItIsNone)
                             "T:128",
                             "C:128",
                             "I_W:128"}) {
-        QString error;
-        EXPECT_FALSE(parseAddressRange(QLatin1String(bad), &error).has_value()) << bad;
-        EXPECT_FALSE(error.isEmpty()) << bad;
+        EXPECT_NE(complaint([&] { parseAddressRange(bad); }), "") << bad;
     }
 }
 
@@ -85,23 +83,31 @@ class SetLoadTest : public testing::Test {
 protected:
     bool set(const char* assignment)
     {
-        return setValues(memory, QLatin1String(assignment), &error);
+        error = complaint([&] { setValues(memory, assignment); });
+        return error.empty();
     }
-    QString fileWith(const char* content)
+    std::string fileWith(const char* content)
     {
-        const QString name = folder.filePath(QStringLiteral("values.json"));
-        QFile file(name);
+        const std::string name = inFolder("values.json");
+        QFile file(QString::fromStdString(name));
         EXPECT_TRUE(file.open(QIODevice::WriteOnly));
         file.write(content);
         return name;
     }
     bool load(const char* content)
     {
-        return loadValues(memory, fileWith(content), &error);
+        const std::string file = fileWith(content);
+        error = complaint([&] { loadValues(memory, file); });
+        return error.empty();
+    }
+
+    std::string inFolder(const char* name) const
+    {
+        return folder.filePath(QLatin1String(name)).toStdString();
     }
 
     QTemporaryDir folder;
-    QString error;
+    std::string error; // of the latest call
     Memory memory{{1, 2}};
     StationMemory& one = *memory.station(1);
     StationMemory& two = *memory.station(2);
@@ -170,8 +176,7 @@ TEST_F(SetLoadTest, FillsARangeWithOneValueOrGivesEachPlaceItsOwn)
 
 TEST_F(SetLoadTest, TellsWhatWasSet)
 {
-    AddressRange where;
-    EXPECT_TRUE(setValues(memory, QStringLiteral("2/R_W:200=4,5,6"), &error, &where));
+    const AddressRange where = setValues(memory, "2/R_W:200=4,5,6");
     EXPECT_EQ(where.station, 2);
     EXPECT_EQ(where.first, 200);
     EXPECT_EQ(where.last, 202);
@@ -184,9 +189,7 @@ TEST_F(SetLoadTest, RefusesWithAReasonAndChangesNothing)
           "R_W:100=0x10000", "R_W:100=0x-1", "M_bit:1.5=2", "M_bit:1.5=-1", "R_D:100=4294967296",
           "R_D:100=1e99", "R_W:100..102=1,2", "R_W:100..101=1,2,3", "R_W:3999=1,2", "R_W:100=1,,3",
           "3/R_W:100=1", "R_W:100=1 2"}) {
-        error.clear();
         EXPECT_FALSE(set(bad)) << bad;
-        EXPECT_FALSE(error.isEmpty()) << bad;
     }
     for (int word = 0; word < 4000; ++word)
         ASSERT_EQ(one.word(Area::R, word), 0) << word;
@@ -200,7 +203,7 @@ TEST_F(SetLoadTest, LoadsAFileAndTouchesNothingElse)
                                  "M_bit": { "1.5": true, "2.0": [1, 0, 1] },
                                  "R_D": { "300": 12.5 } },
                           "2": { "T": { "5": 6 } } })"))
-        << text(error);
+        << error;
     EXPECT_EQ(one.word(Area::R, 100), 1);
     EXPECT_EQ(one.word(Area::R, 102), 255);
     EXPECT_EQ(one.word(Area::R, 103), 99);
@@ -220,9 +223,8 @@ TEST_F(SetLoadTest, RefusesAFileWithAMistakeWhole)
           R"({"1": {"R_W": {"0": 1}}, "3": {"R_W": {"0": 1}}})",
           R"({"1": {"R_W": {"0": [1, [2]]}}})", R"({"1": {"R_W": {"0": []}}})",
           R"({"1": {"R_W": {"0": 1}})"}) {
-        error.clear();
         EXPECT_FALSE(load(bad)) << bad;
-        EXPECT_TRUE(error.contains(QLatin1String("values.json: "))) << bad << text(error);
+        EXPECT_THAT(error, HasSubstr("values.json: ")) << bad;
         EXPECT_EQ(one.word(Area::R, 0), 0) << bad;
     }
 }
@@ -230,13 +232,12 @@ TEST_F(SetLoadTest, RefusesAFileWithAMistakeWhole)
 TEST_F(SetLoadTest, SaysWhereAFileIsNoJson)
 {
     EXPECT_FALSE(load("{\n  \"1\": {,}\n}"));
-    EXPECT_TRUE(error.contains(QLatin1String("line 2, column 9"))) << text(error);
+    EXPECT_THAT(error, HasSubstr("line 2, column 9"));
 }
 
 TEST_F(SetLoadTest, SaysWhichFileCannotBeRead)
 {
-    EXPECT_FALSE(loadValues(memory, folder.filePath(QStringLiteral("none")), &error));
-    EXPECT_TRUE(error.contains(QLatin1String("none: "))) << text(error);
+    EXPECT_THAT(complaint([this] { loadValues(memory, inFolder("none")); }), HasSubstr("none: "));
 }
 
 TEST_F(SetLoadTest, DumpsRunsOfValuesThatLoadAgain)
@@ -245,10 +246,10 @@ TEST_F(SetLoadTest, DumpsRunsOfValuesThatLoadAgain)
     set("R_W:3999=65535");
     set("I_bit:127.15=1");
     set("2/C:0=9");
-    const QString name = folder.filePath(QStringLiteral("dump.json"));
-    ASSERT_TRUE(dumpValues(memory, name, &error)) << text(error);
+    const std::string name = inFolder("dump.json");
+    ASSERT_EQ(complaint([&] { dumpValues(memory, name); }), "");
 
-    QFile file(name);
+    QFile file(QString::fromStdString(name));
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     QByteArray content = file.readAll();
     content.replace(' ', "").replace('\n', "");
@@ -257,7 +258,7 @@ TEST_F(SetLoadTest, DumpsRunsOfValuesThatLoadAgain)
               R"("2":{"C":{"0":[9]}}})");
 
     Memory again({1, 2});
-    ASSERT_TRUE(loadValues(again, name, &error)) << text(error);
+    ASSERT_EQ(complaint([&] { loadValues(again, name); }), "");
     EXPECT_EQ(again.station(1)->word(Area::R, 102), 3);
     EXPECT_EQ(again.station(1)->word(Area::R, 3999), 65535);
     EXPECT_TRUE(again.station(1)->bit(Area::I, 127, 15));
@@ -266,8 +267,7 @@ TEST_F(SetLoadTest, DumpsRunsOfValuesThatLoadAgain)
 
 TEST_F(SetLoadTest, SaysWhyADumpCannotBeWritten)
 {
-    EXPECT_FALSE(dumpValues(memory, folder.filePath(QStringLiteral("no/such/folder")), &error));
-    EXPECT_FALSE(error.isEmpty());
+    EXPECT_NE(complaint([this] { dumpValues(memory, inFolder("no/such/folder")); }), "");
 }
 
 } // namespace

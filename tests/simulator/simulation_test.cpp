@@ -13,16 +13,14 @@ protected:
     void start()
     {
         simulation = std::make_unique<Simulation>(options);
-        QString error;
-        ASSERT_TRUE(simulation->start(&error)) << error.toStdString();
+        ASSERT_EQ(complaint([this] { simulation->start(); }), "");
     }
     std::string refusal()
     {
         Simulation refused(options);
-        QString error;
-        EXPECT_FALSE(refused.start(&error));
-        EXPECT_FALSE(error.isEmpty());
-        return error.toStdString();
+        std::string reason = complaint([&refused] { refused.start(); });
+        EXPECT_NE(reason, "");
+        return reason;
     }
     std::string inFolder(const char* name)
     {
@@ -41,7 +39,7 @@ TEST_F(SimulationTest, ServesWhatWasSetAndReportsIt)
     options.faults = {"echo=every:2"};
     options.set = {"R_W:10=0x1234", "2/R_W:10=1"};
     start();
-    EXPECT_EQ(text(simulation->portName()), options.link);
+    EXPECT_EQ(simulation->portName(), options.link);
     {
         MasterEnd master(simulation->portName());
         master.send(bytesOf("01 03 05 0A 00 01 A4 C4"));
@@ -50,7 +48,7 @@ TEST_F(SimulationTest, ServesWhatWasSetAndReportsIt)
         EXPECT_EQ(hexOf(master.receive(15)), "02 03 05 0A 00 01 A4 F7 02 03 02 00 01 3D 84");
     }
     simulation->stop();
-    EXPECT_EQ(text(simulation->report()),
+    EXPECT_EQ(simulation->report(),
               "requests 2, of these answered 2, refused 0, broadcast 0, for other stations 0\n"
               "writes executed 0, bytes that were no frame 0 times\n"
               "bytes received 16, sent 22\n"
@@ -121,13 +119,12 @@ TEST_F(SimulationTest, LoadsBeforeItSetsAndDumpsWhenItStops)
     in.close();
     options.set = {"R_W:101=9"};
     start();
-    QString error;
-    ASSERT_TRUE(simulation->stop(&error)) << text(error);
+    ASSERT_EQ(complaint([this] { simulation->stop(); }), "");
     QFile out(QString::fromStdString(options.dumpFile));
     ASSERT_TRUE(out.open(QIODevice::ReadOnly));
     EXPECT_EQ(out.readAll().simplified().replace(" ", "").toStdString(),
               R"({"1":{"R_W":{"100":[1,9]}}})");
-    EXPECT_TRUE(simulation->stop(&error)); // once stopped, nothing happens
+    EXPECT_EQ(complaint([this] { simulation->stop(); }), ""); // once stopped, nothing happens
 }
 
 TEST_F(SimulationTest, WritesEveryFrameToItsLog)

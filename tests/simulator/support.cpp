@@ -2,7 +2,6 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QTimer>
 #include <cerrno>
 #include <fcntl.h>
@@ -43,10 +42,10 @@ bool waitFor(const std::function<bool()>& condition)
     return true;
 }
 
-MasterEnd::MasterEnd(const QString& port)
-    : descriptor_(::open(QFile::encodeName(port).constData(), O_RDWR | O_NOCTTY | O_NONBLOCK))
+MasterEnd::MasterEnd(const std::string& port)
+    : descriptor_(::open(port.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK))
 {
-    EXPECT_GE(descriptor_, 0) << port.toStdString();
+    EXPECT_GE(descriptor_, 0) << port;
 }
 
 MasterEnd::~MasterEnd()

@@ -3,9 +3,10 @@
 #define DOV417_TESTS_SIMULATOR_SUPPORT_H
 
 #include <QByteArray>
-#include <QString>
 #include <functional>
 #include <string>
+
+#include "line/failure.h"
 
 namespace dov417 {
 
@@ -19,7 +20,7 @@ bool waitFor(const std::function<bool()>& condition);
 // The master's end of a line, in the thread and event loop of the test.
 class MasterEnd {
 public:
-    explicit MasterEnd(const QString& port);
+    explicit MasterEnd(const std::string& port);
     ~MasterEnd();
     MasterEnd(const MasterEnd&) = delete;
     MasterEnd& operator=(const MasterEnd&) = delete;
@@ -37,10 +38,16 @@ private:
     QByteArray received_;
 };
 
-// Googletest prints a QString as a list of numbers.
-inline std::string text(const QString& string)
+// What a call complains of; "" where it does not.
+template <typename Call>
+std::string complaint(Call call)
 {
-    return string.toStdString();
+    try {
+        call();
+    } catch (const Failure& failure) {
+        return failure.what();
+    }
+    return std::string();
 }
 
 } // namespace dov417

@@ -307,7 +307,7 @@ void Soak::report() const
                 static_cast<unsigned long long>(tally_.transactions),
                 static_cast<unsigned long long>(tally_.accepted),
                 static_cast<unsigned long long>(tally_.bad),
-                static_cast<unsigned long long>(tally_.abandoned), qPrintable(faults_.report()));
+                static_cast<unsigned long long>(tally_.abandoned), faults_.report().c_str());
     std::printf("frames: %llu of writes, %llu of condition reads, %llu of cyclic reads, %llu and "
                 "%llu of recipes down and up\n",
                 static_cast<unsigned long long>(tally_.byKind[2]),

@@ -102,11 +102,11 @@ TEST_F(APlanProcess, SaysWhatAPlannerSaysWhileASessionPolls)
     LineSettings line;
     line.device = QString::fromStdString(controller.port());
     long long cycles = 0;
-    SessionEvents events;
-    events.cycleEnded = [&cycles](long long count) { cycles = count; };
-    Session session(library, {3, 20}, line, events, RunnerEvents());
+    Session session(library, {3, 20});
+    QObject::connect(&session, &Session::cycleEnded, &session,
+                     [&cycles](long long count) { cycles = count; });
+    ASSERT_TRUE(session.open(line).accepted);
     session.watch({parseAddress(library, "R_W:500")});
-    session.runner().start();
     ASSERT_TRUE(waitUntil([&cycles]() { return cycles > 0; }));
 
     startPlanning();

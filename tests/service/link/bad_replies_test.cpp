@@ -275,4 +275,41 @@ TEST_F(UnawaitedReplies, ToTheWriteBackOfABitWriteLeaveItAsItWasPatched)
     EXPECT_TRUE(driver.writeList.isEmpty());
 }
 
+class LateReplies : public DriverTest {};
+
+TEST_F(LateReplies, LateReplyOfAnAbandonedReadIsRefusedByAReadOfAnotherLength)
+{
+    configure("7#0#0#1#0");
+    plan({key("R_W", 0, 1), key("R_W", 100, 3)});
+    EXPECT_EQ(poll(), "01 03 05 00 00 01 84 C6");
+    EXPECT_EQ(reply(QByteArray()), 2);
+    EXPECT_EQ(poll(), "01 03 05 64 00 03 44 D8");
+    EXPECT_EQ(reply(withCrc("01 03 02 12 34")), 2);
+    EXPECT_EQ(read("R_W", 0, 1), "00 00");
+    EXPECT_EQ(read("R_W", 100, 3), "00 00 00 00 00 00");
+}
+
+TEST_F(LateReplies, LateReplyOfAReadDoesNotPassForTheEchoOfAWrite)
+{
+    configure("7#0#0#3#0");
+    plan({key("R_W", 0, 2)});
+    poll();
+    write("R_W", 50, 1, "34 12");
+    for (int i = 0; i < 3; ++i) {
+        reply(QByteArray());
+    }
+    EXPECT_EQ(poll(), "01 06 05 32 12 34 25 BE");
+    EXPECT_EQ(reply(withCrc("01 03 04 12 34 56 78")), 8);
+    EXPECT_EQ(driver.writeList.size(), 1);
+}
+
+TEST_F(LateReplies, LateReplyAfterAResetIsNobodys)
+{
+    plan({key("R_W", 0, 1)});
+    poll();
+    configure();
+    EXPECT_EQ(reply(withCrc("01 03 02 12 34")), 0);
+    EXPECT_TRUE(driver.dataAreas.isEmpty());
+}
+
 } // namespace

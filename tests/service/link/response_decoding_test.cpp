@@ -1,6 +1,7 @@
 // From the bytes of a good read reply to the cache and to what the host is told.
 #include <gmock/gmock.h>
 
+#include "link/decoding.h"
 #include "link/response_handling.h"
 #include "uncalled_functions.h"
 #include "world.h"
@@ -339,6 +340,23 @@ TEST_F(ResponseDecoding, TheLengthOfAMixedReplyIsAlwaysZero)
 {
     EXPECT_EQ(allMix_GetRecvLenFromReadList(QList<VARIABLE>()), 0);
     EXPECT_EQ(allMix_GetRecvLenFromReadList({request("R_W", 1, 5), request("T", 1, 5)}), 0);
+}
+
+class EdgesOfDecoding : public DriverTest {};
+
+TEST_F(EdgesOfDecoding, TheFirstRegisterTypeOfTheTableIsDecodedLikeTheOthers)
+{
+    analyzeFrameOfVal(withCrc("01 01 02 CD AB"), 1, 3, request("I_bit", 4, 1));
+    EXPECT_EQ(read("I_W", 4, 1), "CD AB");
+}
+
+// The second word is new, but the two bytes before it read like the word that the cache holds.
+TEST_F(EdgesOfDecoding, AWordIsComparedWithItsOwnBytesBehindAChangedOne)
+{
+    const RegisterType& type = registerType(7);
+    decodeValues(type, hex("11 11 AA BB"), 2, 0, 1, 0);
+    decodeValues(type, hex("11 AA BB 22"), 2, 0, 1, 0);
+    EXPECT_EQ(read("R_W", 0, 2), "AA 11 22 BB");
 }
 
 } // namespace

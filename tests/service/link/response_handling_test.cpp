@@ -458,16 +458,6 @@ TEST_F(ResponseHandling, AReplyOf128RegistersHasAByteCountOfZeroAndIsTaken)
     EXPECT_EQ(notices().size(), 128u);
 }
 
-TEST_F(ResponseHandling, TheByteCountOfAReplyIsNotLookedAt)
-{
-    plan({key("R_W", 10, 2)});
-    for (const char* counted : {"01 03 FF 12 34 56 78", "01 03 00 12 34 56 78"}) {
-        poll();
-        EXPECT_EQ(reply(withCrc(counted)), 1);
-        EXPECT_EQ(read("R_W", 10, 2), "34 12 78 56");
-    }
-}
-
 // The check by its given name looks at the frame on the line.
 class ReplyOnTheLine : public DriverTest {
 protected:

@@ -186,4 +186,25 @@ TEST_F(UnitWidthDecoding, AnyOtherWidthStoresNothing)
     EXPECT_TRUE(driver.dataAreas.isEmpty());
 }
 
+class EdgesOfDecoding32 : public DriverTest {};
+
+// Only the watched bits that changed are told, so a wrong byte of the old or new value would show.
+TEST_F(EdgesOfDecoding32, EachByteOfA32BitUnitIsComparedWithItsOwnPlace)
+{
+    const QString row[rangeFieldCount] = {name("DDD"), name("0"),  name("127"), name("32"),
+                                          name("RW"),  name("32"), name("0")};
+    const RegisterType type = deriveRegisterType(name("X_D"), row, 3, 0);
+    decodeValues(type, hex("22 11 44 33"), 1, 0, 1, 5);
+    driver.dataAreas[0].bitMonitor = 0xFFFFFFFFu;
+    notices();
+    decodeValues(type, hex("22 11 45 33"), 1, 0, 1, 5); // bit 0 of the second register's low byte
+    decodeValues(type, hex("22 11 45 B3"), 1, 0, 1, 5);
+    decodeValues(type, hex("A2 11 45 B3"), 1, 0, 1, 5);
+    decodeValues(type, hex("A2 10 45 B3"), 1, 0, 1, 5);
+    EXPECT_EQ(notices(), (Notices{{7, 1, "X_bit", 5 * 32 + 24},
+                                  {7, 1, "X_bit", 5 * 32 + 23},
+                                  {7, 1, "X_bit", 5 * 32 + 15},
+                                  {7, 1, "X_bit", 5 * 32 + 0}}));
+}
+
 } // namespace
