@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <ctime>
 #include <fstream>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "complaint.h"
 
