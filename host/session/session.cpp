@@ -12,8 +12,6 @@ namespace {
 
 const char* const lineIsClosed = "the line is closed";
 
-Session* current = nullptr; // the driver's callback carries no pointer of ours
-
 } // namespace
 
 Session::Session(const Library& library, const SessionSettings& settings)
@@ -29,24 +27,20 @@ Session::Session(const Library& library, const SessionSettings& settings)
                          },
                          [this](bool open, const std::string& message) { portWas(open, message); }})
 {
-    current = this;
     // For connections that are queued, to another thread.
     qRegisterMetaType<ViewChanges>("dov417::ViewChanges");
     qRegisterMetaType<Transmission>("dov417::Transmission");
     qRegisterMetaType<Stray>("dov417::Stray");
     qRegisterMetaType<std::string>("std::string");
-    library_.intf_setAddrValueChangeCallBack(&Session::valueChanged);
     startDriver();
 }
 
 Session::~Session()
 {
     runner_.close();
-    library_.intf_setAddrValueChangeCallBack(nullptr);
     // The driver forgets our memory.
     int result = 0;
     library_.intf_initProperty(nullptr, 0, nullptr, &result, nullptr, nullptr);
-    current = nullptr;
 }
 
 // ---- the line and the driver ----------------------------------------------------------------
@@ -102,13 +96,13 @@ void Session::startDriver()
 // that it has reached survive initialisation.
 void Session::restartDriver(const std::string& reason)
 {
+    views_.driverStartedAnew();
     requests_.endAll(reason);
     recipe_.end(reason);
     startDriver();
     QVector<_RCP_VAR_PRO> none;
     library_.intf_setRcpAddress(none);
     library_.driver->recipeIndex = 0;
-    views_.driverStartedAnew();
     planViews();
 }
 
@@ -140,13 +134,6 @@ void Session::planViews()
 const std::vector<View>& Session::views() const
 {
     return views_.all();
-}
-
-void Session::valueChanged(int tag, int station, QString& regName, int address)
-{
-    // Recipe items and served single reads are told by other tags: their outcome says the same.
-    if (tag == driverTag)
-        current->views_.announce(station, regName.toStdString(), address);
 }
 
 void Session::tellChanges()
@@ -182,7 +169,6 @@ void Session::ended(const Transmission& transmission)
         else if (transmission.isAbandoned())
             views_.giveUp(transmission.request);
     }
-    views_.readAnnounced();
 
     if (transmission.isAbandoned())
         tellings_.add([this, request = transmission.description, reason = transmission.reason]() {
@@ -196,7 +182,6 @@ void Session::ended(const Transmission& transmission)
         // Nothing is on the line now: only here is it certain whose the next frame is.
         recipe_.beginRound();
         requests_.feed();
-        views_.readAnnounced();
     }
     tellChanges();
 }
@@ -226,6 +211,9 @@ void Session::countCycle()
 void Session::portWas(bool open, const std::string& message)
 {
     cycleStart_ = Clock::now();
+    if (!open)
+        views_.makeOld();
+    tellChanges();
     tellings_.add([this, open, message]() { emit portChanged(open, message); });
 }
 
@@ -254,7 +242,6 @@ void Session::readOnce(const Address& words, Done done)
 void Session::feed()
 {
     const bool fed = requests_.feed();
-    views_.readAnnounced();
     tellChanges();
     if (fed)
         runner_.wake();

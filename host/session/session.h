@@ -87,7 +87,6 @@ signals:
     void strayCame(const dov417::Stray& stray);
 
 private:
-    static void valueChanged(int tag, int station, QString& regName, int address);
     void startDriver();
     void restartDriver(const std::string& reason);
     void planViews();
