@@ -47,7 +47,10 @@ Session::~Session()
 
 Result Session::open(const LineSettings& line)
 {
-    close("another line is opened");
+    const char* const reason = "another line is opened";
+    close(reason);
+    if (isOpen())
+        end(reason); // opened by a listener that has just been told: this call is the later one
     views_.forget();
     tellChanges();
     return runner_.open(line);
@@ -55,11 +58,16 @@ Result Session::open(const LineSettings& line)
 
 void Session::close(const std::string& reason)
 {
+    end(reason);
+    tellings_.tell();
+}
+
+void Session::end(const std::string& reason)
+{
     runner_.close();
     restartDriver(reason);
     views_.makeOld();
     tellChanges();
-    tellings_.tell();
 }
 
 bool Session::isOpen() const
@@ -96,6 +104,7 @@ void Session::startDriver()
 // that it has reached survive initialisation.
 void Session::restartDriver(const std::string& reason)
 {
+    ++generation_;
     views_.driverStartedAnew();
     requests_.endAll(reason);
     recipe_.end(reason);
@@ -119,6 +128,13 @@ Result Session::watch(const std::vector<Address>& addresses)
                : Result::refused("the driver plans no request for these addresses");
 }
 
+// Under way, also while the port is away: it is sent again when it is back. A frame on the line
+// that the driver has forgotten, started anew, is nobody's.
+bool Session::driverHasAFrame() const
+{
+    return !library_.driver->sendList.isEmpty();
+}
+
 void Session::planViews()
 {
     QList<KEY_ADDRESS> keys;
@@ -127,7 +143,7 @@ void Session::planViews()
             keys.append(keyOf(piece));
     plannedRequests_ = library_.intf_addrMerge(keys);
     requestsThisCycle_ = 0;
-    isOfPlanBefore_ = !runner_.isIdle();
+    isOfPlanBefore_ = driverHasAFrame();
     cycleStart_ = Clock::now();
 }
 
@@ -219,10 +235,18 @@ void Session::portWas(bool open, const std::string& message)
 
 // ---- writing, single reads, recipes ---------------------------------------------------------
 
+Result Session::refusal(bool isOnePiece) const
+{
+    return !isOpen()    ? Result::refused(lineIsClosed)
+           : isOnePiece ? Result()
+                        : Result::refused("the driver would not make one request of it");
+}
+
 void Session::write(const Write& piece, Done done)
 {
-    if (!isOpen()) {
-        tellings_.addDone(std::move(done), Result::refused(lineIsClosed));
+    const Result result = refusal(isOnePiece(piece, settings_.gap));
+    if (!result.accepted) {
+        tellings_.addDone(std::move(done), result);
         return;
     }
     requests_.write(piece, std::move(done));
@@ -231,8 +255,9 @@ void Session::write(const Write& piece, Done done)
 
 void Session::readOnce(const Address& words, Done done)
 {
-    if (!isOpen()) {
-        tellings_.addDone(std::move(done), Result::refused(lineIsClosed));
+    const Result result = refusal(isOneReadPiece(words, settings_.gap));
+    if (!result.accepted) {
+        tellings_.addDone(std::move(done), result);
         return;
     }
     requests_.readOnce(words, std::move(done));
@@ -260,7 +285,7 @@ void Session::transferRecipe(const RecipeLayout& layout, RecipeDirection directi
         return;
     }
     recipe_.start(layout, direction, words, std::move(done));
-    if (runner_.isIdle() && recipe_.beginRound())
+    if (!driverHasAFrame() && recipe_.beginRound())
         runner_.wake();
 }
 
