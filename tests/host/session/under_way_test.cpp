@@ -212,6 +212,40 @@ TEST_F(UnderWayOnALine, WritesGoOutAfterARecipeThatWasBegunBeforeThem)
     EXPECT_EQ(registers.at(0x0500 + 40), 2);
 }
 
+TEST_F(UnderWayOnALine, AFrameThatTheDriverHasForgottenIsCountedAsThat)
+{
+    openALineThatIsSilent();
+    session->readOnce(words("R_W", 10), outcome(1));
+    ASSERT_TRUE(waitUntil([this]() { return requests == 1; }));
+    session->setSettings({2, 4});
+    std::vector<Transmission> ended;
+    QObject::connect(session.get(), &Session::transmissionEnded, session.get(),
+                     [&](const Transmission& each) { ended.push_back(each); });
+    slave.send(QByteArray::fromHex("010302002A399B"));
+    ASSERT_TRUE(waitUntil([&]() { return !ended.empty(); }));
+    EXPECT_EQ(ended.front().name(), "read  1#R_W10(1)");
+    EXPECT_EQ(ended.front().verdict, replyNothingOutstanding);
+    EXPECT_EQ(ended.front().reason, "the driver was started anew meanwhile");
+    EXPECT_EQ(requestStatistics(session->statistics()),
+              std::vector<std::string>{"read  1#R_W10(1): 1 sent, 0 good, 1 forgotten"});
+}
+
+TEST_F(UnderWayOnALine, AReplyToTheLineBeforeIsNotTakenForAnother)
+{
+    beAController();
+    isSilent = true;
+    session->watch({words("R_W", 10)});
+    ASSERT_TRUE(waitUntil([this]() { return requests == 1; }));
+    // The same port again, and another address: the late reply would fit.
+    session->watch({words("R_W", 600)});
+    ASSERT_TRUE(session->open(line).accepted);
+    registers[0x0500 + 600] = 6;
+    isSilent = false;
+    slave.send(QByteArray::fromHex("010302002A399B"));
+    ASSERT_TRUE(waitUntil([this]() { return session->views().at(0).hasValue; }));
+    EXPECT_EQ(number(session->views().at(0)), 6);
+}
+
 TEST_F(UnderWayOnALine, WhatTheDriverWouldCutIsRefused)
 {
     session->readOnce(words("R_W", 0, 21), outcome(1));
