@@ -1,11 +1,25 @@
 #include "link/link_runner.h"
 
+#include "driver/registers.h"
+
 namespace dov417 {
 
 namespace {
 
 // Long enough to cost nothing, short enough not to be felt after a write from elsewhere.
 constexpr int idleMilliseconds = 20;
+
+// As the driver does it; of a frame that it has forgotten it says nothing.
+std::string describe(const Request& request)
+{
+    constexpr int bitsPerWord = 16;
+    const bool isBit = areaOf(request.regName) + "_bit" == request.regName;
+    const std::string place = !isBit ? std::to_string(request.address)
+                                     : std::to_string(request.address / bitsPerWord) + "." +
+                                           std::to_string(request.address % bitsPerWord);
+    return std::to_string(request.station) + "#" + request.regName + place + "(" +
+           std::to_string(request.length) + ")";
+}
 
 Transmission transmissionOf(const FRAME_PRO& frame, bool repeats)
 {
@@ -15,6 +29,7 @@ Transmission transmissionOf(const FRAME_PRO& frame, bool repeats)
                             request.address, request.length};
     transmission.sent = QByteArray(reinterpret_cast<const char*>(frame.frame), frame.sendLength);
     transmission.replyLength = frame.replyLength;
+    transmission.description = describe(transmission.request);
     transmission.repeats = repeats;
     return transmission;
 }
@@ -45,6 +60,8 @@ Result LinkRunner::open(const LineSettings& settings)
     } catch (const Failure& failure) {
         return Result::refused(failure.what());
     }
+    device_ = settings.device;
+    line_->awaitLate(unanswered_[device_]);
     QString reason;
     if (line_->open(&reason))
         return Result();
@@ -56,9 +73,10 @@ void LinkRunner::close()
 {
     statistics(); // the line's part of the account stays
     idleTimer_.stop();
+    if (line_)
+        unanswered_[device_] = line_->unanswered();
     line_.reset();
     portIsOpen_ = false;
-    idle_ = true;
     repeating_ = false;
 }
 
@@ -73,11 +91,6 @@ void LinkRunner::wake()
         idleTimer_.stop();
         poll();
     }
-}
-
-bool LinkRunner::isIdle() const
-{
-    return idle_;
 }
 
 const LinkStatistics& LinkRunner::statistics()
@@ -112,12 +125,13 @@ void LinkRunner::poll()
     if (!line_ || !line_->isOpen())
         return;
     for (;;) {
+        // Started anew, the driver has forgotten what was to be repeated.
+        repeating_ = repeating_ && !library_.driver->sendList.isEmpty();
         // 0 also ends a burst of writes or single reads: the poll after it may have more.
         int due = library_.intf_getSendFrame(&frame_);
         if (due != 1)
             due = library_.intf_getSendFrame(&frame_);
-        idle_ = due != 1;
-        if (idle_) {
+        if (due != 1) {
             idleTimer_.start(idleMilliseconds);
             return;
         }
@@ -139,8 +153,11 @@ void LinkRunner::deal(Transmission transmission)
     QString description;
     transmission.verdict =
         static_cast<ReplyResult>(library_.intf_dealRcvFrame(&bytes, &description));
-    transmission.description = description.toStdString();
-    if (transmission.verdict != replyAccepted)
+    if (!description.isEmpty())
+        transmission.description = description.toStdString();
+    if (transmission.verdict == replyNothingOutstanding)
+        transmission.reason = "the driver was started anew meanwhile";
+    else if (transmission.verdict != replyAccepted)
         transmission.reason = reasonOf(transmission.reception, transmission.replyLength);
     repeating_ = transmission.verdict == replyBad;
     statistics_.add(transmission);

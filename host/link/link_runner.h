@@ -7,6 +7,7 @@
 
 #include <QTimer>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 
@@ -38,8 +39,6 @@ public:
     // There is something new to send: an idle runner polls at once.
     void wake();
 
-    // The driver has nothing to send, so no frame is under way.
-    bool isIdle() const;
     const LinkStatistics& statistics();
     void cycleEnded(Micros duration);
 
@@ -52,10 +51,11 @@ private:
     LinkEvents events_;
     LinkStatistics statistics_;
     std::unique_ptr<SerialLine> line_;
+    QString device_;                                  // of the line
+    std::map<QString, QList<Unanswered>> unanswered_; // by device, of lines that were closed
     QTimer idleTimer_;
     FRAME_PRO frame_ = FRAME_PRO();
     bool portIsOpen_ = false;
-    bool idle_ = true;
     bool repeating_ = false; // the driver will hand out the same frame again
 };
 

@@ -46,11 +46,10 @@ std::string countersText(const RequestCounters& counters)
 {
     std::string result =
         std::to_string(counters.sent) + " sent, " + std::to_string(counters.good) + " good";
-    const std::pair<long long, const char*> rare[] = {{counters.badCrc, "bad CRC"},
-                                                      {counters.shortReplies, "short"},
-                                                      {counters.timeouts, "timeouts"},
-                                                      {counters.retries, "retries"},
-                                                      {counters.abandoned, "abandoned"}};
+    const std::pair<long long, const char*> rare[] = {
+        {counters.badCrc, "bad CRC"},      {counters.shortReplies, "short"},
+        {counters.timeouts, "timeouts"},   {counters.retries, "retries"},
+        {counters.abandoned, "abandoned"}, {counters.forgotten, "forgotten"}};
     for (const auto& [times, name] : rare)
         if (times > 0)
             result += ", " + std::to_string(times) + " " + name;
@@ -126,6 +125,10 @@ void LinkStatistics::add(const Transmission& transmission)
     ++counters.sent;
     if (transmission.repeats)
         ++counters.retries;
+    if (transmission.verdict == replyNothingOutstanding) {
+        ++counters.forgotten;
+        return;
+    }
     if (transmission.verdict == replyAccepted) {
         ++counters.good;
         linkIsGood = true;
@@ -175,6 +178,7 @@ RequestCounters LinkStatistics::total() const
         sum.timeouts += counters.timeouts;
         sum.retries += counters.retries;
         sum.abandoned += counters.abandoned;
+        sum.forgotten += counters.forgotten;
         for (const auto& [code, times] : counters.exceptions)
             sum.exceptions[code] += times;
     }

@@ -87,6 +87,19 @@ Micros SerialLine::wireTime() const
     return wireTime_;
 }
 
+QList<Unanswered> SerialLine::unanswered() const
+{
+    return unanswered_;
+}
+
+void SerialLine::awaitLate(const QList<Unanswered>& earlier)
+{
+    for (Unanswered each : earlier) {
+        each.number = 0;
+        unanswered_.append(each);
+    }
+}
+
 bool SerialLine::open(QString* reason)
 {
     if (!tryOpen(reason))
@@ -133,7 +146,6 @@ bool SerialLine::tryOpen(QString* reason)
     frameGap_ = keepsGaps(settings_.device) ? delay : std::max(blockwiseGap, delay);
     state_ = State::idle;
     lastActivity_ = Clock::now();
-    unanswered_.clear();
     QObject::connect(port_.get(), &QSerialPort::readyRead, port_.get(), [this]() { bytesCame(); });
     QObject::connect(port_.get(), &QSerialPort::errorOccurred, port_.get(),
                      [this](QSerialPort::SerialPortError error) {
@@ -200,12 +212,13 @@ void SerialLine::beginSilence()
 }
 
 // After the silence; and not before the reply to an earlier transmission can no longer be taken for
-// the reply to this one. Only reads of the same station, function and length can be mixed up: of
-// everything else the reply itself tells what it answers.
+// the reply to this one. Requests of the same station, function and length can be mixed up: a reply
+// to a read does not name its address, an exception reply no address at all.
 Clock::time_point SerialLine::earliestStart()
 {
     const Clock::time_point now = Clock::now();
-    Clock::time_point start = lastActivity_ + settings_.wire.interFrameDelay();
+    const Clock::time_point silence = lastActivity_ + settings_.wire.interFrameDelay();
+    Clock::time_point start = std::min(silence, babbleLimit_);
     for (auto i = unanswered_.size() - 1; i >= 0; --i) {
         const Unanswered& earlier = unanswered_.at(i);
         if (earlier.expires <= now)
@@ -214,7 +227,7 @@ Clock::time_point SerialLine::earliestStart()
                  earlier.request.left(2) == current_.sent.left(2))
             start = std::max(start, earlier.expires);
     }
-    return std::min(start, babbleLimit_);
+    return start;
 }
 
 bool SerialLine::bytesWait() const

@@ -37,6 +37,15 @@ struct LineObserver {
     std::function<void(bool open, const QString& message)> port;
 };
 
+// A transmission whose reply has not been seen: it may still come.
+struct Unanswered {
+    long long number; // 0: of an earlier line
+    QByteArray request;
+    int replyLength;
+    Clock::time_point sentAt;
+    Clock::time_point expires;
+};
+
 class SerialLine {
 public:
     SerialLine(const LineSettings& settings, const LineObserver& observer);
@@ -55,6 +64,11 @@ public:
     using Done = std::function<void(const Transmission&)>;
     void transact(const Transmission& request, Done done);
 
+    // Transmissions whose replies may still come, when the line is given up; and to be handed to
+    // the next one on the same port, which may take them for its own.
+    QList<Unanswered> unanswered() const;
+    void awaitLate(const QList<Unanswered>& earlier);
+
     // Time that the bytes sent and received so far took on the wire.
     Micros wireTime() const;
 
@@ -65,15 +79,6 @@ private:
         silence,
         awaitingReply,
         awaitingTurnaround
-    };
-
-    // A transmission whose reply has not been seen: it may still come.
-    struct Unanswered {
-        long long number;
-        QByteArray request;
-        int replyLength;
-        Clock::time_point sentAt;
-        Clock::time_point expires;
     };
 
     bool tryOpen(QString* reason);

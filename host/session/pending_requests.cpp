@@ -19,6 +19,15 @@ bool canBeFramed(const Address& address)
     return address.station != 0 || address.width != Width::bit || areaOf(address.regName) != "R";
 }
 
+bool shareWords(const Address& a, const Address& b)
+{
+    const Address wordsOfA = wordsOf(a);
+    const Address wordsOfB = wordsOf(b);
+    return a.station == b.station && wordsOfA.regName == wordsOfB.regName &&
+           wordsOfA.first < wordsOfB.first + wordsOfB.length &&
+           wordsOfB.first < wordsOfA.first + wordsOfA.length;
+}
+
 } // namespace
 
 PendingRequests::PendingRequests(const Library& library, Tellings& tellings,
@@ -56,11 +65,11 @@ bool PendingRequests::feedWrites()
     bool fed = false;
     while (!waitingWrites_.empty() && handedInWrites_.size() < maxHandedIn) {
         Ticket next = waitingWrites_.front();
-        const bool equalUnderWay =
+        const bool wordsUnderWay =
             std::any_of(handedInWrites_.begin(), handedInWrites_.end(), [&next](const auto& entry) {
-                return entry.second.address == next.address;
+                return shareWords(entry.second.address, next.address);
             });
-        if (equalUnderWay)
+        if (wordsUnderWay)
             break;
         waitingWrites_.pop_front();
         if (library_.intf_setData(next.address.station,

@@ -2,7 +2,9 @@
 //
 // The driver's own queues would lose some of them:
 // - equal writes replace each other, and writes are dropped when the queue is full: only so many
-//   are handed in, and an equal one only after the first has its outcome;
+//   are handed in;
+// - of two writes of one word its cache takes the value of the second for what the first has
+//   written: the second is handed in when the first has its outcome;
 // - a failed single read empties the whole list of them: they are handed in one by one;
 // - a write that cannot be framed would block the queue for ever: it is refused before.
 #ifndef DOV417_SESSION_PENDING_REQUESTS_H

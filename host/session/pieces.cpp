@@ -13,9 +13,14 @@ constexpr int bitsPerWord = 16;
 constexpr int doubleWordLength = 2;
 constexpr int bytesPerWord = 2;
 
+int longest(int maximum, int gap)
+{
+    return gap < 1 ? maximum : std::min(gap, maximum);
+}
+
 int pieceLength(const Address& address, int maximum, int gap)
 {
-    const int limit = gap < 1 ? maximum : std::min(gap, maximum);
+    const int limit = longest(maximum, gap);
     if (address.width != Width::doubleWord)
         return limit;
     if (limit < doubleWordLength)
@@ -53,6 +58,21 @@ std::vector<Write> writePieces(const Address& address, const std::vector<unsigne
         from = end;
     }
     return pieces;
+}
+
+bool isOnePiece(const Write& write, int gap)
+{
+    const int length = write.address.length;
+    if (write.address.width == Width::bit)
+        return length == 1 && write.data.size() == 1;
+    return length >= 1 && length <= longest(maximumWordsOfAWrite, gap) &&
+           write.data.size() == static_cast<std::size_t>(length) * bytesPerWord;
+}
+
+bool isOneReadPiece(const Address& words, int gap)
+{
+    return words.width != Width::bit && words.length >= 1 &&
+           words.length <= longest(maximumRead, gap);
 }
 
 Address wordsOf(const Address& address)

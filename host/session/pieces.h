@@ -24,6 +24,10 @@ struct Write {
 std::vector<Write> writePieces(const Address& address, const std::vector<unsigned char>& data,
                                int gap);
 
+// Is this what the driver makes one request of, with the bytes that belong to it?
+bool isOnePiece(const Write& write, int gap);
+bool isOneReadPiece(const Address& words, int gap);
+
 // The words to read once for an address: single reads of bit registers are never framed.
 std::vector<Address> readPieces(const Address& address, int gap);
 

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "session/single_reads.h"
+
 namespace dov417 {
 
 namespace {
@@ -57,12 +59,15 @@ void RecipeJob::download(const std::vector<RecipeEntry>& entries)
         if (!isBits(entry))
             words.push_back(entry.item.address);
     layout_ = layOutRecipe(words);
+    generation_ = session_.generation();
     session_.transferRecipe(layout_, RecipeDirection::download, wordsOfEntries(),
                             [this](const Result& result, const RecipeWords&) {
-                                if (result.accepted)
-                                    writeBits();
-                                else
+                                if (!result.accepted)
                                     problems_.push_back(result.reason);
+                                else if (session_.generation() != generation_)
+                                    problems_.emplace_back(changedMeanwhile);
+                                else
+                                    writeBits();
                                 if (bitsUnderWay_ == 0)
                                     done_();
                             });

@@ -48,6 +48,7 @@ private:
     std::vector<std::string> problems_;
     RecipeLayout layout_;
     std::size_t bitsUnderWay_ = 0;
+    int generation_ = 0; // of the session, at the start
 };
 
 } // namespace dov417

@@ -12,8 +12,6 @@ namespace {
 
 const char* const lineIsClosed = "the line is closed";
 
-Session* current = nullptr; // the driver's callback carries no pointer of ours
-
 } // namespace
 
 Session::Session(const Library& library, const SessionSettings& settings)
@@ -29,31 +27,30 @@ Session::Session(const Library& library, const SessionSettings& settings)
                          },
                          [this](bool open, const std::string& message) { portWas(open, message); }})
 {
-    current = this;
     // For connections that are queued, to another thread.
     qRegisterMetaType<ViewChanges>("dov417::ViewChanges");
     qRegisterMetaType<Transmission>("dov417::Transmission");
     qRegisterMetaType<Stray>("dov417::Stray");
     qRegisterMetaType<std::string>("std::string");
-    library_.intf_setAddrValueChangeCallBack(&Session::valueChanged);
     startDriver();
 }
 
 Session::~Session()
 {
     runner_.close();
-    library_.intf_setAddrValueChangeCallBack(nullptr);
     // The driver forgets our memory.
     int result = 0;
     library_.intf_initProperty(nullptr, 0, nullptr, &result, nullptr, nullptr);
-    current = nullptr;
 }
 
 // ---- the line and the driver ----------------------------------------------------------------
 
 Result Session::open(const LineSettings& line)
 {
-    close("another line is opened");
+    const char* const reason = "another line is opened";
+    close(reason);
+    if (isOpen())
+        end(reason); // opened by a listener that has just been told: this call is the later one
     views_.forget();
     tellChanges();
     return runner_.open(line);
@@ -61,11 +58,16 @@ Result Session::open(const LineSettings& line)
 
 void Session::close(const std::string& reason)
 {
+    end(reason);
+    tellings_.tell();
+}
+
+void Session::end(const std::string& reason)
+{
     runner_.close();
     restartDriver(reason);
     views_.makeOld();
     tellChanges();
-    tellings_.tell();
 }
 
 bool Session::isOpen() const
@@ -102,13 +104,14 @@ void Session::startDriver()
 // that it has reached survive initialisation.
 void Session::restartDriver(const std::string& reason)
 {
+    ++generation_;
+    views_.driverStartedAnew();
     requests_.endAll(reason);
     recipe_.end(reason);
     startDriver();
     QVector<_RCP_VAR_PRO> none;
     library_.intf_setRcpAddress(none);
     library_.driver->recipeIndex = 0;
-    views_.driverStartedAnew();
     planViews();
 }
 
@@ -125,6 +128,13 @@ Result Session::watch(const std::vector<Address>& addresses)
                : Result::refused("the driver plans no request for these addresses");
 }
 
+// Under way, also while the port is away: it is sent again when it is back. A frame on the line
+// that the driver has forgotten, started anew, is nobody's.
+bool Session::driverHasAFrame() const
+{
+    return !library_.driver->sendList.isEmpty();
+}
+
 void Session::planViews()
 {
     QList<KEY_ADDRESS> keys;
@@ -133,20 +143,13 @@ void Session::planViews()
             keys.append(keyOf(piece));
     plannedRequests_ = library_.intf_addrMerge(keys);
     requestsThisCycle_ = 0;
-    isOfPlanBefore_ = !runner_.isIdle();
+    isOfPlanBefore_ = driverHasAFrame();
     cycleStart_ = Clock::now();
 }
 
 const std::vector<View>& Session::views() const
 {
     return views_.all();
-}
-
-void Session::valueChanged(int tag, int station, QString& regName, int address)
-{
-    // Recipe items and served single reads are told by other tags: their outcome says the same.
-    if (tag == driverTag)
-        current->views_.announce(station, regName.toStdString(), address);
 }
 
 void Session::tellChanges()
@@ -182,7 +185,6 @@ void Session::ended(const Transmission& transmission)
         else if (transmission.isAbandoned())
             views_.giveUp(transmission.request);
     }
-    views_.readAnnounced();
 
     if (transmission.isAbandoned())
         tellings_.add([this, request = transmission.description, reason = transmission.reason]() {
@@ -196,7 +198,6 @@ void Session::ended(const Transmission& transmission)
         // Nothing is on the line now: only here is it certain whose the next frame is.
         recipe_.beginRound();
         requests_.feed();
-        views_.readAnnounced();
     }
     tellChanges();
 }
@@ -226,15 +227,26 @@ void Session::countCycle()
 void Session::portWas(bool open, const std::string& message)
 {
     cycleStart_ = Clock::now();
+    if (!open)
+        views_.makeOld();
+    tellChanges();
     tellings_.add([this, open, message]() { emit portChanged(open, message); });
 }
 
 // ---- writing, single reads, recipes ---------------------------------------------------------
 
+Result Session::refusal(bool isOnePiece) const
+{
+    return !isOpen()    ? Result::refused(lineIsClosed)
+           : isOnePiece ? Result()
+                        : Result::refused("the driver would not make one request of it");
+}
+
 void Session::write(const Write& piece, Done done)
 {
-    if (!isOpen()) {
-        tellings_.addDone(std::move(done), Result::refused(lineIsClosed));
+    const Result result = refusal(isOnePiece(piece, settings_.gap));
+    if (!result.accepted) {
+        tellings_.addDone(std::move(done), result);
         return;
     }
     requests_.write(piece, std::move(done));
@@ -243,8 +255,9 @@ void Session::write(const Write& piece, Done done)
 
 void Session::readOnce(const Address& words, Done done)
 {
-    if (!isOpen()) {
-        tellings_.addDone(std::move(done), Result::refused(lineIsClosed));
+    const Result result = refusal(isOneReadPiece(words, settings_.gap));
+    if (!result.accepted) {
+        tellings_.addDone(std::move(done), result);
         return;
     }
     requests_.readOnce(words, std::move(done));
@@ -254,7 +267,6 @@ void Session::readOnce(const Address& words, Done done)
 void Session::feed()
 {
     const bool fed = requests_.feed();
-    views_.readAnnounced();
     tellChanges();
     if (fed)
         runner_.wake();
@@ -273,7 +285,7 @@ void Session::transferRecipe(const RecipeLayout& layout, RecipeDirection directi
         return;
     }
     recipe_.start(layout, direction, words, std::move(done));
-    if (runner_.isIdle() && recipe_.beginRound())
+    if (!driverHasAFrame() && recipe_.beginRound())
         runner_.wake();
 }
 

@@ -47,6 +47,12 @@ public:
     // Ends every write, read and recipe with this reason and tells it before it returns.
     void close(const std::string& reason = "the line was closed");
     bool isOpen() const; // also while the port is away
+    // Counts how often everything under way was ended. An outcome may be told when that has already
+    // happened: who goes on after it, to write what was read first, compares.
+    int generation() const
+    {
+        return generation_;
+    }
 
     const SessionSettings& settings() const;
     // Other settings end every write, read and recipe, too, but the values are the same
@@ -59,7 +65,8 @@ public:
     Result watch(const std::vector<Address>& addresses);
     const std::vector<View>& views() const;
 
-    // Each is ended once, by done; refused where the line is closed.
+    // Each is ended once, by done; refused where the line is closed, and where the driver would
+    // make more than one request of it (see writePieces() and readPieces()).
     void write(const Write& piece, Done done);
     void readOnce(const Address& words, Done done);
     void transferRecipe(const RecipeLayout& layout, RecipeDirection direction,
@@ -67,7 +74,8 @@ public:
     // Writes that have no outcome yet.
     std::size_t writesUnderWay() const;
 
-    // The values of an address as the driver's cache holds them.
+    // The values of an address as the driver's cache holds them; it is emptied when the line is
+    // closed and when the settings are changed.
     std::vector<unsigned char> cachedBytes(const Address& address) const;
     // Of the line since it was opened, also after it was closed.
     const LinkStatistics& statistics();
@@ -87,15 +95,17 @@ signals:
     void strayCame(const dov417::Stray& stray);
 
 private:
-    static void valueChanged(int tag, int station, QString& regName, int address);
+    void end(const std::string& reason);
     void startDriver();
     void restartDriver(const std::string& reason);
+    bool driverHasAFrame() const;
     void planViews();
     void began(const Transmission& transmission);
     void ended(const Transmission& transmission);
     void settle(const Transmission& transmission);
     void countCycle();
     void portWas(bool open, const std::string& message);
+    Result refusal(bool isOnePiece) const;
     void feed();
     void tellChanges();
 
@@ -111,6 +121,7 @@ private:
     int plannedRequests_ = 0;
     int requestsThisCycle_ = 0;
     bool isOfPlanBefore_ = false; // the request under way
+    int generation_ = 0;
     long long cycles_ = 0;
     Clock::time_point cycleStart_{};
 

@@ -8,9 +8,12 @@
 
 namespace dov417 {
 
+const char* const changedMeanwhile = "the line or its settings were changed meanwhile";
+
 namespace {
 
 struct Reads {
+    int generation = 0;
     std::size_t underWay = 0;
     ReadProblems problems;
     std::function<void(const ReadProblems&)> done;
@@ -42,18 +45,23 @@ void readAll(Session& session, const std::vector<Address>& addresses,
 {
     const auto pieces = piecesOf(addresses, session.settings().gap);
     const auto reads = std::make_shared<Reads>();
+    reads->generation = session.generation();
     reads->underWay = pieces.size();
     reads->problems.resize(addresses.size());
     reads->done = std::move(done);
     if (pieces.empty())
         QTimer::singleShot(0, &session, [reads]() { reads->done(reads->problems); });
     for (const auto& [piece, users] : pieces) {
-        session.readOnce(piece, [reads, users = users](const Result& result) {
+        session.readOnce(piece, [&session, reads, users = users](const Result& result) {
             if (!result.accepted)
                 for (const std::size_t index : users)
                     reads->problems.at(index) = result.reason;
-            if (--reads->underWay == 0)
-                reads->done(reads->problems);
+            if (--reads->underWay > 0)
+                return;
+            for (std::string& problem : reads->problems)
+                if (problem.empty() && session.generation() != reads->generation)
+                    problem = changedMeanwhile;
+            reads->done(reads->problems);
         });
     }
 }

@@ -6,23 +6,34 @@ namespace dov417 {
 
 void Tellings::add(Telling telling)
 {
-    if (waiting_.empty() && !telling_)
-        QMetaObject::invokeMethod(
-            this, [this]() { tell(); }, Qt::QueuedConnection);
     waiting_.push_back(std::move(telling));
+    if (isPosted_)
+        return;
+    isPosted_ = true;
+    const auto later = [this]() {
+        isPosted_ = false;
+        tellWaiting();
+    };
+    QMetaObject::invokeMethod(this, later, Qt::QueuedConnection);
 }
 
 void Tellings::tell()
 {
-    if (telling_)
-        return;
-    telling_ = true;
-    while (!waiting_.empty()) {
+    if (telling_ == 0)
+        tellWaiting();
+}
+
+// What is added meanwhile has its turn later: a listener that asks again for what was refused must
+// not keep the event loop from going round.
+void Tellings::tellWaiting()
+{
+    ++telling_;
+    for (std::size_t left = waiting_.size(); left > 0 && !waiting_.empty(); --left) {
         const Telling next = std::move(waiting_.front());
         waiting_.pop_front();
         next();
     }
-    telling_ = false;
+    --telling_;
 }
 
 } // namespace dov417

@@ -24,13 +24,16 @@ public:
         if (done)
             add([done, outcome...]() { done(outcome...); });
     }
-    // Tells all that is there, and what is added meanwhile. Called by a listener it does nothing:
-    // the rest follows once that listener has returned.
+    // Tells all that is there. Called by a listener it does nothing: the rest follows once that
+    // listener has returned, or runs an event loop of its own, as for a question to the user.
     void tell();
 
 private:
+    void tellWaiting();
+
     std::deque<Telling> waiting_;
-    bool telling_ = false;
+    bool isPosted_ = false;
+    int telling_ = 0; // listeners that have not returned
 };
 
 } // namespace dov417

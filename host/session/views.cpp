@@ -15,6 +15,16 @@ bool share(const Address& a, const Address& b)
            (a.first < b.first + b.length && b.first < a.first + a.length);
 }
 
+std::tuple<int, std::string, int> keyOf(const Address& address)
+{
+    return {address.station, address.regName, address.first};
+}
+
+Words wordsOf(const Address& address)
+{
+    return wordsOf(address.width, address.first, address.length);
+}
+
 } // namespace
 
 Quality View::quality() const
@@ -33,88 +43,81 @@ const std::vector<View>& Views::all() const
 
 void Views::replace(const std::vector<Address>& addresses, const std::vector<Address>& written)
 {
-    std::map<UnitKey, View> before;
-    for (const View& view : views_)
-        before.emplace(UnitKey{view.address.station, view.address.regName, view.address.first},
-                       view);
+    const std::vector<View> before = std::move(views_);
+    const std::vector<Standing> standing = std::move(standing_);
+    std::map<UnitKey, std::size_t> places;
+    for (std::size_t i = 0; i < before.size(); ++i)
+        places.emplace(keyOf(before.at(i).address), i);
     views_.clear();
-    isAnnounced_.clear();
-    byName_.clear();
+    standing_.clear();
     byWord_.clear();
-    announced_.clear();
     for (const Address& range : addresses)
-        add(range, before);
+        add(range, places, before, standing);
     for (const Address& address : written)
-        for (const std::size_t index : sharing(address))
-            ++views_.at(index).writes;
+        count(address, 1);
+
+    std::map<UnitKey, std::size_t> stay;
+    for (std::size_t i = 0; i < views_.size(); ++i)
+        stay.emplace(keyOf(views_.at(i).address), i);
     for (ViewChange& change : takeChanges()) {
-        const Address& address = change.view.address;
-        const auto stays = byName_.find({address.station, address.regName, address.first});
-        if (stays == byName_.end())
+        const auto found = stay.find(keyOf(change.view.address));
+        if (found == stay.end())
             continue;
-        change.index = stays->second.front();
+        change.index = found->second;
         changes_.push_back(std::move(change));
     }
 }
 
-void Views::add(const Address& range, const std::map<UnitKey, View>& before)
+void Views::add(const Address& range, const std::map<UnitKey, std::size_t>& places,
+                const std::vector<View>& before, const std::vector<Standing>& standing)
 {
     const int step = range.width == Width::doubleWord ? doubleWordLength : 1;
     for (int unit = 0; unit + step <= range.length; unit += step) {
-        const std::size_t index = views_.size();
-        const UnitKey key{range.station, range.regName, range.first + unit};
-        const auto known = before.find(key);
-        View view = known == before.end() ? View() : known->second;
+        View view;
         view.address = range;
         view.address.first = range.first + unit;
         view.address.length = step;
-        view.writes = 0;
-        byName_[key].push_back(index);
-        const Words words = wordsOf(range.width, view.address.first, step);
+        Standing own;
+        const auto known = places.find(keyOf(view.address));
+        if (known != places.end()) {
+            view = before.at(known->second);
+            view.writes = 0;
+            own.isCached = standing.at(known->second).isCached;
+        }
+        const Words words = wordsOf(view.address);
         for (int word = words.first; word < words.first + words.count; ++word)
-            byWord_[{range.station, areaOf(range.regName), word}].push_back(index);
+            byWord_[{range.station, areaOf(range.regName), word}].push_back(views_.size());
         views_.push_back(view);
-        isAnnounced_.push_back(false);
+        standing_.push_back(own);
     }
 }
 
+// Calls once for each value that lies in these words as a whole.
 template <typename Call>
-void Views::forEachOf(const Request& words, Call call)
+void Views::forEachIn(const Request& request, Call call)
 {
-    const std::string area = areaOf(words.regName);
-    for (int word = words.address; word < words.address + words.length; ++word) {
-        const auto found = byWord_.find({words.station, area, word});
+    const std::string area = areaOf(request.regName);
+    const int end = request.address + request.length;
+    for (int word = request.address; word < end; ++word) {
+        const auto found = byWord_.find({request.station, area, word});
         if (found == byWord_.end())
             continue;
-        for (const std::size_t index : found->second)
-            call(index);
+        for (const std::size_t index : found->second) {
+            const Words words = wordsOf(views_.at(index).address);
+            if (words.first == word && words.first + words.count <= end)
+                call(index);
+        }
     }
 }
 
-void Views::announce(int station, const std::string& regName, int address)
-{
-    const auto found = byName_.find({station, regName, address});
-    if (found != byName_.end())
-        announced_.insert(announced_.end(), found->second.begin(), found->second.end());
-}
-
-void Views::readAnnounced()
-{
-    std::vector<std::size_t> announced;
-    announced.swap(announced_);
-    for (const std::size_t index : announced)
-        if (isAnnounced_.at(index))
-            read(index);
-}
-
-void Views::read(std::size_t index)
+bool Views::read(std::size_t index)
 {
     View& view = views_.at(index);
     ValueBytes value{};
     library_.intf_getData(view.address.station, QString::fromStdString(view.address.regName),
                           view.address.first, view.address.length, value.data());
     if (view.hasValue && value == view.value)
-        return;
+        return false;
     if (view.hasValue) {
         view.previous = view.value;
         ++view.changes;
@@ -123,6 +126,7 @@ void Views::read(std::size_t index)
     view.hasValue = true;
     view.lastChange = Clock::now();
     changed(index, true);
+    return true;
 }
 
 void Views::changed(std::size_t index, bool isValue)
@@ -130,27 +134,28 @@ void Views::changed(std::size_t index, bool isValue)
     changes_.push_back({index, views_.at(index), isValue});
 }
 
+// Each value is looked at, and not only those that the driver announces: it does not announce a
+// double word of which one half was written.
 void Views::confirm(const Request& request)
 {
     const Clock::time_point now = Clock::now();
-    forEachOf(request, [this, now](std::size_t index) {
+    forEachIn(request, [this, now](std::size_t index) {
+        // While a write is under way the cache shows what is to be, of all bits of its word.
+        if (standing_.at(index).writesOfWords > 0)
+            return;
         View& view = views_.at(index);
         view.lastGood = now;
-        if (view.isOld) {
-            view.isOld = false;
+        const bool wasOld = view.isOld;
+        view.isOld = false;
+        standing_.at(index).isCached = true;
+        if (!read(index) && wasOld)
             changed(index, false);
-        }
-        if (isAnnounced_.at(index))
-            return;
-        // What the cache held before this reply was announced to nobody.
-        isAnnounced_.at(index) = true;
-        read(index);
     });
 }
 
 void Views::giveUp(const Request& request)
 {
-    forEachOf(request, [this](std::size_t index) {
+    forEachIn(request, [this](std::size_t index) {
         View& view = views_.at(index);
         if (view.isOld || !view.hasValue)
             return;
@@ -159,30 +164,43 @@ void Views::giveUp(const Request& request)
     });
 }
 
-std::set<std::size_t> Views::sharing(const Address& address)
+std::set<std::size_t> Views::inWordsOf(const Address& address)
 {
-    const Words words = wordsOf(address.width, address.first, address.length);
     std::set<std::size_t> found; // a value of two words is met twice
-    forEachOf({0, address.station, address.regName, words.first, words.count},
-              [&](std::size_t index) {
-                  if (share(views_.at(index).address, address))
-                      found.insert(index);
-              });
+    const Words words = wordsOf(address);
+    for (int word = words.first; word < words.first + words.count; ++word) {
+        const auto inWord = byWord_.find({address.station, areaOf(address.regName), word});
+        if (inWord != byWord_.end())
+            found.insert(inWord->second.begin(), inWord->second.end());
+    }
     return found;
 }
 
+void Views::count(const Address& address, int step)
+{
+    for (const std::size_t index : inWordsOf(address)) {
+        standing_.at(index).writesOfWords += step;
+        if (share(views_.at(index).address, address))
+            views_.at(index).writes += step;
+    }
+}
+
+// The writes of one word go to the driver one by one, so with an outcome the cache is the
+// controller's again.
 void Views::countWrite(const Address& address, int step)
 {
-    for (const std::size_t index : sharing(address)) {
-        views_.at(index).writes += step;
-        changed(index, false);
+    count(address, step);
+    for (const std::size_t index : inWordsOf(address)) {
+        const bool isRead = step < 0 && standing_.at(index).isCached && read(index);
+        if (!isRead && share(views_.at(index).address, address))
+            changed(index, false);
     }
 }
 
 void Views::driverStartedAnew()
 {
-    isAnnounced_.assign(views_.size(), false);
-    announced_.clear();
+    for (Standing& standing : standing_)
+        standing.isCached = false;
 }
 
 void Views::makeOld()

@@ -26,7 +26,8 @@ enum class Quality {
     beingWritten // by a write of this session that has no outcome yet
 };
 
-// One value.
+// One value, as the controller held it when it was last known. A value that is being written is
+// shown once the controller has taken it.
 struct View {
     Address address; // of this one value
     bool hasValue = false;
@@ -59,11 +60,8 @@ public:
     // its count and the changes that have not been taken yet. `written`: of all writes under way.
     void replace(const std::vector<Address>& addresses, const std::vector<Address>& written);
 
-    // The driver's call-back: to be looked at once the driver has returned.
-    void announce(int station, const std::string& regName, int address);
-    // Reads what was announced.
-    void readAnnounced();
-    // The controller has just confirmed the words of this read, or the read was given up.
+    // The controller has just answered this read, or the read was given up. Either counts for the
+    // values that lie in it as a whole: two replies may hold halves of two different values.
     void confirm(const Request& read);
     void giveUp(const Request& read);
     // A write of this address was taken on (+1) or has its outcome (-1).
@@ -71,7 +69,7 @@ public:
 
     // The driver has forgotten all values: the next reply decides.
     void driverStartedAnew();
-    // Nothing is asked any more.
+    // Nothing is asked at present.
     void makeOld();
     // What comes next is another controller's.
     void forget();
@@ -84,19 +82,25 @@ private:
     using UnitKey = std::tuple<int, std::string, int>; // station, area or name, address
     using Index = std::map<UnitKey, std::vector<std::size_t>>;
 
-    void add(const Address& range, const std::map<UnitKey, View>& before);
-    void read(std::size_t index);
+    // What is known of a view besides.
+    struct Standing {
+        bool isCached = false; // the driver's cache holds what the controller answered
+        int writesOfWords = 0; // under way, of the words that it lies in
+    };
+
+    void add(const Address& range, const std::map<UnitKey, std::size_t>& places,
+             const std::vector<View>& before, const std::vector<Standing>& standing);
+    bool read(std::size_t index);
     void changed(std::size_t index, bool isValue);
     template <typename Call>
-    void forEachOf(const Request& words, Call call);
-    std::set<std::size_t> sharing(const Address& address);
+    void forEachIn(const Request& words, Call call);
+    std::set<std::size_t> inWordsOf(const Address& address);
+    void count(const Address& address, int step);
 
     const Library& library_;
     std::vector<View> views_;
-    std::vector<bool> isAnnounced_; // by index: the driver tells every change since the value
-    Index byName_;                  // as the driver announces them
-    Index byWord_;                  // by area and word
-    std::vector<std::size_t> announced_;
+    std::vector<Standing> standing_; // by index
+    Index byWord_;                   // by area and word
     ViewChanges changes_;
 };
 

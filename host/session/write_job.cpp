@@ -17,6 +17,8 @@ const std::vector<WriteTask>& WriteJob::tasks() const
 void WriteJob::start(const std::vector<WriteTask>& tasks)
 {
     tasks_ = tasks;
+    areWritten_ = false;
+    generation_ = session_.generation();
     read(&WriteJob::write);
 }
 
@@ -35,8 +37,24 @@ void WriteJob::read(void (WriteJob::*then)(const ReadProblems&))
             [this, then](const ReadProblems& problems) { (this->*then)(problems); });
 }
 
+bool WriteJob::goesOn()
+{
+    if (session_.generation() == generation_)
+        return true;
+    for (WriteTask& task : tasks_) {
+        if (task.result != WriteResult::waiting)
+            continue;
+        task.result = areWritten_ ? WriteResult::unread : WriteResult::refused;
+        task.reason = changedMeanwhile;
+    }
+    done_();
+    return false;
+}
+
 void WriteJob::write(const ReadProblems& problems)
 {
+    if (!goesOn())
+        return;
     for (std::size_t i = 0; i < reading_.size(); ++i)
         if (problems.at(i).empty())
             tasks_.at(reading_.at(i)).before =
@@ -65,7 +83,9 @@ void WriteJob::written(std::size_t index, const Result& result)
     for (WriteTask& each : tasks_)
         if (each.item.address.station == 0 && each.result == WriteResult::waiting)
             each.result = WriteResult::sent;
-    read(&WriteJob::compare);
+    areWritten_ = true;
+    if (goesOn())
+        read(&WriteJob::compare);
 }
 
 void WriteJob::compare(const ReadProblems& problems)

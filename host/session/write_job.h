@@ -38,12 +38,14 @@ public:
     WriteJob(Session& session, std::function<void()> done);
 
     // Reads, writes and reads back. A controller that does not answer the first read is written to
-    // all the same.
+    // all the same. Where the line or its settings are changed meanwhile it goes no further: what
+    // is left was not meant for another controller.
     void start(const std::vector<WriteTask>& tasks);
     const std::vector<WriteTask>& tasks() const;
 
 private:
     void read(void (WriteJob::*then)(const ReadProblems&));
+    bool goesOn();
     void write(const ReadProblems& problems);
     void written(std::size_t task, const Result& result);
     void compare(const ReadProblems& problems);
@@ -53,6 +55,8 @@ private:
     std::vector<WriteTask> tasks_;
     std::vector<std::size_t> reading_; // tasks that the reads under way belong to
     std::size_t piecesUnderWay_ = 0;
+    bool areWritten_ = false;
+    int generation_ = 0; // of the session, at the start
 };
 
 } // namespace dov417

@@ -177,7 +177,6 @@ TEST_F(RunnerOnALine, AnIdleRunnerDoesNotSpin)
     // A poll asks the driver twice. Two idle times, each no shorter than 15 ms:
     ASSERT_TRUE(waitUntil([]() { return polls.size() >= 6; }));
     EXPECT_GE(polls.at(4) - polls.at(0), milliseconds(30));
-    EXPECT_TRUE(runner->isIdle());
 
     const std::size_t before = polls.size();
     runner->wake();

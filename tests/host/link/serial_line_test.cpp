@@ -2,6 +2,7 @@
 
 #include <QFile>
 #include <QTemporaryFile>
+#include <QTimer>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <optional>
@@ -250,6 +251,31 @@ TEST_F(OnALine, AVanishedPortIsReportedAndTheLineGoesOnWhenItIsBack)
     EXPECT_TRUE(ports.back());
     begin(firstRead, replyLength);
     expectOutcome(LineResult::reply, firstReply);
+}
+
+TEST_F(OnALine, AReplyToWhatWasSentBeforeThePortVanishedIsNotTakenForAnother)
+{
+    open(forEver);
+    slave.arrived = [this](const QByteArray&) { slave.unplug(); };
+    begin(firstRead, replyLength);
+    ASSERT_TRUE(waitUntil([this]() { return ports.size() == 2; }));
+    // Whoever uses the line may have something else to ask by now. The controller answers first
+    // what it was asked first, however late.
+    bool isAnswered = false;
+    slave.arrived = [&](const QByteArray&) {
+        slave.send(hex(isAnswered ? secondReply : firstReply));
+        isAnswered = true;
+    };
+    slave.plug();
+    ASSERT_TRUE(waitUntil([this]() { return line->isOpen(); }));
+    begin(secondRead, replyLength);
+    QTimer::singleShot(100, [&]() {
+        if (!isAnswered)
+            slave.send(hex(firstReply));
+        isAnswered = true;
+    });
+    expectOutcome(LineResult::reply, secondReply);
+    EXPECT_EQ(strays.size(), 1U);
 }
 
 TEST_F(OnALine, APortThatVanishesWhileIdleIsReported)

@@ -4,6 +4,7 @@
 
 #include <map>
 #include <memory>
+#include <set>
 #include <vector>
 
 #include "line/crc16.h"
@@ -20,6 +21,13 @@ inline Address words(const char* regName, int first, int length = 1, int station
     address.regName = regName;
     address.first = first;
     address.length = length;
+    return address;
+}
+
+inline Address doubleWords(const char* regName, int first, int length = 2)
+{
+    Address address = words(regName, first, length);
+    address.width = Width::doubleWord;
     return address;
 }
 
@@ -53,15 +61,15 @@ protected:
         ASSERT_TRUE(session->open(line).accepted);
     }
 
-    // Answers reads of registers from `registers` (by their number on the line, 0x0500 + R_W) and
-    // confirms single writes; says nothing to what is in `silent`.
+    // Answers reads and writes of registers from `registers` (by their number on the line,
+    // 0x0500 + R_W), refuses those in `illegal`; says nothing while it `isSilent`.
     void beAController()
     {
         slave.arrived = [this](const QByteArray& bytes) {
             pending += bytes;
-            while (pending.size() >= 8) {
-                const QByteArray request = pending.left(8);
-                pending.remove(0, 8);
+            while (pending.size() >= lengthOf(pending)) {
+                const QByteArray request = pending.left(lengthOf(pending));
+                pending.remove(0, request.size());
                 received += request;
                 answer(request);
             }
@@ -91,6 +99,7 @@ protected:
     QByteArray received;
     QByteArray pending;
     std::map<int, int> registers;
+    std::set<int> illegal;
     int requests = 0;
     bool isSilent = false;
     std::map<int, std::string> outcomes;
@@ -103,16 +112,40 @@ private:
                static_cast<unsigned char>(bytes.at(at + 1));
     }
 
+    // Of the request at the front; a write of several registers counts its bytes.
+    static int lengthOf(const QByteArray& bytes)
+    {
+        constexpr int shortest = 8;
+        constexpr int withoutData = 9;
+        return bytes.size() < shortest || bytes.at(1) != 16
+                   ? shortest
+                   : withoutData + static_cast<unsigned char>(bytes.at(6));
+    }
+
     void answer(const QByteArray& request)
     {
         ++requests;
         if (isSilent)
             return;
         const int first = number(request, 2);
-        const int count = number(request, 4);
+        const int count = request.at(1) == 6 ? 1 : number(request, 4);
+        const auto refused = illegal.lower_bound(first);
+        if (refused != illegal.end() && *refused < first + count) {
+            QByteArray exception = request.left(1);
+            exception.append(static_cast<char>(request.at(1) | 0x80));
+            exception.append('\2');
+            slave.send(withCrc(exception));
+            return;
+        }
         if (request.at(1) == 6) {
-            registers[first] = count;
+            registers[first] = number(request, 4);
             slave.send(request);
+            return;
+        }
+        if (request.at(1) == 16) {
+            for (int i = 0; i < count; ++i)
+                registers[first + i] = number(request, 7 + 2 * i);
+            slave.send(withCrc(request.left(6)));
             return;
         }
         QByteArray reply = request.left(2);

@@ -1,0 +1,152 @@
+#include <algorithm>
+
+#include "session_world.h"
+
+namespace dov417 {
+
+namespace {
+
+constexpr int r = 0x0500; // R_W:0 on the line
+
+class QualityOnALine : public SessionOnALine {
+protected:
+    const View& view(std::size_t index) const
+    {
+        return session->views().at(index);
+    }
+    bool waitForGood(std::size_t index)
+    {
+        return waitUntil([this, index]() { return view(index).quality() == Quality::good; });
+    }
+    // So many further requests, each answered before the next goes out.
+    bool waitForRequests(int count)
+    {
+        const int last = requests + count + 1;
+        return waitUntil([this, last]() { return requests >= last; });
+    }
+    long long whole(std::size_t index) const
+    {
+        const ValueBytes& value = view(index).value;
+        return value.at(0) + 256LL * value.at(1) + 65536LL * (value.at(2) + 256LL * value.at(3));
+    }
+};
+
+TEST_F(QualityOnALine, AWriteOfHalfADoubleWordLeavesTheOtherHalfAsItIs)
+{
+    beAController();
+    registers[r + 10] = 7;
+    registers[r + 11] = 9;
+    session->watch({doubleWords("R_D", 10)});
+    ASSERT_TRUE(waitForGood(0));
+    // The driver shows halves that it never had while one of them is written, and says nothing of
+    // the whole value afterwards.
+    session->write(wordWrite("R_W", 10, 5), outcome(1));
+    ASSERT_TRUE(waitForOutcomes(1));
+    EXPECT_EQ(whole(0), 9 * 65536 + 5);
+    EXPECT_EQ(view(0).quality(), Quality::good);
+    EXPECT_EQ(view(0).changes, 1);
+}
+
+TEST_F(QualityOnALine, AWordAndABitOfItWrittenAtOnceShowWhatCameOut)
+{
+    beAController();
+    registers[r + 10] = 0x0100;
+    session->watch({words("R_W", 10)});
+    ASSERT_TRUE(waitForGood(0));
+    session->write({bits("R_bit", 160), {1}}, outcome(1));
+    session->write(wordWrite("R_W", 10, 0x40), outcome(2));
+    ASSERT_TRUE(waitForOutcomes(2));
+    ASSERT_TRUE(waitForRequests(2));
+    EXPECT_EQ(registers.at(r + 10), 0x40);
+    EXPECT_EQ(number(view(0)), 0x40);
+}
+
+TEST_F(QualityOnALine, AWriteThatWasRefusedIsNotShownEvenAfterAnotherScreen)
+{
+    beAController();
+    registers[r + 10] = 7;
+    illegal.clear();
+    session->watch({words("R_W", 10)});
+    ASSERT_TRUE(waitForGood(0));
+    // Held by the controller until both calls are made, then refused; and nothing is read any more.
+    isSilent = true;
+    const int asked = requests;
+    ASSERT_TRUE(waitUntil([&]() { return requests > asked; }));
+    session->write(wordWrite("R_W", 10, 5), outcome(1));
+    session->watch({words("R_W", 10), words("R_W", 600)});
+    isSilent = false;
+    illegal = {r + 10};
+    ASSERT_TRUE(waitForOutcomes(1));
+    EXPECT_EQ(number(view(0)), 7);
+}
+
+TEST_F(QualityOnALine, AWriteThatIsEndedByOtherSettingsIsNotShown)
+{
+    beAController();
+    registers[r + 10] = 7;
+    session->watch({words("R_W", 10)});
+    ASSERT_TRUE(waitForGood(0));
+    isSilent = true;
+    session->write(wordWrite("R_W", 10, 5), outcome(1));
+    session->setSettings({2, 4});
+    EXPECT_EQ(outcomes[1], "the settings were changed");
+    EXPECT_EQ(number(view(0)), 7);
+    EXPECT_EQ(view(0).quality(), Quality::old);
+}
+
+TEST_F(QualityOnALine, AValueOfWhichOnePartCannotBeReadIsNeverGood)
+{
+    beAController();
+    session->setSettings({1, 1});
+    registers[r + 200] = 7;
+    registers[r + 201] = 9;
+    // Two runs of 128 words, the first of which ends within the double word.
+    session->watch({words("R_W", 73, 128), doubleWords("R_D", 200)});
+    ASSERT_EQ(library.driver->readList.size(), 2);
+    std::vector<Quality> qualities;
+    QObject::connect(session.get(), &Session::changed, session.get(),
+                     [&](const ViewChanges& changes) {
+                         for (const ViewChange& change : changes)
+                             if (change.index == 128)
+                                 qualities.push_back(change.view.quality());
+                     });
+    illegal = {r + 201};
+    ASSERT_TRUE(waitForRequests(6));
+    EXPECT_EQ(view(0).quality(), Quality::good);
+    EXPECT_EQ(view(128).quality(), Quality::neverRead);
+    EXPECT_EQ(view(128).lastGood, Clock::time_point());
+    illegal.clear();
+    ASSERT_TRUE(waitForGood(128));
+    EXPECT_EQ(whole(128), 9 * 65536 + 7);
+    illegal = {r + 201};
+    ASSERT_TRUE(waitUntil([this]() { return view(128).quality() == Quality::old; }));
+    const Clock::time_point lastGood = view(128).lastGood;
+    ASSERT_TRUE(waitForRequests(6));
+    EXPECT_EQ(view(128).quality(), Quality::old);
+    EXPECT_EQ(view(128).lastGood, lastGood) << "as old as its older part";
+    EXPECT_EQ(qualities, (std::vector<Quality>{Quality::good, Quality::old}));
+}
+
+TEST_F(QualityOnALine, ValuesAreOldWhileThePortIsAway)
+{
+    beAController();
+    registers[r + 10] = 7;
+    session->watch({words("R_W", 10), words("R_W", 600)});
+    ASSERT_TRUE(waitForGood(1));
+    bool isOpen = true;
+    QObject::connect(session.get(), &Session::portChanged, session.get(),
+                     [&](bool open, const std::string&) { isOpen = open; });
+    slave.unplug();
+    ASSERT_TRUE(waitUntil([&]() { return !isOpen; }));
+    EXPECT_EQ(view(0).quality(), Quality::old);
+    EXPECT_EQ(view(1).quality(), Quality::old);
+    slave.plug();
+    ASSERT_TRUE(waitForGood(0));
+    ASSERT_TRUE(waitForGood(1));
+    EXPECT_EQ(number(view(0)), 7);
+    EXPECT_EQ(view(0).changes, 0);
+}
+
+} // namespace
+
+} // namespace dov417
