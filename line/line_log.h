@@ -1,4 +1,5 @@
-// The line log: what passed on the line, one frame a line, for people, and for programs that explain it.
+// The line log: what passed on the line, one frame a line, for people, and for programs that
+// explain it.
 //
 //   2026-01-31T12:34:56.789012+01:00 TX 01 03 05 0A 00 01 A4 C4 | station 1: read R_W:10
 //   2026-01-31T12:34:56.801344+01:00 RX 01 03 02 00 07 F9 86 | station 1: R_W:10 = 7

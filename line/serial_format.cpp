@@ -12,7 +12,7 @@ namespace {
 using std::chrono::nanoseconds;
 
 constexpr std::int64_t nanosecondsPerSecond = 1000000000;
-constexpr int halfCharactersOfDelay = 7;
+constexpr std::int64_t halfCharactersOfDelay = 7;
 // Above this rate the serial-line guide fixes the delay, as timers of controllers are no finer.
 constexpr int maxBaudOfCountedDelay = 19200;
 constexpr nanoseconds fixedDelay(1750000);

@@ -16,8 +16,8 @@ namespace dov417 {
 class LiveLine {
 public:
     // Starts the simulated controller if one is asked for, with these stations and station 1.
-    // Throws a UsageFailure if there is no line to use. Learns the areas from the driver: to be made
-    // before the session.
+    // Throws a UsageFailure if there is no line to use. Learns the areas from the driver: to be
+    // made before the session.
     LiveLine(const Library& library, const LineSetup& setup, const std::set<int>& stations,
              const simulator::SimulationOptions& controller = {});
 
