@@ -65,14 +65,13 @@ bool isOnePiece(const Write& write, int gap)
     const int length = write.address.length;
     if (write.address.width == Width::bit)
         return length == 1 && write.data.size() == 1;
-    return length >= 1 && length <= longest(maximumWordsOfAWrite, gap) &&
+    return length >= 1 && length <= longest(maxWordsOfAWrite, gap) &&
            write.data.size() == static_cast<std::size_t>(length) * bytesPerWord;
 }
 
 bool isOneReadPiece(const Address& words, int gap)
 {
-    return words.width != Width::bit && words.length >= 1 &&
-           words.length <= longest(maximumRead, gap);
+    return words.width != Width::bit && words.length >= 1 && words.length <= longest(maxRead, gap);
 }
 
 Address wordsOf(const Address& address)
