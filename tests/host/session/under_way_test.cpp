@@ -1,5 +1,6 @@
 #include <QTimer>
 #include <optional>
+#include <thread>
 
 #include "session/recipe_job.h"
 #include "session/write_job.h"
@@ -199,6 +200,26 @@ TEST_F(UnderWayOnALine, ARecipeBeginsAlthoughAForgottenFrameWasLostWithThePort)
     slave.plug();
     ASSERT_TRUE(waitForOutcomes(2));
     EXPECT_EQ(outcomes.at(2), "accepted");
+}
+
+TEST_F(UnderWayOnALine, ALineThatHasJustBeenLostCanBeOpenedAtOnce)
+{
+    beAController();
+    session->readOnce(words("R_W", 10), outcome(1));
+    ASSERT_TRUE(waitForOutcomes(1));
+    std::this_thread::sleep_for(
+        std::chrono::milliseconds(20)); // the silence before a frame is over
+    slave.unplug();
+    slave.plug();
+    // Sent at once, which tells that the port is gone.
+    session->readOnce(words("R_W", 10), outcome(2));
+    const Result result = session->open(line);
+    EXPECT_EQ(result.reason, "");
+    EXPECT_TRUE(result.accepted);
+    session->readOnce(words("R_W", 10), outcome(3));
+    ASSERT_TRUE(waitForOutcomes(3));
+    EXPECT_EQ(outcomes.at(2), "another line is opened");
+    EXPECT_EQ(outcomes.at(3), "accepted");
 }
 
 TEST_F(UnderWayOnALine, WritesGoOutAfterARecipeThatWasBegunBeforeThem)
