@@ -100,8 +100,8 @@ void Session::startDriver()
                                recipe_.mutex());
 }
 
-// Nothing that was meant for one controller may go out to another. A recipe's plan and the place
-// that it has reached survive initialisation.
+// Nothing that was meant for one controller may go out to another. The place that a recipe has
+// reached survives initialisation.
 void Session::restartDriver(const std::string& reason)
 {
     ++generation_;
@@ -109,8 +109,6 @@ void Session::restartDriver(const std::string& reason)
     requests_.endAll(reason);
     recipe_.end(reason);
     startDriver();
-    QVector<_RCP_VAR_PRO> none;
-    library_.intf_setRcpAddress(none);
     library_.driver->recipeIndex = 0;
     planViews();
 }

@@ -222,6 +222,31 @@ TEST_F(UnderWayOnALine, ALineThatHasJustBeenLostCanBeOpenedAtOnce)
     EXPECT_EQ(outcomes.at(3), "accepted");
 }
 
+TEST_F(UnderWayOnALine, ARecipeWaitsForTheWriteThatIsOnTheLine)
+{
+    beAController();
+    session->write(wordWrite("R_W", 20, 1), outcome(1));
+    download(2);
+    ASSERT_TRUE(waitForOutcomes(2));
+    EXPECT_EQ(outcomes.at(1), "accepted");
+    EXPECT_EQ(outcomes.at(2), "accepted");
+}
+
+TEST_F(UnderWayOnALine, AFrameThatTheDriverHasForgottenIsNoPartOfACycle)
+{
+    openALineThatIsSilent();
+    std::vector<int> requestsAtCycle;
+    QObject::connect(session.get(), &Session::cycleEnded, session.get(),
+                     [&](long long) { requestsAtCycle.push_back(requests); });
+    session->watch({words("R_W", 10)});
+    ASSERT_TRUE(waitUntil([this]() { return requests == 1; }));
+    session->setSettings({2, 4});
+    isSilent = false;
+    slave.send(QByteArray::fromHex("010302002A399B"));
+    ASSERT_TRUE(waitUntil([&]() { return !requestsAtCycle.empty(); }));
+    EXPECT_GE(requestsAtCycle.front(), 2);
+}
+
 TEST_F(UnderWayOnALine, WritesGoOutAfterARecipeThatWasBegunBeforeThem)
 {
     beAController();
@@ -261,8 +286,20 @@ TEST_F(UnderWayOnALine, AReplyToTheLineBeforeIsNotTakenForAnother)
     session->watch({words("R_W", 600)});
     ASSERT_TRUE(session->open(line).accepted);
     registers[0x0500 + 600] = 6;
-    isSilent = false;
-    slave.send(QByteArray::fromHex("010302002A399B"));
+    // The controller answers first what it was asked first.
+    const auto controller = slave.arrived;
+    bool isAnswered = false;
+    const auto answerLate = [&]() {
+        if (!isAnswered)
+            slave.send(QByteArray::fromHex("010302002A399B"));
+        isAnswered = true;
+        isSilent = false;
+    };
+    slave.arrived = [&](const QByteArray& bytes) {
+        answerLate();
+        controller(bytes);
+    };
+    QTimer::singleShot(100, session.get(), answerLate);
     ASSERT_TRUE(waitUntil([this]() { return session->views().at(0).hasValue; }));
     EXPECT_EQ(number(session->views().at(0)), 6);
 }
