@@ -117,13 +117,15 @@ void Session::restartDriver(const std::string& reason)
 
 Result Session::watch(const std::vector<Address>& addresses)
 {
-    watched_ = addresses;
-    views_.replace(addresses, requests_.writtenAddresses());
+    Result result;
+    for (const Address& address : addresses)
+        if (result.accepted)
+            result = watchable(library_, address);
+    watched_ = result.accepted ? addresses : std::vector<Address>();
+    views_.replace(watched_, requests_.writtenAddresses());
     planViews();
     runner_.wake();
-    return plannedRequests_ > 0 || addresses.empty()
-               ? Result()
-               : Result::refused("the driver plans no request for these addresses");
+    return result;
 }
 
 // Under way, also while the port is away: it is sent again when it is back. A frame on the line

@@ -162,6 +162,24 @@ TEST_F(QualityOnALine, AValueOfWhichOnePartCannotBeReadIsNeverGood)
     EXPECT_EQ(qualities, (std::vector<Quality>{Quality::good, Quality::old}));
 }
 
+TEST_F(QualityOnALine, AnAddressThatCannotBeReadIsRefusedBeforeItKeepsTheOthersFromBeingRead)
+{
+    beAController();
+    EXPECT_TRUE(session->watch({words("R_W", 10)}).accepted);
+    // Nor is one shown beyond the highest, where the driver would read another one, or of a station
+    // whose number would go round.
+    for (const Address& address : {words("X_W", 5), words("R_W", 70000), words("R_W", -1),
+                                   words("R_W", 10, 1, 0), words("R_W", 10, 1, 257)}) {
+        const Result result = session->watch({words("R_W", 10), address});
+        EXPECT_FALSE(result.accepted) << toText(library, address);
+        EXPECT_NE(result.reason, "");
+        EXPECT_TRUE(session->views().empty());
+        EXPECT_TRUE(library.driver->readList.isEmpty());
+    }
+    EXPECT_TRUE(session->watch({words("R_W", 10)}).accepted);
+    EXPECT_TRUE(waitForGood(0));
+}
+
 TEST_F(QualityOnALine, ValuesAreOldWhileThePortIsAway)
 {
     beAController();
