@@ -184,8 +184,10 @@ void SerialLine::lost(const QString& reason)
     timer_.cancel();
     state_ = State::closed;
     done_ = nullptr;
-    // The error comes from within the port's own code, so the port must outlive this call.
+    // The error comes from within the port's own code, so the port must outlive this call. Its lock
+    // must not: the line may be opened again before the event loop comes to delete it.
     port_->disconnect();
+    port_->close();
     port_.release()->deleteLater();
     lastReason_.clear();
     observer_.port(false, QStringLiteral("port %1 is gone: %2").arg(settings_.device, reason));

@@ -91,6 +91,20 @@ std::vector<Address> readPieces(const Address& address, int gap)
     return cut(wordsOf(address), pieceLength(address, maxRead, gap));
 }
 
+Result watchable(const Library& library, const Address& address)
+{
+    try {
+        parseStation(std::to_string(address.station));
+        requireAccess(library, address, Access::read);
+        const std::string text = toText(library, address);
+        if (!(parseAddress(library, text) == address))
+            return Result::refused(text + " is no address of its register type");
+    } catch (const Failure& failure) {
+        return Result::refused(failure.what());
+    }
+    return Result();
+}
+
 std::vector<Address> watchPieces(const Address& address)
 {
     // The first bit may lie within its word.

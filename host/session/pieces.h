@@ -4,6 +4,7 @@
 
 #include <vector>
 
+#include "line/failure.h"
 #include "text/addresses.h"
 
 namespace dov417 {
@@ -30,6 +31,10 @@ bool isOneReadPiece(const Address& words, int gap);
 
 // The words to read once for an address: single reads of bit registers are never framed.
 std::vector<Address> readPieces(const Address& address, int gap);
+
+// Can it be watched? The driver takes any address, wraps what lies beyond the highest one, and
+// stands still for ever at one that it cannot make a request of.
+Result watchable(const Library& library, const Address& address);
 
 // What to hand in for an address that is watched. Of a longer one the driver cuts requests itself,
 // and then leaves out the words behind a shorter address inside it.

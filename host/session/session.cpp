@@ -100,8 +100,8 @@ void Session::startDriver()
                                recipe_.mutex());
 }
 
-// Nothing that was meant for one controller may go out to another. A recipe's plan and the place
-// that it has reached survive initialisation.
+// Nothing that was meant for one controller may go out to another. The place that a recipe has
+// reached survives initialisation.
 void Session::restartDriver(const std::string& reason)
 {
     ++generation_;
@@ -109,8 +109,6 @@ void Session::restartDriver(const std::string& reason)
     requests_.endAll(reason);
     recipe_.end(reason);
     startDriver();
-    QVector<_RCP_VAR_PRO> none;
-    library_.intf_setRcpAddress(none);
     library_.driver->recipeIndex = 0;
     planViews();
 }
@@ -119,13 +117,15 @@ void Session::restartDriver(const std::string& reason)
 
 Result Session::watch(const std::vector<Address>& addresses)
 {
-    watched_ = addresses;
-    views_.replace(addresses, requests_.writtenAddresses());
+    Result result;
+    for (const Address& address : addresses)
+        if (result.accepted)
+            result = watchable(library_, address);
+    watched_ = result.accepted ? addresses : std::vector<Address>();
+    views_.replace(watched_, requests_.writtenAddresses());
     planViews();
     runner_.wake();
-    return plannedRequests_ > 0 || addresses.empty()
-               ? Result()
-               : Result::refused("the driver plans no request for these addresses");
+    return result;
 }
 
 // Under way, also while the port is away: it is sent again when it is back. A frame on the line

@@ -60,8 +60,8 @@ public:
     void setSettings(const SessionSettings& settings);
 
     // Polls these addresses from now on, and nothing else; the views are their values one by one.
-    // Values, times and counts of addresses that stay are kept. Refused if the driver plans
-    // nothing.
+    // Values, times and counts of addresses that stay are kept. Refused if one of them cannot be
+    // read: nothing is watched then.
     Result watch(const std::vector<Address>& addresses);
     const std::vector<View>& views() const;
 

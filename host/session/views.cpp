@@ -215,6 +215,7 @@ void Views::makeOld()
 
 void Views::forget()
 {
+    changes_.clear(); // nobody is to hear of the values of this controller once there is the next
     for (std::size_t i = 0; i < views_.size(); ++i) {
         View fresh;
         fresh.address = views_.at(i).address;

@@ -44,7 +44,7 @@ struct View {
 
 // A copy of a view as it was when it changed.
 struct ViewChange {
-    std::size_t index = 0; // in Session::views()
+    std::size_t index = 0; // in Session::views(), until somebody watches something else
     View view;
     bool isValue = true; // a first or another value; else its quality alone
 };

@@ -61,11 +61,32 @@ TEST_F(QualityOnALine, AWordAndABitOfItWrittenAtOnceShowWhatCameOut)
     EXPECT_EQ(number(view(0)), 0x40);
 }
 
+TEST_F(QualityOnALine, OfTwoWritesOfAWordTheRefusedOneLeavesWhatTheOtherHasWritten)
+{
+    beAController();
+    session->watch({words("R_W", 11)});
+    ASSERT_TRUE(waitForGood(0));
+    const auto controller = slave.arrived;
+    slave.arrived = [&](const QByteArray& bytes) {
+        controller(bytes);
+        if (registers.at(r + 11) == 5)
+            illegal = {r + 11}; // from now on
+    };
+    session->write({words("R_W", 10, 2), {4, 0, 5, 0}}, outcome(1));
+    int shown = 0;
+    session->write(wordWrite("R_W", 11, 6), [&](const Result& result) {
+        EXPECT_FALSE(result.accepted);
+        shown = number(view(0));
+    });
+    ASSERT_TRUE(waitUntil([&]() { return shown != 0; }));
+    EXPECT_EQ(outcomes.at(1), "accepted");
+    EXPECT_EQ(shown, 5);
+}
+
 TEST_F(QualityOnALine, AWriteThatWasRefusedIsNotShownEvenAfterAnotherScreen)
 {
     beAController();
     registers[r + 10] = 7;
-    illegal.clear();
     session->watch({words("R_W", 10)});
     ASSERT_TRUE(waitForGood(0));
     // Held by the controller until both calls are made, then refused; and nothing is read any more.
@@ -78,6 +99,20 @@ TEST_F(QualityOnALine, AWriteThatWasRefusedIsNotShownEvenAfterAnotherScreen)
     illegal = {r + 10};
     ASSERT_TRUE(waitForOutcomes(1));
     EXPECT_EQ(number(view(0)), 7);
+}
+
+TEST_F(QualityOnALine, WhatWasWrittenIsShownWithItsOutcomeAfterAnotherScreenToo)
+{
+    beAController();
+    registers[r + 10] = 7;
+    session->watch({words("R_W", 10)});
+    ASSERT_TRUE(waitForGood(0));
+    session->watch({words("R_W", 600), words("R_W", 10)});
+    std::vector<int> shown;
+    session->write(wordWrite("R_W", 10, 5),
+                   [&](const Result&) { shown.push_back(number(view(1))); });
+    ASSERT_TRUE(waitUntil([&]() { return !shown.empty(); }));
+    EXPECT_EQ(shown, std::vector<int>{5});
 }
 
 TEST_F(QualityOnALine, AWriteThatIsEndedByOtherSettingsIsNotShown)
@@ -125,6 +160,24 @@ TEST_F(QualityOnALine, AValueOfWhichOnePartCannotBeReadIsNeverGood)
     EXPECT_EQ(view(128).quality(), Quality::old);
     EXPECT_EQ(view(128).lastGood, lastGood) << "as old as its older part";
     EXPECT_EQ(qualities, (std::vector<Quality>{Quality::good, Quality::old}));
+}
+
+TEST_F(QualityOnALine, AnAddressThatCannotBeReadIsRefusedBeforeItKeepsTheOthersFromBeingRead)
+{
+    beAController();
+    EXPECT_TRUE(session->watch({words("R_W", 10)}).accepted);
+    // Nor is one shown beyond the highest, where the driver would read another one, or of a station
+    // whose number would go round.
+    for (const Address& address : {words("X_W", 5), words("R_W", 70000), words("R_W", -1),
+                                   words("R_W", 10, 1, 0), words("R_W", 10, 1, 257)}) {
+        const Result result = session->watch({words("R_W", 10), address});
+        EXPECT_FALSE(result.accepted) << toText(library, address);
+        EXPECT_NE(result.reason, "");
+        EXPECT_TRUE(session->views().empty());
+        EXPECT_TRUE(library.driver->readList.isEmpty());
+    }
+    EXPECT_TRUE(session->watch({words("R_W", 10)}).accepted);
+    EXPECT_TRUE(waitForGood(0));
 }
 
 TEST_F(QualityOnALine, ValuesAreOldWhileThePortIsAway)

@@ -193,12 +193,12 @@ TEST_F(SessionOnALine, AReplyToThePlanBeforeDoesNotCountForTheNewCycle)
     EXPECT_TRUE(session->views().at(1).hasValue);
 }
 
-TEST_F(SessionOnALine, WhatTheDriverPlansNothingForIsRefused)
+TEST_F(SessionOnALine, WhatCannotBeReadIsRefused)
 {
     EXPECT_TRUE(session->watch({words("R_W", 10)}).accepted);
     const Result result = session->watch({words("R_W", 10, 0)});
     EXPECT_FALSE(result.accepted);
-    EXPECT_EQ(result.reason, "the driver plans no request for these addresses");
+    EXPECT_EQ(result.reason, "1/R_W:10 is no address of its register type");
     EXPECT_TRUE(session->watch({}).accepted);
 }
 

@@ -1,5 +1,6 @@
 #include <QTimer>
 #include <optional>
+#include <thread>
 
 #include "session/recipe_job.h"
 #include "session/write_job.h"
@@ -201,6 +202,51 @@ TEST_F(UnderWayOnALine, ARecipeBeginsAlthoughAForgottenFrameWasLostWithThePort)
     EXPECT_EQ(outcomes.at(2), "accepted");
 }
 
+TEST_F(UnderWayOnALine, ALineThatHasJustBeenLostCanBeOpenedAtOnce)
+{
+    beAController();
+    session->readOnce(words("R_W", 10), outcome(1));
+    ASSERT_TRUE(waitForOutcomes(1));
+    std::this_thread::sleep_for(
+        std::chrono::milliseconds(20)); // the silence before a frame is over
+    slave.unplug();
+    slave.plug();
+    // Sent at once, which tells that the port is gone.
+    session->readOnce(words("R_W", 10), outcome(2));
+    const Result result = session->open(line);
+    EXPECT_EQ(result.reason, "");
+    EXPECT_TRUE(result.accepted);
+    session->readOnce(words("R_W", 10), outcome(3));
+    ASSERT_TRUE(waitForOutcomes(3));
+    EXPECT_EQ(outcomes.at(2), "another line is opened");
+    EXPECT_EQ(outcomes.at(3), "accepted");
+}
+
+TEST_F(UnderWayOnALine, ARecipeWaitsForTheWriteThatIsOnTheLine)
+{
+    beAController();
+    session->write(wordWrite("R_W", 20, 1), outcome(1));
+    download(2);
+    ASSERT_TRUE(waitForOutcomes(2));
+    EXPECT_EQ(outcomes.at(1), "accepted");
+    EXPECT_EQ(outcomes.at(2), "accepted");
+}
+
+TEST_F(UnderWayOnALine, AFrameThatTheDriverHasForgottenIsNoPartOfACycle)
+{
+    openALineThatIsSilent();
+    std::vector<int> requestsAtCycle;
+    QObject::connect(session.get(), &Session::cycleEnded, session.get(),
+                     [&](long long) { requestsAtCycle.push_back(requests); });
+    session->watch({words("R_W", 10)});
+    ASSERT_TRUE(waitUntil([this]() { return requests == 1; }));
+    session->setSettings({2, 4});
+    isSilent = false;
+    slave.send(QByteArray::fromHex("010302002A399B"));
+    ASSERT_TRUE(waitUntil([&]() { return !requestsAtCycle.empty(); }));
+    EXPECT_GE(requestsAtCycle.front(), 2);
+}
+
 TEST_F(UnderWayOnALine, WritesGoOutAfterARecipeThatWasBegunBeforeThem)
 {
     beAController();
@@ -240,8 +286,20 @@ TEST_F(UnderWayOnALine, AReplyToTheLineBeforeIsNotTakenForAnother)
     session->watch({words("R_W", 600)});
     ASSERT_TRUE(session->open(line).accepted);
     registers[0x0500 + 600] = 6;
-    isSilent = false;
-    slave.send(QByteArray::fromHex("010302002A399B"));
+    // The controller answers first what it was asked first.
+    const auto controller = slave.arrived;
+    bool isAnswered = false;
+    const auto answerLate = [&]() {
+        if (!isAnswered)
+            slave.send(QByteArray::fromHex("010302002A399B"));
+        isAnswered = true;
+        isSilent = false;
+    };
+    slave.arrived = [&](const QByteArray& bytes) {
+        answerLate();
+        controller(bytes);
+    };
+    QTimer::singleShot(100, session.get(), answerLate);
     ASSERT_TRUE(waitUntil([this]() { return session->views().at(0).hasValue; }));
     EXPECT_EQ(number(session->views().at(0)), 6);
 }
