@@ -295,6 +295,23 @@ std::string functionName(int function)
     return nameOf(std::begin(functions), std::end(functions), function, "function ");
 }
 
+namespace {
+
+// Diagnostics, sub-function 0: request and reply are the same.
+bool isEcho(const QByteArray& frame)
+{
+    constexpr int diagnostics = 8;
+    return frame.size() == requestLength && functionOf(frame) == diagnostics &&
+           wordAt(frame, 2) == 0;
+}
+
+std::string echoText(const QByteArray& frame)
+{
+    return "diagnostics echo, number " + std::to_string(wordAt(frame, 4));
+}
+
+} // namespace
+
 std::string requestText(const QByteArray& frame, const std::vector<Area>& areas)
 {
     if (frame.size() < minFrame)
@@ -302,6 +319,8 @@ std::string requestText(const QByteArray& frame, const std::vector<Area>& areas)
     const int function = functionOf(frame);
     const std::string who = station(frame);
     const bool ofMany = function == writeCoils || function == writeRegisters;
+    if (isEcho(frame))
+        return who + echoText(frame) + badCrc(frame);
     if (functionName(function).compare(0, 9, "function ") == 0)
         return who + functionName(function) + badCrc(frame);
     if (frame.size() < (ofMany ? writeHead + crcLength : requestLength))
@@ -340,6 +359,8 @@ std::string replyText(const QByteArray& reply, const QByteArray& request,
                functionName(function ^ exceptionMark) + faults +
                lengthFault(reply, exceptionLength) + badCrc(reply);
     }
+    if (isEcho(reply))
+        return who + echoText(reply) + faults + badCrc(reply);
     if (functionName(function).compare(0, 9, "function ") == 0)
         return who + functionName(function) + faults + badCrc(reply);
     if (asked.function >= 0 && function != asked.function)

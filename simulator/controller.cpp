@@ -135,6 +135,13 @@ QByteArray readReply(const StationMemory& memory, const Function& function, cons
     return withCrc(reply + data);
 }
 
+// Diagnostics, sub-function 0: sends back what it was sent.
+bool isEchoRequest(const QByteArray& request)
+{
+    constexpr int length = 8;
+    return request.size() == length && byteAt(request, 1) == 8 && wordAt(request, 2) == 0;
+}
+
 QByteArray exceptionReply(const Answer& answer)
 {
     QByteArray reply;
@@ -201,6 +208,11 @@ Answer Controller::decide(const QByteArray& request)
         return answer;
     }
 
+    if (!broadcast && isEchoRequest(request)) {
+        answer.outcome = Outcome::answered;
+        answer.reply = request;
+        return answer;
+    }
     if (!function)
         answer.exception = illegalFunction;
     else if (!isSensible(*function, request, answer.count, limits_))

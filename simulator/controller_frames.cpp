@@ -46,7 +46,8 @@ int requestLength(const QByteArray& begin)
     case 3:
     case 5:
     case 6:
-        return 8; // station, function, address, quantity or value, CRC
+    case 8:
+        return 8; // station, function, address or sub-function, quantity or value, CRC
     case 15:
     case 16:
         break;

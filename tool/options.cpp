@@ -39,10 +39,16 @@ void addLineOptions(CLI::App& command, LineOptions& options)
         });
     command
         .add_option("--timeout", options.timeoutMs,
-                    "How long to wait for a reply (" + std::to_string(defaultTimeoutMs) + ")")
+                    "How long to wait for a reply, whatever a station takes; else " +
+                        std::to_string(defaultTimeoutMs) + ", and longer where it takes longer")
         ->option_text("MS")
         ->group(lineGroup)
         ->check(CLI::Range(1, maxMs));
+    command
+        .add_flag_callback(
+            "--no-function-8", [&options]() { options.mayMark = false; },
+            "Never send the diagnostics echo that tells late replies from the one awaited")
+        ->group(lineGroup);
     command
         .add_option("--retries", options.retries,
                     "Bad or missing replies in a row until a request is given up (" +

@@ -161,10 +161,10 @@ void addPlanCommand(CLI::App& app, Action& chosen)
     command->footer(
         "Examples:\n"
         "  dov417 plan R_W:100..107 R_W:120 M_bit:1.0..1.15 2/R_D:10..13\n"
-        "  dov417 plan R_W:100 R_W:115 --line 9600,8,NONE,1 --turnaround 5\n"
+        "  dov417 plan R_W:100 R_W:115 --line 9600,8,NONE,1 --response-time 5\n"
         "  dov417 plan R_W:100 R_W:115 --gap 10\n"
         "A read carries its characters, a silence before it and one before its reply, and the\n"
-        "controller's turnaround. Without --gap the cycle time of every gap is listed too.");
+        "controller's response time. Without --gap the cycle time of every gap is listed too.");
     command->callback([options, &chosen]() { chosen = [options]() { return runPlan(*options); }; });
 }
 

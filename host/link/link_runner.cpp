@@ -50,6 +50,10 @@ Result LinkRunner::open(const LineSettings& settings)
     statistics_ = LinkStatistics();
     LineObserver observer;
     observer.sent = events_.began;
+    observer.markerEnded = [this](const Transmission& marker) {
+        ++statistics_.markers;
+        events_.markerEnded(marker);
+    };
     observer.stray = [this](const Stray& stray) {
         statistics_.add(stray);
         events_.stray(stray);

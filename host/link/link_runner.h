@@ -23,6 +23,7 @@ namespace dov417 {
 struct LinkEvents {
     std::function<void(const Transmission&)> began;
     std::function<void(const Transmission&)> ended; // before the driver is asked for the next frame
+    std::function<void(const Transmission&)> markerEnded;
     std::function<void(const Stray&)> stray;
     std::function<void(bool open, const std::string& message)> port;
 };
@@ -51,8 +52,8 @@ private:
     LinkEvents events_;
     LinkStatistics statistics_;
     std::unique_ptr<SerialLine> line_;
-    QString device_;                                  // of the line
-    std::map<QString, QList<Unanswered>> unanswered_; // by device, of lines that were closed
+    QString device_;                      // of the line
+    std::map<QString, Books> unanswered_; // by device, of lines that were closed
     QTimer idleTimer_;
     FRAME_PRO frame_ = FRAME_PRO();
     bool portIsOpen_ = false;

@@ -214,6 +214,9 @@ std::string fullStatistics(const LinkStatistics& statistics, Clock::time_point n
     const std::string strays = straysText(statistics);
     if (!strays.empty())
         result += "  bytes that were no reply: " + strays + "\n";
+    if (statistics.markers > 0)
+        result +=
+            "  sent besides, to tell late replies: " + std::to_string(statistics.markers) + "\n";
     if (statistics.portLosses > 0)
         result += "  times that the port was lost: " + std::to_string(statistics.portLosses) + "\n";
     for (const std::string& line : requestStatistics(statistics))

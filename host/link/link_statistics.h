@@ -49,6 +49,7 @@ struct LinkStatistics {
     std::array<long long, strayKinds> strays{}; // indexed by StrayKind
     Durations cycles;
     long long portLosses = 0;
+    long long markers = 0; // requests of our own that ended a doubt
     bool portIsOpen = true;
     bool linkIsGood = true; // until a request is given up, and again with the next good reply
     Clock::time_point started = Clock::now();

@@ -8,15 +8,12 @@
 #include <unistd.h>
 #include <utility>
 
-#include "line/crc16.h"
 #include "line/failure.h"
 
 namespace dov417 {
 
 namespace {
 
-constexpr Micros blockwiseGap(20000); // USB adapters hand bytes on in blocks, up to 16 ms apart
-constexpr Micros rereadDelay(200);    // bytes wait in the kernel: let the port's event come first
 constexpr int reopenMilliseconds = 200;
 
 bool isPseudoTerminal(const QString& device)
@@ -24,12 +21,18 @@ bool isPseudoTerminal(const QString& device)
     return QFileInfo(device).canonicalFilePath().startsWith(QLatin1String("/dev/pts/"));
 }
 
-// Where something between the wire and us hands bytes on in blocks, a gap says nothing.
-bool keepsGaps(const QString& device)
+ExchangeSettings exchangeSettings(const LineSettings& line)
 {
-    const QString path = QFileInfo(device).canonicalFilePath();
-    return !isPseudoTerminal(device) && !path.contains(QLatin1String("ttyUSB")) &&
-           !path.contains(QLatin1String("ttyACM"));
+    ExchangeSettings settings;
+    settings.wire = line.wire;
+    settings.timeout = {line.timeout, line.maxTimeout, line.isTimeoutFixed};
+    settings.turnaround = line.turnaround;
+    settings.replyGap =
+        std::max(line.replyGap, std::chrono::round<Micros>(line.wire.interFrameDelay()));
+    settings.horizon = line.horizon;
+    settings.mayMark = line.mayMark;
+    settings.isShared = line.isShared;
+    return settings;
 }
 
 QString whyNotOpened(const QString& device, const QString& systemText)
@@ -59,7 +62,12 @@ QSerialPort::Parity parityOf(Parity parity)
 } // namespace
 
 SerialLine::SerialLine(const LineSettings& settings, const LineObserver& observer)
-    : settings_(settings), observer_(observer), timer_([this]() { timerDue(); })
+    : settings_(settings), observer_(observer),
+      timer_([this]() { exchange_.timerDue(Clock::now()); }),
+      exchange_({[this](const QByteArray& bytes) { write(bytes); },
+                 [this]() { return bytesWait(); }, [this](Clock::time_point when) { wakeAt(when); },
+                 [this]() { timer_.cancel(); }, observer.sent, observer.markerEnded,
+                 observer.stray})
 {
     // A bare name is one of /dev. QSerialPort takes a relative path for one too.
     QString& device = settings_.device;
@@ -79,25 +87,22 @@ SerialLine::~SerialLine()
 
 bool SerialLine::isOpen() const
 {
-    return state_ != State::closed;
+    return exchange_.isRunning();
 }
 
 Micros SerialLine::wireTime() const
 {
-    return wireTime_;
+    return exchange_.wireTime();
 }
 
-QList<Unanswered> SerialLine::unanswered() const
+Books SerialLine::unanswered() const
 {
-    return unanswered_;
+    return exchange_.books();
 }
 
-void SerialLine::awaitLate(const QList<Unanswered>& earlier)
+void SerialLine::awaitLate(const Books& earlier)
 {
-    for (Unanswered each : earlier) {
-        each.number = 0;
-        unanswered_.append(each);
-    }
+    exchange_.awaitLate(earlier);
 }
 
 bool SerialLine::open(QString* reason)
@@ -142,11 +147,12 @@ bool SerialLine::tryOpen(QString* reason)
         return false;
     }
     port_->clear();
-    const Micros delay = std::chrono::round<Micros>(settings_.wire.interFrameDelay());
-    frameGap_ = keepsGaps(settings_.device) ? delay : std::max(blockwiseGap, delay);
-    state_ = State::idle;
-    lastActivity_ = Clock::now();
-    QObject::connect(port_.get(), &QSerialPort::readyRead, port_.get(), [this]() { bytesCame(); });
+    exchange_.start(exchangeSettings(settings_), Clock::now());
+    QObject::connect(port_.get(), &QSerialPort::readyRead, port_.get(), [this]() {
+        const QByteArray bytes = port_->readAll();
+        if (!bytes.isEmpty())
+            exchange_.bytesCame(bytes, Clock::now());
+    });
     QObject::connect(port_.get(), &QSerialPort::errorOccurred, port_.get(),
                      [this](QSerialPort::SerialPortError error) {
                          if (error != QSerialPort::NoError && error != QSerialPort::TimeoutError)
@@ -181,9 +187,7 @@ bool SerialLine::applyFormat(QString* reason)
 
 void SerialLine::lost(const QString& reason)
 {
-    timer_.cancel();
-    state_ = State::closed;
-    done_ = nullptr;
+    exchange_.stop();
     // The error comes from within the port's own code, so the port must outlive this call. Its lock
     // must not: the line may be opened again before the event loop comes to delete it.
     port_->disconnect();
@@ -194,42 +198,17 @@ void SerialLine::lost(const QString& reason)
     reopenTimer_.start();
 }
 
-void SerialLine::transact(const Transmission& request, Done done)
+void SerialLine::transact(const Transmission& request, Exchange::Done done)
 {
-    current_ = request;
-    done_ = std::move(done);
-    state_ = State::silence;
-    // A line that is never silent is not waited for forever.
-    babbleLimit_ = Clock::now() + 3 * settings_.timeout;
-    beginSilence();
+    exchange_.transact(request, std::move(done), Clock::now());
 }
 
-void SerialLine::beginSilence()
+void SerialLine::write(const QByteArray& bytes)
 {
-    const Clock::time_point start = earliestStart();
-    if (start <= Clock::now())
-        transmit();
-    else
-        wakeAt(start);
-}
-
-// After the silence; and not before the reply to an earlier transmission can no longer be taken for
-// the reply to this one. Requests of the same station, function and length can be mixed up: a reply
-// to a read does not name its address, an exception reply no address at all.
-Clock::time_point SerialLine::earliestStart()
-{
-    const Clock::time_point now = Clock::now();
-    const Clock::time_point silence = lastActivity_ + settings_.wire.interFrameDelay();
-    Clock::time_point start = std::min(silence, babbleLimit_);
-    for (auto i = unanswered_.size() - 1; i >= 0; --i) {
-        const Unanswered& earlier = unanswered_.at(i);
-        if (earlier.expires <= now)
-            unanswered_.removeAt(i);
-        else if (earlier.replyLength == current_.replyLength && earlier.request != current_.sent &&
-                 earlier.request.left(2) == current_.sent.left(2))
-            start = std::max(start, earlier.expires);
-    }
-    return start;
+    // cppcheck-suppress nullPointerRedundantCheck
+    port_->write(bytes);
+    if (port_) // a failed write may have told us that the port is gone
+        port_->flush();
 }
 
 bool SerialLine::bytesWait() const
@@ -238,182 +217,10 @@ bool SerialLine::bytesWait() const
     return ioctl(port_->handle(), FIONREAD, &count) == 0 && count > 0;
 }
 
-void SerialLine::transmit()
-{
-    const Clock::time_point now = Clock::now();
-    if (now < babbleLimit_ && bytesWait()) {
-        wakeAt(now + rereadDelay);
-        return;
-    }
-    collector_.begin(current_.sent, current_.replyLength);
-    const Micros duration =
-        std::chrono::round<Micros>(settings_.wire.characters(current_.sent.size()));
-    current_.number = ++transmissions_;
-    current_.sendBegin = now;
-    current_.sendEnd = now + duration;
-    current_.timeout = settings_.timeout;
-    current_.reception = Reception();
-    lastActivity_ = current_.sendEnd;
-    wireTime_ += duration;
-    observer_.sent(current_);
-    const bool awaited = current_.replyLength > 0;
-    state_ = awaited ? State::awaitingReply : State::awaitingTurnaround;
-    if (awaited) {
-        deadline_ = current_.sendEnd + settings_.timeout;
-        unanswered_.append({current_.number, current_.sent, current_.replyLength, now,
-                            deadline_ + settings_.timeout});
-        armReplyTimer();
-    } else {
-        wakeAt(current_.sendEnd + settings_.turnaround);
-    }
-    // cppcheck-suppress nullPointerRedundantCheck
-    port_->write(current_.sent);
-    if (port_) // a failed write may have told us that the port is gone
-        port_->flush();
-}
-
 void SerialLine::wakeAt(Clock::time_point when)
 {
     using std::chrono::nanoseconds; // steady_clock is the timer's clock here
     timer_.wakeAt(std::chrono::duration_cast<nanoseconds>(when.time_since_epoch()).count());
-}
-
-void SerialLine::armReplyTimer()
-{
-    if (collector_.isEmpty())
-        wakeAt(deadline_);
-    else
-        wakeAt(std::min(lastActivity_ + frameGap_,
-                        deadline_ + settings_.wire.characters(current_.replyLength)));
-}
-
-void SerialLine::bytesCame()
-{
-    const QByteArray bytes = port_->readAll();
-    if (bytes.isEmpty())
-        return;
-    lastActivity_ = Clock::now();
-    wireTime_ += std::chrono::round<Micros>(settings_.wire.characters(bytes.size()));
-    switch (state_) {
-    case State::closed:
-        break;
-    case State::idle:
-    case State::awaitingTurnaround:
-        flushLateBytes(bytes);
-        break;
-    case State::silence:
-        flushLateBytes(bytes);
-        beginSilence();
-        break;
-    case State::awaitingReply:
-        if (current_.reception.firstByte == Clock::time_point())
-            current_.reception.firstByte = lastActivity_;
-        current_.reception.lastByte = lastActivity_;
-        takeArrival(collector_.add(bytes));
-        break;
-    }
-}
-
-void SerialLine::takeArrival(Arrival arrival)
-{
-    reportStrays();
-    switch (arrival) {
-    case Arrival::incomplete:
-        armReplyTimer();
-        break;
-    case Arrival::reply:
-        finish(LineResult::reply);
-        break;
-    case Arrival::exception:
-        finish(LineResult::exception);
-        break;
-    }
-}
-
-void SerialLine::timerDue()
-{
-    const Clock::time_point now = Clock::now();
-    switch (state_) {
-    case State::closed:
-    case State::idle:
-        break;
-    case State::silence:
-        beginSilence();
-        break;
-    case State::awaitingTurnaround:
-        finish(LineResult::broadcast);
-        break;
-    case State::awaitingReply:
-        if (bytesWait()) {
-            wakeAt(now + rereadDelay);
-        } else if (!collector_.isEmpty()) {
-            takeArrival(collector_.endOfFrame());
-        } else if (now >= deadline_) {
-            const bool almost = collector_.timeIsUp() == Arrival::reply;
-            finish(almost ? LineResult::reply : LineResult::timeout);
-        } else {
-            armReplyTimer();
-        }
-        break;
-    }
-}
-
-void SerialLine::finish(LineResult result)
-{
-    timer_.cancel();
-    state_ = State::idle;
-    Reception& reception = current_.reception;
-    reception.result = result;
-    if (result == LineResult::reply || result == LineResult::exception) {
-        reception.bytes = collector_.reply();
-        if (hasGoodCrc(reception.bytes))
-            settle(reception.bytes);
-        else if (!unanswered_.isEmpty())
-            unanswered_.removeLast(); // garbled, but it was the answer
-    }
-    // The next transaction may be started from within.
-    const Transmission ended = current_;
-    const Done done = std::move(done_);
-    done_ = nullptr;
-    done(ended);
-}
-
-void SerialLine::reportStrays()
-{
-    for (Stray& stray : collector_.takeStrays()) {
-        stray.at = lastActivity_;
-        if (stray.kind != StrayKind::echo)
-            stray.answers = settle(stray.bytes);
-        observer_.stray(stray);
-    }
-}
-
-void SerialLine::flushLateBytes(const QByteArray& bytes)
-{
-    observer_.stray({StrayKind::late, bytes, lastActivity_, settle(bytes)});
-}
-
-// A frame came: it answers the oldest transmission that it fits. If that had been repeated, the
-// controller's delay is known now, and the other replies cannot come later than that. Tells which
-// transmission it was; 0 for none.
-long long SerialLine::settle(const QByteArray& frame)
-{
-    if (!hasGoodCrc(frame))
-        return 0;
-    const Clock::time_point now = Clock::now();
-    for (int i = 0; i < unanswered_.size(); ++i) {
-        const Unanswered answered = unanswered_.at(i);
-        if (answered.request.at(0) != frame.at(0) ||
-            ((answered.request.at(1) ^ frame.at(1)) & 0x7F) != 0)
-            continue;
-        unanswered_.removeAt(i);
-        const Clock::duration delay = now - answered.sentAt + blockwiseGap;
-        for (Unanswered& other : unanswered_)
-            if (other.request == answered.request)
-                other.expires = std::min(other.expires, other.sentAt + delay);
-        return answered.number;
-    }
-    return 0;
 }
 
 } // namespace dov417

@@ -16,7 +16,7 @@
 #include "line/clock.h"
 #include "line/serial_format.h"
 #include "line/wake_timer.h"
-#include "link/reply_collector.h"
+#include "link/exchange.h"
 #include "link/transmission.h"
 
 class QSerialPort;
@@ -26,24 +26,24 @@ namespace dov417 {
 struct LineSettings {
     QString device;
     SerialFormat wire;
-    Micros timeout{500000};    // from the end of the request to the first byte of the reply
+    // From the end of the request to the first byte of the reply: a station that takes longer is
+    // waited for longer, unless the time-out is fixed.
+    Micros timeout{500000};
+    Micros maxTimeout{15000000};
+    bool isTimeoutFixed = false;
     Micros turnaround{100000}; // what controllers need to digest a broadcast
+    Micros replyGap{100000};   // silence after which a reply that has begun is taken to have ended
+    Micros horizon{30000000};  // a station begins to answer within it, or not at all
+    bool mayMark = true;       // function 8 may be used
+    bool isShared = true;      // another program may have asked just before the line was opened
 };
 
 // What passes on the line, for logs and counters.
 struct LineObserver {
     std::function<void(const Transmission&)> sent; // its first byte goes out now
+    std::function<void(const Transmission&)> markerEnded;
     std::function<void(const Stray&)> stray;
     std::function<void(bool open, const QString& message)> port;
-};
-
-// A transmission whose reply has not been seen: it may still come.
-struct Unanswered {
-    long long number; // 0: of an earlier line
-    QByteArray request;
-    int replyLength;
-    Clock::time_point sentAt;
-    Clock::time_point expires;
 };
 
 class SerialLine {
@@ -61,42 +61,23 @@ public:
     // Transmits and collects; calls done once, from the event loop. One at a time. If the port
     // vanishes meanwhile, done is not called: the request is to be repeated once the port is back.
     // Of the record the line fills in what it knows: number, times and reception.
-    using Done = std::function<void(const Transmission&)>;
-    void transact(const Transmission& request, Done done);
+    void transact(const Transmission& request, Exchange::Done done);
 
     // Transmissions whose replies may still come, when the line is given up; and to be handed to
     // the next one on the same port, which may take them for its own.
-    QList<Unanswered> unanswered() const;
-    void awaitLate(const QList<Unanswered>& earlier);
+    Books unanswered() const;
+    void awaitLate(const Books& earlier);
 
     // Time that the bytes sent and received so far took on the wire.
     Micros wireTime() const;
 
 private:
-    enum class State {
-        closed,
-        idle,
-        silence,
-        awaitingReply,
-        awaitingTurnaround
-    };
-
     bool tryOpen(QString* reason);
     void reopen();
     bool applyFormat(QString* reason);
     void lost(const QString& reason);
-    void bytesCame();
-    void timerDue();
-    void beginSilence();
-    void transmit();
+    void write(const QByteArray& bytes);
     void wakeAt(Clock::time_point when);
-    void armReplyTimer();
-    void finish(LineResult result);
-    void takeArrival(Arrival arrival);
-    void reportStrays();
-    void flushLateBytes(const QByteArray& bytes);
-    long long settle(const QByteArray& frame);
-    Clock::time_point earliestStart();
     bool bytesWait() const;
 
     LineSettings settings_;
@@ -104,19 +85,8 @@ private:
     std::unique_ptr<QSerialPort> port_;
     WakeTimer timer_;
     QTimer reopenTimer_;
-    ReplyCollector collector_;
-    QList<Unanswered> unanswered_;
-    State state_ = State::closed;
     QString lastReason_;
-    Micros frameGap_{0}; // silence after which a reply is taken to have ended
-
-    Transmission current_;
-    long long transmissions_ = 0;
-    Done done_;
-    Clock::time_point lastActivity_{}; // end of the last byte on the line, ours or theirs
-    Clock::time_point babbleLimit_{};  // when to transmit although the line is not silent
-    Clock::time_point deadline_{};
-    Micros wireTime_{0};
+    Exchange exchange_;
 };
 
 } // namespace dov417

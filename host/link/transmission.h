@@ -45,6 +45,9 @@ struct Transmission {
     Clock::time_point sendBegin{};
     Clock::time_point sendEnd{}; // when the last byte has left the wire, by the line's speed
 
+    bool isMarker = false; // none of the driver's: see exchange.h
+    // Of the transmission that the reply belongs to: this one, or the same request sent before.
+    Clock::time_point askedAt{};
     Micros timeout{0}; // how long after that the first byte is awaited
 
     // Known at the end.

@@ -22,12 +22,13 @@ constexpr int maxMs = 600000; // of any of these times
 struct LineSetup {
     bool simulated = false; // an own controller on a pseudo-terminal instead of a port
     std::string port;
-    std::string line; // "38400,8,EVEN,1"; empty: the library's own
-    int timeoutMs = defaultTimeoutMs;
+    std::string line;             // "38400,8,EVEN,1"; empty: the library's own
+    std::optional<int> timeoutMs; // fixes the time-out; else a slow station is waited for longer
     int retries = defaultRetries;
     std::optional<int> gap; // words; else the default
     int turnaroundMs = defaultTurnaroundMs;
-    std::string log; // file that records the line; empty: none
+    bool mayMark = true; // function 8 may be used to tell late replies
+    std::string log;     // file that records the line; empty: none
 
     int mergeGap() const
     {

@@ -37,7 +37,9 @@ LiveLine::LiveLine(const Library& library, const LineSetup& setup, const std::se
     }
     settings_.device = QString::fromStdString(port);
     settings_.wire = serialFormat(library, setup);
-    settings_.timeout = std::chrono::milliseconds(setup.timeoutMs);
+    settings_.timeout = std::chrono::milliseconds(setup.timeoutMs.value_or(defaultTimeoutMs));
+    settings_.isTimeoutFixed = setup.timeoutMs.has_value();
+    settings_.mayMark = setup.mayMark;
     settings_.turnaround = std::chrono::milliseconds(setup.turnaroundMs);
     if (!setup.log.empty())
         recording_ = std::make_unique<Recording>(

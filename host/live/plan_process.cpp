@@ -43,7 +43,7 @@ namespace dov417 {
 using nlohmann::json;
 
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Address, station, regName, width, first, length)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(PlanOrder, library, addresses, format, turnaround, gap)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(PlanOrder, library, addresses, format, responseTime, gap)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(PlannedRequest, station, regName, address, length, bytes,
                                    replyLength, time)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Plan, requests, cycle)
@@ -61,7 +61,7 @@ const char* const failureName = "failure";
 PlanReport planned(const PlanOrder& order)
 {
     const Library library(order.library);
-    const Planner planner(library, order.addresses, order.format, order.turnaround);
+    const Planner planner(library, order.addresses, order.format, order.responseTime);
     PlanReport report;
     report.plan = planner.plan(order.gap);
     report.uncovered = planner.uncovered(report.plan);

@@ -18,8 +18,8 @@ struct PlanOrder {
     std::string library; // its file: Library::path()
     std::vector<Address> addresses;
     SerialFormat format;
-    std::chrono::microseconds turnaround{0}; // what a controller takes before it answers
-    int gap = 0;                             // words
+    std::chrono::microseconds responseTime{0}; // what a controller takes before it answers
+    int gap = 0;                               // words
 };
 
 // What a Planner says.

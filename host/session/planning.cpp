@@ -65,7 +65,7 @@ QByteArray madeUpReply(const FRAME_PRO& frame)
 }
 
 PlannedRequest plannedRequest(const FRAME_PRO& frame, const SerialFormat& wire,
-                              microseconds turnaround)
+                              microseconds responseTime)
 {
     PlannedRequest request;
     request.station = frame.request.stationNo;
@@ -75,7 +75,7 @@ PlannedRequest plannedRequest(const FRAME_PRO& frame, const SerialFormat& wire,
     request.bytes = QByteArray(reinterpret_cast<const char*>(frame.frame), frame.sendLength);
     request.replyLength = frame.replyLength;
     request.time = std::chrono::round<microseconds>(
-        wire.transaction(frame.sendLength, frame.replyLength, turnaround));
+        wire.transaction(frame.sendLength, frame.replyLength, responseTime));
     return request;
 }
 
@@ -155,8 +155,8 @@ bool PlannedRequest::isAboveLimit() const
 }
 
 Planner::Planner(const Library& library, const std::vector<Address>& addresses,
-                 const SerialFormat& wire, microseconds turnaround)
-    : library_(library), addresses_(addresses), wire_(wire), turnaround_(turnaround)
+                 const SerialFormat& wire, microseconds responseTime)
+    : library_(library), addresses_(addresses), wire_(wire), responseTime_(responseTime)
 {
 }
 
@@ -172,7 +172,7 @@ Plan Planner::plan(int gap) const
         if (library_.intf_getSendFrame(&frame) != 1)
             throw Failure("the library plans " + std::to_string(requests) +
                           " requests and frames only " + std::to_string(i));
-        plan.requests.push_back(plannedRequest(frame, wire_, turnaround_));
+        plan.requests.push_back(plannedRequest(frame, wire_, responseTime_));
         plan.cycle += plan.requests.back().time;
         QByteArray reply = madeUpReply(frame);
         QString text;

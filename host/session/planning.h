@@ -24,7 +24,7 @@ struct PlannedRequest {
     int length;
     QByteArray bytes;
     int replyLength;
-    std::chrono::microseconds time; // on the wire, inter-frame delays and turnaround included
+    std::chrono::microseconds time; // on the wire, inter-frame delays and response time included
 
     int coils() const; // 0 for registers
     bool isAboveLimit() const;
@@ -56,7 +56,7 @@ struct Stretch {
 class Planner {
 public:
     Planner(const Library& library, const std::vector<Address>& addresses, const SerialFormat& wire,
-            std::chrono::microseconds turnaround);
+            std::chrono::microseconds responseTime);
 
     // Configures the driver anew, plans, and walks the plan once with made-up replies. Throws a
     // std::logic_error while a session has the driver: beside one, a child process plans, see
@@ -77,7 +77,7 @@ private:
     const Library& library_;
     std::vector<Address> addresses_;
     SerialFormat wire_;
-    std::chrono::microseconds turnaround_;
+    std::chrono::microseconds responseTime_;
 };
 
 // The best outcome: nothing left out if that can be had, then the shortest cycle, then the smallest

@@ -22,6 +22,7 @@ Session::Session(const Library& library, const SessionSettings& settings)
       runner_(library,
               LinkEvents{[this](const Transmission& transmission) { began(transmission); },
                          [this](const Transmission& transmission) { ended(transmission); },
+                         [this](const Transmission& marker) { tellEnded(marker); },
                          [this](const Stray& stray) {
                              tellings_.add([this, stray]() { emit strayCame(stray); });
                          },
@@ -171,12 +172,16 @@ void Session::began(const Transmission& transmission)
         tellings_.add([this, transmission]() { emit transmissionBegan(transmission); });
 }
 
-void Session::ended(const Transmission& transmission)
+void Session::tellEnded(const Transmission& transmission)
 {
     static const QMetaMethod signal = QMetaMethod::fromSignal(&Session::transmissionEnded);
     if (isSignalConnected(signal))
         tellings_.add([this, transmission]() { emit transmissionEnded(transmission); });
+}
 
+void Session::ended(const Transmission& transmission)
+{
+    tellEnded(transmission);
     const bool readBeforeWrite = requests_.isReadBeforeWrite(transmission);
     const bool accepted = transmission.verdict == replyAccepted;
     if (transmission.isRead() && !readBeforeWrite) {

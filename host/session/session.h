@@ -101,6 +101,7 @@ private:
     bool driverHasAFrame() const;
     void planViews();
     void began(const Transmission& transmission);
+    void tellEnded(const Transmission& transmission);
     void ended(const Transmission& transmission);
     void settle(const Transmission& transmission);
     void countCycle();

@@ -37,10 +37,12 @@ protected:
     RunnerOnALine()
     {
         line.device = slave.port();
+        line.isShared = false;
         line.timeout = minutes(10);
         events.port = [this](bool, const std::string& message) { ports.push_back(message); };
         events.stray = [this](const Stray& stray) { strays.push_back(stray.kind); };
         events.began = [](const Transmission&) {};
+        events.markerEnded = [](const Transmission&) {};
         events.ended = [this](const Transmission& transmission) {
             ended.push_back(transmission);
             if (transmission.verdict == replyBad)

@@ -35,11 +35,13 @@ protected:
     {
         LineSettings settings;
         settings.device = slave.port();
+        settings.isShared = false;
         settings.wire = wire;
         settings.timeout = timeout;
         settings.turnaround = turnaround;
         LineObserver observer;
         observer.sent = [](const Transmission&) {};
+        observer.markerEnded = [](const Transmission&) {};
         observer.stray = [this](const Stray& stray) {
             strays.push_back(stray);
             if (strayed)
@@ -262,18 +264,16 @@ TEST_F(OnALine, AReplyToWhatWasSentBeforeThePortVanishedIsNotTakenForAnother)
     // Whoever uses the line may have something else to ask by now. The controller answers first
     // what it was asked first, however late.
     bool isAnswered = false;
-    slave.arrived = [&](const QByteArray&) {
-        slave.send(hex(isAnswered ? secondReply : firstReply));
+    slave.arrived = [&](const QByteArray& bytes) {
+        if (!isAnswered)
+            slave.send(hex(firstReply));
         isAnswered = true;
+        const bool isMarker = bytes.at(1) == 8;
+        slave.send(isMarker ? bytes : hex(secondReply));
     };
     slave.plug();
     ASSERT_TRUE(waitUntil([this]() { return line->isOpen(); }));
     begin(secondRead, replyLength);
-    QTimer::singleShot(100, [&]() {
-        if (!isAnswered)
-            slave.send(hex(firstReply));
-        isAnswered = true;
-    });
     expectOutcome(LineResult::reply, secondReply);
     EXPECT_EQ(strays.size(), 1U);
 }

@@ -49,7 +49,7 @@ protected:
     {
         order.library = library.path();
         order.format = {9600, 8, Parity::none, 1};
-        order.turnaround = microseconds(5000);
+        order.responseTime = microseconds(5000);
         order.gap = 10;
     }
 
@@ -86,7 +86,7 @@ TEST_F(APlanProcess, SaysWhatAPlannerSaysWhileASessionPolls)
     // Unread words, 32-bit values in two requests, coils, two stations, a hole to bridge.
     order.addresses = addresses({"R_W:0..199", "R_W:50", "2/R_D:142..301", "2/R_W:257..261",
                                  "2/R_W:289..420", "M_bit:1.5", "T:3", "T:10"});
-    const Planner planner(library, order.addresses, order.format, order.turnaround);
+    const Planner planner(library, order.addresses, order.format, order.responseTime);
     PlanReport expected;
     expected.plan = planner.plan(order.gap);
     expected.uncovered = planner.uncovered(expected.plan);

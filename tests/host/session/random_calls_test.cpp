@@ -73,6 +73,10 @@ private:
         const auto chance = random_() % 100;
         if (chance < 3 || !isPlugged)
             return;
+        if (request.at(1) == 8) {
+            slave.send(request);
+            return;
+        }
         if (chance < 8) {
             QByteArray exception = request.left(1);
             exception.append(static_cast<char>(request.at(1) | 0x80));

@@ -48,6 +48,7 @@ protected:
     SessionOnALine()
     {
         line.device = slave.port();
+        line.isShared = false;
         // The slave repeats every request, which confirms a single write.
         slave.arrived = [this](const QByteArray& bytes) {
             received += bytes;
@@ -127,6 +128,10 @@ private:
         ++requests;
         if (isSilent)
             return;
+        if (request.at(1) == 8) {
+            slave.send(request);
+            return;
+        }
         const int first = number(request, 2);
         const int count = request.at(1) == 6 ? 1 : number(request, 4);
         const auto refused = illegal.lower_bound(first);

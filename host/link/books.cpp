@@ -1,0 +1,158 @@
+#include "link/books.h"
+
+#include <algorithm>
+
+namespace dov417 {
+
+namespace {
+
+constexpr unsigned char broadcastStation = 0;
+constexpr unsigned char exceptionFlag = 0x80;
+constexpr unsigned char lastReadFunction = 4;
+constexpr unsigned char diagnostics = 8;
+constexpr int exceptionLength = 5;
+constexpr int readReplyHead = 5;  // station, function, count, CRC
+constexpr int writeReplyHead = 4; // station, function, address: the value may be made another
+constexpr int diagnosticsHead = 6;
+
+unsigned char byteAt(const QByteArray& bytes, int index)
+{
+    return static_cast<unsigned char>(bytes.at(index));
+}
+
+bool isRead(const QByteArray& request)
+{
+    return byteAt(request, 1) <= lastReadFunction;
+}
+
+bool haveOneShape(const OpenTransmission& open, const QByteArray& request, int replyLength)
+{
+    // The reply to a write says what it is about.
+    const int head = isRead(request) ? 2 : writeReplyHead;
+    return open.replyLength == replyLength && open.sent.left(head) == request.left(head);
+}
+
+// Could this sound frame be the reply to it?
+bool fits(const OpenTransmission& open, const QByteArray& frame)
+{
+    if (frame.at(0) != open.sent.at(0))
+        return false;
+    const unsigned char function = byteAt(open.sent, 1);
+    if (byteAt(frame, 1) == (function | exceptionFlag))
+        return frame.size() == exceptionLength;
+    if (byteAt(frame, 1) != function || frame.size() != open.replyLength)
+        return false;
+    if (isRead(open.sent))
+        return byteAt(frame, 2) == ((open.replyLength - readReplyHead) & 0xFF);
+    const int head = function == diagnostics ? diagnosticsHead : writeReplyHead;
+    return frame.left(head) == open.sent.left(head);
+}
+
+} // namespace
+
+Books::Books(Clock::duration horizon) : horizon_(horizon) {}
+
+void Books::setHorizon(Clock::duration horizon)
+{
+    horizon_ = horizon;
+}
+
+Books Books::asPast() const
+{
+    long long last = 0;
+    for (const OpenTransmission& open : open_)
+        last = std::max(last, open.number);
+    for (const Written& written : written_)
+        last = std::max(last, written.lastNumber);
+    Books past = *this;
+    for (OpenTransmission& open : past.open_)
+        open.number -= last;
+    for (Written& written : past.written_) {
+        written.lastNumber -= last;
+        written.otherNumber -= last;
+    }
+    return past;
+}
+
+void Books::add(const OpenTransmission& transmission)
+{
+    const unsigned char function = byteAt(transmission.sent, 1);
+    if (!isRead(transmission.sent) && function != diagnostics) {
+        Written& written = written_.at(byteAt(transmission.sent, 0));
+        if (written.last != transmission.sent)
+            written.otherNumber = written.lastNumber;
+        written.last = transmission.sent;
+        written.lastNumber = transmission.number;
+    }
+    if (transmission.replyLength > 0)
+        open_.push_back(transmission);
+}
+
+std::optional<OpenTransmission> Books::take(const QByteArray& frame)
+{
+    const auto found =
+        std::find_if(open_.begin(), open_.end(),
+                     [&frame](const OpenTransmission& open) { return fits(open, frame); });
+    if (found == open_.end())
+        return std::nullopt;
+    const OpenTransmission answered = *found;
+    open_.erase(std::remove_if(open_.begin(), open_.end(),
+                               [&answered](const OpenTransmission& open) {
+                                   return open.sent.at(0) == answered.sent.at(0) &&
+                                          open.number <= answered.number;
+                               }),
+                open_.end());
+    return answered;
+}
+
+void Books::expire(Clock::time_point now)
+{
+    while (!open_.empty() && open_.front().sentAt + horizon_ <= now)
+        open_.pop_front();
+}
+
+void Books::clear()
+{
+    open_.clear();
+    written_.fill(Written());
+}
+
+bool Books::couldBeMistaken(const QByteArray& request, int replyLength) const
+{
+    return std::any_of(open_.begin(), open_.end(), [&](const OpenTransmission& open) {
+        return haveOneShape(open, request, replyLength) && open.sent != request;
+    });
+}
+
+Clock::time_point Books::certainAt(const QByteArray& request, int replyLength) const
+{
+    Clock::time_point certain{};
+    for (const OpenTransmission& open : open_)
+        if (haveOneShape(open, request, replyLength) && open.sent != request)
+            certain = std::max(certain, open.sentAt + horizon_);
+    return certain;
+}
+
+bool Books::isOut(const QByteArray& request, int replyLength) const
+{
+    return std::any_of(open_.begin(), open_.end(), [&](const OpenTransmission& open) {
+        return haveOneShape(open, request, replyLength);
+    });
+}
+
+bool Books::standsFor(const OpenTransmission& earlier, const OpenTransmission& later) const
+{
+    if (earlier.number == later.number)
+        return true;
+    const long long written = std::max(writtenOther(byteAt(later.sent, 0), later.sent),
+                                       writtenOther(broadcastStation, later.sent));
+    return earlier.sent == later.sent && written < earlier.number;
+}
+
+long long Books::writtenOther(unsigned char station, const QByteArray& request) const
+{
+    const Written& written = written_.at(station);
+    return written.last == request ? written.otherNumber : written.lastNumber;
+}
+
+} // namespace dov417

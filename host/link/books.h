@@ -1,0 +1,69 @@
+// Every transmission that may still be answered.
+//
+// A reply carries no address: a late one looks exactly like the reply to the next request of the
+// same shape. Controllers answer in the order of their requests, each at most once. So a reply
+// belongs to the oldest open transmission that it can belong to, and whatever was sent to that
+// station before is answered no more.
+#ifndef DOV417_LINK_BOOKS_H
+#define DOV417_LINK_BOOKS_H
+
+#include <QByteArray>
+#include <array>
+#include <deque>
+#include <optional>
+
+#include "line/clock.h"
+
+namespace dov417 {
+
+struct OpenTransmission {
+    long long number = 0; // counts up over all stations
+    QByteArray sent;
+    int replyLength = 0; // of the reply; an exception has its own
+    Clock::time_point sentAt{};
+};
+
+class Books {
+public:
+    // A station begins to answer within the horizon, or not at all.
+    explicit Books(Clock::duration horizon = Clock::duration::zero());
+    void setHorizon(Clock::duration horizon);
+    // The same, numbered so that all of it went out before number 1.
+    Books asPast() const;
+
+    // A frame went out; with replyLength 0 nobody answers it.
+    void add(const OpenTransmission& transmission);
+    // A sound frame came: the transmission that it belongs to, which is closed with all that went
+    // to the station before. Nothing if it answers none.
+    std::optional<OpenTransmission> take(const QByteArray& frame);
+    // What is beyond the horizon is answered no more.
+    void expire(Clock::time_point now);
+    void clear();
+
+    // Is a reply out that could be taken for the reply to this request, and would be another's?
+    bool couldBeMistaken(const QByteArray& request, int replyLength) const;
+    // When the last of those can no longer come.
+    Clock::time_point certainAt(const QByteArray& request, int replyLength) const;
+    // Is a reply out that has this station, function and length?
+    bool isOut(const QByteArray& request, int replyLength) const;
+
+    // May the reply to the earlier transmission stand for the later one? Only if they are the same
+    // request and nothing else was written to the station between the two.
+    bool standsFor(const OpenTransmission& earlier, const OpenTransmission& later) const;
+
+private:
+    struct Written {
+        QByteArray last;
+        long long lastNumber = 0;
+        long long otherNumber = 0; // of the last one that was not this one
+    };
+    long long writtenOther(unsigned char station, const QByteArray& request) const;
+
+    Clock::duration horizon_;
+    std::deque<OpenTransmission> open_;
+    std::array<Written, 256> written_; // by station; 0: broadcasts
+};
+
+} // namespace dov417
+
+#endif

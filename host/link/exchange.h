@@ -1,0 +1,133 @@
+// One request and its reply, without a port and without time of its own: both are handed in.
+//
+// It keeps the inter-frame delay before each frame, collects the reply until it is complete, the
+// line falls silent or the time is up, and throws away what is nobody's reply. What it hands on as
+// a reply is the reply to that very request: see books.h. Where a late reply could be mistaken for
+// it, a marker is sent first, a diagnostics echo with a number of its own: as controllers answer in
+// order, nothing older comes once it is back.
+#ifndef DOV417_LINK_EXCHANGE_H
+#define DOV417_LINK_EXCHANGE_H
+
+#include <QByteArray>
+#include <array>
+#include <functional>
+
+#include "line/clock.h"
+#include "line/serial_format.h"
+#include "link/books.h"
+#include "link/reply_collector.h"
+#include "link/station_timeout.h"
+#include "link/transmission.h"
+
+namespace dov417 {
+
+struct ExchangeSettings {
+    SerialFormat wire;
+    TimeoutSettings timeout; // from the end of the request to the first byte of the reply
+    Micros turnaround{0};    // what controllers need to digest a broadcast
+    Micros replyGap{0};      // silence after which a reply that has begun is taken to have ended
+    Micros horizon{0};       // a station begins to answer within it, or not at all
+    bool mayMark = true;     // function 8 may be used
+    bool isShared = true;    // others may have asked just before the start
+};
+
+// The line as the exchange sees it, and what it tells of itself.
+struct ExchangeLine {
+    std::function<void(const QByteArray&)> write;
+    std::function<bool()> bytesWait;               // came and not handed in yet
+    std::function<void(Clock::time_point)> wakeAt; // one call of timerDue(), in place of any before
+    std::function<void()> sleep;                   // no such call
+    std::function<void(const Transmission&)> sent; // its first byte goes out now
+    std::function<void(const Transmission&)> markerEnded;
+    std::function<void(const Stray&)> stray;
+};
+
+class Exchange {
+public:
+    explicit Exchange(const ExchangeLine& line);
+
+    // The line is there, and nothing of ours is under way on it; of others there may be.
+    void start(const ExchangeSettings& settings, Clock::time_point now);
+    // The line has gone; done is not called any more.
+    void stop();
+    bool isRunning() const;
+
+    // Transmits and collects; calls done once, never from within. One at a time. Of the record it
+    // fills in what it knows: number, times and reception. The request may end without having been
+    // sent: by the reply to the very same request that was sent before, or because a late reply
+    // could be mistaken for its own.
+    using Done = std::function<void(const Transmission&)>;
+    void transact(const Transmission& request, Done done, Clock::time_point now);
+
+    void bytesCame(const QByteArray& bytes, Clock::time_point now);
+    void timerDue(Clock::time_point now);
+
+    // What may still be answered, when the line is given up; and for the next one on the same port.
+    const Books& books() const;
+    void awaitLate(const Books& earlier);
+
+    // Time that the bytes sent and received so far took on the wire.
+    Micros wireTime() const;
+
+private:
+    enum class State {
+        stopped,
+        idle,
+        listening, // to a station that is late, before anything is sent to it
+        silence,
+        awaitingReply,
+        awaitingTurnaround
+    };
+
+    struct Station {
+        StationTimeout timeout;
+        Clock::time_point listenUntil{};
+        bool isUnknown = true;   // another program may have asked it just now
+        bool markFailed = false; // the last marker was not answered
+        int marksIgnored = 0;    // so often it answered something else afterwards
+        bool ignoresMarks() const;
+    };
+
+    Station& station();
+    void next(Clock::time_point now);
+    void beginSilence(Clock::time_point now);
+    void transmit(Clock::time_point now);
+    void armReplyTimer();
+    void listen(Clock::time_point until);
+    void makeMarker();
+    void deadlinePassed(Clock::time_point now);
+    void finish(LineResult result);
+    void markerFinished(LineResult result, Clock::time_point now);
+    void takeArrival(Arrival arrival, Clock::time_point now);
+    bool takeReply(LineResult result, Clock::time_point now);
+    void reportStrays(Clock::time_point now);
+    void flushLateBytes(const QByteArray& bytes, Clock::time_point now);
+    std::optional<OpenTransmission> settle(const QByteArray& frame, Clock::time_point now);
+    Micros onTheWire(int bytes) const;
+
+    ExchangeLine line_;
+    ExchangeSettings settings_;
+    ReplyCollector collector_;
+    Books books_;
+    std::array<Station, 256> stations_{};
+    State state_ = State::stopped;
+
+    Transmission current_; // what was asked for
+    Transmission marker_;
+    bool isMarking_ = false; // the frame to be sent or on the line is the marker
+    bool wasMarked_ = false; // a marker went out for the current request already
+    long long transmissions_ = 0;
+    unsigned short nextMark_ = 1;
+    Done done_;
+    Clock::time_point lastActivity_{}; // end of the last byte on the line, ours or theirs
+    Clock::time_point babbleLimit_{};  // when to transmit although the line is not silent
+    Clock::time_point deadline_{};
+    Clock::time_point listenEnd_{};
+    Clock::time_point holdEnd_{}; // of a request that is held back; 0: it has not been yet
+    int bytesCame_ = 0;           // since the frame was sent
+    Micros wireTime_{0};
+};
+
+} // namespace dov417
+
+#endif
