@@ -436,7 +436,7 @@ std::optional<OpenTransmission> Exchange::settle(const QByteArray& frame, Clock:
 {
     if (!hasGoodCrc(frame))
         return std::nullopt;
-    const auto answered = books_.take(frame);
+    auto answered = books_.take(frame);
     if (!answered)
         return std::nullopt;
     Station& heard = stations_.at(stationOf(frame));

@@ -51,6 +51,7 @@ std::vector<Item> Items::chosen(const std::vector<std::string>& texts, Access ac
         return tagged(access);
     }
     std::vector<Item> items;
+    items.reserve(texts.size());
     for (const std::string& argument : texts)
         items.push_back(find(argument, access));
     return items;
