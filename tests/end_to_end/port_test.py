@@ -44,7 +44,7 @@ class Port(EndToEnd):
 
     def test_a_write_that_waits_for_a_port_in_vain_is_reported(self):
         cable = self.cable()
-        self.controller(*FAR_END, cable.far_port, "--turnaround", "20")
+        self.controller(*FAR_END, cable.far_port, "--response-time", "20")
         writing = self.tool("write", "--port", cable.port, "R_W:100..299=" + ",".join(["1"] * 200))
         cable.wait_for_request()
         cable.unplug()
