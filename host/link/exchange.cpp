@@ -211,7 +211,6 @@ void Exchange::transmit(Clock::time_point now)
     collector_.begin(frame.sent, frame.replyLength);
     frame.number = ++transmissions_;
     frame.sendBegin = now;
-    frame.askedAt = now;
     bytesCame_ = 0;
     frame.sendEnd = now + onTheWire(static_cast<int>(frame.sent.size()));
     frame.timeout = station().timeout.value(settings_.timeout);
@@ -323,7 +322,7 @@ bool Exchange::takeReply(LineResult result, Clock::time_point now)
         current_.sendBegin = answered->sentAt;
         current_.sendEnd = answered->sentAt + onTheWire(static_cast<int>(current_.sent.size()));
     }
-    current_.askedAt = answered->sentAt;
+    current_.asOf = answered->number == mine.number ? now : answered->sentAt;
     finish(result);
     return true;
 }

@@ -46,12 +46,13 @@ struct Transmission {
     Clock::time_point sendEnd{}; // when the last byte has left the wire, by the line's speed
 
     bool isMarker = false; // none of the driver's: see exchange.h
-    // Of the transmission that the reply belongs to: this one, or the same request sent before.
-    Clock::time_point askedAt{};
-    Micros timeout{0}; // how long after that the first byte is awaited
+    Micros timeout{0};     // how long after that the first byte is awaited
 
     // Known at the end.
     Reception reception;
+    // When the controller held at the earliest what a sound reply says: when it came, or, of a late
+    // reply to the same request sent before, when that was sent.
+    Clock::time_point asOf{};
     ReplyResult verdict = replyNothingOutstanding; // the driver's
     std::string description;                       // the driver's words for the frame: "1#R_W10(1)"
     std::string reason; // ours for a bad reply: "no answer", "exception 2 (illegal data address)"

@@ -186,7 +186,7 @@ void Session::ended(const Transmission& transmission)
     const bool accepted = transmission.verdict == replyAccepted;
     if (transmission.isRead() && !readBeforeWrite) {
         if (accepted)
-            views_.confirm(transmission.request);
+            views_.confirm(transmission.request, transmission.asOf);
         else if (transmission.isAbandoned())
             views_.giveUp(transmission.request);
     }

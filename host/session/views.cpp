@@ -136,15 +136,14 @@ void Views::changed(std::size_t index, bool isValue)
 
 // Each value is looked at, and not only those that the driver announces: it does not announce a
 // double word of which one half was written.
-void Views::confirm(const Request& request)
+void Views::confirm(const Request& request, Clock::time_point asOf)
 {
-    const Clock::time_point now = Clock::now();
-    forEachIn(request, [this, now](std::size_t index) {
+    forEachIn(request, [this, asOf](std::size_t index) {
         // While a write is under way the cache shows what is to be, of all bits of its word.
         if (standing_.at(index).writesOfWords > 0)
             return;
         View& view = views_.at(index);
-        view.lastGood = now;
+        view.lastGood = asOf;
         const bool wasOld = view.isOld;
         view.isOld = false;
         standing_.at(index).isCached = true;

@@ -62,7 +62,7 @@ public:
 
     // The controller has just answered this read, or the read was given up. Either counts for the
     // values that lie in it as a whole: two replies may hold halves of two different values.
-    void confirm(const Request& read);
+    void confirm(const Request& read, Clock::time_point asOf);
     void giveUp(const Request& read);
     // A write of this address was taken on (+1) or has its outcome (-1).
     void countWrite(const Address& address, int step);

@@ -169,7 +169,7 @@ TEST(Exchange, ALateReplyToTheVerySameRequestIsGoodAndAsOldAsThatRequest)
     EXPECT_EQ(world.read(1, 0x100, 1).reception.result, LineResult::timeout);
     const Transmission again = world.read(1, 0x100, 1);
     ASSERT_TRUE(isGood(again));
-    EXPECT_LT(again.askedAt - begin, milliseconds(100));
+    EXPECT_LT(again.asOf - begin, milliseconds(100));
     EXPECT_EQ(world.sent, 1) << "it was not asked again";
 }
 

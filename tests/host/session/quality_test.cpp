@@ -200,6 +200,31 @@ TEST_F(QualityOnALine, ValuesAreOldWhileThePortIsAway)
     EXPECT_EQ(view(0).changes, 0);
 }
 
+TEST_F(SessionOnALine, AValueOfALateReplyIsAsOldAsTheRequestThatItAnswers)
+{
+    line.timeout = std::chrono::milliseconds(50);
+    ASSERT_TRUE(session->open(line).accepted);
+    std::vector<Clock::time_point> arrivals;
+    slave.arrived = [&](const QByteArray&) { arrivals.push_back(Clock::now()); };
+    // The first request is answered once its time is up.
+    QObject::connect(session.get(), &Session::transmissionEnded, session.get(),
+                     [this](const Transmission& ended) {
+                         if (ended.verdict == replyBad)
+                             slave.send(QByteArray::fromHex("010302002A399B"));
+                     });
+    session->watch({words("R_W", 10)});
+    View first;
+    QObject::connect(session.get(), &Session::changed, session.get(),
+                     [&first](const ViewChanges& changes) {
+                         if (!first.hasValue)
+                             first = changes.front().view;
+                     });
+    ASSERT_TRUE(waitUntil([&first]() { return first.hasValue; }));
+    EXPECT_EQ(number(first), 42);
+    ASSERT_FALSE(arrivals.empty());
+    EXPECT_LE(first.lastGood, arrivals.front());
+}
+
 } // namespace
 
 } // namespace dov417
