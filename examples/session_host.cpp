@@ -36,8 +36,10 @@ void print(const Library& library, const ViewChanges& changes)
 {
     for (const ViewChange& change : changes) {
         const View& view = change.view;
-        std::printf("%s = %s (%s)\n", toText(library, view.address).c_str(),
-                    valueTexts(view.address.width, Format(), view.value.data(), 1).front().c_str(),
+        const std::string value =
+            view.hasValue ? valueTexts(view.address.width, Format(), view.value.data(), 1).front()
+                          : "?";
+        std::printf("%s = %s (%s)\n", toText(library, view.address).c_str(), value.c_str(),
                     qualityText(view.quality()));
     }
 }

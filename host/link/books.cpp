@@ -111,12 +111,6 @@ void Books::expire(Clock::time_point now)
         open_.pop_front();
 }
 
-void Books::clear()
-{
-    open_.clear();
-    written_.fill(Written());
-}
-
 bool Books::couldBeMistaken(const QByteArray& request, int replyLength) const
 {
     return std::any_of(open_.begin(), open_.end(), [&](const OpenTransmission& open) {

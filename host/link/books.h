@@ -38,7 +38,6 @@ public:
     std::optional<OpenTransmission> take(const QByteArray& frame);
     // What is beyond the horizon is answered no more.
     void expire(Clock::time_point now);
-    void clear();
 
     // Is a reply out that could be taken for the reply to this request, and would be another's?
     bool couldBeMistaken(const QByteArray& request, int replyLength) const;

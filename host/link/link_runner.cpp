@@ -29,7 +29,6 @@ Transmission transmissionOf(const FRAME_PRO& frame, bool repeats)
                             request.address, request.length};
     transmission.sent = QByteArray(reinterpret_cast<const char*>(frame.frame), frame.sendLength);
     transmission.replyLength = frame.replyLength;
-    transmission.description = describe(transmission.request);
     transmission.repeats = repeats;
     return transmission;
 }
@@ -157,8 +156,8 @@ void LinkRunner::deal(Transmission transmission)
     QString description;
     transmission.verdict =
         static_cast<ReplyResult>(library_.intf_dealRcvFrame(&bytes, &description));
-    if (!description.isEmpty())
-        transmission.description = description.toStdString();
+    transmission.description =
+        description.isEmpty() ? describe(transmission.request) : description.toStdString();
     if (transmission.verdict == replyNothingOutstanding)
         transmission.reason = "the driver was started anew meanwhile";
     else if (transmission.verdict != replyAccepted)

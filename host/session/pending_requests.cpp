@@ -102,7 +102,7 @@ bool PendingRequests::isReadBeforeWrite(const Transmission& transmission) const
     return transmission.isRead() && handedInWrites_.count(transmission.request.kind) != 0;
 }
 
-bool PendingRequests::settle(const Transmission& transmission)
+void PendingRequests::settle(const Transmission& transmission)
 {
     const int number = transmission.request.kind;
     const Result result{transmission.verdict == replyAccepted, transmission.reason};
@@ -110,14 +110,13 @@ bool PendingRequests::settle(const Transmission& transmission)
     if (write != handedInWrites_.end()) {
         endWrite(write->second, result);
         handedInWrites_.erase(write);
-        return true;
+        return;
     }
     if (reads_.empty() || !readHandedIn_ || reads_.front().number != number)
-        return false;
+        return;
     end(reads_.front(), result);
     reads_.pop_front();
     readHandedIn_ = false;
-    return true;
 }
 
 void PendingRequests::endAll(const std::string& reason)

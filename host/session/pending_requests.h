@@ -40,8 +40,8 @@ public:
     bool feed();
     // Is this frame the read before a write of bits, after which the write itself is still to come?
     bool isReadBeforeWrite(const Transmission& transmission) const;
-    // The request behind this frame has ended. False if it is none of these.
-    bool settle(const Transmission& transmission);
+    // The request behind this frame has ended; it may be none of these.
+    void settle(const Transmission& transmission);
     // Ends all of them.
     void endAll(const std::string& reason);
 

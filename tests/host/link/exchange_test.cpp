@@ -220,6 +220,37 @@ TEST(Exchange, AReplyUnderWayIsNotCutOff)
     EXPECT_EQ(ended->reception.bytes, reply);
 }
 
+TEST(Exchange, WhereFunction8IsForbiddenAReadOfAnotherLengthIsTheMarker)
+{
+    World world(1);
+    world.settings.mayMark = false;
+    LateStation& station = world.bus.stations[1];
+    station.delay = []() { return milliseconds(300); };
+    world.bus.send(withCrc(QByteArray::fromHex("010302000002")), world.now);
+    world.pass(milliseconds(10));
+    world.exchange->start(world.settings, world.now);
+    const Transmission ended = world.read(1, 0x300, 2);
+    ASSERT_TRUE(isGood(ended));
+    EXPECT_EQ(wordOf(ended, 0), LateBus::ownValue(1, 0x300));
+    EXPECT_EQ(world.markers, 1);
+    EXPECT_EQ(station.echoRequests, 0);
+}
+
+TEST(Exchange, AFixedTimeoutStaysWhatItIs)
+{
+    World world(1);
+    world.settings.timeout.isFixed = true;
+    world.bus.stations[1].delay = []() { return milliseconds(600); };
+    world.exchange->start(world.settings, world.now);
+    for (int i = 0; i < 5; ++i)
+        EXPECT_EQ(world.read(1, 0x100, 1).timeout, milliseconds(500));
+    World learning(1);
+    learning.bus.stations[1].delay = []() { return milliseconds(600); };
+    learning.exchange->start(learning.settings, learning.now);
+    learning.read(1, 0x100, 1);
+    EXPECT_GT(learning.read(1, 0x200, 1).timeout, milliseconds(600));
+}
+
 TEST(Exchange, BabbleEndsARequest)
 {
     World world(1);

@@ -22,6 +22,7 @@ struct LateStation {
     double loses = 0;              // share of replies that never come
     double garbles = 0;            // share of replies that come with a wrong bit
     bool dropsWhenAskedAgain = false;
+    int echoRequests = 0;
     int diagnostics = 1; // 1: echoes, 0: answers with an exception, -1: says nothing
 
     std::map<int, int> written; // registers from 0x1000 on
@@ -145,6 +146,7 @@ private:
             station.written[first] = count;
             return request;
         case 8:
+            ++station.echoRequests;
             if (station.diagnostics == 1)
                 return request;
             break;

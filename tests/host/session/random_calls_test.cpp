@@ -321,10 +321,11 @@ TEST_P(RandomCalls, KeepTheirPromises)
     while (calls < maximumCalls && !HasFailure()) {
         act();
         if (session->isOpen()) {
-            bool isOver = false;
-            QTimer::singleShot(50, session.get(), [&isOver]() { isOver = true; });
+            QTimer patience;
+            patience.setSingleShot(true);
+            patience.start(50);
             const int last = transmissions + upTo(4);
-            waitUntil([&]() { return isOver || transmissions >= last; });
+            waitUntil([&]() { return !patience.isActive() || transmissions >= last; });
         }
         if (!controllers.at(static_cast<std::size_t>(here))->isPlugged)
             replug();
