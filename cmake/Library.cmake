@@ -9,7 +9,9 @@ add_library(dov417modbus_protocol OBJECT
   protocol/reply_check.cpp)
 add_library(dov417modbus_service OBJECT
   service/driver_state.cpp
+  service/debug_line.cpp
   service/identity.cpp
+  service/plain_text.cpp
   service/uncalled_functions.cpp
   service/editor/address_check.cpp
   service/editor/multiple_copy.cpp

@@ -1,9 +1,9 @@
 #include "cache/write_queue.h"
 
-#include <QDebug>
 #include <QMutexLocker>
 #include <cstring>
 
+#include "debug_line.h"
 #include "planning/pieces.h"
 #include "planning/request_queue.h"
 #include "protocol.h"
@@ -69,8 +69,7 @@ void queueWrite(const RegisterType& type, int station, int address, int length,
         if (!bits) {
             rescalePiece(piece, type, shortened);
         }
-        qDebug() << "addVarToList" << piece.stationNo << piece.regName << piece.address
-                 << piece.length;
+        debugQueuedWrite(piece.stationNo, piece.regName, piece.address, piece.length);
         queueRequest(driver.writeList, requestOf(piece, kind, pieceBytes));
     }
 }

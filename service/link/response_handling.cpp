@@ -143,7 +143,7 @@ int intf_dealRcvFrame(QByteArray* reply, QString* errorText)
     }
     const QByteArray& received = reply != 0 ? *reply : nothingReceived;
     if (errorText != 0) {
-        *errorText = getErrorInfo(received);
+        describeRequest(driver.sendList.at(0).request, received, *errorText);
     }
     // The given signature takes bytes that it could change; it does not.
     const int check =
