@@ -9,6 +9,7 @@ add_library(dov417modbus_protocol OBJECT
   protocol/reply_check.cpp)
 add_library(dov417modbus_service OBJECT
   service/driver_state.cpp
+  service/driver_lock.cpp
   service/identity.cpp
   service/uncalled_functions.cpp
   service/editor/address_check.cpp
