@@ -10,6 +10,7 @@ add_library(dov417modbus_protocol OBJECT
 add_library(dov417modbus_service OBJECT
   service/driver_state.cpp
   service/debug_line.cpp
+  service/driver_lock.cpp
   service/identity.cpp
   service/plain_text.cpp
   service/uncalled_functions.cpp

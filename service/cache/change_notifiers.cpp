@@ -1,5 +1,6 @@
 #include "cache/change_notifiers.h"
 
+#include "driver_lock.h"
 #include "protocol.h"
 #include "protocol/wrap.h"
 
@@ -182,8 +183,10 @@ void _bitDataChange(int index)
 bool callHost(int tag, int station, QString regName, int address)
 {
     const unsigned int resets = driver.resets;
-    if (driver.valueChangeCallBack != 0) {
-        driver.valueChangeCallBack(tag, station, regName, address);
+    const VALUE_CHANGE_CALLBACK callBack = driver.valueChangeCallBack;
+    if (callBack != 0) {
+        const OutsideDriver toldHost;
+        callBack(tag, station, regName, address);
     }
     return driver.resets == resets;
 }

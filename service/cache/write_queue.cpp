@@ -1,9 +1,9 @@
 #include "cache/write_queue.h"
 
-#include <QMutexLocker>
 #include <cstring>
 
 #include "debug_line.h"
+#include "driver_lock.h"
 #include "planning/pieces.h"
 #include "planning/request_queue.h"
 #include "protocol.h"
@@ -84,7 +84,7 @@ void rescalePiece(KEY_ADDRESS& piece, const RegisterType& type, int& shortened)
 
 int equalWritesQueued(int station, const QString& regName, int address, int length)
 {
-    QMutexLocker lock(&driver.mutex);
+    const SharedMutex shared(&driver.mutex);
     int count = 0;
     for (int i = 0; i < driver.writeList.size(); ++i) {
         const VARIABLE& queued = driver.writeList.at(i);
@@ -99,7 +99,10 @@ int equalWritesQueued(int station, const QString& regName, int address, int leng
 void dropHeadWrite()
 {
     if (!driver.writeList.isEmpty()) {
-        QMutexLocker lock(&driver.mutex);
-        driver.writeList.removeFirst();
+        const Unfinished end(Unfinished::endOfRequest);
+        const SharedMutex shared(&driver.mutex);
+        if (shared.stillMeant() && !driver.writeList.isEmpty()) {
+            driver.writeList.removeFirst();
+        }
     }
 }

@@ -1,6 +1,7 @@
 #include "link/response_handling.h"
 
 #include "cache/data_areas.h"
+#include "driver_lock.h"
 #include "intf.h"
 #include "link/decoding.h"
 #include "link/error_text.h"
@@ -135,6 +136,7 @@ int dealReadFrameReturnSaveData(QByteArray reply)
 
 int intf_dealRcvFrame(QByteArray* reply, QString* errorText)
 {
+    const DriverCall call;
     if (driver.sendList.isEmpty()) {
         if (errorText != 0) {
             *errorText = QString::fromLatin1("");

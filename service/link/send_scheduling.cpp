@@ -1,9 +1,8 @@
 #include "link/send_scheduling.h"
 
-#include <QMutexLocker>
-
 #include "cache/change_notifiers.h"
 #include "cache/write_queue.h"
+#include "driver_lock.h"
 #include "intf.h"
 #include "planning/recipes.h"
 #include "planning/request_queue.h"
@@ -23,10 +22,13 @@ struct RecipeFlags {
 RecipeFlags readRecipeFlags()
 {
     RecipeFlags flags = {false, false};
-    if (driver.hostBlock != 0) {
-        QMutexLocker lock(driver.hostMutex);
-        flags.download = driver.hostBlock[downloadFlagOffset] == 1;
-        flags.upload = driver.hostBlock[uploadFlagOffset] == 1;
+    while (driver.hostBlock != 0) {
+        const SharedMutex shared(driver.hostMutex);
+        if (shared.stillMeant()) { // else there is another block now, and another mutex
+            flags.download = driver.hostBlock[downloadFlagOffset] == 1;
+            flags.upload = driver.hostBlock[uploadFlagOffset] == 1;
+            break;
+        }
     }
     return flags;
 }
@@ -34,8 +36,11 @@ RecipeFlags readRecipeFlags()
 void clearRecipeFlag(int offset)
 {
     if (driver.hostBlock != 0) {
-        QMutexLocker lock(driver.hostMutex);
-        driver.hostBlock[offset] = 0;
+        const Unfinished end(Unfinished::endOfRequest);
+        const SharedMutex shared(driver.hostMutex);
+        if (shared.stillMeant()) {
+            driver.hostBlock[offset] = 0;
+        }
     }
 }
 
@@ -78,6 +83,7 @@ bool recipeIsLeft()
 
 void finishConditionRead()
 {
+    const Unfinished end(Unfinished::endOfRequest);
     if (!driver.conditionList.isEmpty() &&
         sameTarget(driver.conditionList.at(0), driver.lastConditionVar) &&
         !callHost(-1, -1, QString::fromLatin1("-1"), driver.commFailed != 0 ? -1 : 0)) {
@@ -149,13 +155,17 @@ void frameRecipe(SendKind kind, int withData)
 void frameNextRequest()
 {
     const RecipeFlags flags = readRecipeFlags();
+    if (!driver.sendList.isEmpty() || Unfinished::onOtherThread(Unfinished::endOfRequest)) {
+        return; // by a thread that polled, or handed a reply in, while this one waited
+    }
     if (driver.handshakeRequest != 0) {
         frameAs(sendHandshake);
     } else if (flags.download) {
         frameRecipe(sendRecipeDownload, 1);
     } else if (flags.upload) {
         frameRecipe(sendRecipeUpload, 0);
-    } else if (!driver.writeList.isEmpty() && driver.burstCount < maxWriteBurst) {
+    } else if (!driver.writeList.isEmpty() && driver.burstCount < maxWriteBurst &&
+               !Unfinished::onOtherThread(Unfinished::writing)) {
         assignRequest(driver.currentVar, driver.writeList.at(0));
         ++driver.burstCount;
         frameAs(sendWrite);
@@ -183,6 +193,7 @@ const SendKindRow& currentSendKind()
 
 int intf_getSendFrame(FRAME_PRO* frame)
 {
+    const DriverCall call;
     if (driver.sendList.isEmpty()) {
         frameNextRequest();
     }

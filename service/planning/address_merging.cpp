@@ -5,6 +5,7 @@
 
 #include "cache/data_areas.h"
 #include "debug_line.h"
+#include "driver_lock.h"
 #include "intf.h"
 #include "planning/weight_order.h"
 #include "protocol.h"
@@ -146,6 +147,7 @@ QVector<Run> joinRuns(const QVector<Run>& runs, int limit, QList<int>* starts)
 
 int intf_addrMerge(QList<KEY_ADDRESS>& keys)
 {
+    const DriverCall call;
     clearMarks();
     // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): `keys` may be the driver's own
     const QList<KEY_ADDRESS> handed = keys;
