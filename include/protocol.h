@@ -65,7 +65,7 @@ enum RecipeFlagOffset {
     uploadFlagOffset = 60116    ///< Controller to recipe buffer.
 };
 
-struct UnitIndex;
+struct Shortcuts;
 
 /**
  * @brief All state of the driver. Members in the order that hosts rely on.
@@ -118,7 +118,7 @@ public:
 
     /// @cond internal
     // Not part of the host's layout: what the driver adds for speed and safety.
-    UnitIndex* unitIndex;     // finds a record of dataAreas without a search
+    Shortcuts* shortcuts;     // what is kept besides
     unsigned int sendTurn;    // counts heads leaving sendList: tells whether a callback took ours
     unsigned int resets;      // counts intf_initProperty calls: tells whether a callback made one
     unsigned int recipePlans; // counts recipe plans: tells whether a callback replaced ours

@@ -12,6 +12,11 @@ enum {
     maxFrameWords = 507
 };
 
+// A list of one frame, made by reserveFrame(), counts as empty: the first frame is built in its
+// memory.
+void reserveFrame(FRAME_PRO& frame);
+bool isReserved(const QList<FRAME_PRO>& frames);
+
 // Each appends to the list it is handed. 1: a frame was appended, 0: refused.
 int frameRead(const VARIABLE& request, QList<FRAME_PRO>& frames);
 

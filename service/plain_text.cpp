@@ -7,6 +7,10 @@ QChar* putNumber(QChar* out, int number)
         *out++ = QLatin1Char('-');
         rest = 0u - rest;
     }
+    if (rest < 10) { // nearly every number of a text
+        *out = QLatin1Char(static_cast<char>('0' + rest));
+        return out + 1;
+    }
     QChar* end = out + 1;
     for (unsigned int more = rest / 10; more != 0; more /= 10) {
         ++end;

@@ -2,6 +2,7 @@
 
 #include "protocol.h"
 #include "protocol/wrap.h"
+#include "shortcuts.h"
 
 namespace {
 
@@ -89,7 +90,7 @@ _DATA_ newUnit(int station, const QString& area, int address)
 
 int unitIndexOf(int station, const QString& area, int address, int hint)
 {
-    UnitIndex& index = *driver.unitIndex;
+    UnitIndex& index = driver.shortcuts->units;
     if (!index.seen.isSharedWith(driver.dataAreas)) {
         rebuild(index);
     }
@@ -105,7 +106,7 @@ int unitIndexOf(int station, const QString& area, int address, int hint)
 UnitsFound unitsFrom(int station, const QString& area, int address, int hint, int wanted)
 {
     UnitsFound found = {unitIndexOf(station, area, address, hint), 1};
-    const UnitIndex& index = *driver.unitIndex;
+    const UnitIndex& index = driver.shortcuts->units;
     if (wanted > 1 && index.unique) {
         const int standing = index.runs.at(index.runs.at(found.index).start).end - found.index;
         found.count = standing < wanted ? standing : wanted;
@@ -120,17 +121,17 @@ bool isUnitAt(int index, int station, const QString& area, int address)
 }
 
 UnitEdit::UnitEdit(int index)
-    : known_(driver.unitIndex->seen.isSharedWith(driver.dataAreas)), unit_(0)
+    : known_(driver.shortcuts->units.seen.isSharedWith(driver.dataAreas)), unit_(0)
 {
-    driver.unitIndex->seen = QList<_DATA_>();
+    driver.shortcuts->units.seen = QList<_DATA_>();
     unit_ = &driver.dataAreas[index];
 }
 
 UnitEdit::~UnitEdit()
 {
     if (known_) {
-        driver.unitIndex->seen = driver.dataAreas;
+        driver.shortcuts->units.seen = driver.dataAreas;
     } else {
-        *driver.unitIndex = UnitIndex(); // two empty lists share too: what it knew must go
+        driver.shortcuts->units = UnitIndex(); // two empty lists share too: what it knew must go
     }
 }

@@ -7,41 +7,9 @@
 #ifndef DOV417MODBUS_UNIT_INDEX_H
 #define DOV417MODBUS_UNIT_INDEX_H
 
-#include <QHash>
-#include <QList>
 #include <QString>
-#include <QVector>
 
 #include "records.h"
-
-struct UnitKey {
-    int station;
-    QString area;
-    int address;
-};
-
-inline bool operator==(const UnitKey& a, const UnitKey& b)
-{
-    return a.address == b.address && a.station == b.station && a.area == b.area;
-}
-
-unsigned int qHash(const UnitKey& key);
-
-// Neighbours that were read or planned together stand one after the other: such a run is found
-// once.
-struct UnitRun {
-    int start; // record that the run begins with
-    int end;   // behind its last record; kept in the record that it begins with
-};
-
-struct UnitIndex {
-    UnitIndex() : unique(true) {}
-
-    QList<_DATA_> seen;        // shares driver.dataAreas as the index knows it
-    QHash<UnitKey, int> first; // first record of each key
-    QVector<UnitRun> runs;     // one a record
-    bool unique;               // no key occurs twice
-};
 
 // A record as it is created: all bytes and flags 0.
 _DATA_ newUnit(int station, const QString& area, int address);

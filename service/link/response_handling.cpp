@@ -40,9 +40,7 @@ void decodeUpload(const RegisterType& type, const QByteArray& reply, int count, 
 
 void takeHead()
 {
-    if (!driver.sendList.isEmpty()) {
-        driver.sendList.removeFirst();
-    }
+    takeHeadFrame();
     ++driver.sendTurn;
 }
 

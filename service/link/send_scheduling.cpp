@@ -9,6 +9,7 @@
 #include "protocol.h"
 #include "protocol/frame_building.h"
 #include "protocol/record_copy.h"
+#include "shortcuts.h"
 
 namespace {
 
@@ -60,7 +61,7 @@ int frameCurrentRead()
         driver.currentVars.clear();
         driver.currentVars.append(driver.currentVar);
     }
-    return getReadFrame(driver.currentVars);
+    return frameRead(driver.currentVars.at(0), driver.sendList);
 }
 
 void frameCyclicRead()
@@ -132,16 +133,31 @@ const SendKindRow sendKinds[] = {
 
 // ---- the priorities ---------------------------------------------------------------------------
 
+// The frame answered last goes back into the empty list: nothing is allocated for one after the
+// other.
+void frameCurrent()
+{
+    QList<FRAME_PRO>& spare = driver.shortcuts->spareFrames;
+    if (!spare.isEmpty() && driver.sendList.isEmpty()) {
+        reserveFrame(spare[0]);
+        driver.sendList.swap(spare);
+    }
+    currentSendKind().frame();
+    if (isReserved(driver.sendList)) {
+        driver.sendList.swap(spare); // refused
+    }
+}
+
 void frameAs(SendKind kind)
 {
     driver.sendKind = kind;
-    sendKinds[kind].frame();
+    frameCurrent();
 }
 
 void frameRecipe(SendKind kind, int withData)
 {
     if (!recipeIsLeft()) {
-        currentSendKind().frame(); // the request before it is made again
+        frameCurrent(); // the request before it is made again
         return;
     }
     const _RCP_VAR_PRO& next = driver.recipeRequests.at(driver.recipeIndex);
@@ -219,6 +235,17 @@ void getWriteFrame(VARIABLE& request)
 void handShakeFrame()
 {
     frameHandshake(driver.sendList);
+}
+
+void takeHeadFrame()
+{
+    QList<FRAME_PRO>& frames = driver.sendList;
+    QList<FRAME_PRO>& spare = driver.shortcuts->spareFrames;
+    if (frames.size() == 1 && spare.isEmpty()) {
+        frames.swap(spare);
+    } else if (!frames.isEmpty()) {
+        frames.removeFirst();
+    }
 }
 
 void dealListWhenFinish()
