@@ -2,12 +2,12 @@
 
 #include <QStringList>
 
+#include "cache/unit_index.h"
 #include "driver_lock.h"
 #include "intf.h"
 #include "protocol/address_text.h"
 #include "protocol/init_order.h"
 #include "protocol/wrap.h"
-#include "shortcuts.h"
 
 DOV417_BEFORE_DRIVER const QString PROCOTOL_NAME = QString::fromLatin1("dov417modbus");
 DOV417_BEFORE_DRIVER const QString PROCOTOL_VERSION = QString::fromLatin1(DOV417_VERSION);
@@ -93,7 +93,7 @@ int intf_initProperty(unsigned char* hostBlock, int hostArg2, unsigned short* re
     driver.writeList.clear();
     driver.conditionList.clear();
     driver.dataAreas.clear();
-    driver.shortcuts->units = UnitIndex();
+    forgetUnits();
 
     driver.sendKind = 0;
     driver.burstCount = 0;

@@ -30,12 +30,13 @@ struct UnitRun {
 };
 
 struct UnitIndex {
-    UnitIndex() : unique(true) {}
+    UnitIndex() : unique(true), generation(0) {}
 
     QList<_DATA_> seen;        // shares driver.dataAreas as the index knows it
     QHash<UnitKey, int> first; // first record of each key
     QVector<UnitRun> runs;     // one a record
     bool unique;               // no key occurs twice
+    unsigned int generation;   // rises whenever records may have changed their places
 };
 
 struct Shortcuts {

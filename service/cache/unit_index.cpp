@@ -45,6 +45,7 @@ void rebuild(UnitIndex& index)
     index.first.clear();
     index.runs.clear();
     index.unique = true;
+    ++index.generation;
     for (int i = 0; i < driver.dataAreas.size(); ++i) {
         const _DATA_& unit = driver.dataAreas.at(i);
         const UnitKey key = keyOf(unit.station, unit.area, unit.address);
@@ -120,6 +121,15 @@ bool isUnitAt(int index, int station, const QString& area, int address)
            matches(driver.dataAreas.at(index), station, area, address);
 }
 
+// Two empty lists share too: what it knew must go.
+void forgetUnits()
+{
+    UnitIndex& units = driver.shortcuts->units;
+    const unsigned int generation = units.generation;
+    units = UnitIndex();
+    units.generation = generation + 1;
+}
+
 UnitEdit::UnitEdit(int index)
     : known_(driver.shortcuts->units.seen.isSharedWith(driver.dataAreas)), unit_(0)
 {
@@ -132,6 +142,41 @@ UnitEdit::~UnitEdit()
     if (known_) {
         driver.shortcuts->units.seen = driver.dataAreas;
     } else {
-        driver.shortcuts->units = UnitIndex(); // two empty lists share too: what it knew must go
+        forgetUnits();
     }
+}
+
+RunEdit::RunEdit(int firstIndex)
+    : firstIndex_(firstIndex), generation_(driver.shortcuts->units.generation), open_(true)
+{
+    letGo();
+}
+
+RunEdit::~RunEdit()
+{
+    if (open_) {
+        pause();
+    }
+}
+
+void RunEdit::letGo()
+{
+    driver.shortcuts->units.seen = QList<_DATA_>();
+    first_ = driver.dataAreas.begin() + firstIndex_;
+}
+
+void RunEdit::pause()
+{
+    QList<_DATA_> taken(driver.dataAreas);
+    driver.shortcuts->units.seen.swap(taken);
+}
+
+bool RunEdit::resume()
+{
+    const UnitIndex& units = driver.shortcuts->units;
+    open_ = units.generation == generation_ && units.seen.isSharedWith(driver.dataAreas);
+    if (open_) {
+        letGo();
+    }
+    return open_;
 }
