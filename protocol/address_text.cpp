@@ -27,7 +27,8 @@ int radixOfLetter(QChar letter)
                                         : 0;
 }
 
-// Requests that the driver made itself share their name with the table.
+// Requests that the driver made itself share their name with the table. The names of hosts do not:
+// most rows differ in length or first letter already.
 int indexOfName(const QString& regName)
 {
     for (int i = 0; i < registerTypeCount; ++i) {
@@ -35,8 +36,10 @@ int indexOfName(const QString& regName)
             return i;
         }
     }
-    for (int i = 0; i < registerTypeCount; ++i) {
-        if (REG_LIST[i] == regName) {
+    const int size = static_cast<int>(regName.size());
+    for (int i = 0; size > 0 && i < registerTypeCount; ++i) {
+        const QString& name = REG_LIST[i];
+        if (name.size() == size && name.at(0) == regName.at(0) && name == regName) {
             return i;
         }
     }
