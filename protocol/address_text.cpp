@@ -122,11 +122,15 @@ int addrOffset(QString, int address)
     return address;
 }
 
+int weightAt(int typeCount, int station, int typeIndex, int address)
+{
+    return wrapAdd(wrapAdd(wrapMul(station, wrapMul(typeCount, weightPerType)),
+                           wrapMul(typeIndex, weightPerType)),
+                   address);
+}
+
 int addressWeight(const QStringList& names, int station, const QString& regName, int address)
 {
-    const int count = static_cast<int>(names.size());
-    const int index = static_cast<int>(names.indexOf(regName));
-    return wrapAdd(
-        wrapAdd(wrapMul(station, wrapMul(count, weightPerType)), wrapMul(index, weightPerType)),
-        address);
+    return weightAt(static_cast<int>(names.size()), station,
+                    static_cast<int>(names.indexOf(regName)), address);
 }

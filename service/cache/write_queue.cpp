@@ -1,5 +1,6 @@
 #include "cache/write_queue.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "debug_line.h"
@@ -23,20 +24,6 @@ int hostBytesPerUnit(const RegisterType& type)
     return isBitRegister(type) ? 1 : 2;
 }
 
-VARIABLE requestOf(const KEY_ADDRESS& piece, int kind, int bytes)
-{
-    VARIABLE request = VARIABLE();
-    request.kind = kind;
-    request.stationNo = piece.stationNo;
-    request.regName = piece.regName;
-    request.address = piece.address;
-    request.length = piece.length;
-    if (bytes > 0) {
-        memcpy(request.data, piece.data, static_cast<size_t>(bytes));
-    }
-    return request;
-}
-
 } // namespace
 
 int maxWriteLength(const RegisterType& type)
@@ -49,37 +36,34 @@ void queueWrite(const RegisterType& type, int station, int address, int length,
 {
     const bool bits = isBitRegister(type);
     const int bytesPerUnit = hostBytesPerUnit(type);
-    KEY_ADDRESS whole = KEY_ADDRESS();
-    whole.stationNo = station;
-    whole.regName = type.name;
-    whole.address = address;
-    whole.length = length;
-    whole.bitFlag = bits ? -1 : 0;
-    if (length > 0) {
-        memcpy(whole.data, data, static_cast<size_t>(length) * static_cast<size_t>(bytesPerUnit));
-    }
-    const int limit = pieceLimit(whole.bitFlag);
-    QList<KEY_ADDRESS> pieces;
-    groupingKey(whole, bits || limit < maxFrameWords ? limit : static_cast<int>(maxFrameWords),
-                pieces, 1);
+    const int limit = bits ? pieceLimit(bitValues) : std::min<int>(pieceLimit(0), maxFrameWords);
     int shortened = 0;
-    for (int i = 0; i < pieces.size(); ++i) {
-        KEY_ADDRESS& piece = pieces[i];
-        const int pieceBytes = piece.length * bytesPerUnit;
+    int done = 0;
+    do {
+        const int units = std::min(limit, length - done);
+        int pieceAddress = wrapAdd(address, done);
+        int pieceLength = units;
         if (!bits) {
-            rescalePiece(piece, type, shortened);
+            rescalePiece(pieceAddress, pieceLength, type, shortened);
         }
-        debugQueuedWrite(piece.stationNo, piece.regName, piece.address, piece.length);
-        queueRequest(driver.writeList, requestOf(piece, kind, pieceBytes));
-    }
+        debugQueuedWrite(station, type.name, pieceAddress, pieceLength);
+        VARIABLE& request =
+            placeInQueue(driver.writeList, station, type.name, pieceAddress, pieceLength);
+        request.kind = kind;
+        if (units > 0) {
+            memcpy(request.data, data + done * bytesPerUnit,
+                   static_cast<size_t>(units * bytesPerUnit));
+        }
+        done += units;
+    } while (done < length);
 }
 
-void rescalePiece(KEY_ADDRESS& piece, const RegisterType& type, int& shortened)
+void rescalePiece(int& address, int& length, const RegisterType& type, int& shortened)
 {
-    const int length = type.unitBits > 0 ? piece.length * 16 / type.unitBits : piece.length;
-    piece.address = wrapSub(piece.address, shortened);
-    shortened = wrapAdd(shortened, wrapSub(piece.length, length));
-    piece.length = length;
+    const int rescaled = type.unitBits > 0 ? length * 16 / type.unitBits : length;
+    address = wrapSub(address, shortened);
+    shortened = wrapAdd(shortened, wrapSub(length, rescaled));
+    length = rescaled;
 }
 
 int equalWritesQueued(int station, const QString& regName, int address, int length)

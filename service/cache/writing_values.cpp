@@ -25,7 +25,6 @@ int intf_setData(int station, QString regName, int address, int length, unsigned
         }
         queueWrite(type, station, address, length, data, kind);
     }
-    // By the table's own copy of the name, which is found without comparing texts.
-    write_saveDataToArea(station, type.name, address, length, data);
+    storeWrite(type, station, type.name, address, length, data);
     return 1;
 }

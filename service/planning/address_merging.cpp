@@ -29,12 +29,8 @@ int truncated(Real value)
 void normaliseCyclic(Run& run, const RegisterType& type)
 {
     const int unit = type.unitBits;
-    const bool bits = run.regName.endsWith(QLatin1String("_bit"));
-    const int underscore = static_cast<int>(run.regName.indexOf(QLatin1Char('_')));
-    if (underscore >= 0) {
-        run.regName.truncate(underscore);
-        run.regName.append(QLatin1String("_W"));
-    }
+    const bool bits = type.name.endsWith(QLatin1String("_bit"));
+    run.regName = type.wordName;
     if (bits) {
         const int length = wrapAdd(run.length, run.address % unit);
         run.length = length / unit + (length % unit != 0 ? 1 : 0);
