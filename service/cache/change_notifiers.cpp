@@ -101,7 +101,7 @@ bool announceWider(const WatchedUnit& unit, const AreaNames& names, const UnitVi
     return true;
 }
 
-bool announceViews(const WatchedUnit& unit, const AreaNames& names, unsigned int changed,
+__attribute__((noinline)) bool announceViews(const WatchedUnit& unit, const AreaNames& names, unsigned int changed,
                    int timerCounter, const UnitViews& views)
 {
     if (timerCounter != 0) {
@@ -146,6 +146,10 @@ QString AreaNames::nameOf(View view) const
 bool announceWord(const WatchedUnit& unit, const AreaNames& names, unsigned int changed,
                   int timerCounter)
 {
+    // Nearly every unit of a screen: a word that is watched as a word alone.
+    if (timerCounter == 0 && unit.viewFlags == 1 && (unit.bitMonitor & changed) == 0) {
+        return announce(unit, names, wordView, unit.address);
+    }
     return announceViews(unit, names, changed, timerCounter, wordViews);
 }
 
