@@ -60,10 +60,14 @@ FRAME_PRO& appendBlank(QList<FRAME_PRO>& frames)
 
 // The same with its request and its first six bytes.
 FRAME_PRO& appendFrame(QList<FRAME_PRO>& frames, const VARIABLE& request, FunctionCode function,
-                       int start, int quantity)
+                       int start, int quantity, bool valuesAreThere = false)
 {
     FRAME_PRO& made = appendBlank(frames);
-    assignRequest(made.request, request);
+    if (valuesAreThere) {
+        assignTarget(made.request, request);
+    } else {
+        assignRequest(made.request, request);
+    }
     made.frame[0] =
         static_cast<unsigned char>(static_cast<unsigned int>(request.stationNo) & 0xFFu);
     made.frame[1] = static_cast<unsigned char>(function);
@@ -80,9 +84,9 @@ void finishFrame(FRAME_PRO& made, int payloadEnd)
 
 // 5 + 2n: station, function, byte count, n registers (or 16n coils), CRC.
 FRAME_PRO& appendRead(QList<FRAME_PRO>& frames, const VARIABLE& request, FunctionCode function,
-                      int start, int quantity, int words)
+                      int start, int quantity, int words, bool valuesAreThere = false)
 {
-    FRAME_PRO& made = appendFrame(frames, request, function, start, quantity);
+    FRAME_PRO& made = appendFrame(frames, request, function, start, quantity, valuesAreThere);
     finishFrame(made, headerSize);
     made.replyLength = wrapAdd(readReplyOverhead, wrapMul(2, words));
     made.dataPosition = readPayloadAt;
@@ -198,7 +202,7 @@ bool isReserved(const QList<FRAME_PRO>& frames)
     return frames.size() == 1 && frames.at(0).sendLength == reservedLength;
 }
 
-int frameRead(const VARIABLE& request, QList<FRAME_PRO>& frames)
+int frameRead(const VARIABLE& request, QList<FRAME_PRO>& frames, bool valuesAreThere)
 {
     const int index = indexOfName(request.regName);
     if (index < 0 || request.stationNo == broadcastStation) {
@@ -209,7 +213,7 @@ int frameRead(const VARIABLE& request, QList<FRAME_PRO>& frames)
     const int unit = coils ? coilsPerWord : 1;
     appendRead(frames, request, coils ? readCoils : readHoldingRegisters,
                wrapAdd(type.baseAddress, wrapMul(unit, request.address)),
-               wrapMul(unit, request.length), request.length)
+               wrapMul(unit, request.length), request.length, valuesAreThere)
         .dataCount = request.length;
     return 1;
 }

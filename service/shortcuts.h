@@ -40,9 +40,17 @@ struct UnitIndex {
 };
 
 struct Shortcuts {
-    UnitIndex units; // finds a record of driver.dataAreas without a search
-    QList<FRAME_PRO>
-        spareFrames; // the frame answered last: the next request is framed in its memory
+    Shortcuts() : valuesAreZero(false) {}
+
+    // Finds a record of driver.dataAreas without a search.
+    UnitIndex units;
+
+    // The frame answered last: the next one is built in its memory.
+    QList<FRAME_PRO> spareFrames;
+
+    // A cyclic read was framed last: driver.currentVar, driver.currentVars and the spare frame
+    // carry the kilobyte of zeros that every cyclic read has for values.
+    bool valuesAreZero;
 };
 
 #endif

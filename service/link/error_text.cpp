@@ -17,7 +17,10 @@ enum {
 // written over without an allocation.
 void describeRequest(const VARIABLE& request, const QByteArray& reply, QString& text)
 {
-    text.resize(static_cast<int>(request.regName.size()) + maxFixedText);
+    const int room = static_cast<int>(request.regName.size()) + maxFixedText;
+    if (!text.isDetached() || text.capacity() < room) {
+        text.resize(room);
+    }
     QChar* const begin = text.data();
     QChar* out = putNumber(begin, request.stationNo);
     *out++ = QLatin1Char('#');

@@ -145,9 +145,8 @@ int intf_dealRcvFrame(QByteArray* reply, QString* errorText)
     if (errorText != 0) {
         describeRequest(driver.sendList.at(0).request, received, *errorText);
     }
-    // The given signature takes bytes that it could change; it does not.
-    const int check =
-        check_rcv_data(reinterpret_cast<unsigned char*>(const_cast<char*>(received.constData())),
-                       QList<VARIABLE>(), static_cast<int>(received.size()));
+    const ReplyCheck check = checkReply(
+        driver.sendList.at(0), reinterpret_cast<const unsigned char*>(received.constData()),
+        static_cast<int>(received.size()));
     return check == replyRejected ? refuseReply() : acceptReply(received, check == replyWithData);
 }

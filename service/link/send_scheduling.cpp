@@ -55,13 +55,19 @@ void frameCurrentWrite()
 
 int frameCurrentRead()
 {
-    if (driver.currentVars.size() == 1) {
-        assignRequest(driver.currentVars[0], driver.currentVar); // the list and its node stay
+    const bool valuesAreThere =
+        driver.sendKind == sendCyclicRead && driver.shortcuts->valuesAreZero;
+    if (driver.currentVars.size() == 1) { // the list and its node stay
+        if (valuesAreThere) {
+            assignTarget(driver.currentVars[0], driver.currentVar);
+        } else {
+            assignRequest(driver.currentVars[0], driver.currentVar);
+        }
     } else {
         driver.currentVars.clear();
         driver.currentVars.append(driver.currentVar);
     }
-    return frameRead(driver.currentVars.at(0), driver.sendList);
+    return frameRead(driver.currentVars.at(0), driver.sendList, valuesAreThere);
 }
 
 void frameCyclicRead()
@@ -146,6 +152,18 @@ void frameCurrent()
     if (isReserved(driver.sendList)) {
         driver.sendList.swap(spare); // refused
     }
+    driver.shortcuts->valuesAreZero =
+        driver.sendKind == sendCyclicRead && !driver.sendList.isEmpty();
+}
+
+void takeNextCyclicRead()
+{
+    const VARIABLE& next = driver.readList.at(0);
+    if (driver.shortcuts->valuesAreZero) {
+        assignTarget(driver.currentVar, next);
+    } else {
+        assignRequest(driver.currentVar, next);
+    }
 }
 
 void frameAs(SendKind kind)
@@ -190,7 +208,7 @@ void frameNextRequest()
         ++driver.burstCount;
         frameAs(sendConditionRead);
     } else if (!driver.readList.isEmpty()) {
-        assignRequest(driver.currentVar, driver.readList.at(0));
+        takeNextCyclicRead();
         driver.burstCount = 0;
         frameAs(sendCyclicRead);
     } else {

@@ -1,7 +1,10 @@
 // Frames are built one after the other in the same memory: none shows anything of the one before.
 #include <algorithm>
+#include <functional>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <string>
+#include <vector>
 
 #include "world.h"
 
@@ -19,6 +22,12 @@ protected:
     {
         const unsigned char* end = polled.frame + sizeof(polled.frame);
         return std::all_of(polled.frame + byte, end, [](unsigned char each) { return each == 0; });
+    }
+
+    static bool hasZerosForValues(const VARIABLE& request)
+    {
+        return std::all_of(std::begin(request.data), std::end(request.data),
+                           [](unsigned char each) { return each == 0; });
     }
 
     std::string fields() const
@@ -98,6 +107,57 @@ TEST_F(FrameMemory, ACopyOfTheSendListKeepsItsFrame)
     exchange();
     ASSERT_EQ(kept.size(), 1);
     EXPECT_EQ(kept.at(0).frame[1], 3);
+}
+
+// The values of a request: zeros for every read, whatever was written before.
+TEST_F(FrameMemory, ReadsHaveZerosForValuesWhateverWentBefore)
+{
+    plan({key("R_W", 100, 1), key("T", 5, 1)});
+    const std::vector<std::function<void()>> others = {
+        [] { write("R_W", 5, 2, "34 12 78 56"); },
+        [] { write("R_bit", 17, 1, "01"); },
+        [] { ask(key("C", 3, 1)); },
+        [] { driver.handshakeRequest = 1; },
+        [] { write("R_W", 6, 1, "FF FF", 0); }, // broadcast
+    };
+    for (const auto& other : others) {
+        other();
+        for (int i = 0; i < 6; ++i) { // the other's frames, then each read twice
+            exchange();
+            driver.handshakeRequest = 0;
+            if (driver.sendKind == sendCyclicRead) {
+                EXPECT_TRUE(hasZerosForValues(polled.request));
+                EXPECT_TRUE(hasZerosForValues(driver.currentVar));
+                EXPECT_TRUE(hasZerosForValues(driver.currentVars.at(0)));
+            }
+        }
+        EXPECT_EQ(driver.sendKind, sendCyclicRead);
+    }
+}
+
+TEST_F(FrameMemory, AWriteAfterReadsBringsItsValues)
+{
+    exchange();
+    exchange();
+    write("R_bit", 17, 1, "01");
+    exchange();
+    EXPECT_EQ(polled.request.data[0], 1);
+    exchange();
+    EXPECT_EQ(polled.request.data[0], 1);
+    EXPECT_EQ(driver.currentVar.data[0], 1);
+}
+
+// The read behind a write that cannot be framed either way.
+TEST_F(FrameMemory, AReadThatIsRefusedLeavesTheValuesOfTheWriteForTheNextToClear)
+{
+    write("R_W", 5, 1, "34 12");
+    plan({key("R_W", 100, 1, 0)});
+    exchange();
+    EXPECT_EQ(poll(), ""); // of the broadcast station nothing is read
+    plan({key("R_W", 100, 1)});
+    EXPECT_EQ(exchange(), cyclicRead);
+    EXPECT_TRUE(hasZerosForValues(polled.request));
+    EXPECT_TRUE(hasZerosForValues(driver.currentVar));
 }
 
 // A request that cannot be framed leaves the list empty, and the next one is framed as ever.
