@@ -48,6 +48,9 @@ struct Shortcuts {
     // The frame answered last: the next one is built in its memory.
     QList<FRAME_PRO> spareFrames;
 
+    // The write that left the queue last: the next one is queued in its memory.
+    QList<VARIABLE> spareWrites;
+
     // A cyclic read was framed last: driver.currentVar, driver.currentVars and the spare frame
     // carry the kilobyte of zeros that every cyclic read has for values.
     bool valuesAreZero;

@@ -10,6 +10,7 @@
 #include "protocol.h"
 #include "protocol/frame_building.h"
 #include "protocol/wrap.h"
+#include "shortcuts.h"
 
 namespace {
 
@@ -22,6 +23,17 @@ bool isBitRegister(const RegisterType& type)
 int hostBytesPerUnit(const RegisterType& type)
 {
     return isBitRegister(type) ? 1 : 2;
+}
+
+// A host writes again and again and the queue is empty in between: nothing is allocated for that.
+VARIABLE& placeWrite(int station, const QString& regName, int address, int length)
+{
+    QList<VARIABLE>& spare = driver.shortcuts->spareWrites;
+    if (!driver.writeList.isEmpty() || spare.isEmpty()) {
+        return placeInQueue(driver.writeList, station, regName, address, length);
+    }
+    driver.writeList.swap(spare);
+    return startRequest(driver.writeList[0], station, regName, address, length);
 }
 
 } // namespace
@@ -47,8 +59,7 @@ void queueWrite(const RegisterType& type, int station, int address, int length,
             rescalePiece(pieceAddress, pieceLength, type, shortened);
         }
         debugQueuedWrite(station, type.name, pieceAddress, pieceLength);
-        VARIABLE& request =
-            placeInQueue(driver.writeList, station, type.name, pieceAddress, pieceLength);
+        VARIABLE& request = placeWrite(station, type.name, pieceAddress, pieceLength);
         request.kind = kind;
         if (units > 0) {
             memcpy(request.data, data + done * bytesPerUnit,
@@ -86,7 +97,12 @@ void dropHeadWrite()
         const Unfinished end(Unfinished::endOfRequest);
         const SharedMutex shared(&driver.mutex);
         if (shared.stillMeant() && !driver.writeList.isEmpty()) {
-            driver.writeList.removeFirst();
+            QList<VARIABLE>& spare = driver.shortcuts->spareWrites;
+            if (driver.writeList.size() == 1 && spare.isEmpty()) {
+                driver.writeList.swap(spare);
+            } else {
+                driver.writeList.removeFirst();
+            }
         }
     }
 }

@@ -14,11 +14,27 @@ bool isFor(const VARIABLE& request, int station, const QString& regName, int add
            request.regName == regName;
 }
 
+VARIABLE& setTarget(VARIABLE& record, int station, const QString& regName, int address, int length)
+{
+    record.stationNo = station;
+    record.regName = regName;
+    record.address = address;
+    record.length = length;
+    return record;
+}
+
 } // namespace
 
 bool sameTarget(const VARIABLE& a, const VARIABLE& b)
 {
     return isFor(a, b.stationNo, b.regName, b.address, b.length);
+}
+
+VARIABLE& startRequest(VARIABLE& record, int station, const QString& regName, int address,
+                       int length)
+{
+    memset(record.data, 0, sizeof(record.data));
+    return setTarget(record, station, regName, address, length);
 }
 
 VARIABLE& placeInQueue(QList<VARIABLE>& queue, int station, const QString& regName, int address,
@@ -34,15 +50,9 @@ VARIABLE& placeInQueue(QList<VARIABLE>& queue, int station, const QString& regNa
     }
     if (at == size) {
         queue.append(blankRequest);
-    } else {
-        memset(queue[at].data, 0, sizeof(queue[at].data));
+        return setTarget(queue[at], station, regName, address, length);
     }
-    VARIABLE& place = queue[at];
-    place.stationNo = station;
-    place.regName = regName;
-    place.address = address;
-    place.length = length;
-    return place;
+    return startRequest(queue[at], station, regName, address, length);
 }
 
 void queueRequest(QList<VARIABLE>& queue, const VARIABLE& request)

@@ -13,6 +13,10 @@ enum {
 
 bool sameTarget(const VARIABLE& a, const VARIABLE& b);
 
+// A record for a request of this target, its values zeroed.
+VARIABLE& startRequest(VARIABLE& record, int station, const QString& regName, int address,
+                       int length);
+
 // The queue's record for a request of this target, its values zeroed, to be filled there: that of
 // an equal request, from the end; never the head, which may be on the line. A full queue gives up
 // its last slot rather than growing; else a record is appended.
