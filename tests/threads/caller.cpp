@@ -3,6 +3,7 @@
 #include <QStringList>
 #include <QVector>
 #include <iterator>
+#include <map>
 
 #include "intf.h"
 
@@ -18,9 +19,18 @@ thread_local Caller* ofThisThread = nullptr;
 const char* const regNames[] = {"I_bit", "Q_bit", "M_bit", "R_bit", "I_W", "Q_W",
                                 "M_W",   "R_W",   "R_D",   "T",     "C",   "unknown"};
 
-QString name(const char* regName)
+// Lives as long as the program: ThreadSanitizer does not see how Qt counts who shares a text, and
+// would miss why the last of them, on whatever thread, may free it.
+QString name(const char* text)
 {
-    return QString::fromLatin1(regName);
+    static std::mutex mutex;
+    static std::map<std::string, QString> names;
+    const std::lock_guard<std::mutex> lock(mutex);
+    const auto made = names.emplace(text, QString());
+    if (made.second) {
+        made.first->second = QString::fromLatin1(text);
+    }
+    return made.first->second;
 }
 
 struct Range {
@@ -102,12 +112,17 @@ void Caller::begin()
 // The two that take the mutexes. A write that is still being announced is not to be polled for.
 bool Caller::mayPoll() const
 {
-    return !holdsHostMutex_ && !holdsDriverMutex_ && (depth_ == 0 || !host_.kind_.inTurn);
+    return !holdsHostMutex_ && !holdsDriverMutex_ && (depth_ == 0 || !host_.kind_.inTurn) &&
+           (index_ == 0 || !host_.kind_.onePolls);
 }
 
 // The host's mutex is taken before driver.mutex where one thread takes both.
 void Caller::act()
 {
+    if (host_.kind_.onePolls && index_ == 0 && depth_ == 0) {
+        poll();
+        return;
+    }
     if (host_.kind_.holdsHostMutex && !holdsHostMutex_ && !holdsDriverMutex_ && below(4) == 0) {
         actHolding(host_.resources_[0].mutex, holdsHostMutex_);
     } else if (host_.kind_.holdsDriverMutex && !holdsDriverMutex_ && below(4) == 0) {
@@ -278,8 +293,8 @@ void Caller::editor()
 
 void Caller::identity()
 {
+    intf_SetDriverPropertyPage(name(regNames[below(12)]));
     QString text = intf_getVersion();
-    intf_SetDriverPropertyPage(text);
     intf_getDriverPropertyPage(text);
     intf_getDriverParameter(text);
     int type = -1;

@@ -9,16 +9,19 @@
 std::atomic<std::uint64_t> callCount;
 std::atomic<std::uint64_t> noticeCount;
 
+// clang-format off
 const std::vector<HostKind> hostKinds = {
-    // name, threads, resets, holds its mutex, holds driver.mutex, in turn, waits in the callback
-    {"a thread that polls, one that draws", 2, false, false, false, true, false},
-    {"a line that threads share", 4, false, true, true, true, false},
-    {"a callback that waits for a reader", 3, false, true, false, true, true},
-    {"every thread polls when it likes", 4, false, true, true, false, false},
-    {"resets at any time", 4, true, false, false, false, false},
-    {"resets, the host's mutex held", 3, true, true, false, false, false},
-    {"resets, driver.mutex held", 3, true, false, true, false, true},
+    //                                    threads  resets  holds its  holds   one    in     waits in
+    //                                                     mutex  driver.mutex polls turn  callback
+    {"a thread that polls, one that draws", 2,     false,  false,     false,  true,  true,  false},
+    {"a line that threads share",           4,     false,  true,      true,   false, true,  false},
+    {"a callback that waits for a reader",  3,     false,  true,      false,  false, true,  true},
+    {"every thread polls when it likes",    4,     false,  true,      true,   false, false, false},
+    {"resets at any time",                  4,     true,   false,     false,  false, false, false},
+    {"resets, the host's mutex held",       3,     true,   true,      false,  false, false, false},
+    {"resets, driver.mutex held",           3,     true,   false,     true,   false, false, true},
 };
+// clang-format on
 
 Host::Host(const HostKind& kind, unsigned int seed)
     : kind_(kind), seed_(seed), ledger_(kind.threads)
@@ -59,6 +62,9 @@ void Host::run(std::uint64_t untilCalls)
     for (std::thread& thread : threads) {
         thread.join();
     }
+    if (!kind_.resets) {
+        runDry();
+    }
     if (reader.joinable()) {
         {
             const std::lock_guard<std::mutex> lock(reading_);
@@ -66,9 +72,6 @@ void Host::run(std::uint64_t untilCalls)
         }
         readWanted_.notify_one();
         reader.join();
-    }
-    if (!kind_.resets) {
-        runDry();
     }
 }
 

@@ -21,6 +21,7 @@ struct HostKind {
     bool resets;           // intf_initProperty() at any time: writes are dropped by it
     bool holdsHostMutex;   // around calls for which that is allowed
     bool holdsDriverMutex; // the same
+    bool onePolls;         // and does nothing else; the others do the rest
     bool inTurn;           // one transaction at a time; else every thread polls when it likes
     bool waitsInCallback;  // for a thread that only reads
 };
