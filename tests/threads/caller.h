@@ -15,8 +15,8 @@ public:
     void begin();
     // Something that is allowed now, perhaps with a mutex held.
     void act();
-    // A poll, and the reply to what it gave.
-    void transact();
+    // A poll, and the reply to what it gave. True when that was accepted.
+    bool transact();
     // Within the callback.
     void told();
 

@@ -23,6 +23,14 @@ const std::vector<HostKind> hostKinds = {
 };
 // clang-format on
 
+namespace {
+
+enum {
+    maxToRunDry = 20000 // transactions
+};
+
+} // namespace
+
 Host::Host(const HostKind& kind, unsigned int seed)
     : kind_(kind), seed_(seed), ledger_(kind.threads)
 {
@@ -75,30 +83,42 @@ void Host::run(std::uint64_t untilCalls)
     }
 }
 
+// Without any new work.
 void Host::runDry()
 {
     Caller last(*this, 0);
-    for (int i = 0; i < 20000; ++i) {
-        left_ = !driver.writeList.isEmpty()       ? "a write"
-                : !driver.conditionList.isEmpty() ? "a condition read"
-                : resources_[0].block[downloadFlagOffset] != 0 ||
-                        resources_[0].block[uploadFlagOffset] != 0
-                    ? "a recipe"
-                : !driver.sendList.isEmpty() ? "a frame"
-                                             : "";
-        if (left_.empty()) {
-            return;
+    for (int i = 0; i < maxToRunDry; ++i) {
+        fault_ = !driver.writeList.isEmpty()       ? "a write was left undone"
+                 : !driver.conditionList.isEmpty() ? "a condition read was left"
+                 : resources_[0].block[downloadFlagOffset] != 0 ||
+                         resources_[0].block[uploadFlagOffset] != 0
+                     ? "a recipe was left undone"
+                 : !driver.sendList.isEmpty() ? "a frame was left unanswered"
+                                              : "";
+        if (fault_.empty()) {
+            break;
         }
         last.transact();
     }
+    if (fault_.empty()) {
+        fault_ = ledger_.fault();
+    }
+    if (fault_.empty() && kind_.inTurn) {
+        fault_ = ledger_.faultInTurn(plant_, false);
+        readAgain();
+    }
 }
 
-std::string Host::fault() const
+void Host::readAgain()
 {
-    if (kind_.resets) {
-        return "";
+    Caller last(*this, 0);
+    QList<KEY_ADDRESS> keys = ledger_.keys();
+    for (int unread = intf_addrMerge(keys); unread > 0;) {
+        unread -= last.transact() && driver.sendKind == sendCyclicRead ? 1 : 0;
     }
-    return left_.empty() ? ledger_.fault(plant_, kind_.inTurn) : left_ + " was left undone";
+    if (fault_.empty()) {
+        fault_ = ledger_.faultInTurn(plant_, true);
+    }
 }
 
 // ---- the thread that callbacks wait for --------------------------------------------------------

@@ -40,7 +40,11 @@ public:
 
     // Until so many calls were made in all. Afterwards, on one thread, the queues run empty.
     void run(std::uint64_t untilCalls);
-    std::string fault() const;
+    // "" for none.
+    const std::string& fault() const
+    {
+        return fault_;
+    }
     const Ledger& ledger() const
     {
         return ledger_;
@@ -56,6 +60,7 @@ private:
 
     void initialise(size_t resources);
     void runDry();
+    void readAgain();
     void readOnly();
     void waitForReader();
     static void onChange(int tag, int station, QString& regName, int address);
@@ -67,7 +72,7 @@ private:
     Ledger ledger_;
     Resources resources_[2]; // what is replaced stays valid
     std::mutex line_;
-    std::string left_; // what did not run dry
+    std::string fault_;
 
     std::mutex reading_;
     std::condition_variable readWanted_;

@@ -68,10 +68,10 @@ Ledger::Ledger(int threads) : owned_(static_cast<size_t>(threads)), waiting_(0)
     }
 }
 
-Place* Ledger::choose(int thread, bool bitsToo, std::mt19937& random)
+Place* Ledger::choose(int thread, bool repeatedToo, bool bitsToo, std::mt19937& random)
 {
     Owned& owned = owned_[static_cast<size_t>(thread)];
-    if (random() % 2 == 0) {
+    if (repeatedToo && random() % 2 == 0) {
         return &places_[static_cast<size_t>(owned.repeated[random() % owned.repeated.size()])];
     }
     if (owned.nextOnce == owned.once.size() || waiting_ >= maxWaiting) {
@@ -135,35 +135,58 @@ void Ledger::executed(const FRAME_PRO& frame)
     }
 }
 
-std::string Ledger::faultOf(const Place& place, const Plant& plant, bool inTurn) const
+QList<KEY_ADDRESS> Ledger::keys() const
 {
-    if (place.newest != place.asked) {
-        return "was asked for " + std::to_string(place.asked) + " writes, the newest executed is " +
-               std::to_string(place.newest);
+    QList<KEY_ADDRESS> all;
+    for (int station = 1; station <= Plant::stations; ++station) {
+        for (const PlaceKind& kind : kinds) {
+            KEY_ADDRESS key = KEY_ADDRESS();
+            key.stationNo = station;
+            key.regName = QString::fromLatin1(kind.regName);
+            key.address = kind.first;
+            key.length = kind.count;
+            all.append(key);
+        }
     }
-    if (!inTurn) {
-        return "";
-    }
-    const int value = place.asked == 0 ? 0
-                      : place.kind->bit
-                          ? 1
-                          : valueOf(static_cast<int>(&place - places_.data()), place.asked);
-    if (inPlant(place, plant) != value) {
-        return "is not in the plant as it was written";
-    }
-    return inCache(place) == value ? "" : "is in the cache otherwise than it was written";
+    return all;
 }
 
-std::string Ledger::fault(const Plant& plant, bool inTurn) const
+std::string Ledger::named(const Place& place, const char* fault) const
 {
-    if (inTurn && !outOfTurn_.empty()) {
+    return std::to_string(place.station) + "/" + place.kind->regName + " " +
+           std::to_string(place.address) + " " + fault;
+}
+
+std::string Ledger::fault() const
+{
+    for (const Place& place : places_) {
+        if (place.newest != place.asked) {
+            return named(place, "was written last by a write that was never executed");
+        }
+    }
+    return "";
+}
+
+std::string Ledger::faultInTurn(const Plant& plant, bool readAgain) const
+{
+    if (!outOfTurn_.empty()) {
         return outOfTurn_;
     }
-    for (const Place& place : places_) {
-        const std::string fault = faultOf(place, plant, inTurn);
-        if (!fault.empty()) {
-            return std::to_string(place.station) + "/" + place.kind->regName + " " +
-                   std::to_string(place.address) + " " + fault;
+    for (size_t i = 0; i < places_.size(); ++i) {
+        const Place& place = places_[i];
+        const int value = place.asked == 0  ? 0
+                          : place.kind->bit ? 1
+                                            : valueOf(static_cast<int>(i), place.asked);
+        if (inPlant(place, plant) != value) {
+            return named(place, "is not in the plant as it was written");
+        }
+        if ((readAgain || !place.kind->bit) && inCache(place) != value) {
+            return named(place, "is not in the cache as it was written");
+        }
+    }
+    for (int i = 0; readAgain && i < driver.dataAreas.size(); ++i) {
+        if (driver.dataAreas.at(i).writePending != 0 && driver.dataAreas.at(i).address < 2000) {
+            return "a written unit still awaits an answer";
         }
     }
     return "";

@@ -2,6 +2,7 @@
 #ifndef DOV417_TESTS_THREADS_LEDGER_H
 #define DOV417_TESTS_THREADS_LEDGER_H
 
+#include <QList>
 #include <atomic>
 #include <cstdint>
 #include <mutex>
@@ -41,21 +42,27 @@ class Ledger {
 public:
     explicit Ledger(int threads);
 
-    // A place of this thread that may be written now, or null.
-    Place* choose(int thread, bool bitsToo, std::mt19937& random);
+    // A place of this thread that may be written now, or null. `repeatedToo`: not from within the
+    // callback, where it may be the place of the write that is being announced.
+    Place* choose(int thread, bool repeatedToo, bool bitsToo, std::mt19937& random);
     // Its next value, which counts as asked for from here on.
     std::vector<unsigned char> ask(Place& place);
     // The plant executed a frame, which need not be of a place.
     void executed(const FRAME_PRO& frame);
 
-    // After the queue ran empty: what is not accounted for, "" for nothing. `inTurn`: one
-    // transaction was made at a time, so that no write was executed twice, or after a newer one,
-    // and cache and plant agree.
-    std::string fault(const Plant& plant, bool inTurn) const;
+    // All that is written, for a plan.
+    QList<KEY_ADDRESS> keys() const;
+    // After the queue ran empty: what is not accounted for, "" for nothing. Every write was
+    // executed or replaced by a newer one.
+    std::string fault() const;
+    // The same where one transaction was made at a time: none was executed twice or after a newer
+    // one, and plant and cache hold what was written last. Words do at once, bits when they are
+    // read again: a plan made meanwhile forgets which bits of a word still await their answer.
+    std::string faultInTurn(const Plant& plant, bool readAgain) const;
     void count(WriteCounts& counts) const;
 
 private:
-    std::string faultOf(const Place& place, const Plant& plant, bool inTurn) const;
+    std::string named(const Place& place, const char* fault) const;
     int indexOf(const VARIABLE& request) const;
 
     std::vector<Place> places_;

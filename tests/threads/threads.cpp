@@ -84,9 +84,8 @@ int main(int argc, char** argv)
         for (; callCount < until; ++rounds) {
             const auto host = std::make_unique<Host>(kind, seed += 10);
             host->run(std::min<std::uint64_t>(until, callCount + callsInRound));
-            const std::string fault = host->fault();
-            if (!fault.empty()) {
-                end(kind.name, fault);
+            if (!host->fault().empty()) {
+                end(kind.name, host->fault());
             }
             host->ledger().count(writes);
         }
