@@ -269,7 +269,9 @@ void Caller::wantRecipe()
     if (holdsDriverMutex_ && !holdsHostMutex_) {
         return;
     }
-    Host::Resources& asked = host_.resources_[0];
+    // With a mutex of its own in hand a thread takes no other.
+    const bool either = host_.kind_.resets && !holdsHostMutex_;
+    Host::Resources& asked = host_.resources_[either ? below(2) : 0];
     if (!holdsHostMutex_) {
         asked.mutex.lock();
     }
