@@ -216,6 +216,35 @@ TEST_F(TwoThreads, AWriteQueuedAfterAResetStaysWhenTheOneBeforeTheResetEnds)
     EXPECT_EQ(poll(), frame("01 06 05 0B 00 02"));
 }
 
+TEST_F(TwoThreads, AConditionReadThatIsEndingIsNotHandedOutAgain)
+{
+    plan({key("R_W", 100, 1)});
+    ask(key("R_W", 10, 1));
+    EXPECT_EQ(poll(), frame("01 03 05 0A 00 01"));
+    std::string meanwhile = "nothing";
+    whenTold([&](const Notice&) {
+        whenTold(nullptr);
+        std::thread([&] { meanwhile = poll(); }).join();
+    });
+    reply(withCrc("01 03 02 00 00"));
+    EXPECT_EQ(meanwhile, "");
+    EXPECT_EQ(poll(), cyclicRead);
+}
+
+TEST_F(TwoThreads, ABitWriteThatWaitedOverAResetIsNotStored)
+{
+    write("M_bit", 18, 1, "01");
+    driver.mutex.lock();
+    {
+        const Elsewhere writing([] { write("M_bit", 18, 1, "01"); });
+        EXPECT_FALSE(writing.isThrough());
+        configure();
+        driver.mutex.unlock();
+    }
+    EXPECT_TRUE(driver.dataAreas.isEmpty());
+    EXPECT_EQ(read("M_bit", 18, 1), "00");
+}
+
 TEST_F(TwoThreads, ARecipeThatIsEndingIsNotBegunAgain)
 {
     plan({key("R_W", 100, 1)});
