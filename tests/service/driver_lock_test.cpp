@@ -103,25 +103,11 @@ const Exported functions[] = {
      }},
 };
 
-std::function<void()> onDebugLine;
-
-void actOnDebugLine(QtMsgType, const QMessageLogContext&, const QString&)
+// Writes its debug line while it is at work.
+void callWithDebugLine()
 {
-    std::function<void()> action;
-    action.swap(onDebugLine); // for the first line only
-    if (action) {
-        action();
-    }
-}
-
-// A call writes its debug line while it is at work: `action` runs within it.
-void withinACall(const std::function<void()>& action)
-{
-    onDebugLine = action;
-    const auto before = qInstallMessageHandler(actOnDebugLine);
     unsigned char data[2] = {1, 0};
     intf_setData(1, name("R_W"), 500, 1, data, 2);
-    qInstallMessageHandler(before);
 }
 
 class EachFunction : public DriverTest, public ::testing::WithParamInterface<Exported> {};
@@ -130,10 +116,11 @@ TEST_P(EachFunction, WaitsForTheCallOfAnotherThread)
 {
     bool through = true;
     std::unique_ptr<Elsewhere> other;
-    withinACall([&] {
+    const DebugLines lines([&] {
         other.reset(new Elsewhere(GetParam().call));
         through = other->isThrough();
     });
+    callWithDebugLine();
     other.reset();
     EXPECT_FALSE(through);
 }
@@ -141,10 +128,11 @@ TEST_P(EachFunction, WaitsForTheCallOfAnotherThread)
 TEST_P(EachFunction, MayBeCalledByTheMessageHandlerWithinACall)
 {
     bool called = false;
-    withinACall([&] {
+    const DebugLines lines([&] {
         GetParam().call();
         called = true;
     });
+    callWithDebugLine();
     EXPECT_TRUE(called);
 }
 
