@@ -12,15 +12,15 @@ std::atomic<pthread_t> owner; // 0: nobody; only its own thread can find itself 
 
 Unfinished* newest; // of the calls of all threads
 
-bool isMine()
+bool isOf(pthread_t thread)
 {
-    return owner.load(std::memory_order_relaxed) == pthread_self();
+    return owner.load(std::memory_order_relaxed) == thread;
 }
 
-void take()
+void take(pthread_t self)
 {
     pthread_mutex_lock(&lock);
-    owner.store(pthread_self(), std::memory_order_relaxed);
+    owner.store(self, std::memory_order_relaxed);
 }
 
 void letGo()
@@ -31,10 +31,12 @@ void letGo()
 
 } // namespace
 
-DriverCall::DriverCall() : taken_(!isMine())
+DriverCall::DriverCall()
 {
+    const pthread_t self = pthread_self();
+    taken_ = !isOf(self);
     if (taken_) {
-        take();
+        take(self);
     }
 }
 
@@ -45,7 +47,7 @@ DriverCall::~DriverCall()
     }
 }
 
-OutsideDriver::OutsideDriver() : held_(isMine())
+OutsideDriver::OutsideDriver() : self_(pthread_self()), held_(isOf(self_))
 {
     if (held_) {
         letGo();
@@ -55,7 +57,7 @@ OutsideDriver::OutsideDriver() : held_(isMine())
 OutsideDriver::~OutsideDriver()
 {
     if (held_) {
-        take();
+        take(self_);
     }
 }
 

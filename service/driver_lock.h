@@ -16,7 +16,7 @@ public:
     ~DriverCall();
 
 private:
-    const bool taken_;
+    bool taken_;
     Q_DISABLE_COPY(DriverCall)
 };
 
@@ -29,6 +29,7 @@ public:
     ~OutsideDriver();
 
 private:
+    const pthread_t self_;
     const bool held_; // not by an inner function that is called by itself, as tests do
     Q_DISABLE_COPY(OutsideDriver)
 };
