@@ -47,7 +47,7 @@ void queueWrite(const RegisterType& type, int station, int address, int length,
                 const unsigned char* data, int kind)
 {
     const bool bits = isBitRegister(type);
-    const int bytesPerUnit = hostBytesPerUnit(type);
+    const size_t bytesPerUnit = static_cast<size_t>(hostBytesPerUnit(type));
     const int limit = bits ? pieceLimit(bitValues) : std::min<int>(pieceLimit(0), maxFrameWords);
     int shortened = 0;
     int done = 0;
@@ -62,8 +62,8 @@ void queueWrite(const RegisterType& type, int station, int address, int length,
         VARIABLE& request = placeWrite(station, type.name, pieceAddress, pieceLength);
         request.kind = kind;
         if (units > 0) {
-            memcpy(request.data, data + done * bytesPerUnit,
-                   static_cast<size_t>(units * bytesPerUnit));
+            memcpy(request.data, data + static_cast<size_t>(done) * bytesPerUnit,
+                   static_cast<size_t>(units) * bytesPerUnit);
         }
         done += units;
     } while (done < length);

@@ -20,6 +20,8 @@ inline unsigned int wordOf(unsigned char low, unsigned char high)
 template <int low>
 bool holdsWord(const _DATA_& unit, const unsigned char* word)
 {
+    // NOLINTNEXTLINE(clang-analyzer-core.CallAndMessage): as many words are there as units are
+    // counted
     return wordOf(unit.deviceValue[0], unit.deviceValue[1]) == wordOf(word[low], word[1 - low]);
 }
 
@@ -92,7 +94,7 @@ int storeWords(const RegisterType& type, int index, const unsigned char* words, 
     const AreaNames names(type.area);
     RunEdit run(index);
     for (; done < count; ++done) {
-        const unsigned char* word = words + 2 * done;
+        const unsigned char* word = words + 2 * static_cast<size_t>(done);
         _DATA_& unit = run[done];
         const unsigned int before = wordOf(unit.deviceValue[0], unit.deviceValue[1]);
         const unsigned int after = wordOf(word[low], word[1 - low]);
@@ -125,7 +127,7 @@ void decodeWords(const RegisterType& type, const ReplyData& data, int count, int
     int index = -1;
     for (int i = 0; i < count;) {
         UnitsFound found = unitsFrom(station, type.area, wrapAdd(address, i), index + 1, count - i);
-        unsigned char edge[2];
+        unsigned char edge[2] = {0, 0};
         const unsigned char* words = data.wordsFrom(i, found.count, edge);
         const int stored = type.lowByteFirst ? storeWords<0>(type, found.index, words, found.count)
                                              : storeWords<1>(type, found.index, words, found.count);
@@ -155,10 +157,10 @@ void unpackByte(const ReplyData& data, int i, unsigned char* out)
 // The first register holds the low-order half.
 void unpackDword(const ReplyData& data, int i, unsigned char* out)
 {
-    out[0] = data.at(4 * i + 1);
-    out[1] = data.at(4 * i);
-    out[2] = data.at(4 * i + 3);
-    out[3] = data.at(4 * i + 2);
+    out[0] = data.at(4LL * i + 1);
+    out[1] = data.at(4LL * i);
+    out[2] = data.at(4LL * i + 3);
+    out[3] = data.at(4LL * i + 2);
 }
 
 // Tells the host of a unit that held `before` and now holds `after`.
