@@ -107,6 +107,8 @@ public:
                          [this](const std::string& request, const std::string& reason) {
                              lastTrouble_ = "given up: " + request + ": " + reason;
                          });
+        QObject::connect(&live_.session(), &Session::noticed, &redraw_,
+                         [this](const std::string& text) { lastTrouble_ = text; });
         QObject::connect(&live_.session(), &Session::portChanged, &redraw_,
                          [this](bool open, const std::string& message) {
                              if (!open)

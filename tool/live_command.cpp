@@ -34,6 +34,10 @@ LiveCommand::LiveCommand(const Library& library, const LineOptions& options,
         end();
     });
     line_.record(session_);
+    QObject::connect(&session_, &Session::noticed, &portTimer_, [this](const std::string& text) {
+        if (!isQuiet_)
+            std::fprintf(stderr, "dov417: %s\n", text.c_str());
+    });
     QObject::connect(&session_, &Session::portChanged, &portTimer_,
                      [this](bool open, const std::string& message) { portChanged(open, message); });
 }

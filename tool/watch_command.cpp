@@ -113,6 +113,11 @@ public:
             lastTrouble_ = timeText() + " " + message;
     }
 
+    void tellNotice(const std::string& text)
+    {
+        lastTrouble_ = timeText() + " " + text;
+    }
+
     void draw(Session& session)
     {
         if (!screen_)
@@ -188,6 +193,8 @@ int runWatch(const WatchOptions& options)
         if (options.cycles > 0 && cycles >= options.cycles)
             live.end();
     });
+    QObject::connect(&session, &Session::noticed, &redraw,
+                     [&teller](const std::string& text) { teller.tellNotice(text); });
     QObject::connect(
         &session, &Session::portChanged, &redraw,
         [&teller](bool open, const std::string& message) { teller.tellPort(open, message); });

@@ -11,6 +11,7 @@
 #include <QByteArray>
 #include <array>
 #include <functional>
+#include <string>
 
 #include "line/clock.h"
 #include "line/serial_format.h"
@@ -40,6 +41,7 @@ struct ExchangeLine {
     std::function<void(const Transmission&)> sent; // its first byte goes out now
     std::function<void(const Transmission&)> markerEnded;
     std::function<void(const Stray&)> stray;
+    std::function<void(const std::string&)> notice; // what a person should know, said once
 };
 
 class Exchange {

@@ -57,6 +57,7 @@ Result LinkRunner::open(const LineSettings& settings)
         statistics_.add(stray);
         events_.stray(stray);
     };
+    observer.notice = events_.notice;
     observer.port = [this](bool open, const QString& message) { portChanged(open, message); };
     try {
         line_ = std::make_unique<SerialLine>(settings, observer);

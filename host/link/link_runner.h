@@ -25,6 +25,7 @@ struct LinkEvents {
     std::function<void(const Transmission&)> ended; // before the driver is asked for the next frame
     std::function<void(const Transmission&)> markerEnded;
     std::function<void(const Stray&)> stray;
+    std::function<void(const std::string&)> notice; // what a person should know, said once
     std::function<void(bool open, const std::string& message)> port;
 };
 

@@ -12,6 +12,7 @@
 #include <QTimer>
 #include <functional>
 #include <memory>
+#include <string>
 
 #include "line/clock.h"
 #include "line/serial_format.h"
@@ -43,6 +44,7 @@ struct LineObserver {
     std::function<void(const Transmission&)> sent; // its first byte goes out now
     std::function<void(const Transmission&)> markerEnded;
     std::function<void(const Stray&)> stray;
+    std::function<void(const std::string&)> notice; // what a person should know, said once
     std::function<void(bool open, const QString& message)> port;
 };
 

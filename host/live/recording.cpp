@@ -53,6 +53,7 @@ void Recording::follow(const Session& session)
     connect(&session, &Session::transmissionBegan, this, &Recording::began);
     connect(&session, &Session::transmissionEnded, this, &Recording::ended);
     connect(&session, &Session::strayCame, this, &Recording::strayCame);
+    connect(&session, &Session::noticed, this, &Recording::note);
     connect(&session, &Session::portChanged, this,
             [this](bool, const std::string& message) { note(message); });
 }

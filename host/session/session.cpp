@@ -26,6 +26,9 @@ Session::Session(const Library& library, const SessionSettings& settings)
                          [this](const Stray& stray) {
                              tellings_.add([this, stray]() { emit strayCame(stray); });
                          },
+                         [this](const std::string& text) {
+                             tellings_.add([this, text]() { emit noticed(text); });
+                         },
                          [this](bool open, const std::string& message) { portWas(open, message); }})
 {
     // For connections that are queued, to another thread.

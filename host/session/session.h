@@ -89,6 +89,8 @@ signals:
     void abandoned(const std::string& request, const std::string& reason);
     // A port that was lost is opened again as soon as it is back, and everything goes on.
     void portChanged(bool open, const std::string& message);
+    // What a person should know of the line or a station, said once.
+    void noticed(const std::string& text);
 
     void transmissionBegan(const dov417::Transmission& transmission);
     void transmissionEnded(const dov417::Transmission& transmission);

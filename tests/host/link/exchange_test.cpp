@@ -26,6 +26,7 @@ public:
         line.sent = [this](const Transmission& frame) { ++(frame.isMarker ? markers : sent); };
         line.markerEnded = [](const Transmission&) {};
         line.stray = [this](const Stray&) { ++strays; };
+        line.notice = [this](const std::string& text) { notices.push_back(text); };
         exchange = std::make_unique<Exchange>(line);
         settings.timeout = {milliseconds(500), seconds(15), false};
         settings.turnaround = milliseconds(100);
@@ -82,6 +83,7 @@ public:
     int markers = 0;
     int sent = 0;
     int strays = 0;
+    std::vector<std::string> notices;
 
 private:
     void step()

@@ -41,6 +41,7 @@ protected:
         line.timeout = minutes(10);
         events.port = [this](bool, const std::string& message) { ports.push_back(message); };
         events.stray = [this](const Stray& stray) { strays.push_back(stray.kind); };
+        events.notice = [this](const std::string& text) { notices.push_back(text); };
         events.began = [](const Transmission&) {};
         events.markerEnded = [](const Transmission&) {};
         events.ended = [this](const Transmission& transmission) {
@@ -94,6 +95,7 @@ protected:
     LinkEvents events;
     QByteArray received;
     std::vector<std::string> ports;
+    std::vector<std::string> notices;
     std::vector<StrayKind> strays;
     std::vector<Transmission> ended;
     std::optional<ReplyResult> settled;
