@@ -32,6 +32,7 @@ void Exchange::start(const ExchangeSettings& settings, Clock::time_point now)
     settings_ = settings;
     state_ = State::idle;
     lastActivity_ = now;
+    astray_ = Astray();
     books_.setHorizon(settings.horizon);
     for (Station& each : stations_) {
         // What a station takes is the same on a cable that was pulled for a while.
@@ -158,6 +159,7 @@ void Exchange::transmit(Clock::time_point now)
     frame.number = ++transmissions_;
     frame.sendBegin = now;
     bytesCame_ = 0;
+    astray_.begin();
     frame.sendEnd = now + onTheWire(static_cast<int>(frame.sent.size()));
     frame.timeout = station().timeout.value(settings_.timeout);
     frame.reception = Reception();
@@ -200,7 +202,7 @@ void Exchange::timerDue(Clock::time_point now)
         else if (!collector_.isEmpty())
             takeArrival(collector_.endOfFrame(), now);
         else if (holdEnd_ != Clock::time_point() && now >= holdEnd_)
-            finish(LineResult::timeout);
+            finish(LineResult::heldBack);
         else
             next(now);
         break;
@@ -242,6 +244,7 @@ void Exchange::markerFinished(LineResult result, Clock::time_point now)
     marked.markFailed = result == LineResult::timeout;
     marked.isUnknown = false;
     marker_.reception.result = result;
+    marker_.reception.astray = astray_;
     line_.markerEnded(marker_);
     if (marked.markFailed && books_.couldBeMistaken(current_.sent, current_.replyLength)) {
         // Not sent, and it is the station that did not answer.
@@ -259,7 +262,8 @@ void Exchange::finish(LineResult result)
     state_ = State::idle;
     isMarking_ = false;
     current_.reception.result = result;
-    if (result == LineResult::timeout)
+    current_.reception.astray = astray_;
+    if (result == LineResult::timeout || result == LineResult::heldBack)
         current_.reception.bytes.clear();
     // The next transaction may be started from within.
     const Transmission ended = current_;

@@ -102,6 +102,7 @@ private:
     void markerFinished(LineResult result, Clock::time_point now);
     void takeArrival(Arrival arrival, Clock::time_point now);
     bool takeReply(LineResult result, Clock::time_point now);
+    void report(const Stray& stray);
     void reportStrays(Clock::time_point now);
     void flushLateBytes(const QByteArray& bytes, Clock::time_point now);
     std::optional<OpenTransmission> settle(const QByteArray& frame, Clock::time_point now);
@@ -127,6 +128,7 @@ private:
     Clock::time_point listenEnd_{};
     Clock::time_point holdEnd_{}; // of a request that is held back; 0: it has not been yet
     int bytesCame_ = 0;           // since the frame was sent
+    Astray astray_;               // of them, what was no reply
     Micros wireTime_{0};
 };
 

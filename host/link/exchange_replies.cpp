@@ -92,7 +92,7 @@ bool Exchange::takeReply(LineResult result, Clock::time_point now)
     if (mine.number == 0)
         mine.number = transmissions_ + 1;
     if (isMarking_ || !answered || !books_.standsFor(*answered, mine)) {
-        line_.stray({StrayKind::late, bytes, now, answered ? answered->number : 0});
+        report({StrayKind::late, bytes, now, answered ? answered->number : 0});
         return false;
     }
     if (current_.number == 0) {
@@ -110,16 +110,24 @@ void Exchange::reportStrays(Clock::time_point now)
     for (Stray& stray : collector_.takeStrays()) {
         stray.at = now;
         if (stray.kind != StrayKind::echo)
-            if (const auto answered = settle(stray.bytes, now))
+            if (const auto answered = settle(stray.bytes, now)) {
+                stray.kind = StrayKind::late;
                 stray.answers = answered->number;
-        line_.stray(stray);
+            }
+        report(stray);
     }
+}
+
+void Exchange::report(const Stray& stray)
+{
+    astray_.add(stray);
+    line_.stray(stray);
 }
 
 void Exchange::flushLateBytes(const QByteArray& bytes, Clock::time_point now)
 {
     const auto answered = settle(bytes, now);
-    line_.stray({StrayKind::late, bytes, now, answered ? answered->number : 0});
+    report({StrayKind::late, bytes, now, answered ? answered->number : 0});
 }
 
 // A frame came: whose answer is it, and what does it tell of the station?
@@ -127,6 +135,7 @@ std::optional<OpenTransmission> Exchange::settle(const QByteArray& frame, Clock:
 {
     if (!hasGoodCrc(frame))
         return std::nullopt;
+    astray_.lineWasSound = true;
     auto answered = books_.take(frame);
     if (!answered)
         return std::nullopt;

@@ -16,14 +16,15 @@ namespace dov417 {
 struct RequestCounters {
     long long sent = 0;
     long long good = 0;
-    long long badCrc = 0;
-    long long shortReplies = 0;
-    long long timeouts = 0;
-    long long retries = 0; // of sent: repetitions after a bad or missing reply
+    std::array<long long, reasonCount> bad{}; // indexed by Reason
+    long long retries = 0;                    // of sent: repetitions after a bad or missing reply
     long long abandoned = 0;
     long long forgotten = 0;             // the driver was started anew while they were on the line
     std::map<int, long long> exceptions; // by code
     std::string givenUp;                 // why, when it was last
+
+    long long& badFor(Reason reason);
+    long long badFor(Reason reason) const;
 };
 
 // Durations, counted in tenths of a millisecond: enough for a median over days.
