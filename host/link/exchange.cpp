@@ -30,6 +30,8 @@ OpenTransmission Exchange::openOf(const Transmission& transmission)
 void Exchange::start(const ExchangeSettings& settings, Clock::time_point now)
 {
     settings_ = settings;
+    gap_ = ReplyGap(settings.replyGap);
+    sendsNoMore_ = false;
     state_ = State::idle;
     lastActivity_ = now;
     astray_ = Astray();
@@ -69,6 +71,45 @@ void Exchange::awaitLate(const Books& earlier)
     books_ = earlier.asPast();
 }
 
+void Exchange::sendNoMore()
+{
+    sendsNoMore_ = true;
+    if (state_ == State::listening || state_ == State::silence)
+        drop();
+}
+
+void Exchange::drop()
+{
+    line_.sleep();
+    state_ = State::idle;
+    isMarking_ = false;
+    done_ = nullptr;
+}
+
+Clock::time_point Exchange::quietAt() const
+{
+    if (state_ == State::awaitingTurnaround)
+        return current_.sendEnd + settings_.turnaround;
+    if (state_ == State::awaitingReply && !collector_.isEmpty())
+        return lastActivity_ + gap_.value();
+    Clock::time_point quiet{};
+    for (const OpenTransmission& open : books_.open())
+        quiet = std::max(
+            quiet, open.sentAt + onTheWire(static_cast<int>(open.sent.size()) + open.replyLength) +
+                       stations_.at(stationOf(open.sent)).timeout.patience(settings_.timeout));
+    return quiet;
+}
+
+std::vector<StationTime> Exchange::stationTimes() const
+{
+    std::vector<StationTime> times;
+    for (std::size_t station = 0; station < stations_.size(); ++station)
+        if (stations_.at(station).timeout.hasAnswered())
+            times.push_back(
+                stations_.at(station).timeout.time(static_cast<int>(station), settings_.timeout));
+    return times;
+}
+
 Micros Exchange::wireTime() const
 {
     return wireTime_;
@@ -100,6 +141,10 @@ void Exchange::next(Clock::time_point now)
 {
     books_.expire(now);
     isMarking_ = false;
+    if (sendsNoMore_) {
+        drop();
+        return;
+    }
     if (current_.replyLength == 0) {
         beginSilence(now);
         return;
@@ -181,7 +226,7 @@ void Exchange::transmit(Clock::time_point now)
 // The time-out is for the first byte: a reply under way is not cut off.
 void Exchange::armReplyTimer()
 {
-    line_.wakeAt(collector_.isEmpty() ? deadline_ : lastActivity_ + settings_.replyGap);
+    line_.wakeAt(collector_.isEmpty() ? deadline_ : lastActivity_ + gap_.value());
 }
 
 void Exchange::timerDue(Clock::time_point now)
@@ -209,7 +254,7 @@ void Exchange::timerDue(Clock::time_point now)
     case State::awaitingReply:
         if (line_.bytesWait())
             line_.wakeAt(now + rereadDelay);
-        else if (!collector_.isEmpty() && now >= lastActivity_ + settings_.replyGap)
+        else if (!collector_.isEmpty() && now >= lastActivity_ + gap_.value())
             takeArrival(collector_.endOfFrame(), now);
         else if (collector_.isEmpty() && now >= deadline_)
             deadlinePassed(now);

@@ -12,10 +12,16 @@ namespace {
 constexpr int babbleLength = 1024; // bytes that came for one request and are no reply to it
 constexpr char diagnostics = 8;
 
+std::string milliseconds(Micros duration)
+{
+    return std::to_string(std::chrono::round<std::chrono::milliseconds>(duration).count()) + " ms";
+}
+
 } // namespace
 
 void Exchange::bytesCame(const QByteArray& bytes, Clock::time_point now)
 {
+    gap_.came(bytes, now);
     lastActivity_ = now;
     wireTime_ += onTheWire(static_cast<int>(bytes.size()));
     Transmission& frame = isMarking_ ? marker_ : current_;
@@ -46,7 +52,7 @@ void Exchange::takeArrival(Arrival arrival, Clock::time_point now)
     reportStrays(now);
     if (arrival == Arrival::incomplete) {
         if (state_ == State::listening)
-            line_.wakeAt(collector_.isEmpty() ? listenEnd_ : now + settings_.replyGap);
+            line_.wakeAt(collector_.isEmpty() ? listenEnd_ : now + gap_.value());
         else if (bytesCame_ > babbleLength)
             deadlinePassed(now);
         else
@@ -58,6 +64,8 @@ void Exchange::takeArrival(Arrival arrival, Clock::time_point now)
     frame.reception.bytes = collector_.reply();
     if (!hasGoodCrc(frame.reception.bytes)) {
         // Garbled. Whose reply it was cannot be told, so that may still come.
+        if (frame.reception.bytes.size() < frame.replyLength)
+            gap_.ended(frame.reception.bytes, frame.replyLength, lastActivity_);
         if (state_ == State::listening)
             next(now);
         else if (isMarking_)
@@ -146,8 +154,9 @@ std::optional<OpenTransmission> Exchange::settle(const QByteArray& frame, Clock:
     const Clock::time_point began = inTime ? onLine.reception.firstByte : now;
     const Clock::time_point ended =
         answered->sentAt + onTheWire(static_cast<int>(answered->sent.size()));
-    heard.timeout.answered(std::max(Micros(0), std::chrono::duration_cast<Micros>(began - ended)),
-                           settings_.timeout);
+    const Micros delay = std::max(Micros(0), std::chrono::duration_cast<Micros>(began - ended));
+    heard.timeout.answered(delay, settings_.timeout);
+    nameIfSlow(static_cast<unsigned char>(frame.at(0)), delay);
     heard.listenUntil = now;
     if (answered->sent.at(1) == diagnostics)
         heard.marksIgnored = 0;
@@ -155,6 +164,21 @@ std::optional<OpenTransmission> Exchange::settle(const QByteArray& frame, Clock:
         ++heard.marksIgnored; // it lives, and said nothing to the marker before
     heard.markFailed = false;
     return answered;
+}
+
+// A person wonders why it is slow, or why values do not come: said once.
+void Exchange::nameIfSlow(unsigned char station, Micros delay)
+{
+    const TimeoutSettings& settings = settings_.timeout;
+    Station& slow = stations_.at(station);
+    if (slow.isNamed || delay <= settings.initial)
+        return;
+    slow.isNamed = true;
+    const bool isLearned = !settings.isFixed && delay < settings.max;
+    line_.notice("station " + std::to_string(station) + " answers after " + milliseconds(delay) +
+                 (isLearned          ? ": waiting longer from now on"
+                  : settings.isFixed ? ", later than it is waited for: raise --timeout"
+                                     : ", later than it is waited for: raise --timeout-max"));
 }
 
 } // namespace dov417

@@ -102,6 +102,7 @@ const LinkStatistics& LinkRunner::statistics()
     if (line_) {
         statistics_.wireTime = line_->wireTime();
         statistics_.portIsOpen = line_->isOpen();
+        statistics_.stations = line_->stationTimes();
     }
     return statistics_;
 }

@@ -192,6 +192,16 @@ std::vector<std::string> briefStatistics(const LinkStatistics& statistics, Clock
             stateText(statistics)};
 }
 
+std::vector<std::string> stationStatistics(const LinkStatistics& statistics)
+{
+    std::vector<std::string> lines;
+    for (const StationTime& each : statistics.stations)
+        lines.push_back("station " + std::to_string(each.station) + ": answers after " +
+                        milliseconds(each.last) + ", " + milliseconds(each.slowest) +
+                        " at the slowest; is waited for " + milliseconds(each.timeout));
+    return lines;
+}
+
 std::vector<std::string> requestStatistics(const LinkStatistics& statistics)
 {
     std::vector<std::string> lines;
@@ -215,6 +225,8 @@ std::string fullStatistics(const LinkStatistics& statistics, Clock::time_point n
             "  sent besides, to tell late replies: " + std::to_string(statistics.markers) + "\n";
     if (statistics.portLosses > 0)
         result += "  times that the port was lost: " + std::to_string(statistics.portLosses) + "\n";
+    for (const std::string& line : stationStatistics(statistics))
+        result += "  " + line + "\n";
     for (const std::string& line : requestStatistics(statistics))
         result += "  " + line + "\n";
     return result;

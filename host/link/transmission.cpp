@@ -52,7 +52,6 @@ std::string reasonText(const Reception& reception, int expectedLength, const std
     const Astray& astray = reception.astray;
     const std::string none = "no answer" + within + ": ";
     const std::string from = " (" + std::to_string(astray.from) + ")";
-    const std::string hint = astray.lineWasSound ? "" : "; looks like another speed or parity";
     switch (reasonOf(reception, expectedLength)) {
     case Reason::none:
         return std::string();
@@ -60,7 +59,8 @@ std::string reasonText(const Reception& reception, int expectedLength, const std
         return none + "no byte came";
     case Reason::noFrame:
         return none + std::to_string(astray.noise) + (astray.noise == 1 ? " byte" : " bytes") +
-               " came, but no frame" + hint;
+               " came, but no frame" +
+               (astray.lineWasSound ? "" : "; looks like another speed or parity");
     case Reason::otherStation:
         return none + "another station answered" + from;
     case Reason::otherFunction:
@@ -72,10 +72,10 @@ std::string reasonText(const Reception& reception, int expectedLength, const std
     case Reason::heldBack:
         return "held back: a late reply could be taken for its own";
     case Reason::badCrc:
-        return "bad CRC" + hint;
+        return "bad CRC";
     case Reason::cutShort:
         return "reply cut short: " + std::to_string(reception.bytes.size()) + " of " +
-               std::to_string(expectedLength) + " bytes" + hint;
+               std::to_string(expectedLength) + " bytes";
     case Reason::exception: {
         const int code = exceptionCode(reception);
         return "exception " + std::to_string(code) + " (" + exceptionName(code) + ")";
