@@ -49,7 +49,8 @@ std::string countersText(const RequestCounters& counters)
     const std::pair<long long, const char*> rare[] = {
         {counters.badCrc, "bad CRC"},      {counters.shortReplies, "short"},
         {counters.timeouts, "timeouts"},   {counters.retries, "retries"},
-        {counters.abandoned, "abandoned"}, {counters.forgotten, "forgotten"}};
+        {counters.abandoned, "abandoned"}, {counters.forgotten, "forgotten"},
+        {counters.parts, "parts"}};
     for (const auto& [times, name] : rare)
         if (times > 0)
             result += ", " + std::to_string(times) + " " + name;
@@ -123,6 +124,7 @@ void LinkStatistics::add(const Transmission& transmission)
     RequestCounters& counters = of(transmission.name());
     const Reception& reception = transmission.reception;
     ++counters.sent;
+    counters.parts += transmission.frames;
     if (transmission.repeats)
         ++counters.retries;
     if (transmission.verdict == replyNothingOutstanding) {
@@ -179,6 +181,7 @@ RequestCounters LinkStatistics::total() const
         sum.retries += counters.retries;
         sum.abandoned += counters.abandoned;
         sum.forgotten += counters.forgotten;
+        sum.parts += counters.parts;
         for (const auto& [code, times] : counters.exceptions)
             sum.exceptions[code] += times;
     }

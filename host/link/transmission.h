@@ -5,6 +5,7 @@
 
 #include <QByteArray>
 #include <string>
+#include <vector>
 
 #include "driver/library.h"
 #include "line/clock.h"
@@ -36,6 +37,12 @@ struct Request {
     int length = 0;
 };
 
+// What came in one reply, and so is of one moment.
+struct Part {
+    Request words;
+    Clock::time_point asOf{};
+};
+
 struct Transmission {
     long long number = 0; // counts up from 1 on each line that is opened
     Request request;
@@ -46,6 +53,7 @@ struct Transmission {
     Clock::time_point sendEnd{}; // when the last byte has left the wire, by the line's speed
 
     bool isMarker = false; // none of the driver's: see exchange.h
+    bool isPart = false;   // carries part of the driver's request: see request_carrier.h
     Micros timeout{0};     // how long after that the first byte is awaited
 
     // Known at the end.
@@ -53,6 +61,13 @@ struct Transmission {
     // When the controller held at the earliest what a sound reply says: when it came, or, of a late
     // reply to the same request sent before, when that was sent.
     Clock::time_point asOf{};
+
+    // Of a request that was carried in parts: so many frames, each with a record of its own. This
+    // record says what the driver was told.
+    int frames = 0;
+    std::vector<Part> parts; // if all were answered
+    std::string where;       // else which failed: reception and replyLength are of that one
+
     ReplyResult verdict = replyNothingOutstanding; // the driver's
     std::string description;                       // the driver's words for the frame: "1#R_W10(1)"
     std::string reason; // ours for a bad reply: "no answer", "exception 2 (illegal data address)"
@@ -68,6 +83,9 @@ struct Transmission {
 
 // The code of an exception reply.
 int exceptionCode(const Reception& reception);
+
+// "R_W:100..107"
+std::string wordsText(const Request& request, int first, int words);
 
 // Why the driver did not accept it, in words.
 std::string reasonOf(const Reception& reception, int expectedLength);

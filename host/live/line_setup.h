@@ -29,6 +29,8 @@ struct LineSetup {
     int turnaroundMs = defaultTurnaroundMs;
     bool mayMark = true; // function 8 may be used to tell late replies
     std::string log;     // file that records the line; empty: none
+    // Registers in one request, or 16 coils for each; else as each station shows it.
+    std::optional<int> maxRegisters;
 
     int mergeGap() const
     {
