@@ -90,13 +90,13 @@ private:
         bool ignoresMarks() const;
     };
 
+    static OpenTransmission openOf(const Transmission& transmission);
     Station& station();
     void next(Clock::time_point now);
     void beginSilence(Clock::time_point now);
     void transmit(Clock::time_point now);
     void armReplyTimer();
     void listen(Clock::time_point until);
-    void makeMarker();
     void deadlinePassed(Clock::time_point now);
     void finish(LineResult result);
     void markerFinished(LineResult result, Clock::time_point now);
