@@ -104,7 +104,7 @@ void Exchange::next(Clock::time_point now)
         return;
     }
     Station& asked = station();
-    if (now < asked.listenUntil) {
+    if (now < asked.listenUntil && !current_.isToSilent) {
         listen(asked.listenUntil);
         return;
     }
@@ -159,7 +159,9 @@ void Exchange::transmit(Clock::time_point now)
     frame.sendBegin = now;
     bytesCame_ = 0;
     frame.sendEnd = now + onTheWire(static_cast<int>(frame.sent.size()));
-    frame.timeout = station().timeout.value(settings_.timeout);
+    const StationTimeout& timeout = station().timeout;
+    frame.timeout =
+        current_.isToSilent ? timeout.learned(settings_.timeout) : timeout.value(settings_.timeout);
     frame.reception = Reception();
     lastActivity_ = frame.sendEnd;
     wireTime_ += onTheWire(static_cast<int>(frame.sent.size()));
@@ -228,11 +230,14 @@ void Exchange::deadlinePassed(Clock::time_point now)
         if (takeReply(LineResult::reply, now))
             return;
     }
-    // There are controllers that drop their reply when they are asked again.
+    // There are controllers that drop their reply when they are asked again. One that has been
+    // silent for some time is not waited for: others wait meanwhile.
     Station& late = station();
-    late.timeout.passed(settings_.timeout);
-    if (!late.timeout.looksDead() && !settings_.timeout.isFixed)
-        late.listenUntil = current_.sendEnd + late.timeout.value(settings_.timeout);
+    if (!current_.isToSilent) {
+        late.timeout.passed(settings_.timeout);
+        if (!late.timeout.hasGrownInVain() && !settings_.timeout.isFixed)
+            late.listenUntil = current_.sendEnd + late.timeout.value(settings_.timeout);
+    }
     finish(LineResult::timeout);
 }
 
@@ -243,8 +248,9 @@ void Exchange::markerFinished(LineResult result, Clock::time_point now)
     marked.isUnknown = false;
     marker_.reception.result = result;
     line_.markerEnded(marker_);
-    if (marked.markFailed && books_.couldBeMistaken(current_.sent, current_.replyLength)) {
-        // Not sent, and it is the station that did not answer.
+    if (marked.markFailed &&
+        (current_.isProbe() || books_.couldBeMistaken(current_.sent, current_.replyLength))) {
+        // Not sent, and it is the station that did not answer: one transmission is enough to see.
         current_.timeout = marker_.timeout;
         isMarking_ = false;
         finish(LineResult::timeout);

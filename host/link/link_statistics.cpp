@@ -54,6 +54,9 @@ std::string countersText(const RequestCounters& counters)
         if (times > 0)
             result += ", " + std::to_string(times) + " " + name;
     result += exceptionsText(counters);
+    if (counters.notAsked > 0)
+        result += ", " + std::to_string(counters.notAsked) + " " +
+                  (counters.whyNotAsked.empty() ? "not asked" : counters.whyNotAsked);
     return counters.givenUp.empty() ? result : result + "; given up: " + counters.givenUp;
 }
 
@@ -122,6 +125,13 @@ void LinkStatistics::add(const Transmission& transmission)
 {
     RequestCounters& counters = of(transmission.name());
     const Reception& reception = transmission.reception;
+    if (transmission.isLocal) {
+        if (!transmission.repeats) { // else it was a probe, and is counted as that
+            ++counters.notAsked;
+            counters.whyNotAsked = transmission.reason;
+        }
+        return;
+    }
     ++counters.sent;
     if (transmission.repeats)
         ++counters.retries;
@@ -179,6 +189,7 @@ RequestCounters LinkStatistics::total() const
         sum.retries += counters.retries;
         sum.abandoned += counters.abandoned;
         sum.forgotten += counters.forgotten;
+        sum.notAsked += counters.notAsked;
         for (const auto& [code, times] : counters.exceptions)
             sum.exceptions[code] += times;
     }

@@ -37,6 +37,8 @@ struct LineSettings {
     Micros horizon{30000000};  // a station begins to answer within it, or not at all
     bool mayMark = true;       // function 8 may be used
     bool isShared = true;      // another program may have asked just before the line was opened
+    // Until a silent station is asked again, at first a second or this, whichever is less.
+    Micros maxProbePause{30000000};
 };
 
 // What passes on the line, for logs and counters.

@@ -12,10 +12,17 @@ constexpr int maxSilences = 4;
 
 Micros StationTimeout::value(const TimeoutSettings& settings) const
 {
-    if (settings.isFixed || looksDead())
-        return settings.initial;
+    if (settings.isFixed || hasGrownInVain())
+        return learned(settings);
     return std::clamp(std::max(measured_, grown_), settings.initial,
                       std::max(settings.initial, settings.max));
+}
+
+Micros StationTimeout::learned(const TimeoutSettings& settings) const
+{
+    if (settings.isFixed)
+        return settings.initial;
+    return std::clamp(measured_, settings.initial, std::max(settings.initial, settings.max));
 }
 
 // Half as long again, as no controller takes the same time twice. What was learned is forgotten
@@ -33,7 +40,7 @@ void StationTimeout::passed(const TimeoutSettings& settings)
     ++silences_;
 }
 
-bool StationTimeout::looksDead() const
+bool StationTimeout::hasGrownInVain() const
 {
     return silences_ >= maxSilences;
 }

@@ -40,8 +40,11 @@ struct Transmission {
     long long number = 0; // counts up from 1 on each line that is opened
     Request request;
     QByteArray sent;
-    int replyLength = 0;  // bytes that the reply is to have; 0: none is awaited
-    bool repeats = false; // the same frame as before, after a bad or missing reply
+    int replyLength = 0;     // bytes that the reply is to have; 0: none is awaited
+    bool repeats = false;    // the same frame as before, after a bad or missing reply
+    bool isCyclic = false;   // the driver's polling, which nobody waits for
+    bool isToSilent = false; // the station, or this request of it, has been silent for some time
+    bool isLocal = false;    // not sent: the driver was told at once that there is no reply
     Clock::time_point sendBegin{};
     Clock::time_point sendEnd{}; // when the last byte has left the wire, by the line's speed
 
@@ -58,6 +61,11 @@ struct Transmission {
     std::string reason; // ours for a bad reply: "no answer", "exception 2 (illegal data address)"
 
     bool isRead() const;
+    // Asked only to see whether there is an answer again.
+    bool isProbe() const
+    {
+        return isCyclic && isToSilent;
+    }
     bool isAbandoned() const
     {
         return verdict == replyAbandoned;

@@ -184,7 +184,8 @@ void Session::tellEnded(const Transmission& transmission)
 
 void Session::ended(const Transmission& transmission)
 {
-    tellEnded(transmission);
+    if (!transmission.isLocal)
+        tellEnded(transmission);
     const bool readBeforeWrite = requests_.isReadBeforeWrite(transmission);
     const bool accepted = transmission.verdict == replyAccepted;
     if (transmission.isRead() && !readBeforeWrite) {
@@ -194,7 +195,7 @@ void Session::ended(const Transmission& transmission)
             views_.giveUp(transmission.request);
     }
 
-    if (transmission.isAbandoned())
+    if (transmission.isAbandoned() && !transmission.isLocal) // that its station is silent is known
         tellings_.add([this, request = transmission.description, reason = transmission.reason]() {
             emit abandoned(request, reason);
         });
