@@ -16,8 +16,10 @@ const char* const lineIsClosed = "the line is closed";
 
 Session::Session(const Library& library, const SessionSettings& settings)
     : library_(library), claim_(library), settings_(settings), views_(library),
-      requests_(library, tellings_,
-                [this](const Address& address, int step) { views_.countWrite(address, step); }),
+      requests_(
+          library, tellings_,
+          [this](const Address& address, int step) { views_.countWrite(address, step); },
+          [this](int station) { return runner_.isDead(station); }),
       recipe_(library, tellings_),
       runner_(library,
               LinkEvents{[this](const Transmission& transmission) { began(transmission); },
@@ -128,6 +130,7 @@ Result Session::watch(const std::vector<Address>& addresses)
     watched_ = result.accepted ? addresses : std::vector<Address>();
     views_.replace(watched_, requests_.writtenAddresses());
     planViews();
+    feed();
     runner_.wake();
     return result;
 }
@@ -206,7 +209,7 @@ void Session::ended(const Transmission& transmission)
         isOfPlanBefore_ = false;
         // Nothing is on the line now: only here is it certain whose the next frame is.
         recipe_.beginRound();
-        requests_.feed();
+        requests_.feed(cycleUnderWay());
     }
     tellChanges();
 }
@@ -219,6 +222,11 @@ void Session::settle(const Transmission& transmission)
         countCycle();
     else
         requests_.settle(transmission);
+}
+
+std::optional<long long> Session::cycleUnderWay() const
+{
+    return plannedRequests_ > 0 ? std::optional<long long>(cycles_) : std::nullopt;
 }
 
 void Session::countCycle()
@@ -275,7 +283,7 @@ void Session::readOnce(const Address& words, Done done)
 
 void Session::feed()
 {
-    const bool fed = requests_.feed();
+    const bool fed = requests_.feed(cycleUnderWay());
     tellChanges();
     if (fed)
         runner_.wake();

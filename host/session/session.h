@@ -12,6 +12,7 @@
 #define DOV417_SESSION_SESSION_H
 
 #include <QObject>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -106,6 +107,7 @@ private:
     void tellEnded(const Transmission& transmission);
     void ended(const Transmission& transmission);
     void settle(const Transmission& transmission);
+    std::optional<long long> cycleUnderWay() const; // none where nothing is watched
     void countCycle();
     void portWas(bool open, const std::string& message);
     Result refusal(bool isOnePiece) const;

@@ -63,7 +63,8 @@ protected:
     }
 
     // Answers reads and writes of registers from `registers` (by their number on the line,
-    // 0x0500 + R_W), refuses those in `illegal`; says nothing while it `isSilent`.
+    // 0x0500 + R_W), refuses those in `illegal`; says nothing while it `isSilent` or for stations
+    // in `silentStations`.
     void beAController()
     {
         slave.arrived = [this](const QByteArray& bytes) {
@@ -103,6 +104,7 @@ protected:
     std::set<int> illegal;
     int requests = 0;
     bool isSilent = false;
+    std::set<int> silentStations;
     std::map<int, std::string> outcomes;
     std::unique_ptr<Session> session;
 
@@ -126,7 +128,7 @@ private:
     void answer(const QByteArray& request)
     {
         ++requests;
-        if (isSilent)
+        if (isSilent || silentStations.count(request.at(0)) > 0)
             return;
         if (request.at(1) == 8) {
             slave.send(request);
