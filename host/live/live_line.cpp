@@ -39,6 +39,7 @@ LiveLine::LiveLine(const Library& library, const LineSetup& setup, const std::se
     settings_.wire = serialFormat(library, setup);
     settings_.timeout = std::chrono::milliseconds(setup.timeoutMs.value_or(defaultTimeoutMs));
     settings_.isTimeoutFixed = setup.timeoutMs.has_value();
+    settings_.maxProbePause = std::chrono::milliseconds(setup.maxProbeMs);
     settings_.mayMark = setup.mayMark;
     settings_.turnaround = std::chrono::milliseconds(setup.turnaroundMs);
     if (!setup.log.empty())
