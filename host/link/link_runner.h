@@ -16,6 +16,7 @@
 #include "link/link_statistics.h"
 #include "link/request_carrier.h"
 #include "link/serial_line.h"
+#include "link/station_probes.h"
 #include "link/transmission.h"
 
 namespace dov417 {
@@ -45,6 +46,8 @@ public:
     // No frame is begun any more, and what comes for one on the line is nobody's.
     void close();
     bool isOpen() const; // also while the port is away
+    // Has it been silent since a request to it was given up?
+    bool isDead(int station) const;
     // There is something new to send: an idle runner polls at once.
     void wake();
 
@@ -55,6 +58,10 @@ private:
     void portChanged(bool open, const QString& message);
     void poll();
     void deal(Transmission transmission);
+    bool goesOut(Transmission& next);
+    void answerLocally(Transmission transmission, Clock::time_point silentSince);
+    void heard(int station);
+    void tell(StationProbes::News news, const Transmission& transmission);
 
     const Library& library_;
     LinkEvents events_;
@@ -64,6 +71,10 @@ private:
     std::unique_ptr<RequestCarrier> carrier_; // on the line
     QString device_;                          // of the line
     std::map<QString, Books> unanswered_;     // by device, of lines that were closed
+    ProbeSettings probeSettings_;
+    StationProbes probes_;
+    int notAsked_ = 0;              // cyclic reads in a row that were answered without the line
+    Clock::time_point nextProbe_{}; // of them
     QTimer idleTimer_;
     FRAME_PRO frame_ = FRAME_PRO();
     bool portIsOpen_ = false;

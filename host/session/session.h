@@ -12,6 +12,7 @@
 #define DOV417_SESSION_SESSION_H
 
 #include <QObject>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -108,6 +109,7 @@ private:
     bool mayCut(const Request& request, int word) const;
     void ended(const Transmission& transmission);
     void settle(const Transmission& transmission);
+    std::optional<long long> cycleUnderWay() const; // none where nothing is watched
     void countCycle();
     void portWas(bool open, const std::string& message);
     Result refusal(bool isOnePiece) const;
