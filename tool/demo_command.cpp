@@ -176,7 +176,7 @@ private:
     void draw()
     {
         std::vector<std::string> lines = foot();
-        lines.emplace_back("Ctrl-C ends");
+        lines.emplace_back(live_.isWaiting() ? waitingForTheLastReply : "Ctrl-C ends");
         screen_->draw(viewTable(live_.session().views(), labels_, Clock::now()), {}, lines);
     }
 

@@ -118,7 +118,7 @@ public:
         lastTrouble_ = timeText() + " " + text;
     }
 
-    void draw(Session& session)
+    void draw(Session& session, bool isWaiting)
     {
         if (!screen_)
             return;
@@ -127,6 +127,8 @@ public:
         std::vector<std::string> foot = briefStatistics(statistics, now);
         if (!lastTrouble_.empty())
             foot.push_back("last trouble: " + lastTrouble_);
+        if (isWaiting)
+            foot.emplace_back(waitingForTheLastReply);
         screen_->draw(viewTable(session.views(), labels_, now), requestStatistics(statistics),
                       foot);
     }
@@ -189,17 +191,13 @@ int runWatch(const WatchOptions& options)
                      [&teller](const std::string& request, const std::string& reason) {
                          teller.tellAbandoned(request, reason);
                      });
-    QObject::connect(&session, &Session::cycleEnded, &redraw, [&live, &options](long long cycles) {
-        if (options.cycles > 0 && cycles >= options.cycles)
-            live.end();
-    });
     QObject::connect(&session, &Session::noticed, &redraw,
                      [&teller](const std::string& text) { teller.tellNotice(text); });
     QObject::connect(
         &session, &Session::portChanged, &redraw,
         [&teller](bool open, const std::string& message) { teller.tellPort(open, message); });
     QObject::connect(&redraw, &QTimer::timeout, &redraw,
-                     [&teller, &session]() { teller.draw(session); });
+                     [&teller, &session, &live]() { teller.draw(session, live.isWaiting()); });
     if (teller.hasScreen()) {
         live.beQuiet();
         redraw.start(redrawMilliseconds);
@@ -208,6 +206,8 @@ int runWatch(const WatchOptions& options)
         QTimer::singleShot(timerSpan(options.seconds), &redraw, [&live]() { live.end(); });
     live.open();
     session.watch(addressesOf(items));
+    if (options.cycles > 0)
+        session.finishAfterCycles(options.cycles, [&live]() { live.end(); });
     live.run();
     teller.requireComplete();
 

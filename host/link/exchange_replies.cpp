@@ -116,7 +116,7 @@ bool Exchange::takeReply(LineResult result, Clock::time_point now)
 void Exchange::reportStrays(Clock::time_point now)
 {
     for (Stray& stray : collector_.takeStrays()) {
-        stray.at = now;
+        stray.at = lastActivity_;
         if (stray.kind != StrayKind::echo)
             if (const auto answered = settle(stray.bytes, now)) {
                 stray.kind = StrayKind::late;
@@ -151,7 +151,8 @@ std::optional<OpenTransmission> Exchange::settle(const QByteArray& frame, Clock:
     const Transmission& onLine = isMarking_ ? marker_ : current_;
     const bool inTime =
         onLine.number == answered->number && onLine.reception.firstByte != Clock::time_point();
-    const Clock::time_point began = inTime ? onLine.reception.firstByte : now;
+    // A frame of another kind is known to have ended only some silence after its last byte.
+    const Clock::time_point began = inTime ? onLine.reception.firstByte : lastActivity_;
     const Clock::time_point ended =
         answered->sentAt + onTheWire(static_cast<int>(answered->sent.size()));
     const Micros delay = std::max(Micros(0), std::chrono::duration_cast<Micros>(began - ended));

@@ -38,6 +38,11 @@ public:
     // No frame is begun any more, and what comes for one on the line is nobody's.
     void close();
     bool isOpen() const; // also while the port is away
+    // Polls no more. Calls quiet once, from the event loop, when the replies that are out have
+    // come, or have had the time that their stations take, and no later than after two seconds.
+    // What comes meanwhile is dealt with as ever. With a line that is not open it is quiet at once.
+    void finish(std::function<void()> quiet);
+    bool isFinishing() const;
     // There is something new to send: an idle runner polls at once.
     void wake();
 
@@ -48,6 +53,8 @@ private:
     void portChanged(bool open, const QString& message);
     void poll();
     void deal(Transmission transmission);
+    void lookAgain();
+    void lookWhetherQuiet();
 
     const Library& library_;
     LinkEvents events_;
@@ -56,6 +63,10 @@ private:
     QString device_;                      // of the line
     std::map<QString, Books> unanswered_; // by device, of lines that were closed
     QTimer idleTimer_;
+    QTimer quietTimer_;
+    std::function<void()> quiet_;
+    Clock::time_point finishBy_{};
+    bool isFinishing_ = false;
     FRAME_PRO frame_ = FRAME_PRO();
     bool portIsOpen_ = false;
     bool repeating_ = false; // the driver will hand out the same frame again

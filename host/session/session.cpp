@@ -11,6 +11,7 @@ namespace dov417 {
 namespace {
 
 const char* const lineIsClosed = "the line is closed";
+const char* const lineIsLeft = "the line is being left";
 
 } // namespace
 
@@ -64,6 +65,17 @@ void Session::close(const std::string& reason)
 {
     end(reason);
     tellings_.tell();
+}
+
+void Session::finish(std::function<void()> done)
+{
+    runner_.finish([this, done]() { tellings_.add(done); });
+}
+
+void Session::finishAfterCycles(long long cycles, std::function<void()> done)
+{
+    lastCycle_ = cycles_ + cycles;
+    afterLastCycle_ = std::move(done);
 }
 
 void Session::end(const std::string& reason)
@@ -228,7 +240,8 @@ void Session::countCycle()
     runner_.cycleEnded(std::chrono::duration_cast<Micros>(now - cycleStart_));
     cycleStart_ = now;
     requestsThisCycle_ = 0;
-    ++cycles_;
+    if (++cycles_ == lastCycle_)
+        finish(afterLastCycle_);
     tellings_.add([this, cycles = cycles_]() { emit cycleEnded(cycles); });
 }
 
@@ -245,9 +258,10 @@ void Session::portWas(bool open, const std::string& message)
 
 Result Session::refusal(bool isOnePiece) const
 {
-    return !isOpen()    ? Result::refused(lineIsClosed)
-           : isOnePiece ? Result()
-                        : Result::refused("the driver would not make one request of it");
+    return !isOpen()               ? Result::refused(lineIsClosed)
+           : runner_.isFinishing() ? Result::refused(lineIsLeft)
+           : isOnePiece            ? Result()
+                                   : Result::refused("the driver would not make one request of it");
 }
 
 void Session::write(const Write& piece, Done done)
@@ -288,8 +302,8 @@ std::size_t Session::writesUnderWay() const
 void Session::transferRecipe(const RecipeLayout& layout, RecipeDirection direction,
                              const RecipeWords& words, RecipeDone done)
 {
-    if (!isOpen()) {
-        tellings_.addDone(std::move(done), Result::refused(lineIsClosed), RecipeWords());
+    if (const Result result = refusal(true); !result.accepted) {
+        tellings_.addDone(std::move(done), result, RecipeWords());
         return;
     }
     recipe_.start(layout, direction, words, std::move(done));
