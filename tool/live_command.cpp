@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "line/failure.h"
+#include "tool/statistics_json.h"
 
 namespace dov417 {
 
@@ -65,6 +66,11 @@ void LiveCommand::open()
 void LiveCommand::beQuiet()
 {
     isQuiet_ = true;
+}
+
+void LiveCommand::countInJson()
+{
+    countsInJson_ = true;
 }
 
 void LiveCommand::endWithoutPort(std::chrono::milliseconds patience)
@@ -133,8 +139,11 @@ const std::string& LiveCommand::interruption() const
 
 int LiveCommand::finish(bool complete)
 {
+    const Clock::time_point now = Clock::now();
     if (options_.stats)
-        std::printf("%s", fullStatistics(session_.statistics(), Clock::now()).c_str());
+        std::printf("%s", countsInJson_
+                              ? (statisticsJson(session_.statistics(), now) + "\n").c_str()
+                              : fullStatistics(session_.statistics(), now).c_str());
     if (line_.hasLostLog())
         std::fprintf(stderr, "dov417: the log %s could not be written\n", options_.log.c_str());
     return complete && !line_.hasLostLog() ? exitDone : exitFailed;

@@ -34,6 +34,8 @@ public:
 
     // The terminal shows something else: no words about the port on it.
     void beQuiet();
+    // The counters are printed for a program.
+    void countInJson();
     // A command that has an end of its own does not wait for a lost port for ever.
     void endWithoutPort(std::chrono::milliseconds patience = defaultPortPatience);
 
@@ -64,6 +66,7 @@ private:
     QTimer waitTimer_;
     bool endsWithoutPort_ = false;
     bool isQuiet_ = false;
+    bool countsInJson_ = false;
     bool isEnding_ = false;
     bool isWaiting_ = false;
     bool ended_ = false;

@@ -36,6 +36,7 @@ Session::Session(const Library& library, const SessionSettings& settings)
     qRegisterMetaType<ViewChanges>("dov417::ViewChanges");
     qRegisterMetaType<Transmission>("dov417::Transmission");
     qRegisterMetaType<Stray>("dov417::Stray");
+    qRegisterMetaType<Reason>("dov417::Reason");
     qRegisterMetaType<std::string>("std::string");
     startDriver();
 }
@@ -207,9 +208,8 @@ void Session::ended(const Transmission& transmission)
     }
 
     if (transmission.isAbandoned())
-        tellings_.add([this, request = transmission.description, reason = transmission.reason]() {
-            emit abandoned(request, reason);
-        });
+        tellings_.add([this, request = transmission.description, reason = transmission.reason,
+                       why = transmission.why]() { emit abandoned(request, reason, why); });
     if (transmission.verdict != replyBad && !(accepted && readBeforeWrite)) {
         // A frame that the driver has forgotten ends nothing.
         if (transmission.verdict != replyNothingOutstanding)

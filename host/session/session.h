@@ -95,7 +95,7 @@ signals:
     // All changes since the last of these signals, in their order.
     void changed(const dov417::ViewChanges& changes);
     void cycleEnded(long long cycles);
-    void abandoned(const std::string& request, const std::string& reason);
+    void abandoned(const std::string& request, const std::string& reason, dov417::Reason why);
     // A port that was lost is opened again as soon as it is back, and everything goes on.
     void portChanged(bool open, const std::string& message);
     // What a person should know of the line or a station, said once.

@@ -34,8 +34,8 @@ class Ending(EndToEnd):
         self.check_that_nothing_comes_any_more(cable, slave)
 
     def test_after_a_closed_terminal(self):
-        cable, slave = self.slow_slave("1:400")
-        watching = self.terminal("watch", "--port", cable.port, "R_W:100")
+        cable, slave = self.slow_slave("1:1500")
+        watching = self.terminal("watch", "--port", cable.port, "--timeout", "3000", "R_W:100")
         watching.wait_for(b" 1380 ")
         cable.wait_for_request()
         watching.signal(signal.SIGHUP)
