@@ -44,8 +44,8 @@ _dov417() {
       _dov417_files "$current"
       return ;;
     --timeout | --timeout-min | --timeout-max | --reply-gap | --horizon | --retries | --gap | \
-      --turnaround | --response-time | --count | --step | --cycles | --seconds | --stations | \
-      --seed | --fault) return ;;
+      --max-registers | --turnaround | --response-time | --count | --step | --cycles | --seconds | \
+      --stations | --seed | --fault) return ;;
     *)
       if [[ $current == -* ]]; then
         # upload and download have options of their own.

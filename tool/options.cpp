@@ -16,6 +16,8 @@ const char* const valueGroup = "Values";
 const int maxGap = 65535;
 const double maxSeconds = 2e6;
 const double maxHorizonSeconds = 3600;
+// A 32-bit value is not cut in two.
+const int minMaxRegisters = 2;
 
 } // namespace
 
@@ -121,6 +123,14 @@ void addLineOptions(CLI::App& command, LineOptions& options)
         ->group(lineGroup);
     command.add_flag("--stats", options.stats, "Print the line's counters at the end")
         ->group(lineGroup);
+    command
+        .add_option("--max-registers", options.maxRegisters,
+                    "Registers (or 16 coils for each) that controllers take in one request: a "
+                    "longer one goes out in parts. Else in parts where a controller refuses it "
+                    "whole; 128: never")
+        ->option_text("N")
+        ->group(lineGroup)
+        ->check(CLI::Range(minMaxRegisters, noMaximum));
 }
 
 void addTagOption(CLI::App& command, std::string& tags)

@@ -30,7 +30,8 @@ Json toJson(const RequestCounters& counters)
                  {"exceptions", exceptions},
                  {"retries", counters.retries},
                  {"abandoned", counters.abandoned},
-                 {"forgotten", counters.forgotten}};
+                 {"forgotten", counters.forgotten},
+                 {"parts", counters.parts}};
     if (!counters.givenUp.empty())
         json["givenUp"] = counters.givenUp;
     return json;

@@ -11,6 +11,7 @@ namespace {
 
 constexpr Micros rereadDelay(200); // bytes wait in the kernel: let the port's event come first
 constexpr int maxMarksIgnored = 2; // one may have been lost
+constexpr int firstMarks = 3;      // of a station that is unknown: two echoes, one read
 
 unsigned char stationOf(const QByteArray& frame)
 {
@@ -36,10 +37,15 @@ void Exchange::start(const ExchangeSettings& settings, Clock::time_point now)
     lastActivity_ = now;
     astray_ = Astray();
     books_.setHorizon(settings.horizon);
+    foreignEnd_ = now + settings.horizon;
+    // Another run's echo that comes late is not to be taken for ours.
+    nextMark_ = static_cast<unsigned short>(
+        std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch()).count());
     for (Station& each : stations_) {
         // What a station takes is the same on a cable that was pulled for a while.
         each.listenUntil = now;
         each.isUnknown = settings.isShared;
+        each.marksUnanswered = 0;
         each.markFailed = false;
     }
 }
@@ -131,7 +137,8 @@ void Exchange::transact(const Transmission& request, Done done, Clock::time_poin
     current_.number = 0;
     current_.reception = Reception();
     done_ = std::move(done);
-    wasMarked_ = false;
+    const Station& asked = station();
+    markersLeft_ = asked.isUnknown && asked.marksUnanswered == 0 ? firstMarks : 1;
     holdEnd_ = Clock::time_point();
     next(now);
 }
@@ -154,13 +161,12 @@ void Exchange::next(Clock::time_point now)
         listen(asked.listenUntil);
         return;
     }
-    const bool mistakable = books_.couldBeMistaken(current_.sent, current_.replyLength);
-    if ((asked.isUnknown || mistakable) && !wasMarked_) {
-        marker_ =
-            makeMarker(current_, books_, settings_.mayMark && !asked.ignoresMarks(), nextMark_);
+    const bool inDoubt = isInDoubt(now);
+    if (inDoubt && markersLeft_ > 0) {
+        marker_ = makeMarker(current_, books_, mayEcho(), nextMark_);
         isMarking_ = marker_.replyLength > 0;
     }
-    if (mistakable && !isMarking_) {
+    if (!isMarking_ && books_.couldBeMistaken(current_.sent, current_.replyLength)) {
         // Only time tells when the doubt is over, and others are not to wait for that.
         if (holdEnd_ == Clock::time_point())
             holdEnd_ = now + asked.timeout.value(settings_.timeout);
@@ -168,6 +174,21 @@ void Exchange::next(Clock::time_point now)
         return;
     }
     beginSilence(now);
+}
+
+// Could something that is still to come be mistaken for the reply?
+bool Exchange::isInDoubt(Clock::time_point now)
+{
+    return (station().isUnknown && now < foreignEnd_) ||
+           books_.couldBeMistaken(current_.sent, current_.replyLength);
+}
+
+// A station that says nothing to an echo may know no function 8, or have missed it.
+bool Exchange::mayEcho()
+{
+    const int unanswered = station().marksUnanswered;
+    return settings_.mayMark && !station().ignoresMarks() &&
+           (unanswered < firstMarks - 1 || unanswered % 2 != 0);
 }
 
 void Exchange::listen(Clock::time_point until)
@@ -198,7 +219,7 @@ void Exchange::transmit(Clock::time_point now)
         line_.wakeAt(now + rereadDelay);
         return;
     }
-    wasMarked_ = wasMarked_ || isMarking_;
+    markersLeft_ -= isMarking_ ? 1 : 0;
     Transmission& frame = isMarking_ ? marker_ : current_;
     collector_.begin(frame.sent, frame.replyLength);
     frame.number = ++transmissions_;
@@ -287,11 +308,17 @@ void Exchange::markerFinished(LineResult result, Clock::time_point now)
 {
     Station& marked = station();
     marked.markFailed = result == LineResult::timeout;
-    marked.isUnknown = false;
+    if (marked.markFailed) {
+        marked.timeout.passed(settings_.timeout);
+        ++marked.marksUnanswered;
+    } else {
+        marked.isUnknown = false;
+        marked.marksUnanswered = 0;
+    }
     marker_.reception.result = result;
     marker_.reception.astray = astray_;
     line_.markerEnded(marker_);
-    if (marked.markFailed && books_.couldBeMistaken(current_.sent, current_.replyLength)) {
+    if (marked.markFailed && markersLeft_ == 0 && isInDoubt(now) && current_.isRead()) {
         // Not sent, and it is the station that did not answer.
         current_.timeout = marker_.timeout;
         isMarking_ = false;

@@ -94,6 +94,7 @@ private:
         StationTimeout timeout;
         Clock::time_point listenUntil{};
         bool isUnknown = true;   // another program may have asked it just now
+        int marksUnanswered = 0; // since then
         bool markFailed = false; // the last marker was not answered
         int marksIgnored = 0;    // so often it answered something else afterwards
         bool isNamed = false;    // as slow
@@ -108,6 +109,8 @@ private:
     void transmit(Clock::time_point now);
     void armReplyTimer();
     void listen(Clock::time_point until);
+    bool isInDoubt(Clock::time_point now);
+    bool mayEcho();
     void deadlinePassed(Clock::time_point now);
     void finish(LineResult result);
     void markerFinished(LineResult result, Clock::time_point now);
@@ -116,6 +119,7 @@ private:
     void report(const Stray& stray);
     void nameIfSlow(unsigned char station, Micros delay);
     void reportStrays(Clock::time_point now);
+    void flushBehind(Clock::time_point now);
     void flushLateBytes(const QByteArray& bytes, Clock::time_point now);
     std::optional<OpenTransmission> settle(const QByteArray& frame, Clock::time_point now);
     Micros onTheWire(int bytes) const;
@@ -132,7 +136,7 @@ private:
     Transmission current_; // what was asked for
     Transmission marker_;
     bool isMarking_ = false; // the frame to be sent or on the line is the marker
-    bool wasMarked_ = false; // a marker went out for the current request already
+    int markersLeft_ = 0;    // that may go out for the current request
     long long transmissions_ = 0;
     unsigned short nextMark_ = 1;
     Done done_;
@@ -140,9 +144,11 @@ private:
     Clock::time_point babbleLimit_{};  // when to transmit although the line is not silent
     Clock::time_point deadline_{};
     Clock::time_point listenEnd_{};
-    Clock::time_point holdEnd_{}; // of a request that is held back; 0: it has not been yet
-    int bytesCame_ = 0;           // since the frame was sent
-    Astray astray_;               // of them, what was no reply
+    Clock::time_point holdEnd_{};    // of a request that is held back; 0: it has not been yet
+    Clock::time_point foreignEnd_{}; // until then others' requests of before may be answered
+    QByteArray behind_;              // came at once with a frame, and after it
+    int bytesCame_ = 0;              // since the frame was sent
+    Astray astray_;                  // of them, what was no reply
     Micros wireTime_{0};
 };
 

@@ -2,6 +2,7 @@
 #include "link/exchange.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "line/crc16.h"
 
@@ -66,6 +67,7 @@ void Exchange::takeArrival(Arrival arrival, Clock::time_point now)
         // Garbled. Whose reply it was cannot be told, so that may still come.
         if (frame.reception.bytes.size() < frame.replyLength)
             gap_.ended(frame.reception.bytes, frame.replyLength, lastActivity_);
+        flushBehind(now);
         if (state_ == State::listening)
             next(now);
         else if (isMarking_)
@@ -75,10 +77,15 @@ void Exchange::takeArrival(Arrival arrival, Clock::time_point now)
         return;
     }
     if (!takeReply(result, now)) {
-        // The reply to something else: this one's is awaited still.
+        // The reply to something else: this one's is awaited still, and may have come with it.
         collector_.begin(frame.sent, frame.replyLength);
         frame.reception = Reception();
-        if (state_ == State::awaitingReply)
+        const QByteArray behind = std::move(behind_);
+        behind_.clear();
+        if (!behind.isEmpty()) {
+            frame.reception.firstByte = frame.reception.lastByte = now;
+            takeArrival(collector_.add(behind), now);
+        } else if (state_ == State::awaitingReply)
             armReplyTimer();
         else
             next(now);
@@ -92,7 +99,10 @@ bool Exchange::takeReply(LineResult result, Clock::time_point now)
     Transmission& frame = isMarking_ ? marker_ : current_;
     const QByteArray bytes = frame.reception.bytes;
     const std::optional<OpenTransmission> answered = settle(bytes, now);
-    if (isMarking_ && answered && answered->number == marker_.number) {
+    const bool endsDoubt =
+        isMarking_ && answered && (answered->number == marker_.number || !isInDoubt(now));
+    if (endsDoubt) {
+        flushBehind(now);
         markerFinished(result, now);
         return true;
     }
@@ -108,6 +118,7 @@ bool Exchange::takeReply(LineResult result, Clock::time_point now)
         current_.sendBegin = answered->sentAt;
         current_.sendEnd = answered->sentAt + onTheWire(static_cast<int>(current_.sent.size()));
     }
+    flushBehind(now);
     current_.asOf = answered->number == mine.number ? now : answered->sentAt;
     finish(result);
     return true;
@@ -116,6 +127,10 @@ bool Exchange::takeReply(LineResult result, Clock::time_point now)
 void Exchange::reportStrays(Clock::time_point now)
 {
     for (Stray& stray : collector_.takeStrays()) {
+        if (stray.kind == StrayKind::late) {
+            behind_ = stray.bytes;
+            continue;
+        }
         stray.at = lastActivity_;
         if (stray.kind != StrayKind::echo)
             if (const auto answered = settle(stray.bytes, now)) {
@@ -130,6 +145,15 @@ void Exchange::report(const Stray& stray)
 {
     astray_.add(stray);
     line_.stray(stray);
+}
+
+// What came after a frame is somebody's only once that frame is.
+void Exchange::flushBehind(Clock::time_point now)
+{
+    const QByteArray behind = std::move(behind_);
+    behind_.clear();
+    if (!behind.isEmpty())
+        flushLateBytes(behind, now);
 }
 
 void Exchange::flushLateBytes(const QByteArray& bytes, Clock::time_point now)
@@ -159,10 +183,13 @@ std::optional<OpenTransmission> Exchange::settle(const QByteArray& frame, Clock:
     heard.timeout.answered(delay, settings_.timeout);
     nameIfSlow(static_cast<unsigned char>(frame.at(0)), delay);
     heard.listenUntil = now;
-    if (answered->sent.at(1) == diagnostics)
+    if (answered->sent.at(1) == diagnostics) {
         heard.marksIgnored = 0;
-    else if (heard.markFailed)
+        // Also a late one, to a marker that was given up.
+        heard.isUnknown = heard.isUnknown && answered->number <= 0;
+    } else if (heard.markFailed) {
         ++heard.marksIgnored; // it lives, and said nothing to the marker before
+    }
     heard.markFailed = false;
     return answered;
 }

@@ -40,8 +40,9 @@ Transmission transmissionOf(const FRAME_PRO& frame, bool repeats)
 
 } // namespace
 
-LinkRunner::LinkRunner(const Library& library, const LinkEvents& events)
-    : library_(library), events_(events)
+LinkRunner::LinkRunner(const Library& library, const LinkEvents& events,
+                       std::function<bool(const Request&, int word)> mayCut)
+    : library_(library), events_(events), mayCut_(std::move(mayCut))
 {
     idleTimer_.setSingleShot(true);
     idleTimer_.setInterval(idleMilliseconds);
@@ -75,6 +76,17 @@ Result LinkRunner::open(const LineSettings& settings)
     } catch (const Failure& failure) {
         return Result::refused(failure.what());
     }
+    carrier_ = std::make_unique<RequestCarrier>(
+        CarrierLine{[this](const Transmission& frame, Exchange::Done done) {
+                        line_->transact(frame, std::move(done));
+                    },
+                    [this](Transmission part) {
+                        part.description = describe(part.request);
+                        events_.partEnded(part);
+                    },
+                    events_.notice, mayCut_,
+                    [this]() { return !library_.driver->sendList.isEmpty(); }},
+        settings.maxRegisters);
     device_ = settings.device;
     line_->awaitLate(unanswered_[device_]);
     QString reason;
@@ -93,6 +105,7 @@ void LinkRunner::close()
     isFinishing_ = false;
     if (line_)
         unanswered_[device_] = line_->unanswered();
+    carrier_.reset();
     line_.reset();
     portIsOpen_ = false;
     repeating_ = false;
@@ -197,7 +210,7 @@ void LinkRunner::poll()
         nothing.reception.result = LineResult::broadcast;
         deal(nothing);
     }
-    line_->transact(transmissionOf(frame_, repeating_), [this](const Transmission& transmission) {
+    carrier_->carry(transmissionOf(frame_, repeating_), [this](const Transmission& transmission) {
         deal(transmission);
         lookAgain();
         poll();
@@ -216,7 +229,8 @@ void LinkRunner::deal(Transmission transmission)
         transmission.reason = "the driver was started anew meanwhile";
     else if (transmission.verdict != replyAccepted) {
         transmission.why = reasonOf(transmission.reception, transmission.replyLength);
-        transmission.reason = reasonText(transmission.reception, transmission.replyLength);
+        transmission.reason = reasonText(transmission.reception, transmission.replyLength) +
+                              (transmission.where.empty() ? "" : ", " + transmission.where);
     }
     repeating_ = transmission.verdict == replyBad;
     statistics_.add(transmission);

@@ -14,6 +14,7 @@
 #include "driver/library.h"
 #include "line/failure.h"
 #include "link/link_statistics.h"
+#include "link/request_carrier.h"
 #include "link/serial_line.h"
 #include "link/transmission.h"
 
@@ -24,6 +25,7 @@ struct LinkEvents {
     std::function<void(const Transmission&)> began;
     std::function<void(const Transmission&)> ended; // before the driver is asked for the next frame
     std::function<void(const Transmission&)> markerEnded;
+    std::function<void(const Transmission&)> partEnded; // of a request that is carried in parts
     std::function<void(const Stray&)> stray;
     std::function<void(const std::string&)> notice; // what a person should know, said once
     std::function<void(bool open, const std::string& message)> port;
@@ -31,7 +33,12 @@ struct LinkEvents {
 
 class LinkRunner {
 public:
-    LinkRunner(const Library& library, const LinkEvents& events);
+    // mayCut: a request may be cut in two before this word, by its address.
+    LinkRunner(
+        const Library& library, const LinkEvents& events,
+        std::function<bool(const Request&, int word)> mayCut = [](const Request&, int) {
+            return true;
+        });
 
     // Opens the port, counts from zero, and begins to poll.
     Result open(const LineSettings& settings);
@@ -59,9 +66,11 @@ private:
     const Library& library_;
     LinkEvents events_;
     LinkStatistics statistics_;
+    std::function<bool(const Request&, int word)> mayCut_;
     std::unique_ptr<SerialLine> line_;
-    QString device_;                      // of the line
-    std::map<QString, Books> unanswered_; // by device, of lines that were closed
+    std::unique_ptr<RequestCarrier> carrier_; // on the line
+    QString device_;                          // of the line
+    std::map<QString, Books> unanswered_;     // by device, of lines that were closed
     QTimer idleTimer_;
     QTimer quietTimer_;
     std::function<void()> quiet_;

@@ -48,7 +48,8 @@ std::string countersText(const RequestCounters& counters)
                          " good" + reasonsText(counters);
     const std::pair<long long, const char*> rare[] = {{counters.retries, "retries"},
                                                       {counters.abandoned, "abandoned"},
-                                                      {counters.forgotten, "forgotten"}};
+                                                      {counters.forgotten, "forgotten"},
+                                                      {counters.parts, "parts"}};
     for (const auto& [times, name] : rare)
         if (times > 0)
             result += ", " + std::to_string(times) + " " + name;
@@ -130,6 +131,7 @@ void LinkStatistics::add(const Transmission& transmission)
 {
     RequestCounters& counters = of(transmission.name());
     ++counters.sent;
+    counters.parts += transmission.frames;
     if (transmission.repeats)
         ++counters.retries;
     if (transmission.verdict == replyNothingOutstanding) {
@@ -175,6 +177,7 @@ RequestCounters LinkStatistics::total() const
         sum.retries += counters.retries;
         sum.abandoned += counters.abandoned;
         sum.forgotten += counters.forgotten;
+        sum.parts += counters.parts;
         for (const auto& [code, times] : counters.exceptions)
             sum.exceptions[code] += times;
     }

@@ -19,6 +19,7 @@ struct RequestCounters {
     long long good = 0;
     std::array<long long, reasonCount> bad{}; // indexed by Reason
     long long retries = 0;                    // of sent: repetitions after a bad or missing reply
+    long long parts = 0;                      // frames of those that went out in more than one
     long long abandoned = 0;
     long long forgotten = 0;             // the driver was started anew while they were on the line
     std::map<int, long long> exceptions; // by code

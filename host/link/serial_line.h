@@ -19,6 +19,7 @@
 #include "line/serial_format.h"
 #include "line/wake_timer.h"
 #include "link/exchange.h"
+#include "link/request_parts.h"
 #include "link/transmission.h"
 
 class QSerialPort;
@@ -39,6 +40,7 @@ struct LineSettings {
     Micros horizon{30000000};  // a station begins to answer within it, or not at all
     bool mayMark = true;       // function 8 may be used
     bool isShared = true;      // another program may have asked just before the line was opened
+    int maxRegisters = learnedMaximum; // in one request, or 16 coils for each
 };
 
 // What passes on the line, for logs and counters.

@@ -28,6 +28,13 @@ int exceptionCode(const Reception& reception)
     return static_cast<unsigned char>(reception.bytes.at(exceptionCodeIndex));
 }
 
+std::string wordsText(const Request& request, int first, int words)
+{
+    const int from = request.address + first;
+    const std::string text = request.regName + ":" + std::to_string(from);
+    return words == 1 ? text : text + ".." + std::to_string(from + words - 1);
+}
+
 Reason reasonOf(const Reception& reception, int expectedLength)
 {
     switch (reception.result) {

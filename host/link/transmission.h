@@ -5,6 +5,7 @@
 
 #include <QByteArray>
 #include <string>
+#include <vector>
 
 #include "driver/library.h"
 #include "line/clock.h"
@@ -39,6 +40,12 @@ struct Request {
     int length = 0;
 };
 
+// What came in one reply, and so is of one moment.
+struct Part {
+    Request words;
+    Clock::time_point asOf{};
+};
+
 struct Transmission {
     long long number = 0; // counts up from 1 on each line that is opened
     Request request;
@@ -49,6 +56,7 @@ struct Transmission {
     Clock::time_point sendEnd{}; // when the last byte has left the wire, by the line's speed
 
     bool isMarker = false; // none of the driver's: see exchange.h
+    bool isPart = false;   // carries part of the driver's request: see request_carrier.h
     Micros timeout{0};     // how long after that the first byte is awaited
 
     // Known at the end.
@@ -56,6 +64,13 @@ struct Transmission {
     // When the controller held at the earliest what a sound reply says: when it came, or, of a late
     // reply to the same request sent before, when that was sent.
     Clock::time_point asOf{};
+
+    // Of a request that was carried in parts: so many frames, each with a record of its own. This
+    // record says what the driver was told.
+    int frames = 0;
+    std::vector<Part> parts; // if all were answered
+    std::string where;       // else which failed: reception and replyLength are of that one
+
     ReplyResult verdict = replyNothingOutstanding; // the driver's
     std::string description;                       // the driver's words for the frame: "1#R_W10(1)"
     Reason why = Reason::none;                     // ours, for a bad reply
@@ -72,6 +87,9 @@ struct Transmission {
 
 // The code of an exception reply.
 int exceptionCode(const Reception& reception);
+
+// "R_W:100..107"
+std::string wordsText(const Request& request, int first, int words);
 
 // Why the reception is no good reply of so many bytes; and in words, with the time that it was
 // awaited if that is to be said: " within 500 ms".

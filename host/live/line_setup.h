@@ -37,6 +37,8 @@ struct LineSetup {
     int timeoutMaxMs = defaultMaxTimeoutMs;
     double horizonSeconds = defaultHorizonSeconds; // a station begins to answer within it, or never
     int replyGapMs = defaultReplyGapMs; // silence that ends a reply, until one has gone on after it
+    // Registers in one request, or 16 coils for each; else as each station shows it.
+    std::optional<int> maxRegisters;
 
     int mergeGap() const
     {

@@ -60,6 +60,7 @@ LiveLine::LiveLine(const Library& library, const LineSetup& setup, const std::se
     setTimes(settings_, setup);
     settings_.mayMark = setup.mayMark;
     settings_.turnaround = std::chrono::milliseconds(setup.turnaroundMs);
+    settings_.maxRegisters = setup.maxRegisters.value_or(learnedMaximum);
     if (!setup.log.empty())
         recording_ = std::make_unique<Recording>(
             setup.log, "port " + port + ", line " + toText(settings_.wire), learnAreas(library));

@@ -24,13 +24,15 @@ Session::Session(const Library& library, const SessionSettings& settings)
               LinkEvents{[this](const Transmission& transmission) { began(transmission); },
                          [this](const Transmission& transmission) { ended(transmission); },
                          [this](const Transmission& marker) { tellEnded(marker); },
+                         [this](const Transmission& part) { tellEnded(part); },
                          [this](const Stray& stray) {
                              tellings_.add([this, stray]() { emit strayCame(stray); });
                          },
                          [this](const std::string& text) {
                              tellings_.add([this, text]() { emit noticed(text); });
                          },
-                         [this](bool open, const std::string& message) { portWas(open, message); }})
+                         [this](bool open, const std::string& message) { portWas(open, message); }},
+              [this](const Request& request, int word) { return mayCut(request, word); })
 {
     // For connections that are queued, to another thread.
     qRegisterMetaType<ViewChanges>("dov417::ViewChanges");
@@ -139,6 +141,7 @@ Result Session::watch(const std::vector<Address>& addresses)
         if (result.accepted)
             result = watchable(library_, address);
     watched_ = result.accepted ? addresses : std::vector<Address>();
+    wholeValues_ = WholeValues(watched_);
     views_.replace(watched_, requests_.writtenAddresses());
     planViews();
     runner_.wake();
@@ -195,14 +198,27 @@ void Session::tellEnded(const Transmission& transmission)
         tellings_.add([this, transmission]() { emit transmissionEnded(transmission); });
 }
 
+// What is read once, written or moved as a recipe begins where a value does.
+bool Session::mayCut(const Request& request, int word) const
+{
+    constexpr int maxValueLength = 2;
+    const bool isCyclic = request.kind == cyclicKind && !recipe_.isMoving();
+    return isCyclic ? !wholeValues_.goOn(request.station, request.regName, word)
+                    : (word - request.address) % maxValueLength == 0;
+}
+
 void Session::ended(const Transmission& transmission)
 {
-    tellEnded(transmission);
+    if (transmission.frames == 0)
+        tellEnded(transmission); // else its parts were told
     const bool readBeforeWrite = requests_.isReadBeforeWrite(transmission);
     const bool accepted = transmission.verdict == replyAccepted;
     if (transmission.isRead() && !readBeforeWrite) {
-        if (accepted)
+        if (accepted && transmission.frames == 0)
             views_.confirm(transmission.request, transmission.asOf);
+        else if (accepted)
+            for (const Part& part : transmission.parts)
+                views_.confirm(part.words, part.asOf);
         else if (transmission.isAbandoned())
             views_.giveUp(transmission.request);
     }

@@ -24,6 +24,7 @@
 #include "session/recipe_transfer.h"
 #include "session/tellings.h"
 #include "session/views.h"
+#include "session/whole_values.h"
 
 namespace dov417 {
 
@@ -113,6 +114,7 @@ private:
     void planViews();
     void began(const Transmission& transmission);
     void tellEnded(const Transmission& transmission);
+    bool mayCut(const Request& request, int word) const;
     void ended(const Transmission& transmission);
     void settle(const Transmission& transmission);
     void countCycle();
@@ -129,6 +131,7 @@ private:
     PendingRequests requests_;
     RecipeTransfer recipe_;
     std::vector<Address> watched_;
+    WholeValues wholeValues_; // of these
 
     int plannedRequests_ = 0;
     int requestsThisCycle_ = 0;

@@ -219,17 +219,17 @@ class Watch(EndToEnd):
 
     def test_what_is_given_up_again_and_again_is_a_line_and_a_count(self):
         controller = self.controller("--fault", "exception:2=100%")
-        err = self.fails("watch", "--port", controller.port, "--retries", "1", "R_W:0..99", "M_W:3",
+        err = self.fails("watch", "--port", controller.port, "--retries", "1", "R_W:0..9", "M_W:3",
                          "--cycles", "50")  # fmt: skip
         lines = [line.split(" ", 1)[1] for line in err.splitlines()]
         self.assertEqual(
             lines,
             [
                 "given up: 1#M_W3(1): exception 2 (illegal data address)",
-                "given up: 1#R_W0(100): exception 2 (illegal data address)",
-                "given up: 1#M_W3(1) 50 times, 1#R_W0(100) 50 times: "
+                "given up: 1#R_W0(10): exception 2 (illegal data address)",
+                "given up: 1#M_W3(1) 50 times, 1#R_W0(10) 50 times: "
                 "exception 2 (illegal data address)",
-                "1/R_W:0..99, 1/M_W:3: no value came",
+                "1/R_W:0..9, 1/M_W:3: no value came",
             ],
         )
 

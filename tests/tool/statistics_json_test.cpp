@@ -29,7 +29,7 @@ TEST(StatisticsForPrograms, AreOneObjectInOneLine)
         "slowest": 612.0, "timeout": 918.0}])"));
     EXPECT_EQ(json.at("requests").at("read  1#R_W10(5)"), nlohmann::json::parse(R"({
         "sent": 10, "good": 5, "bad": {"noFrame": 3, "exception": 2}, "exceptions": {"2": 2},
-        "retries": 0, "abandoned": 0, "forgotten": 0,
+        "retries": 0, "abandoned": 0, "forgotten": 0, "parts": 0,
         "givenUp": "bad CRC"
 })"));
     EXPECT_EQ(json.at("all").at("bad"), nlohmann::json({{"noFrame", 3}, {"exception", 2}}));

@@ -44,6 +44,7 @@ protected:
         events.notice = [this](const std::string& text) { notices.push_back(text); };
         events.began = [](const Transmission&) {};
         events.markerEnded = [](const Transmission&) {};
+        events.partEnded = [](const Transmission&) {};
         events.ended = [this](const Transmission& transmission) {
             ended.push_back(transmission);
             if (transmission.verdict == replyBad)
