@@ -74,6 +74,11 @@ Books Books::asPast() const
     return past;
 }
 
+const std::deque<OpenTransmission>& Books::open() const
+{
+    return open_;
+}
+
 void Books::add(const OpenTransmission& transmission)
 {
     const unsigned char function = byteAt(transmission.sent, 1);
@@ -125,6 +130,14 @@ Clock::time_point Books::certainAt(const QByteArray& request, int replyLength) c
         if (haveOneShape(open, request, replyLength) && open.sent != request)
             certain = std::max(certain, open.sentAt + horizon_);
     return certain;
+}
+
+std::optional<Clock::time_point> Books::lastSent(const QByteArray& request) const
+{
+    const auto last =
+        std::find_if(open_.rbegin(), open_.rend(),
+                     [&request](const OpenTransmission& open) { return open.sent == request; });
+    return last != open_.rend() ? std::optional<Clock::time_point>(last->sentAt) : std::nullopt;
 }
 
 bool Books::isOut(const QByteArray& request, int replyLength) const

@@ -31,6 +31,8 @@ public:
     // The same, numbered so that all of it went out before number 1.
     Books asPast() const;
 
+    const std::deque<OpenTransmission>& open() const;
+
     // A frame went out; with replyLength 0 nobody answers it.
     void add(const OpenTransmission& transmission);
     // A sound frame came: the transmission that it belongs to, which is closed with all that went
@@ -43,6 +45,8 @@ public:
     bool couldBeMistaken(const QByteArray& request, int replyLength) const;
     // When the last of those can no longer come.
     Clock::time_point certainAt(const QByteArray& request, int replyLength) const;
+    // When this very request was sent last, of what is open.
+    std::optional<Clock::time_point> lastSent(const QByteArray& request) const;
     // Is a reply out that has this station, function and length?
     bool isOut(const QByteArray& request, int replyLength) const;
 

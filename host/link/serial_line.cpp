@@ -25,7 +25,7 @@ ExchangeSettings exchangeSettings(const LineSettings& line)
 {
     ExchangeSettings settings;
     settings.wire = line.wire;
-    settings.timeout = {line.timeout, line.maxTimeout, line.isTimeoutFixed};
+    settings.timeout = {line.timeout, line.maxTimeout, line.isTimeoutFixed, line.minTimeout};
     settings.turnaround = line.turnaround;
     settings.replyGap =
         std::max(line.replyGap, std::chrono::round<Micros>(line.wire.interFrameDelay()));
@@ -66,8 +66,8 @@ SerialLine::SerialLine(const LineSettings& settings, const LineObserver& observe
       timer_([this]() { exchange_.timerDue(Clock::now()); }),
       exchange_({[this](const QByteArray& bytes) { write(bytes); },
                  [this]() { return bytesWait(); }, [this](Clock::time_point when) { wakeAt(when); },
-                 [this]() { timer_.cancel(); }, observer.sent, observer.markerEnded,
-                 observer.stray})
+                 [this]() { timer_.cancel(); }, observer.sent, observer.markerEnded, observer.stray,
+                 observer.notice})
 {
     // A bare name is one of /dev. QSerialPort takes a relative path for one too.
     QString& device = settings_.device;
@@ -88,6 +88,21 @@ SerialLine::~SerialLine()
 bool SerialLine::isOpen() const
 {
     return exchange_.isRunning();
+}
+
+void SerialLine::sendNoMore()
+{
+    exchange_.sendNoMore();
+}
+
+Clock::time_point SerialLine::quietAt() const
+{
+    return exchange_.quietAt();
+}
+
+std::vector<StationTime> SerialLine::stationTimes() const
+{
+    return exchange_.stationTimes();
 }
 
 Micros SerialLine::wireTime() const

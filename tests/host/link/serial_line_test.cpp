@@ -47,6 +47,7 @@ protected:
             if (strayed)
                 strayed();
         };
+        observer.notice = [this](const std::string& text) { notices.push_back(text); };
         observer.port = [this](bool isOpen, const QString& message) {
             ports.push_back(isOpen);
             lastMessage = message.toStdString();
@@ -95,6 +96,7 @@ protected:
     QByteArray received;
     std::vector<Clock::time_point> arrivals; // of the whole requests
     std::vector<Stray> strays;
+    std::vector<std::string> notices;
     std::function<void()> strayed;
     std::vector<bool> ports;
     std::string lastMessage;
