@@ -5,6 +5,15 @@
 // a reply is the reply to that very request: see books.h. Where a late reply could be mistaken for
 // it, a marker is sent first, a diagnostics echo with a number of its own: as controllers answer in
 // order, nothing older comes once it is back.
+//
+// All this holds as long as each request is answered at most once. A radio modem that sends a reply
+// twice breaks it: the copy looks like the reply to the next request, and that one's like the reply
+// to the one after it. From the first sound frame that answers nothing, a surplus, what was taken
+// so far is in doubt, and a marker precedes every request to any station
+// until none has come for some time. What holds then: no copy is taken for another request's reply,
+// if copies come before whatever the station says afterwards (as from a modem that repeats a frame
+// until it is acknowledged). A copy that is overtaken by the marker's reply cannot be told from the
+// reply to the request behind it.
 #ifndef DOV417_LINK_EXCHANGE_H
 #define DOV417_LINK_EXCHANGE_H
 
@@ -17,6 +26,7 @@
 #include "line/serial_format.h"
 #include "link/books.h"
 #include "link/reply_collector.h"
+#include "link/reply_pace.h"
 #include "link/station_timeout.h"
 #include "link/transmission.h"
 
@@ -42,6 +52,7 @@ struct ExchangeLine {
     std::function<void(const Transmission&)> markerEnded;
     std::function<void(const Stray&)> stray;
     std::function<void(const std::string&)> notice; // what a person should know, said once
+    std::function<void()> doubt; // what was taken for a reply so far may have been another's
 };
 
 class Exchange {
@@ -68,6 +79,9 @@ public:
     const Books& books() const;
     void awaitLate(const Books& earlier);
 
+    // Does a marker precede each request?
+    bool isWary(Clock::time_point now) const;
+
     // Time that the bytes sent and received so far took on the wire.
     Micros wireTime() const;
 
@@ -78,17 +92,22 @@ private:
         listening, // to a station that is late, before anything is sent to it
         silence,
         awaitingReply,
+        holdingBack, // a reply that came too soon, until another could have come
         awaitingTurnaround
     };
 
     struct Station {
         StationTimeout timeout;
+        ReplyPace pace;
         Clock::time_point listenUntil{};
-        bool isUnknown = true;   // another program may have asked it just now
-        int marksUnanswered = 0; // since then
-        bool markFailed = false; // the last marker was not answered
-        int marksIgnored = 0;    // so often it answered something else afterwards
-        bool ignoresMarks() const;
+        bool isUnknown = true;        // another program may have asked it just now
+        int marksUnanswered = 0;      // since then
+        bool markFailed = false;      // the last marker was not answered
+        int marksIgnored = 0;         // so often it answered something else afterwards
+        OpenTransmission lastRequest; // that was no marker
+        bool wasAsked = false;        // since the start
+        int marksAtOnce() const;      // for one request
+        bool mayEcho() const;         // as a marker
     };
 
     static OpenTransmission openOf(const Transmission& transmission);
@@ -99,16 +118,28 @@ private:
     void armReplyTimer();
     void listen(Clock::time_point until);
     bool isInDoubt(Clock::time_point now);
-    bool mayEcho();
+    bool endsDoubt(const OpenTransmission& answered, LineResult result, Clock::time_point now);
     void deadlinePassed(Clock::time_point now);
     void finish(LineResult result);
     void markerFinished(LineResult result, Clock::time_point now);
     void takeArrival(Arrival arrival, Clock::time_point now);
     bool takeReply(LineResult result, Clock::time_point now);
     void reportStrays(Clock::time_point now);
+    bool isToBeHeldBack(Clock::time_point now);
+    void holdBack(LineResult result);
+    void heldBackGoesOn(Arrival arrival, Clock::time_point now);
     void flushBehind(Clock::time_point now);
     void flushLateBytes(const QByteArray& bytes, Clock::time_point now);
-    std::optional<OpenTransmission> settle(const QByteArray& frame, Clock::time_point now);
+    struct Settled {
+        std::optional<OpenTransmission> answered;
+        bool isSurplus = false;
+        long long number() const;
+        StrayKind kindOr(StrayKind kind) const;
+    };
+    Settled settle(const QByteArray& frame, Clock::time_point now);
+    bool isSurplus(const QByteArray& frame, Clock::time_point now);
+    void surplusCame(int station, Clock::time_point now);
+    void noteAnswer(const OpenTransmission& answered, Clock::time_point now);
     Micros onTheWire(int bytes) const;
 
     ExchangeLine line_;
@@ -131,8 +162,12 @@ private:
     Clock::time_point listenEnd_{};
     Clock::time_point holdEnd_{};    // of a request that is held back; 0: it has not been yet
     Clock::time_point foreignEnd_{}; // until then others' requests of before may be answered
-    QByteArray behind_;              // came at once with a frame, and after it
-    int bytesCame_ = 0;              // since the frame was sent
+    Clock::time_point cleanAt_{};    // until then each request is preceded by a marker
+    bool surplusWasSaid_ = false;
+    LineResult heldResult_ = LineResult::timeout;
+    Clock::time_point heldUntil_{};
+    QByteArray behind_; // came at once with a frame, and after it
+    int bytesCame_ = 0; // since the frame was sent
     Micros wireTime_{0};
 };
 

@@ -58,6 +58,7 @@ Result LinkRunner::open(const LineSettings& settings)
         events_.stray(stray);
     };
     observer.notice = events_.notice;
+    observer.doubt = events_.doubt;
     observer.port = [this](bool open, const QString& message) { portChanged(open, message); };
     try {
         line_ = std::make_unique<SerialLine>(settings, observer);

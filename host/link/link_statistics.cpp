@@ -12,9 +12,10 @@ namespace {
 constexpr long long microsPerBin = 100;
 
 const std::array<const char*, strayKinds> strayNames = {
-    "from another station", "for another function",
-    "for another request",  "noise",
-    "echoes stripped",      "late"};
+    "from another station",    "for another function",
+    "for another request",     "noise",
+    "echoes stripped",         "late",
+    "more than were asked for"};
 
 std::string text(const char* format, double value)
 {

@@ -21,6 +21,11 @@ public:
     void answered(Micros delay, const TimeoutSettings& settings);
     // It did not begin in time. A station that stays silent is not waited for longer and longer.
     void passed(const TimeoutSettings& settings);
+    // Half as long again as it took at most of late; 0 until it has answered.
+    Micros measured() const
+    {
+        return measured_;
+    }
     // Has it kept silent so often that it may be switched off?
     bool looksDead() const;
 

@@ -21,6 +21,8 @@ const char* strayText(StrayKind kind)
         return "echo of the request, stripped";
     case StrayKind::late:
         return "late or surplus bytes, flushed";
+    case StrayKind::surplus:
+        return "more than was asked for, not handed on";
     }
     return "";
 }

@@ -14,6 +14,9 @@ const char* const lineIsClosed = "the line is closed";
 
 } // namespace
 
+const char* const repliesAreDoubtful =
+    "a station sent more replies than it was asked for: what was read may be wrong";
+
 Session::Session(const Library& library, const SessionSettings& settings)
     : library_(library), claim_(library), settings_(settings), views_(library),
       requests_(library, tellings_,
@@ -29,6 +32,7 @@ Session::Session(const Library& library, const SessionSettings& settings)
                          [this](const std::string& text) {
                              tellings_.add([this, text]() { emit noticed(text); });
                          },
+                         [this]() { doubt(); },
                          [this](bool open, const std::string& message) { portWas(open, message); }})
 {
     // For connections that are queued, to another thread.
@@ -230,6 +234,15 @@ void Session::countCycle()
     requestsThisCycle_ = 0;
     ++cycles_;
     tellings_.add([this, cycles = cycles_]() { emit cycleEnded(cycles); });
+}
+
+// Nothing of it is known until it has been read again.
+void Session::doubt()
+{
+    ++doubts_;
+    recipe_.doubt(repliesAreDoubtful);
+    views_.doubt();
+    tellChanges();
 }
 
 void Session::portWas(bool open, const std::string& message)

@@ -31,6 +31,8 @@ struct SessionSettings {
     int gap;     // words
 };
 
+extern const char* const repliesAreDoubtful;
+
 class Session : public QObject {
     Q_OBJECT
 
@@ -52,6 +54,13 @@ public:
     int generation() const
     {
         return generation_;
+    }
+
+    // Counts how often replies turned out to be another request's, maybe. Who has collected what
+    // was read meanwhile compares.
+    int doubts() const
+    {
+        return doubts_;
     }
 
     const SessionSettings& settings() const;
@@ -107,6 +116,7 @@ private:
     void ended(const Transmission& transmission);
     void settle(const Transmission& transmission);
     void countCycle();
+    void doubt();
     void portWas(bool open, const std::string& message);
     Result refusal(bool isOnePiece) const;
     void feed();
@@ -125,6 +135,7 @@ private:
     int requestsThisCycle_ = 0;
     bool isOfPlanBefore_ = false; // the request under way
     int generation_ = 0;
+    int doubts_ = 0;
     long long cycles_ = 0;
     Clock::time_point cycleStart_{};
 

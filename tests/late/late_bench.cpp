@@ -1,4 +1,4 @@
-// The liar's bench, the long form: dov417_late_bench VALUES [FIRST_SEED]
+// The liar's bench, the long form: dov417_late_bench VALUES [FIRST_SEED [modem]]
 //
 // Rounds of requests to stations that answer late, each with another seed, until so many values
 // have been shown. Fails if one of them was wrong, names its seed, and prints what there was.
@@ -16,12 +16,13 @@ int main(int argc, char** argv)
     }
     const long long values = std::atoll(argv[1]);
     const unsigned first = argc > 2 ? static_cast<unsigned>(std::atoi(argv[2])) : 1;
+    const bool isModem = argc > 3;
     constexpr int requests = 400;
     Tally all;
     unsigned seed = first;
     for (; all.values < values; ++seed) {
-        const Tally tally = playRound(seed, requests);
-        if (tally.lies() > 0 || tally.silent > 0)
+        const Tally tally = isModem ? playModemRound(seed, requests) : playRound(seed, requests);
+        if (tally.lies() > 0 || tally.silent > 0 || (!isModem && tally.doubts > 0))
             std::printf("seed %u: %s\n", seed, textOf(tally).c_str());
         all.add(tally);
     }
