@@ -36,6 +36,8 @@ public:
     // A sound frame came: the transmission that it belongs to, which is closed with all that went
     // to the station before. Nothing if it answers none.
     std::optional<OpenTransmission> take(const QByteArray& frame);
+    // The same, closing nothing: the frame may as well answer what another program has sent.
+    std::optional<OpenTransmission> find(const QByteArray& frame) const;
     // What is beyond the horizon is answered no more.
     void expire(Clock::time_point now);
 

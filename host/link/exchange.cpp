@@ -41,6 +41,7 @@ void Exchange::start(const ExchangeSettings& settings, Clock::time_point now)
         each.listenUntil = now;
         each.isUnknown = settings.isShared;
         each.marksUnanswered = 0;
+        each.hasAnsweredRead = false;
         each.wasAsked = false;
         each.markFailed = false;
     }
@@ -113,11 +114,14 @@ void Exchange::next(Clock::time_point now)
                              settings_.mayMark && asked.mayEcho(), nextMark_);
         isMarking_ = marker_.replyLength > 0;
     }
-    if (!isMarking_ && books_.couldBeMistaken(current_.sent, current_.replyLength)) {
+    const bool isUnknown = mayBeOthers(current_.sent, now) && current_.isRead();
+    if (!isMarking_ && (isUnknown || books_.couldBeMistaken(current_.sent, current_.replyLength))) {
         // Only time tells when the doubt is over, and others are not to wait for that.
         if (holdEnd_ == Clock::time_point())
             holdEnd_ = now + asked.timeout.value(settings_.timeout);
-        listen(std::min(books_.certainAt(current_.sent, current_.replyLength), holdEnd_));
+        const Clock::time_point certain =
+            isUnknown ? foreignEnd_ : books_.certainAt(current_.sent, current_.replyLength);
+        listen(std::min(certain, holdEnd_));
         return;
     }
     beginSilence(now);

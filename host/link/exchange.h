@@ -102,12 +102,14 @@ private:
         Clock::time_point listenUntil{};
         bool isUnknown = true;        // another program may have asked it just now
         int marksUnanswered = 0;      // since then
+        bool hasAnsweredRead = false; // as a marker, once since then
         bool markFailed = false;      // the last marker was not answered
         int marksIgnored = 0;         // so often it answered something else afterwards
         OpenTransmission lastRequest; // that was no marker
         bool wasAsked = false;        // since the start
         int marksAtOnce() const;      // for one request
         bool mayEcho() const;         // as a marker
+        void markWasAnswered(const OpenTransmission& marker);
     };
 
     static OpenTransmission openOf(const Transmission& transmission);
@@ -137,6 +139,7 @@ private:
         StrayKind kindOr(StrayKind kind) const;
     };
     Settled settle(const QByteArray& frame, Clock::time_point now);
+    bool mayBeOthers(const QByteArray& frame, Clock::time_point now) const;
     bool isSurplus(const QByteArray& frame, Clock::time_point now);
     void surplusCame(int station, Clock::time_point now);
     void noteAnswer(const OpenTransmission& answered, Clock::time_point now);

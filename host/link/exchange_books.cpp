@@ -49,7 +49,8 @@ Exchange::Settled Exchange::settle(const QByteArray& frame, Clock::time_point no
     Settled settled;
     if (!hasGoodCrc(frame))
         return settled;
-    settled.answered = books_.take(frame);
+    const bool isEcho = (byteAt(frame, 1) & ~exceptionFlag) == diagnostics;
+    settled.answered = isEcho || !mayBeOthers(frame, now) ? books_.take(frame) : books_.find(frame);
     if (settled.answered) {
         noteAnswer(*settled.answered, now);
     } else if (isSurplus(frame, now)) {
@@ -57,6 +58,12 @@ Exchange::Settled Exchange::settle(const QByteArray& frame, Clock::time_point no
         surplusCame(byteAt(frame, 0), now);
     }
     return settled;
+}
+
+// The reply to what another program has asked.
+bool Exchange::mayBeOthers(const QByteArray& frame, Clock::time_point now) const
+{
+    return stations_.at(byteAt(frame, 0)).isUnknown && now < foreignEnd_;
 }
 
 void Exchange::noteAnswer(const OpenTransmission& answered, Clock::time_point now)
@@ -87,9 +94,8 @@ void Exchange::noteAnswer(const OpenTransmission& answered, Clock::time_point no
 bool Exchange::isSurplus(const QByteArray& frame, Clock::time_point now)
 {
     const Station& heard = stations_.at(byteAt(frame, 0));
-    const bool isOthers = heard.isUnknown && now < foreignEnd_;
     const bool mayBeEcho = byteAt(frame, 1) > lastReadFunction && !collector_.knowsAdapter();
-    return heard.wasAsked && !isOthers && !mayBeEcho && looksLikeReply(frame);
+    return heard.wasAsked && !mayBeOthers(frame, now) && !mayBeEcho && looksLikeReply(frame);
 }
 
 void Exchange::surplusCame(int station, Clock::time_point now)

@@ -7,20 +7,32 @@ namespace {
 
 constexpr char diagnostics = 8;
 constexpr int maxMarksIgnored = 2; // one may have been lost
-constexpr int firstMarks = 3;      // of a station that is unknown: two echoes, one read
+constexpr int firstEchoes = 2;     // to a station that is unknown, before a read is tried
+constexpr int maxMarks = 4;        // two echoes and two reads
 
 } // namespace
 
 int Exchange::Station::marksAtOnce() const
 {
-    return isUnknown && marksUnanswered == 0 ? firstMarks : 1;
+    return isUnknown ? maxMarks : 1;
 }
 
 // A station that says nothing to an echo may know no function 8, or have missed it.
 bool Exchange::Station::mayEcho() const
 {
-    return marksIgnored < maxMarksIgnored &&
-           (marksUnanswered < firstMarks - 1 || marksUnanswered % 2 != 0);
+    return marksIgnored < maxMarksIgnored && !hasAnsweredRead &&
+           (marksUnanswered < firstEchoes || marksUnanswered % 2 != 0);
+}
+
+// What is read has no number: the first reply may be one to another program, but not the second,
+// of another length, too.
+void Exchange::Station::markWasAnswered(const OpenTransmission& marker)
+{
+    const bool isEcho = marker.sent.at(1) == diagnostics;
+    isUnknown = isUnknown && !isEcho && !hasAnsweredRead;
+    hasAnsweredRead = isUnknown;
+    lastRequest = isUnknown ? marker : lastRequest;
+    marksUnanswered = isUnknown ? marksUnanswered : 0;
 }
 
 bool Exchange::isWary(Clock::time_point now) const
@@ -31,7 +43,7 @@ bool Exchange::isWary(Clock::time_point now) const
 // Could something that is still to come be mistaken for the reply?
 bool Exchange::isInDoubt(Clock::time_point now)
 {
-    return isWary(now) || (station().isUnknown && now < foreignEnd_) ||
+    return isWary(now) || mayBeOthers(current_.sent, now) ||
            books_.couldBeMistaken(current_.sent, current_.replyLength);
 }
 
@@ -52,10 +64,11 @@ void Exchange::markerFinished(LineResult result, Clock::time_point now)
     marked.markFailed = result == LineResult::timeout;
     if (marked.markFailed) {
         marked.timeout.passed(settings_.timeout);
-        ++marked.marksUnanswered;
+        // Silent as it is, it gets one marker for each request from here on.
+        if (++marked.marksUnanswered > firstEchoes)
+            markersLeft_ = 0;
     } else {
-        marked.isUnknown = false;
-        marked.marksUnanswered = 0;
+        marked.markWasAnswered(openOf(marker_));
     }
     marker_.reception.result = result;
     line_.markerEnded(marker_);

@@ -185,12 +185,14 @@ void Views::count(const Address& address, int step)
 }
 
 // The writes of one word go to the driver one by one, so with an outcome the cache is the
-// controller's again.
+// controller's again; of a double word once both halves have theirs.
 void Views::countWrite(const Address& address, int step)
 {
     count(address, step);
     for (const std::size_t index : inWordsOf(address)) {
-        const bool isRead = step < 0 && standing_.at(index).isCached && read(index);
+        const Standing& standing = standing_.at(index);
+        const bool isKnown = standing.isCached && standing.writesOfWords == 0;
+        const bool isRead = step < 0 && isKnown && read(index);
         if (!isRead && share(views_.at(index).address, address))
             changed(index, false);
     }
