@@ -91,6 +91,7 @@ void Exchange::transact(const Transmission& request, Done done, Clock::time_poin
     current_.reception = Reception();
     done_ = std::move(done);
     markersLeft_ = station().marksAtOnce();
+    isCovered_ = false;
     holdEnd_ = Clock::time_point();
     next(now);
 }
@@ -168,8 +169,10 @@ void Exchange::transmit(Clock::time_point now)
     wireTime_ += onTheWire(static_cast<int>(frame.sent.size()));
     books_.add(openOf(frame));
     station().wasAsked = true;
-    if (!isMarking_)
+    if (!isMarking_) {
         station().lastRequest = openOf(frame);
+        isCovered_ = isWary(now);
+    }
     line_.sent(frame);
     if (frame.replyLength > 0) {
         state_ = State::awaitingReply;

@@ -156,6 +156,7 @@ private:
     Transmission marker_;
     bool isMarking_ = false; // the frame to be sent or on the line is the marker
     int markersLeft_ = 0;    // that may go out for the current request
+    bool isCovered_ = false; // by a marker, as far as surplus replies ask for one
     long long transmissions_ = 0;
     unsigned short nextMark_ = 1;
     Done done_;

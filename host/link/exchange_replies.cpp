@@ -106,6 +106,13 @@ bool Exchange::takeReply(LineResult result, Clock::time_point now)
         line_.stray({settled.kindOr(StrayKind::late), bytes, now, settled.number()});
         return false;
     }
+    if (isWary(now) && !isCovered_) {
+        // Sent before the first surplus was met: this may be one, too.
+        line_.stray({StrayKind::late, bytes, now, answered->number});
+        flushBehind(now);
+        finish(LineResult::timeout);
+        return true;
+    }
     if (current_.number == 0) {
         current_.number = answered->number;
         current_.sendBegin = answered->sentAt;
