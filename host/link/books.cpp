@@ -139,6 +139,13 @@ bool Books::isOut(const QByteArray& request, int replyLength) const
     });
 }
 
+bool Books::isEchoOut(unsigned char station) const
+{
+    return std::any_of(open_.begin(), open_.end(), [station](const OpenTransmission& open) {
+        return byteAt(open.sent, 0) == station && byteAt(open.sent, 1) == diagnostics;
+    });
+}
+
 bool Books::standsFor(const OpenTransmission& earlier, const OpenTransmission& later) const
 {
     if (earlier.number == later.number)

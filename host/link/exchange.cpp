@@ -110,18 +110,22 @@ void Exchange::next(Clock::time_point now)
         listen(asked.listenUntil);
         return;
     }
-    if (isInDoubt(now) && markersLeft_ > 0) {
-        marker_ = makeMarker(current_, books_, asked.lastRequest,
-                             settings_.mayMark && asked.mayEcho(), nextMark_);
+    const bool needsMarker = isInDoubt(now) && markersLeft_ > 0;
+    if (needsMarker) {
+        // Of exceptions none says which echo it is to.
+        isAlone_ = asked.numbersEchoes || !books_.isEchoOut(stationOf(current_.sent));
+        const bool mayEcho = asked.mayEcho() && (isAlone_ || !isWary(now));
+        marker_ =
+            makeMarker(current_, books_, asked.lastAsked, settings_.mayMark && mayEcho, nextMark_);
         isMarking_ = marker_.replyLength > 0;
     }
-    const bool isUnknown = mayBeOthers(current_.sent, now) && current_.isRead();
-    if (!isMarking_ && (isUnknown || books_.couldBeMistaken(current_.sent, current_.replyLength))) {
+    const bool isStuck = needsMarker && !isMarking_ && current_.isRead();
+    if (!isMarking_ && (isStuck || books_.couldBeMistaken(current_.sent, current_.replyLength))) {
         // Only time tells when the doubt is over, and others are not to wait for that.
         if (holdEnd_ == Clock::time_point())
             holdEnd_ = now + asked.timeout.value(settings_.timeout);
         const Clock::time_point certain =
-            isUnknown ? foreignEnd_ : books_.certainAt(current_.sent, current_.replyLength);
+            isStuck ? holdEnd_ : books_.certainAt(current_.sent, current_.replyLength);
         listen(std::min(certain, holdEnd_));
         return;
     }
@@ -169,10 +173,9 @@ void Exchange::transmit(Clock::time_point now)
     wireTime_ += onTheWire(static_cast<int>(frame.sent.size()));
     books_.add(openOf(frame));
     station().wasAsked = true;
-    if (!isMarking_) {
-        station().lastRequest = openOf(frame);
-        isCovered_ = isWary(now);
-    }
+    if (!isEcho(frame.sent))
+        station().lastAsked = openOf(frame);
+    isCovered_ = !isMarking_ && isWary(now);
     line_.sent(frame);
     if (frame.replyLength > 0) {
         state_ = State::awaitingReply;

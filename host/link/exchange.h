@@ -103,9 +103,10 @@ private:
         bool isUnknown = true;        // another program may have asked it just now
         int marksUnanswered = 0;      // since then
         bool hasAnsweredRead = false; // as a marker, once since then
+        bool numbersEchoes = false;   // it has sent one back
         bool markFailed = false;      // the last marker was not answered
         int marksIgnored = 0;         // so often it answered something else afterwards
-        OpenTransmission lastRequest; // that was no marker
+        OpenTransmission lastAsked;   // that was no echo
         bool wasAsked = false;        // since the start
         int marksAtOnce() const;      // for one request
         bool mayEcho() const;         // as a marker
@@ -155,6 +156,7 @@ private:
     Transmission current_; // what was asked for
     Transmission marker_;
     bool isMarking_ = false; // the frame to be sent or on the line is the marker
+    bool isAlone_ = false;   // no other echo is to be answered besides the marker
     int markersLeft_ = 0;    // that may go out for the current request
     bool isCovered_ = false; // by a marker, as far as surplus replies ask for one
     long long transmissions_ = 0;

@@ -5,13 +5,13 @@
 #include <string>
 
 #include "line/crc16.h"
+#include "link/marker.h"
 
 namespace dov417 {
 
 namespace {
 
 constexpr std::chrono::minutes cleanFor(10); // without a surplus
-constexpr unsigned char diagnostics = 8;
 constexpr unsigned char lastReadFunction = 4;
 constexpr unsigned char exceptionFlag = 0x80;
 constexpr int exceptionLength = 5;
@@ -49,10 +49,12 @@ Exchange::Settled Exchange::settle(const QByteArray& frame, Clock::time_point no
     Settled settled;
     if (!hasGoodCrc(frame))
         return settled;
-    const bool isEcho = (byteAt(frame, 1) & ~exceptionFlag) == diagnostics;
-    settled.answered = isEcho || !mayBeOthers(frame, now) ? books_.take(frame) : books_.find(frame);
+    settled.answered =
+        isEcho(frame) || !mayBeOthers(frame, now) ? books_.take(frame) : books_.find(frame);
     if (settled.answered) {
         noteAnswer(*settled.answered, now);
+        stations_.at(byteAt(frame, 0)).numbersEchoes |=
+            frame == settled.answered->sent && isEcho(frame);
     } else if (isSurplus(frame, now)) {
         settled.isSurplus = true;
         surplusCame(byteAt(frame, 0), now);
@@ -78,7 +80,7 @@ void Exchange::noteAnswer(const OpenTransmission& answered, Clock::time_point no
     heard.timeout.answered(std::max(Micros(0), std::chrono::duration_cast<Micros>(began - ended)),
                            settings_.timeout);
     heard.listenUntil = now;
-    if (byteAt(answered.sent, 1) == diagnostics) {
+    if (isEcho(answered.sent)) {
         heard.marksIgnored = 0;
         // Also a late one, to a marker that was given up.
         heard.isUnknown = heard.isUnknown && answered.number <= 0;

@@ -1,11 +1,12 @@
 // Could a reply be mistaken, and has a marker ended that?
 #include "link/exchange.h"
 
+#include "link/marker.h"
+
 namespace dov417 {
 
 namespace {
 
-constexpr char diagnostics = 8;
 constexpr int maxMarksIgnored = 2; // one may have been lost
 constexpr int firstEchoes = 2;     // to a station that is unknown, before a read is tried
 constexpr int maxMarks = 4;        // two echoes and two reads
@@ -28,10 +29,8 @@ bool Exchange::Station::mayEcho() const
 // of another length, too.
 void Exchange::Station::markWasAnswered(const OpenTransmission& marker)
 {
-    const bool isEcho = marker.sent.at(1) == diagnostics;
-    isUnknown = isUnknown && !isEcho && !hasAnsweredRead;
+    isUnknown = isUnknown && !isEcho(marker.sent) && !hasAnsweredRead;
     hasAnsweredRead = isUnknown;
-    lastRequest = isUnknown ? marker : lastRequest;
     marksUnanswered = isUnknown ? marksUnanswered : 0;
 }
 
@@ -51,11 +50,12 @@ bool Exchange::isInDoubt(Clock::time_point now)
 // marker before it if no request went out since, or whatever else ends what was in doubt.
 bool Exchange::endsDoubt(const OpenTransmission& answered, LineResult result, Clock::time_point now)
 {
-    const bool isEcho = answered.sent.at(1) == diagnostics;
-    // The copy of an exception may stand for the exception to a read.
-    const bool isCertain = isEcho || result == LineResult::reply || !isWary(now);
-    return (answered.number == marker_.number && isCertain) ||
-           (isEcho && answered.number > station().lastRequest.number) || !isInDoubt(now);
+    // What comes twice may as well have answered another echo, or another read.
+    const bool isCertain =
+        !isWary(now) || (isEcho(answered.sent) ? isAlone_ : result == LineResult::reply);
+    const bool isMarkers = answered.number == marker_.number ||
+                           (isEcho(answered.sent) && answered.number > station().lastAsked.number);
+    return (isMarkers && isCertain) || !isInDoubt(now);
 }
 
 void Exchange::markerFinished(LineResult result, Clock::time_point now)

@@ -7,6 +7,7 @@ namespace dov417 {
 namespace {
 
 constexpr char diagnostics = 8; // function; sub-function 0 sends back what it was sent
+constexpr char exceptionFlag = '\x80';
 constexpr int markerLength = 8;
 constexpr int maxLonger = 2; // words
 constexpr int quantityIndex = 4;
@@ -38,6 +39,11 @@ Transmission resized(const Transmission& read, int words)
 }
 
 } // namespace
+
+bool isEcho(const QByteArray& frame)
+{
+    return (frame.at(1) & ~exceptionFlag) == diagnostics;
+}
 
 Transmission makeMarker(const Transmission& request, const Books& books,
                         const OpenTransmission& before, bool mayEcho, unsigned short& nextNumber)

@@ -14,6 +14,9 @@ namespace dov417 {
 Transmission makeMarker(const Transmission& request, const Books& books,
                         const OpenTransmission& before, bool mayEcho, unsigned short& nextNumber);
 
+// Is it a diagnostics echo, or the answer to one?
+bool isEcho(const QByteArray& frame);
+
 } // namespace dov417
 
 #endif
