@@ -79,6 +79,7 @@ Result LinkRunner::open(const LineSettings& settings)
         lookAgain();
     };
     observer.notice = events_.notice;
+    observer.doubt = events_.doubt;
     observer.port = [this](bool open, const QString& message) { portChanged(open, message); };
     try {
         line_ = std::make_unique<SerialLine>(settings, observer);

@@ -29,6 +29,7 @@ struct LinkEvents {
     std::function<void(const Transmission&)> partEnded; // of a request that is carried in parts
     std::function<void(const Stray&)> stray;
     std::function<void(const std::string&)> notice; // what a person should know, said once
+    std::function<void()> doubt; // what was taken for a reply so far may have been another's
     std::function<void(bool open, const std::string& message)> port;
 };
 
