@@ -17,6 +17,7 @@ const int maxGap = 65535;
 const double maxSeconds = 2e6;
 // A 32-bit value is not cut in two.
 const int minMaxRegisters = 2;
+const double maxHorizonSeconds = 3600;
 
 } // namespace
 
@@ -74,6 +75,36 @@ void addLineOptions(CLI::App& command, LineOptions& options)
         ->option_text("MS")
         ->group(lineGroup)
         ->check(CLI::Range(0, maxMs));
+    command
+        .add_option("--timeout-min", options.timeoutMinMs,
+                    "Without --timeout: what a station is given at least, however quick it is (" +
+                        std::to_string(defaultTimeoutMs) + ")")
+        ->option_text("MS")
+        ->group(lineGroup)
+        ->check(CLI::Range(1, maxMs))
+        ->excludes("--timeout");
+    command
+        .add_option("--timeout-max", options.timeoutMaxMs,
+                    "Without --timeout: what a station is given at most, however slow it is (" +
+                        std::to_string(defaultMaxTimeoutMs) + ")")
+        ->option_text("MS")
+        ->group(lineGroup)
+        ->check(CLI::Range(1, maxMs))
+        ->excludes("--timeout");
+    command
+        .add_option("--reply-gap", options.replyGapMs,
+                    "Silence after which a reply that has begun is taken to have ended; longer "
+                    "once one went on after that (" +
+                        std::to_string(defaultReplyGapMs) + ")")
+        ->option_text("MS")
+        ->group(lineGroup)
+        ->check(CLI::Range(1, maxMs));
+    command
+        .add_option("--horizon", options.horizonSeconds,
+                    "A station begins to answer within so many seconds, or not at all (30)")
+        ->option_text("SECONDS")
+        ->group(lineGroup)
+        ->check(CLI::Range(0.1, maxHorizonSeconds));
     command
         .add_option("--library", options.library,
                     "The driver library; else it is looked for next to the tool, in its library "

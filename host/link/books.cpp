@@ -74,6 +74,11 @@ Books Books::asPast() const
     return past;
 }
 
+const std::deque<OpenTransmission>& Books::open() const
+{
+    return open_;
+}
+
 void Books::add(const OpenTransmission& transmission)
 {
     const unsigned char function = byteAt(transmission.sent, 1);

@@ -31,6 +31,8 @@ public:
     // The same, numbered so that all of it went out before number 1.
     Books asPast() const;
 
+    const std::deque<OpenTransmission>& open() const;
+
     // A frame went out; with replyLength 0 nobody answers it.
     void add(const OpenTransmission& transmission);
     // A sound frame came: the transmission that it belongs to, which is closed with all that went

@@ -3,70 +3,49 @@
 #include <algorithm>
 #include <utility>
 
-#include "line/crc16.h"
+#include "link/marker.h"
 
 namespace dov417 {
 
 namespace {
 
 constexpr Micros rereadDelay(200); // bytes wait in the kernel: let the port's event come first
-constexpr int babbleLength = 1024; // bytes that came for one request and are no reply to it
-constexpr char diagnostics = 8;    // function; sub-function 0 sends back what it was sent
-constexpr int markerLength = 8;
 constexpr int maxMarksIgnored = 2; // one may have been lost
-constexpr int quantityIndex = 4;
-constexpr int coilsPerWord = 16;
-constexpr char readCoils = 1;
-constexpr char lastReadFunction = 4;
+constexpr int firstMarks = 3;      // of a station that is unknown: two echoes, one read
 
 unsigned char stationOf(const QByteArray& frame)
 {
     return static_cast<unsigned char>(frame.at(0));
 }
 
-QByteArray echoRequest(char station, unsigned short mark)
-{
-    QByteArray frame;
-    frame.append(station).append(diagnostics).append('\0').append('\0');
-    frame.append(static_cast<char>(mark >> 8)).append(static_cast<char>(mark & 0xFF));
-    return withCrc(frame);
-}
+} // namespace
 
-// The same read, some words shorter or longer.
-Transmission resized(const Transmission& read, int words)
-{
-    Transmission other;
-    other.request = read.request;
-    const int units = words * (read.sent.at(1) == readCoils ? coilsPerWord : 1);
-    const int quantity = static_cast<unsigned char>(read.sent.at(quantityIndex)) * 256 +
-                         static_cast<unsigned char>(read.sent.at(quantityIndex + 1)) + units;
-    QByteArray frame = read.sent.left(quantityIndex);
-    frame.append(static_cast<char>(quantity >> 8)).append(static_cast<char>(quantity & 0xFF));
-    other.sent = withCrc(frame);
-    other.replyLength = read.replyLength + 2 * words;
-    return other;
-}
+Exchange::Exchange(const ExchangeLine& line) : line_(line) {}
 
-OpenTransmission openOf(const Transmission& transmission)
+OpenTransmission Exchange::openOf(const Transmission& transmission)
 {
     return {transmission.number, transmission.sent, transmission.replyLength,
             transmission.sendBegin};
 }
 
-} // namespace
-
-Exchange::Exchange(const ExchangeLine& line) : line_(line) {}
-
 void Exchange::start(const ExchangeSettings& settings, Clock::time_point now)
 {
     settings_ = settings;
+    gap_ = ReplyGap(settings.replyGap);
+    sendsNoMore_ = false;
     state_ = State::idle;
     lastActivity_ = now;
+    astray_ = Astray();
     books_.setHorizon(settings.horizon);
+    foreignEnd_ = now + settings.horizon;
+    // Another run's echo that comes late is not to be taken for ours.
+    nextMark_ = static_cast<unsigned short>(
+        std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch()).count());
     for (Station& each : stations_) {
         // What a station takes is the same on a cable that was pulled for a while.
         each.listenUntil = now;
         each.isUnknown = settings.isShared;
+        each.marksUnanswered = 0;
         each.markFailed = false;
     }
 }
@@ -98,6 +77,45 @@ void Exchange::awaitLate(const Books& earlier)
     books_ = earlier.asPast();
 }
 
+void Exchange::sendNoMore()
+{
+    sendsNoMore_ = true;
+    if (state_ == State::listening || state_ == State::silence)
+        drop();
+}
+
+void Exchange::drop()
+{
+    line_.sleep();
+    state_ = State::idle;
+    isMarking_ = false;
+    done_ = nullptr;
+}
+
+Clock::time_point Exchange::quietAt() const
+{
+    if (state_ == State::awaitingTurnaround)
+        return current_.sendEnd + settings_.turnaround;
+    if (state_ == State::awaitingReply && !collector_.isEmpty())
+        return lastActivity_ + gap_.value();
+    Clock::time_point quiet{};
+    for (const OpenTransmission& open : books_.open())
+        quiet = std::max(
+            quiet, open.sentAt + onTheWire(static_cast<int>(open.sent.size()) + open.replyLength) +
+                       stations_.at(stationOf(open.sent)).timeout.patience(settings_.timeout));
+    return quiet;
+}
+
+std::vector<StationTime> Exchange::stationTimes() const
+{
+    std::vector<StationTime> times;
+    for (std::size_t station = 0; station < stations_.size(); ++station)
+        if (stations_.at(station).timeout.hasAnswered())
+            times.push_back(
+                stations_.at(station).timeout.time(static_cast<int>(station), settings_.timeout));
+    return times;
+}
+
 Micros Exchange::wireTime() const
 {
     return wireTime_;
@@ -119,7 +137,8 @@ void Exchange::transact(const Transmission& request, Done done, Clock::time_poin
     current_.number = 0;
     current_.reception = Reception();
     done_ = std::move(done);
-    wasMarked_ = false;
+    const Station& asked = station();
+    markersLeft_ = asked.isUnknown && asked.marksUnanswered == 0 ? firstMarks : 1;
     holdEnd_ = Clock::time_point();
     next(now);
 }
@@ -129,6 +148,10 @@ void Exchange::next(Clock::time_point now)
 {
     books_.expire(now);
     isMarking_ = false;
+    if (sendsNoMore_) {
+        drop();
+        return;
+    }
     if (current_.replyLength == 0) {
         beginSilence(now);
         return;
@@ -138,12 +161,12 @@ void Exchange::next(Clock::time_point now)
         listen(asked.listenUntil);
         return;
     }
-    const bool mistakable = books_.couldBeMistaken(current_.sent, current_.replyLength);
-    if ((asked.isUnknown || mistakable) && !wasMarked_) {
-        makeMarker();
+    const bool inDoubt = isInDoubt(now);
+    if (inDoubt && markersLeft_ > 0) {
+        marker_ = makeMarker(current_, books_, mayEcho(), nextMark_);
         isMarking_ = marker_.replyLength > 0;
     }
-    if (mistakable && !isMarking_) {
+    if (!isMarking_ && books_.couldBeMistaken(current_.sent, current_.replyLength)) {
         // Only time tells when the doubt is over, and others are not to wait for that.
         if (holdEnd_ == Clock::time_point())
             holdEnd_ = now + asked.timeout.value(settings_.timeout);
@@ -153,29 +176,19 @@ void Exchange::next(Clock::time_point now)
     beginSilence(now);
 }
 
-// A request to the station whose reply cannot be mistaken for another; without a reply if there is
-// none.
-void Exchange::makeMarker()
+// Could something that is still to come be mistaken for the reply?
+bool Exchange::isInDoubt(Clock::time_point now)
 {
-    const Station& asked = station();
-    marker_ = Transmission();
-    if (settings_.mayMark && !asked.ignoresMarks()) {
-        marker_.sent = echoRequest(current_.sent.at(0), nextMark_++);
-        marker_.replyLength = markerLength;
-    } else if (current_.sent.at(1) <= lastReadFunction) {
-        // A length that no open transmission has. What is one word longer may not be there.
-        const int words = current_.request.length;
-        for (int less = 1; less < words && marker_.replyLength == 0; ++less)
-            if (const Transmission other = resized(current_, -less);
-                !books_.isOut(other.sent, other.replyLength))
-                marker_ = other;
-        if (marker_.replyLength == 0)
-            if (const Transmission other = resized(current_, 1);
-                !books_.isOut(other.sent, other.replyLength))
-                marker_ = other;
-    }
-    marker_.isMarker = true;
-    marker_.request.station = stationOf(current_.sent);
+    return (station().isUnknown && now < foreignEnd_) ||
+           books_.couldBeMistaken(current_.sent, current_.replyLength);
+}
+
+// A station that says nothing to an echo may know no function 8, or have missed it.
+bool Exchange::mayEcho()
+{
+    const int unanswered = station().marksUnanswered;
+    return settings_.mayMark && !station().ignoresMarks() &&
+           (unanswered < firstMarks - 1 || unanswered % 2 != 0);
 }
 
 void Exchange::listen(Clock::time_point until)
@@ -206,12 +219,13 @@ void Exchange::transmit(Clock::time_point now)
         line_.wakeAt(now + rereadDelay);
         return;
     }
-    wasMarked_ = wasMarked_ || isMarking_;
+    markersLeft_ -= isMarking_ ? 1 : 0;
     Transmission& frame = isMarking_ ? marker_ : current_;
     collector_.begin(frame.sent, frame.replyLength);
     frame.number = ++transmissions_;
     frame.sendBegin = now;
     bytesCame_ = 0;
+    astray_.begin();
     frame.sendEnd = now + onTheWire(static_cast<int>(frame.sent.size()));
     frame.timeout = station().timeout.value(settings_.timeout);
     frame.reception = Reception();
@@ -233,98 +247,7 @@ void Exchange::transmit(Clock::time_point now)
 // The time-out is for the first byte: a reply under way is not cut off.
 void Exchange::armReplyTimer()
 {
-    line_.wakeAt(collector_.isEmpty() ? deadline_ : lastActivity_ + settings_.replyGap);
-}
-
-void Exchange::bytesCame(const QByteArray& bytes, Clock::time_point now)
-{
-    lastActivity_ = now;
-    wireTime_ += onTheWire(static_cast<int>(bytes.size()));
-    Transmission& frame = isMarking_ ? marker_ : current_;
-    switch (state_) {
-    case State::stopped:
-        break;
-    case State::idle:
-    case State::awaitingTurnaround:
-        flushLateBytes(bytes, now);
-        break;
-    case State::silence:
-        flushLateBytes(bytes, now);
-        beginSilence(now);
-        break;
-    case State::listening:
-    case State::awaitingReply:
-        if (frame.reception.firstByte == Clock::time_point())
-            frame.reception.firstByte = now;
-        frame.reception.lastByte = now;
-        bytesCame_ += static_cast<int>(bytes.size());
-        takeArrival(collector_.add(bytes), now);
-        break;
-    }
-}
-
-void Exchange::takeArrival(Arrival arrival, Clock::time_point now)
-{
-    reportStrays(now);
-    if (arrival == Arrival::incomplete) {
-        if (state_ == State::listening)
-            line_.wakeAt(collector_.isEmpty() ? listenEnd_ : now + settings_.replyGap);
-        else if (bytesCame_ > babbleLength)
-            deadlinePassed(now);
-        else
-            armReplyTimer();
-        return;
-    }
-    const LineResult result = arrival == Arrival::reply ? LineResult::reply : LineResult::exception;
-    Transmission& frame = isMarking_ ? marker_ : current_;
-    frame.reception.bytes = collector_.reply();
-    if (!hasGoodCrc(frame.reception.bytes)) {
-        // Garbled. Whose reply it was cannot be told, so that may still come.
-        if (state_ == State::listening)
-            next(now);
-        else if (isMarking_)
-            markerFinished(LineResult::timeout, now);
-        else
-            finish(result);
-        return;
-    }
-    if (!takeReply(result, now)) {
-        // The reply to something else: this one's is awaited still.
-        collector_.begin(frame.sent, frame.replyLength);
-        frame.reception = Reception();
-        if (state_ == State::awaitingReply)
-            armReplyTimer();
-        else
-            next(now);
-    }
-}
-
-// A sound frame that could be the reply. False if it belongs to an earlier transmission, and that
-// was another request.
-bool Exchange::takeReply(LineResult result, Clock::time_point now)
-{
-    Transmission& frame = isMarking_ ? marker_ : current_;
-    const QByteArray bytes = frame.reception.bytes;
-    const std::optional<OpenTransmission> answered = settle(bytes, now);
-    if (isMarking_ && answered && answered->number == marker_.number) {
-        markerFinished(result, now);
-        return true;
-    }
-    OpenTransmission mine = openOf(current_);
-    if (mine.number == 0)
-        mine.number = transmissions_ + 1;
-    if (isMarking_ || !answered || !books_.standsFor(*answered, mine)) {
-        line_.stray({StrayKind::late, bytes, now, answered ? answered->number : 0});
-        return false;
-    }
-    if (current_.number == 0) {
-        current_.number = answered->number;
-        current_.sendBegin = answered->sentAt;
-        current_.sendEnd = answered->sentAt + onTheWire(static_cast<int>(current_.sent.size()));
-    }
-    current_.asOf = answered->number == mine.number ? now : answered->sentAt;
-    finish(result);
-    return true;
+    line_.wakeAt(collector_.isEmpty() ? deadline_ : lastActivity_ + gap_.value());
 }
 
 void Exchange::timerDue(Clock::time_point now)
@@ -345,14 +268,14 @@ void Exchange::timerDue(Clock::time_point now)
         else if (!collector_.isEmpty())
             takeArrival(collector_.endOfFrame(), now);
         else if (holdEnd_ != Clock::time_point() && now >= holdEnd_)
-            finish(LineResult::timeout);
+            finish(LineResult::heldBack);
         else
             next(now);
         break;
     case State::awaitingReply:
         if (line_.bytesWait())
             line_.wakeAt(now + rereadDelay);
-        else if (!collector_.isEmpty() && now >= lastActivity_ + settings_.replyGap)
+        else if (!collector_.isEmpty() && now >= lastActivity_ + gap_.value())
             takeArrival(collector_.endOfFrame(), now);
         else if (collector_.isEmpty() && now >= deadline_)
             deadlinePassed(now);
@@ -385,10 +308,17 @@ void Exchange::markerFinished(LineResult result, Clock::time_point now)
 {
     Station& marked = station();
     marked.markFailed = result == LineResult::timeout;
-    marked.isUnknown = false;
+    if (marked.markFailed) {
+        marked.timeout.passed(settings_.timeout);
+        ++marked.marksUnanswered;
+    } else {
+        marked.isUnknown = false;
+        marked.marksUnanswered = 0;
+    }
     marker_.reception.result = result;
+    marker_.reception.astray = astray_;
     line_.markerEnded(marker_);
-    if (marked.markFailed && books_.couldBeMistaken(current_.sent, current_.replyLength)) {
+    if (marked.markFailed && markersLeft_ == 0 && isInDoubt(now) && current_.isRead()) {
         // Not sent, and it is the station that did not answer.
         current_.timeout = marker_.timeout;
         isMarking_ = false;
@@ -404,56 +334,14 @@ void Exchange::finish(LineResult result)
     state_ = State::idle;
     isMarking_ = false;
     current_.reception.result = result;
-    if (result == LineResult::timeout)
+    current_.reception.astray = astray_;
+    if (result == LineResult::timeout || result == LineResult::heldBack)
         current_.reception.bytes.clear();
     // The next transaction may be started from within.
     const Transmission ended = current_;
     const Done done = std::move(done_);
     done_ = nullptr;
     done(ended);
-}
-
-void Exchange::reportStrays(Clock::time_point now)
-{
-    for (Stray& stray : collector_.takeStrays()) {
-        stray.at = now;
-        if (stray.kind != StrayKind::echo)
-            if (const auto answered = settle(stray.bytes, now))
-                stray.answers = answered->number;
-        line_.stray(stray);
-    }
-}
-
-void Exchange::flushLateBytes(const QByteArray& bytes, Clock::time_point now)
-{
-    const auto answered = settle(bytes, now);
-    line_.stray({StrayKind::late, bytes, now, answered ? answered->number : 0});
-}
-
-// A frame came: whose answer is it, and what does it tell of the station?
-std::optional<OpenTransmission> Exchange::settle(const QByteArray& frame, Clock::time_point now)
-{
-    if (!hasGoodCrc(frame))
-        return std::nullopt;
-    auto answered = books_.take(frame);
-    if (!answered)
-        return std::nullopt;
-    Station& heard = stations_.at(stationOf(frame));
-    const Transmission& onLine = isMarking_ ? marker_ : current_;
-    const bool inTime =
-        onLine.number == answered->number && onLine.reception.firstByte != Clock::time_point();
-    const Clock::time_point began = inTime ? onLine.reception.firstByte : now;
-    const Clock::time_point ended =
-        answered->sentAt + onTheWire(static_cast<int>(answered->sent.size()));
-    heard.timeout.answered(std::max(Micros(0), std::chrono::duration_cast<Micros>(began - ended)),
-                           settings_.timeout);
-    heard.listenUntil = now;
-    if (answered->sent.at(1) == diagnostics)
-        heard.marksIgnored = 0;
-    else if (heard.markFailed)
-        ++heard.marksIgnored; // it lives, and said nothing to the marker before
-    heard.markFailed = false;
-    return answered;
 }
 
 } // namespace dov417

@@ -12,11 +12,13 @@
 #include <array>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "line/clock.h"
 #include "line/serial_format.h"
 #include "link/books.h"
 #include "link/reply_collector.h"
+#include "link/reply_gap.h"
 #include "link/station_timeout.h"
 #include "link/transmission.h"
 
@@ -26,7 +28,7 @@ struct ExchangeSettings {
     SerialFormat wire;
     TimeoutSettings timeout; // from the end of the request to the first byte of the reply
     Micros turnaround{0};    // what controllers need to digest a broadcast
-    Micros replyGap{0};      // silence after which a reply that has begun is taken to have ended
+    Micros replyGap{0};      // silence after which a reply that has begun has ended, at first
     Micros horizon{0};       // a station begins to answer within it, or not at all
     bool mayMark = true;     // function 8 may be used
     bool isShared = true;    // others may have asked just before the start
@@ -68,6 +70,13 @@ public:
     const Books& books() const;
     void awaitLate(const Books& earlier);
 
+    // Nothing is sent any more. What has not gone out yet is dropped: its done is not called.
+    void sendNoMore();
+    // When the replies that are out have come, or have had the time that their stations take.
+    Clock::time_point quietAt() const;
+
+    // Of the stations that have answered.
+    std::vector<StationTime> stationTimes() const;
     // Time that the bytes sent and received so far took on the wire.
     Micros wireTime() const;
 
@@ -85,24 +94,32 @@ private:
         StationTimeout timeout;
         Clock::time_point listenUntil{};
         bool isUnknown = true;   // another program may have asked it just now
+        int marksUnanswered = 0; // since then
         bool markFailed = false; // the last marker was not answered
         int marksIgnored = 0;    // so often it answered something else afterwards
+        bool isNamed = false;    // as slow
         bool ignoresMarks() const;
     };
 
+    static OpenTransmission openOf(const Transmission& transmission);
     Station& station();
     void next(Clock::time_point now);
+    void drop();
     void beginSilence(Clock::time_point now);
     void transmit(Clock::time_point now);
     void armReplyTimer();
     void listen(Clock::time_point until);
-    void makeMarker();
+    bool isInDoubt(Clock::time_point now);
+    bool mayEcho();
     void deadlinePassed(Clock::time_point now);
     void finish(LineResult result);
     void markerFinished(LineResult result, Clock::time_point now);
     void takeArrival(Arrival arrival, Clock::time_point now);
     bool takeReply(LineResult result, Clock::time_point now);
+    void report(const Stray& stray);
+    void nameIfSlow(unsigned char station, Micros delay);
     void reportStrays(Clock::time_point now);
+    void flushBehind(Clock::time_point now);
     void flushLateBytes(const QByteArray& bytes, Clock::time_point now);
     std::optional<OpenTransmission> settle(const QByteArray& frame, Clock::time_point now);
     Micros onTheWire(int bytes) const;
@@ -110,14 +127,16 @@ private:
     ExchangeLine line_;
     ExchangeSettings settings_;
     ReplyCollector collector_;
+    ReplyGap gap_;
     Books books_;
     std::array<Station, 256> stations_{};
     State state_ = State::stopped;
+    bool sendsNoMore_ = false;
 
     Transmission current_; // what was asked for
     Transmission marker_;
     bool isMarking_ = false; // the frame to be sent or on the line is the marker
-    bool wasMarked_ = false; // a marker went out for the current request already
+    int markersLeft_ = 0;    // that may go out for the current request
     long long transmissions_ = 0;
     unsigned short nextMark_ = 1;
     Done done_;
@@ -125,8 +144,11 @@ private:
     Clock::time_point babbleLimit_{};  // when to transmit although the line is not silent
     Clock::time_point deadline_{};
     Clock::time_point listenEnd_{};
-    Clock::time_point holdEnd_{}; // of a request that is held back; 0: it has not been yet
-    int bytesCame_ = 0;           // since the frame was sent
+    Clock::time_point holdEnd_{};    // of a request that is held back; 0: it has not been yet
+    Clock::time_point foreignEnd_{}; // until then others' requests of before may be answered
+    QByteArray behind_;              // came at once with a frame, and after it
+    int bytesCame_ = 0;              // since the frame was sent
+    Astray astray_;                  // of them, what was no reply
     Micros wireTime_{0};
 };
 

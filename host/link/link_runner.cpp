@@ -117,6 +117,7 @@ const LinkStatistics& LinkRunner::statistics()
     if (line_) {
         statistics_.wireTime = line_->wireTime();
         statistics_.portIsOpen = line_->isOpen();
+        statistics_.stations = line_->stationTimes();
     }
     return statistics_;
 }
@@ -176,9 +177,11 @@ void LinkRunner::deal(Transmission transmission)
         description.isEmpty() ? describe(transmission.request) : description.toStdString();
     if (transmission.verdict == replyNothingOutstanding)
         transmission.reason = "the driver was started anew meanwhile";
-    else if (transmission.verdict != replyAccepted)
-        transmission.reason = reasonOf(transmission.reception, transmission.replyLength) +
+    else if (transmission.verdict != replyAccepted) {
+        transmission.why = reasonOf(transmission.reception, transmission.replyLength);
+        transmission.reason = reasonText(transmission.reception, transmission.replyLength) +
                               (transmission.where.empty() ? "" : ", " + transmission.where);
+    }
     repeating_ = transmission.verdict == replyBad;
     statistics_.add(transmission);
     events_.ended(transmission);

@@ -13,6 +13,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "line/clock.h"
 #include "line/serial_format.h"
@@ -31,6 +32,7 @@ struct LineSettings {
     // From the end of the request to the first byte of the reply: a station that takes longer is
     // waited for longer, unless the time-out is fixed.
     Micros timeout{500000};
+    Micros minTimeout{0}; // of a station that is quicker; 0: the time-out itself
     Micros maxTimeout{15000000};
     bool isTimeoutFixed = false;
     Micros turnaround{100000}; // what controllers need to digest a broadcast
@@ -72,6 +74,13 @@ public:
     Books unanswered() const;
     void awaitLate(const Books& earlier);
 
+    // When the line is left: nothing is sent any more, and what has not gone out yet is dropped.
+    void sendNoMore();
+    // When the replies that are out have come, or have had the time that their stations take.
+    Clock::time_point quietAt() const;
+
+    // Of the stations that have answered.
+    std::vector<StationTime> stationTimes() const;
     // Time that the bytes sent and received so far took on the wire.
     Micros wireTime() const;
 

@@ -9,6 +9,7 @@
 
 #include "driver/library.h"
 #include "line/clock.h"
+#include "link/reasons.h"
 
 namespace dov417 {
 
@@ -16,6 +17,7 @@ enum class LineResult {
     reply,     // bytes that look like the reply: the driver judges them
     exception, // a sound exception reply
     timeout,   // nothing usable came
+    heldBack,  // not sent: a reply that is still out could have been taken for its own
     broadcast  // nothing was awaited
 };
 
@@ -26,6 +28,7 @@ struct Reception {
     // Of all that came while the reply was awaited; both are 0 where nothing came.
     Clock::time_point firstByte{};
     Clock::time_point lastByte{};
+    Astray astray; // what else came since the frame was sent
 };
 
 // The driver's request behind a frame.
@@ -70,7 +73,8 @@ struct Transmission {
 
     ReplyResult verdict = replyNothingOutstanding; // the driver's
     std::string description;                       // the driver's words for the frame: "1#R_W10(1)"
-    std::string reason; // ours for a bad reply: "no answer", "exception 2 (illegal data address)"
+    Reason why = Reason::none;                     // ours, for a bad reply
+    std::string reason; // the same in words: "exception 2 (illegal data address)"
 
     bool isRead() const;
     bool isAbandoned() const
@@ -87,8 +91,11 @@ int exceptionCode(const Reception& reception);
 // "R_W:100..107"
 std::string wordsText(const Request& request, int first, int words);
 
-// Why the driver did not accept it, in words.
-std::string reasonOf(const Reception& reception, int expectedLength);
+// Why the reception is no good reply of so many bytes; and in words, with the time that it was
+// awaited if that is to be said: " within 500 ms".
+Reason reasonOf(const Reception& reception, int expectedLength);
+std::string reasonText(const Reception& reception, int expectedLength,
+                       const std::string& within = std::string());
 
 } // namespace dov417
 

@@ -14,6 +14,9 @@ namespace dov417 {
 // piece of a long write never ends inside a 32-bit value.
 constexpr int defaultMergeGap = 20;
 constexpr int defaultTimeoutMs = 500;
+constexpr int defaultMaxTimeoutMs = 15000;
+constexpr int defaultReplyGapMs = 100;
+constexpr double defaultHorizonSeconds = 30;
 constexpr int defaultRetries = 3;
 // What controllers need to digest a broadcast.
 constexpr int defaultTurnaroundMs = 100;
@@ -31,6 +34,11 @@ struct LineSetup {
     std::string log;     // file that records the line; empty: none
     // Registers in one request, or 16 coils for each; else as each station shows it.
     std::optional<int> maxRegisters;
+    // Where the time-out is not fixed: what a quick station is given at least, a slow one at most.
+    std::optional<int> timeoutMinMs; // else the default time-out
+    int timeoutMaxMs = defaultMaxTimeoutMs;
+    double horizonSeconds = defaultHorizonSeconds; // a station begins to answer within it, or never
+    int replyGapMs = defaultReplyGapMs; // silence that ends a reply, until one has gone on after it
 
     int mergeGap() const
     {

@@ -53,7 +53,7 @@ TEST_F(ARecording, NamesTheFramesThatPassed)
 TEST_F(ARecording, TellsThatNoReplyCameAndHowLongItWasAwaited)
 {
     line.timeout = milliseconds(70);
-    EXPECT_THAT(readOnce(), HasSubstr(" -- | no reply within 70 ms\n"));
+    EXPECT_THAT(readOnce(), HasSubstr(" -- | no answer within 70 ms: no byte came\n"));
 }
 
 TEST_F(ARecording, KeepsWhatWasThrownAway)

@@ -1,0 +1,65 @@
+#include "link/marker.h"
+
+#include "line/crc16.h"
+
+namespace dov417 {
+
+namespace {
+
+constexpr char diagnostics = 8; // function; sub-function 0 sends back what it was sent
+constexpr int markerLength = 8;
+constexpr int quantityIndex = 4;
+constexpr int coilsPerWord = 16;
+constexpr char readCoils = 1;
+constexpr char lastReadFunction = 4;
+
+QByteArray echoRequest(char station, unsigned short mark)
+{
+    QByteArray frame;
+    frame.append(station).append(diagnostics).append('\0').append('\0');
+    frame.append(static_cast<char>(mark >> 8)).append(static_cast<char>(mark & 0xFF));
+    return withCrc(frame);
+}
+
+// The same read, some words shorter or longer.
+Transmission resized(const Transmission& read, int words)
+{
+    Transmission other;
+    other.request = read.request;
+    const int units = words * (read.sent.at(1) == readCoils ? coilsPerWord : 1);
+    const int quantity = static_cast<unsigned char>(read.sent.at(quantityIndex)) * 256 +
+                         static_cast<unsigned char>(read.sent.at(quantityIndex + 1)) + units;
+    QByteArray frame = read.sent.left(quantityIndex);
+    frame.append(static_cast<char>(quantity >> 8)).append(static_cast<char>(quantity & 0xFF));
+    other.sent = withCrc(frame);
+    other.replyLength = read.replyLength + 2 * words;
+    return other;
+}
+
+} // namespace
+
+Transmission makeMarker(const Transmission& request, const Books& books, bool mayEcho,
+                        unsigned short& nextNumber)
+{
+    Transmission marker;
+    if (mayEcho) {
+        marker.sent = echoRequest(request.sent.at(0), nextNumber++);
+        marker.replyLength = markerLength;
+    } else if (request.sent.at(1) <= lastReadFunction) {
+        // A length that no open transmission has. What is one word longer may not be there.
+        const int words = request.request.length;
+        for (int less = 1; less < words && marker.replyLength == 0; ++less)
+            if (const Transmission other = resized(request, -less);
+                !books.isOut(other.sent, other.replyLength))
+                marker = other;
+        if (marker.replyLength == 0)
+            if (const Transmission other = resized(request, 1);
+                !books.isOut(other.sent, other.replyLength))
+                marker = other;
+    }
+    marker.isMarker = true;
+    marker.request.station = static_cast<unsigned char>(request.sent.at(0));
+    return marker;
+}
+
+} // namespace dov417

@@ -1,0 +1,19 @@
+// The request that ends the doubt whether an earlier reply is still to come: as controllers answer
+// in order, nothing older comes once its reply is there.
+#ifndef DOV417_LINK_MARKER_H
+#define DOV417_LINK_MARKER_H
+
+#include "link/books.h"
+#include "link/transmission.h"
+
+namespace dov417 {
+
+// A request to the same station whose reply cannot be mistaken for another: a diagnostics echo with
+// a number of its own, or else a read of a length that no open transmission has. Without a reply if
+// there is none.
+Transmission makeMarker(const Transmission& request, const Books& books, bool mayEcho,
+                        unsigned short& nextNumber);
+
+} // namespace dov417
+
+#endif

@@ -1,0 +1,245 @@
+#include "late_rounds.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "line/crc16.h"
+
+namespace dov417 {
+
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr int attempts = 3;
+constexpr int maxUnseenAnswers = 100;
+
+// What was shown of one station.
+struct Shown {
+    int counter = 0;
+    std::map<int, std::size_t> place; // in what a register has held: shown or confirmed
+    int answersSeen = 0;              // when something was shown last
+};
+
+class Rounds {
+public:
+    explicit Rounds(LateWorld& world) : world_(world), bus_(world.bus) {}
+
+    Tally play(int requests)
+    {
+        for (int i = 0; i < requests; ++i) {
+            const int station = bus_.between(1, static_cast<int>(bus_.stations.size()));
+            const double what = bus_.share();
+            if (what < 0.2)
+                write(station);
+            else if (what < 0.22)
+                world_.write(0, written(), ++lastValue_ & 0xFFFF);
+            else
+                read(station, what < 0.25);
+            if (bus_.share() < 0.05)
+                world_.pass(milliseconds(bus_.between(0, 3000)));
+            countSilence();
+        }
+        tally_.markers = world_.markers;
+        tally_.copies = bus_.copies;
+        tally_.chanceFits = bus_.chanceFits;
+        return tally_;
+    }
+
+private:
+    int written()
+    {
+        return LateBus::firstWritten + bus_.between(0, 3);
+    }
+
+    template <typename Ask>
+    Transmission repeat(Ask ask)
+    {
+        Transmission ended;
+        for (int attempt = 0; attempt < attempts && !isGood(ended); ++attempt)
+            ended = ask();
+        tally_.givenUp += isGood(ended) ? 0 : 1;
+        return ended;
+    }
+
+    void write(int station)
+    {
+        const int address = written();
+        const int value = ++lastValue_ & 0xFFFF;
+        const Transmission ended = repeat([&]() { return world_.write(station, address, value); });
+        if (!isGood(ended))
+            return;
+        ++tally_.writes;
+        // Nobody else writes.
+        const LateStation& asked = bus_.stations.at(station);
+        tally_.wronglyWritten += LateBus::heldBy(asked, address) == value ? 0 : 1;
+        shown_[station].place[address] = lastPlace(asked, address, value);
+    }
+
+    void read(int station, bool refused)
+    {
+        const int first = refused              ? LateBus::firstRefused
+                          : bus_.share() < 0.3 ? written()
+                                               : bus_.between(0, 9);
+        const int count = bus_.between(1, 3);
+        const Transmission ended = repeat([&]() { return world_.read(station, first, count); });
+        for (int n = 0; isGood(ended) && n < count; ++n)
+            show(station, first + n, wordOf(ended, n));
+    }
+
+    void show(int station, int address, int value)
+    {
+        const LateStation& asked = bus_.stations.at(station);
+        Shown& shown = shown_[station];
+        ++tally_.values;
+        shown.answersSeen = asked.answers;
+        if (address >= LateBus::firstRefused) {
+            ++tally_.wrong;
+        } else if (address >= LateBus::firstWritten) {
+            const std::size_t place = lastPlace(asked, address, value);
+            std::size_t& last = shown.place[address];
+            if (place == 0 && value != 0)
+                ++tally_.wrong;
+            else if (place < last)
+                ++tally_.old;
+            last = std::max(last, place);
+        } else if ((address & 1) != 0) {
+            if (value == 0 || value > asked.counter)
+                ++tally_.wrong;
+            else if (value < shown.counter)
+                ++tally_.old;
+            shown.counter = std::max(shown.counter, value);
+        } else if (value != LateBus::ownValue(station, address)) {
+            ++tally_.wrong;
+        }
+    }
+
+    // 1 for the first value that it has held, and so on; 0: none, or not written yet.
+    static std::size_t lastPlace(const LateStation& station, int address, int value)
+    {
+        const auto found = station.written.find(address);
+        if (found == station.written.end())
+            return 0;
+        const auto& held = found->second;
+        const auto last = std::find(held.rbegin(), held.rend(), value);
+        return static_cast<std::size_t>(std::distance(last, held.rend()));
+    }
+
+    void countSilence()
+    {
+        for (const auto& [number, station] : bus_.stations) {
+            int& seen = shown_[number].answersSeen;
+            if (station.answers < seen + maxUnseenAnswers)
+                continue;
+            seen = station.answers;
+            // A time-out that is fixed below what a station takes may keep all values away.
+            tally_.silent += world_.settings.timeout.isFixed ? 0 : 1;
+        }
+    }
+
+    LateWorld& world_;
+    LateBus& bus_;
+    std::map<int, Shown> shown_; // by station
+    int lastValue_ = 0;
+    Tally tally_;
+};
+
+std::function<Micros()> delayOf(LateWorld& world, int kind)
+{
+    LateBus& bus = world.bus;
+    const int typical = bus.between(1, kind == 0 ? 50 : 10000); // 20 times the initial time-out
+    return [&world, &bus, kind, typical]() -> Micros {
+        switch (kind) {
+        case 0:
+        case 1:
+            return milliseconds(typical);
+        case 2:
+            return milliseconds(bus.between(1, 10000));
+        case 3: // jumps
+            return milliseconds(bus.share() < 0.1 ? bus.between(600, 10000) : 10);
+        case 4: { // bursts: it answers all at once, every so often
+            const auto period = milliseconds(1000 + typical);
+            const auto since = (world.now.time_since_epoch()) % period;
+            return std::chrono::duration_cast<Micros>(bus.share() < 0.1 ? period - since
+                                                                        : milliseconds(5));
+        }
+        case 5: // fast for some time, slow for some time
+            return milliseconds(world.now.time_since_epoch() % std::chrono::seconds(60) <
+                                        std::chrono::seconds(30)
+                                    ? 5
+                                    : typical);
+        default:
+            return milliseconds(bus.share() < 0.5 ? 5 : bus.between(400, 700));
+        }
+    };
+}
+
+} // namespace
+
+void Tally::add(const Tally& other)
+{
+    values += other.values;
+    wrong += other.wrong;
+    old += other.old;
+    writes += other.writes;
+    wronglyWritten += other.wronglyWritten;
+    givenUp += other.givenUp;
+    markers += other.markers;
+    silent += other.silent;
+    copies += other.copies;
+    chanceFits += other.chanceFits;
+}
+
+std::string textOf(const Tally& tally)
+{
+    const auto text = [](long long count) { return std::to_string(count); };
+    return "values " + text(tally.values) + ", wrong " + text(tally.wrong) + ", old " +
+           text(tally.old) + ", writes " + text(tally.writes) + ", confirmed wrongly " +
+           text(tally.wronglyWritten) + ", given up " + text(tally.givenUp) + ", markers " +
+           text(tally.markers) + ", silent " + text(tally.silent) + ", copies " +
+           text(tally.copies) + ", CRC by chance " + text(tally.chanceFits);
+}
+
+void populate(LateWorld& world)
+{
+    LateBus& bus = world.bus;
+    const int stations = bus.between(1, 3);
+    for (int number = 1; number <= stations; ++number) {
+        LateStation& station = bus.stations[number];
+        station.delay = delayOf(world, bus.between(0, 6));
+        station.loses = bus.share() < 0.5 ? 0 : 0.1;
+        station.garbles = bus.share() < 0.5 ? 0 : 0.1;
+        station.cuts = bus.share() < 0.7 ? 0 : 0.1;
+        station.pauses = bus.share() < 0.8 ? 0 : 0.1;
+        station.byteGap = bus.share() < 0.8 ? Micros(0) : Micros(bus.between(100, 20000));
+        station.dropsWhenAskedAgain = bus.share() < 0.3;
+        station.diagnostics = bus.between(-1, 1);
+    }
+    bus.latency = bus.share() < 0.7 ? Micros(0) : Micros(bus.between(1000, 60000));
+    world.settings.mayMark = bus.share() < 0.8;
+    world.settings.timeout.isFixed = bus.share() < 0.2;
+}
+
+Tally askAtRandom(LateWorld& world, int requests)
+{
+    return Rounds(world).play(requests);
+}
+
+Tally playRound(unsigned seed, int requests)
+{
+    LateWorld world(seed);
+    populate(world);
+    for (auto& [number, station] : world.bus.stations) {
+        // Another program's request: whose reply it is tells a marker with a number alone.
+        const bool isCertain = station.loses + station.garbles + station.cuts + station.pauses == 0;
+        if (!world.settings.mayMark || station.diagnostics < 0 || !isCertain ||
+            station.delay() > milliseconds(400) || world.bus.share() < 0.5)
+            continue;
+        world.bus.send(withCrc(readRequestOf(number, world.bus.between(0, 9), 1)), world.now);
+        world.pass(milliseconds(10));
+    }
+    world.start();
+    return askAtRandom(world, requests);
+}
+
+} // namespace dov417

@@ -1,0 +1,44 @@
+// Requests at random to stations of all kinds, each value that would be shown compared with what
+// the station can have held.
+#ifndef DOV417_TESTS_LATE_ROUNDS_H
+#define DOV417_TESTS_LATE_ROUNDS_H
+
+#include <string>
+
+#include "late_world.h"
+
+namespace dov417 {
+
+struct Tally {
+    long long values = 0;
+    long long wrong = 0;          // another register's, or nobody's
+    long long old = 0;            // older than one that was shown before, or than a write since
+    long long writes = 0;         // confirmed
+    long long wronglyWritten = 0; // confirmed, and not done
+    long long givenUp = 0;        // requests
+    long long markers = 0;
+    long long silent = 0; // times that a station answered so often and nothing of it was shown
+    long long copies = 0;
+    long long chanceFits = 0;
+
+    long long lies() const
+    {
+        return wrong + old + wronglyWritten;
+    }
+    void add(const Tally& other);
+};
+
+std::string textOf(const Tally& tally);
+
+// A mixture of stations for each seed.
+void populate(LateWorld& world);
+
+// Asks as the driver does: the same request again until it is answered or given up.
+Tally askAtRandom(LateWorld& world, int requests);
+
+// Both, from a start on a line where another program may just have asked.
+Tally playRound(unsigned seed, int requests);
+
+} // namespace dov417
+
+#endif

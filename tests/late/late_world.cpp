@@ -1,0 +1,119 @@
+#include "late_world.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "line/crc16.h"
+
+namespace dov417 {
+
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+
+QByteArray requestOf(int station, char function, int first, int second)
+{
+    QByteArray request;
+    request.append(static_cast<char>(station)).append(function);
+    request.append(static_cast<char>(first >> 8)).append(static_cast<char>(first & 0xFF));
+    return request.append(static_cast<char>(second >> 8)).append(static_cast<char>(second & 0xFF));
+}
+
+} // namespace
+
+QByteArray readRequestOf(int station, int first, int count)
+{
+    return requestOf(station, 3, first, count);
+}
+
+QByteArray writeRequestOf(int station, int address, int value)
+{
+    return requestOf(station, 6, address, value);
+}
+
+bool isGood(const Transmission& ended)
+{
+    return ended.reception.result == LineResult::reply && hasGoodCrc(ended.reception.bytes);
+}
+
+int wordOf(const Transmission& ended, int index)
+{
+    const QByteArray& bytes = ended.reception.bytes;
+    return static_cast<unsigned char>(bytes.at(3 + 2 * index)) * 256 +
+           static_cast<unsigned char>(bytes.at(4 + 2 * index));
+}
+
+LateWorld::LateWorld(unsigned seed) : bus(seed)
+{
+    ExchangeLine line;
+    line.write = [this](const QByteArray& bytes) { bus.send(bytes, now); };
+    line.bytesWait = []() { return false; };
+    line.wakeAt = [this](Clock::time_point when) { wake_ = when; };
+    line.sleep = [this]() { wake_ = Clock::time_point::max(); };
+    line.sent = [this](const Transmission& frame) { ++(frame.isMarker ? markers : sent); };
+    line.markerEnded = [](const Transmission&) {};
+    line.stray = [this](const Stray&) { ++strays; };
+    line.notice = [this](const std::string& text) { notices.push_back(text); };
+    exchange = std::make_unique<Exchange>(line);
+    settings.timeout = {milliseconds(500), seconds(15), false};
+    settings.turnaround = milliseconds(100);
+    settings.replyGap = milliseconds(100);
+    settings.horizon = seconds(30);
+}
+
+void LateWorld::start()
+{
+    exchange->start(settings, now);
+}
+
+Transmission LateWorld::ask(const QByteArray& request, int replyLength)
+{
+    Transmission transmission;
+    transmission.sent = withCrc(request);
+    transmission.replyLength = replyLength;
+    transmission.request.length = (replyLength - 5) / 2;
+    std::optional<Transmission> ended;
+    exchange->transact(
+        transmission, [&ended](const Transmission& each) { ended = each; }, now);
+    while (!ended)
+        step();
+    return *ended;
+}
+
+Transmission LateWorld::read(int station, int first, int count)
+{
+    return ask(readRequestOf(station, first, count), 5 + 2 * count);
+}
+
+Transmission LateWorld::write(int station, int address, int value)
+{
+    return ask(writeRequestOf(station, address, value), station == 0 ? 0 : 8);
+}
+
+void LateWorld::pass(Clock::duration time)
+{
+    const Clock::time_point until = now + time;
+    while (std::min(wake_, bus.nextEvent()) < until)
+        step();
+    now = until;
+}
+
+void LateWorld::step()
+{
+    const Clock::time_point event = bus.nextEvent();
+    if (std::min(event, wake_) == Clock::time_point::max())
+        throw std::logic_error("nothing happens any more");
+    if (event <= wake_) {
+        now = std::max(now, event);
+        const QByteArray bytes = bus.arrived(now);
+        if (!bytes.isEmpty())
+            exchange->bytesCame(bytes, now);
+    } else {
+        now = std::max(now, wake_);
+        wake_ = Clock::time_point::max();
+        exchange->timerDue(now);
+    }
+}
+
+} // namespace dov417

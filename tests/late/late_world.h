@@ -1,0 +1,49 @@
+// An exchange on a bus of late stations, in time that runs as fast as they do.
+#ifndef DOV417_TESTS_LATE_WORLD_H
+#define DOV417_TESTS_LATE_WORLD_H
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "late_bus.h"
+#include "link/exchange.h"
+
+namespace dov417 {
+
+class LateWorld {
+public:
+    explicit LateWorld(unsigned seed);
+
+    void start();
+    // Runs until the request has its outcome.
+    Transmission ask(const QByteArray& request, int replyLength);
+    Transmission read(int station, int first, int count);
+    Transmission write(int station, int address, int value);
+    // What happens until then, with nothing asked.
+    void pass(Clock::duration time);
+
+    LateBus bus;
+    ExchangeSettings settings;
+    std::unique_ptr<Exchange> exchange;
+    Clock::time_point now = Clock::time_point() + std::chrono::hours(1);
+    int markers = 0;
+    int sent = 0;
+    int strays = 0;
+    std::vector<std::string> notices;
+
+private:
+    void step();
+
+    Clock::time_point wake_ = Clock::time_point::max();
+};
+
+QByteArray readRequestOf(int station, int first, int count);
+QByteArray writeRequestOf(int station, int address, int value);
+bool isGood(const Transmission& ended);
+int wordOf(const Transmission& ended, int index);
+
+} // namespace dov417
+
+#endif
