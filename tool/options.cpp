@@ -15,9 +15,9 @@ const char* const valueGroup = "Values";
 // More than a request can span says nothing new.
 const int maxGap = 65535;
 const double maxSeconds = 2e6;
+const double maxHorizonSeconds = 3600;
 // A 32-bit value is not cut in two.
 const int minMaxRegisters = 2;
-const double maxHorizonSeconds = 3600;
 
 } // namespace
 

@@ -32,13 +32,13 @@ struct LineSetup {
     int turnaroundMs = defaultTurnaroundMs;
     bool mayMark = true; // function 8 may be used to tell late replies
     std::string log;     // file that records the line; empty: none
-    // Registers in one request, or 16 coils for each; else as each station shows it.
-    std::optional<int> maxRegisters;
     // Where the time-out is not fixed: what a quick station is given at least, a slow one at most.
     std::optional<int> timeoutMinMs; // else the default time-out
     int timeoutMaxMs = defaultMaxTimeoutMs;
     double horizonSeconds = defaultHorizonSeconds; // a station begins to answer within it, or never
     int replyGapMs = defaultReplyGapMs; // silence that ends a reply, until one has gone on after it
+    // Registers in one request, or 16 coils for each; else as each station shows it.
+    std::optional<int> maxRegisters;
 
     int mergeGap() const
     {

@@ -24,6 +24,7 @@ protected:
         Session session(library, SessionSettings{1, 20});
         recording.follow(session);
         line.device = slave.port();
+        line.isShared = false; // the slave answers one request, and no marker
         EXPECT_TRUE(session.open(line).accepted);
         Address address;
         address.regName = "R_W";
