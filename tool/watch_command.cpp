@@ -7,6 +7,7 @@
 #include <csv.h>
 #include <ctime>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <nlohmann/json.hpp>
 
@@ -14,6 +15,7 @@
 #include "text/json_value.h"
 #include "tool/live_command.h"
 #include "tool/screen.h"
+#include "tool/troubles.h"
 #include "tool/view_table.h"
 
 namespace dov417 {
@@ -21,6 +23,7 @@ namespace dov417 {
 namespace {
 
 constexpr int millisecondsPerSecond = 1000;
+constexpr std::size_t maxTroubleLines = 10; // a minute
 
 struct WatchOptions {
     LineOptions line;
@@ -63,7 +66,8 @@ public:
     // outputLost: a file or the terminal takes nothing any more.
     Teller(const WatchOptions& options, const std::vector<ViewLabel>& labels,
            const std::function<void()>& outputLost)
-        : json_(options.json), labels_(labels), csvName_(options.csv), outputLost_(outputLost)
+        : json_(options.json), labels_(labels), csvName_(options.csv), outputLost_(outputLost),
+          troubles_(options.json ? std::numeric_limits<std::size_t>::max() : maxTroubleLines)
     {
         if (!options.json && Screen::isTerminal())
             screen_ = std::make_unique<Screen>();
@@ -95,30 +99,60 @@ public:
         }
     }
 
-    void tellAbandoned(const std::string& request, const std::string& reason)
+    void tellAbandoned(const std::string& request, const std::string& reason, Reason why)
     {
         lastTrouble_ = timeText() + " given up: " + request + ": " + reason;
+        if (!troubles_.isNews(request, why, reason, Clock::now()))
+            return;
         if (json_) {
-            const nlohmann::ordered_json object = {
-                {"time", timeText()}, {"abandoned", request}, {"reason", reason}};
+            const nlohmann::ordered_json object = {{"time", timeText()},
+                                                   {"abandoned", request},
+                                                   {"why", keyOf(why)},
+                                                   {"reason", reason}};
             say(object.dump());
         } else if (!screen_) {
             std::fprintf(stderr, "%s\n", lastTrouble_.c_str());
+            if (troubles_.isFull())
+                std::fprintf(stderr,
+                             "dov417: what is given up besides is counted and told at the end\n");
         }
     }
 
     void tellPort(bool open, const std::string& message)
     {
         if (!open || !lastTrouble_.empty())
-            lastTrouble_ = timeText() + " " + message;
+            tellNotice(message);
     }
 
     void tellNotice(const std::string& text)
     {
         lastTrouble_ = timeText() + " " + text;
+        if (json_)
+            say(nlohmann::ordered_json{{"time", timeText()}, {"notice", text}}.dump());
     }
 
-    void draw(Session& session)
+    // What was said once and came again.
+    void tellUnsaid()
+    {
+        std::vector<std::pair<std::string, std::string>> lines;
+        for (const Trouble& each : troubles_.unsaid()) {
+            if (json_)
+                say(nlohmann::ordered_json{{"time", timeText()},
+                                           {"abandoned", each.what},
+                                           {"why", keyOf(each.why)},
+                                           {"reason", each.reason},
+                                           {"times", each.times}}
+                        .dump());
+            else
+                lines.emplace_back(each.what + " " + std::to_string(each.times) +
+                                       (each.times == 1 ? " time" : " times"),
+                                   each.reason);
+        }
+        for (const std::string& line : grouped(lines))
+            std::fprintf(stderr, "dov417: given up: %s\n", line.c_str());
+    }
+
+    void draw(Session& session, bool isWaiting)
     {
         if (!screen_)
             return;
@@ -127,6 +161,8 @@ public:
         std::vector<std::string> foot = briefStatistics(statistics, now);
         if (!lastTrouble_.empty())
             foot.push_back("last trouble: " + lastTrouble_);
+        if (isWaiting)
+            foot.emplace_back(waitingForTheLastReply);
         screen_->draw(viewTable(session.views(), labels_, now), requestStatistics(statistics),
                       foot);
     }
@@ -167,6 +203,7 @@ private:
     std::unique_ptr<Screen> screen_;
     std::unique_ptr<std::FILE, CloseFile> csv_;
     std::string lastTrouble_;
+    Troubles troubles_;
 };
 
 int runWatch(const WatchOptions& options)
@@ -186,20 +223,18 @@ int runWatch(const WatchOptions& options)
                 teller.tell(change.view, change.index);
     });
     QObject::connect(&session, &Session::abandoned, &redraw,
-                     [&teller](const std::string& request, const std::string& reason) {
-                         teller.tellAbandoned(request, reason);
+                     [&teller](const std::string& request, const std::string& reason, Reason why) {
+                         teller.tellAbandoned(request, reason, why);
                      });
-    QObject::connect(&session, &Session::cycleEnded, &redraw, [&live, &options](long long cycles) {
-        if (options.cycles > 0 && cycles >= options.cycles)
-            live.end();
-    });
     QObject::connect(&session, &Session::noticed, &redraw,
                      [&teller](const std::string& text) { teller.tellNotice(text); });
     QObject::connect(
         &session, &Session::portChanged, &redraw,
         [&teller](bool open, const std::string& message) { teller.tellPort(open, message); });
     QObject::connect(&redraw, &QTimer::timeout, &redraw,
-                     [&teller, &session]() { teller.draw(session); });
+                     [&teller, &session, &live]() { teller.draw(session, live.isWaiting()); });
+    if (options.json)
+        live.countInJson();
     if (teller.hasScreen()) {
         live.beQuiet();
         redraw.start(redrawMilliseconds);
@@ -208,6 +243,8 @@ int runWatch(const WatchOptions& options)
         QTimer::singleShot(timerSpan(options.seconds), &redraw, [&live]() { live.end(); });
     live.open();
     session.watch(addressesOf(items));
+    if (options.cycles > 0)
+        session.finishAfterCycles(options.cycles, [&live]() { live.end(); });
     live.run();
     teller.requireComplete();
 
@@ -216,14 +253,11 @@ int runWatch(const WatchOptions& options)
         for (const std::string& row : viewTable(session.views(), labels, Clock::now()))
             std::printf("%s\n", row.c_str());
     }
-    bool complete = true;
-    for (std::size_t i = 0; i < session.views().size(); ++i) {
-        if (session.views().at(i).hasValue)
-            continue;
-        complete = false;
-        std::fprintf(stderr, "dov417: %s: no value came\n", labels.at(i).name.c_str());
-    }
-    return live.finish(complete);
+    teller.tellUnsaid();
+    const std::vector<std::string> doubtful = doubtfulValues(session.views(), items, labels);
+    for (const std::string& line : doubtful)
+        std::fprintf(stderr, "dov417: %s\n", line.c_str());
+    return live.finish(doubtful.empty());
 }
 
 } // namespace
@@ -250,7 +284,8 @@ void addWatchCommand(CLI::App& app, Action& chosen)
         "  dov417 watch --simulated R_W:0 --json --cycles 100\n"
         "  dov417 watch --simulated R_W:0..3 --csv values.csv --stats --seconds 2\n"
         "On a real line, --port /dev/ttyUSB0 stands for --simulated.\n"
-        "Exits with 1 if an address never got a value.");
+        "Exits with 1 if a value is not good at the end: it never came, or it is old since its "
+        "request has been failing or the port has gone.");
     command->callback(
         [options, &chosen]() { chosen = [options]() { return runWatch(*options); }; });
 }

@@ -16,6 +16,7 @@
 #include "link/link_statistics.h"
 #include "link/request_carrier.h"
 #include "link/serial_line.h"
+#include "link/station_probes.h"
 #include "link/transmission.h"
 
 namespace dov417 {
@@ -45,6 +46,13 @@ public:
     // No frame is begun any more, and what comes for one on the line is nobody's.
     void close();
     bool isOpen() const; // also while the port is away
+    // Has it been silent since a request to it was given up?
+    bool isDead(int station) const;
+    // Polls no more. Calls quiet once, from the event loop, when the replies that are out have
+    // come, or have had the time that their stations take, and no later than after two seconds.
+    // What comes meanwhile is dealt with as ever. With a line that is not open it is quiet at once.
+    void finish(std::function<void()> quiet);
+    bool isFinishing() const;
     // There is something new to send: an idle runner polls at once.
     void wake();
 
@@ -55,6 +63,12 @@ private:
     void portChanged(bool open, const QString& message);
     void poll();
     void deal(Transmission transmission);
+    bool goesOut(Transmission& next);
+    void answerLocally(Transmission transmission, Clock::time_point silentSince);
+    void heard(int station);
+    void tell(StationProbes::News news, const Transmission& transmission);
+    void lookAgain();
+    void lookWhetherQuiet();
 
     const Library& library_;
     LinkEvents events_;
@@ -64,7 +78,15 @@ private:
     std::unique_ptr<RequestCarrier> carrier_; // on the line
     QString device_;                          // of the line
     std::map<QString, Books> unanswered_;     // by device, of lines that were closed
+    ProbeSettings probeSettings_;
+    StationProbes probes_;
+    int notAsked_ = 0;              // cyclic reads in a row that were answered without the line
+    Clock::time_point nextProbe_{}; // of them
     QTimer idleTimer_;
+    QTimer quietTimer_;
+    std::function<void()> quiet_;
+    Clock::time_point finishBy_{};
+    bool isFinishing_ = false;
     FRAME_PRO frame_ = FRAME_PRO();
     bool portIsOpen_ = false;
     bool repeating_ = false; // the driver will hand out the same frame again

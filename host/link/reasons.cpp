@@ -69,6 +69,11 @@ const char* nameOf(StrayKind kind)
     return kind == StrayKind::echo ? "echo of the request" : nameOf(reasonOf(kind));
 }
 
+const char* keyOf(StrayKind kind)
+{
+    return kind == StrayKind::echo ? "echo" : keyOf(reasonOf(kind));
+}
+
 void Astray::begin()
 {
     noise = 0;

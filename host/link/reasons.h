@@ -32,6 +32,7 @@ const char* keyOf(Reason reason);
 Reason reasonOf(StrayKind kind);
 // "another station"; "echo of the request".
 const char* nameOf(StrayKind kind);
+const char* keyOf(StrayKind kind);
 
 // What came while a reply was awaited, and was none.
 struct Astray {

@@ -11,13 +11,16 @@ namespace dov417 {
 namespace {
 
 const char* const lineIsClosed = "the line is closed";
+const char* const lineIsLeft = "the line is being left";
 
 } // namespace
 
 Session::Session(const Library& library, const SessionSettings& settings)
     : library_(library), claim_(library), settings_(settings), views_(library),
-      requests_(library, tellings_,
-                [this](const Address& address, int step) { views_.countWrite(address, step); }),
+      requests_(
+          library, tellings_,
+          [this](const Address& address, int step) { views_.countWrite(address, step); },
+          [this](int station) { return runner_.isDead(station); }),
       recipe_(library, tellings_),
       runner_(library,
               LinkEvents{[this](const Transmission& transmission) { began(transmission); },
@@ -37,6 +40,7 @@ Session::Session(const Library& library, const SessionSettings& settings)
     qRegisterMetaType<ViewChanges>("dov417::ViewChanges");
     qRegisterMetaType<Transmission>("dov417::Transmission");
     qRegisterMetaType<Stray>("dov417::Stray");
+    qRegisterMetaType<Reason>("dov417::Reason");
     qRegisterMetaType<std::string>("std::string");
     startDriver();
 }
@@ -66,6 +70,17 @@ void Session::close(const std::string& reason)
 {
     end(reason);
     tellings_.tell();
+}
+
+void Session::finish(std::function<void()> done)
+{
+    runner_.finish([this, done]() { tellings_.add(done); });
+}
+
+void Session::finishAfterCycles(long long cycles, std::function<void()> done)
+{
+    lastCycle_ = cycles_ + cycles;
+    afterLastCycle_ = std::move(done);
 }
 
 void Session::end(const std::string& reason)
@@ -131,6 +146,7 @@ Result Session::watch(const std::vector<Address>& addresses)
     wholeValues_ = WholeValues(watched_);
     views_.replace(watched_, requests_.writtenAddresses());
     planViews();
+    feed();
     runner_.wake();
     return result;
 }
@@ -196,8 +212,8 @@ bool Session::mayCut(const Request& request, int word) const
 
 void Session::ended(const Transmission& transmission)
 {
-    if (transmission.frames == 0)
-        tellEnded(transmission); // else its parts were told
+    if (!transmission.isLocal && transmission.frames == 0)
+        tellEnded(transmission); // else its parts were told, or nothing was sent
     const bool readBeforeWrite = requests_.isReadBeforeWrite(transmission);
     const bool accepted = transmission.verdict == replyAccepted;
     if (transmission.isRead() && !readBeforeWrite) {
@@ -210,10 +226,9 @@ void Session::ended(const Transmission& transmission)
             views_.giveUp(transmission.request);
     }
 
-    if (transmission.isAbandoned())
-        tellings_.add([this, request = transmission.description, reason = transmission.reason]() {
-            emit abandoned(request, reason);
-        });
+    if (transmission.isAbandoned() && !transmission.isLocal) // that its station is silent is known
+        tellings_.add([this, request = transmission.description, reason = transmission.reason,
+                       why = transmission.why]() { emit abandoned(request, reason, why); });
     if (transmission.verdict != replyBad && !(accepted && readBeforeWrite)) {
         // A frame that the driver has forgotten ends nothing.
         if (transmission.verdict != replyNothingOutstanding)
@@ -221,7 +236,7 @@ void Session::ended(const Transmission& transmission)
         isOfPlanBefore_ = false;
         // Nothing is on the line now: only here is it certain whose the next frame is.
         recipe_.beginRound();
-        requests_.feed();
+        requests_.feed(cycleUnderWay());
     }
     tellChanges();
 }
@@ -236,6 +251,11 @@ void Session::settle(const Transmission& transmission)
         requests_.settle(transmission);
 }
 
+std::optional<long long> Session::cycleUnderWay() const
+{
+    return plannedRequests_ > 0 ? std::optional<long long>(cycles_) : std::nullopt;
+}
+
 void Session::countCycle()
 {
     if (isOfPlanBefore_ || ++requestsThisCycle_ < plannedRequests_)
@@ -244,7 +264,8 @@ void Session::countCycle()
     runner_.cycleEnded(std::chrono::duration_cast<Micros>(now - cycleStart_));
     cycleStart_ = now;
     requestsThisCycle_ = 0;
-    ++cycles_;
+    if (++cycles_ == lastCycle_)
+        finish(afterLastCycle_);
     tellings_.add([this, cycles = cycles_]() { emit cycleEnded(cycles); });
 }
 
@@ -261,9 +282,10 @@ void Session::portWas(bool open, const std::string& message)
 
 Result Session::refusal(bool isOnePiece) const
 {
-    return !isOpen()    ? Result::refused(lineIsClosed)
-           : isOnePiece ? Result()
-                        : Result::refused("the driver would not make one request of it");
+    return !isOpen()               ? Result::refused(lineIsClosed)
+           : runner_.isFinishing() ? Result::refused(lineIsLeft)
+           : isOnePiece            ? Result()
+                                   : Result::refused("the driver would not make one request of it");
 }
 
 void Session::write(const Write& piece, Done done)
@@ -290,7 +312,7 @@ void Session::readOnce(const Address& words, Done done)
 
 void Session::feed()
 {
-    const bool fed = requests_.feed();
+    const bool fed = requests_.feed(cycleUnderWay());
     tellChanges();
     if (fed)
         runner_.wake();
@@ -304,8 +326,8 @@ std::size_t Session::writesUnderWay() const
 void Session::transferRecipe(const RecipeLayout& layout, RecipeDirection direction,
                              const RecipeWords& words, RecipeDone done)
 {
-    if (!isOpen()) {
-        tellings_.addDone(std::move(done), Result::refused(lineIsClosed), RecipeWords());
+    if (const Result result = refusal(true); !result.accepted) {
+        tellings_.addDone(std::move(done), result, RecipeWords());
         return;
     }
     recipe_.start(layout, direction, words, std::move(done));

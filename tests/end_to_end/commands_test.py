@@ -60,6 +60,12 @@ class Read(EndToEnd):
         self.assertEqual(done.stdout, "1/R_W:100 = 5\n")
         self.assertEqual(done.stderr, "dov417: 9/R_W:1: no answer: no byte came\n")
 
+    def test_what_many_words_have_in_common_is_one_line(self):
+        controller = self.controller("--fault", "exception:2=100%")
+        err = self.fails("read", "--port", controller.port, *(f"R_W:{a}" for a in range(200)))
+        self.assertEqual(err, "dov417: 1/R_W:0, 1/R_W:1, 1/R_W:2, 1/R_W:3 and 196 more: "
+                              "exception 2 (illegal data address)\n")  # fmt: skip
+
     def test_a_refusal_is_named_and_nothing_is_made_up(self):
         controller = self.controller("--fault", "exception:2=100%")
         done = run("read", "--port", controller.port, "R_W:100")
@@ -232,14 +238,67 @@ class Watch(EndToEnd):
         self.assertEqual(changes[0]["address"], "1/C:0")
         self.assertEqual(changes[2]["previous"], changes[1]["value"])
 
-    def test_json_tells_what_was_given_up(self):
+    def test_json_tells_what_was_given_up_once_and_how_often(self):
         controller = self.controller("--fault", "silence=100%")
         done = run("watch", "--port", controller.port, "--timeout", "20", "--retries", "1",
                    "R_W:100", "--json", "--cycles", "2")  # fmt: skip
         self.assertEqual(done.returncode, 1)
         told = [json.loads(line) for line in done.stdout.splitlines()]
-        self.assertEqual([(t["abandoned"], t["reason"]) for t in told],
-                         [("1#R_W100(1)", "no answer: no byte came")] * 2)  # fmt: skip
+        self.assertEqual([(t["abandoned"], t["reason"], t["why"], t.get("times")) for t in told],
+                         [("1#R_W100(1)", "no answer: no byte came", "noByte", times)
+                          for times in (None, 2)])  # fmt: skip
+
+    def test_json_tells_the_counters_as_an_object(self):
+        controller = self.controller("--still", "--fault", "exception:2=100%")
+        done = run("watch", "--port", controller.port, "R_W:100", "--json", "--stats",
+                   "--cycles", "2", "--retries", "1")  # fmt: skip
+        counters = json.loads(done.stdout.splitlines()[-1])["statistics"]
+        self.assertEqual(counters["all"]["bad"], {"exception": 2})
+        self.assertEqual(counters["all"]["exceptions"], {"2": 2})
+        self.assertEqual([s["station"] for s in counters["stations"]], [1])
+
+    def test_json_tells_that_a_station_is_slow(self):
+        cable, _ = self.slow_slave("1:600")
+        out = self.succeeds("watch", "--port", cable.port, "R_W:100", "--json", "--cycles", "1")
+        notices = [t["notice"] for t in map(json.loads, out.splitlines()) if "notice" in t]
+        self.assertEqual(len(notices), 1, out)
+        self.assertRegex(notices[0], "^station 1 answers after [5-9].. ms: waiting longer")
+
+    def test_what_is_given_up_again_and_again_is_a_line_and_a_count(self):
+        controller = self.controller("--fault", "exception:2=100%")
+        err = self.fails("watch", "--port", controller.port, "--retries", "1", "R_W:0..9", "M_W:3",
+                         "--cycles", "50")  # fmt: skip
+        lines = [line.split(" ", 1)[1] for line in err.splitlines()]
+        self.assertEqual(
+            lines,
+            [
+                "given up: 1#M_W3(1): exception 2 (illegal data address)",
+                "given up: 1#R_W0(10): exception 2 (illegal data address)",
+                "given up: 1#M_W3(1) 50 times, 1#R_W0(10) 50 times: "
+                "exception 2 (illegal data address)",
+                "1/R_W:0..9, 1/M_W:3: no value came",
+            ],
+        )
+
+    def test_many_requests_that_are_given_up_are_few_lines(self):
+        controller = self.controller("--fault", "exception:2=100%")
+        words = [f"R_W:{address}" for address in range(0, 2000, 50)]
+        err = self.fails("watch", "--port", controller.port, "--retries", "1", *words,
+                         "--cycles", "2")  # fmt: skip
+        self.assertEqual(err.count(" given up: 1#"), 11)  # ten at once, the rest at the end
+        self.assertIn("1/R_W:0, 1/R_W:50, 1/R_W:100, 1/R_W:150 and 36 more: no value came", err)
+
+    def test_a_value_that_is_old_at_the_end_makes_it_fail(self):
+        cable = self.cable()
+        controller = self.controller("--still", "--line", "38400,8,NONE,1", "--port",
+                                     cable.far_port, "--set", "R_W:100=7")  # fmt: skip
+        watching = self.tool("watch", "--port", cable.port, "--timeout", "20", "R_W:100")
+        watching.wait_for("1/R_W:100 = 7")
+        controller.interrupt()
+        watching.wait_for_error("given up: 1#R_W100(1)")
+        code, _, err = watching.interrupt()
+        self.assertEqual(code, 1)
+        self.assertIn("1/R_W:100: the value is old", err)
 
     def test_csv_has_a_row_a_change(self):
         tags = self.write_file("tags.csv", TAGS)
@@ -265,7 +324,7 @@ class Watch(EndToEnd):
         err = self.fails("watch", "--port", controller.port, "--timeout", "20", "--retries", "1",
                          "R_W:100", "9/T:1", "--cycles", "2")  # fmt: skip
         self.assertIn("9/T:1: no value came", err)
-        self.assertIn("given up: 9#T1(1): no answer", err)
+        self.assertIn("given up: 9#T1(1): no answer: no byte came", err)
 
     def test_it_ends_when_nobody_reads_any_more(self):
         watch = self.process(TOOL, "watch", "--simulated", "R_W:0", "--json")
