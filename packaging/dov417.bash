@@ -43,9 +43,9 @@ _dov417() {
     --tags | --log | --library | --csv | --load | --dump | --link)
       _dov417_files "$current"
       return ;;
-    --timeout | --timeout-min | --timeout-max | --reply-gap | --horizon | --retries | --gap | \
-      --max-registers | --turnaround | --response-time | --count | --step | --cycles | --seconds | \
-      --stations | --seed | --fault) return ;;
+    --timeout | --timeout-min | --timeout-max | --reply-gap | --horizon | --retries | --probe | \
+      --gap | --max-registers | --turnaround | --response-time | --count | --step | --cycles | \
+      --seconds | --stations | --seed | --fault) return ;;
     *)
       if [[ $current == -* ]]; then
         # upload and download have options of their own.

@@ -60,6 +60,14 @@ void addLineOptions(CLI::App& command, LineOptions& options)
         ->group(lineGroup)
         ->check(CLI::Range(1, 1000));
     command
+        .add_option("--probe", options.maxProbeMs,
+                    "Longest pause before a silent station is asked again (" +
+                        std::to_string(defaultMaxProbeMs) +
+                        "); the first is a second, each twice as long as the one before")
+        ->option_text("MS")
+        ->group(lineGroup)
+        ->check(CLI::Range(1, maxMs));
+    command
         .add_option("--gap", options.gap,
                     "Widest hole in words that one read bridges (" +
                         std::to_string(defaultMergeGap) +

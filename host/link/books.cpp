@@ -132,6 +132,14 @@ Clock::time_point Books::certainAt(const QByteArray& request, int replyLength) c
     return certain;
 }
 
+std::optional<Clock::time_point> Books::lastSent(const QByteArray& request) const
+{
+    const auto last =
+        std::find_if(open_.rbegin(), open_.rend(),
+                     [&request](const OpenTransmission& open) { return open.sent == request; });
+    return last != open_.rend() ? std::optional<Clock::time_point>(last->sentAt) : std::nullopt;
+}
+
 bool Books::isOut(const QByteArray& request, int replyLength) const
 {
     return std::any_of(open_.begin(), open_.end(), [&](const OpenTransmission& open) {

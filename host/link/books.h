@@ -45,6 +45,8 @@ public:
     bool couldBeMistaken(const QByteArray& request, int replyLength) const;
     // When the last of those can no longer come.
     Clock::time_point certainAt(const QByteArray& request, int replyLength) const;
+    // When this very request was sent last, of what is open.
+    std::optional<Clock::time_point> lastSent(const QByteArray& request) const;
     // Is a reply out that has this station, function and length?
     bool isOut(const QByteArray& request, int replyLength) const;
 

@@ -157,7 +157,7 @@ void Exchange::next(Clock::time_point now)
         return;
     }
     Station& asked = station();
-    if (now < asked.listenUntil) {
+    if (now < asked.listenUntil && !current_.isToSilent) {
         listen(asked.listenUntil);
         return;
     }
@@ -227,7 +227,9 @@ void Exchange::transmit(Clock::time_point now)
     bytesCame_ = 0;
     astray_.begin();
     frame.sendEnd = now + onTheWire(static_cast<int>(frame.sent.size()));
-    frame.timeout = station().timeout.value(settings_.timeout);
+    const StationTimeout& timeout = station().timeout;
+    frame.timeout =
+        current_.isToSilent ? timeout.learned(settings_.timeout) : timeout.value(settings_.timeout);
     frame.reception = Reception();
     lastActivity_ = frame.sendEnd;
     wireTime_ += onTheWire(static_cast<int>(frame.sent.size()));
@@ -296,11 +298,14 @@ void Exchange::deadlinePassed(Clock::time_point now)
         if (takeReply(LineResult::reply, now))
             return;
     }
-    // There are controllers that drop their reply when they are asked again.
+    // There are controllers that drop their reply when they are asked again. One that has been
+    // silent for some time is not waited for: others wait meanwhile.
     Station& late = station();
-    late.timeout.passed(settings_.timeout);
-    if (!late.timeout.looksDead() && !settings_.timeout.isFixed)
-        late.listenUntil = current_.sendEnd + late.timeout.value(settings_.timeout);
+    if (!current_.isToSilent) {
+        late.timeout.passed(settings_.timeout);
+        if (!late.timeout.hasGrownInVain() && !settings_.timeout.isFixed)
+            late.listenUntil = current_.sendEnd + late.timeout.value(settings_.timeout);
+    }
     finish(LineResult::timeout);
 }
 
@@ -318,8 +323,9 @@ void Exchange::markerFinished(LineResult result, Clock::time_point now)
     marker_.reception.result = result;
     marker_.reception.astray = astray_;
     line_.markerEnded(marker_);
-    if (marked.markFailed && markersLeft_ == 0 && isInDoubt(now) && current_.isRead()) {
-        // Not sent, and it is the station that did not answer.
+    const bool wasLast = current_.isProbe() || (markersLeft_ == 0 && isInDoubt(now));
+    if (marked.markFailed && wasLast && current_.isRead()) {
+        // Not sent, and it is the station that did not answer: for a probe one frame is enough.
         current_.timeout = marker_.timeout;
         isMarking_ = false;
         finish(LineResult::timeout);

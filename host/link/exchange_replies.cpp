@@ -174,11 +174,13 @@ std::optional<OpenTransmission> Exchange::settle(const QByteArray& frame, Clock:
     Station& heard = stations_.at(static_cast<unsigned char>(frame.at(0)));
     const Transmission& onLine = isMarking_ ? marker_ : current_;
     const bool inTime =
-        onLine.number == answered->number && onLine.reception.firstByte != Clock::time_point();
+        onLine.sent == answered->sent && onLine.reception.firstByte != Clock::time_point();
     // A frame of another kind is known to have ended only some silence after its last byte.
     const Clock::time_point began = inTime ? onLine.reception.firstByte : lastActivity_;
-    const Clock::time_point ended =
-        answered->sentAt + onTheWire(static_cast<int>(answered->sent.size()));
+    // Sent several times, it may be the last that is answered: a station that was switched off for
+    // an hour does not take an hour.
+    const Clock::time_point ended = books_.lastSent(answered->sent).value_or(answered->sentAt) +
+                                    onTheWire(static_cast<int>(answered->sent.size()));
     const Micros delay = std::max(Micros(0), std::chrono::duration_cast<Micros>(began - ended));
     heard.timeout.answered(delay, settings_.timeout);
     nameIfSlow(static_cast<unsigned char>(frame.at(0)), delay);

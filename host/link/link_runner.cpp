@@ -1,9 +1,12 @@
 #include "link/link_runner.h"
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
 #include "driver/registers.h"
+#include "line/crc16.h"
+#include "link/silence_words.h"
 
 namespace dov417 {
 
@@ -57,17 +60,23 @@ Result LinkRunner::open(const LineSettings& settings)
 {
     close();
     statistics_ = LinkStatistics();
+    probeSettings_.maxPause = settings.maxProbePause;
+    probes_ = StationProbes(probeSettings_);
     LineObserver observer;
     observer.sent = events_.began;
     observer.markerEnded = [this](const Transmission& marker) {
         ++statistics_.markers;
         events_.markerEnded(marker);
         lookAgain();
+        if (marker.reception.result != LineResult::timeout)
+            heard(marker.request.station);
     };
     observer.stray = [this](const Stray& stray) {
         statistics_.add(stray);
         events_.stray(stray);
         lookAgain();
+        if (stray.kind != StrayKind::echo && hasGoodCrc(stray.bytes))
+            heard(static_cast<unsigned char>(stray.bytes.at(0)));
     };
     observer.notice = events_.notice;
     observer.port = [this](bool open, const QString& message) { portChanged(open, message); };
@@ -83,6 +92,8 @@ Result LinkRunner::open(const LineSettings& settings)
                     [this](Transmission part) {
                         part.description = describe(part.request);
                         events_.partEnded(part);
+                        if (isSound(part.reception))
+                            heard(part.request.station);
                     },
                     events_.notice, mayCut_,
                     [this]() { return !library_.driver->sendList.isEmpty(); }},
@@ -152,6 +163,11 @@ void LinkRunner::lookWhetherQuiet()
         quiet();
 }
 
+bool LinkRunner::isDead(int station) const
+{
+    return probes_.isDead(station);
+}
+
 void LinkRunner::wake()
 {
     if (idleTimer_.isActive()) {
@@ -182,10 +198,12 @@ void LinkRunner::portChanged(bool open, const QString& message)
         ++statistics_.portLosses;
     portIsOpen_ = open;
     lookAgain();
-    if (!open)
+    if (!open) {
         idleTimer_.stop();
-    else
+    } else {
+        probes_.portIsBack(Clock::now());
         idleTimer_.start(0); // a frame that was on the line when the port went is handed out again
+    }
     events_.port(open, message.toStdString());
 }
 
@@ -204,17 +222,66 @@ void LinkRunner::poll()
             idleTimer_.start(idleMilliseconds);
             return;
         }
-        if (frame_.sendLength > 0)
-            break;
-        Transmission nothing = transmissionOf(frame_, repeating_);
-        nothing.reception.result = LineResult::broadcast;
-        deal(nothing);
+        Transmission next = transmissionOf(frame_, repeating_);
+        if (frame_.sendLength <= 0) {
+            next.reception.result = LineResult::broadcast;
+            deal(next);
+            continue;
+        }
+        next.isCyclic = library_.driver->sendKind == sendCyclicRead;
+        if (goesOut(next)) {
+            notAsked_ = 0;
+            carrier_->carry(next, [this](const Transmission& transmission) {
+                deal(transmission);
+                lookAgain();
+                poll();
+            });
+            return;
+        }
+        // All round, and the driver had nothing else: nothing is to do until the next probe.
+        if (notAsked_ > library_.driver->readList.size()) {
+            notAsked_ = 0;
+            const auto wait =
+                std::chrono::ceil<std::chrono::milliseconds>(nextProbe_ - Clock::now());
+            idleTimer_.start(static_cast<int>(std::max<long long>(0, wait.count())));
+            return;
+        }
     }
-    carrier_->carry(transmissionOf(frame_, repeating_), [this](const Transmission& transmission) {
-        deal(transmission);
-        lookAgain();
-        poll();
-    });
+}
+
+// If it does not go out, the driver has given it up.
+bool LinkRunner::goesOut(Transmission& next)
+{
+    if (!next.isCyclic) {
+        next.isToSilent = probes_.isDead(next.request.station);
+        return true;
+    }
+    const StationProbes::Answer may = probes_.mayGoOut(next.sent, Clock::now());
+    if (may.turn != StationProbes::Turn::notNow) {
+        next.isToSilent = may.turn == StationProbes::Turn::probe;
+        return true;
+    }
+    nextProbe_ = notAsked_ == 0 ? may.notBefore : std::min(nextProbe_, may.notBefore);
+    ++notAsked_;
+    answerLocally(next, may.silentSince);
+    return false;
+}
+
+// Empty replies, until the driver gives it up.
+void LinkRunner::answerLocally(Transmission transmission, Clock::time_point silentSince)
+{
+    QByteArray nothing;
+    QString description;
+    do {
+        transmission.verdict =
+            static_cast<ReplyResult>(library_.intf_dealRcvFrame(&nothing, &description));
+    } while (transmission.verdict == replyBad);
+    repeating_ = false;
+    transmission.isLocal = true;
+    transmission.description = description.toStdString();
+    transmission.reason = notAskedSince(silentSince);
+    statistics_.add(transmission);
+    events_.ended(transmission);
 }
 
 void LinkRunner::deal(Transmission transmission)
@@ -233,8 +300,33 @@ void LinkRunner::deal(Transmission transmission)
                               (transmission.where.empty() ? "" : ", " + transmission.where);
     }
     repeating_ = transmission.verdict == replyBad;
+    const StationProbes::News news = probes_.ended(transmission, Clock::now());
     statistics_.add(transmission);
     events_.ended(transmission);
+    tell(news, transmission);
+}
+
+void LinkRunner::heard(int station)
+{
+    if (!probes_.isDead(station))
+        return;
+    Transmission unknown;
+    unknown.request.station = station;
+    tell(probes_.heard(station, Clock::now()), unknown);
+    if (idleTimer_.isActive())
+        idleTimer_.start(0);
+}
+
+void LinkRunner::tell(StationProbes::News news, const Transmission& transmission)
+{
+    const bool isOfRequest = news == StationProbes::News::requestSilent;
+    const int station = transmission.request.station;
+    const std::string text =
+        textOf(news, station, transmission.description,
+               isOfRequest ? probes_.silentSince(transmission.sent) : probes_.silentSince(station),
+               probeSettings_);
+    if (!text.empty())
+        events_.notice(text);
 }
 
 } // namespace dov417

@@ -16,6 +16,7 @@
 #include "link/link_statistics.h"
 #include "link/request_carrier.h"
 #include "link/serial_line.h"
+#include "link/station_probes.h"
 #include "link/transmission.h"
 
 namespace dov417 {
@@ -50,6 +51,8 @@ public:
     // What comes meanwhile is dealt with as ever. With a line that is not open it is quiet at once.
     void finish(std::function<void()> quiet);
     bool isFinishing() const;
+    // Has it been silent since a request to it was given up?
+    bool isDead(int station) const;
     // There is something new to send: an idle runner polls at once.
     void wake();
 
@@ -62,6 +65,10 @@ private:
     void deal(Transmission transmission);
     void lookAgain();
     void lookWhetherQuiet();
+    bool goesOut(Transmission& next);
+    void answerLocally(Transmission transmission, Clock::time_point silentSince);
+    void heard(int station);
+    void tell(StationProbes::News news, const Transmission& transmission);
 
     const Library& library_;
     LinkEvents events_;
@@ -71,6 +78,10 @@ private:
     std::unique_ptr<RequestCarrier> carrier_; // on the line
     QString device_;                          // of the line
     std::map<QString, Books> unanswered_;     // by device, of lines that were closed
+    ProbeSettings probeSettings_;
+    StationProbes probes_;
+    int notAsked_ = 0;              // cyclic reads in a row that were answered without the line
+    Clock::time_point nextProbe_{}; // of them
     QTimer idleTimer_;
     QTimer quietTimer_;
     std::function<void()> quiet_;

@@ -53,6 +53,9 @@ std::string countersText(const RequestCounters& counters)
     for (const auto& [times, name] : rare)
         if (times > 0)
             result += ", " + std::to_string(times) + " " + name;
+    if (counters.notAsked > 0)
+        result += ", " + std::to_string(counters.notAsked) + " " +
+                  (counters.whyNotAsked.empty() ? "not asked" : counters.whyNotAsked);
     return counters.givenUp.empty() ? result : result + "; given up: " + counters.givenUp;
 }
 
@@ -130,6 +133,13 @@ long long RequestCounters::badFor(Reason reason) const
 void LinkStatistics::add(const Transmission& transmission)
 {
     RequestCounters& counters = of(transmission.name());
+    if (transmission.isLocal) {
+        if (!transmission.repeats) { // else it was a probe, and is counted as that
+            ++counters.notAsked;
+            counters.whyNotAsked = transmission.reason;
+        }
+        return;
+    }
     ++counters.sent;
     counters.parts += transmission.frames;
     if (transmission.repeats)
@@ -178,6 +188,7 @@ RequestCounters LinkStatistics::total() const
         sum.abandoned += counters.abandoned;
         sum.forgotten += counters.forgotten;
         sum.parts += counters.parts;
+        sum.notAsked += counters.notAsked;
         for (const auto& [code, times] : counters.exceptions)
             sum.exceptions[code] += times;
     }

@@ -24,6 +24,8 @@ struct RequestCounters {
     long long forgotten = 0;             // the driver was started anew while they were on the line
     std::map<int, long long> exceptions; // by code
     std::string givenUp;                 // why, when it was last
+    long long notAsked = 0;              // given up without having been sent
+    std::string whyNotAsked;             // when it was last
 
     long long& badFor(Reason reason);
     long long badFor(Reason reason) const;

@@ -41,6 +41,8 @@ struct LineSettings {
     bool mayMark = true;       // function 8 may be used
     bool isShared = true;      // another program may have asked just before the line was opened
     int maxRegisters = learnedMaximum; // in one request, or 16 coils for each
+    // Until a silent station is asked again, at first a second or this, whichever is less.
+    Micros maxProbePause{30000000};
 };
 
 // What passes on the line, for logs and counters.

@@ -10,16 +10,25 @@ constexpr int maxSilences = 4;
 // Of a station that answers at once a busy machine hears later.
 constexpr Micros minPatience(100000);
 
+Micros within(Micros known, const TimeoutSettings& settings)
+{
+    const Micros min = settings.min > Micros(0) ? settings.min : settings.initial;
+    return known == Micros(0) ? settings.initial
+                              : std::clamp(known, min, std::max(min, settings.max));
+}
+
 } // namespace
 
 Micros StationTimeout::value(const TimeoutSettings& settings) const
 {
-    if (settings.isFixed || looksDead())
-        return settings.initial;
-    const Micros known = std::max(measured_, grown_);
-    const Micros min = settings.min > Micros(0) ? settings.min : settings.initial;
-    return known == Micros(0) ? settings.initial
-                              : std::clamp(known, min, std::max(min, settings.max));
+    if (settings.isFixed || hasGrownInVain())
+        return learned(settings);
+    return within(std::max(measured_, grown_), settings);
+}
+
+Micros StationTimeout::learned(const TimeoutSettings& settings) const
+{
+    return settings.isFixed ? settings.initial : within(measured_, settings);
 }
 
 // Half as long again, as no controller takes the same time twice. What was learned is forgotten
@@ -55,7 +64,7 @@ StationTime StationTimeout::time(int station, const TimeoutSettings& settings) c
     return {station, last_, slowest_, value(settings)};
 }
 
-bool StationTimeout::looksDead() const
+bool StationTimeout::hasGrownInVain() const
 {
     return silences_ >= maxSilences;
 }

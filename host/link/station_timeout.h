@@ -25,17 +25,19 @@ class StationTimeout {
 public:
     // What a station is given now.
     Micros value(const TimeoutSettings& settings) const;
+    // What it is given if it is silent, or no longer than it took when it last answered.
+    Micros learned(const TimeoutSettings& settings) const;
 
     // It took so long to begin its answer, in time or late.
     void answered(Micros delay, const TimeoutSettings& settings);
-    // It did not begin in time. A station that stays silent is not waited for longer and longer.
+    // It did not begin in time. A request that is repeated again and again is not waited for longer
+    // and longer.
     void passed(const TimeoutSettings& settings);
     // How long a reply that is out is awaited when the line is left.
     Micros patience(const TimeoutSettings& settings) const;
     bool hasAnswered() const;
     StationTime time(int station, const TimeoutSettings& settings) const;
-    // Has it kept silent so often that it may be switched off?
-    bool looksDead() const;
+    bool hasGrownInVain() const;
 
 private:
     Micros measured_{0}; // with room for more; 0: it has not answered yet

@@ -1,5 +1,6 @@
 #include "link/transmission.h"
 
+#include "line/crc16.h"
 #include "line/frame_text.h"
 
 namespace dov417 {
@@ -21,6 +22,12 @@ bool Transmission::isRead() const
 std::string Transmission::name() const
 {
     return (isRead() ? "read  " : "write ") + description;
+}
+
+bool isSound(const Reception& reception)
+{
+    return reception.result == LineResult::exception ||
+           (reception.result == LineResult::reply && hasGoodCrc(reception.bytes));
 }
 
 int exceptionCode(const Reception& reception)

@@ -50,8 +50,11 @@ struct Transmission {
     long long number = 0; // counts up from 1 on each line that is opened
     Request request;
     QByteArray sent;
-    int replyLength = 0;  // bytes that the reply is to have; 0: none is awaited
-    bool repeats = false; // the same frame as before, after a bad or missing reply
+    int replyLength = 0;     // bytes that the reply is to have; 0: none is awaited
+    bool repeats = false;    // the same frame as before, after a bad or missing reply
+    bool isCyclic = false;   // the driver's polling, which nobody waits for
+    bool isToSilent = false; // the station, or this request of it, has been silent for some time
+    bool isLocal = false;    // not sent: the driver was told at once that there is no reply
     Clock::time_point sendBegin{};
     Clock::time_point sendEnd{}; // when the last byte has left the wire, by the line's speed
 
@@ -77,6 +80,11 @@ struct Transmission {
     std::string reason; // the same in words: "exception 2 (illegal data address)"
 
     bool isRead() const;
+    // Asked only to see whether there is an answer again.
+    bool isProbe() const
+    {
+        return isCyclic && isToSilent;
+    }
     bool isAbandoned() const
     {
         return verdict == replyAbandoned;
@@ -85,6 +93,8 @@ struct Transmission {
     std::string name() const;
 };
 
+// The station answered, whatever it said.
+bool isSound(const Reception& reception);
 // The code of an exception reply.
 int exceptionCode(const Reception& reception);
 

@@ -18,6 +18,7 @@ constexpr int defaultMaxTimeoutMs = 15000;
 constexpr int defaultReplyGapMs = 100;
 constexpr double defaultHorizonSeconds = 30;
 constexpr int defaultRetries = 3;
+constexpr int defaultMaxProbeMs = 30000;
 // What controllers need to digest a broadcast.
 constexpr int defaultTurnaroundMs = 100;
 constexpr int maxMs = 600000; // of any of these times
@@ -28,7 +29,8 @@ struct LineSetup {
     std::string line;             // "38400,8,EVEN,1"; empty: the library's own
     std::optional<int> timeoutMs; // fixes the time-out; else a slow station is waited for longer
     int retries = defaultRetries;
-    std::optional<int> gap; // words; else the default
+    int maxProbeMs = defaultMaxProbeMs; // longest pause before a silent station is asked again
+    std::optional<int> gap;             // words; else the default
     int turnaroundMs = defaultTurnaroundMs;
     bool mayMark = true; // function 8 may be used to tell late replies
     std::string log;     // file that records the line; empty: none

@@ -58,6 +58,7 @@ LiveLine::LiveLine(const Library& library, const LineSetup& setup, const std::se
     settings_.device = QString::fromStdString(port);
     settings_.wire = serialFormat(library, setup);
     setTimes(settings_, setup);
+    settings_.maxProbePause = std::chrono::milliseconds(setup.maxProbeMs);
     settings_.mayMark = setup.mayMark;
     settings_.turnaround = std::chrono::milliseconds(setup.turnaroundMs);
     settings_.maxRegisters = setup.maxRegisters.value_or(learnedMaximum);

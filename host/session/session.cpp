@@ -17,8 +17,10 @@ const char* const lineIsLeft = "the line is being left";
 
 Session::Session(const Library& library, const SessionSettings& settings)
     : library_(library), claim_(library), settings_(settings), views_(library),
-      requests_(library, tellings_,
-                [this](const Address& address, int step) { views_.countWrite(address, step); }),
+      requests_(
+          library, tellings_,
+          [this](const Address& address, int step) { views_.countWrite(address, step); },
+          [this](int station) { return runner_.isDead(station); }),
       recipe_(library, tellings_),
       runner_(library,
               LinkEvents{[this](const Transmission& transmission) { began(transmission); },
@@ -144,6 +146,7 @@ Result Session::watch(const std::vector<Address>& addresses)
     wholeValues_ = WholeValues(watched_);
     views_.replace(watched_, requests_.writtenAddresses());
     planViews();
+    feed();
     runner_.wake();
     return result;
 }
@@ -209,8 +212,8 @@ bool Session::mayCut(const Request& request, int word) const
 
 void Session::ended(const Transmission& transmission)
 {
-    if (transmission.frames == 0)
-        tellEnded(transmission); // else its parts were told
+    if (!transmission.isLocal && transmission.frames == 0)
+        tellEnded(transmission); // else its parts were told, or nothing was sent
     const bool readBeforeWrite = requests_.isReadBeforeWrite(transmission);
     const bool accepted = transmission.verdict == replyAccepted;
     if (transmission.isRead() && !readBeforeWrite) {
@@ -223,7 +226,7 @@ void Session::ended(const Transmission& transmission)
             views_.giveUp(transmission.request);
     }
 
-    if (transmission.isAbandoned())
+    if (transmission.isAbandoned() && !transmission.isLocal) // that its station is silent is known
         tellings_.add([this, request = transmission.description, reason = transmission.reason,
                        why = transmission.why]() { emit abandoned(request, reason, why); });
     if (transmission.verdict != replyBad && !(accepted && readBeforeWrite)) {
@@ -233,7 +236,7 @@ void Session::ended(const Transmission& transmission)
         isOfPlanBefore_ = false;
         // Nothing is on the line now: only here is it certain whose the next frame is.
         recipe_.beginRound();
-        requests_.feed();
+        requests_.feed(cycleUnderWay());
     }
     tellChanges();
 }
@@ -246,6 +249,11 @@ void Session::settle(const Transmission& transmission)
         countCycle();
     else
         requests_.settle(transmission);
+}
+
+std::optional<long long> Session::cycleUnderWay() const
+{
+    return plannedRequests_ > 0 ? std::optional<long long>(cycles_) : std::nullopt;
 }
 
 void Session::countCycle()
@@ -304,7 +312,7 @@ void Session::readOnce(const Address& words, Done done)
 
 void Session::feed()
 {
-    const bool fed = requests_.feed();
+    const bool fed = requests_.feed(cycleUnderWay());
     tellChanges();
     if (fed)
         runner_.wake();

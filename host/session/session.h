@@ -13,6 +13,7 @@
 
 #include <QObject>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -117,6 +118,7 @@ private:
     bool mayCut(const Request& request, int word) const;
     void ended(const Transmission& transmission);
     void settle(const Transmission& transmission);
+    std::optional<long long> cycleUnderWay() const; // none where nothing is watched
     void countCycle();
     void portWas(bool open, const std::string& message);
     Result refusal(bool isOnePiece) const;

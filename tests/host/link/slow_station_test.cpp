@@ -55,6 +55,22 @@ TEST(ASlowStation, IsNamedWithTheMostThatItMayBeGiven)
                                     "raise --timeout-max"});
 }
 
+TEST(AStationThatWasSwitchedOff, IsNotTakenToBeSlow)
+{
+    HandLine line;
+    line.start();
+    line.ask(slowRead, 7);
+    line.pass(seconds(20));
+    line.ask(slowRead, 7); // the same once more: nobody can tell which one is answered
+    line.pass(milliseconds(12));
+    line.comeWhole(slowReply);
+    ASSERT_TRUE(line.ended.has_value());
+    EXPECT_EQ(line.ended->reception.result, LineResult::reply);
+    EXPECT_EQ(line.notices, Notices{});
+    ASSERT_EQ(line.exchange->stationTimes().size(), 1U);
+    EXPECT_LT(line.exchange->stationTimes().front().slowest, milliseconds(20));
+}
+
 TEST(AStationThatAnswersInTime, IsNotNamed)
 {
     HandLine line;

@@ -64,8 +64,9 @@ protected:
     }
 
     // Answers reads and writes of registers from `registers` (by their number on the line,
+    // Answers reads and writes of registers from `registers` (by their number on the line,
     // 0x0500 + R_W), refuses those in `illegal` and more than `maxRegisters` at once; says nothing
-    // while it `isSilent`.
+    // while it `isSilent` or for stations in `silentStations`.
     void beAController()
     {
         slave.arrived = [this](const QByteArray& bytes) {
@@ -110,6 +111,7 @@ protected:
     std::function<void(const QByteArray&)> sendReply = [this](const QByteArray& bytes) {
         slave.send(bytes);
     };
+    std::set<int> silentStations;
     std::map<int, std::string> outcomes;
     std::unique_ptr<Session> session;
 
@@ -133,7 +135,7 @@ private:
     void answer(const QByteArray& request)
     {
         ++requests;
-        if (isSilent)
+        if (isSilent || silentStations.count(request.at(0)) > 0)
             return;
         if (request.at(1) == 8) {
             sendReply(request);
