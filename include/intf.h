@@ -254,7 +254,8 @@ DOV417_EXPORT int intf_multiCopy(QString regName, int start, int count, int step
  * Cached values stay. Keys that touch, or leave a hole of at most the merge gap, become one request
  * of at most 128 words; bits are read by the words that hold them. A key with an unknown register
  * name or station 0 yields a request that is never framed and holds up those behind it: check
- * addresses first. Writes two debug lines a key and one a request.
+ * addresses first. Writes two debug lines a key and one a request: where the
+ * console is slow, install a message handler that leaves them out.
  *
  * @param keys the host's addresses: `stationNo` 1 to 247, `regName`, `address`, `length` 1 or more;
  * all other fields are without effect. A length below 1 is planned as it stands: its request asks
