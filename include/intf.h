@@ -34,8 +34,8 @@
  * - The mutexes are the one given to intf_initProperty() and `driver.mutex`; "no": the call takes
  *   it itself. The driver holds neither during a callback.
  * - A frame is handed to every thread that polls, and a reply counts for the frame on the line: let
- *   one thread at a time poll, transmit and hand in. Nothing breaks otherwise, but requests are
- *   transmitted twice and replies taken for others.
+ *   one thread at a time poll, transmit and hand in. Memory is safe otherwise too, but requests are
+ *   transmitted twice, and replies are taken for those to other requests: a write may be lost.
  * - A poll frames no write of which another thread's intf_setData() has not returned, and nothing
  *   while another thread's reply is ending a request: it gives 0, or a read.
  * - A written value is in the cache once its announcement is over. Two threads that write to one
