@@ -95,6 +95,7 @@ Result LinkRunner::open(const LineSettings& settings)
                         events_.partEnded(part);
                         if (isSound(part.reception))
                             heard(part.request.station);
+                        lookAgain();
                     },
                     events_.notice, mayCut_,
                     [this]() { return !library_.driver->sendList.isEmpty(); }},
