@@ -1,9 +1,10 @@
 """One of three stations is switched off, and on again."""
 
 import datetime
+import time
 import unittest
 
-from harness import EndToEnd
+from harness import PATIENCE, EndToEnd
 
 # A pseudo-terminal takes no parity.
 FAR_END = ("--still", "--line", "38400,8,NONE,1", "--set", "R_W:100=7", "--port")
@@ -11,31 +12,40 @@ POLLED = tuple(f"{station}/{address}" for station in (1, 2, 3) for address in ("
 
 
 class DeadStation(EndToEnd):
-    def entries(self, log):
-        """Time, direction and station of each frame, from a pipe; of a note its text."""
-        for line in log:
-            time, way, *rest = line.split()
-            if way in ("TX", "RX"):
-                yield datetime.datetime.fromisoformat(time).timestamp(), way, int(rest[0], 16)
-            elif way == "--":
-                yield 0, way, line
+    def entries(self, name):
+        """Time, direction and station of each frame, as the log grows; of a note its text."""
+        end = time.monotonic() + PATIENCE
+        with open(self.path(name), encoding="utf-8") as log:
+            line = ""
+            while time.monotonic() < end:
+                line += log.readline()
+                if not line.endswith("\n"):
+                    time.sleep(0.02)
+                    continue
+                at, way, *rest = line.split()
+                if way in ("TX", "RX"):
+                    yield datetime.datetime.fromisoformat(at).timestamp(), way, int(rest[0], 16)
+                elif way == "--":
+                    yield 0, way, line
+                line = ""
+        self.fail("what was to come is not in the log")
 
     def test_it_is_probed_now_and_then_and_taken_back(self):
         cable = self.cable()
         controller = self.controller("--stations", "1,3", *FAR_END, cable.far_port)
         watching = self.tool(
-            "watch", "--port", cable.port, "--timeout", "100", "--log", self.pipe("log"), *POLLED
+            "watch", "--port", cable.port, "--timeout", "100", "--log", self.path("log"), *POLLED
         )
-        log = open(self.path("log"), encoding="utf-8")  # pylint: disable=consider-using-with
-        self.addCleanup(log.close)
+        watching.wait_for("3/R_W:100 = 0")
+        log = self.entries("log")
         asked, answers = [], {1: 0, 3: 0}  # when station 2 was asked; replies of the others
         between = []
         first_probe = None  # after it the silence is told
-        for time, way, station in self.entries(log):
+        for at, way, station in log:
             if way == "RX":
                 answers[station] += 1
             elif station == 2:
-                asked.append(time)
+                asked.append(at)
                 between.append(dict(answers))
             elif way == "--" and "station 2 is silent" in station:
                 first_probe = len(asked) - 1
@@ -48,8 +58,7 @@ class DeadStation(EndToEnd):
 
         controller.interrupt()
         self.controller("--stations", "1,2,3", *FAR_END, cable.far_port)
-        self.assertTrue(any(way == "RX" and station == 2 for _, way, station in self.entries(log)))
-        log.close()  # what is not read any more would hold the tool up
+        self.assertTrue(any(way == "RX" and station == 2 for _, way, station in log))
         watching.wait_for("2/M_W:0 = 0")
         _, _, err = watching.interrupt()
         self.assertIn("given up: 2#", err)
