@@ -18,6 +18,8 @@ arm_packages="g++ cmake ninja-build qtbase5-dev g++-arm-linux-gnueabihf g++-arm-
 qt_packages="$build_packages $test_packages qt6-base-dev qt6-serialport-dev"
 package_packages="dpkg-dev mmdebstrap lintian g++-arm-linux-gnueabihf g++-arm-linux-gnueabi
   qemu-user"
+analysis_packages="$build_packages clang-14 clang-tidy-14 cppcheck"
+fuzz_packages="clang-14 libclang-rt-14-dev g++ cmake ninja-build qtbase5-dev"
 
 say() {
   printf '\n== %s  [%ss]\n' "$*" "$(($(date +%s) - started))"

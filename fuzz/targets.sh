@@ -1,7 +1,6 @@
 # What fuzz/run, fuzz/check and fuzz/coverage share: the targets, how they are built, how one is run.
 # Sourced from the project's root, after cmake/steps.sh.
 
-fuzz_packages="clang-14 libclang-rt-14-dev g++ cmake ninja-build qtbase5-dev"
 fuzz_targets="reply driver planning address_text frames"
 fuzz_build=build/fuzz
 

@@ -3,7 +3,7 @@
 //
 //   2026-01-31T12:34:56.789012+01:00 TX 01 03 05 0A 00 01 A4 C4 | station 1: read R_W:10
 //   2026-01-31T12:34:56.801344+01:00 RX 01 03 02 00 07 F9 86 | station 1: R_W:10 = 7
-//   2026-01-31T12:34:57.301344+01:00 -- | no reply within 500 ms
+//   2026-01-31T12:34:57.301344+01:00 -- | no answer within 500 ms: no byte came
 //
 // Time with microseconds and the offset from UTC, direction, bytes, meaning. A line that starts
 // with # is a remark, as the settings at the top of the file.

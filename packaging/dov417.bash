@@ -43,7 +43,8 @@ _dov417() {
     --tags | --log | --library | --csv | --load | --dump | --link)
       _dov417_files "$current"
       return ;;
-    --timeout | --retries | --gap | --turnaround | --response-time | --count | --step | --cycles | \
+    --timeout | --timeout-min | --timeout-max | --reply-gap | --horizon | --retries | --probe | \
+      --gap | --max-registers | --turnaround | --response-time | --count | --step | --cycles | \
       --seconds | --stations | --seed | --fault) return ;;
     *)
       if [[ $current == -* ]]; then

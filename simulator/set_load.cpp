@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "line/failure.h"
+#include "line/json_error.h"
 #include "line/replace_file.h"
 
 namespace dov417::simulator {
@@ -179,13 +180,6 @@ std::vector<Assignment> assignmentsOf(const Json& file)
     return assignments;
 }
 
-// "[json.exception.parse_error.101] parse error at line 3, column 5: ..." without its brackets.
-std::string parseErrorText(const Json::parse_error& exception)
-{
-    const std::string text = exception.what();
-    return text.substr(text.find(']') + 2);
-}
-
 // Either all of the text's values or none of them.
 void loadText(Memory& memory, const QByteArray& text)
 {
@@ -259,7 +253,7 @@ void loadValues(Memory& memory, const std::string& fileName)
     try {
         loadText(memory, file.readAll());
     } catch (const Json::parse_error& exception) {
-        throw Failure(fileName + ": " + parseErrorText(exception));
+        throw Failure(fileName + ": " + jsonErrorText(exception.what()));
     } catch (const Failure& failure) {
         throw Failure(fileName + ": " + failure.what());
     }

@@ -38,9 +38,10 @@ int runCheck(const CheckOptions& options)
             if (options.write)
                 requireAccess(library, address, Access::write);
             const int values = valueCount(address);
-            std::printf("%s  valid  address value %d, %d value%s, %s\n", text.c_str(),
+            std::printf("%s  valid  address value %d, %d value%s, %s%s\n", text.c_str(),
                         address.first, values, values == 1 ? "" : "s",
-                        toText(library, address).c_str());
+                        toText(library, address).c_str(),
+                        address.station == 0 ? ", only to be written: a broadcast" : "");
         } catch (const AddressFailure& failure) {
             exitCode = exitFailed;
             const std::string code =

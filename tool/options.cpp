@@ -15,6 +15,9 @@ const char* const valueGroup = "Values";
 // More than a request can span says nothing new.
 const int maxGap = 65535;
 const double maxSeconds = 2e6;
+const double maxHorizonSeconds = 3600;
+// A 32-bit value is not cut in two.
+const int minMaxRegisters = 2;
 
 } // namespace
 
@@ -57,6 +60,14 @@ void addLineOptions(CLI::App& command, LineOptions& options)
         ->group(lineGroup)
         ->check(CLI::Range(1, 1000));
     command
+        .add_option("--probe", options.maxProbeMs,
+                    "Longest pause before a silent station is asked again (" +
+                        std::to_string(defaultMaxProbeMs) +
+                        "); the first is a second, each twice as long as the one before")
+        ->option_text("MS")
+        ->group(lineGroup)
+        ->check(CLI::Range(1, maxMs));
+    command
         .add_option("--gap", options.gap,
                     "Widest hole in words that one read bridges (" +
                         std::to_string(defaultMergeGap) +
@@ -72,6 +83,36 @@ void addLineOptions(CLI::App& command, LineOptions& options)
         ->option_text("MS")
         ->group(lineGroup)
         ->check(CLI::Range(0, maxMs));
+    command
+        .add_option("--timeout-min", options.timeoutMinMs,
+                    "Without --timeout: what a station is given at least, however quick it is (" +
+                        std::to_string(defaultTimeoutMs) + ")")
+        ->option_text("MS")
+        ->group(lineGroup)
+        ->check(CLI::Range(1, maxMs))
+        ->excludes("--timeout");
+    command
+        .add_option("--timeout-max", options.timeoutMaxMs,
+                    "Without --timeout: what a station is given at most, however slow it is (" +
+                        std::to_string(defaultMaxTimeoutMs) + ")")
+        ->option_text("MS")
+        ->group(lineGroup)
+        ->check(CLI::Range(1, maxMs))
+        ->excludes("--timeout");
+    command
+        .add_option("--reply-gap", options.replyGapMs,
+                    "Silence after which a reply that has begun is taken to have ended; longer "
+                    "once one went on after that (" +
+                        std::to_string(defaultReplyGapMs) + ")")
+        ->option_text("MS")
+        ->group(lineGroup)
+        ->check(CLI::Range(1, maxMs));
+    command
+        .add_option("--horizon", options.horizonSeconds,
+                    "A station begins to answer within so many seconds, or not at all (30)")
+        ->option_text("SECONDS")
+        ->group(lineGroup)
+        ->check(CLI::Range(0.1, maxHorizonSeconds));
     command
         .add_option("--library", options.library,
                     "The driver library; else it is looked for next to the tool, in its library "
@@ -90,6 +131,14 @@ void addLineOptions(CLI::App& command, LineOptions& options)
         ->group(lineGroup);
     command.add_flag("--stats", options.stats, "Print the line's counters at the end")
         ->group(lineGroup);
+    command
+        .add_option("--max-registers", options.maxRegisters,
+                    "Registers (or 16 coils for each) that controllers take in one request: a "
+                    "longer one goes out in parts. Else in parts where a controller refuses it "
+                    "whole; 128: never")
+        ->option_text("N")
+        ->group(lineGroup)
+        ->check(CLI::Range(minMaxRegisters, noMaximum));
 }
 
 void addTagOption(CLI::App& command, std::string& tags)

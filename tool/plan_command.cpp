@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <memory>
+#include <optional>
 
 #include "driver/registers.h"
 #include "line/failure.h"
@@ -64,21 +65,37 @@ void printPlan(const Plan& plan, int gap)
     for (const PlannedRequest& request : plan.requests) {
         const std::string words =
             wordsText(request.station, request.regName, request.address, request.length);
-        std::printf("%3d  %-18s  %-24s  %3d bytes  %7.2f ms\n", ++number, words.c_str(),
-                    hexText(request.bytes).c_str(), request.replyLength,
-                    milliseconds(request.time));
+        if (request.parts.empty()) {
+            std::printf("%3d  %-18s  %-24s  %3d bytes  %7.2f ms\n", ++number, words.c_str(),
+                        hexText(request.bytes).c_str(), request.replyLength,
+                        milliseconds(request.time));
+            continue;
+        }
+        const std::string parts = "in " + count(static_cast<int>(request.parts.size()), "part");
+        std::printf("%3d  %-18s  %-24s  %9s  %7.2f ms\n", ++number, words.c_str(), parts.c_str(),
+                    "", milliseconds(request.time));
+        for (const PlannedPart& part : request.parts)
+            std::printf(
+                "       %-16s  %-24s  %3d bytes  %7.2f ms\n",
+                wordsText(request.station, request.regName, part.address, part.length).c_str(),
+                hexText(part.bytes).c_str(), part.replyLength, milliseconds(part.time));
     }
 }
 
 void printWarnings(const Library& library, const Planner& planner, const Plan& plan,
-                   const std::vector<Item>& items, int gap)
+                   const std::vector<Item>& items, int gap, std::optional<int> maximum)
 {
     for (std::size_t i = 0; i < plan.requests.size(); ++i) {
         const PlannedRequest& request = plan.requests[i];
-        if (request.isAboveLimit())
+        if (maximum && request.length > *maximum && request.parts.empty())
+            std::printf(
+                "! request %zu goes out as it is: its 32-bit values overlap, and no part of "
+                "at most %d registers ends between them\n",
+                i + 1, *maximum);
+        else if (request.isAboveLimit())
             std::printf("! request %zu asks for %d %s; a strict controller answers at most %d and "
-                        "refuses it with exception 3\n",
-                        i + 1, request.coils() > 0 ? request.coils() : request.length,
+                        "refuses it with exception 3: see --max-registers\n",
+                        i + 1, request.coils() > 0 ? request.coils() : request.longest(),
                         request.coils() > 0 ? "coils" : "registers",
                         request.coils() > 0 ? maxCoils : maxRegisters);
     }
@@ -132,12 +149,13 @@ int runPlan(const PlanOptions& options)
         Items(library, options.items.source).chosen(options.items.arguments, Access::read);
     const std::vector<Address> addresses = addressesOf(items);
 
-    const Planner planner(library, addresses, wire, responseTime);
+    const std::optional<int> maximum = options.line.maxRegisters;
+    const Planner planner(library, addresses, wire, responseTime, maximum.value_or(noMaximum));
     const int gap = options.line.mergeGap();
     const Plan plan = planner.plan(gap);
     printLine(wire, responseTime);
     printPlan(plan, gap);
-    printWarnings(library, planner, plan, items, gap);
+    printWarnings(library, planner, plan, items, gap, maximum);
     if (!options.line.gap)
         printOutcomes(planner.outcomes());
     return exitDone;
@@ -163,6 +181,7 @@ void addPlanCommand(CLI::App& app, Action& chosen)
         "  dov417 plan R_W:100..107 R_W:120 M_bit:1.0..1.15 2/R_D:10..13\n"
         "  dov417 plan R_W:100 R_W:115 --line 9600,8,NONE,1 --response-time 5\n"
         "  dov417 plan R_W:100 R_W:115 --gap 10\n"
+        "  dov417 plan R_W:0..127 --max-registers 60\n"
         "A read carries its characters, a silence before it and one before its reply, and the\n"
         "controller's response time. Without --gap the cycle time of every gap is listed too.");
     command->callback([options, &chosen]() { chosen = [options]() { return runPlan(*options); }; });

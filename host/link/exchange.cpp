@@ -29,8 +29,11 @@ OpenTransmission Exchange::openOf(const Transmission& transmission)
 void Exchange::start(const ExchangeSettings& settings, Clock::time_point now)
 {
     settings_ = settings;
+    gap_ = ReplyGap(settings.replyGap);
+    sendsNoMore_ = false;
     state_ = State::idle;
     lastActivity_ = now;
+    astray_ = Astray();
     books_.setHorizon(settings.horizon);
     foreignEnd_ = now + settings.horizon;
     // Another run's echo that comes late is not to be taken for ours.
@@ -42,7 +45,6 @@ void Exchange::start(const ExchangeSettings& settings, Clock::time_point now)
         each.isUnknown = settings.isShared;
         each.marksUnanswered = 0;
         each.hasAnsweredRead = false;
-        each.wasAsked = false;
         each.markFailed = false;
     }
 }
@@ -67,6 +69,47 @@ const Books& Exchange::books() const
 void Exchange::awaitLate(const Books& earlier)
 {
     books_ = earlier.asPast();
+}
+
+void Exchange::sendNoMore()
+{
+    sendsNoMore_ = true;
+    if (state_ == State::listening || state_ == State::silence)
+        drop();
+}
+
+void Exchange::drop()
+{
+    line_.sleep();
+    state_ = State::idle;
+    isMarking_ = false;
+    done_ = nullptr;
+}
+
+Clock::time_point Exchange::quietAt() const
+{
+    if (state_ == State::awaitingTurnaround)
+        return current_.sendEnd + settings_.turnaround;
+    if (state_ == State::holdingBack)
+        return heldUntil_;
+    if (state_ == State::awaitingReply && !collector_.isEmpty())
+        return lastActivity_ + gap_.value();
+    Clock::time_point quiet{};
+    for (const OpenTransmission& open : books_.open())
+        quiet = std::max(
+            quiet, open.sentAt + onTheWire(static_cast<int>(open.sent.size()) + open.replyLength) +
+                       stations_.at(stationOf(open.sent)).timeout.patience(settings_.timeout));
+    return quiet;
+}
+
+std::vector<StationTime> Exchange::stationTimes() const
+{
+    std::vector<StationTime> times;
+    for (std::size_t station = 0; station < stations_.size(); ++station)
+        if (stations_.at(station).timeout.hasAnswered())
+            times.push_back(
+                stations_.at(station).timeout.time(static_cast<int>(station), settings_.timeout));
+    return times;
 }
 
 Micros Exchange::wireTime() const
@@ -101,12 +144,16 @@ void Exchange::next(Clock::time_point now)
 {
     books_.expire(now);
     isMarking_ = false;
+    if (sendsNoMore_) {
+        drop();
+        return;
+    }
     if (current_.replyLength == 0) {
         beginSilence(now);
         return;
     }
     Station& asked = station();
-    if (now < asked.listenUntil) {
+    if (now < asked.listenUntil && !current_.isToSilent) {
         listen(asked.listenUntil);
         return;
     }
@@ -166,13 +213,15 @@ void Exchange::transmit(Clock::time_point now)
     frame.number = ++transmissions_;
     frame.sendBegin = now;
     bytesCame_ = 0;
+    astray_.begin();
     frame.sendEnd = now + onTheWire(static_cast<int>(frame.sent.size()));
-    frame.timeout = station().timeout.value(settings_.timeout);
+    const StationTimeout& timeout = station().timeout;
+    frame.timeout =
+        current_.isToSilent ? timeout.learned(settings_.timeout) : timeout.value(settings_.timeout);
     frame.reception = Reception();
     lastActivity_ = frame.sendEnd;
     wireTime_ += onTheWire(static_cast<int>(frame.sent.size()));
     books_.add(openOf(frame));
-    station().wasAsked = true;
     if (!isEcho(frame.sent))
         station().lastAsked = openOf(frame);
     isCovered_ = !isMarking_ && isWary(now);
@@ -191,7 +240,7 @@ void Exchange::transmit(Clock::time_point now)
 // The time-out is for the first byte: a reply under way is not cut off.
 void Exchange::armReplyTimer()
 {
-    line_.wakeAt(collector_.isEmpty() ? deadline_ : lastActivity_ + settings_.replyGap);
+    line_.wakeAt(collector_.isEmpty() ? deadline_ : lastActivity_ + gap_.value());
 }
 
 void Exchange::timerDue(Clock::time_point now)
@@ -212,7 +261,7 @@ void Exchange::timerDue(Clock::time_point now)
         else if (!collector_.isEmpty())
             takeArrival(collector_.endOfFrame(), now);
         else if (holdEnd_ != Clock::time_point() && now >= holdEnd_)
-            finish(LineResult::timeout);
+            finish(LineResult::heldBack);
         else
             next(now);
         break;
@@ -225,7 +274,7 @@ void Exchange::timerDue(Clock::time_point now)
     case State::awaitingReply:
         if (line_.bytesWait())
             line_.wakeAt(now + rereadDelay);
-        else if (!collector_.isEmpty() && now >= lastActivity_ + settings_.replyGap)
+        else if (!collector_.isEmpty() && now >= lastActivity_ + gap_.value())
             takeArrival(collector_.endOfFrame(), now);
         else if (collector_.isEmpty() && now >= deadline_)
             deadlinePassed(now);
@@ -246,11 +295,14 @@ void Exchange::deadlinePassed(Clock::time_point now)
         if (takeReply(LineResult::reply, now))
             return;
     }
-    // There are controllers that drop their reply when they are asked again.
+    // There are controllers that drop their reply when they are asked again. One that has been
+    // silent for some time is not waited for: others wait meanwhile.
     Station& late = station();
-    late.timeout.passed(settings_.timeout);
-    if (!late.timeout.looksDead() && !settings_.timeout.isFixed)
-        late.listenUntil = current_.sendEnd + late.timeout.value(settings_.timeout);
+    if (!current_.isToSilent) {
+        late.timeout.passed(settings_.timeout);
+        if (!late.timeout.hasGrownInVain() && !settings_.timeout.isFixed)
+            late.listenUntil = current_.sendEnd + late.timeout.value(settings_.timeout);
+    }
     finish(LineResult::timeout);
 }
 
@@ -260,7 +312,8 @@ void Exchange::finish(LineResult result)
     state_ = State::idle;
     isMarking_ = false;
     current_.reception.result = result;
-    if (result == LineResult::timeout)
+    current_.reception.astray = astray_;
+    if (result == LineResult::timeout || result == LineResult::heldBack)
         current_.reception.bytes.clear();
     // The next transaction may be started from within.
     const Transmission ended = current_;

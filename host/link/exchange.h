@@ -21,11 +21,13 @@
 #include <array>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "line/clock.h"
 #include "line/serial_format.h"
 #include "link/books.h"
 #include "link/reply_collector.h"
+#include "link/reply_gap.h"
 #include "link/reply_pace.h"
 #include "link/station_timeout.h"
 #include "link/transmission.h"
@@ -36,7 +38,7 @@ struct ExchangeSettings {
     SerialFormat wire;
     TimeoutSettings timeout; // from the end of the request to the first byte of the reply
     Micros turnaround{0};    // what controllers need to digest a broadcast
-    Micros replyGap{0};      // silence after which a reply that has begun is taken to have ended
+    Micros replyGap{0};      // silence after which a reply that has begun has ended, at first
     Micros horizon{0};       // a station begins to answer within it, or not at all
     bool mayMark = true;     // function 8 may be used
     bool isShared = true;    // others may have asked just before the start
@@ -82,6 +84,13 @@ public:
     // Does a marker precede each request?
     bool isWary(Clock::time_point now) const;
 
+    // Nothing is sent any more. What has not gone out yet is dropped: its done is not called.
+    void sendNoMore();
+    // When the replies that are out have come, or have had the time that their stations take.
+    Clock::time_point quietAt() const;
+
+    // Of the stations that have answered.
+    std::vector<StationTime> stationTimes() const;
     // Time that the bytes sent and received so far took on the wire.
     Micros wireTime() const;
 
@@ -107,7 +116,7 @@ private:
         bool markFailed = false;      // the last marker was not answered
         int marksIgnored = 0;         // so often it answered something else afterwards
         OpenTransmission lastAsked;   // that was no echo
-        bool wasAsked = false;        // since the start
+        bool isNamed = false;         // as slow
         int marksAtOnce() const;      // for one request
         bool mayEcho() const;         // as a marker
         void markWasAnswered(const OpenTransmission& marker);
@@ -116,6 +125,7 @@ private:
     static OpenTransmission openOf(const Transmission& transmission);
     Station& station();
     void next(Clock::time_point now);
+    void drop();
     void beginSilence(Clock::time_point now);
     void transmit(Clock::time_point now);
     void armReplyTimer();
@@ -127,6 +137,8 @@ private:
     void markerFinished(LineResult result, Clock::time_point now);
     void takeArrival(Arrival arrival, Clock::time_point now);
     bool takeReply(LineResult result, Clock::time_point now);
+    void report(const Stray& stray);
+    void nameIfSlow(unsigned char station, Micros delay);
     void reportStrays(Clock::time_point now);
     bool isToBeHeldBack(Clock::time_point now);
     void holdBack(LineResult result);
@@ -149,9 +161,11 @@ private:
     ExchangeLine line_;
     ExchangeSettings settings_;
     ReplyCollector collector_;
+    ReplyGap gap_;
     Books books_;
     std::array<Station, 256> stations_{};
     State state_ = State::stopped;
+    bool sendsNoMore_ = false;
 
     Transmission current_; // what was asked for
     Transmission marker_;
@@ -174,6 +188,7 @@ private:
     Clock::time_point heldUntil_{};
     QByteArray behind_; // came at once with a frame, and after it
     int bytesCame_ = 0; // since the frame was sent
+    Astray astray_;     // of them, what was no reply
     Micros wireTime_{0};
 };
 

@@ -13,23 +13,10 @@ namespace {
 
 constexpr std::chrono::minutes cleanFor(10); // without a surplus
 constexpr unsigned char lastReadFunction = 4;
-constexpr unsigned char exceptionFlag = 0x80;
-constexpr int exceptionLength = 5;
-constexpr int writeReplyLength = 8; // an echo's, too
-constexpr int readReplyRest = 5;    // station, function, count, CRC
 
 unsigned char byteAt(const QByteArray& bytes, int index)
 {
     return static_cast<unsigned char>(bytes.at(index));
-}
-
-// Requests of another master may be on the line, too.
-bool looksLikeReply(const QByteArray& frame)
-{
-    const unsigned char function = byteAt(frame, 1);
-    return (function & exceptionFlag) != 0 ? frame.size() == exceptionLength
-           : function <= lastReadFunction  ? frame.size() == byteAt(frame, 2) + readReplyRest
-                                           : frame.size() == writeReplyLength;
 }
 
 } // namespace
@@ -49,6 +36,7 @@ Exchange::Settled Exchange::settle(const QByteArray& frame, Clock::time_point no
     Settled settled;
     if (!hasGoodCrc(frame))
         return settled;
+    astray_.lineWasSound = true;
     settled.answered =
         isEcho(frame) || !mayBeOthers(frame, now) ? books_.take(frame) : books_.find(frame);
     if (settled.answered) {
@@ -73,12 +61,15 @@ void Exchange::noteAnswer(const OpenTransmission& answered, Clock::time_point no
     Station& heard = stations_.at(byteAt(answered.sent, 0));
     const Transmission& onLine = isMarking_ ? marker_ : current_;
     const bool inTime =
-        onLine.number == answered.number && onLine.reception.firstByte != Clock::time_point();
+        onLine.sent == answered.sent && onLine.reception.firstByte != Clock::time_point();
     const Clock::time_point began = inTime ? onLine.reception.firstByte : now;
-    const Clock::time_point ended =
-        answered.sentAt + onTheWire(static_cast<int>(answered.sent.size()));
-    heard.timeout.answered(std::max(Micros(0), std::chrono::duration_cast<Micros>(began - ended)),
-                           settings_.timeout);
+    // Sent several times, it may be the last that is answered: a station that was switched off for
+    // an hour does not take an hour.
+    const Clock::time_point ended = books_.lastSent(answered.sent).value_or(answered.sentAt) +
+                                    onTheWire(static_cast<int>(answered.sent.size()));
+    const Micros delay = std::max(Micros(0), std::chrono::duration_cast<Micros>(began - ended));
+    heard.timeout.answered(delay, settings_.timeout);
+    nameIfSlow(byteAt(answered.sent, 0), delay);
     heard.listenUntil = now;
     if (isEcho(answered.sent)) {
         heard.marksIgnored = 0;
@@ -90,14 +81,13 @@ void Exchange::noteAnswer(const OpenTransmission& answered, Clock::time_point no
     heard.markFailed = false;
 }
 
-// A sound frame that answers nothing, of a station that was asked, once it is certain that no
-// other program had asked it before. An adapter's echo of a write looks like a second reply for as
-// long as no read has told that it echoes.
+// A sound frame that answers nothing, and looks like the reply to something that is over, once it
+// is certain that no other program had asked the station before. An adapter's echo of a write looks
+// like a second reply for as long as no read has told that it echoes.
 bool Exchange::isSurplus(const QByteArray& frame, Clock::time_point now)
 {
-    const Station& heard = stations_.at(byteAt(frame, 0));
     const bool mayBeEcho = byteAt(frame, 1) > lastReadFunction && !collector_.knowsAdapter();
-    return heard.wasAsked && !mayBeOthers(frame, now) && !mayBeEcho && looksLikeReply(frame);
+    return !mayBeOthers(frame, now) && !mayBeEcho && books_.fitsWhatIsOver(frame);
 }
 
 void Exchange::surplusCame(int station, Clock::time_point now)

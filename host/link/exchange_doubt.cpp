@@ -71,9 +71,11 @@ void Exchange::markerFinished(LineResult result, Clock::time_point now)
         marked.markWasAnswered(openOf(marker_));
     }
     marker_.reception.result = result;
+    marker_.reception.astray = astray_;
     line_.markerEnded(marker_);
-    if (marked.markFailed && markersLeft_ == 0 && isInDoubt(now) && current_.isRead()) {
-        // Not sent, and it is the station that did not answer.
+    const bool wasLast = current_.isProbe() || (markersLeft_ == 0 && isInDoubt(now));
+    if (marked.markFailed && wasLast && current_.isRead()) {
+        // Not sent, and it is the station that did not answer: for a probe one frame is enough.
         current_.timeout = marker_.timeout;
         isMarking_ = false;
         finish(LineResult::timeout);

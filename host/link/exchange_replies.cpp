@@ -12,10 +12,16 @@ namespace {
 
 constexpr int babbleLength = 1024; // bytes that came for one request and are no reply to it
 
+std::string milliseconds(Micros duration)
+{
+    return std::to_string(std::chrono::round<std::chrono::milliseconds>(duration).count()) + " ms";
+}
+
 } // namespace
 
 void Exchange::bytesCame(const QByteArray& bytes, Clock::time_point now)
 {
+    gap_.came(bytes, now);
     lastActivity_ = now;
     wireTime_ += onTheWire(static_cast<int>(bytes.size()));
     Transmission& frame = isMarking_ ? marker_ : current_;
@@ -49,7 +55,7 @@ void Exchange::takeArrival(Arrival arrival, Clock::time_point now)
     reportStrays(now);
     if (arrival == Arrival::incomplete) {
         if (state_ == State::listening)
-            line_.wakeAt(collector_.isEmpty() ? listenEnd_ : now + settings_.replyGap);
+            line_.wakeAt(collector_.isEmpty() ? listenEnd_ : now + gap_.value());
         else if (bytesCame_ > babbleLength)
             deadlinePassed(now);
         else
@@ -61,6 +67,8 @@ void Exchange::takeArrival(Arrival arrival, Clock::time_point now)
     frame.reception.bytes = collector_.reply();
     if (!hasGoodCrc(frame.reception.bytes)) {
         // Garbled. Whose reply it was cannot be told, so that may still come.
+        if (frame.reception.bytes.size() < frame.replyLength)
+            gap_.ended(frame.reception.bytes, frame.replyLength, lastActivity_);
         flushBehind(now);
         if (state_ == State::listening)
             next(now);
@@ -103,12 +111,12 @@ bool Exchange::takeReply(LineResult result, Clock::time_point now)
     if (mine.number == 0)
         mine.number = transmissions_ + 1;
     if (isMarking_ || !answered || !books_.standsFor(*answered, mine)) {
-        line_.stray({settled.kindOr(StrayKind::late), bytes, now, settled.number()});
+        report({settled.kindOr(StrayKind::late), bytes, now, settled.number()});
         return false;
     }
     if (isWary(now) && !isCovered_) {
         // Sent before the first surplus was met: this may be one, too.
-        line_.stray({StrayKind::late, bytes, now, answered->number});
+        report({StrayKind::late, bytes, now, answered->number});
         flushBehind(now);
         finish(LineResult::timeout);
         return true;
@@ -158,7 +166,7 @@ void Exchange::heldBackGoesOn(Arrival arrival, Clock::time_point now)
     if (isWary(now))
         finish(LineResult::timeout);
     else if (!collector_.isEmpty())
-        line_.wakeAt(now + settings_.replyGap);
+        line_.wakeAt(now + gap_.value());
     else if (now >= heldUntil_)
         finish(heldResult_);
     else
@@ -176,10 +184,16 @@ void Exchange::reportStrays(Clock::time_point now)
         if (stray.kind != StrayKind::echo) {
             const Settled settled = settle(stray.bytes, now);
             stray.answers = settled.number();
-            stray.kind = settled.kindOr(stray.kind);
+            stray.kind = settled.kindOr(settled.answered ? StrayKind::late : stray.kind);
         }
-        line_.stray(stray);
+        report(stray);
     }
+}
+
+void Exchange::report(const Stray& stray)
+{
+    astray_.add(stray);
+    line_.stray(stray);
 }
 
 // What came after a frame is somebody's only once that frame is.
@@ -194,7 +208,22 @@ void Exchange::flushBehind(Clock::time_point now)
 void Exchange::flushLateBytes(const QByteArray& bytes, Clock::time_point now)
 {
     const Settled settled = settle(bytes, now);
-    line_.stray({settled.kindOr(StrayKind::late), bytes, now, settled.number()});
+    report({settled.kindOr(StrayKind::late), bytes, now, settled.number()});
+}
+
+// A person wonders why it is slow, or why values do not come: said once.
+void Exchange::nameIfSlow(unsigned char station, Micros delay)
+{
+    const TimeoutSettings& settings = settings_.timeout;
+    Station& slow = stations_.at(station);
+    if (slow.isNamed || delay <= settings.initial)
+        return;
+    slow.isNamed = true;
+    const bool isLearned = !settings.isFixed && delay < settings.max;
+    line_.notice("station " + std::to_string(station) + " answers after " + milliseconds(delay) +
+                 (isLearned          ? ": waiting longer from now on"
+                  : settings.isFixed ? ", later than it is waited for: raise --timeout"
+                                     : ", later than it is waited for: raise --timeout-max"));
 }
 
 } // namespace dov417

@@ -1,6 +1,11 @@
 #include "link/link_runner.h"
 
+#include <algorithm>
+#include <utility>
+
 #include "driver/registers.h"
+#include "line/crc16.h"
+#include "link/silence_words.h"
 
 namespace dov417 {
 
@@ -35,8 +40,9 @@ Transmission transmissionOf(const FRAME_PRO& frame, bool repeats)
 
 } // namespace
 
-LinkRunner::LinkRunner(const Library& library, const LinkEvents& events)
-    : library_(library), events_(events)
+LinkRunner::LinkRunner(const Library& library, const LinkEvents& events,
+                       std::function<bool(const Request&, int word)> mayCut)
+    : library_(library), events_(events), mayCut_(std::move(mayCut))
 {
     idleTimer_.setSingleShot(true);
     idleTimer_.setInterval(idleMilliseconds);
@@ -47,15 +53,21 @@ Result LinkRunner::open(const LineSettings& settings)
 {
     close();
     statistics_ = LinkStatistics();
+    probeSettings_.maxPause = settings.maxProbePause;
+    probes_ = StationProbes(probeSettings_);
     LineObserver observer;
     observer.sent = events_.began;
     observer.markerEnded = [this](const Transmission& marker) {
         ++statistics_.markers;
         events_.markerEnded(marker);
+        if (marker.reception.result != LineResult::timeout)
+            heard(marker.request.station);
     };
     observer.stray = [this](const Stray& stray) {
         statistics_.add(stray);
         events_.stray(stray);
+        if (stray.kind != StrayKind::echo && hasGoodCrc(stray.bytes))
+            heard(static_cast<unsigned char>(stray.bytes.at(0)));
     };
     observer.notice = events_.notice;
     observer.doubt = events_.doubt;
@@ -65,6 +77,19 @@ Result LinkRunner::open(const LineSettings& settings)
     } catch (const Failure& failure) {
         return Result::refused(failure.what());
     }
+    carrier_ = std::make_unique<RequestCarrier>(
+        CarrierLine{[this](const Transmission& frame, Exchange::Done done) {
+                        line_->transact(frame, std::move(done));
+                    },
+                    [this](Transmission part) {
+                        part.description = describe(part.request);
+                        events_.partEnded(part);
+                        if (isSound(part.reception))
+                            heard(part.request.station);
+                    },
+                    events_.notice, mayCut_,
+                    [this]() { return !library_.driver->sendList.isEmpty(); }},
+        settings.maxRegisters);
     device_ = settings.device;
     line_->awaitLate(unanswered_[device_]);
     QString reason;
@@ -80,6 +105,7 @@ void LinkRunner::close()
     idleTimer_.stop();
     if (line_)
         unanswered_[device_] = line_->unanswered();
+    carrier_.reset();
     line_.reset();
     portIsOpen_ = false;
     repeating_ = false;
@@ -88,6 +114,11 @@ void LinkRunner::close()
 bool LinkRunner::isOpen() const
 {
     return line_ != nullptr;
+}
+
+bool LinkRunner::isDead(int station) const
+{
+    return probes_.isDead(station);
 }
 
 void LinkRunner::wake()
@@ -103,6 +134,7 @@ const LinkStatistics& LinkRunner::statistics()
     if (line_) {
         statistics_.wireTime = line_->wireTime();
         statistics_.portIsOpen = line_->isOpen();
+        statistics_.stations = line_->stationTimes();
     }
     return statistics_;
 }
@@ -118,10 +150,12 @@ void LinkRunner::portChanged(bool open, const QString& message)
     if (portIsOpen_ && !open)
         ++statistics_.portLosses;
     portIsOpen_ = open;
-    if (!open)
+    if (!open) {
         idleTimer_.stop();
-    else
+    } else {
+        probes_.portIsBack(Clock::now());
         idleTimer_.start(0); // a frame that was on the line when the port went is handed out again
+    }
     events_.port(open, message.toStdString());
 }
 
@@ -140,16 +174,65 @@ void LinkRunner::poll()
             idleTimer_.start(idleMilliseconds);
             return;
         }
-        if (frame_.sendLength > 0)
-            break;
-        Transmission nothing = transmissionOf(frame_, repeating_);
-        nothing.reception.result = LineResult::broadcast;
-        deal(nothing);
+        Transmission next = transmissionOf(frame_, repeating_);
+        if (frame_.sendLength <= 0) {
+            next.reception.result = LineResult::broadcast;
+            deal(next);
+            continue;
+        }
+        next.isCyclic = library_.driver->sendKind == sendCyclicRead;
+        if (goesOut(next)) {
+            notAsked_ = 0;
+            carrier_->carry(next, [this](const Transmission& transmission) {
+                deal(transmission);
+                poll();
+            });
+            return;
+        }
+        // All round, and the driver had nothing else: nothing is to do until the next probe.
+        if (notAsked_ > library_.driver->readList.size()) {
+            notAsked_ = 0;
+            const auto wait =
+                std::chrono::ceil<std::chrono::milliseconds>(nextProbe_ - Clock::now());
+            idleTimer_.start(static_cast<int>(std::max<long long>(0, wait.count())));
+            return;
+        }
     }
-    line_->transact(transmissionOf(frame_, repeating_), [this](const Transmission& transmission) {
-        deal(transmission);
-        poll();
-    });
+}
+
+// If it does not go out, the driver has given it up.
+bool LinkRunner::goesOut(Transmission& next)
+{
+    if (!next.isCyclic) {
+        next.isToSilent = probes_.isDead(next.request.station);
+        return true;
+    }
+    const StationProbes::Answer may = probes_.mayGoOut(next.sent, Clock::now());
+    if (may.turn != StationProbes::Turn::notNow) {
+        next.isToSilent = may.turn == StationProbes::Turn::probe;
+        return true;
+    }
+    nextProbe_ = notAsked_ == 0 ? may.notBefore : std::min(nextProbe_, may.notBefore);
+    ++notAsked_;
+    answerLocally(next, may.silentSince);
+    return false;
+}
+
+// Empty replies, until the driver gives it up.
+void LinkRunner::answerLocally(Transmission transmission, Clock::time_point silentSince)
+{
+    QByteArray nothing;
+    QString description;
+    do {
+        transmission.verdict =
+            static_cast<ReplyResult>(library_.intf_dealRcvFrame(&nothing, &description));
+    } while (transmission.verdict == replyBad);
+    repeating_ = false;
+    transmission.isLocal = true;
+    transmission.description = description.toStdString();
+    transmission.reason = notAskedSince(silentSince);
+    statistics_.add(transmission);
+    events_.ended(transmission);
 }
 
 void LinkRunner::deal(Transmission transmission)
@@ -162,11 +245,39 @@ void LinkRunner::deal(Transmission transmission)
         description.isEmpty() ? describe(transmission.request) : description.toStdString();
     if (transmission.verdict == replyNothingOutstanding)
         transmission.reason = "the driver was started anew meanwhile";
-    else if (transmission.verdict != replyAccepted)
-        transmission.reason = reasonOf(transmission.reception, transmission.replyLength);
+    else if (transmission.verdict != replyAccepted) {
+        transmission.why = reasonOf(transmission.reception, transmission.replyLength);
+        transmission.reason = reasonText(transmission.reception, transmission.replyLength) +
+                              (transmission.where.empty() ? "" : ", " + transmission.where);
+    }
     repeating_ = transmission.verdict == replyBad;
+    const StationProbes::News news = probes_.ended(transmission, Clock::now());
     statistics_.add(transmission);
     events_.ended(transmission);
+    tell(news, transmission);
+}
+
+void LinkRunner::heard(int station)
+{
+    if (!probes_.isDead(station))
+        return;
+    Transmission unknown;
+    unknown.request.station = station;
+    tell(probes_.heard(station, Clock::now()), unknown);
+    if (idleTimer_.isActive())
+        idleTimer_.start(0);
+}
+
+void LinkRunner::tell(StationProbes::News news, const Transmission& transmission)
+{
+    const bool isOfRequest = news == StationProbes::News::requestSilent;
+    const int station = transmission.request.station;
+    const std::string text =
+        textOf(news, station, transmission.description,
+               isOfRequest ? probes_.silentSince(transmission.sent) : probes_.silentSince(station),
+               probeSettings_);
+    if (!text.empty())
+        events_.notice(text);
 }
 
 } // namespace dov417

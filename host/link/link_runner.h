@@ -14,7 +14,9 @@
 #include "driver/library.h"
 #include "line/failure.h"
 #include "link/link_statistics.h"
+#include "link/request_carrier.h"
 #include "link/serial_line.h"
+#include "link/station_probes.h"
 #include "link/transmission.h"
 
 namespace dov417 {
@@ -24,6 +26,7 @@ struct LinkEvents {
     std::function<void(const Transmission&)> began;
     std::function<void(const Transmission&)> ended; // before the driver is asked for the next frame
     std::function<void(const Transmission&)> markerEnded;
+    std::function<void(const Transmission&)> partEnded; // of a request that is carried in parts
     std::function<void(const Stray&)> stray;
     std::function<void(const std::string&)> notice; // what a person should know, said once
     std::function<void()> doubt; // what was taken for a reply so far may have been another's
@@ -32,13 +35,20 @@ struct LinkEvents {
 
 class LinkRunner {
 public:
-    LinkRunner(const Library& library, const LinkEvents& events);
+    // mayCut: a request may be cut in two before this word, by its address.
+    LinkRunner(
+        const Library& library, const LinkEvents& events,
+        std::function<bool(const Request&, int word)> mayCut = [](const Request&, int) {
+            return true;
+        });
 
     // Opens the port, counts from zero, and begins to poll.
     Result open(const LineSettings& settings);
     // No frame is begun any more, and what comes for one on the line is nobody's.
     void close();
     bool isOpen() const; // also while the port is away
+    // Has it been silent since a request to it was given up?
+    bool isDead(int station) const;
     // There is something new to send: an idle runner polls at once.
     void wake();
 
@@ -49,13 +59,23 @@ private:
     void portChanged(bool open, const QString& message);
     void poll();
     void deal(Transmission transmission);
+    bool goesOut(Transmission& next);
+    void answerLocally(Transmission transmission, Clock::time_point silentSince);
+    void heard(int station);
+    void tell(StationProbes::News news, const Transmission& transmission);
 
     const Library& library_;
     LinkEvents events_;
     LinkStatistics statistics_;
+    std::function<bool(const Request&, int word)> mayCut_;
     std::unique_ptr<SerialLine> line_;
-    QString device_;                      // of the line
-    std::map<QString, Books> unanswered_; // by device, of lines that were closed
+    std::unique_ptr<RequestCarrier> carrier_; // on the line
+    QString device_;                          // of the line
+    std::map<QString, Books> unanswered_;     // by device, of lines that were closed
+    ProbeSettings probeSettings_;
+    StationProbes probes_;
+    int notAsked_ = 0;              // cyclic reads in a row that were answered without the line
+    Clock::time_point nextProbe_{}; // of them
     QTimer idleTimer_;
     FRAME_PRO frame_ = FRAME_PRO();
     bool portIsOpen_ = false;

@@ -11,12 +11,6 @@ namespace {
 
 constexpr long long microsPerBin = 100;
 
-const std::array<const char*, strayKinds> strayNames = {
-    "from another station",    "for another function",
-    "for another request",     "noise",
-    "echoes stripped",         "late",
-    "more than were asked for"};
-
 std::string text(const char* format, double value)
 {
     char buffer[64];
@@ -34,9 +28,14 @@ double secondsSince(const LinkStatistics& statistics, Clock::time_point now)
     return std::max(1e-6, std::chrono::duration<double>(now - statistics.started).count());
 }
 
-std::string exceptionsText(const RequestCounters& counters)
+std::string reasonsText(const RequestCounters& counters)
 {
     std::string result;
+    for (int i = 0; i < reasonCount; ++i) {
+        const Reason reason = static_cast<Reason>(i);
+        if (counters.badFor(reason) > 0 && reason != Reason::exception)
+            result += ", " + std::to_string(counters.badFor(reason)) + " x " + nameOf(reason);
+    }
     for (const auto& [code, times] : counters.exceptions)
         result += ", " + std::to_string(times) + " x exception " + std::to_string(code) + " (" +
                   exceptionName(code) + ")";
@@ -45,16 +44,18 @@ std::string exceptionsText(const RequestCounters& counters)
 
 std::string countersText(const RequestCounters& counters)
 {
-    std::string result =
-        std::to_string(counters.sent) + " sent, " + std::to_string(counters.good) + " good";
-    const std::pair<long long, const char*> rare[] = {
-        {counters.badCrc, "bad CRC"},      {counters.shortReplies, "short"},
-        {counters.timeouts, "timeouts"},   {counters.retries, "retries"},
-        {counters.abandoned, "abandoned"}, {counters.forgotten, "forgotten"}};
+    std::string result = std::to_string(counters.sent) + " sent, " + std::to_string(counters.good) +
+                         " good" + reasonsText(counters);
+    const std::pair<long long, const char*> rare[] = {{counters.retries, "retries"},
+                                                      {counters.abandoned, "abandoned"},
+                                                      {counters.forgotten, "forgotten"},
+                                                      {counters.parts, "parts"}};
     for (const auto& [times, name] : rare)
         if (times > 0)
             result += ", " + std::to_string(times) + " " + name;
-    result += exceptionsText(counters);
+    if (counters.notAsked > 0)
+        result += ", " + std::to_string(counters.notAsked) + " " +
+                  (counters.whyNotAsked.empty() ? "not asked" : counters.whyNotAsked);
     return counters.givenUp.empty() ? result : result + "; given up: " + counters.givenUp;
 }
 
@@ -79,7 +80,7 @@ std::string straysText(const LinkStatistics& statistics)
     for (std::size_t kind = 0; kind < statistics.strays.size(); ++kind)
         if (statistics.strays.at(kind) > 0)
             result += (result.empty() ? "" : ", ") + std::to_string(statistics.strays.at(kind)) +
-                      " " + strayNames.at(kind);
+                      " x " + nameOf(static_cast<StrayKind>(kind));
     return result;
 }
 
@@ -119,11 +120,28 @@ Micros Durations::maximum() const
     return maximum_;
 }
 
+long long& RequestCounters::badFor(Reason reason)
+{
+    return bad.at(static_cast<std::size_t>(reason));
+}
+
+long long RequestCounters::badFor(Reason reason) const
+{
+    return bad.at(static_cast<std::size_t>(reason));
+}
+
 void LinkStatistics::add(const Transmission& transmission)
 {
     RequestCounters& counters = of(transmission.name());
-    const Reception& reception = transmission.reception;
+    if (transmission.isLocal) {
+        if (!transmission.repeats) { // else it was a probe, and is counted as that
+            ++counters.notAsked;
+            counters.whyNotAsked = transmission.reason;
+        }
+        return;
+    }
     ++counters.sent;
+    counters.parts += transmission.frames;
     if (transmission.repeats)
         ++counters.retries;
     if (transmission.verdict == replyNothingOutstanding) {
@@ -140,19 +158,9 @@ void LinkStatistics::add(const Transmission& transmission)
         counters.givenUp = transmission.reason;
         linkIsGood = false;
     }
-    switch (reception.result) {
-    case LineResult::timeout:
-    case LineResult::broadcast:
-        ++counters.timeouts;
-        break;
-    case LineResult::exception:
-        ++counters.exceptions[exceptionCode(reception)];
-        break;
-    case LineResult::reply:
-        ++(reception.bytes.size() < transmission.replyLength ? counters.shortReplies
-                                                             : counters.badCrc);
-        break;
-    }
+    ++counters.badFor(transmission.why);
+    if (transmission.why == Reason::exception)
+        ++counters.exceptions[exceptionCode(transmission.reception)];
 }
 
 void LinkStatistics::add(const Stray& stray)
@@ -174,12 +182,13 @@ RequestCounters LinkStatistics::total() const
     for (const auto& [name, counters] : requests) {
         sum.sent += counters.sent;
         sum.good += counters.good;
-        sum.badCrc += counters.badCrc;
-        sum.shortReplies += counters.shortReplies;
-        sum.timeouts += counters.timeouts;
+        for (std::size_t reason = 0; reason < sum.bad.size(); ++reason)
+            sum.bad.at(reason) += counters.bad.at(reason);
         sum.retries += counters.retries;
         sum.abandoned += counters.abandoned;
         sum.forgotten += counters.forgotten;
+        sum.parts += counters.parts;
+        sum.notAsked += counters.notAsked;
         for (const auto& [code, times] : counters.exceptions)
             sum.exceptions[code] += times;
     }
@@ -195,6 +204,16 @@ std::vector<std::string> briefStatistics(const LinkStatistics& statistics, Clock
                 text(", %.1f polls/s", static_cast<double>(total.sent) / seconds),
             cyclesText(statistics.cycles) + text(", line %.1f %% used by bytes", 100 * used),
             stateText(statistics)};
+}
+
+std::vector<std::string> stationStatistics(const LinkStatistics& statistics)
+{
+    std::vector<std::string> lines;
+    for (const StationTime& each : statistics.stations)
+        lines.push_back("station " + std::to_string(each.station) + ": answers after " +
+                        milliseconds(each.last) + ", " + milliseconds(each.slowest) +
+                        " at the slowest; is waited for " + milliseconds(each.timeout));
+    return lines;
 }
 
 std::vector<std::string> requestStatistics(const LinkStatistics& statistics)
@@ -220,6 +239,8 @@ std::string fullStatistics(const LinkStatistics& statistics, Clock::time_point n
             "  sent besides, to tell late replies: " + std::to_string(statistics.markers) + "\n";
     if (statistics.portLosses > 0)
         result += "  times that the port was lost: " + std::to_string(statistics.portLosses) + "\n";
+    for (const std::string& line : stationStatistics(statistics))
+        result += "  " + line + "\n";
     for (const std::string& line : requestStatistics(statistics))
         result += "  " + line + "\n";
     return result;

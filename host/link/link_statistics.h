@@ -9,6 +9,7 @@
 
 #include "line/clock.h"
 #include "link/reply_collector.h"
+#include "link/station_timeout.h"
 #include "link/transmission.h"
 
 namespace dov417 {
@@ -16,14 +17,18 @@ namespace dov417 {
 struct RequestCounters {
     long long sent = 0;
     long long good = 0;
-    long long badCrc = 0;
-    long long shortReplies = 0;
-    long long timeouts = 0;
-    long long retries = 0; // of sent: repetitions after a bad or missing reply
+    std::array<long long, reasonCount> bad{}; // indexed by Reason
+    long long retries = 0;                    // of sent: repetitions after a bad or missing reply
+    long long parts = 0;                      // frames of those that went out in more than one
     long long abandoned = 0;
     long long forgotten = 0;             // the driver was started anew while they were on the line
     std::map<int, long long> exceptions; // by code
     std::string givenUp;                 // why, when it was last
+    long long notAsked = 0;              // given up without having been sent
+    std::string whyNotAsked;             // when it was last
+
+    long long& badFor(Reason reason);
+    long long badFor(Reason reason) const;
 };
 
 // Durations, counted in tenths of a millisecond: enough for a median over days.
@@ -53,7 +58,8 @@ struct LinkStatistics {
     bool portIsOpen = true;
     bool linkIsGood = true; // until a request is given up, and again with the next good reply
     Clock::time_point started = Clock::now();
-    Micros wireTime{0}; // what the bytes sent and received took
+    Micros wireTime{0};                // what the bytes sent and received took
+    std::vector<StationTime> stations; // that have answered
 
     void add(const Transmission& transmission);
     void add(const Stray& stray);
@@ -64,6 +70,9 @@ struct LinkStatistics {
 
 // All requests together, in a few lines; the last one is the state of the link.
 std::vector<std::string> briefStatistics(const LinkStatistics& statistics, Clock::time_point now);
+
+// A line for each station: what it takes, and what it is given.
+std::vector<std::string> stationStatistics(const LinkStatistics& statistics);
 
 // A line for each request.
 std::vector<std::string> requestStatistics(const LinkStatistics& statistics);

@@ -25,7 +25,7 @@ ExchangeSettings exchangeSettings(const LineSettings& line)
 {
     ExchangeSettings settings;
     settings.wire = line.wire;
-    settings.timeout = {line.timeout, line.maxTimeout, line.isTimeoutFixed};
+    settings.timeout = {line.timeout, line.maxTimeout, line.isTimeoutFixed, line.minTimeout};
     settings.turnaround = line.turnaround;
     settings.replyGap =
         std::max(line.replyGap, std::chrono::round<Micros>(line.wire.interFrameDelay()));
@@ -88,6 +88,21 @@ SerialLine::~SerialLine()
 bool SerialLine::isOpen() const
 {
     return exchange_.isRunning();
+}
+
+void SerialLine::sendNoMore()
+{
+    exchange_.sendNoMore();
+}
+
+Clock::time_point SerialLine::quietAt() const
+{
+    return exchange_.quietAt();
+}
+
+std::vector<StationTime> SerialLine::stationTimes() const
+{
+    return exchange_.stationTimes();
 }
 
 Micros SerialLine::wireTime() const

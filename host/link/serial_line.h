@@ -13,11 +13,13 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "line/clock.h"
 #include "line/serial_format.h"
 #include "line/wake_timer.h"
 #include "link/exchange.h"
+#include "link/request_parts.h"
 #include "link/transmission.h"
 
 class QSerialPort;
@@ -30,6 +32,7 @@ struct LineSettings {
     // From the end of the request to the first byte of the reply: a station that takes longer is
     // waited for longer, unless the time-out is fixed.
     Micros timeout{500000};
+    Micros minTimeout{0}; // of a station that is quicker; 0: the time-out itself
     Micros maxTimeout{15000000};
     bool isTimeoutFixed = false;
     Micros turnaround{100000}; // what controllers need to digest a broadcast
@@ -37,6 +40,9 @@ struct LineSettings {
     Micros horizon{30000000};  // a station begins to answer within it, or not at all
     bool mayMark = true;       // function 8 may be used
     bool isShared = true;      // another program may have asked just before the line was opened
+    int maxRegisters = learnedMaximum; // in one request, or 16 coils for each
+    // Until a silent station is asked again, at first a second or this, whichever is less.
+    Micros maxProbePause{30000000};
 };
 
 // What passes on the line, for logs and counters.
@@ -71,6 +77,13 @@ public:
     Books unanswered() const;
     void awaitLate(const Books& earlier);
 
+    // When the line is left: nothing is sent any more, and what has not gone out yet is dropped.
+    void sendNoMore();
+    // When the replies that are out have come, or have had the time that their stations take.
+    Clock::time_point quietAt() const;
+
+    // Of the stations that have answered.
+    std::vector<StationTime> stationTimes() const;
     // Time that the bytes sent and received so far took on the wire.
     Micros wireTime() const;
 

@@ -10,29 +10,46 @@ struct TimeoutSettings {
     Micros initial{500000};
     Micros max{15000000};
     bool isFixed = false; // the initial one it stays
+    Micros min{0};        // of a quick station; 0: the initial one
+};
+
+// What is known of a station's time.
+struct StationTime {
+    int station = 0;
+    Micros last{0};    // from the end of a request to the first byte of its reply
+    Micros slowest{0}; // the same
+    Micros timeout{0}; // that it is given now
 };
 
 class StationTimeout {
 public:
     // What a station is given now.
     Micros value(const TimeoutSettings& settings) const;
+    // What it is given if it is silent, or no longer than it took when it last answered.
+    Micros learned(const TimeoutSettings& settings) const;
 
     // It took so long to begin its answer, in time or late.
     void answered(Micros delay, const TimeoutSettings& settings);
-    // It did not begin in time. A station that stays silent is not waited for longer and longer.
+    // It did not begin in time. A request that is repeated again and again is not waited for longer
+    // and longer.
     void passed(const TimeoutSettings& settings);
     // Half as long again as it took at most of late; 0 until it has answered.
     Micros measured() const
     {
         return measured_;
     }
-    // Has it kept silent so often that it may be switched off?
-    bool looksDead() const;
+    // How long a reply that is out is awaited when the line is left.
+    Micros patience(const TimeoutSettings& settings) const;
+    bool hasAnswered() const;
+    StationTime time(int station, const TimeoutSettings& settings) const;
+    bool hasGrownInVain() const;
 
 private:
-    Micros measured_{0}; // with room for more
-    Micros grown_{0};    // since it last answered
-    int silences_ = 0;   // in a row
+    Micros measured_{0}; // with room for more; 0: it has not answered yet
+    Micros last_{0};
+    Micros slowest_{0};
+    Micros grown_{0};  // since it last answered
+    int silences_ = 0; // in a row
 };
 
 } // namespace dov417

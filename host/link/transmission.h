@@ -5,9 +5,11 @@
 
 #include <QByteArray>
 #include <string>
+#include <vector>
 
 #include "driver/library.h"
 #include "line/clock.h"
+#include "link/reasons.h"
 
 namespace dov417 {
 
@@ -15,6 +17,7 @@ enum class LineResult {
     reply,     // bytes that look like the reply: the driver judges them
     exception, // a sound exception reply
     timeout,   // nothing usable came
+    heldBack,  // not sent: a reply that is still out could have been taken for its own
     broadcast  // nothing was awaited
 };
 
@@ -25,6 +28,7 @@ struct Reception {
     // Of all that came while the reply was awaited; both are 0 where nothing came.
     Clock::time_point firstByte{};
     Clock::time_point lastByte{};
+    Astray astray; // what else came since the frame was sent
 };
 
 // The driver's request behind a frame.
@@ -36,16 +40,26 @@ struct Request {
     int length = 0;
 };
 
+// What came in one reply, and so is of one moment.
+struct Part {
+    Request words;
+    Clock::time_point asOf{};
+};
+
 struct Transmission {
     long long number = 0; // counts up from 1 on each line that is opened
     Request request;
     QByteArray sent;
-    int replyLength = 0;  // bytes that the reply is to have; 0: none is awaited
-    bool repeats = false; // the same frame as before, after a bad or missing reply
+    int replyLength = 0;     // bytes that the reply is to have; 0: none is awaited
+    bool repeats = false;    // the same frame as before, after a bad or missing reply
+    bool isCyclic = false;   // the driver's polling, which nobody waits for
+    bool isToSilent = false; // the station, or this request of it, has been silent for some time
+    bool isLocal = false;    // not sent: the driver was told at once that there is no reply
     Clock::time_point sendBegin{};
     Clock::time_point sendEnd{}; // when the last byte has left the wire, by the line's speed
 
     bool isMarker = false; // none of the driver's: see exchange.h
+    bool isPart = false;   // carries part of the driver's request: see request_carrier.h
     Micros timeout{0};     // how long after that the first byte is awaited
 
     // Known at the end.
@@ -53,11 +67,24 @@ struct Transmission {
     // When the controller held at the earliest what a sound reply says: when it came, or, of a late
     // reply to the same request sent before, when that was sent.
     Clock::time_point asOf{};
+
+    // Of a request that was carried in parts: so many frames, each with a record of its own. This
+    // record says what the driver was told.
+    int frames = 0;
+    std::vector<Part> parts; // if all were answered
+    std::string where;       // else which failed: reception and replyLength are of that one
+
     ReplyResult verdict = replyNothingOutstanding; // the driver's
     std::string description;                       // the driver's words for the frame: "1#R_W10(1)"
-    std::string reason; // ours for a bad reply: "no answer", "exception 2 (illegal data address)"
+    Reason why = Reason::none;                     // ours, for a bad reply
+    std::string reason; // the same in words: "exception 2 (illegal data address)"
 
     bool isRead() const;
+    // Asked only to see whether there is an answer again.
+    bool isProbe() const
+    {
+        return isCyclic && isToSilent;
+    }
     bool isAbandoned() const
     {
         return verdict == replyAbandoned;
@@ -66,11 +93,19 @@ struct Transmission {
     std::string name() const;
 };
 
+// The station answered, whatever it said.
+bool isSound(const Reception& reception);
 // The code of an exception reply.
 int exceptionCode(const Reception& reception);
 
-// Why the driver did not accept it, in words.
-std::string reasonOf(const Reception& reception, int expectedLength);
+// "R_W:100..107"
+std::string wordsText(const Request& request, int first, int words);
+
+// Why the reception is no good reply of so many bytes; and in words, with the time that it was
+// awaited if that is to be said: " within 500 ms".
+Reason reasonOf(const Reception& reception, int expectedLength);
+std::string reasonText(const Reception& reception, int expectedLength,
+                       const std::string& within = std::string());
 
 } // namespace dov417
 

@@ -14,7 +14,11 @@ namespace dov417 {
 // piece of a long write never ends inside a 32-bit value.
 constexpr int defaultMergeGap = 20;
 constexpr int defaultTimeoutMs = 500;
+constexpr int defaultMaxTimeoutMs = 15000;
+constexpr int defaultReplyGapMs = 100;
+constexpr double defaultHorizonSeconds = 30;
 constexpr int defaultRetries = 3;
+constexpr int defaultMaxProbeMs = 30000;
 // What controllers need to digest a broadcast.
 constexpr int defaultTurnaroundMs = 100;
 constexpr int maxMs = 600000; // of any of these times
@@ -25,10 +29,18 @@ struct LineSetup {
     std::string line;             // "38400,8,EVEN,1"; empty: the library's own
     std::optional<int> timeoutMs; // fixes the time-out; else a slow station is waited for longer
     int retries = defaultRetries;
-    std::optional<int> gap; // words; else the default
+    int maxProbeMs = defaultMaxProbeMs; // longest pause before a silent station is asked again
+    std::optional<int> gap;             // words; else the default
     int turnaroundMs = defaultTurnaroundMs;
     bool mayMark = true; // function 8 may be used to tell late replies
     std::string log;     // file that records the line; empty: none
+    // Where the time-out is not fixed: what a quick station is given at least, a slow one at most.
+    std::optional<int> timeoutMinMs; // else the default time-out
+    int timeoutMaxMs = defaultMaxTimeoutMs;
+    double horizonSeconds = defaultHorizonSeconds; // a station begins to answer within it, or never
+    int replyGapMs = defaultReplyGapMs; // silence that ends a reply, until one has gone on after it
+    // Registers in one request, or 16 coils for each; else as each station shows it.
+    std::optional<int> maxRegisters;
 
     int mergeGap() const
     {

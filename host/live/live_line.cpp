@@ -1,5 +1,7 @@
 #include "live/live_line.h"
 
+#include <algorithm>
+
 #include "line/failure.h"
 
 namespace dov417 {
@@ -17,6 +19,24 @@ simulator::SimulationOptions controllerFor(const LineSetup& setup, std::set<int>
     if (!setup.line.empty())
         controller.line = parseRtuFormat(setup.line);
     return controller;
+}
+
+void setTimes(LineSettings& line, const LineSetup& setup)
+{
+    using std::chrono::milliseconds;
+    const int min = setup.timeoutMinMs.value_or(0);
+    if (setup.timeoutMaxMs < min)
+        throw UsageFailure("--timeout-max is less than --timeout-min");
+    line.isTimeoutFixed = setup.timeoutMs.has_value();
+    line.minTimeout = milliseconds(min);
+    line.maxTimeout = milliseconds(setup.timeoutMaxMs);
+    line.timeout = milliseconds(
+        setup.timeoutMs.value_or(std::clamp(defaultTimeoutMs, min, setup.timeoutMaxMs)));
+    line.replyGap = milliseconds(setup.replyGapMs);
+    // What comes within the time-out is awaited all the same.
+    line.horizon = std::max(line.timeout, std::chrono::duration_cast<Micros>(
+                                              std::chrono::duration<double>(setup.horizonSeconds)));
+    line.maxTimeout = std::min(line.maxTimeout, line.horizon);
 }
 
 } // namespace
@@ -37,10 +57,11 @@ LiveLine::LiveLine(const Library& library, const LineSetup& setup, const std::se
     }
     settings_.device = QString::fromStdString(port);
     settings_.wire = serialFormat(library, setup);
-    settings_.timeout = std::chrono::milliseconds(setup.timeoutMs.value_or(defaultTimeoutMs));
-    settings_.isTimeoutFixed = setup.timeoutMs.has_value();
+    setTimes(settings_, setup);
+    settings_.maxProbePause = std::chrono::milliseconds(setup.maxProbeMs);
     settings_.mayMark = setup.mayMark;
     settings_.turnaround = std::chrono::milliseconds(setup.turnaroundMs);
+    settings_.maxRegisters = setup.maxRegisters.value_or(learnedMaximum);
     if (!setup.log.empty())
         recording_ = std::make_unique<Recording>(
             setup.log, "port " + port + ", line " + toText(settings_.wire), learnAreas(library));

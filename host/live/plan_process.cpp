@@ -43,9 +43,11 @@ namespace dov417 {
 using nlohmann::json;
 
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Address, station, regName, width, first, length)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(PlanOrder, library, addresses, format, responseTime, gap)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(PlanOrder, library, addresses, format, responseTime, gap,
+                                   maxRegisters)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(PlannedPart, address, length, bytes, replyLength, time)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(PlannedRequest, station, regName, address, length, bytes,
-                                   replyLength, time)
+                                   replyLength, time, parts)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Plan, requests, cycle)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(GapOutcome, firstGap, lastGap, requests, aboveLimit,
                                    uncoveredWords, cycle)
@@ -61,7 +63,8 @@ const char* const failureName = "failure";
 PlanReport planned(const PlanOrder& order)
 {
     const Library library(order.library);
-    const Planner planner(library, order.addresses, order.format, order.responseTime);
+    const Planner planner(library, order.addresses, order.format, order.responseTime,
+                          order.maxRegisters);
     PlanReport report;
     report.plan = planner.plan(order.gap);
     report.uncovered = planner.uncovered(report.plan);

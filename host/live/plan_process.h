@@ -20,6 +20,7 @@ struct PlanOrder {
     SerialFormat format;
     std::chrono::microseconds responseTime{0}; // what a controller takes before it answers
     int gap = 0;                               // words
+    int maxRegisters = noMaximum;              // in one request, 16 coils for each
 };
 
 // What a Planner says.

@@ -6,27 +6,6 @@ namespace dov417 {
 
 namespace {
 
-const char* strayText(StrayKind kind)
-{
-    switch (kind) {
-    case StrayKind::otherStation:
-        return "from another station, not handed on";
-    case StrayKind::otherFunction:
-        return "for another function, not handed on";
-    case StrayKind::otherRequest:
-        return "answers another request, not handed on";
-    case StrayKind::noise:
-        return "noise";
-    case StrayKind::echo:
-        return "echo of the request, stripped";
-    case StrayKind::late:
-        return "late or surplus bytes, flushed";
-    case StrayKind::surplus:
-        return "more than was asked for, not handed on";
-    }
-    return "";
-}
-
 LogTime wallTime(Clock::time_point time)
 {
     const auto since = Clock::now() - time;
@@ -86,7 +65,11 @@ void Recording::ended(const Transmission& transmission)
                   replyText(reception.bytes, transmission.sent, areas_)});
         break;
     case LineResult::timeout:
-        note("no reply within " + std::to_string(milliseconds(transmission.timeout)) + " ms");
+        note(reasonText(reception, transmission.replyLength,
+                        " within " + std::to_string(milliseconds(transmission.timeout)) + " ms"));
+        break;
+    case LineResult::heldBack:
+        note(reasonText(reception, transmission.replyLength));
         break;
     case LineResult::broadcast:
         break;
@@ -95,7 +78,8 @@ void Recording::ended(const Transmission& transmission)
 
 void Recording::strayCame(const Stray& stray)
 {
-    log_.add({wallTime(stray.at), Direction::stray, stray.bytes, strayText(stray.kind)});
+    log_.add({wallTime(stray.at), Direction::stray, stray.bytes,
+              std::string(nameOf(stray.kind)) + ", not handed on"});
 }
 
 } // namespace dov417

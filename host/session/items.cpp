@@ -38,6 +38,10 @@ Item Items::find(const std::string& text, Access access) const
         return made(tag->name, tag->address, tag->format, tag->comment, access);
     if (text.find(':') == std::string::npos && !source_.tags.empty())
         throw UsageFailure(source_.tags + " has no tag '" + text + "'");
+    if (text.find(':') == std::string::npos && !registerType(library_, text))
+        throw UsageFailure("'" + text +
+                           "' is no address, which is written R_W:100 or "
+                           "2/M_bit:1.0..1.15; a tag needs its file, with --tags FILE");
     const Address address = parseAddress(library_, text);
     return made(toText(library_, address), address, FormatChoice(), std::string(), access);
 }

@@ -1,6 +1,7 @@
 #include "session/pending_requests.h"
 
 #include <algorithm>
+#include <set>
 #include <utility>
 
 #include "session/driver_keys.h"
@@ -9,8 +10,7 @@ namespace dov417 {
 
 namespace {
 
-constexpr std::size_t maxHandedIn = 200; // far below the 513 at which the driver drops writes
-constexpr int queued = 1;                // result of intf_setData() and intf_addConditionRead()
+constexpr int queued = 1; // result of intf_setData() and intf_addConditionRead()
 const char* const notTaken = "the driver does not take it";
 
 // It has to be read first, and nobody answers a broadcast: the driver would wait for ever.
@@ -19,21 +19,13 @@ bool canBeFramed(const Address& address)
     return address.station != 0 || address.width != Width::bit || areaOf(address.regName) != "R";
 }
 
-bool shareWords(const Address& a, const Address& b)
-{
-    const Address wordsOfA = wordsOf(a);
-    const Address wordsOfB = wordsOf(b);
-    return a.station == b.station && wordsOfA.regName == wordsOfB.regName &&
-           wordsOfA.first < wordsOfB.first + wordsOfB.length &&
-           wordsOfB.first < wordsOfA.first + wordsOfA.length;
-}
-
 } // namespace
 
 PendingRequests::PendingRequests(const Library& library, Tellings& tellings,
-                                 std::function<void(const Address&, int)> writeCounted)
+                                 std::function<void(const Address&, int)> writeCounted,
+                                 std::function<bool(int)> isDead)
     : library_(library), tellings_(tellings), writeCounted_(std::move(writeCounted)),
-      nextNumber_(firstTicket)
+      isDead_(std::move(isDead)), nextNumber_(firstTicket)
 {
 }
 
@@ -53,30 +45,43 @@ void PendingRequests::readOnce(const Address& words, Done done)
     reads_.push_back({nextNumber_++, words, {}, std::move(done)});
 }
 
-bool PendingRequests::feed()
+bool PendingRequests::feed(std::optional<long long> cycle)
 {
-    const bool fedWrites = feedWrites();
+    const bool fedWrites = feedWrites(cycle);
     const bool fedRead = feedRead();
     return fedWrites || fedRead;
 }
 
-bool PendingRequests::feedWrites()
+// In their order; only those that wait for a dead station are overtaken.
+bool PendingRequests::feedWrites(std::optional<long long> cycle)
 {
+    std::set<int> underWay;
+    for (const auto& [number, ticket] : handedInWrites_)
+        underWay.insert(ticket.address.station);
+    bool mayBeDead = (!cycle || cycle != cycleOfDeadWrite_) &&
+                     std::none_of(underWay.begin(), underWay.end(), isDead_);
     bool fed = false;
-    while (!waitingWrites_.empty() && handedInWrites_.size() < maxHandedIn) {
-        Ticket next = waitingWrites_.front();
-        const bool wordsUnderWay =
-            std::any_of(handedInWrites_.begin(), handedInWrites_.end(), [&next](const auto& entry) {
-                return shareWords(entry.second.address, next.address);
-            });
-        if (wordsUnderWay)
+    for (auto waiting = waitingWrites_.begin(); waiting != waitingWrites_.end();) {
+        const int station = waiting->address.station;
+        const bool isDead = isDead_(station);
+        if (isDead && !mayBeDead) {
+            ++waiting;
+            continue;
+        }
+        if (underWay.count(station) > 0)
             break;
-        waitingWrites_.pop_front();
+        Ticket next = *waiting;
+        waiting = waitingWrites_.erase(waiting);
         if (library_.intf_setData(next.address.station,
                                   QString::fromStdString(next.address.regName), next.address.first,
                                   next.address.length, next.data.data(), next.number) == queued) {
             handedInWrites_.emplace(next.number, next);
+            underWay.insert(station);
             fed = true;
+            if (isDead) {
+                mayBeDead = false;
+                cycleOfDeadWrite_ = cycle;
+            }
         } else {
             endWrite(next, Result::refused(notTaken));
         }

@@ -1,10 +1,11 @@
 // Writes and single reads that have no outcome yet, each with what is to be done when it has.
 //
 // The driver's own queues would lose some of them:
-// - equal writes replace each other, and writes are dropped when the queue is full: only so many
-//   are handed in;
-// - of two writes of one word its cache takes the value of the second for what the first has
-//   written: the second is handed in when the first has its outcome;
+// - equal writes replace each other, writes are dropped when the queue is full, and of two writes
+// of
+//   one word its cache takes the value of the second for what the first has written: of each
+//   station one at a time is handed in. So writes to a dead station fail one by one, and those to
+//   others need not wait for all of them;
 // - a failed single read empties the whole list of them: they are handed in one by one;
 // - a write that cannot be framed would block the queue for ever: it is refused before.
 #ifndef DOV417_SESSION_PENDING_REQUESTS_H
@@ -13,6 +14,7 @@
 #include <deque>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,14 +32,18 @@ using Done = std::function<void(const Result&)>;
 class PendingRequests {
 public:
     // writeCounted: a write of this address was taken on (+1) or has its outcome (-1).
+    // isDead: is the station silent?
     PendingRequests(const Library& library, Tellings& tellings,
-                    std::function<void(const Address&, int step)> writeCounted);
+                    std::function<void(const Address&, int step)> writeCounted,
+                    std::function<bool(int station)> isDead);
 
     void write(const Write& piece, Done done);
     void readOnce(const Address& words, Done done);
 
-    // Hands the driver what it may have now. True if that was anything.
-    bool feed();
+    // Hands the driver what it may have now; of all writes to dead stations one in this cycle, if
+    // there are cycles: the driver would let ten of them pass before it reads again. True if that
+    // was anything.
+    bool feed(std::optional<long long> cycle);
     // Is this frame the read before a write of bits, after which the write itself is still to come?
     bool isReadBeforeWrite(const Transmission& transmission) const;
     // The request behind this frame has ended; it may be none of these.
@@ -57,7 +63,7 @@ private:
         Done done;
     };
 
-    bool feedWrites();
+    bool feedWrites(std::optional<long long> cycle);
     bool feedRead();
     void end(const Ticket& ticket, const Result& result);
     void endWrite(const Ticket& ticket, const Result& result);
@@ -65,9 +71,11 @@ private:
     const Library& library_;
     Tellings& tellings_;
     std::function<void(const Address&, int)> writeCounted_;
+    std::function<bool(int)> isDead_;
     int nextNumber_;
     std::deque<Ticket> waitingWrites_;
     std::map<int, Ticket> handedInWrites_;
+    std::optional<long long> cycleOfDeadWrite_; // that was handed in last
     std::deque<Ticket> reads_;
     bool readHandedIn_ = false; // the first of them
 };

@@ -5,12 +5,10 @@
 #include <vector>
 
 #include "line/failure.h"
+#include "link/request_parts.h"
 #include "text/addresses.h"
 
 namespace dov417 {
-
-// What one write of the Modbus protocol carries: the driver's limit where the gap sets none.
-constexpr int maxWordsOfAWrite = 123;
 
 // What the driver is handed as one write: one bit, or words that stay together.
 struct Write {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <numeric>
 #include <set>
 #include <tuple>
 
@@ -146,18 +147,52 @@ int distinctWords(const std::vector<Stretch>& stretches)
 
 int PlannedRequest::coils() const
 {
-    return bytes.size() > 1 && bytes.at(1) == readCoils ? length * bitsPerWord : 0;
+    return bytes.size() > 1 && bytes.at(1) == readCoils ? longest() * bitsPerWord : 0;
+}
+
+int PlannedRequest::longest() const
+{
+    int words = parts.empty() ? length : 0;
+    for (const PlannedPart& part : parts)
+        words = std::max(words, part.length);
+    return words;
 }
 
 bool PlannedRequest::isAboveLimit() const
 {
-    return coils() > 0 ? coils() > maxCoils : length > maxRegisters;
+    return coils() > 0 ? coils() > maxCoils : longest() > maxRegisters;
 }
 
 Planner::Planner(const Library& library, const std::vector<Address>& addresses,
-                 const SerialFormat& wire, microseconds responseTime)
-    : library_(library), addresses_(addresses), wire_(wire), responseTime_(responseTime)
+                 const SerialFormat& wire, microseconds responseTime, int maximum)
+    : library_(library), addresses_(addresses), wire_(wire), responseTime_(responseTime),
+      maximum_(maximum), wholeValues_(addresses)
 {
+}
+
+void Planner::cut(PlannedRequest& request) const
+{
+    if (request.length <= maximum_)
+        return;
+    const MayCut mayCut = [this, &request](int word) {
+        return !wholeValues_.goOn(request.station, request.regName, request.address + word);
+    };
+    int first = 0;
+    for (const int words : partLengths(request.length, maximum_, mayCut)) {
+        PlannedPart part;
+        part.address = request.address + first;
+        part.length = words;
+        part.bytes = partOf(request.bytes, first, words);
+        part.replyLength = partReplyLength(request.bytes, words);
+        part.time = std::chrono::round<microseconds>(wire_.transaction(
+            static_cast<int>(part.bytes.size()), part.replyLength, responseTime_));
+        request.parts.push_back(part);
+        first += words;
+    }
+    if (!request.parts.empty())
+        request.time = std::accumulate(
+            request.parts.begin(), request.parts.end(), microseconds(0),
+            [](microseconds sum, const PlannedPart& part) { return sum + part.time; });
 }
 
 Plan Planner::plan(int gap) const
@@ -173,6 +208,7 @@ Plan Planner::plan(int gap) const
             throw Failure("the library plans " + std::to_string(requests) +
                           " requests and frames only " + std::to_string(i));
         plan.requests.push_back(plannedRequest(frame, wire_, responseTime_));
+        cut(plan.requests.back());
         plan.cycle += plan.requests.back().time;
         QByteArray reply = madeUpReply(frame);
         QString text;

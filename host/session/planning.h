@@ -9,6 +9,8 @@
 
 #include "driver/library.h"
 #include "line/serial_format.h"
+#include "link/request_parts.h"
+#include "session/whole_values.h"
 #include "text/addresses.h"
 
 namespace dov417 {
@@ -17,6 +19,15 @@ namespace dov417 {
 const int maxRegisters = 125;
 const int maxCoils = 2000;
 
+// A frame and its reply.
+struct PlannedPart {
+    int address; // words
+    int length;
+    QByteArray bytes;
+    int replyLength;
+    std::chrono::microseconds time; // on the wire, inter-frame delays and response time included
+};
+
 struct PlannedRequest {
     int station;
     std::string regName; // a word type
@@ -24,9 +35,11 @@ struct PlannedRequest {
     int length;
     QByteArray bytes;
     int replyLength;
-    std::chrono::microseconds time; // on the wire, inter-frame delays and response time included
+    std::chrono::microseconds time;
+    std::vector<PlannedPart> parts; // that it goes out in; empty: as it is
 
-    int coils() const; // 0 for registers
+    int longest() const; // words in one frame
+    int coils() const;   // in one frame; 0 for registers
     bool isAboveLimit() const;
 };
 
@@ -55,8 +68,9 @@ struct Stretch {
 
 class Planner {
 public:
+    // maximum: registers in one request, or 16 coils for each.
     Planner(const Library& library, const std::vector<Address>& addresses, const SerialFormat& wire,
-            std::chrono::microseconds responseTime);
+            std::chrono::microseconds responseTime, int maximum = noMaximum);
 
     // Configures the driver anew, plans, and walks the plan once with made-up replies. Throws a
     // std::logic_error while a session has the driver: beside one, a child process plans, see
@@ -74,10 +88,14 @@ public:
     std::vector<Stretch> divided(const Plan& plan) const;
 
 private:
+    void cut(PlannedRequest& request) const;
+
     const Library& library_;
     std::vector<Address> addresses_;
     SerialFormat wire_;
     std::chrono::microseconds responseTime_;
+    int maximum_;
+    WholeValues wholeValues_;
 };
 
 // The best outcome: nothing left out if that can be had, then the shortest cycle, then the smallest

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "line/json_error.h"
 #include "line/replace_file.h"
 #include "text/json_value.h"
 #include "text/text_file.h"
@@ -41,7 +42,7 @@ Json parseFile(const std::string& file)
     try {
         json = Json::parse(text);
     } catch (const Json::parse_error& error) {
-        throw UsageFailure(file + ": " + error.what());
+        throw UsageFailure(file + ": " + jsonErrorText(error.what()));
     }
     if (!json.is_object())
         throw UsageFailure(file + ": a recipe is an object of tag names and values");

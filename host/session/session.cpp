@@ -19,13 +19,16 @@ const char* const repliesAreDoubtful =
 
 Session::Session(const Library& library, const SessionSettings& settings)
     : library_(library), claim_(library), settings_(settings), views_(library),
-      requests_(library, tellings_,
-                [this](const Address& address, int step) { views_.countWrite(address, step); }),
+      requests_(
+          library, tellings_,
+          [this](const Address& address, int step) { views_.countWrite(address, step); },
+          [this](int station) { return runner_.isDead(station); }),
       recipe_(library, tellings_),
       runner_(library,
               LinkEvents{[this](const Transmission& transmission) { began(transmission); },
                          [this](const Transmission& transmission) { ended(transmission); },
                          [this](const Transmission& marker) { tellEnded(marker); },
+                         [this](const Transmission& part) { tellEnded(part); },
                          [this](const Stray& stray) {
                              tellings_.add([this, stray]() { emit strayCame(stray); });
                          },
@@ -33,7 +36,8 @@ Session::Session(const Library& library, const SessionSettings& settings)
                              tellings_.add([this, text]() { emit noticed(text); });
                          },
                          [this]() { doubt(); },
-                         [this](bool open, const std::string& message) { portWas(open, message); }})
+                         [this](bool open, const std::string& message) { portWas(open, message); }},
+              [this](const Request& request, int word) { return mayCut(request, word); })
 {
     // For connections that are queued, to another thread.
     qRegisterMetaType<ViewChanges>("dov417::ViewChanges");
@@ -130,8 +134,10 @@ Result Session::watch(const std::vector<Address>& addresses)
         if (result.accepted)
             result = watchable(library_, address);
     watched_ = result.accepted ? addresses : std::vector<Address>();
+    wholeValues_ = WholeValues(watched_);
     views_.replace(watched_, requests_.writtenAddresses());
     planViews();
+    feed();
     runner_.wake();
     return result;
 }
@@ -186,19 +192,32 @@ void Session::tellEnded(const Transmission& transmission)
         tellings_.add([this, transmission]() { emit transmissionEnded(transmission); });
 }
 
+// What is read once, written or moved as a recipe begins where a value does.
+bool Session::mayCut(const Request& request, int word) const
+{
+    constexpr int maxValueLength = 2;
+    const bool isCyclic = request.kind == cyclicKind && !recipe_.isMoving();
+    return isCyclic ? !wholeValues_.goOn(request.station, request.regName, word)
+                    : (word - request.address) % maxValueLength == 0;
+}
+
 void Session::ended(const Transmission& transmission)
 {
-    tellEnded(transmission);
+    if (!transmission.isLocal && transmission.frames == 0)
+        tellEnded(transmission); // else its parts were told, or nothing was sent
     const bool readBeforeWrite = requests_.isReadBeforeWrite(transmission);
     const bool accepted = transmission.verdict == replyAccepted;
     if (transmission.isRead() && !readBeforeWrite) {
-        if (accepted)
+        if (accepted && transmission.frames == 0)
             views_.confirm(transmission.request, transmission.asOf);
+        else if (accepted)
+            for (const Part& part : transmission.parts)
+                views_.confirm(part.words, part.asOf);
         else if (transmission.isAbandoned())
             views_.giveUp(transmission.request);
     }
 
-    if (transmission.isAbandoned())
+    if (transmission.isAbandoned() && !transmission.isLocal) // that its station is silent is known
         tellings_.add([this, request = transmission.description, reason = transmission.reason]() {
             emit abandoned(request, reason);
         });
@@ -209,7 +228,7 @@ void Session::ended(const Transmission& transmission)
         isOfPlanBefore_ = false;
         // Nothing is on the line now: only here is it certain whose the next frame is.
         recipe_.beginRound();
-        requests_.feed();
+        requests_.feed(cycleUnderWay());
     }
     tellChanges();
 }
@@ -222,6 +241,11 @@ void Session::settle(const Transmission& transmission)
         countCycle();
     else
         requests_.settle(transmission);
+}
+
+std::optional<long long> Session::cycleUnderWay() const
+{
+    return plannedRequests_ > 0 ? std::optional<long long>(cycles_) : std::nullopt;
 }
 
 void Session::countCycle()
@@ -287,7 +311,7 @@ void Session::readOnce(const Address& words, Done done)
 
 void Session::feed()
 {
-    const bool fed = requests_.feed();
+    const bool fed = requests_.feed(cycleUnderWay());
     tellChanges();
     if (fed)
         runner_.wake();

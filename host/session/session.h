@@ -12,6 +12,7 @@
 #define DOV417_SESSION_SESSION_H
 
 #include <QObject>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,7 @@
 #include "session/recipe_transfer.h"
 #include "session/tellings.h"
 #include "session/views.h"
+#include "session/whole_values.h"
 
 namespace dov417 {
 
@@ -113,8 +115,10 @@ private:
     void planViews();
     void began(const Transmission& transmission);
     void tellEnded(const Transmission& transmission);
+    bool mayCut(const Request& request, int word) const;
     void ended(const Transmission& transmission);
     void settle(const Transmission& transmission);
+    std::optional<long long> cycleUnderWay() const; // none where nothing is watched
     void countCycle();
     void doubt();
     void portWas(bool open, const std::string& message);
@@ -130,6 +134,7 @@ private:
     PendingRequests requests_;
     RecipeTransfer recipe_;
     std::vector<Address> watched_;
+    WholeValues wholeValues_; // of these
 
     int plannedRequests_ = 0;
     int requestsThisCycle_ = 0;

@@ -82,6 +82,14 @@ Texts splitAddress(const std::string& text)
     return parts;
 }
 
+std::string inLowerCase(std::string text)
+{
+    for (char& letter : text)
+        if (letter >= 'A' && letter <= 'Z')
+            letter = static_cast<char>(letter - 'A' + 'a');
+    return text;
+}
+
 // "1.5": all digits, and the very bit that the value stands for.
 bool isExact(const std::string& text, int value)
 {
@@ -267,9 +275,14 @@ std::string checkSentence(const Library& library, int code, const std::string& r
                (type && type->width == Width::doubleWord ? " (the first word of a value)" : "");
     case checkUnknown: {
         std::string names;
-        for (const RegisterType& known : registerTypes(library))
+        std::string meant;
+        for (const RegisterType& known : registerTypes(library)) {
             names += (names.empty() ? "" : ", ") + known.name;
-        return "unknown register '" + regName + "'; there are " + names;
+            if (inLowerCase(known.name) == inLowerCase(regName))
+                meant = "did you mean " + known.name + "? ";
+        }
+        return "unknown register '" + regName + "'; " + meant + (meant.empty() ? "t" : "T") +
+               "here are " + names;
     }
     case checkBadText:
         return "'" + text + "' is no address of " + regName + ", which is written " +

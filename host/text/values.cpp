@@ -96,6 +96,13 @@ std::string text(std::uint32_t value, Width width, Notation notation)
     throw UsageFailure("value '" + text + "': " + why);
 }
 
+bool isReal(const std::string& text)
+{
+    double number = 0;
+    const char* const end = text.data() + text.size();
+    return std::from_chars(text.data(), end, number).ptr == end && !text.empty();
+}
+
 struct Digits {
     std::string text;
     int base = 10;
@@ -125,7 +132,7 @@ std::uint32_t integer(const std::string& text, int base, std::int64_t lowest, st
     const char* end = begin + digits.text.size();
     const auto [stop, error] = std::from_chars(begin, end, magnitude, digits.base);
     if (stop != end || error == std::errc::invalid_argument)
-        refuse(text, "not a number");
+        refuse(text, isReal(text) ? "not a whole number" : "not a number");
     const std::string range =
         "out of range, " + std::to_string(lowest) + " to " + std::to_string(highest);
     // Nothing allowed here comes near 2^62, so both signs fit.

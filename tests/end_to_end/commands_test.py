@@ -58,7 +58,7 @@ class Read(EndToEnd):
         done = run("read", "--port", controller.port, "--timeout", "50", "R_W:100", "9/R_W:1")
         self.assertEqual(done.returncode, 1)
         self.assertEqual(done.stdout, "1/R_W:100 = 5\n")
-        self.assertEqual(done.stderr, "dov417: 9/R_W:1: no answer\n")
+        self.assertEqual(done.stderr, "dov417: 9/R_W:1: no answer: no byte came\n")
 
     def test_a_refusal_is_named_and_nothing_is_made_up(self):
         controller = self.controller("--fault", "exception:2=100%")
@@ -192,7 +192,7 @@ class Watch(EndToEnd):
         self.assertEqual(done.returncode, 1)
         told = [json.loads(line) for line in done.stdout.splitlines()]
         self.assertEqual([(t["abandoned"], t["reason"]) for t in told],
-                         [("1#R_W100(1)", "no answer")] * 2)  # fmt: skip
+                         [("1#R_W100(1)", "no answer: no byte came")] * 2)  # fmt: skip
 
     def test_csv_has_a_row_a_change(self):
         tags = self.write_file("tags.csv", TAGS)

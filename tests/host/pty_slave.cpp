@@ -70,7 +70,7 @@ void PtySlave::send(const QByteArray& bytes)
 
 void PtySlave::deliver(const QByteArray& bytes)
 {
-    constexpr int patienceMilliseconds = 60000;
+    constexpr int patienceMilliseconds = 300000;
     send(bytes);
     pollfd arrival = {keeper_, POLLIN, 0};
     if (poll(&arrival, 1, patienceMilliseconds) != 1)
@@ -79,7 +79,7 @@ void PtySlave::deliver(const QByteArray& bytes)
 
 bool waitUntil(const std::function<bool()>& condition)
 {
-    constexpr int patienceMilliseconds = 60000;
+    constexpr int patienceMilliseconds = 300000;
     bool patient = true;
     QTimer watchdog;
     watchdog.setSingleShot(true);

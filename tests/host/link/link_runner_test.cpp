@@ -44,6 +44,7 @@ protected:
         events.notice = [this](const std::string& text) { notices.push_back(text); };
         events.began = [](const Transmission&) {};
         events.markerEnded = [](const Transmission&) {};
+        events.partEnded = [](const Transmission&) {};
         events.ended = [this](const Transmission& transmission) {
             ended.push_back(transmission);
             if (transmission.verdict == replyBad)
@@ -121,11 +122,12 @@ TEST_F(RunnerOnALine, BadRepliesAreCountedByTheirKind)
     const RequestCounters& counters = runner->statistics().requests.at("read  1#R_W10(1)");
     EXPECT_EQ(counters.sent, 9);
     EXPECT_EQ(counters.good, 1);
-    EXPECT_EQ(counters.badCrc, 3);
-    EXPECT_EQ(counters.shortReplies, 2);
+    EXPECT_EQ(counters.badFor(Reason::badCrc), 3);
+    EXPECT_EQ(counters.badFor(Reason::cutShort), 2);
+    EXPECT_EQ(counters.badFor(Reason::exception), 3);
     EXPECT_EQ(counters.exceptions, (std::map<int, long long>{{2, 1}, {3, 2}}));
     EXPECT_EQ(counters.retries, 8);
-    EXPECT_EQ(counters.timeouts, 0);
+    EXPECT_EQ(counters.badFor(Reason::silence), 0);
     EXPECT_EQ(counters.abandoned, 0);
 }
 
@@ -138,7 +140,7 @@ TEST_F(RunnerOnALine, SilenceIsCountedUntilTheRequestIsGivenUp)
     EXPECT_FALSE(runner->statistics().linkIsGood);
     const RequestCounters total = runner->statistics().total();
     EXPECT_EQ(total.sent, 3);
-    EXPECT_EQ(total.timeouts, 3);
+    EXPECT_EQ(total.badFor(Reason::silence), 3);
     EXPECT_EQ(total.retries, 2);
     EXPECT_EQ(total.abandoned, 1);
     EXPECT_EQ(total.good, 0);

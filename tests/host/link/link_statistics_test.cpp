@@ -35,7 +35,8 @@ TEST(Statistics, SumUpWhatHappenedToEachRequest)
     first.exceptions[2] = 3;
     RequestCounters& second = statistics.of("write 1#T5(1)");
     second.sent = 4;
-    second.timeouts = 3;
+    second.badFor(Reason::silence) = 3;
+    second.badFor(Reason::badCrc) = 1;
     second.retries = 2;
     second.abandoned = 1;
     second.good = 1;
@@ -43,20 +44,21 @@ TEST(Statistics, SumUpWhatHappenedToEachRequest)
     const std::string text = fullStatistics(statistics, statistics.started + seconds(4));
     for (const char* const expected :
          {"over 4.0 s",
-          "all requests: 14 sent, 8 good, 3 timeouts, 4 retries, 1 abandoned, "
-          "3 x exception 2 (illegal data address), 3.5 polls/s",
+          "all requests: 14 sent, 8 good, 3 x no byte came, 1 x bad CRC, "
+          "3 x exception 2 (illegal data address), 4 retries, 1 abandoned, 3.5 polls/s",
           "no whole cycle, line 25.0 % used by bytes", "link good",
-          "read  1#R_W10(5): 10 sent, 7 good, 2 retries, 3 x exception 2 (illegal data address)",
-          "write 1#T5(1): 4 sent, 1 good, 3 timeouts, 2 retries, 1 abandoned"})
+          "read  1#R_W10(5): 10 sent, 7 good, 3 x exception 2 (illegal data address), 2 retries",
+          "write 1#T5(1): 4 sent, 1 good, 3 x no byte came, 1 x bad CRC, 2 retries, 1 abandoned"})
         EXPECT_NE(text.find(expected), std::string::npos) << expected << "\nin\n" << text;
 }
 
 TEST(Statistics, SayWhyARequestWasLastGivenUp)
 {
     LinkStatistics statistics;
-    statistics.of("write 1#T5(1)").givenUp = "no answer";
+    statistics.of("write 1#T5(1)").givenUp = "no answer: no byte came";
     EXPECT_EQ(requestStatistics(statistics),
-              (std::vector<std::string>{"write 1#T5(1): 0 sent, 0 good; given up: no answer"}));
+              (std::vector<std::string>{
+                  "write 1#T5(1): 0 sent, 0 good; given up: no answer: no byte came"}));
 }
 
 TEST(Statistics, EndWithTheStateOfTheLink)
@@ -69,13 +71,24 @@ TEST(Statistics, EndWithTheStateOfTheLink)
     EXPECT_EQ(briefStatistics(statistics, Clock::now()).back(), "port closed");
 }
 
+TEST(Statistics, TellWhatEachStationTakesAndIsGiven)
+{
+    LinkStatistics statistics;
+    statistics.stations.push_back({3, Micros(3200), Micros(612000), Micros(918000)});
+    const std::string text = fullStatistics(statistics, statistics.started + seconds(1));
+    EXPECT_NE(text.find("  station 3: answers after 3.2 ms, 612.0 ms at the slowest; is waited for "
+                        "918.0 ms\n"),
+              std::string::npos)
+        << text;
+}
+
 TEST(Statistics, NameWhatWasNoReply)
 {
     LinkStatistics statistics;
     statistics.strays.at(static_cast<std::size_t>(StrayKind::otherStation)) = 2;
     statistics.strays.at(static_cast<std::size_t>(StrayKind::echo)) = 1;
     const std::string text = fullStatistics(statistics, statistics.started + seconds(1));
-    EXPECT_NE(text.find("bytes that were no reply: 2 from another station, 1 echoes stripped"),
+    EXPECT_NE(text.find("bytes that were no reply: 2 x another station, 1 x echo of the request"),
               std::string::npos)
         << text;
 }

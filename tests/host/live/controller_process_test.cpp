@@ -19,7 +19,7 @@ using ::testing::HasSubstr;
 
 std::string ask(const std::string& port, const char* request, int length)
 {
-    constexpr int patienceMilliseconds = 60000;
+    constexpr int patienceMilliseconds = 300000;
     const QByteArray bytes = QByteArray::fromHex(request);
     const int descriptor = open(port.c_str(), O_RDWR | O_NOCTTY);
     EXPECT_EQ(write(descriptor, bytes.constData(), static_cast<std::size_t>(bytes.size())),

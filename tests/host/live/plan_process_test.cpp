@@ -27,10 +27,15 @@ std::string text(const Stretch& stretch)
 std::string text(const PlanReport& report)
 {
     std::string all = "cycle " + std::to_string(report.plan.cycle.count()) + "\n";
-    for (const PlannedRequest& request : report.plan.requests)
+    for (const PlannedRequest& request : report.plan.requests) {
         all += text({request.station, request.regName, request.address, request.length}) +
                hexText(request.bytes) + ", " + std::to_string(request.replyLength) + ", " +
                std::to_string(request.time.count()) + "\n";
+        for (const PlannedPart& part : request.parts)
+            all += "part " + std::to_string(part.address) + "+" + std::to_string(part.length) +
+                   ", " + hexText(part.bytes) + ", " + std::to_string(part.replyLength) + ", " +
+                   std::to_string(part.time.count()) + "\n";
+    }
     for (const Stretch& stretch : report.uncovered)
         all += "uncovered " + text(stretch);
     for (const Stretch& stretch : report.divided)
@@ -86,12 +91,16 @@ TEST_F(APlanProcess, SaysWhatAPlannerSaysWhileASessionPolls)
     // Unread words, 32-bit values in two requests, coils, two stations, a hole to bridge.
     order.addresses = addresses({"R_W:0..199", "R_W:50", "2/R_D:142..301", "2/R_W:257..261",
                                  "2/R_W:289..420", "M_bit:1.5", "T:3", "T:10"});
-    const Planner planner(library, order.addresses, order.format, order.responseTime);
+    order.maxRegisters = 60;
+    const Planner planner(library, order.addresses, order.format, order.responseTime,
+                          order.maxRegisters);
     PlanReport expected;
     expected.plan = planner.plan(order.gap);
     expected.uncovered = planner.uncovered(expected.plan);
     expected.divided = planner.divided(expected.plan);
     expected.outcomes = planner.outcomes();
+    ASSERT_FALSE(expected.plan.requests.at(0).parts.empty() &&
+                 expected.plan.requests.at(1).parts.empty());
     ASSERT_FALSE(expected.uncovered.empty());
     ASSERT_FALSE(expected.divided.empty());
     ASSERT_GT(expected.outcomes.size(), 1U);

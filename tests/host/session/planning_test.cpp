@@ -114,6 +114,45 @@ TEST_F(Planning, RequestsAboveWhatTheProtocolAllowsAreMarked)
     EXPECT_EQ(planner({"M_W:0..124"}).plan(10).requests.at(0).coils(), 2000);
 }
 
+TEST_F(Planning, ALongRequestGoesOutInParts)
+{
+    const Planner plans(library, {parseAddress(library, "R_W:0..127")}, SerialFormat(),
+                        microseconds(5000), 60);
+    const PlannedRequest request = plans.plan(10).requests.at(0);
+    ASSERT_EQ(request.parts.size(), 3U);
+    EXPECT_EQ(hexText(request.parts.at(1).bytes), "01 03 05 3C 00 3B C4 D9");
+    EXPECT_EQ(request.parts.at(1).address, 60);
+    EXPECT_EQ(request.parts.at(1).length, 59);
+    EXPECT_EQ(request.parts.at(1).replyLength, 123);
+    // 8 + 123 characters, two silences, and what the controller takes.
+    EXPECT_EQ(request.parts.at(1).time, microseconds(37526 + 3500 + 5000));
+    EXPECT_EQ(request.time,
+              request.parts.at(0).time + request.parts.at(1).time + request.parts.at(2).time);
+    EXPECT_EQ(plans.plan(10).cycle, request.time);
+    EXPECT_FALSE(request.isAboveLimit());
+    EXPECT_EQ(plans.outcomes().at(0).aboveLimit, 0);
+}
+
+TEST_F(Planning, NoPartEndsInsideAValue)
+{
+    const auto lengths = [this](const std::vector<const char*>& texts, int maximum) {
+        std::vector<Address> addresses;
+        for (const char* text : texts)
+            addresses.push_back(parseAddress(library, text));
+        const Planner plans(library, addresses, SerialFormat(), microseconds(0), maximum);
+        std::vector<int> all;
+        const Plan plan = plans.plan(10);
+        for (const PlannedPart& part : plan.requests.at(0).parts)
+            all.push_back(part.length);
+        return all;
+    };
+    EXPECT_THAT(lengths({"R_W:0..127"}, 127), ElementsAre(127, 1));
+    EXPECT_THAT(lengths({"R_W:0..127"}, 128), IsEmpty());
+    EXPECT_THAT(lengths({"R_D:0..127"}, 125), ElementsAre(124, 4));
+    EXPECT_THAT(lengths({"R_W:0", "R_D:1..126", "R_W:127"}, 124), ElementsAre(123, 5));
+    EXPECT_THAT(lengths({"R_D:0..9", "R_D:1..10"}, 8), IsEmpty()) << "they overlap throughout";
+}
+
 TEST_F(Planning, AnAddressInsideALongOneLeavesTheEndOfTheLongOneUnread)
 {
     const Planner plans = planner({"R_W:0..199", "R_W:50"});

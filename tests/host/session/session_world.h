@@ -2,6 +2,7 @@
 #ifndef DOV417_TESTS_SESSION_WORLD_H
 #define DOV417_TESTS_SESSION_WORLD_H
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <set>
@@ -63,7 +64,9 @@ protected:
     }
 
     // Answers reads and writes of registers from `registers` (by their number on the line,
-    // 0x0500 + R_W), refuses those in `illegal`; says nothing while it `isSilent`.
+    // Answers reads and writes of registers from `registers` (by their number on the line,
+    // 0x0500 + R_W), refuses those in `illegal` and more than `maxRegisters` at once; says nothing
+    // while it `isSilent` or for stations in `silentStations`.
     void beAController()
     {
         slave.arrived = [this](const QByteArray& bytes) {
@@ -101,8 +104,14 @@ protected:
     QByteArray pending;
     std::map<int, int> registers;
     std::set<int> illegal;
+    int maxRegisters = 128;
+    std::vector<int> counts; // registers in each request
     int requests = 0;
     bool isSilent = false;
+    std::function<void(const QByteArray&)> sendReply = [this](const QByteArray& bytes) {
+        slave.send(bytes);
+    };
+    std::set<int> silentStations;
     std::map<int, std::string> outcomes;
     std::unique_ptr<Session> session;
 
@@ -126,40 +135,42 @@ private:
     void answer(const QByteArray& request)
     {
         ++requests;
-        if (isSilent)
+        if (isSilent || silentStations.count(request.at(0)) > 0)
             return;
         if (request.at(1) == 8) {
-            slave.send(request);
+            sendReply(request);
             return;
         }
         const int first = number(request, 2);
         const int count = request.at(1) == 6 ? 1 : number(request, 4);
+        counts.push_back(count);
         const auto refused = illegal.lower_bound(first);
-        if (refused != illegal.end() && *refused < first + count) {
+        const bool isIllegal = refused != illegal.end() && *refused < first + count;
+        if (isIllegal || count > maxRegisters) {
             QByteArray exception = request.left(1);
             exception.append(static_cast<char>(request.at(1) | 0x80));
-            exception.append('\2');
-            slave.send(withCrc(exception));
+            exception.append(isIllegal ? '\2' : '\3');
+            sendReply(withCrc(exception));
             return;
         }
         if (request.at(1) == 6) {
             registers[first] = number(request, 4);
-            slave.send(request);
+            sendReply(request);
             return;
         }
         if (request.at(1) == 16) {
             for (int i = 0; i < count; ++i)
                 registers[first + i] = number(request, 7 + 2 * i);
-            slave.send(withCrc(request.left(6)));
+            sendReply(withCrc(request.left(6)));
             return;
         }
-        QByteArray reply = request.left(2);
-        reply.append(static_cast<char>(2 * count));
+        QByteArray values = request.left(2);
+        values.append(static_cast<char>(2 * count));
         for (int i = 0; i < count; ++i) {
-            reply.append(static_cast<char>(registers[first + i] >> 8));
-            reply.append(static_cast<char>(registers[first + i] & 0xFF));
+            values.append(static_cast<char>(registers[first + i] >> 8));
+            values.append(static_cast<char>(registers[first + i] & 0xFF));
         }
-        slave.send(withCrc(reply));
+        sendReply(withCrc(values));
     }
 };
 

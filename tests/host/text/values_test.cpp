@@ -106,9 +106,12 @@ TEST(Values, OutOfRangeNamesTheRange)
 
 TEST(Values, WhatIsNoNumberIsRefused)
 {
-    for (const char* text : {"", "x", "1 ", " 1", "--1", "0x", "1.5", "1,5"})
+    for (const char* text : {"", "x", "1 ", " 1", "--1", "0x", "1,5"})
         EXPECT_EQ(refused(Width::word, asUnsigned, text),
                   "value '" + std::string(text) + "': not a number");
+    for (const char* text : {"1.5", "1e3"})
+        EXPECT_EQ(refused(Width::word, asUnsigned, text),
+                  "value '" + std::string(text) + "': not a whole number");
     EXPECT_EQ(refused(Width::word, asBcd, "-1"), "value '-1': BCD takes decimal digits only");
     EXPECT_EQ(refused(Width::word, asBcd, "12A"), "value '12A': BCD takes decimal digits only");
     EXPECT_EQ(refused(Width::doubleWord, asReal, "1.5x"), "value '1.5x': not a number");

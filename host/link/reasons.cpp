@@ -1,0 +1,94 @@
+#include "link/reasons.h"
+
+#include <array>
+
+#include "line/crc16.h"
+
+namespace dov417 {
+
+namespace {
+
+struct Words {
+    const char* key;
+    const char* name;
+};
+
+const std::array<Words, reasonCount> words = {{{"none", ""},
+                                               {"noByte", "no byte came"},
+                                               {"noFrame", "no frame"},
+                                               {"anotherStation", "another station"},
+                                               {"anotherFunction", "another function"},
+                                               {"anotherRequest", "another request"},
+                                               {"late", "late"},
+                                               {"surplus", "more than was asked for"},
+                                               {"heldBack", "held back"},
+                                               {"badCrc", "bad CRC"},
+                                               {"cutShort", "cut short"},
+                                               {"exception", "exception"},
+                                               {"broadcast", "broadcast"}}};
+
+constexpr unsigned char exceptionFlag = 0x80;
+
+int functionOf(const QByteArray& frame)
+{
+    return static_cast<unsigned char>(frame.at(1)) & ~exceptionFlag;
+}
+
+} // namespace
+
+const char* nameOf(Reason reason)
+{
+    return words.at(static_cast<std::size_t>(reason)).name;
+}
+
+const char* keyOf(Reason reason)
+{
+    return words.at(static_cast<std::size_t>(reason)).key;
+}
+
+Reason reasonOf(StrayKind kind)
+{
+    switch (kind) {
+    case StrayKind::otherStation:
+        return Reason::otherStation;
+    case StrayKind::otherFunction:
+        return Reason::otherFunction;
+    case StrayKind::otherRequest:
+        return Reason::otherRequest;
+    case StrayKind::noise:
+        return Reason::noFrame;
+    case StrayKind::echo:
+        return Reason::none;
+    case StrayKind::late:
+        return Reason::late;
+    case StrayKind::surplus:
+        return Reason::surplus;
+    }
+    return Reason::none;
+}
+
+const char* nameOf(StrayKind kind)
+{
+    return kind == StrayKind::echo ? "echo of the request" : nameOf(reasonOf(kind));
+}
+
+void Astray::begin()
+{
+    noise = 0;
+    frame = Reason::none;
+}
+
+void Astray::add(const Stray& stray)
+{
+    if (stray.kind == StrayKind::echo)
+        return;
+    if (!hasGoodCrc(stray.bytes)) {
+        noise += static_cast<int>(stray.bytes.size());
+        return;
+    }
+    frame = reasonOf(stray.kind);
+    from = frame == Reason::otherFunction ? functionOf(stray.bytes)
+                                          : static_cast<unsigned char>(stray.bytes.at(0));
+}
+
+} // namespace dov417

@@ -1,0 +1,142 @@
+#include "link/request_parts.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "line/crc16.h"
+
+namespace dov417 {
+
+namespace {
+
+constexpr int readCoils = 1;
+constexpr int readRegisters = 3;
+constexpr int lastReadFunction = 4;
+constexpr int writeCoils = 15;
+constexpr int writeRegisters = 16;
+
+constexpr int functionIndex = 1;
+constexpr int addressIndex = 2;
+constexpr int quantityIndex = 4;
+constexpr int head = 6;        // station, function, address, quantity
+constexpr int writtenData = 7; // the byte count before it
+constexpr int readData = 3;
+constexpr int crcLength = 2;
+constexpr int bytesPerWord = 2;
+constexpr int coilsPerWord = 16;
+
+int byteAt(const QByteArray& bytes, int index)
+{
+    return static_cast<unsigned char>(bytes.at(index));
+}
+
+int numberAt(const QByteArray& bytes, int index)
+{
+    return byteAt(bytes, index) * 256 + byteAt(bytes, index + 1);
+}
+
+void append(QByteArray& bytes, int number)
+{
+    bytes.append(static_cast<char>(number >> 8 & 0xFF)).append(static_cast<char>(number & 0xFF));
+}
+
+bool carriesRun(const QByteArray& request)
+{
+    const int function = byteAt(request, functionIndex);
+    return function == readCoils || function == readRegisters || function == writeCoils ||
+           function == writeRegisters;
+}
+
+// Of address and quantity.
+int unitsPerWord(const QByteArray& request)
+{
+    return isOfCoils(request) ? coilsPerWord : 1;
+}
+
+} // namespace
+
+int wordsIn(const QByteArray& request)
+{
+    const int units = unitsPerWord(request);
+    if (!carriesRun(request) || numberAt(request, quantityIndex) % units != 0)
+        return 0;
+    return numberAt(request, quantityIndex) / units;
+}
+
+bool isWrite(const QByteArray& request)
+{
+    return byteAt(request, functionIndex) > lastReadFunction;
+}
+
+bool isOfCoils(const QByteArray& request)
+{
+    const int function = byteAt(request, functionIndex);
+    return function == readCoils || function == writeCoils;
+}
+
+std::vector<int> partLengths(int words, int maximum, const MayCut& mayCut)
+{
+    constexpr int impossible = std::numeric_limits<int>::max() / 2;
+    const auto count = static_cast<std::size_t>(words);
+    const auto most = static_cast<std::size_t>(maximum);
+
+    // By the word that a part would begin with: how many parts it takes from there to the end.
+    std::vector<int> needed(count + 1, impossible);
+    needed.at(count) = 0;
+    for (std::size_t from = count; from-- > 0;) {
+        if (from > 0 && !mayCut(static_cast<int>(from)))
+            continue; // nothing begins there
+        const auto next = needed.begin() + static_cast<std::ptrdiff_t>(from) + 1;
+        const auto last = next + static_cast<std::ptrdiff_t>(std::min(most, count - from));
+        needed.at(from) = std::min(impossible, *std::min_element(next, last) + 1);
+    }
+    if (needed.front() == impossible)
+        return {};
+
+    std::vector<int> lengths;
+    for (std::size_t from = 0; from < count; from += static_cast<std::size_t>(lengths.back())) {
+        int chosen = 0;
+        bool isNew = false;
+        for (std::size_t length = std::min(most, count - from); length > 0 && !isNew; --length) {
+            if (needed.at(from + length) != needed.at(from) - 1)
+                continue;
+            const int candidate = static_cast<int>(length);
+            isNew = std::find(lengths.begin(), lengths.end(), candidate) == lengths.end();
+            if (chosen == 0 || isNew)
+                chosen = candidate;
+        }
+        lengths.push_back(chosen);
+    }
+    return lengths;
+}
+
+QByteArray partOf(const QByteArray& request, int first, int words)
+{
+    const int units = unitsPerWord(request);
+    QByteArray frame = request.left(addressIndex);
+    append(frame, numberAt(request, addressIndex) + first * units);
+    append(frame, words * units);
+    if (isWrite(request)) {
+        frame.append(static_cast<char>(words * bytesPerWord & 0xFF));
+        frame.append(request.mid(writtenData + first * bytesPerWord, words * bytesPerWord));
+    }
+    return withCrc(frame);
+}
+
+int partReplyLength(const QByteArray& request, int words)
+{
+    return isWrite(request) ? head + crcLength : readData + words * bytesPerWord + crcLength;
+}
+
+QByteArray joinedReply(const QByteArray& request, const std::vector<QByteArray>& replies)
+{
+    if (isWrite(request))
+        return withCrc(request.left(head)); // the echo of the whole address and quantity
+    QByteArray reply = request.left(addressIndex);
+    reply.append(static_cast<char>(wordsIn(request) * bytesPerWord & 0xFF));
+    for (const QByteArray& part : replies)
+        reply.append(part.mid(readData, part.size() - readData - crcLength));
+    return withCrc(reply);
+}
+
+} // namespace dov417

@@ -1,0 +1,97 @@
+// An exchange whose line and time are in the hands of the test.
+#ifndef DOV417_TESTS_HAND_LINE_H
+#define DOV417_TESTS_HAND_LINE_H
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "line/crc16.h"
+#include "link/exchange.h"
+
+namespace dov417 {
+
+class HandLine {
+public:
+    HandLine()
+    {
+        ExchangeLine line;
+        line.write = [this](const QByteArray& bytes) { sent.push_back(bytes); };
+        line.bytesWait = []() { return false; };
+        line.wakeAt = [this](Clock::time_point when) { wake_ = when; };
+        line.sleep = [this]() { wake_ = Clock::time_point::max(); };
+        line.sent = [](const Transmission&) {};
+        line.markerEnded = [](const Transmission&) {};
+        line.stray = [this](const Stray& stray) { strays.push_back(stray); };
+        line.notice = [this](const std::string& text) { notices.push_back(text); };
+        exchange = std::make_unique<Exchange>(line);
+        settings.timeout.initial = std::chrono::milliseconds(500);
+        settings.timeout.max = std::chrono::seconds(15);
+        settings.turnaround = std::chrono::milliseconds(100);
+        settings.replyGap = std::chrono::milliseconds(100);
+        settings.horizon = std::chrono::seconds(30);
+        settings.isShared = false;
+    }
+
+    void start()
+    {
+        exchange->start(settings, now);
+        pass(std::chrono::milliseconds(10)); // the line has been silent
+    }
+
+    // The request in hex, without its CRC; it goes out at once.
+    void ask(const char* request, int replyLength)
+    {
+        Transmission transmission;
+        transmission.sent = withCrc(QByteArray::fromHex(request));
+        transmission.replyLength = replyLength;
+        ended.reset();
+        exchange->transact(
+            transmission, [this](const Transmission& each) { ended = each; }, now);
+        pass(std::chrono::milliseconds(0));
+    }
+
+    // So much time goes by, with nothing on the line.
+    void pass(Clock::duration time)
+    {
+        const Clock::time_point until = now + time;
+        while (wake_ <= until) {
+            now = std::max(now, wake_);
+            wake_ = Clock::time_point::max();
+            exchange->timerDue(now);
+        }
+        now = until;
+    }
+
+    // Bytes in hex.
+    void come(const char* bytes)
+    {
+        exchange->bytesCame(QByteArray::fromHex(bytes), now);
+    }
+    // A frame without its CRC.
+    void comeWhole(const char* frame)
+    {
+        exchange->bytesCame(withCrc(QByteArray::fromHex(frame)), now);
+    }
+
+    std::string reason() const
+    {
+        return ended ? reasonText(ended->reception, ended->replyLength) : "under way";
+    }
+
+    ExchangeSettings settings;
+    std::unique_ptr<Exchange> exchange;
+    Clock::time_point now = Clock::time_point() + std::chrono::hours(1);
+    std::vector<QByteArray> sent;
+    std::vector<Stray> strays;
+    std::vector<std::string> notices;
+    std::optional<Transmission> ended;
+
+private:
+    Clock::time_point wake_ = Clock::time_point::max();
+};
+
+} // namespace dov417
+
+#endif

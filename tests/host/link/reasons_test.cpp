@@ -1,0 +1,148 @@
+#include "link/reasons.h"
+
+#include <gtest/gtest.h>
+#include <set>
+
+#include "hand_line.h"
+
+namespace dov417 {
+
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+
+// One register of station 1, of which this is the reply.
+const char* const wholeRead = "0103050A0001";
+const char* const wholeReply = "0103020007";
+constexpr int dueBytes = 7;
+
+struct Case {
+    const char* name;
+    std::vector<const char*> frames; // whole, without their CRC
+    std::vector<const char*> bytes;
+    Reason why;
+    const char* words;
+};
+
+const Case cases[] = {
+    {"Nothing", {}, {}, Reason::silence, "no answer: no byte came"},
+    {"Noise", {}, {"FF01AA"}, Reason::noFrame, "no answer: 3 bytes came, but no frame"},
+    {"OneByte", {}, {"FF"}, Reason::noFrame, "no answer: 1 byte came, but no frame"},
+    {"AnotherStation",
+     {"0203020007"},
+     {},
+     Reason::otherStation,
+     "no answer: another station answered (2)"},
+    {"AnotherStationInNoise",
+     {"0203020007"},
+     {"FF01AA"},
+     Reason::otherStation,
+     "no answer: another station answered (2)"},
+    {"AnotherFunction",
+     {"0104020007"},
+     {},
+     Reason::otherFunction,
+     "no answer: another function was answered (4)"},
+    {"AnotherFunctionRefused",
+     {"018402"},
+     {},
+     Reason::otherFunction,
+     "no answer: another function was answered (4)"},
+    {"AnotherQuantity",
+     {"01030400010002"},
+     {},
+     Reason::otherRequest,
+     "no answer: another request was answered"},
+    {"TheEchoOfTheRequestAlone", {wholeRead}, {}, Reason::silence, "no answer: no byte came"},
+    {"Garbled", {}, {"01030200070000"}, Reason::badCrc, "bad CRC"},
+    {"Short", {}, {"01030200"}, Reason::cutShort, "reply cut short: 4 of 7 bytes"},
+    {"Refusal", {"018302"}, {}, Reason::exception, "exception 2 (illegal data address)"},
+};
+
+class ARequestThatIsAnsweredBy : public ::testing::TestWithParam<Case> {};
+
+TEST_P(ARequestThatIsAnsweredBy, HasItsReason)
+{
+    HandLine line;
+    line.start();
+    line.ask(wholeRead, dueBytes); // the line is a good one
+    line.pass(milliseconds(20));
+    line.comeWhole(wholeReply);
+    ASSERT_EQ(line.ended->reception.result, LineResult::reply);
+    line.pass(milliseconds(20));
+
+    line.ask(wholeRead, dueBytes);
+    line.pass(milliseconds(20));
+    for (const char* const frame : GetParam().frames) {
+        line.comeWhole(frame);
+        line.pass(milliseconds(120));
+    }
+    for (const char* const bytes : GetParam().bytes)
+        line.come(bytes);
+    line.pass(seconds(1));
+    ASSERT_TRUE(line.ended.has_value());
+    EXPECT_EQ(reasonOf(line.ended->reception, dueBytes), GetParam().why);
+    EXPECT_EQ(line.reason(), GetParam().words);
+    EXPECT_NE(line.reason().find(nameOf(GetParam().why)), std::string::npos)
+        << "messages and counters have the same words";
+}
+
+INSTANTIATE_TEST_SUITE_P(Reasons, ARequestThatIsAnsweredBy, ::testing::ValuesIn(cases),
+                         [](const auto& each) { return std::string(each.param.name); });
+
+TEST(AReason, IsAnotherSpeedOrParityWhereNoFrameHasEverCome)
+{
+    HandLine line;
+    line.start();
+    line.ask(wholeRead, dueBytes);
+    line.come("FE01AA55");
+    line.pass(seconds(1));
+    EXPECT_EQ(line.reason(),
+              "no answer: 4 bytes came, but no frame; looks like another speed or parity");
+}
+
+TEST(AReason, IsALateReplyWhereOneToAnotherRequestCame)
+{
+    HandLine line;
+    line.settings.timeout.isFixed = true;
+    line.start();
+    line.ask(wholeRead, dueBytes);
+    line.pass(milliseconds(600));
+    EXPECT_EQ(line.reason(), "no answer: no byte came");
+    line.ask("0103050B0002", dueBytes + 2); // another length, so it need not wait
+    line.comeWhole(wholeReply);
+    line.pass(seconds(1));
+    EXPECT_EQ(line.reason(), "no answer: only a late reply to an earlier request came");
+    EXPECT_EQ(reasonOf(line.ended->reception, dueBytes + 2), Reason::late);
+}
+
+TEST(AReason, IsThatItWasHeldBackWhereALateReplyCouldBeTakenForItsOwn)
+{
+    HandLine line;
+    line.settings.timeout.isFixed = true;
+    line.settings.mayMark = false;
+    line.start();
+    line.ask("010600010007", 8);
+    line.pass(milliseconds(600));
+    line.ask("010600010008", 8); // no read can tell
+    line.pass(seconds(1));
+    EXPECT_EQ(line.sent.size(), 1U);
+    EXPECT_EQ(line.reason(), "held back: a late reply could be taken for its own");
+}
+
+TEST(Reasons, HaveANameAndAKeyEach)
+{
+    std::set<std::string> names;
+    std::set<std::string> keys;
+    for (int i = 0; i < reasonCount; ++i) {
+        names.insert(nameOf(static_cast<Reason>(i)));
+        keys.insert(keyOf(static_cast<Reason>(i)));
+    }
+    EXPECT_EQ(names.size(), static_cast<std::size_t>(reasonCount));
+    EXPECT_EQ(keys.size(), static_cast<std::size_t>(reasonCount));
+}
+
+} // namespace
+
+} // namespace dov417

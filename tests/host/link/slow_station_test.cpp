@@ -1,0 +1,88 @@
+// What a person is told of a station that is slower than its time-out.
+#include <gtest/gtest.h>
+
+#include "hand_line.h"
+
+namespace dov417 {
+
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+using Notices = std::vector<std::string>;
+
+const char* const slowRead = "0103050A0001";
+const char* const slowReply = "0103020007";
+
+// Station 1 answers after 600 ms, the time-out is 500 ms.
+void askSlowStation(HandLine& line)
+{
+    line.ask(slowRead, 7);
+    line.pass(milliseconds(602)); // with the request's own time on the line
+    line.comeWhole(slowReply);
+    line.pass(seconds(3));
+}
+
+TEST(ASlowStation, IsNamedOnce)
+{
+    HandLine line;
+    line.start();
+    askSlowStation(line);
+    EXPECT_EQ(line.notices, Notices{"station 1 answers after 600 ms: waiting longer from now on"});
+    askSlowStation(line);
+    EXPECT_EQ(line.notices.size(), 1U);
+    ASSERT_TRUE(line.ended.has_value());
+    EXPECT_EQ(line.ended->reception.result, LineResult::reply);
+}
+
+TEST(ASlowStation, IsNamedWithTheOptionToRaise)
+{
+    HandLine line;
+    line.settings.timeout.isFixed = true;
+    line.start();
+    askSlowStation(line);
+    EXPECT_EQ(line.notices, Notices{"station 1 answers after 600 ms, later than it is waited for: "
+                                    "raise --timeout"});
+}
+
+TEST(ASlowStation, IsNamedWithTheMostThatItMayBeGiven)
+{
+    HandLine line;
+    line.settings.timeout.max = milliseconds(550);
+    line.start();
+    askSlowStation(line);
+    EXPECT_EQ(line.notices, Notices{"station 1 answers after 600 ms, later than it is waited for: "
+                                    "raise --timeout-max"});
+}
+
+TEST(AStationThatWasSwitchedOff, IsNotTakenToBeSlow)
+{
+    HandLine line;
+    line.start();
+    line.ask(slowRead, 7);
+    line.pass(seconds(20));
+    line.ask(slowRead, 7); // the same once more: nobody can tell which one is answered
+    line.pass(milliseconds(12));
+    line.comeWhole(slowReply);
+    ASSERT_TRUE(line.ended.has_value());
+    EXPECT_EQ(line.ended->reception.result, LineResult::reply);
+    EXPECT_EQ(line.notices, Notices{});
+    ASSERT_EQ(line.exchange->stationTimes().size(), 1U);
+    EXPECT_LT(line.exchange->stationTimes().front().slowest, milliseconds(20));
+}
+
+TEST(AStationThatAnswersInTime, IsNotNamed)
+{
+    HandLine line;
+    line.start();
+    line.ask(slowRead, 7);
+    line.pass(milliseconds(499));
+    line.comeWhole(slowReply);
+    EXPECT_EQ(line.notices, Notices{});
+    ASSERT_EQ(line.exchange->stationTimes().size(), 1U);
+    EXPECT_EQ(line.exchange->stationTimes().front().station, 1);
+}
+
+} // namespace
+
+} // namespace dov417
