@@ -11,6 +11,7 @@
 #include "tool/demo_round.h"
 #include "tool/live_command.h"
 #include "tool/screen.h"
+#include "tool/troubles.h"
 #include "tool/view_table.h"
 
 namespace dov417 {
@@ -176,7 +177,7 @@ private:
     void draw()
     {
         std::vector<std::string> lines = foot();
-        lines.emplace_back("Ctrl-C ends");
+        lines.emplace_back(live_.isWaiting() ? waitingForTheLastReply : "Ctrl-C ends");
         screen_->draw(viewTable(live_.session().views(), labels_, Clock::now()), {}, lines);
     }
 
@@ -189,9 +190,12 @@ private:
             std::printf("%s\n", row.c_str());
         std::fflush(stdout);
         std::vector<std::string> problems = round_.problems();
+        std::vector<std::pair<std::string, std::string>> wrong;
         for (std::size_t i = 0; i < live_.session().views().size(); ++i)
             if (!live_.session().views().at(i).hasValue)
-                problems.push_back(labels_.at(i).name + ": no value came");
+                wrong.emplace_back(labels_.at(i).name, "no value came");
+        for (const std::string& line : grouped(wrong))
+            problems.push_back(line);
         // A person who ends the demo early has not found a fault.
         if (live_.interruption().empty() && (round_.completed() == 0 || round_.isUnderWay()))
             problems.push_back("the round of writes did not end");

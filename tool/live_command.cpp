@@ -3,10 +3,13 @@
 #include <cstdio>
 
 #include "line/failure.h"
+#include "tool/statistics_json.h"
 
 namespace dov417 {
 
 namespace {
+
+constexpr std::chrono::milliseconds noticeable(300); // a wait at the end
 
 std::set<int> stationsOf(const std::vector<Item>& items)
 {
@@ -18,13 +21,12 @@ std::set<int> stationsOf(const std::vector<Item>& items)
 
 } // namespace
 
+const char* const waitingForTheLastReply = "waiting for the last reply; Ctrl-C again ends at once";
+
 LiveCommand::LiveCommand(const Library& library, const LineOptions& options,
                          const std::vector<Item>& items,
                          const simulator::SimulationOptions& controller)
-    : options_(options), shutdown_([this]() {
-          interruption_ = "interrupted";
-          end();
-      }),
+    : options_(options), shutdown_([this]() { interrupt(); }),
       line_(library, options, stationsOf(items), controller),
       session_(library, sessionSettings(options))
 {
@@ -32,6 +34,13 @@ LiveCommand::LiveCommand(const Library& library, const LineOptions& options,
     QObject::connect(&portTimer_, &QTimer::timeout, &portTimer_, [this]() {
         interruption_ = "the port did not come back";
         end();
+    });
+    waitTimer_.setSingleShot(true);
+    waitTimer_.setInterval(noticeable);
+    QObject::connect(&waitTimer_, &QTimer::timeout, &waitTimer_, [this]() {
+        isWaiting_ = true;
+        if (!isQuiet_)
+            std::fprintf(stderr, "dov417: %s\n", waitingForTheLastReply);
     });
     line_.record(session_);
     QObject::connect(&session_, &Session::noticed, &portTimer_, [this](const std::string& text) {
@@ -57,6 +66,11 @@ void LiveCommand::open()
 void LiveCommand::beQuiet()
 {
     isQuiet_ = true;
+}
+
+void LiveCommand::countInJson()
+{
+    countsInJson_ = true;
 }
 
 void LiveCommand::endWithoutPort(std::chrono::milliseconds patience)
@@ -89,8 +103,33 @@ void LiveCommand::run()
 
 void LiveCommand::end()
 {
+    if (isEnding_)
+        return;
+    isEnding_ = true;
+    waitTimer_.start();
+    session_.finish([this]() { endNow(); });
+}
+
+void LiveCommand::interrupt()
+{
+    if (isEnding_) {
+        endNow();
+        return;
+    }
+    interruption_ = "interrupted";
+    end();
+}
+
+void LiveCommand::endNow()
+{
+    waitTimer_.stop();
     ended_ = true;
     loop_.quit();
+}
+
+bool LiveCommand::isWaiting() const
+{
+    return isWaiting_;
 }
 
 const std::string& LiveCommand::interruption() const
@@ -100,8 +139,11 @@ const std::string& LiveCommand::interruption() const
 
 int LiveCommand::finish(bool complete)
 {
+    const Clock::time_point now = Clock::now();
     if (options_.stats)
-        std::printf("%s", fullStatistics(session_.statistics(), Clock::now()).c_str());
+        std::printf("%s", countsInJson_
+                              ? (statisticsJson(session_.statistics(), now) + "\n").c_str()
+                              : fullStatistics(session_.statistics(), now).c_str());
     if (line_.hasLostLog())
         std::fprintf(stderr, "dov417: the log %s could not be written\n", options_.log.c_str());
     return complete && !line_.hasLostLog() ? exitDone : exitFailed;

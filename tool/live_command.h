@@ -20,6 +20,8 @@ namespace dov417 {
 // Long enough to plug an adapter in again.
 constexpr std::chrono::seconds defaultPortPatience(10);
 
+extern const char* const waitingForTheLastReply;
+
 class LiveCommand {
 public:
     // An own controller gets the stations that the items name.
@@ -32,12 +34,17 @@ public:
 
     // The terminal shows something else: no words about the port on it.
     void beQuiet();
+    // The counters are printed for a program.
+    void countInJson();
     // A command that has an end of its own does not wait for a lost port for ever.
     void endWithoutPort(std::chrono::milliseconds patience = defaultPortPatience);
 
-    // Runs the event loop until somebody calls end(), or Ctrl-C.
+    // Runs the event loop until somebody calls end(), or Ctrl-C; either way until the line is
+    // quiet, unless Ctrl-C comes again.
     void run();
     void end();
+    // The line is not quiet yet, and for so long that one would notice.
+    bool isWaiting() const;
     // Why the loop ended early: "interrupted", "the port did not come back"; empty if it did not.
     const std::string& interruption() const;
 
@@ -49,13 +56,19 @@ public:
     const ControllerProcess* controller() const;
 
 private:
+    void interrupt();
+    void endNow();
     void portChanged(bool open, const std::string& message);
 
     LineOptions options_;
     QEventLoop loop_;
     QTimer portTimer_;
+    QTimer waitTimer_;
     bool endsWithoutPort_ = false;
     bool isQuiet_ = false;
+    bool countsInJson_ = false;
+    bool isEnding_ = false;
+    bool isWaiting_ = false;
     bool ended_ = false;
     bool wasLost_ = false;
     std::string interruption_;

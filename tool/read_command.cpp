@@ -7,6 +7,7 @@
 
 #include "session/single_reads.h"
 #include "tool/live_command.h"
+#include "tool/troubles.h"
 #include "tool/view_table.h"
 
 namespace dov417 {
@@ -34,12 +35,11 @@ int runRead(const ReadOptions& options)
     });
     live.run();
 
-    bool complete = true;
+    std::vector<std::pair<std::string, std::string>> wrong;
     for (std::size_t i = 0; i < items.size(); ++i) {
         const std::string problem = problems ? problems->at(i) : live.interruption();
         if (!problem.empty()) {
-            complete = false;
-            std::fprintf(stderr, "dov417: %s: %s\n", items.at(i).name.c_str(), problem.c_str());
+            wrong.emplace_back(items.at(i).name, problem);
             continue;
         }
         std::string text;
@@ -47,7 +47,9 @@ int runRead(const ReadOptions& options)
             text += " " + value;
         std::printf("%s =%s\n", items.at(i).name.c_str(), text.c_str());
     }
-    return live.finish(complete);
+    for (const std::string& line : grouped(wrong))
+        std::fprintf(stderr, "dov417: %s\n", line.c_str());
+    return live.finish(wrong.empty());
 }
 
 } // namespace

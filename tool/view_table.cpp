@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "tool/troubles.h"
+
 namespace dov417 {
 
 namespace {
@@ -84,6 +86,47 @@ std::string previousText(const View& view, const ViewLabel& label)
     return view.changes > 0 ? textOf(view, label, view.previous) : "";
 }
 
+const char* qualityText(Quality quality)
+{
+    switch (quality) {
+    case Quality::neverRead:
+        return "never read";
+    case Quality::good:
+        return "";
+    case Quality::old:
+        return "old";
+    case Quality::beingWritten:
+        return "being written";
+    }
+    return "";
+}
+
+std::vector<std::string> doubtfulValues(const std::vector<View>& views,
+                                        const std::vector<Item>& items,
+                                        const std::vector<ViewLabel>& labels)
+{
+    const auto wrongWith = [&views](std::size_t index) -> std::string {
+        const Quality quality = views.at(index).quality();
+        return quality == Quality::good        ? ""
+               : quality == Quality::neverRead ? "no value came"
+               : quality == Quality::old       ? "the value is old"
+                                               : "the value is being written";
+    };
+    std::vector<std::pair<std::string, std::string>> wrong;
+    std::size_t first = 0;
+    for (const Item& item : items) {
+        const std::size_t end = first + static_cast<std::size_t>(valueCount(item.address));
+        bool areAlike = true;
+        for (std::size_t i = first; i < end; ++i)
+            areAlike = areAlike && wrongWith(i) == wrongWith(first);
+        for (std::size_t i = first; i < (areAlike ? first + 1 : end); ++i)
+            if (!wrongWith(i).empty())
+                wrong.emplace_back(areAlike ? item.name : labels.at(i).name, wrongWith(i));
+        first = end;
+    }
+    return grouped(wrong);
+}
+
 std::vector<std::string> viewTable(const std::vector<View>& views,
                                    const std::vector<ViewLabel>& labels, Clock::time_point now)
 {
@@ -91,11 +134,11 @@ std::vector<std::string> viewTable(const std::vector<View>& views,
     const bool named = std::any_of(labels.begin(), labels.end(), [](const ViewLabel& label) {
         return label.name != label.address;
     });
-    std::vector<Row> rows = {{"address", "value", "previous", "age", "changes"}};
+    std::vector<Row> rows = {{"address", "value", "quality", "previous", "age", "changes"}};
     for (std::size_t i = 0; i < views.size(); ++i)
         rows.push_back({labels.at(i).address, valueText(views.at(i), labels.at(i)),
-                        previousText(views.at(i), labels.at(i)), ageText(views.at(i), now),
-                        std::to_string(views.at(i).changes)});
+                        qualityText(views.at(i).quality()), previousText(views.at(i), labels.at(i)),
+                        ageText(views.at(i), now), std::to_string(views.at(i).changes)});
     if (named) {
         rows.front().insert(rows.front().begin(), "name");
         for (std::size_t i = 0; i < views.size(); ++i)

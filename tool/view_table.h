@@ -26,7 +26,16 @@ std::vector<std::string> cachedTexts(const Session& session, const Item& item);
 std::string valueText(const View& view, const ViewLabel& label);
 std::string previousText(const View& view, const ViewLabel& label);
 
-// A heading and a row each: name, address, value, previous value, age, changes.
+// "old", "never read", "being written"; nothing for a good one.
+const char* qualityText(Quality quality);
+
+// Lines about the values that are not good, an item by its name where all of its values are alike:
+// "1/R_W:0..127, 2/T:5: no value came".
+std::vector<std::string> doubtfulValues(const std::vector<View>& views,
+                                        const std::vector<Item>& items,
+                                        const std::vector<ViewLabel>& labels);
+
+// A heading and a row each: name, address, value, quality, previous value, age, changes.
 std::vector<std::string> viewTable(const std::vector<View>& views,
                                    const std::vector<ViewLabel>& labels, Clock::time_point now);
 

@@ -81,9 +81,6 @@ public:
     const Books& books() const;
     void awaitLate(const Books& earlier);
 
-    // Does a marker precede each request?
-    bool isWary(Clock::time_point now) const;
-
     // Nothing is sent any more. What has not gone out yet is dropped: its done is not called.
     void sendNoMore();
     // When the replies that are out have come, or have had the time that their stations take.
@@ -91,6 +88,9 @@ public:
 
     // Of the stations that have answered.
     std::vector<StationTime> stationTimes() const;
+    // Does a marker precede each request?
+    bool isWary(Clock::time_point now) const;
+
     // Time that the bytes sent and received so far took on the wire.
     Micros wireTime() const;
 

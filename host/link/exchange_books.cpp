@@ -62,7 +62,8 @@ void Exchange::noteAnswer(const OpenTransmission& answered, Clock::time_point no
     const Transmission& onLine = isMarking_ ? marker_ : current_;
     const bool inTime =
         onLine.sent == answered.sent && onLine.reception.firstByte != Clock::time_point();
-    const Clock::time_point began = inTime ? onLine.reception.firstByte : now;
+    // A frame of another kind is known to have ended only some silence after its last byte.
+    const Clock::time_point began = inTime ? onLine.reception.firstByte : lastActivity_;
     // Sent several times, it may be the last that is answered: a station that was switched off for
     // an hour does not take an hour.
     const Clock::time_point ended = books_.lastSent(answered.sent).value_or(answered.sentAt) +

@@ -180,13 +180,15 @@ void Exchange::reportStrays(Clock::time_point now)
             behind_ = stray.bytes;
             continue;
         }
-        stray.at = now;
+        stray.at = lastActivity_;
         if (stray.kind != StrayKind::echo) {
             const Settled settled = settle(stray.bytes, now);
             stray.answers = settled.number();
-            stray.kind = settled.kindOr(settled.answered ? StrayKind::late : stray.kind);
+            stray.kind = settled.answered ? StrayKind::late : stray.kind;
+            astray_.add(stray);
+            stray.kind = settled.kindOr(stray.kind);
         }
-        report(stray);
+        line_.stray(stray);
     }
 }
 

@@ -49,6 +49,11 @@ public:
     bool isOpen() const; // also while the port is away
     // Has it been silent since a request to it was given up?
     bool isDead(int station) const;
+    // Polls no more. Calls quiet once, from the event loop, when the replies that are out have
+    // come, or have had the time that their stations take, and no later than after two seconds.
+    // What comes meanwhile is dealt with as ever. With a line that is not open it is quiet at once.
+    void finish(std::function<void()> quiet);
+    bool isFinishing() const;
     // There is something new to send: an idle runner polls at once.
     void wake();
 
@@ -63,6 +68,8 @@ private:
     void answerLocally(Transmission transmission, Clock::time_point silentSince);
     void heard(int station);
     void tell(StationProbes::News news, const Transmission& transmission);
+    void lookAgain();
+    void lookWhetherQuiet();
 
     const Library& library_;
     LinkEvents events_;
@@ -77,6 +84,10 @@ private:
     int notAsked_ = 0;              // cyclic reads in a row that were answered without the line
     Clock::time_point nextProbe_{}; // of them
     QTimer idleTimer_;
+    QTimer quietTimer_;
+    std::function<void()> quiet_;
+    Clock::time_point finishBy_{};
+    bool isFinishing_ = false;
     FRAME_PRO frame_ = FRAME_PRO();
     bool portIsOpen_ = false;
     bool repeating_ = false; // the driver will hand out the same frame again

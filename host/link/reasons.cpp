@@ -20,7 +20,6 @@ const std::array<Words, reasonCount> words = {{{"none", ""},
                                                {"anotherFunction", "another function"},
                                                {"anotherRequest", "another request"},
                                                {"late", "late"},
-                                               {"surplus", "more than was asked for"},
                                                {"heldBack", "held back"},
                                                {"badCrc", "bad CRC"},
                                                {"cutShort", "cut short"},
@@ -60,16 +59,24 @@ Reason reasonOf(StrayKind kind)
     case StrayKind::echo:
         return Reason::none;
     case StrayKind::late:
-        return Reason::late;
     case StrayKind::surplus:
-        return Reason::surplus;
+        return Reason::late;
     }
     return Reason::none;
 }
 
 const char* nameOf(StrayKind kind)
 {
-    return kind == StrayKind::echo ? "echo of the request" : nameOf(reasonOf(kind));
+    return kind == StrayKind::echo      ? "echo of the request"
+           : kind == StrayKind::surplus ? "more than was asked for"
+                                        : nameOf(reasonOf(kind));
+}
+
+const char* keyOf(StrayKind kind)
+{
+    return kind == StrayKind::echo      ? "echo"
+           : kind == StrayKind::surplus ? "surplus"
+                                        : keyOf(reasonOf(kind));
 }
 
 void Astray::begin()

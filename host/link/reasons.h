@@ -15,14 +15,13 @@ enum class Reason {
     otherFunction, // the station answered another function
     otherRequest,  // the station answered something else
     late,          // what came belongs to an earlier request
-    surplus,       // more came than was asked for
     heldBack,      // not sent: a reply that is still out could be taken for its own
     badCrc,
     cutShort,
     exception,
     broadcast // nobody answers it
 };
-constexpr int reasonCount = 13;
+constexpr int reasonCount = 12;
 
 // For people, as in "2 x bad CRC"; each message about the reason contains it.
 const char* nameOf(Reason reason);
@@ -33,6 +32,7 @@ const char* keyOf(Reason reason);
 Reason reasonOf(StrayKind kind);
 // "another station"; "echo of the request".
 const char* nameOf(StrayKind kind);
+const char* keyOf(StrayKind kind);
 
 // What came while a reply was awaited, and was none.
 struct Astray {

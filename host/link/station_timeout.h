@@ -33,15 +33,15 @@ public:
     // It did not begin in time. A request that is repeated again and again is not waited for longer
     // and longer.
     void passed(const TimeoutSettings& settings);
+    // How long a reply that is out is awaited when the line is left.
+    Micros patience(const TimeoutSettings& settings) const;
+    bool hasAnswered() const;
+    StationTime time(int station, const TimeoutSettings& settings) const;
     // Half as long again as it took at most of late; 0 until it has answered.
     Micros measured() const
     {
         return measured_;
     }
-    // How long a reply that is out is awaited when the line is left.
-    Micros patience(const TimeoutSettings& settings) const;
-    bool hasAnswered() const;
-    StationTime time(int station, const TimeoutSettings& settings) const;
     bool hasGrownInVain() const;
 
 private:

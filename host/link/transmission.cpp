@@ -83,8 +83,6 @@ std::string reasonText(const Reception& reception, int expectedLength, const std
         return none + "another request was answered";
     case Reason::late:
         return none + "only a late reply to an earlier request came";
-    case Reason::surplus:
-        return none + "more replies came than were asked for";
     case Reason::heldBack:
         return "held back: a late reply could be taken for its own";
     case Reason::badCrc:

@@ -16,10 +16,10 @@ namespace {
 constexpr std::array<int, 4> signalNumbers = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
 std::array<int, 2> channel = {-1, -1}; // a handler may do no more than write a byte
 
-void handle(int)
+void handle(int number)
 {
     const int error = errno;
-    const char byte = 0;
+    const char byte = static_cast<char>(number);
     if (write(channel[1], &byte, 1) < 0) {
         // The channel is full of unheard requests; there is nobody to tell.
     }
@@ -27,12 +27,13 @@ void handle(int)
 }
 
 // What the caller has ignored, as nohup does, stays ignored.
-void install(void (*handler)(int), int flags)
+void install(void (*handler)(int))
 {
-    struct sigaction action = {};
-    action.sa_handler = handler;
-    action.sa_flags = flags;
     for (const int number : signalNumbers) {
+        struct sigaction action = {};
+        action.sa_handler = handler;
+        action.sa_flags =
+            static_cast<int>(number == SIGHUP ? SA_RESTART : SA_RESTART | SA_RESETHAND);
         struct sigaction before = {};
         if (sigaction(number, nullptr, &before) == 0 && before.sa_handler != SIG_IGN)
             sigaction(number, &action, nullptr);
@@ -47,16 +48,21 @@ Shutdown::Shutdown(std::function<void()> asked) : asked_(std::move(asked))
         throw std::system_error(errno, std::generic_category(), "pipe2");
     notifier_ = std::make_unique<QSocketNotifier>(channel[0], QSocketNotifier::Read);
     QObject::connect(notifier_.get(), &QSocketNotifier::activated, notifier_.get(), [this]() {
-        char bytes[16];
-        if (read(channel[0], bytes, sizeof bytes) > 0)
+        char byte = 0;
+        if (read(channel[0], &byte, 1) != 1)
+            return;
+        install(handle);
+        const bool isHangUp = byte == SIGHUP;
+        if (!isHangUp || !hasHungUp_)
             asked_();
+        hasHungUp_ = hasHungUp_ || isHangUp;
     });
-    install(handle, static_cast<int>(SA_RESTART | SA_RESETHAND));
+    install(handle);
 }
 
 Shutdown::~Shutdown()
 {
-    install(SIG_DFL, 0);
+    install(SIG_DFL);
     notifier_.reset();
     close(channel[0]);
     close(channel[1]);

@@ -10,8 +10,9 @@ class QSocketNotifier;
 namespace dov417 {
 
 // While it lives, SIGINT, SIGTERM, SIGHUP and SIGQUIT call asked() from the event loop instead of
-// ending the program; a second Ctrl-C ends it at once, should the first not be heard. What the
-// caller ignores, as nohup does with SIGHUP, stays ignored. One at a time.
+// ending the program, each time; a second one ends it at once, should the first not have been heard
+// yet. But a terminal that is closed may send SIGHUP twice, itself and through its shell: that is
+// one. What the caller ignores, as nohup does with SIGHUP, stays ignored. One at a time.
 class Shutdown {
 public:
     explicit Shutdown(std::function<void()> asked);
@@ -22,6 +23,7 @@ public:
 private:
     std::function<void()> asked_;
     std::unique_ptr<QSocketNotifier> notifier_;
+    bool hasHungUp_ = false;
 };
 
 } // namespace dov417

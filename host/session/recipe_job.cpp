@@ -123,8 +123,11 @@ void RecipeJob::writeBits()
 
 void RecipeJob::bitWritten(const std::string& name, const Result& result)
 {
-    if (!result.accepted)
-        problems_.push_back(name + ": " + result.reason);
+    const std::string problem = name + ": " + result.reason;
+    // A tag of many bits has one problem.
+    if (!result.accepted &&
+        std::find(problems_.begin(), problems_.end(), problem) == problems_.end())
+        problems_.push_back(problem);
     if (--bitsUnderWay_ == 0)
         done_();
 }

@@ -11,6 +11,7 @@ namespace dov417 {
 namespace {
 
 const char* const lineIsClosed = "the line is closed";
+const char* const lineIsLeft = "the line is being left";
 
 } // namespace
 
@@ -43,6 +44,7 @@ Session::Session(const Library& library, const SessionSettings& settings)
     qRegisterMetaType<ViewChanges>("dov417::ViewChanges");
     qRegisterMetaType<Transmission>("dov417::Transmission");
     qRegisterMetaType<Stray>("dov417::Stray");
+    qRegisterMetaType<Reason>("dov417::Reason");
     qRegisterMetaType<std::string>("std::string");
     startDriver();
 }
@@ -72,6 +74,17 @@ void Session::close(const std::string& reason)
 {
     end(reason);
     tellings_.tell();
+}
+
+void Session::finish(std::function<void()> done)
+{
+    runner_.finish([this, done]() { tellings_.add(done); });
+}
+
+void Session::finishAfterCycles(long long cycles, std::function<void()> done)
+{
+    lastCycle_ = cycles_ + cycles;
+    afterLastCycle_ = std::move(done);
 }
 
 void Session::end(const std::string& reason)
@@ -218,9 +231,8 @@ void Session::ended(const Transmission& transmission)
     }
 
     if (transmission.isAbandoned() && !transmission.isLocal) // that its station is silent is known
-        tellings_.add([this, request = transmission.description, reason = transmission.reason]() {
-            emit abandoned(request, reason);
-        });
+        tellings_.add([this, request = transmission.description, reason = transmission.reason,
+                       why = transmission.why]() { emit abandoned(request, reason, why); });
     if (transmission.verdict != replyBad && !(accepted && readBeforeWrite)) {
         // A frame that the driver has forgotten ends nothing.
         if (transmission.verdict != replyNothingOutstanding)
@@ -256,7 +268,8 @@ void Session::countCycle()
     runner_.cycleEnded(std::chrono::duration_cast<Micros>(now - cycleStart_));
     cycleStart_ = now;
     requestsThisCycle_ = 0;
-    ++cycles_;
+    if (++cycles_ == lastCycle_)
+        finish(afterLastCycle_);
     tellings_.add([this, cycles = cycles_]() { emit cycleEnded(cycles); });
 }
 
@@ -282,9 +295,10 @@ void Session::portWas(bool open, const std::string& message)
 
 Result Session::refusal(bool isOnePiece) const
 {
-    return !isOpen()    ? Result::refused(lineIsClosed)
-           : isOnePiece ? Result()
-                        : Result::refused("the driver would not make one request of it");
+    return !isOpen()               ? Result::refused(lineIsClosed)
+           : runner_.isFinishing() ? Result::refused(lineIsLeft)
+           : isOnePiece            ? Result()
+                                   : Result::refused("the driver would not make one request of it");
 }
 
 void Session::write(const Write& piece, Done done)
@@ -325,8 +339,8 @@ std::size_t Session::writesUnderWay() const
 void Session::transferRecipe(const RecipeLayout& layout, RecipeDirection direction,
                              const RecipeWords& words, RecipeDone done)
 {
-    if (!isOpen()) {
-        tellings_.addDone(std::move(done), Result::refused(lineIsClosed), RecipeWords());
+    if (const Result result = refusal(true); !result.accepted) {
+        tellings_.addDone(std::move(done), result, RecipeWords());
         return;
     }
     recipe_.start(layout, direction, words, std::move(done));

@@ -12,6 +12,7 @@
 #define DOV417_SESSION_SESSION_H
 
 #include <QObject>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -51,6 +52,14 @@ public:
     // Ends every write, read and recipe with this reason and tells it before it returns.
     void close(const std::string& reason = "the line was closed");
     bool isOpen() const; // also while the port is away
+    // For a program that is to end: sends nothing more and calls done once the line is quiet, so
+    // that whoever asks there next hears no reply of ours. What is still out is awaited as long as
+    // its station has been seen to take, and no longer than two seconds; what comes meanwhile is
+    // told as ever. What has no outcome by then is ended by close(), which may be called before
+    // that, too.
+    void finish(std::function<void()> done);
+    // The same, by itself, at the end of so many cycles from now.
+    void finishAfterCycles(long long cycles, std::function<void()> done);
     // Counts how often everything under way was ended. An outcome may be told when that has already
     // happened: who goes on after it, to write what was read first, compares.
     int generation() const
@@ -97,7 +106,7 @@ signals:
     // All changes since the last of these signals, in their order.
     void changed(const dov417::ViewChanges& changes);
     void cycleEnded(long long cycles);
-    void abandoned(const std::string& request, const std::string& reason);
+    void abandoned(const std::string& request, const std::string& reason, dov417::Reason why);
     // A port that was lost is opened again as soon as it is back, and everything goes on.
     void portChanged(bool open, const std::string& message);
     // What a person should know of the line or a station, said once.
@@ -142,6 +151,8 @@ private:
     int generation_ = 0;
     int doubts_ = 0;
     long long cycles_ = 0;
+    long long lastCycle_ = 0; // 0: none is the last one
+    std::function<void()> afterLastCycle_;
     Clock::time_point cycleStart_{};
 
     LinkRunner runner_;

@@ -60,6 +60,12 @@ class Read(EndToEnd):
         self.assertEqual(done.stdout, "1/R_W:100 = 5\n")
         self.assertEqual(done.stderr, "dov417: 9/R_W:1: no answer: no byte came\n")
 
+    def test_what_many_words_have_in_common_is_one_line(self):
+        controller = self.controller("--fault", "exception:2=100%")
+        err = self.fails("read", "--port", controller.port, *(f"R_W:{a}" for a in range(200)))
+        self.assertEqual(err, "dov417: 1/R_W:0, 1/R_W:1, 1/R_W:2, 1/R_W:3 and 196 more: "
+                              "exception 2 (illegal data address)\n")  # fmt: skip
+
     def test_a_refusal_is_named_and_nothing_is_made_up(self):
         controller = self.controller("--fault", "exception:2=100%")
         done = run("read", "--port", controller.port, "R_W:100")
@@ -157,6 +163,37 @@ class Write(EndToEnd):
         self.assertIn("1/R_W:100 = 1: taken, but it reads back as 2", done.stderr)
         self.assertIn("1/R_W:100..101 = 2 3: written and read back", done.stdout)
 
+    def test_a_write_in_parts_says_which_words_were_taken(self):
+        # Replies: the echo, three parts of the read before, two of the write.
+        controller = self.controller("--still", "--fault", "exception:4=every:6")
+        done = run("write", "--port", controller.port, "--gap", "0", "--retries", "1",
+                   "--max-registers", "16", "R_W:100..139=" + ",".join(["7"] * 40))  # fmt: skip
+        self.assertEqual(done.returncode, 1)
+        self.assertIn("given up, NOT confirmed: exception 4 (server device failure), in "
+                      "R_W:116..129, part 2 of 3; R_W:100..115 was taken\n", done.stderr)  # fmt: skip
+        word = controller.memory()
+        self.assertEqual([word(1, "R_W", a) for a in range(100, 116)], [7] * 16)
+        self.assertEqual(word(1, "R_W", 130), 0, "nothing is sent after the part that failed")
+
+    def test_a_broadcast_in_parts_waits_between_them(self):
+        controller = self.controller("--still", "--stations", "1,2")
+        log = self.path("log")
+        self.succeeds("write", "--port", controller.port, "--gap", "0", "--max-registers", "16",
+                      "--turnaround", "30", "--log", log,
+                      "0/R_W:100..139=" + ",".join(["7"] * 40))  # fmt: skip
+        with open(log, encoding="utf-8") as file:
+            sent = [
+                datetime.datetime.fromisoformat(entry.split()[0])
+                for entry in file
+                if " TX 00 10 " in entry
+            ]
+        self.assertEqual(len(sent), 3)
+        for earlier, later in zip(sent, sent[1:]):
+            self.assertGreaterEqual((later - earlier).total_seconds(), 0.03)
+        word = controller.memory()
+        for station in (1, 2):
+            self.assertEqual([word(station, "R_W", a) for a in range(100, 140)], [7] * 40)
+
     def test_a_broadcast_reaches_every_station(self):
         controller = self.controller("--still", "--stations", "1,2")
         out = self.succeeds("write", "--port", controller.port, "--turnaround", "1", "0/R_W:100=7",
@@ -177,6 +214,22 @@ class Watch(EndToEnd):
         code, _, err = watching.interrupt()
         self.assertEqual((code, err), (0, ""))
 
+    def test_every_value_of_a_long_run_comes_from_a_strict_controller(self):
+        controller = self.controller("--still", "--strict", "--set", "R_W:127=77")
+        for options, notices in (((), 1), (("--max-registers", "32"), 0)):
+            done = run("watch", "--port", controller.port, "R_W:0..127", "--cycles", "2",
+                       "--stats", *options)  # fmt: skip
+            self.assertEqual(done.returncode, 0)
+            self.assertEqual(done.stdout.count(" 1/R_W:"), 128)
+            self.assertIn(" 1/R_W:127 = 77\n", done.stdout)
+            self.assertEqual(
+                done.stderr,
+                "dov417: station 1 refuses 128 registers in one request: they go out in parts of "
+                "at most 125 from now on\n" * notices,
+            )
+            parts = 5 if not options else 8
+            self.assertIn(f"read  1#R_W0(128): 2 sent, 2 good, {parts} parts\n", done.stdout)
+
     def test_json_has_an_object_a_line(self):
         controller = self.controller()
         out = self.succeeds("watch", "--port", controller.port, "C:0", "--json", "--seconds", "1")
@@ -185,14 +238,67 @@ class Watch(EndToEnd):
         self.assertEqual(changes[0]["address"], "1/C:0")
         self.assertEqual(changes[2]["previous"], changes[1]["value"])
 
-    def test_json_tells_what_was_given_up(self):
-        controller = self.controller("--fault", "silence=100%")
-        done = run("watch", "--port", controller.port, "--timeout", "20", "--retries", "1",
+    def test_json_tells_what_was_given_up_once_and_how_often(self):
+        controller = self.controller("--fault", "exception:2=100%")
+        done = run("watch", "--port", controller.port, "--retries", "1",
                    "R_W:100", "--json", "--cycles", "2")  # fmt: skip
         self.assertEqual(done.returncode, 1)
         told = [json.loads(line) for line in done.stdout.splitlines()]
-        self.assertEqual([(t["abandoned"], t["reason"]) for t in told],
-                         [("1#R_W100(1)", "no answer: no byte came")] * 2)  # fmt: skip
+        self.assertEqual([(t["abandoned"], t["reason"], t["why"], t.get("times")) for t in told],
+                         [("1#R_W100(1)", "exception 2 (illegal data address)", "exception", times)
+                          for times in (None, 2)])  # fmt: skip
+
+    def test_json_tells_the_counters_as_an_object(self):
+        controller = self.controller("--still", "--fault", "exception:2=100%")
+        done = run("watch", "--port", controller.port, "R_W:100", "--json", "--stats",
+                   "--cycles", "2", "--retries", "1")  # fmt: skip
+        counters = json.loads(done.stdout.splitlines()[-1])["statistics"]
+        self.assertEqual(counters["all"]["bad"], {"exception": 2})
+        self.assertEqual(counters["all"]["exceptions"], {"2": 2})
+        self.assertEqual([s["station"] for s in counters["stations"]], [1])
+
+    def test_json_tells_that_a_station_is_slow(self):
+        cable, _ = self.slow_slave("1:600")
+        out = self.succeeds("watch", "--port", cable.port, "R_W:100", "--json", "--cycles", "1")
+        notices = [t["notice"] for t in map(json.loads, out.splitlines()) if "notice" in t]
+        self.assertEqual(len(notices), 1, out)
+        self.assertRegex(notices[0], "^station 1 answers after [5-9].. ms: waiting longer")
+
+    def test_what_is_given_up_again_and_again_is_a_line_and_a_count(self):
+        controller = self.controller("--fault", "exception:2=100%")
+        err = self.fails("watch", "--port", controller.port, "--retries", "1", "R_W:0..9", "M_W:3",
+                         "--cycles", "50")  # fmt: skip
+        lines = [line.split(" ", 1)[1] for line in err.splitlines()]
+        self.assertEqual(
+            lines,
+            [
+                "given up: 1#M_W3(1): exception 2 (illegal data address)",
+                "given up: 1#R_W0(10): exception 2 (illegal data address)",
+                "given up: 1#M_W3(1) 50 times, 1#R_W0(10) 50 times: "
+                "exception 2 (illegal data address)",
+                "1/R_W:0..9, 1/M_W:3: no value came",
+            ],
+        )
+
+    def test_many_requests_that_are_given_up_are_few_lines(self):
+        controller = self.controller("--fault", "exception:2=100%")
+        words = [f"R_W:{address}" for address in range(0, 2000, 50)]
+        err = self.fails("watch", "--port", controller.port, "--retries", "1", *words,
+                         "--cycles", "2")  # fmt: skip
+        self.assertEqual(err.count(" given up: 1#"), 11)  # ten at once, the rest at the end
+        self.assertIn("1/R_W:0, 1/R_W:50, 1/R_W:100, 1/R_W:150 and 36 more: no value came", err)
+
+    def test_a_value_that_is_old_at_the_end_makes_it_fail(self):
+        cable = self.cable()
+        controller = self.controller("--still", "--line", "38400,8,NONE,1", "--port",
+                                     cable.far_port, "--set", "R_W:100=7")  # fmt: skip
+        watching = self.tool("watch", "--port", cable.port, "--timeout", "20", "R_W:100")
+        watching.wait_for("1/R_W:100 = 7")
+        controller.interrupt()
+        watching.wait_for_error("given up: 1#R_W100(1)")
+        code, _, err = watching.interrupt()
+        self.assertEqual(code, 1)
+        self.assertIn("1/R_W:100: the value is old", err)
 
     def test_csv_has_a_row_a_change(self):
         tags = self.write_file("tags.csv", TAGS)
@@ -218,7 +324,7 @@ class Watch(EndToEnd):
         err = self.fails("watch", "--port", controller.port, "--timeout", "20", "--retries", "1",
                          "R_W:100", "9/T:1", "--cycles", "2")  # fmt: skip
         self.assertIn("9/T:1: no value came", err)
-        self.assertIn("given up: 9#T1(1): no answer", err)
+        self.assertIn("given up: 9#T1(1): no answer: no byte came", err)
 
     def test_it_ends_when_nobody_reads_any_more(self):
         watch = self.process(TOOL, "watch", "--simulated", "R_W:0", "--json")

@@ -72,7 +72,7 @@ class Faults(EndToEnd):
         )  # fmt: skip
         self.assertEqual(done.returncode, 1)
         confirmed = [line for line in done.stdout.splitlines() if "written and read back" in line]
-        reported = [line for line in done.stderr.splitlines() if line.startswith("dov417: ")]
+        reported = [line for line in done.stderr.splitlines() if line.startswith("dov417: 1/")]
         self.assertEqual(len(confirmed) + len(reported), len(writes))
         self.assertGreater(len(reported), 50)
         word = controller.memory()

@@ -7,6 +7,7 @@ import pty
 import select
 import signal
 import subprocess
+import sys
 import tempfile
 import termios
 import threading
@@ -167,6 +168,7 @@ class Cable:
         self.far_port = os.path.join(folder, "far-end")
         self.passed = threading.Condition()
         self.requests = 0  # lumps that came from the end at `port`
+        self.replies = b""  # what came from the far end
         self._wake_reader, self._wake_writer = os.pipe()
         self._far, self._far_keeper = self._open(self.far_port)
         self._near = None
@@ -202,6 +204,11 @@ class Cable:
             if not self.passed.wait_for(lambda: self.requests > before, PATIENCE):
                 raise AssertionError("no request came")
 
+    def settle(self):
+        """Until everything that the far end has sent has come through."""
+        while select.select([self._far], [], [], 0)[0]:
+            os.write(self._wake_writer, b"x")
+
     def close(self):
         os.write(self._wake_writer, b"q")
         self._thread.join()
@@ -231,6 +238,7 @@ class Cable:
                 if self._far in ready:
                     with self._lock:
                         lump = os.read(self._far, 4096)
+                        self.replies += lump
                         if self._near:
                             os.write(self._near[0], lump)
 
@@ -277,6 +285,16 @@ class EndToEnd(unittest.TestCase):
 
     def tool(self, *arguments):
         return self.process(TOOL, *arguments)
+
+    def slow_slave(self, *stations):
+        """Stations that take their time, as in "1:600", and the cable that leads to them."""
+        cable = self.cable()
+        here = os.path.dirname(os.path.abspath(__file__))
+        slave = self.process(
+            sys.executable, os.path.join(here, "slow_slave.py"), cable.far_port, *stations
+        )
+        slave.wait_for("ready")
+        return cable, slave
 
     def terminal(self, *arguments):
         terminal = Terminal(*arguments)

@@ -46,7 +46,34 @@ TEST_P(Shutdowns, AreAskedForInTheEventLoop)
     EXPECT_EQ(asked, 0) << "a signal comes anywhere: only the event loop may act on it";
     ASSERT_TRUE(waitUntil([&asked]() { return asked > 0; }));
     EXPECT_EQ(asked, 1);
-    EXPECT_EQ(handlerOf(GetParam().number), SIG_DFL) << "a second one ends the program at once";
+}
+
+class RepeatedShutdowns : public Shutdowns {};
+
+TEST_P(RepeatedShutdowns, AreAskedForAgain)
+{
+    int asked = 0;
+    const Shutdown shutdown([&asked]() { ++asked; });
+    raise(GetParam().number);
+    EXPECT_EQ(handlerOf(GetParam().number), SIG_DFL)
+        << "a second one ends a program that has not heard the first";
+    ASSERT_TRUE(waitUntil([&asked]() { return asked == 1; }));
+    raise(GetParam().number);
+    EXPECT_TRUE(waitUntil([&asked]() { return asked == 2; }));
+}
+
+TEST(AClosedTerminal, IsOneShutdownHoweverOftenItIsTold)
+{
+    std::signal(SIGHUP, SIG_DFL);
+    int asked = 0;
+    const Shutdown shutdown([&asked]() { ++asked; });
+    raise(SIGHUP);
+    raise(SIGHUP);
+    ASSERT_TRUE(waitUntil([&asked]() { return asked > 0; }));
+    raise(SIGHUP);
+    raise(SIGTERM);
+    ASSERT_TRUE(waitUntil([&asked]() { return asked > 1; })) << "for the SIGTERM behind them";
+    EXPECT_EQ(asked, 2);
 }
 
 TEST_P(Shutdowns, LeaveAnIgnoredSignalIgnored)
@@ -67,6 +94,11 @@ TEST_P(Shutdowns, LeaveTheProgramAsItWas)
     }
     EXPECT_EQ(handlerOf(GetParam().number), SIG_DFL);
 }
+
+INSTANTIATE_TEST_SUITE_P(Each, RepeatedShutdowns,
+                         ::testing::Values(Signal{"SIGINT", SIGINT}, Signal{"SIGTERM", SIGTERM},
+                                           Signal{"SIGQUIT", SIGQUIT}),
+                         [](const auto& test) { return test.param.name; });
 
 INSTANTIATE_TEST_SUITE_P(Each, Shutdowns,
                          ::testing::Values(Signal{"SIGINT", SIGINT}, Signal{"SIGTERM", SIGTERM},

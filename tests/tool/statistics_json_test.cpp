@@ -1,0 +1,40 @@
+#include "tool/statistics_json.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+namespace dov417 {
+
+namespace {
+
+TEST(StatisticsForPrograms, AreOneObjectInOneLine)
+{
+    LinkStatistics statistics;
+    RequestCounters& counters = statistics.of("read  1#R_W10(5)");
+    counters.sent = 10;
+    counters.good = 5;
+    counters.badFor(Reason::noFrame) = 3;
+    counters.badFor(Reason::exception) = 2;
+    counters.exceptions[2] = 2;
+    counters.givenUp = "bad CRC";
+    statistics.strays.at(static_cast<std::size_t>(StrayKind::echo)) = 4;
+    statistics.stations.push_back({3, Micros(3200), Micros(612000), Micros(918000)});
+    const std::string text =
+        statisticsJson(statistics, statistics.started + std::chrono::seconds(4));
+    EXPECT_EQ(text.find('\n'), std::string::npos);
+    const nlohmann::json json = nlohmann::json::parse(text).at("statistics");
+    EXPECT_EQ(json.at("seconds"), 4.0);
+    EXPECT_EQ(json.at("notReplies"), nlohmann::json({{"echo", 4}}));
+    EXPECT_EQ(json.at("stations"), nlohmann::json::parse(R"([{"station": 3, "answersAfter": 3.2,
+        "slowest": 612.0, "timeout": 918.0}])"));
+    EXPECT_EQ(json.at("requests").at("read  1#R_W10(5)"), nlohmann::json::parse(R"({
+        "sent": 10, "good": 5, "bad": {"noFrame": 3, "exception": 2}, "exceptions": {"2": 2},
+        "retries": 0, "abandoned": 0, "forgotten": 0, "parts": 0,
+        "givenUp": "bad CRC"
+})"));
+    EXPECT_EQ(json.at("all").at("bad"), nlohmann::json({{"noFrame", 3}, {"exception", 2}}));
+}
+
+} // namespace
+
+} // namespace dov417
