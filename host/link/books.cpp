@@ -93,18 +93,23 @@ void Books::add(const OpenTransmission& transmission)
         open_.push_back(transmission);
 }
 
-std::optional<OpenTransmission> Books::take(const QByteArray& frame)
+std::optional<OpenTransmission> Books::find(const QByteArray& frame) const
 {
     const auto found =
         std::find_if(open_.begin(), open_.end(),
                      [&frame](const OpenTransmission& open) { return fits(open, frame); });
-    if (found == open_.end())
-        return std::nullopt;
-    const OpenTransmission answered = *found;
+    return found == open_.end() ? std::nullopt : std::optional<OpenTransmission>(*found);
+}
+
+std::optional<OpenTransmission> Books::take(const QByteArray& frame)
+{
+    const std::optional<OpenTransmission> answered = find(frame);
+    if (!answered)
+        return answered;
     open_.erase(std::remove_if(open_.begin(), open_.end(),
                                [&answered](const OpenTransmission& open) {
-                                   return open.sent.at(0) == answered.sent.at(0) &&
-                                          open.number <= answered.number;
+                                   return open.sent.at(0) == answered->sent.at(0) &&
+                                          open.number <= answered->number;
                                }),
                 open_.end());
     return answered;
@@ -144,6 +149,13 @@ bool Books::isOut(const QByteArray& request, int replyLength) const
 {
     return std::any_of(open_.begin(), open_.end(), [&](const OpenTransmission& open) {
         return haveOneShape(open, request, replyLength);
+    });
+}
+
+bool Books::isEchoOut(unsigned char station) const
+{
+    return std::any_of(open_.begin(), open_.end(), [station](const OpenTransmission& open) {
+        return byteAt(open.sent, 0) == station && byteAt(open.sent, 1) == diagnostics;
     });
 }
 

@@ -38,6 +38,8 @@ public:
     // A sound frame came: the transmission that it belongs to, which is closed with all that went
     // to the station before. Nothing if it answers none.
     std::optional<OpenTransmission> take(const QByteArray& frame);
+    // The same, closing nothing: the frame may as well answer what another program has sent.
+    std::optional<OpenTransmission> find(const QByteArray& frame) const;
     // What is beyond the horizon is answered no more.
     void expire(Clock::time_point now);
 
@@ -47,6 +49,8 @@ public:
     Clock::time_point certainAt(const QByteArray& request, int replyLength) const;
     // When this very request was sent last, of what is open.
     std::optional<Clock::time_point> lastSent(const QByteArray& request) const;
+    // Is a diagnostics echo to this station still to be answered?
+    bool isEchoOut(unsigned char station) const;
     // Is a reply out that has this station, function and length?
     bool isOut(const QByteArray& request, int replyLength) const;
 

@@ -67,18 +67,19 @@ Result LinkRunner::open(const LineSettings& settings)
     observer.markerEnded = [this](const Transmission& marker) {
         ++statistics_.markers;
         events_.markerEnded(marker);
-        lookAgain();
         if (marker.reception.result != LineResult::timeout)
             heard(marker.request.station);
+        lookAgain();
     };
     observer.stray = [this](const Stray& stray) {
         statistics_.add(stray);
         events_.stray(stray);
-        lookAgain();
         if (stray.kind != StrayKind::echo && hasGoodCrc(stray.bytes))
             heard(static_cast<unsigned char>(stray.bytes.at(0)));
+        lookAgain();
     };
     observer.notice = events_.notice;
+    observer.doubt = events_.doubt;
     observer.port = [this](bool open, const QString& message) { portChanged(open, message); };
     try {
         line_ = std::make_unique<SerialLine>(settings, observer);
@@ -127,6 +128,11 @@ bool LinkRunner::isOpen() const
     return line_ != nullptr;
 }
 
+bool LinkRunner::isDead(int station) const
+{
+    return probes_.isDead(station);
+}
+
 void LinkRunner::finish(std::function<void()> quiet)
 {
     isFinishing_ = line_ != nullptr;
@@ -161,11 +167,6 @@ void LinkRunner::lookWhetherQuiet()
     }
     if (const std::function<void()> quiet = std::exchange(quiet_, nullptr))
         quiet();
-}
-
-bool LinkRunner::isDead(int station) const
-{
-    return probes_.isDead(station);
 }
 
 void LinkRunner::wake()

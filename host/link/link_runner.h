@@ -29,6 +29,7 @@ struct LinkEvents {
     std::function<void(const Transmission&)> partEnded; // of a request that is carried in parts
     std::function<void(const Stray&)> stray;
     std::function<void(const std::string&)> notice; // what a person should know, said once
+    std::function<void()> doubt; // what was taken for a reply so far may have been another's
     std::function<void(bool open, const std::string& message)> port;
 };
 
@@ -46,13 +47,13 @@ public:
     // No frame is begun any more, and what comes for one on the line is nobody's.
     void close();
     bool isOpen() const; // also while the port is away
+    // Has it been silent since a request to it was given up?
+    bool isDead(int station) const;
     // Polls no more. Calls quiet once, from the event loop, when the replies that are out have
     // come, or have had the time that their stations take, and no later than after two seconds.
     // What comes meanwhile is dealt with as ever. With a line that is not open it is quiet at once.
     void finish(std::function<void()> quiet);
     bool isFinishing() const;
-    // Has it been silent since a request to it was given up?
-    bool isDead(int station) const;
     // There is something new to send: an idle runner polls at once.
     void wake();
 
@@ -63,12 +64,12 @@ private:
     void portChanged(bool open, const QString& message);
     void poll();
     void deal(Transmission transmission);
-    void lookAgain();
-    void lookWhetherQuiet();
     bool goesOut(Transmission& next);
     void answerLocally(Transmission transmission, Clock::time_point silentSince);
     void heard(int station);
     void tell(StationProbes::News news, const Transmission& transmission);
+    void lookAgain();
+    void lookWhetherQuiet();
 
     const Library& library_;
     LinkEvents events_;

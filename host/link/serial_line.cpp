@@ -63,7 +63,7 @@ SerialLine::SerialLine(const LineSettings& settings, const LineObserver& observe
       exchange_({[this](const QByteArray& bytes) { write(bytes); },
                  [this]() { return bytesWait(); }, [this](Clock::time_point when) { wakeAt(when); },
                  [this]() { timer_.cancel(); }, observer.sent, observer.markerEnded, observer.stray,
-                 observer.notice})
+                 observer.notice, observer.doubt})
 {
     // A bare name is one of /dev. QSerialPort takes a relative path for one too.
     QString& device = settings_.device;

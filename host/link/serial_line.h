@@ -51,6 +51,7 @@ struct LineObserver {
     std::function<void(const Transmission&)> markerEnded;
     std::function<void(const Stray&)> stray;
     std::function<void(const std::string&)> notice; // what a person should know, said once
+    std::function<void()> doubt; // what was taken for a reply so far may have been another's
     std::function<void(bool open, const QString& message)> port;
 };
 

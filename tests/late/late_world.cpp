@@ -53,8 +53,15 @@ LateWorld::LateWorld(unsigned seed) : bus(seed)
     line.sleep = [this]() { wake_ = Clock::time_point::max(); };
     line.sent = [this](const Transmission& frame) { ++(frame.isMarker ? markers : sent); };
     line.markerEnded = [](const Transmission&) {};
-    line.stray = [this](const Stray&) { ++strays; };
+    line.stray = [this](const Stray& stray) {
+        ++strays;
+        surplus += stray.kind == StrayKind::surplus ? 1 : 0;
+    };
     line.notice = [this](const std::string& text) { notices.push_back(text); };
+    line.doubt = [this]() {
+        if (doubted)
+            doubted();
+    };
     exchange = std::make_unique<Exchange>(line);
     settings.timeout = {milliseconds(500), seconds(15), false};
     settings.turnaround = milliseconds(100);

@@ -31,7 +31,9 @@ public:
     int markers = 0;
     int sent = 0;
     int strays = 0;
+    int surplus = 0; // of them
     std::vector<std::string> notices;
+    std::function<void()> doubted;
 
 private:
     void step();

@@ -65,7 +65,7 @@ protected:
         QObject::connect(session.get(), &Session::noticed, session.get(),
                          [this](const std::string& text) { notices.push_back(text); });
         QObject::connect(session.get(), &Session::abandoned, session.get(),
-                         [this](const std::string& request, const std::string&) {
+                         [this](const std::string& request, const std::string&, Reason) {
                              abandoned.push_back(request);
                          });
         QObject::connect(session.get(), &Session::cycleEnded, session.get(),

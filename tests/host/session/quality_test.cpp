@@ -1,5 +1,7 @@
 #include <algorithm>
 
+#include "session/recipe_layout.h"
+#include "session/single_reads.h"
 #include "session_world.h"
 
 namespace dov417 {
@@ -178,6 +180,61 @@ TEST_F(QualityOnALine, AnAddressThatCannotBeReadIsRefusedBeforeItKeepsTheOthersF
     }
     EXPECT_TRUE(session->watch({words("R_W", 10)}).accepted);
     EXPECT_TRUE(waitForGood(0));
+}
+
+TEST_F(QualityOnALine, WhatWasReadIsNotKnownOnceAReplyHasComeTwice)
+{
+    beAController();
+    registers[r + 10] = 7;
+    session->watch({words("R_W", 10)});
+    ASSERT_TRUE(waitForGood(0));
+    session->tellAll();
+    std::vector<Quality> qualities;
+    std::vector<std::string> notices;
+    QObject::connect(session.get(), &Session::changed, session.get(),
+                     [&](const ViewChanges& changes) {
+                         for (const ViewChange& change : changes)
+                             qualities.push_back(change.view.quality());
+                     });
+    QObject::connect(session.get(), &Session::noticed, session.get(),
+                     [&](const std::string& text) { notices.push_back(text); });
+    isSilent = true;
+    slave.send(withCrc(QByteArray::fromHex("01030400010002"))); // of a length that none asked for
+    ASSERT_TRUE(waitUntil([&]() { return !notices.empty(); }));
+    isSilent = false;
+    ASSERT_TRUE(waitForGood(0));
+    session->tellAll();
+    EXPECT_EQ(notices.size(), 1U);
+    EXPECT_EQ(qualities, (std::vector<Quality>{Quality::neverRead, Quality::good}));
+    EXPECT_EQ(number(view(0)), 7);
+    EXPECT_EQ(session->doubts(), 1);
+}
+
+TEST_F(QualityOnALine, WhatIsBeingReadWhenAReplyComesTwiceIsNotCalledGood)
+{
+    line.timeout = std::chrono::minutes(10);
+    ASSERT_TRUE(session->open(line).accepted);
+    beAController();
+    session->watch({words("R_W", 10)});
+    ASSERT_TRUE(waitForGood(0));
+    isSilent = true;
+    std::string read;
+    readAll(*session, {words("R_W", 20)},
+            [&](const ReadProblems& problems) { read = problems.front(); });
+    std::string upload;
+    session->transferRecipe(layOutRecipe({words("R_W", 40, 2)}), RecipeDirection::upload, {},
+                            [&](const Result& result, const RecipeWords&) {
+                                upload = result.accepted ? "accepted" : result.reason;
+                            });
+    slave.send(withCrc(QByteArray::fromHex("01030400010002"))); // of a length that none asked for
+    ASSERT_TRUE(waitUntil([&]() { return session->doubts() == 1; }));
+    // The request that was kept waiting, once more.
+    isSilent = false;
+    const QByteArray asked = received.right(8);
+    slave.arrived(asked);
+    ASSERT_TRUE(waitUntil([&]() { return !read.empty() && !upload.empty(); }));
+    EXPECT_EQ(read, repliesAreDoubtful);
+    EXPECT_EQ(upload, repliesAreDoubtful);
 }
 
 TEST_F(QualityOnALine, ValuesAreOldWhileThePortIsAway)
