@@ -9,8 +9,8 @@ export DOV417_STARTED=$started
 build_packages="g++ cmake ninja-build pkg-config qtbase5-dev libqt5serialport5-dev libcli11-dev
   libcsv-dev nlohmann-json3-dev"
 
-test_packages="clang-format libgtest-dev libgmock-dev libmodbus-dev binutils python3 python3-pymodbus
-  python3-serial python3-serial-asyncio doxygen"
+test_packages="clang-format libgtest-dev libgmock-dev libmodbus-dev libqt5serialbus5-dev binutils python3
+  python3-pymodbus python3-serial python3-serial-asyncio doxygen"
 bench_packages="libbenchmark-dev libmodbus-dev libqt5serialbus5-dev valgrind python3"
 
 arm_packages="g++ cmake ninja-build qtbase5-dev g++-arm-linux-gnueabihf g++-arm-linux-gnueabi

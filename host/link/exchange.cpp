@@ -10,8 +10,6 @@ namespace dov417 {
 namespace {
 
 constexpr Micros rereadDelay(200); // bytes wait in the kernel: let the port's event come first
-constexpr int maxMarksIgnored = 2; // one may have been lost
-constexpr int firstMarks = 3;      // of a station that is unknown: two echoes, one read
 
 unsigned char stationOf(const QByteArray& frame)
 {
@@ -46,13 +44,9 @@ void Exchange::start(const ExchangeSettings& settings, Clock::time_point now)
         each.listenUntil = now;
         each.isUnknown = settings.isShared;
         each.marksUnanswered = 0;
+        each.hasAnsweredRead = false;
         each.markFailed = false;
     }
-}
-
-bool Exchange::Station::ignoresMarks() const
-{
-    return marksIgnored >= maxMarksIgnored;
 }
 
 void Exchange::stop()
@@ -75,35 +69,6 @@ const Books& Exchange::books() const
 void Exchange::awaitLate(const Books& earlier)
 {
     books_ = earlier.asPast();
-}
-
-void Exchange::sendNoMore()
-{
-    sendsNoMore_ = true;
-    if (state_ == State::listening || state_ == State::silence)
-        drop();
-}
-
-void Exchange::drop()
-{
-    line_.sleep();
-    state_ = State::idle;
-    isMarking_ = false;
-    done_ = nullptr;
-}
-
-Clock::time_point Exchange::quietAt() const
-{
-    if (state_ == State::awaitingTurnaround)
-        return current_.sendEnd + settings_.turnaround;
-    if (state_ == State::awaitingReply && !collector_.isEmpty())
-        return lastActivity_ + gap_.value();
-    Clock::time_point quiet{};
-    for (const OpenTransmission& open : books_.open())
-        quiet = std::max(
-            quiet, open.sentAt + onTheWire(static_cast<int>(open.sent.size()) + open.replyLength) +
-                       stations_.at(stationOf(open.sent)).timeout.patience(settings_.timeout));
-    return quiet;
 }
 
 std::vector<StationTime> Exchange::stationTimes() const
@@ -137,8 +102,8 @@ void Exchange::transact(const Transmission& request, Done done, Clock::time_poin
     current_.number = 0;
     current_.reception = Reception();
     done_ = std::move(done);
-    const Station& asked = station();
-    markersLeft_ = asked.isUnknown && asked.marksUnanswered == 0 ? firstMarks : 1;
+    markersLeft_ = station().marksAtOnce();
+    isCovered_ = false;
     holdEnd_ = Clock::time_point();
     next(now);
 }
@@ -161,34 +126,27 @@ void Exchange::next(Clock::time_point now)
         listen(asked.listenUntil);
         return;
     }
-    const bool inDoubt = isInDoubt(now);
-    if (inDoubt && markersLeft_ > 0) {
-        marker_ = makeMarker(current_, books_, mayEcho(), nextMark_);
+    const bool needsMarker = isInDoubt(now) && markersLeft_ > 0;
+    if (needsMarker) {
+        // Of exceptions none says which echo it is to.
+        isAlone_ = asked.numbersEchoes || !books_.isEchoOut(stationOf(current_.sent));
+        const bool mayEcho = asked.mayEcho() && (isAlone_ || !isWary(now));
+        marker_ =
+            makeMarker(current_, books_, asked.lastAsked, settings_.mayMark && mayEcho, nextMark_);
         isMarking_ = marker_.replyLength > 0;
     }
-    if (!isMarking_ && books_.couldBeMistaken(current_.sent, current_.replyLength)) {
+    const bool isStuck = needsMarker && !isMarking_ && current_.isRead();
+    if (!isMarking_ && (isStuck || books_.couldBeMistaken(current_.sent, current_.replyLength))) {
         // Only time tells when the doubt is over, and others are not to wait for that.
         if (holdEnd_ == Clock::time_point())
-            holdEnd_ = now + asked.timeout.value(settings_.timeout);
-        listen(std::min(books_.certainAt(current_.sent, current_.replyLength), holdEnd_));
+            holdEnd_ =
+                now + (current_.isProbe() ? Micros(0) : asked.timeout.value(settings_.timeout));
+        const Clock::time_point certain =
+            isStuck ? holdEnd_ : books_.certainAt(current_.sent, current_.replyLength);
+        listen(std::min(certain, holdEnd_));
         return;
     }
     beginSilence(now);
-}
-
-// Could something that is still to come be mistaken for the reply?
-bool Exchange::isInDoubt(Clock::time_point now)
-{
-    return (station().isUnknown && now < foreignEnd_) ||
-           books_.couldBeMistaken(current_.sent, current_.replyLength);
-}
-
-// A station that says nothing to an echo may know no function 8, or have missed it.
-bool Exchange::mayEcho()
-{
-    const int unanswered = station().marksUnanswered;
-    return settings_.mayMark && !station().ignoresMarks() &&
-           (unanswered < firstMarks - 1 || unanswered % 2 != 0);
 }
 
 void Exchange::listen(Clock::time_point until)
@@ -234,6 +192,9 @@ void Exchange::transmit(Clock::time_point now)
     lastActivity_ = frame.sendEnd;
     wireTime_ += onTheWire(static_cast<int>(frame.sent.size()));
     books_.add(openOf(frame));
+    if (!isEcho(frame.sent))
+        station().lastAsked = openOf(frame);
+    isCovered_ = !isMarking_ && isWary(now);
     line_.sent(frame);
     if (frame.replyLength > 0) {
         state_ = State::awaitingReply;
@@ -274,6 +235,12 @@ void Exchange::timerDue(Clock::time_point now)
         else
             next(now);
         break;
+    case State::holdingBack:
+        if (line_.bytesWait())
+            line_.wakeAt(now + rereadDelay);
+        else
+            heldBackGoesOn(collector_.endOfFrame(), now);
+        break;
     case State::awaitingReply:
         if (line_.bytesWait())
             line_.wakeAt(now + rereadDelay);
@@ -307,31 +274,6 @@ void Exchange::deadlinePassed(Clock::time_point now)
             late.listenUntil = current_.sendEnd + late.timeout.value(settings_.timeout);
     }
     finish(LineResult::timeout);
-}
-
-void Exchange::markerFinished(LineResult result, Clock::time_point now)
-{
-    Station& marked = station();
-    marked.markFailed = result == LineResult::timeout;
-    if (marked.markFailed) {
-        marked.timeout.passed(settings_.timeout);
-        ++marked.marksUnanswered;
-    } else {
-        marked.isUnknown = false;
-        marked.marksUnanswered = 0;
-    }
-    marker_.reception.result = result;
-    marker_.reception.astray = astray_;
-    line_.markerEnded(marker_);
-    const bool wasLast = current_.isProbe() || (markersLeft_ == 0 && isInDoubt(now));
-    if (marked.markFailed && wasLast && current_.isRead()) {
-        // Not sent, and it is the station that did not answer: for a probe one frame is enough.
-        current_.timeout = marker_.timeout;
-        isMarking_ = false;
-        finish(LineResult::timeout);
-        return;
-    }
-    next(now);
 }
 
 void Exchange::finish(LineResult result)

@@ -5,6 +5,15 @@
 // a reply is the reply to that very request: see books.h. Where a late reply could be mistaken for
 // it, a marker is sent first, a diagnostics echo with a number of its own: as controllers answer in
 // order, nothing older comes once it is back.
+//
+// All this holds as long as each request is answered at most once. A radio modem that sends a reply
+// twice breaks it: the copy looks like the reply to the next request, and that one's like the reply
+// to the one after it. From the first sound frame that answers nothing, a surplus, what was taken
+// so far is in doubt, and a marker precedes every request to any station
+// until none has come for some time. What holds then: no copy is taken for another request's reply,
+// if copies come before whatever the station says afterwards (as from a modem that repeats a frame
+// until it is acknowledged). A copy that is overtaken by the marker's reply cannot be told from the
+// reply to the request behind it.
 #ifndef DOV417_LINK_EXCHANGE_H
 #define DOV417_LINK_EXCHANGE_H
 
@@ -19,6 +28,7 @@
 #include "link/books.h"
 #include "link/reply_collector.h"
 #include "link/reply_gap.h"
+#include "link/reply_pace.h"
 #include "link/station_timeout.h"
 #include "link/transmission.h"
 
@@ -44,6 +54,7 @@ struct ExchangeLine {
     std::function<void(const Transmission&)> markerEnded;
     std::function<void(const Stray&)> stray;
     std::function<void(const std::string&)> notice; // what a person should know, said once
+    std::function<void()> doubt; // what was taken for a reply so far may have been another's
 };
 
 class Exchange {
@@ -77,6 +88,9 @@ public:
 
     // Of the stations that have answered.
     std::vector<StationTime> stationTimes() const;
+    // Does a marker precede each request?
+    bool isWary(Clock::time_point now) const;
+
     // Time that the bytes sent and received so far took on the wire.
     Micros wireTime() const;
 
@@ -87,18 +101,25 @@ private:
         listening, // to a station that is late, before anything is sent to it
         silence,
         awaitingReply,
+        holdingBack, // a reply that came too soon, until another could have come
         awaitingTurnaround
     };
 
     struct Station {
         StationTimeout timeout;
+        ReplyPace pace;
         Clock::time_point listenUntil{};
-        bool isUnknown = true;   // another program may have asked it just now
-        int marksUnanswered = 0; // since then
-        bool markFailed = false; // the last marker was not answered
-        int marksIgnored = 0;    // so often it answered something else afterwards
-        bool isNamed = false;    // as slow
-        bool ignoresMarks() const;
+        bool isUnknown = true;        // another program may have asked it just now
+        int marksUnanswered = 0;      // since then
+        bool hasAnsweredRead = false; // as a marker, once since then
+        bool numbersEchoes = false;   // it has sent one back
+        bool markFailed = false;      // the last marker was not answered
+        int marksIgnored = 0;         // so often it answered something else afterwards
+        OpenTransmission lastAsked;   // that was no echo
+        bool isNamed = false;         // as slow
+        int marksAtOnce() const;      // for one request
+        bool mayEcho() const;         // as a marker
+        void markWasAnswered(const OpenTransmission& marker);
     };
 
     static OpenTransmission openOf(const Transmission& transmission);
@@ -110,7 +131,7 @@ private:
     void armReplyTimer();
     void listen(Clock::time_point until);
     bool isInDoubt(Clock::time_point now);
-    bool mayEcho();
+    bool endsDoubt(const OpenTransmission& answered, LineResult result, Clock::time_point now);
     void deadlinePassed(Clock::time_point now);
     void finish(LineResult result);
     void markerFinished(LineResult result, Clock::time_point now);
@@ -119,9 +140,22 @@ private:
     void report(const Stray& stray);
     void nameIfSlow(unsigned char station, Micros delay);
     void reportStrays(Clock::time_point now);
+    bool isToBeHeldBack(Clock::time_point now);
+    void holdBack(LineResult result);
+    void heldBackGoesOn(Arrival arrival, Clock::time_point now);
     void flushBehind(Clock::time_point now);
     void flushLateBytes(const QByteArray& bytes, Clock::time_point now);
-    std::optional<OpenTransmission> settle(const QByteArray& frame, Clock::time_point now);
+    struct Settled {
+        std::optional<OpenTransmission> answered;
+        bool isSurplus = false;
+        long long number() const;
+        StrayKind kindOr(StrayKind kind) const;
+    };
+    Settled settle(const QByteArray& frame, Clock::time_point now);
+    bool mayBeOthers(const QByteArray& frame, Clock::time_point now) const;
+    bool isSurplus(const QByteArray& frame, Clock::time_point now);
+    void surplusCame(int station, Clock::time_point now);
+    void noteAnswer(const OpenTransmission& answered, Clock::time_point now);
     Micros onTheWire(int bytes) const;
 
     ExchangeLine line_;
@@ -136,7 +170,9 @@ private:
     Transmission current_; // what was asked for
     Transmission marker_;
     bool isMarking_ = false; // the frame to be sent or on the line is the marker
+    bool isAlone_ = false;   // no other echo is to be answered besides the marker
     int markersLeft_ = 0;    // that may go out for the current request
+    bool isCovered_ = false; // by a marker, as far as surplus replies ask for one
     long long transmissions_ = 0;
     unsigned short nextMark_ = 1;
     Done done_;
@@ -146,9 +182,13 @@ private:
     Clock::time_point listenEnd_{};
     Clock::time_point holdEnd_{};    // of a request that is held back; 0: it has not been yet
     Clock::time_point foreignEnd_{}; // until then others' requests of before may be answered
-    QByteArray behind_;              // came at once with a frame, and after it
-    int bytesCame_ = 0;              // since the frame was sent
-    Astray astray_;                  // of them, what was no reply
+    Clock::time_point cleanAt_{};    // until then each request is preceded by a marker
+    bool surplusWasSaid_ = false;
+    LineResult heldResult_ = LineResult::timeout;
+    Clock::time_point heldUntil_{};
+    QByteArray behind_; // came at once with a frame, and after it
+    int bytesCame_ = 0; // since the frame was sent
+    Astray astray_;     // of them, what was no reply
     Micros wireTime_{0};
 };
 

@@ -1,4 +1,4 @@
-// What comes in: whose reply is it, and what does it tell of its station?
+// What comes in for one request, and what is thrown away of it.
 #include "link/exchange.h"
 
 #include <algorithm>
@@ -11,7 +11,6 @@ namespace dov417 {
 namespace {
 
 constexpr int babbleLength = 1024; // bytes that came for one request and are no reply to it
-constexpr char diagnostics = 8;
 
 std::string milliseconds(Micros duration)
 {
@@ -36,6 +35,9 @@ void Exchange::bytesCame(const QByteArray& bytes, Clock::time_point now)
     case State::silence:
         flushLateBytes(bytes, now);
         beginSilence(now);
+        break;
+    case State::holdingBack:
+        heldBackGoesOn(collector_.add(bytes), now);
         break;
     case State::listening:
     case State::awaitingReply:
@@ -98,10 +100,9 @@ bool Exchange::takeReply(LineResult result, Clock::time_point now)
 {
     Transmission& frame = isMarking_ ? marker_ : current_;
     const QByteArray bytes = frame.reception.bytes;
-    const std::optional<OpenTransmission> answered = settle(bytes, now);
-    const bool endsDoubt =
-        isMarking_ && answered && (answered->number == marker_.number || !isInDoubt(now));
-    if (endsDoubt) {
+    const Settled settled = settle(bytes, now);
+    const std::optional<OpenTransmission>& answered = settled.answered;
+    if (isMarking_ && answered && endsDoubt(*answered, result, now)) {
         flushBehind(now);
         markerFinished(result, now);
         return true;
@@ -110,8 +111,15 @@ bool Exchange::takeReply(LineResult result, Clock::time_point now)
     if (mine.number == 0)
         mine.number = transmissions_ + 1;
     if (isMarking_ || !answered || !books_.standsFor(*answered, mine)) {
-        report({StrayKind::late, bytes, now, answered ? answered->number : 0});
+        report({settled.kindOr(StrayKind::late), bytes, now, settled.number()});
         return false;
+    }
+    if (isWary(now) && !isCovered_) {
+        // Sent before the first surplus was met: this may be one, too.
+        report({StrayKind::late, bytes, now, answered->number});
+        flushBehind(now);
+        finish(LineResult::timeout);
+        return true;
     }
     if (current_.number == 0) {
         current_.number = answered->number;
@@ -120,8 +128,49 @@ bool Exchange::takeReply(LineResult result, Clock::time_point now)
     }
     flushBehind(now);
     current_.asOf = answered->number == mine.number ? now : answered->sentAt;
-    finish(result);
+    if (answered->number == mine.number && isToBeHeldBack(now))
+        holdBack(result);
+    else
+        finish(result);
     return true;
+}
+
+bool Exchange::isToBeHeldBack(Clock::time_point now)
+{
+    // Noise may have come before the frame.
+    const int length = static_cast<int>(current_.reception.bytes.size());
+    const auto delay = now - onTheWire(length) - current_.sendEnd;
+    return station().pace.isSuspect(std::chrono::duration_cast<Micros>(delay)) && !isWary(now);
+}
+
+void Exchange::holdBack(LineResult result)
+{
+    state_ = State::holdingBack;
+    heldResult_ = result;
+    heldUntil_ =
+        current_.sendEnd + std::min(station().timeout.measured(), settings_.timeout.initial);
+    collector_.begin(current_.sent, current_.replyLength);
+    line_.wakeAt(heldUntil_);
+}
+
+// A surplus tells that the reply was none.
+void Exchange::heldBackGoesOn(Arrival arrival, Clock::time_point now)
+{
+    reportStrays(now);
+    if (arrival != Arrival::incomplete) {
+        const QByteArray frame = collector_.reply();
+        collector_.begin(current_.sent, current_.replyLength);
+        flushLateBytes(frame, now);
+    }
+    flushBehind(now);
+    if (isWary(now))
+        finish(LineResult::timeout);
+    else if (!collector_.isEmpty())
+        line_.wakeAt(now + gap_.value());
+    else if (now >= heldUntil_)
+        finish(heldResult_);
+    else
+        line_.wakeAt(heldUntil_);
 }
 
 void Exchange::reportStrays(Clock::time_point now)
@@ -132,12 +181,14 @@ void Exchange::reportStrays(Clock::time_point now)
             continue;
         }
         stray.at = lastActivity_;
-        if (stray.kind != StrayKind::echo)
-            if (const auto answered = settle(stray.bytes, now)) {
-                stray.kind = StrayKind::late;
-                stray.answers = answered->number;
-            }
-        report(stray);
+        if (stray.kind != StrayKind::echo) {
+            const Settled settled = settle(stray.bytes, now);
+            stray.answers = settled.number();
+            stray.kind = settled.answered ? StrayKind::late : stray.kind;
+            astray_.add(stray);
+            stray.kind = settled.kindOr(stray.kind);
+        }
+        line_.stray(stray);
     }
 }
 
@@ -158,42 +209,8 @@ void Exchange::flushBehind(Clock::time_point now)
 
 void Exchange::flushLateBytes(const QByteArray& bytes, Clock::time_point now)
 {
-    const auto answered = settle(bytes, now);
-    report({StrayKind::late, bytes, now, answered ? answered->number : 0});
-}
-
-// A frame came: whose answer is it, and what does it tell of the station?
-std::optional<OpenTransmission> Exchange::settle(const QByteArray& frame, Clock::time_point now)
-{
-    if (!hasGoodCrc(frame))
-        return std::nullopt;
-    astray_.lineWasSound = true;
-    auto answered = books_.take(frame);
-    if (!answered)
-        return std::nullopt;
-    Station& heard = stations_.at(static_cast<unsigned char>(frame.at(0)));
-    const Transmission& onLine = isMarking_ ? marker_ : current_;
-    const bool inTime =
-        onLine.sent == answered->sent && onLine.reception.firstByte != Clock::time_point();
-    // A frame of another kind is known to have ended only some silence after its last byte.
-    const Clock::time_point began = inTime ? onLine.reception.firstByte : lastActivity_;
-    // Sent several times, it may be the last that is answered: a station that was switched off for
-    // an hour does not take an hour.
-    const Clock::time_point ended = books_.lastSent(answered->sent).value_or(answered->sentAt) +
-                                    onTheWire(static_cast<int>(answered->sent.size()));
-    const Micros delay = std::max(Micros(0), std::chrono::duration_cast<Micros>(began - ended));
-    heard.timeout.answered(delay, settings_.timeout);
-    nameIfSlow(static_cast<unsigned char>(frame.at(0)), delay);
-    heard.listenUntil = now;
-    if (answered->sent.at(1) == diagnostics) {
-        heard.marksIgnored = 0;
-        // Also a late one, to a marker that was given up.
-        heard.isUnknown = heard.isUnknown && answered->number <= 0;
-    } else if (heard.markFailed) {
-        ++heard.marksIgnored; // it lives, and said nothing to the marker before
-    }
-    heard.markFailed = false;
-    return answered;
+    const Settled settled = settle(bytes, now);
+    report({settled.kindOr(StrayKind::late), bytes, now, settled.number()});
 }
 
 // A person wonders why it is slow, or why values do not come: said once.

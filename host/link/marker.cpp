@@ -7,7 +7,9 @@ namespace dov417 {
 namespace {
 
 constexpr char diagnostics = 8; // function; sub-function 0 sends back what it was sent
+constexpr char exceptionFlag = '\x80';
 constexpr int markerLength = 8;
+constexpr int maxLonger = 2; // words
 constexpr int quantityIndex = 4;
 constexpr int coilsPerWord = 16;
 constexpr char readCoils = 1;
@@ -38,24 +40,31 @@ Transmission resized(const Transmission& read, int words)
 
 } // namespace
 
-Transmission makeMarker(const Transmission& request, const Books& books, bool mayEcho,
-                        unsigned short& nextNumber)
+bool isEcho(const QByteArray& frame)
+{
+    return (frame.at(1) & ~exceptionFlag) == diagnostics;
+}
+
+Transmission makeMarker(const Transmission& request, const Books& books,
+                        const OpenTransmission& before, bool mayEcho, unsigned short& nextNumber)
 {
     Transmission marker;
     if (mayEcho) {
         marker.sent = echoRequest(request.sent.at(0), nextNumber++);
         marker.replyLength = markerLength;
     } else if (request.sent.at(1) <= lastReadFunction) {
-        // A length that no open transmission has. What is one word longer may not be there.
-        const int words = request.request.length;
-        for (int less = 1; less < words && marker.replyLength == 0; ++less)
-            if (const Transmission other = resized(request, -less);
+        const auto take = [&](int more) {
+            const Transmission other = resized(request, more);
+            const bool isLikeBefore = before.sent.left(2) == other.sent.left(2) &&
+                                      before.replyLength == other.replyLength;
+            if (marker.replyLength == 0 && !isLikeBefore &&
                 !books.isOut(other.sent, other.replyLength))
                 marker = other;
-        if (marker.replyLength == 0)
-            if (const Transmission other = resized(request, 1);
-                !books.isOut(other.sent, other.replyLength))
-                marker = other;
+        };
+        for (int less = 1; less < request.request.length; ++less)
+            take(-less);
+        for (int more = 1; more <= maxLonger; ++more) // what lies behind may not be there
+            take(more);
     }
     marker.isMarker = true;
     marker.request.station = static_cast<unsigned char>(request.sent.at(0));

@@ -59,6 +59,7 @@ Reason reasonOf(StrayKind kind)
     case StrayKind::echo:
         return Reason::none;
     case StrayKind::late:
+    case StrayKind::surplus:
         return Reason::late;
     }
     return Reason::none;
@@ -66,12 +67,16 @@ Reason reasonOf(StrayKind kind)
 
 const char* nameOf(StrayKind kind)
 {
-    return kind == StrayKind::echo ? "echo of the request" : nameOf(reasonOf(kind));
+    return kind == StrayKind::echo      ? "echo of the request"
+           : kind == StrayKind::surplus ? "more than was asked for"
+                                        : nameOf(reasonOf(kind));
 }
 
 const char* keyOf(StrayKind kind)
 {
-    return kind == StrayKind::echo ? "echo" : keyOf(reasonOf(kind));
+    return kind == StrayKind::echo      ? "echo"
+           : kind == StrayKind::surplus ? "surplus"
+                                        : keyOf(reasonOf(kind));
 }
 
 void Astray::begin()

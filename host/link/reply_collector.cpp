@@ -49,6 +49,11 @@ QByteArray ReplyCollector::reply() const
     return reply_;
 }
 
+bool ReplyCollector::knowsAdapter() const
+{
+    return knowsAdapter_;
+}
+
 QList<Stray> ReplyCollector::takeStrays()
 {
     QList<Stray> taken;
@@ -169,8 +174,10 @@ Arrival ReplyCollector::finish(Arrival arrival, int first, int length)
         strays_.append({StrayKind::late, behind});
     pending_.clear();
     // A read is never answered with its own request, so it tells for certain.
-    if (isReadFunction(byteAt(request_, 1)) && !echoStripped_)
-        adapterEchoes_ = false;
+    if (isReadFunction(byteAt(request_, 1))) {
+        adapterEchoes_ = echoStripped_;
+        knowsAdapter_ = true;
+    }
     return arrival;
 }
 

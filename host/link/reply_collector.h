@@ -19,9 +19,10 @@ enum class StrayKind {
     otherRequest,  // a sound frame of this station and function that answers something else
     noise,         // no sound frame
     echo,          // the request itself, from a two-wire adapter that hears what it sends
-    late           // the reply to an earlier request, or bytes that came while none was awaited
+    late,          // the reply to an earlier request, or bytes that came while none was awaited
+    surplus        // a sound frame although all that was asked of its station had been answered
 };
-constexpr int strayKinds = 6;
+constexpr int strayKinds = 7;
 
 // Bytes on the line that are not the awaited reply.
 struct Stray {
@@ -56,6 +57,9 @@ public:
     // The bytes to hand on, after reply or exception.
     QByteArray reply() const;
 
+    // Has a read told whether the adapter echoes?
+    bool knowsAdapter() const;
+
     // Everything met since the last call that was no reply.
     QList<Stray> takeStrays();
 
@@ -75,6 +79,7 @@ private:
     QList<Stray> strays_;
     bool echoStripped_ = false;  // in this transaction
     bool adapterEchoes_ = false; // as the last read has shown
+    bool knowsAdapter_ = false;
 };
 
 } // namespace dov417

@@ -74,16 +74,14 @@ void RequestCarrier::carry(const Transmission& request, Exchange::Done done)
     isTrial_ = false;
     // Bits do not count as their words do. They go out one by one, and short.
     const int words = wordsIn(request.sent);
-    words_ = words == request.request.length && maxRegisters_ != noMaximum ? words : 0;
+    words_ = words == request.request.length ? words : 0;
     begin(maxRegisters_ == learnedMaximum ? station().maximum : maxRegisters_);
 }
 
 std::vector<int> RequestCarrier::lengthsFor(int maximum) const
 {
-    const int most = isWrite(request_.sent) && maximum < noMaximum
-                         ? std::min(maximum, maxWordsOfAWrite)
-                         : maximum;
-    if (words_ <= most)
+    const int most = isWrite(request_.sent) ? std::min(maximum, maxWordsOfAWrite) : maximum;
+    if (maximum == noMaximum || words_ <= most)
         return {};
     return partLengths(words_, most, [this](int word) {
         return line_.mayCut(request_.request, request_.request.address + word);
@@ -127,7 +125,12 @@ void RequestCarrier::ended(const Transmission& frame)
     const int next = nextMaximum(frame);
     if (lengths_.empty() && next == 0) {
         Transmission whole = frame;
-        whole.where = takenText();
+        const auto tried = hopeless_.find(head());
+        if (tried != hopeless_.end())
+            whole.where = tried->second;
+        const std::string taken = takenText();
+        if (!taken.empty())
+            whole.where += (whole.where.empty() ? "" : "; ") + taken;
         finish(whole);
         return;
     }
@@ -160,20 +163,27 @@ void RequestCarrier::answered(const Transmission& frame)
         wordsTaken_ = std::max(wordsTaken_, wordsSent());
 }
 
+QByteArray RequestCarrier::head() const
+{
+    return request_.sent.left(headLength);
+}
+
 // Was it refused for its length? Then what to try next; else 0.
 int RequestCarrier::nextMaximum(const Transmission& refused)
 {
     if (maxRegisters_ != learnedMaximum || words_ == 0 || !isRefused(refused.reception))
         return 0;
-    const QByteArray head = request_.sent.left(headLength);
-    if (hopeless_.count(head) != 0)
+    if (hopeless_.count(head()) != 0)
         return 0;
     // As long a one was answered before: it is the address.
     if (refused.request.length > longestAnswered())
         for (const int maximum : triedMaxima)
             if (maximum < refused.request.length && !lengthsFor(maximum).empty())
                 return maximum;
-    hopeless_.insert(head);
+    hopeless_[head()] = lengths_.empty()
+                            ? std::string()
+                            : "in parts: " + reasonText(refused.reception, refused.replyLength) +
+                                  " " + partText(refused);
     return 0;
 }
 
@@ -227,12 +237,17 @@ Transmission RequestCarrier::failed(const Transmission& part) const
     whole.request = request_.request;
     whole.sent = request_.sent;
     whole.frames = frames_;
-    whole.where = "in " + wordsText(part.request, 0, part.request.length) + ", part " +
-                  std::to_string(answered_.size() + 1) + " of " + std::to_string(lengths_.size());
+    whole.where = partText(part);
     const std::string taken = takenText();
     if (!taken.empty())
         whole.where += "; " + taken;
     return whole;
+}
+
+std::string RequestCarrier::partText(const Transmission& part) const
+{
+    return "in " + wordsText(part.request, 0, part.request.length) + ", part " +
+           std::to_string(answered_.size() + 1) + " of " + std::to_string(lengths_.size());
 }
 
 std::string RequestCarrier::takenText() const

@@ -13,7 +13,7 @@
 #include <QByteArray>
 #include <array>
 #include <functional>
-#include <set>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -54,17 +54,20 @@ private:
     void sendNext();
     void ended(const Transmission& frame);
     void answered(const Transmission& frame);
+    QByteArray head() const;
     int nextMaximum(const Transmission& refused);
     void learn();
     void finish(const Transmission& record);
     Transmission joined() const;
     Transmission failed(const Transmission& part) const;
+    std::string partText(const Transmission& part) const;
     std::string takenText() const;
 
     CarrierLine line_;
     int maxRegisters_;
     std::array<Station, 256> stations_{};
-    std::set<QByteArray> hopeless_; // what is refused, and not for its length
+    // The heads of requests that are refused in any length, and what became of their parts.
+    std::map<QByteArray, std::string> hopeless_;
 
     Transmission request_;
     Exchange::Done done_; // null: nothing is under way

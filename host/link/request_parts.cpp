@@ -117,7 +117,7 @@ QByteArray partOf(const QByteArray& request, int first, int words)
     append(frame, numberAt(request, addressIndex) + first * units);
     append(frame, words * units);
     if (isWrite(request)) {
-        frame.append(static_cast<char>(words * bytesPerWord & 0xFF));
+        frame.append(static_cast<char>(words * bytesPerWord));
         frame.append(request.mid(writtenData + first * bytesPerWord, words * bytesPerWord));
     }
     return withCrc(frame);
@@ -133,7 +133,7 @@ QByteArray joinedReply(const QByteArray& request, const std::vector<QByteArray>&
     if (isWrite(request))
         return withCrc(request.left(head)); // the echo of the whole address and quantity
     QByteArray reply = request.left(addressIndex);
-    reply.append(static_cast<char>(wordsIn(request) * bytesPerWord & 0xFF));
+    reply.append(static_cast<char>(wordsIn(request) * bytesPerWord));
     for (const QByteArray& part : replies)
         reply.append(part.mid(readData, part.size() - readData - crcLength));
     return withCrc(reply);

@@ -51,6 +51,7 @@ struct LineObserver {
     std::function<void(const Transmission&)> markerEnded;
     std::function<void(const Stray&)> stray;
     std::function<void(const std::string&)> notice; // what a person should know, said once
+    std::function<void()> doubt; // what was taken for a reply so far may have been another's
     std::function<void(bool open, const QString& message)> port;
 };
 
@@ -90,7 +91,7 @@ private:
     bool tryOpen(QString* reason);
     void reopen();
     bool applyFormat(QString* reason);
-    void lost(const QString& reason);
+    void lost();
     void write(const QByteArray& bytes);
     void wakeAt(Clock::time_point when);
     bool bytesWait() const;

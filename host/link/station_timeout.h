@@ -37,6 +37,11 @@ public:
     Micros patience(const TimeoutSettings& settings) const;
     bool hasAnswered() const;
     StationTime time(int station, const TimeoutSettings& settings) const;
+    // Half as long again as it took at most of late; 0 until it has answered.
+    Micros measured() const
+    {
+        return measured_;
+    }
     bool hasGrownInVain() const;
 
 private:

@@ -55,6 +55,7 @@ void RecipeTransfer::start(const RecipeLayout& layout, RecipeDirection direction
         return;
     }
     done_ = std::move(done);
+    doubt_.clear();
     underWay_ = true;
     flag_ = direction == RecipeDirection::upload ? uploadFlagOffset : downloadFlagOffset;
     words_ = layout.bufferWords;
@@ -119,6 +120,12 @@ void RecipeTransfer::settle(const Transmission& transmission)
         tellEnd(Result());
 }
 
+void RecipeTransfer::doubt(const std::string& reason)
+{
+    if (underWay_ && flag_ == uploadFlagOffset)
+        doubt_ = reason;
+}
+
 void RecipeTransfer::end(const std::string& reason)
 {
     setFlag(false);
@@ -144,7 +151,8 @@ void RecipeTransfer::tellEnd(const Result& result)
     rounds_.clear();
     underWay_ = false;
     const RecipeWords words(buffer_.begin(), buffer_.begin() + static_cast<std::ptrdiff_t>(words_));
-    tellings_.addDone(done_, result, words);
+    tellings_.addDone(done_, result.accepted && !doubt_.empty() ? Result::refused(doubt_) : result,
+                      words);
     done_ = nullptr;
 }
 

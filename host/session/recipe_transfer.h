@@ -47,6 +47,8 @@ public:
     bool isMoving() const;
     // The request behind this frame has ended.
     void settle(const Transmission& transmission);
+    // What was read so far may be wrong: an upload that is under way ends with this reason.
+    void doubt(const std::string& reason);
     // Ends the transfer, if there is one, and takes the driver's flags back.
     void end(const std::string& reason);
 
@@ -66,6 +68,7 @@ private:
     std::size_t flag_ = 0;                         // offset in the block
     std::size_t words_ = 0;
     bool underWay_ = false;
+    std::string doubt_;   // why an upload is not good however it ends
     bool moving_ = false; // the flag is set
     RecipeDone done_;
 };

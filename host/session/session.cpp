@@ -15,6 +15,9 @@ const char* const lineIsLeft = "the line is being left";
 
 } // namespace
 
+const char* const repliesAreDoubtful =
+    "a station sent more replies than it was asked for: what was read may be wrong";
+
 Session::Session(const Library& library, const SessionSettings& settings)
     : library_(library), claim_(library), settings_(settings), views_(library),
       requests_(
@@ -33,6 +36,7 @@ Session::Session(const Library& library, const SessionSettings& settings)
                          [this](const std::string& text) {
                              tellings_.add([this, text]() { emit noticed(text); });
                          },
+                         [this]() { doubt(); },
                          [this](bool open, const std::string& message) { portWas(open, message); }},
               [this](const Request& request, int word) { return mayCut(request, word); })
 {
@@ -267,6 +271,15 @@ void Session::countCycle()
     if (++cycles_ == lastCycle_)
         finish(afterLastCycle_);
     tellings_.add([this, cycles = cycles_]() { emit cycleEnded(cycles); });
+}
+
+// Nothing of it is known until it has been read again.
+void Session::doubt()
+{
+    ++doubts_;
+    recipe_.doubt(repliesAreDoubtful);
+    views_.doubt();
+    tellChanges();
 }
 
 void Session::portWas(bool open, const std::string& message)

@@ -34,6 +34,8 @@ struct SessionSettings {
     int gap;     // words
 };
 
+extern const char* const repliesAreDoubtful;
+
 class Session : public QObject {
     Q_OBJECT
 
@@ -63,6 +65,13 @@ public:
     int generation() const
     {
         return generation_;
+    }
+
+    // Counts how often replies turned out to be another request's, maybe. Who has collected what
+    // was read meanwhile compares.
+    int doubts() const
+    {
+        return doubts_;
     }
 
     const SessionSettings& settings() const;
@@ -120,6 +129,7 @@ private:
     void settle(const Transmission& transmission);
     std::optional<long long> cycleUnderWay() const; // none where nothing is watched
     void countCycle();
+    void doubt();
     void portWas(bool open, const std::string& message);
     Result refusal(bool isOnePiece) const;
     void feed();
@@ -139,6 +149,7 @@ private:
     int requestsThisCycle_ = 0;
     bool isOfPlanBefore_ = false; // the request under way
     int generation_ = 0;
+    int doubts_ = 0;
     long long cycles_ = 0;
     long long lastCycle_ = 0; // 0: none is the last one
     std::function<void()> afterLastCycle_;

@@ -14,6 +14,7 @@ namespace {
 
 struct Reads {
     int generation = 0;
+    int doubts = 0;
     std::size_t underWay = 0;
     ReadProblems problems;
     std::function<void(const ReadProblems&)> done;
@@ -46,6 +47,7 @@ void readAll(Session& session, const std::vector<Address>& addresses,
     const auto pieces = piecesOf(addresses, session.settings().gap);
     const auto reads = std::make_shared<Reads>();
     reads->generation = session.generation();
+    reads->doubts = session.doubts();
     reads->underWay = pieces.size();
     reads->problems.resize(addresses.size());
     reads->done = std::move(done);
@@ -61,6 +63,8 @@ void readAll(Session& session, const std::vector<Address>& addresses,
             for (std::string& problem : reads->problems)
                 if (problem.empty() && session.generation() != reads->generation)
                     problem = changedMeanwhile;
+                else if (problem.empty() && session.doubts() != reads->doubts)
+                    problem = repliesAreDoubtful;
             reads->done(reads->problems);
         });
     }

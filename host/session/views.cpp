@@ -185,12 +185,14 @@ void Views::count(const Address& address, int step)
 }
 
 // The writes of one word go to the driver one by one, so with an outcome the cache is the
-// controller's again.
+// controller's again; of a double word once both halves have theirs.
 void Views::countWrite(const Address& address, int step)
 {
     count(address, step);
     for (const std::size_t index : inWordsOf(address)) {
-        const bool isRead = step < 0 && standing_.at(index).isCached && read(index);
+        const Standing& standing = standing_.at(index);
+        const bool isKnown = standing.isCached && standing.writesOfWords == 0;
+        const bool isRead = step < 0 && isKnown && read(index);
         if (!isRead && share(views_.at(index).address, address))
             changed(index, false);
     }
@@ -215,15 +217,27 @@ void Views::makeOld()
 void Views::forget()
 {
     changes_.clear(); // nobody is to hear of the values of this controller once there is the next
-    for (std::size_t i = 0; i < views_.size(); ++i) {
-        View fresh;
-        fresh.address = views_.at(i).address;
-        fresh.writes = views_.at(i).writes;
-        const bool had = views_.at(i).hasValue;
-        views_.at(i) = fresh;
-        if (had)
-            changed(i, false);
-    }
+    for (std::size_t i = 0; i < views_.size(); ++i)
+        forget(i);
+}
+
+void Views::forget(std::size_t index)
+{
+    View& view = views_.at(index);
+    View fresh;
+    fresh.address = view.address;
+    fresh.writes = view.writes;
+    const bool had = view.hasValue;
+    view = fresh;
+    if (had)
+        changed(index, false);
+}
+
+void Views::doubt()
+{
+    driverStartedAnew(); // as if: what its cache holds is not to be shown
+    for (std::size_t i = 0; i < views_.size(); ++i)
+        forget(i);
 }
 
 ViewChanges Views::takeChanges()

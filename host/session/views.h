@@ -64,6 +64,8 @@ public:
     // values that lie in it as a whole: two replies may hold halves of two different values.
     void confirm(const Request& read, Clock::time_point asOf);
     void giveUp(const Request& read);
+    // What was read may be wrong: it is not known until it has been read again.
+    void doubt();
     // A write of this address was taken on (+1) or has its outcome (-1).
     void countWrite(const Address& address, int step);
 
@@ -91,6 +93,7 @@ private:
     void add(const Address& range, const std::map<UnitKey, std::size_t>& places,
              const std::vector<View>& before, const std::vector<Standing>& standing);
     bool read(std::size_t index);
+    void forget(std::size_t index);
     void changed(std::size_t index, bool isValue);
     template <typename Call>
     void forEachIn(const Request& words, Call call);

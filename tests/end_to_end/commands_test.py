@@ -163,6 +163,37 @@ class Write(EndToEnd):
         self.assertIn("1/R_W:100 = 1: taken, but it reads back as 2", done.stderr)
         self.assertIn("1/R_W:100..101 = 2 3: written and read back", done.stdout)
 
+    def test_a_write_in_parts_says_which_words_were_taken(self):
+        # Replies: the echo, three parts of the read before, two of the write.
+        controller = self.controller("--still", "--fault", "exception:4=every:6")
+        done = run("write", "--port", controller.port, "--gap", "0", "--retries", "1",
+                   "--max-registers", "16", "R_W:100..139=" + ",".join(["7"] * 40))  # fmt: skip
+        self.assertEqual(done.returncode, 1)
+        self.assertIn("given up, NOT confirmed: exception 4 (server device failure), in "
+                      "R_W:116..129, part 2 of 3; R_W:100..115 was taken\n", done.stderr)  # fmt: skip
+        word = controller.memory()
+        self.assertEqual([word(1, "R_W", a) for a in range(100, 116)], [7] * 16)
+        self.assertEqual(word(1, "R_W", 130), 0, "nothing is sent after the part that failed")
+
+    def test_a_broadcast_in_parts_waits_between_them(self):
+        controller = self.controller("--still", "--stations", "1,2")
+        log = self.path("log")
+        self.succeeds("write", "--port", controller.port, "--gap", "0", "--max-registers", "16",
+                      "--turnaround", "30", "--log", log,
+                      "0/R_W:100..139=" + ",".join(["7"] * 40))  # fmt: skip
+        with open(log, encoding="utf-8") as file:
+            sent = [
+                datetime.datetime.fromisoformat(entry.split()[0])
+                for entry in file
+                if " TX 00 10 " in entry
+            ]
+        self.assertEqual(len(sent), 3)
+        for earlier, later in zip(sent, sent[1:]):
+            self.assertGreaterEqual((later - earlier).total_seconds(), 0.03)
+        word = controller.memory()
+        for station in (1, 2):
+            self.assertEqual([word(station, "R_W", a) for a in range(100, 140)], [7] * 40)
+
     def test_a_broadcast_reaches_every_station(self):
         controller = self.controller("--still", "--stations", "1,2")
         out = self.succeeds("write", "--port", controller.port, "--turnaround", "1", "0/R_W:100=7",
@@ -183,6 +214,22 @@ class Watch(EndToEnd):
         code, _, err = watching.interrupt()
         self.assertEqual((code, err), (0, ""))
 
+    def test_every_value_of_a_long_run_comes_from_a_strict_controller(self):
+        controller = self.controller("--still", "--strict", "--set", "R_W:127=77")
+        for options, notices in (((), 1), (("--max-registers", "32"), 0)):
+            done = run("watch", "--port", controller.port, "R_W:0..127", "--cycles", "2",
+                       "--stats", *options)  # fmt: skip
+            self.assertEqual(done.returncode, 0)
+            self.assertEqual(done.stdout.count(" 1/R_W:"), 128)
+            self.assertIn(" 1/R_W:127 = 77\n", done.stdout)
+            self.assertEqual(
+                done.stderr,
+                "dov417: station 1 refuses 128 registers in one request: they go out in parts of "
+                "at most 125 from now on\n" * notices,
+            )
+            parts = 5 if not options else 8
+            self.assertIn(f"read  1#R_W0(128): 2 sent, 2 good, {parts} parts\n", done.stdout)
+
     def test_json_has_an_object_a_line(self):
         controller = self.controller()
         out = self.succeeds("watch", "--port", controller.port, "C:0", "--json", "--seconds", "1")
@@ -192,14 +239,27 @@ class Watch(EndToEnd):
         self.assertEqual(changes[2]["previous"], changes[1]["value"])
 
     def test_json_tells_what_was_given_up_once_and_how_often(self):
-        controller = self.controller("--fault", "silence=100%")
-        done = run("watch", "--port", controller.port, "--timeout", "20", "--retries", "1",
+        controller = self.controller("--fault", "exception:2=100%")
+        done = run("watch", "--port", controller.port, "--retries", "1",
                    "R_W:100", "--json", "--cycles", "2")  # fmt: skip
         self.assertEqual(done.returncode, 1)
         told = [json.loads(line) for line in done.stdout.splitlines()]
         self.assertEqual([(t["abandoned"], t["reason"], t["why"], t.get("times")) for t in told],
-                         [("1#R_W100(1)", "no answer: no byte came", "noByte", times)
+                         [("1#R_W100(1)", "exception 2 (illegal data address)", "exception", times)
                           for times in (None, 2)])  # fmt: skip
+
+    def test_json_tells_of_a_silent_station_what_was_asked_and_what_not(self):
+        controller = self.controller("--fault", "silence=100%")
+        done = run("watch", "--port", controller.port, "--timeout", "20", "--retries", "1",
+                   "R_W:100", "--json", "--stats", "--cycles", "2")  # fmt: skip
+        self.assertEqual(done.returncode, 1)
+        told = [json.loads(line) for line in done.stdout.splitlines()]
+        self.assertEqual([(t["abandoned"], t["reason"], t["why"]) for t in told[:-1]],
+                         [("1#R_W100(1)", "no answer: no byte came", "noByte")])  # fmt: skip
+        counters = told[-1]["statistics"]["requests"]["read  1#R_W100(1)"]
+        self.assertEqual((counters["sent"], counters["abandoned"]), (1, 1))
+        self.assertGreaterEqual(counters["notAsked"], 1)
+        self.assertRegex(counters["whyNotAsked"], "^not asked: silent since [0-9:]{8}$")
 
     def test_json_tells_the_counters_as_an_object(self):
         controller = self.controller("--still", "--fault", "exception:2=100%")

@@ -1,10 +1,12 @@
-"""The driver against slaves that nobody here wrote; both hold the same, and both are strict."""
+"""The driver against slaves that nobody here wrote; they hold the same, and all are strict."""
 
+import json
 import os
+import re
 import sys
 import unittest
 
-from harness import EndToEnd
+from harness import EndToEnd, run
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 BASES = {"I": 0, "Q": 2048, "M": 4096, "T": 384, "C": 512, "R": 1280}
@@ -103,9 +105,83 @@ class Slave:
                 ],
             )
 
-    def test_a_request_beyond_the_protocol_is_refused_by_name(self):
-        err = self.fails("watch", *self.port, "R_W:0..127", "--cycles", "1")
+    def values(self, out, register):
+        """What a watch told of a register type, by its address."""
+        told = re.findall(rf" 1/{register}:(\d+) = (\d+)$", out, re.MULTILINE)
+        return {int(address): int(value) for address, value in told}
+
+    def test_a_request_beyond_the_protocol_goes_in_parts_once_it_was_refused(self):
+        for register, coils in (("R_W", "128 registers"), ("M_W", "2048 coils")):
+            done = run("watch", *self.port, f"{register}:0..127", "--cycles", "3")
+            self.assertEqual(done.returncode, 0, done.stderr)
+            self.assertEqual(
+                self.values(done.stdout, register),
+                {a: word(1, register[0], a) for a in range(128)},
+            )
+            self.assertEqual(done.stderr.count(f"station 1 refuses {coils}"), 1)
+
+    def test_parts_are_as_short_as_they_are_told_to_be(self):
+        for maximum in (125, 60, 16):
+            log = self.path(f"log{maximum}")
+            out = self.succeeds(
+                "watch", *self.port, "R_W:0..127", "M_W:0..127", "--cycles", "1", "--log", log,
+                "--max-registers", str(maximum), "--stats",
+            )  # fmt: skip
+            for register in ("R_W", "M_W"):
+                self.assertEqual(
+                    self.values(out, register), {a: word(1, register[0], a) for a in range(128)}
+                )
+            with open(log, encoding="utf-8") as file:
+                text = file.read()
+            asked = [int(n) for n in re.findall(r"read (\d+) registers? from", text)]
+            coils = [int(n) for n in re.findall(r"read (\d+) coils from", text)]
+            parts = 2 * -(-128 // maximum)
+            self.assertIn(f"all requests: 2 sent, 2 good, {parts} parts", out)
+            self.assertLessEqual(max(asked), maximum)
+            self.assertLessEqual(max(coils), 16 * maximum)
+            self.assertNotIn("exception", text)
+
+    def test_a_request_beyond_the_protocol_is_refused_by_name_where_parts_are_forbidden(self):
+        err = self.fails("watch", *self.port, "R_W:0..127", "--cycles", "1",
+                         "--max-registers", "128")  # fmt: skip
         self.assertIn("exception 3 (illegal data value)", err)
+
+    def test_a_long_write_and_a_long_recipe_arrive_in_parts(self):
+        # libmodbus lets an echo wait for its time-out.
+        port = (*self.port, "--no-function-8")
+        words = [3 * a for a in range(128)]
+        values = ",".join(map(str, words))
+        out = self.succeeds("write", *port, "--gap", "0", "--max-registers", "60",
+                            f"R_W:1000..1127={values}", f"M_W:0..127={values}")  # fmt: skip
+        self.assertEqual(out.count("written and read back"), 2)
+        out = self.succeeds("read", *port, "--gap", "0", "R_W:999..1128", "M_W:0..127")
+        self.assertEqual(
+            out.splitlines(),
+            [
+                line("1/R_W:999..1128", [word(1, "R", 999), *words, word(1, "R", 1128)]),
+                line("1/M_W:0..127", words),
+            ],
+        )
+
+        tags = self.write_file(
+            "long.csv", "name,register,address,count\nlong,R_W,2000,300\ndouble,R_D,2401,130\n"
+        )
+        recipe = {"long": [7 * a for a in range(300)], "double": [70000 + a for a in range(130)]}
+        file = self.write_file("recipe.json", json.dumps(recipe))
+        options = ("--tags", tags, *port, "--max-registers", "32")
+        self.succeeds("recipe", "download", file, *options)
+        copy = self.path("copy.json")
+        self.succeeds("recipe", "upload", copy, *options)
+        with open(copy, encoding="utf-8") as uploaded:
+            self.assertEqual(json.load(uploaded), recipe)
+        out = self.succeeds("read", *port, "R_W:2299..2300", "R_D:2659")
+        self.assertEqual(
+            out.splitlines(),
+            [
+                line("1/R_W:2299..2300", [2093, word(1, "R", 2300)]),
+                line("1/R_D:2659..2660", [70129]),
+            ],
+        )
 
 
 class Libmodbus(Slave, EndToEnd):
@@ -118,6 +194,13 @@ class Pymodbus(Slave, EndToEnd):
 
     def server(self, port):
         return (sys.executable, os.path.join(HERE, "pymodbus_server.py"), port)
+
+
+if "SERIALBUS_SERVER" in os.environ:
+
+    class Serialbus(Slave, EndToEnd):
+        def server(self, port):
+            return (os.environ["SERIALBUS_SERVER"], port)
 
 
 if __name__ == "__main__":

@@ -23,7 +23,10 @@ struct Shown {
 
 class Rounds {
 public:
-    explicit Rounds(LateWorld& world) : world_(world), bus_(world.bus) {}
+    explicit Rounds(LateWorld& world) : world_(world), bus_(world.bus)
+    {
+        world.doubted = [this]() { doubt(); };
+    }
 
     Tally play(int requests)
     {
@@ -40,6 +43,7 @@ public:
                 world_.pass(milliseconds(bus_.between(0, 3000)));
             countSilence();
         }
+        world_.doubted = nullptr;
         tally_.markers = world_.markers;
         tally_.copies = bus_.copies;
         tally_.chanceFits = bus_.chanceFits;
@@ -70,10 +74,12 @@ private:
         if (!isGood(ended))
             return;
         ++tally_.writes;
+        const long long before = tally_.lies();
         // Nobody else writes.
         const LateStation& asked = bus_.stations.at(station);
         tally_.wronglyWritten += LateBus::heldBy(asked, address) == value ? 0 : 1;
         shown_[station].place[address] = lastPlace(asked, address, value);
+        countEarly(before);
     }
 
     void read(int station, bool refused)
@@ -92,6 +98,7 @@ private:
         const LateStation& asked = bus_.stations.at(station);
         Shown& shown = shown_[station];
         ++tally_.values;
+        const long long before = tally_.lies();
         shown.answersSeen = asked.answers;
         if (address >= LateBus::firstRefused) {
             ++tally_.wrong;
@@ -108,9 +115,26 @@ private:
                 ++tally_.wrong;
             else if (value < shown.counter)
                 ++tally_.old;
-            shown.counter = std::max(shown.counter, value);
+            else
+                shown.counter = value;
         } else if (value != LateBus::ownValue(station, address)) {
             ++tally_.wrong;
+        }
+        countEarly(before);
+    }
+
+    void countEarly(long long before)
+    {
+        tally_.beforeDoubt += world_.exchange->isWary(world_.now) ? 0 : tally_.lies() - before;
+    }
+
+    // Nothing is shown any more, and what is from here on is compared with what is from here on.
+    void doubt()
+    {
+        ++tally_.doubts;
+        for (auto& [station, shown] : shown_) {
+            shown.counter = 0;
+            shown.place.clear();
         }
     }
 
@@ -186,6 +210,8 @@ void Tally::add(const Tally& other)
     givenUp += other.givenUp;
     markers += other.markers;
     silent += other.silent;
+    doubts += other.doubts;
+    beforeDoubt += other.beforeDoubt;
     copies += other.copies;
     chanceFits += other.chanceFits;
 }
@@ -197,7 +223,8 @@ std::string textOf(const Tally& tally)
            text(tally.old) + ", writes " + text(tally.writes) + ", confirmed wrongly " +
            text(tally.wronglyWritten) + ", given up " + text(tally.givenUp) + ", markers " +
            text(tally.markers) + ", silent " + text(tally.silent) + ", copies " +
-           text(tally.copies) + ", CRC by chance " + text(tally.chanceFits);
+           text(tally.copies) + ", doubts " + text(tally.doubts) + ", lies before " +
+           text(tally.beforeDoubt) + ", CRC by chance " + text(tally.chanceFits);
 }
 
 void populate(LateWorld& world)
@@ -230,13 +257,29 @@ Tally playRound(unsigned seed, int requests)
     LateWorld world(seed);
     populate(world);
     for (auto& [number, station] : world.bus.stations) {
-        // Another program's request: whose reply it is tells a marker with a number alone.
-        const bool isCertain = station.loses + station.garbles + station.cuts + station.pauses == 0;
-        if (!world.settings.mayMark || station.diagnostics < 0 || !isCertain ||
-            station.delay() > milliseconds(400) || world.bus.share() < 0.5)
+        // Another program's request: what is told of a station that says nothing to an echo is
+        // less.
+        if (!world.settings.mayMark || station.diagnostics < 0 || world.bus.share() < 0.5)
             continue;
         world.bus.send(withCrc(readRequestOf(number, world.bus.between(0, 9), 1)), world.now);
         world.pass(milliseconds(10));
+    }
+    world.start();
+    return askAtRandom(world, requests);
+}
+
+Tally playModemRound(unsigned seed, int requests)
+{
+    LateWorld world(seed);
+    LateBus& bus = world.bus;
+    const int stations = bus.between(1, 3);
+    for (int number = 1; number <= stations; ++number) {
+        LateStation& station = bus.stations[number];
+        station.delay = delayOf(world, bus.share() < 0.7 ? 0 : bus.between(1, 6));
+        station.repeats = bus.share() < 0.5 ? 0.01 : 0.2;
+        station.repeatLag = milliseconds(bus.between(1, 300));
+        station.loses = bus.share() < 0.5 ? 0 : 0.1;
+        station.diagnostics = bus.between(-1, 1);
     }
     world.start();
     return askAtRandom(world, requests);

@@ -17,7 +17,9 @@ struct Tally {
     long long wronglyWritten = 0; // confirmed, and not done
     long long givenUp = 0;        // requests
     long long markers = 0;
-    long long silent = 0; // times that a station answered so often and nothing of it was shown
+    long long silent = 0;      // times that a station answered so often and nothing of it was shown
+    long long doubts = 0;      // times that a surplus was met
+    long long beforeDoubt = 0; // of the lies: shown while no surplus had been met for long
     long long copies = 0;
     long long chanceFits = 0;
 
@@ -38,6 +40,9 @@ Tally askAtRandom(LateWorld& world, int requests);
 
 // Both, from a start on a line where another program may just have asked.
 Tally playRound(unsigned seed, int requests);
+
+// The same behind a radio modem that sends some replies twice.
+Tally playModemRound(unsigned seed, int requests);
 
 } // namespace dov417
 

@@ -143,9 +143,9 @@ TEST(Exchange, AStationThatSaysNothingToAnEchoIsAskedAllTheSame)
     world.bus.stations[1].delay = []() { return milliseconds(5); };
     world.start();
     EXPECT_TRUE(isGood(world.read(1, 0x100, 2)));
-    EXPECT_EQ(world.markers, 3) << "two echoes and a read";
+    EXPECT_EQ(world.markers, 4) << "two echoes and two reads";
     EXPECT_TRUE(isGood(world.read(1, 0x200, 2)));
-    EXPECT_EQ(world.markers, 3);
+    EXPECT_EQ(world.markers, 4);
     world.start();
     EXPECT_TRUE(isGood(world.write(1, 0x1000, 2)));
 }
@@ -186,7 +186,7 @@ TEST(Exchange, WhereFunction8IsForbiddenAReadOfAnotherLengthIsTheMarker)
     const Transmission ended = world.read(1, 0x300, 2);
     ASSERT_TRUE(isGood(ended));
     EXPECT_EQ(wordOf(ended, 0), LateBus::ownValue(1, 0x300));
-    EXPECT_EQ(world.markers, 1);
+    EXPECT_EQ(world.markers, 2) << "of two lengths: the first may be the other program's";
     EXPECT_EQ(station.echoRequests, 0);
 }
 
@@ -225,6 +225,113 @@ TEST(Exchange, BabbleEndsARequest)
     EXPECT_EQ(ended->reception.result, LineResult::timeout);
 }
 
+class ACopy : public ::testing::Test {
+protected:
+    ACopy()
+    {
+        world.doubted = [this]() { ++doubts; };
+        world.bus.stations[1].delay = []() { return milliseconds(20); };
+        world.bus.stations[1].repeatLag = milliseconds(1);
+        world.start();
+        EXPECT_TRUE(isGood(world.read(1, 0x100, 1)));
+    }
+    // The line is left alone meanwhile.
+    void readWithCopy()
+    {
+        world.bus.stations[1].repeats = 1;
+        world.read(1, 0x100, 1); // it may meet with the copy of the marker's reply
+        world.bus.stations[1].repeats = 0;
+        world.pass(milliseconds(100));
+    }
+    LateWorld world{1};
+    int doubts = 0;
+};
+
+TEST_F(ACopy, IsSaidOnceAndPutsWhatWasReadInDoubt)
+{
+    readWithCopy();
+    EXPECT_EQ(doubts, 1);
+    ASSERT_EQ(world.notices.size(), 1U);
+    EXPECT_EQ(world.notices.front().find("station 1 sends more replies than it was asked for"), 0U);
+    EXPECT_EQ(world.surplus, 1);
+    readWithCopy();
+    EXPECT_EQ(doubts, 1) << "each reply is certain since";
+    EXPECT_EQ(world.notices.size(), 1U);
+    EXPECT_GE(world.surplus, 2);
+}
+
+TEST_F(ACopy, HasAMarkerSentBeforeEachRequestUntilTheLineHasBeenCleanForAWhile)
+{
+    EXPECT_EQ(world.markers, 1) << "at the start";
+    readWithCopy();
+    for (int i = 0; i < 5; ++i)
+        EXPECT_TRUE(isGood(world.read(1, 0x100 + 2 * i, 1)));
+    EXPECT_EQ(world.markers, 6);
+    world.pass(std::chrono::minutes(11));
+    EXPECT_TRUE(isGood(world.read(1, 0x200, 1)));
+    EXPECT_EQ(world.markers, 6);
+    readWithCopy();
+    EXPECT_EQ(doubts, 2);
+}
+
+TEST_F(ACopy, PutsAMarkerBeforeTheRequestsToOtherStationsToo)
+{
+    world.bus.stations[2].delay = []() { return milliseconds(20); };
+    EXPECT_TRUE(isGood(world.read(2, 0x100, 1)));
+    EXPECT_EQ(world.markers, 2);
+    readWithCopy();
+    EXPECT_TRUE(isGood(world.read(2, 0x100, 1)));
+    EXPECT_EQ(world.markers, 3);
+}
+
+TEST_F(ACopy, OfAReplyToAnotherProgramsRequestIsNone)
+{
+    LateWorld other(1);
+    other.bus.stations[1].delay = []() { return milliseconds(200); };
+    other.bus.send(withCrc(QByteArray::fromHex("010302000001")), other.now);
+    other.pass(milliseconds(10));
+    other.start();
+    EXPECT_TRUE(isGood(other.read(1, 0x100, 1)));
+    EXPECT_GE(other.strays, 1);
+    EXPECT_EQ(other.surplus, 0);
+}
+
+// Each reply is taken for that to the request after, and all look alike: nothing is left over. But
+// they come too soon.
+TEST_F(ACopy, IsNoticedWhereAllRequestsHaveOneShape)
+{
+    for (unsigned seed = 1; seed <= 40; ++seed) {
+        LateWorld other(seed);
+        LateStation& station = other.bus.stations[1];
+        station.delay = [&other]() { return milliseconds(other.bus.between(20, 30)); };
+        station.repeats = 0.02;
+        station.repeatLag = milliseconds(30);
+        other.start();
+        int wrong = 0;
+        for (int i = 0; i < 1000 && other.notices.empty(); ++i) {
+            const int address = 0x100 + 2 * (i % 3);
+            const Transmission ended = other.read(1, address, 1);
+            wrong += isGood(ended) && wordOf(ended, 0) != LateBus::ownValue(1, address) ? 1 : 0;
+        }
+        EXPECT_EQ(other.notices.size(), 1U) << "seed " << seed;
+        EXPECT_LE(wrong, 10) << "seed " << seed;
+    }
+}
+
+TEST(Exchange, ACopyIsNoValueOnceOneHasBeenMet)
+{
+    Tally all;
+    for (unsigned seed = 1; seed <= 100; ++seed) {
+        const Tally tally = playModemRound(seed, 200);
+        EXPECT_EQ(tally.lies(), tally.beforeDoubt) << "seed " << seed << ": " << textOf(tally);
+        EXPECT_LE(tally.wrong, 10) << "seed " << seed << ": " << textOf(tally);
+        EXPECT_EQ(tally.silent, 0) << "seed " << seed << ": " << textOf(tally);
+        all.add(tally);
+    }
+    std::printf("behind a modem: %s\n", textOf(all).c_str());
+    EXPECT_GT(all.copies, 1000);
+}
+
 // In short; tests/late has the long form.
 TEST(Exchange, NoValueIsWrongOnABusThatAnswersLate)
 {
@@ -233,6 +340,7 @@ TEST(Exchange, NoValueIsWrongOnABusThatAnswersLate)
         const Tally tally = playRound(seed, 100);
         EXPECT_EQ(tally.lies(), 0) << "seed " << seed << ": " << textOf(tally);
         EXPECT_EQ(tally.silent, 0) << "seed " << seed << ": " << textOf(tally);
+        EXPECT_EQ(tally.doubts, 0) << "seed " << seed << ": " << textOf(tally);
         all.add(tally);
     }
     std::printf("%s\n", textOf(all).c_str());

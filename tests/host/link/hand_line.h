@@ -25,6 +25,7 @@ public:
         line.markerEnded = [](const Transmission&) {};
         line.stray = [this](const Stray& stray) { strays.push_back(stray); };
         line.notice = [this](const std::string& text) { notices.push_back(text); };
+        line.doubt = [this]() { ++doubts; };
         exchange = std::make_unique<Exchange>(line);
         settings.timeout.initial = std::chrono::milliseconds(500);
         settings.timeout.max = std::chrono::seconds(15);
@@ -86,6 +87,7 @@ public:
     std::vector<QByteArray> sent;
     std::vector<Stray> strays;
     std::vector<std::string> notices;
+    int doubts = 0;
     std::optional<Transmission> ended;
 
 private:

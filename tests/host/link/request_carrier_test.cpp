@@ -211,7 +211,8 @@ TEST_F(ACarrier, LearnsOnceWhatAStationTakes)
     limits = Limits::strict();
     complete(read("R_W", 0, 128));
     EXPECT_THAT(asked, ElementsAre(128, 125, 3));
-    EXPECT_EQ(parts.size(), 3U) << "the refused one was on the line as well";
+    ASSERT_EQ(parts.size(), 3U) << "the refused one was on the line as well";
+    EXPECT_TRUE(parts.at(0).isPart);
     EXPECT_EQ(outcome.frames, 3);
     EXPECT_EQ(outcome.reception.bytes, wholeReply(outcome));
     EXPECT_THAT(notices, ElementsAre("station 1 refuses 128 registers in one request: they go out "
@@ -267,6 +268,8 @@ TEST_F(ACarrier, TriesARequestOnceThatIsRefusedInAnyLength)
     EXPECT_THAT(asked, ElementsAre(64));
     EXPECT_EQ(exceptionCode(outcome.reception), 2);
     EXPECT_EQ(outcome.frames, 0);
+    EXPECT_EQ(outcome.where, "in parts: exception 2 (illegal data address) in R_W:3990..4005, part "
+                             "1 of 4");
     complete(read("R_W", 0, 64));
     EXPECT_THAT(asked, ElementsAre(64)) << "nothing was learned";
     EXPECT_THAT(notices, IsEmpty());
@@ -277,6 +280,7 @@ TEST_F(ACarrier, DoesNotTryWhereAsLongAnAnswerCameBefore)
     complete(read("R_W", 0, 64));
     complete(read("R_W", 3990, 64));
     EXPECT_THAT(asked, ElementsAre(64));
+    EXPECT_EQ(outcome.where, "");
     // The first part is answered, so that the length is not what is wrong with the second.
     complete(read("R_W", 3900, 128));
     EXPECT_THAT(asked, ElementsAre(128, 125, 60, 59)) << "longer than anything before";
@@ -385,7 +389,10 @@ TEST_F(ACarrier, SaysWhichWordsOfAWriteWereTaken)
     complete(again(write(100, 100)));
     EXPECT_EQ(outcome.where, "in R_W:100..139, part 1 of 3; R_W:100..178 was taken")
         << "by the attempt before";
-    replies[5] = QByteArray();
+    replies[6] = QByteArray();
+    complete(again(write(100, 100)));
+    EXPECT_EQ(outcome.where, "in R_W:140..178, part 2 of 3; R_W:100..178 was taken");
+    replies[7] = QByteArray();
     complete(write(100, 100));
     EXPECT_EQ(outcome.where, "in R_W:100..139, part 1 of 3") << "another write of the same";
     complete(again(write(100, 100)));
@@ -399,7 +406,8 @@ TEST_F(ACarrier, SaysWhatARefusedTrialHasWritten)
     EXPECT_EQ(outcome.where, "in R_W:3982..4013, part 2 of 2; R_W:3950..3981 was taken");
     complete(again(write(3950, 64)));
     EXPECT_THAT(asked, ElementsAre(64));
-    EXPECT_EQ(outcome.where, "R_W:3950..3981 was taken");
+    EXPECT_EQ(outcome.where, "in parts: exception 2 (illegal data address) in R_W:3982..4013, part "
+                             "2 of 2; R_W:3950..3981 was taken");
 }
 
 TEST_F(ACarrier, SplitsABroadcastToo)
@@ -436,6 +444,12 @@ TEST_F(ACarrier, BeginsAnewWhereThePortWasLost)
     complete(again(write(0, 100)));
     EXPECT_THAT(asked, ElementsAre(60, 40));
     EXPECT_EQ(outcome.reception.bytes, wholeReply(write(0, 100)));
+
+    carry(write(0, 100));
+    answerNext();
+    replies[6] = QByteArray();
+    complete(write(200, 100));
+    EXPECT_EQ(outcome.where, "in R_W:200..259, part 1 of 2") << "the first is forgotten";
 }
 
 TEST_F(ACarrier, LeavesBitsAlone)

@@ -196,6 +196,11 @@ TEST_F(PartsOnALine, AWriteSaysWhichWordsWereTaken)
 TEST_F(PartsOnALine, ARecipeIsMovedInParts)
 {
     open(32, 32);
+    // The driver leaves a recipe's requests the kind of the one before.
+    session->watch({words("R_W", 280)});
+    ASSERT_TRUE(waitUntil([this]() { return allAreGood(); }));
+    session->watch({});
+    counts.clear();
     const RecipeLayout layout = layOutRecipe({doubleWords("R_D", 0, 260)});
     RecipeWords data(layout.bufferWords);
     for (std::size_t word = 0; word < data.size(); ++word)
@@ -211,7 +216,7 @@ TEST_F(PartsOnALine, ARecipeIsMovedInParts)
         ASSERT_EQ(registers.at(baseOfR + word), 5000 + word);
     EXPECT_THAT(counts, Each(Le(32)));
     for (const int count : counts)
-        EXPECT_EQ(count % 2, 0) << "no part ends inside a value";
+        EXPECT_TRUE(count == 1 || count % 2 == 0) << "no part ends inside a value, but " << count;
 
     RecipeWords uploaded;
     session->transferRecipe(layout, RecipeDirection::upload, {},
@@ -234,6 +239,21 @@ TEST_F(PartsOnALine, AfterOtherSettingsNoFurtherPartOfAWriteGoesOut)
     ASSERT_TRUE(waitForOutcomes(2));
     EXPECT_EQ(outcomes.at(1), "the settings were changed");
     EXPECT_THAT(counts, ElementsAre(40, 1));
+    EXPECT_EQ(registers.at(baseOfR + 140), 1140);
+}
+
+TEST_F(PartsOnALine, AtTheEndOfASessionThePartOnTheLineIsTheLast)
+{
+    open(40, 40);
+    bool isOver = false;
+    QObject::connect(session.get(), &Session::transmissionBegan, session.get(),
+                     [&](const Transmission&) { session->finish([&isOver]() { isOver = true; }); });
+    session->write({words("R_W", 100, 100), std::vector<unsigned char>(200, 1)}, outcome(1));
+    ASSERT_TRUE(waitUntil([&isOver]() { return isOver; }));
+    EXPECT_THAT(counts, ElementsAre(40));
+    session->close();
+    ASSERT_TRUE(waitForOutcomes(1));
+    EXPECT_EQ(outcomes.at(1), "the line was closed");
     EXPECT_EQ(registers.at(baseOfR + 140), 1140);
 }
 

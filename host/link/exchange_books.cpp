@@ -1,0 +1,108 @@
+// A frame came: whose answer is it, and what does it tell of the station?
+#include "link/exchange.h"
+
+#include <algorithm>
+#include <string>
+
+#include "line/crc16.h"
+#include "link/marker.h"
+
+namespace dov417 {
+
+namespace {
+
+constexpr std::chrono::minutes cleanFor(10); // without a surplus
+constexpr unsigned char lastReadFunction = 4;
+
+unsigned char byteAt(const QByteArray& bytes, int index)
+{
+    return static_cast<unsigned char>(bytes.at(index));
+}
+
+} // namespace
+
+long long Exchange::Settled::number() const
+{
+    return answered ? answered->number : 0;
+}
+
+StrayKind Exchange::Settled::kindOr(StrayKind kind) const
+{
+    return isSurplus ? StrayKind::surplus : kind;
+}
+
+Exchange::Settled Exchange::settle(const QByteArray& frame, Clock::time_point now)
+{
+    Settled settled;
+    if (!hasGoodCrc(frame))
+        return settled;
+    astray_.lineWasSound = true;
+    settled.answered =
+        isEcho(frame) || !mayBeOthers(frame, now) ? books_.take(frame) : books_.find(frame);
+    if (settled.answered) {
+        noteAnswer(*settled.answered, now);
+        stations_.at(byteAt(frame, 0)).numbersEchoes |=
+            frame == settled.answered->sent && isEcho(frame);
+    } else if (isSurplus(frame, now)) {
+        settled.isSurplus = true;
+        surplusCame(byteAt(frame, 0), now);
+    }
+    return settled;
+}
+
+// The reply to what another program has asked.
+bool Exchange::mayBeOthers(const QByteArray& frame, Clock::time_point now) const
+{
+    return stations_.at(byteAt(frame, 0)).isUnknown && now < foreignEnd_;
+}
+
+void Exchange::noteAnswer(const OpenTransmission& answered, Clock::time_point now)
+{
+    Station& heard = stations_.at(byteAt(answered.sent, 0));
+    const Transmission& onLine = isMarking_ ? marker_ : current_;
+    const bool inTime =
+        onLine.sent == answered.sent && onLine.reception.firstByte != Clock::time_point();
+    // A frame of another kind is known to have ended only some silence after its last byte.
+    const Clock::time_point began = inTime ? onLine.reception.firstByte : lastActivity_;
+    // Sent several times, it may be the last that is answered: a station that was switched off for
+    // an hour does not take an hour.
+    const Clock::time_point ended = books_.lastSent(answered.sent).value_or(answered.sentAt) +
+                                    onTheWire(static_cast<int>(answered.sent.size()));
+    const Micros delay = std::max(Micros(0), std::chrono::duration_cast<Micros>(began - ended));
+    heard.timeout.answered(delay, settings_.timeout);
+    nameIfSlow(byteAt(answered.sent, 0), delay);
+    heard.listenUntil = now;
+    if (isEcho(answered.sent)) {
+        heard.marksIgnored = 0;
+        // Also a late one, to a marker that was given up.
+        heard.isUnknown = heard.isUnknown && answered.number <= 0;
+    } else if (heard.markFailed) {
+        ++heard.marksIgnored; // it lives, and said nothing to the marker before
+    }
+    heard.markFailed = false;
+}
+
+// A sound frame that answers nothing, and looks like the reply to something that is over, once it
+// is certain that no other program had asked the station before. An adapter's echo of a write looks
+// like a second reply for as long as no read has told that it echoes.
+bool Exchange::isSurplus(const QByteArray& frame, Clock::time_point now)
+{
+    const bool mayBeEcho = byteAt(frame, 1) > lastReadFunction && !collector_.knowsAdapter();
+    return !mayBeOthers(frame, now) && !mayBeEcho && books_.fitsWhatIsOver(frame);
+}
+
+void Exchange::surplusCame(int station, Clock::time_point now)
+{
+    const bool isFirst = !isWary(now);
+    cleanAt_ = now + cleanFor;
+    if (!isFirst)
+        return;
+    line_.doubt();
+    if (!surplusWasSaid_)
+        line_.notice("station " + std::to_string(station) +
+                     " sends more replies than it was asked for: what may be wrong is not known "
+                     "until it has been read again, with a check before each request");
+    surplusWasSaid_ = true;
+}
+
+} // namespace dov417

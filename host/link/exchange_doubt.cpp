@@ -1,0 +1,88 @@
+// Could a reply be mistaken, and has a marker ended that?
+#include "link/exchange.h"
+
+#include "link/marker.h"
+
+namespace dov417 {
+
+namespace {
+
+constexpr int maxMarksIgnored = 2; // one may have been lost
+constexpr int firstEchoes = 2;     // to a station that is unknown, before a read is tried
+constexpr int maxMarks = 4;        // two echoes and two reads
+
+} // namespace
+
+int Exchange::Station::marksAtOnce() const
+{
+    return isUnknown ? maxMarks : 1;
+}
+
+// A station that says nothing to an echo may know no function 8, or have missed it.
+bool Exchange::Station::mayEcho() const
+{
+    return marksIgnored < maxMarksIgnored && !hasAnsweredRead &&
+           (marksUnanswered < firstEchoes || marksUnanswered % 2 != 0);
+}
+
+// What is read has no number: the first reply may be one to another program, but not the second,
+// of another length, too.
+void Exchange::Station::markWasAnswered(const OpenTransmission& marker)
+{
+    isUnknown = isUnknown && !isEcho(marker.sent) && !hasAnsweredRead;
+    hasAnsweredRead = isUnknown;
+    marksUnanswered = isUnknown ? marksUnanswered : 0;
+}
+
+bool Exchange::isWary(Clock::time_point now) const
+{
+    return now < cleanAt_;
+}
+
+// Could something that is still to come be mistaken for the reply?
+bool Exchange::isInDoubt(Clock::time_point now)
+{
+    return isWary(now) || mayBeOthers(current_.sent, now) ||
+           books_.couldBeMistaken(current_.sent, current_.replyLength);
+}
+
+// Does this answer tell that nothing is still to come that could be mistaken? Its own, one to a
+// marker before it if no request went out since, or whatever else ends what was in doubt.
+bool Exchange::endsDoubt(const OpenTransmission& answered, LineResult result, Clock::time_point now)
+{
+    // What comes twice may as well have answered another echo, or another read.
+    const bool isCertain =
+        !isWary(now) || (isEcho(answered.sent) ? isAlone_ : result == LineResult::reply);
+    const bool isMarkers = answered.number == marker_.number ||
+                           (isEcho(answered.sent) && answered.number > station().lastAsked.number);
+    return (isMarkers && isCertain) || !isInDoubt(now);
+}
+
+void Exchange::markerFinished(LineResult result, Clock::time_point now)
+{
+    Station& marked = station();
+    marked.markFailed = result == LineResult::timeout;
+    if (marked.markFailed) {
+        if (!current_.isToSilent)
+            marked.timeout.passed(settings_.timeout);
+        // Silent as it is, it gets one marker for each request from here on.
+        if (++marked.marksUnanswered > firstEchoes)
+            markersLeft_ = 0;
+    } else {
+        marked.markWasAnswered(openOf(marker_));
+    }
+    marker_.reception.result = result;
+    marker_.reception.astray = astray_;
+    line_.markerEnded(marker_);
+    const bool wasLast = current_.isProbe() || (markersLeft_ == 0 && isInDoubt(now));
+    if (marked.markFailed && wasLast && current_.isRead()) {
+        // Not sent, and it is the station that did not answer: for a probe one frame is enough.
+        current_.timeout = marker_.timeout;
+        isMarking_ = false;
+        finish(LineResult::timeout);
+        return;
+    }
+    next(now);
+}
+
+} // namespace dov417

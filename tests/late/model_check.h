@@ -1,0 +1,38 @@
+// All that can happen to the link, one step after the other, up to a depth: two stations, three
+// reads, two of which look alike, and a write; replies that come in time, come late or never.
+#ifndef DOV417_TESTS_MODEL_CHECK_H
+#define DOV417_TESTS_MODEL_CHECK_H
+
+#include <string>
+#include <vector>
+
+namespace dov417 {
+
+struct ModelSettings {
+    int depth = 0;       // events
+    int diagnostics = 1; // 1: echoes, 0: answered with an exception, -1: nothing is said
+    bool isTimeoutFixed = false;
+    bool isShared = false;
+    bool refuses = false;        // one of the reads is answered with an exception
+    bool repliesTwice = false;   // what nothing is promised for
+    bool dropsWhenAsked = false; // what has not been answered when the next request comes
+};
+
+struct ModelResult {
+    long long states = 0;
+    long long goodReplies = 0; // at the ends of all paths
+    int kinds = 1;
+    std::vector<std::string> path; // to the first wrong value; empty if there is none
+    std::string wrong;
+};
+
+ModelResult checkModel(const ModelSettings& settings);
+
+// Stations and lines of all kinds that keep what is assumed of them, until one shows a wrong value.
+ModelResult checkEveryKind(int depth);
+
+std::string textOf(const ModelResult& result);
+
+} // namespace dov417
+
+#endif

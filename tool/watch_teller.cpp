@@ -1,0 +1,206 @@
+#include "tool/watch_teller.h"
+
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <csv.h>
+#include <ctime>
+#include <limits>
+#include <nlohmann/json.hpp>
+
+#include "line/failure.h"
+#include "text/json_value.h"
+#include "tool/live_command.h"
+
+namespace dov417 {
+
+namespace {
+
+constexpr int millisecondsPerSecond = 1000;
+constexpr std::size_t maxTroubleLines = 10; // a minute
+constexpr std::size_t maxMessages = 3;      // on the screen
+constexpr std::size_t dateLength = 11;      // "2026-01-31T"
+constexpr std::size_t clockLength = 8;
+
+// What a screen has shown is told when it is left.
+std::size_t maxNews(bool json)
+{
+    return json                   ? std::numeric_limits<std::size_t>::max()
+           : Screen::isTerminal() ? 0
+                                  : maxTroubleLines;
+}
+
+std::string timeText()
+{
+    const auto now = std::chrono::system_clock::now();
+    const std::time_t seconds = std::chrono::system_clock::to_time_t(now);
+    const auto millis =
+        std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch()).count() %
+        millisecondsPerSecond;
+    std::tm local = std::tm();
+    localtime_r(&seconds, &local);
+    char text[64];
+    const std::size_t length = std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &local);
+    std::snprintf(text + length, sizeof text - length, ".%03lld", static_cast<long long>(millis));
+    return text;
+}
+
+// Also whether the file took it.
+bool writeRow(std::FILE* file, const std::vector<std::string>& fields)
+{
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        std::fputs(i == 0 ? "" : ",", file);
+        csv_fwrite(file, fields.at(i).data(), fields.at(i).size());
+    }
+    std::fputs("\n", file);
+    return std::fflush(file) == 0;
+}
+
+} // namespace
+
+WatchTeller::WatchTeller(bool json, const std::string& csvName,
+                         const std::vector<ViewLabel>& labels,
+                         const std::function<void()>& outputLost)
+    : json_(json), labels_(labels), csvName_(csvName), outputLost_(outputLost),
+      troubles_(maxNews(json))
+{
+    if (!json && Screen::isTerminal())
+        screen_ = std::make_unique<Screen>();
+    if (csvName.empty())
+        return;
+    csv_.reset(std::fopen(csvName_.c_str(), "w"));
+    if (!csv_ || !writeRow(csv_.get(), {"time", "name", "address", "value", "previous"}))
+        throw Failure("cannot write " + csvName_ + ": " + std::strerror(errno));
+}
+
+void WatchTeller::tell(const View& view, std::size_t index)
+{
+    const ViewLabel& label = labels_.at(index);
+    const std::string value = valueText(view, label);
+    const std::string previous = previousText(view, label);
+    if (csv_ && !writeRow(csv_.get(), {timeText(), label.name, label.address, value, previous}))
+        outputLost_();
+    if (json_) {
+        nlohmann::ordered_json object = {{"time", timeText()},
+                                         {"name", label.name},
+                                         {"address", label.address},
+                                         {"value", jsonValue(value)}};
+        if (!previous.empty())
+            object["previous"] = jsonValue(previous);
+        say(object.dump());
+    } else if (!screen_) {
+        say(timeText() + " " + label.name + " = " + value +
+            (previous.empty() ? "" : " (was " + previous + ")"));
+    }
+}
+
+void WatchTeller::tellAbandoned(const std::string& request, const std::string& reason, Reason why)
+{
+    const bool isNews = troubles_.isNews(request, why, reason, Clock::now());
+    const std::string text = "given up: " + request + ": " + reason;
+    if (screen_) {
+        const long long times = troubles_.times(request, why);
+        show("given up " + request + keyOf(why),
+             times == 1 ? text : text + " (" + std::to_string(times) + " times)");
+    } else if (isNews && json_) {
+        const nlohmann::ordered_json object = {
+            {"time", timeText()}, {"abandoned", request}, {"why", keyOf(why)}, {"reason", reason}};
+        say(object.dump());
+    } else if (isNews) {
+        std::fprintf(stderr, "%s %s\n", timeText().c_str(), text.c_str());
+        if (troubles_.isFull())
+            std::fprintf(stderr,
+                         "dov417: what is given up besides is counted and told at the end\n");
+    }
+}
+
+void WatchTeller::tellPort(bool open, const std::string& message)
+{
+    wasLost_ = wasLost_ || !open;
+    if (wasLost_)
+        tellNotice(message);
+}
+
+void WatchTeller::tellNotice(const std::string& text)
+{
+    if (json_)
+        say(nlohmann::ordered_json{{"time", timeText()}, {"notice", text}}.dump());
+    if (!screen_)
+        return;
+    show(text, text);
+    notices_.push_back(timeText() + " " + text);
+}
+
+void WatchTeller::show(const std::string& about, const std::string& text)
+{
+    const std::string line = timeText().substr(dateLength, clockLength) + " " + text;
+    for (Message& message : messages_)
+        if (message.about == about) {
+            message.text = line;
+            return;
+        }
+    messages_.push_back({about, line});
+    if (messages_.size() > maxMessages)
+        messages_.erase(messages_.begin());
+}
+
+void WatchTeller::tellUnsaid()
+{
+    std::vector<std::pair<std::string, std::string>> lines;
+    for (const Trouble& each : troubles_.unsaid()) {
+        if (json_)
+            say(nlohmann::ordered_json{{"time", timeText()},
+                                       {"abandoned", each.what},
+                                       {"why", keyOf(each.why)},
+                                       {"reason", each.reason},
+                                       {"times", each.times}}
+                    .dump());
+        else
+            lines.emplace_back(each.what + " " + std::to_string(each.times) +
+                                   (each.times == 1 ? " time" : " times"),
+                               each.reason);
+    }
+    for (const std::string& notice : notices_)
+        std::fprintf(stderr, "%s\n", notice.c_str());
+    for (const std::string& line : grouped(lines))
+        std::fprintf(stderr, "dov417: given up: %s\n", line.c_str());
+}
+
+void WatchTeller::draw(Session& session, bool isWaiting)
+{
+    if (!screen_)
+        return;
+    const Clock::time_point now = Clock::now();
+    const LinkStatistics& statistics = session.statistics();
+    std::vector<std::string> foot = briefStatistics(statistics, now);
+    for (const Message& message : messages_)
+        foot.push_back(message.text);
+    if (isWaiting)
+        foot.emplace_back(waitingForTheLastReply);
+    screen_->draw(viewTable(session.views(), labels_, now), requestStatistics(statistics), foot);
+}
+
+bool WatchTeller::hasScreen() const
+{
+    return screen_ != nullptr;
+}
+
+void WatchTeller::leaveScreen()
+{
+    screen_.reset();
+}
+
+void WatchTeller::requireComplete() const
+{
+    if (csv_ && std::ferror(csv_.get()) != 0)
+        throw Failure("cannot write " + csvName_);
+}
+
+void WatchTeller::say(const std::string& text)
+{
+    std::printf("%s\n", text.c_str());
+    if (std::fflush(stdout) != 0)
+        outputLost_();
+}
+
+} // namespace dov417
