@@ -20,8 +20,7 @@ inline unsigned int wordOf(unsigned char low, unsigned char high)
 template <int low>
 bool holdsWord(const _DATA_& unit, const unsigned char* word)
 {
-    // NOLINTNEXTLINE(clang-analyzer-core.CallAndMessage): as many words are there as units are
-    // counted
+    // NOLINTNEXTLINE(clang-analyzer-core.CallAndMessage): a word for each unit is there
     return wordOf(unit.deviceValue[0], unit.deviceValue[1]) == wordOf(word[low], word[1 - low]);
 }
 
