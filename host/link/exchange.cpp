@@ -139,7 +139,8 @@ void Exchange::next(Clock::time_point now)
     if (!isMarking_ && (isStuck || books_.couldBeMistaken(current_.sent, current_.replyLength))) {
         // Only time tells when the doubt is over, and others are not to wait for that.
         if (holdEnd_ == Clock::time_point())
-            holdEnd_ = now + asked.timeout.value(settings_.timeout);
+            holdEnd_ =
+                now + (current_.isProbe() ? Micros(0) : asked.timeout.value(settings_.timeout));
         const Clock::time_point certain =
             isStuck ? holdEnd_ : books_.certainAt(current_.sent, current_.replyLength);
         listen(std::min(certain, holdEnd_));

@@ -242,6 +242,21 @@ TEST_F(PartsOnALine, AfterOtherSettingsNoFurtherPartOfAWriteGoesOut)
     EXPECT_EQ(registers.at(baseOfR + 140), 1140);
 }
 
+TEST_F(PartsOnALine, AtTheEndOfASessionThePartOnTheLineIsTheLast)
+{
+    open(40, 40);
+    bool isOver = false;
+    QObject::connect(session.get(), &Session::transmissionBegan, session.get(),
+                     [&](const Transmission&) { session->finish([&isOver]() { isOver = true; }); });
+    session->write({words("R_W", 100, 100), std::vector<unsigned char>(200, 1)}, outcome(1));
+    ASSERT_TRUE(waitUntil([&isOver]() { return isOver; }));
+    EXPECT_THAT(counts, ElementsAre(40));
+    session->close();
+    ASSERT_TRUE(waitForOutcomes(1));
+    EXPECT_EQ(outcomes.at(1), "the line was closed");
+    EXPECT_EQ(registers.at(baseOfR + 140), 1140);
+}
+
 TEST_F(PartsOnALine, EachFrameOnTheLineIsToldOnce)
 {
     open(60, 60);
