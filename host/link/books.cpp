@@ -105,7 +105,7 @@ std::optional<OpenTransmission> Books::find(const QByteArray& frame) const
 
 std::optional<OpenTransmission> Books::take(const QByteArray& frame)
 {
-    const std::optional<OpenTransmission> answered = find(frame);
+    std::optional<OpenTransmission> answered = find(frame);
     if (!answered)
         return answered;
     const auto isOver = [&answered](const OpenTransmission& open) {

@@ -332,6 +332,20 @@ TEST(Exchange, ACopyIsNoValueOnceOneHasBeenMet)
     EXPECT_GT(all.copies, 1000);
 }
 
+// Of rounds that showed a wrong value before what each of them asked for was built.
+TEST(Exchange, RoundsThatOnceShowedAWrongValueShowNone)
+{
+    constexpr int requests = 400;
+    for (const unsigned seed : {1095U, 1317U, 1507U, 1580U, 3157U, 4255U, 4292U}) {
+        const Tally tally = playRound(seed, requests);
+        EXPECT_EQ(tally.lies(), 0) << "seed " << seed << ": " << textOf(tally);
+    }
+    for (const unsigned seed : {184U, 413U, 3625U, 4618U, 4787U, 4965U}) {
+        const Tally tally = playModemRound(seed, requests);
+        EXPECT_EQ(tally.lies(), tally.beforeDoubt) << "seed " << seed << ": " << textOf(tally);
+    }
+}
+
 // In short; tests/late has the long form.
 TEST(Exchange, NoValueIsWrongOnABusThatAnswersLate)
 {
