@@ -32,6 +32,26 @@ static void valueChanged(int tag, int station, QString& regName, int address)
                 address);
 }
 
+// The driver tells of each key that it plans and each write that it queues, on Qt's debug stream.
+// Without a handler the lines go to the console, which takes seconds for a thousand keys where that
+// is a serial one.
+#if QT_VERSION >= 0x050000
+static void takeMessage(QtMsgType type, const QMessageLogContext&, const QString& text)
+{
+    if (type != QtDebugMsg) {
+        std::fprintf(stderr, "%s\n", text.toLocal8Bit().constData());
+    }
+}
+#else
+#define qInstallMessageHandler qInstallMsgHandler
+static void takeMessage(QtMsgType type, const char* text)
+{
+    if (type != QtDebugMsg) {
+        std::fprintf(stderr, "%s\n", text);
+    }
+}
+#endif
+
 // In a panel: write the bytes to the serial port, then collect replyLength bytes, or what came
 // until the line was silent for 3.5 characters or the time was over. Keep 3.5 characters of
 // silence before the next frame. Nothing came: hand in an empty array.
@@ -86,6 +106,7 @@ int main(int argc, char** argv)
     std::vector<unsigned short> recipeBuffer(1024);
     QMutex hostMutex;
     int result = 0;
+    qInstallMessageHandler(takeMessage);
     setCallBack(valueChanged);
     initProperty(hostBlock.data(), 0, recipeBuffer.data(), &result, "1#0#0#3#12", &hostMutex);
 

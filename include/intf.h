@@ -34,8 +34,8 @@
  * - The mutexes are the one given to intf_initProperty() and `driver.mutex`; "no": the call takes
  *   it itself. The driver holds neither during a callback.
  * - A frame is handed to every thread that polls, and a reply counts for the frame on the line: let
- *   one thread at a time poll, transmit and hand in. Nothing breaks otherwise, but requests are
- *   transmitted twice and replies taken for others.
+ *   one thread at a time poll, transmit and hand in. Memory is safe otherwise too, but requests are
+ *   transmitted twice, and replies are taken for those to other requests: a write may be lost.
  * - A poll frames no write of which another thread's intf_setData() has not returned, and nothing
  *   while another thread's reply is ending a request: it gives 0, or a read.
  * - A written value is in the cache once its announcement is over. Two threads that write to one
@@ -254,7 +254,8 @@ DOV417_EXPORT int intf_multiCopy(QString regName, int start, int count, int step
  * Cached values stay. Keys that touch, or leave a hole of at most the merge gap, become one request
  * of at most 128 words; bits are read by the words that hold them. A key with an unknown register
  * name or station 0 yields a request that is never framed and holds up those behind it: check
- * addresses first. Writes two debug lines a key and one a request.
+ * addresses first. Writes two debug lines a key and one a request: where the
+ * console is slow, install a message handler that leaves them out.
  *
  * @param keys the host's addresses: `stationNo` 1 to 247, `regName`, `address`, `length` 1 or more;
  * all other fields are without effect. A length below 1 is planned as it stands: its request asks

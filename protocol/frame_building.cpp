@@ -1,5 +1,6 @@
 #include "protocol/frame_building.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "protocol/address_text.h"
@@ -29,8 +30,7 @@ enum {
     readReplyOverhead = 5,         // station, function, byte count, CRC
     echoSize = 8,                  // every write is answered by eight bytes
     maxWriteBits = recordDataSize, // a request has one data byte a bit
-    coilsPerWord = 16,
-    reservedLength = -1 // of no frame
+    coilsPerWord = 16
 };
 
 void putWord(unsigned char* bytes, int value) // high byte first, low 16 bits
@@ -49,7 +49,7 @@ FRAME_PRO& appendBlank(QList<FRAME_PRO>& frames)
         return frames.last();
     }
     FRAME_PRO& made = frames[0];
-    memset(made.frame, 0, sizeof(made.frame));
+    memset(made.frame, 0, static_cast<size_t>(-1 - made.sendLength)); // behind it all is zero
     made.sendLength = 0;
     made.replyLength = 0;
     made.dataPosition = 0;
@@ -194,12 +194,13 @@ void writeRegisterBits(QList<FRAME_PRO>& frames, const VARIABLE& request, const 
 
 void reserveFrame(FRAME_PRO& frame)
 {
-    frame.sendLength = reservedLength;
+    const int used = frame.sendLength < 0 ? recordDataSize : frame.sendLength;
+    frame.sendLength = -1 - std::min<int>(used, recordDataSize);
 }
 
 bool isReserved(const QList<FRAME_PRO>& frames)
 {
-    return frames.size() == 1 && frames.at(0).sendLength == reservedLength;
+    return frames.size() == 1 && frames.at(0).sendLength < 0;
 }
 
 int frameRead(const VARIABLE& request, QList<FRAME_PRO>& frames, bool valuesAreThere)

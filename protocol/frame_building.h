@@ -12,8 +12,8 @@ enum {
     maxFrameWords = 507
 };
 
-// A list of one frame, made by reserveFrame(), counts as empty: the first frame is built in its
-// memory.
+// A list of one frame that went through reserveFrame() counts as empty: the first frame is built in
+// its memory. Its length below 0 tells so, and how many bytes of the frame before it there are.
 void reserveFrame(FRAME_PRO& frame);
 bool isReserved(const QList<FRAME_PRO>& frames);
 

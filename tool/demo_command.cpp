@@ -160,7 +160,7 @@ private:
         lines.push_back(round_.status());
         lines.push_back(processorText());
         if (!lastTrouble_.empty())
-            lines.push_back("last trouble: " + lastTrouble_);
+            lines.push_back(lastTrouble_);
         return lines;
     }
 

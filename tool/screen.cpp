@@ -37,6 +37,25 @@ std::string fitted(const std::string& line, std::size_t columns)
     return line;
 }
 
+// Lines that are too long go on in the next one, indented; broken at blanks.
+std::vector<std::string> wrapped(const std::vector<std::string>& lines, std::size_t columns)
+{
+    const std::string indent = "    ";
+    std::vector<std::string> result;
+    for (const std::string& line : lines) {
+        std::string rest = line;
+        while (columns > 2 * indent.size() && fitted(rest, columns) != rest) {
+            const std::size_t blank = fitted(rest, columns).find_last_of(' ');
+            if (blank == std::string::npos || blank < indent.size())
+                break; // one long word is cut
+            result.push_back(rest.substr(0, blank));
+            rest = indent + rest.substr(blank + 1);
+        }
+        result.push_back(rest);
+    }
+    return result;
+}
+
 // The first ones, and in the last line how many more there are.
 std::vector<std::string> shortened(std::vector<std::string> lines, std::size_t room)
 {
@@ -75,8 +94,10 @@ void Screen::draw(const std::vector<std::string>& body, const std::vector<std::s
                   const std::vector<std::string>& foot)
 {
     const Size size = terminalSize();
-    std::vector<std::string> below = shortened(details, std::max<std::size_t>(1, size.rows / 3));
-    below.insert(below.end(), foot.begin(), foot.end());
+    std::vector<std::string> below =
+        shortened(wrapped(details, size.columns), std::max<std::size_t>(1, size.rows / 3));
+    const std::vector<std::string> last = wrapped(foot, size.columns);
+    below.insert(below.end(), last.begin(), last.end());
     const std::size_t room = size.rows > below.size() + 1 ? size.rows - below.size() - 1 : 1;
     std::vector<std::string> lines = shortened(body, room);
     lines.emplace_back();

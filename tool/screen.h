@@ -20,6 +20,7 @@ public:
     static bool isTerminal();
 
     // The foot always shows; of the details a third of the screen, of the body what fits above.
+    // Long lines of the body are cut, others wrapped.
     void draw(const std::vector<std::string>& body, const std::vector<std::string>& details,
               const std::vector<std::string>& foot);
 };

@@ -34,6 +34,10 @@ Json toJson(const RequestCounters& counters)
                  {"parts", counters.parts}};
     if (!counters.givenUp.empty())
         json["givenUp"] = counters.givenUp;
+    if (counters.notAsked > 0)
+        json["notAsked"] = counters.notAsked;
+    if (!counters.whyNotAsked.empty())
+        json["whyNotAsked"] = counters.whyNotAsked;
     return json;
 }
 

@@ -30,6 +30,12 @@ bool Troubles::isNews(const std::string& what, Reason why, const std::string& re
     return true;
 }
 
+long long Troubles::times(const std::string& what, Reason why) const
+{
+    const auto place = places_.find({what, why});
+    return place == places_.end() ? 0 : entries_.at(place->second).trouble.times;
+}
+
 bool Troubles::isFull() const
 {
     return news_.size() >= maxNews_;

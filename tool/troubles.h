@@ -30,6 +30,7 @@ public:
     bool isNews(const std::string& what, Reason why, const std::string& reason,
                 Clock::time_point now);
 
+    long long times(const std::string& what, Reason why) const;
     // The last of the news for now: the rest is only counted.
     bool isFull() const;
 

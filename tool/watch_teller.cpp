@@ -18,6 +18,17 @@ namespace {
 
 constexpr int millisecondsPerSecond = 1000;
 constexpr std::size_t maxTroubleLines = 10; // a minute
+constexpr std::size_t maxMessages = 3;      // on the screen
+constexpr std::size_t dateLength = 11;      // "2026-01-31T"
+constexpr std::size_t clockLength = 8;
+
+// What a screen has shown is told when it is left.
+std::size_t maxNews(bool json)
+{
+    return json                   ? std::numeric_limits<std::size_t>::max()
+           : Screen::isTerminal() ? 0
+                                  : maxTroubleLines;
+}
 
 std::string timeText()
 {
@@ -51,7 +62,7 @@ WatchTeller::WatchTeller(bool json, const std::string& csvName,
                          const std::vector<ViewLabel>& labels,
                          const std::function<void()>& outputLost)
     : json_(json), labels_(labels), csvName_(csvName), outputLost_(outputLost),
-      troubles_(json ? std::numeric_limits<std::size_t>::max() : maxTroubleLines)
+      troubles_(maxNews(json))
 {
     if (!json && Screen::isTerminal())
         screen_ = std::make_unique<Screen>();
@@ -85,15 +96,18 @@ void WatchTeller::tell(const View& view, std::size_t index)
 
 void WatchTeller::tellAbandoned(const std::string& request, const std::string& reason, Reason why)
 {
-    lastTrouble_ = timeText() + " given up: " + request + ": " + reason;
-    if (!troubles_.isNews(request, why, reason, Clock::now()))
-        return;
-    if (json_) {
+    const bool isNews = troubles_.isNews(request, why, reason, Clock::now());
+    const std::string text = "given up: " + request + ": " + reason;
+    if (screen_) {
+        const long long times = troubles_.times(request, why);
+        show("given up " + request + keyOf(why),
+             times == 1 ? text : text + " (" + std::to_string(times) + " times)");
+    } else if (isNews && json_) {
         const nlohmann::ordered_json object = {
             {"time", timeText()}, {"abandoned", request}, {"why", keyOf(why)}, {"reason", reason}};
         say(object.dump());
-    } else if (!screen_) {
-        std::fprintf(stderr, "%s\n", lastTrouble_.c_str());
+    } else if (isNews) {
+        std::fprintf(stderr, "%s %s\n", timeText().c_str(), text.c_str());
         if (troubles_.isFull())
             std::fprintf(stderr,
                          "dov417: what is given up besides is counted and told at the end\n");
@@ -102,15 +116,32 @@ void WatchTeller::tellAbandoned(const std::string& request, const std::string& r
 
 void WatchTeller::tellPort(bool open, const std::string& message)
 {
-    if (!open || !lastTrouble_.empty())
+    wasLost_ = wasLost_ || !open;
+    if (wasLost_)
         tellNotice(message);
 }
 
 void WatchTeller::tellNotice(const std::string& text)
 {
-    lastTrouble_ = timeText() + " " + text;
     if (json_)
         say(nlohmann::ordered_json{{"time", timeText()}, {"notice", text}}.dump());
+    if (!screen_)
+        return;
+    show(text, text);
+    notices_.push_back(timeText() + " " + text);
+}
+
+void WatchTeller::show(const std::string& about, const std::string& text)
+{
+    const std::string line = timeText().substr(dateLength, clockLength) + " " + text;
+    for (Message& message : messages_)
+        if (message.about == about) {
+            message.text = line;
+            return;
+        }
+    messages_.push_back({about, line});
+    if (messages_.size() > maxMessages)
+        messages_.erase(messages_.begin());
 }
 
 void WatchTeller::tellUnsaid()
@@ -129,6 +160,8 @@ void WatchTeller::tellUnsaid()
                                    (each.times == 1 ? " time" : " times"),
                                each.reason);
     }
+    for (const std::string& notice : notices_)
+        std::fprintf(stderr, "%s\n", notice.c_str());
     for (const std::string& line : grouped(lines))
         std::fprintf(stderr, "dov417: given up: %s\n", line.c_str());
 }
@@ -140,8 +173,8 @@ void WatchTeller::draw(Session& session, bool isWaiting)
     const Clock::time_point now = Clock::now();
     const LinkStatistics& statistics = session.statistics();
     std::vector<std::string> foot = briefStatistics(statistics, now);
-    if (!lastTrouble_.empty())
-        foot.push_back("last trouble: " + lastTrouble_);
+    for (const Message& message : messages_)
+        foot.push_back(message.text);
     if (isWaiting)
         foot.emplace_back(waitingForTheLastReply);
     screen_->draw(viewTable(session.views(), labels_, now), requestStatistics(statistics), foot);

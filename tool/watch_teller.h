@@ -26,7 +26,7 @@ public:
     void tellAbandoned(const std::string& request, const std::string& reason, Reason why);
     void tellPort(bool open, const std::string& message);
     void tellNotice(const std::string& text);
-    // What was said once and came again.
+    // What was said once and came again, and what the screen has shown.
     void tellUnsaid();
     void draw(Session& session, bool isWaiting);
 
@@ -36,6 +36,7 @@ public:
 
 private:
     void say(const std::string& text);
+    void show(const std::string& about, const std::string& text);
 
     struct CloseFile {
         void operator()(std::FILE* file) const
@@ -50,7 +51,14 @@ private:
     std::function<void()> outputLost_;
     std::unique_ptr<Screen> screen_;
     std::unique_ptr<std::FILE, CloseFile> csv_;
-    std::string lastTrouble_;
+    // On the screen: the latest messages, each with what it is about.
+    struct Message {
+        std::string about;
+        std::string text;
+    };
+    std::vector<Message> messages_;
+    std::vector<std::string> notices_; // that the screen has shown
+    bool wasLost_ = false;
     Troubles troubles_;
 };
 

@@ -1,4 +1,5 @@
-// This driver through its exported calls: one poll a transaction, all values watched.
+// This driver through its exported calls: a transaction is a poll of all that is watched, with or
+// without taking the values, a write of watched words, or a plan.
 #include <QDebug>
 #include <QVector>
 #include <cstdlib>
@@ -20,29 +21,35 @@ void countChange(int, int, QString&, int)
 
 void silence(QtMsgType, const QMessageLogContext&, const QString&) {}
 
-QByteArray bytesOf(const std::vector<unsigned char>& bytes)
-{
-    return QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size()));
-}
-
 // Answers from memory, or over the pseudo-terminal as a small blocking host would.
 class Slave {
 public:
     explicit Slave(const Job& job) : job_(job)
     {
-        for (int turn = 0; turn < 2; ++turn) {
-            replies_[turn] =
-                bytesOf(job.write ? writeEcho(job.registers) : readReply(job.registers, turn));
-        }
         if (job.line) {
             line_ = open(startSlave(job).c_str(), O_RDWR | O_NOCTTY);
         }
     }
 
-    QByteArray& answer(const FRAME_PRO& frame)
+    // The same requests in every transaction: their answers are made in the first two.
+    void beginTransaction()
     {
         turn_ ^= job_.changing ? 1 : 0;
-        return line_ < 0 ? replies_[turn_] : overLine(frame);
+        next_ = 0;
+    }
+
+    QByteArray& answer(const FRAME_PRO& frame)
+    {
+        if (line_ >= 0) {
+            return overLine(frame);
+        }
+        std::vector<QByteArray>& replies = replies_[turn_];
+        if (next_ == replies.size()) {
+            const auto reply = answerTo(frame.frame, 0x11 * turn_);
+            replies.push_back(QByteArray(reinterpret_cast<const char*>(reply.data()),
+                                         static_cast<int>(reply.size())));
+        }
+        return replies[next_++];
     }
 
 private:
@@ -68,7 +75,8 @@ private:
     }
 
     Job job_;
-    QByteArray replies_[2];
+    std::vector<QByteArray> replies_[2];
+    size_t next_ = 0;
     QByteArray received_;
     int line_ = -1;
     int turn_ = 0;
@@ -86,6 +94,83 @@ void poll(Slave& slave)
     }
 }
 
+KEY_ADDRESS keyOf(const QString& regName, int address, int length)
+{
+    KEY_ADDRESS key = KEY_ADDRESS();
+    key.stationNo = 1;
+    key.regName = regName;
+    key.address = address;
+    key.length = length;
+    return key;
+}
+
+QList<KEY_ADDRESS> watchedKeys(const Job& job)
+{
+    QList<KEY_ADDRESS> keys;
+    for (const std::string& item : job.items) {
+        const std::vector<std::string> parts = partsOf(item);
+        keys.append(keyOf(QString::fromLatin1(parts.at(0).c_str()), std::stoi(parts.at(1)),
+                          std::stoi(parts.at(2))));
+    }
+    if (keys.isEmpty()) {
+        keys.append(keyOf(QString::fromLatin1("R_W"), 0, job.size));
+    }
+    return keys;
+}
+
+// A screen's worth of every register type, nothing next to each other.
+QList<KEY_ADDRESS> scatteredKeys(int count)
+{
+    const struct {
+        const char* name;
+        int addresses;
+        int length;
+    } types[] = {{"R_W", 3990, 1}, {"M_W", 128, 1},    {"I_bit", 2048, 1}, {"R_D", 3990, 2},
+                 {"Q_W", 128, 1},  {"R_bit", 3990, 1}, {"T", 128, 1},      {"M_bit", 2048, 1}};
+    QList<KEY_ADDRESS> keys;
+    unsigned int random = 417;
+    for (int i = 0; i < count; ++i) {
+        random = random * 1103515245u + 12345u;
+        const auto& type = types[(random >> 16) % 8];
+        random = random * 1103515245u + 12345u;
+        const int address = static_cast<int>((random >> 8) % static_cast<unsigned>(type.addresses));
+        keys.append(keyOf(QString::fromLatin1(type.name), address, type.length));
+    }
+    return keys;
+}
+
+void measureWrites(const Job& job, Slave& slave)
+{
+    driver.readList.clear(); // watched all the same; no cyclic read comes in between
+    const QString words = QString::fromLatin1("R_W");
+    unsigned char values[256] = {0x34, 0x12};
+    measure(job, [&] {
+        for (int i = 0; i < job.size; ++i) {
+            ++values[2 * i];
+        }
+        slave.beginTransaction();
+        intf_setData(1, words, 0, job.size, values, 0);
+        poll(slave);
+    });
+}
+
+void measurePolls(const Job& job, Slave& slave, const QList<KEY_ADDRESS>& keys)
+{
+    const int requests = static_cast<int>(driver.readList.size());
+    const int taken = job.is("read") ? static_cast<int>(keys.size()) : 0;
+    unsigned char values[512];
+    measure(job, [&] {
+        slave.beginTransaction();
+        for (int i = 0; i < requests; ++i) {
+            poll(slave);
+        }
+        for (int i = 0; i < taken; ++i) {
+            const KEY_ADDRESS& key = keys.at(i);
+            intf_getData(1, key.regName, key.address, key.length, values);
+        }
+    });
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -94,24 +179,22 @@ int main(int argc, char** argv)
     qInstallMessageHandler(silence);
     intf_setAddrValueChangeCallBack(countChange);
     intf_initProperty(nullptr, 0, nullptr, nullptr, "0#0#0#3#128", nullptr);
-
-    const QString words = QString::fromLatin1("R_W");
-    Slave slave(job);
-    if (job.write) {
-        unsigned char values[256] = {0x34, 0x12};
-        measure(job, [&] {
-            intf_setData(1, words, 0, job.registers, values, 0);
-            poll(slave);
-        });
+    if (job.is("plan")) {
+        QList<KEY_ADDRESS> keys = scatteredKeys(job.size);
+        measure(job, [&] { intf_addrMerge(keys); });
         return 0;
     }
-    KEY_ADDRESS key = KEY_ADDRESS();
-    key.stationNo = 1;
-    key.regName = words;
-    key.length = job.registers;
-    QList<KEY_ADDRESS> keys;
-    keys.append(key);
+    if (!job.items.empty()) { // as `dov417 watch` merges by itself
+        intf_initProperty(nullptr, 0, nullptr, nullptr, "0#0#0#3#12", nullptr);
+    }
+    QList<KEY_ADDRESS> keys = watchedKeys(job);
     intf_addrMerge(keys);
-    measure(job, [&] { poll(slave); });
-    return job.changing && announced == 0 ? 1 : 0;
+    Slave slave(job);
+    if (job.is("write")) {
+        measureWrites(job, slave);
+    } else {
+        measurePolls(job, slave, keys);
+    }
+    const bool announces = job.is("write") || job.changing;
+    return announces && announced < job.count ? 1 : 0;
 }

@@ -8,6 +8,7 @@
 #include <ctime>
 #include <fcntl.h>
 #include <iostream>
+#include <sstream>
 #include <sys/prctl.h>
 #include <termios.h>
 #include <unistd.h>
@@ -33,9 +34,14 @@ void die(const char* what)
     std::exit(1);
 }
 
+int requestLength(const unsigned char* request, size_t have)
+{
+    const bool multiple = have >= 7 && (request[1] == 15 || request[1] == 16);
+    return multiple ? 9 + request[6] : 8;
+}
+
 [[noreturn]] void answerForever(int master, const Job& job)
 {
-    const size_t wanted = static_cast<size_t>(requestLength(job));
     unsigned char request[512];
     size_t have = 0;
     int turn = 0;
@@ -45,12 +51,12 @@ void die(const char* what)
             _exit(0);
         }
         have += static_cast<size_t>(got);
-        if (have < wanted) {
+        if (have < static_cast<size_t>(requestLength(request, have))) {
             continue;
         }
         have = 0;
         turn ^= job.changing ? 1 : 0;
-        const auto reply = job.write ? writeEcho(job.registers) : readReply(job.registers, turn);
+        const auto reply = answerTo(request, 0x11 * turn);
         if (write(master, reply.data(), reply.size()) < 0) {
             _exit(0);
         }
@@ -70,37 +76,51 @@ __attribute__((noinline)) void measuredTransaction(const std::function<void()>& 
 
 Job jobOf(int argc, char** argv)
 {
-    if (argc < 5) {
+    if (argc < 6) {
         std::cerr << "usage: " << argv[0]
-                  << " read|write REGISTERS unchanged|changed COUNT [line]\n";
+                  << " poll|read|write|plan SIZE unchanged|changed COUNT memory|line [ITEM...]\n";
         std::exit(2);
     }
-    return {std::strcmp(argv[1], "write") == 0, std::atoi(argv[2]),
-            std::strcmp(argv[3], "changed") == 0, std::atoi(argv[4]), argc > 5};
+    return {argv[1],
+            std::atoi(argv[2]),
+            std::strcmp(argv[3], "changed") == 0,
+            std::atoi(argv[4]),
+            std::strcmp(argv[5], "line") == 0,
+            std::vector<std::string>(argv + 6, argv + argc)};
 }
 
-std::vector<unsigned char> readReply(int registers, int fill)
+std::vector<std::string> partsOf(const std::string& item)
 {
-    std::vector<unsigned char> reply = {1, 3, static_cast<unsigned char>(2 * registers)};
-    reply.resize(reply.size() + 2 * static_cast<size_t>(registers),
-                 static_cast<unsigned char>(0x11 * fill));
+    std::vector<std::string> parts;
+    std::istringstream text(item);
+    for (std::string part; std::getline(text, part, ':');) {
+        parts.push_back(part);
+    }
+    return parts;
+}
+
+std::vector<Request> requestsOf(const Job& job)
+{
+    std::vector<Request> requests;
+    for (const std::string& item : job.items) {
+        const std::vector<std::string> parts = partsOf(item);
+        requests.push_back(
+            {std::stoi(parts.at(0)), std::stoi(parts.at(1)), std::stoi(parts.at(2))});
+    }
+    return requests.empty() ? std::vector<Request>{{3, 0x500, job.size}} : requests;
+}
+
+std::vector<unsigned char> answerTo(const unsigned char* request, int fill)
+{
+    const int quantity = request[4] * 256 + request[5];
+    std::vector<unsigned char> reply(request, request + 6); // the echo of a write
+    if (request[1] <= 4) {
+        const int bytes = request[1] <= 2 ? (quantity + 7) / 8 : 2 * quantity;
+        reply = {request[0], request[1], static_cast<unsigned char>(bytes)};
+        reply.resize(reply.size() + static_cast<size_t>(bytes), static_cast<unsigned char>(fill));
+    }
     appendCrc(reply);
     return reply;
-}
-
-std::vector<unsigned char> writeEcho(int registers)
-{
-    std::vector<unsigned char> echo =
-        registers == 1
-            ? std::vector<unsigned char>{1, 6, 5, 0, 0x12, 0x34}
-            : std::vector<unsigned char>{1, 16, 5, 0, 0, static_cast<unsigned char>(registers)};
-    appendCrc(echo);
-    return echo;
-}
-
-int requestLength(const Job& job)
-{
-    return job.write && job.registers > 1 ? 9 + 2 * job.registers : 8;
 }
 
 std::string startSlave(const Job& job)

@@ -10,6 +10,30 @@
 
 #include "measured.h"
 
+namespace {
+
+// The values of the reply.
+QVector<quint16> finish(QModbusReply* reply)
+{
+    if (reply == nullptr) {
+        std::abort();
+    }
+    QEventLoop loop;
+    QObject::connect(reply, &QModbusReply::finished, &loop, &QEventLoop::quit);
+    if (!reply->isFinished()) {
+        loop.exec();
+    }
+    if (reply->error() != QModbusDevice::NoError) {
+        std::cerr << "Qt SerialBus: " << qPrintable(reply->errorString()) << '\n';
+        std::exit(1);
+    }
+    const QVector<quint16> values = reply->result().values();
+    delete reply;
+    return values;
+}
+
+} // namespace
+
 int main(int argc, char** argv)
 {
     const Job job = jobOf(argc, argv);
@@ -25,24 +49,23 @@ int main(int argc, char** argv)
         std::cerr << "Qt SerialBus: " << qPrintable(master.errorString()) << '\n';
         return 1;
     }
-    const quint16 registers = static_cast<quint16>(job.registers);
-    QModbusDataUnit unit(QModbusDataUnit::HoldingRegisters, 0x500, registers);
+    const std::vector<Request> requests = requestsOf(job);
+    quint16 written = 0x1234;
+    QVector<quint16> values;
+    const bool writes = job.is("write");
     measure(job, [&] {
-        QModbusReply* reply =
-            job.write ? master.sendWriteRequest(unit, 1) : master.sendReadRequest(unit, 1);
-        if (reply == nullptr) {
-            std::abort();
+        if (writes) {
+            QModbusDataUnit unit(QModbusDataUnit::HoldingRegisters, 0x500,
+                                 QVector<quint16>(job.size, ++written));
+            finish(master.sendWriteRequest(unit, 1));
+            return;
         }
-        QEventLoop loop;
-        QObject::connect(reply, &QModbusReply::finished, &loop, &QEventLoop::quit);
-        if (!reply->isFinished()) {
-            loop.exec();
+        for (const Request& each : requests) {
+            const auto type =
+                each.function == 1 ? QModbusDataUnit::Coils : QModbusDataUnit::HoldingRegisters;
+            const QModbusDataUnit unit(type, each.first, static_cast<quint16>(each.count));
+            values = finish(master.sendReadRequest(unit, 1));
         }
-        if (reply->error() != QModbusDevice::NoError) {
-            std::cerr << "Qt SerialBus: " << qPrintable(reply->errorString()) << '\n';
-            std::exit(1);
-        }
-        delete reply;
     });
     return 0;
 }

@@ -1,6 +1,7 @@
 #include "link/books.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace dov417 {
 
@@ -10,6 +11,7 @@ constexpr unsigned char broadcastStation = 0;
 constexpr unsigned char exceptionFlag = 0x80;
 constexpr unsigned char lastReadFunction = 4;
 constexpr unsigned char diagnostics = 8;
+constexpr int maxOver = 64; // transmissions that are remembered
 constexpr int exceptionLength = 5;
 constexpr int readReplyHead = 5;  // station, function, count, CRC
 constexpr int writeReplyHead = 4; // station, function, address: the value may be made another
@@ -106,19 +108,28 @@ std::optional<OpenTransmission> Books::take(const QByteArray& frame)
     const std::optional<OpenTransmission> answered = find(frame);
     if (!answered)
         return answered;
-    open_.erase(std::remove_if(open_.begin(), open_.end(),
-                               [&answered](const OpenTransmission& open) {
-                                   return open.sent.at(0) == answered->sent.at(0) &&
-                                          open.number <= answered->number;
-                               }),
-                open_.end());
+    const auto isOver = [&answered](const OpenTransmission& open) {
+        return open.sent.at(0) == answered->sent.at(0) && open.number <= answered->number;
+    };
+    std::copy_if(open_.begin(), open_.end(), std::back_inserter(over_), isOver);
+    open_.erase(std::remove_if(open_.begin(), open_.end(), isOver), open_.end());
+    if (over_.size() > maxOver)
+        over_.erase(over_.begin(), over_.end() - maxOver);
     return answered;
 }
 
 void Books::expire(Clock::time_point now)
 {
-    while (!open_.empty() && open_.front().sentAt + horizon_ <= now)
+    while (!open_.empty() && open_.front().sentAt + horizon_ <= now) {
+        over_.push_back(open_.front());
         open_.pop_front();
+    }
+}
+
+bool Books::fitsWhatIsOver(const QByteArray& frame) const
+{
+    return std::any_of(over_.begin(), over_.end(),
+                       [&frame](const OpenTransmission& over) { return fits(over, frame); });
 }
 
 bool Books::couldBeMistaken(const QByteArray& request, int replyLength) const

@@ -40,6 +40,9 @@ public:
     std::optional<OpenTransmission> take(const QByteArray& frame);
     // The same, closing nothing: the frame may as well answer what another program has sent.
     std::optional<OpenTransmission> find(const QByteArray& frame) const;
+    // Could it be the reply to a transmission that is answered no more? Such a reply is one too
+    // many.
+    bool fitsWhatIsOver(const QByteArray& frame) const;
     // What is beyond the horizon is answered no more.
     void expire(Clock::time_point now);
 
@@ -47,10 +50,10 @@ public:
     bool couldBeMistaken(const QByteArray& request, int replyLength) const;
     // When the last of those can no longer come.
     Clock::time_point certainAt(const QByteArray& request, int replyLength) const;
-    // When this very request was sent last, of what is open.
-    std::optional<Clock::time_point> lastSent(const QByteArray& request) const;
     // Is a diagnostics echo to this station still to be answered?
     bool isEchoOut(unsigned char station) const;
+    // When this very request was sent last, of what is open.
+    std::optional<Clock::time_point> lastSent(const QByteArray& request) const;
     // Is a reply out that has this station, function and length?
     bool isOut(const QByteArray& request, int replyLength) const;
 
@@ -68,7 +71,8 @@ private:
 
     Clock::duration horizon_;
     std::deque<OpenTransmission> open_;
-    std::array<Written, 256> written_; // by station; 0: broadcasts
+    std::deque<OpenTransmission> over_; // the last that were open
+    std::array<Written, 256> written_;  // by station; 0: broadcasts
 };
 
 } // namespace dov417

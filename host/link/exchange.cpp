@@ -45,7 +45,6 @@ void Exchange::start(const ExchangeSettings& settings, Clock::time_point now)
         each.isUnknown = settings.isShared;
         each.marksUnanswered = 0;
         each.hasAnsweredRead = false;
-        each.wasAsked = false;
         each.markFailed = false;
     }
 }
@@ -70,35 +69,6 @@ const Books& Exchange::books() const
 void Exchange::awaitLate(const Books& earlier)
 {
     books_ = earlier.asPast();
-}
-
-void Exchange::sendNoMore()
-{
-    sendsNoMore_ = true;
-    if (state_ == State::listening || state_ == State::silence)
-        drop();
-}
-
-void Exchange::drop()
-{
-    line_.sleep();
-    state_ = State::idle;
-    isMarking_ = false;
-    done_ = nullptr;
-}
-
-Clock::time_point Exchange::quietAt() const
-{
-    if (state_ == State::awaitingTurnaround)
-        return current_.sendEnd + settings_.turnaround;
-    if (state_ == State::awaitingReply && !collector_.isEmpty())
-        return lastActivity_ + gap_.value();
-    Clock::time_point quiet{};
-    for (const OpenTransmission& open : books_.open())
-        quiet = std::max(
-            quiet, open.sentAt + onTheWire(static_cast<int>(open.sent.size()) + open.replyLength) +
-                       stations_.at(stationOf(open.sent)).timeout.patience(settings_.timeout));
-    return quiet;
 }
 
 std::vector<StationTime> Exchange::stationTimes() const
@@ -169,7 +139,8 @@ void Exchange::next(Clock::time_point now)
     if (!isMarking_ && (isStuck || books_.couldBeMistaken(current_.sent, current_.replyLength))) {
         // Only time tells when the doubt is over, and others are not to wait for that.
         if (holdEnd_ == Clock::time_point())
-            holdEnd_ = now + asked.timeout.value(settings_.timeout);
+            holdEnd_ =
+                now + (current_.isProbe() ? Micros(0) : asked.timeout.value(settings_.timeout));
         const Clock::time_point certain =
             isStuck ? holdEnd_ : books_.certainAt(current_.sent, current_.replyLength);
         listen(std::min(certain, holdEnd_));
@@ -221,7 +192,6 @@ void Exchange::transmit(Clock::time_point now)
     lastActivity_ = frame.sendEnd;
     wireTime_ += onTheWire(static_cast<int>(frame.sent.size()));
     books_.add(openOf(frame));
-    station().wasAsked = true;
     if (!isEcho(frame.sent))
         station().lastAsked = openOf(frame);
     isCovered_ = !isMarking_ && isWary(now);

@@ -115,9 +115,8 @@ private:
         bool numbersEchoes = false;   // it has sent one back
         bool markFailed = false;      // the last marker was not answered
         int marksIgnored = 0;         // so often it answered something else afterwards
-        bool isNamed = false;         // as slow
         OpenTransmission lastAsked;   // that was no echo
-        bool wasAsked = false;        // since the start
+        bool isNamed = false;         // as slow
         int marksAtOnce() const;      // for one request
         bool mayEcho() const;         // as a marker
         void markWasAnswered(const OpenTransmission& marker);

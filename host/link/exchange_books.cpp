@@ -13,23 +13,10 @@ namespace {
 
 constexpr std::chrono::minutes cleanFor(10); // without a surplus
 constexpr unsigned char lastReadFunction = 4;
-constexpr unsigned char exceptionFlag = 0x80;
-constexpr int exceptionLength = 5;
-constexpr int writeReplyLength = 8; // an echo's, too
-constexpr int readReplyRest = 5;    // station, function, count, CRC
 
 unsigned char byteAt(const QByteArray& bytes, int index)
 {
     return static_cast<unsigned char>(bytes.at(index));
-}
-
-// Requests of another master may be on the line, too.
-bool looksLikeReply(const QByteArray& frame)
-{
-    const unsigned char function = byteAt(frame, 1);
-    return (function & exceptionFlag) != 0 ? frame.size() == exceptionLength
-           : function <= lastReadFunction  ? frame.size() == byteAt(frame, 2) + readReplyRest
-                                           : frame.size() == writeReplyLength;
 }
 
 } // namespace
@@ -95,14 +82,13 @@ void Exchange::noteAnswer(const OpenTransmission& answered, Clock::time_point no
     heard.markFailed = false;
 }
 
-// A sound frame that answers nothing, of a station that was asked, once it is certain that no
-// other program had asked it before. An adapter's echo of a write looks like a second reply for as
-// long as no read has told that it echoes.
+// A sound frame that answers nothing, and looks like the reply to something that is over, once it
+// is certain that no other program had asked the station before. An adapter's echo of a write looks
+// like a second reply for as long as no read has told that it echoes.
 bool Exchange::isSurplus(const QByteArray& frame, Clock::time_point now)
 {
-    const Station& heard = stations_.at(byteAt(frame, 0));
     const bool mayBeEcho = byteAt(frame, 1) > lastReadFunction && !collector_.knowsAdapter();
-    return heard.wasAsked && !mayBeOthers(frame, now) && !mayBeEcho && looksLikeReply(frame);
+    return !mayBeOthers(frame, now) && !mayBeEcho && books_.fitsWhatIsOver(frame);
 }
 
 void Exchange::surplusCame(int station, Clock::time_point now)

@@ -14,8 +14,6 @@ namespace {
 
 // Long enough to cost nothing, short enough not to be felt after a write from elsewhere.
 constexpr int idleMilliseconds = 20;
-// Nobody wants to wait longer for a program that has been ended.
-constexpr std::chrono::seconds maxFinish(2);
 
 // As the driver does it; of a frame that it has forgotten it says nothing.
 std::string describe(const Request& request)
@@ -45,15 +43,13 @@ Transmission transmissionOf(const FRAME_PRO& frame, bool repeats)
 
 LinkRunner::LinkRunner(const Library& library, const LinkEvents& events,
                        std::function<bool(const Request&, int word)> mayCut)
-    : library_(library), events_(events), mayCut_(std::move(mayCut))
+    : library_(library), events_(events), mayCut_(std::move(mayCut)), leaving_([this]() {
+          return line_ && line_->isOpen() ? line_->quietAt() : Clock::time_point();
+      })
 {
     idleTimer_.setSingleShot(true);
     idleTimer_.setInterval(idleMilliseconds);
     QObject::connect(&idleTimer_, &QTimer::timeout, &idleTimer_, [this]() { poll(); });
-    quietTimer_.setSingleShot(true);
-    quietTimer_.setTimerType(Qt::PreciseTimer);
-    QObject::connect(&quietTimer_, &QTimer::timeout, &quietTimer_,
-                     [this]() { lookWhetherQuiet(); });
 }
 
 Result LinkRunner::open(const LineSettings& settings)
@@ -69,14 +65,14 @@ Result LinkRunner::open(const LineSettings& settings)
         events_.markerEnded(marker);
         if (marker.reception.result != LineResult::timeout)
             heard(marker.request.station);
-        lookAgain();
+        leaving_.lookAgain();
     };
     observer.stray = [this](const Stray& stray) {
         statistics_.add(stray);
         events_.stray(stray);
         if (stray.kind != StrayKind::echo && hasGoodCrc(stray.bytes))
             heard(static_cast<unsigned char>(stray.bytes.at(0)));
-        lookAgain();
+        leaving_.lookAgain();
     };
     observer.notice = events_.notice;
     observer.doubt = events_.doubt;
@@ -95,7 +91,7 @@ Result LinkRunner::open(const LineSettings& settings)
                         events_.partEnded(part);
                         if (isSound(part.reception))
                             heard(part.request.station);
-                        lookAgain();
+                        leaving_.lookAgain();
                     },
                     events_.notice, mayCut_,
                     [this]() { return !library_.driver->sendList.isEmpty(); }},
@@ -113,9 +109,7 @@ void LinkRunner::close()
 {
     statistics(); // the line's part of the account stays
     idleTimer_.stop();
-    quietTimer_.stop();
-    quiet_ = nullptr;
-    isFinishing_ = false;
+    leaving_.stop();
     if (line_)
         unanswered_[device_] = line_->unanswered();
     carrier_.reset();
@@ -136,38 +130,15 @@ bool LinkRunner::isDead(int station) const
 
 void LinkRunner::finish(std::function<void()> quiet)
 {
-    isFinishing_ = line_ != nullptr;
-    quiet_ = std::move(quiet);
-    finishBy_ = Clock::now() + maxFinish;
     idleTimer_.stop();
     if (line_)
         line_->sendNoMore();
-    quietTimer_.start(0);
+    leaving_.begin(std::move(quiet));
 }
 
 bool LinkRunner::isFinishing() const
 {
-    return isFinishing_;
-}
-
-// Something has come: perhaps what was awaited.
-void LinkRunner::lookAgain()
-{
-    if (isFinishing_)
-        quietTimer_.start(0);
-}
-
-void LinkRunner::lookWhetherQuiet()
-{
-    const Clock::time_point now = Clock::now();
-    const Clock::time_point quietAt =
-        line_ && line_->isOpen() ? std::min(line_->quietAt(), finishBy_) : now;
-    if (quietAt > now) {
-        quietTimer_.start(std::chrono::ceil<std::chrono::milliseconds>(quietAt - now));
-        return;
-    }
-    if (const std::function<void()> quiet = std::exchange(quiet_, nullptr))
-        quiet();
+    return line_ && leaving_.isUnderWay();
 }
 
 void LinkRunner::wake()
@@ -199,7 +170,7 @@ void LinkRunner::portChanged(bool open, const QString& message)
     if (portIsOpen_ && !open)
         ++statistics_.portLosses;
     portIsOpen_ = open;
-    lookAgain();
+    leaving_.lookAgain();
     if (!open) {
         idleTimer_.stop();
     } else {
@@ -211,7 +182,7 @@ void LinkRunner::portChanged(bool open, const QString& message)
 
 void LinkRunner::poll()
 {
-    if (!line_ || !line_->isOpen() || isFinishing_)
+    if (!line_ || !line_->isOpen() || isFinishing())
         return;
     for (;;) {
         // Started anew, the driver has forgotten what was to be repeated.
@@ -235,7 +206,7 @@ void LinkRunner::poll()
             notAsked_ = 0;
             carrier_->carry(next, [this](const Transmission& transmission) {
                 deal(transmission);
-                lookAgain();
+                leaving_.lookAgain();
                 poll();
             });
             return;

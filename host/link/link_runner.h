@@ -14,6 +14,7 @@
 #include "driver/library.h"
 #include "line/failure.h"
 #include "link/link_statistics.h"
+#include "link/quiet_wait.h"
 #include "link/request_carrier.h"
 #include "link/serial_line.h"
 #include "link/station_probes.h"
@@ -68,8 +69,6 @@ private:
     void answerLocally(Transmission transmission, Clock::time_point silentSince);
     void heard(int station);
     void tell(StationProbes::News news, const Transmission& transmission);
-    void lookAgain();
-    void lookWhetherQuiet();
 
     const Library& library_;
     LinkEvents events_;
@@ -84,10 +83,7 @@ private:
     int notAsked_ = 0;              // cyclic reads in a row that were answered without the line
     Clock::time_point nextProbe_{}; // of them
     QTimer idleTimer_;
-    QTimer quietTimer_;
-    std::function<void()> quiet_;
-    Clock::time_point finishBy_{};
-    bool isFinishing_ = false;
+    QuietWait leaving_;
     FRAME_PRO frame_ = FRAME_PRO();
     bool portIsOpen_ = false;
     bool repeating_ = false; // the driver will hand out the same frame again

@@ -91,7 +91,7 @@ StationProbes::News StationProbes::givenUp(Station& station, const Transmission&
     station.lastStoodBack = false;
     station.silence.pause = Micros(0);
     putOff(station.silence, now);
-    if (transmission.isRead()) // of writes there are as many as there are values
+    if (transmission.isCyclic) // what somebody waits for is never put off
         requests_[transmission.sent].silence.since = station.silence.since;
     return News::none;
 }

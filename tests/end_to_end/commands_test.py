@@ -248,6 +248,19 @@ class Watch(EndToEnd):
                          [("1#R_W100(1)", "exception 2 (illegal data address)", "exception", times)
                           for times in (None, 2)])  # fmt: skip
 
+    def test_json_tells_of_a_silent_station_what_was_asked_and_what_not(self):
+        controller = self.controller("--fault", "silence=100%")
+        done = run("watch", "--port", controller.port, "--timeout", "20", "--retries", "1",
+                   "R_W:100", "--json", "--stats", "--cycles", "2")  # fmt: skip
+        self.assertEqual(done.returncode, 1)
+        told = [json.loads(line) for line in done.stdout.splitlines()]
+        self.assertEqual([(t["abandoned"], t["reason"], t["why"]) for t in told[:-1]],
+                         [("1#R_W100(1)", "no answer: no byte came", "noByte")])  # fmt: skip
+        counters = told[-1]["statistics"]["requests"]["read  1#R_W100(1)"]
+        self.assertEqual((counters["sent"], counters["abandoned"]), (1, 1))
+        self.assertGreaterEqual(counters["notAsked"], 1)
+        self.assertRegex(counters["whyNotAsked"], "^not asked: silent since [0-9:]{8}$")
+
     def test_json_tells_the_counters_as_an_object(self):
         controller = self.controller("--still", "--fault", "exception:2=100%")
         done = run("watch", "--port", controller.port, "R_W:100", "--json", "--stats",

@@ -19,13 +19,14 @@ class Ending(EndToEnd):
         self.assertEqual(len(cable.replies), before)
 
     def test_after_the_time_is_up(self):
-        cable, slave = self.slow_slave("1:300")
-        self.succeeds("watch", "--port", cable.port, "R_W:100", "R_W:500", "--seconds", "1")
+        cable, slave = self.slow_slave("1:800")
+        self.succeeds("watch", "--port", cable.port, "--timeout", "5000", "R_W:100", "R_W:500",
+                      "--seconds", "2")  # fmt: skip
         self.check_that_nothing_comes_any_more(cable, slave)
 
     def test_after_ctrl_c_with_a_word_and_the_last_value(self):
-        cable, slave = self.slow_slave("1:700")
-        watching = self.tool("watch", "--port", cable.port, "R_W:100", "--no-function-8")
+        cable, slave = self.slow_slave("1:1200")
+        watching = self.tool("watch", "--port", cable.port, "--timeout", "5000", "R_W:100")
         watching.wait_for("1/R_W:100 = 1380")
         cable.wait_for_request()
         code, _, err = watching.interrupt()
@@ -35,7 +36,7 @@ class Ending(EndToEnd):
 
     def test_after_a_closed_terminal(self):
         cable, slave = self.slow_slave("1:1500")
-        watching = self.terminal("watch", "--port", cable.port, "--timeout", "3000", "R_W:100")
+        watching = self.terminal("watch", "--port", cable.port, "--timeout", "5000", "R_W:100")
         watching.wait_for(b" 1380 ")
         cable.wait_for_request()
         watching.signal(signal.SIGHUP)
@@ -46,7 +47,7 @@ class Ending(EndToEnd):
 
     def check_an_interrupted(self, *command):
         cable, slave = self.slow_slave("1:400")
-        running = self.tool(*command, "--port", cable.port)
+        running = self.tool(*command, "--port", cable.port, "--timeout", "5000")
         cable.wait_for_request()
         code, _, err = running.interrupt()
         self.assertEqual(code, 1)
@@ -64,9 +65,10 @@ class Ending(EndToEnd):
         self.check_an_interrupted("recipe", "upload", self.path("recipe.json"), "--tags", tags)
 
     def test_a_write_that_is_out_is_confirmed_although_ctrl_c_came(self):
-        cable, slave = self.slow_slave("1:400")
+        cable, slave = self.slow_slave("1:1000")
         log = self.pipe("log")
-        writing = self.tool("write", "--port", cable.port, "R_W:100=5", "--log", log)
+        writing = self.tool("write", "--port", cable.port, "--timeout", "5000", "R_W:100=5",
+                            "--log", log)  # fmt: skip
         self.wait_for_log("log", " TX 01 06 ")
         code, _, err = writing.interrupt()
         self.assertEqual(code, 1)

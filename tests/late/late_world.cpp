@@ -52,10 +52,15 @@ LateWorld::LateWorld(unsigned seed) : bus(seed)
     line.wakeAt = [this](Clock::time_point when) { wake_ = when; };
     line.sleep = [this]() { wake_ = Clock::time_point::max(); };
     line.sent = [this](const Transmission& frame) { ++(frame.isMarker ? markers : sent); };
-    line.markerEnded = [](const Transmission&) {};
+    line.markerEnded = [this](const Transmission& marker) {
+        if (marker.reception.result != LineResult::timeout)
+            heard(marker.request.station);
+    };
     line.stray = [this](const Stray& stray) {
         ++strays;
         surplus += stray.kind == StrayKind::surplus ? 1 : 0;
+        if (hasGoodCrc(stray.bytes))
+            heard(static_cast<unsigned char>(stray.bytes.at(0)));
     };
     line.notice = [this](const std::string& text) { notices.push_back(text); };
     line.doubt = [this]() {
@@ -80,6 +85,11 @@ Transmission LateWorld::ask(const QByteArray& request, int replyLength)
     transmission.sent = withCrc(request);
     transmission.replyLength = replyLength;
     transmission.request.length = (replyLength - 5) / 2;
+    return run(transmission);
+}
+
+Transmission LateWorld::run(const Transmission& transmission)
+{
     std::optional<Transmission> ended;
     exchange->transact(
         transmission, [&ended](const Transmission& each) { ended = each; }, now);

@@ -18,6 +18,7 @@ public:
 
     void start();
     // Runs until the request has its outcome.
+    Transmission run(const Transmission& transmission);
     Transmission ask(const QByteArray& request, int replyLength);
     Transmission read(int station, int first, int count);
     Transmission write(int station, int address, int value);
@@ -34,6 +35,8 @@ public:
     int surplus = 0; // of them
     std::vector<std::string> notices;
     std::function<void()> doubted;
+    // A sound frame of the station came besides, or the answer to a marker.
+    std::function<void(int station)> heard = [](int) {};
 
 private:
     void step();

@@ -101,7 +101,7 @@ void Host::runDry()
         last.transact();
     }
     if (fault_.empty()) {
-        fault_ = ledger_.fault();
+        fault_ = ledger_.fault(kind_.inTurn);
     }
     if (fault_.empty() && kind_.inTurn) {
         fault_ = ledger_.faultInTurn(plant_, false);

@@ -53,9 +53,11 @@ public:
     // All that is written, for a plan.
     QList<KEY_ADDRESS> keys() const;
     // After the queue ran empty: what is not accounted for, "" for nothing. Every write was
-    // executed or replaced by a newer one.
-    std::string fault() const;
-    // The same where one transaction was made at a time: none was executed twice or after a newer
+    // executed or replaced by a newer one. Where every thread polls, the second frame of a bit of a
+    // register is left out: before anybody polls for it, another thread's reply to the write before
+    // may be taken for its answer.
+    std::string fault(bool inTurn) const;
+    // Besides, where one transaction was made at a time: none was executed twice or after a newer
     // one, and plant and cache hold what was written last. Words do at once, bits when they are
     // read again: a plan made meanwhile forgets which bits of a word still await their answer.
     std::string faultInTurn(const Plant& plant, bool readAgain) const;

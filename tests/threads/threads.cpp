@@ -99,6 +99,7 @@ int main(int argc, char** argv)
                         static_cast<unsigned long long>(writes.replaced));
         }
         std::printf("\n");
+        std::fflush(stdout);
     }
     std::printf("%llu calls, %llu changes announced: nothing lost, nothing stuck\n",
                 static_cast<unsigned long long>(callCount.load()),

@@ -30,6 +30,8 @@ TEST_F(SomeTroubles, AreSaidOnceAndCounted)
     EXPECT_EQ(unsaid.front().what, "a");
     EXPECT_EQ(unsaid.front().reason, "exception");
     EXPECT_EQ(unsaid.front().times, 3);
+    EXPECT_EQ(troubles.times("a", Reason::exception), 3);
+    EXPECT_EQ(troubles.times("a", Reason::silence), 0);
 }
 
 TEST_F(SomeTroubles, AreSaidAgainForAnotherReason)

@@ -290,6 +290,15 @@ TEST_F(Probing, AStationCanDieWhoseRequestWasPutOff)
     EXPECT_EQ(turn(3, two), Turn::asEver);
 }
 
+TEST_F(Probing, WhatSomebodyWaitsForIsNeverPutOff)
+{
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(giveUp(3, one, false), News::none);
+        EXPECT_EQ(answer(3, two), News::none);
+        EXPECT_EQ(turn(3, one), Turn::asEver);
+    }
+}
+
 TEST_F(Probing, ASingleReadOfAPutOffRequestChangesNothing)
 {
     giveUp(3, one);

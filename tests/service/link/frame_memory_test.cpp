@@ -91,8 +91,9 @@ TEST_F(FrameMemory, WhatWasChangedInAFrameFromOutsideIsGoneInTheNext)
 {
     poll();
     driver.sendList[0].frame[1000] = 9;
+    driver.sendList[0].sendLength = 2000; // no frame has as many bytes
     driver.sendList[0].spare = 9;
-    EXPECT_EQ(exchange(), cyclicRead);
+    EXPECT_EQ(reply(goodReplyTo(polled)), replyAccepted);
     EXPECT_EQ(exchange(), cyclicRead);
     EXPECT_TRUE(isBlankFrom(8));
     EXPECT_EQ(fields(), "8 7 3 1 0");

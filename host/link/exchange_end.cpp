@@ -1,0 +1,40 @@
+// How a line is left: nothing more is sent, and what is out has its time.
+#include "link/exchange.h"
+
+#include <algorithm>
+
+namespace dov417 {
+
+void Exchange::sendNoMore()
+{
+    sendsNoMore_ = true;
+    if (state_ == State::listening || state_ == State::silence)
+        drop();
+}
+
+void Exchange::drop()
+{
+    line_.sleep();
+    state_ = State::idle;
+    isMarking_ = false;
+    done_ = nullptr;
+}
+
+Clock::time_point Exchange::quietAt() const
+{
+    if (state_ == State::awaitingTurnaround)
+        return current_.sendEnd + settings_.turnaround;
+    if (state_ == State::holdingBack)
+        return heldUntil_;
+    if (state_ == State::awaitingReply && !collector_.isEmpty())
+        return lastActivity_ + gap_.value();
+    Clock::time_point quiet{};
+    for (const OpenTransmission& open : books_.open())
+        quiet = std::max(
+            quiet, open.sentAt + onTheWire(static_cast<int>(open.sent.size()) + open.replyLength) +
+                       stations_.at(static_cast<unsigned char>(open.sent.at(0)))
+                           .timeout.patience(settings_.timeout));
+    return quiet;
+}
+
+} // namespace dov417

@@ -1,0 +1,92 @@
+"""The tool on a line whose stations answer late, in one of many ways: no value may be wrong.
+
+What a register holds names its station and its address, or counts the reads of its station. A kind
+takes some seconds; DOV417_LIAR_SECONDS makes each watch longer."""
+
+import json
+import os
+import unittest
+
+from harness import EndToEnd, run
+
+LIAR = os.environ.get("DOV417_LIAR", "")
+SECONDS = os.environ.get("DOV417_LIAR_SECONDS", "2")
+FIRST_REGISTER = 0x500  # R_W:0 on the line
+FIRST_WRITTEN = 0x1000 - FIRST_REGISTER
+ADDRESSES = ("R_W:100", "R_W:200", "R_W:300..301", "2/R_W:100", "2/R_W:401", "3/R_W:100..102")
+
+
+class Shown:
+    """Judges each value that is shown, in their order."""
+
+    def __init__(self):
+        self.values = 0
+        self.counters = {}
+
+    def add(self, address, value):
+        station, register = address.split("/")
+        at = FIRST_REGISTER + int(register.split(":")[1])
+        self.values += 1
+        if at % 2 == 0:
+            return value == (int(station) << 12 | (at & 0xFFE))
+        last = self.counters.get(address, 0)
+        self.counters[address] = value
+        return last <= value < 0x1000
+
+
+class OfLateReplies(EndToEnd):
+    def start(self, kind):
+        liar = self.process(LIAR, kind)
+        self.port = ("--port", liar.wait_for("ready").split()[1], "--line", "38400,8,NONE,1")
+
+    def watch(self, shown, *options):
+        result = run("watch", *self.port, *ADDRESSES, "--json", "--seconds", SECONDS, *options)
+        self.assertIn(result.returncode, (0, 1), result.stderr)
+        for text in result.stdout.splitlines():
+            entry = json.loads(text)
+            if "value" in entry and "address" in entry:
+                self.assertTrue(shown.add(entry["address"], entry["value"]), text)
+
+    def read_once(self, shown, *addresses):
+        result = run("read", *self.port, *addresses)
+        for text in result.stdout.splitlines():
+            address, value = text.split(" = ")
+            address = address if "/" in address else "1/" + address
+            self.assertTrue(shown.add(address, int(value)), text)
+
+    def write_and_read(self, value):
+        """A write that is confirmed holds; one that is not is reported."""
+        result = run("write", *self.port, f"R_W:{FIRST_WRITTEN}={value}")
+        if result.returncode != 0:
+            self.assertNotEqual(result.stderr + result.stdout, "")
+            return
+        read = run("read", *self.port, f"R_W:{FIRST_WRITTEN}")
+        if read.returncode == 0:
+            self.assertEqual(read.stdout.split(" = ")[1].strip(), str(value))
+
+    def check(self, kind, least=1):
+        self.start(kind)
+        shown = Shown()
+        self.watch(shown)
+        self.read_once(shown, "R_W:700")  # at once: what watch asked for last may still come
+        self.watch(shown, "--timeout", "200")
+        self.read_once(shown, "2/R_W:702")
+        for value in range(11, 13):
+            self.write_and_read(value)
+        self.assertGreaterEqual(shown.values, least)
+
+
+def scenario(kind):
+    def test(self):
+        self.check(kind)
+
+    return test
+
+
+for KIND in ("prompt", "300ms", "600ms", "random", "jumps", "lossy", "bytewise", "drops", "no8",
+             "silent8", "onedead", "joined"):  # fmt: skip
+    setattr(OfLateReplies, f"test_{KIND}", scenario(KIND))
+
+
+if __name__ == "__main__":
+    unittest.main()
