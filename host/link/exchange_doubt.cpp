@@ -70,6 +70,9 @@ void Exchange::markerFinished(LineResult result, Clock::time_point now)
             markersLeft_ = 0;
     } else {
         marked.markWasAnswered(openOf(marker_));
+        // What went before it was only looked up as long as others may have asked, too.
+        if (!marked.isUnknown && !isEcho(marker_.sent) && result == LineResult::reply)
+            books_.take(marker_.reception.bytes);
     }
     marker_.reception.result = result;
     marker_.reception.astray = astray_;

@@ -1,5 +1,7 @@
 #include "link/marker.h"
 
+#include <algorithm>
+
 #include "line/crc16.h"
 
 namespace dov417 {
@@ -9,7 +11,8 @@ namespace {
 constexpr char diagnostics = 8; // function; sub-function 0 sends back what it was sent
 constexpr char exceptionFlag = '\x80';
 constexpr int markerLength = 8;
-constexpr int maxLonger = 2; // words
+constexpr int maxMarkerWords = 15; // there are controllers that take 16
+constexpr int maxLonger = 2;       // words
 constexpr int quantityIndex = 4;
 constexpr int coilsPerWord = 16;
 constexpr char readCoils = 1;
@@ -61,8 +64,12 @@ Transmission makeMarker(const Transmission& request, const Books& books,
                 !books.isOut(other.sent, other.replyLength))
                 marker = other;
         };
-        for (int less = 1; less < request.request.length; ++less)
-            take(-less);
+        // Short, as the station may be one that takes no more; a single word is what others read.
+        const int length = request.request.length;
+        for (int words = std::min(length - 1, maxMarkerWords); words > 0; --words)
+            take(words - length);
+        for (int words = maxMarkerWords + 1; words < length; ++words)
+            take(words - length);
         for (int more = 1; more <= maxLonger; ++more) // what lies behind may not be there
             take(more);
     }
