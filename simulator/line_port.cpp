@@ -14,6 +14,7 @@
 #include <unistd.h>
 
 #include "line/failure.h"
+#include "line/pseudo_terminal.h"
 
 namespace dov417::simulator {
 
@@ -110,7 +111,9 @@ void LinePort::openDevice(const std::string& device, const SerialFormat& format)
     device_ = QString::fromStdString(device);
     descriptor_ =
         ::open(QFile::encodeName(device_).constData(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
-    if (descriptor_ < 0 || !configure(descriptor_, format, speed->code))
+    if (descriptor_ < 0 ||
+        !(isPseudoTerminal(device_) ? makeRaw(descriptor_)
+                                    : configure(descriptor_, format, speed->code)))
         giveUp(device);
     tcflush(descriptor_, TCIOFLUSH);
 }

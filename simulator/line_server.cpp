@@ -171,7 +171,7 @@ void LineServer::Private::receive()
     if (lost && port_.isOpen()) {
         const std::string name = port_.name();
         close();
-        emit server_.lost(QString::fromStdString(name + " is gone"));
+        emit server_.lost(QString::fromStdString("port " + name + " is gone"));
     }
 }
 

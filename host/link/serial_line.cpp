@@ -9,17 +9,13 @@
 #include <utility>
 
 #include "line/failure.h"
+#include "line/pseudo_terminal.h"
 
 namespace dov417 {
 
 namespace {
 
 constexpr int reopenMilliseconds = 200;
-
-bool isPseudoTerminal(const QString& device)
-{
-    return QFileInfo(device).canonicalFilePath().startsWith(QLatin1String("/dev/pts/"));
-}
 
 ExchangeSettings exchangeSettings(const LineSettings& line)
 {
@@ -133,7 +129,8 @@ void SerialLine::reopen()
     QString reason;
     if (open(&reason)) {
         reopenTimer_.stop();
-    } else if (reason != lastReason_) {
+    } else if (reason != lastReason_ && QFileInfo::exists(settings_.device)) {
+        // That it is gone has been said.
         lastReason_ = reason;
         observer_.port(false, reason);
     }
@@ -171,14 +168,13 @@ bool SerialLine::tryOpen(QString* reason)
     QObject::connect(port_.get(), &QSerialPort::errorOccurred, port_.get(),
                      [this](QSerialPort::SerialPortError error) {
                          if (error != QSerialPort::NoError && error != QSerialPort::TimeoutError)
-                             lost(port_->errorString());
+                             lost();
                      });
     return true;
 }
 
 bool SerialLine::applyFormat(QString* reason)
 {
-    // A pseudo-terminal has no bits on a wire; its kernel side refuses parity.
     if (isPseudoTerminal(settings_.device))
         return true;
     const bool taken =
@@ -200,7 +196,9 @@ bool SerialLine::applyFormat(QString* reason)
     return taken;
 }
 
-void SerialLine::lost(const QString& reason)
+// However it has gone, pulled out, switched off or closed at its far end: the system has many words
+// for it.
+void SerialLine::lost()
 {
     exchange_.stop();
     // The error comes from within the port's own code, so the port must outlive this call. Its lock
@@ -209,7 +207,7 @@ void SerialLine::lost(const QString& reason)
     port_->close();
     port_.release()->deleteLater();
     lastReason_.clear();
-    observer_.port(false, QStringLiteral("port %1 is gone: %2").arg(settings_.device, reason));
+    observer_.port(false, QStringLiteral("port %1 is gone").arg(settings_.device));
     reopenTimer_.start();
 }
 

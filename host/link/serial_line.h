@@ -91,7 +91,7 @@ private:
     bool tryOpen(QString* reason);
     void reopen();
     bool applyFormat(QString* reason);
-    void lost(const QString& reason);
+    void lost();
     void write(const QByteArray& bytes);
     void wakeAt(Clock::time_point when);
     bool bytesWait() const;

@@ -240,8 +240,8 @@ class Watch(EndToEnd):
 
     def test_json_tells_what_was_given_up_once_and_how_often(self):
         controller = self.controller("--fault", "exception:2=100%")
-        done = run("watch", "--port", controller.port, "--retries", "1", "R_W:100", "--json",
-                   "--cycles", "2")  # fmt: skip
+        done = run("watch", "--port", controller.port, "--retries", "1",
+                   "R_W:100", "--json", "--cycles", "2")  # fmt: skip
         self.assertEqual(done.returncode, 1)
         told = [json.loads(line) for line in done.stdout.splitlines()]
         self.assertEqual([(t["abandoned"], t["reason"], t["why"], t.get("times")) for t in told],

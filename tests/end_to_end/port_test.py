@@ -4,7 +4,7 @@ import os
 import subprocess
 import unittest
 
-from harness import TOOL, EndToEnd, as_somebody_else, run
+from harness import TOOL, Cable, EndToEnd, as_somebody_else, run
 
 
 # A pseudo-terminal takes no parity.
@@ -22,6 +22,36 @@ class Port(EndToEnd):
         watching.wait_for("1/R_W:100 = 2 (was 1)")
         code, _, _ = watching.interrupt()
         self.assertEqual(code, 0)
+
+    def test_a_port_that_goes_is_said_alike_by_every_command(self):
+        tags = self.write_file("tags.csv", "name,register,address\nspeed,R_W,200\n")
+        for name, command in {
+            "watch": ("watch", "R_W:100"),
+            "read": ("read", "R_W:100"),
+            "write": ("write", "R_W:100=5"),
+            "upload": ("recipe", "upload", self.path("recipe.json"), "--tags", tags),
+            "simulate": ("simulate",),
+        }.items():
+            with self.subTest(name):
+                folder = self.path(name)
+                os.mkdir(folder)
+                cable = Cable(folder)
+                running = self.tool(*command, "--port", cable.port)
+                if name == "simulate":
+                    running.wait_for("port ")
+                else:
+                    cable.wait_for_request()
+                cable.unplug()
+                running.wait_for_error(f"dov417: port {cable.port} is gone")
+                running.interrupt()
+                cable.close()
+
+    def test_a_controller_starts_on_a_pseudo_terminal_again_and_again(self):
+        cable = self.cable()
+        for _ in range(3):
+            controller = self.tool("simulate", "--port", cable.far_port, "--line", "38400,8,EVEN,1")
+            controller.wait_for("port ")
+            self.assertEqual(controller.interrupt()[0], 0)
 
     def test_no_write_is_lost_when_the_port_goes_while_writes_are_queued(self):
         cable = self.cable()

@@ -1,5 +1,6 @@
 #include "link/link_runner.h"
 
+#include <QFile>
 #include <algorithm>
 #include <array>
 #include <memory>
@@ -163,8 +164,16 @@ TEST_F(RunnerOnALine, APortThatGoesIsOneLossHoweverLongItStaysAway)
 {
     slave.arrived = [this](const QByteArray&) { slave.unplug(); };
     pollOneWord(3);
-    // It is open, it is gone, and there is none yet.
+    const std::string port = slave.port().toStdString();
+    ASSERT_TRUE(waitUntil([this]() { return ports.size() == 2; }));
+    // It is tried again; that there is none is said once, that there is something else is news.
+    QFile other(slave.port());
+    ASSERT_TRUE(other.open(QIODevice::WriteOnly));
     ASSERT_TRUE(waitUntil([this]() { return ports.size() == 3; }));
+    EXPECT_EQ(ports.at(0), "port " + port + " is open");
+    EXPECT_EQ(ports.at(1), "port " + port + " is gone");
+    EXPECT_EQ(ports.at(2).find("port " + port + " cannot be used: "), 0U) << ports.at(2);
+    ASSERT_TRUE(other.remove());
     EXPECT_FALSE(runner->statistics().portIsOpen);
     EXPECT_EQ(runner->statistics().portLosses, 1);
     answerWith({{readReply}});

@@ -1,0 +1,173 @@
+#include "tool/watch_teller.h"
+
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <csv.h>
+#include <ctime>
+#include <limits>
+#include <nlohmann/json.hpp>
+
+#include "line/failure.h"
+#include "text/json_value.h"
+#include "tool/live_command.h"
+
+namespace dov417 {
+
+namespace {
+
+constexpr int millisecondsPerSecond = 1000;
+constexpr std::size_t maxTroubleLines = 10; // a minute
+
+std::string timeText()
+{
+    const auto now = std::chrono::system_clock::now();
+    const std::time_t seconds = std::chrono::system_clock::to_time_t(now);
+    const auto millis =
+        std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch()).count() %
+        millisecondsPerSecond;
+    std::tm local = std::tm();
+    localtime_r(&seconds, &local);
+    char text[64];
+    const std::size_t length = std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &local);
+    std::snprintf(text + length, sizeof text - length, ".%03lld", static_cast<long long>(millis));
+    return text;
+}
+
+// Also whether the file took it.
+bool writeRow(std::FILE* file, const std::vector<std::string>& fields)
+{
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        std::fputs(i == 0 ? "" : ",", file);
+        csv_fwrite(file, fields.at(i).data(), fields.at(i).size());
+    }
+    std::fputs("\n", file);
+    return std::fflush(file) == 0;
+}
+
+} // namespace
+
+WatchTeller::WatchTeller(bool json, const std::string& csvName,
+                         const std::vector<ViewLabel>& labels,
+                         const std::function<void()>& outputLost)
+    : json_(json), labels_(labels), csvName_(csvName), outputLost_(outputLost),
+      troubles_(json ? std::numeric_limits<std::size_t>::max() : maxTroubleLines)
+{
+    if (!json && Screen::isTerminal())
+        screen_ = std::make_unique<Screen>();
+    if (csvName.empty())
+        return;
+    csv_.reset(std::fopen(csvName_.c_str(), "w"));
+    if (!csv_ || !writeRow(csv_.get(), {"time", "name", "address", "value", "previous"}))
+        throw Failure("cannot write " + csvName_ + ": " + std::strerror(errno));
+}
+
+void WatchTeller::tell(const View& view, std::size_t index)
+{
+    const ViewLabel& label = labels_.at(index);
+    const std::string value = valueText(view, label);
+    const std::string previous = previousText(view, label);
+    if (csv_ && !writeRow(csv_.get(), {timeText(), label.name, label.address, value, previous}))
+        outputLost_();
+    if (json_) {
+        nlohmann::ordered_json object = {{"time", timeText()},
+                                         {"name", label.name},
+                                         {"address", label.address},
+                                         {"value", jsonValue(value)}};
+        if (!previous.empty())
+            object["previous"] = jsonValue(previous);
+        say(object.dump());
+    } else if (!screen_) {
+        say(timeText() + " " + label.name + " = " + value +
+            (previous.empty() ? "" : " (was " + previous + ")"));
+    }
+}
+
+void WatchTeller::tellAbandoned(const std::string& request, const std::string& reason, Reason why)
+{
+    lastTrouble_ = timeText() + " given up: " + request + ": " + reason;
+    if (!troubles_.isNews(request, why, reason, Clock::now()))
+        return;
+    if (json_) {
+        const nlohmann::ordered_json object = {
+            {"time", timeText()}, {"abandoned", request}, {"why", keyOf(why)}, {"reason", reason}};
+        say(object.dump());
+    } else if (!screen_) {
+        std::fprintf(stderr, "%s\n", lastTrouble_.c_str());
+        if (troubles_.isFull())
+            std::fprintf(stderr,
+                         "dov417: what is given up besides is counted and told at the end\n");
+    }
+}
+
+void WatchTeller::tellPort(bool open, const std::string& message)
+{
+    if (!open || !lastTrouble_.empty())
+        tellNotice(message);
+}
+
+void WatchTeller::tellNotice(const std::string& text)
+{
+    lastTrouble_ = timeText() + " " + text;
+    if (json_)
+        say(nlohmann::ordered_json{{"time", timeText()}, {"notice", text}}.dump());
+}
+
+void WatchTeller::tellUnsaid()
+{
+    std::vector<std::pair<std::string, std::string>> lines;
+    for (const Trouble& each : troubles_.unsaid()) {
+        if (json_)
+            say(nlohmann::ordered_json{{"time", timeText()},
+                                       {"abandoned", each.what},
+                                       {"why", keyOf(each.why)},
+                                       {"reason", each.reason},
+                                       {"times", each.times}}
+                    .dump());
+        else
+            lines.emplace_back(each.what + " " + std::to_string(each.times) +
+                                   (each.times == 1 ? " time" : " times"),
+                               each.reason);
+    }
+    for (const std::string& line : grouped(lines))
+        std::fprintf(stderr, "dov417: given up: %s\n", line.c_str());
+}
+
+void WatchTeller::draw(Session& session, bool isWaiting)
+{
+    if (!screen_)
+        return;
+    const Clock::time_point now = Clock::now();
+    const LinkStatistics& statistics = session.statistics();
+    std::vector<std::string> foot = briefStatistics(statistics, now);
+    if (!lastTrouble_.empty())
+        foot.push_back("last trouble: " + lastTrouble_);
+    if (isWaiting)
+        foot.emplace_back(waitingForTheLastReply);
+    screen_->draw(viewTable(session.views(), labels_, now), requestStatistics(statistics), foot);
+}
+
+bool WatchTeller::hasScreen() const
+{
+    return screen_ != nullptr;
+}
+
+void WatchTeller::leaveScreen()
+{
+    screen_.reset();
+}
+
+void WatchTeller::requireComplete() const
+{
+    if (csv_ && std::ferror(csv_.get()) != 0)
+        throw Failure("cannot write " + csvName_);
+}
+
+void WatchTeller::say(const std::string& text)
+{
+    std::printf("%s\n", text.c_str());
+    if (std::fflush(stdout) != 0)
+        outputLost_();
+}
+
+} // namespace dov417

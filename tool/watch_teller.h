@@ -1,0 +1,59 @@
+// Where `watch` tells changes: the table, lines of text or JSON, and a CSV file.
+#ifndef DOV417_TOOL_WATCH_TELLER_H
+#define DOV417_TOOL_WATCH_TELLER_H
+
+#include <cstdio>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "session/session.h"
+#include "tool/screen.h"
+#include "tool/troubles.h"
+#include "tool/view_table.h"
+
+namespace dov417 {
+
+class WatchTeller {
+public:
+    // outputLost: a file or the terminal takes nothing any more. Throws a Failure if the CSV file
+    // cannot be written; its name may be empty.
+    WatchTeller(bool json, const std::string& csvName, const std::vector<ViewLabel>& labels,
+                const std::function<void()>& outputLost);
+
+    void tell(const View& view, std::size_t index);
+    void tellAbandoned(const std::string& request, const std::string& reason, Reason why);
+    void tellPort(bool open, const std::string& message);
+    void tellNotice(const std::string& text);
+    // What was said once and came again.
+    void tellUnsaid();
+    void draw(Session& session, bool isWaiting);
+
+    bool hasScreen() const;
+    void leaveScreen();
+    void requireComplete() const;
+
+private:
+    void say(const std::string& text);
+
+    struct CloseFile {
+        void operator()(std::FILE* file) const
+        {
+            std::fclose(file);
+        }
+    };
+
+    bool json_;
+    std::vector<ViewLabel> labels_;
+    std::string csvName_;
+    std::function<void()> outputLost_;
+    std::unique_ptr<Screen> screen_;
+    std::unique_ptr<std::FILE, CloseFile> csv_;
+    std::string lastTrouble_;
+    Troubles troubles_;
+};
+
+} // namespace dov417
+
+#endif
