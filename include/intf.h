@@ -4,7 +4,7 @@
  *
  * @par Calling
  * All functions are exported by their plain names. Strings, lists and vectors are Qt objects of
- * the Qt generation that the library was built with. No function throws.
+ * the Qt generation that the library was built with. No function throws; the callback must not.
  *
  * @par Units
  * An address value is a bit number (word * 16 + bit) for the bit types "I_bit", "Q_bit", "M_bit"
@@ -14,17 +14,44 @@
  * check them. Lengths up to 65536 and any 32-bit address are handled without fault.
  *
  * @par Threads
- * The driver creates no thread and locks almost nothing: **one driver call at a time**, from
- * whatever thread. That is the thread rule of every function here; two have something to add,
- * intf_setData() and the callback (::VALUE_CHANGE_CALLBACK). The host's mutex is held only while
- * the two recipe flags are read or cleared; never during a callback.
+ * The driver creates no thread. **Any function may be called from any thread at any time**, from
+ * within the callback too. A call holds a lock of the library, which it lets go around the callback
+ * and while it waits for the host's mutex or for `driver.mutex`: calls come one after the other,
+ * and a callback may wait for a thread that calls the driver. What two threads write at the same
+ * moment has the order in which they got in. The members of `driver` are for one thread at a time:
+ * look at them while no other thread is in a call.
+ *
+ * | function | from another thread | from the callback | with either mutex held |
+ * |---|---|---|---|
+ * | identity, property page, callback; the editor's | yes | yes | yes |
+ * | intf_initProperty() | yes | yes; ends the call that called back | yes |
+ * | intf_addrMerge(), intf_addConditionRead() | yes | yes | yes |
+ * | intf_setRcpAddress() | yes | yes | yes |
+ * | intf_getData() | yes | yes | yes |
+ * | intf_setData() | yes | yes | yes; bits not while holding `driver.mutex` |
+ * | intf_getSendFrame(), intf_dealRcvFrame() | yes; a transaction at a time | yes | no |
+ *
+ * - The mutexes are the one given to intf_initProperty() and `driver.mutex`; "no": the call takes
+ *   it itself. The driver holds neither during a callback.
+ * - A frame is handed to every thread that polls, and a reply counts for the frame on the line: let
+ *   one thread at a time poll, transmit and hand in. Nothing breaks otherwise, but requests are
+ *   transmitted twice and replies taken for others.
+ * - A poll frames no write of which another thread's intf_setData() has not returned, and nothing
+ *   while another thread's reply is ending a request: it gives 0, or a read.
+ * - A written value is in the cache once its announcement is over. Two threads that write to one
+ *   place while the callback runs may leave the earlier value in the cache, until the place is read
+ *   again; the controller gets the later one last.
+ * - What intf_initProperty() and intf_setAddrValueChangeCallBack() replace stays in use by calls
+ *   under way: keep block, buffer, mutex and callback until these have returned.
+ * - Qt's message handler is called with the lock held. It may call the driver, but not wait for
+ *   another thread that does.
  *
  * @par Pointers
  * The driver borrows every pointer and reference for the length of the call, except those of
  * intf_initProperty() and intf_setAddrValueChangeCallBack(), which must stay valid until they are
- * replaced or the library is unloaded. It frees none. Null result pointers are tolerated: nothing
- * is stored there. What it returns or stores in the host's objects belongs to the host and stays
- * valid after the library is unloaded.
+ * replaced and calls under way have returned, or the library is unloaded. It frees none. Null
+ * result pointers are tolerated: nothing is stored there. What it returns or stores in the host's
+ * objects belongs to the host and stays valid after the library is unloaded.
  */
 #ifndef DOV417MODBUS_INTF_H
 #define DOV417MODBUS_INTF_H
@@ -105,8 +132,8 @@ DOV417_EXPORT void intf_SetDriverPropertyPage(const QString& page);
 /**
  * @brief Gives the driver the host's value-change function.
  * @param callBack called for every change of a watched view, on the thread and within the driver
- * call that found it. Borrowed until the next call or the unloading; null: nothing is announced.
- * Set it before the first poll.
+ * call that found it. Null: nothing is announced. A call under way on another thread may still be
+ * in the one before. Set it before the first poll.
  */
 DOV417_EXPORT void intf_setAddrValueChangeCallBack(VALUE_CHANGE_CALLBACK callBack);
 
@@ -334,9 +361,8 @@ DOV417_EXPORT int intf_getData(int station, QString regName, int address, int le
  * still waits is replaced. At most 513 writes wait; further ones replace the last of them.
  *
  * @par Threads
- * May come from a second thread while the first one polls, as far as the pending write list is
- * concerned: `driver.mutex` guards the removal of its head. The cache is not locked: such a host
- * keeps its own calls apart, as for every other function. Not from within the callback.
+ * A bit that has a write under way already is counted under `driver.mutex`: bits are not for a
+ * thread that holds it.
  *
  * @param station  station number, 0 to 247, of which the low 8 bits go out; 0 is the broadcast,
  * which nobody answers (not for "R_bit": never framed, and it holds up the writes behind it).

@@ -10,7 +10,9 @@
  * until the next call of the driver, as the driver shares its list with its own index.
  *
  * @par Threads
- * One driver call at a time. The two exceptions and the locks are described at intf.h.
+ * Functions may be called from any thread, as intf.h says. The members are for one thread at a
+ * time: no other thread may be in a call while they are looked at or changed. `mutex` alone does
+ * not make that safe.
  */
 #ifndef DOV417MODBUS_PROTOCOL_H
 #define DOV417MODBUS_PROTOCOL_H
@@ -32,10 +34,12 @@
 /**
  * @brief The host's value-change function.
  *
- * Called synchronously, on the thread of the driver call that found the change. It may call
- * intf_getData() and the editor functions; it should leave writing, planning, polling and
- * re-initialising to a later moment (none of them breaks anything, but what they change may be
- * changed again by the call in progress).
+ * Called synchronously, on the thread of the driver call that found the change, with no lock of the
+ * driver held: it may wait for another thread that calls the driver, and two threads may be in it
+ * at once. It may call every exported function that its thread may (the table in intf.h). It should
+ * leave writing, planning, polling and re-initialising to a later moment: none of them breaks
+ * anything, but what they change may be changed again by the call in progress. It must not throw:
+ * the call would end half done.
  *
  * @param tag      first property field; 0 for a recipe item, -1 for a served condition read.
  * @param station  station number; -1 for a recipe item and a served condition read.
@@ -65,7 +69,7 @@ enum RecipeFlagOffset {
     uploadFlagOffset = 60116    ///< Controller to recipe buffer.
 };
 
-struct UnitIndex;
+struct Shortcuts;
 
 /**
  * @brief All state of the driver. Members in the order that hosts rely on.
@@ -118,7 +122,7 @@ public:
 
     /// @cond internal
     // Not part of the host's layout: what the driver adds for speed and safety.
-    UnitIndex* unitIndex;     // finds a record of dataAreas without a search
+    Shortcuts* shortcuts;     // what is kept besides
     unsigned int sendTurn;    // counts heads leaving sendList: tells whether a callback took ours
     unsigned int resets;      // counts intf_initProperty calls: tells whether a callback made one
     unsigned int recipePlans; // counts recipe plans: tells whether a callback replaced ours

@@ -27,7 +27,8 @@ int radixOfLetter(QChar letter)
                                         : 0;
 }
 
-// Requests that the driver made itself share their name with the table.
+// Requests that the driver made itself share their name with the table. The names of hosts do not:
+// most rows differ in length or first letter already.
 int indexOfName(const QString& regName)
 {
     for (int i = 0; i < registerTypeCount; ++i) {
@@ -35,8 +36,10 @@ int indexOfName(const QString& regName)
             return i;
         }
     }
-    for (int i = 0; i < registerTypeCount; ++i) {
-        if (REG_LIST[i] == regName) {
+    const int size = static_cast<int>(regName.size());
+    for (int i = 0; size > 0 && i < registerTypeCount; ++i) {
+        const QString& name = REG_LIST[i];
+        if (name.size() == size && name.at(0) == regName.at(0) && name == regName) {
             return i;
         }
     }
@@ -119,11 +122,15 @@ int addrOffset(QString, int address)
     return address;
 }
 
+int weightAt(int typeCount, int station, int typeIndex, int address)
+{
+    return wrapAdd(wrapAdd(wrapMul(station, wrapMul(typeCount, weightPerType)),
+                           wrapMul(typeIndex, weightPerType)),
+                   address);
+}
+
 int addressWeight(const QStringList& names, int station, const QString& regName, int address)
 {
-    const int count = static_cast<int>(names.size());
-    const int index = static_cast<int>(names.indexOf(regName));
-    return wrapAdd(
-        wrapAdd(wrapMul(station, wrapMul(count, weightPerType)), wrapMul(index, weightPerType)),
-        address);
+    return weightAt(static_cast<int>(names.size()), station,
+                    static_cast<int>(names.indexOf(regName)), address);
 }

@@ -36,4 +36,7 @@ int addrOffset(QString regName, int address);
 // Orders by station, then register type in the order of `names`, then address; compare as unsigned.
 int addressWeight(const QStringList& names, int station, const QString& regName, int address);
 
+// The same for a register type at `typeIndex` of `typeCount` names, -1 for an unknown one.
+int weightAt(int typeCount, int station, int typeIndex, int address);
+
 #endif

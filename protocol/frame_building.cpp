@@ -29,7 +29,8 @@ enum {
     readReplyOverhead = 5,         // station, function, byte count, CRC
     echoSize = 8,                  // every write is answered by eight bytes
     maxWriteBits = recordDataSize, // a request has one data byte a bit
-    coilsPerWord = 16
+    coilsPerWord = 16,
+    reservedLength = -1 // of no frame
 };
 
 void putWord(unsigned char* bytes, int value) // high byte first, low 16 bits
@@ -40,13 +41,33 @@ void putWord(unsigned char* bytes, int value) // high byte first, low 16 bits
 
 const FRAME_PRO blankFrame = FRAME_PRO();
 
-// A zeroed frame record at the end of the list, its first six bytes filled.
-FRAME_PRO& appendFrame(QList<FRAME_PRO>& frames, const VARIABLE& request, FunctionCode function,
-                       int start, int quantity)
+// A frame record at the end of the list, zeroed but for its request.
+FRAME_PRO& appendBlank(QList<FRAME_PRO>& frames)
 {
-    frames.append(blankFrame);
-    FRAME_PRO& made = frames.last();
-    assignRequest(made.request, request);
+    if (!isReserved(frames)) {
+        frames.append(blankFrame);
+        return frames.last();
+    }
+    FRAME_PRO& made = frames[0];
+    memset(made.frame, 0, sizeof(made.frame));
+    made.sendLength = 0;
+    made.replyLength = 0;
+    made.dataPosition = 0;
+    made.dataCount = 0;
+    made.spare = 0;
+    return made;
+}
+
+// The same with its request and its first six bytes.
+FRAME_PRO& appendFrame(QList<FRAME_PRO>& frames, const VARIABLE& request, FunctionCode function,
+                       int start, int quantity, bool valuesAreThere = false)
+{
+    FRAME_PRO& made = appendBlank(frames);
+    if (valuesAreThere) {
+        assignTarget(made.request, request);
+    } else {
+        assignRequest(made.request, request);
+    }
     made.frame[0] =
         static_cast<unsigned char>(static_cast<unsigned int>(request.stationNo) & 0xFFu);
     made.frame[1] = static_cast<unsigned char>(function);
@@ -63,9 +84,9 @@ void finishFrame(FRAME_PRO& made, int payloadEnd)
 
 // 5 + 2n: station, function, byte count, n registers (or 16n coils), CRC.
 FRAME_PRO& appendRead(QList<FRAME_PRO>& frames, const VARIABLE& request, FunctionCode function,
-                      int start, int quantity, int words)
+                      int start, int quantity, int words, bool valuesAreThere = false)
 {
-    FRAME_PRO& made = appendFrame(frames, request, function, start, quantity);
+    FRAME_PRO& made = appendFrame(frames, request, function, start, quantity, valuesAreThere);
     finishFrame(made, headerSize);
     made.replyLength = wrapAdd(readReplyOverhead, wrapMul(2, words));
     made.dataPosition = readPayloadAt;
@@ -171,7 +192,17 @@ void writeRegisterBits(QList<FRAME_PRO>& frames, const VARIABLE& request, const 
 
 } // namespace
 
-int frameRead(const VARIABLE& request, QList<FRAME_PRO>& frames)
+void reserveFrame(FRAME_PRO& frame)
+{
+    frame.sendLength = reservedLength;
+}
+
+bool isReserved(const QList<FRAME_PRO>& frames)
+{
+    return frames.size() == 1 && frames.at(0).sendLength == reservedLength;
+}
+
+int frameRead(const VARIABLE& request, QList<FRAME_PRO>& frames, bool valuesAreThere)
 {
     const int index = indexOfName(request.regName);
     if (index < 0 || request.stationNo == broadcastStation) {
@@ -182,7 +213,7 @@ int frameRead(const VARIABLE& request, QList<FRAME_PRO>& frames)
     const int unit = coils ? coilsPerWord : 1;
     appendRead(frames, request, coils ? readCoils : readHoldingRegisters,
                wrapAdd(type.baseAddress, wrapMul(unit, request.address)),
-               wrapMul(unit, request.length), request.length)
+               wrapMul(unit, request.length), request.length, valuesAreThere)
         .dataCount = request.length;
     return 1;
 }
@@ -212,7 +243,7 @@ void frameWrite(const VARIABLE& request, QList<FRAME_PRO>& frames)
 
 void frameHandshake(QList<FRAME_PRO>& frames)
 {
-    frames.append(blankFrame);
+    assignRequest(appendBlank(frames).request, blankFrame.request);
 }
 
 void patchWriteBack(FRAME_PRO& writeBack, const QByteArray& reply, int count, int position,

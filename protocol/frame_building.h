@@ -12,8 +12,14 @@ enum {
     maxFrameWords = 507
 };
 
-// Each appends to the list it is handed. 1: a frame was appended, 0: refused.
-int frameRead(const VARIABLE& request, QList<FRAME_PRO>& frames);
+// A list of one frame, made by reserveFrame(), counts as empty: the first frame is built in its
+// memory.
+void reserveFrame(FRAME_PRO& frame);
+bool isReserved(const QList<FRAME_PRO>& frames);
+
+// Each appends to the list it is handed. 1: a frame was appended, 0: refused. With `valuesAreThere`
+// the reserved frame's request carries the values of this one already.
+int frameRead(const VARIABLE& request, QList<FRAME_PRO>& frames, bool valuesAreThere = false);
 
 // No frame, one, or two (a read and a write back for "R_bit").
 void frameWrite(const VARIABLE& request, QList<FRAME_PRO>& frames);

@@ -1,5 +1,4 @@
-// Assignment of the two large records with one block copy of the kilobyte that each carries. Every
-// poll of a new request makes four of them.
+// Assignment of the two large records with one block copy of the kilobyte that each carries.
 #ifndef DOV417MODBUS_RECORD_COPY_H
 #define DOV417MODBUS_RECORD_COPY_H
 
@@ -7,11 +6,9 @@
 
 #include "records.h"
 
-inline void assignRequest(VARIABLE& to, const VARIABLE& from)
+// All but the values.
+inline void assignTarget(VARIABLE& to, const VARIABLE& from)
 {
-    if (&to == &from) {
-        return;
-    }
     to.kind = from.kind;
     to.stationNo = from.stationNo;
     if (!to.regName.isSharedWith(from.regName)) {
@@ -19,6 +16,14 @@ inline void assignRequest(VARIABLE& to, const VARIABLE& from)
     }
     to.address = from.address;
     to.length = from.length;
+}
+
+inline void assignRequest(VARIABLE& to, const VARIABLE& from)
+{
+    if (&to == &from) {
+        return;
+    }
+    assignTarget(to, from);
     memcpy(to.data, from.data, sizeof(to.data));
 }
 

@@ -86,6 +86,11 @@ RegisterType deriveRegisterType(const QString& name, const QString (&row)[rangeF
     RegisterType type;
     type.name = name;
     type.area = areaOf(name);
+    type.wordName = name;
+    if (type.area.size() != name.size()) {
+        type.wordName = type.area;
+        type.wordName.append(QLatin1String("_W"));
+    }
     type.dataBits = row[dataBitsField].toInt();
     type.unitBits = row[unitBitsField].toInt();
     type.timerCounter = row[timerCounterField].toInt();
@@ -106,6 +111,17 @@ struct RegisterTypes {
         for (int i = 0; i < registerTypeCount; ++i) {
             rows[i] = deriveRegisterType(REG_LIST[i], ADDRESS_RANGE_PRO[i],
                                          ADDRESS_RANGE_FUNC[i][0], ADDRESS_RANGE_FUNC[i][1]);
+            shareName(rows[i].wordName);
+        }
+    }
+
+    // One text a name: it is found by its place.
+    static void shareName(QString& name)
+    {
+        for (int i = 0; i < registerTypeCount; ++i) {
+            if (REG_LIST[i] == name) {
+                name = REG_LIST[i];
+            }
         }
     }
 

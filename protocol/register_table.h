@@ -42,7 +42,8 @@ enum UnitLayout {
 // A row of the tables with its texts turned into numbers, once.
 struct RegisterType {
     QString name;
-    QString area; // the name up to its first "_"
+    QString area;     // the name up to its first "_"
+    QString wordName; // of the area's words, by which cyclic reads go; the name where it has no "_"
     int dataBits;
     int unitBits;
     int timerCounter;

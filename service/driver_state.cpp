@@ -1,11 +1,11 @@
 #include "protocol.h"
 
-#include "cache/unit_index.h"
 #include "protocol/register_table.h"
+#include "shortcuts.h"
 
 // Lists and texts start empty by themselves, and static storage is zero: what stands here is what
 // hosts rely on beyond that.
-Protocol::Protocol() : unitIndex(new UnitIndex)
+Protocol::Protocol() : shortcuts(new Shortcuts)
 {
     dataAreas.clear();
     burstCount = 0;
@@ -23,7 +23,7 @@ Protocol::Protocol() : unitIndex(new UnitIndex)
 
 Protocol::~Protocol()
 {
-    delete unitIndex;
+    delete shortcuts;
 }
 
 Protocol driver;

@@ -3,6 +3,7 @@
 #include <QStringList>
 
 #include "cache/unit_index.h"
+#include "driver_lock.h"
 #include "intf.h"
 #include "protocol/address_text.h"
 #include "protocol/init_order.h"
@@ -17,11 +18,13 @@ DOV417_BEFORE_DRIVER const QString PROCOTOL_PAR_HMI_SET_MODE = QString::fromLati
 
 QString intf_getVersion()
 {
+    const DriverCall call;
     return PROCOTOL_VERSION;
 }
 
 void intf_getProtocolType(int* type)
 {
+    const DriverCall call;
     if (type != 0) {
         *type = 0;
     }
@@ -29,6 +32,7 @@ void intf_getProtocolType(int* type)
 
 void intf_getDriverParameter(QString& parameter)
 {
+    const DriverCall call;
     const QString separator = QString::fromLatin1(",");
     parameter = QString::fromLatin1("%1,%2,%3,%4,%5,%6,%7")
                     .arg(0)
@@ -42,16 +46,19 @@ void intf_getDriverParameter(QString& parameter)
 
 void intf_getDriverPropertyPage(QString& page)
 {
+    const DriverCall call;
     page = PROCOTOL_PAR_HMI_SET_MODE;
 }
 
 void intf_SetDriverPropertyPage(const QString& page)
 {
+    const DriverCall call;
     driver.propertyPage = page;
 }
 
 void intf_setAddrValueChangeCallBack(VALUE_CHANGE_CALLBACK callBack)
 {
+    const DriverCall call;
     driver.valueChangeCallBack = callBack;
 }
 
@@ -65,6 +72,7 @@ static int settingOf(const QString& part)
 int intf_initProperty(unsigned char* hostBlock, int hostArg2, unsigned short* recipeBuffer,
                       int* result, const char* property, QMutex* hostMutex)
 {
+    const DriverCall call;
     if (result != 0) {
         *result = 0;
     }
@@ -85,7 +93,7 @@ int intf_initProperty(unsigned char* hostBlock, int hostArg2, unsigned short* re
     driver.writeList.clear();
     driver.conditionList.clear();
     driver.dataAreas.clear();
-    *driver.unitIndex = UnitIndex();
+    forgetUnits();
 
     driver.sendKind = 0;
     driver.burstCount = 0;

@@ -1,18 +1,10 @@
 #include "cache/change_notifiers.h"
 
+#include "driver_lock.h"
 #include "protocol.h"
 #include "protocol/wrap.h"
 
 namespace {
-
-enum View {
-    plainView, // the area name alone
-    bitView,
-    byteView,
-    wordView,
-    dwordView,
-    viewCount
-};
 
 const char* const viewSuffixes[viewCount] = {"", "_bit", "_B", "_W", "_D"};
 
@@ -37,14 +29,15 @@ public:
         }
     }
 
-    QString nameOf(const QString& area, View view) const
+    // One a view; null for an area of no shipped register type.
+    const QString* of(const QString& area) const
     {
         for (int known = 0; area.size() == 1 && known < areaCount; ++known) {
             if (area.at(0) == QLatin1Char(areas_[known])) {
-                return names_[known][view];
+                return names_[known];
             }
         }
-        return builtName(area, view);
+        return 0;
     }
 
 private:
@@ -74,41 +67,50 @@ const UnitViews wordViews = {16, wordView, {{1, 2, dwordView}, {0, 0, plainView}
 const UnitViews dwordViews = {32, dwordView, {{0, 0, plainView}, {0, 0, plainView}}};
 const UnitViews byteViews = {8, byteView, {{1, 2, wordView}, {3, 4, dwordView}}};
 
-// What is announced of a unit. A copy: the callback may change the cache under our hands.
-struct WatchedUnit {
-    explicit WatchedUnit(const _DATA_& unit)
-        : station(unit.station), area(unit.area), address(unit.address), viewFlags(unit.viewFlags),
-          bitMonitor(unit.bitMonitor)
-    {
-    }
-
-    bool ownView() const
-    {
-        return viewFlags % 2 == 1;
-    }
-
-    bool announce(View view, int viewAddress) const
-    {
-        return callHost(driver.callBackTag, station, viewNames.nameOf(area, view), viewAddress);
-    }
-
-    int station;
-    QString area;
-    int address;
-    int viewFlags;
-    unsigned int bitMonitor;
-};
-
-bool announceBits(const WatchedUnit& unit, int bits, unsigned int changed)
+bool ownView(const WatchedUnit& unit)
 {
-    const unsigned int announced = unit.bitMonitor & changed;
-    for (int k = 0; announced != 0 && k < bits; ++k) {
+    return unit.viewFlags % 2 == 1;
+}
+
+bool announce(const WatchedUnit& unit, const AreaNames& names, View view, int address)
+{
+    return callHost(driver.callBackTag, unit.station, names.nameOf(view), address);
+}
+
+bool announceBits(const WatchedUnit& unit, const AreaNames& names, int bits, unsigned int announced)
+{
+    for (int k = 0; k < bits; ++k) {
         if ((announced >> k & 1u) != 0 &&
-            !unit.announce(bitView, wrapAdd(wrapMul(unit.address, bits), k))) {
+            !announce(unit, names, bitView, wrapAdd(wrapMul(unit.address, bits), k))) {
             return false;
         }
     }
     return true;
+}
+
+bool announceWider(const WatchedUnit& unit, const AreaNames& names, const UnitViews& views)
+{
+    for (int w = 0; w < 2; ++w) {
+        for (int j = 0; j < views.wider[w].units && unit.address - j >= 0; ++j) {
+            if ((unit.viewFlags >> (views.wider[w].firstFlag + j) & 1) != 0 &&
+                !announce(unit, names, views.wider[w].view, unit.address - j)) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+__attribute__((noinline)) bool announceViews(const WatchedUnit& unit, const AreaNames& names, unsigned int changed,
+                   int timerCounter, const UnitViews& views)
+{
+    if (timerCounter != 0) {
+        return !ownView(unit) || announce(unit, names, plainView, unit.address);
+    }
+    const unsigned int bits = unit.bitMonitor & changed;
+    return (bits == 0 || announceBits(unit, names, views.bits, bits)) &&
+           (!ownView(unit) || announce(unit, names, views.own, unit.address)) &&
+           (unit.viewFlags >> 1 == 0 || announceWider(unit, names, views));
 }
 
 void announceUnit(int index, int timerCounter, unsigned int changed, const UnitViews& views)
@@ -117,29 +119,10 @@ void announceUnit(int index, int timerCounter, unsigned int changed, const UnitV
         return;
     }
     const _DATA_& record = driver.dataAreas.at(index);
-    if (record.viewFlags == 0 && record.bitMonitor == 0) {
-        return;
-    }
     const WatchedUnit unit(record);
-    if (timerCounter != 0) {
-        if (unit.ownView()) {
-            unit.announce(plainView, unit.address);
-        }
-        return;
-    }
-    if (!announceBits(unit, views.bits, changed)) {
-        return;
-    }
-    if (unit.ownView() && !unit.announce(views.own, unit.address)) {
-        return;
-    }
-    for (int w = 0; w < 2; ++w) {
-        for (int j = 0; j < views.wider[w].units && unit.address - j >= 0; ++j) {
-            if ((unit.viewFlags >> (views.wider[w].firstFlag + j) & 1) != 0 &&
-                !unit.announce(views.wider[w].view, unit.address - j)) {
-                return;
-            }
-        }
+    if (unit.isWatched()) {
+        const QString area = record.area; // the record may go
+        announceViews(unit, AreaNames(area), changed, timerCounter, views);
     }
 }
 
@@ -152,6 +135,23 @@ unsigned int changedBits(const Value* oldValue, const Value* newValue)
 }
 
 } // namespace
+
+AreaNames::AreaNames(const QString& area) : area_(area), known_(viewNames.of(area)) {}
+
+QString AreaNames::nameOf(View view) const
+{
+    return known_ != 0 ? known_[view] : builtName(area_, view);
+}
+
+bool announceWord(const WatchedUnit& unit, const AreaNames& names, unsigned int changed,
+                  int timerCounter)
+{
+    // Nearly every unit of a screen: a word that is watched as a word alone.
+    if (timerCounter == 0 && unit.viewFlags == 1 && (unit.bitMonitor & changed) == 0) {
+        return announce(unit, names, wordView, unit.address);
+    }
+    return announceViews(unit, names, changed, timerCounter, wordViews);
+}
 
 void _wordDataChange(int* oldValue, int* newValue, int index, int timerCounter)
 {
@@ -173,17 +173,21 @@ void _bitDataChange(int index)
     if (index < 0 || index >= driver.dataAreas.size()) {
         return;
     }
-    const WatchedUnit unit(driver.dataAreas.at(index));
-    if (unit.ownView()) {
-        unit.announce(plainView, unit.address);
+    const _DATA_& record = driver.dataAreas.at(index);
+    const WatchedUnit unit(record);
+    if (ownView(unit)) {
+        const QString area = record.area; // the record may go
+        announce(unit, AreaNames(area), plainView, unit.address);
     }
 }
 
 bool callHost(int tag, int station, QString regName, int address)
 {
     const unsigned int resets = driver.resets;
-    if (driver.valueChangeCallBack != 0) {
-        driver.valueChangeCallBack(tag, station, regName, address);
+    const VALUE_CHANGE_CALLBACK callBack = driver.valueChangeCallBack;
+    if (callBack != 0) {
+        const OutsideDriver toldHost;
+        callBack(tag, station, regName, address);
     }
     return driver.resets == resets;
 }

@@ -4,6 +4,52 @@
 
 #include <QString>
 
+#include "records.h"
+
+enum View {
+    plainView, // the area name alone
+    bitView,
+    byteView,
+    wordView,
+    dwordView,
+    viewCount
+};
+
+// The names under which the views of an area are announced, looked up once for a run of units.
+class AreaNames {
+public:
+    explicit AreaNames(const QString& area);
+    QString nameOf(View view) const;
+
+private:
+    const QString& area_;
+    const QString* known_; // one a view, of the controller's own areas; else null
+};
+
+// What is announced of a unit. A copy: the callback may change the cache under our hands.
+struct WatchedUnit {
+    explicit WatchedUnit(const _DATA_& unit)
+        : station(unit.station), address(unit.address), viewFlags(unit.viewFlags),
+          bitMonitor(unit.bitMonitor)
+    {
+    }
+
+    bool isWatched() const
+    {
+        return viewFlags != 0 || bitMonitor != 0;
+    }
+
+    int station;
+    int address;
+    int viewFlags;
+    unsigned int bitMonitor;
+};
+
+// Announces a 16-bit unit of which these bits changed. `timerCounter` is field 6 of the register
+// type. False when the host re-initialised the driver from within.
+bool announceWord(const WatchedUnit& unit, const AreaNames& names, unsigned int changed,
+                  int timerCounter);
+
 // A null value means that every watched bit is announced. `index` is the record's index in
 // driver.dataAreas, `timerCounter` field 6 of the register type.
 void _wordDataChange(int* oldValue, int* newValue, int index, int timerCounter);

@@ -5,6 +5,7 @@
 #include "cache/unit_index.h"
 #include "cache/unit_layout.h"
 #include "cache/watched_views.h"
+#include "driver_lock.h"
 #include "intf.h"
 #include "protocol/address_text.h"
 
@@ -127,6 +128,7 @@ void _write_FailOrSuc(int station, QString regName, int address, int length, int
 
 int intf_getData(int station, QString regName, int address, int length, unsigned char* out)
 {
+    const DriverCall call;
     const int index = indexOfName(regName);
     if (index < 0) {
         return -1;

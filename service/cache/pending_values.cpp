@@ -58,14 +58,14 @@ public:
         unit->writePending = 1;
     }
 
-    unsigned char visible[4];
-
-private:
     bool isStillThere() const
     {
         return isUnitAt(index_, write_.station, write_.type.area, address_);
     }
 
+    unsigned char visible[4];
+
+private:
     const HostRange& write_;
     int address_;
     int index_;
@@ -112,20 +112,29 @@ bool announceBitChange(const HostRange& write, const WrittenUnit& unit, const Bi
                          record.writePending == 1 ? write.type.timerCounter : 0, _byteDataChange);
 }
 
-// ---- how many writes of a bit are under way
-// ------------------------------------------------------
+// ---- how many writes of a bit are under way ---------------------------------------------------
+
+// How often this very write is queued, where a write of the bit is under way already; else 0. -1:
+// the host took the unit away while the queue's mutex was waited for.
+int timesQueued(const HostRange& write, const WrittenUnit& unit, int bit)
+{
+    if ((driver.dataAreas.at(unit.index()).pendingBits & 1u << (2 * bit)) == 0) {
+        return 0;
+    }
+    const unsigned int resets = driver.resets;
+    const int times = equalWritesQueued(write.station, write.regName, write.address, write.length);
+    return driver.resets == resets && unit.isStillThere() ? times : -1;
+}
 
 // Two bits a bit count them: one, or two where the same write is queued twice (the first on the
 // line, the second behind it).
-void countPendingBit(const HostRange& write, int index, int bit)
+void countPendingBit(_DATA_& unit, int bit, bool queuedTwice)
 {
     const unsigned int once = 1u << (2 * bit);
-    if ((driver.dataAreas.at(index).pendingBits & once) == 0) {
-        UnitEdit unit(index);
-        unit->pendingBits |= once;
-    } else if (equalWritesQueued(write.station, write.regName, write.address, write.length) == 2) {
-        UnitEdit unit(index);
-        unit->pendingBits |= once << 1;
+    if ((unit.pendingBits & once) == 0) {
+        unit.pendingBits |= once;
+    } else if (queuedTwice) {
+        unit.pendingBits |= once << 1;
     }
 }
 
@@ -151,17 +160,21 @@ int storeBit(const HostRange& write, const BitPlace& place, int hint, bool on)
     if (oldByte != newByte && !announceBitChange(write, unit, place, newByte)) {
         return -1;
     }
-    {
-        UnitEdit edit(unit.index());
-        if (edit->writePending == 0) {
-            memcpy(edit->pendingValue, edit->deviceValue,
-                   static_cast<size_t>(write.type.unitBits / 8));
-        }
-        edit->pendingValue[place.byte] = newByte;
-        edit->writePending = 1;
+    const bool words = write.type.unitBits == 16;
+    const int queued = words ? timesQueued(write, unit, place.bit) : 0;
+    if (queued < 0) {
+        return -1;
     }
-    if (write.type.unitBits == 16) {
-        countPendingBit(write, unit.index(), place.bit);
+    UnitEdit edit(unit.index());
+    if (edit->writePending == 0) {
+        memcpy(edit->pendingValue, edit->deviceValue, static_cast<size_t>(write.type.unitBits / 8));
+    }
+    // Only this bit: another one of the byte may have been written while the host was told.
+    edit->pendingValue[place.byte] = static_cast<unsigned char>(
+        _setBitValue(edit->pendingValue[place.byte], place.bitInByte, on ? 1 : 0));
+    edit->writePending = 1;
+    if (words) {
+        countPendingBit(*edit.operator->(), place.bit, queued == 2);
     }
     return unit.index();
 }

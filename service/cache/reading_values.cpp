@@ -13,20 +13,38 @@ const unsigned char* bytesOf(const _DATA_& unit, bool pending)
     return pending ? unit.pendingValue : unit.deviceValue;
 }
 
+// The visible bytes of `count` records that stand one after the other; returns behind the last one.
+template <size_t bytes>
+unsigned char* copyUnits(int index, int count, unsigned char* out)
+{
+    QList<_DATA_>::const_iterator unit = driver.dataAreas.constBegin() + index;
+    for (const QList<_DATA_>::const_iterator end = unit + count; unit != end; ++unit) {
+        memcpy(out, bytesOf(*unit, unit->writePending == 1), bytes);
+        out += bytes;
+    }
+    return out;
+}
+
+typedef unsigned char* (*CopyUnits)(int index, int count, unsigned char* out);
+
+CopyUnits copyOf(int bytesPerUnit)
+{
+    return bytesPerUnit == 2 ? copyUnits<2> : bytesPerUnit == 1 ? copyUnits<1> : copyUnits<4>;
+}
+
 } // namespace
 
 void readValues(const HostRange& range, const ValueShape& shape, unsigned char* out)
 {
-    const size_t bytes = static_cast<size_t>(shape.bytesPerUnit);
+    const CopyUnits copy = copyOf(shape.bytesPerUnit);
     const int units = range.length / shape.lengthPerValue * shape.unitsPerValue;
-    const QString& area = range.type.area;
-    const int station = range.station;
-    const int address = range.address;
-    int index = -1;
-    for (int i = 0; i < units; ++i, out += bytes) {
-        index = unitIndexOf(station, area, wrapAdd(address, i), index + 1);
-        const _DATA_& unit = driver.dataAreas.at(index);
-        memcpy(out, bytesOf(unit, unit.writePending == 1), bytes);
+    int index = 0;
+    for (int i = 0; i < units;) {
+        const UnitsFound found =
+            unitsFrom(range.station, range.type.area, wrapAdd(range.address, i), index, units - i);
+        out = copy(found.index, found.count, out);
+        i += found.count;
+        index = found.index + found.count;
     }
 }
 
@@ -50,20 +68,22 @@ void readDwordsOverWords(const HostRange& range, const ValueShape&, unsigned cha
     }
 }
 
+// The bits of one unit stand one after the other: it is looked up once for all of them.
 void readBits(const HostRange& range, const ValueShape&, unsigned char* out)
 {
     const RegisterType& type = range.type;
-    const int station = range.station;
-    const int address = range.address;
-    const int length = range.length;
     int index = -1;
-    for (int i = 0; i < length; ++i) {
-        const BitPlace place(wrapAdd(address, i), type.unitBits);
+    int unitAt = 0;
+    for (int i = 0; i < range.length; ++i) {
+        const BitPlace place(wrapAdd(range.address, i), type.unitBits);
         if (!place.exists()) {
             out[i] = 0;
             continue;
         }
-        index = unitIndexOf(station, type.area, place.unit, index + (place.bit == 0 ? 1 : 0));
+        if (index < 0 || place.unit != unitAt) {
+            unitAt = place.unit;
+            index = unitIndexOf(range.station, type.area, unitAt, index + 1);
+        }
         const _DATA_& unit = driver.dataAreas.at(index);
         const int byte = bytesOf(unit, unit.writePending == 1)[place.byte];
         out[i] = static_cast<unsigned char>(byte >> place.bitInByte & 1);

@@ -2,6 +2,7 @@
 
 #include "protocol.h"
 #include "protocol/wrap.h"
+#include "shortcuts.h"
 
 namespace {
 
@@ -44,6 +45,7 @@ void rebuild(UnitIndex& index)
     index.first.clear();
     index.runs.clear();
     index.unique = true;
+    ++index.generation;
     for (int i = 0; i < driver.dataAreas.size(); ++i) {
         const _DATA_& unit = driver.dataAreas.at(i);
         const UnitKey key = keyOf(unit.station, unit.area, unit.address);
@@ -89,7 +91,7 @@ _DATA_ newUnit(int station, const QString& area, int address)
 
 int unitIndexOf(int station, const QString& area, int address, int hint)
 {
-    UnitIndex& index = *driver.unitIndex;
+    UnitIndex& index = driver.shortcuts->units;
     if (!index.seen.isSharedWith(driver.dataAreas)) {
         rebuild(index);
     }
@@ -105,7 +107,7 @@ int unitIndexOf(int station, const QString& area, int address, int hint)
 UnitsFound unitsFrom(int station, const QString& area, int address, int hint, int wanted)
 {
     UnitsFound found = {unitIndexOf(station, area, address, hint), 1};
-    const UnitIndex& index = *driver.unitIndex;
+    const UnitIndex& index = driver.shortcuts->units;
     if (wanted > 1 && index.unique) {
         const int standing = index.runs.at(index.runs.at(found.index).start).end - found.index;
         found.count = standing < wanted ? standing : wanted;
@@ -119,18 +121,62 @@ bool isUnitAt(int index, int station, const QString& area, int address)
            matches(driver.dataAreas.at(index), station, area, address);
 }
 
-UnitEdit::UnitEdit(int index)
-    : known_(driver.unitIndex->seen.isSharedWith(driver.dataAreas)), unit_(0)
+// Two empty lists share too: what it knew must go.
+void forgetUnits()
 {
-    driver.unitIndex->seen = QList<_DATA_>();
+    UnitIndex& units = driver.shortcuts->units;
+    const unsigned int generation = units.generation;
+    units = UnitIndex();
+    units.generation = generation + 1;
+}
+
+UnitEdit::UnitEdit(int index)
+    : known_(driver.shortcuts->units.seen.isSharedWith(driver.dataAreas)), unit_(0)
+{
+    driver.shortcuts->units.seen = QList<_DATA_>();
     unit_ = &driver.dataAreas[index];
 }
 
 UnitEdit::~UnitEdit()
 {
     if (known_) {
-        driver.unitIndex->seen = driver.dataAreas;
+        driver.shortcuts->units.seen = driver.dataAreas;
     } else {
-        *driver.unitIndex = UnitIndex(); // two empty lists share too: what it knew must go
+        forgetUnits();
     }
+}
+
+RunEdit::RunEdit(int firstIndex)
+    : firstIndex_(firstIndex), generation_(driver.shortcuts->units.generation), open_(true)
+{
+    letGo();
+}
+
+RunEdit::~RunEdit()
+{
+    if (open_) {
+        pause();
+    }
+}
+
+void RunEdit::letGo()
+{
+    driver.shortcuts->units.seen = QList<_DATA_>();
+    first_ = driver.dataAreas.begin() + firstIndex_;
+}
+
+void RunEdit::pause()
+{
+    QList<_DATA_> taken(driver.dataAreas);
+    driver.shortcuts->units.seen.swap(taken);
+}
+
+bool RunEdit::resume()
+{
+    const UnitIndex& units = driver.shortcuts->units;
+    open_ = units.generation == generation_ && units.seen.isSharedWith(driver.dataAreas);
+    if (open_) {
+        letGo();
+    }
+    return open_;
 }

@@ -7,41 +7,10 @@
 #ifndef DOV417MODBUS_UNIT_INDEX_H
 #define DOV417MODBUS_UNIT_INDEX_H
 
-#include <QHash>
 #include <QList>
 #include <QString>
-#include <QVector>
 
 #include "records.h"
-
-struct UnitKey {
-    int station;
-    QString area;
-    int address;
-};
-
-inline bool operator==(const UnitKey& a, const UnitKey& b)
-{
-    return a.address == b.address && a.station == b.station && a.area == b.area;
-}
-
-unsigned int qHash(const UnitKey& key);
-
-// Neighbours that were read or planned together stand one after the other: such a run is found
-// once.
-struct UnitRun {
-    int start; // record that the run begins with
-    int end;   // behind its last record; kept in the record that it begins with
-};
-
-struct UnitIndex {
-    UnitIndex() : unique(true) {}
-
-    QList<_DATA_> seen;        // shares driver.dataAreas as the index knows it
-    QHash<UnitKey, int> first; // first record of each key
-    QVector<UnitRun> runs;     // one a record
-    bool unique;               // no key occurs twice
-};
 
 // A record as it is created: all bytes and flags 0.
 _DATA_ newUnit(int station, const QString& area, int address);
@@ -61,6 +30,9 @@ UnitsFound unitsFrom(int station, const QString& area, int address, int hint, in
 // Is the record at `index` still that of this unit? After a callback nothing is certain.
 bool isUnitAt(int index, int station, const QString& area, int address);
 
+// What is known of the list is wrong or will be: it is built again when it is asked for.
+void forgetUnits();
+
 // Writes to a record. The list is let go for that long, so that Qt does not copy it, and taken
 // again at the end unless somebody changed it since the unit was looked up.
 class UnitEdit {
@@ -76,6 +48,32 @@ private:
     bool known_;
     _DATA_* unit_;
     Q_DISABLE_COPY(UnitEdit)
+};
+
+// Writes to the records of a run that was just found, the list let go once for all of them.
+class RunEdit {
+public:
+    explicit RunEdit(int firstIndex);
+    ~RunEdit();
+    _DATA_& operator[](int i)
+    {
+        return first_[i];
+    }
+
+    // Before a callback the list is taken again, as the callback may read and change the cache.
+    void pause();
+    // And let go behind it. False when records may have changed their places meanwhile: the run is
+    // over.
+    bool resume();
+
+private:
+    void letGo();
+
+    int firstIndex_;
+    unsigned int generation_;
+    bool open_;
+    QList<_DATA_>::iterator first_;
+    Q_DISABLE_COPY(RunEdit)
 };
 
 #endif

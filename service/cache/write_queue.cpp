@@ -1,14 +1,16 @@
 #include "cache/write_queue.h"
 
-#include <QDebug>
-#include <QMutexLocker>
+#include <algorithm>
 #include <cstring>
 
+#include "debug_line.h"
+#include "driver_lock.h"
 #include "planning/pieces.h"
 #include "planning/request_queue.h"
 #include "protocol.h"
 #include "protocol/frame_building.h"
 #include "protocol/wrap.h"
+#include "shortcuts.h"
 
 namespace {
 
@@ -23,18 +25,15 @@ int hostBytesPerUnit(const RegisterType& type)
     return isBitRegister(type) ? 1 : 2;
 }
 
-VARIABLE requestOf(const KEY_ADDRESS& piece, int kind, int bytes)
+// A host writes again and again and the queue is empty in between: nothing is allocated for that.
+VARIABLE& placeWrite(int station, const QString& regName, int address, int length)
 {
-    VARIABLE request = VARIABLE();
-    request.kind = kind;
-    request.stationNo = piece.stationNo;
-    request.regName = piece.regName;
-    request.address = piece.address;
-    request.length = piece.length;
-    if (bytes > 0) {
-        memcpy(request.data, piece.data, static_cast<size_t>(bytes));
+    QList<VARIABLE>& spare = driver.shortcuts->spareWrites;
+    if (!driver.writeList.isEmpty() || spare.isEmpty()) {
+        return placeInQueue(driver.writeList, station, regName, address, length);
     }
-    return request;
+    driver.writeList.swap(spare);
+    return startRequest(driver.writeList[0], station, regName, address, length);
 }
 
 } // namespace
@@ -49,43 +48,38 @@ void queueWrite(const RegisterType& type, int station, int address, int length,
 {
     const bool bits = isBitRegister(type);
     const int bytesPerUnit = hostBytesPerUnit(type);
-    KEY_ADDRESS whole = KEY_ADDRESS();
-    whole.stationNo = station;
-    whole.regName = type.name;
-    whole.address = address;
-    whole.length = length;
-    whole.bitFlag = bits ? -1 : 0;
-    if (length > 0) {
-        memcpy(whole.data, data, static_cast<size_t>(length) * static_cast<size_t>(bytesPerUnit));
-    }
-    const int limit = pieceLimit(whole.bitFlag);
-    QList<KEY_ADDRESS> pieces;
-    groupingKey(whole, bits || limit < maxFrameWords ? limit : static_cast<int>(maxFrameWords),
-                pieces, 1);
+    const int limit = bits ? pieceLimit(bitValues) : std::min<int>(pieceLimit(0), maxFrameWords);
     int shortened = 0;
-    for (int i = 0; i < pieces.size(); ++i) {
-        KEY_ADDRESS& piece = pieces[i];
-        const int pieceBytes = piece.length * bytesPerUnit;
+    int done = 0;
+    do {
+        const int units = std::min(limit, length - done);
+        int pieceAddress = wrapAdd(address, done);
+        int pieceLength = units;
         if (!bits) {
-            rescalePiece(piece, type, shortened);
+            rescalePiece(pieceAddress, pieceLength, type, shortened);
         }
-        qDebug() << "addVarToList" << piece.stationNo << piece.regName << piece.address
-                 << piece.length;
-        queueRequest(driver.writeList, requestOf(piece, kind, pieceBytes));
-    }
+        debugQueuedWrite(station, type.name, pieceAddress, pieceLength);
+        VARIABLE& request = placeWrite(station, type.name, pieceAddress, pieceLength);
+        request.kind = kind;
+        if (units > 0) {
+            memcpy(request.data, data + done * bytesPerUnit,
+                   static_cast<size_t>(units * bytesPerUnit));
+        }
+        done += units;
+    } while (done < length);
 }
 
-void rescalePiece(KEY_ADDRESS& piece, const RegisterType& type, int& shortened)
+void rescalePiece(int& address, int& length, const RegisterType& type, int& shortened)
 {
-    const int length = type.unitBits > 0 ? piece.length * 16 / type.unitBits : piece.length;
-    piece.address = wrapSub(piece.address, shortened);
-    shortened = wrapAdd(shortened, wrapSub(piece.length, length));
-    piece.length = length;
+    const int rescaled = type.unitBits > 0 ? length * 16 / type.unitBits : length;
+    address = wrapSub(address, shortened);
+    shortened = wrapAdd(shortened, wrapSub(length, rescaled));
+    length = rescaled;
 }
 
 int equalWritesQueued(int station, const QString& regName, int address, int length)
 {
-    QMutexLocker lock(&driver.mutex);
+    const SharedMutex shared(&driver.mutex);
     int count = 0;
     for (int i = 0; i < driver.writeList.size(); ++i) {
         const VARIABLE& queued = driver.writeList.at(i);
@@ -100,7 +94,15 @@ int equalWritesQueued(int station, const QString& regName, int address, int leng
 void dropHeadWrite()
 {
     if (!driver.writeList.isEmpty()) {
-        QMutexLocker lock(&driver.mutex);
-        driver.writeList.removeFirst();
+        const Unfinished end(Unfinished::endOfRequest);
+        const SharedMutex shared(&driver.mutex);
+        if (shared.stillMeant() && !driver.writeList.isEmpty()) {
+            QList<VARIABLE>& spare = driver.shortcuts->spareWrites;
+            if (driver.writeList.size() == 1 && spare.isEmpty()) {
+                driver.writeList.swap(spare);
+            } else {
+                driver.writeList.removeFirst();
+            }
+        }
     }
 }

@@ -16,7 +16,7 @@ void queueWrite(const RegisterType& type, int station, int address, int length,
 
 // A piece of a write in units of the controller: units of another width than 16 bits change the
 // length, and move the address down by what the earlier pieces lost (`shortened`, updated).
-void rescalePiece(KEY_ADDRESS& piece, const RegisterType& type, int& shortened);
+void rescalePiece(int& address, int& length, const RegisterType& type, int& shortened);
 
 // Counted under driver.mutex: the write on the line may be leaving the list.
 int equalWritesQueued(int station, const QString& regName, int address, int length);

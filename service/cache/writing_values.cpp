@@ -1,5 +1,6 @@
 #include "cache/data_areas.h"
 #include "cache/write_queue.h"
+#include "driver_lock.h"
 #include "intf.h"
 #include "protocol/address_text.h"
 #include "protocol/register_table.h"
@@ -7,12 +8,14 @@
 int intf_setData(int station, QString regName, int address, int length, unsigned char* data,
                  int kind)
 {
+    const DriverCall call;
     const bool queued = driver.writeToCacheOnly == 0;
     const int index = indexOfName(regName);
     if (index < 0) {
         return queued ? -1 : 1;
     }
     const RegisterType& type = registerType(index);
+    const Unfinished write(Unfinished::writing);
     if (queued) {
         if (length > maxWriteLength(type)) {
             return -1;
@@ -22,7 +25,6 @@ int intf_setData(int station, QString regName, int address, int length, unsigned
         }
         queueWrite(type, station, address, length, data, kind);
     }
-    // By the table's own copy of the name, which is found without comparing texts.
-    write_saveDataToArea(station, type.name, address, length, data);
+    storeWrite(type, station, type.name, address, length, data);
     return 1;
 }

@@ -1,5 +1,6 @@
 #include "editor/address_check.h"
 
+#include "driver_lock.h"
 #include "protocol/address_text.h"
 
 namespace {
@@ -91,6 +92,7 @@ void describe(const RegisterType& type, const QString (&row)[rangeFieldCount], Q
 
 int intf_checkAddrValidity(QString regName, QString text, int* address, int length, int wordFlag)
 {
+    const DriverCall call;
     const AddressQuestion asked = {regName, text, length, wordFlag == 0, false, 0, 0};
     return check(asked, address);
 }
@@ -98,6 +100,7 @@ int intf_checkAddrValidity(QString regName, QString text, int* address, int leng
 int intf_checkAddr(QString regName, QString text, int* address, int dataType, int length,
                    int accessMode)
 {
+    const DriverCall call;
     const AddressQuestion asked = {regName, text,     length,    dataType == bitItem,
                                    true,    dataType, accessMode};
     return check(asked, address);
@@ -106,6 +109,7 @@ int intf_checkAddr(QString regName, QString text, int* address, int dataType, in
 // A kind other than 0 and 1 gets the word types too, and the answer 0.
 int intf_getRegListByType(int kind, QStringList* list)
 {
+    const DriverCall call;
     for (int i = 0; list != 0 && i < registerTypeCount; ++i) {
         const int dataBits = registerType(i).dataBits;
         if (kind == 0 ? dataBits == 1 : dataBits > 1) {
@@ -117,6 +121,7 @@ int intf_getRegListByType(int kind, QStringList* list)
 
 int intf_getRegDiscription(QString regName, QStringList* list)
 {
+    const DriverCall call;
     const int index = getIndexFromRegName(regName);
     if (index >= 0 && list != 0) {
         describe(registerType(index), ADDRESS_RANGE_PRO[index], *list);

@@ -1,5 +1,6 @@
 #include "editor/multiple_copy.h"
 
+#include "driver_lock.h"
 #include "intf.h"
 #include "protocol/address_text.h"
 #include "protocol/register_table.h"
@@ -64,6 +65,7 @@ int multiCp(QString regName, QString format, int start, int count, int step,
 int intf_multiCopy(QString regName, int start, int count, int step, QVector<QString>& texts,
                    QVector<int>& addresses)
 {
+    const DriverCall call;
     const int index = getIndexFromRegName(regName);
     if (index < 0) {
         return seriesUnknown;

@@ -52,22 +52,25 @@ public:
     {
     }
 
-    unsigned char at(int i) const
+    unsigned char at(long long i) const
     {
-        const long long place = static_cast<long long>(position_) + i;
+        const long long place = position_ + i;
         return place >= 0 && place < size_ ? bytes_[place] : static_cast<unsigned char>(0);
     }
 
-    // How many of `count` units of 16 bits, from value i on, hold what arrived.
-    int unchanged(int index, int i, int count, bool lowFirst) const
+    // The words from word i on, `count` of them or as many as the reply has, but one at the least:
+    // `edge` takes one that lies outside.
+    const unsigned char* wordsFrom(int i, int& count, unsigned char (&edge)[2]) const
     {
         const long long place = position_ + 2LL * i;
-        if (place < 0 || place >= size_) {
-            return 0;
+        if (place >= 0 && place + 2 <= size_) {
+            count = std::min(count, static_cast<int>(size_ - place) / 2);
+            return bytes_ + place;
         }
-        const int there = std::min(count, static_cast<int>(size_ - place) / 2);
-        return lowFirst ? unchangedWords<0>(index, there, bytes_ + place)
-                        : unchangedWords<1>(index, there, bytes_ + place);
+        count = 1;
+        edge[0] = at(2LL * i);
+        edge[1] = at(2LL * i + 1);
+        return edge;
     }
 
 private:
@@ -76,30 +79,81 @@ private:
     int position_;
 };
 
-// ---- one row for each unit width --------------------------------------------------------------
+// Of units from the record at `index` on, so many are dealt with until the run is over; -1: the
+// host re-initialised. A word is stored before it is announced: a callback that reads back sees the
+// new value. With no write on its way the controller's value is the visible one again.
+template <int low>
+int storeWords(const RegisterType& type, int index, const unsigned char* words, int count)
+{
+    int done = unchangedWords<low>(index, count, words);
+    if (done == count) {
+        return count;
+    }
+    const AreaNames names(type.area);
+    RunEdit run(index);
+    for (; done < count; ++done) {
+        const unsigned char* word = words + 2 * done;
+        _DATA_& unit = run[done];
+        const unsigned int before = wordOf(unit.deviceValue[0], unit.deviceValue[1]);
+        const unsigned int after = wordOf(word[low], word[1 - low]);
+        if (before == after) {
+            continue;
+        }
+        unit.deviceValue[0] = word[low];
+        unit.deviceValue[1] = word[1 - low];
+        if (driver.writeList.isEmpty()) {
+            unit.writePending = 0;
+        }
+        const WatchedUnit watched(unit);
+        if (watched.isWatched()) {
+            run.pause();
+            if (!announceWord(watched, names, before ^ after, type.timerCounter)) {
+                return -1;
+            }
+            if (!run.resume()) {
+                return done + 1;
+            }
+        }
+    }
+    return count;
+}
+
+// Every register type of this controller: the units are found, compared and stored run by run.
+void decodeWords(const RegisterType& type, const ReplyData& data, int count, int station,
+                 int address)
+{
+    int index = -1;
+    for (int i = 0; i < count;) {
+        UnitsFound found = unitsFrom(station, type.area, wrapAdd(address, i), index + 1, count - i);
+        unsigned char edge[2];
+        const unsigned char* words = data.wordsFrom(i, found.count, edge);
+        const int stored = type.lowByteFirst ? storeWords<0>(type, found.index, words, found.count)
+                                             : storeWords<1>(type, found.index, words, found.count);
+        if (stored < 0) {
+            return;
+        }
+        i += stored;
+        index = found.index + stored - 1;
+    }
+}
+
+// ---- one row for each other unit width, unit by unit -------------------------------------------
 
 // Value i of a reply, low byte first.
-typedef void (*Unpack)(const ReplyData& data, int i, bool lowFirst, unsigned char* out);
+typedef void (*Unpack)(const ReplyData& data, int i, unsigned char* out);
 
-void unpackBit(const ReplyData& data, int i, bool, unsigned char* out)
+void unpackBit(const ReplyData& data, int i, unsigned char* out)
 {
     out[0] = static_cast<unsigned char>(data.at(i / 8) >> (i % 8) & 1);
 }
 
-void unpackByte(const ReplyData& data, int i, bool, unsigned char* out)
+void unpackByte(const ReplyData& data, int i, unsigned char* out)
 {
     out[0] = data.at(i);
 }
 
-void unpackWord(const ReplyData& data, int i, bool lowFirst, unsigned char* out)
-{
-    const int low = lowFirst ? 0 : 1;
-    out[0] = data.at(2 * i + low);
-    out[1] = data.at(2 * i + 1 - low);
-}
-
 // The first register holds the low-order half.
-void unpackDword(const ReplyData& data, int i, bool, unsigned char* out)
+void unpackDword(const ReplyData& data, int i, unsigned char* out)
 {
     out[0] = data.at(4 * i + 1);
     out[1] = data.at(4 * i);
@@ -123,13 +177,6 @@ void tellByte(int index, const unsigned char* before, const unsigned char* after
     _byteDataChange(&oldByte, &newByte, index, timerCounter);
 }
 
-void tellWord(int index, const unsigned char* before, const unsigned char* after, int timerCounter)
-{
-    int oldWord = uchar2int16(before[0], before[1]);
-    int newWord = uchar2int16(after[0], after[1]);
-    _wordDataChange(&oldWord, &newWord, index, timerCounter);
-}
-
 void tellDword(int index, const unsigned char* before, const unsigned char* after, int timerCounter)
 {
     int oldDword = uchar2int32(before[0], before[1], before[2], before[3]);
@@ -145,7 +192,6 @@ struct UnitWidth {
 };
 
 const UnitWidth unitWidths[] = {
-    {16, 2, unpackWord, tellWord}, // every register type of this controller
     {1, 1, unpackBit, tellBit},
     {8, 1, unpackByte, tellByte},
     {32, 4, unpackDword, tellDword},
@@ -161,8 +207,7 @@ const UnitWidth* widthOf(const RegisterType& type)
     return 0;
 }
 
-// Stored before it is announced: a callback that reads back sees the new value. With no write on
-// its way the controller's value is the visible one again. False: the host re-initialised.
+// As storeWords() does. False: the host re-initialised.
 bool storeUnit(const UnitWidth& width, int index, const unsigned char* bytes, int timerCounter)
 {
     unsigned char before[4];
@@ -184,27 +229,17 @@ bool storeUnit(const UnitWidth& width, int index, const unsigned char* bytes, in
 void decodeValues(const RegisterType& type, const QByteArray& reply, int count, int position,
                   int station, int address)
 {
-    const UnitWidth* width = widthOf(type);
-    if (width == 0) {
+    const ReplyData data(reply, position);
+    if (type.unitBits == 16) {
+        decodeWords(type, data, count, station, address);
         return;
     }
-    const ReplyData data(reply, position);
-    const bool lowFirst = type.lowByteFirst;
+    const UnitWidth* width = widthOf(type);
     int index = -1;
-    for (int i = 0; i < count; ++i) {
-        const UnitsFound found =
-            unitsFrom(station, type.area, wrapAdd(address, i), index + 1, count - i);
-        index = found.index;
-        if (width->bits == 16) {
-            const int same = data.unchanged(index, i, found.count, lowFirst);
-            if (same > 0) {
-                i += same - 1;
-                index += same - 1;
-                continue;
-            }
-        }
+    for (int i = 0; width != 0 && i < count; ++i) {
+        index = unitIndexOf(station, type.area, wrapAdd(address, i), index + 1);
         unsigned char value[4] = {0, 0, 0, 0};
-        width->unpack(data, i, lowFirst, value);
+        width->unpack(data, i, value);
         if (memcmp(driver.dataAreas.at(index).deviceValue, value, width->bytes) != 0 &&
             !storeUnit(*width, index, value, type.timerCounter)) {
             return;

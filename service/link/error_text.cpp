@@ -1,8 +1,6 @@
 #include "link/error_text.h"
 
-#include <QVarLengthArray>
-#include <algorithm>
-
+#include "plain_text.h"
 #include "protocol.h"
 
 namespace {
@@ -13,42 +11,20 @@ enum {
     maxFixedText = 80 // five numbers of up to eleven digits, ",error code:", separators
 };
 
-// Every reply comes with this text, good or bad, so it is written in place.
-typedef QVarLengthArray<QChar, 128> TextBuffer;
+} // namespace
 
-QChar* putText(QChar* out, const char* latin1)
+// Every reply comes with this text, good or bad: where the host hands in the same text again, it is
+// written over without an allocation.
+void describeRequest(const VARIABLE& request, const QByteArray& reply, QString& text)
 {
-    for (; *latin1 != 0; ++latin1) {
-        *out++ = QLatin1Char(*latin1);
+    const int room = static_cast<int>(request.regName.size()) + maxFixedText;
+    if (!text.isDetached() || text.capacity() < room) {
+        text.resize(room);
     }
-    return out;
-}
-
-QChar* putNumber(QChar* out, int number)
-{
-    unsigned int rest = static_cast<unsigned int>(number);
-    if (number < 0) {
-        *out++ = QLatin1Char('-');
-        rest = 0u - rest;
-    }
-    QChar* end = out + 1;
-    for (unsigned int more = rest / 10; more != 0; more /= 10) {
-        ++end;
-    }
-    for (QChar* digit = end; digit != out; rest /= 10) {
-        *--digit = QLatin1Char(static_cast<char>('0' + rest % 10));
-    }
-    return end;
-}
-
-QString describeRequest(const VARIABLE& request, const QByteArray& reply)
-{
-    const int nameSize = static_cast<int>(request.regName.size());
-    TextBuffer buffer;
-    buffer.reserve(nameSize + maxFixedText);
-    QChar* out = putNumber(buffer.data(), request.stationNo);
+    QChar* const begin = text.data();
+    QChar* out = putNumber(begin, request.stationNo);
     *out++ = QLatin1Char('#');
-    out = std::copy(request.regName.constData(), request.regName.constData() + nameSize, out);
+    out = putText(out, request.regName);
     if (request.regName.endsWith(QLatin1String("_bit"))) {
         out = putNumber(out, request.address / 16);
         *out++ = QLatin1Char('.');
@@ -63,13 +39,14 @@ QString describeRequest(const VARIABLE& request, const QByteArray& reply)
         out = putText(out, ",error code:");
         out = putNumber(out, static_cast<unsigned char>(reply.at(errorByteAt)));
     }
-    return QString(buffer.constData(), static_cast<int>(out - buffer.constData()));
+    text.resize(static_cast<int>(out - begin));
 }
-
-} // namespace
 
 QString getErrorInfo(QByteArray reply)
 {
-    return driver.sendList.isEmpty() ? QString()
-                                     : describeRequest(driver.sendList.at(0).request, reply);
+    QString text;
+    if (!driver.sendList.isEmpty()) {
+        describeRequest(driver.sendList.at(0).request, reply, text);
+    }
+    return text;
 }

@@ -5,8 +5,13 @@
 #include <QByteArray>
 #include <QString>
 
-// Describes the frame on the line, "1#R_W10(1)": station, address, length. A reply of ten bytes
-// whose sixth is not 0 adds ",error code:" and that byte. Empty where no frame is on the line.
+#include "records.h"
+
+// Replaces `text` by what describes a request, "1#R_W10(1)": station, address, length. A reply of
+// ten bytes whose sixth is not 0 adds ",error code:" and that byte.
+void describeRequest(const VARIABLE& request, const QByteArray& reply, QString& text);
+
+// The same for the frame on the line. Empty where there is none.
 QString getErrorInfo(QByteArray reply);
 
 #endif

@@ -1,6 +1,7 @@
 #include "link/response_handling.h"
 
 #include "cache/data_areas.h"
+#include "driver_lock.h"
 #include "intf.h"
 #include "link/decoding.h"
 #include "link/error_text.h"
@@ -39,9 +40,7 @@ void decodeUpload(const RegisterType& type, const QByteArray& reply, int count, 
 
 void takeHead()
 {
-    if (!driver.sendList.isEmpty()) {
-        driver.sendList.removeFirst();
-    }
+    takeHeadFrame();
     ++driver.sendTurn;
 }
 
@@ -135,6 +134,7 @@ int dealReadFrameReturnSaveData(QByteArray reply)
 
 int intf_dealRcvFrame(QByteArray* reply, QString* errorText)
 {
+    const DriverCall call;
     if (driver.sendList.isEmpty()) {
         if (errorText != 0) {
             *errorText = QString::fromLatin1("");
@@ -143,11 +143,10 @@ int intf_dealRcvFrame(QByteArray* reply, QString* errorText)
     }
     const QByteArray& received = reply != 0 ? *reply : nothingReceived;
     if (errorText != 0) {
-        *errorText = getErrorInfo(received);
+        describeRequest(driver.sendList.at(0).request, received, *errorText);
     }
-    // The given signature takes bytes that it could change; it does not.
-    const int check =
-        check_rcv_data(reinterpret_cast<unsigned char*>(const_cast<char*>(received.constData())),
-                       QList<VARIABLE>(), static_cast<int>(received.size()));
+    const ReplyCheck check = checkReply(
+        driver.sendList.at(0), reinterpret_cast<const unsigned char*>(received.constData()),
+        static_cast<int>(received.size()));
     return check == replyRejected ? refuseReply() : acceptReply(received, check == replyWithData);
 }

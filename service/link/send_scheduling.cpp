@@ -1,15 +1,15 @@
 #include "link/send_scheduling.h"
 
-#include <QMutexLocker>
-
 #include "cache/change_notifiers.h"
 #include "cache/write_queue.h"
+#include "driver_lock.h"
 #include "intf.h"
 #include "planning/recipes.h"
 #include "planning/request_queue.h"
 #include "protocol.h"
 #include "protocol/frame_building.h"
 #include "protocol/record_copy.h"
+#include "shortcuts.h"
 
 namespace {
 
@@ -23,10 +23,13 @@ struct RecipeFlags {
 RecipeFlags readRecipeFlags()
 {
     RecipeFlags flags = {false, false};
-    if (driver.hostBlock != 0) {
-        QMutexLocker lock(driver.hostMutex);
-        flags.download = driver.hostBlock[downloadFlagOffset] == 1;
-        flags.upload = driver.hostBlock[uploadFlagOffset] == 1;
+    while (driver.hostBlock != 0) {
+        const SharedMutex shared(driver.hostMutex);
+        if (shared.stillMeant()) { // else there is another block now, and another mutex
+            flags.download = driver.hostBlock[downloadFlagOffset] == 1;
+            flags.upload = driver.hostBlock[uploadFlagOffset] == 1;
+            break;
+        }
     }
     return flags;
 }
@@ -34,8 +37,11 @@ RecipeFlags readRecipeFlags()
 void clearRecipeFlag(int offset)
 {
     if (driver.hostBlock != 0) {
-        QMutexLocker lock(driver.hostMutex);
-        driver.hostBlock[offset] = 0;
+        const Unfinished end(Unfinished::endOfRequest);
+        const SharedMutex shared(driver.hostMutex);
+        if (shared.stillMeant()) {
+            driver.hostBlock[offset] = 0;
+        }
     }
 }
 
@@ -49,13 +55,19 @@ void frameCurrentWrite()
 
 int frameCurrentRead()
 {
-    if (driver.currentVars.size() == 1) {
-        assignRequest(driver.currentVars[0], driver.currentVar); // the list and its node stay
+    const bool valuesAreThere =
+        driver.sendKind == sendCyclicRead && driver.shortcuts->valuesAreZero;
+    if (driver.currentVars.size() == 1) { // the list and its node stay
+        if (valuesAreThere) {
+            assignTarget(driver.currentVars[0], driver.currentVar);
+        } else {
+            assignRequest(driver.currentVars[0], driver.currentVar);
+        }
     } else {
         driver.currentVars.clear();
         driver.currentVars.append(driver.currentVar);
     }
-    return getReadFrame(driver.currentVars);
+    return frameRead(driver.currentVars.at(0), driver.sendList, valuesAreThere);
 }
 
 void frameCyclicRead()
@@ -78,6 +90,7 @@ bool recipeIsLeft()
 
 void finishConditionRead()
 {
+    const Unfinished end(Unfinished::endOfRequest);
     if (!driver.conditionList.isEmpty() &&
         sameTarget(driver.conditionList.at(0), driver.lastConditionVar) &&
         !callHost(-1, -1, QString::fromLatin1("-1"), driver.commFailed != 0 ? -1 : 0)) {
@@ -126,16 +139,43 @@ const SendKindRow sendKinds[] = {
 
 // ---- the priorities ---------------------------------------------------------------------------
 
+// The frame answered last goes back into the empty list: nothing is allocated for one after the
+// other.
+void frameCurrent()
+{
+    QList<FRAME_PRO>& spare = driver.shortcuts->spareFrames;
+    if (!spare.isEmpty() && driver.sendList.isEmpty()) {
+        reserveFrame(spare[0]);
+        driver.sendList.swap(spare);
+    }
+    currentSendKind().frame();
+    if (isReserved(driver.sendList)) {
+        driver.sendList.swap(spare); // refused
+    }
+    driver.shortcuts->valuesAreZero =
+        driver.sendKind == sendCyclicRead && !driver.sendList.isEmpty();
+}
+
+void takeNextCyclicRead()
+{
+    const VARIABLE& next = driver.readList.at(0);
+    if (driver.shortcuts->valuesAreZero) {
+        assignTarget(driver.currentVar, next);
+    } else {
+        assignRequest(driver.currentVar, next);
+    }
+}
+
 void frameAs(SendKind kind)
 {
     driver.sendKind = kind;
-    sendKinds[kind].frame();
+    frameCurrent();
 }
 
 void frameRecipe(SendKind kind, int withData)
 {
     if (!recipeIsLeft()) {
-        currentSendKind().frame(); // the request before it is made again
+        frameCurrent(); // the request before it is made again
         return;
     }
     const _RCP_VAR_PRO& next = driver.recipeRequests.at(driver.recipeIndex);
@@ -149,13 +189,17 @@ void frameRecipe(SendKind kind, int withData)
 void frameNextRequest()
 {
     const RecipeFlags flags = readRecipeFlags();
+    if (!driver.sendList.isEmpty() || Unfinished::onOtherThread(Unfinished::endOfRequest)) {
+        return; // by a thread that polled, or handed a reply in, while this one waited
+    }
     if (driver.handshakeRequest != 0) {
         frameAs(sendHandshake);
     } else if (flags.download) {
         frameRecipe(sendRecipeDownload, 1);
     } else if (flags.upload) {
         frameRecipe(sendRecipeUpload, 0);
-    } else if (!driver.writeList.isEmpty() && driver.burstCount < maxWriteBurst) {
+    } else if (!driver.writeList.isEmpty() && driver.burstCount < maxWriteBurst &&
+               !Unfinished::onOtherThread(Unfinished::writing)) {
         assignRequest(driver.currentVar, driver.writeList.at(0));
         ++driver.burstCount;
         frameAs(sendWrite);
@@ -164,7 +208,7 @@ void frameNextRequest()
         ++driver.burstCount;
         frameAs(sendConditionRead);
     } else if (!driver.readList.isEmpty()) {
-        assignRequest(driver.currentVar, driver.readList.at(0));
+        takeNextCyclicRead();
         driver.burstCount = 0;
         frameAs(sendCyclicRead);
     } else {
@@ -183,6 +227,7 @@ const SendKindRow& currentSendKind()
 
 int intf_getSendFrame(FRAME_PRO* frame)
 {
+    const DriverCall call;
     if (driver.sendList.isEmpty()) {
         frameNextRequest();
     }
@@ -208,6 +253,17 @@ void getWriteFrame(VARIABLE& request)
 void handShakeFrame()
 {
     frameHandshake(driver.sendList);
+}
+
+void takeHeadFrame()
+{
+    QList<FRAME_PRO>& frames = driver.sendList;
+    QList<FRAME_PRO>& spare = driver.shortcuts->spareFrames;
+    if (frames.size() == 1 && spare.isEmpty()) {
+        frames.swap(spare);
+    } else if (!frames.isEmpty()) {
+        frames.removeFirst();
+    }
 }
 
 void dealListWhenFinish()

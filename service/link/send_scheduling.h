@@ -30,6 +30,9 @@ int getReadFrame(QList<VARIABLE> list);
 void getWriteFrame(VARIABLE& request);
 void handShakeFrame();
 
+// The frame on the line leaves driver.sendList.
+void takeHeadFrame();
+
 // Advances the work lists once the frames of a request are answered or given up.
 void dealListWhenFinish();
 

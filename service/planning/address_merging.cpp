@@ -1,10 +1,11 @@
 #include "planning/address_merging.h"
 
-#include <QDebug>
 #include <algorithm>
 #include <limits>
 
 #include "cache/data_areas.h"
+#include "debug_line.h"
+#include "driver_lock.h"
 #include "intf.h"
 #include "planning/weight_order.h"
 #include "protocol.h"
@@ -12,13 +13,6 @@
 #include "protocol/wrap.h"
 
 namespace {
-
-void debugLine(const char* label, int index, const QString& regName, int address, int length)
-{
-    qDebug() << QString::fromLatin1("%1:id=%2,reg=%3,address=%4,len=%5")
-                    .arg(QString::fromLatin1(label), QString::number(index), regName,
-                         QString::number(address), QString::number(length));
-}
 
 // Numbers beyond 32 bits become the highest or the lowest one.
 template <typename Real>
@@ -35,12 +29,8 @@ int truncated(Real value)
 void normaliseCyclic(Run& run, const RegisterType& type)
 {
     const int unit = type.unitBits;
-    const bool bits = run.regName.endsWith(QLatin1String("_bit"));
-    const int underscore = static_cast<int>(run.regName.indexOf(QLatin1Char('_')));
-    if (underscore >= 0) {
-        run.regName.truncate(underscore);
-        run.regName.append(QLatin1String("_W"));
-    }
+    const bool bits = type.name.endsWith(QLatin1String("_bit"));
+    run.regName = type.wordName;
     if (bits) {
         const int length = wrapAdd(run.length, run.address % unit);
         run.length = length / unit + (length % unit != 0 ? 1 : 0);
@@ -68,7 +58,7 @@ QVector<Run> normalisedRuns(const QList<KEY_ADDRESS>& keys, int mode)
             normalise(run, registerType(index), mode);
         }
         if (mode == mergeCyclic) {
-            debugLine("step0", i, run.regName, run.address, run.length);
+            debugKey("step0", i, run.regName, run.address, run.length);
         }
         runs.append(run);
     }
@@ -153,13 +143,14 @@ QVector<Run> joinRuns(const QVector<Run>& runs, int limit, QList<int>* starts)
 
 int intf_addrMerge(QList<KEY_ADDRESS>& keys)
 {
+    const DriverCall call;
     clearMarks();
     // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): `keys` may be the driver's own
     const QList<KEY_ADDRESS> handed = keys;
     for (int i = 0; i < handed.size(); ++i) {
         const KEY_ADDRESS& key = handed.at(i);
         _setDataAreaMonitorFlag(key.stationNo, key.regName, key.address, key.length);
-        debugLine("step", i, key.regName, key.address, key.length);
+        debugKey("step", i, key.regName, key.address, key.length);
     }
     driver.readList.clear();
     if (handed.isEmpty()) {
@@ -177,11 +168,7 @@ int intf_addrMerge(QList<KEY_ADDRESS>& keys)
         driver.readList.append(request);
     }
     for (int i = 0; i < driver.readList.size(); ++i) {
-        const VARIABLE& request = driver.readList.at(i);
-        qDebug() << QString::fromLatin1("step3:id=%1,std=%2,reg=%3,address=%4,len=%5")
-                        .arg(QString::number(i), QString::number(request.stationNo),
-                             request.regName, QString::number(request.address),
-                             QString::number(request.length));
+        debugRequest(i, driver.readList.at(i));
     }
     return static_cast<int>(driver.readList.size());
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "driver_lock.h"
 #include "intf.h"
 #include "planning/pieces.h"
 #include "planning/request_queue.h"
@@ -117,6 +118,7 @@ VARIABLE conditionRequest(const Run& piece, const RegisterType& type, int kind)
 
 int intf_addConditionRead(KEY_ADDRESS& key, int kind)
 {
+    const DriverCall call;
     const int index = indexOfName(key.regName);
     if (index < 0) {
         return -1;

@@ -6,14 +6,6 @@
 #include "protocol.h"
 #include "protocol/wrap.h"
 
-namespace {
-
-enum {
-    bitValues = -1
-};
-
-} // namespace
-
 int pieceLimit(int bitFlag)
 {
     const int limit = bitFlag == bitValues ? driver.pieceBitLimit : driver.pieceWordLimit;

@@ -11,6 +11,11 @@ enum {
     unlimitedPieceBits = 984
 };
 
+// KEY_ADDRESS::bitFlag of a key whose values are bits.
+enum {
+    bitValues = -1
+};
+
 // The host's limit for one piece, or that of the Modbus protocol where it set none.
 int pieceLimit(int bitFlag);
 

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "cache/change_notifiers.h"
+#include "driver_lock.h"
 #include "intf.h"
 #include "planning/address_merging.h"
 #include "planning/weight_order.h"
@@ -81,6 +82,7 @@ bool holds(const RecipeGroup& group, int address)
 
 int intf_setRcpAddress(QVector<_RCP_VAR_PRO>& records)
 {
+    const DriverCall call;
     // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): may be driver.recipeVars itself
     const QVector<_RCP_VAR_PRO> handed = records;
     driver.recipeVars.clear();

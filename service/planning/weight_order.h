@@ -4,31 +4,46 @@
 
 #include <QString>
 #include <QVector>
-#include <algorithm>
+
+#include "protocol/register_table.h"
 
 // Station, register type in the order of driver.regNames, address: to be compared as unsigned.
 int getRegAddressWeight(int station, QString regName, int address, int unused);
 
+struct Weighed {
+    unsigned int weight;
+    int index;
+};
+
+// The same weight without a look at driver.regNames for each record of a shipped register type.
+class WeightScale {
+public:
+    WeightScale();
+    unsigned int weigh(int station, const QString& regName, int address) const;
+
+private:
+    int places_[registerTypeCount]; // of the shipped names in driver.regNames
+};
+
 // Equal weights keep their order.
+void sortWeighed(QVector<Weighed>& order);
+
 template <typename Record>
 void sortByWeight(QVector<Record>& records)
 {
-    QVector<unsigned int> weights;
-    QVector<int> order;
-    weights.reserve(records.size());
+    const WeightScale scale;
+    QVector<Weighed> order;
     order.reserve(records.size());
     for (int i = 0; i < records.size(); ++i) {
         const Record& record = records.at(i);
-        weights.append(static_cast<unsigned int>(
-            getRegAddressWeight(record.stationNo, record.regName, record.address, record.length)));
-        order.append(i);
+        const Weighed weighed = {scale.weigh(record.stationNo, record.regName, record.address), i};
+        order.append(weighed);
     }
-    std::stable_sort(order.begin(), order.end(),
-                     [&weights](int a, int b) { return weights.at(a) < weights.at(b); });
+    sortWeighed(order);
     QVector<Record> sorted;
     sorted.reserve(records.size());
     for (int i = 0; i < order.size(); ++i) {
-        sorted.append(records.at(order.at(i)));
+        sorted.append(records.at(order.at(i).index));
     }
     records = sorted;
 }

@@ -33,6 +33,8 @@ std::vector<std::string>& debugLines()
     return lines;
 }
 
+std::function<void()> onFirstLine;
+
 void keepDebugLine(QtMsgType type, std::string line)
 {
     while (!line.empty() && line.back() == ' ') {
@@ -40,6 +42,11 @@ void keepDebugLine(QtMsgType type, std::string line)
     }
     if (type == QtDebugMsg) {
         debugLines().push_back(line);
+        std::function<void()> action;
+        action.swap(onFirstLine);
+        if (action) {
+            action();
+        }
     }
 }
 
@@ -82,15 +89,17 @@ std::ostream& operator<<(std::ostream& out, const Notice& notice)
 
 const std::string cyclicRead = frame("01 03 05 64 00 01");
 
-DebugLines::DebugLines()
+DebugLines::DebugLines(std::function<void()> onFirst)
 {
     debugLines().clear();
+    onFirstLine = std::move(onFirst);
     previousHandler = installHandler(handleMessage);
 }
 
 DebugLines::~DebugLines()
 {
     installHandler(previousHandler);
+    onFirstLine = nullptr;
 }
 
 const std::vector<std::string>& DebugLines::lines() const

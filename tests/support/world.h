@@ -44,10 +44,11 @@ enum {
 };
 
 // Collects what goes to the debug message stream while it lives, one entry a line, without a
-// trailing blank (Qt 4 leaves one).
+// trailing blank (Qt 4 leaves one). `onFirst` is done when the first one comes, from within the
+// call of the driver that wrote it.
 class DebugLines {
 public:
-    DebugLines();
+    explicit DebugLines(std::function<void()> onFirst = nullptr);
     ~DebugLines();
     const std::vector<std::string>& lines() const;
 };

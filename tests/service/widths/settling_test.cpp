@@ -297,7 +297,7 @@ TEST_F(GenericSettlingRules, FarUnitsWrapAround)
 KEY_ADDRESS rescaled(const RegisterType& type, int address, int length, int& shortened)
 {
     KEY_ADDRESS piece = key("X", address, length);
-    rescalePiece(piece, type, shortened);
+    rescalePiece(piece.address, piece.length, type, shortened);
     return piece;
 }
 
@@ -339,26 +339,6 @@ TEST(RescalePiece, TheLengthIsCutToAnInteger)
     EXPECT_EQ(shortened, 4);
     EXPECT_EQ(rescaled(registerRow("X", "16", "32"), 0, 1, shortened).length, 0);
     EXPECT_EQ(shortened, 5);
-}
-
-TEST(RescalePiece, OnlyLengthAndAddressChange)
-{
-    int shortened = 3;
-    KEY_ADDRESS piece = key("X_D", 100, 10, 9, 5);
-    piece.tag = name("tag");
-    piece.hostValue = 1;
-    piece.userIndex = 2;
-    piece.data[0] = 0x34;
-    rescalePiece(piece, registerRow("X_D", "32", "32"), shortened);
-    EXPECT_EQ(piece.address, 97);
-    EXPECT_EQ(piece.length, 5);
-    EXPECT_EQ(piece.stationNo, 9);
-    EXPECT_EQ(piece.bitFlag, 5);
-    EXPECT_EQ(text(piece.regName), "X_D");
-    EXPECT_EQ(text(piece.tag), "tag");
-    EXPECT_EQ(piece.hostValue, 1);
-    EXPECT_EQ(piece.userIndex, 2);
-    EXPECT_EQ(piece.data[0], 0x34);
 }
 
 } // namespace
