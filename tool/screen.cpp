@@ -49,7 +49,7 @@ std::vector<std::string> wrapped(const std::vector<std::string>& lines, std::siz
             if (blank == std::string::npos || blank < indent.size())
                 break; // one long word is cut
             result.push_back(rest.substr(0, blank));
-            rest = indent + rest.substr(blank + 1);
+            rest.replace(0, blank + 1, indent);
         }
         result.push_back(rest);
     }

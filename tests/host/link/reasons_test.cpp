@@ -102,6 +102,19 @@ TEST(AReason, IsAnotherSpeedOrParityWhereNoFrameHasEverCome)
               "no answer: 4 bytes came, but no frame; looks like another speed or parity");
 }
 
+TEST(AReason, IsThatOfItsOwnRequest)
+{
+    HandLine line;
+    line.start();
+    line.ask(wholeRead, dueBytes);
+    line.come("FE01AA55");
+    line.pass(seconds(1));
+    ASSERT_EQ(reasonOf(line.ended->reception, dueBytes), Reason::noFrame);
+    line.ask("0103050B0002", dueBytes + 2);
+    line.pass(seconds(10));
+    EXPECT_EQ(line.reason(), "no answer: no byte came") << "and nothing of the request before";
+}
+
 TEST(AReason, IsALateReplyWhereOneToAnotherRequestCame)
 {
     HandLine line;
