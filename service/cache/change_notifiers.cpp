@@ -101,8 +101,9 @@ bool announceWider(const WatchedUnit& unit, const AreaNames& names, const UnitVi
     return true;
 }
 
-__attribute__((noinline)) bool announceViews(const WatchedUnit& unit, const AreaNames& names, unsigned int changed,
-                   int timerCounter, const UnitViews& views)
+__attribute__((noinline)) bool announceViews(const WatchedUnit& unit, const AreaNames& names,
+                                             unsigned int changed, int timerCounter,
+                                             const UnitViews& views)
 {
     if (timerCounter != 0) {
         return !ownView(unit) || announce(unit, names, plainView, unit.address);
