@@ -1,5 +1,6 @@
 """What end-to-end tests need: the tool, its controller, and a cable that can be pulled."""
 
+import collections
 import contextlib
 import json
 import os
@@ -11,6 +12,7 @@ import sys
 import tempfile
 import termios
 import threading
+import time
 import tty
 import unittest
 
@@ -161,9 +163,13 @@ class Terminal:
 
 
 class Cable:
-    """Two pseudo-terminals, end to end; the end at `port` can be pulled out and put back."""
+    """Two pseudo-terminals, end to end; the end at `port` can be pulled out and put back. What comes
+    from the far end may take a delay, in seconds, and its bytes may come one by one."""
 
-    def __init__(self, folder):
+    def __init__(self, folder, delay=0.0, byte_gap=0.0):
+        self._delay = delay
+        self._byte_gap = byte_gap
+        self._under_way = collections.deque()  # when it is due, and the bytes
         self.port = os.path.join(folder, "cable")
         self.far_port = os.path.join(folder, "far-end")
         self.passed = threading.Condition()
@@ -224,7 +230,7 @@ class Cable:
                 near = self._near[0] if self._near else None
             ends = [self._far, self._wake_reader] + ([near] if near is not None else [])
             try:
-                ready, _, _ = select.select(ends, [], [])
+                ready, _, _ = select.select(ends, [], [], self._deliver())
             except (OSError, ValueError):
                 continue  # pulled out meanwhile
             if self._wake_reader in ready and os.read(self._wake_reader, 16).endswith(b"q"):
@@ -236,11 +242,30 @@ class Cable:
                         self.requests += 1
                         self.passed.notify_all()
                 if self._far in ready:
-                    with self._lock:
-                        lump = os.read(self._far, 4096)
-                        self.replies += lump
-                        if self._near:
-                            os.write(self._near[0], lump)
+                    self._send_off(os.read(self._far, 4096))
+
+    def _send_off(self, lump):
+        due = time.monotonic() + self._delay
+        if not self._byte_gap:
+            self._under_way.append((due, lump))
+            return
+        for byte in lump:
+            if self._under_way:
+                due = max(due, self._under_way[-1][0] + self._byte_gap)
+            self._under_way.append((due, bytes([byte])))
+
+    def _deliver(self):
+        """What is due; the seconds until the next is, None if nothing is under way."""
+        while self._under_way:
+            wait = self._under_way[0][0] - time.monotonic()
+            if wait > 0:
+                return wait
+            _, lump = self._under_way.popleft()
+            with self._lock, contextlib.suppress(OSError):
+                self.replies += lump
+                if self._near:
+                    os.write(self._near[0], lump)
+        return None
 
 
 class EndToEnd(unittest.TestCase):
@@ -301,8 +326,8 @@ class EndToEnd(unittest.TestCase):
         self.addCleanup(terminal.close)
         return terminal
 
-    def cable(self):
-        cable = Cable(self.folder)
+    def cable(self, **times):
+        cable = Cable(self.folder, **times)
         self.addCleanup(cable.close)
         return cable
 
