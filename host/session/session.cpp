@@ -1,6 +1,5 @@
 #include "session/session.h"
 
-#include <QMetaMethod>
 #include <QMetaType>
 
 #include "session/driver_keys.h"
@@ -14,9 +13,6 @@ const char* const lineIsClosed = "the line is closed";
 const char* const lineIsLeft = "the line is being left";
 
 } // namespace
-
-const char* const repliesAreDoubtful =
-    "a station sent more replies than it was asked for: what was read may be wrong";
 
 Session::Session(const Library& library, const SessionSettings& settings)
     : library_(library), claim_(library), settings_(settings), views_(library),
@@ -187,108 +183,6 @@ void Session::tellChanges()
             if (!changes.empty())
                 emit changed(changes);
         });
-}
-
-// ---- transmissions --------------------------------------------------------------------------
-
-void Session::began(const Transmission& transmission)
-{
-    static const QMetaMethod signal = QMetaMethod::fromSignal(&Session::transmissionBegan);
-    if (isSignalConnected(signal))
-        tellings_.add([this, transmission]() { emit transmissionBegan(transmission); });
-}
-
-void Session::tellEnded(const Transmission& transmission)
-{
-    static const QMetaMethod signal = QMetaMethod::fromSignal(&Session::transmissionEnded);
-    if (isSignalConnected(signal))
-        tellings_.add([this, transmission]() { emit transmissionEnded(transmission); });
-}
-
-// What is read once, written or moved as a recipe begins where a value does.
-bool Session::mayCut(const Request& request, int word) const
-{
-    constexpr int maxValueLength = 2;
-    const bool isCyclic = request.kind == cyclicKind && !recipe_.isMoving();
-    return isCyclic ? !wholeValues_.goOn(request.station, request.regName, word)
-                    : (word - request.address) % maxValueLength == 0;
-}
-
-void Session::ended(const Transmission& transmission)
-{
-    if (!transmission.isLocal && transmission.frames == 0)
-        tellEnded(transmission); // else its parts were told, or nothing was sent
-    const bool readBeforeWrite = requests_.isReadBeforeWrite(transmission);
-    const bool accepted = transmission.verdict == replyAccepted;
-    if (transmission.isRead() && !readBeforeWrite) {
-        if (accepted && transmission.frames == 0)
-            views_.confirm(transmission.request, transmission.asOf);
-        else if (accepted)
-            for (const Part& part : transmission.parts)
-                views_.confirm(part.words, part.asOf);
-        else if (transmission.isAbandoned())
-            views_.giveUp(transmission.request);
-    }
-
-    if (transmission.isAbandoned() && !transmission.isLocal) // that its station is silent is known
-        tellings_.add([this, request = transmission.description, reason = transmission.reason,
-                       why = transmission.why]() { emit abandoned(request, reason, why); });
-    if (transmission.verdict != replyBad && !(accepted && readBeforeWrite)) {
-        // A frame that the driver has forgotten ends nothing.
-        if (transmission.verdict != replyNothingOutstanding)
-            settle(transmission);
-        isOfPlanBefore_ = false;
-        // Nothing is on the line now: only here is it certain whose the next frame is.
-        recipe_.beginRound();
-        requests_.feed(cycleUnderWay());
-    }
-    tellChanges();
-}
-
-void Session::settle(const Transmission& transmission)
-{
-    if (recipe_.isMoving())
-        recipe_.settle(transmission);
-    else if (transmission.request.kind == cyclicKind)
-        countCycle();
-    else
-        requests_.settle(transmission);
-}
-
-std::optional<long long> Session::cycleUnderWay() const
-{
-    return plannedRequests_ > 0 ? std::optional<long long>(cycles_) : std::nullopt;
-}
-
-void Session::countCycle()
-{
-    if (isOfPlanBefore_ || ++requestsThisCycle_ < plannedRequests_)
-        return;
-    const Clock::time_point now = Clock::now();
-    runner_.cycleEnded(std::chrono::duration_cast<Micros>(now - cycleStart_));
-    cycleStart_ = now;
-    requestsThisCycle_ = 0;
-    if (++cycles_ == lastCycle_)
-        finish(afterLastCycle_);
-    tellings_.add([this, cycles = cycles_]() { emit cycleEnded(cycles); });
-}
-
-// Nothing of it is known until it has been read again.
-void Session::doubt()
-{
-    ++doubts_;
-    recipe_.doubt(repliesAreDoubtful);
-    views_.doubt();
-    tellChanges();
-}
-
-void Session::portWas(bool open, const std::string& message)
-{
-    cycleStart_ = Clock::now();
-    if (!open)
-        views_.makeOld();
-    tellChanges();
-    tellings_.add([this, open, message]() { emit portChanged(open, message); });
 }
 
 // ---- writing, single reads, recipes ---------------------------------------------------------
