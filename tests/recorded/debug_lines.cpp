@@ -132,9 +132,11 @@ void planAtRandom(Sequence& sequence)
     QList<KEY_ADDRESS> keys;
     const int count = 1 + sequence.below(40);
     for (int i = 0; i < count; ++i) {
+        // One after the other: processors differ in the order in which they make arguments.
         const int address = sequence.below(2000);
-        keys.append(key(1 + sequence.below(3), regNames[sequence.below(11)], address,
-                        1 + sequence.below(200)));
+        const int length = 1 + sequence.below(200);
+        const char* name = regNames[sequence.below(11)];
+        keys.append(key(1 + sequence.below(3), name, address, length));
     }
     intf_addrMerge(keys);
 }
