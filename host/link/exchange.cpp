@@ -45,6 +45,8 @@ void Exchange::start(const ExchangeSettings& settings, Clock::time_point now)
         each.isUnknown = settings.isShared;
         each.marksUnanswered = 0;
         each.hasAnsweredRead = false;
+        each.hasOvertaken = false;
+        each.numbersEchoes = false;
         each.markFailed = false;
     }
 }
@@ -130,7 +132,7 @@ void Exchange::next(Clock::time_point now)
     if (needsMarker) {
         // Of exceptions none says which echo it is to.
         isAlone_ = asked.numbersEchoes || !books_.isEchoOut(stationOf(current_.sent));
-        const bool mayEcho = asked.mayEcho() && (isAlone_ || !isWary(now));
+        const bool mayEcho = asked.mayEcho(current_.isRead()) && (isAlone_ || !isWary(now));
         marker_ =
             makeMarker(current_, books_, asked.lastAsked, settings_.mayMark && mayEcho, nextMark_);
         isMarking_ = marker_.replyLength > 0;

@@ -112,13 +112,14 @@ private:
         bool isUnknown = true;        // another program may have asked it just now
         int marksUnanswered = 0;      // since then
         bool hasAnsweredRead = false; // as a marker, once since then
-        bool numbersEchoes = false;   // it has sent one back
-        bool markFailed = false;      // the last marker was not answered
-        int marksIgnored = 0;         // so often it answered something else afterwards
-        OpenTransmission lastAsked;   // that was no echo
-        bool isNamed = false;         // as slow
-        int marksAtOnce() const;      // for one request
-        bool mayEcho() const;         // as a marker
+        bool hasOvertaken = false;  // a read as marker, which has no number, did: replies may come
+        bool numbersEchoes = false; // it has sent one back
+        bool markFailed = false;    // the last marker was not answered
+        int marksIgnored = 0;       // so often it answered something else afterwards
+        OpenTransmission lastAsked; // that was no echo
+        bool isNamed = false;       // as slow
+        int marksAtOnce() const;    // for one request
+        bool mayEcho(bool beforeRead) const; // as a marker
         void markWasAnswered(const OpenTransmission& marker);
     };
 

@@ -87,8 +87,10 @@ void Exchange::noteAnswer(const OpenTransmission& answered, Clock::time_point no
 // like a second reply for as long as no read has told that it echoes.
 bool Exchange::isSurplus(const QByteArray& frame, Clock::time_point now)
 {
+    const Station& heard = stations_.at(byteAt(frame, 0));
+    const bool mayBeForeign = mayBeOthers(frame, now) || (heard.hasOvertaken && now < foreignEnd_);
     const bool mayBeEcho = byteAt(frame, 1) > lastReadFunction && !collector_.knowsAdapter();
-    return !mayBeOthers(frame, now) && !mayBeEcho && books_.fitsWhatIsOver(frame);
+    return !mayBeForeign && !mayBeEcho && books_.fitsWhatIsOver(frame);
 }
 
 void Exchange::surplusCame(int station, Clock::time_point now)

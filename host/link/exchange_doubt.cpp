@@ -19,9 +19,13 @@ int Exchange::Station::marksAtOnce() const
 }
 
 // A station that says nothing to an echo may know no function 8, or have missed it.
-bool Exchange::Station::mayEcho() const
+// Once it has sent one back it knows it: what stays unanswered was lost, or taken for an adapter's
+// echo, which a read can tell.
+bool Exchange::Station::mayEcho(bool beforeRead) const
 {
-    return marksIgnored < maxMarksIgnored && !hasAnsweredRead &&
+    if (numbersEchoes && !beforeRead)
+        return true;
+    return (numbersEchoes || marksIgnored < maxMarksIgnored) && !hasAnsweredRead &&
            (marksUnanswered < firstEchoes || marksUnanswered % 2 != 0);
 }
 
@@ -70,8 +74,11 @@ void Exchange::markerFinished(LineResult result, Clock::time_point now)
     } else {
         marked.markWasAnswered(openOf(marker_));
         // What went before it was only looked up as long as others may have asked, too.
-        if (!marked.isUnknown && !isEcho(marker_.sent) && result == LineResult::reply)
+        if (!marked.isUnknown && !isEcho(marker_.sent) && result == LineResult::reply) {
+            const std::size_t open = books_.open().size();
             books_.take(marker_.reception.bytes);
+            marked.hasOvertaken = books_.open().size() + 1 < open;
+        }
     }
     marker_.reception.result = result;
     marker_.reception.astray = astray_;

@@ -62,7 +62,7 @@ class LateSlave:
         port = self.start(delay=0.01)
         stations = (*self.stations, 3)
         done = run("watch", *port, *(f"{s}/R_W:{a}" for s in stations for a in (100, 300)),
-                   "--seconds", "12")  # fmt: skip
+                   "--seconds", "25")  # fmt: skip
         self.assertEqual(done.returncode, 1)
         self.assertEqual(
             self.judged(done.stdout), {f"{s}/R_W:{a}" for s in self.stations for a in (100, 300)}
