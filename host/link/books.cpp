@@ -113,8 +113,7 @@ std::optional<OpenTransmission> Books::take(const QByteArray& frame)
     };
     std::copy_if(open_.begin(), open_.end(), std::back_inserter(over_), isOver);
     open_.erase(std::remove_if(open_.begin(), open_.end(), isOver), open_.end());
-    if (over_.size() > maxOver)
-        over_.erase(over_.begin(), over_.end() - maxOver);
+    forgetOldest();
     return answered;
 }
 
@@ -124,6 +123,14 @@ void Books::expire(Clock::time_point now)
         over_.push_back(open_.front());
         open_.pop_front();
     }
+    forgetOldest();
+}
+
+// A line may be dead for months.
+void Books::forgetOldest()
+{
+    if (over_.size() > maxOver)
+        over_.erase(over_.begin(), over_.end() - maxOver);
 }
 
 bool Books::fitsWhatIsOver(const QByteArray& frame) const

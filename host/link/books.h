@@ -67,6 +67,7 @@ private:
         long long lastNumber = 0;
         long long otherNumber = 0; // of the last one that was not this one
     };
+    void forgetOldest();
     long long writtenOther(unsigned char station, const QByteArray& request) const;
 
     Clock::duration horizon_;

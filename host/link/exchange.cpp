@@ -45,7 +45,6 @@ void Exchange::start(const ExchangeSettings& settings, Clock::time_point now)
         each.isUnknown = settings.isShared;
         each.marksUnanswered = 0;
         each.hasAnsweredRead = false;
-        each.hasOvertaken = false;
         each.numbersEchoes = false;
         each.markFailed = false;
     }
@@ -105,7 +104,6 @@ void Exchange::transact(const Transmission& request, Done done, Clock::time_poin
     current_.reception = Reception();
     done_ = std::move(done);
     markersLeft_ = station().marksAtOnce();
-    isCovered_ = false;
     holdEnd_ = Clock::time_point();
     next(now);
 }
@@ -133,8 +131,8 @@ void Exchange::next(Clock::time_point now)
         // Of exceptions none says which echo it is to.
         isAlone_ = asked.numbersEchoes || !books_.isEchoOut(stationOf(current_.sent));
         const bool mayEcho = asked.mayEcho(current_.isRead()) && (isAlone_ || !isWary(now));
-        marker_ =
-            makeMarker(current_, books_, asked.lastAsked, settings_.mayMark && mayEcho, nextMark_);
+        marker_ = makeMarker(current_, books_, asked.lastAnswered, settings_.mayMark && mayEcho,
+                             nextMark_);
         isMarking_ = marker_.replyLength > 0;
     }
     const bool isStuck = needsMarker && !isMarking_ && current_.isRead();
@@ -196,7 +194,6 @@ void Exchange::transmit(Clock::time_point now)
     books_.add(openOf(frame));
     if (!isEcho(frame.sent))
         station().lastAsked = openOf(frame);
-    isCovered_ = !isMarking_ && isWary(now);
     line_.sent(frame);
     if (frame.replyLength > 0) {
         state_ = State::awaitingReply;

@@ -109,16 +109,16 @@ private:
         StationTimeout timeout;
         ReplyPace pace;
         Clock::time_point listenUntil{};
-        bool isUnknown = true;        // another program may have asked it just now
-        int marksUnanswered = 0;      // since then
-        bool hasAnsweredRead = false; // as a marker, once since then
-        bool hasOvertaken = false;  // a read as marker, which has no number, did: replies may come
-        bool numbersEchoes = false; // it has sent one back
-        bool markFailed = false;    // the last marker was not answered
-        int marksIgnored = 0;       // so often it answered something else afterwards
-        OpenTransmission lastAsked; // that was no echo
-        bool isNamed = false;       // as slow
-        int marksAtOnce() const;    // for one request
+        bool isUnknown = true;               // another program may have asked it just now
+        int marksUnanswered = 0;             // since then
+        bool hasAnsweredRead = false;        // as a marker, once since then
+        bool numbersEchoes = false;          // it has sent one back
+        bool markFailed = false;             // the last marker was not answered
+        int marksIgnored = 0;                // so often it answered something else afterwards
+        OpenTransmission lastAsked;          // that was no echo
+        OpenTransmission lastAnswered;       // whose reply may come once more
+        bool isNamed = false;                // as slow
+        int marksAtOnce() const;             // for one request
         bool mayEcho(bool beforeRead) const; // as a marker
         void markWasAnswered(const OpenTransmission& marker);
     };
@@ -132,9 +132,11 @@ private:
     void armReplyTimer();
     void listen(Clock::time_point until);
     bool isInDoubt(Clock::time_point now);
+    bool isOfDoubt(const Transmission& frame) const;
     bool endsDoubt(const OpenTransmission& answered, LineResult result, Clock::time_point now);
     void deadlinePassed(Clock::time_point now);
     void finish(LineResult result);
+    void markerAnswered(LineResult result);
     void markerFinished(LineResult result, Clock::time_point now);
     void takeArrival(Arrival arrival, Clock::time_point now);
     bool takeReply(LineResult result, Clock::time_point now);
@@ -173,7 +175,6 @@ private:
     bool isMarking_ = false; // the frame to be sent or on the line is the marker
     bool isAlone_ = false;   // no other echo is to be answered besides the marker
     int markersLeft_ = 0;    // that may go out for the current request
-    bool isCovered_ = false; // by a marker, as far as surplus replies ask for one
     long long transmissions_ = 0;
     unsigned short nextMark_ = 1;
     Done done_;
@@ -183,6 +184,7 @@ private:
     Clock::time_point listenEnd_{};
     Clock::time_point holdEnd_{};    // of a request that is held back; 0: it has not been yet
     Clock::time_point foreignEnd_{}; // until then others' requests of before may be answered
+    Clock::time_point doubtedAt_{};  // the first surplus was met
     Clock::time_point cleanAt_{};    // until then each request is preceded by a marker
     bool surplusWasSaid_ = false;
     LineResult heldResult_ = LineResult::timeout;

@@ -72,6 +72,7 @@ void Exchange::noteAnswer(const OpenTransmission& answered, Clock::time_point no
     heard.timeout.answered(delay, settings_.timeout);
     nameIfSlow(byteAt(answered.sent, 0), delay);
     heard.listenUntil = now;
+    heard.lastAnswered = answered;
     if (isEcho(answered.sent)) {
         heard.marksIgnored = 0;
         // Also a late one, to a marker that was given up.
@@ -87,8 +88,7 @@ void Exchange::noteAnswer(const OpenTransmission& answered, Clock::time_point no
 // like a second reply for as long as no read has told that it echoes.
 bool Exchange::isSurplus(const QByteArray& frame, Clock::time_point now)
 {
-    const Station& heard = stations_.at(byteAt(frame, 0));
-    const bool mayBeForeign = mayBeOthers(frame, now) || (heard.hasOvertaken && now < foreignEnd_);
+    const bool mayBeForeign = mayBeOthers(frame, now);
     const bool mayBeEcho = byteAt(frame, 1) > lastReadFunction && !collector_.knowsAdapter();
     return !mayBeForeign && !mayBeEcho && books_.fitsWhatIsOver(frame);
 }
@@ -99,6 +99,7 @@ void Exchange::surplusCame(int station, Clock::time_point now)
     cleanAt_ = now + cleanFor;
     if (!isFirst)
         return;
+    doubtedAt_ = now;
     line_.doubt();
     if (!surplusWasSaid_)
         line_.notice("station " + std::to_string(station) +

@@ -50,16 +50,31 @@ bool Exchange::isInDoubt(Clock::time_point now)
            books_.couldBeMistaken(current_.sent, current_.replyLength);
 }
 
+// Was it sent since the first surplus was met? What is out from before cannot be told apart.
+bool Exchange::isOfDoubt(const Transmission& frame) const
+{
+    return frame.number > 0 && frame.sendBegin > doubtedAt_;
+}
+
 // Does this answer tell that nothing is still to come that could be mistaken? Its own, one to a
 // marker before it if no request went out since, or whatever else ends what was in doubt.
 bool Exchange::endsDoubt(const OpenTransmission& answered, LineResult result, Clock::time_point now)
 {
     // What comes twice may as well have answered another echo, or another read.
     const bool isCertain =
-        !isWary(now) || (isEcho(answered.sent) ? isAlone_ : result == LineResult::reply);
+        !isWary(now) ||
+        (isOfDoubt(marker_) && (isEcho(answered.sent) ? isAlone_ : result == LineResult::reply));
     const bool isMarkers = answered.number == marker_.number ||
                            (isEcho(answered.sent) && answered.number > station().lastAsked.number);
     return (isMarkers && isCertain) || !isInDoubt(now);
+}
+
+void Exchange::markerAnswered(LineResult result)
+{
+    station().markWasAnswered(openOf(marker_));
+    // What went before it was only looked up as long as others may have asked, too.
+    if (!station().isUnknown && !isEcho(marker_.sent) && result == LineResult::reply)
+        books_.take(marker_.reception.bytes);
 }
 
 void Exchange::markerFinished(LineResult result, Clock::time_point now)
@@ -71,14 +86,6 @@ void Exchange::markerFinished(LineResult result, Clock::time_point now)
         // Silent as it is, it gets one marker for each request from here on.
         if (++marked.marksUnanswered > firstEchoes)
             markersLeft_ = 0;
-    } else {
-        marked.markWasAnswered(openOf(marker_));
-        // What went before it was only looked up as long as others may have asked, too.
-        if (!marked.isUnknown && !isEcho(marker_.sent) && result == LineResult::reply) {
-            const std::size_t open = books_.open().size();
-            books_.take(marker_.reception.bytes);
-            marked.hasOvertaken = books_.open().size() + 1 < open;
-        }
     }
     marker_.reception.result = result;
     marker_.reception.astray = astray_;

@@ -103,6 +103,7 @@ bool Exchange::takeReply(LineResult result, Clock::time_point now)
     const Settled settled = settle(bytes, now);
     const std::optional<OpenTransmission>& answered = settled.answered;
     if (isMarking_ && answered && endsDoubt(*answered, result, now)) {
+        markerAnswered(result);
         flushBehind(now);
         markerFinished(result, now);
         return true;
@@ -114,7 +115,7 @@ bool Exchange::takeReply(LineResult result, Clock::time_point now)
         report({settled.kindOr(StrayKind::late), bytes, now, settled.number()});
         return false;
     }
-    if (isWary(now) && !isCovered_) {
+    if (isWary(now) && !isOfDoubt(current_)) {
         // Sent before the first surplus was met: this may be one, too.
         report({StrayKind::late, bytes, now, answered->number});
         flushBehind(now);

@@ -49,7 +49,7 @@ bool isEcho(const QByteArray& frame)
 }
 
 Transmission makeMarker(const Transmission& request, const Books& books,
-                        const OpenTransmission& before, bool mayEcho, unsigned short& nextNumber)
+                        const OpenTransmission& answered, bool mayEcho, unsigned short& nextNumber)
 {
     Transmission marker;
     if (mayEcho) {
@@ -58,9 +58,9 @@ Transmission makeMarker(const Transmission& request, const Books& books,
     } else if (request.sent.at(1) <= lastReadFunction) {
         const auto take = [&](int more) {
             const Transmission other = resized(request, more);
-            const bool isLikeBefore = before.sent.left(2) == other.sent.left(2) &&
-                                      before.replyLength == other.replyLength;
-            if (marker.replyLength == 0 && !isLikeBefore &&
+            const bool isLikeAnswered = answered.sent.left(2) == other.sent.left(2) &&
+                                        answered.replyLength == other.replyLength;
+            if (marker.replyLength == 0 && !isLikeAnswered &&
                 !books.isOut(other.sent, other.replyLength))
                 marker = other;
         };

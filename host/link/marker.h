@@ -9,10 +9,10 @@
 namespace dov417 {
 
 // A request to the same station whose reply cannot be mistaken for another: a diagnostics echo with
-// a number of its own, or else a read of a length that no open transmission has, nor the request
-// before, whose reply may come once more. Without a reply if there is none.
+// a number of its own, or else a read of a length that no open transmission has, nor the one that
+// was answered last, whose reply may come once more. Without a reply if there is none.
 Transmission makeMarker(const Transmission& request, const Books& books,
-                        const OpenTransmission& before, bool mayEcho, unsigned short& nextNumber);
+                        const OpenTransmission& answered, bool mayEcho, unsigned short& nextNumber);
 
 // Is it a diagnostics echo, or the answer to one?
 bool isEcho(const QByteArray& frame);

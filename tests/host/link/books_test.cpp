@@ -54,6 +54,16 @@ TEST_F(ABook, ClosesWhatWasSentToTheStationBefore)
     EXPECT_EQ(answered("0203020007"), 2) << "another station has its own order";
 }
 
+TEST_F(ABook, RemembersOnlyTheLastOfWhatIsOverOnALineThatIsDead)
+{
+    for (int i = 0; i < 100; ++i)
+        books.add(sentOut(i + 1, i == 0 ? "020300000001" : "010300000001", 7));
+    books.expire(start + seconds(30));
+    EXPECT_TRUE(books.open().empty());
+    EXPECT_FALSE(books.fitsWhatIsOver(frame("0203020007")));
+    EXPECT_TRUE(books.fitsWhatIsOver(frame("0103020007")));
+}
+
 TEST_F(ABook, GivesAnExceptionToTheOldestOfItsFunction)
 {
     books.add(sentOut(1, "010300000001", 7));

@@ -296,6 +296,36 @@ TEST_F(ACopy, OfAReplyToAnotherProgramsRequestIsNone)
     EXPECT_EQ(other.surplus, 0);
 }
 
+// The station has no function 8, and what comes twice answered a marker before the last one.
+TEST_F(ACopy, IsNotTakenForTheReplyToAMarker)
+{
+    readWithCopy();
+    world.settings.mayMark = false;
+    world.settings.isShared = false;
+    world.start();
+    world.bus.stations[1].loses = 1;
+    EXPECT_FALSE(isGood(world.read(1, 0x100, 1)));
+    EXPECT_FALSE(isGood(world.read(1, 0x100, 1)));
+    EXPECT_EQ(world.markers, 3) << "one at the start, of two words, of three";
+    const QByteArray ofTwo = withCrc(QByteArray::fromHex("01030411112222"));
+    world.exchange->bytesCame(ofTwo, world.now);
+    std::optional<Transmission> ended;
+    Transmission request;
+    request.sent = withCrc(readRequestOf(1, 0x200, 3));
+    request.replyLength = 11;
+    request.request.length = 3;
+    world.exchange->transact(
+        request, [&ended](const Transmission& each) { ended = each; }, world.now);
+    for (const QByteArray& late : {ofTwo, withCrc(QByteArray::fromHex("010306333344445555"))}) {
+        world.pass(milliseconds(50));
+        ASSERT_FALSE(ended.has_value());
+        world.exchange->bytesCame(late, world.now);
+    }
+    world.pass(seconds(60));
+    ASSERT_TRUE(ended.has_value());
+    EXPECT_FALSE(isGood(*ended));
+}
+
 // Each reply is taken for that to the request after, and all look alike: nothing is left over. But
 // they come too soon.
 TEST_F(ACopy, IsNoticedWhereAllRequestsHaveOneShape)
@@ -324,7 +354,7 @@ TEST(Exchange, ACopyIsNoValueOnceOneHasBeenMet)
     for (unsigned seed = 1; seed <= 100; ++seed) {
         const Tally tally = playModemRound(seed, 200);
         EXPECT_EQ(tally.lies(), tally.beforeDoubt) << "seed " << seed << ": " << textOf(tally);
-        EXPECT_LE(tally.wrong, 20) << "seed " << seed << ": " << textOf(tally);
+        EXPECT_LE(tally.wrong, 10) << "seed " << seed << ": " << textOf(tally);
         EXPECT_EQ(tally.silent, 0) << "seed " << seed << ": " << textOf(tally);
         all.add(tally);
     }
@@ -336,11 +366,12 @@ TEST(Exchange, ACopyIsNoValueOnceOneHasBeenMet)
 TEST(Exchange, RoundsThatOnceShowedAWrongValueShowNone)
 {
     constexpr int requests = 400;
-    for (const unsigned seed : {1095U, 1317U, 1507U, 1580U, 3157U, 4255U, 4292U}) {
+    for (const unsigned seed : {1095U, 1250U, 1317U, 1507U, 1580U, 3039U, 3157U, 4255U, 4292U}) {
         const Tally tally = playRound(seed, requests);
+        EXPECT_EQ(tally.doubts, 0) << "seed " << seed << ": " << textOf(tally);
         EXPECT_EQ(tally.lies(), 0) << "seed " << seed << ": " << textOf(tally);
     }
-    for (const unsigned seed : {184U, 413U, 3625U, 4618U, 4787U, 4965U}) {
+    for (const unsigned seed : {184U, 297U, 413U, 3625U, 4618U, 4787U, 4965U, 65217U}) {
         const Tally tally = playModemRound(seed, requests);
         EXPECT_EQ(tally.lies(), tally.beforeDoubt) << "seed " << seed << ": " << textOf(tally);
     }
