@@ -130,9 +130,14 @@ void Exchange::next(Clock::time_point now)
     if (needsMarker) {
         // Of exceptions none says which echo it is to.
         isAlone_ = asked.numbersEchoes || !books_.isEchoOut(stationOf(current_.sent));
-        const bool mayEcho = asked.mayEcho(current_.isRead()) && (isAlone_ || !isWary(now));
-        marker_ = makeMarker(current_, books_, asked.lastAnswered, settings_.mayMark && mayEcho,
-                             nextMark_);
+        const bool mayEcho = settings_.mayMark && (isAlone_ || !isWary(now));
+        const auto makeOne = [&](bool echo) {
+            marker_ = makeMarker(current_, books_, asked.lastAnswered, echo, nextMark_);
+        };
+        makeOne(mayEcho && asked.mayEcho(current_.isRead()));
+        // Reads of every length may be out already.
+        if (marker_.replyLength == 0 && mayEcho && asked.numbersEchoes)
+            makeOne(true);
         isMarking_ = marker_.replyLength > 0;
     }
     const bool isStuck = needsMarker && !isMarking_ && current_.isRead();

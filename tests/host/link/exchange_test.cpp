@@ -135,6 +135,24 @@ TEST(Exchange, AnExceptionToAnEarlierMarkerEndsTheDoubtAsWell)
     EXPECT_GE(good, 3);
 }
 
+// Reads of every length are out then, and it is no wonder that the echoes were not answered.
+TEST(Exchange, AStationThatEchoesIsAskedForAnEchoOnceNoReadCanMarkAnyMore)
+{
+    LateWorld world(1);
+    world.settings.timeout.isFixed = true;
+    world.bus.stations[1].delay = []() { return milliseconds(5); };
+    world.start();
+    EXPECT_TRUE(isGood(world.read(1, 0x100, 1)));
+    world.bus.stations[1].loses = 1;
+    for (int i = 0; i < 12; ++i)
+        EXPECT_FALSE(isGood(world.read(1, 0x102 + 2 * i, 1)));
+    world.bus.stations[1].loses = 0;
+    const Clock::time_point back = world.now;
+    for (int i = 0; i < 3; ++i)
+        EXPECT_TRUE(isGood(world.read(1, 0x200 + 2 * i, 1)));
+    EXPECT_LT(world.now - back, seconds(1));
+}
+
 // Whatever its time-outs were until then.
 TEST(Exchange, AStationThatSaysNothingToAnEchoIsAskedAllTheSame)
 {
