@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "line/frame_bytes.h"
 #include "link/marker.h"
 
 namespace dov417 {
@@ -10,11 +11,6 @@ namespace dov417 {
 namespace {
 
 constexpr Micros rereadDelay(200); // bytes wait in the kernel: let the port's event come first
-
-unsigned char stationOf(const QByteArray& frame)
-{
-    return static_cast<unsigned char>(frame.at(0));
-}
 
 } // namespace
 
