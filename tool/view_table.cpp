@@ -86,6 +86,13 @@ std::string previousText(const View& view, const ViewLabel& label)
     return view.changes > 0 ? textOf(view, label, view.previous) : "";
 }
 
+std::string bitsText(const View& view, const ValueBytes& value, const ViewLabel& label)
+{
+    ViewLabel inHex = label;
+    inHex.format = {Notation::hex, label.format.order};
+    return textOf(view, inHex, value);
+}
+
 const char* qualityText(Quality quality)
 {
     switch (quality) {

@@ -26,6 +26,9 @@ std::vector<std::string> cachedTexts(const Session& session, const Item& item);
 std::string valueText(const View& view, const ViewLabel& label);
 std::string previousText(const View& view, const ViewLabel& label);
 
+// One of its values, as the hex digits of the number that it is.
+std::string bitsText(const View& view, const ValueBytes& value, const ViewLabel& label);
+
 // "old", "never read", "being written"; nothing for a good one.
 const char* qualityText(Quality quality);
 

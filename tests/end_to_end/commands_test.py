@@ -53,6 +53,23 @@ class Read(EndToEnd):
             ],
         )
 
+    def test_a_long_range_is_read_in_as_few_requests_as_there_can_be(self):
+        controller = self.controller("--still", "--strict", "--set", "R_W:0..3999=7")
+        out = self.succeeds("read", "--port", controller.port, "R_W:0..3999", "--stats")
+        self.assertEqual(out.splitlines()[0], "1/R_W:0..3999 =" + 4000 * " 7")
+        self.assertIn("all requests: 32 sent, 32 good", out)
+
+    def test_without_a_gap_the_last_words_of_a_piece_are_read_too(self):
+        controller = self.controller("--still", "--set", "R_W:0..3999=7")
+        out = self.succeeds("read", "--port", controller.port, "R_W:3875..3999", "--gap", "0")
+        self.assertEqual(out, "1/R_W:3875..3999 =" + 125 * " 7" + "\n")
+
+    def test_a_float_format_leaves_a_word_among_them_as_it_is(self):
+        controller = self.controller("--still", "--set", "R_W:100=5", "--set", "R_D:200=1.5")
+        out = self.succeeds("read", "--port", controller.port, "R_W:100", "R_D:200", "--format",
+                            "float")  # fmt: skip
+        self.assertEqual(out, "1/R_W:100 = 5\n1/R_D:200..201 = 1.5\n")
+
     def test_one_silent_station_does_not_keep_the_others_from_being_read(self):
         controller = self.controller("--still", "--set", "R_W:100=5")
         done = run("read", "--port", controller.port, "--timeout", "50", "R_W:100", "9/R_W:1")
@@ -237,6 +254,15 @@ class Watch(EndToEnd):
         self.assertGreater(len(changes), 2)
         self.assertEqual(changes[0]["address"], "1/C:0")
         self.assertEqual(changes[2]["previous"], changes[1]["value"])
+
+    def test_json_has_numbers_for_floats_and_the_bits_of_what_is_none(self):
+        controller = self.controller("--still", "--set", "R_D:0..7=1e10,0.1,0x7FC00001,0xFF800000")
+        out = self.succeeds("watch", "--port", controller.port, "R_D:0..7", "--format", "float",
+                            "--json", "--cycles", "1")  # fmt: skip
+        told = [json.loads(line) for line in out.splitlines()]
+        self.assertEqual([(t["value"], t.get("bits")) for t in told],
+                         [(1e10, None), (0.1, None), (None, "0x7FC00001"),
+                          (None, "0xFF800000")])  # fmt: skip
 
     def test_json_tells_what_was_given_up_once_and_how_often(self):
         controller = self.controller("--fault", "exception:2=100%")
