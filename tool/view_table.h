@@ -38,6 +38,10 @@ std::vector<std::string> doubtfulValues(const std::vector<View>& views,
                                         const std::vector<Item>& items,
                                         const std::vector<ViewLabel>& labels);
 
+using Row = std::vector<std::string>;
+// The first columns to the left, the numbers behind them to the right.
+std::vector<std::string> aligned(const std::vector<Row>& rows, std::size_t textColumns);
+
 // A heading and a row each: name, address, value, quality, previous value, age, changes.
 std::vector<std::string> viewTable(const std::vector<View>& views,
                                    const std::vector<ViewLabel>& labels, Clock::time_point now);
