@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "line/frame_length.h"
+
 namespace dov417 {
 
 namespace {
@@ -13,9 +15,8 @@ constexpr unsigned char lastReadFunction = 4;
 constexpr unsigned char diagnostics = 8;
 constexpr int maxOver = 64; // transmissions that are remembered
 constexpr int exceptionLength = 5;
-constexpr int readReplyHead = 5;  // station, function, count, CRC
-constexpr int writeReplyHead = 4; // station, function, address: the value may be made another
-constexpr int diagnosticsHead = 6;
+constexpr int addressEnd = 4;
+constexpr int readReplyHead = 5; // station, function, count, CRC
 
 unsigned char byteAt(const QByteArray& bytes, int index)
 {
@@ -30,7 +31,7 @@ bool isRead(const QByteArray& request)
 bool haveOneShape(const OpenTransmission& open, const QByteArray& request, int replyLength)
 {
     // The reply to a write says what it is about.
-    const int head = isRead(request) ? 2 : writeReplyHead;
+    const int head = std::min(echoedHead(request), addressEnd);
     return open.replyLength == replyLength && open.sent.left(head) == request.left(head);
 }
 
@@ -42,11 +43,12 @@ bool fits(const OpenTransmission& open, const QByteArray& frame)
     const unsigned char function = byteAt(open.sent, 1);
     if (byteAt(frame, 1) == (function | exceptionFlag))
         return frame.size() == exceptionLength;
-    if (byteAt(frame, 1) != function || frame.size() != open.replyLength)
+    const bool isUntold = open.replyLength == untoldLength;
+    if (byteAt(frame, 1) != function || (!isUntold && frame.size() != open.replyLength))
         return false;
     if (isRead(open.sent))
-        return byteAt(frame, 2) == ((open.replyLength - readReplyHead) & 0xFF);
-    const int head = function == diagnostics ? diagnosticsHead : writeReplyHead;
+        return isUntold || byteAt(frame, 2) == ((open.replyLength - readReplyHead) & 0xFF);
+    const int head = echoedHead(open.sent);
     return frame.left(head) == open.sent.left(head);
 }
 
@@ -101,6 +103,14 @@ std::optional<OpenTransmission> Books::find(const QByteArray& frame) const
         std::find_if(open_.begin(), open_.end(),
                      [&frame](const OpenTransmission& open) { return fits(open, frame); });
     return found == open_.end() ? std::nullopt : std::optional<OpenTransmission>(*found);
+}
+
+bool Books::isOfOneRequest(const QByteArray& frame) const
+{
+    const auto first = find(frame);
+    return first && std::all_of(open_.begin(), open_.end(), [&](const OpenTransmission& open) {
+               return open.sent == first->sent || !fits(open, frame);
+           });
 }
 
 std::optional<OpenTransmission> Books::take(const QByteArray& frame)

@@ -11,10 +11,16 @@ class QSerialPort;
 
 namespace dov417 {
 
+enum class PortUse {
+    talking,
+    listening // nothing can be written
+};
+
 class SerialPort : public Port {
 public:
     // A bare name is one of /dev.
-    SerialPort(const QString& device, const SerialFormat& format, const PortEvents& events);
+    SerialPort(const QString& device, const SerialFormat& format, const PortEvents& events,
+               PortUse use = PortUse::talking);
     ~SerialPort() override;
 
     bool open(QString* reason) override;
@@ -31,6 +37,7 @@ private:
     QString device_;
     SerialFormat format_;
     PortEvents events_;
+    PortUse use_;
     std::unique_ptr<QSerialPort> port_;
 };
 
