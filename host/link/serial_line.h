@@ -19,10 +19,9 @@
 #include "line/serial_format.h"
 #include "line/wake_timer.h"
 #include "link/exchange.h"
+#include "link/port.h"
 #include "link/request_parts.h"
 #include "link/transmission.h"
-
-class QSerialPort;
 
 namespace dov417 {
 
@@ -88,17 +87,13 @@ public:
     Micros wireTime() const;
 
 private:
-    bool tryOpen(QString* reason);
     void reopen();
-    bool applyFormat(QString* reason);
-    void lost();
-    void write(const QByteArray& bytes);
+    void gone();
     void wakeAt(Clock::time_point when);
-    bool bytesWait() const;
 
     LineSettings settings_;
     LineObserver observer_;
-    std::unique_ptr<QSerialPort> port_;
+    std::unique_ptr<Port> port_;
     WakeTimer timer_;
     QTimer reopenTimer_;
     QString lastReason_;
