@@ -28,6 +28,7 @@ int run(int argc, char** argv)
     app.footer("dov417 COMMAND --help tells more, with examples.");
     Action chosen;
     addPortsCommand(app, chosen);
+    addScanCommand(app, chosen);
     addInfoCommand(app, chosen);
     addCheckCommand(app, chosen);
     addSeriesCommand(app, chosen);
