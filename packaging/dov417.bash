@@ -37,7 +37,7 @@ _dov417() {
   fi
   case $before in
     --port) mapfile -t COMPREPLY < <(compgen -G "/dev/tty[UAS]*" -- "$current"); return ;;
-    --line) words="9600,8,EVEN,1 19200,8,EVEN,1 38400,8,EVEN,1 57600,8,EVEN,1 115200,8,EVEN,1" ;;
+    --line | --lines) words="9600,8,EVEN,1 19200,8,EVEN,1 38400,8,EVEN,1 57600,8,EVEN,1 115200,8,EVEN,1" ;;
     --format) words="unsigned signed hex bcd float" ;;
     --word-order) words="low-first high-first" ;;
     --tags | --log | --library | --csv | --load | --dump | --link)
