@@ -199,11 +199,13 @@ std::vector<std::string> briefStatistics(const LinkStatistics& statistics, Clock
 {
     const double seconds = secondsSince(statistics, now);
     const RequestCounters total = statistics.total();
+    // Over a network it is not known.
     const double used = static_cast<double>(statistics.wireTime.count()) / 1e6 / seconds;
+    const std::string usedText =
+        statistics.wireTime > Micros(0) ? text(", line %.1f %% used by bytes", 100 * used) : "";
     return {"all requests: " + countersText(total) +
                 text(", %.1f polls/s", static_cast<double>(total.sent) / seconds),
-            cyclesText(statistics.cycles) + text(", line %.1f %% used by bytes", 100 * used),
-            stateText(statistics)};
+            cyclesText(statistics.cycles) + usedText, stateText(statistics)};
 }
 
 std::vector<std::string> stationStatistics(const LinkStatistics& statistics)

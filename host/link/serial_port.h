@@ -17,7 +17,7 @@ public:
     SerialPort(const QString& device, const SerialFormat& format, const PortEvents& events);
     ~SerialPort() override;
 
-    bool open(QString* reason) override;
+    Opening open(QString* reason) override;
     void write(const QByteArray& bytes) override;
     bool bytesWait() const override;
     QString name() const override;
