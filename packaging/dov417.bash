@@ -44,7 +44,7 @@ _dov417() {
       _dov417_files "$current"
       return ;;
     --timeout | --timeout-min | --timeout-max | --reply-gap | --horizon | --retries | --probe | \
-      --gap | --max-registers | --turnaround | --response-time | --count | --step | --cycles | \
+      --gap | --max-registers | --turnaround | --response-time | --count | --step | --every | --cycles | \
       --seconds | --stations | --seed | --fault) return ;;
     *)
       if [[ $current == -* ]]; then
