@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "line/crc16.h"
+#include "line/frame_length.h"
 
 namespace dov417 {
 
@@ -15,7 +16,7 @@ constexpr int maxMarkerWords = 15; // there are controllers that take 16
 constexpr int maxLonger = 2;       // words
 constexpr int quantityIndex = 4;
 constexpr int coilsPerWord = 16;
-constexpr char readCoils = 1;
+constexpr char lastBitRead = 2; // coils, inputs
 constexpr char lastReadFunction = 4;
 
 QByteArray echoRequest(char station, unsigned short mark)
@@ -31,7 +32,7 @@ Transmission resized(const Transmission& read, int words)
 {
     Transmission other;
     other.request = read.request;
-    const int units = words * (read.sent.at(1) == readCoils ? coilsPerWord : 1);
+    const int units = words * (read.sent.at(1) <= lastBitRead ? coilsPerWord : 1);
     const int quantity = static_cast<unsigned char>(read.sent.at(quantityIndex)) * 256 +
                          static_cast<unsigned char>(read.sent.at(quantityIndex + 1)) + units;
     QByteArray frame = read.sent.left(quantityIndex);
@@ -55,7 +56,7 @@ Transmission makeMarker(const Transmission& request, const Books& books,
     if (mayEcho) {
         marker.sent = echoRequest(request.sent.at(0), nextNumber++);
         marker.replyLength = markerLength;
-    } else if (request.sent.at(1) <= lastReadFunction) {
+    } else if (request.sent.at(1) <= lastReadFunction && request.replyLength != untoldLength) {
         const auto take = [&](int more) {
             const Transmission other = resized(request, more);
             const bool isLikeAnswered = answered.sent.left(2) == other.sent.left(2) &&

@@ -1,6 +1,7 @@
 #include "link/reply_collector.h"
 
 #include "line/crc16.h"
+#include "line/frame_length.h"
 
 namespace dov417 {
 
@@ -8,6 +9,8 @@ namespace {
 
 constexpr int exceptionLength = 5; // station, function + 128, code, CRC
 constexpr int writeReplyHead = 6;  // station, function, address, quantity or value: as requested
+constexpr int functionEnd = 2;
+constexpr int minLength = 4;
 constexpr int addressEnd = 4;
 constexpr int maxCount = 255; // data bytes that the count byte of a reply can name
 
@@ -19,6 +22,15 @@ unsigned char byteAt(const QByteArray& bytes, int index)
 bool isReadFunction(unsigned char function)
 {
     return function >= 1 && function <= 4;
+}
+
+// Of a write so many bytes come back: as requested, value or quantity included. The counters that
+// other diagnostics ask for are nobody's request.
+int repeatedHead(const QByteArray& request)
+{
+    constexpr unsigned char diagnostics = 8;
+    const int head = echoedHead(request);
+    return head == addressEnd && byteAt(request, 1) != diagnostics ? writeReplyHead : head;
 }
 
 } // namespace
@@ -116,7 +128,7 @@ bool ReplyCollector::isAnswer(const QByteArray& frame) const
     if (adapterEchoes_ && !echoStripped_ && frame == request_)
         return false;
     if (!isReadFunction(byteAt(request_, 1)))
-        return frame.left(writeReplyHead) == request_.left(writeReplyHead);
+        return frame.left(repeatedHead(request_)) == request_.left(repeatedHead(request_));
     const int count = replyLength_ - exceptionLength;
     return count > maxCount || byteAt(frame, 2) == count;
 }
@@ -138,6 +150,11 @@ Arrival ReplyCollector::endOfFrame()
 {
     if (pending_.isEmpty())
         return Arrival::incomplete;
+    if (replyLength_ == untoldLength)
+        for (int first = 0; pending_.size() - first >= minLength; ++first)
+            if (pending_.mid(first, functionEnd) == request_.left(functionEnd) &&
+                hasGoodCrc(pending_.mid(first)))
+                return finish(Arrival::reply, first, static_cast<int>(pending_.size()) - first);
     const bool sound = hasGoodCrc(pending_);
     if (sound && pending_.size() == replyLength_ &&
         pending_.left(addressEnd) == request_.left(addressEnd))

@@ -1,6 +1,7 @@
 #include "link/transmission.h"
 
 #include "line/crc16.h"
+#include "line/frame_length.h"
 #include "line/frame_text.h"
 
 namespace dov417 {
@@ -54,7 +55,9 @@ Reason reasonOf(const Reception& reception, int expectedLength)
     case LineResult::exception:
         return Reason::exception;
     case LineResult::reply:
-        return reception.bytes.size() < expectedLength ? Reason::cutShort : Reason::badCrc;
+        return expectedLength != untoldLength && reception.bytes.size() < expectedLength
+                   ? Reason::cutShort
+                   : Reason::badCrc;
     case LineResult::broadcast:
         return Reason::broadcast;
     }
