@@ -7,6 +7,8 @@
 
 namespace dov417 {
 
+void addPortsCommand(CLI::App& app, Action& chosen);
+void addScanCommand(CLI::App& app, Action& chosen);
 void addInfoCommand(CLI::App& app, Action& chosen);
 void addCheckCommand(CLI::App& app, Action& chosen);
 void addSeriesCommand(CLI::App& app, Action& chosen);

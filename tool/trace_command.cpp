@@ -125,7 +125,7 @@ void addTraceCommand(CLI::App& app, Action& chosen)
                      "What --log recorded, that of simulate too; - reads the standard input")
         ->option_text("FILE")
         ->required();
-    addLineOptions(*command, options->line);
+    addLibraryOption(*command, options->line);
     command->footer("Examples:\n"
                     "  dov417 read --simulated R_W:100..103 --log line.log\n"
                     "  dov417 trace line.log\n"

@@ -90,10 +90,17 @@ bool SerialPort::open(QString* reason)
     return true;
 }
 
+bool SerialPort::setFormat(const SerialFormat& format, QString* reason)
+{
+    format_ = format;
+    return applyFormat(reason);
+}
+
 bool SerialPort::applyFormat(QString* reason)
 {
+    // Its far end may go by the speed.
     if (isPseudoTerminal(device_))
-        return true;
+        return port_->setBaudRate(format_.baudRate);
     const bool taken =
         port_->setBaudRate(format_.baudRate) &&
         port_->setDataBits(static_cast<QSerialPort::DataBits>(format_.dataBits)) &&

@@ -26,6 +26,8 @@ public:
     bool open(QString* reason) override;
     void write(const QByteArray& bytes) override;
     bool bytesWait() const override;
+    // Of the open port: another one from now on.
+    bool setFormat(const SerialFormat& format, QString* reason);
     QString name() const override;
     bool isAway() const override;
     std::chrono::milliseconds pause() const override;
