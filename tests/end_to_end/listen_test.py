@@ -77,6 +77,28 @@ def with_crc(text):
     return data + value.to_bytes(2, "little")
 
 
+def mbpoll(*options):
+    done = subprocess.run(
+        ["mbpoll", "-m", "rtu", "-a", "1", "-b", "38400", "-P", "none", "-1", "-o", "1", *options],
+        capture_output=True, text=True, timeout=PATIENCE, check=False,
+    )  # fmt: skip
+    return done.returncode, done.stdout + done.stderr
+
+
+class Places(EndToEnd):
+    def test_another_master_finds_what_lies_where_info_says(self):
+        places = {line.split()[0]: line.split() for line in
+                  self.succeeds("info").split("from 1, with its kind\n")[1].splitlines()}  # fmt: skip
+        controller = self.controller("--still", "--line", LINE, "--set", "R_W:0=4711", "--set",
+                                     "T:0=12", "--set", "M_bit:0.0=1")  # fmt: skip
+        for register, kind, value in (("R_W", "4", 4711), ("T", "4", 12), ("M_bit", "0", 1)):
+            number = places[register][-1].split("..")[0]
+            self.assertEqual(number[0], kind)
+            code, out = mbpoll("-t", kind, "-r", str(int(number[1:])), controller.port)
+            self.assertEqual(code, 0, out)
+            self.assertRegex(out, rf"\[{int(number[1:])}\]:\s+{value}\n")
+
+
 class Listen(EndToEnd):
     def setUp(self):
         super().setUp()
@@ -92,12 +114,7 @@ class Listen(EndToEnd):
         return listening
 
     def mbpoll(self, *options):
-        done = subprocess.run(
-            ["mbpoll", "-m", "rtu", "-a", "1", "-b", "38400", "-P", "none", "-0", "-1", "-o", "1",
-             *options],
-            capture_output=True, text=True, timeout=PATIENCE, check=False,
-        )  # fmt: skip
-        return done.returncode, done.stdout + done.stderr
+        return mbpoll("-0", *options)
 
     def end(self, listening):
         code, out, err = listening.interrupt()
