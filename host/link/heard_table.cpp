@@ -153,7 +153,7 @@ std::string heardAddresses(const HeardRow& row, const std::vector<Area>& areas)
     if (!known || row.first < 0)
         return "-";
     const bool coils = known->unit == std::string("coil");
-    const std::string place =
+    std::string place =
         known->isOfArea ? areaText(areas, coils, row.first, row.count) : std::string();
     if (!place.empty())
         return place;

@@ -10,7 +10,6 @@ namespace dov417 {
 
 namespace {
 
-constexpr int lastReadFunction = 4;
 constexpr int lastBitRead = 2; // coils, inputs
 constexpr int coilsPerWord = 16;
 constexpr int quantityIndex = 4;

@@ -111,7 +111,7 @@ void addCoils(QByteArray& frame, const std::vector<std::string>& data)
 
 QByteArray completed(const QByteArray& frame)
 {
-    const QByteArray complete = withCrc(frame);
+    QByteArray complete = withCrc(frame);
     if (complete.size() > maxFrame)
         throw UsageFailure("the frame has " + std::to_string(complete.size()) +
                            " bytes; Modbus RTU ends at " + std::to_string(maxFrame));
