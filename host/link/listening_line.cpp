@@ -12,7 +12,12 @@ ListeningLine::ListeningLine(const LineSettings& settings, const ListeningEvents
       listener_(settings.wire, settings.horizon, events.heard),
       silence_([this]() { listener_.silence(); }),
       port_(settings.device, settings.wire,
-            PortEvents{[this](const QByteArray& bytes) { came(bytes); }, [this]() { gone(); }},
+            PortEvents{nullptr, nullptr,
+                       [this](const QByteArray& bytes) {
+                           came(bytes);
+                           return true;
+                       },
+                       [this]() { gone(); }},
             PortUse::listening)
 {
     if (!silence_.isValid())
@@ -25,7 +30,7 @@ ListeningLine::ListeningLine(const LineSettings& settings, const ListeningEvents
 void ListeningLine::open()
 {
     QString reason;
-    if (!port_.open(&reason))
+    if (port_.open(&reason) != Opening::done)
         throw Failure(reason.toStdString());
     events_.port(true, "port " + port_.name().toStdString() + " is open");
 }
@@ -58,7 +63,7 @@ void ListeningLine::gone()
 void ListeningLine::reopen()
 {
     QString reason;
-    if (port_.open(&reason))
+    if (port_.open(&reason) == Opening::done)
         events_.port(true, "port " + port_.name().toStdString() + " is open");
     else
         reopenTimer_.start();

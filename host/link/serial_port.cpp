@@ -55,7 +55,7 @@ SerialPort::~SerialPort()
         port_->disconnect();
 }
 
-bool SerialPort::open(QString* reason)
+Opening SerialPort::open(QString* reason)
 {
     auto port = std::make_unique<QSerialPort>();
     port->setPortName(device_);
@@ -64,17 +64,17 @@ bool SerialPort::open(QString* reason)
                           access(device_.toLocal8Bit().constData(), R_OK | W_OK) == 0
                       ? QStringLiteral("port %1 is busy: another program uses it").arg(device_)
                       : whyNotOpened(device_, port->errorString());
-        return false;
+        return Opening::refused;
     }
     // Exclusive access does not hold against root; the lock does, against those who ask for it.
     if (flock(port->handle(), LOCK_EX | LOCK_NB) != 0) {
         *reason = QStringLiteral("port %1 is busy: another program uses it").arg(device_);
-        return false;
+        return Opening::refused;
     }
     port_ = std::move(port);
     if (!applyFormat(reason)) {
         port_.reset();
-        return false;
+        return Opening::refused;
     }
     port_->clear();
     QObject::connect(port_.get(), &QSerialPort::readyRead, port_.get(), [this]() {
@@ -87,7 +87,7 @@ bool SerialPort::open(QString* reason)
                          if (error != QSerialPort::NoError && error != QSerialPort::TimeoutError)
                              lost();
                      });
-    return true;
+    return Opening::done;
 }
 
 bool SerialPort::setFormat(const SerialFormat& format, QString* reason)

@@ -23,7 +23,7 @@ public:
                PortUse use = PortUse::talking);
     ~SerialPort() override;
 
-    bool open(QString* reason) override;
+    Opening open(QString* reason) override;
     void write(const QByteArray& bytes) override;
     bool bytesWait() const override;
     // Of the open port: another one from now on.
