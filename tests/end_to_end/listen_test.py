@@ -5,6 +5,7 @@ import json
 import os
 import pty
 import select
+import socket
 import subprocess
 import sys
 import termios
@@ -184,6 +185,20 @@ class Listen(EndToEnd):
         listening.wait_for("<? station 1: read registers, 2 bytes of values: 42, to one of several")
         self.end(listening)
         self.assertNotIn("R_W:10 = 42", self.succeeds("trace", log))
+
+    def test_a_line_behind_a_device_server_is_heard(self):
+        server = socket.create_server(("127.0.0.1", 0))
+        self.addCleanup(server.close)
+        listening = self.tool("listen", "--port", f"tcp://127.0.0.1:{server.getsockname()[1]}")
+        connection, _ = server.accept()
+        self.addCleanup(connection.close)
+        listening.wait_for("is open")
+        connection.sendall(with_crc("01 03 05 0A 00 01") + with_crc("01 03 02 00 2A"))
+        listening.wait_for("<- station 1: R_W:10 = 42")
+        connection.setblocking(False)
+        with self.assertRaises(BlockingIOError, msg="a listener says nothing"):
+            connection.recv(1)
+        self.assertEqual(listening.interrupt()[0], 0)
 
     def test_noise_is_told_and_what_follows_is_heard(self):
         listening = self.listen()
