@@ -46,7 +46,7 @@ void setTimes(LineSettings& line, const LineSetup& setup)
 LineSettings listeningSettings(const Library& library, const LineSetup& setup)
 {
     if (setup.port.empty())
-        throw UsageFailure("no line: name the port with --port DEVICE");
+        throw UsageFailure("no line: name the port with --port PORT");
     LineSettings settings;
     settings.device = QString::fromStdString(setup.port);
     settings.wire = serialFormat(library, setup);
