@@ -9,7 +9,7 @@ _dov417_commands() {
 }
 
 _dov417_registers() {
-  "$1" info 2>/dev/null | sed -n '/^register /,$s/^\([A-Z][A-Za-z_]*\) .*/\1/p'
+  "$1" info 2>/dev/null | sed -n '/^register  format/,/^$/s/^\([A-Z][A-Za-z_]*\) .*/\1/p'
 }
 
 # The value of an option that is already on the line: words 1 and on are the line's.
