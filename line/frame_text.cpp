@@ -1,6 +1,7 @@
 #include "line/frame_text.h"
 
 #include <algorithm>
+#include <cstring>
 #include <iterator>
 
 #include "line/crc16.h"
@@ -249,6 +250,32 @@ int dueLength(const QByteArray& reply, const Asked& asked)
 std::string hexText(const QByteArray& bytes)
 {
     return bytes.toHex(' ').toUpper().toStdString();
+}
+
+std::optional<QByteArray> parseHexText(const std::string& text)
+{
+    QByteArray bytes;
+    std::size_t at = 0;
+    while (at < text.size()) {
+        if (text[at] == ' ') {
+            ++at;
+            continue;
+        }
+        const auto digit = [&text](std::size_t i) {
+            const char* digits = "0123456789ABCDEF";
+            const char* found = i < text.size() && text[i] != 0
+                                    ? std::strchr(digits, text[i] >= 'a' ? text[i] - 32 : text[i])
+                                    : nullptr;
+            return found ? static_cast<int>(found - digits) : -1;
+        };
+        const int high = digit(at);
+        const int low = digit(at + 1);
+        if (high < 0 || low < 0)
+            return std::nullopt;
+        bytes.append(static_cast<char>(high * 16 + low));
+        at += 2;
+    }
+    return bytes;
 }
 
 std::string exceptionName(int code)

@@ -57,7 +57,7 @@ _dov417() {
           trace) _dov417_files "$current"; return ;;
           series) ((COMP_CWORD == 2)) && words=$(_dov417_registers "$tool") ;;
           recipe)
-            if ((COMP_CWORD == 2)); then words="upload download"; else _dov417_files "$current"; return; fi ;;
+            if ((COMP_CWORD == 2)); then words="upload download compare"; else _dov417_files "$current"; return; fi ;;
           check | plan | watch | read | write | simulate)
             # What follows a colon is a number that nobody can guess.
             [[ $current == ':' || $before == ':' ]] && return

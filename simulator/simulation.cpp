@@ -70,7 +70,7 @@ void Simulation::start()
 void Simulation::prepare()
 {
     if (memory_.stations().size() != options_.stations.size() || options_.stations.empty())
-        throw Failure("stations are different numbers from 1 to 247");
+        throw UsageFailure("stations are different numbers from 1 to 247");
     std::vector<FaultRule> rules;
     for (const std::string& text : options_.faults)
         rules.push_back(parseFaultRule(text));

@@ -61,6 +61,14 @@ void LiveCommand::open()
     const Result result = session_.open(line_.settings());
     if (!result.accepted)
         throw Failure(result.reason);
+    if (session_.statistics().portIsOpen)
+        return;
+    // A connection is made beside the event loop, and Ctrl-C ends that too.
+    isConnecting_ = true;
+    loop_.exec();
+    isConnecting_ = false;
+    if (!refusal_.empty() || !interruption_.empty())
+        throw Failure(refusal_.empty() ? interruption_ : refusal_);
 }
 
 void LiveCommand::beQuiet()
@@ -73,6 +81,11 @@ void LiveCommand::countInJson()
     countsInJson_ = true;
 }
 
+void LiveCommand::keepOutput()
+{
+    keepsOutput_ = true;
+}
+
 void LiveCommand::endWithoutPort(std::chrono::milliseconds patience)
 {
     endsWithoutPort_ = true;
@@ -81,6 +94,11 @@ void LiveCommand::endWithoutPort(std::chrono::milliseconds patience)
 
 void LiveCommand::portChanged(bool open, const std::string& message)
 {
+    if (isConnecting_) {
+        refusal_ = open ? std::string() : message;
+        loop_.quit();
+        return;
+    }
     if (open) {
         portTimer_.stop();
         if (wasLost_ && !isQuiet_)
@@ -141,9 +159,9 @@ int LiveCommand::finish(bool complete)
 {
     const Clock::time_point now = Clock::now();
     if (options_.stats)
-        std::printf("%s", countsInJson_
-                              ? (statisticsJson(session_.statistics(), now) + "\n").c_str()
-                              : fullStatistics(session_.statistics(), now).c_str());
+        std::fprintf(keepsOutput_ ? stderr : stdout, "%s",
+                     countsInJson_ ? (statisticsJson(session_.statistics(), now) + "\n").c_str()
+                                   : fullStatistics(session_.statistics(), now).c_str());
     if (line_.hasLostLog())
         std::fprintf(stderr, "dov417: the log %s could not be written\n", options_.log.c_str());
     return complete && !line_.hasLostLog() ? exitDone : exitFailed;

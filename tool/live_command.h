@@ -29,13 +29,16 @@ public:
                 const simulator::SimulationOptions& controller = {});
 
     Session& session();
-    // Opens the line. Throws a Failure if it cannot be had.
+    // Opens the line, and waits until a connection is made. Throws a Failure if it cannot be had,
+    // or was interrupted.
     void open();
 
     // The terminal shows something else: no words about the port on it.
     void beQuiet();
     // The counters are printed for a program.
     void countInJson();
+    // The standard output is a file's: the counters go to the other one.
+    void keepOutput();
     // A command that has an end of its own does not wait for a lost port for ever.
     void endWithoutPort(std::chrono::milliseconds patience = defaultPortPatience);
 
@@ -67,10 +70,13 @@ private:
     bool endsWithoutPort_ = false;
     bool isQuiet_ = false;
     bool countsInJson_ = false;
+    bool keepsOutput_ = false;
     bool isEnding_ = false;
     bool isWaiting_ = false;
     bool ended_ = false;
+    bool isConnecting_ = false;
     bool wasLost_ = false;
+    std::string refusal_; // of the connection
     std::string interruption_;
     Shutdown shutdown_; // before the controller is started: it is to be ended too
     LiveLine line_;

@@ -34,6 +34,7 @@ int run(int argc, char** argv)
     addSeriesCommand(app, chosen);
     addPlanCommand(app, chosen);
     addTraceCommand(app, chosen);
+    addListenCommand(app, chosen);
     addWatchCommand(app, chosen);
     addReadCommand(app, chosen);
     addWriteCommand(app, chosen);

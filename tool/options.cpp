@@ -21,11 +21,19 @@ const int minMaxRegisters = 2;
 
 } // namespace
 
-void addLineOptions(CLI::App& command, LineOptions& options)
+void addLibraryOption(CLI::App& command, LineOptions& options)
 {
-    command.add_option("--port", options.port, "Serial port, as in /dev/ttyUSB0")
-        ->option_text("DEVICE")
-        ->group(lineGroup);
+    command
+        .add_option("--library", options.library,
+                    "The driver library; else it is looked for next to the tool, in its library "
+                    "folder and where the linker looks")
+        ->option_text("PATH")
+        ->group(lineGroup)
+        ->check([](const std::string& path) { return path.empty() ? "no path" : ""; });
+}
+
+void addPlanningOptions(CLI::App& command, LineOptions& options)
+{
     command
         .add_option("--line", options.line,
                     "Baud rate, data bits, parity, stop bits, as in 38400,8,EVEN,1; else the "
@@ -40,6 +48,35 @@ void addLineOptions(CLI::App& command, LineOptions& options)
             }
             return std::string();
         });
+    command
+        .add_option("--gap", options.gap,
+                    "Widest hole in words that one read bridges (" +
+                        std::to_string(defaultMergeGap) +
+                        "). It is also the longest piece of a write, so one that would cut a "
+                        "32-bit value in two is refused")
+        ->option_text("N")
+        ->group(lineGroup)
+        ->check(CLI::Range(0, maxGap));
+    command
+        .add_option("--max-registers", options.maxRegisters,
+                    "Registers (or 16 coils for each) that controllers take in one request: a "
+                    "longer one goes out in parts. Else in parts where a controller refuses it "
+                    "whole; 128: never")
+        ->option_text("N")
+        ->group(lineGroup)
+        ->check(CLI::Range(minMaxRegisters, noMaximum));
+    addLibraryOption(command, options);
+}
+
+void addLineOptions(CLI::App& command, LineOptions& options)
+{
+    command
+        .add_option("--port", options.port,
+                    "Serial port, as in /dev/ttyUSB0, or the serial line of a device server on the "
+                    "network, as in tcp://HOST:4001")
+        ->option_text("PORT")
+        ->group(lineGroup);
+    addPlanningOptions(command, options);
     command
         .add_option("--timeout", options.timeoutMs,
                     "How long to wait for a reply, whatever a station takes; else " +
@@ -68,15 +105,6 @@ void addLineOptions(CLI::App& command, LineOptions& options)
         ->group(lineGroup)
         ->check(CLI::Range(1, maxMs));
     command
-        .add_option("--gap", options.gap,
-                    "Widest hole in words that one read bridges (" +
-                        std::to_string(defaultMergeGap) +
-                        "). It is also the longest piece of a write, so one that would cut a "
-                        "32-bit value in two is refused")
-        ->option_text("N")
-        ->group(lineGroup)
-        ->check(CLI::Range(0, maxGap));
-    command
         .add_option("--turnaround", options.turnaroundMs,
                     "What controllers need to digest a broadcast (" +
                         std::to_string(defaultTurnaroundMs) + ")")
@@ -103,7 +131,8 @@ void addLineOptions(CLI::App& command, LineOptions& options)
         .add_option("--reply-gap", options.replyGapMs,
                     "Silence after which a reply that has begun is taken to have ended; longer "
                     "once one went on after that (" +
-                        std::to_string(defaultReplyGapMs) + ")")
+                        std::to_string(defaultReplyGapMs) + "; over a network " +
+                        std::to_string(defaultNetworkReplyGapMs) + ")")
         ->option_text("MS")
         ->group(lineGroup)
         ->check(CLI::Range(1, maxMs));
@@ -113,13 +142,6 @@ void addLineOptions(CLI::App& command, LineOptions& options)
         ->option_text("SECONDS")
         ->group(lineGroup)
         ->check(CLI::Range(0.1, maxHorizonSeconds));
-    command
-        .add_option("--library", options.library,
-                    "The driver library; else it is looked for next to the tool, in its library "
-                    "folder and where the linker looks")
-        ->option_text("PATH")
-        ->group(lineGroup)
-        ->check([](const std::string& path) { return path.empty() ? "no path" : ""; });
     command
         .add_option("--log", options.log,
                     "Record every frame with time, direction, bytes and meaning; see trace")
@@ -131,14 +153,6 @@ void addLineOptions(CLI::App& command, LineOptions& options)
         ->group(lineGroup);
     command.add_flag("--stats", options.stats, "Print the line's counters at the end")
         ->group(lineGroup);
-    command
-        .add_option("--max-registers", options.maxRegisters,
-                    "Registers (or 16 coils for each) that controllers take in one request: a "
-                    "longer one goes out in parts. Else in parts where a controller refuses it "
-                    "whole; 128: never")
-        ->option_text("N")
-        ->group(lineGroup)
-        ->check(CLI::Range(minMaxRegisters, noMaximum));
 }
 
 void addTagOption(CLI::App& command, std::string& tags)
@@ -157,7 +171,8 @@ void addItemOptions(CLI::App& command, ItemOptions& options)
     command
         .add_option("--format", options.source.format,
                     "How values are written: unsigned, signed, hex, bcd or float, with :low-first "
-                    "or :high-first appended for the word order; wins over a tag's own")
+                    "or :high-first appended for the word order; wins over a tag's own. What is "
+                    "read and does not fit it keeps its own")
         ->option_text("FORMAT")
         ->group(valueGroup);
     command

@@ -4,20 +4,20 @@
 #include <iterator>
 
 #include "line/frame_bytes.h"
+#include "line/frame_length.h"
 
 namespace dov417 {
 
 namespace {
 
-constexpr int maxOver = 64;       // transmissions that are remembered
-constexpr int readReplyHead = 5;  // station, function, count, CRC
-constexpr int writeReplyHead = 4; // station, function, address: the value may be made another
-constexpr int diagnosticsHead = 6;
+constexpr int maxOver = 64; // transmissions that are remembered
+constexpr int addressEnd = 4;
+constexpr int readReplyHead = 5; // station, function, count, CRC
 
 bool haveOneShape(const OpenTransmission& open, const QByteArray& request, int replyLength)
 {
     // The reply to a write says what it is about.
-    const int head = isReadFunction(functionOf(request)) ? 2 : writeReplyHead;
+    const int head = std::min(echoedHead(request), addressEnd);
     return open.replyLength == replyLength && open.sent.left(head) == request.left(head);
 }
 
@@ -29,11 +29,12 @@ bool fits(const OpenTransmission& open, const QByteArray& frame)
     const int function = functionOf(open.sent);
     if (byteAt(frame, functionIndex) == (function | exceptionFlag))
         return frame.size() == exceptionLength;
-    if (byteAt(frame, functionIndex) != function || frame.size() != open.replyLength)
+    const bool isUntold = open.replyLength == untoldLength;
+    if (byteAt(frame, functionIndex) != function || (!isUntold && frame.size() != open.replyLength))
         return false;
-    if (isReadFunction(functionOf(open.sent)))
-        return byteAt(frame, 2) == ((open.replyLength - readReplyHead) & 0xFF);
-    const int head = function == diagnostics ? diagnosticsHead : writeReplyHead;
+    if (isReadFunction(function))
+        return isUntold || byteAt(frame, 2) == ((open.replyLength - readReplyHead) & 0xFF);
+    const int head = echoedHead(open.sent);
     return frame.left(head) == open.sent.left(head);
 }
 
@@ -88,6 +89,14 @@ std::optional<OpenTransmission> Books::find(const QByteArray& frame) const
         std::find_if(open_.begin(), open_.end(),
                      [&frame](const OpenTransmission& open) { return fits(open, frame); });
     return found == open_.end() ? std::nullopt : std::optional<OpenTransmission>(*found);
+}
+
+bool Books::isOfOneRequest(const QByteArray& frame) const
+{
+    const auto first = find(frame);
+    return first && std::all_of(open_.begin(), open_.end(), [&](const OpenTransmission& open) {
+               return open.sent == first->sent || !fits(open, frame);
+           });
 }
 
 std::optional<OpenTransmission> Books::take(const QByteArray& frame)

@@ -19,7 +19,7 @@ namespace dov417 {
 struct OpenTransmission {
     long long number = 0; // counts up over all stations
     QByteArray sent;
-    int replyLength = 0; // of the reply; an exception has its own
+    int replyLength = 0; // of the reply, or untoldLength; an exception has its own
     Clock::time_point sentAt{};
 };
 
@@ -40,6 +40,8 @@ public:
     std::optional<OpenTransmission> take(const QByteArray& frame);
     // The same, closing nothing: the frame may as well answer what another program has sent.
     std::optional<OpenTransmission> find(const QByteArray& frame) const;
+    // Are all transmissions that it can belong to the same request?
+    bool isOfOneRequest(const QByteArray& frame) const;
     // Could it be the reply to a transmission that is answered no more? Such a reply is one too
     // many.
     bool fitsWhatIsOver(const QByteArray& frame) const;

@@ -90,7 +90,8 @@ Micros Exchange::wireTime() const
 
 Micros Exchange::onTheWire(int bytes) const
 {
-    return std::chrono::round<Micros>(settings_.wire.characters(bytes));
+    return settings_.bytesTakeTime ? std::chrono::round<Micros>(settings_.wire.characters(bytes))
+                                   : Micros(0);
 }
 
 Exchange::Station& Exchange::station()

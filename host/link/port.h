@@ -11,16 +11,25 @@ namespace dov417 {
 
 // Called from the event loop.
 struct PortEvents {
-    std::function<void(const QByteArray&)> came;
+    std::function<void()> opened;                // what was under way, or
+    std::function<void(const QString&)> refused; // it cannot be had, and why
+    // Has the line been of use since it was open: has a sound frame come?
+    std::function<bool(const QByteArray&)> came;
     std::function<void()> gone; // it is closed then, and may be opened again
+};
+
+enum class Opening {
+    done,
+    underWay, // the events tell how it ends
+    refused
 };
 
 class Port {
 public:
     virtual ~Port() = default;
 
-    // False with the reason if it cannot be had.
-    virtual bool open(QString* reason) = 0;
+    // With the reason where it is refused. Never waits.
+    virtual Opening open(QString* reason) = 0;
 
     // To be called while it is open only.
     virtual void write(const QByteArray& bytes) = 0;

@@ -4,6 +4,8 @@
 #include <utility>
 
 #include "line/failure.h"
+#include "link/network_address.h"
+#include "link/network_port.h"
 #include "link/serial_port.h"
 
 namespace dov417 {
@@ -21,6 +23,7 @@ ExchangeSettings exchangeSettings(const LineSettings& line)
     settings.horizon = line.horizon;
     settings.mayMark = line.mayMark;
     settings.isShared = line.isShared;
+    settings.bytesTakeTime = !parseNetworkAddress(line.device.toStdString());
     return settings;
 }
 
@@ -35,10 +38,19 @@ SerialLine::SerialLine(const LineSettings& settings, const LineObserver& observe
                  observer.sent, observer.markerEnded, observer.stray, observer.notice,
                  observer.doubt})
 {
-    port_ = std::make_unique<SerialPort>(
-        settings_.device, settings_.wire,
-        PortEvents{[this](const QByteArray& bytes) { exchange_.bytesCame(bytes, Clock::now()); },
-                   [this]() { gone(); }});
+    const PortEvents events{[this]() { opened(); },
+                            [this](const QString& reason) { refused(reason); },
+                            [this](const QByteArray& bytes) {
+                                exchange_.bytesCame(bytes, Clock::now());
+                                return exchange_.wasSound();
+                            },
+                            [this]() { gone(); }};
+    const QString& device = settings_.device;
+    const std::optional<NetworkAddress> address = parseNetworkAddress(device.toStdString());
+    if (address)
+        port_ = std::make_unique<NetworkPort>(device, *address, events);
+    else
+        port_ = std::make_unique<SerialPort>(device, settings_.wire, events);
     if (!timer_.isValid())
         throw Failure("the system has no timer left");
     reopenTimer_.setSingleShot(true);
@@ -85,24 +97,33 @@ void SerialLine::awaitLate(const Books& earlier)
 
 bool SerialLine::open(QString* reason)
 {
-    if (!port_->open(reason))
-        return false;
-    exchange_.start(exchangeSettings(settings_), Clock::now());
-    observer_.port(true, QStringLiteral("port %1 is open").arg(port_->name()));
-    return true;
+    const Opening opening = port_->open(reason);
+    if (opening == Opening::done)
+        opened();
+    return opening != Opening::refused;
 }
 
-void SerialLine::reopen()
+void SerialLine::opened()
 {
-    QString reason;
-    if (open(&reason))
-        return;
+    exchange_.start(exchangeSettings(settings_), Clock::now());
+    observer_.port(true, QStringLiteral("port %1 is open").arg(port_->name()));
+}
+
+void SerialLine::refused(const QString& reason)
+{
     reopenTimer_.start();
     // That it is gone has been said.
     if (reason != lastReason_ && !port_->isAway()) {
         lastReason_ = reason;
         observer_.port(false, reason);
     }
+}
+
+void SerialLine::reopen()
+{
+    QString reason;
+    if (!open(&reason))
+        refused(reason);
 }
 
 void SerialLine::gone()

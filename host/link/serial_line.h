@@ -61,8 +61,10 @@ public:
     SerialLine(const SerialLine&) = delete;
     SerialLine& operator=(const SerialLine&) = delete;
 
-    // Opens the port. False with the reason if it cannot be opened now. Once open, a port that
-    // vanishes is opened again as soon as it is back; the observer hears of both.
+    // Opens the port. False with the reason if it cannot be opened now. A connection over a network
+    // is under way then: the observer hears when it is open, or why it is not. Once open, a port
+    // that vanishes is opened again as soon as it is back, and a connection that was not made is
+    // tried again; the observer hears of both.
     bool open(QString* reason);
     bool isOpen() const;
 
@@ -87,6 +89,8 @@ public:
     Micros wireTime() const;
 
 private:
+    void opened();
+    void refused(const QString& reason);
     void reopen();
     void gone();
     void wakeAt(Clock::time_point when);

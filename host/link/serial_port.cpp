@@ -41,10 +41,11 @@ QSerialPort::Parity parityOf(Parity parity)
 } // namespace
 
 // QSerialPort takes a relative path for a name of /dev too.
-SerialPort::SerialPort(const QString& device, const SerialFormat& format, const PortEvents& events)
+SerialPort::SerialPort(const QString& device, const SerialFormat& format, const PortEvents& events,
+                       PortUse use)
     : device_(device.contains(QLatin1Char('/')) ? QFileInfo(device).absoluteFilePath()
                                                 : QStringLiteral("/dev/") + device),
-      format_(format), events_(events)
+      format_(format), events_(events), use_(use)
 {
 }
 
@@ -54,26 +55,26 @@ SerialPort::~SerialPort()
         port_->disconnect();
 }
 
-bool SerialPort::open(QString* reason)
+Opening SerialPort::open(QString* reason)
 {
     auto port = std::make_unique<QSerialPort>();
     port->setPortName(device_);
-    if (!port->open(QIODevice::ReadWrite)) {
+    if (!port->open(use_ == PortUse::listening ? QIODevice::ReadOnly : QIODevice::ReadWrite)) {
         *reason = port->error() == QSerialPort::PermissionError &&
                           access(device_.toLocal8Bit().constData(), R_OK | W_OK) == 0
                       ? QStringLiteral("port %1 is busy: another program uses it").arg(device_)
                       : whyNotOpened(device_, port->errorString());
-        return false;
+        return Opening::refused;
     }
     // Exclusive access does not hold against root; the lock does, against those who ask for it.
     if (flock(port->handle(), LOCK_EX | LOCK_NB) != 0) {
         *reason = QStringLiteral("port %1 is busy: another program uses it").arg(device_);
-        return false;
+        return Opening::refused;
     }
     port_ = std::move(port);
     if (!applyFormat(reason)) {
         port_.reset();
-        return false;
+        return Opening::refused;
     }
     port_->clear();
     QObject::connect(port_.get(), &QSerialPort::readyRead, port_.get(), [this]() {
@@ -86,7 +87,7 @@ bool SerialPort::open(QString* reason)
                          if (error != QSerialPort::NoError && error != QSerialPort::TimeoutError)
                              lost();
                      });
-    return true;
+    return Opening::done;
 }
 
 bool SerialPort::setFormat(const SerialFormat& format, QString* reason)

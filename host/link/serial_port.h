@@ -11,13 +11,19 @@ class QSerialPort;
 
 namespace dov417 {
 
+enum class PortUse {
+    talking,
+    listening // nothing can be written
+};
+
 class SerialPort : public Port {
 public:
     // A bare name is one of /dev.
-    SerialPort(const QString& device, const SerialFormat& format, const PortEvents& events);
+    SerialPort(const QString& device, const SerialFormat& format, const PortEvents& events,
+               PortUse use = PortUse::talking);
     ~SerialPort() override;
 
-    bool open(QString* reason) override;
+    Opening open(QString* reason) override;
     void write(const QByteArray& bytes) override;
     bool bytesWait() const override;
     // Of the open port: another one from now on.
@@ -33,6 +39,7 @@ private:
     QString device_;
     SerialFormat format_;
     PortEvents events_;
+    PortUse use_;
     std::unique_ptr<QSerialPort> port_;
 };
 

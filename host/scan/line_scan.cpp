@@ -6,14 +6,17 @@ namespace dov417 {
 
 LineScan::LineScan(const QString& device, const ScanSettings& settings,
                    const ScanQuestions& questions, const LineScanEvents& events)
-    : events_(events),
-      port_(device, settings.lines.front(),
-            {[this](const QByteArray& bytes) { scan_.bytesCame(bytes, Clock::now()); },
-             [this]() {
-                 isOpen_ = false;
-                 timer_.cancel();
-                 events_.ended("port " + port_.name().toStdString() + " is gone");
-             }}),
+    : events_(events), port_(device, settings.lines.front(),
+                             {nullptr, nullptr,
+                              [this](const QByteArray& bytes) {
+                                  scan_.bytesCame(bytes, Clock::now());
+                                  return true;
+                              },
+                              [this]() {
+                                  isOpen_ = false;
+                                  timer_.cancel();
+                                  events_.ended("port " + port_.name().toStdString() + " is gone");
+                              }}),
       timer_([this]() { scan_.timerDue(Clock::now()); }),
       scan_(settings, questions,
             {[this](const SerialFormat& line) {
@@ -45,7 +48,7 @@ LineScan::LineScan(const QString& device, const ScanSettings& settings,
 void LineScan::start()
 {
     QString reason;
-    if (!port_.open(&reason))
+    if (port_.open(&reason) != Opening::done)
         throw Failure(reason.toStdString());
     isOpen_ = true;
     scan_.start(Clock::now());

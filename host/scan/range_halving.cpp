@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "link/request_parts.h"
+
 namespace dov417 {
 
 RangeHalving::RangeHalving(int first, int count, std::function<void(const WordRange&)> found)

@@ -10,9 +10,6 @@
 
 namespace dov417 {
 
-// What one request of the protocol reads: 125 registers, 2000 coils.
-constexpr int maxWordsOfARead = 125;
-
 struct WordRange {
     enum Kind {
         answered,

@@ -116,7 +116,7 @@ std::optional<ScanPiece> ScanEar::take(bool isSilent)
     if (!dropEcho(isSilent) || pending_.isEmpty())
         return std::nullopt;
     for (int first = 0; first + exceptionLength <= pending_.size(); ++first) {
-        const std::optional<ScanPiece> found = answerAt(first);
+        std::optional<ScanPiece> found = answerAt(first);
         if (!found)
             continue;
         if (first > 0)

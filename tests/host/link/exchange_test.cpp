@@ -410,6 +410,18 @@ TEST(Exchange, NoValueIsWrongOnABusThatAnswersLate)
     EXPECT_GT(all.values, 10000);
 }
 
+TEST(Exchange, NoValueIsWrongOverANetworkThatHandsOnAtIntervals)
+{
+    Tally all;
+    for (unsigned seed = 1; seed <= 100; ++seed) {
+        const Tally tally = playNetworkRound(seed, 100);
+        EXPECT_EQ(tally.lies() + tally.doubts + tally.silent, 0)
+            << "seed " << seed << ": " << textOf(tally);
+        all.add(tally);
+    }
+    EXPECT_GT(all.values, 3000);
+}
+
 } // namespace
 
 } // namespace dov417
