@@ -65,9 +65,12 @@ std::vector<std::string> portRemarks(const PortList& list)
     for (const PortEntry& port : list.ports)
         if (!port.mayOpen && !port.group.empty())
             groups.insert(port.group);
-    for (const std::string& group : groups)
-        remarks.push_back("'sudo adduser $USER " + group +
-                          "' and a new login let you in where group " + group + " may");
+    remarks.reserve(groups.size() + 1);
+    for (const std::string& group : groups) {
+        std::string remark = "'sudo adduser $USER ";
+        remark.append(group).append("' and a new login let you in where group ");
+        remarks.push_back(remark.append(group).append(" may"));
+    }
     if (!list.sawAllPrograms)
         remarks.emplace_back("programs of other users are hidden from you, so a port may be in "
                              "use all the same; 'sudo dov417 ports' sees them");

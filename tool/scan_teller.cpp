@@ -27,6 +27,10 @@ ScanTeller::ScanTeller(const ScanSettings& settings, bool json, const std::strin
         log_.remark("scan");
     }
     barTimer_.setInterval(redrawMilliseconds);
+    QObject::connect(&barTimer_, &QTimer::timeout, &barTimer_, [this]() {
+        hasBar_ = true;
+        std::fprintf(stderr, "\r%s\033[K", barText_().c_str());
+    });
 }
 
 LineScanEvents ScanTeller::events(std::function<void()> ended)
@@ -45,15 +49,34 @@ LineScanEvents ScanTeller::events(std::function<void()> ended)
     return events;
 }
 
-void ScanTeller::showProgressOf(const LineScan& scan)
+void ScanTeller::showBar(std::function<std::string()> text)
 {
-    if (isatty(STDERR_FILENO) == 0)
-        return;
-    QObject::connect(&barTimer_, &QTimer::timeout, &barTimer_, [this, &scan]() {
-        hasBar_ = true;
-        std::fprintf(stderr, "\r%s\033[K", progressText(scan.progress()).c_str());
-    });
-    barTimer_.start();
+    barText_ = std::move(text);
+    if (isatty(STDERR_FILENO) != 0)
+        barTimer_.start();
+}
+
+const std::map<int, SerialFormat>& ScanTeller::whereFound() const
+{
+    return whereFound_;
+}
+
+void ScanTeller::tellRange(const WordRun& run, const WordRange& range)
+{
+    isRangeUnknown_ = isRangeUnknown_ || range.kind == WordRange::unknown;
+    const std::string words = rangeText(run, range.first, range.count);
+    sayLine(json_ ? rangeJson(words, range).dump() : rangeLine(words, range));
+}
+
+void ScanTeller::tellNotFound(const WordRun& run)
+{
+    isRangeUnknown_ = true;
+    sayNotice(rangeText(run, run.first, run.count) + ": its station was not found");
+}
+
+void ScanTeller::fail(const std::string& problem)
+{
+    problem_ = problem;
 }
 
 void ScanTeller::clearBar()
@@ -81,6 +104,7 @@ void ScanTeller::sayNotice(const std::string& text)
 void ScanTeller::found(const Found& found)
 {
     ++foundCount_;
+    whereFound_.insert({found.station, found.line});
     lines_.insert(toText(found.line));
     sayLine(json_ ? foundJson(found).dump() : foundText(found, settings_.timeout));
 }
@@ -113,6 +137,11 @@ void ScanTeller::interrupt()
 bool ScanTeller::isInterrupted() const
 {
     return isInterrupted_;
+}
+
+bool ScanTeller::hasFailed() const
+{
+    return !problem_.empty();
 }
 
 bool ScanTeller::hasEnded() const
@@ -148,7 +177,7 @@ bool ScanTeller::finish()
     }
     if (hasLostLog)
         std::fprintf(stderr, "dov417: the log %s could not be written\n", logName_.c_str());
-    return foundCount_ > 0 && problem_.empty() && !hasLostLog;
+    return foundCount_ > 0 && !isRangeUnknown_ && problem_.empty() && !hasLostLog;
 }
 
 } // namespace dov417

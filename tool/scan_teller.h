@@ -4,6 +4,7 @@
 
 #include <QTimer>
 #include <functional>
+#include <map>
 #include <set>
 #include <string>
 #include <vector>
@@ -11,6 +12,7 @@
 #include "line/conversation.h"
 #include "line/line_log.h"
 #include "scan/line_scan.h"
+#include "tool/scan_ranges.h"
 
 namespace dov417 {
 
@@ -22,12 +24,21 @@ public:
 
     // ended: there is nothing more to tell.
     LineScanEvents events(std::function<void()> ended);
-    // From now on, if the messages go to a terminal.
-    void showProgressOf(const LineScan& scan);
+    // This is shown from now on, if the messages go to a terminal.
+    void showBar(std::function<std::string()> text);
+    // Where each station was found first.
+    const std::map<int, SerialFormat>& whereFound() const;
+
+    void tellRange(const WordRun& run, const WordRange& range);
+    void tellNotFound(const WordRun& run);
+    void passed(Direction direction, const QByteArray& bytes, const std::string& remark);
+    void sayNotice(const std::string& text);
+    void fail(const std::string& problem);
 
     void interrupt();
     bool isInterrupted() const;
     bool hasEnded() const;
+    bool hasFailed() const;
 
     // Sums up. True if the scan came out as it should: somebody was found, and nothing was lost.
     bool finish();
@@ -35,9 +46,7 @@ public:
 private:
     void found(const Found& found);
     void heard(const Heard& heard);
-    void passed(Direction direction, const QByteArray& bytes, const std::string& remark);
     void sayLine(const std::string& text);
-    void sayNotice(const std::string& text);
     void clearBar();
 
     ScanSettings settings_;
@@ -46,9 +55,12 @@ private:
     std::string logName_;
     Conversation conversation_;
     QTimer barTimer_;
+    std::function<std::string()> barText_;
     bool hasBar_ = false;
     std::set<std::string> lines_; // where somebody was found
+    std::map<int, SerialFormat> whereFound_;
     int foundCount_ = 0;
+    bool isRangeUnknown_ = false;
     bool isInUse_ = false;
     bool isInterrupted_ = false;
     bool hasEnded_ = false;

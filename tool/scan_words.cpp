@@ -122,18 +122,46 @@ nlohmann::ordered_json heardJson(const Heard& heard, bool asksAnyway)
     return object;
 }
 
-std::string progressText(const ScanProgress& progress)
+std::string rangeLine(const std::string& words, const WordRange& range)
 {
-    const double all = static_cast<double>((progress.elapsed + progress.left).count());
-    const double share = all > 0 ? static_cast<double>(progress.elapsed.count()) / all : 0;
+    switch (range.kind) {
+    case WordRange::answered:
+        return words + " is answered";
+    case WordRange::refused:
+        return words + " is refused: " + range.reason;
+    case WordRange::unknown:
+        return words + " is not known: " + range.reason;
+    }
+    return std::string();
+}
+
+nlohmann::ordered_json rangeJson(const std::string& words, const WordRange& range)
+{
+    nlohmann::ordered_json object = {{"range", words}, {"answered", nullptr}};
+    if (range.kind != WordRange::unknown)
+        object["answered"] = range.kind == WordRange::answered;
+    if (!range.reason.empty())
+        object["reason"] = range.reason;
+    return object;
+}
+
+std::string barText(double share, const std::string& what)
+{
     const auto filled =
         std::min(barWidth, static_cast<std::size_t>(share * static_cast<double>(barWidth)));
     char percent[16];
     std::snprintf(percent, sizeof percent, "%3.0f %%", share * 100);
     return "[" + std::string(filled, '#') + std::string(barWidth - filled, '-') + "] " + percent +
-           "  " +
-           (progress.station == 0 ? "listening" : "station " + std::to_string(progress.station)) +
-           " at " + toText(progress.line) + ", " + leftText(progress.left);
+           "  " + what;
+}
+
+std::string progressText(const ScanProgress& progress)
+{
+    const double all = static_cast<double>((progress.elapsed + progress.left).count());
+    const double share = all > 0 ? static_cast<double>(progress.elapsed.count()) / all : 0;
+    return barText(share, (progress.station == 0 ? "listening"
+                                                 : "station " + std::to_string(progress.station)) +
+                              " at " + toText(progress.line) + ", " + leftText(progress.left));
 }
 
 } // namespace dov417

@@ -2,39 +2,19 @@
 
 #include "line/crc16.h"
 #include "line/failure.h"
+#include "line/frame_bytes.h"
 
 namespace dov417 {
 
 namespace {
 
-constexpr char readCoils = 1;
-constexpr char readRegisters = 3;
-constexpr int coilsOfAWord = 16;
 constexpr int replyToAWord = 7; // station, function, count, two bytes, CRC
+constexpr int replyWithoutData = 5;
 constexpr int minFrame = 4;
 constexpr int maxFrame = 265;
-constexpr int exceptionLength = 5;
-constexpr unsigned char exceptionMark = 0x80;
-constexpr unsigned char maxStation = 247;
+constexpr int countIndex = 2;
+constexpr int maxStation = 247;
 constexpr int flood = 1024; // bytes without a pause, among which there is no answer
-
-unsigned char byteAt(const QByteArray& bytes, int index)
-{
-    return static_cast<unsigned char>(bytes.at(index));
-}
-
-ScanQuestion questionFrom(const Area& area)
-{
-    const int quantity = area.coils ? coilsOfAWord : 1;
-    ScanQuestion question;
-    question.body.append(area.coils ? readCoils : readRegisters);
-    for (const int number : {area.base, quantity}) {
-        question.body.append(static_cast<char>(number / 256));
-        question.body.append(static_cast<char>(number % 256));
-    }
-    question.replyLength = replyToAWord;
-    return question;
-}
 
 } // namespace
 
@@ -43,11 +23,22 @@ QByteArray ScanQuestion::frameTo(int station) const
     return withCrc(QByteArray(1, static_cast<char>(station)) + body);
 }
 
+ScanQuestion readOf(const Area& area, int first, int words)
+{
+    const int unitsPerWord = area.coils ? coilsPerWord : 1;
+    ScanQuestion question;
+    question.body.append(static_cast<char>(area.coils ? readCoils : readRegisters));
+    appendWord(question.body, area.base + first * unitsPerWord);
+    appendWord(question.body, words * unitsPerWord);
+    question.replyLength = replyWithoutData + 2 * words;
+    return question;
+}
+
 ScanQuestions questionsFrom(const std::vector<Area>& areas)
 {
     for (const Area& area : areas)
         if (area.coils != areas.front().coils)
-            return {questionFrom(areas.front()), questionFrom(area)};
+            return {readOf(areas.front(), 0, 1), readOf(area, 0, 1)};
     throw Failure("the library reads all areas with one function: a scan needs two");
 }
 
@@ -84,17 +75,18 @@ bool ScanEar::dropEcho(bool isSilent)
 std::optional<ScanPiece> ScanEar::answerAt(int first) const
 {
     const QByteArray frame = pending_.mid(first, replyToAWord);
-    if (frame.size() < exceptionLength || byteAt(frame, 0) == 0 || byteAt(frame, 0) > maxStation)
+    if (frame.size() < exceptionLength || stationOf(frame) == broadcastStation ||
+        stationOf(frame) > maxStation)
         return std::nullopt;
     for (std::size_t i = 0; i < questions_.size(); ++i) {
         const ScanQuestion& question = questions_.at(i);
-        const unsigned char function = byteAt(question.body, 0);
-        const bool isException = byteAt(frame, 1) == (function | exceptionMark);
+        const int function = byteAt(question.body, 0);
+        const bool isException = byteAt(frame, functionIndex) == (function | exceptionFlag);
         const int length = isException ? exceptionLength : question.replyLength;
-        const bool isValue = byteAt(frame, 1) == function &&
-                             byteAt(frame, 2) == question.replyLength - exceptionLength;
+        const bool isValue = byteAt(frame, functionIndex) == function &&
+                             byteAt(frame, countIndex) == question.replyLength - replyWithoutData;
         if ((isException || isValue) && frame.size() >= length && hasGoodCrc(frame.left(length)))
-            return ScanPiece{ScanPiece::answer, frame.left(length), byteAt(frame, 0), i};
+            return ScanPiece{ScanPiece::answer, frame.left(length), stationOf(frame), i};
     }
     return std::nullopt;
 }
@@ -114,7 +106,7 @@ ScanPiece ScanEar::cut(int length, ScanPiece::Kind kind)
     piece.kind = kind;
     piece.bytes = pending_.left(length);
     if (kind == ScanPiece::foreign)
-        piece.station = byteAt(piece.bytes, 0);
+        piece.station = stationOf(piece.bytes);
     pending_.remove(0, length);
     return piece;
 }
@@ -124,7 +116,7 @@ std::optional<ScanPiece> ScanEar::take(bool isSilent)
     if (!dropEcho(isSilent) || pending_.isEmpty())
         return std::nullopt;
     for (int first = 0; first + exceptionLength <= pending_.size(); ++first) {
-        const std::optional<ScanPiece> found = answerAt(first);
+        std::optional<ScanPiece> found = answerAt(first);
         if (!found)
             continue;
         if (first > 0)

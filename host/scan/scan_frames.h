@@ -19,6 +19,9 @@ struct ScanQuestion {
     QByteArray frameTo(int station) const;
 };
 
+// Words of one area: not more than a request reads.
+ScanQuestion readOf(const Area& area, int first, int words);
+
 // Two whose replies cannot be mistaken for each other: by the first answer a station is known, by
 // the second that it was asked just now.
 using ScanQuestions = std::array<ScanQuestion, 2>;

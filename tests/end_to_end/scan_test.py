@@ -12,6 +12,7 @@ import tty
 import unittest
 
 from harness import Controller, EndToEnd, run
+from slow_slave import crc
 
 
 def ports_of_the_system():
@@ -90,6 +91,52 @@ class Bus:
             settings[4] = settings[5] = speed
             termios.tcsetattr(far, termios.TCSANOW, settings)
             os.write(far, lump)
+
+
+class FewWords:
+    """Station 5 with these registers and nothing else; it takes 40 of them at once."""
+
+    REGISTERS = set(range(1280 + 100, 1280 + 250)) - {1280 + 180}
+
+    def __init__(self):
+        self._near, self._keeper = pty.openpty()
+        tty.setraw(self._keeper, termios.TCSANOW)
+        self.port = os.ttyname(self._keeper)
+        self._wake_reader, self._wake_writer = os.pipe()
+        self._thread = threading.Thread(target=self._serve, daemon=True)
+        self._thread.start()
+
+    def close(self):
+        os.write(self._wake_writer, b"q")
+        self._thread.join()
+        for end in (self._near, self._keeper, self._wake_reader, self._wake_writer):
+            os.close(end)
+
+    def _serve(self):
+        pending = b""
+        while True:
+            ready, _, _ = select.select([self._near, self._wake_reader], [], [])
+            if self._wake_reader in ready:
+                return
+            pending += os.read(self._near, 4096)
+            while len(pending) >= 8:  # every request here has 8 bytes
+                request, pending = pending[:8], pending[8:]
+                os.write(self._near, self._answer(request))
+
+    def _answer(self, request):
+        station, function = request[:2]
+        first, count = int.from_bytes(request[2:4], "big"), int.from_bytes(request[4:6], "big")
+        if station != 5:
+            return b""
+        if function == 8:
+            return request
+        if function != 3:
+            reply = bytes((station, function | 0x80, 1))
+        elif count > 40 or not set(range(first, first + count)) <= self.REGISTERS:
+            reply = bytes((station, function | 0x80, 2))
+        else:
+            reply = bytes((station, function, 2 * count)) + bytes(2 * count)
+        return reply + crc(reply)
 
 
 def line(speed):
@@ -230,6 +277,48 @@ class Scan(EndToEnd):
         self.assertIn("-> station 2: read 16 coils from 0 (I_W:0)", explained)
         self.assertIn("<- station 2: I_W:0 = ", explained)
         self.assertIn("-- line 9600,8,EVEN,1", explained)
+
+    def ranges(self, *arguments):
+        """Exit code, and the ranges as (words, answered, reason)."""
+        done = run("scan", "--json", "--lines", line(9600), *arguments)
+        told = [json.loads(each) for each in done.stdout.splitlines()]
+        return done.returncode, [(each["range"], each["answered"], each.get("reason"))
+                                 for each in told if "range" in each]  # fmt: skip
+
+    def test_ranges_are_found_by_halving(self):
+        few = FewWords()
+        self.addCleanup(few.close)
+        code, found = self.ranges("--port", few.port, "--registers", "5/R_W:90..260", "5/T:0..3")
+        refusal = "exception 2 (illegal data address)"
+        self.assertEqual(
+            found,
+            [
+                ("5/R_W:90..99", False, refusal),
+                ("5/R_W:100..179", True, None),
+                ("5/R_W:180", False, refusal),
+                ("5/R_W:181..249", True, None),
+                ("5/R_W:250..260", False, refusal),
+                ("5/T:0..3", False, refusal),
+            ],
+        )
+        self.assertEqual(code, 0)
+
+    def test_every_word_of_a_controller_is_found(self):
+        bus = self.bus(self.station(2, 9600))
+        code, found = self.ranges("--port", bus.port, "--registers", "2/R_W:0..3999",
+                                  "2/M_bit:0.0..127.15")  # fmt: skip
+        self.assertEqual(code, 0)
+        self.assertEqual(found, [("2/R_W:0..3999", True, None), ("2/M_W:0..127", True, None)])
+        # Blocks of 125 words, and what finding the station takes.
+        self.assertLess(len(bus.heard) // 8, 32 + 2 + 8)
+
+    def test_ranges_of_a_station_that_is_not_there_are_not_known(self):
+        bus = self.bus(self.station(2, 9600))
+        done = run("scan", "--port", bus.port, "--lines", line(9600), "--registers", "2/T:0..3",
+                   "3/T:0..3")  # fmt: skip
+        self.assertEqual(done.returncode, 1)
+        self.assertIn("2/T:0..3 is answered\n", done.stdout)
+        self.assertEqual(done.stderr, "dov417: 3/T:0..3: its station was not found\n")
 
 
 if __name__ == "__main__":

@@ -71,6 +71,24 @@ TEST(ScanWords, AreObjectsForPrograms)
     EXPECT_EQ(heardJson(heard(HeardKind::otherLine), true).at("heard"), "otherLine");
 }
 
+TEST(ScanWords, SayWhatIsKnownOfARange)
+{
+    const std::string words = "1/R_W:0..9";
+    const WordRange answered{0, 10, WordRange::answered, ""};
+    const WordRange refused{0, 10, WordRange::refused, "exception 2 (illegal data address)"};
+    const WordRange unknown{0, 10, WordRange::unknown, "no answer: no byte came"};
+    EXPECT_EQ(rangeLine(words, answered), "1/R_W:0..9 is answered");
+    EXPECT_EQ(rangeLine(words, refused),
+              "1/R_W:0..9 is refused: exception 2 (illegal data address)");
+    EXPECT_EQ(rangeLine(words, unknown), "1/R_W:0..9 is not known: no answer: no byte came");
+    EXPECT_EQ(rangeJson(words, answered).dump(), R"({"range":"1/R_W:0..9","answered":true})");
+    EXPECT_EQ(rangeJson(words, refused).dump(),
+              R"({"range":"1/R_W:0..9","answered":false,"reason":)"
+              R"-("exception 2 (illegal data address)"})-");
+    EXPECT_EQ(rangeJson(words, unknown).dump(),
+              R"({"range":"1/R_W:0..9","answered":null,"reason":"no answer: no byte came"})");
+}
+
 TEST(ScanWords, ShowHowFarItIsOnOneLineOfATerminal)
 {
     using std::chrono::seconds;
