@@ -1,5 +1,5 @@
 // One request and its reply, as the kind of line has it, without a port and without time of its
-// own: both are handed in. See exchange.h for Modbus RTU.
+// own: both are handed in. See exchange.h for Modbus RTU and tcp_exchange.h for Modbus TCP.
 #ifndef DOV417_LINK_LINE_PROTOCOL_H
 #define DOV417_LINK_LINE_PROTOCOL_H
 
@@ -39,7 +39,8 @@ struct ExchangeLine {
     std::function<void(const Transmission&)> markerEnded;
     std::function<void(const Stray&)> stray;
     std::function<void(const std::string&)> notice; // what a person should know, said once
-    std::function<void()> doubt; // what was taken for a reply so far may have been another's
+    std::function<void()> doubt;   // what was taken for a reply so far may have been another's
+    std::function<void()> useless; // what comes cannot be understood: the line is to be given up
 };
 
 class LineProtocol {

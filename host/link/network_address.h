@@ -9,6 +9,7 @@
 namespace dov417 {
 
 struct NetworkAddress {
+    bool isModbusTcp = false;
     std::string host; // a name, or an address without brackets
     int port = 0;
 };
@@ -16,6 +17,8 @@ struct NetworkAddress {
 // Nothing for a serial port. Throws a UsageFailure where it looks like one of the network and is
 // none.
 std::optional<NetworkAddress> parseNetworkAddress(const std::string& text);
+
+bool isModbusTcp(const std::string& text);
 
 } // namespace dov417
 

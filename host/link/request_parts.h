@@ -14,6 +14,9 @@ namespace dov417 {
 // What one write of the Modbus protocol carries: two words less than a read.
 constexpr int maxWordsOfAWrite = 123;
 
+// A read as the protocol has it; Modbus TCP has no room for more.
+constexpr int maxWordsOfARead = 125;
+
 // For the maximum of words in one request.
 constexpr int learnedMaximum = 0; // as each station shows it
 constexpr int noMaximum = 128;    // as many as the driver asks for

@@ -8,6 +8,7 @@
 #include "link/network_address.h"
 #include "link/network_port.h"
 #include "link/serial_port.h"
+#include "link/tcp_exchange.h"
 
 namespace dov417 {
 
@@ -42,7 +43,8 @@ SerialLine::SerialLine(const LineSettings& settings, const LineObserver& observe
                             observer.markerEnded,
                             observer.stray,
                             observer.notice,
-                            observer.doubt};
+                            observer.doubt,
+                            [this]() { useless(); }};
     const PortEvents events{[this]() { opened(); },
                             [this](const QString& reason) { refused(reason); },
                             [this](const QByteArray& bytes) {
@@ -56,7 +58,10 @@ SerialLine::SerialLine(const LineSettings& settings, const LineObserver& observe
         port_ = std::make_unique<NetworkPort>(device, *address, events);
     else
         port_ = std::make_unique<SerialPort>(device, settings_.wire, events);
-    exchange_ = std::make_unique<Exchange>(line);
+    if (address && address->isModbusTcp)
+        exchange_ = std::make_unique<TcpExchange>(line);
+    else
+        exchange_ = std::make_unique<Exchange>(line);
     if (!timer_.isValid())
         throw Failure("the system has no timer left");
     reopenTimer_.setSingleShot(true);
@@ -138,6 +143,16 @@ void SerialLine::gone()
     lastReason_.clear();
     observer_.port(false, QStringLiteral("port %1 is gone").arg(port_->name()));
     reopenTimer_.start();
+}
+
+// What cannot be understood cannot be read on from where it ends, either.
+void SerialLine::useless()
+{
+    if (!wasUseless_)
+        observer_.notice("port " + port_->name().toStdString() +
+                         " sends what is no Modbus TCP: the connection is closed and made again");
+    wasUseless_ = true;
+    port_->giveUp();
 }
 
 void SerialLine::transact(const Transmission& request, LineProtocol::Done done)

@@ -93,6 +93,7 @@ private:
     void refused(const QString& reason);
     void reopen();
     void gone();
+    void useless();
     void wakeAt(Clock::time_point when);
 
     LineSettings settings_;
@@ -101,6 +102,7 @@ private:
     WakeTimer timer_;
     QTimer reopenTimer_;
     QString lastReason_;
+    bool wasUseless_ = false;
     std::unique_ptr<LineProtocol> exchange_;
 };
 
