@@ -37,7 +37,7 @@ _dov417() {
   fi
   case $before in
     --port) mapfile -t COMPREPLY < <(compgen -G "/dev/tty[UAS]*" -- "$current"); return ;;
-    --line) words="9600,8,EVEN,1 19200,8,EVEN,1 38400,8,EVEN,1 57600,8,EVEN,1 115200,8,EVEN,1" ;;
+    --line | --lines) words="9600,8,EVEN,1 19200,8,EVEN,1 38400,8,EVEN,1 57600,8,EVEN,1 115200,8,EVEN,1" ;;
     --format) words="unsigned signed hex bcd float" ;;
     --word-order) words="low-first high-first" ;;
     --tags | --log | --library | --csv | --load | --dump | --link)
@@ -57,7 +57,7 @@ _dov417() {
           trace) _dov417_files "$current"; return ;;
           series) ((COMP_CWORD == 2)) && words=$(_dov417_registers "$tool") ;;
           recipe)
-            if ((COMP_CWORD == 2)); then words="upload download"; else _dov417_files "$current"; return; fi ;;
+            if ((COMP_CWORD == 2)); then words="upload download compare"; else _dov417_files "$current"; return; fi ;;
           check | plan | watch | read | write | simulate)
             # What follows a colon is a number that nobody can guess.
             [[ $current == ':' || $before == ':' ]] && return

@@ -63,7 +63,7 @@ std::optional<int> addressOf(const QString& text, Width width)
 
 [[noreturn]] void refuse(const QString& text, const std::string& reason)
 {
-    throw Failure("\"" + text.toStdString() + "\": " + reason);
+    throw UsageFailure("\"" + text.toStdString() + "\": " + reason);
 }
 
 } // namespace

@@ -27,7 +27,7 @@ constexpr KindEntry kinds[] = {
 
 [[noreturn]] void refuse(const QString& text, const std::string& reason)
 {
-    throw Failure("\"" + text.toStdString() + "\": " + reason);
+    throw UsageFailure("\"" + text.toStdString() + "\": " + reason);
 }
 
 std::string kindNames()

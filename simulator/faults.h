@@ -65,7 +65,7 @@ struct FaultRule {
     int amount = -1;        // -1: the kind's default
 };
 
-// Throws a Failure when the text is no rule.
+// Throws a UsageFailure when the text is no rule.
 FaultRule parseFaultRule(const std::string& text);
 std::string faultRuleText(const FaultRule& rule);
 std::string faultName(FaultKind kind);

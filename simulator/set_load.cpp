@@ -89,18 +89,19 @@ Assignment assignmentOf(const std::string& address, const QStringList& values)
         where.last = where.first + units * static_cast<int>(values.size()) - 1;
         if (!StationMemory::hasWords(where.area, where.firstWord(),
                                      where.lastWord() - where.firstWord() + 1))
-            throw Failure(quoted + "the values go past the end");
+            throw UsageFailure(quoted + "the values go past the end");
     }
     const int items = where.itemCount();
     if (values.size() != 1 && values.size() != items)
-        throw Failure(quoted + std::to_string(values.size()) + " values for " +
-                      std::to_string(items) + " places");
+        throw UsageFailure(quoted + std::to_string(values.size()) + " values for " +
+                           std::to_string(items) + " places");
     Assignment assignment{where, {}};
     for (int i = 0; i < items; ++i) {
         const QString& text = values.size() == 1 ? values[0] : values[i];
         const std::optional<std::uint32_t> value = valueOf(text, where.width);
         if (!value)
-            throw Failure(quoted + valueRule(where.width) + ", not \"" + text.toStdString() + "\"");
+            throw UsageFailure(quoted + valueRule(where.width) + ", not \"" + text.toStdString() +
+                               "\"");
         assignment.values.push_back(*value);
     }
     return assignment;
@@ -109,7 +110,7 @@ Assignment assignmentOf(const std::string& address, const QStringList& values)
 void requireStation(const Memory& memory, const Assignment& assignment)
 {
     if (!memory.has(assignment.where.station))
-        throw Failure("there is no station " + std::to_string(assignment.where.station));
+        throw UsageFailure("there is no station " + std::to_string(assignment.where.station));
 }
 
 void store(Memory& memory, const Assignment& assignment)
@@ -158,7 +159,7 @@ QStringList textsOf(const Json& value)
 void requireObject(const Json& value)
 {
     if (!value.is_object())
-        throw Failure("a file is {\"STATION\": {\"REGISTER\": {\"ADDRESS\": VALUES}}}");
+        throw UsageFailure("a file is {\"STATION\": {\"REGISTER\": {\"ADDRESS\": VALUES}}}");
 }
 
 // Everything that the file says, or the first mistake.
@@ -236,7 +237,7 @@ AddressRange setValues(Memory& memory, const std::string& assignment)
 {
     const std::size_t equals = assignment.find('=');
     if (equals == std::string::npos)
-        throw Failure("\"" + assignment + "\": a value is set as in R_W:100=5 or M_bit:1.5=1");
+        throw UsageFailure("\"" + assignment + "\": a value is set as in R_W:100=5 or M_bit:1.5=1");
     const QString values = QString::fromStdString(assignment.substr(equals + 1));
     const Assignment parsed =
         assignmentOf(assignment.substr(0, equals), values.split(QLatin1Char(',')));
@@ -249,13 +250,13 @@ void loadValues(Memory& memory, const std::string& fileName)
 {
     QFile file(QString::fromStdString(fileName));
     if (!file.open(QIODevice::ReadOnly))
-        throw Failure(fileName + ": " + file.errorString().toStdString());
+        throw UsageFailure(fileName + ": " + file.errorString().toStdString());
     try {
         loadText(memory, file.readAll());
     } catch (const Json::parse_error& exception) {
-        throw Failure(fileName + ": " + jsonErrorText(exception.what()));
+        throw UsageFailure(fileName + ": " + jsonErrorText(exception.what()));
     } catch (const Failure& failure) {
-        throw Failure(fileName + ": " + failure.what());
+        throw UsageFailure(fileName + ": " + failure.what());
     }
 }
 

@@ -23,8 +23,8 @@
 
 namespace dov417::simulator {
 
-// All throw a Failure, with the memory unchanged, when something is wrong. setValues() gives the
-// addresses that were set.
+// Setting and loading throw a UsageFailure, with the memory unchanged, when something is wrong;
+// dumping a Failure. setValues() gives the addresses that were set.
 AddressRange setValues(Memory& memory, const std::string& assignment);
 void loadValues(Memory& memory, const std::string& fileName);
 void dumpValues(const Memory& memory, const std::string& fileName);

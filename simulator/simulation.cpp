@@ -21,6 +21,7 @@ LineServerOptions lineOptions(const SimulationOptions& options)
     line.device = options.device;
     line.link = options.link;
     line.line = options.line;
+    line.ownSpeedOnly = options.ownSpeedOnly;
     line.paced = options.baudLimit;
     line.turnaroundMs = options.turnaroundMs;
     return line;
@@ -69,7 +70,7 @@ void Simulation::start()
 void Simulation::prepare()
 {
     if (memory_.stations().size() != options_.stations.size() || options_.stations.empty())
-        throw Failure("stations are different numbers from 1 to 247");
+        throw UsageFailure("stations are different numbers from 1 to 247");
     std::vector<FaultRule> rules;
     for (const std::string& text : options_.faults)
         rules.push_back(parseFaultRule(text));

@@ -33,6 +33,9 @@ int runCheck(const CheckOptions& options)
     for (const std::string& text : texts) {
         try {
             const Tag* const tag = findTag(tags, text);
+            if (const std::string why = whyNotFound(library, text, options.tags);
+                !tag && !why.empty())
+                throw AddressFailure(text, why, 0);
             const Address address =
                 tag ? tag->address : parseAddress(library, text, BitNumbers::asTheyAreRead);
             if (options.write)
@@ -67,7 +70,7 @@ void addCheckCommand(CLI::App& app, Action& chosen)
         ->option_text("ADDRESS...");
     addTagOption(*command, options->tags);
     command->add_flag("--write", options->write, "Ask for an address that is to be written");
-    addLineOptions(*command, options->line);
+    addLibraryOption(*command, options->line);
     command->footer("Examples:\n"
                     "  dov417 check R_W:100 M_bit:1.0..1.15 2/R_D:10..13 T:5\n"
                     "  dov417 check --write 0/R_W:100\n"

@@ -61,7 +61,7 @@ void addInfoCommand(CLI::App& app, Action& chosen)
     const auto options = std::make_shared<LineOptions>();
     CLI::App* command =
         app.add_subcommand("info", "What the library is and which registers it has");
-    addLineOptions(*command, *options);
+    addLibraryOption(*command, *options);
     command->footer("Examples:\n"
                     "  dov417 info\n"
                     "  dov417 info --library ./libdov417modbus.so");

@@ -81,6 +81,11 @@ void LiveCommand::countInJson()
     countsInJson_ = true;
 }
 
+void LiveCommand::keepOutput()
+{
+    keepsOutput_ = true;
+}
+
 void LiveCommand::endWithoutPort(std::chrono::milliseconds patience)
 {
     endsWithoutPort_ = true;
@@ -154,9 +159,9 @@ int LiveCommand::finish(bool complete)
 {
     const Clock::time_point now = Clock::now();
     if (options_.stats)
-        std::printf("%s", countsInJson_
-                              ? (statisticsJson(session_.statistics(), now) + "\n").c_str()
-                              : fullStatistics(session_.statistics(), now).c_str());
+        std::fprintf(keepsOutput_ ? stderr : stdout, "%s",
+                     countsInJson_ ? (statisticsJson(session_.statistics(), now) + "\n").c_str()
+                                   : fullStatistics(session_.statistics(), now).c_str());
     if (line_.hasLostLog())
         std::fprintf(stderr, "dov417: the log %s could not be written\n", options_.log.c_str());
     return complete && !line_.hasLostLog() ? exitDone : exitFailed;

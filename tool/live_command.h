@@ -37,6 +37,8 @@ public:
     void beQuiet();
     // The counters are printed for a program.
     void countInJson();
+    // The standard output is a file's: the counters go to the other one.
+    void keepOutput();
     // A command that has an end of its own does not wait for a lost port for ever.
     void endWithoutPort(std::chrono::milliseconds patience = defaultPortPatience);
 
@@ -68,6 +70,7 @@ private:
     bool endsWithoutPort_ = false;
     bool isQuiet_ = false;
     bool countsInJson_ = false;
+    bool keepsOutput_ = false;
     bool isEnding_ = false;
     bool isWaiting_ = false;
     bool ended_ = false;

@@ -21,14 +21,19 @@ const int minMaxRegisters = 2;
 
 } // namespace
 
-void addLineOptions(CLI::App& command, LineOptions& options)
+void addLibraryOption(CLI::App& command, LineOptions& options)
 {
     command
-        .add_option("--port", options.port,
-                    "Serial port, as in /dev/ttyUSB0; over a network the serial line of a device "
-                    "server, as in tcp://HOST:4001, or Modbus TCP, as in mbtcp://HOST")
-        ->option_text("PORT")
-        ->group(lineGroup);
+        .add_option("--library", options.library,
+                    "The driver library; else it is looked for next to the tool, in its library "
+                    "folder and where the linker looks")
+        ->option_text("PATH")
+        ->group(lineGroup)
+        ->check([](const std::string& path) { return path.empty() ? "no path" : ""; });
+}
+
+void addPlanningOptions(CLI::App& command, LineOptions& options)
+{
     command
         .add_option("--line", options.line,
                     "Baud rate, data bits, parity, stop bits, as in 38400,8,EVEN,1; else the "
@@ -43,6 +48,35 @@ void addLineOptions(CLI::App& command, LineOptions& options)
             }
             return std::string();
         });
+    command
+        .add_option("--gap", options.gap,
+                    "Widest hole in words that one read bridges (" +
+                        std::to_string(defaultMergeGap) +
+                        "). It is also the longest piece of a write, so one that would cut a "
+                        "32-bit value in two is refused")
+        ->option_text("N")
+        ->group(lineGroup)
+        ->check(CLI::Range(0, maxGap));
+    command
+        .add_option("--max-registers", options.maxRegisters,
+                    "Registers (or 16 coils for each) that controllers take in one request: a "
+                    "longer one goes out in parts. Else in parts where a controller refuses it "
+                    "whole; 128: never")
+        ->option_text("N")
+        ->group(lineGroup)
+        ->check(CLI::Range(minMaxRegisters, noMaximum));
+    addLibraryOption(command, options);
+}
+
+void addLineOptions(CLI::App& command, LineOptions& options)
+{
+    command
+        .add_option("--port", options.port,
+                    "Serial port, as in /dev/ttyUSB0; over a network the serial line of a device "
+                    "server, as in tcp://HOST:4001, or Modbus TCP, as in mbtcp://HOST")
+        ->option_text("PORT")
+        ->group(lineGroup);
+    addPlanningOptions(command, options);
     command
         .add_option("--timeout", options.timeoutMs,
                     "How long to wait for a reply, whatever a station takes; else " +
@@ -70,15 +104,6 @@ void addLineOptions(CLI::App& command, LineOptions& options)
         ->option_text("MS")
         ->group(lineGroup)
         ->check(CLI::Range(1, maxMs));
-    command
-        .add_option("--gap", options.gap,
-                    "Widest hole in words that one read bridges (" +
-                        std::to_string(defaultMergeGap) +
-                        "). It is also the longest piece of a write, so one that would cut a "
-                        "32-bit value in two is refused")
-        ->option_text("N")
-        ->group(lineGroup)
-        ->check(CLI::Range(0, maxGap));
     command
         .add_option("--turnaround", options.turnaroundMs,
                     "What controllers need to digest a broadcast (" +
@@ -118,13 +143,6 @@ void addLineOptions(CLI::App& command, LineOptions& options)
         ->group(lineGroup)
         ->check(CLI::Range(0.1, maxHorizonSeconds));
     command
-        .add_option("--library", options.library,
-                    "The driver library; else it is looked for next to the tool, in its library "
-                    "folder and where the linker looks")
-        ->option_text("PATH")
-        ->group(lineGroup)
-        ->check([](const std::string& path) { return path.empty() ? "no path" : ""; });
-    command
         .add_option("--log", options.log,
                     "Record every frame with time, direction, bytes and meaning; see trace")
         ->option_text("FILE")
@@ -135,14 +153,6 @@ void addLineOptions(CLI::App& command, LineOptions& options)
         ->group(lineGroup);
     command.add_flag("--stats", options.stats, "Print the line's counters at the end")
         ->group(lineGroup);
-    command
-        .add_option("--max-registers", options.maxRegisters,
-                    "Registers (or 16 coils for each) that controllers take in one request: a "
-                    "longer one goes out in parts. Else in parts where a controller refuses it "
-                    "whole; 128: never")
-        ->option_text("N")
-        ->group(lineGroup)
-        ->check(CLI::Range(minMaxRegisters, noMaximum));
 }
 
 void addTagOption(CLI::App& command, std::string& tags)
@@ -161,7 +171,8 @@ void addItemOptions(CLI::App& command, ItemOptions& options)
     command
         .add_option("--format", options.source.format,
                     "How values are written: unsigned, signed, hex, bcd or float, with :low-first "
-                    "or :high-first appended for the word order; wins over a tag's own")
+                    "or :high-first appended for the word order; wins over a tag's own. What is "
+                    "read and does not fit it keeps its own")
         ->option_text("FORMAT")
         ->group(valueGroup);
     command

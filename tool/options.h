@@ -22,8 +22,12 @@ struct LineOptions : LineSetup {
     bool stats = false;  // --stats
 };
 
-// --port to --stats, on every command alike.
+// --port to --stats, on every command that opens a line.
 void addLineOptions(CLI::App& command, LineOptions& options);
+// Of these the ones that say what would be sent: --line, --gap, --max-registers, --library.
+void addPlanningOptions(CLI::App& command, LineOptions& options);
+// --library alone, for what only asks the library.
+void addLibraryOption(CLI::App& command, LineOptions& options);
 
 // Addresses or tag names, and where these are looked up.
 struct ItemOptions {

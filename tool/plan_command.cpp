@@ -175,7 +175,7 @@ void addPlanCommand(CLI::App& app, Action& chosen)
                      "What a controller takes before it answers (0)")
         ->option_text("MS")
         ->check(CLI::Range(0, maxMs));
-    addLineOptions(*command, options->line);
+    addPlanningOptions(*command, options->line);
     command->footer(
         "Examples:\n"
         "  dov417 plan R_W:100..107 R_W:120 M_bit:1.0..1.15 2/R_D:10..13\n"

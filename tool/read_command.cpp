@@ -24,8 +24,11 @@ int runRead(const ReadOptions& options)
     const Library library(options.line.library);
     const std::vector<Item> items =
         Items(library, options.items.source).chosen(options.items.arguments, Access::read);
-    requireUntornValues(library, items, options.line.mergeGap());
-    LiveCommand live(library, options.line, items);
+    if (options.line.gap)
+        requireUntornValues(library, items, *options.line.gap);
+    LineOptions setup = options.line;
+    setup.gap = setup.singleReadGap();
+    LiveCommand live(library, setup, items);
     live.endWithoutPort();
     live.open();
     std::optional<ReadProblems> problems;
@@ -60,13 +63,14 @@ void addReadCommand(CLI::App& app, Action& chosen)
     CLI::App* command = app.add_subcommand("read", "Each value once, then exit");
     addAddressArguments(*command, options->items);
     addLineOptions(*command, options->line);
-    command->footer("Bits are read with the word that holds them: the driver frames no single "
-                    "read of bits.\n"
-                    "Examples:\n"
-                    "  dov417 read --simulated R_W:100..107 M_bit:1.0..1.15 T:5\n"
-                    "  dov417 read --simulated R_D:10..13 --format float:high-first\n"
-                    "On a real line, --port /dev/ttyUSB0 stands for --simulated.\n"
-                    "Exits with 1 if a value could not be read, and says which and why.");
+    command->footer(
+        "Bits are read with the word that holds them: the driver frames no single "
+        "read of bits. A request reads up to 125 words, and no more than --gap where it is given.\n"
+        "Examples:\n"
+        "  dov417 read --simulated R_W:100..107 M_bit:1.0..1.15 T:5\n"
+        "  dov417 read --simulated R_D:10..13 --format float:high-first\n"
+        "On a real line, --port /dev/ttyUSB0 stands for --simulated.\n"
+        "Exits with 1 if a value could not be read, and says which and why.");
     command->callback([options, &chosen]() { chosen = [options]() { return runRead(*options); }; });
 }
 

@@ -80,7 +80,7 @@ void addSeriesCommand(CLI::App& app, Action& chosen)
                      "Distance of two addresses in words, or in bits of a bit type (1); -1: one "
                      "16-bit unit, -2: one 32-bit value")
         ->option_text("S");
-    addLineOptions(*command, options->line);
+    addLibraryOption(*command, options->line);
     command->footer("Examples:\n"
                     "  dov417 series R_W 10 --count 3 --step 5\n"
                     "  dov417 series M_bit 1.15 --count 3\n"

@@ -21,6 +21,8 @@ simulator::SimulationOptions toSimulation(const SimulateOptions& options)
     simulator::SimulationOptions simulation = options.simulation;
     if (!options.line.empty())
         simulation.line = parseSerialFormat(options.line);
+    // Who names no line wants no master kept out by its speed.
+    simulation.ownSpeedOnly = !options.line.empty();
     simulation.followInputs = !options.independentOutputs;
     return simulation;
 }
@@ -49,7 +51,9 @@ void addSimulateCommand(CLI::App& app, Action& chosen)
         ->check(CLI::Range(1, 247));
     command
         ->add_option("--line", options->line,
-                     "Baud rate, data bits, parity, stop bits (38400,8,EVEN,1)")
+                     "Baud rate, data bits, parity, stop bits (38400,8,EVEN,1). On a "
+                     "pseudo-terminal, what comes at another speed than the one named here is "
+                     "garbled, as on a wire; else any speed is taken")
         ->option_text("LINE");
     command->add_flag("--baud-limit", simulation.baudLimit,
                       "Bytes take the time on a pseudo-terminal that they take on the wire");
@@ -81,6 +85,26 @@ void addSimulateCommand(CLI::App& app, Action& chosen)
     command->add_option("--log", simulation.logFile, "Every frame into a file; - is the terminal")
         ->option_text("FILE");
     command->footer(
+        "Kinds of faults, their AMOUNT and what it is without one:\n"
+        "  silence          no reply\n"
+        "  late:MS          the reply comes later (500)\n"
+        "  flip:BITS        so many bits of it are turned over, 1 to 3 (1)\n"
+        "  truncate:BYTES   only so many bytes of it come (any number)\n"
+        "  extra:BYTES      so many bytes come after it (1 to 4)\n"
+        "  noise:BYTES      so many bytes come before it (1 to 4)\n"
+        "  station:NUMBER   it comes from that station (any other)\n"
+        "  function:NUMBER  it is for that function (any other)\n"
+        "  exception:CODE   an exception comes in its stead (1, 2, 3, 4 or 6)\n"
+        "  echo             the request comes before it\n"
+        "  slow:MS          it comes in up to 8 pieces, with gaps of that length (5)\n"
+        "  any              one of these by chance\n"
+        "A file for --load, as --dump writes it, names stations, registers, first addresses and "
+        "the "
+        "values from there on:\n"
+        "  { \"1\": { \"R_W\": { \"100\": [1, 2, 3], \"200\": 7 }, \"M_bit\": { \"1.5\": 1 } } }\n"
+        "Values are numbers, true and false for bits, or hex as \"0x1F\"; in R_D one with a point "
+        "is "
+        "a float.\n"
         "Prints the port to use, answers there until Ctrl-C, and ends with what it counted.\n"
         "Examples:\n"
         "  dov417 simulate --link /tmp/plc --stations 1,2\n"

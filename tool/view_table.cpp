@@ -9,8 +9,6 @@ namespace dov417 {
 
 namespace {
 
-using Row = std::vector<std::string>;
-
 std::string textOf(const View& view, const ViewLabel& label, const ValueBytes& value)
 {
     return valueTexts(view.address.width, label.format, value.data(), 1).front();
@@ -24,26 +22,6 @@ std::string ageText(const View& view, Clock::time_point now)
     std::snprintf(text, sizeof text, "%.1f s",
                   std::chrono::duration<double>(now - view.lastGood).count());
     return text;
-}
-
-// The first columns to the left, the numbers behind them to the right.
-std::vector<std::string> aligned(const std::vector<Row>& rows, std::size_t textColumns)
-{
-    std::vector<std::size_t> widths(rows.front().size());
-    for (const Row& row : rows)
-        for (std::size_t c = 0; c < row.size(); ++c)
-            widths.at(c) = std::max(widths.at(c), row.at(c).size());
-    std::vector<std::string> lines;
-    for (const Row& row : rows) {
-        std::string line;
-        for (std::size_t c = 0; c < row.size(); ++c) {
-            const std::string padding(widths.at(c) - row.at(c).size(), ' ');
-            line += (c == 0 ? "" : "  ") +
-                    (c < textColumns ? row.at(c) + padding : padding + row.at(c));
-        }
-        lines.push_back(line);
-    }
-    return lines;
 }
 
 } // namespace
@@ -86,6 +64,13 @@ std::string previousText(const View& view, const ViewLabel& label)
     return view.changes > 0 ? textOf(view, label, view.previous) : "";
 }
 
+std::string bitsText(const View& view, const ValueBytes& value, const ViewLabel& label)
+{
+    ViewLabel inHex = label;
+    inHex.format = {Notation::hex, label.format.order};
+    return textOf(view, inHex, value);
+}
+
 const char* qualityText(Quality quality)
 {
     switch (quality) {
@@ -125,6 +110,25 @@ std::vector<std::string> doubtfulValues(const std::vector<View>& views,
         first = end;
     }
     return grouped(wrong);
+}
+
+std::vector<std::string> aligned(const std::vector<Row>& rows, std::size_t textColumns)
+{
+    std::vector<std::size_t> widths(rows.front().size());
+    for (const Row& row : rows)
+        for (std::size_t c = 0; c < row.size(); ++c)
+            widths.at(c) = std::max(widths.at(c), row.at(c).size());
+    std::vector<std::string> lines;
+    for (const Row& row : rows) {
+        std::string line;
+        for (std::size_t c = 0; c < row.size(); ++c) {
+            const std::string padding(widths.at(c) - row.at(c).size(), ' ');
+            line += (c == 0 ? "" : "  ") +
+                    (c < textColumns ? row.at(c) + padding : padding + row.at(c));
+        }
+        lines.push_back(line);
+    }
+    return lines;
 }
 
 std::vector<std::string> viewTable(const std::vector<View>& views,

@@ -26,6 +26,9 @@ std::vector<std::string> cachedTexts(const Session& session, const Item& item);
 std::string valueText(const View& view, const ViewLabel& label);
 std::string previousText(const View& view, const ViewLabel& label);
 
+// One of its values, as the hex digits of the number that it is.
+std::string bitsText(const View& view, const ValueBytes& value, const ViewLabel& label);
+
 // "old", "never read", "being written"; nothing for a good one.
 const char* qualityText(Quality quality);
 
@@ -34,6 +37,10 @@ const char* qualityText(Quality quality);
 std::vector<std::string> doubtfulValues(const std::vector<View>& views,
                                         const std::vector<Item>& items,
                                         const std::vector<ViewLabel>& labels);
+
+using Row = std::vector<std::string>;
+// The first columns to the left, the numbers behind them to the right.
+std::vector<std::string> aligned(const std::vector<Row>& rows, std::size_t textColumns);
 
 // A heading and a row each: name, address, value, quality, previous value, age, changes.
 std::vector<std::string> viewTable(const std::vector<View>& views,

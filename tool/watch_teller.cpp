@@ -85,8 +85,12 @@ void WatchTeller::tell(const View& view, std::size_t index)
                                          {"name", label.name},
                                          {"address", label.address},
                                          {"value", jsonValue(value)}};
+        if (object["value"].is_null())
+            object["bits"] = bitsText(view, view.value, label);
         if (!previous.empty())
             object["previous"] = jsonValue(previous);
+        if (!previous.empty() && object["previous"].is_null())
+            object["previousBits"] = bitsText(view, view.previous, label);
         say(object.dump());
     } else if (!screen_) {
         say(timeText() + " " + label.name + " = " + value +

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "line/frame_bytes.h"
 #include "link/marker.h"
 
 namespace dov417 {
@@ -11,9 +12,9 @@ namespace {
 
 constexpr Micros rereadDelay(200); // bytes wait in the kernel: let the port's event come first
 
-unsigned char stationOf(const QByteArray& frame)
+bool wasEcho(const OpenTransmission& answered)
 {
-    return static_cast<unsigned char>(frame.at(0));
+    return !answered.sent.isEmpty() && isEcho(answered.sent);
 }
 
 } // namespace
@@ -134,8 +135,9 @@ void Exchange::next(Clock::time_point now)
     }
     const bool needsMarker = isInDoubt(now) && markersLeft_ > 0;
     if (needsMarker) {
-        // Of exceptions none says which echo it is to.
-        isAlone_ = asked.numbersEchoes || !books_.isEchoOut(stationOf(current_.sent));
+        // Of exceptions none says which echo it is to, nor whether it is the last one once more.
+        isAlone_ = asked.numbersEchoes ||
+                   !(books_.isEchoOut(stationOf(current_.sent)) || wasEcho(asked.lastAnswered));
         const bool mayEcho = settings_.mayMark && (isAlone_ || !isWary(now));
         const auto makeOne = [&](bool echo) {
             marker_ = makeMarker(current_, books_, asked.lastAnswered, echo, nextMark_);

@@ -211,7 +211,8 @@ void Exchange::flushLateBytes(const QByteArray& bytes, Clock::time_point now)
     report({settled.kindOr(StrayKind::late), bytes, now, settled.number()});
 }
 
-void Exchange::nameIfSlow(unsigned char station, Micros delay)
+// Said once.
+void Exchange::nameIfSlow(int station, Micros delay)
 {
     Station& slow = stations_.at(station);
     const std::string text = slowText(station, delay, settings_.timeout);

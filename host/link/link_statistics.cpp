@@ -84,6 +84,15 @@ std::string straysText(const LinkStatistics& statistics)
     return result;
 }
 
+// Bytes cross a pseudo-terminal faster than the line's settings say; what they take on the line
+// behind a network is not known.
+std::string usedText(double share)
+{
+    return share <= 0  ? ""
+           : share > 1 ? ", bytes come faster than the line's speed"
+                       : text(", line %.1f %% used by bytes", 100 * share);
+}
+
 } // namespace
 
 void Durations::add(Micros duration)
@@ -199,13 +208,10 @@ std::vector<std::string> briefStatistics(const LinkStatistics& statistics, Clock
 {
     const double seconds = secondsSince(statistics, now);
     const RequestCounters total = statistics.total();
-    // Over a network it is not known.
     const double used = static_cast<double>(statistics.wireTime.count()) / 1e6 / seconds;
-    const std::string usedText =
-        statistics.wireTime > Micros(0) ? text(", line %.1f %% used by bytes", 100 * used) : "";
     return {"all requests: " + countersText(total) +
                 text(", %.1f polls/s", static_cast<double>(total.sent) / seconds),
-            cyclesText(statistics.cycles) + usedText, stateText(statistics)};
+            cyclesText(statistics.cycles) + usedText(used), stateText(statistics)};
 }
 
 std::vector<std::string> stationStatistics(const LinkStatistics& statistics)

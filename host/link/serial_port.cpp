@@ -41,10 +41,11 @@ QSerialPort::Parity parityOf(Parity parity)
 } // namespace
 
 // QSerialPort takes a relative path for a name of /dev too.
-SerialPort::SerialPort(const QString& device, const SerialFormat& format, const PortEvents& events)
+SerialPort::SerialPort(const QString& device, const SerialFormat& format, const PortEvents& events,
+                       PortUse use)
     : device_(device.contains(QLatin1Char('/')) ? QFileInfo(device).absoluteFilePath()
                                                 : QStringLiteral("/dev/") + device),
-      format_(format), events_(events)
+      format_(format), events_(events), use_(use)
 {
 }
 
@@ -58,7 +59,7 @@ Opening SerialPort::open(QString* reason)
 {
     auto port = std::make_unique<QSerialPort>();
     port->setPortName(device_);
-    if (!port->open(QIODevice::ReadWrite)) {
+    if (!port->open(use_ == PortUse::listening ? QIODevice::ReadOnly : QIODevice::ReadWrite)) {
         *reason = port->error() == QSerialPort::PermissionError &&
                           access(device_.toLocal8Bit().constData(), R_OK | W_OK) == 0
                       ? QStringLiteral("port %1 is busy: another program uses it").arg(device_)
@@ -89,10 +90,17 @@ Opening SerialPort::open(QString* reason)
     return Opening::done;
 }
 
+bool SerialPort::setFormat(const SerialFormat& format, QString* reason)
+{
+    format_ = format;
+    return applyFormat(reason);
+}
+
 bool SerialPort::applyFormat(QString* reason)
 {
+    // Its far end may go by the speed.
     if (isPseudoTerminal(device_))
-        return true;
+        return port_->setBaudRate(format_.baudRate);
     const bool taken =
         port_->setBaudRate(format_.baudRate) &&
         port_->setDataBits(static_cast<QSerialPort::DataBits>(format_.dataBits)) &&

@@ -11,16 +11,24 @@ class QSerialPort;
 
 namespace dov417 {
 
+enum class PortUse {
+    talking,
+    listening // nothing can be written
+};
+
 class SerialPort : public Port {
 public:
     // A bare name is one of /dev.
-    SerialPort(const QString& device, const SerialFormat& format, const PortEvents& events);
+    SerialPort(const QString& device, const SerialFormat& format, const PortEvents& events,
+               PortUse use = PortUse::talking);
     ~SerialPort() override;
 
     Opening open(QString* reason) override;
     void write(const QByteArray& bytes) override;
     bool bytesWait() const override;
     void giveUp() override;
+    // Of the open port: another one from now on.
+    bool setFormat(const SerialFormat& format, QString* reason);
     QString name() const override;
     bool isAway() const override;
     std::chrono::milliseconds pause() const override;
@@ -32,6 +40,7 @@ private:
     QString device_;
     SerialFormat format_;
     PortEvents events_;
+    PortUse use_;
     std::unique_ptr<QSerialPort> port_;
 };
 

@@ -49,6 +49,11 @@ struct LineSetup {
     {
         return gap.value_or(defaultMergeGap);
     }
+    // Where nothing is merged: a single read is as long as the gap.
+    int singleReadGap() const
+    {
+        return gap.value_or(maxWordsOfARead);
+    }
 };
 
 // The line in full. Throws a UsageFailure if it is written wrongly.

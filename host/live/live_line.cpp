@@ -43,6 +43,17 @@ void setTimes(LineSettings& line, const LineSetup& setup)
 
 } // namespace
 
+LineSettings listeningSettings(const Library& library, const LineSetup& setup)
+{
+    if (setup.port.empty())
+        throw UsageFailure("no line: name the port with --port DEVICE");
+    LineSettings settings;
+    settings.device = QString::fromStdString(setup.port);
+    settings.wire = serialFormat(library, setup);
+    setTimes(settings, setup);
+    return settings;
+}
+
 LiveLine::LiveLine(const Library& library, const LineSetup& setup, const std::set<int>& stations,
                    const simulator::SimulationOptions& controller)
 {

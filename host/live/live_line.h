@@ -13,6 +13,9 @@
 
 namespace dov417 {
 
+// Of a line that is listened to only. Throws a UsageFailure if no port is named.
+LineSettings listeningSettings(const Library& library, const LineSetup& setup);
+
 class LiveLine {
 public:
     // Starts the simulated controller if one is asked for, with these stations and station 1.

@@ -1,5 +1,7 @@
 #include "session/items.h"
 
+#include <algorithm>
+
 #include "session/pieces.h"
 
 namespace dov417 {
@@ -21,6 +23,8 @@ Item Items::made(const std::string& name, const Address& address, const FormatCh
     item.address = address;
     item.comment = comment;
     item.format = chosenFormat(format_, own);
+    if (access == Access::read && !fits(address.width, item.format))
+        item.format = chosenFormat({std::nullopt, format_.order}, own);
     try {
         requireAccess(library_, address, access);
         requireFormat(address.width, item.format);
@@ -32,18 +36,36 @@ Item Items::made(const std::string& name, const Address& address, const FormatCh
     return item;
 }
 
+std::string whyNotFound(const Library& library, const std::string& text, const std::string& tagFile)
+{
+    if (text.find(':') != std::string::npos)
+        return std::string();
+    if (!tagFile.empty())
+        return tagFile + " has no tag '" + text + "'";
+    if (registerType(library, text))
+        return std::string();
+    return "'" + text +
+           "' is no address, which is written R_W:100 or 2/M_bit:1.0..1.15; a tag needs its file, "
+           "with --tags FILE";
+}
+
 Item Items::find(const std::string& text, Access access) const
 {
     if (const Tag* const tag = findTag(tags_, text))
         return made(tag->name, tag->address, tag->format, tag->comment, access);
-    if (text.find(':') == std::string::npos && !source_.tags.empty())
-        throw UsageFailure(source_.tags + " has no tag '" + text + "'");
-    if (text.find(':') == std::string::npos && !registerType(library_, text))
-        throw UsageFailure("'" + text +
-                           "' is no address, which is written R_W:100 or "
-                           "2/M_bit:1.0..1.15; a tag needs its file, with --tags FILE");
+    if (const std::string why = whyNotFound(library_, text, source_.tags); !why.empty())
+        throw UsageFailure(why);
     const Address address = parseAddress(library_, text);
     return made(toText(library_, address), address, FormatChoice(), std::string(), access);
+}
+
+void Items::requireUse(const std::vector<Item>& items) const
+{
+    const bool isUsed = std::any_of(items.begin(), items.end(), [this](const Item& item) {
+        return fits(item.address.width, chosenFormat(format_, FormatChoice()));
+    });
+    if (!isUsed)
+        requireFormat(items.front().address.width, chosenFormat(format_, FormatChoice()));
 }
 
 std::vector<Item> Items::chosen(const std::vector<std::string>& texts, Access access) const
@@ -58,6 +80,7 @@ std::vector<Item> Items::chosen(const std::vector<std::string>& texts, Access ac
     items.reserve(texts.size());
     for (const std::string& argument : texts)
         items.push_back(find(argument, access));
+    requireUse(items);
     return items;
 }
 
@@ -68,6 +91,7 @@ std::vector<Item> Items::tagged(Access access) const
     std::vector<Item> items;
     for (const Tag& tag : tags_)
         items.push_back(made(tag.name, tag.address, tag.format, tag.comment, access));
+    requireUse(items);
     return items;
 }
 

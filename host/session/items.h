@@ -25,6 +25,10 @@ struct ItemSource {
     std::string wordOrder; // of 32-bit values
 };
 
+// Why a text without a colon names nothing; empty where it may be an address.
+std::string whyNotFound(const Library& library, const std::string& text,
+                        const std::string& tagFile);
+
 // Reads the tag file, if there is one, and finds items in it or by their address.
 class Items {
 public:
@@ -34,7 +38,8 @@ public:
     // A tag name or an address. Throws a UsageFailure.
     Item find(const std::string& text, Access access) const;
 
-    // What these texts name; every tag if there are none. Throws a UsageFailure if that is nothing.
+    // What these texts name; every tag if there are none. Throws a UsageFailure if that is nothing,
+    // or if --format fits none of it: what is read and does not fit keeps its own format.
     std::vector<Item> chosen(const std::vector<std::string>& texts, Access access) const;
 
     // Every tag of the file.
@@ -43,6 +48,8 @@ public:
 private:
     Item made(const std::string& name, const Address& address, const FormatChoice& own,
               const std::string& comment, Access access) const;
+    // Throws a UsageFailure where --format fits none of them.
+    void requireUse(const std::vector<Item>& items) const;
 
     const Library& library_;
     ItemSource source_;

@@ -7,15 +7,15 @@ namespace dov417 {
 
 namespace {
 
-constexpr int maxRead = 125; // words in one read request
 constexpr int maxPlan = 128; // words in one request of the driver's plan
 constexpr int bitsPerWord = 16;
 constexpr int doubleWordLength = 2;
 constexpr int bytesPerWord = 2;
 
+// Below 1 the driver cuts single reads, too, where a write has to end.
 int longest(int maximum, int gap)
 {
-    return gap < 1 ? maximum : std::min(gap, maximum);
+    return std::min(maximum, gap < 1 ? maxWordsOfAWrite : gap);
 }
 
 int pieceLength(const Address& address, int maximum, int gap)
@@ -71,7 +71,8 @@ bool isOnePiece(const Write& write, int gap)
 
 bool isOneReadPiece(const Address& words, int gap)
 {
-    return words.width != Width::bit && words.length >= 1 && words.length <= longest(maxRead, gap);
+    return words.width != Width::bit && words.length >= 1 &&
+           words.length <= longest(maxWordsOfARead, gap);
 }
 
 Address wordsOf(const Address& address)
@@ -88,7 +89,7 @@ Address wordsOf(const Address& address)
 
 std::vector<Address> readPieces(const Address& address, int gap)
 {
-    return cut(wordsOf(address), pieceLength(address, maxRead, gap));
+    return cut(wordsOf(address), pieceLength(address, maxWordsOfARead, gap));
 }
 
 Result watchable(const Library& library, const Address& address)

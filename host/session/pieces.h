@@ -17,7 +17,7 @@ struct Write {
 };
 
 // Bits one at a time, as a run of coil bits goes out without its area's base address. Words as many
-// as the driver does not cut (its merge gap; below 1 it has no limit of its own) and a write
+// as the driver does not cut (its merge gap; below 1 what a write carries) and a write
 // request carries, and always whole 32-bit values. Throws a UsageFailure where a gap of 1 cuts even
 // one 32-bit value.
 std::vector<Write> writePieces(const Address& address, const std::vector<unsigned char>& data,

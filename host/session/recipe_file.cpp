@@ -1,6 +1,9 @@
 #include "session/recipe_file.h"
 
 #include <algorithm>
+#include <cstdio>
+#include <iostream>
+#include <iterator>
 #include <nlohmann/json.hpp>
 
 #include "line/json_error.h"
@@ -35,9 +38,14 @@ std::vector<std::string> textsOf(const Json& values)
     return texts;
 }
 
+std::string standardInput()
+{
+    return {std::istreambuf_iterator<char>(std::cin), std::istreambuf_iterator<char>()};
+}
+
 Json parseFile(const std::string& file)
 {
-    const std::string text = contentOf(file, file);
+    const std::string text = file == "-" ? standardInput() : contentOf(file, file);
     Json json;
     try {
         json = Json::parse(text);
@@ -112,9 +120,13 @@ void writeRecipe(const std::string& file, const std::vector<RecipeEntry>& entrie
                 exactText(entry.item, entry.data.data() + byteCount(entry.item.address.width, i))));
         json[entry.item.name] = values.size() == 1 ? values.front() : values;
     }
+    const std::string text = json.dump(2) + "\n";
+    if (file == "-") {
+        std::fwrite(text.data(), 1, text.size(), stdout);
+        return;
+    }
     QString why;
-    if (!replaceFile(QString::fromStdString(file), QByteArray::fromStdString(json.dump(2) + "\n"),
-                     &why))
+    if (!replaceFile(QString::fromStdString(file), QByteArray::fromStdString(text), &why))
         throw Failure("cannot write " + why.toStdString());
 }
 

@@ -11,11 +11,12 @@
 
 namespace dov417 {
 
-// The entries that the file names, in its order. Throws a UsageFailure that names the file, and the
-// tag or the place, of the first mistake.
+// The entries that the file names, in its order; - is the standard input. Throws a UsageFailure
+// that names the file, and the tag or the place, of the first mistake.
 std::vector<RecipeEntry> readRecipe(const std::string& file, const Items& items);
 
-// Throws a Failure if the file cannot be written; an older file is then left as it was.
+// Throws a Failure if the file cannot be written; an older file is then left as it was. - is the
+// standard output.
 void writeRecipe(const std::string& file, const std::vector<RecipeEntry>& entries);
 
 } // namespace dov417

@@ -32,10 +32,53 @@ const std::vector<std::string>& RecipeJob::problems() const
     return problems_;
 }
 
+const std::vector<RecipeReading>& RecipeJob::readings() const
+{
+    return readings_;
+}
+
+RecipeProgress RecipeJob::progress() const
+{
+    RecipeProgress progress;
+    progress.words = session_.recipeWordsMoved();
+    progress.allWords = layout_.bufferWords;
+    progress.bits = bitsWritten_;
+    for (const RecipeEntry& entry : entries_)
+        if (isDownload_ && isBits(entry))
+            progress.allBits += static_cast<std::size_t>(entry.item.address.length);
+    return progress;
+}
+
+void RecipeJob::readBack(const std::vector<RecipeEntry>& entries)
+{
+    entries_ = entries;
+    problems_.clear();
+    readBack();
+}
+
+void RecipeJob::readBack()
+{
+    std::vector<Address> addresses;
+    addresses.reserve(entries_.size());
+    for (const RecipeEntry& entry : entries_)
+        addresses.push_back(entry.item.address);
+    readings_.clear();
+    readAll(session_, addresses, [this](const ReadProblems& problems) {
+        for (std::size_t i = 0; i < entries_.size(); ++i)
+            readings_.push_back({problems.at(i).empty()
+                                     ? session_.cachedBytes(entries_.at(i).item.address)
+                                     : std::vector<unsigned char>(),
+                                 problems.at(i)});
+        done_();
+    });
+}
+
 void RecipeJob::upload(const std::vector<RecipeEntry>& entries)
 {
     entries_ = entries;
     problems_.clear();
+    isDownload_ = false;
+    bitsWritten_ = 0;
     std::vector<Address> words;
     for (const RecipeEntry& entry : entries_)
         words.push_back(isBits(entry) ? wordsOf(entry.item.address) : entry.item.address);
@@ -54,6 +97,8 @@ void RecipeJob::download(const std::vector<RecipeEntry>& entries)
 {
     entries_ = entries;
     problems_.clear();
+    isDownload_ = true;
+    bitsWritten_ = 0;
     std::vector<Address> words;
     for (const RecipeEntry& entry : entries_)
         if (!isBits(entry))
@@ -128,6 +173,8 @@ void RecipeJob::bitWritten(const std::string& name, const Result& result)
     if (!result.accepted &&
         std::find(problems_.begin(), problems_.end(), problem) == problems_.end())
         problems_.push_back(problem);
+    if (result.accepted)
+        ++bitsWritten_;
     if (--bitsUnderWay_ == 0)
         done_();
 }

@@ -21,20 +21,40 @@ struct RecipeEntry {
     std::vector<unsigned char> data; // as intf_getData() and intf_setData() have them
 };
 
+// What the controller holds for one tag.
+struct RecipeReading {
+    std::vector<unsigned char> data;
+    std::string problem; // why it could not be read; empty if it was
+};
+
+// How far a transfer has come, also one that was cut off.
+struct RecipeProgress {
+    std::size_t words = 0;
+    std::size_t allWords = 0;
+    std::size_t bits = 0; // written one by one
+    std::size_t allBits = 0;
+};
+
 // Must outlive what it has started.
 class RecipeJob {
 public:
-    // done: the transfer has ended; problems() tells how.
+    // done: what was asked for has ended; problems() tells how.
     RecipeJob(Session& session, std::function<void()> done);
 
     // Controller to entries.
     void upload(const std::vector<RecipeEntry>& entries);
     // Entries to controller.
     void download(const std::vector<RecipeEntry>& entries);
+    // Reads what the controller holds for the entries of the download, or for these.
+    void readBack();
+    void readBack(const std::vector<RecipeEntry>& entries);
 
     const std::vector<RecipeEntry>& entries() const;
     // Empty: everything was transferred.
     const std::vector<std::string>& problems() const;
+    // Of readBack(), one for each entry.
+    const std::vector<RecipeReading>& readings() const;
+    RecipeProgress progress() const;
 
 private:
     RecipeWords wordsOfEntries() const;
@@ -47,7 +67,10 @@ private:
     std::vector<RecipeEntry> entries_;
     std::vector<std::string> problems_;
     RecipeLayout layout_;
+    std::vector<RecipeReading> readings_;
+    bool isDownload_ = false;
     std::size_t bitsUnderWay_ = 0;
+    std::size_t bitsWritten_ = 0;
     int generation_ = 0; // of the session, at the start
 };
 

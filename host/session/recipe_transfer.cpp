@@ -55,6 +55,7 @@ void RecipeTransfer::start(const RecipeLayout& layout, RecipeDirection direction
         return;
     }
     done_ = std::move(done);
+    wordsMoved_ = 0;
     doubt_.clear();
     underWay_ = true;
     flag_ = direction == RecipeDirection::upload ? uploadFlagOffset : downloadFlagOffset;
@@ -106,8 +107,15 @@ bool RecipeTransfer::isMoving() const
     return moving_;
 }
 
+std::size_t RecipeTransfer::wordsMoved() const
+{
+    return wordsMoved_;
+}
+
 void RecipeTransfer::settle(const Transmission& transmission)
 {
+    if (transmission.verdict == replyAccepted)
+        wordsMoved_ += static_cast<std::size_t>(transmission.request.length);
     if (flagIsSet())
         return;
     moving_ = false;

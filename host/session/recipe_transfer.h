@@ -47,6 +47,9 @@ public:
     bool isMoving() const;
     // The request behind this frame has ended.
     void settle(const Transmission& transmission);
+    // Words that the controller has answered for, of the transfer that is under way or was the
+    // last.
+    std::size_t wordsMoved() const;
     // What was read so far may be wrong: an upload that is under way ends with this reason.
     void doubt(const std::string& reason);
     // Ends the transfer, if there is one, and takes the driver's flags back.
@@ -67,6 +70,7 @@ private:
     std::deque<std::vector<RecipeRecord>> rounds_; // still to be moved, the current one first
     std::size_t flag_ = 0;                         // offset in the block
     std::size_t words_ = 0;
+    std::size_t wordsMoved_ = 0;
     bool underWay_ = false;
     std::string doubt_;   // why an upload is not good however it ends
     bool moving_ = false; // the flag is set

@@ -242,6 +242,11 @@ void Session::transferRecipe(const RecipeLayout& layout, RecipeDirection directi
         runner_.wake();
 }
 
+std::size_t Session::recipeWordsMoved() const
+{
+    return recipe_.wordsMoved();
+}
+
 std::vector<unsigned char> Session::cachedBytes(const Address& address) const
 {
     std::vector<unsigned char> bytes(

@@ -91,6 +91,8 @@ public:
     void readOnce(const Address& words, Done done);
     void transferRecipe(const RecipeLayout& layout, RecipeDirection direction,
                         const RecipeWords& words, RecipeDone done);
+    // Of the recipe that is under way or was the last: words that the controller has answered for.
+    std::size_t recipeWordsMoved() const;
     // Writes that have no outcome yet.
     std::size_t writesUnderWay() const;
 

@@ -1,4 +1,4 @@
-// Values in JSON: as numbers where that changes nothing, else as text.
+// Values in JSON.
 #ifndef DOV417_TEXT_JSON_VALUE_H
 #define DOV417_TEXT_JSON_VALUE_H
 
@@ -7,13 +7,10 @@
 
 namespace dov417 {
 
-// 42 for "42", "0x00FF" for "0x00FF", "nan" for "nan".
-inline nlohmann::ordered_json jsonValue(const std::string& text)
-{
-    using Json = nlohmann::ordered_json;
-    const Json number = Json::parse(text, nullptr, false);
-    return number.is_number() && number.dump() == text ? number : Json(text);
-}
+// A number for the text of one, in the shortest form that reads back the same; text for what is not
+// written as a number, as hex digits are; null for "nan", "inf" and "-inf", which JSON has no
+// number for.
+nlohmann::ordered_json jsonValue(const std::string& text);
 
 } // namespace dov417
 

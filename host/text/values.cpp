@@ -261,9 +261,14 @@ Format chosenFormat(const FormatChoice& first, const FormatChoice& second)
     return format;
 }
 
+bool fits(Width width, const Format& format)
+{
+    return format.notation != Notation::real || width == Width::doubleWord;
+}
+
 void requireFormat(Width width, const Format& format)
 {
-    if (format.notation == Notation::real && width != Width::doubleWord)
+    if (!fits(width, format))
         throw UsageFailure("float needs the 32 bits of a double word register");
 }
 

@@ -48,7 +48,9 @@ const std::vector<std::string>& wordOrderNames();
 // The first that decides wins; unsigned and low-first if none does.
 Format chosenFormat(const FormatChoice& first, const FormatChoice& second);
 
-// Throws a UsageFailure: float needs 32 bits.
+// Can values of that width be written so? float needs 32 bits.
+bool fits(Width width, const Format& format);
+// Throws a UsageFailure where not.
 void requireFormat(Width width, const Format& format);
 
 // Bytes that `values` values take.

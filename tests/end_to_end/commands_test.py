@@ -53,6 +53,23 @@ class Read(EndToEnd):
             ],
         )
 
+    def test_a_long_range_is_read_in_as_few_requests_as_there_can_be(self):
+        controller = self.controller("--still", "--strict", "--set", "R_W:0..3999=7")
+        out = self.succeeds("read", "--port", controller.port, "R_W:0..3999", "--stats")
+        self.assertEqual(out.splitlines()[0], "1/R_W:0..3999 =" + 4000 * " 7")
+        self.assertIn("all requests: 32 sent, 32 good", out)
+
+    def test_without_a_gap_the_last_words_of_a_piece_are_read_too(self):
+        controller = self.controller("--still", "--set", "R_W:0..3999=7")
+        out = self.succeeds("read", "--port", controller.port, "R_W:3875..3999", "--gap", "0")
+        self.assertEqual(out, "1/R_W:3875..3999 =" + 125 * " 7" + "\n")
+
+    def test_a_float_format_leaves_a_word_among_them_as_it_is(self):
+        controller = self.controller("--still", "--set", "R_W:100=5", "--set", "R_D:200=1.5")
+        out = self.succeeds("read", "--port", controller.port, "R_W:100", "R_D:200", "--format",
+                            "float")  # fmt: skip
+        self.assertEqual(out, "1/R_W:100 = 5\n1/R_D:200..201 = 1.5\n")
+
     def test_one_silent_station_does_not_keep_the_others_from_being_read(self):
         controller = self.controller("--still", "--set", "R_W:100=5")
         done = run("read", "--port", controller.port, "--timeout", "50", "R_W:100", "9/R_W:1")
@@ -237,6 +254,15 @@ class Watch(EndToEnd):
         self.assertGreater(len(changes), 2)
         self.assertEqual(changes[0]["address"], "1/C:0")
         self.assertEqual(changes[2]["previous"], changes[1]["value"])
+
+    def test_json_has_numbers_for_floats_and_the_bits_of_what_is_none(self):
+        controller = self.controller("--still", "--set", "R_D:0..7=1e10,0.1,0x7FC00001,0xFF800000")
+        out = self.succeeds("watch", "--port", controller.port, "R_D:0..7", "--format", "float",
+                            "--json", "--cycles", "1")  # fmt: skip
+        told = [json.loads(line) for line in out.splitlines()]
+        self.assertEqual([(t["value"], t.get("bits")) for t in told],
+                         [(1e10, None), (0.1, None), (None, "0x7FC00001"),
+                          (None, "0xFF800000")])  # fmt: skip
 
     def test_json_tells_what_was_given_up_once_and_how_often(self):
         controller = self.controller("--fault", "exception:2=100%")
@@ -441,6 +467,78 @@ class Recipe(EndToEnd):
         file = self.write_file("recipe.json", '{"lamp": [1, 1]}')
         self.succeeds("recipe", "download", file, "--tags", self.tags, "--port", controller.port)
         self.assertEqual(controller.memory()(1, "M_W", 30), 0xB0)
+
+    def test_a_download_tells_each_value_and_what_reads_back_otherwise(self):
+        tags = self.write_file(
+            "two.csv", "name,register,address,count\nfirst,R_W,300,3\nlast,R_W,302,1\n"
+        )
+        controller = self.controller("--still")
+        file = self.write_file("recipe.json", '{"first": [1, 2, 3], "last": 4}')
+        done = run("recipe", "download", file, "--tags", tags, "--port", controller.port)
+        self.assertEqual(done.returncode, 1)
+        self.assertEqual(done.stdout, "first[0] = 1: written and read back\n"
+                                      "first[1] = 2: written and read back\n"
+                                      "last = 4: written and read back\n")  # fmt: skip
+        self.assertEqual(done.stderr,
+                         "dov417: first[2] = 3: taken, but it reads back as 4\n")  # fmt: skip
+
+    def test_a_recipe_is_compared_with_the_controller(self):
+        controller = self.controller("--still", "--stations", "1,2", "--set", "R_W:200=1500",
+                                     "--set", "R_W:211=7", "--set", "M_bit:30.5=1")  # fmt: skip
+        recipe = {"speed": 1500, "preset": [0, -1, 0], "lamp": [0, 0]}
+        file = self.write_file("recipe.json", json.dumps(recipe))
+        compare = ["recipe", "compare", file, "--tags", self.tags, "--port", controller.port]
+        done = run(*compare)
+        self.assertEqual((done.returncode, done.stderr), (3, ""))
+        self.assertEqual(
+            done.stdout.splitlines(),
+            [
+                "   tag        recipe  controller",
+                "   speed        1500        1500",
+                "   preset[0]       0           0",
+                "!  preset[1]      -1           7",
+                "   preset[2]       0           0",
+                "   lamp[0]         0           0",
+                "!  lamp[1]         0           1",
+                "2 of 6 values differ",
+            ],
+        )
+        self.assertEqual(controller.memory()(1, "R_W", 211), 7)
+
+    def test_what_cannot_be_read_is_not_compared(self):
+        controller = self.controller("--still", "--stations", "1")
+        file = self.write_file("recipe.json", '{"speed": 0, "total": [0, 0]}')
+        done = run("recipe", "compare", file, "--tags", self.tags, "--port", controller.port,
+                   "--timeout", "20")  # fmt: skip
+        self.assertEqual(done.returncode, 1)
+        self.assertEqual(done.stdout.splitlines()[1:], ["   speed       0           0"])
+        self.assertEqual(done.stderr, "dov417: total: no answer: no byte came\n")
+
+    def test_a_recipe_goes_through_pipes(self):
+        controller = self.controller("--still", "--stations", "1,2", "--set", "R_W:200=1500")
+        where = ["--tags", self.tags, "--port", controller.port]
+        up = run("recipe", "upload", "-", "--stats", *where)
+        self.assertEqual(json.loads(up.stdout)["speed"], 1500)
+        self.assertIn("Link statistics", up.stderr)
+        down = subprocess.run([TOOL, "recipe", "download", "-", *where], input='{"speed": 1600}',
+                              capture_output=True, text=True, timeout=PATIENCE,
+                              check=True)  # fmt: skip
+        self.assertEqual(down.stdout, "speed = 1600: written and read back\n"
+                                      "1 tags from the standard input into the controller\n")  # fmt: skip
+        self.assertEqual(controller.memory()(1, "R_W", 200), 1600)
+
+    def test_a_recipe_that_is_cut_off_says_how_much_was_done(self):
+        tags = self.write_file("long.csv", "name,register,address,count\nlong,R_W,100,600\n")
+        controller = self.controller("--still", "--fault", "exception:4=every:3")
+        file = self.write_file("recipe.json", json.dumps({"long": list(range(600))}))
+        err = self.fails("recipe", "download", file, "--tags", tags, "--port", controller.port,
+                         "--retries", "1", "--no-function-8")  # fmt: skip
+        self.assertIn("recipe not transferred: ", err)
+        written = re.search("([0-9]+) of 600 words had been written", err)
+        word = controller.memory()
+        # The refused request was carried out all the same: its 112 words are in the controller too.
+        self.assertEqual(sum(word(1, "R_W", 100 + i) == i for i in range(1, 600)) + 1,
+                         int(written[1]) + 112)  # fmt: skip
 
     def test_a_recipe_that_is_refused_says_so_and_keeps_the_old_file(self):
         controller = self.controller("--fault", "exception:2=100%", "--stations", "1,2")

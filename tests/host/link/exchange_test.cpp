@@ -389,7 +389,7 @@ TEST(Exchange, RoundsThatOnceShowedAWrongValueShowNone)
         EXPECT_EQ(tally.doubts, 0) << "seed " << seed << ": " << textOf(tally);
         EXPECT_EQ(tally.lies(), 0) << "seed " << seed << ": " << textOf(tally);
     }
-    for (const unsigned seed : {184U, 297U, 413U, 3625U, 4618U, 4787U, 4965U, 65217U}) {
+    for (const unsigned seed : {184U, 297U, 413U, 3625U, 4618U, 4787U, 4965U, 65217U, 75459U}) {
         const Tally tally = playModemRound(seed, requests);
         EXPECT_EQ(tally.lies(), tally.beforeDoubt) << "seed " << seed << ": " << textOf(tally);
     }

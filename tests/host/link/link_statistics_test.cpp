@@ -52,6 +52,14 @@ TEST(Statistics, SumUpWhatHappenedToEachRequest)
         EXPECT_NE(text.find(expected), std::string::npos) << expected << "\nin\n" << text;
 }
 
+TEST(Statistics, TellNoShareOfALineThatIsFasterThanItsSpeed)
+{
+    LinkStatistics statistics;
+    statistics.wireTime = seconds(5);
+    EXPECT_EQ(briefStatistics(statistics, statistics.started + seconds(4)).at(1),
+              "no whole cycle, bytes come faster than the line's speed");
+}
+
 TEST(Statistics, SayWhyARequestWasLastGivenUp)
 {
     LinkStatistics statistics;

@@ -113,8 +113,16 @@ TEST(ReadPieces, TimersKeepTheirName)
 
 TEST(ReadPieces, ARequestStaysWithinWhatEverySlaveAnswers)
 {
-    EXPECT_EQ(runsOf(readPieces(address("R_W", Width::word, 0, 130), 0)),
+    EXPECT_EQ(runsOf(readPieces(address("R_W", Width::word, 0, 130), 200)),
               (std::vector<Extent>{{0, 125}, {125, 5}}));
+}
+
+TEST(ReadPieces, WithoutAGapAPieceIsWhatTheDriverMakesOneRequestOf)
+{
+    EXPECT_EQ(runsOf(readPieces(address("R_W", Width::word, 0, 130), 0)),
+              (std::vector<Extent>{{0, 123}, {123, 7}}));
+    EXPECT_TRUE(isOneReadPiece(address("R_W", Width::word, 0, 123), 0));
+    EXPECT_FALSE(isOneReadPiece(address("R_W", Width::word, 0, 124), 0));
 }
 
 TEST(WatchPieces, AreNoLongerThanARequestOfThePlan)

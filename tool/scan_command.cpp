@@ -1,0 +1,157 @@
+#include "tool/commands.h"
+
+#include <CLI/CLI.hpp>
+#include <QEventLoop>
+#include <cstdio>
+#include <memory>
+
+#include "driver/areas.h"
+#include "driver/default_line.h"
+#include "line/failure.h"
+#include "live/controller_process.h"
+#include "live/shutdown.h"
+#include "scan/line_scan.h"
+#include "scan/scan_choices.h"
+#include "tool/scan_teller.h"
+
+namespace dov417 {
+
+namespace {
+
+constexpr int defaultTimeoutOfAScanMs = 50;
+
+struct ScanOptions {
+    std::string port;
+    bool simulated = false;
+    std::vector<std::string> lines;
+    std::string stations = "1..247";
+    int timeoutMs = defaultTimeoutOfAScanMs;
+    bool asksAnyway = false;
+    bool json = false;
+    std::string log;
+    std::string library;
+};
+
+ScanSettings settingsFor(const ScanOptions& options, const Library& library)
+{
+    ScanSettings settings;
+    for (const std::string& line : options.lines)
+        settings.lines.push_back(parseRtuFormat(line));
+    if (options.lines.empty())
+        settings.lines = commonLines(parseRtuFormat(defaultLine(library)));
+    settings.stations = parseStations(options.stations);
+    settings.timeout = std::chrono::milliseconds(options.timeoutMs);
+    settings.asksAnyway = options.asksAnyway;
+    return settings;
+}
+
+// Of a scan without hardware: two stations at the library's own settings.
+std::unique_ptr<ControllerProcess> ownController(const Library& library)
+{
+    simulator::SimulationOptions options;
+    options.stations = {1, 17};
+    options.line = parseRtuFormat(defaultLine(library));
+    options.ownSpeedOnly = true;
+    options.baudLimit = true;
+    return std::make_unique<ControllerProcess>(options);
+}
+
+int runScan(const ScanOptions& options)
+{
+    if (options.simulated == !options.port.empty())
+        throw UsageFailure(options.simulated
+                               ? "--port and --simulated exclude each other"
+                               : "no line: name the port with --port DEVICE, or use --simulated "
+                                 "for a controller of the tool's own");
+    const Library library(options.library);
+    const ScanSettings settings = settingsFor(options, library);
+    const std::vector<Area> areas = learnAreas(library);
+    ScanTeller teller(settings, options.json, options.log, areas);
+
+    QEventLoop loop;
+    LineScan* running = nullptr;
+    const Shutdown shutdown([&]() {
+        if (!running || teller.isInterrupted())
+            loop.quit();
+        else
+            running->stop();
+        teller.interrupt();
+    });
+    const std::unique_ptr<ControllerProcess> controller =
+        options.simulated ? ownController(library) : nullptr;
+    const std::string port = controller ? controller->port() : options.port;
+    LineScan scan(QString::fromStdString(port), settings, questionsFrom(areas),
+                  teller.events([&loop]() { loop.quit(); }));
+    scan.start();
+    running = &scan;
+    teller.showProgressOf(scan);
+    if (!teller.hasEnded() && !teller.isInterrupted())
+        loop.exec();
+    return teller.finish() ? exitDone : exitFailed;
+}
+
+void addScanLineOptions(CLI::App& command, ScanOptions& options)
+{
+    command.add_option("--port", options.port, "Serial port, as in /dev/ttyUSB0; see dov417 ports")
+        ->option_text("DEVICE");
+    command
+        .add_option("--lines,--line", options.lines,
+                    "Line settings to try, as in 9600,8,NONE,1 19200,8,EVEN,1; else the library's "
+                    "own, then the common speeds and parities")
+        ->option_text("LINE...")
+        ->check([](const std::string& text) {
+            try {
+                parseRtuFormat(text);
+            } catch (const UsageFailure& failure) {
+                return std::string(failure.what());
+            }
+            return std::string();
+        });
+    command
+        .add_option("--stations", options.stations, "Stations to ask, as in 1..20 or 1,5,10..20")
+        ->option_text("LIST")
+        ->capture_default_str();
+    command
+        .add_option("--timeout", options.timeoutMs,
+                    "What each station is given to answer; one that takes longer is found all the "
+                    "same, and called slow (" +
+                        std::to_string(defaultTimeoutOfAScanMs) + ")")
+        ->option_text("MS")
+        ->check(CLI::Range(1, maxMs));
+    command.add_flag("--ask-anyway", options.asksAnyway,
+                     "Ask although others speak on the line, and disturb them");
+}
+
+} // namespace
+
+void addScanCommand(CLI::App& app, Action& chosen)
+{
+    const auto options = std::make_shared<ScanOptions>();
+    CLI::App* command =
+        app.add_subcommand("scan", "Who answers on a line, and at which speed and parity");
+    addScanLineOptions(*command, *options);
+    command->add_flag("--json", options->json, "One JSON object a line");
+    command
+        ->add_option("--library", options->library,
+                     "The driver library; else it is looked for next to the tool, in its library "
+                     "folder and where the linker looks")
+        ->option_text("PATH")
+        ->check([](const std::string& path) { return path.empty() ? "no path" : ""; });
+    command
+        ->add_option("--log", options->log,
+                     "Record every frame with time, direction, bytes and meaning; see trace")
+        ->option_text("FILE");
+    command->add_flag("--simulated", options->simulated,
+                      "An own controller with stations 1 and 17 instead of a port");
+    command->footer(
+        "Listens first, and asks nothing where others speak. Each station is asked for one word; "
+        "an exception is an answer too. Ctrl-C ends with what was found.\n"
+        "Examples:\n"
+        "  dov417 scan --simulated --stations 1..20 --lines 38400,8,EVEN,1\n"
+        "  dov417 scan --simulated --stations 1,17 --lines 9600,8,NONE,1 38400,8,EVEN,1 --json\n"
+        "On a real line, --port /dev/ttyUSB0 stands for --simulated.\n"
+        "Exits with 1 if nobody answers.");
+    command->callback([options, &chosen]() { chosen = [options]() { return runScan(*options); }; });
+}
+
+} // namespace dov417
