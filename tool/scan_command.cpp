@@ -8,6 +8,7 @@
 #include "driver/areas.h"
 #include "driver/default_line.h"
 #include "line/failure.h"
+#include "link/network_address.h"
 #include "live/controller_process.h"
 #include "live/shutdown.h"
 #include "scan/line_scan.h"
@@ -63,6 +64,7 @@ int runScan(const ScanOptions& options)
                                ? "--port and --simulated exclude each other"
                                : "no line: name the port with --port DEVICE, or use --simulated "
                                  "for a controller of the tool's own");
+    requireSerialPort(options.port);
     const Library library(options.library);
     const ScanSettings settings = settingsFor(options, library);
     const std::vector<Area> areas = learnAreas(library);

@@ -47,6 +47,7 @@ LineSettings listeningSettings(const Library& library, const LineSetup& setup)
 {
     if (setup.port.empty())
         throw UsageFailure("no line: name the port with --port DEVICE");
+    requireSerialPort(setup.port);
     LineSettings settings;
     settings.device = QString::fromStdString(setup.port);
     settings.wire = serialFormat(library, setup);
