@@ -72,8 +72,8 @@ void addLineOptions(CLI::App& command, LineOptions& options)
 {
     command
         .add_option("--port", options.port,
-                    "Serial port, as in /dev/ttyUSB0, or the serial line of a device server on the "
-                    "network, as in tcp://HOST:4001")
+                    "Serial port, as in /dev/ttyUSB0; over a network the serial line of a device "
+                    "server, as in tcp://HOST:4001, or Modbus TCP, as in mbtcp://HOST")
         ->option_text("PORT")
         ->group(lineGroup);
     addPlanningOptions(command, options);

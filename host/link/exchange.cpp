@@ -63,6 +63,11 @@ bool Exchange::isRunning() const
     return state_ != State::stopped;
 }
 
+bool Exchange::wasSound() const
+{
+    return astray_.lineWasSound;
+}
+
 const Books& Exchange::books() const
 {
     return books_;

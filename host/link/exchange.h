@@ -1,4 +1,4 @@
-// One request and its reply, without a port and without time of its own: both are handed in.
+// Modbus RTU: one request and its reply.
 //
 // It keeps the inter-frame delay before each frame, collects the reply until it is complete, the
 // line falls silent or the time is up, and throws away what is nobody's reply. What it hands on as
@@ -19,13 +19,12 @@
 
 #include <QByteArray>
 #include <array>
-#include <functional>
 #include <string>
 #include <vector>
 
 #include "line/clock.h"
-#include "line/serial_format.h"
 #include "link/books.h"
+#include "link/line_protocol.h"
 #include "link/reply_collector.h"
 #include "link/reply_gap.h"
 #include "link/reply_pace.h"
@@ -34,73 +33,26 @@
 
 namespace dov417 {
 
-struct ExchangeSettings {
-    SerialFormat wire;
-    TimeoutSettings timeout; // from the end of the request to the first byte of the reply
-    Micros turnaround{0};    // what controllers need to digest a broadcast
-    Micros replyGap{0};      // silence after which a reply that has begun has ended, at first
-    Micros horizon{0};       // a station begins to answer within it, or not at all
-    bool mayMark = true;     // function 8 may be used
-    bool isShared = true;    // others may have asked just before the start
-    // On a serial line. Over a network the end of a frame is when it was handed over: when its
-    // bytes were on the wire of the far end is not known.
-    bool bytesTakeTime = true;
-};
-
-// The line as the exchange sees it, and what it tells of itself.
-struct ExchangeLine {
-    std::function<void(const QByteArray&)> write;
-    std::function<bool()> bytesWait;               // came and not handed in yet
-    std::function<void(Clock::time_point)> wakeAt; // one call of timerDue(), in place of any before
-    std::function<void()> sleep;                   // no such call
-    std::function<void(const Transmission&)> sent; // its first byte goes out now
-    std::function<void(const Transmission&)> markerEnded;
-    std::function<void(const Stray&)> stray;
-    std::function<void(const std::string&)> notice; // what a person should know, said once
-    std::function<void()> doubt; // what was taken for a reply so far may have been another's
-};
-
-class Exchange {
+class Exchange : public LineProtocol {
 public:
     explicit Exchange(const ExchangeLine& line);
 
-    // The line is there, and nothing of ours is under way on it; of others there may be.
-    void start(const ExchangeSettings& settings, Clock::time_point now);
-    // The line has gone; done is not called any more.
-    void stop();
-    bool isRunning() const;
-    // Has a sound frame come since the start?
-    bool wasSound() const
-    {
-        return astray_.lineWasSound;
-    }
+    void start(const ExchangeSettings& settings, Clock::time_point now) override;
+    void stop() override;
+    bool isRunning() const override;
+    bool wasSound() const override;
+    void transact(const Transmission& request, Done done, Clock::time_point now) override;
+    void bytesCame(const QByteArray& bytes, Clock::time_point now) override;
+    void timerDue(Clock::time_point now) override;
+    const Books& books() const override;
+    void awaitLate(const Books& earlier) override;
+    void sendNoMore() override;
+    Clock::time_point quietAt() const override;
+    std::vector<StationTime> stationTimes() const override;
+    Micros wireTime() const override;
 
-    // Transmits and collects; calls done once, never from within. One at a time. Of the record it
-    // fills in what it knows: number, times and reception. The request may end without having been
-    // sent: by the reply to the very same request that was sent before, or because a late reply
-    // could be mistaken for its own.
-    using Done = std::function<void(const Transmission&)>;
-    void transact(const Transmission& request, Done done, Clock::time_point now);
-
-    void bytesCame(const QByteArray& bytes, Clock::time_point now);
-    void timerDue(Clock::time_point now);
-
-    // What may still be answered, when the line is given up; and for the next one on the same port.
-    const Books& books() const;
-    void awaitLate(const Books& earlier);
-
-    // Nothing is sent any more. What has not gone out yet is dropped: its done is not called.
-    void sendNoMore();
-    // When the replies that are out have come, or have had the time that their stations take.
-    Clock::time_point quietAt() const;
-
-    // Of the stations that have answered.
-    std::vector<StationTime> stationTimes() const;
     // Does a marker precede each request?
     bool isWary(Clock::time_point now) const;
-
-    // Time that the bytes sent and received so far took on the wire.
-    Micros wireTime() const;
 
 private:
     enum class State {

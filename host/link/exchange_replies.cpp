@@ -12,11 +12,6 @@ namespace {
 
 constexpr int babbleLength = 1024; // bytes that came for one request and are no reply to it
 
-std::string milliseconds(Micros duration)
-{
-    return std::to_string(std::chrono::round<std::chrono::milliseconds>(duration).count()) + " ms";
-}
-
 } // namespace
 
 void Exchange::bytesCame(const QByteArray& bytes, Clock::time_point now)
@@ -216,19 +211,15 @@ void Exchange::flushLateBytes(const QByteArray& bytes, Clock::time_point now)
     report({settled.kindOr(StrayKind::late), bytes, now, settled.number()});
 }
 
-// A person wonders why it is slow, or why values do not come: said once.
+// Said once.
 void Exchange::nameIfSlow(int station, Micros delay)
 {
-    const TimeoutSettings& settings = settings_.timeout;
     Station& slow = stations_.at(station);
-    if (slow.isNamed || delay <= settings.initial)
+    const std::string text = slowText(station, delay, settings_.timeout);
+    if (slow.isNamed || text.empty())
         return;
     slow.isNamed = true;
-    const bool isLearned = !settings.isFixed && delay < settings.max;
-    line_.notice("station " + std::to_string(station) + " answers after " + milliseconds(delay) +
-                 (isLearned          ? ": waiting longer from now on"
-                  : settings.isFixed ? ", later than it is waited for: raise --timeout"
-                                     : ", later than it is waited for: raise --timeout-max"));
+    line_.notice(text);
 }
 
 } // namespace dov417

@@ -6,6 +6,7 @@
 
 #include "driver/registers.h"
 #include "line/crc16.h"
+#include "link/network_address.h"
 #include "link/silence_words.h"
 
 namespace dov417 {
@@ -96,7 +97,8 @@ Result LinkRunner::open(const LineSettings& settings)
                     },
                     events_.notice, mayCut_,
                     [this]() { return !library_.driver->sendList.isEmpty(); }},
-        settings.maxRegisters);
+        settings.maxRegisters,
+        isModbusTcp(settings.device.toStdString()) ? maxWordsOfARead : noMaximum);
     device_ = settings.device;
     line_->awaitLate(unanswered_[device_]);
     QString reason;

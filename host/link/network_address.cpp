@@ -12,8 +12,10 @@ namespace {
 constexpr int maxPort = 65535;
 constexpr std::size_t maxPortDigits = 5;
 const char* const schemeEnd = "://";
-const char* const scheme = "tcp";
-const char* const form = "tcp://HOST:PORT";
+const char* const serialScheme = "tcp";
+const char* const modbusScheme = "mbtcp";
+constexpr int modbusPort = 502;
+const char* const form = "tcp://HOST:PORT or mbtcp://HOST[:502]";
 
 int portNumber(const std::string& text, const std::string& digits)
 {
@@ -34,7 +36,9 @@ std::optional<NetworkAddress> parseNetworkAddress(const std::string& text)
     const std::size_t end = text.find(schemeEnd);
     if (end == std::string::npos)
         return std::nullopt;
-    if (text.substr(0, end) != scheme)
+    NetworkAddress address;
+    address.isModbusTcp = text.substr(0, end) == modbusScheme;
+    if (!address.isModbusTcp && text.substr(0, end) != serialScheme)
         throw UsageFailure(text + ": a line over a network is " + form);
     const std::string rest = text.substr(end + std::string(schemeEnd).size());
 
@@ -49,15 +53,27 @@ std::optional<NetworkAddress> parseNetworkAddress(const std::string& text)
         throw UsageFailure(text + ": an IPv6 address stands in brackets, as in tcp://[::1]:4001");
     const std::string host = rest.substr(0, colon);
 
-    NetworkAddress address;
     address.host = hasBrackets ? host.substr(1, bracket - 1) : host;
     if (address.host.empty() || (hasBrackets && bracket + 1 != host.size()) ||
         address.host.find_first_of("/[]@ ") != std::string::npos)
         throw UsageFailure(text + ": '" + host + "' is no host; a line over a network is " + form);
-    if (colon == std::string::npos)
-        throw UsageFailure(text + ": the port number is missing; it is " + form);
-    address.port = portNumber(text, rest.substr(colon + 1));
+    if (colon == std::string::npos && !address.isModbusTcp)
+        throw UsageFailure(text + ": the port number is missing, as in tcp://HOST:4001");
+    address.port =
+        colon == std::string::npos ? modbusPort : portNumber(text, rest.substr(colon + 1));
     return address;
+}
+
+bool isModbusTcp(const std::string& text)
+{
+    const std::optional<NetworkAddress> address = parseNetworkAddress(text);
+    return address && address->isModbusTcp;
+}
+
+void requireSerialPort(const std::string& text)
+{
+    if (parseNetworkAddress(text))
+        throw UsageFailure(text + ": this needs a serial port of this machine");
 }
 
 } // namespace dov417

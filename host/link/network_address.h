@@ -9,6 +9,7 @@
 namespace dov417 {
 
 struct NetworkAddress {
+    bool isModbusTcp = false;
     std::string host; // a name, or an address without brackets
     int port = 0;
 };
@@ -16,6 +17,11 @@ struct NetworkAddress {
 // Nothing for a serial port. Throws a UsageFailure where it looks like one of the network and is
 // none.
 std::optional<NetworkAddress> parseNetworkAddress(const std::string& text);
+
+bool isModbusTcp(const std::string& text);
+
+// For what needs the bits of a wire. Throws a UsageFailure where the port is one of a network.
+void requireSerialPort(const std::string& text);
 
 } // namespace dov417
 

@@ -156,6 +156,11 @@ bool NetworkPort::bytesWait() const
     return ioctl(descriptor, FIONREAD, &count) == 0 && count > 0;
 }
 
+void NetworkPort::giveUp()
+{
+    ended(QString());
+}
+
 QString NetworkPort::name() const
 {
     return name_;

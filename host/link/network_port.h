@@ -25,6 +25,7 @@ public:
     Opening open(QString* reason) override;
     void write(const QByteArray& bytes) override;
     bool bytesWait() const override;
+    void giveUp() override;
     QString name() const override;
     bool isAway() const override;
     std::chrono::milliseconds pause() const override;

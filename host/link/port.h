@@ -34,6 +34,7 @@ public:
     // To be called while it is open only.
     virtual void write(const QByteArray& bytes) = 0;
     virtual bool bytesWait() const = 0; // came and were not told yet
+    virtual void giveUp() = 0;          // it is gone then
 
     virtual QString name() const = 0;
     // Not to be seen at all at the moment: why it cannot be opened needs no words.

@@ -40,9 +40,11 @@ int unitsOf(const Transmission& request, int words)
 
 } // namespace
 
-RequestCarrier::RequestCarrier(const CarrierLine& line, int maxRegisters)
-    : line_(line), maxRegisters_(maxRegisters)
+RequestCarrier::RequestCarrier(const CarrierLine& line, int maxRegisters, int roomOfLine)
+    : line_(line), maxRegisters_(std::min(maxRegisters, roomOfLine))
 {
+    for (Station& each : stations_)
+        each.maximum = roomOfLine;
 }
 
 RequestCarrier::Station& RequestCarrier::station()

@@ -34,8 +34,9 @@ struct CarrierLine {
 
 class RequestCarrier {
 public:
-    // maxRegisters: words in one request to any station, or as request_parts.h has it.
-    RequestCarrier(const CarrierLine& line, int maxRegisters);
+    // maxRegisters: words in one request to any station, or as request_parts.h has it. Never more
+    // than the line has room for.
+    RequestCarrier(const CarrierLine& line, int maxRegisters, int roomOfLine = noMaximum);
 
     // One at a time; calls done once, with the driver's request.
     void carry(const Transmission& request, Exchange::Done done);

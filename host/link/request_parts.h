@@ -11,7 +11,7 @@
 
 namespace dov417 {
 
-// What one request of the Modbus protocol carries.
+// What one request of the Modbus protocol carries; Modbus TCP has no room for more.
 constexpr int maxWordsOfARead = 125;
 constexpr int maxWordsOfAWrite = 123;
 

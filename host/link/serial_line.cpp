@@ -4,9 +4,11 @@
 #include <utility>
 
 #include "line/failure.h"
+#include "link/exchange.h"
 #include "link/network_address.h"
 #include "link/network_port.h"
 #include "link/serial_port.h"
+#include "link/tcp_exchange.h"
 
 namespace dov417 {
 
@@ -31,18 +33,23 @@ ExchangeSettings exchangeSettings(const LineSettings& line)
 
 SerialLine::SerialLine(const LineSettings& settings, const LineObserver& observer)
     : settings_(settings), observer_(observer),
-      timer_([this]() { exchange_.timerDue(Clock::now()); }),
-      exchange_({[this](const QByteArray& bytes) { port_->write(bytes); },
-                 [this]() { return port_->bytesWait(); },
-                 [this](Clock::time_point when) { wakeAt(when); }, [this]() { timer_.cancel(); },
-                 observer.sent, observer.markerEnded, observer.stray, observer.notice,
-                 observer.doubt})
+      timer_([this]() { exchange_->timerDue(Clock::now()); })
 {
+    const ExchangeLine line{[this](const QByteArray& bytes) { port_->write(bytes); },
+                            [this]() { return port_->bytesWait(); },
+                            [this](Clock::time_point when) { wakeAt(when); },
+                            [this]() { timer_.cancel(); },
+                            observer.sent,
+                            observer.markerEnded,
+                            observer.stray,
+                            observer.notice,
+                            observer.doubt,
+                            [this]() { useless(); }};
     const PortEvents events{[this]() { opened(); },
                             [this](const QString& reason) { refused(reason); },
                             [this](const QByteArray& bytes) {
-                                exchange_.bytesCame(bytes, Clock::now());
-                                return exchange_.wasSound();
+                                exchange_->bytesCame(bytes, Clock::now());
+                                return exchange_->wasSound();
                             },
                             [this]() { gone(); }};
     const QString& device = settings_.device;
@@ -51,6 +58,10 @@ SerialLine::SerialLine(const LineSettings& settings, const LineObserver& observe
         port_ = std::make_unique<NetworkPort>(device, *address, events);
     else
         port_ = std::make_unique<SerialPort>(device, settings_.wire, events);
+    if (address && address->isModbusTcp)
+        exchange_ = std::make_unique<TcpExchange>(line);
+    else
+        exchange_ = std::make_unique<Exchange>(line);
     if (!timer_.isValid())
         throw Failure("the system has no timer left");
     reopenTimer_.setSingleShot(true);
@@ -62,37 +73,37 @@ SerialLine::~SerialLine() = default;
 
 bool SerialLine::isOpen() const
 {
-    return exchange_.isRunning();
+    return exchange_->isRunning();
 }
 
 void SerialLine::sendNoMore()
 {
-    exchange_.sendNoMore();
+    exchange_->sendNoMore();
 }
 
 Clock::time_point SerialLine::quietAt() const
 {
-    return exchange_.quietAt();
+    return exchange_->quietAt();
 }
 
 std::vector<StationTime> SerialLine::stationTimes() const
 {
-    return exchange_.stationTimes();
+    return exchange_->stationTimes();
 }
 
 Micros SerialLine::wireTime() const
 {
-    return exchange_.wireTime();
+    return exchange_->wireTime();
 }
 
 Books SerialLine::unanswered() const
 {
-    return exchange_.books();
+    return exchange_->books();
 }
 
 void SerialLine::awaitLate(const Books& earlier)
 {
-    exchange_.awaitLate(earlier);
+    exchange_->awaitLate(earlier);
 }
 
 bool SerialLine::open(QString* reason)
@@ -105,7 +116,7 @@ bool SerialLine::open(QString* reason)
 
 void SerialLine::opened()
 {
-    exchange_.start(exchangeSettings(settings_), Clock::now());
+    exchange_->start(exchangeSettings(settings_), Clock::now());
     observer_.port(true, QStringLiteral("port %1 is open").arg(port_->name()));
 }
 
@@ -128,15 +139,25 @@ void SerialLine::reopen()
 
 void SerialLine::gone()
 {
-    exchange_.stop();
+    exchange_->stop();
     lastReason_.clear();
     observer_.port(false, QStringLiteral("port %1 is gone").arg(port_->name()));
     reopenTimer_.start();
 }
 
-void SerialLine::transact(const Transmission& request, Exchange::Done done)
+// What cannot be understood cannot be read on from where it ends, either.
+void SerialLine::useless()
 {
-    exchange_.transact(request, std::move(done), Clock::now());
+    if (!wasUseless_)
+        observer_.notice("port " + port_->name().toStdString() +
+                         " sends what is no Modbus TCP: the connection is closed and made again");
+    wasUseless_ = true;
+    port_->giveUp();
+}
+
+void SerialLine::transact(const Transmission& request, LineProtocol::Done done)
+{
+    exchange_->transact(request, std::move(done), Clock::now());
 }
 
 void SerialLine::wakeAt(Clock::time_point when)

@@ -18,7 +18,7 @@
 #include "line/clock.h"
 #include "line/serial_format.h"
 #include "line/wake_timer.h"
-#include "link/exchange.h"
+#include "link/line_protocol.h"
 #include "link/port.h"
 #include "link/request_parts.h"
 #include "link/transmission.h"
@@ -71,7 +71,7 @@ public:
     // Transmits and collects; calls done once, from the event loop. One at a time. If the port
     // vanishes meanwhile, done is not called: the request is to be repeated once the port is back.
     // Of the record the line fills in what it knows: number, times and reception.
-    void transact(const Transmission& request, Exchange::Done done);
+    void transact(const Transmission& request, LineProtocol::Done done);
 
     // Transmissions whose replies may still come, when the line is given up; and to be handed to
     // the next one on the same port, which may take them for its own.
@@ -93,6 +93,7 @@ private:
     void refused(const QString& reason);
     void reopen();
     void gone();
+    void useless();
     void wakeAt(Clock::time_point when);
 
     LineSettings settings_;
@@ -101,7 +102,8 @@ private:
     WakeTimer timer_;
     QTimer reopenTimer_;
     QString lastReason_;
-    Exchange exchange_;
+    bool wasUseless_ = false;
+    std::unique_ptr<LineProtocol> exchange_;
 };
 
 } // namespace dov417

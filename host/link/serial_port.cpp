@@ -145,6 +145,11 @@ bool SerialPort::bytesWait() const
     return ioctl(port_->handle(), FIONREAD, &count) == 0 && count > 0;
 }
 
+void SerialPort::giveUp()
+{
+    lost();
+}
+
 QString SerialPort::name() const
 {
     return device_;

@@ -26,6 +26,7 @@ public:
     Opening open(QString* reason) override;
     void write(const QByteArray& bytes) override;
     bool bytesWait() const override;
+    void giveUp() override;
     // Of the open port: another one from now on.
     bool setFormat(const SerialFormat& format, QString* reason);
     QString name() const override;

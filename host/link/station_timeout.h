@@ -2,6 +2,8 @@
 #ifndef DOV417_LINK_STATION_TIMEOUT_H
 #define DOV417_LINK_STATION_TIMEOUT_H
 
+#include <string>
+
 #include "line/clock.h"
 
 namespace dov417 {
@@ -51,6 +53,10 @@ private:
     Micros grown_{0};  // since it last answered
     int silences_ = 0; // in a row
 };
+
+// What a person wonders about whose station takes longer than it is given at first: why it is slow,
+// or why values do not come. Empty of one that does not.
+std::string slowText(int station, Micros delay, const TimeoutSettings& settings);
 
 } // namespace dov417
 

@@ -47,6 +47,7 @@ LineSettings listeningSettings(const Library& library, const LineSetup& setup)
 {
     if (setup.port.empty())
         throw UsageFailure("no line: name the port with --port PORT");
+    requireSerialPort(setup.port);
     LineSettings settings;
     settings.device = QString::fromStdString(setup.port);
     settings.wire = serialFormat(library, setup);
@@ -75,6 +76,10 @@ LiveLine::LiveLine(const Library& library, const LineSetup& setup, const std::se
     settings_.mayMark = setup.mayMark;
     settings_.turnaround = std::chrono::milliseconds(setup.turnaroundMs);
     settings_.maxRegisters = setup.maxRegisters.value_or(learnedMaximum);
+    if (settings_.maxRegisters > maxWordsOfARead && isModbusTcp(port))
+        throw UsageFailure("--max-registers " + std::to_string(settings_.maxRegisters) +
+                           ": a request of Modbus TCP has room for " +
+                           std::to_string(maxWordsOfARead));
     if (!setup.log.empty())
         recording_ = std::make_unique<Recording>(
             setup.log,

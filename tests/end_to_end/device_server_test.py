@@ -189,7 +189,7 @@ class Nobody(Network):
 
     def test_what_is_no_address_is_refused_before_anything_else(self):
         for port, words in {
-            "tcp://plc": "tcp://plc: the port number is missing; it is tcp://HOST:PORT",
+            "tcp://plc": "tcp://plc: the port number is missing, as in tcp://HOST:4001",
             "tcp://::1:4001": "an IPv6 address stands in brackets, as in tcp://[::1]:4001",
             "tcp://plc:x": "'x' is no port number, which goes from 1 to 65535",
             "udp://plc:1": "a line over a network is tcp://HOST:PORT",
