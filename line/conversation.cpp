@@ -20,6 +20,8 @@ std::string Conversation::reply(const QByteArray& frame) const
 
 std::string Conversation::stray(const QByteArray& frame) const
 {
+    if (frame == request_) // an adapter's echo
+        return requestText(frame, areas_);
     const bool looksLikeReply = request_.size() > 1 && frame.size() > 1 &&
                                 frame.at(1) == request_.at(1) &&
                                 frame.size() == lengthOfReplyTo(request_);

@@ -3,23 +3,13 @@
 #include <algorithm>
 #include <iterator>
 
+#include "line/frame_bytes.h"
+
 namespace dov417 {
 
 namespace {
 
-enum Function {
-    readCoils = 1,
-    readInputs = 2,
-    lastRead = 4,
-    diagnostics = 8,
-    writeCoils = 15,
-    writeRegisters = 16,
-    reportServer = 17,
-    exceptionFlag = 0x80
-};
-
-constexpr int crcLength = 2;
-constexpr int exceptionLength = 5;
+constexpr int reportServer = 17;
 constexpr int functionLength = 2; // with the station
 constexpr int addressLength = 4;
 constexpr int quantityLength = 6;
@@ -51,21 +41,6 @@ constexpr Shape shapes[] = {
     {22, {8, false}, {8, false}}, // mask write register
     {23, {11, true}, {3, true}},  // read and write registers
 };
-
-int byteAt(const QByteArray& bytes, int index)
-{
-    return static_cast<unsigned char>(bytes.at(index));
-}
-
-int wordAt(const QByteArray& bytes, int index)
-{
-    return byteAt(bytes, index) * 256 + byteAt(bytes, index + 1);
-}
-
-int functionOf(const QByteArray& bytes)
-{
-    return byteAt(bytes, 1);
-}
 
 const Shape* shapeOf(int function)
 {
@@ -114,7 +89,7 @@ int lengthOfReply(const QByteArray& begin)
 {
     if (begin.size() < functionLength)
         return notYetTold;
-    if ((functionOf(begin) & exceptionFlag) != 0)
+    if ((byteAt(begin, functionIndex) & exceptionFlag) != 0)
         return exceptionLength;
     const Shape* const shape = shapeOf(functionOf(begin));
     return shape ? lengthOf(shape->reply, begin) : neverTold;
@@ -138,7 +113,7 @@ int echoedHead(const QByteArray& request)
     const Shape* const shape = shapeOf(function);
     if (function == diagnostics && request.size() >= quantityLength)
         return wordAt(request, functionLength) == 0 ? quantityLength : addressLength;
-    const bool namesAddress = shape && function > lastRead && !shape->reply.hasCount &&
+    const bool namesAddress = shape && !isReadFunction(function) && !shape->reply.hasCount &&
                               shape->reply.length >= quantityLength &&
                               shape->request.length >= quantityLength;
     return namesAddress ? addressLength : functionLength;

@@ -9,7 +9,7 @@ _dov417_commands() {
 }
 
 _dov417_registers() {
-  "$1" info 2>/dev/null | sed -n '/^register /,$s/^\([A-Z][A-Za-z_]*\) .*/\1/p'
+  "$1" info 2>/dev/null | sed -n '/^register  format/,/^$/s/^\([A-Z][A-Za-z_]*\) .*/\1/p'
 }
 
 # The value of an option that is already on the line: words 1 and on are the line's.
@@ -44,7 +44,7 @@ _dov417() {
       _dov417_files "$current"
       return ;;
     --timeout | --timeout-min | --timeout-max | --reply-gap | --horizon | --retries | --probe | \
-      --gap | --max-registers | --turnaround | --response-time | --count | --step | --cycles | \
+      --gap | --max-registers | --turnaround | --response-time | --count | --step | --every | --cycles | \
       --seconds | --stations | --seed | --fault) return ;;
     *)
       if [[ $current == -* ]]; then

@@ -18,6 +18,7 @@ void addListenCommand(CLI::App& app, Action& chosen);
 void addWatchCommand(CLI::App& app, Action& chosen);
 void addReadCommand(CLI::App& app, Action& chosen);
 void addWriteCommand(CLI::App& app, Action& chosen);
+void addRequestCommand(CLI::App& app, Action& chosen);
 void addRecipeCommand(CLI::App& app, Action& chosen);
 void addSimulateCommand(CLI::App& app, Action& chosen);
 void addDemoCommand(CLI::App& app, Action& chosen);

@@ -68,22 +68,12 @@ Json tableJson(const HeardTable& table, const std::vector<Area>& areas)
 
 HeardTeller::HeardTeller(HeardForm form, const LineSettings& settings, const std::string& log,
                          const std::vector<Area>& areas)
-    : form_(form), areas_(areas), logName_(log)
+    : form_(form), settings_(settings), areas_(areas), logName_(log)
 {
-    const std::string line =
-        "port " + settings.device.toStdString() + ", line " + toText(settings.wire) + ", listening";
     if (!log.empty()) {
         log_.open(log);
-        log_.remark(line);
+        log_.remark(lineText());
     }
-    if (form == HeardForm::json)
-        std::printf("%s\n", Json{{"version", DOV417_VERSION},
-                                 {"port", settings.device.toStdString()},
-                                 {"line", toText(settings.wire)}}
-                                .dump()
-                                .c_str());
-    if (form == HeardForm::frames)
-        std::printf("# %s\n", line.c_str());
     if (form == HeardForm::table && Screen::isTerminal()) {
         screen_ = std::make_unique<Screen>();
         redraw_.setInterval(redrawMilliseconds);
@@ -91,6 +81,24 @@ HeardTeller::HeardTeller(HeardForm form, const LineSettings& settings, const std
         redraw_.start();
     }
     std::fflush(stdout);
+}
+
+std::string HeardTeller::lineText() const
+{
+    return "port " + settings_.device.toStdString() + ", line " + toText(settings_.wire) +
+           ", listening";
+}
+
+void HeardTeller::sayWhere()
+{
+    if (form_ == HeardForm::json)
+        std::printf("%s\n", Json{{"version", DOV417_VERSION},
+                                 {"port", settings_.device.toStdString()},
+                                 {"line", toText(settings_.wire)}}
+                                .dump()
+                                .c_str());
+    if (form_ == HeardForm::frames)
+        std::printf("# %s\n", lineText().c_str());
 }
 
 void HeardTeller::write(const LogEntry& entry, const std::string& text)
@@ -131,6 +139,8 @@ void HeardTeller::tell(const Heard& heard)
 
 void HeardTeller::tellPort(bool open, const std::string& message)
 {
+    if (port_.empty())
+        sayWhere();
     note(logTime(Clock::now()), message);
     port_ = message;
     if (form_ == HeardForm::json)

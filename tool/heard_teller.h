@@ -35,9 +35,12 @@ public:
 private:
     void write(const LogEntry& entry, const std::string& text);
     void note(LogTime time, const std::string& text);
+    std::string lineText() const;
+    void sayWhere();
     void draw();
 
     HeardForm form_;
+    LineSettings settings_;
     std::vector<Area> areas_;
     std::string logName_;
     LineLog log_;
@@ -46,7 +49,7 @@ private:
     std::unique_ptr<Screen> screen_;
     QTimer redraw_;
     bool wasLost_ = false;
-    std::string port_;
+    std::string port_; // what was said of it last
 };
 
 } // namespace dov417

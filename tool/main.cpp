@@ -38,6 +38,7 @@ int run(int argc, char** argv)
     addWatchCommand(app, chosen);
     addReadCommand(app, chosen);
     addWriteCommand(app, chosen);
+    addRequestCommand(app, chosen);
     addRecipeCommand(app, chosen);
     addSimulateCommand(app, chosen);
     addDemoCommand(app, chosen);

@@ -18,10 +18,13 @@ struct WatchOptions {
     bool json = false;
     long long cycles = 0; // 0: no end
     double seconds = 0;   // 0: no end
+    int everyMs = 0;      // 0: one cycle follows the other
 };
 
 int runWatch(const WatchOptions& options)
 {
+    if (options.json && options.csv == "-")
+        throw UsageFailure("--json and --csv - both want the standard output");
     const Library library(options.line.library);
     const std::vector<Item> items =
         Items(library, options.items.source).chosen(options.items.arguments, Access::read);
@@ -49,6 +52,8 @@ int runWatch(const WatchOptions& options)
                      [&teller, &session, &live]() { teller.draw(session, live.isWaiting()); });
     if (options.json)
         live.countInJson();
+    if (options.csv == "-")
+        live.keepOutput();
     if (teller.hasScreen()) {
         live.beQuiet();
         redraw.start(redrawMilliseconds);
@@ -56,6 +61,7 @@ int runWatch(const WatchOptions& options)
     if (options.seconds > 0)
         QTimer::singleShot(timerSpan(options.seconds), &redraw, [&live]() { live.end(); });
     live.open();
+    session.setCycleInterval(std::chrono::milliseconds(options.everyMs));
     session.watch(addressesOf(items));
     if (options.cycles > 0)
         session.finishAfterCycles(options.cycles, [&live]() { live.end(); });
@@ -81,9 +87,17 @@ void addWatchCommand(CLI::App& app, Action& chosen)
     const auto options = std::make_shared<WatchOptions>();
     CLI::App* command = app.add_subcommand("watch", "Poll, and show values live");
     addAddressArguments(*command, options->items);
-    command->add_option("--csv", options->csv, "One row a change into this file")
+    command
+        ->add_option("--csv", options->csv,
+                     "One row a change into this file; - is the standard output")
         ->option_text("FILE");
     command->add_flag("--json", options->json, "One JSON object a change, a line each");
+    command
+        ->add_option("--every", options->everyMs,
+                     "Poll in this interval, not as fast as the line goes; says so where the line "
+                     "cannot keep it")
+        ->option_text("MS")
+        ->check(CLI::Range(1, maxMs));
     command->add_option("--cycles", options->cycles, "End after so many cycles")
         ->option_text("N")
         ->check(positive);
@@ -97,6 +111,7 @@ void addWatchCommand(CLI::App& app, Action& chosen)
         "  dov417 watch --simulated R_W:0..3 I_bit:0.0..0.7 T:5 C:0 --seconds 5\n"
         "  dov417 watch --simulated R_W:0 --json --cycles 100\n"
         "  dov417 watch --simulated R_W:0..3 --csv values.csv --stats --seconds 2\n"
+        "  dov417 watch --simulated R_W:0..3 --every 500 --csv - --seconds 2\n"
         "On a real line, --port /dev/ttyUSB0 stands for --simulated.\n"
         "Exits with 1 if a value is not good at the end: it never came, or it is old since its "
         "request has been failing or the port has gone.");

@@ -61,15 +61,17 @@ bool writeRow(std::FILE* file, const std::vector<std::string>& fields)
 WatchTeller::WatchTeller(bool json, const std::string& csvName,
                          const std::vector<ViewLabel>& labels,
                          const std::function<void()>& outputLost)
-    : json_(json), labels_(labels), csvName_(csvName), outputLost_(outputLost),
-      troubles_(maxNews(json))
+    : json_(json), labels_(labels), csvName_(csvName), csvIsOutput_(csvName == "-"),
+      outputLost_(outputLost), troubles_(maxNews(json))
 {
-    if (!json && Screen::isTerminal())
+    if (!json && !csvIsOutput_ && Screen::isTerminal())
         screen_ = std::make_unique<Screen>();
     if (csvName.empty())
         return;
-    csv_.reset(std::fopen(csvName_.c_str(), "w"));
-    if (!csv_ || !writeRow(csv_.get(), {"time", "name", "address", "value", "previous"}))
+    if (!csvIsOutput_)
+        csvFile_.reset(std::fopen(csvName_.c_str(), "w"));
+    csv_ = csvIsOutput_ ? stdout : csvFile_.get();
+    if (!csv_ || !writeRow(csv_, {"time", "name", "address", "value", "previous"}))
         throw Failure("cannot write " + csvName_ + ": " + std::strerror(errno));
 }
 
@@ -78,7 +80,7 @@ void WatchTeller::tell(const View& view, std::size_t index)
     const ViewLabel& label = labels_.at(index);
     const std::string value = valueText(view, label);
     const std::string previous = previousText(view, label);
-    if (csv_ && !writeRow(csv_.get(), {timeText(), label.name, label.address, value, previous}))
+    if (csv_ && !writeRow(csv_, {timeText(), label.name, label.address, value, previous}))
         outputLost_();
     if (json_) {
         nlohmann::ordered_json object = {{"time", timeText()},
@@ -92,7 +94,7 @@ void WatchTeller::tell(const View& view, std::size_t index)
         if (!previous.empty() && object["previous"].is_null())
             object["previousBits"] = bitsText(view, view.previous, label);
         say(object.dump());
-    } else if (!screen_) {
+    } else if (!screen_ && !csvIsOutput_) {
         say(timeText() + " " + label.name + " = " + value +
             (previous.empty() ? "" : " (was " + previous + ")"));
     }
@@ -196,7 +198,7 @@ void WatchTeller::leaveScreen()
 
 void WatchTeller::requireComplete() const
 {
-    if (csv_ && std::ferror(csv_.get()) != 0)
+    if (csv_ && std::ferror(csv_) != 0)
         throw Failure("cannot write " + csvName_);
 }
 

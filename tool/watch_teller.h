@@ -17,8 +17,9 @@ namespace dov417 {
 
 class WatchTeller {
 public:
-    // outputLost: a file or the terminal takes nothing any more. Throws a Failure if the CSV file
-    // cannot be written; its name may be empty.
+    // csvName - is the standard output, which then has nothing else. outputLost: a file or the
+    // terminal takes nothing any more. Throws a Failure if the CSV file cannot be written; its name
+    // may be empty.
     WatchTeller(bool json, const std::string& csvName, const std::vector<ViewLabel>& labels,
                 const std::function<void()>& outputLost);
 
@@ -48,9 +49,11 @@ private:
     bool json_;
     std::vector<ViewLabel> labels_;
     std::string csvName_;
+    bool csvIsOutput_;
     std::function<void()> outputLost_;
     std::unique_ptr<Screen> screen_;
-    std::unique_ptr<std::FILE, CloseFile> csv_;
+    std::unique_ptr<std::FILE, CloseFile> csvFile_;
+    std::FILE* csv_ = nullptr;
     // On the screen: the latest messages, each with what it is about.
     struct Message {
         std::string about;

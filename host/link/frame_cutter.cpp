@@ -4,24 +4,19 @@
 #include <array>
 
 #include "line/crc16.h"
+#include "line/frame_bytes.h"
 #include "line/frame_length.h"
 
 namespace dov417 {
 
 namespace {
 
-constexpr unsigned char maxStation = 247;
+constexpr int maxStation = 247;
 constexpr int minLength = 4;   // station, function, CRC
 constexpr int maxLength = 265; // a write of 256 bytes of data
 constexpr int emptyReadReply = 5;
 constexpr int uncountedData = 256; // bytes that a count of 0 stands for
-constexpr unsigned char lastReadFunction = 4;
 constexpr int maxPending = 1024;
-
-unsigned char byteAt(const QByteArray& bytes, int index)
-{
-    return static_cast<unsigned char>(bytes.at(index));
-}
 
 bool isFrameHead(const QByteArray& begin)
 {
@@ -33,7 +28,7 @@ std::array<int, 3> lengths(const QByteArray& begin)
 {
     const bool isException = begin.size() > 1 && byteAt(begin, 1) > 0x7F;
     const int reply = lengthOfReply(begin);
-    const bool isRead = begin.size() > 1 && byteAt(begin, 1) <= lastReadFunction;
+    const bool isRead = begin.size() > 1 && isReadFunction(byteAt(begin, functionIndex));
     return {isException ? reply : lengthOfRequest(begin), reply,
             isRead && reply == emptyReadReply ? reply + uncountedData : reply};
 }

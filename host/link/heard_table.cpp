@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "line/frame_bytes.h"
 #include "line/frame_text.h"
 
 namespace dov417 {
@@ -10,9 +11,6 @@ namespace dov417 {
 namespace {
 
 constexpr std::size_t maxRows = 1000; // a master that goes through all addresses fills no memory
-constexpr unsigned char exceptionFlag = 0x80;
-constexpr int addressIndex = 2;
-constexpr int quantityIndex = 4;
 constexpr int quantityEnd = 6;
 
 struct Named {
@@ -28,16 +26,6 @@ constexpr Named addressed[] = {
     {15, true, true, "coil"},      {16, true, true, "register"},
     {22, false, true, "register"}, {23, true, true, "register"},
 };
-
-int byteAt(const QByteArray& bytes, int index)
-{
-    return static_cast<unsigned char>(bytes.at(index));
-}
-
-int wordAt(const QByteArray& bytes, int index)
-{
-    return byteAt(bytes, index) * 256 + byteAt(bytes, index + 1);
-}
 
 const Named* named(int function)
 {
@@ -165,7 +153,7 @@ std::string heardAddresses(const HeardRow& row, const std::vector<Area>& areas)
     if (!known || row.first < 0)
         return "-";
     const bool coils = known->unit == std::string("coil");
-    const std::string place =
+    std::string place =
         known->isOfArea ? areaText(areas, coils, row.first, row.count) : std::string();
     if (!place.empty())
         return place;

@@ -49,6 +49,7 @@ LinkRunner::LinkRunner(const Library& library, const LinkEvents& events,
 {
     idleTimer_.setSingleShot(true);
     idleTimer_.setInterval(idleMilliseconds);
+    idleTimer_.setTimerType(Qt::PreciseTimer);
     QObject::connect(&idleTimer_, &QTimer::timeout, &idleTimer_, [this]() { poll(); });
 }
 
@@ -109,6 +110,7 @@ void LinkRunner::close()
 {
     statistics(); // the line's part of the account stays
     idleTimer_.stop();
+    heldUntil_ = Clock::time_point();
     leaving_.stop();
     if (line_)
         unanswered_[device_] = line_->unanswered();
@@ -149,6 +151,12 @@ void LinkRunner::wake()
     }
 }
 
+void LinkRunner::holdUntil(Clock::time_point when, std::function<bool()> isWanted)
+{
+    heldUntil_ = when;
+    isWanted_ = std::move(isWanted);
+}
+
 const LinkStatistics& LinkRunner::statistics()
 {
     if (line_) {
@@ -184,6 +192,11 @@ void LinkRunner::poll()
 {
     if (!line_ || !line_->isOpen() || isFinishing())
         return;
+    if (const auto left = heldUntil_ - Clock::now(); left.count() > 0 && !isWanted_()) {
+        idleTimer_.start(
+            static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(left).count()));
+        return;
+    }
     for (;;) {
         // Started anew, the driver has forgotten what was to be repeated.
         repeating_ = repeating_ && !library_.driver->sendList.isEmpty();

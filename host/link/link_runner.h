@@ -57,6 +57,8 @@ public:
     bool isFinishing() const;
     // There is something new to send: an idle runner polls at once.
     void wake();
+    // Until then only what somebody waits for is sent: isWanted says whether there is any.
+    void holdUntil(Clock::time_point when, std::function<bool()> isWanted);
 
     const LinkStatistics& statistics();
     void cycleEnded(Micros duration);
@@ -87,6 +89,8 @@ private:
     FRAME_PRO frame_ = FRAME_PRO();
     bool portIsOpen_ = false;
     bool repeating_ = false; // the driver will hand out the same frame again
+    Clock::time_point heldUntil_{};
+    std::function<bool()> isWanted_;
 };
 
 } // namespace dov417

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "line/frame_bytes.h"
 #include "line/frame_length.h"
 #include "line/frame_text.h"
 
@@ -10,18 +11,11 @@ namespace dov417 {
 
 namespace {
 
-constexpr unsigned char exceptionFlag = 0x80;
-constexpr unsigned char lastReadFunction = 4;
 constexpr int emptyReadReply = 5;
 constexpr int uncountedData = 256; // bytes that a count of 0 stands for
 // A station that has been heard to answer does so within this, or twice what it has taken; masters
 // wait longer before they ask again.
 constexpr Micros usualAnswer(50000);
-
-unsigned char byteAt(const QByteArray& bytes, int index)
-{
-    return static_cast<unsigned char>(bytes.at(index));
-}
 
 bool isException(const QByteArray& frame)
 {
@@ -41,7 +35,8 @@ bool mayBeRequest(const QByteArray& frame)
 bool mayBeReply(const QByteArray& frame)
 {
     const int length = lengthOfReply(frame);
-    const bool isUncounted = byteAt(frame, 1) <= lastReadFunction && length == emptyReadReply &&
+    const bool isUncounted = isReadFunction(byteAt(frame, functionIndex)) &&
+                             length == emptyReadReply &&
                              frame.size() == emptyReadReply + uncountedData;
     return byteAt(frame, 0) != 0 && (isUncounted || isOf(length, frame));
 }
@@ -100,7 +95,7 @@ void Listener::request(const Piece& frame, HeardAs as)
     heard.bytes = frame.bytes;
     heard.at = frame.at;
     heard.isUnanswered = !isAnswered_ && as == HeardAs::request;
-    const bool isBroadcast = byteAt(frame.bytes, 0) == 0;
+    const bool isBroadcast = stationOf(frame.bytes) == broadcastStation;
     const int length = isBroadcast ? 0 : lengthOfReplyTo(frame.bytes);
     books_.add({++requests_, frame.bytes, length == neverTold ? untoldLength : length, frame.at});
     isAnswered_ = isBroadcast || as == HeardAs::alike;
@@ -116,7 +111,7 @@ void Listener::reply(const Piece& frame)
     const std::optional<OpenTransmission> answered = books_.take(frame.bytes);
     heard.as = !answered ? HeardAs::unasked : isClear ? HeardAs::reply : HeardAs::unclear;
     if (heard.as == HeardAs::reply) {
-        const unsigned char station = byteAt(frame.bytes, 0);
+        const auto station = static_cast<std::size_t>(stationOf(frame.bytes));
         heard.request = answered->sent;
         // Repeated meanwhile, it may be the last that is answered.
         heard.after = since(books_.lastSent(answered->sent).value_or(answered->sentAt), frame);
@@ -140,10 +135,11 @@ bool Listener::isSoon(const Piece& frame) const
 {
     if (!mayBeRequest(frame.bytes))
         return true;
-    const unsigned char station = byteAt(frame.bytes, 0);
-    const auto last =
-        std::find_if(books_.open().rbegin(), books_.open().rend(),
-                     [&](const OpenTransmission& open) { return byteAt(open.sent, 0) == station; });
+    const auto station = static_cast<std::size_t>(stationOf(frame.bytes));
+    const auto last = std::find_if(books_.open().rbegin(), books_.open().rend(),
+                                   [&](const OpenTransmission& open) {
+                                       return stationOf(open.sent) == stationOf(frame.bytes);
+                                   });
     return last != books_.open().rend() && hasReplied_.at(station) &&
            since(last->sentAt, frame) <= std::max(usualAnswer, 2 * slowest_.at(station));
 }

@@ -1,8 +1,12 @@
 #include "link/listening_line.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "line/failure.h"
+#include "link/network_address.h"
+#include "link/network_port.h"
+#include "link/serial_port.h"
 
 namespace dov417 {
 
@@ -10,29 +14,53 @@ ListeningLine::ListeningLine(const LineSettings& settings, const ListeningEvents
     : events_(events), gap_(std::max(settings.replyGap,
                                      std::chrono::round<Micros>(settings.wire.interFrameDelay()))),
       listener_(settings.wire, settings.horizon, events.heard),
-      silence_([this]() { listener_.silence(); }),
-      port_(settings.device, settings.wire,
-            PortEvents{nullptr, nullptr,
-                       [this](const QByteArray& bytes) {
-                           came(bytes);
-                           return true;
-                       },
-                       [this]() { gone(); }},
-            PortUse::listening)
+      silence_([this]() { listener_.silence(); })
 {
+    const PortEvents portEvents{[this]() { opened(); },
+                                [this](const QString& reason) { refused(reason); },
+                                [this](const QByteArray& bytes) {
+                                    came(bytes);
+                                    return true;
+                                },
+                                [this]() { gone(); }};
+    const std::optional<NetworkAddress> address =
+        parseNetworkAddress(settings.device.toStdString());
+    if (address)
+        port_ = std::make_unique<NetworkPort>(settings.device, *address, portEvents);
+    else
+        port_ = std::make_unique<SerialPort>(settings.device, settings.wire, portEvents,
+                                             PortUse::listening);
     if (!silence_.isValid())
         throw Failure("the system has no timer left");
     reopenTimer_.setSingleShot(true);
-    reopenTimer_.setInterval(port_.pause());
+    reopenTimer_.setInterval(port_->pause());
     QObject::connect(&reopenTimer_, &QTimer::timeout, &reopenTimer_, [this]() { reopen(); });
 }
 
 void ListeningLine::open()
 {
     QString reason;
-    if (port_.open(&reason) != Opening::done)
+    const Opening opening = port_->open(&reason);
+    if (opening == Opening::refused)
         throw Failure(reason.toStdString());
-    events_.port(true, "port " + port_.name().toStdString() + " is open");
+    if (opening == Opening::done)
+        opened();
+}
+
+void ListeningLine::opened()
+{
+    lastReason_.clear();
+    events_.port(true, "port " + port_->name().toStdString() + " is open");
+}
+
+// That it is gone has been said.
+void ListeningLine::refused(const QString& reason)
+{
+    reopenTimer_.start();
+    if (reason != lastReason_ && !port_->isAway()) {
+        lastReason_ = reason;
+        events_.port(false, reason.toStdString());
+    }
 }
 
 void ListeningLine::end()
@@ -56,17 +84,18 @@ void ListeningLine::came(const QByteArray& bytes)
 void ListeningLine::gone()
 {
     end();
-    events_.port(false, "port " + port_.name().toStdString() + " is gone");
+    events_.port(false, "port " + port_->name().toStdString() + " is gone");
     reopenTimer_.start();
 }
 
 void ListeningLine::reopen()
 {
     QString reason;
-    if (port_.open(&reason) == Opening::done)
-        events_.port(true, "port " + port_.name().toStdString() + " is open");
-    else
-        reopenTimer_.start();
+    const Opening opening = port_->open(&reason);
+    if (opening == Opening::done)
+        opened();
+    else if (opening == Opening::refused)
+        refused(reason);
 }
 
 } // namespace dov417

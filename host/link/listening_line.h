@@ -1,15 +1,16 @@
-// A serial port that is only listened to: not a byte is written.
+// A port that is only listened to: not a byte is written.
 #ifndef DOV417_LINK_LISTENING_LINE_H
 #define DOV417_LINK_LISTENING_LINE_H
 
 #include <QTimer>
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "line/wake_timer.h"
 #include "link/listener.h"
+#include "link/port.h"
 #include "link/serial_line.h"
-#include "link/serial_port.h"
 
 namespace dov417 {
 
@@ -31,6 +32,8 @@ public:
 
 private:
     void came(const QByteArray& bytes);
+    void opened();
+    void refused(const QString& reason);
     void gone();
     void reopen();
 
@@ -39,7 +42,8 @@ private:
     Listener listener_;
     WakeTimer silence_;
     QTimer reopenTimer_;
-    SerialPort port_;
+    QString lastReason_;
+    std::unique_ptr<Port> port_;
 };
 
 } // namespace dov417

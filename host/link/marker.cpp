@@ -4,6 +4,7 @@
 
 #include "line/crc16.h"
 #include "line/frame_bytes.h"
+#include "line/frame_length.h"
 
 namespace dov417 {
 
@@ -27,7 +28,7 @@ Transmission resized(const Transmission& read, int words)
 {
     Transmission other;
     other.request = read.request;
-    const int units = words * (functionOf(read.sent) == readCoils ? coilsPerWord : 1);
+    const int units = words * (functionOf(read.sent) <= readInputs ? coilsPerWord : 1);
     QByteArray frame = read.sent.left(quantityIndex);
     appendWord(frame, wordAt(read.sent, quantityIndex) + units);
     other.sent = withCrc(frame);
@@ -49,7 +50,7 @@ Transmission makeMarker(const Transmission& request, const Books& books,
     if (mayEcho) {
         marker.sent = echoRequest(request.sent.at(0), nextNumber++);
         marker.replyLength = markerLength;
-    } else if (isReadFunction(functionOf(request.sent))) {
+    } else if (isReadFunction(functionOf(request.sent)) && request.replyLength != untoldLength) {
         const auto take = [&](int more) {
             const Transmission other = resized(request, more);
             const bool isLikeAnswered = answered.sent.left(2) == other.sent.left(2) &&

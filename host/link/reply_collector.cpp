@@ -2,14 +2,25 @@
 
 #include "line/crc16.h"
 #include "line/frame_bytes.h"
+#include "line/frame_length.h"
 
 namespace dov417 {
 
 namespace {
 
 constexpr int writeReplyHead = 6; // station, function, address, quantity or value: as requested
+constexpr int functionEnd = 2;
+constexpr int minLength = 4;
 constexpr int addressEnd = 4;
 constexpr int maxCount = 255; // data bytes that the count byte of a reply can name
+
+// Of a write so many bytes come back: as requested, value or quantity included. The counters that
+// other diagnostics ask for are nobody's request.
+int repeatedHead(const QByteArray& request)
+{
+    const int head = echoedHead(request);
+    return head == addressEnd && functionOf(request) != diagnostics ? writeReplyHead : head;
+}
 
 } // namespace
 
@@ -106,7 +117,7 @@ bool ReplyCollector::isAnswer(const QByteArray& frame) const
     if (adapterEchoes_ && !echoStripped_ && frame == request_)
         return false;
     if (!isReadFunction(functionOf(request_)))
-        return frame.left(writeReplyHead) == request_.left(writeReplyHead);
+        return frame.left(repeatedHead(request_)) == request_.left(repeatedHead(request_));
     const int count = replyLength_ - exceptionLength;
     return count > maxCount || byteAt(frame, 2) == count;
 }
@@ -128,6 +139,11 @@ Arrival ReplyCollector::endOfFrame()
 {
     if (pending_.isEmpty())
         return Arrival::incomplete;
+    if (replyLength_ == untoldLength)
+        for (int first = 0; pending_.size() - first >= minLength; ++first)
+            if (pending_.mid(first, functionEnd) == request_.left(functionEnd) &&
+                hasGoodCrc(pending_.mid(first)))
+                return finish(Arrival::reply, first, static_cast<int>(pending_.size()) - first);
     const bool sound = hasGoodCrc(pending_);
     if (sound && pending_.size() == replyLength_ &&
         pending_.left(addressEnd) == request_.left(addressEnd))

@@ -2,6 +2,7 @@
 
 #include "line/crc16.h"
 #include "line/frame_bytes.h"
+#include "line/frame_length.h"
 #include "line/frame_text.h"
 
 namespace dov417 {
@@ -52,7 +53,9 @@ Reason reasonOf(const Reception& reception, int expectedLength)
     case LineResult::exception:
         return Reason::exception;
     case LineResult::reply:
-        return reception.bytes.size() < expectedLength ? Reason::cutShort : Reason::badCrc;
+        return expectedLength != untoldLength && reception.bytes.size() < expectedLength
+                   ? Reason::cutShort
+                   : Reason::badCrc;
     case LineResult::broadcast:
         return Reason::broadcast;
     }

@@ -46,7 +46,7 @@ void setTimes(LineSettings& line, const LineSetup& setup)
 LineSettings listeningSettings(const Library& library, const LineSetup& setup)
 {
     if (setup.port.empty())
-        throw UsageFailure("no line: name the port with --port DEVICE");
+        throw UsageFailure("no line: name the port with --port PORT");
     LineSettings settings;
     settings.device = QString::fromStdString(setup.port);
     settings.wire = serialFormat(library, setup);
@@ -91,6 +91,41 @@ void LiveLine::record(const Session& session)
 {
     if (recording_)
         recording_->follow(session);
+}
+
+LineObserver LiveLine::recorded(const LineObserver& observer) const
+{
+    if (!recording_)
+        return observer;
+    Recording* const log = recording_.get();
+    LineObserver both = observer;
+    both.sent = [log, then = observer.sent](const Transmission& frame) {
+        log->began(frame);
+        then(frame);
+    };
+    both.markerEnded = [log, then = observer.markerEnded](const Transmission& marker) {
+        log->ended(marker);
+        then(marker);
+    };
+    both.stray = [log, then = observer.stray](const Stray& stray) {
+        log->strayCame(stray);
+        then(stray);
+    };
+    both.notice = [log, then = observer.notice](const std::string& text) {
+        log->note(text);
+        then(text);
+    };
+    both.port = [log, then = observer.port](bool open, const QString& message) {
+        log->note(message.toStdString());
+        then(open, message);
+    };
+    return both;
+}
+
+void LiveLine::recordEnd(const Transmission& transmission) const
+{
+    if (recording_)
+        recording_->ended(transmission);
 }
 
 bool LiveLine::hasLostLog() const

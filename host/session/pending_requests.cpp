@@ -150,6 +150,11 @@ void PendingRequests::end(const Ticket& ticket, const Result& result)
     tellings_.addDone(ticket.done, result);
 }
 
+bool PendingRequests::isAnyUnderWay() const
+{
+    return writes() > 0 || !reads_.empty();
+}
+
 std::size_t PendingRequests::writes() const
 {
     return waitingWrites_.size() + handedInWrites_.size();

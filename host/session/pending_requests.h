@@ -52,6 +52,8 @@ public:
     void endAll(const std::string& reason);
 
     std::size_t writes() const;
+    // Writes and single reads.
+    bool isAnyUnderWay() const;
     // The addresses of all writes.
     std::vector<Address> writtenAddresses() const;
 

@@ -102,6 +102,11 @@ bool RecipeTransfer::beginRound()
     return true;
 }
 
+bool RecipeTransfer::isUnderWay() const
+{
+    return underWay_;
+}
+
 bool RecipeTransfer::isMoving() const
 {
     return moving_;

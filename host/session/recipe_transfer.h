@@ -43,6 +43,7 @@ public:
                RecipeDone done);
     // To be called while no frame is under way. True if the driver has something to send now.
     bool beginRound();
+    bool isUnderWay() const;
     // A round is under way: the frames are the recipe's.
     bool isMoving() const;
     // The request behind this frame has ended.

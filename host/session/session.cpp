@@ -185,6 +185,11 @@ void Session::tellChanges()
         });
 }
 
+void Session::setCycleInterval(std::chrono::milliseconds interval)
+{
+    cycleInterval_ = interval;
+}
+
 // ---- writing, single reads, recipes ---------------------------------------------------------
 
 Result Session::refusal(bool isOnePiece) const

@@ -12,6 +12,7 @@
 #define DOV417_SESSION_SESSION_H
 
 #include <QObject>
+#include <chrono>
 #include <functional>
 #include <optional>
 #include <string>
@@ -85,6 +86,10 @@ public:
     Result watch(const std::vector<Address>& addresses);
     const std::vector<View>& views() const;
 
+    // From now on a cycle begins so long after the one before, or at once where that is over then,
+    // which is noticed. What somebody waits for is not held up. 0: one cycle follows the other.
+    void setCycleInterval(std::chrono::milliseconds interval);
+
     // Each is ended once, by done; refused where the line is closed, and where the driver would
     // make more than one request of it (see writePieces() and readPieces()).
     void write(const Write& piece, Done done);
@@ -131,6 +136,7 @@ private:
     void settle(const Transmission& transmission);
     std::optional<long long> cycleUnderWay() const; // none where nothing is watched
     void countCycle();
+    void pace(Clock::time_point now);
     void doubt();
     void portWas(bool open, const std::string& message);
     Result refusal(bool isOnePiece) const;
@@ -156,6 +162,8 @@ private:
     long long lastCycle_ = 0; // 0: none is the last one
     std::function<void()> afterLastCycle_;
     Clock::time_point cycleStart_{};
+    std::chrono::milliseconds cycleInterval_{0};
+    bool isTooLong_ = false; // a cycle was, for its interval: once said, it is known
 
     LinkRunner runner_;
 };

@@ -2,6 +2,8 @@
 #include "session/session.h"
 
 #include <QMetaMethod>
+#include <algorithm>
+#include <cstdio>
 
 #include "session/driver_keys.h"
 
@@ -85,11 +87,31 @@ void Session::countCycle()
         return;
     const Clock::time_point now = Clock::now();
     runner_.cycleEnded(std::chrono::duration_cast<Micros>(now - cycleStart_));
-    cycleStart_ = now;
+    ++cycles_;
+    pace(now);
     requestsThisCycle_ = 0;
-    if (++cycles_ == lastCycle_)
+    if (cycles_ == lastCycle_)
         finish(afterLastCycle_);
     tellings_.add([this, cycles = cycles_]() { emit cycleEnded(cycles); });
+}
+
+// The first cycle is no measure: before it each station is asked for what may still be out.
+void Session::pace(Clock::time_point now)
+{
+    const Clock::time_point due = cycleStart_ + cycleInterval_;
+    const Micros taken = std::chrono::duration_cast<Micros>(now - cycleStart_);
+    cycleStart_ = std::max(due, now);
+    runner_.holdUntil(cycleStart_, [this]() {
+        return requests_.isAnyUnderWay() || recipe_.isUnderWay() || driverHasAFrame();
+    });
+    if (cycleInterval_.count() == 0 || due > now || cycles_ == 1 || isTooLong_)
+        return;
+    isTooLong_ = true;
+    char text[96];
+    std::snprintf(text, sizeof text, "the line cannot keep %lld ms: a cycle took %.1f ms",
+                  static_cast<long long>(cycleInterval_.count()),
+                  static_cast<double>(taken.count()) / 1000.0);
+    tellings_.add([this, said = std::string(text)]() { emit noticed(said); });
 }
 
 // Nothing of it is known until it has been read again.

@@ -351,6 +351,35 @@ class Watch(EndToEnd):
         self.assertEqual(values["speed"], "0")
         self.assertEqual(len(values), 11)
 
+    def test_csv_on_the_standard_output_is_alone_there(self):
+        controller = self.controller("--still", "--set", "R_W:100=7")
+        done = run("watch", "--port", controller.port, "R_W:100", "--csv", "-", "--cycles", "2",
+                   "--stats")  # fmt: skip
+        self.assertEqual(done.returncode, 0)
+        rows = list(csv.reader(done.stdout.splitlines()))
+        self.assertEqual([row[1:] for row in rows],
+                         [["name", "address", "value", "previous"],
+                          ["1/R_W:100", "1/R_W:100", "7", ""]])  # fmt: skip
+        self.assertIn("all requests: 2 sent, 2 good", done.stderr)
+
+    def test_it_polls_in_the_interval_asked_for(self):
+        controller = self.controller("--still")
+        log = self.path("log")
+        self.succeeds("watch", "--port", controller.port, "R_W:100", "M_W:5", "--every", "200",
+                      "--cycles", "4", "--log", log, "--no-function-8")  # fmt: skip
+        with open(log, encoding="utf-8") as file:
+            sent = [datetime.datetime.fromisoformat(line.split()[0])
+                    for line in file if " TX " in line and "M_W:5" in line]  # fmt: skip
+        # A busy machine makes a cycle late, never early.
+        self.assertGreaterEqual((sent[-1] - sent[-4]).total_seconds(), 0.59)
+
+    def test_a_line_that_cannot_keep_the_interval_is_said_so_once(self):
+        controller = self.controller("--still", "--response-time", "30")
+        done = run("watch", "--port", controller.port, "R_W:100", "--every", "10", "--cycles", "5")
+        self.assertEqual(done.returncode, 0)
+        said = re.findall("the line cannot keep 10 ms: a cycle took ", done.stderr)
+        self.assertEqual(len(said), 1)
+
     def test_it_ends_after_the_cycles_asked_for(self):
         controller = self.controller("--still")
         out = self.succeeds("watch", "--port", controller.port, "R_W:100", "M_W:5", "--cycles",

@@ -5,6 +5,7 @@ import json
 import os
 import pty
 import select
+import socket
 import subprocess
 import sys
 import termios
@@ -77,6 +78,28 @@ def with_crc(text):
     return data + value.to_bytes(2, "little")
 
 
+def mbpoll(*options):
+    done = subprocess.run(
+        ["mbpoll", "-m", "rtu", "-a", "1", "-b", "38400", "-P", "none", "-1", "-o", "1", *options],
+        capture_output=True, text=True, timeout=PATIENCE, check=False,
+    )  # fmt: skip
+    return done.returncode, done.stdout + done.stderr
+
+
+class Places(EndToEnd):
+    def test_another_master_finds_what_lies_where_info_says(self):
+        places = {line.split()[0]: line.split() for line in
+                  self.succeeds("info").split("from 1, with its kind\n")[1].splitlines()}  # fmt: skip
+        controller = self.controller("--still", "--line", LINE, "--set", "R_W:0=4711", "--set",
+                                     "T:0=12", "--set", "M_bit:0.0=1")  # fmt: skip
+        for register, kind, value in (("R_W", "4", 4711), ("T", "4", 12), ("M_bit", "0", 1)):
+            number = places[register][-1].split("..")[0]
+            self.assertEqual(number[0], kind)
+            code, out = mbpoll("-t", kind, "-r", str(int(number[1:])), controller.port)
+            self.assertEqual(code, 0, out)
+            self.assertRegex(out, rf"\[{int(number[1:])}\]:\s+{value}\n")
+
+
 class Listen(EndToEnd):
     def setUp(self):
         super().setUp()
@@ -92,12 +115,7 @@ class Listen(EndToEnd):
         return listening
 
     def mbpoll(self, *options):
-        done = subprocess.run(
-            ["mbpoll", "-m", "rtu", "-a", "1", "-b", "38400", "-P", "none", "-0", "-1", "-o", "1",
-             *options],
-            capture_output=True, text=True, timeout=PATIENCE, check=False,
-        )  # fmt: skip
-        return done.returncode, done.stdout + done.stderr
+        return mbpoll("-0", *options)
 
     def end(self, listening):
         code, out, err = listening.interrupt()
@@ -167,6 +185,20 @@ class Listen(EndToEnd):
         listening.wait_for("<? station 1: read registers, 2 bytes of values: 42, to one of several")
         self.end(listening)
         self.assertNotIn("R_W:10 = 42", self.succeeds("trace", log))
+
+    def test_a_line_behind_a_device_server_is_heard(self):
+        server = socket.create_server(("127.0.0.1", 0))
+        self.addCleanup(server.close)
+        listening = self.tool("listen", "--port", f"tcp://127.0.0.1:{server.getsockname()[1]}")
+        connection, _ = server.accept()
+        self.addCleanup(connection.close)
+        listening.wait_for("is open")
+        connection.sendall(with_crc("01 03 05 0A 00 01") + with_crc("01 03 02 00 2A"))
+        listening.wait_for("<- station 1: R_W:10 = 42")
+        connection.setblocking(False)
+        with self.assertRaises(BlockingIOError, msg="a listener says nothing"):
+            connection.recv(1)
+        self.assertEqual(listening.interrupt()[0], 0)
 
     def test_noise_is_told_and_what_follows_is_heard(self):
         listening = self.listen()

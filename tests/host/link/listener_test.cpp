@@ -109,6 +109,7 @@ TEST_F(AListener, DoesNotTakeARepeatedWriteForItsReply)
     // Nothing is known of the station: it may be off.
     EXPECT_EQ(heardAs("01 06 05 0A 00 07"), HeardAs::request);
     EXPECT_EQ(heardAs("01 06 05 0A 00 07", 500), HeardAs::alike);
+    EXPECT_EQ(heardAs("01 06 05 0A 00 07", 10), HeardAs::alike);
     EXPECT_THAT(heardText(told.front(), heardAreas),
                 ::testing::EndsWith(", once more, or the reply to it: the two look alike"));
     EXPECT_EQ(directionOf(HeardAs::alike), Direction::sent) << "it confirms nothing";
