@@ -55,7 +55,7 @@ bool isOfTheChip(const std::string& driver)
 std::string driverOf(fs::path device)
 {
     for (int level = 0; level < maxLevelsToDriver; ++level) {
-        const std::string driver = targetName(device / "driver");
+        std::string driver = targetName(device / "driver");
         if (isOfTheChip(driver))
             return driver;
         device = device.parent_path();
@@ -68,13 +68,17 @@ std::string adapterOf(fs::path device)
     for (int level = 0; level < maxLevelsToAdapter; ++level) {
         const std::string vendor = lineOf(device / "idVendor");
         if (!vendor.empty()) {
-            const std::string maker = lineOf(device / "manufacturer");
             const std::string product = lineOf(device / "product");
             const std::string serial = lineOf(device / "serial");
-            std::string text = maker + (maker.empty() || product.empty() ? "" : " ") + product;
+            std::string text = lineOf(device / "manufacturer");
+            if (!text.empty() && !product.empty())
+                text += ' ';
+            text += product;
             if (text.empty())
-                text = "USB " + vendor + ":" + lineOf(device / "idProduct");
-            return serial.empty() ? text : text + ", serial number " + serial;
+                text.append("USB ").append(vendor).append(":").append(lineOf(device / "idProduct"));
+            if (!serial.empty())
+                text.append(", serial number ").append(serial);
+            return text;
         }
         device = device.parent_path();
     }

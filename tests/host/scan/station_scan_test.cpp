@@ -236,6 +236,35 @@ TEST_F(StationScanTest, AsksAgainWhoseAnswerMayHaveBeenLost)
     EXPECT_EQ(times.at(3), ms(5)) << "of the question that was answered";
 }
 
+TEST_F(StationScanTest, AsksAgainWhereAFrameOfAnotherMayHaveCoveredTheAnswer)
+{
+    slaves = {slaveAt(3)};
+    begin();
+    pass(settings.listening + ms(2 * 53)); // while station 3 is asked
+    sendFrame(1, "630600000001");
+    slaves.clear();
+    pass(ms(50));
+    slaves = {slaveAt(3)};
+    slaves.front().delayMs = 6;
+    pass(std::chrono::minutes(1));
+    EXPECT_EQ(sent.size(), settings.stations.size() + 2);
+    EXPECT_THAT(found, ElementsAre("38400,8,EVEN,1 3"));
+}
+
+TEST_F(StationScanTest, TakesTheAnswersToTwoQuestionsForNoMoreThanThat)
+{
+    settings.stations = {2, 3};
+    settings.lastWait = ms(2000);
+    slaves = {slaveAt(3, own, 130)};
+    begin();
+    pass(settings.listening + ms(60)); // station 3 is asked, and a frame of another comes
+    sendFrame(1, "630600000001");
+    pass(std::chrono::minutes(1));
+    EXPECT_GE(std::count(sent.begin(), sent.end(), questionsOfTheTest().at(0).frameTo(3)), 2);
+    EXPECT_THAT(found, ElementsAre("38400,8,EVEN,1 3 slow"));
+    EXPECT_THAT(heard, IsEmpty());
+}
+
 TEST_F(StationScanTest, TellsTwoAnswersToOneQuestion)
 {
     slaves = {slaveAt(3), slaveAt(4)};
