@@ -22,6 +22,9 @@ public:
     // Explains what came in after the latest request: its reply, or what was taken for none. There
     // may be several, and there need not have been a request.
     std::string reply(const QByteArray& frame) const;
+    // The same of what is known not to be the reply: it is told without the request's addresses,
+    // whatever its length is, and the request itself is told as what it is.
+    std::string stray(const QByteArray& frame) const;
 
 private:
     std::vector<Area> areas_;

@@ -1,25 +1,15 @@
 #include "line/frame_text.h"
 
 #include <algorithm>
+#include <cstring>
 #include <iterator>
 
 #include "line/crc16.h"
+#include "line/frame_bytes.h"
 
 namespace dov417 {
 
 namespace {
-
-enum Function {
-    readCoils = 1,
-    readInputs = 2,
-    readRegisters = 3,
-    readInputRegisters = 4,
-    writeCoil = 5,
-    writeRegister = 6,
-    writeCoils = 15,
-    writeRegisters = 16,
-    exceptionMark = 0x80
-};
 
 struct Named {
     int code;
@@ -46,35 +36,12 @@ const Named exceptions[] = {
 const int minFrame = 4;      // station, function, CRC
 const int requestLength = 8; // all but the writes of many; so are the echoes of all writes
 const int writeHead = 7;     // of a write of many: up to the byte count
-const int exceptionLength = 5;
-const int readHead = 3; // of a read's reply: up to the byte count
-const int crcLength = 2;
-const int bitsPerWord = 16;
+const int readHead = 3;      // of a read's reply: up to the byte count
 const int maxValuesShown = 16;
-
-int byteAt(const QByteArray& frame, int index)
-{
-    return static_cast<unsigned char>(frame.at(index));
-}
-
-int wordAt(const QByteArray& frame, int index)
-{
-    return byteAt(frame, index) * 256 + byteAt(frame, index + 1);
-}
-
-int functionOf(const QByteArray& frame)
-{
-    return byteAt(frame, 1);
-}
 
 bool isCoils(int function)
 {
     return function == readCoils || function == writeCoil || function == writeCoils;
-}
-
-bool isRead(int function)
-{
-    return function >= readCoils && function <= readInputRegisters;
 }
 
 // Inputs of either kind are nothing that this controller's areas are mapped to.
@@ -156,8 +123,8 @@ std::string shortened(const std::vector<std::string>& values)
 std::string coilValues(const QByteArray& frame, int from, int coils)
 {
     std::vector<std::string> values;
-    if (coils % bitsPerWord == 0) {
-        for (int word = 0; word < coils / bitsPerWord; ++word)
+    if (coils % coilsPerWord == 0) {
+        for (int word = 0; word < coils / coilsPerWord; ++word)
             values.push_back(
                 hexWord(byteAt(frame, from + 2 * word) + byteAt(frame, from + 2 * word + 1) * 256));
     } else {
@@ -207,7 +174,7 @@ std::string singleValue(int function, int value)
 
 std::string singleWrite(const QByteArray& frame, const std::vector<Area>& areas)
 {
-    const int function = functionOf(frame);
+    const int function = byteAt(frame, functionIndex);
     const int first = wordAt(frame, 2);
     const std::string place =
         function == writeCoil ? areaText(areas, true, first, 1) : areaText(areas, false, first, 1);
@@ -218,7 +185,7 @@ std::string singleWrite(const QByteArray& frame, const std::vector<Area>& areas)
 
 std::string writeOfMany(const QByteArray& frame, const std::vector<Area>& areas)
 {
-    const int function = functionOf(frame);
+    const int function = byteAt(frame, functionIndex);
     const int first = wordAt(frame, 2);
     const int count = wordAt(frame, 4);
     const bool coils = function == writeCoils;
@@ -245,7 +212,7 @@ Asked askedBy(const QByteArray& request)
     if (request.size() < requestLength)
         return asked;
     asked.station = byteAt(request, 0);
-    asked.function = functionOf(request);
+    asked.function = byteAt(request, functionIndex);
     asked.first = wordAt(request, 2);
     asked.count =
         asked.function == writeCoil || asked.function == writeRegister ? 1 : wordAt(request, 4);
@@ -255,7 +222,7 @@ Asked askedBy(const QByteArray& request)
 // The values of a read's reply.
 std::string readValues(const QByteArray& reply, const Asked& asked, const std::vector<Area>& areas)
 {
-    const int function = functionOf(reply);
+    const int function = byteAt(reply, functionIndex);
     const int bytes = static_cast<int>(reply.size()) - readHead - crcLength;
     const bool known = asked.function == function && bytesFor(function, asked.count) == bytes;
     const int units = known ? asked.count : holdsBits(function) ? bytes * 8 : bytes / 2;
@@ -270,8 +237,8 @@ std::string readValues(const QByteArray& reply, const Asked& asked, const std::v
 // request.
 int dueLength(const QByteArray& reply, const Asked& asked)
 {
-    const int function = functionOf(reply);
-    if (!isRead(function))
+    const int function = byteAt(reply, functionIndex);
+    if (!isReadFunction(function))
         return requestLength;
     if (asked.function == function)
         return readHead + bytesFor(function, asked.count) + crcLength;
@@ -283,6 +250,32 @@ int dueLength(const QByteArray& reply, const Asked& asked)
 std::string hexText(const QByteArray& bytes)
 {
     return bytes.toHex(' ').toUpper().toStdString();
+}
+
+std::optional<QByteArray> parseHexText(const std::string& text)
+{
+    QByteArray bytes;
+    std::size_t at = 0;
+    while (at < text.size()) {
+        if (text[at] == ' ') {
+            ++at;
+            continue;
+        }
+        const auto digit = [&text](std::size_t i) {
+            const char* digits = "0123456789ABCDEF";
+            const char* found = i < text.size() && text[i] != 0
+                                    ? std::strchr(digits, text[i] >= 'a' ? text[i] - 32 : text[i])
+                                    : nullptr;
+            return found ? static_cast<int>(found - digits) : -1;
+        };
+        const int high = digit(at);
+        const int low = digit(at + 1);
+        if (high < 0 || low < 0)
+            return std::nullopt;
+        bytes.append(static_cast<char>(high * 16 + low));
+        at += 2;
+    }
+    return bytes;
 }
 
 std::string exceptionName(int code)
@@ -300,8 +293,7 @@ namespace {
 // Diagnostics, sub-function 0: request and reply are the same.
 bool isEcho(const QByteArray& frame)
 {
-    constexpr int diagnostics = 8;
-    return frame.size() == requestLength && functionOf(frame) == diagnostics &&
+    return frame.size() == requestLength && byteAt(frame, functionIndex) == diagnostics &&
            wordAt(frame, 2) == 0;
 }
 
@@ -316,7 +308,7 @@ std::string requestText(const QByteArray& frame, const std::vector<Area>& areas)
 {
     if (frame.size() < minFrame)
         return fragment(frame);
-    const int function = functionOf(frame);
+    const int function = byteAt(frame, functionIndex);
     const std::string who = station(frame);
     const bool ofMany = function == writeCoils || function == writeRegisters;
     if (isEcho(frame))
@@ -349,14 +341,14 @@ std::string replyText(const QByteArray& reply, const QByteArray& request,
     std::string faults;
     if (asked.station >= 0 && byteAt(reply, 0) != asked.station)
         faults += ", but station " + std::to_string(asked.station) + " was asked";
-    const int function = functionOf(reply);
+    const int function = byteAt(reply, functionIndex);
     const std::string who = station(reply);
-    if ((function & exceptionMark) != 0) {
-        if (asked.function >= 0 && (function ^ exceptionMark) != asked.function)
+    if ((function & exceptionFlag) != 0) {
+        if (asked.function >= 0 && (function ^ exceptionFlag) != asked.function)
             faults += ", but the request was to " + functionName(asked.function);
         const int code = byteAt(reply, 2);
         return who + "exception " + std::to_string(code) + ", " + exceptionName(code) + ", to " +
-               functionName(function ^ exceptionMark) + faults +
+               functionName(function ^ exceptionFlag) + faults +
                lengthFault(reply, exceptionLength) + badCrc(reply);
     }
     if (isEcho(reply))
@@ -369,7 +361,7 @@ std::string replyText(const QByteArray& reply, const QByteArray& request,
     const std::string broken = lengthFault(reply, due) + badCrc(reply);
     if (!broken.empty())
         return who + "reply to " + functionName(function) + faults + broken;
-    if (isRead(function))
+    if (isReadFunction(function))
         return who + readValues(reply, asked, areas) + faults;
 
     const int first = wordAt(reply, 2);

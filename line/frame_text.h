@@ -3,6 +3,7 @@
 #define DOV417_LINE_FRAME_TEXT_H
 
 #include <QByteArray>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,8 @@ namespace dov417 {
 
 // "01 03 05 0A"
 std::string hexText(const QByteArray& bytes);
+// With blanks between the bytes or without, in either case. Nothing where the text is none.
+std::optional<QByteArray> parseHexText(const std::string& text);
 
 // "illegal data address"; "code 99" where the code has no name.
 std::string exceptionName(int code);

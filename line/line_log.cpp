@@ -21,22 +21,6 @@ const int secondsPerMinute = 60;
 const int secondsPerHour = 3600;
 const long microsPerSecond = 1000000;
 
-std::string timeText(LogTime time)
-{
-    const auto micros = time.time_since_epoch().count();
-    const long long below = (micros % microsPerSecond + microsPerSecond) % microsPerSecond;
-    const std::time_t seconds = static_cast<std::time_t>((micros - below) / microsPerSecond);
-    std::tm local{};
-    localtime_r(&seconds, &local);
-    char text[64];
-    const std::size_t length = std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &local);
-    const long minutes = local.tm_gmtoff / secondsPerMinute;
-    const long size = minutes < 0 ? -minutes : minutes;
-    std::snprintf(text + length, sizeof text - length, ".%06lld%c%02ld:%02ld", below,
-                  minutes < 0 ? '-' : '+', size / 60 % 100, size % 60);
-    return text;
-}
-
 std::optional<LogTime> parseTime(const std::string& text)
 {
     std::tm parts{};
@@ -59,32 +43,6 @@ std::optional<LogTime> parseTime(const std::string& text)
     return LogTime(microseconds(seconds * microsPerSecond + micros));
 }
 
-std::optional<QByteArray> parseHex(const std::string& text)
-{
-    QByteArray bytes;
-    std::size_t at = 0;
-    while (at < text.size()) {
-        if (text[at] == ' ') {
-            ++at;
-            continue;
-        }
-        const auto digit = [&text](std::size_t i) {
-            const char* digits = "0123456789ABCDEF";
-            const char* found = i < text.size() && text[i] != 0
-                                    ? std::strchr(digits, text[i] >= 'a' ? text[i] - 32 : text[i])
-                                    : nullptr;
-            return found ? static_cast<int>(found - digits) : -1;
-        };
-        const int high = digit(at);
-        const int low = digit(at + 1);
-        if (high < 0 || low < 0)
-            return std::nullopt;
-        bytes.append(static_cast<char>(high * 16 + low));
-        at += 2;
-    }
-    return bytes;
-}
-
 // Takes the text up to the next blank off the front.
 std::string takeWord(std::string& text)
 {
@@ -104,10 +62,34 @@ std::string onOneLine(std::string text)
 
 } // namespace
 
+LogTime logTime(Clock::time_point time)
+{
+    const auto since = Clock::now() - time;
+    return std::chrono::time_point_cast<Micros>(
+        std::chrono::system_clock::now() -
+        std::chrono::duration_cast<std::chrono::system_clock::duration>(since));
+}
+
+std::string logTimeText(LogTime time)
+{
+    const auto micros = time.time_since_epoch().count();
+    const long long below = (micros % microsPerSecond + microsPerSecond) % microsPerSecond;
+    const std::time_t seconds = static_cast<std::time_t>((micros - below) / microsPerSecond);
+    std::tm local{};
+    localtime_r(&seconds, &local);
+    char text[64];
+    const std::size_t length = std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &local);
+    const long minutes = local.tm_gmtoff / secondsPerMinute;
+    const long size = minutes < 0 ? -minutes : minutes;
+    std::snprintf(text + length, sizeof text - length, ".%06lld%c%02ld:%02ld", below,
+                  minutes < 0 ? '-' : '+', size / 60 % 100, size % 60);
+    return text;
+}
+
 std::string logLine(const LogEntry& entry)
 {
     std::string line =
-        timeText(entry.time) + " " + directionNames[static_cast<std::size_t>(entry.direction)];
+        logTimeText(entry.time) + " " + directionNames[static_cast<std::size_t>(entry.direction)];
     if (!entry.bytes.isEmpty())
         line += " " + hexText(entry.bytes);
     return line + " " + meaningMark + " " + onOneLine(entry.meaning);
@@ -137,7 +119,7 @@ std::optional<LogEntry> parseLogLine(const std::string& line)
     if (index == directionNames.size())
         return std::nullopt;
     entry.direction = static_cast<Direction>(index);
-    const auto bytes = parseHex(rest);
+    const auto bytes = parseHexText(rest);
     if (!bytes || bytes->isEmpty() != (entry.direction == Direction::note))
         return std::nullopt;
     entry.bytes = *bytes;

@@ -16,6 +16,8 @@
 #include <optional>
 #include <string>
 
+#include "line/clock.h"
+
 namespace dov417 {
 
 enum class Direction {
@@ -26,6 +28,11 @@ enum class Direction {
 };
 
 using LogTime = std::chrono::time_point<std::chrono::system_clock, std::chrono::microseconds>;
+
+// What the clock on the wall showed then.
+LogTime logTime(Clock::time_point time);
+// "2026-01-31T12:34:56.789012+01:00"
+std::string logTimeText(LogTime time);
 
 struct LogEntry {
     LogTime time;

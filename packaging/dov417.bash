@@ -9,7 +9,7 @@ _dov417_commands() {
 }
 
 _dov417_registers() {
-  "$1" info 2>/dev/null | sed -n '/^register /,$s/^\([A-Z][A-Za-z_]*\) .*/\1/p'
+  "$1" info 2>/dev/null | sed -n '/^register  format/,/^$/s/^\([A-Z][A-Za-z_]*\) .*/\1/p'
 }
 
 # The value of an option that is already on the line: words 1 and on are the line's.
@@ -37,7 +37,7 @@ _dov417() {
   fi
   case $before in
     --port) mapfile -t COMPREPLY < <(compgen -G "/dev/tty[UAS]*" -- "$current"); return ;;
-    --line) words="9600,8,EVEN,1 19200,8,EVEN,1 38400,8,EVEN,1 57600,8,EVEN,1 115200,8,EVEN,1" ;;
+    --line | --lines) words="9600,8,EVEN,1 19200,8,EVEN,1 38400,8,EVEN,1 57600,8,EVEN,1 115200,8,EVEN,1" ;;
     --format) words="unsigned signed hex bcd float int64 uint64 double bool binary" ;;
     --word-order) words="low-first high-first" ;;
     --tags | --log | --library | --csv | --load | --dump | --link)

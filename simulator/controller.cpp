@@ -1,6 +1,7 @@
 #include "simulator/controller.h"
 
 #include "line/crc16.h"
+#include "line/frame_bytes.h"
 
 namespace dov417::simulator {
 
@@ -13,11 +14,9 @@ enum Exception {
     illegalValue = 3
 };
 
-constexpr int broadcastStation = 0;
 constexpr int coilOn = 0xFF00;
 constexpr int coilOff = 0x0000;
 constexpr int writeHeader = 7; // station, function, address, quantity, byte count
-constexpr int crcLength = 2;
 
 enum class Units {
     coils,
@@ -52,22 +51,6 @@ const Function* functionOf(int code)
             return &function;
     }
     return nullptr;
-}
-
-int byteAt(const QByteArray& bytes, int index)
-{
-    return static_cast<unsigned char>(bytes.at(index));
-}
-
-int wordAt(const QByteArray& bytes, int index)
-{
-    return byteAt(bytes, index) * 256 + byteAt(bytes, index + 1);
-}
-
-void appendWord(QByteArray& bytes, int value)
-{
-    bytes.append(static_cast<char>(value >> 8));
-    bytes.append(static_cast<char>(value & 0xFF));
 }
 
 // Is everything that the frame says by itself possible? Nothing of it is about the memory.

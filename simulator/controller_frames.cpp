@@ -1,14 +1,10 @@
 // What a frame says by itself: length and its meaning in words.
+#include "line/frame_bytes.h"
 #include "simulator/controller.h"
 
 namespace dov417::simulator {
 
 namespace {
-
-int byteAt(const QByteArray& bytes, int index)
-{
-    return static_cast<unsigned char>(bytes.at(index));
-}
 
 std::string runText(const std::string& unit, int first, int count)
 {

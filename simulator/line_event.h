@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QMetaType>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -29,6 +30,9 @@ struct LineEvent {
 
 // "    0.012345 <- 01 03 05 0A 00 01 A4 C4  station 1 reads register 1290"
 std::string logText(const LineEvent& event);
+
+// Nothing where the text is none of those.
+std::optional<LineEvent> parseLogText(const std::string& text);
 
 // "reply", "reply: exception 2, illegal data address [flip late]"
 std::string replyText(const Answer& answer, const std::vector<FaultKind>& faults);

@@ -6,9 +6,11 @@
 #include <limits>
 
 #include "line/failure.h"
+#include "line/terminal_speed.h"
 #include "line/wake_timer.h"
 #include "simulator/frame_collector.h"
 #include "simulator/line_port.h"
+#include "simulator/other_speed.h"
 #include "simulator/wire_clock.h"
 
 namespace dov417::simulator {
@@ -65,6 +67,7 @@ private:
     };
 
     void listenersChanged();
+    SerialFormat lineOfTheOther() const;
     void receive();
     void run();
     void collect(const Arrival& arrival);
@@ -148,13 +151,27 @@ void LineServer::Private::listenersChanged()
         log(LineEvent::notice, QByteArray(), "the other side opened the line");
 }
 
+// As it is set now; that it was when the bytes passed is the other side's to see to.
+SerialFormat LineServer::Private::lineOfTheOther() const
+{
+    SerialFormat other = options_.line;
+    const int speed =
+        options_.ownSpeedOnly && options_.device.empty() ? terminalSpeed(port_.descriptor()) : 0;
+    if (speed > 0)
+        other.baudRate = speed;
+    return other;
+}
+
 void LineServer::Private::receive()
 {
     listenersChanged();
     if (!port_.isOpen())
         return;
     bool lost = false;
-    const QByteArray bytes = port_.read(&lost);
+    QByteArray bytes = port_.read(&lost);
+    const SerialFormat other = lineOfTheOther();
+    if (other.baudRate != options_.line.baudRate)
+        bytes = heardAs(options_.line, bytes, other);
     if (!bytes.isEmpty()) {
         counters_.bytesReceived += static_cast<std::uint64_t>(bytes.size());
         const std::int64_t now = monotonicNow();
@@ -289,7 +306,10 @@ bool LineServer::Private::depart(std::int64_t now)
         return false;
     // Nobody there: the bytes pass unheard, as on a line.
     if (port_.hasListener()) {
-        const QByteArray lump = departure.bytes.mid(departure.sent, due - departure.sent);
+        QByteArray lump = departure.bytes.mid(departure.sent, due - departure.sent);
+        const SerialFormat other = lineOfTheOther();
+        if (other.baudRate != options_.line.baudRate)
+            lump = heardAs(other, lump, options_.line);
         counters_.bytesSent += static_cast<std::uint64_t>(port_.write(lump));
     }
     departure.sent = due;

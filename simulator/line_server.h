@@ -43,6 +43,9 @@ struct LineServerOptions {
     SerialFormat line;    // a serial device is set to it; else it tells how long a byte takes
     bool paced = false;   // see above; leave it off on a real serial line
     int turnaroundMs = 0; // what the controller takes before it answers
+    // On a pseudo-terminal of its own: what passes while the other side has set another speed is
+    // garbled, as on a wire. Parity is nothing that a pseudo-terminal keeps.
+    bool ownSpeedOnly = false;
     // Bytes come with the hiccups of the sender's process, not with the evenness of a wire: an
     // unfinished request is given at least this long, the line's inter-frame delay if that is
     // longer.

@@ -21,6 +21,7 @@ LineServerOptions lineOptions(const SimulationOptions& options)
     line.device = options.device;
     line.link = options.link;
     line.line = options.line;
+    line.ownSpeedOnly = options.ownSpeedOnly;
     line.paced = options.baudLimit;
     line.turnaroundMs = options.turnaroundMs;
     return line;

@@ -34,6 +34,7 @@ struct SimulationOptions {
     std::string device; // serial device; empty: a pseudo-terminal
     std::string link;   // symbolic link to the pseudo-terminal; empty: none
     SerialFormat line;
+    bool ownSpeedOnly = false;       // on a pseudo-terminal: another speed is garbled, as on a wire
     bool baudLimit = false;          // bytes take the time that they take on the line
     int turnaroundMs = 0;            // what the controller takes before it answers
     bool strict = false;             // 125 registers, 2000 coils and no more

@@ -7,14 +7,18 @@
 
 namespace dov417 {
 
+void addPortsCommand(CLI::App& app, Action& chosen);
+void addScanCommand(CLI::App& app, Action& chosen);
 void addInfoCommand(CLI::App& app, Action& chosen);
 void addCheckCommand(CLI::App& app, Action& chosen);
 void addSeriesCommand(CLI::App& app, Action& chosen);
 void addPlanCommand(CLI::App& app, Action& chosen);
 void addTraceCommand(CLI::App& app, Action& chosen);
+void addListenCommand(CLI::App& app, Action& chosen);
 void addWatchCommand(CLI::App& app, Action& chosen);
 void addReadCommand(CLI::App& app, Action& chosen);
 void addWriteCommand(CLI::App& app, Action& chosen);
+void addRequestCommand(CLI::App& app, Action& chosen);
 void addRecipeCommand(CLI::App& app, Action& chosen);
 void addSimulateCommand(CLI::App& app, Action& chosen);
 void addDemoCommand(CLI::App& app, Action& chosen);

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "driver/default_line.h"
+#include "driver/places.h"
 #include "driver/registers.h"
 
 namespace dov417 {
@@ -36,6 +37,36 @@ std::string protocolName(const Library& library, std::size_t registers)
     return at < 0 ? std::string() : items.at(at).toStdString();
 }
 
+std::string listed(const std::set<int>& functions)
+{
+    std::string text;
+    for (const int function : functions)
+        text += (text.empty() ? "" : ", ") + std::to_string(function);
+    return text.empty() ? "-" : text;
+}
+
+std::string range(const std::string& first, const std::string& last)
+{
+    return first + ".." + last;
+}
+
+// For whoever sets up another master.
+void printPlaces(const Library& library)
+{
+    std::printf("\n%-8s  %-9s  %-4s  %-5s  %-11s  %s\n", "register", "lies in", "read", "write",
+                "from 0", "from 1, with its kind");
+    for (const Place& place : learnPlaces(library)) {
+        const int last = place.first + place.count - 1;
+        std::printf("%-8s  %-9s  %-4d  %-5s  %-11s  %s\n", place.regName.c_str(),
+                    place.coils ? "coils" : "registers", place.readFunction,
+                    listed(place.writeFunctions).c_str(),
+                    range(std::to_string(place.first), std::to_string(last)).c_str(),
+                    range(prefixedNumber(place.coils, place.first, last),
+                          prefixedNumber(place.coils, last, last))
+                        .c_str());
+    }
+}
+
 int runInfo(const LineOptions& options)
 {
     const Library library(options.library);
@@ -53,6 +84,7 @@ int runInfo(const LineOptions& options)
         std::printf("%-8s  %-8s  %-6s  %-7s  %-7s  %s\n", type.name.c_str(), type.format.c_str(),
                     type.lowest.c_str(), type.highest.c_str(), widthText(type.width),
                     type.access.c_str());
+    printPlaces(library);
     return exitDone;
 }
 

@@ -61,6 +61,14 @@ void LiveCommand::open()
     const Result result = session_.open(line_.settings());
     if (!result.accepted)
         throw Failure(result.reason);
+    if (session_.statistics().portIsOpen)
+        return;
+    // A connection is made beside the event loop, and Ctrl-C ends that too.
+    isConnecting_ = true;
+    loop_.exec();
+    isConnecting_ = false;
+    if (!refusal_.empty() || !interruption_.empty())
+        throw Failure(refusal_.empty() ? interruption_ : refusal_);
 }
 
 void LiveCommand::beQuiet()
@@ -86,6 +94,11 @@ void LiveCommand::endWithoutPort(std::chrono::milliseconds patience)
 
 void LiveCommand::portChanged(bool open, const std::string& message)
 {
+    if (isConnecting_) {
+        refusal_ = open ? std::string() : message;
+        loop_.quit();
+        return;
+    }
     if (open) {
         portTimer_.stop();
         if (wasLost_ && !isQuiet_)

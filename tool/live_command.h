@@ -29,7 +29,8 @@ public:
                 const simulator::SimulationOptions& controller = {});
 
     Session& session();
-    // Opens the line. Throws a Failure if it cannot be had.
+    // Opens the line, and waits until a connection is made. Throws a Failure if it cannot be had,
+    // or was interrupted.
     void open();
 
     // The terminal shows something else: no words about the port on it.
@@ -73,7 +74,9 @@ private:
     bool isEnding_ = false;
     bool isWaiting_ = false;
     bool ended_ = false;
+    bool isConnecting_ = false;
     bool wasLost_ = false;
+    std::string refusal_; // of the connection
     std::string interruption_;
     Shutdown shutdown_; // before the controller is started: it is to be ended too
     LiveLine line_;

@@ -27,14 +27,18 @@ int run(int argc, char** argv)
     app.require_subcommand(0, 1);
     app.footer("dov417 COMMAND --help tells more, with examples.");
     Action chosen;
+    addPortsCommand(app, chosen);
+    addScanCommand(app, chosen);
     addInfoCommand(app, chosen);
     addCheckCommand(app, chosen);
     addSeriesCommand(app, chosen);
     addPlanCommand(app, chosen);
     addTraceCommand(app, chosen);
+    addListenCommand(app, chosen);
     addWatchCommand(app, chosen);
     addReadCommand(app, chosen);
     addWriteCommand(app, chosen);
+    addRequestCommand(app, chosen);
     addRecipeCommand(app, chosen);
     addSimulateCommand(app, chosen);
     addDemoCommand(app, chosen);

@@ -70,8 +70,11 @@ void addPlanningOptions(CLI::App& command, LineOptions& options)
 
 void addLineOptions(CLI::App& command, LineOptions& options)
 {
-    command.add_option("--port", options.port, "Serial port, as in /dev/ttyUSB0")
-        ->option_text("DEVICE")
+    command
+        .add_option("--port", options.port,
+                    "Serial port, as in /dev/ttyUSB0, or the serial line of a device server on the "
+                    "network, as in tcp://HOST:4001")
+        ->option_text("PORT")
         ->group(lineGroup);
     addPlanningOptions(command, options);
     command
@@ -128,7 +131,8 @@ void addLineOptions(CLI::App& command, LineOptions& options)
         .add_option("--reply-gap", options.replyGapMs,
                     "Silence after which a reply that has begun is taken to have ended; longer "
                     "once one went on after that (" +
-                        std::to_string(defaultReplyGapMs) + ")")
+                        std::to_string(defaultReplyGapMs) + "; over a network " +
+                        std::to_string(defaultNetworkReplyGapMs) + ")")
         ->option_text("MS")
         ->group(lineGroup)
         ->check(CLI::Range(1, maxMs));

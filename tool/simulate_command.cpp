@@ -21,6 +21,8 @@ simulator::SimulationOptions toSimulation(const SimulateOptions& options)
     simulator::SimulationOptions simulation = options.simulation;
     if (!options.line.empty())
         simulation.line = parseSerialFormat(options.line);
+    // Who names no line wants no master kept out by its speed.
+    simulation.ownSpeedOnly = !options.line.empty();
     simulation.followInputs = !options.independentOutputs;
     return simulation;
 }
@@ -49,7 +51,9 @@ void addSimulateCommand(CLI::App& app, Action& chosen)
         ->check(CLI::Range(1, 247));
     command
         ->add_option("--line", options->line,
-                     "Baud rate, data bits, parity, stop bits (38400,8,EVEN,1)")
+                     "Baud rate, data bits, parity, stop bits (38400,8,EVEN,1). On a "
+                     "pseudo-terminal, what comes at another speed than the one named here is "
+                     "garbled, as on a wire; else any speed is taken")
         ->option_text("LINE");
     command->add_flag("--baud-limit", simulation.baudLimit,
                       "Bytes take the time on a pseudo-terminal that they take on the wire");

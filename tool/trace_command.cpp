@@ -1,6 +1,7 @@
 #include "tool/commands.h"
 
 #include <CLI/CLI.hpp>
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -11,8 +12,9 @@
 #include "driver/areas.h"
 #include "line/conversation.h"
 #include "line/failure.h"
-#include "line/frame_text.h"
 #include "line/line_log.h"
+#include "tool/controllers_log.h"
+#include "tool/trace_lines.h"
 
 namespace dov417 {
 
@@ -24,36 +26,29 @@ struct TraceOptions {
 };
 
 struct TraceCounts {
-    long long requests = 0;
-    long long replies = 0;
-    long long strays = 0;
-    long long notes = 0;
+    std::array<long long, 4> of{}; // by Direction
     long long unreadable = 0;
+    long long firstUnreadable = 0; // its line
 };
 
 class Tracer {
 public:
-    explicit Tracer(const std::vector<Area>& areas) : conversation_(areas) {}
+    explicit Tracer(const std::vector<Area>& areas) : conversation_(areas), controllers_(areas) {}
 
-    // Prints the entry with the milliseconds since the one before.
-    void explain(const LogEntry& entry)
+    // Prints what the line tells, with the milliseconds since the one before.
+    void explain(const std::string& line, long long number)
     {
-        const double since =
-            isFirst_ ? 0 : static_cast<double>((entry.time - last_).count()) / 1000.0;
-        isFirst_ = false;
-        last_ = entry.time;
-        std::printf("%10.3f  %s\n", since, text(entry).c_str());
-        if (!entry.bytes.isEmpty())
-            std::printf("%10s     %s\n", "", hexText(entry.bytes).c_str());
+        if (const auto entry = parseLogLine(line))
+            print(*entry, text(*entry));
+        else if (const auto controllers = controllers_.entry(line))
+            print(*controllers, controllers->meaning);
+        else if (++counts_.unreadable == 1)
+            counts_.firstUnreadable = number;
     }
 
     const TraceCounts& counts() const
     {
         return counts_;
-    }
-    void addUnreadable()
-    {
-        ++counts_.unreadable;
     }
 
 private:
@@ -61,25 +56,28 @@ private:
     {
         switch (entry.direction) {
         case Direction::sent:
-            ++counts_.requests;
-            return "-> " + conversation_.request(entry.bytes);
+            return conversation_.request(entry.bytes);
         case Direction::received:
-            ++counts_.replies;
-            return "<- " + conversation_.reply(entry.bytes);
+            return conversation_.reply(entry.bytes);
         case Direction::stray:
-            ++counts_.strays;
-            return "<? thrown away: " + conversation_.reply(entry.bytes) +
+            return "thrown away: " + conversation_.stray(entry.bytes) +
                    (entry.meaning.empty() ? "" : " [" + entry.meaning + "]");
         case Direction::note:
-            ++counts_.notes;
-            return "-- " + entry.meaning;
+            return entry.meaning;
         }
         return std::string();
     }
 
+    void print(const LogEntry& entry, const std::string& text)
+    {
+        ++counts_.of.at(static_cast<std::size_t>(entry.direction));
+        const std::string line = TraceLines::arrow(entry.direction) + text;
+        std::printf("%s", lines_.of(entry.time, line, entry.bytes).c_str());
+    }
+
     Conversation conversation_;
-    LogTime last_{};
-    bool isFirst_ = true;
+    ControllersLog controllers_;
+    TraceLines lines_;
     TraceCounts counts_;
 };
 
@@ -100,19 +98,19 @@ int runTrace(const TraceOptions& options)
             continue;
         if (line[0] == '#') {
             std::printf("%s\n", line.c_str());
-        } else if (const auto entry = parseLogLine(line)) {
-            tracer.explain(*entry);
         } else {
-            tracer.addUnreadable();
-            std::fprintf(stderr, "dov417: %s:%d: not a line of a log\n", options.file.c_str(),
-                         number);
+            tracer.explain(line, number);
         }
     }
     if (in.bad())
         throw Failure("cannot read the log " + options.file + ": " + std::strerror(errno));
     const TraceCounts& counts = tracer.counts();
-    std::printf("sent %lld, received %lld, thrown away %lld, notes %lld\n", counts.requests,
-                counts.replies, counts.strays, counts.notes);
+    std::printf("sent %lld, received %lld, thrown away %lld, notes %lld\n", counts.of[0],
+                counts.of[1], counts.of[2], counts.of[3]);
+    if (counts.unreadable > 0)
+        std::fprintf(stderr, "dov417: %s: %lld %s no line of a log, the first is line %lld\n",
+                     options.file.c_str(), counts.unreadable,
+                     counts.unreadable == 1 ? "line is" : "lines are", counts.firstUnreadable);
     return counts.unreadable > 0 ? exitFailed : exitDone;
 }
 
@@ -122,7 +120,9 @@ void addTraceCommand(CLI::App& app, Action& chosen)
 {
     const auto options = std::make_shared<TraceOptions>();
     CLI::App* command = app.add_subcommand("trace", "Explains a recorded line log frame by frame");
-    command->add_option("file", options->file, "What --log recorded; - reads the standard input")
+    command
+        ->add_option("file", options->file,
+                     "What --log recorded, that of simulate too; - reads the standard input")
         ->option_text("FILE")
         ->required();
     addLibraryOption(*command, options->line);
@@ -130,7 +130,7 @@ void addTraceCommand(CLI::App& app, Action& chosen)
                     "  dov417 read --simulated R_W:100..103 --log line.log\n"
                     "  dov417 trace line.log\n"
                     "Each frame is told with the milliseconds since the one before. Exits with 1 "
-                    "if a line is no line of a log.");
+                    "if a line is no line of a log, and says how many are not.");
     command->callback(
         [options, &chosen]() { chosen = [options]() { return runTrace(*options); }; });
 }

@@ -3,34 +3,21 @@
 #include <algorithm>
 #include <iterator>
 
+#include "line/frame_bytes.h"
+#include "line/frame_length.h"
+
 namespace dov417 {
 
 namespace {
 
-constexpr unsigned char broadcastStation = 0;
-constexpr unsigned char exceptionFlag = 0x80;
-constexpr unsigned char lastReadFunction = 4;
-constexpr unsigned char diagnostics = 8;
 constexpr int maxOver = 64; // transmissions that are remembered
-constexpr int exceptionLength = 5;
-constexpr int readReplyHead = 5;  // station, function, count, CRC
-constexpr int writeReplyHead = 4; // station, function, address: the value may be made another
-constexpr int diagnosticsHead = 6;
-
-unsigned char byteAt(const QByteArray& bytes, int index)
-{
-    return static_cast<unsigned char>(bytes.at(index));
-}
-
-bool isRead(const QByteArray& request)
-{
-    return byteAt(request, 1) <= lastReadFunction;
-}
+constexpr int addressEnd = 4;
+constexpr int readReplyHead = 5; // station, function, count, CRC
 
 bool haveOneShape(const OpenTransmission& open, const QByteArray& request, int replyLength)
 {
     // The reply to a write says what it is about.
-    const int head = isRead(request) ? 2 : writeReplyHead;
+    const int head = std::min(echoedHead(request), addressEnd);
     return open.replyLength == replyLength && open.sent.left(head) == request.left(head);
 }
 
@@ -39,14 +26,15 @@ bool fits(const OpenTransmission& open, const QByteArray& frame)
 {
     if (frame.at(0) != open.sent.at(0))
         return false;
-    const unsigned char function = byteAt(open.sent, 1);
-    if (byteAt(frame, 1) == (function | exceptionFlag))
+    const int function = functionOf(open.sent);
+    if (byteAt(frame, functionIndex) == (function | exceptionFlag))
         return frame.size() == exceptionLength;
-    if (byteAt(frame, 1) != function || frame.size() != open.replyLength)
+    const bool isUntold = open.replyLength == untoldLength;
+    if (byteAt(frame, functionIndex) != function || (!isUntold && frame.size() != open.replyLength))
         return false;
-    if (isRead(open.sent))
-        return byteAt(frame, 2) == ((open.replyLength - readReplyHead) & 0xFF);
-    const int head = function == diagnostics ? diagnosticsHead : writeReplyHead;
+    if (isReadFunction(function))
+        return isUntold || byteAt(frame, 2) == ((open.replyLength - readReplyHead) & 0xFF);
+    const int head = echoedHead(open.sent);
     return frame.left(head) == open.sent.left(head);
 }
 
@@ -83,9 +71,9 @@ const std::deque<OpenTransmission>& Books::open() const
 
 void Books::add(const OpenTransmission& transmission)
 {
-    const unsigned char function = byteAt(transmission.sent, 1);
-    if (!isRead(transmission.sent) && function != diagnostics) {
-        Written& written = written_.at(byteAt(transmission.sent, 0));
+    const int function = functionOf(transmission.sent);
+    if (!isReadFunction(function) && function != diagnostics) {
+        Written& written = written_.at(stationOf(transmission.sent));
         if (written.last != transmission.sent)
             written.otherNumber = written.lastNumber;
         written.last = transmission.sent;
@@ -101,6 +89,14 @@ std::optional<OpenTransmission> Books::find(const QByteArray& frame) const
         std::find_if(open_.begin(), open_.end(),
                      [&frame](const OpenTransmission& open) { return fits(open, frame); });
     return found == open_.end() ? std::nullopt : std::optional<OpenTransmission>(*found);
+}
+
+bool Books::isOfOneRequest(const QByteArray& frame) const
+{
+    const auto first = find(frame);
+    return first && std::all_of(open_.begin(), open_.end(), [&](const OpenTransmission& open) {
+               return open.sent == first->sent || !fits(open, frame);
+           });
 }
 
 std::optional<OpenTransmission> Books::take(const QByteArray& frame)
@@ -170,10 +166,10 @@ bool Books::isOut(const QByteArray& request, int replyLength) const
     });
 }
 
-bool Books::isEchoOut(unsigned char station) const
+bool Books::isEchoOut(int station) const
 {
     return std::any_of(open_.begin(), open_.end(), [station](const OpenTransmission& open) {
-        return byteAt(open.sent, 0) == station && byteAt(open.sent, 1) == diagnostics;
+        return stationOf(open.sent) == station && functionOf(open.sent) == diagnostics;
     });
 }
 
@@ -181,12 +177,12 @@ bool Books::standsFor(const OpenTransmission& earlier, const OpenTransmission& l
 {
     if (earlier.number == later.number)
         return true;
-    const long long written = std::max(writtenOther(byteAt(later.sent, 0), later.sent),
+    const long long written = std::max(writtenOther(stationOf(later.sent), later.sent),
                                        writtenOther(broadcastStation, later.sent));
     return earlier.sent == later.sent && written < earlier.number;
 }
 
-long long Books::writtenOther(unsigned char station, const QByteArray& request) const
+long long Books::writtenOther(int station, const QByteArray& request) const
 {
     const Written& written = written_.at(station);
     return written.last == request ? written.otherNumber : written.lastNumber;

@@ -19,7 +19,7 @@ namespace dov417 {
 struct OpenTransmission {
     long long number = 0; // counts up over all stations
     QByteArray sent;
-    int replyLength = 0; // of the reply; an exception has its own
+    int replyLength = 0; // of the reply, or untoldLength; an exception has its own
     Clock::time_point sentAt{};
 };
 
@@ -40,6 +40,8 @@ public:
     std::optional<OpenTransmission> take(const QByteArray& frame);
     // The same, closing nothing: the frame may as well answer what another program has sent.
     std::optional<OpenTransmission> find(const QByteArray& frame) const;
+    // Are all transmissions that it can belong to the same request?
+    bool isOfOneRequest(const QByteArray& frame) const;
     // Could it be the reply to a transmission that is answered no more? Such a reply is one too
     // many.
     bool fitsWhatIsOver(const QByteArray& frame) const;
@@ -51,7 +53,7 @@ public:
     // When the last of those can no longer come.
     Clock::time_point certainAt(const QByteArray& request, int replyLength) const;
     // Is a diagnostics echo to this station still to be answered?
-    bool isEchoOut(unsigned char station) const;
+    bool isEchoOut(int station) const;
     // When this very request was sent last, of what is open.
     std::optional<Clock::time_point> lastSent(const QByteArray& request) const;
     // Is a reply out that has this station, function and length?
@@ -68,7 +70,7 @@ private:
         long long otherNumber = 0; // of the last one that was not this one
     };
     void forgetOldest();
-    long long writtenOther(unsigned char station, const QByteArray& request) const;
+    long long writtenOther(int station, const QByteArray& request) const;
 
     Clock::duration horizon_;
     std::deque<OpenTransmission> open_;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "line/frame_bytes.h"
 #include "link/marker.h"
 
 namespace dov417 {
@@ -11,9 +12,9 @@ namespace {
 
 constexpr Micros rereadDelay(200); // bytes wait in the kernel: let the port's event come first
 
-unsigned char stationOf(const QByteArray& frame)
+bool wasEcho(const OpenTransmission& answered)
 {
-    return static_cast<unsigned char>(frame.at(0));
+    return !answered.sent.isEmpty() && isEcho(answered.sent);
 }
 
 } // namespace
@@ -89,7 +90,8 @@ Micros Exchange::wireTime() const
 
 Micros Exchange::onTheWire(int bytes) const
 {
-    return std::chrono::round<Micros>(settings_.wire.characters(bytes));
+    return settings_.bytesTakeTime ? std::chrono::round<Micros>(settings_.wire.characters(bytes))
+                                   : Micros(0);
 }
 
 Exchange::Station& Exchange::station()
@@ -128,8 +130,9 @@ void Exchange::next(Clock::time_point now)
     }
     const bool needsMarker = isInDoubt(now) && markersLeft_ > 0;
     if (needsMarker) {
-        // Of exceptions none says which echo it is to.
-        isAlone_ = asked.numbersEchoes || !books_.isEchoOut(stationOf(current_.sent));
+        // Of exceptions none says which echo it is to, nor whether it is the last one once more.
+        isAlone_ = asked.numbersEchoes ||
+                   !(books_.isEchoOut(stationOf(current_.sent)) || wasEcho(asked.lastAnswered));
         const bool mayEcho = settings_.mayMark && (isAlone_ || !isWary(now));
         const auto makeOne = [&](bool echo) {
             marker_ = makeMarker(current_, books_, asked.lastAnswered, echo, nextMark_);

@@ -42,6 +42,9 @@ struct ExchangeSettings {
     Micros horizon{0};       // a station begins to answer within it, or not at all
     bool mayMark = true;     // function 8 may be used
     bool isShared = true;    // others may have asked just before the start
+    // On a serial line. Over a network the end of a frame is when it was handed over: when its
+    // bytes were on the wire of the far end is not known.
+    bool bytesTakeTime = true;
 };
 
 // The line as the exchange sees it, and what it tells of itself.
@@ -66,6 +69,11 @@ public:
     // The line has gone; done is not called any more.
     void stop();
     bool isRunning() const;
+    // Has a sound frame come since the start?
+    bool wasSound() const
+    {
+        return astray_.lineWasSound;
+    }
 
     // Transmits and collects; calls done once, never from within. One at a time. Of the record it
     // fills in what it knows: number, times and reception. The request may end without having been
@@ -141,7 +149,7 @@ private:
     void takeArrival(Arrival arrival, Clock::time_point now);
     bool takeReply(LineResult result, Clock::time_point now);
     void report(const Stray& stray);
-    void nameIfSlow(unsigned char station, Micros delay);
+    void nameIfSlow(int station, Micros delay);
     void reportStrays(Clock::time_point now);
     bool isToBeHeldBack(Clock::time_point now);
     void holdBack(LineResult result);

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "line/crc16.h"
+#include "line/frame_bytes.h"
 #include "link/marker.h"
 
 namespace dov417 {
@@ -12,12 +13,6 @@ namespace dov417 {
 namespace {
 
 constexpr std::chrono::minutes cleanFor(10); // without a surplus
-constexpr unsigned char lastReadFunction = 4;
-
-unsigned char byteAt(const QByteArray& bytes, int index)
-{
-    return static_cast<unsigned char>(bytes.at(index));
-}
 
 } // namespace
 
@@ -41,11 +36,11 @@ Exchange::Settled Exchange::settle(const QByteArray& frame, Clock::time_point no
         isEcho(frame) || !mayBeOthers(frame, now) ? books_.take(frame) : books_.find(frame);
     if (settled.answered) {
         noteAnswer(*settled.answered, now);
-        stations_.at(byteAt(frame, 0)).numbersEchoes |=
+        stations_.at(stationOf(frame)).numbersEchoes |=
             frame == settled.answered->sent && isEcho(frame);
     } else if (isSurplus(frame, now)) {
         settled.isSurplus = true;
-        surplusCame(byteAt(frame, 0), now);
+        surplusCame(stationOf(frame), now);
     }
     return settled;
 }
@@ -53,12 +48,12 @@ Exchange::Settled Exchange::settle(const QByteArray& frame, Clock::time_point no
 // The reply to what another program has asked.
 bool Exchange::mayBeOthers(const QByteArray& frame, Clock::time_point now) const
 {
-    return stations_.at(byteAt(frame, 0)).isUnknown && now < foreignEnd_;
+    return stations_.at(stationOf(frame)).isUnknown && now < foreignEnd_;
 }
 
 void Exchange::noteAnswer(const OpenTransmission& answered, Clock::time_point now)
 {
-    Station& heard = stations_.at(byteAt(answered.sent, 0));
+    Station& heard = stations_.at(stationOf(answered.sent));
     const Transmission& onLine = isMarking_ ? marker_ : current_;
     const bool inTime =
         onLine.sent == answered.sent && onLine.reception.firstByte != Clock::time_point();
@@ -70,7 +65,7 @@ void Exchange::noteAnswer(const OpenTransmission& answered, Clock::time_point no
                                     onTheWire(static_cast<int>(answered.sent.size()));
     const Micros delay = std::max(Micros(0), std::chrono::duration_cast<Micros>(began - ended));
     heard.timeout.answered(delay, settings_.timeout);
-    nameIfSlow(byteAt(answered.sent, 0), delay);
+    nameIfSlow(stationOf(answered.sent), delay);
     heard.listenUntil = now;
     heard.lastAnswered = answered;
     if (isEcho(answered.sent)) {
@@ -89,7 +84,8 @@ void Exchange::noteAnswer(const OpenTransmission& answered, Clock::time_point no
 bool Exchange::isSurplus(const QByteArray& frame, Clock::time_point now)
 {
     const bool mayBeForeign = mayBeOthers(frame, now);
-    const bool mayBeEcho = byteAt(frame, 1) > lastReadFunction && !collector_.knowsAdapter();
+    const bool mayBeEcho =
+        byteAt(frame, functionIndex) > readInputRegisters && !collector_.knowsAdapter();
     return !mayBeForeign && !mayBeEcho && books_.fitsWhatIsOver(frame);
 }
 

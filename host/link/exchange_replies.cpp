@@ -217,7 +217,7 @@ void Exchange::flushLateBytes(const QByteArray& bytes, Clock::time_point now)
 }
 
 // A person wonders why it is slow, or why values do not come: said once.
-void Exchange::nameIfSlow(unsigned char station, Micros delay)
+void Exchange::nameIfSlow(int station, Micros delay)
 {
     const TimeoutSettings& settings = settings_.timeout;
     Station& slow = stations_.at(station);

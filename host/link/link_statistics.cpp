@@ -84,11 +84,13 @@ std::string straysText(const LinkStatistics& statistics)
     return result;
 }
 
-// Bytes cross a pseudo-terminal or a network faster than the line's settings say.
+// Bytes cross a pseudo-terminal faster than the line's settings say; what they take on the line
+// behind a network is not known.
 std::string usedText(double share)
 {
-    return share > 1 ? ", bytes come faster than the line's speed"
-                     : text(", line %.1f %% used by bytes", 100 * share);
+    return share <= 0  ? ""
+           : share > 1 ? ", bytes come faster than the line's speed"
+                       : text(", line %.1f %% used by bytes", 100 * share);
 }
 
 } // namespace

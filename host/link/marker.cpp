@@ -3,26 +3,23 @@
 #include <algorithm>
 
 #include "line/crc16.h"
+#include "line/frame_bytes.h"
+#include "line/frame_length.h"
 
 namespace dov417 {
 
 namespace {
 
-constexpr char diagnostics = 8; // function; sub-function 0 sends back what it was sent
-constexpr char exceptionFlag = '\x80';
 constexpr int markerLength = 8;
 constexpr int maxMarkerWords = 15; // there are controllers that take 16
 constexpr int maxLonger = 2;       // words
-constexpr int quantityIndex = 4;
-constexpr int coilsPerWord = 16;
-constexpr char readCoils = 1;
-constexpr char lastReadFunction = 4;
 
 QByteArray echoRequest(char station, unsigned short mark)
 {
     QByteArray frame;
-    frame.append(station).append(diagnostics).append('\0').append('\0');
-    frame.append(static_cast<char>(mark >> 8)).append(static_cast<char>(mark & 0xFF));
+    frame.append(station).append(static_cast<char>(diagnostics));
+    appendWord(frame, 0);
+    appendWord(frame, mark);
     return withCrc(frame);
 }
 
@@ -31,11 +28,9 @@ Transmission resized(const Transmission& read, int words)
 {
     Transmission other;
     other.request = read.request;
-    const int units = words * (read.sent.at(1) == readCoils ? coilsPerWord : 1);
-    const int quantity = static_cast<unsigned char>(read.sent.at(quantityIndex)) * 256 +
-                         static_cast<unsigned char>(read.sent.at(quantityIndex + 1)) + units;
+    const int units = words * (functionOf(read.sent) <= readInputs ? coilsPerWord : 1);
     QByteArray frame = read.sent.left(quantityIndex);
-    frame.append(static_cast<char>(quantity >> 8)).append(static_cast<char>(quantity & 0xFF));
+    appendWord(frame, wordAt(read.sent, quantityIndex) + units);
     other.sent = withCrc(frame);
     other.replyLength = read.replyLength + 2 * words;
     return other;
@@ -45,7 +40,7 @@ Transmission resized(const Transmission& read, int words)
 
 bool isEcho(const QByteArray& frame)
 {
-    return (frame.at(1) & ~exceptionFlag) == diagnostics;
+    return functionOf(frame) == diagnostics;
 }
 
 Transmission makeMarker(const Transmission& request, const Books& books,
@@ -55,7 +50,7 @@ Transmission makeMarker(const Transmission& request, const Books& books,
     if (mayEcho) {
         marker.sent = echoRequest(request.sent.at(0), nextNumber++);
         marker.replyLength = markerLength;
-    } else if (request.sent.at(1) <= lastReadFunction) {
+    } else if (isReadFunction(functionOf(request.sent)) && request.replyLength != untoldLength) {
         const auto take = [&](int more) {
             const Transmission other = resized(request, more);
             const bool isLikeAnswered = answered.sent.left(2) == other.sent.left(2) &&
@@ -74,7 +69,7 @@ Transmission makeMarker(const Transmission& request, const Books& books,
             take(more);
     }
     marker.isMarker = true;
-    marker.request.station = static_cast<unsigned char>(request.sent.at(0));
+    marker.request.station = stationOf(request.sent);
     return marker;
 }
 

@@ -3,6 +3,7 @@
 #include <array>
 
 #include "line/crc16.h"
+#include "line/frame_bytes.h"
 
 namespace dov417 {
 
@@ -25,13 +26,6 @@ const std::array<Words, reasonCount> words = {{{"none", ""},
                                                {"cutShort", "cut short"},
                                                {"exception", "exception"},
                                                {"broadcast", "broadcast"}}};
-
-constexpr unsigned char exceptionFlag = 0x80;
-
-int functionOf(const QByteArray& frame)
-{
-    return static_cast<unsigned char>(frame.at(1)) & ~exceptionFlag;
-}
 
 } // namespace
 

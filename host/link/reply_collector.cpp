@@ -1,24 +1,25 @@
 #include "link/reply_collector.h"
 
 #include "line/crc16.h"
+#include "line/frame_bytes.h"
+#include "line/frame_length.h"
 
 namespace dov417 {
 
 namespace {
 
-constexpr int exceptionLength = 5; // station, function + 128, code, CRC
-constexpr int writeReplyHead = 6;  // station, function, address, quantity or value: as requested
+constexpr int writeReplyHead = 6; // station, function, address, quantity or value: as requested
+constexpr int functionEnd = 2;
+constexpr int minLength = 4;
 constexpr int addressEnd = 4;
 constexpr int maxCount = 255; // data bytes that the count byte of a reply can name
 
-unsigned char byteAt(const QByteArray& bytes, int index)
+// Of a write so many bytes come back: as requested, value or quantity included. The counters that
+// other diagnostics ask for are nobody's request.
+int repeatedHead(const QByteArray& request)
 {
-    return static_cast<unsigned char>(bytes.at(index));
-}
-
-bool isReadFunction(unsigned char function)
-{
-    return function >= 1 && function <= 4;
+    const int head = echoedHead(request);
+    return head == addressEnd && functionOf(request) != diagnostics ? writeReplyHead : head;
 }
 
 } // namespace
@@ -70,10 +71,10 @@ Arrival ReplyCollector::judge()
     for (int first = 0; pending_.size() - first >= exceptionLength; ++first) {
         if (pending_.at(first) != request_.at(0))
             continue;
-        const unsigned char function = byteAt(pending_, first + 1);
+        const int function = byteAt(pending_, first + 1);
         if (function == byteAt(request_, 1) && isAnswer(pending_.mid(first, replyLength_)))
             return finish(Arrival::reply, first, replyLength_);
-        if (function == (byteAt(request_, 1) | 0x80) &&
+        if (function == (byteAt(request_, 1) | exceptionFlag) &&
             hasGoodCrc(pending_.mid(first, exceptionLength)))
             return finish(Arrival::exception, first, exceptionLength);
     }
@@ -93,7 +94,7 @@ bool ReplyCollector::stripEcho()
     if (!pending_.startsWith(request_))
         return false;
     const bool replyLooksAlike =
-        !isReadFunction(byteAt(request_, 1)) && request_.size() == replyLength_;
+        !isReadFunction(functionOf(request_)) && request_.size() == replyLength_;
     if (replyLooksAlike && !adapterEchoes_) {
         const int next = static_cast<int>(request_.size());
         const bool moreFollows = pending_.size() > next + 1 &&
@@ -115,8 +116,8 @@ bool ReplyCollector::isAnswer(const QByteArray& frame) const
         return false;
     if (adapterEchoes_ && !echoStripped_ && frame == request_)
         return false;
-    if (!isReadFunction(byteAt(request_, 1)))
-        return frame.left(writeReplyHead) == request_.left(writeReplyHead);
+    if (!isReadFunction(functionOf(request_)))
+        return frame.left(repeatedHead(request_)) == request_.left(repeatedHead(request_));
     const int count = replyLength_ - exceptionLength;
     return count > maxCount || byteAt(frame, 2) == count;
 }
@@ -129,7 +130,7 @@ bool ReplyCollector::opensLikeAnswer() const
     if (pending_.size() > 1 && (byteAt(pending_, 1) & 0x7F) != byteAt(request_, 1))
         return false;
     const int count = replyLength_ - exceptionLength;
-    const bool countTells = isReadFunction(byteAt(request_, 1)) && pending_.size() > 2 &&
+    const bool countTells = isReadFunction(functionOf(request_)) && pending_.size() > 2 &&
                             byteAt(pending_, 1) == byteAt(request_, 1) && count <= maxCount;
     return !countTells || byteAt(pending_, 2) == count;
 }
@@ -138,6 +139,11 @@ Arrival ReplyCollector::endOfFrame()
 {
     if (pending_.isEmpty())
         return Arrival::incomplete;
+    if (replyLength_ == untoldLength)
+        for (int first = 0; pending_.size() - first >= minLength; ++first)
+            if (pending_.mid(first, functionEnd) == request_.left(functionEnd) &&
+                hasGoodCrc(pending_.mid(first)))
+                return finish(Arrival::reply, first, static_cast<int>(pending_.size()) - first);
     const bool sound = hasGoodCrc(pending_);
     if (sound && pending_.size() == replyLength_ &&
         pending_.left(addressEnd) == request_.left(addressEnd))
@@ -174,7 +180,7 @@ Arrival ReplyCollector::finish(Arrival arrival, int first, int length)
         strays_.append({StrayKind::late, behind});
     pending_.clear();
     // A read is never answered with its own request, so it tells for certain.
-    if (isReadFunction(byteAt(request_, 1))) {
+    if (isReadFunction(functionOf(request_))) {
         adapterEchoes_ = echoStripped_;
         knowsAdapter_ = true;
     }

@@ -40,7 +40,8 @@ enum class Arrival {
 
 class ReplyCollector {
 public:
-    // Starts over for a request of at least four bytes that awaits replyLength bytes.
+    // Starts over for a request of at least four bytes that awaits replyLength bytes, or
+    // untoldLength: then the reply is whole once the line is silent.
     void begin(const QByteArray& request, int replyLength);
 
     Arrival add(const QByteArray& bytes);

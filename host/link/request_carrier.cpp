@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "line/crc16.h"
+#include "line/frame_bytes.h"
 
 namespace dov417 {
 
@@ -15,13 +16,6 @@ constexpr int triedMaxima[] = {125, 60, 32, 16};
 constexpr int illegalAddress = 2;
 constexpr int illegalValue = 3;
 constexpr int headLength = 6; // station, function, address, quantity
-constexpr int functionIndex = 1;
-constexpr int coilsPerWord = 16;
-
-int functionOf(const Transmission& frame)
-{
-    return static_cast<unsigned char>(frame.sent.at(functionIndex));
-}
 
 bool isGood(const Transmission& frame)
 {
@@ -58,7 +52,7 @@ RequestCarrier::Station& RequestCarrier::station()
 
 int& RequestCarrier::longestAnswered()
 {
-    return station().answered.at(static_cast<std::size_t>(functionOf(request_)));
+    return station().answered.at(static_cast<std::size_t>(functionOf(request_.sent)));
 }
 
 void RequestCarrier::carry(const Transmission& request, Exchange::Done done)

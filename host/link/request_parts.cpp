@@ -4,45 +4,20 @@
 #include <limits>
 
 #include "line/crc16.h"
+#include "line/frame_bytes.h"
 
 namespace dov417 {
 
 namespace {
 
-constexpr int readCoils = 1;
-constexpr int readRegisters = 3;
-constexpr int lastReadFunction = 4;
-constexpr int writeCoils = 15;
-constexpr int writeRegisters = 16;
-
-constexpr int functionIndex = 1;
-constexpr int addressIndex = 2;
-constexpr int quantityIndex = 4;
 constexpr int head = 6;        // station, function, address, quantity
 constexpr int writtenData = 7; // the byte count before it
 constexpr int readData = 3;
-constexpr int crcLength = 2;
 constexpr int bytesPerWord = 2;
-constexpr int coilsPerWord = 16;
-
-int byteAt(const QByteArray& bytes, int index)
-{
-    return static_cast<unsigned char>(bytes.at(index));
-}
-
-int numberAt(const QByteArray& bytes, int index)
-{
-    return byteAt(bytes, index) * 256 + byteAt(bytes, index + 1);
-}
-
-void append(QByteArray& bytes, int number)
-{
-    bytes.append(static_cast<char>(number >> 8 & 0xFF)).append(static_cast<char>(number & 0xFF));
-}
 
 bool carriesRun(const QByteArray& request)
 {
-    const int function = byteAt(request, functionIndex);
+    const int function = functionOf(request);
     return function == readCoils || function == readRegisters || function == writeCoils ||
            function == writeRegisters;
 }
@@ -58,19 +33,19 @@ int unitsPerWord(const QByteArray& request)
 int wordsIn(const QByteArray& request)
 {
     const int units = unitsPerWord(request);
-    if (!carriesRun(request) || numberAt(request, quantityIndex) % units != 0)
+    if (!carriesRun(request) || wordAt(request, quantityIndex) % units != 0)
         return 0;
-    return numberAt(request, quantityIndex) / units;
+    return wordAt(request, quantityIndex) / units;
 }
 
 bool isWrite(const QByteArray& request)
 {
-    return byteAt(request, functionIndex) > lastReadFunction;
+    return !isReadFunction(functionOf(request));
 }
 
 bool isOfCoils(const QByteArray& request)
 {
-    const int function = byteAt(request, functionIndex);
+    const int function = functionOf(request);
     return function == readCoils || function == writeCoils;
 }
 
@@ -114,8 +89,8 @@ QByteArray partOf(const QByteArray& request, int first, int words)
 {
     const int units = unitsPerWord(request);
     QByteArray frame = request.left(addressIndex);
-    append(frame, numberAt(request, addressIndex) + first * units);
-    append(frame, words * units);
+    appendWord(frame, wordAt(request, addressIndex) + first * units);
+    appendWord(frame, words * units);
     if (isWrite(request)) {
         frame.append(static_cast<char>(words * bytesPerWord));
         frame.append(request.mid(writtenData + first * bytesPerWord, words * bytesPerWord));

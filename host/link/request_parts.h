@@ -11,7 +11,8 @@
 
 namespace dov417 {
 
-// What one write of the Modbus protocol carries: two words less than a read.
+// What one request of the Modbus protocol carries.
+constexpr int maxWordsOfARead = 125;
 constexpr int maxWordsOfAWrite = 123;
 
 // For the maximum of words in one request.

@@ -19,10 +19,9 @@
 #include "line/serial_format.h"
 #include "line/wake_timer.h"
 #include "link/exchange.h"
+#include "link/port.h"
 #include "link/request_parts.h"
 #include "link/transmission.h"
-
-class QSerialPort;
 
 namespace dov417 {
 
@@ -62,8 +61,10 @@ public:
     SerialLine(const SerialLine&) = delete;
     SerialLine& operator=(const SerialLine&) = delete;
 
-    // Opens the port. False with the reason if it cannot be opened now. Once open, a port that
-    // vanishes is opened again as soon as it is back; the observer hears of both.
+    // Opens the port. False with the reason if it cannot be opened now. A connection over a network
+    // is under way then: the observer hears when it is open, or why it is not. Once open, a port
+    // that vanishes is opened again as soon as it is back, and a connection that was not made is
+    // tried again; the observer hears of both.
     bool open(QString* reason);
     bool isOpen() const;
 
@@ -88,17 +89,15 @@ public:
     Micros wireTime() const;
 
 private:
-    bool tryOpen(QString* reason);
+    void opened();
+    void refused(const QString& reason);
     void reopen();
-    bool applyFormat(QString* reason);
-    void lost();
-    void write(const QByteArray& bytes);
+    void gone();
     void wakeAt(Clock::time_point when);
-    bool bytesWait() const;
 
     LineSettings settings_;
     LineObserver observer_;
-    std::unique_ptr<QSerialPort> port_;
+    std::unique_ptr<Port> port_;
     WakeTimer timer_;
     QTimer reopenTimer_;
     QString lastReason_;

@@ -3,16 +3,13 @@
 #include <algorithm>
 #include <utility>
 
+#include "line/frame_bytes.h"
+
 namespace dov417 {
 
 namespace {
 
 constexpr Clock::time_point never{};
-
-int stationOf(const QByteArray& frame)
-{
-    return static_cast<unsigned char>(frame.at(0));
-}
 
 } // namespace
 

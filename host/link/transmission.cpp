@@ -1,22 +1,21 @@
 #include "link/transmission.h"
 
 #include "line/crc16.h"
+#include "line/frame_bytes.h"
+#include "line/frame_length.h"
 #include "line/frame_text.h"
 
 namespace dov417 {
 
 namespace {
 
-constexpr int functionIndex = 1;
 constexpr int exceptionCodeIndex = 2;
-constexpr int lastReadFunction = 4;
 
 } // namespace
 
 bool Transmission::isRead() const
 {
-    return sent.size() > functionIndex && sent.at(functionIndex) >= 1 &&
-           sent.at(functionIndex) <= lastReadFunction;
+    return sent.size() > functionIndex && isReadFunction(functionOf(sent));
 }
 
 std::string Transmission::name() const
@@ -54,7 +53,9 @@ Reason reasonOf(const Reception& reception, int expectedLength)
     case LineResult::exception:
         return Reason::exception;
     case LineResult::reply:
-        return reception.bytes.size() < expectedLength ? Reason::cutShort : Reason::badCrc;
+        return expectedLength != untoldLength && reception.bytes.size() < expectedLength
+                   ? Reason::cutShort
+                   : Reason::badCrc;
     case LineResult::broadcast:
         return Reason::broadcast;
     }

@@ -16,6 +16,8 @@ constexpr int defaultMergeGap = 20;
 constexpr int defaultTimeoutMs = 500;
 constexpr int defaultMaxTimeoutMs = 15000;
 constexpr int defaultReplyGapMs = 100;
+// What a network loses it sends again after 200 ms or more.
+constexpr int defaultNetworkReplyGapMs = 500;
 constexpr double defaultHorizonSeconds = 30;
 constexpr int defaultRetries = 3;
 constexpr int defaultMaxProbeMs = 30000;
@@ -38,7 +40,8 @@ struct LineSetup {
     std::optional<int> timeoutMinMs; // else the default time-out
     int timeoutMaxMs = defaultMaxTimeoutMs;
     double horizonSeconds = defaultHorizonSeconds; // a station begins to answer within it, or never
-    int replyGapMs = defaultReplyGapMs; // silence that ends a reply, until one has gone on after it
+    // Silence that ends a reply, until one has gone on after it; else the default of the line.
+    std::optional<int> replyGapMs;
     // Registers in one request, or 16 coils for each; else as each station shows it.
     std::optional<int> maxRegisters;
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "line/failure.h"
+#include "link/network_address.h"
 
 namespace dov417 {
 
@@ -32,7 +33,8 @@ void setTimes(LineSettings& line, const LineSetup& setup)
     line.maxTimeout = milliseconds(setup.timeoutMaxMs);
     line.timeout = milliseconds(
         setup.timeoutMs.value_or(std::clamp(defaultTimeoutMs, min, setup.timeoutMaxMs)));
-    line.replyGap = milliseconds(setup.replyGapMs);
+    const int gap = parseNetworkAddress(setup.port) ? defaultNetworkReplyGapMs : defaultReplyGapMs;
+    line.replyGap = milliseconds(setup.replyGapMs.value_or(gap));
     // What comes within the time-out is awaited all the same.
     line.horizon = std::max(line.timeout, std::chrono::duration_cast<Micros>(
                                               std::chrono::duration<double>(setup.horizonSeconds)));
@@ -41,13 +43,24 @@ void setTimes(LineSettings& line, const LineSetup& setup)
 
 } // namespace
 
+LineSettings listeningSettings(const Library& library, const LineSetup& setup)
+{
+    if (setup.port.empty())
+        throw UsageFailure("no line: name the port with --port PORT");
+    LineSettings settings;
+    settings.device = QString::fromStdString(setup.port);
+    settings.wire = serialFormat(library, setup);
+    setTimes(settings, setup);
+    return settings;
+}
+
 LiveLine::LiveLine(const Library& library, const LineSetup& setup, const std::set<int>& stations,
                    const simulator::SimulationOptions& controller)
 {
     if (setup.simulated && !setup.port.empty())
         throw UsageFailure("--port and --simulated exclude each other");
     if (!setup.simulated && setup.port.empty())
-        throw UsageFailure("no line: name the port with --port DEVICE, or use --simulated for a "
+        throw UsageFailure("no line: name the port with --port PORT, or use --simulated for a "
                            "controller of the tool's own");
     std::string port = setup.port;
     if (setup.simulated) {
@@ -64,7 +77,9 @@ LiveLine::LiveLine(const Library& library, const LineSetup& setup, const std::se
     settings_.maxRegisters = setup.maxRegisters.value_or(learnedMaximum);
     if (!setup.log.empty())
         recording_ = std::make_unique<Recording>(
-            setup.log, "port " + port + ", line " + toText(settings_.wire), learnAreas(library));
+            setup.log,
+            "port " + port + (parseNetworkAddress(port) ? "" : ", line " + toText(settings_.wire)),
+            learnAreas(library));
 }
 
 const LineSettings& LiveLine::settings() const
@@ -76,6 +91,41 @@ void LiveLine::record(const Session& session)
 {
     if (recording_)
         recording_->follow(session);
+}
+
+LineObserver LiveLine::recorded(const LineObserver& observer) const
+{
+    if (!recording_)
+        return observer;
+    Recording* const log = recording_.get();
+    LineObserver both = observer;
+    both.sent = [log, then = observer.sent](const Transmission& frame) {
+        log->began(frame);
+        then(frame);
+    };
+    both.markerEnded = [log, then = observer.markerEnded](const Transmission& marker) {
+        log->ended(marker);
+        then(marker);
+    };
+    both.stray = [log, then = observer.stray](const Stray& stray) {
+        log->strayCame(stray);
+        then(stray);
+    };
+    both.notice = [log, then = observer.notice](const std::string& text) {
+        log->note(text);
+        then(text);
+    };
+    both.port = [log, then = observer.port](bool open, const QString& message) {
+        log->note(message.toStdString());
+        then(open, message);
+    };
+    return both;
+}
+
+void LiveLine::recordEnd(const Transmission& transmission) const
+{
+    if (recording_)
+        recording_->ended(transmission);
 }
 
 bool LiveLine::hasLostLog() const

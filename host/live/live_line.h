@@ -13,6 +13,9 @@
 
 namespace dov417 {
 
+// Of a line that is listened to only. Throws a UsageFailure if no port is named.
+LineSettings listeningSettings(const Library& library, const LineSetup& setup);
+
 class LiveLine {
 public:
     // Starts the simulated controller if one is asked for, with these stations and station 1.
@@ -25,6 +28,10 @@ public:
 
     // Records this session, if the setup asks for a log.
     void record(const Session& session);
+    // The same of a line without a session: the observer, with the log before each of its events.
+    LineObserver recorded(const LineObserver& observer) const;
+    // Of what it has transmitted.
+    void recordEnd(const Transmission& transmission) const;
     // A log was asked for and could not be written.
     bool hasLostLog() const;
 

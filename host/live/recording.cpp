@@ -6,14 +6,6 @@ namespace dov417 {
 
 namespace {
 
-LogTime wallTime(Clock::time_point time)
-{
-    const auto since = Clock::now() - time;
-    return std::chrono::time_point_cast<Micros>(
-        std::chrono::system_clock::now() -
-        std::chrono::duration_cast<std::chrono::system_clock::duration>(since));
-}
-
 long long milliseconds(Micros duration)
 {
     return std::chrono::round<std::chrono::milliseconds>(duration).count();
@@ -46,12 +38,12 @@ bool Recording::hasFailed() const
 
 void Recording::note(const std::string& text)
 {
-    log_.add({wallTime(Clock::now()), Direction::note, QByteArray(), text});
+    log_.add({logTime(Clock::now()), Direction::note, QByteArray(), text});
 }
 
 void Recording::began(const Transmission& transmission)
 {
-    log_.add({wallTime(transmission.sendBegin), Direction::sent, transmission.sent,
+    log_.add({logTime(transmission.sendBegin), Direction::sent, transmission.sent,
               requestText(transmission.sent, areas_)});
 }
 
@@ -61,7 +53,7 @@ void Recording::ended(const Transmission& transmission)
     switch (reception.result) {
     case LineResult::reply:
     case LineResult::exception:
-        log_.add({wallTime(reception.lastByte), Direction::received, reception.bytes,
+        log_.add({logTime(reception.lastByte), Direction::received, reception.bytes,
                   replyText(reception.bytes, transmission.sent, areas_)});
         break;
     case LineResult::timeout:
@@ -78,7 +70,7 @@ void Recording::ended(const Transmission& transmission)
 
 void Recording::strayCame(const Stray& stray)
 {
-    log_.add({wallTime(stray.at), Direction::stray, stray.bytes,
+    log_.add({logTime(stray.at), Direction::stray, stray.bytes,
               std::string(nameOf(stray.kind)) + ", not handed on"});
 }
 

@@ -24,12 +24,13 @@ public:
     // A line could not be written: the log is not complete.
     bool hasFailed() const;
 
-private:
+    // What passes on a line that has no session.
     void began(const Transmission& transmission);
     void ended(const Transmission& transmission);
     void strayCame(const Stray& stray);
     void note(const std::string& text);
 
+private:
     LineLog log_;
     std::vector<Area> areas_;
 };

@@ -10,8 +10,6 @@
 
 namespace dov417 {
 
-constexpr int maxWordsOfARead = 125; // one single read of the Modbus protocol
-
 // What the driver is handed as one write: one bit, or words that stay together.
 struct Write {
     Address address;

@@ -700,7 +700,7 @@ class SimulateAndDemo(EndToEnd):
     def test_without_a_line_it_says_how_to_name_one(self):
         done = run("read", "R_W:1")
         self.assertEqual(done.returncode, 2)
-        self.assertIn("--port DEVICE", done.stderr)
+        self.assertIn("--port PORT", done.stderr)
 
     def test_the_demo_succeeds(self):
         out = self.succeeds("demo", "--seconds", "2")

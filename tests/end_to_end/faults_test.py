@@ -12,8 +12,8 @@ KINDS = (
     "echo", "slow", "any",
 )  # fmt: skip
 
-# Short, as much of what follows is waited for in vain.
-LINE = ("--timeout", "25", "--line", "115200,8,EVEN,1")
+# Short, as much of what follows is waited for in vain; but a busy machine takes longer, and is learnt.
+LINE = ("--timeout-min", "25", "--line", "115200,8,EVEN,1")
 
 
 def assignments(chance):

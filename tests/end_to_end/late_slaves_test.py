@@ -40,7 +40,7 @@ class LateSlave:
 
     def test_later_than_a_timeout_that_is_fixed(self):
         port = self.start(delay=0.6)
-        done = run("watch", *port, "R_W:100", "R_W:200", "R_W:300", "--seconds", "6",
+        done = run("watch", *port, "R_W:100", "R_W:200", "R_W:300", "--seconds", "12",
                    "--timeout", "500")  # fmt: skip
         self.judged(done.stdout)
         self.assertIn("raise --timeout", done.stderr)

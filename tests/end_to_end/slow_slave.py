@@ -57,4 +57,5 @@ def main():
             os.write(line, due.pop(0)[1])
 
 
-main()
+if __name__ == "__main__":
+    main()

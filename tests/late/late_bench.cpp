@@ -1,12 +1,13 @@
-// The liar's bench, the long form: dov417_late_bench VALUES [FIRST_SEED [modem]]
+// The liar's bench, the long form: dov417_late_bench VALUES [FIRST_SEED [modem|network]]
 //
 // Rounds of requests to stations that answer late, each with another seed, until so many values
-// have been shown; behind a radio modem that sends some replies twice if that is asked for. Prints
-// what there was, and the seeds of the rounds that showed what they must not: a wrong or an older
-// value (behind a modem: once a surplus has been met, or more than a handful before), a write that
-// was not done as confirmed, or nothing of a station that answers.
+// have been shown; behind a radio modem that sends some replies twice, or over a network, if that
+// is asked for. Prints what there was, and the seeds of the rounds that showed what they must not:
+// a wrong or an older value (behind a modem: once a surplus has been met, or more than a handful
+// before), a write that was not done as confirmed, or nothing of a station that answers.
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 
 #include "late_rounds.h"
 
@@ -29,17 +30,19 @@ int main(int argc, char** argv)
 {
     using namespace dov417;
     if (argc < 2) {
-        std::fprintf(stderr, "usage: dov417_late_bench VALUES [FIRST_SEED [modem]]\n");
+        std::fprintf(stderr, "usage: dov417_late_bench VALUES [FIRST_SEED [modem|network]]\n");
         return 2;
     }
     const long long values = std::atoll(argv[1]);
     const unsigned first = argc > 2 ? static_cast<unsigned>(std::atoi(argv[2])) : 1;
-    const bool isModem = argc > 3;
+    const std::string kind = argc > 3 ? argv[3] : "";
+    const bool isModem = kind == "modem";
+    const auto play = isModem ? playModemRound : kind == "network" ? playNetworkRound : playRound;
     Tally all;
     int bad = 0;
     unsigned seed = first;
     for (; all.values < values; ++seed) {
-        const Tally tally = isModem ? playModemRound(seed, requests) : playRound(seed, requests);
+        const Tally tally = play(seed, requests);
         if (!isGood(tally, isModem)) {
             ++bad;
             std::printf("seed %u: %s\n", seed, textOf(tally).c_str());

@@ -252,10 +252,10 @@ Tally askAtRandom(LateWorld& world, int requests)
     return Rounds(world).play(requests);
 }
 
-Tally playRound(unsigned seed, int requests)
+namespace {
+
+Tally playOn(LateWorld& world, int requests)
 {
-    LateWorld world(seed);
-    populate(world);
     for (auto& [number, station] : world.bus.stations) {
         // Another program's request: what is told of a station that says nothing to an echo is
         // less.
@@ -266,6 +266,25 @@ Tally playRound(unsigned seed, int requests)
     }
     world.start();
     return askAtRandom(world, requests);
+}
+
+} // namespace
+
+Tally playRound(unsigned seed, int requests)
+{
+    LateWorld world(seed);
+    populate(world);
+    return playOn(world, requests);
+}
+
+Tally playNetworkRound(unsigned seed, int requests)
+{
+    LateWorld world(seed);
+    populate(world);
+    world.bus.latency = milliseconds(world.bus.between(1, 600));
+    world.settings.bytesTakeTime = false;
+    world.settings.replyGap = milliseconds(500);
+    return playOn(world, requests);
 }
 
 Tally playModemRound(unsigned seed, int requests)

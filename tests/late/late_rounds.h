@@ -41,6 +41,9 @@ Tally askAtRandom(LateWorld& world, int requests);
 // Both, from a start on a line where another program may just have asked.
 Tally playRound(unsigned seed, int requests);
 
+// The same over a network that hands on at intervals of up to 600 ms what has come by then.
+Tally playNetworkRound(unsigned seed, int requests);
+
 // The same behind a radio modem that sends some replies twice.
 Tally playModemRound(unsigned seed, int requests);
 

@@ -41,6 +41,18 @@ TEST_F(AConversation, ExplainsAReplyWithoutARequestByItsOwnBytes)
     EXPECT_EQ(reply("01 03 02 00 07 F9 86"), "station 1: read registers, 2 bytes of values: 7");
 }
 
+TEST_F(AConversation, NamesNoAddressForWhatIsKnownToBeNoReply)
+{
+    request("01 03 05 0A 00 01 A4 C4");
+    const auto stray = [this](const char* frame) {
+        return conversation.stray(QByteArray::fromHex(frame));
+    };
+    EXPECT_EQ(stray("01 03 02 00 07 F9 86"), "station 1: read registers, 2 bytes of values: 7");
+    EXPECT_EQ(stray("03 03 02 00 07 80 46"), "station 3: read registers, 2 bytes of values: 7");
+    EXPECT_EQ(stray("01 03 05 0A 00 01 A4 C4"), "station 1: read 1 register from 1290 (R_W:10)")
+        << "an echo";
+}
+
 TEST(Conversations, WithoutAreasGiveTheNumbersOnTheLine)
 {
     Conversation conversation;

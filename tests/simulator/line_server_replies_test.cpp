@@ -34,6 +34,15 @@ TEST_F(LineServerReplies, LogsRequestsRepliesAndWhatHappenedToThem)
     event.bytes = bytesOf(readRequest);
     event.meaning = "meaning";
     EXPECT_EQ(logText(event), "    0.012346 <- 01 03 05 0A 00 01 A4 C4  meaning");
+    const auto parsed = parseLogText(logText(event));
+    ASSERT_TRUE(parsed);
+    EXPECT_EQ(parsed->kind, event.kind);
+    EXPECT_EQ(parsed->timeNs, 12346000);
+    EXPECT_EQ(parsed->bytes, event.bytes);
+    EXPECT_EQ(parsed->meaning, event.meaning);
+    EXPECT_FALSE(parseLogText("    0.012346 <- 01 0Z  meaning"));
+    EXPECT_FALSE(parseLogText("    0.012346 -> no bytes"));
+    EXPECT_FALSE(parseLogText("0.012346 == 01 03"));
 }
 
 TEST_F(LineServerReplies, WithholdsASilencedReplyAndGoesOn)

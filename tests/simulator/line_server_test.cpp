@@ -29,6 +29,61 @@ TEST_F(LineServerTest, AnswersOnAPseudoTerminalOfItsOwn)
     EXPECT_EQ(server->counters().bytesSent, 7U);
 }
 
+void setSpeed(const std::string& port, speed_t speed)
+{
+    const int descriptor = ::open(port.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK);
+    termios settings{};
+    ASSERT_EQ(tcgetattr(descriptor, &settings), 0);
+    cfsetspeed(&settings, speed);
+    ASSERT_EQ(tcsetattr(descriptor, TCSANOW, &settings), 0);
+    ::close(descriptor);
+}
+
+TEST_F(LineServerTest, HearsNoFrameAtAnotherSpeedIfItGoesByItsOwn)
+{
+    options.ownSpeedOnly = true;
+    options.line.baudRate = 9600;
+    start();
+    MasterEnd master(server->portName());
+    ASSERT_TRUE(waitForNotice("the other side opened the line"));
+    setSpeed(server->portName(), B19200);
+    master.send(bytesOf(readRequest));
+    ASSERT_TRUE(waitForEvents(LineEvent::garbage, 1));
+    EXPECT_EQ(server->counters().requests, 0U);
+    setSpeed(server->portName(), B9600);
+    master.send(bytesOf(readRequest));
+    EXPECT_EQ(hexOf(master.receive(7)), readReply);
+}
+
+TEST_F(LineServerTest, IsHeardAsNoFrameAtAnotherSpeedIfItGoesByItsOwn)
+{
+    options.ownSpeedOnly = true;
+    options.line.baudRate = 9600;
+    start("late:200=100%");
+    MasterEnd master(server->portName());
+    ASSERT_TRUE(waitForNotice("the other side opened the line"));
+    setSpeed(server->portName(), B9600);
+    master.send(bytesOf(readRequest));
+    ASSERT_TRUE(waitForEvents(LineEvent::received, 1));
+    setSpeed(server->portName(), B19200);
+    ASSERT_TRUE(waitForEvents(LineEvent::sent, 1));
+    QByteArray heard = master.receive(1);
+    heard += master.readNow();
+    EXPECT_FALSE(heard.isEmpty());
+    EXPECT_FALSE(hasGoodCrc(heard)) << hexOf(heard);
+}
+
+TEST_F(LineServerTest, TakesAnySpeedOtherwise)
+{
+    options.line.baudRate = 9600;
+    start();
+    MasterEnd master(server->portName());
+    ASSERT_TRUE(waitForNotice("the other side opened the line"));
+    setSpeed(server->portName(), B19200);
+    master.send(bytesOf(readRequest));
+    EXPECT_EQ(hexOf(master.receive(7)), readReply);
+}
+
 TEST_F(LineServerTest, PassesEveryByteValueUnchanged)
 {
     start();

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "line/crc16.h"
+#include "line/frame_length.h"
 
 namespace dov417 {
 
@@ -139,6 +140,25 @@ TEST_F(ABook, OfALineThatWasClosedIsOlderThanAllOfTheNext)
     next.add(sentOut(1, "010300100001", 7));
     EXPECT_EQ(next.take(frame("01030400070008"))->number, 0);
     EXPECT_EQ(next.take(frame("0103020007"))->number, 1);
+}
+
+TEST_F(ABook, TellsWhetherAReplyCanBelongToSeveralRequests)
+{
+    EXPECT_FALSE(books.isOfOneRequest(frame("0103020007")));
+    books.add(sentOut(1, "010300000001", 7));
+    books.add(sentOut(2, "010300000001", 7));
+    books.add(sentOut(3, "010300000002", 9));
+    EXPECT_TRUE(books.isOfOneRequest(frame("0103020007"))) << "the same one twice";
+    EXPECT_FALSE(books.isOfOneRequest(frame("018302"))) << "whichever was refused";
+    books.add(sentOut(4, "010300100001", 7));
+    EXPECT_FALSE(books.isOfOneRequest(frame("0103020007")));
+}
+
+TEST_F(ABook, GivesAReplyOfAnyLengthToARequestThatTellsNone)
+{
+    books.add(sentOut(1, "012B0E0100", untoldLength));
+    EXPECT_EQ(answered("022B0E010100"), 0);
+    EXPECT_EQ(answered("012B0E010100"), 1);
 }
 
 } // namespace

@@ -389,7 +389,7 @@ TEST(Exchange, RoundsThatOnceShowedAWrongValueShowNone)
         EXPECT_EQ(tally.doubts, 0) << "seed " << seed << ": " << textOf(tally);
         EXPECT_EQ(tally.lies(), 0) << "seed " << seed << ": " << textOf(tally);
     }
-    for (const unsigned seed : {184U, 297U, 413U, 3625U, 4618U, 4787U, 4965U, 65217U}) {
+    for (const unsigned seed : {184U, 297U, 413U, 3625U, 4618U, 4787U, 4965U, 65217U, 75459U}) {
         const Tally tally = playModemRound(seed, requests);
         EXPECT_EQ(tally.lies(), tally.beforeDoubt) << "seed " << seed << ": " << textOf(tally);
     }
@@ -408,6 +408,18 @@ TEST(Exchange, NoValueIsWrongOnABusThatAnswersLate)
     }
     std::printf("%s\n", textOf(all).c_str());
     EXPECT_GT(all.values, 10000);
+}
+
+TEST(Exchange, NoValueIsWrongOverANetworkThatHandsOnAtIntervals)
+{
+    Tally all;
+    for (unsigned seed = 1; seed <= 100; ++seed) {
+        const Tally tally = playNetworkRound(seed, 100);
+        EXPECT_EQ(tally.lies() + tally.doubts + tally.silent, 0)
+            << "seed " << seed << ": " << textOf(tally);
+        all.add(tally);
+    }
+    EXPECT_GT(all.values, 3000);
 }
 
 } // namespace

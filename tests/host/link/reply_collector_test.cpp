@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "exchange.h"
+#include "line/crc16.h"
+#include "line/frame_length.h"
 
 namespace dov417 {
 
@@ -251,6 +253,44 @@ TEST_F(CollectingAWrite, TheEchoOfALongWriteIsNotMistakenForItsReply)
     EXPECT_EQ(add("0110050A00026106"), Arrival::reply);
     EXPECT_EQ(collector.reply(), hex("0110050A00026106"));
     expectStrays({{StrayKind::echo, request}});
+}
+
+QByteArray withItsCrc(const char* bytes)
+{
+    return withCrc(hex(bytes));
+}
+
+TEST_F(Collecting, AReplyThatTellsNoLengthIsWholeOnceTheLineIsSilent)
+{
+    const QByteArray request = withItsCrc("012B0E0100");
+    const QByteArray reply = withItsCrc("012B0E01010000010002414200");
+    collector.begin(request, untoldLength);
+    EXPECT_EQ(collector.add(hex("FF") + reply), Arrival::incomplete);
+    EXPECT_EQ(collector.endOfFrame(), Arrival::reply);
+    EXPECT_EQ(collector.reply(), reply);
+    expectStrays({{StrayKind::noise, "FF"}});
+}
+
+TEST_F(Collecting, AReplyThatTellsNoLengthIsOfTheStationAndTheFunctionThatWereAsked)
+{
+    collector.begin(withItsCrc("012B0E0100"), untoldLength);
+    EXPECT_EQ(collector.add(withItsCrc("022B0E01")), Arrival::incomplete);
+    EXPECT_EQ(collector.endOfFrame(), Arrival::incomplete);
+    EXPECT_EQ(collector.add(withItsCrc("01AB01")), Arrival::exception);
+}
+
+TEST_F(Collecting, ACounterIsTheReplyToADiagnosticsRequest)
+{
+    collector.begin(withItsCrc("0108000B0000"), writeReplyLength);
+    EXPECT_EQ(collector.add(withItsCrc("0108000C0007")), Arrival::incomplete) << "another one";
+    collector.begin(withItsCrc("0108000B0000"), writeReplyLength);
+    EXPECT_EQ(collector.add(withItsCrc("0108000B0007")), Arrival::reply);
+}
+
+TEST_F(Collecting, AReadOfWhatIsWrittenAtOnceHasAReplyWithoutAnAddress)
+{
+    collector.begin(withItsCrc("0117000000010564000102 0007"), readReplyLength);
+    EXPECT_EQ(collector.add(withItsCrc("0117020005")), Arrival::reply);
 }
 
 } // namespace

@@ -13,6 +13,7 @@ TEST(SimulationRecord, CarriesEveryOption)
     options.device = "/dev/ttyS0";
     options.link = "/tmp/a \"quoted\" link";
     options.line = {9600, 7, Parity::odd, 2};
+    options.ownSpeedOnly = true;
     options.baudLimit = true;
     options.turnaroundMs = 5;
     options.strict = true;
@@ -30,13 +31,14 @@ TEST(SimulationRecord, CarriesEveryOption)
     EXPECT_EQ(record.find('\n'), std::string::npos);
 
     // An option that comes to them later has to come into the record, too.
-    const auto& [stations, device, link, line, baudLimit, turnaroundMs, strict, faults, seed,
-                 frozen, followInputs, hold, holdWritten, set, loadFile, dumpFile, logFile] =
-        parseSimulationRecord(record);
+    const auto& [stations, device, link, line, ownSpeedOnly, baudLimit, turnaroundMs, strict,
+                 faults, seed, frozen, followInputs, hold, holdWritten, set, loadFile, dumpFile,
+                 logFile] = parseSimulationRecord(record);
     EXPECT_EQ(stations, options.stations);
     EXPECT_EQ(device, options.device);
     EXPECT_EQ(link, options.link);
     EXPECT_EQ(toText(line), "9600,7,ODD,2");
+    EXPECT_EQ(ownSpeedOnly, true);
     EXPECT_EQ(baudLimit, true);
     EXPECT_EQ(turnaroundMs, 5);
     EXPECT_EQ(strict, true);

@@ -1,0 +1,63 @@
+#include "link/network_address.h"
+
+#include <algorithm>
+#include <cctype>
+
+#include "line/failure.h"
+
+namespace dov417 {
+
+namespace {
+
+constexpr int maxPort = 65535;
+constexpr std::size_t maxPortDigits = 5;
+const char* const schemeEnd = "://";
+const char* const scheme = "tcp";
+const char* const form = "tcp://HOST:PORT";
+
+int portNumber(const std::string& text, const std::string& digits)
+{
+    const bool isNumber =
+        !digits.empty() && digits.size() <= maxPortDigits &&
+        std::all_of(digits.begin(), digits.end(), [](unsigned char c) { return std::isdigit(c); });
+    const int port = isNumber ? std::stoi(digits) : 0;
+    if (port < 1 || port > maxPort)
+        throw UsageFailure(text + ": '" + digits + "' is no port number, which goes from 1 to " +
+                           std::to_string(maxPort));
+    return port;
+}
+
+} // namespace
+
+std::optional<NetworkAddress> parseNetworkAddress(const std::string& text)
+{
+    const std::size_t end = text.find(schemeEnd);
+    if (end == std::string::npos)
+        return std::nullopt;
+    if (text.substr(0, end) != scheme)
+        throw UsageFailure(text + ": a line over a network is " + form);
+    const std::string rest = text.substr(end + std::string(schemeEnd).size());
+
+    // Colons stand within an IPv6 address too: it has brackets.
+    const bool hasBrackets = !rest.empty() && rest.front() == '[';
+    const std::size_t bracket = rest.find(']');
+    if (hasBrackets && bracket == std::string::npos)
+        throw UsageFailure(text + ": the ] of the address is missing");
+    const std::size_t colon = rest.find(':', hasBrackets ? bracket : 0);
+    if (!hasBrackets && colon != std::string::npos &&
+        rest.find(':', colon + 1) != std::string::npos)
+        throw UsageFailure(text + ": an IPv6 address stands in brackets, as in tcp://[::1]:4001");
+    const std::string host = rest.substr(0, colon);
+
+    NetworkAddress address;
+    address.host = hasBrackets ? host.substr(1, bracket - 1) : host;
+    if (address.host.empty() || (hasBrackets && bracket + 1 != host.size()) ||
+        address.host.find_first_of("/[]@ ") != std::string::npos)
+        throw UsageFailure(text + ": '" + host + "' is no host; a line over a network is " + form);
+    if (colon == std::string::npos)
+        throw UsageFailure(text + ": the port number is missing; it is " + form);
+    address.port = portNumber(text, rest.substr(colon + 1));
+    return address;
+}
+
+} // namespace dov417

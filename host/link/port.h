@@ -1,0 +1,47 @@
+// What the bytes of a line go through: a serial port of this machine, or a connection to another.
+#ifndef DOV417_LINK_PORT_H
+#define DOV417_LINK_PORT_H
+
+#include <QByteArray>
+#include <QString>
+#include <chrono>
+#include <functional>
+
+namespace dov417 {
+
+// Called from the event loop.
+struct PortEvents {
+    std::function<void()> opened;                // what was under way, or
+    std::function<void(const QString&)> refused; // it cannot be had, and why
+    // Has the line been of use since it was open: has a sound frame come?
+    std::function<bool(const QByteArray&)> came;
+    std::function<void()> gone; // it is closed then, and may be opened again
+};
+
+enum class Opening {
+    done,
+    underWay, // the events tell how it ends
+    refused
+};
+
+class Port {
+public:
+    virtual ~Port() = default;
+
+    // With the reason where it is refused. Never waits.
+    virtual Opening open(QString* reason) = 0;
+
+    // To be called while it is open only.
+    virtual void write(const QByteArray& bytes) = 0;
+    virtual bool bytesWait() const = 0; // came and were not told yet
+
+    virtual QString name() const = 0;
+    // Not to be seen at all at the moment: why it cannot be opened needs no words.
+    virtual bool isAway() const = 0;
+    // Until it is tried again.
+    virtual std::chrono::milliseconds pause() const = 0;
+};
+
+} // namespace dov417
+
+#endif

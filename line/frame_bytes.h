@@ -1,0 +1,63 @@
+// The bytes of a Modbus RTU frame: station, function, what the function asks for, CRC.
+#ifndef DOV417_LINE_FRAME_BYTES_H
+#define DOV417_LINE_FRAME_BYTES_H
+
+#include <QByteArray>
+
+namespace dov417 {
+
+constexpr int functionIndex = 1;
+constexpr int addressIndex = 2;
+constexpr int quantityIndex = 4;
+constexpr int crcLength = 2;
+constexpr int exceptionLength = 5;  // station, function, code, CRC
+constexpr int exceptionFlag = 0x80; // in the function of a reply
+constexpr int broadcastStation = 0; // nobody answers it
+constexpr int coilsPerWord = 16;
+
+enum ModbusFunction {
+    readCoils = 1,
+    readInputs = 2,
+    readRegisters = 3,
+    readInputRegisters = 4,
+    writeCoil = 5,
+    writeRegister = 6,
+    diagnostics = 8, // sub-function 0 sends back what it was sent
+    writeCoils = 15,
+    writeRegisters = 16
+};
+
+inline int byteAt(const QByteArray& bytes, int index)
+{
+    return static_cast<unsigned char>(bytes.at(index));
+}
+
+inline int wordAt(const QByteArray& bytes, int index)
+{
+    return byteAt(bytes, index) * 256 + byteAt(bytes, index + 1);
+}
+
+inline void appendWord(QByteArray& bytes, int word)
+{
+    bytes.append(static_cast<char>(word >> 8 & 0xFF)).append(static_cast<char>(word & 0xFF));
+}
+
+inline int stationOf(const QByteArray& frame)
+{
+    return byteAt(frame, 0);
+}
+
+// That of an exception is the function that was asked for.
+inline int functionOf(const QByteArray& frame)
+{
+    return byteAt(frame, functionIndex) & ~exceptionFlag;
+}
+
+inline bool isReadFunction(int function)
+{
+    return function >= readCoils && function <= readInputRegisters;
+}
+
+} // namespace dov417
+
+#endif

@@ -1,0 +1,28 @@
+// How long a frame is, as far as its own bytes tell.
+#ifndef DOV417_LINE_FRAME_LENGTH_H
+#define DOV417_LINE_FRAME_LENGTH_H
+
+#include <QByteArray>
+
+namespace dov417 {
+
+constexpr int notYetTold = 0; // more bytes are needed
+constexpr int neverTold = -1; // silence alone ends it
+
+// Of a reply that silence alone ends, where a length is asked for: longer than any frame is.
+constexpr int untoldLength = 512;
+
+// Of the request, or of the reply, that these bytes begin, with its CRC.
+int lengthOfRequest(const QByteArray& begin);
+int lengthOfReply(const QByteArray& begin);
+
+// Of the sound reply to a whole request; an exception has five bytes.
+int lengthOfReplyTo(const QByteArray& request);
+
+// So many bytes at the front of a request come back at the front of its reply, whatever its values
+// are: station and function, and of writes the address.
+int echoedHead(const QByteArray& request);
+
+} // namespace dov417
+
+#endif

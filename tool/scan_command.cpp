@@ -1,0 +1,276 @@
+#include "tool/commands.h"
+
+#include <CLI/CLI.hpp>
+#include <QEventLoop>
+#include <cstdio>
+#include <memory>
+
+#include "driver/areas.h"
+#include "driver/default_line.h"
+#include "line/failure.h"
+#include "link/network_address.h"
+#include "live/controller_process.h"
+#include "live/shutdown.h"
+#include "scan/line_scan.h"
+#include "scan/scan_choices.h"
+#include "tool/scan_teller.h"
+#include "tool/scan_words.h"
+
+namespace dov417 {
+
+namespace {
+
+constexpr int defaultTimeoutOfAScanMs = 50;
+
+struct ScanOptions {
+    std::string port;
+    bool simulated = false;
+    std::vector<std::string> lines;
+    std::string stations = "1..247";
+    int timeoutMs = defaultTimeoutOfAScanMs;
+    bool asksAnyway = false;
+    std::vector<std::string> registers;
+    bool json = false;
+    std::string log;
+    std::string library;
+};
+
+ScanSettings settingsFor(const ScanOptions& options, const Library& library)
+{
+    ScanSettings settings;
+    for (const std::string& line : options.lines)
+        settings.lines.push_back(parseRtuFormat(line));
+    if (options.lines.empty())
+        settings.lines = commonLines(parseRtuFormat(defaultLine(library)));
+    settings.stations = parseStations(options.stations);
+    settings.timeout = std::chrono::milliseconds(options.timeoutMs);
+    settings.asksAnyway = options.asksAnyway;
+    return settings;
+}
+
+// Of a scan without hardware: two stations at the library's own settings.
+std::unique_ptr<ControllerProcess> ownController(const Library& library)
+{
+    simulator::SimulationOptions options;
+    options.stations = {1, 17};
+    options.line = parseRtuFormat(defaultLine(library));
+    options.ownSpeedOnly = true;
+    options.baudLimit = true;
+    return std::make_unique<ControllerProcess>(options);
+}
+
+// One scan from its start to its end, or to Ctrl-C.
+class ScanRun {
+public:
+    ScanRun(const std::string& port, ScanTeller& teller)
+        : port_(QString::fromStdString(port)), teller_(teller), shutdown_([this]() { interrupt(); })
+    {
+    }
+
+    // Ends as soon as all of `wanted` are found, if any are.
+    void findStations(const ScanSettings& settings, const ScanQuestions& questions,
+                      std::set<int> wanted)
+    {
+        LineScanEvents events = teller_.events([this]() { loop_.quit(); });
+        LineScan* running = nullptr;
+        const bool endsEarly = !wanted.empty();
+        events.found = [&, tell = events.found](const Found& found) {
+            tell(found);
+            wanted.erase(found.station);
+            if (endsEarly && wanted.empty())
+                running->stop();
+        };
+        LineScan scan(port_, settings, questions, events);
+        running = &scan;
+        stop_ = [&scan]() { scan.stop(); };
+        teller_.showBar([&scan]() { return progressText(scan.progress()); });
+        scan.start();
+        wait([this]() { return teller_.hasEnded(); });
+    }
+
+    void findRanges(const WordRun& run)
+    {
+        bool isDone = false;
+        LineSettings settings;
+        settings.device = port_;
+        settings.wire = teller_.whereFound().at(run.station);
+        SerialLine line(settings, observer());
+        RangeSearchEvents events;
+        events.found = [&](const WordRange& range) { teller_.tellRange(run, range); };
+        events.ended = [this](const Transmission& each) { recordEnd(each); };
+        events.done = [&]() {
+            isDone = true;
+            loop_.quit();
+        };
+        RangeSearch search(line, run, events);
+        stop_ = [&search]() { search.stop(); };
+        teller_.showBar([&]() {
+            return barText(static_cast<double>(search.known()) / run.count,
+                           rangeText(run, run.first, run.count) + " at " + toText(settings.wire));
+        });
+        QString reason;
+        if (!line.open(&reason))
+            throw Failure(reason.toStdString());
+        search.start();
+        wait([&isDone]() { return isDone; });
+    }
+
+private:
+    LineObserver observer()
+    {
+        LineObserver observer;
+        observer.sent = [this](const Transmission& each) {
+            teller_.passed(Direction::sent, each.sent, std::string());
+        };
+        observer.markerEnded = [this](const Transmission& each) { recordEnd(each); };
+        observer.stray = [this](const Stray& stray) {
+            teller_.passed(Direction::stray, stray.bytes, nameOf(stray.kind));
+        };
+        observer.notice = [this](const std::string& text) { teller_.sayNotice(text); };
+        observer.doubt = []() {};
+        observer.port = [this](bool isOpen, const QString& message) {
+            if (isOpen)
+                return;
+            teller_.fail(message.toStdString());
+            loop_.quit();
+        };
+        return observer;
+    }
+
+    void recordEnd(const Transmission& each)
+    {
+        const Reception& reception = each.reception;
+        const bool hasBytes =
+            reception.result == LineResult::reply || reception.result == LineResult::exception;
+        teller_.passed(hasBytes ? Direction::received : Direction::note, reception.bytes,
+                       reasonText(reception, each.replyLength));
+    }
+
+    void wait(const std::function<bool()>& isOver)
+    {
+        if (!isOver() && !teller_.isInterrupted())
+            loop_.exec();
+        stop_ = nullptr;
+    }
+
+    void interrupt()
+    {
+        if (!stop_ || teller_.isInterrupted())
+            loop_.quit();
+        else
+            stop_();
+        teller_.interrupt();
+    }
+
+    QString port_;
+    ScanTeller& teller_;
+    QEventLoop loop_;
+    std::function<void()> stop_;
+    Shutdown shutdown_;
+};
+
+int runScan(const ScanOptions& options)
+{
+    if (options.simulated == !options.port.empty())
+        throw UsageFailure(options.simulated
+                               ? "--port and --simulated exclude each other"
+                               : "no line: name the port with --port DEVICE, or use --simulated "
+                                 "for a controller of the tool's own");
+    if (parseNetworkAddress(options.port))
+        throw UsageFailure("scan needs a serial port: speed and parity of a line behind a network "
+                           "are set at its server");
+    const Library library(options.library);
+    ScanSettings settings = settingsFor(options, library);
+    const std::vector<Area> areas = learnAreas(library);
+    const std::vector<WordRun> runs = wordRuns(library, areas, options.registers);
+    const std::set<int> wanted = stationsOf(runs);
+    if (!wanted.empty())
+        settings.stations.assign(wanted.begin(), wanted.end());
+    ScanTeller teller(settings, options.json, options.log, areas);
+    const std::unique_ptr<ControllerProcess> controller =
+        options.simulated ? ownController(library) : nullptr;
+    ScanRun scan(controller ? controller->port() : options.port, teller);
+    scan.findStations(settings, questionsFrom(areas), wanted);
+    for (const WordRun& run : runs) {
+        if (teller.isInterrupted() || teller.hasFailed())
+            break;
+        if (teller.whereFound().count(run.station) == 0)
+            teller.tellNotFound(run);
+        else
+            scan.findRanges(run);
+    }
+    return teller.finish() ? exitDone : exitFailed;
+}
+
+void addScanLineOptions(CLI::App& command, ScanOptions& options)
+{
+    command.add_option("--port", options.port, "Serial port, as in /dev/ttyUSB0; see dov417 ports")
+        ->option_text("DEVICE");
+    command
+        .add_option("--lines,--line", options.lines,
+                    "Line settings to try, as in 9600,8,NONE,1 19200,8,EVEN,1; else the library's "
+                    "own, then the common speeds and parities")
+        ->option_text("LINE...")
+        ->check([](const std::string& text) {
+            try {
+                parseRtuFormat(text);
+            } catch (const UsageFailure& failure) {
+                return std::string(failure.what());
+            }
+            return std::string();
+        });
+    command
+        .add_option("--stations", options.stations, "Stations to ask, as in 1..20 or 1,5,10..20")
+        ->option_text("LIST")
+        ->capture_default_str();
+    command
+        .add_option("--timeout", options.timeoutMs,
+                    "What each station is given to answer; one that takes longer is found all the "
+                    "same, and called slow (" +
+                        std::to_string(defaultTimeoutOfAScanMs) + ")")
+        ->option_text("MS")
+        ->check(CLI::Range(1, maxMs));
+    command
+        .add_option("--registers", options.registers,
+                    "Which of these words their stations answer, found by halving, once the "
+                    "stations are found: as in 1/R_W:0..3999 T:0..127")
+        ->option_text("ADDRESS...")
+        ->excludes("--stations");
+    command.add_flag("--ask-anyway", options.asksAnyway,
+                     "Ask although others speak on the line, and disturb them");
+}
+
+} // namespace
+
+void addScanCommand(CLI::App& app, Action& chosen)
+{
+    const auto options = std::make_shared<ScanOptions>();
+    CLI::App* command =
+        app.add_subcommand("scan", "Who answers on a line, and at which speed and parity");
+    addScanLineOptions(*command, *options);
+    command->add_flag("--json", options->json, "One JSON object a line");
+    command
+        ->add_option("--library", options->library,
+                     "The driver library; else it is looked for next to the tool, in its library "
+                     "folder and where the linker looks")
+        ->option_text("PATH")
+        ->check([](const std::string& path) { return path.empty() ? "no path" : ""; });
+    command
+        ->add_option("--log", options->log,
+                     "Record every frame with time, direction, bytes and meaning; see trace")
+        ->option_text("FILE");
+    command->add_flag("--simulated", options->simulated,
+                      "An own controller with stations 1 and 17 instead of a port");
+    command->footer(
+        "Listens first, and asks nothing where others speak. Each station is asked for one word; "
+        "an exception is an answer too. Ctrl-C ends with what was found.\n"
+        "Examples:\n"
+        "  dov417 scan --simulated --stations 1..20 --lines 38400,8,EVEN,1\n"
+        "  dov417 scan --simulated --stations 1,17 --lines 9600,8,NONE,1 38400,8,EVEN,1 --json\n"
+        "  dov417 scan --simulated --lines 38400,8,EVEN,1 --registers 17/R_W:3800..3999\n"
+        "On a real line, --port /dev/ttyUSB0 stands for --simulated.\n"
+        "Exits with 1 if nobody answers, or of some registers it is not known.");
+    command->callback([options, &chosen]() { chosen = [options]() { return runScan(*options); }; });
+}
+
+} // namespace dov417

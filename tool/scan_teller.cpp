@@ -1,0 +1,183 @@
+#include "tool/scan_teller.h"
+
+#include <cstdio>
+#include <unistd.h>
+#include <utility>
+
+#include "tool/scan_words.h"
+#include "tool/screen.h"
+
+namespace dov417 {
+
+namespace {
+
+std::string counted(std::size_t count, const char* what)
+{
+    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
+
+} // namespace
+
+ScanTeller::ScanTeller(const ScanSettings& settings, bool json, const std::string& log,
+                       const std::vector<Area>& areas)
+    : settings_(settings), json_(json), logName_(log), conversation_(areas)
+{
+    if (!log.empty()) {
+        log_.open(log);
+        log_.remark("scan");
+    }
+    barTimer_.setInterval(redrawMilliseconds);
+    QObject::connect(&barTimer_, &QTimer::timeout, &barTimer_, [this]() {
+        hasBar_ = true;
+        std::fprintf(stderr, "\r%s\033[K", barText_().c_str());
+    });
+}
+
+LineScanEvents ScanTeller::events(std::function<void()> ended)
+{
+    LineScanEvents events;
+    events.found = [this](const Found& each) { found(each); };
+    events.heard = [this](const Heard& each) { heard(each); };
+    events.notice = [this](const std::string& text) { sayNotice(text); };
+    events.passed = [this](Direction direction, const QByteArray& bytes,
+                           const std::string& remark) { passed(direction, bytes, remark); };
+    events.ended = [this, ended](const std::string& problem) {
+        problem_ = problem;
+        hasEnded_ = true;
+        ended();
+    };
+    return events;
+}
+
+void ScanTeller::showBar(std::function<std::string()> text)
+{
+    barText_ = std::move(text);
+    if (isatty(STDERR_FILENO) != 0)
+        barTimer_.start();
+}
+
+const std::map<int, SerialFormat>& ScanTeller::whereFound() const
+{
+    return whereFound_;
+}
+
+void ScanTeller::tellRange(const WordRun& run, const WordRange& range)
+{
+    isRangeUnknown_ = isRangeUnknown_ || range.kind == WordRange::unknown;
+    const std::string words = rangeText(run, range.first, range.count);
+    sayLine(json_ ? rangeJson(words, range).dump() : rangeLine(words, range));
+}
+
+void ScanTeller::tellNotFound(const WordRun& run)
+{
+    isRangeUnknown_ = true;
+    sayNotice(rangeText(run, run.first, run.count) + ": its station was not found");
+}
+
+void ScanTeller::fail(const std::string& problem)
+{
+    problem_ = problem;
+}
+
+void ScanTeller::clearBar()
+{
+    if (std::exchange(hasBar_, false))
+        std::fprintf(stderr, "\r\033[K");
+}
+
+void ScanTeller::sayLine(const std::string& text)
+{
+    clearBar();
+    std::printf("%s\n", text.c_str());
+    std::fflush(stdout);
+}
+
+void ScanTeller::sayNotice(const std::string& text)
+{
+    clearBar();
+    if (json_)
+        sayLine(nlohmann::ordered_json{{"notice", text}}.dump());
+    else
+        std::fprintf(stderr, "dov417: %s\n", text.c_str());
+}
+
+void ScanTeller::found(const Found& found)
+{
+    ++foundCount_;
+    whereFound_.insert({found.station, found.line});
+    lines_.insert(toText(found.line));
+    sayLine(json_ ? foundJson(found).dump() : foundText(found, settings_.timeout));
+}
+
+void ScanTeller::heard(const Heard& heard)
+{
+    isInUse_ = isInUse_ || heard.kind == HeardKind::inUse;
+    if (json_)
+        sayLine(heardJson(heard, settings_.asksAnyway).dump());
+    else
+        sayNotice(heardText(heard, settings_.asksAnyway));
+}
+
+void ScanTeller::passed(Direction direction, const QByteArray& bytes, const std::string& remark)
+{
+    if (!log_.isOpen())
+        return;
+    const std::string meaning = direction == Direction::sent       ? conversation_.request(bytes)
+                                : direction == Direction::received ? conversation_.reply(bytes)
+                                                                   : remark;
+    log_.add({std::chrono::time_point_cast<Micros>(std::chrono::system_clock::now()), direction,
+              bytes, meaning});
+}
+
+void ScanTeller::interrupt()
+{
+    isInterrupted_ = true;
+}
+
+bool ScanTeller::isInterrupted() const
+{
+    return isInterrupted_;
+}
+
+bool ScanTeller::hasFailed() const
+{
+    return !problem_.empty();
+}
+
+bool ScanTeller::hasEnded() const
+{
+    return hasEnded_;
+}
+
+bool ScanTeller::finish()
+{
+    barTimer_.stop();
+    clearBar();
+    const bool hasLostLog = log_.hasFailed();
+    if (json_) {
+        const std::string end = !problem_.empty() ? problem_
+                                : isInterrupted_  ? "interrupted"
+                                                  : "complete";
+        sayLine(nlohmann::ordered_json{{"end", end}, {"found", foundCount_}}.dump());
+    } else {
+        if (!problem_.empty())
+            sayNotice(problem_);
+        else if (isInterrupted_)
+            sayNotice("interrupted: not everything was asked");
+        const std::string asked = counted(settings_.stations.size(), "station") + " at " +
+                                  counted(settings_.lines.size(), "line setting");
+        if (foundCount_ > 0)
+            std::printf("found %s at %s\n",
+                        counted(static_cast<std::size_t>(foundCount_), "station").c_str(),
+                        counted(lines_.size(), "line setting").c_str());
+        else if (!isInUse_ && !isInterrupted_ && problem_.empty())
+            sayNotice("nobody answers: " + asked +
+                      " asked. Is the controller on, are A and B the right way round, is its "
+                      "number among those asked?");
+    }
+    if (hasLostLog)
+        std::fprintf(stderr, "dov417: the log %s could not be written\n", logName_.c_str());
+    return foundCount_ > 0 && !isRangeUnknown_ && problem_.empty() && !hasLostLog;
+}
+
+} // namespace dov417

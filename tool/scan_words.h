@@ -1,0 +1,29 @@
+// What a scan finds and hears, for people and for programs.
+#ifndef DOV417_TOOL_SCAN_WORDS_H
+#define DOV417_TOOL_SCAN_WORDS_H
+
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "scan/range_halving.h"
+#include "scan/station_scan.h"
+
+namespace dov417 {
+
+std::string foundText(const Found& found, Micros timeout);
+nlohmann::ordered_json foundJson(const Found& found);
+
+std::string heardText(const Heard& heard, bool asksAnyway);
+nlohmann::ordered_json heardJson(const Heard& heard, bool asksAnyway);
+
+// Of words such as "1/R_W:0..3999".
+std::string rangeLine(const std::string& words, const WordRange& range);
+nlohmann::ordered_json rangeJson(const std::string& words, const WordRange& range);
+
+// "[########------------]  38 %  station 94 at 9600,8,NONE,1, 2 min 10 s left"
+std::string progressText(const ScanProgress& progress);
+std::string barText(double share, const std::string& what);
+
+} // namespace dov417
+
+#endif
