@@ -38,7 +38,7 @@ _dov417() {
   case $before in
     --port) mapfile -t COMPREPLY < <(compgen -G "/dev/tty[UAS]*" -- "$current"); return ;;
     --line | --lines) words="9600,8,EVEN,1 19200,8,EVEN,1 38400,8,EVEN,1 57600,8,EVEN,1 115200,8,EVEN,1" ;;
-    --format) words="unsigned signed hex bcd float" ;;
+    --format) words="unsigned signed hex bcd float int64 uint64 double bool binary" ;;
     --word-order) words="low-first high-first" ;;
     --tags | --log | --library | --csv | --load | --dump | --link)
       _dov417_files "$current"
@@ -64,7 +64,7 @@ _dov417() {
             compopt -o nospace 2>/dev/null
             words=$(_dov417_registers "$tool" | sed 's/$/:/')
             tags=$(_dov417_given --tags "${COMP_WORDS[@]:1}")
-            [[ -r $tags ]] && words+=" $(sed -n '2,$s/^\([^",]*\),.*/\1/p' "$tags")" ;;
+            [[ -r $tags ]] && words+=" $(sed -n '/^#/d;2,$s/^\([^",;\t]*\)[,;\t].*/\1/p' "$tags")" ;;
         esac
       fi ;;
   esac

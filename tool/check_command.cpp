@@ -17,6 +17,25 @@ struct CheckOptions {
     bool write = false;
 };
 
+// With a format of its own, one value of a tag, or just an address.
+Address addressOf(const Library& library, const std::string& text, const std::string& tags)
+{
+    if (text.find_first_of("@[") != std::string::npos) {
+        try {
+            ItemSource source;
+            source.tags = tags;
+            return Items(library, source).find(text, Access::read).address;
+        } catch (const AddressFailure&) {
+            throw;
+        } catch (const UsageFailure& failure) {
+            throw AddressFailure(text, failure.what(), 0);
+        }
+    }
+    if (const std::string why = whyNotFound(library, text, tags); !why.empty())
+        throw AddressFailure(text, why, 0);
+    return parseAddress(library, text, BitNumbers::asTheyAreRead);
+}
+
 // One line an address: valid or not, why, and the address value.
 int runCheck(const CheckOptions& options)
 {
@@ -33,11 +52,7 @@ int runCheck(const CheckOptions& options)
     for (const std::string& text : texts) {
         try {
             const Tag* const tag = findTag(tags, text);
-            if (const std::string why = whyNotFound(library, text, options.tags);
-                !tag && !why.empty())
-                throw AddressFailure(text, why, 0);
-            const Address address =
-                tag ? tag->address : parseAddress(library, text, BitNumbers::asTheyAreRead);
+            const Address address = tag ? tag->address : addressOf(library, text, options.tags);
             if (options.write)
                 requireAccess(library, address, Access::write);
             const int values = valueCount(address);

@@ -21,6 +21,8 @@ const char* widthText(Width width)
         return "16 bits";
     case Width::doubleWord:
         return "32 bits";
+    case Width::quadWord:
+        return "64 bits";
     }
     return "";
 }

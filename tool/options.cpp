@@ -160,7 +160,8 @@ void addTagOption(CLI::App& command, std::string& tags)
     command
         .add_option("--tags", tags,
                     "Tag file: CSV with the header name,station,register,address,count,format,"
-                    "comment. Tag names then stand for addresses")
+                    "comment,scale,offset,unit,decimals,min,max, of which name, register and "
+                    "address have to be there. Tag names then stand for addresses")
         ->option_text("FILE")
         ->group(valueGroup);
 }
@@ -170,14 +171,15 @@ void addItemOptions(CLI::App& command, ItemOptions& options)
     addTagOption(command, options.source.tags);
     command
         .add_option("--format", options.source.format,
-                    "How values are written: unsigned, signed, hex, bcd or float, with :low-first "
+                    "How values are written: unsigned, signed, hex, bcd, binary, bool, float for "
+                    "32 bits, int64, uint64 or double for two double words, with :low-first "
                     "or :high-first appended for the word order; wins over a tag's own. What is "
-                    "read and does not fit it keeps its own")
+                    "read and does not fit it keeps its own. R_D:600@float is one address's")
         ->option_text("FORMAT")
         ->group(valueGroup);
     command
         .add_option("--word-order", options.source.wordOrder,
-                    "Which word of a 32-bit value has the lower address: low-first (the driver's "
+                    "Which word of a longer value has the lowest address: low-first (the driver's "
                     "own) or high-first")
         ->option_text("ORDER")
         ->group(valueGroup)
@@ -189,8 +191,9 @@ void addAddressArguments(CLI::App& command, ItemOptions& options)
     command
         .add_option("address", options.arguments,
                     "[STATION/]REGISTER:FIRST[..LAST], as in R_W:100, R_W:100..107, "
-                    "M_bit:1.0..1.15, 2/R_D:10..13, T:5; or tag names. With --tags alone: every "
-                    "tag")
+                    "M_bit:1.0..1.15, 2/R_D:10..13, T:5; or tag names, block[2] for one of "
+                    "several values; each with @FORMAT if it is to have its own. With --tags "
+                    "alone: every tag")
         ->option_text("ADDRESS...");
     addItemOptions(command, options);
 }

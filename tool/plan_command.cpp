@@ -88,10 +88,10 @@ void printWarnings(const Library& library, const Planner& planner, const Plan& p
     for (std::size_t i = 0; i < plan.requests.size(); ++i) {
         const PlannedRequest& request = plan.requests[i];
         if (maximum && request.length > *maximum && request.parts.empty())
-            std::printf(
-                "! request %zu goes out as it is: its 32-bit values overlap, and no part of "
-                "at most %d registers ends between them\n",
-                i + 1, *maximum);
+            std::printf("! request %zu goes out as it is: its values of several words overlap, and "
+                        "no part of "
+                        "at most %d registers ends between them\n",
+                        i + 1, *maximum);
         else if (request.isAboveLimit())
             std::printf("! request %zu asks for %d %s; a strict controller answers at most %d and "
                         "refuses it with exception 3: see --max-registers\n",
@@ -104,7 +104,8 @@ void printWarnings(const Library& library, const Planner& planner, const Plan& p
                     "cut; name the longer one in pieces of at most 128 words\n",
                     wordsText(stretch).c_str());
     for (const Stretch& value : planner.divided(plan))
-        std::printf("! two requests read the 32-bit value at %s: its words are not of one moment\n",
+        std::printf("! two requests read the %d-bit value at %s: its words are not of one moment\n",
+                    value.count * 16,
                     wordsText(value.station, value.regName, value.first, value.count).c_str());
     try {
         requireUntornValues(library, items, gap);

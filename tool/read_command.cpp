@@ -48,7 +48,8 @@ int runRead(const ReadOptions& options)
         std::string text;
         for (const std::string& value : cachedTexts(live.session(), items.at(i)))
             text += " " + value;
-        std::printf("%s =%s\n", items.at(i).name.c_str(), text.c_str());
+        std::printf("%s =%s\n", items.at(i).name.c_str(),
+                    withUnit(text, items.at(i).format).c_str());
     }
     for (const std::string& line : grouped(wrong))
         std::fprintf(stderr, "dov417: %s\n", line.c_str());

@@ -55,9 +55,9 @@ std::string progressText(const RecipeProgress& progress, const char* done)
 
 std::string textOf(const Item& item, const std::vector<unsigned char>& data, std::size_t index)
 {
-    return valueTexts(item.address.width, item.format,
-                      data.data() + byteCount(item.address.width, static_cast<int>(index)), 1)
-        .front();
+    const Width width = item.address.width;
+    const unsigned char* const value = data.data() + byteCount(width, static_cast<int>(index));
+    return withUnit(valueTexts(width, item.format, value, 1).front(), item.format);
 }
 
 bool isSame(const Item& item, const std::vector<unsigned char>& a,

@@ -64,6 +64,17 @@ std::string previousText(const View& view, const ViewLabel& label)
     return view.changes > 0 ? textOf(view, label, view.previous) : "";
 }
 
+std::string shownText(const View& view, const ViewLabel& label)
+{
+    return view.hasValue ? withUnit(valueText(view, label), label.format) : valueText(view, label);
+}
+
+std::string shownPreviousText(const View& view, const ViewLabel& label)
+{
+    const std::string text = previousText(view, label);
+    return text.empty() ? text : withUnit(text, label.format);
+}
+
 std::string bitsText(const View& view, const ValueBytes& value, const ViewLabel& label)
 {
     ViewLabel inHex = label;
@@ -140,9 +151,10 @@ std::vector<std::string> viewTable(const std::vector<View>& views,
     });
     std::vector<Row> rows = {{"address", "value", "quality", "previous", "age", "changes"}};
     for (std::size_t i = 0; i < views.size(); ++i)
-        rows.push_back({labels.at(i).address, valueText(views.at(i), labels.at(i)),
-                        qualityText(views.at(i).quality()), previousText(views.at(i), labels.at(i)),
-                        ageText(views.at(i), now), std::to_string(views.at(i).changes)});
+        rows.push_back({labels.at(i).address, shownText(views.at(i), labels.at(i)),
+                        qualityText(views.at(i).quality()),
+                        shownPreviousText(views.at(i), labels.at(i)), ageText(views.at(i), now),
+                        std::to_string(views.at(i).changes)});
     if (named) {
         rows.front().insert(rows.front().begin(), "name");
         for (std::size_t i = 0; i < views.size(); ++i)

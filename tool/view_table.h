@@ -26,6 +26,10 @@ std::vector<std::string> cachedTexts(const Session& session, const Item& item);
 std::string valueText(const View& view, const ViewLabel& label);
 std::string previousText(const View& view, const ViewLabel& label);
 
+// The same for people, with the unit.
+std::string shownText(const View& view, const ViewLabel& label);
+std::string shownPreviousText(const View& view, const ViewLabel& label);
+
 // One of its values, as the hex digits of the number that it is.
 std::string bitsText(const View& view, const ValueBytes& value, const ViewLabel& label);
 

@@ -87,6 +87,8 @@ void WatchTeller::tell(const View& view, std::size_t index)
                                          {"name", label.name},
                                          {"address", label.address},
                                          {"value", jsonValue(value)}};
+        if (!label.format.scaling.unit.empty())
+            object["unit"] = label.format.scaling.unit;
         if (object["value"].is_null())
             object["bits"] = bitsText(view, view.value, label);
         if (!previous.empty())
@@ -95,8 +97,8 @@ void WatchTeller::tell(const View& view, std::size_t index)
             object["previousBits"] = bitsText(view, view.previous, label);
         say(object.dump());
     } else if (!screen_ && !csvIsOutput_) {
-        say(timeText() + " " + label.name + " = " + value +
-            (previous.empty() ? "" : " (was " + previous + ")"));
+        say(timeText() + " " + label.name + " = " + shownText(view, label) +
+            (previous.empty() ? "" : " (was " + shownPreviousText(view, label) + ")"));
     }
 }
 

@@ -42,6 +42,7 @@ WriteTask parseAssignment(const Items& items, const std::string& text)
     try {
         requireCount(valueCount(task.item.address), values);
         task.data = valueBytes(task.item.address.width, task.item.format, values);
+        requireWithinLimits(task.item, task.data);
     } catch (const UsageFailure& failure) {
         throw UsageFailure(task.item.name + ": " + failure.what());
     }
@@ -54,7 +55,7 @@ std::string joined(const Item& item, const std::vector<unsigned char>& bytes)
     for (const std::string& value :
          valueTexts(item.address.width, item.format, bytes.data(), valueCount(item.address)))
         text += (text.empty() ? "" : " ") + value;
-    return text;
+    return withUnit(text, item.format);
 }
 
 std::string report(const WriteTask& task, const std::string& interruption)

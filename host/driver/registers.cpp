@@ -62,6 +62,11 @@ std::string areaOf(const std::string& regName)
     return regName.substr(0, regName.find('_'));
 }
 
+int unitsOf(Width width)
+{
+    return width == Width::quadWord ? 4 : width == Width::doubleWord ? 2 : 1;
+}
+
 Words wordsOf(Width width, int address, int length)
 {
     if (width != Width::bit)

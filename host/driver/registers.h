@@ -13,8 +13,12 @@ namespace dov417 {
 enum class Width {
     bit,
     word,
-    doubleWord
+    doubleWord,
+    quadWord // no register's own: two double words that a format takes for one value
 };
+
+// Bits of a bit type, else words, that one value takes.
+int unitsOf(Width width);
 
 struct RegisterType {
     std::string name;    // "R_W"

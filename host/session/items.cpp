@@ -1,6 +1,7 @@
 #include "session/items.h"
 
 #include <algorithm>
+#include <charconv>
 
 #include "session/pieces.h"
 
@@ -15,25 +16,107 @@ Items::Items(const Library& library, const ItemSource& source)
         tags_ = readTags(library, source.tags);
 }
 
-Item Items::made(const std::string& name, const Address& address, const FormatChoice& own,
-                 const std::string& comment, Access access) const
+namespace {
+
+// Two double words that a format takes for one value; as it is where they are no whole number of
+// those.
+Address inFourWords(const Library& library, const Address& address, bool mayGrow)
+{
+    Address four = address;
+    if (mayGrow && address.length == unitsOf(Width::doubleWord)) {
+        const std::string first = addressText(library, address.regName, address.first);
+        four = parseAddress(library, address.station, address.regName, first, 2);
+    }
+    if (address.width != Width::doubleWord || four.length % unitsOf(Width::quadWord) != 0)
+        return address;
+    four.width = Width::quadWord;
+    return four;
+}
+
+FormatChoice merged(const FormatChoice& first, const FormatChoice& second)
+{
+    return {first.notation ? first.notation : second.notation,
+            first.order ? first.order : second.order};
+}
+
+} // namespace
+
+Item Items::made(const Tag& tag, const FormatChoice& wish, Access access) const
 {
     Item item;
-    item.name = name;
-    item.address = address;
-    item.comment = comment;
-    item.format = chosenFormat(format_, own);
-    if (access == Access::read && !fits(address.width, item.format))
-        item.format = chosenFormat({std::nullopt, format_.order}, own);
+    item.name = tag.name;
+    item.address = tag.address;
+    item.comment = tag.comment;
+    item.limits = tag.limits;
+    item.ofLimits = chosenFormat(tag.format, FormatChoice());
+    item.ofLimits.scaling = tag.scaling;
+    const FormatChoice chosen = merged(wish, format_);
     try {
-        requireAccess(library_, address, access);
-        requireFormat(address.width, item.format);
+        requireAccess(library_, item.address, access);
+        item.format = chosenFormat(chosen, tag.format);
+        const bool isTyped = tag.line == 0 && !tag.isRange;
+        if (needsFourWords(chosen) && item.address.width != Width::quadWord)
+            item.address = inFourWords(library_, item.address, isTyped);
+        if (access == Access::read && !wish.notation && !fits(item.address.width, item.format))
+            item.format = chosenFormat({std::nullopt, chosen.order}, tag.format);
+        requireFormat(item.address.width, item.format);
+        item.format.scaling.unit = tag.scaling.unit;
+        if (isNumber(item.format.notation))
+            item.format.scaling = tag.scaling;
+        else
+            item.format.scaling = Scaling();
     } catch (const AddressFailure&) {
         throw;
     } catch (const UsageFailure& failure) {
-        throw UsageFailure(name + ": " + failure.what());
+        throw UsageFailure(tag.name + ": " + failure.what());
     }
+    if (tag.line == 0)
+        item.name = toText(library_, item.address);
     return item;
+}
+
+// "block[2]" of the tag "block".
+std::optional<Item> Items::named(const std::string& name, const FormatChoice& wish,
+                                 Access access) const
+{
+    if (const Tag* const tag = findTag(tags_, name))
+        return made(*tag, wish, access);
+    const std::size_t bracket = name.rfind('[');
+    if (bracket == std::string::npos || name.back() != ']')
+        return std::nullopt;
+    const Tag* const block = findTag(tags_, name.substr(0, bracket));
+    if (!block)
+        return std::nullopt;
+    int index = -1;
+    const char* const end = name.data() + name.size() - 1;
+    const auto [stop, error] = std::from_chars(name.data() + bracket + 1, end, index);
+    const int last = valueCount(block->address) - 1;
+    if (error != std::errc() || stop != end || index < 0 || index > last)
+        throw UsageFailure("'" + name + "': " + block->name + " has the values 0 to " +
+                           std::to_string(last));
+    Tag value = *block;
+    value.name = name;
+    value.address.length = unitsOf(block->address.width);
+    value.address.first += index * value.address.length;
+    return made(value, wish, access);
+}
+
+void requireWithinLimits(const Item& item, const std::vector<unsigned char>& bytes)
+{
+    const Limits& limits = item.limits;
+    if (!limits.min && !limits.max)
+        return;
+    const Width width = item.address.width;
+    for (int i = 0; i < valueCount(item.address); ++i) {
+        const unsigned char* const value = bytes.data() + byteCount(width, i);
+        const double number = exactNumber(width, item.ofLimits, value);
+        const bool isAbove = limits.max && !(number <= *limits.max);
+        if (!isAbove && !(limits.min && !(number >= *limits.min)))
+            continue;
+        throw UsageFailure("value '" + valueTexts(width, item.ofLimits, value, 1).front() +
+                           "': " + (isAbove ? "above the maximum, " : "below the minimum, ") +
+                           limitText(isAbove ? *limits.max : *limits.min));
+    }
 }
 
 std::string whyNotFound(const Library& library, const std::string& text, const std::string& tagFile)
@@ -51,18 +134,33 @@ std::string whyNotFound(const Library& library, const std::string& text, const s
 
 Item Items::find(const std::string& text, Access access) const
 {
-    if (const Tag* const tag = findTag(tags_, text))
-        return made(tag->name, tag->address, tag->format, tag->comment, access);
-    if (const std::string why = whyNotFound(library_, text, source_.tags); !why.empty())
+    if (findTag(tags_, text)) // whatever its name holds
+        return *named(text, FormatChoice(), access);
+    const std::size_t at = text.rfind('@');
+    const std::string bare = text.substr(0, at);
+    FormatChoice wish;
+    if (at != std::string::npos) {
+        if (at + 1 == text.size())
+            throw UsageFailure(text + ": the format is missing after '@'");
+        wish = parseFormat(text.substr(at + 1));
+    }
+    if (const std::optional<Item> item = named(bare, wish, access))
+        return *item;
+    if (const std::string why = whyNotFound(library_, bare, source_.tags); !why.empty())
         throw UsageFailure(why);
-    const Address address = parseAddress(library_, text);
-    return made(toText(library_, address), address, FormatChoice(), std::string(), access);
+    Tag typed;
+    typed.address = parseAddress(library_, bare);
+    typed.name = toText(library_, typed.address);
+    typed.isRange = bare.find("..") != std::string::npos;
+    return made(typed, wish, access);
 }
 
 void Items::requireUse(const std::vector<Item>& items) const
 {
+    if (!format_.notation)
+        return;
     const bool isUsed = std::any_of(items.begin(), items.end(), [this](const Item& item) {
-        return fits(item.address.width, chosenFormat(format_, FormatChoice()));
+        return item.format.notation == *format_.notation;
     });
     if (!isUsed)
         requireFormat(items.front().address.width, chosenFormat(format_, FormatChoice()));
@@ -90,7 +188,7 @@ std::vector<Item> Items::tagged(Access access) const
         throw UsageFailure(source_.tags + " names no tag");
     std::vector<Item> items;
     for (const Tag& tag : tags_)
-        items.push_back(made(tag.name, tag.address, tag.format, tag.comment, access));
+        items.push_back(made(tag, FormatChoice(), access));
     requireUse(items);
     return items;
 }
@@ -108,13 +206,13 @@ void requireUntornValues(const Library& library, const std::vector<Item>& items,
 {
     const int piece = gap < 1 ? maxWordsOfAWrite : gap;
     for (const Item& item : items)
-        if (item.address.width == Width::doubleWord && piece % 2 != 0 &&
-            item.address.length > piece)
-            throw UsageFailure("with a gap of " + std::to_string(gap) +
-                               " the driver cuts writes into pieces of " + std::to_string(piece) +
-                               " words, and a 32-bit value of " + toText(library, item.address) +
-                               " in two; take an even gap or one of at least " +
-                               std::to_string(item.address.length));
+        if (piece % unitsOf(item.address.width) != 0 && item.address.length > piece)
+            throw UsageFailure(
+                "with a gap of " + std::to_string(gap) + " the driver cuts writes into pieces of " +
+                std::to_string(piece) + " words, and a value of " + toText(library, item.address) +
+                " in two; take " +
+                (item.address.width == Width::quadWord ? "a multiple of 4" : "an even gap") +
+                " or one of at least " + std::to_string(item.address.length));
 }
 
 } // namespace dov417

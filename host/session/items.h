@@ -2,6 +2,7 @@
 #ifndef DOV417_SESSION_ITEMS_H
 #define DOV417_SESSION_ITEMS_H
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,7 +17,12 @@ struct Item {
     Address address;
     Format format;
     std::string comment;
+    Limits limits = {};
+    Format ofLimits = {}; // the tag's own, in which they are written
 };
+
+// Throws a UsageFailure where one of these values lies outside the item's limits.
+void requireWithinLimits(const Item& item, const std::vector<unsigned char>& bytes);
 
 // Where items are looked up, and how their values are written. Each may be empty.
 struct ItemSource {
@@ -35,7 +41,8 @@ public:
     // Throws a UsageFailure if a text of the source is wrong.
     Items(const Library& library, const ItemSource& source);
 
-    // A tag name or an address. Throws a UsageFailure.
+    // A tag name, one of its values as in "block[2]", or an address, each with "@FORMAT" appended
+    // if it is to have a format of its own. Throws a UsageFailure.
     Item find(const std::string& text, Access access) const;
 
     // What these texts name; every tag if there are none. Throws a UsageFailure if that is nothing,
@@ -46,8 +53,10 @@ public:
     std::vector<Item> tagged(Access access) const;
 
 private:
-    Item made(const std::string& name, const Address& address, const FormatChoice& own,
-              const std::string& comment, Access access) const;
+    // wish: what was typed with it, which has to fit.
+    Item made(const Tag& tag, const FormatChoice& wish, Access access) const;
+    std::optional<Item> named(const std::string& name, const FormatChoice& wish,
+                              Access access) const;
     // Throws a UsageFailure where --format fits none of them.
     void requireUse(const std::vector<Item>& items) const;
 

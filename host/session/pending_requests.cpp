@@ -107,6 +107,17 @@ bool PendingRequests::isReadBeforeWrite(const Transmission& transmission) const
     return transmission.isRead() && handedInWrites_.count(transmission.request.kind) != 0;
 }
 
+int PendingRequests::wordsOfAValue(int kind) const
+{
+    const auto write = handedInWrites_.find(kind);
+    const bool isRead = !reads_.empty() && reads_.front().number == kind;
+    const Width width = write != handedInWrites_.end() ? write->second.address.width
+                        : isRead                       ? reads_.front().address.width
+                                                       : Width::word;
+    // Both words of a 32-bit value are read under their word type's name.
+    return std::max(unitsOf(Width::doubleWord), unitsOf(width));
+}
+
 void PendingRequests::settle(const Transmission& transmission)
 {
     const int number = transmission.request.kind;

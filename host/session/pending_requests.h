@@ -48,6 +48,8 @@ public:
     bool isReadBeforeWrite(const Transmission& transmission) const;
     // The request behind this frame has ended; it may be none of these.
     void settle(const Transmission& transmission);
+    // Words of one value in what this frame reads or writes: no part of it ends within one.
+    int wordsOfAValue(int kind) const;
     // Ends all of them.
     void endAll(const std::string& reason);
 

@@ -9,7 +9,6 @@ namespace {
 
 constexpr int maxPlan = 128; // words in one request of the driver's plan
 constexpr int bitsPerWord = 16;
-constexpr int doubleWordLength = 2;
 constexpr int bytesPerWord = 2;
 
 // Below 1 the driver cuts single reads, too, where a write has to end.
@@ -21,13 +20,16 @@ int longest(int maximum, int gap)
 int pieceLength(const Address& address, int maximum, int gap)
 {
     const int limit = longest(maximum, gap);
-    if (address.width != Width::doubleWord)
-        return limit;
-    if (limit < doubleWordLength)
+    const int units = unitsOf(address.width);
+    if (limit < units && address.width == Width::quadWord)
+        throw UsageFailure("a merge gap below 4 cuts 64-bit values in two: the gap is also the "
+                           "driver's longest piece of a write or single read; use --gap 4 or more, "
+                           "or 0");
+    if (limit < units)
         throw UsageFailure(
             "a merge gap of 1 cuts 32-bit values in two: the gap is also the driver's longest "
             "piece of a write or single read; use --gap 2 or more, or 0");
-    return limit - limit % doubleWordLength;
+    return limit - limit % units;
 }
 
 std::vector<Address> cut(const Address& address, int length)
@@ -89,7 +91,10 @@ Address wordsOf(const Address& address)
 
 std::vector<Address> readPieces(const Address& address, int gap)
 {
-    return cut(wordsOf(address), pieceLength(address, maxWordsOfARead, gap));
+    Address words = wordsOf(address);
+    if (address.width == Width::quadWord)
+        words.width = address.width; // where the link may cut it
+    return cut(words, pieceLength(address, maxWordsOfARead, gap));
 }
 
 Result watchable(const Library& library, const Address& address)
@@ -98,7 +103,11 @@ Result watchable(const Library& library, const Address& address)
         parseStation(std::to_string(address.station));
         requireAccess(library, address, Access::read);
         const std::string text = toText(library, address);
-        if (!(parseAddress(library, text) == address))
+        Address named = parseAddress(library, text);
+        if (named.width == Width::doubleWord && address.width == Width::quadWord &&
+            address.length % unitsOf(address.width) == 0)
+            named.width = address.width; // a format may take two of them for a value
+        if (!(named == address))
             return Result::refused(text + " is no address of its register type");
     } catch (const Failure& failure) {
         return Result::refused(failure.what());

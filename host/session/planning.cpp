@@ -270,13 +270,17 @@ std::vector<Stretch> Planner::divided(const Plan& plan) const
     const Coverage coverage(plan);
     std::vector<Stretch> values;
     for (const Address& address : addresses_) {
-        if (address.width != Width::doubleWord)
+        const int units = unitsOf(address.width);
+        if (units == 1)
             continue;
         const Place place = placeOf(address.station, address.regName);
-        for (int word = address.first; word < address.first + address.length; word += 2)
-            if (coverage.covers(place, word, 1) && coverage.covers(place, word + 1, 1) &&
-                !coverage.covers(place, word, 2))
-                values.push_back({address.station, address.regName, word, 2});
+        for (int word = address.first; word < address.first + address.length; word += units) {
+            bool isRead = true;
+            for (int i = 0; i < units; ++i)
+                isRead = isRead && coverage.covers(place, word + i, 1);
+            if (isRead && !coverage.covers(place, word, units))
+                values.push_back({address.station, address.regName, word, units});
+        }
     }
     return values;
 }

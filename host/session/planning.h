@@ -84,7 +84,7 @@ public:
     // inside a longer one that was cut, and the end of the longer one is then read by nobody.
     std::vector<Stretch> uncovered(const Plan& plan) const;
 
-    // 32-bit values whose two words come with different requests.
+    // Values of several words that come with different requests.
     std::vector<Stretch> divided(const Plan& plan) const;
 
 private:

@@ -62,7 +62,7 @@ Json parseFile(const std::string& file)
 Format formatOf(const std::string& text, Format format)
 {
     if (text.compare(0, 2, "0x") == 0)
-        format.notation = Notation::hex;
+        return {Notation::hex, format.order};
     return format;
 }
 
@@ -90,6 +90,7 @@ RecipeEntry entryOf(const Item& item, const Json& values)
         const auto bytes = valueBytes(item.address.width, formatOf(text, item.format), {text});
         entry.data.insert(entry.data.end(), bytes.begin(), bytes.end());
     }
+    requireWithinLimits(item, entry.data);
     return entry;
 }
 

@@ -34,22 +34,32 @@ std::vector<Address> joinTouching(std::vector<Address> addresses)
     return runs;
 }
 
+// As long as a write carries, in even words, and no value is cut in two.
+int pieceLength(const Address& run, int done, const WholeValues& wholeValues)
+{
+    int length = std::min(maxWordsOfAWrite - maxWordsOfAWrite % 2, run.length - done);
+    while (length > 1 && wholeValues.goOn(run.station, run.regName, run.first + done + length))
+        --length;
+    return length;
+}
+
 } // namespace
 
 RecipeLayout layOutRecipe(const std::vector<Address>& addresses)
 {
     RecipeLayout layout;
+    layout.wholeValues = WholeValues(addresses);
     for (const Address& run : joinTouching(addresses)) {
-        // Even pieces, so that no 32-bit value is cut in two.
-        const int piece = maxWordsOfAWrite - maxWordsOfAWrite % 2;
-        for (int done = 0; done < run.length; done += piece) {
+        std::size_t piecesOfRun = 0;
+        for (int done = 0, piece = 0; done < run.length; done += piece) {
+            piece = pieceLength(run, done, layout.wholeValues);
             RecipeRecord record;
             record.address = run;
             record.address.first = run.first + done;
-            record.address.length = std::min(piece, run.length - done);
+            record.address.length = piece;
             record.bufferOffset = static_cast<int>(layout.bufferWords);
             layout.bufferWords += static_cast<std::size_t>(record.address.length);
-            const std::size_t round = static_cast<std::size_t>(done / piece % 2);
+            const std::size_t round = piecesOfRun++ % 2;
             if (layout.rounds.size() <= round)
                 layout.rounds.resize(round + 1);
             layout.rounds.at(round).push_back(record);

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <vector>
 
+#include "session/whole_values.h"
 #include "text/addresses.h"
 
 namespace dov417 {
@@ -20,6 +21,7 @@ struct RecipeRecord {
 struct RecipeLayout {
     std::vector<std::vector<RecipeRecord>> rounds;
     std::size_t bufferWords = 0;
+    WholeValues wholeValues; // no request ends within one
 
     // Place of a word in the buffer; the word must lie in one of the addresses laid out.
     std::size_t offsetOf(const Address& address) const;

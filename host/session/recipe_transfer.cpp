@@ -56,6 +56,7 @@ void RecipeTransfer::start(const RecipeLayout& layout, RecipeDirection direction
     }
     done_ = std::move(done);
     wordsMoved_ = 0;
+    wholeValues_ = layout.wholeValues;
     doubt_.clear();
     underWay_ = true;
     flag_ = direction == RecipeDirection::upload ? uploadFlagOffset : downloadFlagOffset;
@@ -115,6 +116,11 @@ bool RecipeTransfer::isMoving() const
 std::size_t RecipeTransfer::wordsMoved() const
 {
     return wordsMoved_;
+}
+
+bool RecipeTransfer::mayCut(const Request& request, int word) const
+{
+    return !wholeValues_.goOn(request.station, request.regName, word);
 }
 
 void RecipeTransfer::settle(const Transmission& transmission)

@@ -46,6 +46,8 @@ public:
     bool isUnderWay() const;
     // A round is under way: the frames are the recipe's.
     bool isMoving() const;
+    // May a part of this request begin with that word?
+    bool mayCut(const Request& request, int word) const;
     // The request behind this frame has ended.
     void settle(const Transmission& transmission);
     // Words that the controller has answered for, of the transfer that is under way or was the
@@ -72,6 +74,7 @@ private:
     std::size_t flag_ = 0;                         // offset in the block
     std::size_t words_ = 0;
     std::size_t wordsMoved_ = 0;
+    WholeValues wholeValues_;
     bool underWay_ = false;
     std::string doubt_;   // why an upload is not good however it ends
     bool moving_ = false; // the flag is set

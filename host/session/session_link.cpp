@@ -26,13 +26,14 @@ void Session::tellEnded(const Transmission& transmission)
         tellings_.add([this, transmission]() { emit transmissionEnded(transmission); });
 }
 
-// What is read once, written or moved as a recipe begins where a value does.
+// What is read once or written begins where a value does.
 bool Session::mayCut(const Request& request, int word) const
 {
-    constexpr int maxValueLength = 2;
-    const bool isCyclic = request.kind == cyclicKind && !recipe_.isMoving();
-    return isCyclic ? !wholeValues_.goOn(request.station, request.regName, word)
-                    : (word - request.address) % maxValueLength == 0;
+    if (recipe_.isMoving())
+        return recipe_.mayCut(request, word);
+    if (request.kind == cyclicKind)
+        return !wholeValues_.goOn(request.station, request.regName, word);
+    return (word - request.address) % requests_.wordsOfAValue(request.kind) == 0;
 }
 
 void Session::ended(const Transmission& transmission)

@@ -1,8 +1,10 @@
 #include "session/single_reads.h"
 
 #include <QTimer>
+#include <algorithm>
 #include <map>
 #include <memory>
+#include <numeric>
 #include <tuple>
 #include <utility>
 
@@ -16,20 +18,28 @@ struct Reads {
     int generation = 0;
     int doubts = 0;
     std::size_t underWay = 0;
+    std::vector<Address> addresses;
     ReadProblems problems;
     std::function<void(const ReadProblems&)> done;
 };
 
-// Pieces in the order in which they are first needed, each with the addresses that need it.
+// Pieces in the order in which they are first needed, those of the widest values last, each with
+// the addresses that need it.
 std::vector<std::pair<Address, std::vector<std::size_t>>>
 piecesOf(const std::vector<Address>& addresses, int gap)
 {
-    using Place = std::tuple<int, std::string, int, int>;
+    using Place = std::tuple<int, std::string, int, int, int>;
     std::map<Place, std::size_t> places;
     std::vector<std::pair<Address, std::vector<std::size_t>>> pieces;
-    for (std::size_t i = 0; i < addresses.size(); ++i) {
+    std::vector<std::size_t> order(addresses.size());
+    std::iota(order.begin(), order.end(), 0);
+    std::stable_sort(order.begin(), order.end(), [&addresses](std::size_t a, std::size_t b) {
+        return unitsOf(addresses.at(a).width) < unitsOf(addresses.at(b).width);
+    });
+    for (const std::size_t i : order) {
         for (const Address& piece : readPieces(addresses.at(i), gap)) {
-            const Place place{piece.station, piece.regName, piece.first, piece.length};
+            const Place place{piece.station, piece.regName, piece.first, piece.length,
+                              unitsOf(addresses.at(i).width)};
             const auto [entry, isNew] = places.try_emplace(place, pieces.size());
             if (isNew)
                 pieces.push_back({piece, {}});
@@ -37,6 +47,31 @@ piecesOf(const std::vector<Address>& addresses, int gap)
         }
     }
     return pieces;
+}
+
+bool overlap(const Address& a, const Address& b)
+{
+    return a.station == b.station && areaOf(a.regName) == areaOf(b.regName) &&
+           a.first < b.first + b.length && b.first < a.first + a.length;
+}
+
+// A value of several words is to be of one reply. The widest are read last, so that of values
+// within one of them nothing is read after it; what lies across the end of one is not known.
+void markTorn(const std::vector<Address>& addresses, ReadProblems& problems)
+{
+    std::vector<std::size_t> wide;
+    for (std::size_t i = 0; i < addresses.size(); ++i)
+        if (unitsOf(addresses.at(i).width) > 1)
+            wide.push_back(i);
+    for (const std::size_t i : wide)
+        for (const std::size_t other : wide) {
+            const Address& value = addresses.at(i);
+            const Address& with = addresses.at(other);
+            const int units = unitsOf(value.width);
+            if (problems.at(i).empty() && units <= unitsOf(with.width) && overlap(value, with) &&
+                (value.first - with.first) % units != 0)
+                problems.at(i) = "its words belong to two values of others: read it alone";
+        }
 }
 
 } // namespace
@@ -49,6 +84,7 @@ void readAll(Session& session, const std::vector<Address>& addresses,
     reads->generation = session.generation();
     reads->doubts = session.doubts();
     reads->underWay = pieces.size();
+    reads->addresses = addresses;
     reads->problems.resize(addresses.size());
     reads->done = std::move(done);
     if (pieces.empty())
@@ -65,6 +101,7 @@ void readAll(Session& session, const std::vector<Address>& addresses,
                     problem = changedMeanwhile;
                 else if (problem.empty() && session.doubts() != reads->doubts)
                     problem = repliesAreDoubtful;
+            markTorn(reads->addresses, reads->problems);
             reads->done(reads->problems);
         });
     }

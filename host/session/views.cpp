@@ -6,8 +6,6 @@ namespace dov417 {
 
 namespace {
 
-constexpr int doubleWordLength = 2;
-
 // Two bits of one word are two things; all else that shares a word shares a value.
 bool share(const Address& a, const Address& b)
 {
@@ -15,9 +13,17 @@ bool share(const Address& a, const Address& b)
            (a.first < b.first + b.length && b.first < a.first + a.length);
 }
 
-std::tuple<int, std::string, int> keyOf(const Address& address)
+bool isTorn(const Address& value, const Address& written)
 {
-    return {address.station, address.regName, address.first};
+    const Words words = wordsOf(value.width, value.first, value.length);
+    const Words part = wordsOf(written.width, written.first, written.length);
+    return value.width == Width::quadWord &&
+           (words.first < part.first || part.first + part.count < words.first + words.count);
+}
+
+std::tuple<int, std::string, int, int> keyOf(const Address& address)
+{
+    return {address.station, address.regName, address.first, address.length};
 }
 
 Words wordsOf(const Address& address)
@@ -45,7 +51,7 @@ void Views::replace(const std::vector<Address>& addresses, const std::vector<Add
 {
     const std::vector<View> before = std::move(views_);
     const std::vector<Standing> standing = std::move(standing_);
-    std::map<UnitKey, std::size_t> places;
+    std::map<ValueKey, std::size_t> places;
     for (std::size_t i = 0; i < before.size(); ++i)
         places.emplace(keyOf(before.at(i).address), i);
     views_.clear();
@@ -56,7 +62,7 @@ void Views::replace(const std::vector<Address>& addresses, const std::vector<Add
     for (const Address& address : written)
         count(address, 1);
 
-    std::map<UnitKey, std::size_t> stay;
+    std::map<ValueKey, std::size_t> stay;
     for (std::size_t i = 0; i < views_.size(); ++i)
         stay.emplace(keyOf(views_.at(i).address), i);
     for (ViewChange& change : takeChanges()) {
@@ -68,10 +74,10 @@ void Views::replace(const std::vector<Address>& addresses, const std::vector<Add
     }
 }
 
-void Views::add(const Address& range, const std::map<UnitKey, std::size_t>& places,
+void Views::add(const Address& range, const std::map<ValueKey, std::size_t>& places,
                 const std::vector<View>& before, const std::vector<Standing>& standing)
 {
-    const int step = range.width == Width::doubleWord ? doubleWordLength : 1;
+    const int step = unitsOf(range.width);
     for (int unit = 0; unit + step <= range.length; unit += step) {
         View view;
         view.address = range;
@@ -185,14 +191,16 @@ void Views::count(const Address& address, int step)
 }
 
 // The writes of one word go to the driver one by one, so with an outcome the cache is the
-// controller's again; of a double word once both halves have theirs.
+// controller's again; of a double word once both halves have theirs. A value of four words of which
+// some were written waits for the reply that has them all.
 void Views::countWrite(const Address& address, int step)
 {
     count(address, step);
     for (const std::size_t index : inWordsOf(address)) {
         const Standing& standing = standing_.at(index);
         const bool isKnown = standing.isCached && standing.writesOfWords == 0;
-        const bool isRead = step < 0 && isKnown && read(index);
+        const bool isRead =
+            step < 0 && isKnown && !isTorn(views_.at(index).address, address) && read(index);
         if (!isRead && share(views_.at(index).address, address))
             changed(index, false);
     }

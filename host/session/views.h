@@ -16,8 +16,8 @@
 
 namespace dov417 {
 
-// A bit in one byte, a word in two, a double word in four.
-using ValueBytes = std::array<unsigned char, 4>;
+// A bit in one byte, a word in two, a double word in four, two of them in eight.
+using ValueBytes = std::array<unsigned char, 8>;
 
 enum class Quality {
     neverRead,
@@ -81,7 +81,8 @@ public:
     bool haveChanged() const;
 
 private:
-    using UnitKey = std::tuple<int, std::string, int>; // station, area or name, address
+    using UnitKey = std::tuple<int, std::string, int>;       // station, area or name, address
+    using ValueKey = std::tuple<int, std::string, int, int>; // station, name, first, length
     using Index = std::map<UnitKey, std::vector<std::size_t>>;
 
     // What is known of a view besides.
@@ -90,7 +91,7 @@ private:
         int writesOfWords = 0; // under way, of the words that it lies in
     };
 
-    void add(const Address& range, const std::map<UnitKey, std::size_t>& places,
+    void add(const Address& range, const std::map<ValueKey, std::size_t>& places,
              const std::vector<View>& before, const std::vector<Standing>& standing);
     bool read(std::size_t index);
     void forget(std::size_t index);

@@ -5,8 +5,8 @@ namespace dov417 {
 WholeValues::WholeValues(const std::vector<Address>& addresses)
 {
     for (const Address& address : addresses)
-        if (address.width == Width::doubleWord)
-            for (int word = 1; word < address.length; word += 2)
+        for (int word = 1; word < address.length; ++word)
+            if (word % unitsOf(address.width) != 0)
                 inside_.insert({address.station, areaOf(address.regName), address.first + word});
 }
 

@@ -135,8 +135,7 @@ bool operator==(const Address& a, const Address& b)
 
 int valueCount(const Address& address)
 {
-    return address.width == Width::doubleWord ? address.length / wordsPerDoubleWord
-                                              : address.length;
+    return address.length / unitsOf(address.width);
 }
 
 AddressFailure::AddressFailure(const std::string& text, const std::string& why_,

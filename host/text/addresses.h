@@ -22,11 +22,11 @@ struct Address {
     std::string regName;
     Width width = Width::word;
     int first = 0;  // bit number for bit types, else word number
-    int length = 1; // bits for bit types, else words: two a value of a double word type
+    int length = 1; // bits for bit types, else words: see unitsOf()
 };
 bool operator==(const Address& a, const Address& b);
 
-// How many values it names: a double word type has two words a value.
+// How many values it names.
 int valueCount(const Address& address);
 
 // Why a text is no address that can be used.

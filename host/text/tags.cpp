@@ -2,9 +2,10 @@
 
 #include <array>
 #include <charconv>
-#include <csv.h>
+#include <cmath>
 #include <map>
 
+#include "text/csv_rows.h"
 #include "text/text_file.h"
 
 namespace dov417 {
@@ -19,111 +20,30 @@ enum Column {
     countColumn,
     formatColumn,
     commentColumn,
+    scaleColumn,
+    offsetColumn,
+    unitColumn,
+    decimalsColumn,
+    minColumn,
+    maxColumn,
     columnCount
 };
-const std::array<const char*, columnCount> columnNames = {"name",  "station", "register", "address",
-                                                          "count", "format",  "comment"};
+const std::array<const char*, columnCount> columnNames = {
+    "name",  "station", "register", "address",  "count", "format", "comment",
+    "scale", "offset",  "unit",     "decimals", "min",   "max"};
 const std::array<Column, 3> neededColumns = {nameColumn, registerColumn, addressColumn};
 
 // No register type has more units.
 const int maxValues = 65536;
+const int maxDecimals = 9;
 
-struct Row {
-    int line;
-    std::vector<std::string> fields;
-};
-
-// Where a mistake is, for the message.
-struct Place {
-    std::string file;
-    int line;
-
-    [[noreturn]] void refuse(const std::string& why) const
-    {
-        throw UsageFailure(file + ":" + std::to_string(line) + ": " + why);
-    }
-    // column: 1-based, counted in fields as a spreadsheet counts them.
-    [[noreturn]] void refuse(std::size_t column, const std::string& name,
-                             const std::string& why) const
-    {
-        refuse("column " + std::to_string(column) + " (" + name + "): " + why);
-    }
-};
-
-// What libcsv's callbacks collect.
-struct Collector {
-    std::vector<Row> rows;
-    std::vector<std::string> fields;
-    int rowLine = 1; // line at which the row in progress starts
-};
-
-void fieldEnds(void* text, std::size_t length, void* data)
+std::string inLowerCase(std::string text)
 {
-    auto* collector = static_cast<Collector*>(data);
-    collector->fields.emplace_back(static_cast<const char*>(text), length);
+    for (char& letter : text)
+        if (letter >= 'A' && letter <= 'Z')
+            letter = static_cast<char>(letter - 'A' + 'a');
+    return text;
 }
-
-void rowEnds(int, void* data)
-{
-    auto* collector = static_cast<Collector*>(data);
-    collector->rows.push_back({collector->rowLine, collector->fields});
-    collector->fields.clear();
-}
-
-class Parser {
-public:
-    Parser()
-    {
-        if (csv_init(&parser_, CSV_STRICT | CSV_STRICT_FINI) != 0)
-            throw Failure("no memory for reading CSV");
-    }
-    ~Parser()
-    {
-        csv_free(&parser_);
-    }
-    Parser(const Parser&) = delete;
-    Parser& operator=(const Parser&) = delete;
-
-    // One physical line at a time, with its line end, so that each row knows its line: a quoted
-    // field may run over several of them.
-    std::vector<Row> rows(const std::string& text, const Place& start)
-    {
-        Collector collector;
-        Place place = start;
-        std::size_t from = 0;
-        while (from < text.size()) {
-            const std::size_t newline = text.find('\n', from);
-            const std::size_t to = newline == std::string::npos ? text.size() : newline + 1;
-            const std::size_t rowsBefore = collector.rows.size();
-            const std::size_t taken =
-                csv_parse(&parser_, text.data() + from, to - from, fieldEnds, rowEnds, &collector);
-            if (taken != to - from)
-                refuse(place, collector);
-            ++place.line;
-            // A row ended, or none has begun (the state 0 of the parser, after an empty line): what
-            // follows is another row.
-            if (collector.rows.size() != rowsBefore || parser_.pstate == 0)
-                collector.rowLine = place.line;
-            from = to;
-        }
-        if (csv_fini(&parser_, fieldEnds, rowEnds, &collector) != 0) {
-            place.line = collector.rowLine;
-            refuse(place, collector);
-        }
-        return collector.rows;
-    }
-
-private:
-    [[noreturn]] void refuse(const Place& place, const Collector& collector)
-    {
-        const int error = csv_error(&parser_);
-        place.refuse("column " + std::to_string(collector.fields.size() + 1) + ": " +
-                     (error == CSV_EPARSE ? "a quote that does not open or close a whole field"
-                                          : csv_strerror(error)));
-    }
-
-    csv_parser parser_;
-};
 
 // Which field of a row holds which column; -1: the file has no such column.
 class Header {
@@ -133,10 +53,11 @@ public:
         places_.fill(-1);
         for (std::size_t i = 0; i < row.fields.size(); ++i) {
             int column = 0;
-            while (column < columnCount && row.fields[i] != columnNames[std::size_t(column)])
+            while (column < columnCount &&
+                   inLowerCase(row.fields[i]) != columnNames[std::size_t(column)])
                 ++column;
             if (column == columnCount)
-                place.refuse(i + 1, row.fields[i], "unknown column; there are " + allNames());
+                continue; // somebody else's
             if (places_[std::size_t(column)] >= 0)
                 place.refuse(i + 1, row.fields[i], "the column is there twice");
             places_[std::size_t(column)] = static_cast<int>(i);
@@ -168,14 +89,6 @@ public:
     }
 
 private:
-    static std::string allNames()
-    {
-        std::string names;
-        for (const char* name : columnNames)
-            names += (names.empty() ? "" : ", ") + std::string(name);
-        return names;
-    }
-
     std::vector<std::string> names_;
     std::array<int, columnCount> places_;
 };
@@ -203,6 +116,53 @@ void requireName(const std::string& name)
         throw UsageFailure(std::string("a name cannot hold '") + name[bad] + "'");
 }
 
+// Numbers with a comma for their point come from files whose fields end otherwise.
+std::optional<double> numberIn(const Header& header, const Row& row, Column column)
+{
+    std::string text = header.text(row, column);
+    if (text.empty())
+        return std::nullopt;
+    if (const std::size_t comma = text.find(','); comma != std::string::npos)
+        text[comma] = '.';
+    double number = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, number);
+    if (error != std::errc() || stop != end || !std::isfinite(number))
+        throw UsageFailure("'" + header.text(row, column) + "' is no number");
+    return number;
+}
+
+// What the tag's number means. `column` is where a mistake would be.
+void readMeaning(Tag& tag, const Header& header, const Row& row, Column& column)
+{
+    const bool isOfNumber = tag.address.width != Width::bit &&
+                            isNumber(chosenFormat(tag.format, FormatChoice()).notation);
+    const auto number = [&](Column which) {
+        column = which;
+        const std::optional<double> value = numberIn(header, row, which);
+        if (value && !isOfNumber)
+            throw UsageFailure(
+                "only a number has one: no bit, and no value in hex, binary or bool");
+        return value;
+    };
+    if (const auto scale = number(scaleColumn)) {
+        if (*scale == 0)
+            throw UsageFailure("with a scale of 0 every value is the same");
+        tag.scaling.scale = *scale;
+    }
+    tag.scaling.offset = number(offsetColumn).value_or(0);
+    if (const auto decimals = number(decimalsColumn)) {
+        if (*decimals != std::floor(*decimals) || *decimals < 0 || *decimals > maxDecimals)
+            throw UsageFailure("decimals are 0 to " + std::to_string(maxDecimals));
+        tag.scaling.decimals = static_cast<int>(*decimals);
+    }
+    tag.scaling.unit = header.text(row, unitColumn);
+    tag.limits.min = number(minColumn);
+    tag.limits.max = number(maxColumn);
+    if (tag.limits.min && tag.limits.max && *tag.limits.min > *tag.limits.max)
+        throw UsageFailure("the maximum is below the minimum");
+}
+
 Tag tagOf(const Library& library, const Header& header, const Row& row, const Place& place)
 {
     Tag tag;
@@ -217,6 +177,10 @@ Tag tagOf(const Library& library, const Header& header, const Row& row, const Pl
         const std::string station = header.text(row, stationColumn);
         const int stationNo = station.empty() ? 1 : parseStation(station);
 
+        column = formatColumn;
+        tag.format = parseFormat(header.text(row, formatColumn));
+        const int doubleWords = needsFourWords(tag.format) ? 2 : 1;
+
         column = countColumn;
         const int count = countOf(header.text(row, countColumn));
 
@@ -226,12 +190,14 @@ Tag tagOf(const Library& library, const Header& header, const Row& row, const Pl
             throw UsageFailure(checkSentence(library, checkUnknown, regName, std::string()));
 
         column = addressColumn;
-        tag.address =
-            parseAddress(library, stationNo, regName, header.text(row, addressColumn), count);
+        tag.address = parseAddress(library, stationNo, regName, header.text(row, addressColumn),
+                                   count * doubleWords);
 
         column = formatColumn;
-        tag.format = parseFormat(header.text(row, formatColumn));
+        if (doubleWords == 2 && tag.address.width == Width::doubleWord)
+            tag.address.width = Width::quadWord;
         requireFormat(tag.address.width, chosenFormat(tag.format, FormatChoice()));
+        readMeaning(tag, header, row, column);
     } catch (const AddressFailure& failure) {
         header.refuse(place, column, failure.why);
     } catch (const UsageFailure& failure) {
@@ -259,13 +225,6 @@ void requireUtf8(const Row& row, const Header& header, const Place& place)
     }
 }
 
-// Spreadsheets put it before the first name.
-std::string withoutByteOrderMark(const std::string& text)
-{
-    const std::string mark = "\xEF\xBB\xBF";
-    return text.compare(0, mark.size(), mark) == 0 ? text.substr(mark.size()) : text;
-}
-
 } // namespace
 
 std::vector<Tag> readTags(const Library& library, const std::string& file)
@@ -275,7 +234,7 @@ std::vector<Tag> readTags(const Library& library, const std::string& file)
 
 std::vector<Tag> parseTags(const Library& library, const std::string& text, const std::string& file)
 {
-    const std::vector<Row> rows = Parser().rows(withoutByteOrderMark(text), Place{file, 1});
+    const std::vector<Row> rows = csvRows(text, file);
     if (rows.empty())
         Place{file, 1}.refuse("the header is missing: name,station,register,address,count,format,"
                               "comment");
@@ -300,6 +259,12 @@ std::vector<Tag> parseTags(const Library& library, const std::string& text, cons
         tags.push_back(tag);
     }
     return tags;
+}
+
+std::string limitText(double limit)
+{
+    char text[64];
+    return std::string(text, std::to_chars(text, text + sizeof text, limit).ptr);
 }
 
 const Tag* findTag(const std::vector<Tag>& tags, const std::string& name)

@@ -1,106 +1,33 @@
 #include "text/values.h"
 
+#include <cctype>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
-#include <cstdio>
-#include <cstring>
 #include <limits>
-#include <tuple>
+#include <optional>
+
+#include "text/raw_values.h"
 
 namespace dov417 {
 
 namespace {
 
-const int bitsPerDigit = 4;
-const std::string suffix = ":";
-
-int bitsOf(Width width)
-{
-    return width == Width::bit ? 1 : width == Width::word ? 16 : 32;
-}
-
-int bytesOf(Width width)
-{
-    return width == Width::bit ? 1 : width == Width::word ? 2 : 4;
-}
-
-std::string hexText(std::uint32_t value, Width width)
-{
-    char text[16];
-    std::snprintf(text, sizeof text, "0x%0*X", bitsOf(width) / bitsPerDigit, value);
-    return text;
-}
-
-// The two words of a value change places; harmless to do twice.
-std::uint32_t inOrder(std::uint32_t value, Width width, WordOrder order)
-{
-    if (width == Width::doubleWord && order == WordOrder::highFirst)
-        return value << 16 | value >> 16;
-    return value;
-}
-
-std::uint32_t fromBytes(const unsigned char* bytes, Width width)
-{
-    std::uint32_t value = 0;
-    for (int i = bytesOf(width) - 1; i >= 0; --i)
-        value = value << 8 | bytes[i];
-    return value;
-}
-
-std::string bcdText(std::uint32_t value, Width width)
-{
-    std::uint32_t number = 0;
-    for (int shift = bitsOf(width) - bitsPerDigit; shift >= 0; shift -= bitsPerDigit) {
-        const std::uint32_t digit = value >> shift & 0xF;
-        if (digit > 9)
-            return hexText(value, width) + "?";
-        number = number * 10 + digit;
-    }
-    return std::to_string(number);
-}
-
-std::string realText(std::uint32_t value)
-{
-    float number = 0;
-    static_assert(sizeof number == sizeof value, "a float has 32 bits");
-    std::memcpy(&number, &value, sizeof number);
-    char text[64];
-    // The shortest text that reads back as the same number.
-    const auto end = std::to_chars(text, text + sizeof text, number).ptr;
-    return std::string(text, end);
-}
-
-std::string text(std::uint32_t value, Width width, Notation notation)
-{
-    if (width == Width::bit)
-        return value != 0 ? "1" : "0";
-    switch (notation) {
-    case Notation::unsignedNumber:
-        return std::to_string(value);
-    case Notation::signedNumber:
-        return std::to_string(width == Width::word ? static_cast<std::int16_t>(value)
-                                                   : static_cast<std::int32_t>(value));
-    case Notation::hex:
-        return hexText(value, width);
-    case Notation::bcd:
-        return bcdText(value, width);
-    case Notation::real:
-        return realText(value);
-    }
-    return std::string();
-}
+constexpr int bitsPerDigit = 4;
 
 [[noreturn]] void refuse(const std::string& text, const std::string& why)
 {
     throw UsageFailure("value '" + text + "': " + why);
 }
 
-bool isReal(const std::string& text)
+std::optional<double> decimal(const std::string& text)
 {
     double number = 0;
     const char* const end = text.data() + text.size();
-    return std::from_chars(text.data(), end, number).ptr == end && !text.empty();
+    const auto [stop, error] = std::from_chars(text.data(), end, number);
+    if (stop != end || error != std::errc() || text.empty())
+        return std::nullopt;
+    return number;
 }
 
 struct Digits {
@@ -116,15 +43,19 @@ Digits digitsOf(const std::string& text, int base)
         digits.negative = digits.text[0] == '-';
         digits.text.erase(0, 1);
     }
-    if (digits.text.size() > 2 && digits.text[0] == '0' &&
-        (digits.text[1] == 'x' || digits.text[1] == 'X')) {
-        digits.text.erase(0, 2);
-        digits.base = 16;
+    if (digits.text.size() > 2 && digits.text[0] == '0') {
+        const int prefix = std::tolower(static_cast<unsigned char>(digits.text[1]));
+        if (prefix == 'x' || (prefix == 'b' && base != 16)) {
+            digits.text.erase(0, 2);
+            digits.base = prefix == 'x' ? 16 : 2;
+        }
     }
     return digits;
 }
 
-std::uint32_t integer(const std::string& text, int base, std::int64_t lowest, std::int64_t highest)
+// deepest: how far below 0 it may go.
+std::uint64_t integer(const std::string& text, int base, std::uint64_t deepest,
+                      std::uint64_t highest)
 {
     const Digits digits = digitsOf(text, base);
     std::uint64_t magnitude = 0;
@@ -132,144 +63,132 @@ std::uint32_t integer(const std::string& text, int base, std::int64_t lowest, st
     const char* end = begin + digits.text.size();
     const auto [stop, error] = std::from_chars(begin, end, magnitude, digits.base);
     if (stop != end || error == std::errc::invalid_argument)
-        refuse(text, isReal(text) ? "not a whole number" : "not a number");
-    const std::string range =
-        "out of range, " + std::to_string(lowest) + " to " + std::to_string(highest);
-    // Nothing allowed here comes near 2^62, so both signs fit.
-    if (error != std::errc() || magnitude > std::uint64_t(1) << 62)
-        refuse(text, range);
-    const std::int64_t value = digits.negative ? -std::int64_t(magnitude) : std::int64_t(magnitude);
-    if (value < lowest || value > highest)
-        refuse(text, range);
-    return static_cast<std::uint32_t>(value);
+        refuse(text, digits.base != 2 && decimal(text) ? "not a whole number" : "not a number");
+    if (error != std::errc() || magnitude > (digits.negative ? deepest : highest))
+        refuse(text, "out of range, " + std::string(deepest > 0 ? "-" : "") +
+                         std::to_string(deepest) + " to " + std::to_string(highest));
+    return digits.negative ? ~magnitude + 1 : magnitude;
 }
 
-std::uint32_t bcdValue(const std::string& text, Width width)
+std::uint64_t bcdDigits(std::uint64_t number)
 {
-    const std::int64_t highest = width == Width::word ? 9999 : 99999999;
-    for (char c : text)
-        if (c < '0' || c > '9')
-            refuse(text, "BCD takes decimal digits only");
-    std::uint32_t number = integer(text, 10, 0, highest);
-    std::uint32_t value = 0;
+    std::uint64_t value = 0;
     for (int shift = 0; number > 0; shift += bitsPerDigit, number /= 10)
         value |= number % 10 << shift;
     return value;
 }
 
-std::uint32_t realValue(const std::string& text)
+std::uint64_t maxBcd(Width width)
 {
-    float number = 0;
+    return width == Width::word ? 9999 : 99999999;
+}
+
+std::uint64_t bcdValue(const std::string& text, Width width)
+{
+    for (char c : text)
+        if (c < '0' || c > '9')
+            refuse(text, "BCD takes decimal digits only");
+    return bcdDigits(integer(text, 10, 0, maxBcd(width)));
+}
+
+// The system's own reading of a float rounds once, from the text.
+template <typename Number>
+Number floating(const std::string& text, const std::string& tooLarge)
+{
+    Number number = 0;
     const char* end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, number);
     if (stop != end || error == std::errc::invalid_argument)
         refuse(text, "not a number");
     if (error != std::errc() || !std::isfinite(number))
-        refuse(text, "no number that 32 bits can hold");
-    std::uint32_t value = 0;
-    std::memcpy(&value, &number, sizeof value);
-    return value;
+        refuse(text, tooLarge);
+    return number;
 }
 
-std::uint32_t value(const std::string& text, Width width, Notation notation)
+std::uint64_t booleanValue(const std::string& text)
 {
+    if (text == "true" || text == "1")
+        return 1;
+    if (text == "false" || text == "0")
+        return 0;
+    refuse(text, "a bool is true or false, or 1 or 0");
+}
+
+// The value that a scaled number stands for: the one that reads back as it was written.
+std::uint64_t scaledValue(const std::string& written, Width width, const Format& format)
+{
+    const std::optional<double> number = decimal(written);
+    if (!number || !std::isfinite(*number))
+        refuse(written, "not a number");
+    const double plain = (*number - format.scaling.offset) / format.scaling.scale;
+    const auto readsBack = [&](std::uint64_t raw) {
+        return decimal(rawText(raw, width, format)) == number;
+    };
+    std::uint64_t raw = 0;
+    if (isFloating(format.notation)) {
+        raw = rawOf(plain, format.notation);
+        // A neighbour may come nearer where scaling has rounded.
+        for (const std::uint64_t near : {raw, raw + 1, raw - 1})
+            if (readsBack(near))
+                return near;
+    } else {
+        const double bits = bitsOf(width);
+        const double highest = format.notation == Notation::bcd
+                                   ? static_cast<double>(maxBcd(width))
+                                   : std::exp2(isSigned(format.notation) ? bits - 1 : bits) - 1;
+        const double lowest = isSigned(format.notation) ? -highest - 1 : 0;
+        const double whole = std::round(plain);
+        if (whole < lowest || whole > highest || std::abs(whole) >= maxWhole)
+            refuse(written, "out of range for what the controller holds");
+        raw = format.notation == Notation::bcd
+                  ? bcdDigits(static_cast<std::uint64_t>(whole))
+                  : static_cast<std::uint64_t>(static_cast<std::int64_t>(whole)) & allOnes(width);
+        if (readsBack(raw))
+            return raw;
+    }
+    refuse(written, "it would read back as " + rawText(raw, width, format));
+}
+
+std::uint64_t value(const std::string& text, Width width, const Format& format)
+{
+    if (format.notation == Notation::boolean)
+        return booleanValue(text);
     if (width == Width::bit)
         return integer(text, 10, 0, 1);
-    const std::int64_t units = std::int64_t(1) << bitsOf(width);
-    switch (notation) {
+    if (!format.scaling.isPlain() && isNumber(format.notation))
+        return scaledValue(text, width, format);
+    const std::uint64_t ones = allOnes(width);
+    const std::uint64_t half = ones / 2 + 1;
+    switch (format.notation) {
     case Notation::unsignedNumber:
-        return integer(text, 10, 0, units - 1);
+    case Notation::uint64:
+        return integer(text, 10, 0, ones);
     case Notation::signedNumber:
-        return integer(text, 10, -units / 2, units / 2 - 1);
+    case Notation::int64:
+        return integer(text, 10, half, half - 1) & ones;
     case Notation::hex:
-        return integer(text, 16, 0, units - 1);
+        return integer(text, 16, 0, ones);
+    case Notation::binary:
+        return integer(text, 2, 0, ones);
     case Notation::bcd:
         return bcdValue(text, width);
     case Notation::real:
-        return realValue(text);
+        return rawOf(floating<float>(text, "no number that 32 bits can hold"), format.notation);
+    case Notation::real64:
+        return rawOf(floating<double>(text, "no number that 64 bits can hold"), format.notation);
+    case Notation::boolean:
+        break;
     }
     refuse(text, "unknown format");
 }
 
-template <typename Names>
-int indexOf(const Names& names, const std::string& name)
-{
-    for (std::size_t i = 0; i < names.size(); ++i)
-        if (names[i] == name)
-            return static_cast<int>(i);
-    return -1;
-}
-
-std::string joined(const std::vector<std::string>& names)
-{
-    std::string text;
-    for (const std::string& name : names)
-        text += (text.empty() ? "" : ", ") + name;
-    return text;
-}
-
 } // namespace
 
-bool operator==(const Format& a, const Format& b)
+double exactNumber(Width width, Format format, const unsigned char* bytes)
 {
-    return std::tie(a.notation, a.order) == std::tie(b.notation, b.order);
-}
-
-const std::vector<std::string>& notationNames()
-{
-    static const std::vector<std::string> names = {"unsigned", "signed", "hex", "bcd", "float"};
-    return names;
-}
-
-const std::vector<std::string>& wordOrderNames()
-{
-    static const std::vector<std::string> names = {"low-first", "high-first"};
-    return names;
-}
-
-WordOrder parseWordOrder(const std::string& text)
-{
-    const int index = indexOf(wordOrderNames(), text);
-    if (index < 0)
-        throw UsageFailure("unknown word order '" + text + "'; there are " +
-                           joined(wordOrderNames()));
-    return static_cast<WordOrder>(index);
-}
-
-FormatChoice parseFormat(const std::string& text)
-{
-    FormatChoice choice;
-    if (text.empty())
-        return choice;
-    const std::size_t colon = text.find(suffix);
-    const int index = indexOf(notationNames(), text.substr(0, colon));
-    if (index < 0)
-        throw UsageFailure("unknown format '" + text.substr(0, colon) + "'; there are " +
-                           joined(notationNames()));
-    choice.notation = static_cast<Notation>(index);
-    if (colon != std::string::npos)
-        choice.order = parseWordOrder(text.substr(colon + suffix.size()));
-    return choice;
-}
-
-Format chosenFormat(const FormatChoice& first, const FormatChoice& second)
-{
-    const Format byDefault;
-    Format format;
-    format.notation = first.notation.value_or(second.notation.value_or(byDefault.notation));
-    format.order = first.order.value_or(second.order.value_or(byDefault.order));
-    return format;
-}
-
-bool fits(Width width, const Format& format)
-{
-    return format.notation != Notation::real || width == Width::doubleWord;
-}
-
-void requireFormat(Width width, const Format& format)
-{
-    if (!fits(width, format))
-        throw UsageFailure("float needs the 32 bits of a double word register");
+    format.scaling.decimals = -1;
+    const std::string written = valueTexts(width, format, bytes, 1).front();
+    return decimal(written).value_or(std::numeric_limits<double>::quiet_NaN());
 }
 
 int byteCount(Width width, int values)
@@ -282,8 +201,8 @@ std::vector<std::string> valueTexts(Width width, const Format& format, const uns
 {
     std::vector<std::string> texts;
     for (int i = 0; i < values; ++i) {
-        const std::uint32_t raw = fromBytes(bytes + byteCount(width, i), width);
-        texts.push_back(text(inOrder(raw, width, format.order), width, format.notation));
+        const std::uint64_t raw = fromBytes(bytes + byteCount(width, i), width);
+        texts.push_back(rawText(inOrder(raw, width, format.order), width, format));
     }
     return texts;
 }
@@ -301,7 +220,7 @@ std::vector<unsigned char> valueBytes(Width width, const Format& format,
 {
     std::vector<unsigned char> bytes;
     for (const std::string& written : texts) {
-        std::uint32_t raw = inOrder(value(written, width, format.notation), width, format.order);
+        std::uint64_t raw = inOrder(value(written, width, format), width, format.order);
         for (int i = 0; i < bytesOf(width); ++i, raw >>= 8)
             bytes.push_back(static_cast<unsigned char>(raw & 0xFF));
     }

@@ -454,6 +454,86 @@ class Watch(EndToEnd):
         self.assertEqual(watching.end(), 1, "no value came")
 
 
+SCALED = """Name;Register;Address;Count;Format;Scale;Unit;Decimals;Min;Max
+level;R_W;100;2;signed;0,1;bar;1;-5;100
+energy;R_D;600;1;uint64;;kWh;;;
+flow;R_D;700;1;double:high-first;;;;;
+"""
+
+
+class Engineering(EndToEnd):
+    """Values as engineers have them, and what the other side saw of them."""
+
+    def setUp(self):
+        super().setUp()
+        self.tags = self.write_file("scaled.csv", SCALED)
+
+    def test_values_are_read_with_scale_unit_and_four_words(self):
+        controller = self.controller("--still", "--set", "R_W:100=123,0xFFFF",
+                                     "--set", "R_W:600..603=0xFFFE,0xFFFF,0xFFFF,0xFFFF",
+                                     "--set", "R_W:700=0x3FF8")  # fmt: skip
+        out = self.succeeds("read", "--port", controller.port, "--tags", self.tags)
+        self.assertEqual(out.splitlines(), ["level = 12.3 -0.1 bar",
+                                            "energy = 18446744073709551614 kWh",
+                                            "flow = 1.5"])  # fmt: skip
+
+    def test_what_is_written_is_what_the_controller_holds(self):
+        controller = self.controller("--still")
+        out = self.succeeds("write", "--port", controller.port, "--tags", self.tags,
+                            "level[1]=-0.1", "energy=18446744073709551614", "flow=1.5")  # fmt: skip
+        self.assertEqual(out.splitlines(),
+                         ["level[1] = -0.1 bar: written and read back, was 0.0 bar",
+                          "energy = 18446744073709551614 kWh: written and read back, was 0 kWh",
+                          "flow = 1.5: written and read back, was 0"])  # fmt: skip
+        word = controller.memory()
+        self.assertEqual([word(1, "R_W", a) for a in (100, 101)], [0, 0xFFFF])
+        self.assertEqual([word(1, "R_W", a) for a in range(600, 604)],
+                         [0xFFFE, 0xFFFF, 0xFFFF, 0xFFFF])  # fmt: skip
+        self.assertEqual([word(1, "R_W", a) for a in range(700, 704)], [0x3FF8, 0, 0, 0])
+
+    def test_nothing_is_sent_of_what_is_outside_the_limits(self):
+        log = self.path("log")
+        controller = self.controller("--still", "--log", log)
+        for text in ("level=1,100.1", "level[0]=-5.1", "level[0]@hex=FF00", "level[0]=1.25"):
+            done = run("write", "--port", controller.port, "--tags", self.tags, text)
+            self.assertEqual(done.returncode, 2, text)
+        file = self.write_file("recipe.json", '{"level": [0, "0x7FFF"]}')
+        done = run("recipe", "download", file, "--port", controller.port, "--tags", self.tags)
+        self.assertEqual(done.returncode, 2)
+        self.assertIn("level: value '3276.7': above the maximum, 100", done.stderr)
+        controller.interrupt()
+        with open(log, encoding="utf-8") as said:
+            self.assertEqual([line for line in said if " -- " not in line], [])
+
+    def test_watch_tells_numbers_with_their_unit_beside_them(self):
+        controller = self.controller("--still", "--set", "R_W:100=123,120")
+        out = self.succeeds("watch", "--port", controller.port, "--tags", self.tags, "level",
+                            "flow", "--json", "--cycles", "1")  # fmt: skip
+        told = [json.loads(line) for line in out.splitlines()]
+        self.assertEqual([(t["name"], t["value"], t.get("unit")) for t in told],
+                         [("level[0]", 12.3, "bar"), ("level[1]", 12, "bar"),
+                          ("flow", 0, None)])  # fmt: skip
+
+    def test_a_value_of_four_words_comes_in_one_part(self):
+        controller = self.controller("--still", "--set", "R_W:0..127=7")
+        log = self.path("log")
+        self.succeeds("watch", "--port", controller.port, "R_W:0..1", "R_D:2..125@uint64",
+                      "--max-registers", "6", "--cycles", "2", "--log", log)  # fmt: skip
+        with open(log, encoding="utf-8") as file:
+            reads = re.findall(r"read [0-9]+ registers? from [0-9]+ [(]R_W:([0-9]+)", file.read())
+        self.assertEqual({(int(first) - 2) % 4 for first in reads if int(first) > 0}, {0})
+
+    def test_a_recipe_of_them_goes_down_and_up(self):
+        controller = self.controller("--still")
+        recipe = {"level": [12.3, -0.1], "energy": 18446744073709551615, "flow": 1e300}
+        file = self.write_file("recipe.json", json.dumps(recipe))
+        where = ["--tags", self.tags, "--port", controller.port]
+        self.succeeds("recipe", "download", file, *where)
+        up = self.succeeds("recipe", "upload", "-", *where)
+        self.assertEqual(json.loads(up), recipe)
+        self.succeeds("recipe", "compare", file, *where)
+
+
 class Recipe(EndToEnd):
     def setUp(self):
         super().setUp()

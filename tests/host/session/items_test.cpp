@@ -39,6 +39,78 @@ TEST_F(ItemsTest, ANameStandsForItsTagAndAnythingElseIsAnAddress)
                 HasSubstr("has no tag 'torque'"));
 }
 
+TEST_F(ItemsTest, AnAddressMayHaveAFormatOfItsOwn)
+{
+    const Items items(library, source);
+    EXPECT_EQ(items.find("R_D:600@float", Access::read).format.notation, Notation::real);
+    EXPECT_EQ(items.find("R_W:7@hex:high-first", Access::read).format.order, WordOrder::highFirst);
+    EXPECT_EQ(items.find("speed@binary", Access::read).format.notation, Notation::binary);
+    EXPECT_EQ(items.find("R_D:600@double", Access::read).address,
+              (Address{1, "R_D", Width::quadWord, 600, 4}));
+    EXPECT_EQ(items.find("R_D:600..607@int64", Access::read).address,
+              (Address{1, "R_D", Width::quadWord, 600, 8}));
+    EXPECT_EQ(items.find("R_D:600@double", Access::read).name, "1/R_D:600..603");
+    EXPECT_EQ(complaint([&] { items.find("R_D:600..605@double", Access::read); }),
+              "1/R_D:600..605: double needs four words of a double word register");
+    EXPECT_EQ(complaint([&] { items.find("R_D:600..601@double", Access::read); }),
+              "1/R_D:600..601: double needs four words of a double word register");
+    EXPECT_THAT(complaint([&] { items.find("R_D:3998@double", Access::read); }),
+                HasSubstr("run past the highest address"));
+    EXPECT_EQ(complaint([&] { items.find("R_W:1@float", Access::read); }),
+              "1/R_W:1: float needs the 32 bits of a double word register");
+    EXPECT_EQ(complaint([&] { items.find("R_W:1@", Access::read); }),
+              "R_W:1@: the format is missing after '@'");
+}
+
+TEST_F(ItemsTest, AValueOfATagIsNamedAsItIsShown)
+{
+    const Items items(library, source);
+    const Item value = items.find("power[1]", Access::write);
+    EXPECT_EQ(value.address, (Address{1, "R_D", Width::doubleWord, 12, 2}));
+    EXPECT_EQ(value.name, "power[1]");
+    EXPECT_EQ(value.format.notation, Notation::real);
+    EXPECT_EQ(complaint([&] { items.find("power[2]", Access::read); }),
+              "'power[2]': power has the values 0 to 1");
+    EXPECT_THAT(complaint([&] { items.find("power[x]", Access::read); }), HasSubstr("0 to 1"));
+    EXPECT_THAT(complaint([&] { items.find("pow[0]", Access::read); }), HasSubstr("has no tag"));
+}
+
+TEST_F(ItemsTest, AFormatForAllLeavesWhatItDoesNotFit)
+{
+    source.format = "float";
+    const auto chosen = Items(library, source).chosen({"R_W:1", "R_D:2", "speed"}, Access::read);
+    EXPECT_EQ(chosen.at(0).format.notation, Notation::unsignedNumber);
+    EXPECT_EQ(chosen.at(1).format.notation, Notation::real);
+    EXPECT_EQ(chosen.at(2).format.notation, Notation::hex);
+    EXPECT_EQ(complaint([&] { Items(library, source).chosen({"R_W:1"}, Access::read); }),
+              "float needs the 32 bits of a double word register");
+    EXPECT_EQ(complaint([&] { Items(library, source).find("R_W:1", Access::write); }),
+              "1/R_W:1: float needs the 32 bits of a double word register");
+}
+
+TEST_F(ItemsTest, LimitsHoldInWhateverFormatAValueIsWritten)
+{
+    std::ofstream(source.tags) << "name,register,address,format,scale,unit,min,max\n"
+                               << "level,R_W,100,signed,0.1,bar,0,12.3\n";
+    const Items items(library, source);
+    const Item level = items.find("level", Access::write);
+    EXPECT_NO_THROW(requireWithinLimits(level, {0x7B, 0x00}));
+    EXPECT_EQ(complaint([&] {
+                  requireWithinLimits(level, {0x7C, 0x00});
+              }),
+              "value '12.4': above the maximum, 12.3");
+    EXPECT_EQ(complaint([&] {
+                  requireWithinLimits(level, {0xFF, 0xFF});
+              }),
+              "value '-0.1': below the minimum, 0");
+    const Item inHex = items.find("level@hex", Access::write);
+    EXPECT_EQ(inHex.format.scaling.unit, "");
+    EXPECT_EQ(complaint([&] {
+                  requireWithinLimits(inHex, {0x7C, 0x00});
+              }),
+              "value '12.4': above the maximum, 12.3");
+}
+
 TEST_F(ItemsTest, ArgumentsAreTakenInTheirOrderAndAllTagsWhereThereAreNone)
 {
     const Items items(library, source);

@@ -95,6 +95,22 @@ TEST(WritePieces, AGapOfOneIsRefusedForThirtyTwoBitValuesWithTheReason)
     EXPECT_THROW(readPieces(value, 1), UsageFailure);
 }
 
+TEST(ReadPieces, OfSixtyFourBitValuesSayWhereTheyMayBeCut)
+{
+    EXPECT_EQ(readPieces(address("R_D", Width::quadWord, 10, 8), 20).front().width,
+              Width::quadWord);
+    EXPECT_EQ(readPieces(address("R_D", Width::doubleWord, 10, 8), 20).front().width, Width::word);
+}
+
+TEST(WritePieces, SixtyFourBitValuesAreNeverTorn)
+{
+    const Address values = address("R_D", Width::quadWord, 10, 24);
+    EXPECT_EQ(runsOf(writePieces(values, counting(48), 10)),
+              (std::vector<Extent>{{10, 8}, {18, 8}, {26, 8}}));
+    EXPECT_THROW(writePieces(values, counting(48), 3), UsageFailure);
+    EXPECT_EQ(runsOf(readPieces(values, 22)), (std::vector<Extent>{{10, 20}, {30, 4}}));
+}
+
 TEST(ReadPieces, BitsAreReadWithTheWordsThatHoldThem)
 {
     const auto pieces = readPieces(address("M_bit", Width::bit, 15, 2), 20);

@@ -67,6 +67,15 @@ TEST(RecipeLayout, StationsAndTypesDoNotMix)
               (std::vector<Place>{{1, "M_W", 4, 2, 0}, {1, "R_W", 2, 2, 2}, {2, "R_W", 0, 2, 4}}));
 }
 
+TEST(RecipeLayout, NoPieceEndsWithinAValueOfFourWords)
+{
+    Address values = wordRange(1, "R_D", 0, 240);
+    values.width = Width::quadWord;
+    const RecipeLayout layout = layOutRecipe({values});
+    EXPECT_EQ(placesOf(layout.rounds.at(0)), (std::vector<Place>{{1, "R_D", 0, 120, 0}}));
+    EXPECT_EQ(placesOf(layout.rounds.at(1)), (std::vector<Place>{{1, "R_D", 120, 120, 120}}));
+}
+
 TEST(RecipeLayout, OfNothingHasNoRound)
 {
     const RecipeLayout layout = layOutRecipe({});

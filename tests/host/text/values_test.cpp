@@ -124,7 +124,8 @@ TEST(Values, FormatsAreNamedWithTheirWordOrder)
     EXPECT_EQ(chosenFormat(parseFormat(""), parseFormat("bcd")), asBcd);
     EXPECT_EQ(chosenFormat(FormatChoice(), FormatChoice()), asUnsigned);
     EXPECT_EQ(complaint([] { parseFormat("octal"); }),
-              "unknown format 'octal'; there are unsigned, signed, hex, bcd, float");
+              "unknown format 'octal'; there are unsigned, signed, hex, bcd, float, int64, "
+              "uint64, double, bool, binary");
     EXPECT_EQ(complaint([] { parseFormat("hex:middle"); }),
               "unknown word order 'middle'; there are low-first, high-first");
 }
