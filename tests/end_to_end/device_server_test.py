@@ -1,5 +1,5 @@
-"""A serial line behind a device server on the network: ser2net onto a pseudo-terminal, and a network
-that delays what it carries, and cuts it into pieces or joins them."""
+"""A serial line behind a device server on the network: ser2net onto a pseudo-terminal, and a
+network that delays what it carries, and cuts it into pieces or joins them."""
 
 import os
 import re
@@ -56,7 +56,8 @@ class Behind(Network):
         self.succeeds("recipe", "upload", recipe, "--tags", tags, "--port", port)
         self.succeeds("recipe", "download", recipe, "--tags", tags, "--port", port)
         word = self.plc.memory()
-        self.assertEqual((word(1, "R_W", 100), word(1, "R_W", 101), word(1, "M_W", 1)), (1500, 7, 8))
+        held = (word(1, "R_W", 100), word(1, "R_W", 101), word(1, "M_W", 1))
+        self.assertEqual(held, (1500, 7, 8))
 
     def test_over_ipv6(self):
         self.start("--set", "R_W:100=3", host="::1")
@@ -235,7 +236,8 @@ class Late(late_slaves_test.LateSlave, Network):
     def test_pauses_within_a_reply(self):
         port = self.start(byte_gap=0.15)
         out = self.succeeds("read", *port, "R_W:0..3", "--stats")
-        self.assertIn("1/R_W:0..3 = " + " ".join(str(late_slaves_test.word(1, a)) for a in range(4)), out)
+        values = " ".join(str(late_slaves_test.word(1, a)) for a in range(4))
+        self.assertIn(f"1/R_W:0..3 = {values}\n", out)
         self.assertRegex(out, r" 1 sent, 1 good")
 
 

@@ -1,5 +1,6 @@
 """Modbus TCP: pymodbus' and libmodbus' servers, which nobody here wrote, over a network that delays
-what it carries, cuts it into pieces or joins them, and can be cut; and servers that break the rules."""
+what it carries, cuts it into pieces or joins them, and can be cut; and servers that break the
+rules."""
 
 import contextlib
 import os
@@ -169,7 +170,8 @@ class Scripted:
 
 
 def framed(number, unit, body):
-    return number.to_bytes(2, "big") + b"\0\0" + (len(body) + 1).to_bytes(2, "big") + bytes((unit,)) + body
+    length = (len(body) + 1).to_bytes(2, "big")
+    return number.to_bytes(2, "big") + b"\0\0" + length + bytes((unit,)) + body
 
 
 def served(request, value=7):

@@ -462,6 +462,35 @@ TEST_F(ACarrier, LeavesBitsAlone)
     EXPECT_THAT(parts, IsEmpty());
 }
 
+TEST_F(ACarrier, NeverSendsMoreThanTheLineHasRoomFor)
+{
+    limits = upTo(128); // the station would take it
+    constexpr int room = 125;
+    for (const int told : {learnedMaximum, noMaximum}) {
+        carrier = std::make_unique<RequestCarrier>(line, told, room);
+        complete(read("R_W", 0, 128));
+        EXPECT_THAT(asked, ElementsAre(125, 3));
+        EXPECT_EQ(outcome.reception.bytes, wholeReply(read("R_W", 0, 128)));
+        complete(read("M_W", 0, 128));
+        EXPECT_THAT(asked, ElementsAre(125, 3));
+        complete(write(0, 125));
+        EXPECT_THAT(asked, ElementsAre(123, 2));
+    }
+    EXPECT_THAT(notices, IsEmpty());
+}
+
+TEST_F(ACarrier, LearnsLessThanTheLineHasRoomFor)
+{
+    limits = upTo(60);
+    carrier = std::make_unique<RequestCarrier>(line, learnedMaximum, 125);
+    complete(read("R_W", 0, 128));
+    EXPECT_EQ(asked.front(), 125);
+    EXPECT_EQ(outcome.reception.bytes, wholeReply(read("R_W", 0, 128)));
+    complete(read("R_W", 0, 128));
+    for (const int words : asked)
+        EXPECT_LE(words, 60);
+}
+
 } // namespace
 
 } // namespace dov417
