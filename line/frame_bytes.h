@@ -10,9 +10,9 @@ constexpr int functionIndex = 1;
 constexpr int addressIndex = 2;
 constexpr int quantityIndex = 4;
 constexpr int crcLength = 2;
-constexpr int exceptionLength = 5;  // station, function, code, CRC
-constexpr int exceptionFlag = 0x80; // in the function of a reply
-constexpr int broadcastStation = 0; // nobody answers it
+constexpr int exceptionLength = 5;            // station, function, code, CRC
+constexpr int exceptionFlag = 0x80;           // in the function of a reply
+constexpr unsigned char broadcastStation = 0; // nobody answers it
 constexpr int coilsPerWord = 16;
 
 enum ModbusFunction {
@@ -42,9 +42,9 @@ inline void appendWord(QByteArray& bytes, int word)
     bytes.append(static_cast<char>(word >> 8 & 0xFF)).append(static_cast<char>(word & 0xFF));
 }
 
-inline int stationOf(const QByteArray& frame)
+inline unsigned char stationOf(const QByteArray& frame)
 {
-    return byteAt(frame, 0);
+    return static_cast<unsigned char>(frame.at(0));
 }
 
 // That of an exception is the function that was asked for.

@@ -97,7 +97,7 @@ void printWarnings(const Library& library, const Planner& planner, const Plan& p
                         "refuses it with exception 3: see --max-registers\n",
                         i + 1, request.coils() > 0 ? request.coils() : request.longest(),
                         request.coils() > 0 ? "coils" : "registers",
-                        request.coils() > 0 ? maxCoils : maxRegisters);
+                        request.coils() > 0 ? maxCoils : maxWordsOfARead);
     }
     for (const Stretch& stretch : planner.uncovered(plan))
         std::printf("! no request reads %s: a shorter address lies inside a longer one that was "

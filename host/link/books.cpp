@@ -166,7 +166,7 @@ bool Books::isOut(const QByteArray& request, int replyLength) const
     });
 }
 
-bool Books::isEchoOut(int station) const
+bool Books::isEchoOut(unsigned char station) const
 {
     return std::any_of(open_.begin(), open_.end(), [station](const OpenTransmission& open) {
         return stationOf(open.sent) == station && functionOf(open.sent) == diagnostics;
@@ -182,7 +182,7 @@ bool Books::standsFor(const OpenTransmission& earlier, const OpenTransmission& l
     return earlier.sent == later.sent && written < earlier.number;
 }
 
-long long Books::writtenOther(int station, const QByteArray& request) const
+long long Books::writtenOther(unsigned char station, const QByteArray& request) const
 {
     const Written& written = written_.at(station);
     return written.last == request ? written.otherNumber : written.lastNumber;

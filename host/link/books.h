@@ -53,7 +53,7 @@ public:
     // When the last of those can no longer come.
     Clock::time_point certainAt(const QByteArray& request, int replyLength) const;
     // Is a diagnostics echo to this station still to be answered?
-    bool isEchoOut(int station) const;
+    bool isEchoOut(unsigned char station) const;
     // When this very request was sent last, of what is open.
     std::optional<Clock::time_point> lastSent(const QByteArray& request) const;
     // Is a reply out that has this station, function and length?
@@ -70,7 +70,7 @@ private:
         long long otherNumber = 0; // of the last one that was not this one
     };
     void forgetOldest();
-    long long writtenOther(int station, const QByteArray& request) const;
+    long long writtenOther(unsigned char station, const QByteArray& request) const;
 
     Clock::duration horizon_;
     std::deque<OpenTransmission> open_;

@@ -101,7 +101,7 @@ private:
     void takeArrival(Arrival arrival, Clock::time_point now);
     bool takeReply(LineResult result, Clock::time_point now);
     void report(const Stray& stray);
-    void nameIfSlow(int station, Micros delay);
+    void nameIfSlow(unsigned char station, Micros delay);
     void reportStrays(Clock::time_point now);
     bool isToBeHeldBack(Clock::time_point now);
     void holdBack(LineResult result);

@@ -212,7 +212,7 @@ void Exchange::flushLateBytes(const QByteArray& bytes, Clock::time_point now)
 }
 
 // Said once.
-void Exchange::nameIfSlow(int station, Micros delay)
+void Exchange::nameIfSlow(unsigned char station, Micros delay)
 {
     Station& slow = stations_.at(station);
     const std::string text = slowText(station, delay, settings_.timeout);

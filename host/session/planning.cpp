@@ -160,7 +160,7 @@ int PlannedRequest::longest() const
 
 bool PlannedRequest::isAboveLimit() const
 {
-    return coils() > 0 ? coils() > maxCoils : longest() > maxRegisters;
+    return coils() > 0 ? coils() > maxCoils : longest() > maxWordsOfARead;
 }
 
 Planner::Planner(const Library& library, const std::vector<Address>& addresses,

@@ -16,8 +16,7 @@
 namespace dov417 {
 
 // What the Modbus application protocol lets a strict controller answer.
-const int maxRegisters = 125;
-const int maxCoils = 2000;
+const int maxCoils = maxWordsOfARead * 16;
 
 // A frame and its reply.
 struct PlannedPart {

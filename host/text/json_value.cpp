@@ -23,7 +23,7 @@ Json jsonValue(const std::string& text)
 {
     if (isNoJsonNumber(text))
         return nullptr;
-    const Json number = Json::parse(text, nullptr, false);
+    Json number = Json::parse(text, nullptr, false);
     if (number.is_boolean())
         return number;
     if (!number.is_number())
