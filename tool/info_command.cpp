@@ -55,7 +55,7 @@ void printPlaces(const Library& library)
 {
     std::printf("\n%-8s  %-9s  %-4s  %-5s  %-11s  %s\n", "register", "lies in", "read", "write",
                 "from 0", "from 1, with its kind");
-    for (const Place& place : learnPlaces(library)) {
+    for (const RegisterPlace& place : learnPlaces(library)) {
         const int last = place.first + place.count - 1;
         std::printf("%-8s  %-9s  %-4d  %-5s  %-11s  %s\n", place.regName.c_str(),
                     place.coils ? "coils" : "registers", place.readFunction,

@@ -37,7 +37,7 @@ LineScanEvents ScanTeller::events(std::function<void()> ended)
 {
     LineScanEvents events;
     events.found = [this](const Found& each) { found(each); };
-    events.heard = [this](const Heard& each) { heard(each); };
+    events.heard = [this](const ScanHeard& each) { heard(each); };
     events.notice = [this](const std::string& text) { sayNotice(text); };
     events.passed = [this](Direction direction, const QByteArray& bytes,
                            const std::string& remark) { passed(direction, bytes, remark); };
@@ -109,7 +109,7 @@ void ScanTeller::found(const Found& found)
     sayLine(json_ ? foundJson(found).dump() : foundText(found, settings_.timeout));
 }
 
-void ScanTeller::heard(const Heard& heard)
+void ScanTeller::heard(const ScanHeard& heard)
 {
     isInUse_ = isInUse_ || heard.kind == HeardKind::inUse;
     if (json_)

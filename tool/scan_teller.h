@@ -45,7 +45,7 @@ public:
 
 private:
     void found(const Found& found);
-    void heard(const Heard& heard);
+    void heard(const ScanHeard& heard);
     void sayLine(const std::string& text);
     void clearBar();
 

@@ -78,7 +78,7 @@ nlohmann::ordered_json foundJson(const Found& found)
             {"confirmed", found.isConfirmed}};
 }
 
-std::string heardText(const Heard& heard, bool asksAnyway)
+std::string heardText(const ScanHeard& heard, bool asksAnyway)
 {
     const std::string at = "at " + toText(heard.line) + ": ";
     const std::string station = "station " + std::to_string(heard.station);
@@ -109,7 +109,7 @@ std::string heardText(const Heard& heard, bool asksAnyway)
     return std::string();
 }
 
-nlohmann::ordered_json heardJson(const Heard& heard, bool asksAnyway)
+nlohmann::ordered_json heardJson(const ScanHeard& heard, bool asksAnyway)
 {
     nlohmann::ordered_json object = {{"heard", keyOf(heard.kind)}, {"line", toText(heard.line)}};
     if (heard.station != 0)

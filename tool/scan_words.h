@@ -13,8 +13,8 @@ namespace dov417 {
 std::string foundText(const Found& found, Micros timeout);
 nlohmann::ordered_json foundJson(const Found& found);
 
-std::string heardText(const Heard& heard, bool asksAnyway);
-nlohmann::ordered_json heardJson(const Heard& heard, bool asksAnyway);
+std::string heardText(const ScanHeard& heard, bool asksAnyway);
+nlohmann::ordered_json heardJson(const ScanHeard& heard, bool asksAnyway);
 
 // Of words such as "1/R_W:0..3999".
 std::string rangeLine(const std::string& words, const WordRange& range);

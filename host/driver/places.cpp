@@ -72,15 +72,15 @@ int unitsOf(const RegisterType& type, bool coils)
 
 } // namespace
 
-std::vector<Place> learnPlaces(const Library& library)
+std::vector<RegisterPlace> learnPlaces(const Library& library)
 {
     const DriverClaim claim(library);
-    std::vector<Place> places;
+    std::vector<RegisterPlace> places;
     for (const RegisterType& type : registerTypes(library)) {
         const auto read = readFrame(library, type);
         if (!read)
             continue;
-        Place place;
+        RegisterPlace place;
         place.regName = type.name;
         place.readFunction = functionOf(*read);
         place.coils = place.readFunction == readCoils;

@@ -10,7 +10,7 @@
 
 namespace dov417 {
 
-struct Place {
+struct RegisterPlace {
     std::string regName;
     bool coils = false;   // else registers
     int first = 0;        // coil or register of address 0
@@ -21,7 +21,7 @@ struct Place {
 
 // One read of each type is framed, a write of one unit and, but for bits, of two words. Resets the
 // driver; throws a std::logic_error while a session has it.
-std::vector<Place> learnPlaces(const Library& library);
+std::vector<RegisterPlace> learnPlaces(const Library& library);
 
 // The 1-based number with its kind in front, as many masters and manuals have it: "00001" for coil
 // 0, "41281" for register 1280; with six digits where the last one asks for that: "400001".

@@ -70,10 +70,4 @@ bool isModbusTcp(const std::string& text)
     return address && address->isModbusTcp;
 }
 
-void requireSerialPort(const std::string& text)
-{
-    if (parseNetworkAddress(text))
-        throw UsageFailure(text + ": this needs a serial port of this machine");
-}
-
 } // namespace dov417

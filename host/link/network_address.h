@@ -20,9 +20,6 @@ std::optional<NetworkAddress> parseNetworkAddress(const std::string& text);
 
 bool isModbusTcp(const std::string& text);
 
-// For what needs the bits of a wire. Throws a UsageFailure where the port is one of a network.
-void requireSerialPort(const std::string& text);
-
 } // namespace dov417
 
 #endif

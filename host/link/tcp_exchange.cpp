@@ -4,20 +4,15 @@
 #include <utility>
 
 #include "line/crc16.h"
+#include "line/frame_bytes.h"
 #include "link/tcp_frame.h"
 
 namespace dov417 {
 
 namespace {
 
-constexpr int exceptionFlag = 0x80;
 constexpr int marks = 0x10000;
 constexpr Micros rereadDelay(200); // bytes wait in the kernel: let the port's event come first
-
-unsigned char stationOf(const QByteArray& frame)
-{
-    return static_cast<unsigned char>(frame.at(0));
-}
 
 } // namespace
 
@@ -223,7 +218,7 @@ void TcpExchange::takeReply(const QByteArray& frame, Clock::time_point now)
     collector_.takeStrays();
     // The header has said how long it is.
     if (arrival == Arrival::incomplete || collector_.reply() != frame) {
-        const bool isOther = ((frame.at(1) ^ current_.sent.at(1)) & ~exceptionFlag) != 0;
+        const bool isOther = functionOf(frame) != functionOf(current_.sent);
         report({isOther ? StrayKind::otherFunction : StrayKind::otherRequest, frame, now});
         finish(LineResult::timeout);
         return;

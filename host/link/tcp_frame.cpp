@@ -1,5 +1,7 @@
 #include "link/tcp_frame.h"
 
+#include "line/frame_bytes.h"
+
 namespace dov417 {
 
 namespace {
@@ -8,27 +10,15 @@ constexpr int numberIndex = 0;
 constexpr int protocolIndex = 2;
 constexpr int lengthIndex = 4;
 constexpr int minBody = 3; // station, function, exception code
-constexpr int crcLength = 2;
-
-int numberAt(const QByteArray& bytes, int index)
-{
-    return static_cast<unsigned char>(bytes.at(index)) * 256 +
-           static_cast<unsigned char>(bytes.at(index + 1));
-}
-
-void append(QByteArray& bytes, int number)
-{
-    bytes.append(static_cast<char>(number >> 8)).append(static_cast<char>(number & 0xFF));
-}
 
 } // namespace
 
 TcpHeader tcpHeader(const QByteArray& bytes)
 {
     TcpHeader header;
-    header.number = numberAt(bytes, numberIndex);
-    header.length = numberAt(bytes, lengthIndex);
-    header.isModbus = numberAt(bytes, protocolIndex) == 0 && header.length >= minBody &&
+    header.number = wordAt(bytes, numberIndex);
+    header.length = wordAt(bytes, lengthIndex);
+    header.isModbus = wordAt(bytes, protocolIndex) == 0 && header.length >= minBody &&
                       header.length <= maxTcpBody;
     return header;
 }
@@ -37,9 +27,9 @@ QByteArray tcpFrame(int number, const QByteArray& rtuFrame)
 {
     const QByteArray body = rtuFrame.left(rtuFrame.size() - crcLength);
     QByteArray frame;
-    append(frame, number);
-    append(frame, 0);
-    append(frame, static_cast<int>(body.size()));
+    appendWord(frame, number);
+    appendWord(frame, 0);
+    appendWord(frame, static_cast<int>(body.size()));
     return frame + body;
 }
 

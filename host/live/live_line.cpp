@@ -47,7 +47,8 @@ LineSettings listeningSettings(const Library& library, const LineSetup& setup)
 {
     if (setup.port.empty())
         throw UsageFailure("no line: name the port with --port PORT");
-    requireSerialPort(setup.port);
+    if (isModbusTcp(setup.port))
+        throw UsageFailure(setup.port + ": a Modbus TCP server hands on nothing that others say");
     LineSettings settings;
     settings.device = QString::fromStdString(setup.port);
     settings.wire = serialFormat(library, setup);

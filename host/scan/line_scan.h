@@ -17,7 +17,7 @@ namespace dov417 {
 // Called from the event loop.
 struct LineScanEvents {
     std::function<void(const Found&)> found;
-    std::function<void(const Heard&)> heard;
+    std::function<void(const ScanHeard&)> heard;
     std::function<void(const std::string&)> notice; // what a person should know
     // Its bytes, or what is to be remarked.
     std::function<void(Direction, const QByteArray&, const std::string& remark)> passed;

@@ -65,7 +65,7 @@ void StationScan::endListening(Clock::time_point now)
 {
     if (unaskedBytes_ >= minBytesInUse) {
         isInUse_ = true;
-        Heard heard{HeardKind::inUse, turns_.front().line};
+        ScanHeard heard{HeardKind::inUse, turns_.front().line};
         heard.bytes = unaskedBytes_;
         heard.stations = speakers_;
         events_.heard(heard);

@@ -52,7 +52,7 @@ enum class HeardKind {
     otherLine      // a late answer to what was asked at these settings: it is asked there again
 };
 
-struct Heard {
+struct ScanHeard {
     HeardKind kind = HeardKind::inUse;
     SerialFormat line;
     int station = 0;
@@ -67,7 +67,7 @@ struct ScanEvents {
     std::function<void(Clock::time_point)> wakeAt; // one call of timerDue(), in place of any before
     std::function<void(const ScanPiece&)> received;
     std::function<void(const Found&)> found;
-    std::function<void(const Heard&)> heard;
+    std::function<void(const ScanHeard&)> heard;
     std::function<void()> done;
 };
 

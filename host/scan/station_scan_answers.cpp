@@ -116,7 +116,7 @@ void StationScan::foreignCame(int station, int bytes)
     if (isInUse_ || ++foreignFrames_ <= maxForeignFrames)
         return;
     isInUse_ = true;
-    Heard heard{HeardKind::inUse, turns_.front().line};
+    ScanHeard heard{HeardKind::inUse, turns_.front().line};
     heard.bytes = bytes;
     heard.stations = speakers_;
     events_.heard(heard);
@@ -151,7 +151,7 @@ void StationScan::windowIsOver(Clock::time_point now)
 void StationScan::tellGarbled(int station, int noise)
 {
     if (++noisyStations_ <= maxNoisyStations) {
-        Heard heard{HeardKind::garbled, turns_.front().line, station};
+        ScanHeard heard{HeardKind::garbled, turns_.front().line, station};
         heard.bytes = noise;
         events_.heard(heard);
     } else if (noisyStations_ == maxNoisyStations + 1) {

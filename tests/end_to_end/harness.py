@@ -17,7 +17,7 @@ import tty
 import unittest
 
 TOOL = os.environ["DOV417"]
-PATIENCE = 600  # seconds; nothing waits for so long unless something is broken
+PATIENCE = 300  # seconds; nothing waits for so long unless something is broken
 
 
 def as_somebody_else(*command):

@@ -13,7 +13,7 @@ Found station(bool isSlow, bool isConfirmed)
     return {line, 7, Micros(5349), isSlow, isConfirmed};
 }
 
-Heard heard(HeardKind kind)
+ScanHeard heard(HeardKind kind)
 {
     return {kind, line, 7, 21, {}};
 }
@@ -34,7 +34,7 @@ TEST(ScanWords, SayHowFastAStationAnswers)
 
 TEST(ScanWords, SayWhatIsHeardThatIsNoAnswer)
 {
-    Heard inUse = heard(HeardKind::inUse);
+    ScanHeard inUse = heard(HeardKind::inUse);
     EXPECT_EQ(
         heardText(inUse, false),
         "at 9600,8,NONE,1: 21 bytes came unasked, but no frame: the line is in use at another "
@@ -58,7 +58,7 @@ TEST(ScanWords, SayWhatIsHeardThatIsNoAnswer)
 
 TEST(ScanWords, AreObjectsForPrograms)
 {
-    Heard inUse{HeardKind::inUse, line, 0, 16, {1, 9}};
+    ScanHeard inUse{HeardKind::inUse, line, 0, 16, {1, 9}};
     EXPECT_EQ(heardJson(inUse, true).dump(),
               R"({"heard":"inUse","line":"9600,8,NONE,1","bytes":16,"stations":[1,9],)"
               R"("text":"at 9600,8,NONE,1: the line is in use: others speak with stations 1, 9"})");

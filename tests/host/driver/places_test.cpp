@@ -8,7 +8,7 @@ namespace {
 
 using PlacesOfLibrary = LoadedLibrary;
 
-std::string textOf(const Place& place)
+std::string textOf(const RegisterPlace& place)
 {
     std::string text = place.regName + (place.coils ? " coils " : " registers ") +
                        std::to_string(place.first) + " " + std::to_string(place.count) + " read " +
@@ -21,7 +21,7 @@ std::string textOf(const Place& place)
 TEST_F(PlacesOfLibrary, AreLearntFromTheFramesOfTheDriver)
 {
     std::vector<std::string> found;
-    for (const Place& place : learnPlaces(library))
+    for (const RegisterPlace& place : learnPlaces(library))
         found.push_back(textOf(place));
     EXPECT_THAT(
         found,

@@ -54,7 +54,7 @@ protected:
                             (each.isSlow ? " slow" : "") + (each.isConfirmed ? "" : " once"));
             times[each.station] = each.took;
         };
-        events.heard = [this](const Heard& each) { heard.push_back(each); };
+        events.heard = [this](const ScanHeard& each) { heard.push_back(each); };
         events.done = [this]() { isDone = true; };
         scan = std::make_unique<StationScan>(settings, questionsOfTheTest(), events);
         startedAt = now;
@@ -104,7 +104,7 @@ protected:
     std::vector<HeardKind> heardKinds() const
     {
         std::vector<HeardKind> kinds;
-        for (const Heard& each : heard)
+        for (const ScanHeard& each : heard)
             kinds.push_back(each.kind);
         return kinds;
     }
@@ -128,7 +128,7 @@ protected:
     std::vector<ScanPiece> pieces;
     std::vector<std::string> found;
     std::map<int, Micros> times;
-    std::vector<Heard> heard;
+    std::vector<ScanHeard> heard;
     bool isDone = false;
 
 private:
