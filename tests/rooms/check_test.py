@@ -65,6 +65,16 @@ class Check(unittest.TestCase):
         self.refused({"line/wire.h": '#include "../include/intf.h"\n'},
                      "line/wire.h:1: line/ may not include include/")
 
+    def test_two_types_of_one_name_are_found(self):
+        space = "namespace plant {{\n{}\n}} // namespace plant\n"
+        named = space.format("struct Place {\n};")
+        self.refused({"line/wire.h": named, "host/text/values.h": named},
+                     "plant::Place is defined in host/text/values.h and in line/wire.h")
+        for other in ("struct Place;", "class Place::Part {\n};", "template <>\nstruct Place<int> {\n};",
+                      "namespace {\nstruct Place {\n};\n} // namespace"):
+            self.assertEqual(self.check({"line/wire.h": named,
+                                         "host/text/values.h": space.format(other)}), (0, ""))
+
     def test_nobody_includes_tests(self):
         self.refused({"line/wire.h": '#include "tests/help.h"\n', "tests/help.h": ""},
                      "line/wire.h:1: line/ may not include tests/")
