@@ -82,10 +82,9 @@ public:
         };
         LineScan scan(port_, settings, questions, events);
         running = &scan;
-        stop_ = [&scan]() { scan.stop(); };
-        teller_.showBar([&scan]() { return progressText(scan.progress()); });
         scan.start();
-        wait([this]() { return teller_.hasEnded(); });
+        teller_.showBar([&scan]() { return progressText(scan.progress()); });
+        wait([this]() { return teller_.hasEnded(); }, [&scan]() { scan.stop(); });
     }
 
     void findRanges(const WordRun& run)
@@ -103,16 +102,15 @@ public:
             loop_.quit();
         };
         RangeSearch search(line, run, events);
-        stop_ = [&search]() { search.stop(); };
-        teller_.showBar([&]() {
-            return barText(static_cast<double>(search.known()) / run.count,
-                           rangeText(run, run.first, run.count) + " at " + toText(settings.wire));
-        });
         QString reason;
         if (!line.open(&reason))
             throw Failure(reason.toStdString());
         search.start();
-        wait([&isDone]() { return isDone; });
+        teller_.showBar([&]() {
+            return barText(static_cast<double>(search.known()) / run.count,
+                           rangeText(run, run.first, run.count) + " at " + toText(settings.wire));
+        });
+        wait([&isDone]() { return isDone; }, [&search]() { search.stop(); });
     }
 
 private:
@@ -146,11 +144,14 @@ private:
                        reasonText(reception, each.replyLength));
     }
 
-    void wait(const std::function<bool()>& isOver)
+    // Neither what stops it nor what tells of it is called any more afterwards.
+    void wait(const std::function<bool()>& isOver, const std::function<void()>& stop)
     {
+        stop_ = stop;
         if (!isOver() && !teller_.isInterrupted())
             loop_.exec();
         stop_ = nullptr;
+        teller_.hideBar();
     }
 
     void interrupt()

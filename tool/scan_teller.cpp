@@ -56,6 +56,13 @@ void ScanTeller::showBar(std::function<std::string()> text)
         barTimer_.start();
 }
 
+void ScanTeller::hideBar()
+{
+    barTimer_.stop();
+    clearBar();
+    barText_ = nullptr;
+}
+
 const std::map<int, SerialFormat>& ScanTeller::whereFound() const
 {
     return whereFound_;

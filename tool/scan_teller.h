@@ -26,6 +26,7 @@ public:
     LineScanEvents events(std::function<void()> ended);
     // This is shown from now on, if the messages go to a terminal.
     void showBar(std::function<std::string()> text);
+    void hideBar();
     // Where each station was found first.
     const std::map<int, SerialFormat>& whereFound() const;
 
