@@ -80,12 +80,7 @@ void Exchange::awaitLate(const Books& earlier)
 
 std::vector<StationTime> Exchange::stationTimes() const
 {
-    std::vector<StationTime> times;
-    for (std::size_t station = 0; station < stations_.size(); ++station)
-        if (stations_.at(station).timeout.hasAnswered())
-            times.push_back(
-                stations_.at(station).timeout.time(static_cast<int>(station), settings_.timeout));
-    return times;
+    return timesOf(stations_, settings_.timeout);
 }
 
 Micros Exchange::wireTime() const

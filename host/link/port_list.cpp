@@ -85,13 +85,6 @@ std::string adapterOf(fs::path device)
     return "built in";
 }
 
-std::string groupOf(const std::string& device)
-{
-    const QFileInfo file(QString::fromStdString(device));
-    const QFile::Permissions group = QFile::ReadGroup | QFile::WriteGroup;
-    return (file.permissions() & group) == group ? file.group().toStdString() : std::string();
-}
-
 // The names of the folder's entries, empty where it cannot be read.
 std::vector<std::string> namesIn(const fs::path& folder, std::error_code& error)
 {
@@ -159,6 +152,13 @@ void addThoseWhoLockIt(Users& users, const PortFolders& folders, const std::stri
 
 } // namespace
 
+std::string groupThatMayOpen(const std::string& device)
+{
+    const QFileInfo file(QString::fromStdString(device));
+    const QFile::Permissions group = QFile::ReadGroup | QFile::WriteGroup;
+    return (file.permissions() & group) == group ? file.group().toStdString() : std::string();
+}
+
 PortList listPorts(const PortFolders& folders)
 {
     PortList list;
@@ -175,7 +175,7 @@ PortList listPorts(const PortFolders& folders)
         port.adapter = adapterOf(device);
         port.driver = driverOf(device);
         port.mayOpen = access(port.device.c_str(), R_OK | W_OK) == 0;
-        port.group = groupOf(port.device);
+        port.group = groupThatMayOpen(port.device);
         list.ports.push_back(port);
     }
     std::sort(list.ports.begin(), list.ports.end(), comesBefore);

@@ -19,7 +19,7 @@ struct PortEntry {
     std::string driver;          // "ftdi_sio"; empty where none is named
     std::vector<PortUser> users; // as far as one may see them
     bool mayOpen = false;        // whoever runs this
-    std::string group;           // that may; empty where a group does not help
+    std::string group;           // that may
 };
 
 struct PortList {
@@ -34,6 +34,9 @@ struct PortFolders {
     std::string processes = "/proc";
     std::string locks = "/run/lock"; // "LCK..ttyUSB0" holds a process number
 };
+
+// Empty where a group does not help.
+std::string groupThatMayOpen(const std::string& device);
 
 PortList listPorts(const PortFolders& folders = PortFolders());
 

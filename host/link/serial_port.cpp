@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "line/pseudo_terminal.h"
+#include "link/port_list.h"
 
 namespace dov417 {
 
@@ -16,17 +17,16 @@ constexpr std::chrono::milliseconds reopenPause(200);
 
 QString whyNotOpened(const QString& device, const QString& systemText)
 {
-    const QFileInfo file(device);
-    if (!file.exists())
+    if (!QFileInfo::exists(device))
         return QStringLiteral("there is no port %1").arg(device);
     if (access(device.toLocal8Bit().constData(), R_OK | W_OK) != 0) {
         const QString refused = QStringLiteral("permission refused on port %1").arg(device);
-        const QFile::Permissions group = QFile::ReadGroup | QFile::WriteGroup;
-        return (file.permissions() & group) != group
+        const std::string group = groupThatMayOpen(device.toStdString());
+        return group.empty()
                    ? refused
                    : refused + QStringLiteral(": it belongs to group %1; 'sudo adduser $USER %1' "
                                               "and a new login let you in")
-                                   .arg(file.group());
+                                   .arg(QString::fromStdString(group));
     }
     return QStringLiteral("port %1 cannot be used: %2").arg(device, systemText);
 }

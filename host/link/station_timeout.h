@@ -3,6 +3,7 @@
 #define DOV417_LINK_STATION_TIMEOUT_H
 
 #include <string>
+#include <vector>
 
 #include "line/clock.h"
 
@@ -53,6 +54,20 @@ private:
     Micros grown_{0};  // since it last answered
     int silences_ = 0; // in a row
 };
+
+// Of the stations that have answered; the index is the number.
+template <typename Stations>
+std::vector<StationTime> timesOf(const Stations& stations, const TimeoutSettings& settings)
+{
+    std::vector<StationTime> times;
+    int number = 0;
+    for (const auto& station : stations) {
+        if (station.timeout.hasAnswered())
+            times.push_back(station.timeout.time(number, settings));
+        ++number;
+    }
+    return times;
+}
 
 // What a person wonders about whose station takes longer than it is given at first: why it is slow,
 // or why values do not come. Empty of one that does not.

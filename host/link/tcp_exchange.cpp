@@ -274,12 +274,7 @@ Clock::time_point TcpExchange::quietAt() const
 
 std::vector<StationTime> TcpExchange::stationTimes() const
 {
-    std::vector<StationTime> times;
-    for (std::size_t station = 0; station < stations_.size(); ++station)
-        if (stations_.at(station).timeout.hasAnswered())
-            times.push_back(
-                stations_.at(station).timeout.time(static_cast<int>(station), settings_.timeout));
-    return times;
+    return timesOf(stations_, settings_.timeout);
 }
 
 Micros TcpExchange::wireTime() const
