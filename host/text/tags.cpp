@@ -5,6 +5,7 @@
 #include <map>
 
 #include "text/csv_rows.h"
+#include "text/json_tags.h"
 #include "text/tag_columns.h"
 #include "text/text_file.h"
 
@@ -103,11 +104,24 @@ void requireUtf8(const Row& row, const Header& header, const Place& place)
     }
 }
 
+// As a CSV header never begins.
+bool isJsonObject(const std::string& text)
+{
+    const std::size_t first = text.find_first_not_of("\xEF\xBB\xBF \t\r\n");
+    return first != std::string::npos && text[first] == '{';
+}
+
 } // namespace
 
 std::vector<Tag> readTags(const Library& library, const std::string& file)
 {
-    return parseTags(library, contentOf(file, "the tag file " + file), file);
+    const std::string text = contentOf(file, "the tag file " + file);
+    if (!isJsonObject(text))
+        return parseTags(library, text, file);
+    const PlacedJson project(text, file);
+    if (!project.root().contains(tagsMember))
+        project.refuse(std::string(), "there are no tags in it");
+    return tagsOf(library, jsonTags(project), &project);
 }
 
 std::vector<Tag> parseTags(const Library& library, const std::string& text, const std::string& file)

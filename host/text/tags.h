@@ -18,7 +18,7 @@ std::string limitText(double limit);
 // may come in any order and be written in any case, others besides are left alone; name, register
 // and address must be there. An empty station is 1, an empty count one value. Empty lines and those
 // that begin with # do not count. Throws a UsageFailure that names file, line and column of the
-// first mistake.
+// first mistake. A project file may stand for it: then these are the tags in it.
 std::vector<Tag> readTags(const Library& library, const std::string& file);
 // The same of the file's content; `file` names it in messages.
 std::vector<Tag> parseTags(const Library& library, const std::string& text,
