@@ -178,8 +178,10 @@ int runScan(const ScanOptions& options)
                                : "no line: name the port with --port DEVICE, or use --simulated "
                                  "for a controller of the tool's own");
     if (parseNetworkAddress(options.line.port))
-        throw UsageFailure(options.line.port + ": scan needs a serial port: speed and parity of a line behind a network "
-                           "are set at its server");
+        throw UsageFailure(
+            options.line.port +
+            ": scan needs a serial port: speed and parity of a line behind a network "
+            "are set at its server");
     const Library library(options.library);
     ScanSettings settings = settingsFor(options, library);
     const std::vector<Area> areas = learnAreas(library);
