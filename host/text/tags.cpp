@@ -37,14 +37,6 @@ const std::array<Column, 3> neededColumns = {nameColumn, registerColumn, address
 const int maxValues = 65536;
 const int maxDecimals = 9;
 
-std::string inLowerCase(std::string text)
-{
-    for (char& letter : text)
-        if (letter >= 'A' && letter <= 'Z')
-            letter = static_cast<char>(letter - 'A' + 'a');
-    return text;
-}
-
 // Which field of a row holds which column; -1: the file has no such column.
 class Header {
 public:
