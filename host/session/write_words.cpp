@@ -1,5 +1,8 @@
 #include "session/write_words.h"
 
+#include <algorithm>
+#include <cmath>
+
 namespace dov417 {
 
 namespace {
@@ -13,7 +16,40 @@ std::string joined(const Item& item, const std::vector<unsigned char>& bytes)
     return withUnit(text, item.format);
 }
 
+// Of a word or a double word, scaled.
+std::string wholeNumbers(Width width, const Format& format)
+{
+    const int bits = 8 * byteCount(width, 1);
+    const bool isSigned = format.notation == Notation::signedNumber;
+    const double highest = std::exp2(isSigned ? bits - 1 : bits) - 1;
+    const auto scaled = [&format](double raw) {
+        return raw * format.scaling.scale + format.scaling.offset;
+    };
+    const auto [least, most] = std::minmax({scaled(isSigned ? -highest - 1 : 0), scaled(highest)});
+    return limitText(least) + " to " + withUnit(limitText(most), format);
+}
+
 } // namespace
+
+std::string rangeText(const Item& item)
+{
+    const auto number = [&item](double limit) { return withUnit(limitText(limit), item.ofLimits); };
+    const Limits& limits = item.limits;
+    if (limits.min && limits.max)
+        return limitText(*limits.min) + " to " + number(*limits.max);
+    if (limits.min || limits.max)
+        return limits.min ? "at least " + number(*limits.min) : "at most " + number(*limits.max);
+    const Width width = item.address.width;
+    switch (item.format.notation) {
+    case Notation::boolean:
+        return "true or false";
+    case Notation::unsignedNumber:
+    case Notation::signedNumber:
+        return width == Width::bit ? "0 or 1" : wholeNumbers(width, item.format);
+    default:
+        return std::string();
+    }
+}
 
 WriteTask writeTask(const Item& item, const std::vector<std::string>& values)
 {

@@ -13,6 +13,9 @@ namespace dov417 {
 // outside its limits.
 WriteTask writeTask(const Item& item, const std::vector<std::string>& values);
 
+// What its values may be: "0 to 3000 rpm", "0 or 1"; empty where that takes more words.
+std::string rangeText(const Item& item);
+
 // "speed = 1500 rpm: written and read back, was 0 rpm". interruption: why what is still waiting
 // was given up.
 std::string writeReport(const WriteTask& task, const std::string& interruption);
