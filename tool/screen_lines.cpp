@@ -1,5 +1,6 @@
 #include "tool/screen_lines.h"
 
+#include <algorithm>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -16,12 +17,36 @@ ScreenSize screenSize()
     return size;
 }
 
+namespace {
+
+bool continuesACharacter(char byte)
+{
+    return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
+}
+
+} // namespace
+
+std::size_t lengthOf(const std::string& text)
+{
+    return text.size() -
+           static_cast<std::size_t>(std::count_if(text.begin(), text.end(), continuesACharacter));
+}
+
+std::string marked(const std::string& line, std::size_t columns)
+{
+    std::string clean = line;
+    std::replace_if(
+        clean.begin(), clean.end(),
+        [](char byte) { return static_cast<unsigned char>(byte) < ' ' || byte == '\177'; }, '?');
+    return lengthOf(clean) <= columns || columns == 0 ? fitted(clean, columns)
+                                                      : fitted(clean, columns - 1) + ">";
+}
+
 std::string fitted(const std::string& line, std::size_t columns)
 {
     std::size_t characters = 0;
     for (std::size_t i = 0; i < line.size(); ++i) {
-        const bool continues = (static_cast<unsigned char>(line.at(i)) & 0xC0) == 0x80;
-        if (!continues && ++characters > columns)
+        if (!continuesACharacter(line.at(i)) && ++characters > columns)
             return line.substr(0, i);
     }
     return line;

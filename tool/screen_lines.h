@@ -19,6 +19,12 @@ ScreenSize screenSize();
 // Cut at so many characters, never within one of several bytes.
 std::string fitted(const std::string& line, std::size_t columns);
 
+// The same, with a mark where it was cut, and nothing in it that moves a terminal's cursor.
+std::string marked(const std::string& line, std::size_t columns);
+
+// Characters of a text in UTF-8.
+std::size_t lengthOf(const std::string& text);
+
 // Lines that are too long go on in the next one, indented; broken at blanks.
 std::vector<std::string> wrapped(const std::vector<std::string>& lines, std::size_t columns);
 
