@@ -13,14 +13,6 @@ namespace dov417 {
 
 namespace {
 
-std::string inLowerCase(std::string text)
-{
-    for (char& letter : text)
-        if (letter >= 'A' && letter <= 'Z')
-            letter = static_cast<char>(letter - 'A' + 'a');
-    return text;
-}
-
 // Which field of a row holds which column; -1: the file has no such column.
 class Header {
 public:
