@@ -11,6 +11,7 @@
 #include "line/frame_text.h"
 #include "session/items.h"
 #include "session/planning.h"
+#include "tool/defaults.h"
 
 namespace dov417 {
 
@@ -79,10 +80,14 @@ void printPlan(const Plan& plan, int gap)
 }
 
 void printWarnings(const Library& library, const Planner& planner, const Plan& plan,
-                   const std::vector<Item>& items, int gap, std::optional<int> maximum)
+                   const std::vector<Item>& items, const LineSetup& line)
 {
+    const int gap = line.mergeGap();
     for (std::size_t i = 0; i < plan.requests.size(); ++i) {
         const PlannedRequest& request = plan.requests[i];
+        const auto own = line.stationMaxRegisters.find(request.station);
+        const std::optional<int> maximum =
+            own == line.stationMaxRegisters.end() ? line.maxRegisters : own->second;
         if (maximum && request.length > *maximum && request.parts.empty())
             std::printf("! request %zu goes out as it is: its values of several words overlap, and "
                         "no part of "
@@ -146,13 +151,14 @@ int runPlan(const PlanOptions& options)
         Items(library, options.items.source).chosen(options.items.arguments, Access::read);
     const std::vector<Address> addresses = addressesOf(items);
 
-    const std::optional<int> maximum = options.line.maxRegisters;
-    const Planner planner(library, addresses, wire, responseTime, maximum.value_or(noMaximum));
+    const Planner planner(library, addresses, wire, responseTime,
+                          options.line.maxRegisters.value_or(noMaximum),
+                          options.line.stationMaxRegisters);
     const int gap = options.line.mergeGap();
     const Plan plan = planner.plan(gap);
     printLine(wire, responseTime);
     printPlan(plan, gap);
-    printWarnings(library, planner, plan, items, gap, maximum);
+    printWarnings(library, planner, plan, items, options.line);
     if (!options.line.gap)
         printOutcomes(planner.outcomes());
     return exitDone;
@@ -173,6 +179,7 @@ void addPlanCommand(CLI::App& app, Action& chosen)
         ->option_text("MS")
         ->check(CLI::Range(0, maxMs));
     addPlanningOptions(*command, options->line);
+    addDefaults(*command, {&options->line, &options->items.source.tags}, chosen);
     command->footer(
         "Examples:\n"
         "  dov417 plan R_W:100..107 R_W:120 M_bit:1.0..1.15 2/R_D:10..13\n"
