@@ -39,20 +39,10 @@ const int writeHead = 7;     // of a write of many: up to the byte count
 const int readHead = 3;      // of a read's reply: up to the byte count
 const int maxValuesShown = 16;
 
-bool isCoils(int function)
-{
-    return function == readCoils || function == writeCoil || function == writeCoils;
-}
-
 // Inputs of either kind are nothing that this controller's areas are mapped to.
 bool isMapped(int function)
 {
     return function != readInputs && function != readInputRegisters;
-}
-
-bool holdsBits(int function)
-{
-    return isCoils(function) || function == readInputs;
 }
 
 std::string station(const QByteArray& frame)
@@ -123,8 +113,8 @@ std::string shortened(const std::vector<std::string>& values)
 std::string coilValues(const QByteArray& frame, int from, int coils)
 {
     std::vector<std::string> values;
-    if (coils % coilsPerWord == 0) {
-        for (int word = 0; word < coils / coilsPerWord; ++word)
+    if (coils % bitsPerWord == 0) {
+        for (int word = 0; word < coils / bitsPerWord; ++word)
             values.push_back(
                 hexWord(byteAt(frame, from + 2 * word) + byteAt(frame, from + 2 * word + 1) * 256));
     } else {
@@ -141,11 +131,6 @@ std::string registerValues(const QByteArray& frame, int from, int registers)
     for (int i = 0; i < registers; ++i)
         values.push_back(std::to_string(wordAt(frame, from + 2 * i)));
     return shortened(values);
-}
-
-int bytesFor(int function, int count)
-{
-    return holdsBits(function) ? (count + 7) / 8 : 2 * count;
 }
 
 std::string badCrc(const QByteArray& frame)

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "tool/screen_lines.h"
 #include "tool/troubles.h"
 
 namespace dov417 {
@@ -17,6 +18,12 @@ std::string ageText(const View& view, Clock::time_point now)
     std::snprintf(text, sizeof text, "%.1f s",
                   std::chrono::duration<double>(now - view.lastGood).count());
     return text;
+}
+
+bool areNamed(const std::vector<ViewLabel>& labels)
+{
+    return std::any_of(labels.begin(), labels.end(),
+                       [](const ViewLabel& label) { return label.name != label.address; });
 }
 
 } // namespace
@@ -73,12 +80,12 @@ std::vector<std::string> aligned(const std::vector<Row>& rows, std::size_t textC
     std::vector<std::size_t> widths(rows.front().size());
     for (const Row& row : rows)
         for (std::size_t c = 0; c < row.size(); ++c)
-            widths.at(c) = std::max(widths.at(c), row.at(c).size());
+            widths.at(c) = std::max(widths.at(c), lengthOf(row.at(c)));
     std::vector<std::string> lines;
     for (const Row& row : rows) {
         std::string line;
         for (std::size_t c = 0; c < row.size(); ++c) {
-            const std::string padding(widths.at(c) - row.at(c).size(), ' ');
+            const std::string padding(widths.at(c) - lengthOf(row.at(c)), ' ');
             line += (c == 0 ? "" : "  ") +
                     (c < textColumns ? row.at(c) + padding : padding + row.at(c));
         }
@@ -87,13 +94,10 @@ std::vector<std::string> aligned(const std::vector<Row>& rows, std::size_t textC
     return lines;
 }
 
-std::vector<std::string> viewTable(const std::vector<View>& views,
-                                   const std::vector<ViewLabel>& labels, Clock::time_point now)
+std::vector<Row> viewRows(const std::vector<View>& views, const std::vector<ViewLabel>& labels,
+                          Clock::time_point now)
 {
-    // Names that only repeat the addresses are left out.
-    const bool named = std::any_of(labels.begin(), labels.end(), [](const ViewLabel& label) {
-        return label.name != label.address;
-    });
+    const bool named = areNamed(labels);
     std::vector<Row> rows = {{"address", "value", "quality", "previous", "age", "changes"}};
     for (std::size_t i = 0; i < views.size(); ++i)
         rows.push_back({labels.at(i).address, shownText(views.at(i), labels.at(i)),
@@ -105,7 +109,13 @@ std::vector<std::string> viewTable(const std::vector<View>& views,
         for (std::size_t i = 0; i < views.size(); ++i)
             rows.at(i + 1).insert(rows.at(i + 1).begin(), labels.at(i).name);
     }
-    return aligned(rows, named ? 2 : 1);
+    return rows;
+}
+
+std::vector<std::string> viewTable(const std::vector<View>& views,
+                                   const std::vector<ViewLabel>& labels, Clock::time_point now)
+{
+    return aligned(viewRows(views, labels, now), areNamed(labels) ? 2 : 1);
 }
 
 } // namespace dov417

@@ -27,7 +27,10 @@ using Row = std::vector<std::string>;
 // The first columns to the left, the numbers behind them to the right.
 std::vector<std::string> aligned(const std::vector<Row>& rows, std::size_t textColumns);
 
-// A heading and a row each: name, address, value, quality, previous value, age, changes.
+// A heading and a row each: name, address, value, quality, previous value, age, changes. Names that
+// only repeat the addresses are left out.
+std::vector<Row> viewRows(const std::vector<View>& views, const std::vector<ViewLabel>& labels,
+                          Clock::time_point now);
 std::vector<std::string> viewTable(const std::vector<View>& views,
                                    const std::vector<ViewLabel>& labels, Clock::time_point now);
 

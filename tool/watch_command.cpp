@@ -5,7 +5,8 @@
 #include <memory>
 
 #include "tool/live_command.h"
-#include "tool/watch_teller.h"
+#include "tool/screen.h"
+#include "tool/watch_display.h"
 
 namespace dov417 {
 
@@ -31,35 +32,39 @@ int runWatch(const WatchOptions& options)
     const std::vector<ViewLabel> labels = labelViews(library, items);
     LiveCommand live(library, options.line, items);
     Session& session = live.session();
-    WatchTeller teller(options.json, options.csv, labels, [&live]() { live.end(); });
+    const bool hasScreen = !options.json && options.csv != "-" && Screen::isTerminal();
+    WatchTeller teller(options.json, options.csv, hasScreen, labels, [&live]() { live.end(); });
+    std::unique_ptr<WatchDisplay> display;
+    if (hasScreen) {
+        live.beQuiet();
+        display = std::make_unique<WatchDisplay>(library, live, items, labels, teller);
+    }
 
-    QTimer redraw;
-    QObject::connect(&session, &Session::changed, &redraw, [&teller](const ViewChanges& changes) {
-        for (const ViewChange& change : changes)
-            if (change.isValue)
-                teller.tell(change.view, change.index);
-    });
-    QObject::connect(&session, &Session::abandoned, &redraw,
+    QObject context; // of the connections
+    QObject::connect(&session, &Session::changed, &context,
+                     [&teller, &display](const ViewChanges& changes) {
+                         for (const ViewChange& change : changes) {
+                             if (change.isValue)
+                                 teller.tell(change.view, change.index);
+                             if (display)
+                                 display->changed(change);
+                         }
+                     });
+    QObject::connect(&session, &Session::abandoned, &context,
                      [&teller](const std::string& request, const std::string& reason, Reason why) {
                          teller.tellAbandoned(request, reason, why);
                      });
-    QObject::connect(&session, &Session::noticed, &redraw,
+    QObject::connect(&session, &Session::noticed, &context,
                      [&teller](const std::string& text) { teller.tellNotice(text); });
     QObject::connect(
-        &session, &Session::portChanged, &redraw,
+        &session, &Session::portChanged, &context,
         [&teller](bool open, const std::string& message) { teller.tellPort(open, message); });
-    QObject::connect(&redraw, &QTimer::timeout, &redraw,
-                     [&teller, &session, &live]() { teller.draw(session, live.isWaiting()); });
     if (options.json)
         live.countInJson();
     if (options.csv == "-")
         live.keepOutput();
-    if (teller.hasScreen()) {
-        live.beQuiet();
-        redraw.start(redrawMilliseconds);
-    }
     if (options.seconds > 0)
-        QTimer::singleShot(timerSpan(options.seconds), &redraw, [&live]() { live.end(); });
+        QTimer::singleShot(timerSpan(options.seconds), &context, [&live]() { live.end(); });
     live.open();
     session.setCycleInterval(std::chrono::milliseconds(options.everyMs));
     session.watch(addressesOf(items));
@@ -68,8 +73,9 @@ int runWatch(const WatchOptions& options)
     live.run();
     teller.requireComplete();
 
-    if (teller.hasScreen()) {
-        teller.leaveScreen();
+    const std::string unfinished = display ? display->unfinishedWrite() : std::string();
+    if (display) {
+        display.reset();
         for (const std::string& row : viewTable(session.views(), labels, Clock::now()))
             std::printf("%s\n", row.c_str());
     }
@@ -77,7 +83,9 @@ int runWatch(const WatchOptions& options)
     const std::vector<std::string> doubtful = doubtfulValues(session.views(), items, labels);
     for (const std::string& line : doubtful)
         std::fprintf(stderr, "dov417: %s\n", line.c_str());
-    return live.finish(doubtful.empty());
+    if (!unfinished.empty())
+        std::fprintf(stderr, "dov417: %s\n", unfinished.c_str());
+    return live.finish(doubtful.empty() && unfinished.empty());
 }
 
 } // namespace
@@ -106,7 +114,8 @@ void addWatchCommand(CLI::App& app, Action& chosen)
         ->check(positive);
     addLineOptions(*command, options->line);
     command->footer(
-        "On a terminal a table redraws in place; else each change is a line. Ctrl-C ends it.\n"
+        "On a terminal a table redraws in place, and keys scroll, filter and write: ? shows them. "
+        "Else each change is a line. Ctrl-C ends it.\n"
         "Examples:\n"
         "  dov417 watch --simulated R_W:0..3 I_bit:0.0..0.7 T:5 C:0 --seconds 5\n"
         "  dov417 watch --simulated R_W:0 --json --cycles 100\n"

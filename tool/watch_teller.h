@@ -9,19 +9,22 @@
 #include <vector>
 
 #include "session/session.h"
-#include "tool/screen.h"
 #include "tool/troubles.h"
 #include "tool/view_table.h"
 
 namespace dov417 {
+
+// "07:31:02"
+std::string clockText();
 
 class WatchTeller {
 public:
     // csvName - is the standard output, which then has nothing else. outputLost: a file or the
     // terminal takes nothing any more. Throws a Failure if the CSV file cannot be written; its name
     // may be empty.
-    WatchTeller(bool json, const std::string& csvName, const std::vector<ViewLabel>& labels,
-                const std::function<void()>& outputLost);
+    // hasScreen: what happens is shown there, and told once it is gone.
+    WatchTeller(bool json, const std::string& csvName, bool hasScreen,
+                const std::vector<ViewLabel>& labels, const std::function<void()>& outputLost);
 
     void tell(const View& view, std::size_t index);
     void tellAbandoned(const std::string& request, const std::string& reason, Reason why);
@@ -29,10 +32,11 @@ public:
     void tellNotice(const std::string& text);
     // What was said once and came again, and what the screen has shown.
     void tellUnsaid();
-    void draw(Session& session, bool isWaiting);
+    // For the screen, the latest ones.
+    std::vector<std::string> messages() const;
+    // Has been shown on the screen: told with its time once that is gone.
+    void keep(const std::string& text);
 
-    bool hasScreen() const;
-    void leaveScreen();
     void requireComplete() const;
 
 private:
@@ -51,7 +55,7 @@ private:
     std::string csvName_;
     bool csvIsOutput_;
     std::function<void()> outputLost_;
-    std::unique_ptr<Screen> screen_;
+    bool hasScreen_;
     std::unique_ptr<std::FILE, CloseFile> csvFile_;
     std::FILE* csv_ = nullptr;
     // On the screen: the latest messages, each with what it is about.

@@ -4,9 +4,8 @@
 #include <cstdio>
 #include <memory>
 
-#include "session/write_job.h"
+#include "session/write_words.h"
 #include "tool/live_command.h"
-#include "tool/view_table.h"
 
 namespace dov417 {
 
@@ -36,47 +35,8 @@ WriteTask parseAssignment(const Items& items, const std::string& text)
     const std::size_t equals = text.find('=');
     if (equals == std::string::npos)
         throw UsageFailure(text + ": a write is ADDRESS=VALUE[,VALUE...], as in R_W:100=1500");
-    WriteTask task;
-    task.item = items.find(text.substr(0, equals), Access::write);
-    const std::vector<std::string> values = splitAtCommas(text.substr(equals + 1));
-    try {
-        requireCount(valueCount(task.item.address), values);
-        task.data = valueBytes(task.item.address.width, task.item.format, values);
-        requireWithinLimits(task.item, task.data);
-    } catch (const UsageFailure& failure) {
-        throw UsageFailure(task.item.name + ": " + failure.what());
-    }
-    return task;
-}
-
-std::string joined(const Item& item, const std::vector<unsigned char>& bytes)
-{
-    std::string text;
-    for (const std::string& value :
-         valueTexts(item.address.width, item.format, bytes.data(), valueCount(item.address)))
-        text += (text.empty() ? "" : " ") + value;
-    return withUnit(text, item.format);
-}
-
-std::string report(const WriteTask& task, const std::string& interruption)
-{
-    std::string head = task.item.name + " = " + joined(task.item, task.data) + ": ";
-    switch (task.result) {
-    case WriteResult::confirmed:
-        return head + "written and read back" +
-               (task.before.empty() ? "" : ", was " + joined(task.item, task.before));
-    case WriteResult::sent:
-        return head + "sent to all stations; nobody confirms a broadcast";
-    case WriteResult::refused:
-        return head + "given up, NOT confirmed: " + task.reason;
-    case WriteResult::unread:
-        return head + "taken, but reading it back failed: " + task.reason;
-    case WriteResult::different:
-        return head + "taken, but it reads back as " + joined(task.item, task.after);
-    case WriteResult::waiting:
-        return head + "NOT confirmed: " + interruption;
-    }
-    return head;
+    return writeTask(items.find(text.substr(0, equals), Access::write),
+                     splitAtCommas(text.substr(equals + 1)));
 }
 
 int runWrite(const WriteOptions& options)
@@ -102,7 +62,7 @@ int runWrite(const WriteOptions& options)
         const bool done = task.result == WriteResult::confirmed || task.result == WriteResult::sent;
         complete = complete && done;
         std::fprintf(done ? stdout : stderr, "%s%s\n",
-                     done ? "" : "dov417: ", report(task, live.interruption()).c_str());
+                     done ? "" : "dov417: ", writeReport(task, live.interruption()).c_str());
     }
     return live.finish(complete);
 }

@@ -6,6 +6,7 @@
 
 #include "driver/registers.h"
 #include "line/crc16.h"
+#include "line/frame_bytes.h"
 #include "link/network_address.h"
 #include "link/silence_words.h"
 
@@ -19,7 +20,6 @@ constexpr int idleMilliseconds = 20;
 // As the driver does it; of a frame that it has forgotten it says nothing.
 std::string describe(const Request& request)
 {
-    constexpr int bitsPerWord = 16;
     const bool isBit = areaOf(request.regName) + "_bit" == request.regName;
     const std::string place = !isBit ? std::to_string(request.address)
                                      : std::to_string(request.address / bitsPerWord) + "." +

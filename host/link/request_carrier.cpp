@@ -35,7 +35,7 @@ bool isRefused(const Reception& reception)
 // In the words of the protocol: "128 registers", "2048 coils".
 int unitsOf(const Transmission& request, int words)
 {
-    return isOfCoils(request.sent) ? words * coilsPerWord : words;
+    return isOfCoils(request.sent) ? words * bitsPerWord : words;
 }
 
 } // namespace

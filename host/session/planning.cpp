@@ -9,6 +9,8 @@
 #include "driver/registers.h"
 #include "line/crc16.h"
 #include "line/failure.h"
+#include "line/frame_bytes.h"
+#include "session/driver_keys.h"
 
 namespace dov417 {
 
@@ -16,10 +18,7 @@ namespace {
 
 using std::chrono::microseconds;
 
-const int readCoils = 1;
-const int bitsPerWord = 16;
 const int readReplyHead = 3;
-const int crcLength = 2;
 // A merged request spans at most this many words, so that no wider hole can be bridged.
 const int maxRequest = 128;
 
@@ -42,15 +41,8 @@ void configure(const Library& library, int gap)
 QList<KEY_ADDRESS> keysOf(const std::vector<Address>& addresses)
 {
     QList<KEY_ADDRESS> keys;
-    for (const Address& address : addresses) {
-        KEY_ADDRESS key = KEY_ADDRESS();
-        key.stationNo = address.station;
-        key.regName = QString::fromStdString(address.regName);
-        key.address = address.first;
-        key.bitFlag = address.width == Width::bit ? -1 : 0;
-        key.length = address.length;
-        keys.append(key);
-    }
+    for (const Address& address : addresses)
+        keys.append(keyOf(address));
     return keys;
 }
 
