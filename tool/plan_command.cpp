@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "driver/registers.h"
+#include "line/counted.h"
 #include "line/failure.h"
 #include "line/frame_text.h"
 #include "session/items.h"
@@ -27,11 +28,6 @@ struct PlanOptions {
 double milliseconds(std::chrono::duration<double, std::milli> time)
 {
     return time.count();
-}
-
-std::string count(int number, const std::string& what)
-{
-    return std::to_string(number) + " " + what + (number == 1 ? "" : "s");
 }
 
 // The words of a stretch, under the word type's name where bits or double words were asked for.
@@ -59,7 +55,7 @@ void printLine(const SerialFormat& wire, microseconds responseTime)
 void printPlan(const Plan& plan, int gap)
 {
     std::printf("gap %d: %s, cycle %.2f ms\n\n", gap,
-                count(static_cast<int>(plan.requests.size()), "request").c_str(),
+                counted(static_cast<int>(plan.requests.size()), "request").c_str(),
                 milliseconds(plan.cycle));
     std::printf("%3s  %-18s  %-24s  %9s  %10s\n", "", "request", "bytes", "reply", "time");
     int number = 0;
@@ -72,7 +68,7 @@ void printPlan(const Plan& plan, int gap)
                         milliseconds(request.time));
             continue;
         }
-        const std::string parts = "in " + count(static_cast<int>(request.parts.size()), "part");
+        const std::string parts = "in " + counted(static_cast<int>(request.parts.size()), "part");
         std::printf("%3d  %-18s  %-24s  %9s  %7.2f ms\n", ++number, words.c_str(), parts.c_str(),
                     "", milliseconds(request.time));
         for (const PlannedPart& part : request.parts)
@@ -140,7 +136,7 @@ void printOutcomes(const std::vector<GapOutcome>& outcomes)
         if (outcome.aboveLimit > 0)
             notes += "  " + std::to_string(outcome.aboveLimit) + " above the limit";
         if (outcome.uncoveredWords > 0)
-            notes += "  " + count(outcome.uncoveredWords, "word") + " not read";
+            notes += "  " + counted(outcome.uncoveredWords, "word") + " not read";
         std::printf("%-12s  %8d  %8.2f ms%s\n", gapText(outcome).c_str(), outcome.requests,
                     milliseconds(outcome.cycle), notes.c_str());
     }
