@@ -7,6 +7,7 @@
 
 #include "session/single_reads.h"
 #include "tool/defaults.h"
+#include "tool/json_output.h"
 #include "tool/live_command.h"
 #include "tool/troubles.h"
 #include "tool/view_table.h"
@@ -18,6 +19,7 @@ namespace {
 struct ReadOptions {
     LineOptions line;
     ItemOptions items;
+    bool json = false;
 };
 
 int runRead(const ReadOptions& options)
@@ -31,6 +33,8 @@ int runRead(const ReadOptions& options)
     setup.gap = setup.singleReadGap();
     LiveCommand live(library, setup, items);
     live.endWithoutPort();
+    if (options.json)
+        live.countInJson();
     live.open();
     std::optional<ReadProblems> problems;
     readAll(live.session(), addressesOf(items), [&](const ReadProblems& found) {
@@ -42,10 +46,21 @@ int runRead(const ReadOptions& options)
     std::vector<std::pair<std::string, std::string>> wrong;
     for (std::size_t i = 0; i < items.size(); ++i) {
         const std::string problem = problems ? problems->at(i) : live.interruption();
+        if (options.json) {
+            OutputJson object = itemJson(library, items.at(i));
+            if (problem.empty())
+                addValues(object, "values", items.at(i),
+                          live.session().cachedBytes(items.at(i).address));
+            else
+                object["failure"] = problem;
+            sayJson(object);
+        }
         if (!problem.empty()) {
             wrong.emplace_back(items.at(i).name, problem);
             continue;
         }
+        if (options.json)
+            continue;
         std::string text;
         for (const std::string& value : cachedTexts(live.session(), items.at(i)))
             text += " " + value;
@@ -64,6 +79,7 @@ void addReadCommand(CLI::App& app, Action& chosen)
     const auto options = std::make_shared<ReadOptions>();
     CLI::App* command = app.add_subcommand("read", "Each value once, then exit");
     addAddressArguments(*command, options->items);
+    addJsonFlag(*command, chosen, options->json);
     addLineOptions(*command, options->line);
     addDefaults(*command, {&options->line, &options->items.source.tags}, chosen);
     command->footer(

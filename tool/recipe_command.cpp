@@ -9,6 +9,7 @@
 #include "session/recipe_file.h"
 #include "session/recipe_job.h"
 #include "tool/defaults.h"
+#include "tool/json_output.h"
 #include "tool/live_command.h"
 #include "tool/troubles.h"
 #include "tool/view_table.h"
@@ -30,6 +31,7 @@ struct RecipeOptions {
     LineOptions line;
     ItemOptions items; // tags only
     std::string file;
+    bool json = false;
 };
 
 std::vector<Item> itemsOf(const std::vector<RecipeEntry>& entries)
@@ -74,11 +76,13 @@ class RecipeRun {
 public:
     RecipeRun(const RecipeOptions& options, const Library& library,
               const std::vector<RecipeEntry>& entries)
-        : entries_(entries), labels_(labelViews(library, itemsOf(entries))),
+        : entries_(entries), labels_(labelViews(library, itemsOf(entries))), isJson_(options.json),
           live_(library, lineOf(options, library, entries), itemsOf(entries)),
           job_(live_.session(), [this]() { next(); })
     {
         live_.endWithoutPort();
+        if (options.json)
+            live_.countInJson();
         live_.open();
     }
 
@@ -129,6 +133,21 @@ public:
             call(labels_.at(firstLabel + i).name, textOf(own.item, own.data, i),
                  textOf(own.item, held, i), isSame(own.item, own.data, held, i));
     }
+    // The same as an object, and whether all of its values are the same.
+    OutputJson entryJson(const Library& library, std::size_t entry, bool& isSame) const
+    {
+        const RecipeEntry& own = entries_.at(entry);
+        OutputJson object = itemJson(library, own.item);
+        addValues(object, "recipe", own.item, own.data);
+        isSame = unread(entry).empty() && own.data == job_.readings().at(entry).data;
+        if (!unread(entry).empty()) {
+            object["failure"] = unread(entry);
+            return object;
+        }
+        addValues(object, "controller", own.item, job_.readings().at(entry).data);
+        object["same"] = isSame;
+        return object;
+    }
     std::size_t valuesOf(std::size_t entry) const
     {
         return static_cast<std::size_t>(valueCount(entries_.at(entry).item.address));
@@ -163,6 +182,8 @@ private:
         std::vector<std::string> problems = job_.problems();
         if (problems.empty())
             problems.push_back(live_.interruption());
+        if (isJson_)
+            sayJson({{"problems", problems}, {"progress", progressText(job_.progress(), done)}});
         for (const std::string& problem : problems)
             std::fprintf(stderr, "dov417: recipe not transferred: %s\n", problem.c_str());
         std::fprintf(stderr, "dov417: %s\n", progressText(job_.progress(), done).c_str());
@@ -171,6 +192,7 @@ private:
 
     std::vector<RecipeEntry> entries_;
     std::vector<ViewLabel> labels_;
+    bool isJson_;
     bool goesOn_ = false; // to the read-back, once all is written
     bool isMoved_ = false;
     LiveCommand live_;
@@ -184,6 +206,8 @@ bool isStandard(const std::string& file)
 
 int runUpload(const RecipeOptions& options)
 {
+    if (options.json && isStandard(options.file))
+        throw UsageFailure("--json and the file - both want the standard output");
     const Library library(options.line.library);
     std::vector<RecipeEntry> entries;
     for (const Item& item : Items(library, options.items.source).tagged(Access::read))
@@ -194,7 +218,9 @@ int runUpload(const RecipeOptions& options)
     const bool isMoved = run.upload();
     if (isMoved) {
         writeRecipe(options.file, run.job().entries());
-        if (!isStandard(options.file))
+        if (options.json)
+            sayJson({{"tags", entries.size()}, {"file", options.file}});
+        else if (!isStandard(options.file))
             std::printf("%zu tags from the controller into %s\n", entries.size(),
                         options.file.c_str());
     }
@@ -229,13 +255,36 @@ bool reportDownload(const RecipeRun& run, const std::vector<RecipeEntry>& entrie
     return isGood;
 }
 
+// All entries; how many are not the same in both, and in `unread` those that are not known.
+std::size_t sayEntries(const RecipeRun& run, const Library& library,
+                       const std::vector<RecipeEntry>& entries, std::size_t& unread)
+{
+    std::size_t different = 0;
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        bool isSame = false;
+        sayJson(run.entryJson(library, i, isSame));
+        if (!run.unread(i).empty())
+            ++unread;
+        else if (!isSame)
+            ++different;
+    }
+    sayJson({{"tags", entries.size()}, {"different", different}, {"unread", unread}});
+    return different;
+}
+
 int runDownload(const RecipeOptions& options)
 {
     const Library library(options.line.library);
     const std::vector<RecipeEntry> entries =
         readRecipe(options.file, Items(library, options.items.source));
     RecipeRun run(options, library, entries);
-    const bool isGood = run.download() && reportDownload(run, entries);
+    bool isGood = run.download();
+    if (isGood && options.json) {
+        std::size_t unread = 0;
+        isGood = sayEntries(run, library, entries, unread) == 0 && unread == 0;
+        return run.live().finish(isGood);
+    }
+    isGood = isGood && reportDownload(run, entries);
     if (isGood)
         std::printf("%zu tags from %s into the controller\n", entries.size(),
                     isStandard(options.file) ? "the standard input" : options.file.c_str());
@@ -249,6 +298,12 @@ int runCompare(const RecipeOptions& options)
         readRecipe(options.file, Items(library, options.items.source));
     RecipeRun run(options, library, entries);
     run.readBack();
+    if (options.json) {
+        std::size_t unknown = 0;
+        const bool differ = sayEntries(run, library, entries, unknown) > 0;
+        const int code = run.live().finish(unknown == 0);
+        return code == exitDone && differ ? exitDifferent : code;
+    }
 
     std::vector<Row> rows = {{" ", "tag", "recipe", "controller"}};
     std::vector<std::pair<std::string, std::string>> unread;
@@ -290,6 +345,7 @@ void addTransfer(CLI::App& recipe, const char* name, const char* description,
         ->option_text("FILE")
         ->required();
     addItemOptions(*command, options->items);
+    addJsonFlag(*command, chosen, options->json);
     addLineOptions(*command, options->line);
     addDefaults(*command, {&options->line, &options->items.source.tags}, chosen);
     command->footer(explanation + "\nExample:\n" + tagFileExample + firstExample +

@@ -15,6 +15,7 @@
 #include "scan/line_scan.h"
 #include "scan/scan_choices.h"
 #include "tool/defaults.h"
+#include "tool/json_output.h"
 #include "tool/scan_teller.h"
 #include "tool/scan_words.h"
 
@@ -255,7 +256,7 @@ void addScanCommand(CLI::App& app, Action& chosen)
     CLI::App* command =
         app.add_subcommand("scan", "Who answers on a line, and at which speed and parity");
     addScanLineOptions(*command, *options);
-    command->add_flag("--json", options->json, "One JSON object a line");
+    addJsonFlag(*command, chosen, options->json);
     command
         ->add_option("--library", options->library,
                      "The driver library; else it is looked for next to the tool, in its library "

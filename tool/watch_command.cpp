@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "tool/defaults.h"
+#include "tool/json_output.h"
 #include "tool/live_command.h"
 #include "tool/screen.h"
 #include "tool/watch_display.h"
@@ -45,8 +46,7 @@ int runWatch(const WatchOptions& options)
     QObject::connect(&session, &Session::changed, &context,
                      [&teller, &display](const ViewChanges& changes) {
                          for (const ViewChange& change : changes) {
-                             if (change.isValue)
-                                 teller.tell(change.view, change.index);
+                             teller.tell(change);
                              if (display)
                                  display->changed(change);
                          }
@@ -100,7 +100,7 @@ void addWatchCommand(CLI::App& app, Action& chosen)
         ->add_option("--csv", options->csv,
                      "One row a change into this file; - is the standard output")
         ->option_text("FILE");
-    command->add_flag("--json", options->json, "One JSON object a change, a line each");
+    addJsonFlag(*command, chosen, options->json);
     command
         ->add_option("-l,--every", options->everyMs,
                      "Poll in this interval, not as fast as the line goes; says so where the line "

@@ -26,7 +26,8 @@ public:
     WatchTeller(bool json, const std::string& csvName, bool hasScreen,
                 const std::vector<ViewLabel>& labels, const std::function<void()>& outputLost);
 
-    void tell(const View& view, std::size_t index);
+    // A value, or its quality alone: one that is old is not to be taken for a good one.
+    void tell(const ViewChange& change);
     void tellAbandoned(const std::string& request, const std::string& reason, Reason why);
     void tellPort(bool open, const std::string& message);
     void tellNotice(const std::string& text);
@@ -40,6 +41,8 @@ public:
     void requireComplete() const;
 
 private:
+    void tellInJson(const ViewChange& change, const ViewLabel& label, const std::string& value,
+                    const std::string& previous);
     void say(const std::string& text);
     void show(const std::string& about, const std::string& text);
 

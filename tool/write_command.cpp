@@ -6,6 +6,7 @@
 
 #include "session/write_words.h"
 #include "tool/defaults.h"
+#include "tool/json_output.h"
 #include "tool/live_command.h"
 
 namespace dov417 {
@@ -16,6 +17,7 @@ struct WriteOptions {
     LineOptions line;
     ItemOptions items; // without addresses of its own
     std::vector<std::string> assignments;
+    bool json = false;
 };
 
 std::vector<std::string> splitAtCommas(const std::string& text)
@@ -40,6 +42,40 @@ WriteTask parseAssignment(const Items& items, const std::string& text)
                      splitAtCommas(text.substr(equals + 1)));
 }
 
+const char* keyOf(WriteResult result)
+{
+    switch (result) {
+    case WriteResult::waiting:
+        return "interrupted";
+    case WriteResult::confirmed:
+        return "confirmed";
+    case WriteResult::sent:
+        return "sent";
+    case WriteResult::refused:
+        return "refused";
+    case WriteResult::unread:
+        return "unread";
+    case WriteResult::different:
+        return "different";
+    }
+    return "";
+}
+
+OutputJson taskJson(const Library& library, const WriteTask& task, const std::string& interruption)
+{
+    OutputJson object = itemJson(library, task.item);
+    addValues(object, "values", task.item, task.data);
+    object["result"] = keyOf(task.result);
+    const std::string reason = task.result == WriteResult::waiting ? interruption : task.reason;
+    if (!reason.empty())
+        object["reason"] = reason;
+    if (!task.before.empty())
+        addValues(object, "before", task.item, task.before);
+    if (!task.after.empty())
+        addValues(object, "after", task.item, task.after);
+    return object;
+}
+
 int runWrite(const WriteOptions& options)
 {
     const Library library(options.line.library);
@@ -53,6 +89,8 @@ int runWrite(const WriteOptions& options)
     requireUntornValues(library, items, options.line.mergeGap());
     LiveCommand live(library, options.line, items);
     live.endWithoutPort();
+    if (options.json)
+        live.countInJson();
     live.open();
     WriteJob writes(live.session(), [&live]() { live.end(); });
     writes.start(tasks);
@@ -62,6 +100,10 @@ int runWrite(const WriteOptions& options)
     for (const WriteTask& task : writes.tasks()) {
         const bool done = task.result == WriteResult::confirmed || task.result == WriteResult::sent;
         complete = complete && done;
+        if (options.json)
+            sayJson(taskJson(library, task, live.interruption()));
+        if (options.json && done)
+            continue;
         std::fprintf(done ? stdout : stderr, "%s%s\n",
                      done ? "" : "dov417: ", writeReport(task, live.interruption()).c_str());
     }
@@ -82,6 +124,7 @@ void addWriteCommand(CLI::App& app, Action& chosen)
         ->option_text("ADDRESS=VALUE...")
         ->required();
     addItemOptions(*command, options->items);
+    addJsonFlag(*command, chosen, options->json);
     addLineOptions(*command, options->line);
     addDefaults(*command, {&options->line, &options->items.source.tags}, chosen);
     command->footer(
