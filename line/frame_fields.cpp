@@ -8,7 +8,6 @@ namespace dov417 {
 
 namespace {
 
-constexpr int minFrame = 4; // station, function, CRC
 constexpr int wordLength = 2;
 constexpr int coilOn = 0xFF00;
 
@@ -27,7 +26,8 @@ bool isWriteOfMany(int function)
 class Fields {
 public:
     explicit Fields(const QByteArray& frame)
-        : frame_(frame), end_(frame.size() >= minFrame ? frame.size() - crcLength : frame.size())
+        : frame_(frame),
+          end_(frame.size() >= minFrameLength ? frame.size() - crcLength : frame.size())
     {
     }
 
@@ -167,7 +167,7 @@ std::vector<FrameField> replyFields(const QByteArray& frame, const QByteArray& r
         return fields.taken();
     }
     if (isReadFunction(function) && fields.has(1)) {
-        const bool isAnswer = request.size() >= minFrame + 2 * wordLength &&
+        const bool isAnswer = request.size() >= minFrameLength + 2 * wordLength &&
                               byteAt(request, functionIndex) == function;
         const int first = isAnswer ? wordAt(request, addressIndex) : 0;
         fields.add(1, "byte count", std::to_string(fields.byte()));
