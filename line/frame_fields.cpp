@@ -8,7 +8,7 @@ namespace dov417 {
 
 namespace {
 
-constexpr int minFrame = 4; // station, function, CRC
+constexpr int shortestWhole = 4; // station, function, CRC
 constexpr int wordLength = 2;
 constexpr int coilOn = 0xFF00;
 
@@ -27,7 +27,8 @@ bool isWriteOfMany(int function)
 class Fields {
 public:
     explicit Fields(const QByteArray& frame)
-        : frame_(frame), end_(frame.size() >= minFrame ? frame.size() - crcLength : frame.size())
+        : frame_(frame),
+          end_(frame.size() >= shortestWhole ? frame.size() - crcLength : frame.size())
     {
     }
 
@@ -106,7 +107,7 @@ private:
     std::vector<FrameField> fields_;
 };
 
-bool isKnown(int function)
+bool isTakenApart(int function)
 {
     return isReadFunction(function) || function == writeCoil || function == writeRegister ||
            isWriteOfMany(function);
@@ -133,7 +134,7 @@ std::vector<FrameField> requestFields(const QByteArray& frame)
     if (!fields.addHead())
         return fields.taken();
     const int function = byteAt(frame, functionIndex);
-    if (!isKnown(function) || !fields.has(wordLength))
+    if (!isTakenApart(function) || !fields.has(wordLength))
         return fields.taken();
     const std::string what = isOfCoils(function) ? "coil" : "register";
     const int first = fields.word();
@@ -167,7 +168,7 @@ std::vector<FrameField> replyFields(const QByteArray& frame, const QByteArray& r
         return fields.taken();
     }
     if (isReadFunction(function) && fields.has(1)) {
-        const bool isAnswer = request.size() >= minFrame + 2 * wordLength &&
+        const bool isAnswer = request.size() >= shortestWhole + 2 * wordLength &&
                               byteAt(request, functionIndex) == function;
         const int first = isAnswer ? wordAt(request, addressIndex) : 0;
         fields.add(1, "byte count", std::to_string(fields.byte()));
@@ -176,7 +177,7 @@ std::vector<FrameField> replyFields(const QByteArray& frame, const QByteArray& r
             fields.addCoils(first, isAnswer ? wordAt(request, quantityIndex) : all);
         else
             fields.addRegisters(first);
-    } else if (isKnown(function)) {
+    } else if (isTakenApart(function)) {
         const std::string what = isOfCoils(function) ? "coil" : "register";
         fields.addWord("first " + what);
         if (isWriteOfMany(function))

@@ -94,7 +94,6 @@ std::string allowedRange(const PanelValue& value)
                : limits.max ? "up to " + withUnit(limitText(*limits.max), format)
                             : std::string();
     const int bits = bitsOf(value.address.width);
-    constexpr int bitsPerDigit = 4;
     double low = isSigned(format.notation) ? -std::exp2(bits - 1) : 0;
     double high = isSigned(format.notation)          ? std::exp2(bits - 1) - 1
                   : format.notation == Notation::bcd ? std::pow(10, bits / bitsPerDigit) - 1
