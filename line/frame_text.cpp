@@ -4,6 +4,7 @@
 #include <cstring>
 #include <iterator>
 
+#include "line/counted.h"
 #include "line/crc16.h"
 #include "line/frame_bytes.h"
 
@@ -68,11 +69,6 @@ std::string nameOf(const Named* begin, const Named* end, int code, const char* o
         if (named->code == code)
             return named->name;
     return otherwise + std::to_string(code);
-}
-
-std::string counted(long long count, const std::string& what)
-{
-    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
 // " (R_W:10)" or nothing.

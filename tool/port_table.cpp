@@ -1,14 +1,12 @@
 #include "tool/port_table.h"
 
-#include <algorithm>
-#include <array>
 #include <set>
+
+#include "tool/view_table.h"
 
 namespace dov417 {
 
 namespace {
-
-using PortRow = std::array<std::string, 5>;
 
 std::string usersText(const std::vector<PortUser>& users)
 {
@@ -25,34 +23,15 @@ std::string accessText(const PortEntry& port)
     return port.group.empty() ? "no" : "no, but group " + port.group + " may";
 }
 
-// Characters, of which one may have several bytes.
-std::size_t widthInCharacters(const std::string& text)
-{
-    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char byte) {
-        return (static_cast<unsigned char>(byte) & 0xC0) != 0x80;
-    }));
-}
-
 } // namespace
 
 std::vector<std::string> portTable(const PortList& list)
 {
-    std::vector<PortRow> rows = {{"port", "adapter", "driver", "used by", "may you open it"}};
+    std::vector<Row> rows = {{"port", "adapter", "driver", "used by", "may you open it"}};
     for (const PortEntry& port : list.ports)
         rows.push_back({port.device, port.adapter, port.driver.empty() ? "-" : port.driver,
                         usersText(port.users), accessText(port)});
-    std::array<std::size_t, 5> widths{};
-    for (const PortRow& row : rows)
-        for (std::size_t i = 0; i < row.size(); ++i)
-            widths.at(i) = std::max(widths.at(i), widthInCharacters(row.at(i)));
-    std::vector<std::string> lines;
-    for (const PortRow& row : rows) {
-        std::string line;
-        for (std::size_t i = 0; i + 1 < row.size(); ++i)
-            line += row.at(i) + std::string(widths.at(i) - widthInCharacters(row.at(i)) + 2, ' ');
-        lines.push_back(line + row.back());
-    }
-    return lines;
+    return aligned(rows, rows.front().size());
 }
 
 std::vector<std::string> portRemarks(const PortList& list)

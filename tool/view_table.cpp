@@ -86,8 +86,10 @@ std::vector<std::string> aligned(const std::vector<Row>& rows, std::size_t textC
         std::string line;
         for (std::size_t c = 0; c < row.size(); ++c) {
             const std::string padding(widths.at(c) - lengthOf(row.at(c)), ' ');
-            line += (c == 0 ? "" : "  ") +
-                    (c < textColumns ? row.at(c) + padding : padding + row.at(c));
+            line += c == 0 ? "" : "  ";
+            line += c >= textColumns ? padding + row.at(c) : row.at(c);
+            if (c < textColumns && c + 1 < row.size())
+                line += padding;
         }
         lines.push_back(line);
     }

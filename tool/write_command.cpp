@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "session/write_words.h"
+#include "tool/defaults.h"
 #include "tool/live_command.h"
 
 namespace dov417 {
@@ -82,6 +83,7 @@ void addWriteCommand(CLI::App& app, Action& chosen)
         ->required();
     addItemOptions(*command, options->items);
     addLineOptions(*command, options->line);
+    addDefaults(*command, {&options->line, &options->items.source.tags}, chosen);
     command->footer(
         "Bits go out one at a time: a run of coil bits in one request would miss its area. The "
         "other bits of an R register keep their state: it is read first. A 32-bit value goes out "

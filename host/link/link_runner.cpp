@@ -98,7 +98,8 @@ Result LinkRunner::open(const LineSettings& settings)
                     events_.notice, mayCut_,
                     [this]() { return !library_.driver->sendList.isEmpty(); }},
         settings.maxRegisters,
-        isModbusTcp(settings.device.toStdString()) ? maxWordsOfARead : noMaximum);
+        isModbusTcp(settings.device.toStdString()) ? maxWordsOfARead : noMaximum,
+        settings.stationMaxRegisters);
     device_ = settings.device;
     line_->awaitLate(unanswered_[device_]);
     QString reason;

@@ -5,6 +5,7 @@
 #include <numeric>
 #include <set>
 #include <tuple>
+#include <utility>
 
 #include "driver/registers.h"
 #include "line/crc16.h"
@@ -156,21 +157,29 @@ bool PlannedRequest::isAboveLimit() const
 }
 
 Planner::Planner(const Library& library, const std::vector<Address>& addresses,
-                 const SerialFormat& wire, microseconds responseTime, int maximum)
+                 const SerialFormat& wire, microseconds responseTime, int maximum,
+                 std::map<int, int> ofStations)
     : library_(library), addresses_(addresses), wire_(wire), responseTime_(responseTime),
-      maximum_(maximum), wholeValues_(addresses)
+      maximum_(maximum), ofStations_(std::move(ofStations)), wholeValues_(addresses)
 {
+}
+
+int Planner::maximumOf(int station) const
+{
+    const auto own = ofStations_.find(station);
+    return own == ofStations_.end() ? maximum_ : own->second;
 }
 
 void Planner::cut(PlannedRequest& request) const
 {
-    if (request.length <= maximum_)
+    const int maximum = maximumOf(request.station);
+    if (request.length <= maximum)
         return;
     const MayCut mayCut = [this, &request](int word) {
         return !wholeValues_.goOn(request.station, request.regName, request.address + word);
     };
     int first = 0;
-    for (const int words : partLengths(request.length, maximum_, mayCut)) {
+    for (const int words : partLengths(request.length, maximum, mayCut)) {
         PlannedPart part;
         part.address = request.address + first;
         part.length = words;
