@@ -128,6 +128,11 @@ void LiveCommand::end()
     session_.finish([this]() { endNow(); });
 }
 
+void LiveCommand::endAfterCycles(long long cycles)
+{
+    session_.finishAfterCycles(cycles, [this]() { end(); });
+}
+
 void LiveCommand::interrupt()
 {
     if (isEnding_) {

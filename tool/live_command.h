@@ -46,6 +46,8 @@ public:
     // quiet, unless Ctrl-C comes again.
     void run();
     void end();
+    // At the end of so many cycles from now.
+    void endAfterCycles(long long cycles);
     // As Ctrl-C does.
     void interrupt();
     // The line is not quiet yet, and for so long that one would notice.

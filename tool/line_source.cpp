@@ -1,0 +1,29 @@
+#include "tool/line_source.h"
+
+namespace dov417 {
+
+OwnLine::OwnLine(const LineOptions& options) : options_(options), library_(options.library) {}
+
+const Library& OwnLine::library()
+{
+    return library_;
+}
+
+const LineOptions& OwnLine::options() const
+{
+    return options_;
+}
+
+LiveCommand& OwnLine::take(const std::vector<Item>& items, int gap)
+{
+    LineOptions options = options_;
+    options.gap = gap;
+    return live_.emplace(library_, options, items);
+}
+
+const ItemSource* OwnLine::shared() const
+{
+    return nullptr;
+}
+
+} // namespace dov417
