@@ -20,6 +20,7 @@ void addListenCommand(CLI::App& app, Action& chosen);
 void addRequestCommand(CLI::App& app, Action& chosen);
 void addSimulateCommand(CLI::App& app, Action& chosen);
 void addDemoCommand(CLI::App& app, Action& chosen);
+void addShellCommand(CLI::App& app, Action& chosen);
 
 // Those that a shell has too, on a line that it shares with them; else each opens its own.
 void addWatchCommand(CLI::App& app, Action& chosen, LineSource* shared = nullptr);

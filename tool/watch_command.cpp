@@ -73,14 +73,16 @@ int runWatch(LineSource& line, const WatchOptions& options)
     live.run();
     teller.requireComplete();
 
-    const std::string unfinished = display ? display->unfinishedWrite() : std::string();
+    const std::string unfinished = display ? display->end() : std::string();
+    const std::vector<View> views = session.views();
+    live.letGo(watchHasEnded);
     if (display) {
         display.reset();
-        for (const std::string& row : viewTable(session.views(), labels, Clock::now()))
+        for (const std::string& row : viewTable(views, labels, Clock::now()))
             std::printf("%s\n", row.c_str());
     }
     teller.tellUnsaid();
-    const std::vector<std::string> doubtful = doubtfulValues(session.views(), items, labels);
+    const std::vector<std::string> doubtful = doubtfulValues(views, items, labels);
     for (const std::string& each : doubtful)
         std::fprintf(stderr, "dov417: %s\n", each.c_str());
     if (!unfinished.empty())
