@@ -1,5 +1,7 @@
 #include "tool/line_source.h"
 
+#include "tool/defaults.h"
+
 namespace dov417 {
 
 OwnLine::OwnLine(const LineOptions& options) : options_(options), library_(options.library) {}
@@ -24,6 +26,17 @@ LiveCommand& OwnLine::take(const std::vector<Item>& items, int gap)
 const ItemSource* OwnLine::shared() const
 {
     return nullptr;
+}
+
+void addLineUse(CLI::App& command, LineOptions& line, ItemOptions& items, Action& chosen,
+                LineSource* shared)
+{
+    if (shared) {
+        items.source = *shared->shared();
+        return;
+    }
+    addLineOptions(command, line);
+    addDefaults(command, {&line, &items.source.tags}, chosen);
 }
 
 } // namespace dov417

@@ -2,6 +2,7 @@
 #ifndef DOV417_TOOL_LINE_SOURCE_H
 #define DOV417_TOOL_LINE_SOURCE_H
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -40,10 +41,14 @@ private:
     std::optional<LiveCommand> live_;
 };
 
+// The options of a line of its own, or what the shared one has.
+void addLineUse(CLI::App& command, LineOptions& line, ItemOptions& items, Action& chosen,
+                LineSource* shared);
+
 // What a command does once it was chosen: on the shared line, or on one of its own.
 template <typename Options>
-Action onLine(LineSource* shared, std::shared_ptr<Options> options,
-              int (*run)(LineSource&, const Options&))
+std::function<int()> onLine(LineSource* shared, std::shared_ptr<Options> options,
+                            int (*run)(LineSource&, const Options&))
 {
     return [shared, options, run]() {
         if (shared)

@@ -61,10 +61,7 @@ void addReadCommand(CLI::App& app, Action& chosen, LineSource* shared)
     const auto options = std::make_shared<ReadOptions>();
     CLI::App* command = app.add_subcommand("read", "Each value once, then exit");
     addAddressArguments(*command, options->items);
-    if (shared)
-        options->items.source = *shared->shared();
-    else
-        addLineOptions(*command, options->line);
+    addLineUse(*command, options->line, options->items, chosen, shared);
     command->footer(
         "Bits are read with the word that holds them: the driver frames no single "
         "read of bits. A request reads up to 125 words, and no more than --gap where it is given.\n"

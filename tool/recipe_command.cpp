@@ -178,14 +178,22 @@ bool isStandard(const std::string& file)
     return file == "-";
 }
 
-void requireInput(const LineSource& line, const RecipeOptions& options)
+void requireTags(const RecipeOptions& options)
 {
+    if (options.items.source.tags.empty())
+        throw UsageFailure("a recipe is of tags: name their file with --tags FILE");
+}
+
+void requireFiles(const LineSource& line, const RecipeOptions& options)
+{
+    requireTags(options);
     if (line.shared() && isStandard(options.file))
         throw UsageFailure("-: the standard input has the next lines, not a recipe");
 }
 
 int runUpload(LineSource& line, const RecipeOptions& options)
 {
+    requireTags(options);
     const Library& library = line.library();
     std::vector<RecipeEntry> entries;
     for (const Item& item : Items(library, options.items.source).tagged(Access::read))
@@ -233,7 +241,7 @@ bool reportDownload(const RecipeRun& run, const std::vector<RecipeEntry>& entrie
 
 int runDownload(LineSource& line, const RecipeOptions& options)
 {
-    requireInput(line, options);
+    requireFiles(line, options);
     const Library& library = line.library();
     const std::vector<RecipeEntry> entries =
         readRecipe(options.file, Items(library, options.items.source));
@@ -247,7 +255,7 @@ int runDownload(LineSource& line, const RecipeOptions& options)
 
 int runCompare(LineSource& line, const RecipeOptions& options)
 {
-    requireInput(line, options);
+    requireFiles(line, options);
     const Library& library = line.library();
     const std::vector<RecipeEntry> entries =
         readRecipe(options.file, Items(library, options.items.source));
@@ -294,11 +302,7 @@ void addTransfer(CLI::App& recipe, const char* name, const char* description,
         ->option_text("FILE")
         ->required();
     addItemOptions(*command, options->items);
-    if (shared)
-        options->items.source = *shared->shared();
-    else
-        addLineOptions(*command, options->line);
-    command->get_option("--tags")->required(options->items.source.tags.empty());
+    addLineUse(*command, options->line, options->items, chosen, shared);
     command->footer(explanation + "\nExample:\n" + tagFileExample + firstExample +
                     "  dov417 recipe " + name + " recipe.json --tags tags.csv --simulated");
     command->callback([options, run, shared, &chosen]() { chosen = onLine(shared, options, run); });

@@ -10,9 +10,11 @@
 #include "line/failure.h"
 #include "link/network_address.h"
 #include "live/controller_process.h"
+#include "live/line_setup.h"
 #include "live/shutdown.h"
 #include "scan/line_scan.h"
 #include "scan/scan_choices.h"
+#include "tool/defaults.h"
 #include "tool/scan_teller.h"
 #include "tool/scan_words.h"
 
@@ -23,15 +25,13 @@ namespace {
 constexpr int defaultTimeoutOfAScanMs = 50;
 
 struct ScanOptions {
-    std::string port;
-    bool simulated = false;
+    LineSetup line; // port, simulated and log alone
     std::vector<std::string> lines;
     std::string stations = "1..247";
     int timeoutMs = defaultTimeoutOfAScanMs;
     bool asksAnyway = false;
     std::vector<std::string> registers;
     bool json = false;
-    std::string log;
     std::string library;
 };
 
@@ -172,14 +172,16 @@ private:
 
 int runScan(const ScanOptions& options)
 {
-    if (options.simulated == !options.port.empty())
-        throw UsageFailure(options.simulated
+    if (options.line.simulated == !options.line.port.empty())
+        throw UsageFailure(options.line.simulated
                                ? "--port and --simulated exclude each other"
                                : "no line: name the port with --port DEVICE, or use --simulated "
                                  "for a controller of the tool's own");
-    if (parseNetworkAddress(options.port))
-        throw UsageFailure("scan needs a serial port: speed and parity of a line behind a network "
-                           "are set at its server");
+    if (parseNetworkAddress(options.line.port))
+        throw UsageFailure(
+            options.line.port +
+            ": scan needs a serial port: speed and parity of a line behind a network "
+            "are set at its server");
     const Library library(options.library);
     ScanSettings settings = settingsFor(options, library);
     const std::vector<Area> areas = learnAreas(library);
@@ -187,10 +189,10 @@ int runScan(const ScanOptions& options)
     const std::set<int> wanted = stationsOf(runs);
     if (!wanted.empty())
         settings.stations.assign(wanted.begin(), wanted.end());
-    ScanTeller teller(settings, options.json, options.log, areas);
+    ScanTeller teller(settings, options.json, options.line.log, areas);
     const std::unique_ptr<ControllerProcess> controller =
-        options.simulated ? ownController(library) : nullptr;
-    ScanRun scan(controller ? controller->port() : options.port, teller);
+        options.line.simulated ? ownController(library) : nullptr;
+    ScanRun scan(controller ? controller->port() : options.line.port, teller);
     scan.findStations(settings, questionsFrom(areas), wanted);
     for (const WordRun& run : runs) {
         if (teller.isInterrupted() || teller.hasFailed())
@@ -205,7 +207,11 @@ int runScan(const ScanOptions& options)
 
 void addScanLineOptions(CLI::App& command, ScanOptions& options)
 {
-    command.add_option("--port", options.port, "Serial port, as in /dev/ttyUSB0; see dov417 ports")
+    command
+        .add_option(
+            "--port", options.line.port,
+            "Serial port, as in /dev/ttyUSB0, see dov417 ports; else DOV417_PORT or that of "
+            "--project")
         ->option_text("DEVICE");
     command
         .add_option("--lines,--line", options.lines,
@@ -257,11 +263,12 @@ void addScanCommand(CLI::App& app, Action& chosen)
         ->option_text("PATH")
         ->check([](const std::string& path) { return path.empty() ? "no path" : ""; });
     command
-        ->add_option("--log", options->log,
+        ->add_option("--log", options->line.log,
                      "Record every frame with time, direction, bytes and meaning; see trace")
         ->option_text("FILE");
-    command->add_flag("--simulated", options->simulated,
+    command->add_flag("--simulated", options->line.simulated,
                       "An own controller with stations 1 and 17 instead of a port");
+    addDefaults(*command, {&options->line, nullptr, true}, chosen);
     command->footer(
         "Listens first, and asks nothing where others speak. Each station is asked for one word; "
         "an exception is an answer too. Ctrl-C ends with what was found.\n"

@@ -233,7 +233,7 @@ void addShellCommand(CLI::App& app, Action& chosen)
     command->add_flag("--stop-on-error", options->stopsOnError,
                       "A script ends at the first line that fails; else it goes on");
     addItemOptions(*command, options->items);
-    addLineOptions(*command, options->line);
+    addLineUse(*command, options->line, options->items, chosen, nullptr);
     command->footer(
         "Takes read, write, watch and recipe with their words and options as lines of the standard "
         "input, typed or from a script; help lists them, quit ends, and # begins a comment. "

@@ -10,11 +10,6 @@ namespace dov417 {
 
 namespace {
 
-std::string textOf(const View& view, const ViewLabel& label, const ValueBytes& value)
-{
-    return valueTexts(view.address.width, label.format, value.data(), 1).front();
-}
-
 std::string ageText(const View& view, Clock::time_point now)
 {
     if (!view.hasValue)
@@ -33,60 +28,10 @@ bool areNamed(const std::vector<ViewLabel>& labels)
 
 } // namespace
 
-std::vector<ViewLabel> labelViews(const Library& library, const std::vector<Item>& items)
-{
-    std::vector<ViewLabel> labels;
-    for (const Item& item : items) {
-        const int count = valueCount(item.address);
-        const int step = item.address.length / std::max(1, count);
-        const bool isTag = item.name != toText(library, item.address);
-        for (int i = 0; i < count; ++i) {
-            const Address& address = item.address;
-            ViewLabel label;
-            label.address = std::to_string(address.station) + "/" + address.regName + ":" +
-                            addressText(library, address.regName, address.first + i * step);
-            label.name = !isTag       ? label.address
-                         : count == 1 ? item.name
-                                      : item.name + "[" + std::to_string(i) + "]";
-            label.format = item.format;
-            labels.push_back(label);
-        }
-    }
-    return labels;
-}
-
 std::vector<std::string> cachedTexts(const Session& session, const Item& item)
 {
     return valueTexts(item.address.width, item.format, session.cachedBytes(item.address).data(),
                       valueCount(item.address));
-}
-
-std::string valueText(const View& view, const ViewLabel& label)
-{
-    return view.hasValue ? textOf(view, label, view.value) : "?";
-}
-
-std::string previousText(const View& view, const ViewLabel& label)
-{
-    return view.changes > 0 ? textOf(view, label, view.previous) : "";
-}
-
-std::string shownText(const View& view, const ViewLabel& label)
-{
-    return view.hasValue ? withUnit(valueText(view, label), label.format) : valueText(view, label);
-}
-
-std::string shownPreviousText(const View& view, const ViewLabel& label)
-{
-    const std::string text = previousText(view, label);
-    return text.empty() ? text : withUnit(text, label.format);
-}
-
-std::string bitsText(const View& view, const ValueBytes& value, const ViewLabel& label)
-{
-    ViewLabel inHex = label;
-    inHex.format = {Notation::hex, label.format.order};
-    return textOf(view, inHex, value);
 }
 
 const char* qualityText(Quality quality)
@@ -141,8 +86,10 @@ std::vector<std::string> aligned(const std::vector<Row>& rows, std::size_t textC
         std::string line;
         for (std::size_t c = 0; c < row.size(); ++c) {
             const std::string padding(widths.at(c) - lengthOf(row.at(c)), ' ');
-            line += (c == 0 ? "" : "  ") +
-                    (c < textColumns ? row.at(c) + padding : padding + row.at(c));
+            line += c == 0 ? "" : "  ";
+            line += c >= textColumns ? padding + row.at(c) : row.at(c);
+            if (c < textColumns && c + 1 < row.size())
+                line += padding;
         }
         lines.push_back(line);
     }

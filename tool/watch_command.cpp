@@ -103,21 +103,23 @@ void addWatchCommand(CLI::App& app, Action& chosen, LineSource* shared)
         ->option_text("FILE");
     command->add_flag("--json", options->json, "One JSON object a change, a line each");
     command
-        ->add_option("--every", options->everyMs,
+        ->add_option("-l,--every", options->everyMs,
                      "Poll in this interval, not as fast as the line goes; says so where the line "
                      "cannot keep it")
         ->option_text("MS")
         ->check(CLI::Range(1, maxMs));
-    command->add_option("--cycles", options->cycles, "End after so many cycles")
-        ->option_text("N")
-        ->check(positive);
+    CLI::Option* const cycles =
+        command->add_option("--cycles", options->cycles, "End after so many cycles")
+            ->option_text("N")
+            ->check(positive);
+    command
+        ->add_flag_callback(
+            "-1", [options]() { options->cycles = 1; }, "The same as --cycles 1")
+        ->excludes(cycles);
     command->add_option("--seconds", options->seconds, "End after so many seconds")
         ->option_text("N")
         ->check(positive);
-    if (shared)
-        options->items.source = *shared->shared();
-    else
-        addLineOptions(*command, options->line);
+    addLineUse(*command, options->line, options->items, chosen, shared);
     command->footer(
         "On a terminal a table redraws in place, and keys scroll, filter and write: ? shows them. "
         "Else each change is a line. Ctrl-C ends it.\n"

@@ -1,8 +1,9 @@
 #include "tool/watch_screen.h"
 
 #include <algorithm>
-#include <cctype>
 #include <utility>
+
+#include "text/addresses.h"
 
 namespace dov417 {
 
@@ -11,13 +12,6 @@ namespace {
 constexpr std::size_t maxEntry = 200;
 constexpr std::size_t farDown = 1U << 30; // lines
 const char* const tooSmall = "the window is too small";
-
-std::string inLowerCase(std::string text)
-{
-    for (char& c : text)
-        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return text;
-}
 
 void removeLastCharacter(std::string& text)
 {

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdio>
 
+#include "line/counted.h"
 #include "tool/watch_screen.h"
 #include "tool/watch_table.h"
 
@@ -51,11 +52,6 @@ std::vector<std::string> inPieces(const std::string& text, std::size_t columns)
     for (std::string rest = text; !rest.empty(); rest.erase(0, pieces.back().size()))
         pieces.push_back(fitted(rest, std::max(columns, minColumns)));
     return pieces;
-}
-
-std::string counted(std::size_t count, const char* what)
-{
-    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
 } // namespace

@@ -82,10 +82,7 @@ void addWriteCommand(CLI::App& app, Action& chosen, LineSource* shared)
         ->option_text("ADDRESS=VALUE...")
         ->required();
     addItemOptions(*command, options->items);
-    if (shared)
-        options->items.source = *shared->shared();
-    else
-        addLineOptions(*command, options->line);
+    addLineUse(*command, options->line, options->items, chosen, shared);
     command->footer(
         "Bits go out one at a time: a run of coil bits in one request would miss its area. The "
         "other bits of an R register keep their state: it is read first. A 32-bit value goes out "

@@ -26,6 +26,9 @@ struct Address {
 };
 bool operator==(const Address& a, const Address& b);
 
+// Of ASCII letters.
+std::string inLowerCase(std::string text);
+
 // How many values it names.
 int valueCount(const Address& address);
 
