@@ -52,6 +52,7 @@ int run(int argc, char** argv)
     addWriteCommand(app, chosen);
     addRequestCommand(app, chosen);
     addRecipeCommand(app, chosen);
+    addShellCommand(app, chosen);
     addSimulateCommand(app, chosen);
     addDemoCommand(app, chosen);
 

@@ -8,8 +8,7 @@
 
 #include "session/recipe_file.h"
 #include "session/recipe_job.h"
-#include "tool/defaults.h"
-#include "tool/live_command.h"
+#include "tool/line_source.h"
 #include "tool/troubles.h"
 #include "tool/view_table.h"
 
@@ -72,10 +71,9 @@ bool isSame(const Item& item, const std::vector<unsigned char>& a,
 // One recipe on one line. The job holds what came of it.
 class RecipeRun {
 public:
-    RecipeRun(const RecipeOptions& options, const Library& library,
-              const std::vector<RecipeEntry>& entries)
-        : entries_(entries), labels_(labelViews(library, itemsOf(entries))),
-          live_(library, lineOf(options, library, entries), itemsOf(entries)),
+    RecipeRun(LineSource& line, const std::vector<RecipeEntry>& entries)
+        : entries_(entries), labels_(labelViews(line.library(), itemsOf(entries))),
+          live_(line.take(itemsOf(entries), gapOf(line, entries))),
           job_(live_.session(), [this]() { next(); })
     {
         live_.endWithoutPort();
@@ -135,14 +133,12 @@ public:
     }
 
 private:
-    static LineOptions lineOf(const RecipeOptions& options, const Library& library,
-                              const std::vector<RecipeEntry>& entries)
+    static int gapOf(LineSource& line, const std::vector<RecipeEntry>& entries)
     {
-        if (options.line.gap)
-            requireUntornValues(library, itemsOf(entries), *options.line.gap);
-        LineOptions line = options.line;
-        line.gap = line.singleReadGap();
-        return line;
+        const LineOptions& options = line.options();
+        if (options.gap)
+            requireUntornValues(line.library(), itemsOf(entries), *options.gap);
+        return options.singleReadGap();
     }
 
     void next()
@@ -173,7 +169,7 @@ private:
     std::vector<ViewLabel> labels_;
     bool goesOn_ = false; // to the read-back, once all is written
     bool isMoved_ = false;
-    LiveCommand live_;
+    LiveCommand& live_;
     RecipeJob job_;
 };
 
@@ -182,13 +178,27 @@ bool isStandard(const std::string& file)
     return file == "-";
 }
 
-int runUpload(const RecipeOptions& options)
+void requireTags(const RecipeOptions& options)
 {
-    const Library library(options.line.library);
+    if (options.items.source.tags.empty())
+        throw UsageFailure("a recipe is of tags: name their file with --tags FILE");
+}
+
+void requireFiles(const LineSource& line, const RecipeOptions& options)
+{
+    requireTags(options);
+    if (line.shared() && isStandard(options.file))
+        throw UsageFailure("-: the standard input has the next lines, not a recipe");
+}
+
+int runUpload(LineSource& line, const RecipeOptions& options)
+{
+    requireTags(options);
+    const Library& library = line.library();
     std::vector<RecipeEntry> entries;
     for (const Item& item : Items(library, options.items.source).tagged(Access::read))
         entries.push_back({item, {}});
-    RecipeRun run(options, library, entries);
+    RecipeRun run(line, entries);
     if (isStandard(options.file))
         run.live().keepOutput();
     const bool isMoved = run.upload();
@@ -229,12 +239,13 @@ bool reportDownload(const RecipeRun& run, const std::vector<RecipeEntry>& entrie
     return isGood;
 }
 
-int runDownload(const RecipeOptions& options)
+int runDownload(LineSource& line, const RecipeOptions& options)
 {
-    const Library library(options.line.library);
+    requireFiles(line, options);
+    const Library& library = line.library();
     const std::vector<RecipeEntry> entries =
         readRecipe(options.file, Items(library, options.items.source));
-    RecipeRun run(options, library, entries);
+    RecipeRun run(line, entries);
     const bool isGood = run.download() && reportDownload(run, entries);
     if (isGood)
         std::printf("%zu tags from %s into the controller\n", entries.size(),
@@ -242,12 +253,13 @@ int runDownload(const RecipeOptions& options)
     return run.live().finish(isGood);
 }
 
-int runCompare(const RecipeOptions& options)
+int runCompare(LineSource& line, const RecipeOptions& options)
 {
-    const Library library(options.line.library);
+    requireFiles(line, options);
+    const Library& library = line.library();
     const std::vector<RecipeEntry> entries =
         readRecipe(options.file, Items(library, options.items.source));
-    RecipeRun run(options, library, entries);
+    RecipeRun run(line, entries);
     run.readBack();
 
     std::vector<Row> rows = {{" ", "tag", "recipe", "controller"}};
@@ -271,15 +283,15 @@ int runCompare(const RecipeOptions& options)
     if (unread.empty())
         std::printf(different == 0 ? "all values are the same\n" : "%zu of %zu values differ\n",
                     different, rows.size() - 1);
-    for (const std::string& line : grouped(unread))
-        std::fprintf(stderr, "dov417: %s\n", line.c_str());
+    for (const std::string& each : grouped(unread))
+        std::fprintf(stderr, "dov417: %s\n", each.c_str());
     const int code = run.live().finish(unread.empty());
     return code == exitDone && different > 0 ? exitDifferent : code;
 }
 
 void addTransfer(CLI::App& recipe, const char* name, const char* description,
-                 int (*run)(const RecipeOptions&), const char* firstExample,
-                 const std::string& explanation, Action& chosen)
+                 int (*run)(LineSource&, const RecipeOptions&), const char* firstExample,
+                 const std::string& explanation, Action& chosen, LineSource* shared)
 {
     const auto options = std::make_shared<RecipeOptions>();
     CLI::App* command = recipe.add_subcommand(name, description);
@@ -290,22 +302,15 @@ void addTransfer(CLI::App& recipe, const char* name, const char* description,
         ->option_text("FILE")
         ->required();
     addItemOptions(*command, options->items);
-    addLineOptions(*command, options->line);
-    addDefaults(*command, {&options->line, &options->items.source.tags}, chosen);
+    addLineUse(*command, options->line, options->items, chosen, shared);
     command->footer(explanation + "\nExample:\n" + tagFileExample + firstExample +
                     "  dov417 recipe " + name + " recipe.json --tags tags.csv --simulated");
-    command->callback([options, run, &chosen]() {
-        chosen = [options, run]() {
-            if (options->items.source.tags.empty())
-                throw UsageFailure("a recipe is of tags: name their file with --tags FILE");
-            return run(*options);
-        };
-    });
+    command->callback([options, run, shared, &chosen]() { chosen = onLine(shared, options, run); });
 }
 
 } // namespace
 
-void addRecipeCommand(CLI::App& app, Action& chosen)
+void addRecipeCommand(CLI::App& app, Action& chosen, LineSource* shared)
 {
     CLI::App* recipe =
         app.add_subcommand("recipe", "Move a recipe between controller and file, or compare them");
@@ -315,19 +320,19 @@ void addRecipeCommand(CLI::App& app, Action& chosen)
         "driver is asked for it only once it has taken the addresses. ";
     const std::string cutOff = "Where it is cut off it says how much had been done.";
     addTransfer(*recipe, "upload", "Controller to file: every tag", runUpload, "",
-                wordsGo + "Bits come with the words that hold them. " + cutOff, chosen);
+                wordsGo + "Bits come with the words that hold them. " + cutOff, chosen, shared);
     addTransfer(*recipe, "download", "File to controller: the tags that the file names",
                 runDownload, recipeFileExample,
                 wordsGo +
                     "Bits are written one at a time afterwards. Then everything is read back, "
                     "and each value is told. " +
                     cutOff,
-                chosen);
+                chosen, shared);
     addTransfer(*recipe, "compare", "File and controller side by side", runCompare,
                 sameRecipeExample,
                 "A line for each value that the file names; ! marks those that differ.\n"
                 "Exits with 3 if any does, with 1 if one could not be read.",
-                chosen);
+                chosen, shared);
     recipe->footer(std::string("Examples:\n") + tagFileExample +
                    "  dov417 recipe upload recipe.json --tags tags.csv --simulated\n"
                    "  dov417 recipe download recipe.json --tags tags.csv --simulated");

@@ -4,8 +4,7 @@
 #include <cstdio>
 #include <memory>
 
-#include "tool/defaults.h"
-#include "tool/live_command.h"
+#include "tool/line_source.h"
 #include "tool/screen.h"
 #include "tool/watch_display.h"
 
@@ -23,15 +22,15 @@ struct WatchOptions {
     int everyMs = 0;      // 0: one cycle follows the other
 };
 
-int runWatch(const WatchOptions& options)
+int runWatch(LineSource& line, const WatchOptions& options)
 {
     if (options.json && options.csv == "-")
         throw UsageFailure("--json and --csv - both want the standard output");
-    const Library library(options.line.library);
+    const Library& library = line.library();
     const std::vector<Item> items =
         Items(library, options.items.source).chosen(options.items.arguments, Access::read);
     const std::vector<ViewLabel> labels = labelViews(library, items);
-    LiveCommand live(library, options.line, items);
+    LiveCommand& live = line.take(items, line.options().mergeGap());
     Session& session = live.session();
     const bool hasScreen = !options.json && options.csv != "-" && Screen::isTerminal();
     WatchTeller teller(options.json, options.csv, hasScreen, labels, [&live]() { live.end(); });
@@ -70,20 +69,22 @@ int runWatch(const WatchOptions& options)
     session.setCycleInterval(std::chrono::milliseconds(options.everyMs));
     session.watch(addressesOf(items));
     if (options.cycles > 0)
-        session.finishAfterCycles(options.cycles, [&live]() { live.end(); });
+        live.endAfterCycles(options.cycles);
     live.run();
     teller.requireComplete();
 
-    const std::string unfinished = display ? display->unfinishedWrite() : std::string();
+    const std::string unfinished = display ? display->end() : std::string();
+    const std::vector<View> views = session.views();
+    live.letGo(watchHasEnded);
     if (display) {
         display.reset();
-        for (const std::string& row : viewTable(session.views(), labels, Clock::now()))
+        for (const std::string& row : viewTable(views, labels, Clock::now()))
             std::printf("%s\n", row.c_str());
     }
     teller.tellUnsaid();
-    const std::vector<std::string> doubtful = doubtfulValues(session.views(), items, labels);
-    for (const std::string& line : doubtful)
-        std::fprintf(stderr, "dov417: %s\n", line.c_str());
+    const std::vector<std::string> doubtful = doubtfulValues(views, items, labels);
+    for (const std::string& each : doubtful)
+        std::fprintf(stderr, "dov417: %s\n", each.c_str());
     if (!unfinished.empty())
         std::fprintf(stderr, "dov417: %s\n", unfinished.c_str());
     return live.finish(doubtful.empty() && unfinished.empty());
@@ -91,7 +92,7 @@ int runWatch(const WatchOptions& options)
 
 } // namespace
 
-void addWatchCommand(CLI::App& app, Action& chosen)
+void addWatchCommand(CLI::App& app, Action& chosen, LineSource* shared)
 {
     const auto options = std::make_shared<WatchOptions>();
     CLI::App* command = app.add_subcommand("watch", "Poll, and show values live");
@@ -118,8 +119,7 @@ void addWatchCommand(CLI::App& app, Action& chosen)
     command->add_option("--seconds", options->seconds, "End after so many seconds")
         ->option_text("N")
         ->check(positive);
-    addLineOptions(*command, options->line);
-    addDefaults(*command, {&options->line, &options->items.source.tags}, chosen);
+    addLineUse(*command, options->line, options->items, chosen, shared);
     command->footer(
         "On a terminal a table redraws in place, and keys scroll, filter and write: ? shows them. "
         "Else each change is a line. Ctrl-C ends it.\n"
@@ -131,8 +131,7 @@ void addWatchCommand(CLI::App& app, Action& chosen)
         "On a real line, --port /dev/ttyUSB0 stands for --simulated.\n"
         "Exits with 1 if a value is not good at the end: it never came, or it is old since its "
         "request has been failing or the port has gone.");
-    command->callback(
-        [options, &chosen]() { chosen = [options]() { return runWatch(*options); }; });
+    command->callback([options, shared, &chosen]() { chosen = onLine(shared, options, runWatch); });
 }
 
 } // namespace dov417

@@ -5,8 +5,7 @@
 #include <memory>
 
 #include "session/write_words.h"
-#include "tool/defaults.h"
-#include "tool/live_command.h"
+#include "tool/line_source.h"
 
 namespace dov417 {
 
@@ -40,9 +39,9 @@ WriteTask parseAssignment(const Items& items, const std::string& text)
                      splitAtCommas(text.substr(equals + 1)));
 }
 
-int runWrite(const WriteOptions& options)
+int runWrite(LineSource& line, const WriteOptions& options)
 {
-    const Library library(options.line.library);
+    const Library& library = line.library();
     const Items known(library, options.items.source);
     std::vector<WriteTask> tasks;
     std::vector<Item> items;
@@ -50,8 +49,9 @@ int runWrite(const WriteOptions& options)
         tasks.push_back(parseAssignment(known, assignment));
         items.push_back(tasks.back().item);
     }
-    requireUntornValues(library, items, options.line.mergeGap());
-    LiveCommand live(library, options.line, items);
+    const int gap = line.options().mergeGap();
+    requireUntornValues(library, items, gap);
+    LiveCommand& live = line.take(items, gap);
     live.endWithoutPort();
     live.open();
     WriteJob writes(live.session(), [&live]() { live.end(); });
@@ -70,7 +70,7 @@ int runWrite(const WriteOptions& options)
 
 } // namespace
 
-void addWriteCommand(CLI::App& app, Action& chosen)
+void addWriteCommand(CLI::App& app, Action& chosen, LineSource* shared)
 {
     const auto options = std::make_shared<WriteOptions>();
     CLI::App* command =
@@ -82,8 +82,7 @@ void addWriteCommand(CLI::App& app, Action& chosen)
         ->option_text("ADDRESS=VALUE...")
         ->required();
     addItemOptions(*command, options->items);
-    addLineOptions(*command, options->line);
-    addDefaults(*command, {&options->line, &options->items.source.tags}, chosen);
+    addLineUse(*command, options->line, options->items, chosen, shared);
     command->footer(
         "Bits go out one at a time: a run of coil bits in one request would miss its area. The "
         "other bits of an R register keep their state: it is read first. A 32-bit value goes out "
@@ -95,8 +94,7 @@ void addWriteCommand(CLI::App& app, Action& chosen)
         "On a real line, --port /dev/ttyUSB0 stands for --simulated.\n"
         "Exits with 1 if a write was refused, given up or does not read back as written, and says "
         "which.");
-    command->callback(
-        [options, &chosen]() { chosen = [options]() { return runWrite(*options); }; });
+    command->callback([options, shared, &chosen]() { chosen = onLine(shared, options, runWrite); });
 }
 
 } // namespace dov417

@@ -104,7 +104,12 @@ const SessionSettings& Session::settings() const
 void Session::setSettings(const SessionSettings& settings)
 {
     settings_ = settings;
-    restartDriver("the settings were changed");
+    endRequests("the settings were changed");
+}
+
+void Session::endRequests(const std::string& reason)
+{
+    restartDriver(reason);
     views_.makeOld();
     tellChanges();
     tellings_.tell();
