@@ -8,7 +8,6 @@ namespace dov417 {
 
 namespace {
 
-constexpr int shortestWhole = 4; // station, function, CRC
 constexpr int wordLength = 2;
 constexpr int coilOn = 0xFF00;
 
@@ -28,7 +27,7 @@ class Fields {
 public:
     explicit Fields(const QByteArray& frame)
         : frame_(frame),
-          end_(frame.size() >= shortestWhole ? frame.size() - crcLength : frame.size())
+          end_(frame.size() >= minFrameLength ? frame.size() - crcLength : frame.size())
     {
     }
 
@@ -107,7 +106,7 @@ private:
     std::vector<FrameField> fields_;
 };
 
-bool isTakenApart(int function)
+bool isKnown(int function)
 {
     return isReadFunction(function) || function == writeCoil || function == writeRegister ||
            isWriteOfMany(function);
@@ -134,7 +133,7 @@ std::vector<FrameField> requestFields(const QByteArray& frame)
     if (!fields.addHead())
         return fields.taken();
     const int function = byteAt(frame, functionIndex);
-    if (!isTakenApart(function) || !fields.has(wordLength))
+    if (!isKnown(function) || !fields.has(wordLength))
         return fields.taken();
     const std::string what = isOfCoils(function) ? "coil" : "register";
     const int first = fields.word();
@@ -168,7 +167,7 @@ std::vector<FrameField> replyFields(const QByteArray& frame, const QByteArray& r
         return fields.taken();
     }
     if (isReadFunction(function) && fields.has(1)) {
-        const bool isAnswer = request.size() >= shortestWhole + 2 * wordLength &&
+        const bool isAnswer = request.size() >= minFrameLength + 2 * wordLength &&
                               byteAt(request, functionIndex) == function;
         const int first = isAnswer ? wordAt(request, addressIndex) : 0;
         fields.add(1, "byte count", std::to_string(fields.byte()));
@@ -177,7 +176,7 @@ std::vector<FrameField> replyFields(const QByteArray& frame, const QByteArray& r
             fields.addCoils(first, isAnswer ? wordAt(request, quantityIndex) : all);
         else
             fields.addRegisters(first);
-    } else if (isTakenApart(function)) {
+    } else if (isKnown(function)) {
         const std::string what = isOfCoils(function) ? "coil" : "register";
         fields.addWord("first " + what);
         if (isWriteOfMany(function))

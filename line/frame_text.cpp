@@ -34,7 +34,6 @@ const Named exceptions[] = {
     {11, "gateway target device failed to respond"},
 };
 
-const int minFrame = 4;      // station, function, CRC
 const int requestLength = 8; // all but the writes of many; so are the echoes of all writes
 const int writeHead = 7;     // of a write of many: up to the byte count
 const int readHead = 3;      // of a read's reply: up to the byte count
@@ -287,7 +286,7 @@ std::string echoText(const QByteArray& frame)
 
 std::string requestText(const QByteArray& frame, const std::vector<Area>& areas)
 {
-    if (frame.size() < minFrame)
+    if (frame.size() < minFrameLength)
         return fragment(frame);
     const int function = byteAt(frame, functionIndex);
     const std::string who = station(frame);
@@ -316,7 +315,7 @@ std::string requestText(const QByteArray& frame, const std::vector<Area>& areas)
 std::string replyText(const QByteArray& reply, const QByteArray& request,
                       const std::vector<Area>& areas)
 {
-    if (reply.size() < minFrame)
+    if (reply.size() < minFrameLength)
         return fragment(reply);
     const Asked asked = askedBy(request);
     std::string faults;
