@@ -221,7 +221,8 @@ void addScanLineOptions(CLI::App& command, ScanOptions& options)
             return std::string();
         });
     command
-        .add_option("--stations", options.stations, "Stations to ask, as in 1..20 or 1,5,10..20")
+        .add_option("--stations", options.stations,
+                    "Stations to ask, as in 1..20, 1-20 or 1,5,10..20")
         ->option_text("LIST")
         ->capture_default_str();
     command
