@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "text/address_values.h"
 #include "tool/troubles.h"
 
 namespace dov417 {
@@ -11,7 +12,7 @@ namespace {
 
 std::string textOf(const View& view, const ViewLabel& label, const ValueBytes& value)
 {
-    return valueTexts(view.address.width, label.format, value.data(), 1).front();
+    return valueTexts(view.address, label.format, value.data()).front();
 }
 
 std::string ageText(const View& view, Clock::time_point now)
@@ -50,8 +51,7 @@ std::vector<ViewLabel> labelViews(const Library& library, const std::vector<Item
 
 std::vector<std::string> cachedTexts(const Session& session, const Item& item)
 {
-    return valueTexts(item.address.width, item.format, session.cachedBytes(item.address).data(),
-                      valueCount(item.address));
+    return valueTexts(item.address, item.format, session.cachedBytes(item.address).data());
 }
 
 std::string valueText(const View& view, const ViewLabel& label)

@@ -9,6 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include "line/failure.h"
+#include "text/characters.h"
 #include "text/json_value.h"
 #include "tool/live_command.h"
 
@@ -80,7 +81,8 @@ void WatchTeller::tell(const View& view, std::size_t index)
     const ViewLabel& label = labels_.at(index);
     const std::string value = valueText(view, label);
     const std::string previous = previousText(view, label);
-    if (csv_ && !writeRow(csv_, {timeText(), label.name, label.address, value, previous}))
+    if (csv_ && !writeRow(csv_, {timeText(), label.name, label.address, withoutQuotes(value),
+                                 withoutQuotes(previous)}))
         outputLost_();
     if (json_) {
         nlohmann::ordered_json object = {{"time", timeText()},

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "session/write_job.h"
+#include "text/address_values.h"
 #include "tool/live_command.h"
 #include "tool/view_table.h"
 
@@ -37,11 +38,13 @@ WriteTask parseAssignment(const Items& items, const std::string& text)
     if (equals == std::string::npos)
         throw UsageFailure(text + ": a write is ADDRESS=VALUE[,VALUE...], as in R_W:100=1500");
     WriteTask task;
-    task.item = items.find(text.substr(0, equals), Access::write);
-    const std::vector<std::string> values = splitAtCommas(text.substr(equals + 1));
+    task.item = items.findAll(text.substr(0, equals), Access::write).front();
+    const std::string written = text.substr(equals + 1);
+    const std::vector<std::string> values = task.item.address.width == Width::text
+                                                ? std::vector<std::string>{written}
+                                                : splitAtCommas(written);
     try {
-        requireCount(valueCount(task.item.address), values);
-        task.data = valueBytes(task.item.address.width, task.item.format, values);
+        task.data = valueBytes(task.item.address, task.item.format, values);
         requireWithinLimits(task.item, task.data);
     } catch (const UsageFailure& failure) {
         throw UsageFailure(task.item.name + ": " + failure.what());
@@ -52,8 +55,7 @@ WriteTask parseAssignment(const Items& items, const std::string& text)
 std::string joined(const Item& item, const std::vector<unsigned char>& bytes)
 {
     std::string text;
-    for (const std::string& value :
-         valueTexts(item.address.width, item.format, bytes.data(), valueCount(item.address)))
+    for (const std::string& value : valueTexts(item.address, item.format, bytes.data()))
         text += (text.empty() ? "" : " ") + value;
     return withUnit(text, item.format);
 }

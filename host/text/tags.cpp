@@ -5,8 +5,10 @@
 #include <cmath>
 #include <map>
 
+#include "text/address_values.h"
 #include "text/csv_rows.h"
 #include "text/text_file.h"
+#include "text/wildcards.h"
 
 namespace dov417 {
 
@@ -48,7 +50,8 @@ std::string inLowerCase(std::string text)
 // Which field of a row holds which column; -1: the file has no such column.
 class Header {
 public:
-    Header(const Row& row, const Place& place) : names_(row.fields)
+    Header(const Row& row, const Place& place, bool mayHaveCommas)
+        : names_(row.fields), mayHaveCommas_(mayHaveCommas)
     {
         places_.fill(-1);
         for (std::size_t i = 0; i < row.fields.size(); ++i) {
@@ -77,6 +80,11 @@ public:
     {
         return field < names_.size() ? names_[field] : std::string();
     }
+    // May a number have a comma for its point? Not where a comma ends a field.
+    bool mayHaveCommas() const
+    {
+        return mayHaveCommas_;
+    }
     std::size_t width() const
     {
         return names_.size();
@@ -91,6 +99,7 @@ public:
 private:
     std::vector<std::string> names_;
     std::array<int, columnCount> places_;
+    bool mayHaveCommas_;
 };
 
 int countOf(const std::string& text)
@@ -116,13 +125,13 @@ void requireName(const std::string& name)
         throw UsageFailure(std::string("a name cannot hold '") + name[bad] + "'");
 }
 
-// Numbers with a comma for their point come from files whose fields end otherwise.
 std::optional<double> numberIn(const Header& header, const Row& row, Column column)
 {
     std::string text = header.text(row, column);
     if (text.empty())
         return std::nullopt;
-    if (const std::size_t comma = text.find(','); comma != std::string::npos)
+    const std::size_t comma = text.find(',');
+    if (header.mayHaveCommas() && comma != std::string::npos)
         text[comma] = '.';
     double number = 0;
     const char* const end = text.data() + text.size();
@@ -142,7 +151,7 @@ void readMeaning(Tag& tag, const Header& header, const Row& row, Column& column)
         const std::optional<double> value = numberIn(header, row, which);
         if (value && !isOfNumber)
             throw UsageFailure(
-                "only a number has one: no bit, and no value in hex, binary or bool");
+                "only a number has one: no bit, no text, and no value in hex, binary or bool");
         return value;
     };
     if (const auto scale = number(scaleColumn)) {
@@ -196,6 +205,7 @@ Tag tagOf(const Library& library, const Header& header, const Row& row, const Pl
         column = formatColumn;
         if (doubleWords == 2 && tag.address.width == Width::doubleWord)
             tag.address.width = Width::quadWord;
+        tag.address = asText(tag.address, tag.format);
         requireFormat(tag.address.width, chosenFormat(tag.format, FormatChoice()));
         readMeaning(tag, header, row, column);
     } catch (const AddressFailure& failure) {
@@ -234,11 +244,12 @@ std::vector<Tag> readTags(const Library& library, const std::string& file)
 
 std::vector<Tag> parseTags(const Library& library, const std::string& text, const std::string& file)
 {
-    const std::vector<Row> rows = csvRows(text, file);
+    const CsvRows csv = csvRows(text, file);
+    const std::vector<Row>& rows = csv.rows;
     if (rows.empty())
         Place{file, 1}.refuse("the header is missing: name,station,register,address,count,format,"
                               "comment");
-    const Header header(rows.front(), Place{file, rows.front().line});
+    const Header header(rows.front(), Place{file, rows.front().line}, csv.delimiter != ',');
 
     std::vector<Tag> tags;
     std::map<std::string, int> lineOfName;
@@ -265,6 +276,15 @@ std::string limitText(double limit)
 {
     char text[64];
     return std::string(text, std::to_chars(text, text + sizeof text, limit).ptr);
+}
+
+std::vector<Tag> matchingTags(const std::vector<Tag>& tags, const std::string& wildcard)
+{
+    std::vector<Tag> matching;
+    for (const Tag& tag : tags)
+        if (isMatch(wildcard, tag.name))
+            matching.push_back(tag);
+    return matching;
 }
 
 const Tag* findTag(const std::vector<Tag>& tags, const std::string& name)
