@@ -59,20 +59,25 @@ bool writeRow(std::FILE* file, const std::vector<std::string>& fields)
 
 } // namespace
 
-WatchTeller::WatchTeller(bool json, const std::string& csvName,
-                         const std::vector<ViewLabel>& labels,
+WatchTeller::WatchTeller(bool json, const CsvWish& csv, const std::vector<ViewLabel>& labels,
                          const std::function<void()>& outputLost)
-    : json_(json), labels_(labels), csvName_(csvName), csvIsOutput_(csvName == "-"),
+    : json_(json), labels_(labels), csvName_(csv.name), csvIsOutput_(csv.name == "-"),
       outputLost_(outputLost), troubles_(maxNews(json))
 {
     if (!json && !csvIsOutput_ && Screen::isTerminal())
         screen_ = std::make_unique<Screen>();
-    if (csvName.empty())
+    if (csvName_.empty())
         return;
+    Row heading = {"time", "name", "address", "value", "previous"};
+    if (csv.isWide) {
+        wideRows_.emplace(labels);
+        heading = wideRows_->header();
+        heading.insert(heading.begin(), "time");
+    }
     if (!csvIsOutput_)
         csvFile_.reset(std::fopen(csvName_.c_str(), "w"));
     csv_ = csvIsOutput_ ? stdout : csvFile_.get();
-    if (!csv_ || !writeRow(csv_, {"time", "name", "address", "value", "previous"}))
+    if (!csv_ || !writeRow(csv_, heading))
         throw Failure("cannot write " + csvName_ + ": " + std::strerror(errno));
 }
 
@@ -81,8 +86,9 @@ void WatchTeller::tell(const View& view, std::size_t index)
     const ViewLabel& label = labels_.at(index);
     const std::string value = valueText(view, label);
     const std::string previous = previousText(view, label);
-    if (csv_ && !writeRow(csv_, {timeText(), label.name, label.address, withoutQuotes(value),
-                                 withoutQuotes(previous)}))
+    if (csv_ && !wideRows_ &&
+        !writeRow(csv_, {timeText(), label.name, label.address, withoutQuotes(value),
+                         withoutQuotes(previous)}))
         outputLost_();
     if (json_) {
         nlohmann::ordered_json object = {{"time", timeText()},
@@ -102,6 +108,16 @@ void WatchTeller::tell(const View& view, std::size_t index)
         say(timeText() + " " + label.name + " = " + shownText(view, label) +
             (previous.empty() ? "" : " (was " + shownPreviousText(view, label) + ")"));
     }
+}
+
+void WatchTeller::tellRow(const std::vector<View>& views)
+{
+    if (!wideRows_)
+        return;
+    Row row = wideRows_->next(views);
+    row.insert(row.begin(), timeText());
+    if (!writeRow(csv_, row))
+        outputLost_();
 }
 
 void WatchTeller::tellAbandoned(const std::string& request, const std::string& reason, Reason why)

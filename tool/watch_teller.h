@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,18 +13,25 @@
 #include "tool/screen.h"
 #include "tool/troubles.h"
 #include "tool/view_table.h"
+#include "tool/wide_rows.h"
 
 namespace dov417 {
 
+struct CsvWish {
+    std::string name;    // - is the standard output, which then has nothing else; empty: none
+    bool isWide = false; // a column a value and a row an interval, instead of a row a change
+};
+
 class WatchTeller {
 public:
-    // csvName - is the standard output, which then has nothing else. outputLost: a file or the
-    // terminal takes nothing any more. Throws a Failure if the CSV file cannot be written; its name
-    // may be empty.
-    WatchTeller(bool json, const std::string& csvName, const std::vector<ViewLabel>& labels,
+    // outputLost: a file or the terminal takes nothing any more. Throws a Failure if the CSV file
+    // cannot be written.
+    WatchTeller(bool json, const CsvWish& csv, const std::vector<ViewLabel>& labels,
                 const std::function<void()>& outputLost);
 
     void tell(const View& view, std::size_t index);
+    // A row of all views, if the CSV is wide.
+    void tellRow(const std::vector<View>& views);
     void tellAbandoned(const std::string& request, const std::string& reason, Reason why);
     void tellPort(bool open, const std::string& message);
     void tellNotice(const std::string& text);
@@ -54,6 +62,7 @@ private:
     std::unique_ptr<Screen> screen_;
     std::unique_ptr<std::FILE, CloseFile> csvFile_;
     std::FILE* csv_ = nullptr;
+    std::optional<WideRows> wideRows_;
     // On the screen: the latest messages, each with what it is about.
     struct Message {
         std::string about;
