@@ -5,6 +5,7 @@
 
 #include "driver/default_line.h"
 #include "line/failure.h"
+#include "tool/rs485_options.h"
 
 namespace dov417 {
 
@@ -77,6 +78,7 @@ void addLineOptions(CLI::App& command, LineOptions& options)
         ->option_text("PORT")
         ->group(lineGroup);
     addPlanningOptions(command, options);
+    addRs485Options(command, options.direction, lineGroup);
     command
         .add_option("--timeout", options.timeoutMs,
                     "How long to wait for a reply, whatever a station takes; else " +
