@@ -9,6 +9,7 @@
 #include "line/failure.h"
 #include "live/child_program.h"
 #include "tool/commands.h"
+#include "tool/manual_pages.h"
 
 using namespace dov417;
 
@@ -42,6 +43,8 @@ int run(int argc, char** argv)
     addRecipeCommand(app, chosen);
     addSimulateCommand(app, chosen);
     addDemoCommand(app, chosen);
+    if (const std::optional<int> code = writeManualPages(app, argc, argv))
+        return *code;
 
     try {
         app.parse(argc, argv);
