@@ -8,9 +8,11 @@ export DOV417_STARTED=$started
 
 build_packages="g++ cmake ninja-build pkg-config qtbase5-dev libqt5serialport5-dev libcli11-dev
   libcsv-dev nlohmann-json3-dev"
+# Of these the graphical panel is made besides; without them it is left out.
+panel_packages="libqwt-qt5-dev libqt5opengl5-dev libqt5svg5-dev"
 
 test_packages="clang-format libgtest-dev libgmock-dev libmodbus-dev libqt5serialbus5-dev binutils python3
-  python3-pymodbus python3-serial python3-serial-asyncio mbpoll doxygen ser2net groff-base"
+  python3-pymodbus python3-serial python3-serial-asyncio mbpoll doxygen ser2net tmux groff-base"
 bench_packages="libbenchmark-dev libmodbus-dev libqt5serialbus5-dev valgrind python3"
 
 arm_packages="g++ cmake ninja-build qtbase5-dev g++-arm-linux-gnueabihf g++-arm-linux-gnueabi
@@ -18,7 +20,7 @@ arm_packages="g++ cmake ninja-build qtbase5-dev g++-arm-linux-gnueabihf g++-arm-
 qt_packages="$build_packages $test_packages qt6-base-dev qt6-serialport-dev"
 package_packages="dpkg-dev mmdebstrap lintian g++-arm-linux-gnueabihf g++-arm-linux-gnueabi
   qemu-user"
-analysis_packages="$build_packages clang-14 clang-tidy-14 cppcheck"
+analysis_packages="$build_packages $panel_packages clang-14 clang-tidy-14 cppcheck"
 fuzz_packages="clang-14 libclang-rt-14-dev g++ cmake ninja-build qtbase5-dev"
 
 say() {

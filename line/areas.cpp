@@ -1,10 +1,10 @@
 #include "line/areas.h"
 
+#include "line/frame_bytes.h"
+
 namespace dov417 {
 
 namespace {
-
-const int bitsPerWord = 16;
 
 std::string range(const std::string& name, const std::string& first, const std::string& last)
 {

@@ -16,6 +16,10 @@ public:
 class UsageFailure : public Failure {
 public:
     using Failure::Failure;
+    UsageFailure(const std::string& typed, const std::string& why)
+        : Failure("\"" + typed + "\": " + why)
+    {
+    }
 };
 
 // What a call came to, where an exception has no place.

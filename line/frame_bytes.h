@@ -9,11 +9,14 @@ namespace dov417 {
 constexpr int functionIndex = 1;
 constexpr int addressIndex = 2;
 constexpr int quantityIndex = 4;
+constexpr int addressEnd = quantityIndex;
 constexpr int crcLength = 2;
+constexpr int minFrameLength = 4;             // station, function, CRC
 constexpr int exceptionLength = 5;            // station, function, code, CRC
 constexpr int exceptionFlag = 0x80;           // in the function of a reply
 constexpr unsigned char broadcastStation = 0; // nobody answers it
-constexpr int coilsPerWord = 16;
+constexpr int maxStation = 247;
+constexpr int bitsPerWord = 16; // the coils that one register would hold
 
 enum ModbusFunction {
     readCoils = 1,
@@ -56,6 +59,22 @@ inline int functionOf(const QByteArray& frame)
 inline bool isReadFunction(int function)
 {
     return function >= readCoils && function <= readInputRegisters;
+}
+
+inline bool isCoils(int function)
+{
+    return function == readCoils || function == writeCoil || function == writeCoils;
+}
+
+inline bool holdsBits(int function)
+{
+    return isCoils(function) || function == readInputs;
+}
+
+// So many coils, inputs or registers take in a frame.
+inline int bytesFor(int function, int count)
+{
+    return holdsBits(function) ? (count + 7) / 8 : 2 * count;
 }
 
 } // namespace dov417

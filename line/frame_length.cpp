@@ -14,6 +14,7 @@ constexpr int functionLength = 2; // with the station
 constexpr int addressLength = 4;
 constexpr int quantityLength = 6;
 constexpr int readReplyHead = 3;
+constexpr int uncountedData = 256; // bytes that a count of 0 stands for
 
 // Up to the data; these are counted by the head's last byte where it has a count.
 struct Head {
@@ -59,12 +60,6 @@ int lengthOf(const Head& head, const QByteArray& begin)
     return head.length + byteAt(begin, head.length - 1) + crcLength;
 }
 
-int bytesFor(int function, int count)
-{
-    const bool bits = function == readCoils || function == readInputs || function == writeCoils;
-    return bits ? (count + 7) / 8 : 2 * count;
-}
-
 } // namespace
 
 int lengthOfRequest(const QByteArray& begin)
@@ -93,6 +88,14 @@ int lengthOfReply(const QByteArray& begin)
         return exceptionLength;
     const Shape* const shape = shapeOf(functionOf(begin));
     return shape ? lengthOf(shape->reply, begin) : neverTold;
+}
+
+int maxLengthOfReply(const QByteArray& begin)
+{
+    const int length = lengthOfReply(begin);
+    const bool saysZero =
+        length == readReplyHead + crcLength && isReadFunction(byteAt(begin, functionIndex));
+    return saysZero ? length + uncountedData : length;
 }
 
 int lengthOfReplyTo(const QByteArray& request)

@@ -16,6 +16,9 @@ constexpr int untoldLength = 512;
 int lengthOfRequest(const QByteArray& begin);
 int lengthOfReply(const QByteArray& begin);
 
+// Of what begins as a reply whose count may be 256, which its byte says as 0: 128 registers.
+int maxLengthOfReply(const QByteArray& begin);
+
 // Of the sound reply to a whole request; an exception has five bytes.
 int lengthOfReplyTo(const QByteArray& request);
 

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <iterator>
 
+#include "line/counted.h"
 #include "line/crc16.h"
 #include "line/frame_bytes.h"
 
@@ -33,26 +34,15 @@ const Named exceptions[] = {
     {11, "gateway target device failed to respond"},
 };
 
-const int minFrame = 4;      // station, function, CRC
 const int requestLength = 8; // all but the writes of many; so are the echoes of all writes
 const int writeHead = 7;     // of a write of many: up to the byte count
 const int readHead = 3;      // of a read's reply: up to the byte count
 const int maxValuesShown = 16;
 
-bool isCoils(int function)
-{
-    return function == readCoils || function == writeCoil || function == writeCoils;
-}
-
 // Inputs of either kind are nothing that this controller's areas are mapped to.
 bool isMapped(int function)
 {
     return function != readInputs && function != readInputRegisters;
-}
-
-bool holdsBits(int function)
-{
-    return isCoils(function) || function == readInputs;
 }
 
 std::string station(const QByteArray& frame)
@@ -78,11 +68,6 @@ std::string nameOf(const Named* begin, const Named* end, int code, const char* o
         if (named->code == code)
             return named->name;
     return otherwise + std::to_string(code);
-}
-
-std::string counted(long long count, const std::string& what)
-{
-    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
 // " (R_W:10)" or nothing.
@@ -123,8 +108,8 @@ std::string shortened(const std::vector<std::string>& values)
 std::string coilValues(const QByteArray& frame, int from, int coils)
 {
     std::vector<std::string> values;
-    if (coils % coilsPerWord == 0) {
-        for (int word = 0; word < coils / coilsPerWord; ++word)
+    if (coils % bitsPerWord == 0) {
+        for (int word = 0; word < coils / bitsPerWord; ++word)
             values.push_back(
                 hexWord(byteAt(frame, from + 2 * word) + byteAt(frame, from + 2 * word + 1) * 256));
     } else {
@@ -141,11 +126,6 @@ std::string registerValues(const QByteArray& frame, int from, int registers)
     for (int i = 0; i < registers; ++i)
         values.push_back(std::to_string(wordAt(frame, from + 2 * i)));
     return shortened(values);
-}
-
-int bytesFor(int function, int count)
-{
-    return holdsBits(function) ? (count + 7) / 8 : 2 * count;
 }
 
 std::string badCrc(const QByteArray& frame)
@@ -306,7 +286,7 @@ std::string echoText(const QByteArray& frame)
 
 std::string requestText(const QByteArray& frame, const std::vector<Area>& areas)
 {
-    if (frame.size() < minFrame)
+    if (frame.size() < minFrameLength)
         return fragment(frame);
     const int function = byteAt(frame, functionIndex);
     const std::string who = station(frame);
@@ -335,7 +315,7 @@ std::string requestText(const QByteArray& frame, const std::vector<Area>& areas)
 std::string replyText(const QByteArray& reply, const QByteArray& request,
                       const std::vector<Area>& areas)
 {
-    if (reply.size() < minFrame)
+    if (reply.size() < minFrameLength)
         return fragment(reply);
     const Asked asked = askedBy(request);
     std::string faults;

@@ -3,6 +3,7 @@
 #include <QString>
 #include <QStringList>
 
+#include "line/clock.h"
 #include "line/failure.h"
 
 namespace dov417 {
@@ -11,7 +12,6 @@ namespace {
 
 using std::chrono::nanoseconds;
 
-constexpr std::int64_t nanosecondsPerSecond = 1000000000;
 constexpr std::int64_t halfCharactersOfDelay = 7;
 // Above this rate the serial-line guide fixes the delay, as timers of controllers are no finer.
 constexpr int maxBaudOfCountedDelay = 19200;

@@ -7,13 +7,9 @@
 #include <unistd.h>
 #include <utility>
 
+#include "line/clock.h"
+
 namespace dov417 {
-
-namespace {
-
-constexpr std::int64_t nanosecondsPerSecond = 1000000000;
-
-} // namespace
 
 std::int64_t monotonicNow()
 {

@@ -1,7 +1,7 @@
 # Completion for dov417. Commands and options are those that the tool's own help names.
 
 _dov417_options() {
-  "$@" --help 2>/dev/null | grep -oE '^ +(-[a-z], ?)?--[a-z-]+' | grep -oE -- '--[a-z-]+'
+  "$@" --help 2>/dev/null | grep -oE '^ +(-[A-Za-z0-9], ?)?--[a-z-]+' | grep -oE -- '--[a-z-]+'
 }
 
 _dov417_commands() {
@@ -40,12 +40,12 @@ _dov417() {
     --line | --lines) words="9600,8,EVEN,1 19200,8,EVEN,1 38400,8,EVEN,1 57600,8,EVEN,1 115200,8,EVEN,1" ;;
     --format) words="unsigned signed hex bcd float int64 uint64 double bool binary text" ;;
     --word-order) words="low-first high-first" ;;
-    --tags | --log | --library | --csv | --load | --dump | --link)
+    --tags | --project | --log | --library | --csv | --load | --dump | --link)
       _dov417_files "$current"
       return ;;
     --timeout | --timeout-min | --timeout-max | --reply-gap | --horizon | --retries | --probe | \
       --gap | --max-registers | --turnaround | --response-time | --count | --step | --every | --cycles | \
-      --seconds | --stations | --seed | --fault) return ;;
+      --seconds | --baud | --data-bits | --parity | --stop-bits | --stations | --seed | --fault) return ;;
     *)
       if [[ $current == -* ]]; then
         # upload and download have options of their own.

@@ -5,12 +5,11 @@
 #include <optional>
 
 #include "line/failure.h"
+#include "line/frame_bytes.h"
 
 namespace dov417::simulator {
 
 namespace {
-
-constexpr int bitsPerWord = 16;
 
 struct RegisterName {
     const char* name;
@@ -61,11 +60,6 @@ std::optional<int> addressOf(const QString& text, Width width)
     return *word * bitsPerWord + *bit;
 }
 
-[[noreturn]] void refuse(const QString& text, const std::string& reason)
-{
-    throw UsageFailure("\"" + text.toStdString() + "\": " + reason);
-}
-
 } // namespace
 
 int AddressRange::firstWord() const
@@ -89,20 +83,22 @@ AddressRange parseAddressRange(const std::string& written)
     const QString text = QString::fromStdString(written);
     const auto colon = text.indexOf(QLatin1Char(':'));
     if (colon < 0)
-        refuse(text, "an address is written as in R_W:100, M_bit:1.0..1.15 or 2/R_D:10..13");
+        throw UsageFailure(text.toStdString(),
+                           "an address is written as in R_W:100, M_bit:1.0..1.15 or 2/R_D:10..13");
     AddressRange range;
     QString name = text.left(colon);
     const auto slash = name.indexOf(QLatin1Char('/'));
     if (slash >= 0) {
         const std::optional<int> station = numberOf(name.left(slash));
         if (!station || *station < 1 || *station > 247)
-            refuse(text, "a station is a number from 1 to 247");
+            throw UsageFailure(text.toStdString(), "a station is a number from 1 to 247");
         range.station = *station;
         name = name.mid(slash + 1);
     }
     const RegisterName* entry = registerOf(name);
     if (!entry)
-        refuse(text, "no register type is called \"" + name.toStdString() + "\"");
+        throw UsageFailure(text.toStdString(),
+                           "no register type is called \"" + name.toStdString() + "\"");
     range.registerName = entry->name;
     range.area = entry->area;
     range.width = entry->width;
@@ -114,21 +110,23 @@ AddressRange parseAddressRange(const std::string& written)
     const std::optional<int> last =
         dots < 0 ? first : addressOf(addresses.mid(dots + 2), range.width);
     if (!first || !last)
-        refuse(text, range.registerName + (range.width == Width::bit
-                                               ? " addresses are WORD.BIT, bits are 0 to 15"
-                                               : " addresses are numbers"));
+        throw UsageFailure(text.toStdString(),
+                           range.registerName + (range.width == Width::bit
+                                                     ? " addresses are WORD.BIT, bits are 0 to 15"
+                                                     : " addresses are numbers"));
     range.first = *first;
     range.last = *last;
     if (range.width == Width::doubleWord && dots < 0)
         ++range.last;
     if (range.last < range.first)
-        refuse(text, "the range ends before it begins");
+        throw UsageFailure(text.toStdString(), "the range ends before it begins");
     if (range.width == Width::doubleWord && (range.last - range.first) % 2 == 0)
-        refuse(text, "an R_D range names two words a value");
+        throw UsageFailure(text.toStdString(), "an R_D range names two words a value");
     if (!StationMemory::hasWords(range.area, range.firstWord(),
                                  range.lastWord() - range.firstWord() + 1))
-        refuse(text, layoutOf(range.area).letter + std::string(" ends at word ") +
-                         std::to_string(layoutOf(range.area).words - 1));
+        throw UsageFailure(text.toStdString(), layoutOf(range.area).letter +
+                                                   std::string(" ends at word ") +
+                                                   std::to_string(layoutOf(range.area).words - 1));
     return range;
 }
 

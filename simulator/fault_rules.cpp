@@ -25,11 +25,6 @@ constexpr KindEntry kinds[] = {
     {FaultKind::silence, "silence", -1, -1},     {FaultKind::any, "any", -1, -1},
 };
 
-[[noreturn]] void refuse(const QString& text, const std::string& reason)
-{
-    throw UsageFailure("\"" + text.toStdString() + "\": " + reason);
-}
-
 std::string kindNames()
 {
     std::string names;
@@ -54,32 +49,34 @@ FaultRule parseFaultRule(const std::string& written)
     const QString text = QString::fromStdString(written);
     const auto equals = text.indexOf(QLatin1Char('='));
     if (equals < 0)
-        refuse(text, "a fault is written as in flip=10% or silence=every:7");
+        throw UsageFailure(text.toStdString(),
+                           "a fault is written as in flip=10% or silence=every:7");
     const QString kindText = text.left(equals).trimmed();
     const QString howOften = text.mid(equals + 1).trimmed();
 
     const auto colon = kindText.indexOf(QLatin1Char(':'));
     const KindEntry* entry = entryOf(colon < 0 ? kindText : kindText.left(colon));
     if (!entry)
-        refuse(text, "no such kind of fault; there are " + kindNames());
+        throw UsageFailure(text.toStdString(), "no such kind of fault; there are " + kindNames());
     FaultRule rule;
     rule.kind = entry->kind;
     bool isNumber = false;
     if (colon >= 0) {
         if (entry->lowestAmount < 0)
-            refuse(text, std::string(entry->name) + " takes no amount");
+            throw UsageFailure(text.toStdString(), std::string(entry->name) + " takes no amount");
         rule.amount = kindText.mid(colon + 1).toInt(&isNumber);
         if (!isNumber || rule.amount < entry->lowestAmount || rule.amount > entry->highestAmount)
-            refuse(text, "the amount of " + std::string(entry->name) + " must be " +
-                             std::to_string(entry->lowestAmount) + " to " +
-                             std::to_string(entry->highestAmount));
+            throw UsageFailure(text.toStdString(),
+                               "the amount of " + std::string(entry->name) + " must be " +
+                                   std::to_string(entry->lowestAmount) + " to " +
+                                   std::to_string(entry->highestAmount));
     }
 
     const QLatin1String every("every:");
     if (howOften.startsWith(every)) {
         rule.every = howOften.mid(every.size()).toInt(&isNumber);
         if (!isNumber || rule.every < 1)
-            refuse(text, "every: must name a number from 1 on");
+            throw UsageFailure(text.toStdString(), "every: must name a number from 1 on");
         return rule;
     }
     if (howOften.endsWith(QLatin1Char('%'))) {
@@ -89,7 +86,7 @@ FaultRule parseFaultRule(const std::string& written)
             return rule;
         }
     }
-    refuse(text, "how often is written as 0% to 100%, or as every:N");
+    throw UsageFailure(text.toStdString(), "how often is written as 0% to 100%, or as every:N");
 }
 
 std::string faultName(FaultKind kind)

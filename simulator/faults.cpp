@@ -5,6 +5,7 @@
 #include <set>
 
 #include "line/crc16.h"
+#include "line/frame_bytes.h"
 #include "simulator/controller.h"
 
 namespace dov417::simulator {
@@ -17,7 +18,6 @@ constexpr unsigned maxPieces = 8;
 constexpr unsigned maxStrayBytes = 4;
 constexpr int functionCodes[] = {1, 3, 5, 6, 15, 16};
 constexpr int exceptionCodes[] = {1, 2, 3, 4, 6};
-constexpr int highestStation = 247;
 
 using Chance = std::mt19937;
 
@@ -55,7 +55,7 @@ QByteArray otherStation(const QByteArray& reply, int amount, Chance& chance)
     const int own = static_cast<unsigned char>(reply.at(0));
     if (amount >= 0 && amount != own)
         return withByte(reply, 0, amount);
-    const int other = 1 + below(chance, highestStation - 1); // one fewer: the own one is left out
+    const int other = 1 + below(chance, maxStation - 1); // one fewer: the own one is left out
     return withByte(reply, 0, other >= own ? other + 1 : other);
 }
 

@@ -23,14 +23,6 @@ constexpr std::int64_t never = std::numeric_limits<std::int64_t>::max();
 // Paced bytes are handed over in lumps of about this long, as serial adapters do.
 constexpr std::int64_t lumpTime = nanosecondsPerMillisecond;
 
-struct LaterDelete {
-    void operator()(QObject* object) const
-    {
-        object->deleteLater();
-    }
-};
-using Notifier = std::unique_ptr<QSocketNotifier, LaterDelete>;
-
 } // namespace
 
 class LineServer::Private {
@@ -49,6 +41,14 @@ public:
     LinePort port_;
 
 private:
+    struct LaterDelete {
+        void operator()(QObject* object) const
+        {
+            object->deleteLater();
+        }
+    };
+    using Notifier = std::unique_ptr<QSocketNotifier, LaterDelete>;
+
     // Bytes on their way in: on a paced line they have arrived only when their time has passed.
     struct Arrival {
         std::int64_t from;

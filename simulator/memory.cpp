@@ -2,13 +2,13 @@
 
 #include <cstddef>
 
+#include "line/frame_bytes.h"
+
 namespace dov417::simulator {
 
 namespace {
 
-constexpr int bitsPerWord = 16;
 constexpr int lowestStation = 1;
-constexpr int highestStation = 247;
 
 constexpr std::array<AreaLayout, 6> layouts = {{
     {Area::I, 'I', true, 0, 128},
@@ -160,7 +160,7 @@ void StationMemory::setDoubleWord(Area area, int word, std::uint32_t value)
 Memory::Memory(const std::vector<int>& stations)
 {
     for (int number : stations) {
-        if (number >= lowestStation && number <= highestStation)
+        if (number >= lowestStation && number <= maxStation)
             stations_.try_emplace(number);
     }
 }

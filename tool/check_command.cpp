@@ -6,6 +6,7 @@
 
 #include "text/tags.h"
 #include "text/wildcards.h"
+#include "tool/defaults.h"
 
 namespace dov417 {
 
@@ -104,6 +105,7 @@ void addCheckCommand(CLI::App& app, Action& chosen)
     addTagOption(*command, options->tags);
     command->add_flag("--write", options->write, "Ask for an address that is to be written");
     addLibraryOption(*command, options->line);
+    addDefaults(*command, {nullptr, &options->tags}, chosen);
     command->footer("Examples:\n"
                     "  dov417 check R_W:100 M_bit:1.0..1.15 2/R_D:10..13 T:5\n"
                     "  dov417 check --write 0/R_W:100\n"

@@ -12,6 +12,7 @@
 #include "line/failure.h"
 #include "live/live_line.h"
 #include "live/shutdown.h"
+#include "tool/defaults.h"
 #include "tool/heard_teller.h"
 
 namespace dov417 {
@@ -46,8 +47,9 @@ int runListen(const ListenOptions& options)
 // What is for those who talk is none of a listener's.
 void removeTalkersOptions(CLI::App& command)
 {
-    const std::vector<std::string> kept = {"--port", "--line",    "--reply-gap",
-                                           "--log",  "--horizon", "--library"};
+    const std::vector<std::string> kept = {"--port",      "--line",     "--reply-gap", "--log",
+                                           "--horizon",   "--library",  "--baud",      "--parity",
+                                           "--data-bits", "--stop-bits"};
     for (CLI::Option* option : command.get_options())
         if (option->get_group() == "Line" &&
             std::find(kept.begin(), kept.end(), option->get_name()) == kept.end())
@@ -75,6 +77,7 @@ void addListenCommand(CLI::App& app, Action& chosen)
         ->excludes(table);
     addLineOptions(*command, options->line);
     removeTalkersOptions(*command);
+    addDefaults(*command, {&options->line, nullptr}, chosen);
     command->footer(
         "Nothing is sent. Each frame is told with the milliseconds since the one before, and at "
         "the "

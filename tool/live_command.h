@@ -46,6 +46,8 @@ public:
     // quiet, unless Ctrl-C comes again.
     void run();
     void end();
+    // As Ctrl-C does.
+    void interrupt();
     // The line is not quiet yet, and for so long that one would notice.
     bool isWaiting() const;
     // Why the loop ended early: "interrupted", "the port did not come back"; empty if it did not.
@@ -59,7 +61,6 @@ public:
     const ControllerProcess* controller() const;
 
 private:
-    void interrupt();
     void endNow();
     void portChanged(bool open, const std::string& message);
 

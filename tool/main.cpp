@@ -9,11 +9,23 @@
 #include "line/failure.h"
 #include "live/child_program.h"
 #include "tool/commands.h"
+#include "tool/defaults.h"
 #include "tool/manual_pages.h"
 
 using namespace dov417;
 
 namespace {
+
+int runChosen(const Action& chosen)
+{
+    try {
+        return chosen();
+    } catch (const UsageFailure& failure) {
+        throw UsageFailure(withOrigins(failure.what(), chosen.origins));
+    } catch (const std::exception& failure) {
+        throw Failure(withOrigins(failure.what(), chosen.origins));
+    }
+}
 
 int run(int argc, char** argv)
 {
@@ -59,7 +71,7 @@ int run(int argc, char** argv)
         std::fprintf(stderr, "%s", app.help().c_str());
         return exitUsage;
     }
-    const int exitCode = chosen();
+    const int exitCode = runChosen(chosen);
     // A full disk, if the output goes to a file.
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
         throw Failure("the output could not be written");

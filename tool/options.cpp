@@ -5,6 +5,7 @@
 
 #include "driver/default_line.h"
 #include "line/failure.h"
+#include "live/line_members.h"
 #include "tool/rs485_options.h"
 
 namespace dov417 {
@@ -13,12 +14,34 @@ namespace {
 
 const char* const lineGroup = "Line";
 const char* const valueGroup = "Values";
-// More than a request can span says nothing new.
-const int maxGap = 65535;
 const double maxSeconds = 2e6;
-const double maxHorizonSeconds = 3600;
-// A 32-bit value is not cut in two.
-const int minMaxRegisters = 2;
+
+CLI::Range rangeOf(const char* name)
+{
+    const LineMember& member = lineMember(name);
+    return {static_cast<int>(member.min), static_cast<int>(member.max)};
+}
+
+// Parts of the line, as programs that poll have them for options.
+void addLineParts(CLI::App& command, LineOptions& options)
+{
+    struct Part {
+        const char* names;
+        const char* description;
+        const char* text;
+        std::string LineSetup::*field;
+    };
+    const Part parts[] = {
+        {"-b,--baud", "Its baud rate alone", "N", &LineSetup::baud},
+        {"-d,--data-bits", "Its data bits: 8", "N", &LineSetup::dataBits},
+        {"-P,--parity", "Its parity alone: none, even or odd", "PARITY", &LineSetup::parity},
+        {"-s,--stop-bits", "Its stop bits alone: 1 or 2", "N", &LineSetup::stopBits}};
+    for (const Part& part : parts)
+        command.add_option(part.names, options.*part.field, part.description)
+            ->option_text(part.text)
+            ->group(lineGroup)
+            ->excludes("--line");
+}
 
 } // namespace
 
@@ -37,8 +60,8 @@ void addPlanningOptions(CLI::App& command, LineOptions& options)
 {
     command
         .add_option("--line", options.line,
-                    "Baud rate, data bits, parity, stop bits, as in 38400,8,EVEN,1; else the "
-                    "library's own")
+                    "Baud rate, data bits, parity, stop bits, as in 38400,8,EVEN,1; else "
+                    "DOV417_LINE, that of --project or the library's own")
         ->option_text("LINE")
         ->group(lineGroup)
         ->check([](const std::string& text) {
@@ -49,6 +72,7 @@ void addPlanningOptions(CLI::App& command, LineOptions& options)
             }
             return std::string();
         });
+    addLineParts(command, options);
     command
         .add_option("--gap", options.gap,
                     "Widest hole in words that one read bridges (" +
@@ -57,7 +81,7 @@ void addPlanningOptions(CLI::App& command, LineOptions& options)
                         "32-bit value in two is refused")
         ->option_text("N")
         ->group(lineGroup)
-        ->check(CLI::Range(0, maxGap));
+        ->check(rangeOf("gap"));
     command
         .add_option("--max-registers", options.maxRegisters,
                     "Registers (or 16 coils for each) that controllers take in one request: a "
@@ -65,16 +89,18 @@ void addPlanningOptions(CLI::App& command, LineOptions& options)
                     "whole; 128: never")
         ->option_text("N")
         ->group(lineGroup)
-        ->check(CLI::Range(minMaxRegisters, noMaximum));
+        ->check(rangeOf("max-registers"));
     addLibraryOption(command, options);
 }
 
 void addLineOptions(CLI::App& command, LineOptions& options)
 {
     command
-        .add_option("--port", options.port,
-                    "Serial port, as in /dev/ttyUSB0; over a network the serial line of a device "
-                    "server, as in tcp://HOST:4001, or Modbus TCP, as in mbtcp://HOST")
+        .add_option(
+            "--port", options.port,
+            "Serial port, as in /dev/ttyUSB0; over a network the serial line of a device "
+            "server, as in tcp://HOST:4001, or Modbus TCP, as in mbtcp://HOST. Else DOV417_PORT "
+            "or that of --project")
         ->option_text("PORT")
         ->group(lineGroup);
     addPlanningOptions(command, options);
@@ -85,7 +111,7 @@ void addLineOptions(CLI::App& command, LineOptions& options)
                         std::to_string(defaultTimeoutMs) + ", and longer where it takes longer")
         ->option_text("MS")
         ->group(lineGroup)
-        ->check(CLI::Range(1, maxMs));
+        ->check(rangeOf("timeout"));
     command
         .add_flag_callback(
             "--no-function-8", [&options]() { options.mayMark = false; },
@@ -97,7 +123,7 @@ void addLineOptions(CLI::App& command, LineOptions& options)
                         std::to_string(defaultRetries) + ")")
         ->option_text("N")
         ->group(lineGroup)
-        ->check(CLI::Range(1, 1000));
+        ->check(rangeOf("retries"));
     command
         .add_option("--probe", options.maxProbeMs,
                     "Longest pause before a silent station is asked again (" +
@@ -105,21 +131,21 @@ void addLineOptions(CLI::App& command, LineOptions& options)
                         "); the first is a second, each twice as long as the one before")
         ->option_text("MS")
         ->group(lineGroup)
-        ->check(CLI::Range(1, maxMs));
+        ->check(rangeOf("probe"));
     command
         .add_option("--turnaround", options.turnaroundMs,
                     "What controllers need to digest a broadcast (" +
                         std::to_string(defaultTurnaroundMs) + ")")
         ->option_text("MS")
         ->group(lineGroup)
-        ->check(CLI::Range(0, maxMs));
+        ->check(rangeOf("turnaround"));
     command
         .add_option("--timeout-min", options.timeoutMinMs,
                     "Without --timeout: what a station is given at least, however quick it is (" +
                         std::to_string(defaultTimeoutMs) + ")")
         ->option_text("MS")
         ->group(lineGroup)
-        ->check(CLI::Range(1, maxMs))
+        ->check(rangeOf("timeout-min"))
         ->excludes("--timeout");
     command
         .add_option("--timeout-max", options.timeoutMaxMs,
@@ -127,7 +153,7 @@ void addLineOptions(CLI::App& command, LineOptions& options)
                         std::to_string(defaultMaxTimeoutMs) + ")")
         ->option_text("MS")
         ->group(lineGroup)
-        ->check(CLI::Range(1, maxMs))
+        ->check(rangeOf("timeout-max"))
         ->excludes("--timeout");
     command
         .add_option("--reply-gap", options.replyGapMs,
@@ -137,13 +163,13 @@ void addLineOptions(CLI::App& command, LineOptions& options)
                         std::to_string(defaultNetworkReplyGapMs) + ")")
         ->option_text("MS")
         ->group(lineGroup)
-        ->check(CLI::Range(1, maxMs));
+        ->check(rangeOf("reply-gap"));
     command
         .add_option("--horizon", options.horizonSeconds,
                     "A station begins to answer within so many seconds, or not at all (30)")
         ->option_text("SECONDS")
         ->group(lineGroup)
-        ->check(CLI::Range(0.1, maxHorizonSeconds));
+        ->check(CLI::Range(lineMember("horizon").min, lineMember("horizon").max));
     command
         .add_option("--log", options.log,
                     "Record every frame with time, direction, bytes and meaning; see trace")
@@ -160,10 +186,12 @@ void addLineOptions(CLI::App& command, LineOptions& options)
 void addTagOption(CLI::App& command, std::string& tags)
 {
     command
-        .add_option("--tags", tags,
-                    "Tag file: CSV with the header name,station,register,address,count,format,"
-                    "comment,scale,offset,unit,decimals,min,max, of which name, register and "
-                    "address have to be there. Tag names then stand for addresses")
+        .add_option(
+            "--tags", tags,
+            "Tag file: CSV with the header name,station,register,address,count,format,"
+            "comment,scale,offset,unit,decimals,min,max, of which name, register and "
+            "address have to be there; or a project file with tags. Tag names then stand for "
+            "addresses. Else DOV417_TAGS or those of --project")
         ->option_text("FILE")
         ->group(valueGroup);
 }
@@ -188,6 +216,12 @@ void addItemOptions(CLI::App& command, ItemOptions& options)
         ->option_text("ORDER")
         ->group(valueGroup)
         ->check(CLI::IsMember(wordOrderNames()));
+    command
+        .add_flag_callback(
+            "-B", [&options]() { options.source.wordOrder = "high-first"; },
+            "The same as --word-order high-first")
+        ->group(valueGroup)
+        ->excludes("--word-order");
 }
 
 void addAddressArguments(CLI::App& command, ItemOptions& options)

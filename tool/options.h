@@ -47,9 +47,20 @@ std::string positive(const std::string& text);
 // --seconds for a timer, which takes 24 days at the most.
 std::chrono::milliseconds timerSpan(double seconds);
 
+// A setting that is not the command line's own.
+struct Origin {
+    std::string option; // without its dashes
+    std::string text;
+    std::string from; // a variable of the environment, or a file
+};
+
 // What the command line chose to do; main() runs it once everything is parsed. Returns an
 // ExitCode.
-using Action = std::function<int()>;
+struct Action : std::function<int()> {
+    using std::function<int()>::operator=;
+
+    std::vector<Origin> origins;
+};
 
 } // namespace dov417
 

@@ -6,10 +6,12 @@
 #include <optional>
 
 #include "driver/registers.h"
+#include "line/counted.h"
 #include "line/failure.h"
 #include "line/frame_text.h"
 #include "session/items.h"
 #include "session/planning.h"
+#include "tool/defaults.h"
 
 namespace dov417 {
 
@@ -26,11 +28,6 @@ struct PlanOptions {
 double milliseconds(std::chrono::duration<double, std::milli> time)
 {
     return time.count();
-}
-
-std::string count(int number, const std::string& what)
-{
-    return std::to_string(number) + " " + what + (number == 1 ? "" : "s");
 }
 
 // The words of a stretch, under the word type's name where bits or double words were asked for.
@@ -58,7 +55,7 @@ void printLine(const SerialFormat& wire, microseconds responseTime)
 void printPlan(const Plan& plan, int gap)
 {
     std::printf("gap %d: %s, cycle %.2f ms\n\n", gap,
-                count(static_cast<int>(plan.requests.size()), "request").c_str(),
+                counted(static_cast<int>(plan.requests.size()), "request").c_str(),
                 milliseconds(plan.cycle));
     std::printf("%3s  %-18s  %-24s  %9s  %10s\n", "", "request", "bytes", "reply", "time");
     int number = 0;
@@ -71,7 +68,7 @@ void printPlan(const Plan& plan, int gap)
                         milliseconds(request.time));
             continue;
         }
-        const std::string parts = "in " + count(static_cast<int>(request.parts.size()), "part");
+        const std::string parts = "in " + counted(static_cast<int>(request.parts.size()), "part");
         std::printf("%3d  %-18s  %-24s  %9s  %7.2f ms\n", ++number, words.c_str(), parts.c_str(),
                     "", milliseconds(request.time));
         for (const PlannedPart& part : request.parts)
@@ -83,10 +80,14 @@ void printPlan(const Plan& plan, int gap)
 }
 
 void printWarnings(const Library& library, const Planner& planner, const Plan& plan,
-                   const std::vector<Item>& items, int gap, std::optional<int> maximum)
+                   const std::vector<Item>& items, const LineSetup& line)
 {
+    const int gap = line.mergeGap();
     for (std::size_t i = 0; i < plan.requests.size(); ++i) {
         const PlannedRequest& request = plan.requests[i];
+        const auto own = line.stationMaxRegisters.find(request.station);
+        const std::optional<int> maximum =
+            own == line.stationMaxRegisters.end() ? line.maxRegisters : own->second;
         if (maximum && request.length > *maximum && request.parts.empty())
             std::printf("! request %zu goes out as it is: its values of several words overlap, and "
                         "no part of "
@@ -135,7 +136,7 @@ void printOutcomes(const std::vector<GapOutcome>& outcomes)
         if (outcome.aboveLimit > 0)
             notes += "  " + std::to_string(outcome.aboveLimit) + " above the limit";
         if (outcome.uncoveredWords > 0)
-            notes += "  " + count(outcome.uncoveredWords, "word") + " not read";
+            notes += "  " + counted(outcome.uncoveredWords, "word") + " not read";
         std::printf("%-12s  %8d  %8.2f ms%s\n", gapText(outcome).c_str(), outcome.requests,
                     milliseconds(outcome.cycle), notes.c_str());
     }
@@ -150,13 +151,14 @@ int runPlan(const PlanOptions& options)
         Items(library, options.items.source).chosen(options.items.arguments, Access::read);
     const std::vector<Address> addresses = addressesOf(items);
 
-    const std::optional<int> maximum = options.line.maxRegisters;
-    const Planner planner(library, addresses, wire, responseTime, maximum.value_or(noMaximum));
+    const Planner planner(library, addresses, wire, responseTime,
+                          options.line.maxRegisters.value_or(noMaximum),
+                          options.line.stationMaxRegisters);
     const int gap = options.line.mergeGap();
     const Plan plan = planner.plan(gap);
     printLine(wire, responseTime);
     printPlan(plan, gap);
-    printWarnings(library, planner, plan, items, gap, maximum);
+    printWarnings(library, planner, plan, items, options.line);
     if (!options.line.gap)
         printOutcomes(planner.outcomes());
     return exitDone;
@@ -177,6 +179,7 @@ void addPlanCommand(CLI::App& app, Action& chosen)
         ->option_text("MS")
         ->check(CLI::Range(0, maxMs));
     addPlanningOptions(*command, options->line);
+    addDefaults(*command, {&options->line, &options->items.source.tags}, chosen);
     command->footer(
         "Examples:\n"
         "  dov417 plan R_W:100..107 R_W:120 M_bit:1.0..1.15 2/R_D:10..13\n"

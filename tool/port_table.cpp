@@ -1,14 +1,12 @@
 #include "tool/port_table.h"
 
-#include <algorithm>
-#include <array>
 #include <set>
+
+#include "tool/view_table.h"
 
 namespace dov417 {
 
 namespace {
-
-using Row = std::array<std::string, 5>;
 
 std::string usersText(const std::vector<PortUser>& users)
 {
@@ -25,14 +23,6 @@ std::string accessText(const PortEntry& port)
     return port.group.empty() ? "no" : "no, but group " + port.group + " may";
 }
 
-// Characters, of which one may have several bytes.
-std::size_t widthOf(const std::string& text)
-{
-    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char byte) {
-        return (static_cast<unsigned char>(byte) & 0xC0) != 0x80;
-    }));
-}
-
 } // namespace
 
 std::vector<std::string> portTable(const PortList& list)
@@ -41,18 +31,7 @@ std::vector<std::string> portTable(const PortList& list)
     for (const PortEntry& port : list.ports)
         rows.push_back({port.device, port.adapter, port.driver.empty() ? "-" : port.driver,
                         usersText(port.users), accessText(port)});
-    std::array<std::size_t, 5> widths{};
-    for (const Row& row : rows)
-        for (std::size_t i = 0; i < row.size(); ++i)
-            widths.at(i) = std::max(widths.at(i), widthOf(row.at(i)));
-    std::vector<std::string> lines;
-    for (const Row& row : rows) {
-        std::string line;
-        for (std::size_t i = 0; i + 1 < row.size(); ++i)
-            line += row.at(i) + std::string(widths.at(i) - widthOf(row.at(i)) + 2, ' ');
-        lines.push_back(line + row.back());
-    }
-    return lines;
+    return aligned(rows, rows.front().size());
 }
 
 std::vector<std::string> portRemarks(const PortList& list)

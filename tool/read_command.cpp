@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "session/single_reads.h"
+#include "tool/defaults.h"
 #include "tool/live_command.h"
 #include "tool/troubles.h"
 #include "tool/view_table.h"
@@ -64,6 +65,7 @@ void addReadCommand(CLI::App& app, Action& chosen)
     CLI::App* command = app.add_subcommand("read", "Each value once, then exit");
     addAddressArguments(*command, options->items);
     addLineOptions(*command, options->line);
+    addDefaults(*command, {&options->line, &options->items.source.tags}, chosen);
     command->footer(
         "Bits are read with the word that holds them: the driver frames no single "
         "read of bits. A request reads up to 125 words, and no more than --gap where it is given.\n"

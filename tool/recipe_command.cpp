@@ -9,6 +9,7 @@
 #include "session/recipe_file.h"
 #include "session/recipe_job.h"
 #include "text/address_values.h"
+#include "tool/defaults.h"
 #include "tool/live_command.h"
 #include "tool/troubles.h"
 #include "tool/view_table.h"
@@ -290,12 +291,17 @@ void addTransfer(CLI::App& recipe, const char* name, const char* description,
         ->option_text("FILE")
         ->required();
     addItemOptions(*command, options->items);
-    command->get_option("--tags")->required();
     addLineOptions(*command, options->line);
+    addDefaults(*command, {&options->line, &options->items.source.tags}, chosen);
     command->footer(explanation + "\nExample:\n" + tagFileExample + firstExample +
                     "  dov417 recipe " + name + " recipe.json --tags tags.csv --simulated");
-    command->callback(
-        [options, run, &chosen]() { chosen = [options, run]() { return run(*options); }; });
+    command->callback([options, run, &chosen]() {
+        chosen = [options, run]() {
+            if (options->items.source.tags.empty())
+                throw UsageFailure("a recipe is of tags: name their file with --tags FILE");
+            return run(*options);
+        };
+    });
 }
 
 } // namespace

@@ -16,6 +16,7 @@
 #include "live/shutdown.h"
 #include "session/single_request.h"
 #include "text/raw_requests.h"
+#include "tool/defaults.h"
 #include "tool/trace_lines.h"
 
 namespace dov417 {
@@ -215,6 +216,7 @@ void addRequestCommand(CLI::App& app, Action& chosen)
     addLineOptions(*command, options->line);
     for (const char* none : {"--retries", "--probe", "--gap", "--max-registers", "--stats"})
         command->remove_option(command->get_option(none));
+    addDefaults(*command, {&options->line, nullptr}, chosen);
     command->footer(
         "It is sent once, whatever comes, and a write is not asked about. What is told is what was "
         "sent and what came, as trace tells it. The answer to a write of one value is the request "

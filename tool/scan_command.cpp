@@ -10,9 +10,11 @@
 #include "line/failure.h"
 #include "link/network_address.h"
 #include "live/controller_process.h"
+#include "live/line_setup.h"
 #include "live/shutdown.h"
 #include "scan/line_scan.h"
 #include "scan/scan_choices.h"
+#include "tool/defaults.h"
 #include "tool/rs485_options.h"
 #include "tool/scan_teller.h"
 #include "tool/scan_words.h"
@@ -24,16 +26,13 @@ namespace {
 constexpr int defaultTimeoutOfAScanMs = 50;
 
 struct ScanOptions {
-    std::string port;
-    Rs485 direction;
-    bool simulated = false;
+    LineSetup line; // port, simulated and log alone
     std::vector<std::string> lines;
     std::string stations = "1..247";
     int timeoutMs = defaultTimeoutOfAScanMs;
     bool asksAnyway = false;
     std::vector<std::string> registers;
     bool json = false;
-    std::string log;
     std::string library;
 };
 
@@ -46,7 +45,7 @@ ScanSettings settingsFor(const ScanOptions& options, const Library& library)
         settings.lines = commonLines(parseRtuFormat(defaultLine(library)));
     settings.stations = parseStations(options.stations);
     settings.timeout =
-        std::chrono::milliseconds(options.timeoutMs + options.direction.delayBeforeMs);
+        std::chrono::milliseconds(options.timeoutMs + options.line.direction.delayBeforeMs);
     settings.asksAnyway = options.asksAnyway;
     return settings;
 }
@@ -178,15 +177,17 @@ private:
 
 int runScan(const ScanOptions& options)
 {
-    if (options.simulated == !options.port.empty())
-        throw UsageFailure(options.simulated
+    if (options.line.simulated == !options.line.port.empty())
+        throw UsageFailure(options.line.simulated
                                ? "--port and --simulated exclude each other"
                                : "no line: name the port with --port DEVICE, or use --simulated "
                                  "for a controller of the tool's own");
-    if (parseNetworkAddress(options.port))
-        throw UsageFailure("scan needs a serial port: speed and parity of a line behind a network "
-                           "are set at its server");
-    if (options.simulated && options.direction.isWanted)
+    if (parseNetworkAddress(options.line.port))
+        throw UsageFailure(
+            options.line.port +
+            ": scan needs a serial port: speed and parity of a line behind a network "
+            "are set at its server");
+    if (options.line.simulated && options.line.direction.isWanted)
         throw UsageFailure("--simulated: --rs485 is for serial ports of this machine");
     const Library library(options.library);
     ScanSettings settings = settingsFor(options, library);
@@ -195,10 +196,11 @@ int runScan(const ScanOptions& options)
     const std::set<int> wanted = stationsOf(runs);
     if (!wanted.empty())
         settings.stations.assign(wanted.begin(), wanted.end());
-    ScanTeller teller(settings, options.json, options.log, areas);
+    ScanTeller teller(settings, options.json, options.line.log, areas);
     const std::unique_ptr<ControllerProcess> controller =
-        options.simulated ? ownController(library) : nullptr;
-    ScanRun scan(controller ? controller->port() : options.port, options.direction, teller);
+        options.line.simulated ? ownController(library) : nullptr;
+    ScanRun scan(controller ? controller->port() : options.line.port, options.line.direction,
+                 teller);
     scan.findStations(settings, questionsFrom(areas), wanted);
     for (const WordRun& run : runs) {
         if (teller.isInterrupted() || teller.hasFailed())
@@ -213,9 +215,13 @@ int runScan(const ScanOptions& options)
 
 void addScanLineOptions(CLI::App& command, ScanOptions& options)
 {
-    command.add_option("--port", options.port, "Serial port, as in /dev/ttyUSB0; see dov417 ports")
+    command
+        .add_option(
+            "--port", options.line.port,
+            "Serial port, as in /dev/ttyUSB0, see dov417 ports; else DOV417_PORT or that of "
+            "--project")
         ->option_text("DEVICE");
-    addRs485Options(command, options.direction, std::string());
+    addRs485Options(command, options.line.direction, std::string());
     command
         .add_option("--lines,--line", options.lines,
                     "Line settings to try, as in 9600,8,NONE,1 19200,8,EVEN,1; else the library's "
@@ -267,11 +273,12 @@ void addScanCommand(CLI::App& app, Action& chosen)
         ->option_text("PATH")
         ->check([](const std::string& path) { return path.empty() ? "no path" : ""; });
     command
-        ->add_option("--log", options->log,
+        ->add_option("--log", options->line.log,
                      "Record every frame with time, direction, bytes and meaning; see trace")
         ->option_text("FILE");
-    command->add_flag("--simulated", options->simulated,
+    command->add_flag("--simulated", options->line.simulated,
                       "An own controller with stations 1 and 17 instead of a port");
+    addDefaults(*command, {&options->line, nullptr, true}, chosen);
     command->footer(
         "Listens first, and asks nothing where others speak. Each station is asked for one word; "
         "an exception is an answer too. Ctrl-C ends with what was found.\n"

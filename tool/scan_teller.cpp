@@ -4,17 +4,13 @@
 #include <unistd.h>
 #include <utility>
 
+#include "line/counted.h"
 #include "tool/scan_words.h"
 #include "tool/screen.h"
 
 namespace dov417 {
 
 namespace {
-
-std::string counted(std::size_t count, const char* what)
-{
-    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-}
 
 } // namespace
 

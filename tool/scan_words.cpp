@@ -13,7 +13,7 @@ constexpr long long secondsPerMinute = 60;
 constexpr std::size_t barWidth = 20;
 
 // To a tenth: a time on a line is not known better.
-double milliseconds(Micros time)
+double tenthsOfMilliseconds(Micros time)
 {
     return std::round(static_cast<double>(time.count()) * 10 / microsPerMillisecond) / 10;
 }
@@ -21,7 +21,7 @@ double milliseconds(Micros time)
 std::string millisecondsText(Micros time)
 {
     char text[32];
-    std::snprintf(text, sizeof text, "%.1f ms", milliseconds(time));
+    std::snprintf(text, sizeof text, "%.1f ms", tenthsOfMilliseconds(time));
     return text;
 }
 
@@ -73,7 +73,7 @@ nlohmann::ordered_json foundJson(const Found& found)
 {
     return {{"station", found.station},
             {"line", toText(found.line)},
-            {"milliseconds", milliseconds(found.took)},
+            {"milliseconds", tenthsOfMilliseconds(found.took)},
             {"slow", found.isSlow},
             {"confirmed", found.isConfirmed}};
 }

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "text/tags.h"
+#include "tool/defaults.h"
 
 namespace dov417 {
 
@@ -81,6 +82,7 @@ void addSeriesCommand(CLI::App& app, Action& chosen)
                      "16-bit unit, -2: one 32-bit value")
         ->option_text("S");
     addLibraryOption(*command, options->line);
+    addDefaults(*command, {nullptr, &options->tags}, chosen);
     command->footer("Examples:\n"
                     "  dov417 series R_W 10 --count 3 --step 5\n"
                     "  dov417 series M_bit 1.15 --count 3\n"

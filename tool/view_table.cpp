@@ -4,16 +4,12 @@
 #include <cstdio>
 
 #include "text/address_values.h"
+#include "tool/screen_lines.h"
 #include "tool/troubles.h"
 
 namespace dov417 {
 
 namespace {
-
-std::string textOf(const View& view, const ViewLabel& label, const ValueBytes& value)
-{
-    return valueTexts(view.address, label.format, value.data()).front();
-}
 
 std::string ageText(const View& view, Clock::time_point now)
 {
@@ -25,61 +21,17 @@ std::string ageText(const View& view, Clock::time_point now)
     return text;
 }
 
-} // namespace
-
-std::vector<ViewLabel> labelViews(const Library& library, const std::vector<Item>& items)
+bool areNamed(const std::vector<ViewLabel>& labels)
 {
-    std::vector<ViewLabel> labels;
-    for (const Item& item : items) {
-        const int count = valueCount(item.address);
-        const int step = item.address.length / std::max(1, count);
-        const bool isTag = item.name != toText(library, item.address);
-        for (int i = 0; i < count; ++i) {
-            const Address& address = item.address;
-            ViewLabel label;
-            label.address = std::to_string(address.station) + "/" + address.regName + ":" +
-                            addressText(library, address.regName, address.first + i * step);
-            label.name = !isTag       ? label.address
-                         : count == 1 ? item.name
-                                      : item.name + "[" + std::to_string(i) + "]";
-            label.format = item.format;
-            labels.push_back(label);
-        }
-    }
-    return labels;
+    return std::any_of(labels.begin(), labels.end(),
+                       [](const ViewLabel& label) { return label.name != label.address; });
 }
+
+} // namespace
 
 std::vector<std::string> cachedTexts(const Session& session, const Item& item)
 {
     return valueTexts(item.address, item.format, session.cachedBytes(item.address).data());
-}
-
-std::string valueText(const View& view, const ViewLabel& label)
-{
-    return view.hasValue ? textOf(view, label, view.value) : "?";
-}
-
-std::string previousText(const View& view, const ViewLabel& label)
-{
-    return view.changes > 0 ? textOf(view, label, view.previous) : "";
-}
-
-std::string shownText(const View& view, const ViewLabel& label)
-{
-    return view.hasValue ? withUnit(valueText(view, label), label.format) : valueText(view, label);
-}
-
-std::string shownPreviousText(const View& view, const ViewLabel& label)
-{
-    const std::string text = previousText(view, label);
-    return text.empty() ? text : withUnit(text, label.format);
-}
-
-std::string bitsText(const View& view, const ValueBytes& value, const ViewLabel& label)
-{
-    ViewLabel inHex = label;
-    inHex.format = {Notation::hex, label.format.order};
-    return textOf(view, inHex, value);
 }
 
 const char* qualityText(Quality quality)
@@ -128,27 +80,26 @@ std::vector<std::string> aligned(const std::vector<Row>& rows, std::size_t textC
     std::vector<std::size_t> widths(rows.front().size());
     for (const Row& row : rows)
         for (std::size_t c = 0; c < row.size(); ++c)
-            widths.at(c) = std::max(widths.at(c), row.at(c).size());
+            widths.at(c) = std::max(widths.at(c), lengthOf(row.at(c)));
     std::vector<std::string> lines;
     for (const Row& row : rows) {
         std::string line;
         for (std::size_t c = 0; c < row.size(); ++c) {
-            const std::string padding(widths.at(c) - row.at(c).size(), ' ');
-            line += (c == 0 ? "" : "  ") +
-                    (c < textColumns ? row.at(c) + padding : padding + row.at(c));
+            const std::string padding(widths.at(c) - lengthOf(row.at(c)), ' ');
+            line += c == 0 ? "" : "  ";
+            line += c >= textColumns ? padding + row.at(c) : row.at(c);
+            if (c < textColumns && c + 1 < row.size())
+                line += padding;
         }
         lines.push_back(line);
     }
     return lines;
 }
 
-std::vector<std::string> viewTable(const std::vector<View>& views,
-                                   const std::vector<ViewLabel>& labels, Clock::time_point now)
+std::vector<Row> viewRows(const std::vector<View>& views, const std::vector<ViewLabel>& labels,
+                          Clock::time_point now)
 {
-    // Names that only repeat the addresses are left out.
-    const bool named = std::any_of(labels.begin(), labels.end(), [](const ViewLabel& label) {
-        return label.name != label.address;
-    });
+    const bool named = areNamed(labels);
     std::vector<Row> rows = {{"address", "value", "quality", "previous", "age", "changes"}};
     for (std::size_t i = 0; i < views.size(); ++i)
         rows.push_back({labels.at(i).address, shownText(views.at(i), labels.at(i)),
@@ -160,7 +111,13 @@ std::vector<std::string> viewTable(const std::vector<View>& views,
         for (std::size_t i = 0; i < views.size(); ++i)
             rows.at(i + 1).insert(rows.at(i + 1).begin(), labels.at(i).name);
     }
-    return aligned(rows, named ? 2 : 1);
+    return rows;
+}
+
+std::vector<std::string> viewTable(const std::vector<View>& views,
+                                   const std::vector<ViewLabel>& labels, Clock::time_point now)
+{
+    return aligned(viewRows(views, labels, now), areNamed(labels) ? 2 : 1);
 }
 
 } // namespace dov417

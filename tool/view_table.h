@@ -7,31 +7,12 @@
 
 #include "session/items.h"
 #include "session/session.h"
+#include "session/view_labels.h"
 
 namespace dov417 {
 
-// What a view is called and how its value is written.
-struct ViewLabel {
-    std::string name;    // of the tag, with [n] for the nth of several values; else the address
-    std::string address; // "1/R_W:100"
-    Format format;
-};
-
-// One label for each view that a session makes of these items, in the same order.
-std::vector<ViewLabel> labelViews(const Library& library, const std::vector<Item>& items);
-
 // The values of an item as the driver's cache holds them.
 std::vector<std::string> cachedTexts(const Session& session, const Item& item);
-
-std::string valueText(const View& view, const ViewLabel& label);
-std::string previousText(const View& view, const ViewLabel& label);
-
-// The same for people, with the unit.
-std::string shownText(const View& view, const ViewLabel& label);
-std::string shownPreviousText(const View& view, const ViewLabel& label);
-
-// One of its values, as the hex digits of the number that it is.
-std::string bitsText(const View& view, const ValueBytes& value, const ViewLabel& label);
 
 // "old", "never read", "being written"; nothing for a good one.
 const char* qualityText(Quality quality);
@@ -46,7 +27,10 @@ using Row = std::vector<std::string>;
 // The first columns to the left, the numbers behind them to the right.
 std::vector<std::string> aligned(const std::vector<Row>& rows, std::size_t textColumns);
 
-// A heading and a row each: name, address, value, quality, previous value, age, changes.
+// A heading and a row each: name, address, value, quality, previous value, age, changes. Names that
+// only repeat the addresses are left out.
+std::vector<Row> viewRows(const std::vector<View>& views, const std::vector<ViewLabel>& labels,
+                          Clock::time_point now);
 std::vector<std::string> viewTable(const std::vector<View>& views,
                                    const std::vector<ViewLabel>& labels, Clock::time_point now);
 

@@ -4,8 +4,10 @@
 #include <cstdio>
 #include <memory>
 
+#include "tool/defaults.h"
 #include "tool/live_command.h"
-#include "tool/watch_teller.h"
+#include "tool/screen.h"
+#include "tool/watch_display.h"
 
 namespace dov417 {
 
@@ -31,25 +33,33 @@ int runWatch(const WatchOptions& options)
     const std::vector<ViewLabel> labels = labelViews(library, items);
     LiveCommand live(library, options.line, items);
     Session& session = live.session();
-    WatchTeller teller(options.json, options.csv, labels, [&live]() { live.end(); });
+    const bool hasScreen = !options.json && options.csv.name != "-" && Screen::isTerminal();
+    WatchTeller teller(options.json, options.csv, hasScreen, labels, [&live]() { live.end(); });
+    std::unique_ptr<WatchDisplay> display;
+    if (hasScreen) {
+        live.beQuiet();
+        display = std::make_unique<WatchDisplay>(library, live, items, labels, teller);
+    }
 
-    QTimer redraw;
-    QObject::connect(&session, &Session::changed, &redraw, [&teller](const ViewChanges& changes) {
-        for (const ViewChange& change : changes)
-            if (change.isValue)
-                teller.tell(change.view, change.index);
-    });
-    QObject::connect(&session, &Session::abandoned, &redraw,
+    QObject context; // of the connections
+    QObject::connect(&session, &Session::changed, &context,
+                     [&teller, &display](const ViewChanges& changes) {
+                         for (const ViewChange& change : changes) {
+                             if (change.isValue)
+                                 teller.tell(change.view, change.index);
+                             if (display)
+                                 display->changed(change);
+                         }
+                     });
+    QObject::connect(&session, &Session::abandoned, &context,
                      [&teller](const std::string& request, const std::string& reason, Reason why) {
                          teller.tellAbandoned(request, reason, why);
                      });
-    QObject::connect(&session, &Session::noticed, &redraw,
+    QObject::connect(&session, &Session::noticed, &context,
                      [&teller](const std::string& text) { teller.tellNotice(text); });
     QObject::connect(
-        &session, &Session::portChanged, &redraw,
+        &session, &Session::portChanged, &context,
         [&teller](bool open, const std::string& message) { teller.tellPort(open, message); });
-    QObject::connect(&redraw, &QTimer::timeout, &redraw,
-                     [&teller, &session, &live]() { teller.draw(session, live.isWaiting()); });
     // A cycle that ends late, or none while the port is away, holds no row up.
     const std::chrono::milliseconds interval(options.everyMs);
     QTimer overdue;
@@ -68,12 +78,8 @@ int runWatch(const WatchOptions& options)
         live.countInJson();
     if (options.csv.name == "-")
         live.keepOutput();
-    if (teller.hasScreen()) {
-        live.beQuiet();
-        redraw.start(redrawMilliseconds);
-    }
     if (options.seconds > 0)
-        QTimer::singleShot(timerSpan(options.seconds), &redraw, [&live]() { live.end(); });
+        QTimer::singleShot(timerSpan(options.seconds), &context, [&live]() { live.end(); });
     live.open();
     session.setCycleInterval(interval);
     session.watch(addressesOf(items));
@@ -82,8 +88,9 @@ int runWatch(const WatchOptions& options)
     live.run();
     teller.requireComplete();
 
-    if (teller.hasScreen()) {
-        teller.leaveScreen();
+    const std::string unfinished = display ? display->unfinishedWrite() : std::string();
+    if (display) {
+        display.reset();
         for (const std::string& row : viewTable(session.views(), labels, Clock::now()))
             std::printf("%s\n", row.c_str());
     }
@@ -91,7 +98,9 @@ int runWatch(const WatchOptions& options)
     const std::vector<std::string> doubtful = doubtfulValues(session.views(), items, labels);
     for (const std::string& line : doubtful)
         std::fprintf(stderr, "dov417: %s\n", line.c_str());
-    return live.finish(doubtful.empty());
+    if (!unfinished.empty())
+        std::fprintf(stderr, "dov417: %s\n", unfinished.c_str());
+    return live.finish(doubtful.empty() && unfinished.empty());
 }
 
 } // namespace
@@ -101,15 +110,16 @@ void addWatchCommand(CLI::App& app, Action& chosen)
     const auto options = std::make_shared<WatchOptions>();
     CLI::App* command = app.add_subcommand("watch", "Poll, and show values live");
     addAddressArguments(*command, options->items);
-    CLI::Option* csv = command
-                           ->add_option("--csv", options->csv.name,
-                                        "One row a change into this file; - is the standard output")
-                           ->option_text("FILE");
+    CLI::Option* const csv =
+        command
+            ->add_option("--csv", options->csv.name,
+                         "One row a change into this file; - is the standard output")
+            ->option_text("FILE");
     command->add_flag("--json", options->json, "One JSON object a change, a line each");
-    CLI::Option* every =
+    CLI::Option* const every =
         command
             ->add_option(
-                "--every", options->everyMs,
+                "-l,--every", options->everyMs,
                 "Poll in this interval, not as fast as the line goes; says so where the line "
                 "cannot keep it")
             ->option_text("MS")
@@ -120,15 +130,22 @@ void addWatchCommand(CLI::App& app, Action& chosen)
                    "empty where no good value has come since the row before")
         ->needs(csv)
         ->needs(every);
-    command->add_option("--cycles", options->cycles, "End after so many cycles")
-        ->option_text("N")
-        ->check(positive);
+    CLI::Option* const cycles =
+        command->add_option("--cycles", options->cycles, "End after so many cycles")
+            ->option_text("N")
+            ->check(positive);
+    command
+        ->add_flag_callback(
+            "-1", [options]() { options->cycles = 1; }, "The same as --cycles 1")
+        ->excludes(cycles);
     command->add_option("--seconds", options->seconds, "End after so many seconds")
         ->option_text("N")
         ->check(positive);
     addLineOptions(*command, options->line);
+    addDefaults(*command, {&options->line, &options->items.source.tags}, chosen);
     command->footer(
-        "On a terminal a table redraws in place; else each change is a line. Ctrl-C ends it.\n"
+        "On a terminal a table redraws in place, and keys scroll, filter and write: ? shows them. "
+        "Else each change is a line. Ctrl-C ends it.\n"
         "Examples:\n"
         "  dov417 watch --simulated R_W:0..3 I_bit:0.0..0.7 T:5 C:0 --seconds 5\n"
         "  dov417 watch --simulated R_W:0 --json --cycles 100\n"

@@ -24,11 +24,9 @@ constexpr std::size_t dateLength = 11;      // "2026-01-31T"
 constexpr std::size_t clockLength = 8;
 
 // What a screen has shown is told when it is left.
-std::size_t maxNews(bool json)
+std::size_t maxNews(bool json, bool hasScreen)
 {
-    return json                   ? std::numeric_limits<std::size_t>::max()
-           : Screen::isTerminal() ? 0
-                                  : maxTroubleLines;
+    return json ? std::numeric_limits<std::size_t>::max() : hasScreen ? 0 : maxTroubleLines;
 }
 
 std::string timeText()
@@ -59,13 +57,17 @@ bool writeRow(std::FILE* file, const std::vector<std::string>& fields)
 
 } // namespace
 
-WatchTeller::WatchTeller(bool json, const CsvWish& csv, const std::vector<ViewLabel>& labels,
+std::string clockText()
+{
+    return timeText().substr(dateLength, clockLength);
+}
+
+WatchTeller::WatchTeller(bool json, const CsvWish& csv, bool hasScreen,
+                         const std::vector<ViewLabel>& labels,
                          const std::function<void()>& outputLost)
     : json_(json), labels_(labels), csvName_(csv.name), csvIsOutput_(csv.name == "-"),
-      outputLost_(outputLost), troubles_(maxNews(json))
+      outputLost_(outputLost), hasScreen_(hasScreen), troubles_(maxNews(json, hasScreen))
 {
-    if (!json && !csvIsOutput_ && Screen::isTerminal())
-        screen_ = std::make_unique<Screen>();
     if (csvName_.empty())
         return;
     Row heading = {"time", "name", "address", "value", "previous"};
@@ -104,7 +106,7 @@ void WatchTeller::tell(const View& view, std::size_t index)
         if (!previous.empty() && object["previous"].is_null())
             object["previousBits"] = bitsText(view, view.previous, label);
         say(object.dump());
-    } else if (!screen_ && !csvIsOutput_) {
+    } else if (!hasScreen_ && !csvIsOutput_) {
         say(timeText() + " " + label.name + " = " + shownText(view, label) +
             (previous.empty() ? "" : " (was " + shownPreviousText(view, label) + ")"));
     }
@@ -124,7 +126,7 @@ void WatchTeller::tellAbandoned(const std::string& request, const std::string& r
 {
     const bool isNews = troubles_.isNews(request, why, reason, Clock::now());
     const std::string text = "given up: " + request + ": " + reason;
-    if (screen_) {
+    if (hasScreen_) {
         const long long times = troubles_.times(request, why);
         show("given up " + request + keyOf(why),
              times == 1 ? text : text + " (" + std::to_string(times) + " times)");
@@ -151,15 +153,15 @@ void WatchTeller::tellNotice(const std::string& text)
 {
     if (json_)
         say(nlohmann::ordered_json{{"time", timeText()}, {"notice", text}}.dump());
-    if (!screen_)
+    if (!hasScreen_)
         return;
     show(text, text);
-    notices_.push_back(timeText() + " " + text);
+    keep(text);
 }
 
 void WatchTeller::show(const std::string& about, const std::string& text)
 {
-    const std::string line = timeText().substr(dateLength, clockLength) + " " + text;
+    const std::string line = clockText() + " " + text;
     for (Message& message : messages_)
         if (message.about == about) {
             message.text = line;
@@ -192,28 +194,18 @@ void WatchTeller::tellUnsaid()
         std::fprintf(stderr, "dov417: given up: %s\n", line.c_str());
 }
 
-void WatchTeller::draw(Session& session, bool isWaiting)
+std::vector<std::string> WatchTeller::messages() const
 {
-    if (!screen_)
-        return;
-    const Clock::time_point now = Clock::now();
-    const LinkStatistics& statistics = session.statistics();
-    std::vector<std::string> foot = briefStatistics(statistics, now);
+    std::vector<std::string> texts;
+    texts.reserve(messages_.size());
     for (const Message& message : messages_)
-        foot.push_back(message.text);
-    if (isWaiting)
-        foot.emplace_back(waitingForTheLastReply);
-    screen_->draw(viewTable(session.views(), labels_, now), requestStatistics(statistics), foot);
+        texts.push_back(message.text);
+    return texts;
 }
 
-bool WatchTeller::hasScreen() const
+void WatchTeller::keep(const std::string& text)
 {
-    return screen_ != nullptr;
-}
-
-void WatchTeller::leaveScreen()
-{
-    screen_.reset();
+    notices_.push_back(timeText() + " " + text);
 }
 
 void WatchTeller::requireComplete() const

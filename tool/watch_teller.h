@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "session/session.h"
-#include "tool/screen.h"
 #include "tool/troubles.h"
 #include "tool/view_table.h"
 #include "tool/wide_rows.h"
@@ -22,11 +21,15 @@ struct CsvWish {
     bool isWide = false; // a column a value and a row an interval, instead of a row a change
 };
 
+// "07:31:02"
+std::string clockText();
+
 class WatchTeller {
 public:
     // outputLost: a file or the terminal takes nothing any more. Throws a Failure if the CSV file
     // cannot be written.
-    WatchTeller(bool json, const CsvWish& csv, const std::vector<ViewLabel>& labels,
+    // hasScreen: what happens is shown there, and told once it is gone.
+    WatchTeller(bool json, const CsvWish& csv, bool hasScreen, const std::vector<ViewLabel>& labels,
                 const std::function<void()>& outputLost);
 
     void tell(const View& view, std::size_t index);
@@ -37,10 +40,11 @@ public:
     void tellNotice(const std::string& text);
     // What was said once and came again, and what the screen has shown.
     void tellUnsaid();
-    void draw(Session& session, bool isWaiting);
+    // For the screen, the latest ones.
+    std::vector<std::string> messages() const;
+    // Has been shown on the screen: told with its time once that is gone.
+    void keep(const std::string& text);
 
-    bool hasScreen() const;
-    void leaveScreen();
     void requireComplete() const;
 
 private:
@@ -59,7 +63,7 @@ private:
     std::string csvName_;
     bool csvIsOutput_;
     std::function<void()> outputLost_;
-    std::unique_ptr<Screen> screen_;
+    bool hasScreen_;
     std::unique_ptr<std::FILE, CloseFile> csvFile_;
     std::FILE* csv_ = nullptr;
     std::optional<WideRows> wideRows_;

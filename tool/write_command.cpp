@@ -4,10 +4,9 @@
 #include <cstdio>
 #include <memory>
 
-#include "session/write_job.h"
-#include "text/address_values.h"
+#include "session/write_words.h"
+#include "tool/defaults.h"
 #include "tool/live_command.h"
-#include "tool/view_table.h"
 
 namespace dov417 {
 
@@ -37,48 +36,10 @@ WriteTask parseAssignment(const Items& items, const std::string& text)
     const std::size_t equals = text.find('=');
     if (equals == std::string::npos)
         throw UsageFailure(text + ": a write is ADDRESS=VALUE[,VALUE...], as in R_W:100=1500");
-    WriteTask task;
-    task.item = items.findAll(text.substr(0, equals), Access::write).front();
+    const Item item = items.findAll(text.substr(0, equals), Access::write).front();
     const std::string written = text.substr(equals + 1);
-    const std::vector<std::string> values = task.item.address.width == Width::text
-                                                ? std::vector<std::string>{written}
-                                                : splitAtCommas(written);
-    try {
-        task.data = valueBytes(task.item.address, task.item.format, values);
-        requireWithinLimits(task.item, task.data);
-    } catch (const UsageFailure& failure) {
-        throw UsageFailure(task.item.name + ": " + failure.what());
-    }
-    return task;
-}
-
-std::string joined(const Item& item, const std::vector<unsigned char>& bytes)
-{
-    std::string text;
-    for (const std::string& value : valueTexts(item.address, item.format, bytes.data()))
-        text += (text.empty() ? "" : " ") + value;
-    return withUnit(text, item.format);
-}
-
-std::string report(const WriteTask& task, const std::string& interruption)
-{
-    std::string head = task.item.name + " = " + joined(task.item, task.data) + ": ";
-    switch (task.result) {
-    case WriteResult::confirmed:
-        return head + "written and read back" +
-               (task.before.empty() ? "" : ", was " + joined(task.item, task.before));
-    case WriteResult::sent:
-        return head + "sent to all stations; nobody confirms a broadcast";
-    case WriteResult::refused:
-        return head + "given up, NOT confirmed: " + task.reason;
-    case WriteResult::unread:
-        return head + "taken, but reading it back failed: " + task.reason;
-    case WriteResult::different:
-        return head + "taken, but it reads back as " + joined(task.item, task.after);
-    case WriteResult::waiting:
-        return head + "NOT confirmed: " + interruption;
-    }
-    return head;
+    return writeTask(item, item.address.width == Width::text ? std::vector<std::string>{written}
+                                                             : splitAtCommas(written));
 }
 
 int runWrite(const WriteOptions& options)
@@ -104,7 +65,7 @@ int runWrite(const WriteOptions& options)
         const bool done = task.result == WriteResult::confirmed || task.result == WriteResult::sent;
         complete = complete && done;
         std::fprintf(done ? stdout : stderr, "%s%s\n",
-                     done ? "" : "dov417: ", report(task, live.interruption()).c_str());
+                     done ? "" : "dov417: ", writeReport(task, live.interruption()).c_str());
     }
     return live.finish(complete);
 }
@@ -124,6 +85,7 @@ void addWriteCommand(CLI::App& app, Action& chosen)
         ->required();
     addItemOptions(*command, options->items);
     addLineOptions(*command, options->line);
+    addDefaults(*command, {&options->line, &options->items.source.tags}, chosen);
     command->footer(
         "Bits go out one at a time: a run of coil bits in one request would miss its area. The "
         "other bits of an R register keep their state: it is read first. A 32-bit value goes out "

@@ -1,12 +1,11 @@
 #include "driver/areas.h"
 
 #include "driver/registers.h"
+#include "line/frame_bytes.h"
 
 namespace dov417 {
 
 namespace {
-
-const int readCoils = 1;
 
 int number(unsigned char high, unsigned char low)
 {

@@ -67,7 +67,7 @@ int unitsOf(const RegisterType& type, bool coils)
     const QString highest = QString::fromStdString(type.highest);
     const int words =
         highest.section(QLatin1Char('.'), 0, 0).toInt() + (type.width == Width::doubleWord ? 2 : 1);
-    return coils ? words * coilsPerWord : words;
+    return coils ? words * bitsPerWord : words;
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "driver/registers.h"
 
+#include "line/frame_bytes.h"
+
 #include <QStringList>
 
 namespace dov417 {
@@ -7,7 +9,6 @@ namespace dov417 {
 namespace {
 
 // Bits of a word register, for every type of this controller.
-const int bitsPerWord = 16;
 
 std::optional<RegisterType> described(const Library& library, const QString& name)
 {

@@ -10,8 +10,7 @@ namespace dov417 {
 
 namespace {
 
-constexpr int maxOver = 64; // transmissions that are remembered
-constexpr int addressEnd = 4;
+constexpr int maxOver = 64;      // transmissions that are remembered
 constexpr int readReplyHead = 5; // station, function, count, CRC
 
 bool haveOneShape(const OpenTransmission& open, const QByteArray& request, int replyLength)

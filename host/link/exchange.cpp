@@ -10,8 +10,6 @@ namespace dov417 {
 
 namespace {
 
-constexpr Micros rereadDelay(200); // bytes wait in the kernel: let the port's event come first
-
 bool wasEcho(const OpenTransmission& answered)
 {
     return !answered.sent.isEmpty() && isEcho(answered.sent);

@@ -11,11 +11,7 @@ namespace dov417 {
 
 namespace {
 
-constexpr int maxStation = 247;
-constexpr int minLength = 4;   // station, function, CRC
 constexpr int maxLength = 265; // a write of 256 bytes of data
-constexpr int emptyReadReply = 5;
-constexpr int uncountedData = 256; // bytes that a count of 0 stands for
 constexpr int maxPending = 1024;
 
 bool isFrameHead(const QByteArray& begin)
@@ -23,14 +19,12 @@ bool isFrameHead(const QByteArray& begin)
     return byteAt(begin, 0) <= maxStation && (begin.size() < 2 || (byteAt(begin, 1) & 0x7F) != 0);
 }
 
-// As a request, as a reply, and as a reply to a read of 128 registers, whose count says 0.
+// As a request and as a reply.
 std::array<int, 3> lengths(const QByteArray& begin)
 {
     const bool isException = begin.size() > 1 && byteAt(begin, 1) > 0x7F;
     const int reply = lengthOfReply(begin);
-    const bool isRead = begin.size() > 1 && isReadFunction(byteAt(begin, functionIndex));
-    return {isException ? reply : lengthOfRequest(begin), reply,
-            isRead && reply == emptyReadReply ? reply + uncountedData : reply};
+    return {isException ? reply : lengthOfRequest(begin), reply, maxLengthOfReply(begin)};
 }
 
 } // namespace
@@ -64,7 +58,7 @@ int FrameCutter::soundLength(int from) const
     if (!isFrameHead(rest))
         return 0;
     for (const int length : lengths(rest))
-        if (length >= minLength && length <= rest.size() && hasGoodCrc(rest.left(length)))
+        if (length >= minFrameLength && length <= rest.size() && hasGoodCrc(rest.left(length)))
             return length;
     return 0;
 }
@@ -100,7 +94,7 @@ int FrameCutter::joinedLength() const
 {
     if (!isFrameHead(pending_) || lengthOfRequest(pending_) != neverTold)
         return 0;
-    for (int length = minLength; length <= std::min(pending(), maxLength); ++length)
+    for (int length = minFrameLength; length <= std::min(pending(), maxLength); ++length)
         if (hasGoodCrc(pending_.left(length)) && isSoundToTheEnd(length))
             return length;
     return 0;
@@ -109,7 +103,7 @@ int FrameCutter::joinedLength() const
 // How much is to be left out until frames follow, up to the end; 0: none follow.
 int FrameCutter::noiseLength() const
 {
-    for (int from = 1; pending() - from >= minLength; ++from)
+    for (int from = 1; pending() - from >= minFrameLength; ++from)
         if (isSoundToTheEnd(from))
             return from;
     return 0;

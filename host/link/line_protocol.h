@@ -16,6 +16,9 @@
 
 namespace dov417 {
 
+// Bytes wait in the kernel: let the port's event come first.
+constexpr Micros rereadDelay(200);
+
 struct ExchangeSettings {
     SerialFormat wire;
     TimeoutSettings timeout; // from the end of the request to the first byte of the reply

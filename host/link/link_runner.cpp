@@ -6,6 +6,7 @@
 
 #include "driver/registers.h"
 #include "line/crc16.h"
+#include "line/frame_bytes.h"
 #include "link/network_address.h"
 #include "link/silence_words.h"
 
@@ -19,7 +20,6 @@ constexpr int idleMilliseconds = 20;
 // As the driver does it; of a frame that it has forgotten it says nothing.
 std::string describe(const Request& request)
 {
-    constexpr int bitsPerWord = 16;
     const bool isBit = areaOf(request.regName) + "_bit" == request.regName;
     const std::string place = !isBit ? std::to_string(request.address)
                                      : std::to_string(request.address / bitsPerWord) + "." +
@@ -98,7 +98,8 @@ Result LinkRunner::open(const LineSettings& settings)
                     events_.notice, mayCut_,
                     [this]() { return !library_.driver->sendList.isEmpty(); }},
         settings.maxRegisters,
-        isModbusTcp(settings.device.toStdString()) ? maxWordsOfARead : noMaximum);
+        isModbusTcp(settings.device.toStdString()) ? maxWordsOfARead : noMaximum,
+        settings.stationMaxRegisters);
     device_ = settings.device;
     line_->awaitLate(unanswered_[device_]);
     QString reason;

@@ -11,8 +11,6 @@ namespace dov417 {
 
 namespace {
 
-constexpr int emptyReadReply = 5;
-constexpr int uncountedData = 256; // bytes that a count of 0 stands for
 // A station that has been heard to answer does so within this, or twice what it has taken; masters
 // wait longer before they ask again.
 constexpr Micros usualAnswer(50000);
@@ -34,11 +32,8 @@ bool mayBeRequest(const QByteArray& frame)
 
 bool mayBeReply(const QByteArray& frame)
 {
-    const int length = lengthOfReply(frame);
-    const bool isUncounted = isReadFunction(byteAt(frame, functionIndex)) &&
-                             length == emptyReadReply &&
-                             frame.size() == emptyReadReply + uncountedData;
-    return byteAt(frame, 0) != 0 && (isUncounted || isOf(length, frame));
+    return byteAt(frame, 0) != 0 &&
+           (isOf(lengthOfReply(frame), frame) || isOf(maxLengthOfReply(frame), frame));
 }
 
 } // namespace

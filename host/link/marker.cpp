@@ -28,7 +28,7 @@ Transmission resized(const Transmission& read, int words)
 {
     Transmission other;
     other.request = read.request;
-    const int units = words * (functionOf(read.sent) <= readInputs ? coilsPerWord : 1);
+    const int units = words * (functionOf(read.sent) <= readInputs ? bitsPerWord : 1);
     QByteArray frame = read.sent.left(quantityIndex);
     appendWord(frame, wordAt(read.sent, quantityIndex) + units);
     other.sent = withCrc(frame);

@@ -11,13 +11,11 @@ namespace dov417 {
 
 namespace {
 
-using std::chrono::milliseconds;
-
-constexpr milliseconds connectPatience(10000);
-constexpr milliseconds minTrial(100);
-constexpr milliseconds maxTrial(10000);
+constexpr std::chrono::milliseconds connectPatience(10000);
+constexpr std::chrono::milliseconds minTrial(100);
+constexpr std::chrono::milliseconds maxTrial(10000);
 constexpr int trialGrowth = 10;
-constexpr milliseconds reconnectPause(1000);
+constexpr std::chrono::milliseconds reconnectPause(1000);
 
 // A host that has been switched off says nothing, not even that it is gone: what is not
 // acknowledged for so long ends the connection, and so does silence to the questions that are asked

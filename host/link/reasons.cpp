@@ -9,34 +9,34 @@ namespace dov417 {
 
 namespace {
 
-struct Words {
+struct ReasonWords {
     const char* key;
     const char* name;
 };
 
-const std::array<Words, reasonCount> words = {{{"none", ""},
-                                               {"noByte", "no byte came"},
-                                               {"noFrame", "no frame"},
-                                               {"anotherStation", "another station"},
-                                               {"anotherFunction", "another function"},
-                                               {"anotherRequest", "another request"},
-                                               {"late", "late"},
-                                               {"heldBack", "held back"},
-                                               {"badCrc", "bad CRC"},
-                                               {"cutShort", "cut short"},
-                                               {"exception", "exception"},
-                                               {"broadcast", "broadcast"}}};
+const std::array<ReasonWords, reasonCount> reasonWords = {{{"none", ""},
+                                                           {"noByte", "no byte came"},
+                                                           {"noFrame", "no frame"},
+                                                           {"anotherStation", "another station"},
+                                                           {"anotherFunction", "another function"},
+                                                           {"anotherRequest", "another request"},
+                                                           {"late", "late"},
+                                                           {"heldBack", "held back"},
+                                                           {"badCrc", "bad CRC"},
+                                                           {"cutShort", "cut short"},
+                                                           {"exception", "exception"},
+                                                           {"broadcast", "broadcast"}}};
 
 } // namespace
 
 const char* nameOf(Reason reason)
 {
-    return words.at(static_cast<std::size_t>(reason)).name;
+    return reasonWords.at(static_cast<std::size_t>(reason)).name;
 }
 
 const char* keyOf(Reason reason)
 {
-    return words.at(static_cast<std::size_t>(reason)).key;
+    return reasonWords.at(static_cast<std::size_t>(reason)).key;
 }
 
 Reason reasonOf(StrayKind kind)

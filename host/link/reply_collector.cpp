@@ -10,8 +10,6 @@ namespace {
 
 constexpr int writeReplyHead = 6; // station, function, address, quantity or value: as requested
 constexpr int functionEnd = 2;
-constexpr int minLength = 4;
-constexpr int addressEnd = 4;
 constexpr int maxCount = 255; // data bytes that the count byte of a reply can name
 
 // Of a write so many bytes come back: as requested, value or quantity included. The counters that
@@ -140,7 +138,7 @@ Arrival ReplyCollector::endOfFrame()
     if (pending_.isEmpty())
         return Arrival::incomplete;
     if (replyLength_ == untoldLength)
-        for (int first = 0; pending_.size() - first >= minLength; ++first)
+        for (int first = 0; pending_.size() - first >= minFrameLength; ++first)
             if (pending_.mid(first, functionEnd) == request_.left(functionEnd) &&
                 hasGoodCrc(pending_.mid(first)))
                 return finish(Arrival::reply, first, static_cast<int>(pending_.size()) - first);

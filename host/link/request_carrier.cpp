@@ -35,16 +35,21 @@ bool isRefused(const Reception& reception)
 // In the words of the protocol: "128 registers", "2048 coils".
 int unitsOf(const Transmission& request, int words)
 {
-    return isOfCoils(request.sent) ? words * coilsPerWord : words;
+    return isOfCoils(request.sent) ? words * bitsPerWord : words;
 }
 
 } // namespace
 
-RequestCarrier::RequestCarrier(const CarrierLine& line, int maxRegisters, int roomOfLine)
-    : line_(line), maxRegisters_(std::min(maxRegisters, roomOfLine))
+RequestCarrier::RequestCarrier(const CarrierLine& line, int maxRegisters, int roomOfLine,
+                               const std::map<int, int>& ofStations)
+    : line_(line)
 {
-    for (Station& each : stations_)
+    for (Station& each : stations_) {
         each.maximum = roomOfLine;
+        each.told = std::min(maxRegisters, roomOfLine);
+    }
+    for (const auto& [number, maximum] : ofStations)
+        stations_.at(static_cast<std::size_t>(number)).told = std::min(maximum, roomOfLine);
 }
 
 RequestCarrier::Station& RequestCarrier::station()
@@ -71,7 +76,7 @@ void RequestCarrier::carry(const Transmission& request, Exchange::Done done)
     // Bits do not count as their words do. They go out one by one, and short.
     const int words = wordsIn(request.sent);
     words_ = words == request.request.length ? words : 0;
-    begin(maxRegisters_ == learnedMaximum ? station().maximum : maxRegisters_);
+    begin(station().told == learnedMaximum ? station().maximum : station().told);
 }
 
 std::vector<int> RequestCarrier::lengthsFor(int maximum) const
@@ -167,7 +172,7 @@ QByteArray RequestCarrier::head() const
 // Was it refused for its length? Then what to try next; else 0.
 int RequestCarrier::nextMaximum(const Transmission& refused)
 {
-    if (maxRegisters_ != learnedMaximum || words_ == 0 || !isRefused(refused.reception))
+    if (station().told != learnedMaximum || words_ == 0 || !isRefused(refused.reception))
         return 0;
     if (hopeless_.count(head()) != 0)
         return 0;

@@ -35,14 +35,16 @@ struct CarrierLine {
 class RequestCarrier {
 public:
     // maxRegisters: words in one request to any station, or as request_parts.h has it. Never more
-    // than the line has room for.
-    RequestCarrier(const CarrierLine& line, int maxRegisters, int roomOfLine = noMaximum);
+    // than the line has room for. ofStations: what stations take that have their own.
+    RequestCarrier(const CarrierLine& line, int maxRegisters, int roomOfLine = noMaximum,
+                   const std::map<int, int>& ofStations = {});
 
     // One at a time; calls done once, with the driver's request.
     void carry(const Transmission& request, Exchange::Done done);
 
 private:
     struct Station {
+        int told = learnedMaximum;      // it is not learned if it is told
         int maximum = noMaximum;        // as learned
         std::array<int, 17> answered{}; // the longest good ones in words, by function
     };
@@ -65,7 +67,6 @@ private:
     std::string takenText() const;
 
     CarrierLine line_;
-    int maxRegisters_;
     std::array<Station, 256> stations_{};
     // The heads of requests that are refused in any length, and what became of their parts.
     std::map<QByteArray, std::string> hopeless_;

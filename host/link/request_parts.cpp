@@ -25,7 +25,7 @@ bool carriesRun(const QByteArray& request)
 // Of address and quantity.
 int unitsPerWord(const QByteArray& request)
 {
-    return isOfCoils(request) ? coilsPerWord : 1;
+    return isOfCoils(request) ? bitsPerWord : 1;
 }
 
 } // namespace

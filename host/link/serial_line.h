@@ -11,6 +11,7 @@
 #include <QString>
 #include <QTimer>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -41,7 +42,8 @@ struct LineSettings {
     Rs485 direction = {};      // of a serial port
     bool mayMark = true;       // function 8 may be used
     bool isShared = true;      // another program may have asked just before the line was opened
-    int maxRegisters = learnedMaximum; // in one request, or 16 coils for each
+    int maxRegisters = learnedMaximum;      // in one request, or 16 coils for each
+    std::map<int, int> stationMaxRegisters; // of stations that have their own
     // Until a silent station is asked again, at first a second or this, whichever is less.
     Micros maxProbePause{30000000};
 };

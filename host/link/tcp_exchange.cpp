@@ -12,7 +12,6 @@ namespace dov417 {
 namespace {
 
 constexpr int marks = 0x10000;
-constexpr Micros rereadDelay(200); // bytes wait in the kernel: let the port's event come first
 
 } // namespace
 

@@ -2,6 +2,7 @@
 #ifndef DOV417_LIVE_LINE_SETUP_H
 #define DOV417_LIVE_LINE_SETUP_H
 
+#include <map>
 #include <optional>
 #include <string>
 
@@ -28,7 +29,12 @@ constexpr int maxMs = 600000; // of any of these times
 struct LineSetup {
     bool simulated = false; // an own controller on a pseudo-terminal instead of a port
     std::string port;
-    std::string line;             // "38400,8,EVEN,1"; empty: the library's own
+    std::string line; // "38400,8,EVEN,1"; empty: the library's own
+    // Each in place of the line's, unless it is empty.
+    std::string baud;
+    std::string dataBits;
+    std::string parity;
+    std::string stopBits;
     std::optional<int> timeoutMs; // fixes the time-out; else a slow station is waited for longer
     int retries = defaultRetries;
     int maxProbeMs = defaultMaxProbeMs; // longest pause before a silent station is asked again
@@ -45,6 +51,7 @@ struct LineSetup {
     std::optional<int> replyGapMs;
     // Registers in one request, or 16 coils for each; else as each station shows it.
     std::optional<int> maxRegisters;
+    std::map<int, int> stationMaxRegisters; // the same of stations that have their own
 
     int mergeGap() const
     {

@@ -9,7 +9,7 @@ namespace dov417 {
 
 namespace {
 
-simulator::SimulationOptions controllerFor(const LineSetup& setup, std::set<int> stations,
+simulator::SimulationOptions controllerFor(const SerialFormat& line, std::set<int> stations,
                                            simulator::SimulationOptions controller)
 {
     stations.insert(1);
@@ -17,8 +17,7 @@ simulator::SimulationOptions controllerFor(const LineSetup& setup, std::set<int>
     controller.stations.assign(stations.begin(), stations.end());
     // At the line's speed, so that what is counted here is what a wire would give.
     controller.baudLimit = true;
-    if (!setup.line.empty())
-        controller.line = parseRtuFormat(setup.line);
+    controller.line = line;
     return controller;
 }
 
@@ -80,19 +79,20 @@ LiveLine::LiveLine(const Library& library, const LineSetup& setup, const std::se
         throw UsageFailure("no line: name the port with --port PORT, or use --simulated for a "
                            "controller of the tool's own");
     std::string port = setup.port;
+    settings_.wire = serialFormat(library, setup);
     if (setup.simulated) {
-        controller_ =
-            std::make_unique<ControllerProcess>(controllerFor(setup, stations, controller));
+        controller_ = std::make_unique<ControllerProcess>(
+            controllerFor(settings_.wire, stations, controller));
         port = controller_->port();
     }
     settings_.device = QString::fromStdString(port);
-    settings_.wire = serialFormat(library, setup);
     setTimes(settings_, setup);
     settings_.turnaround = std::chrono::milliseconds(setup.turnaroundMs);
     setDirection(settings_, setup);
     settings_.maxProbePause = std::chrono::milliseconds(setup.maxProbeMs);
     settings_.mayMark = setup.mayMark;
     settings_.maxRegisters = setup.maxRegisters.value_or(learnedMaximum);
+    settings_.stationMaxRegisters = setup.stationMaxRegisters;
     if (settings_.maxRegisters > maxWordsOfARead && isModbusTcp(port))
         throw UsageFailure("--max-registers " + std::to_string(settings_.maxRegisters) +
                            ": a request of Modbus TCP has room for " +

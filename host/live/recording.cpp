@@ -1,17 +1,8 @@
 #include "live/recording.h"
 
-#include "line/frame_text.h"
+#include "live/log_entries.h"
 
 namespace dov417 {
-
-namespace {
-
-long long milliseconds(Micros duration)
-{
-    return std::chrono::round<std::chrono::milliseconds>(duration).count();
-}
-
-} // namespace
 
 Recording::Recording(const std::string& file, const std::string& header,
                      const std::vector<Area>& areas)
@@ -38,40 +29,23 @@ bool Recording::hasFailed() const
 
 void Recording::note(const std::string& text)
 {
-    log_.add({logTime(Clock::now()), Direction::note, QByteArray(), text});
+    log_.add(noteEntry(text));
 }
 
 void Recording::began(const Transmission& transmission)
 {
-    log_.add({logTime(transmission.sendBegin), Direction::sent, transmission.sent,
-              requestText(transmission.sent, areas_)});
+    log_.add(beganEntry(transmission, areas_));
 }
 
 void Recording::ended(const Transmission& transmission)
 {
-    const Reception& reception = transmission.reception;
-    switch (reception.result) {
-    case LineResult::reply:
-    case LineResult::exception:
-        log_.add({logTime(reception.lastByte), Direction::received, reception.bytes,
-                  replyText(reception.bytes, transmission.sent, areas_)});
-        break;
-    case LineResult::timeout:
-        note(reasonText(reception, transmission.replyLength,
-                        " within " + std::to_string(milliseconds(transmission.timeout)) + " ms"));
-        break;
-    case LineResult::heldBack:
-        note(reasonText(reception, transmission.replyLength));
-        break;
-    case LineResult::broadcast:
-        break;
-    }
+    if (const std::optional<LogEntry> entry = endedEntry(transmission, areas_))
+        log_.add(*entry);
 }
 
 void Recording::strayCame(const Stray& stray)
 {
-    log_.add({logTime(stray.at), Direction::stray, stray.bytes,
-              std::string(nameOf(stray.kind)) + ", not handed on"});
+    log_.add(strayEntry(stray));
 }
 
 } // namespace dov417

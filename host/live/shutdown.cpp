@@ -2,6 +2,7 @@
 
 #include <QSocketNotifier>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
@@ -16,12 +17,27 @@ namespace {
 constexpr std::array<int, 4> signalNumbers = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
 std::array<int, 2> channel = {-1, -1}; // a handler may do no more than write a byte
 
+std::atomic<void (*)()> lastWords{nullptr};
+
+void die(int number)
+{
+    if (void (*const words)() = lastWords)
+        words();
+    raise(number); // its handler has been taken away
+}
+
 void handle(int number)
 {
     const int error = errno;
     const char byte = static_cast<char>(number);
     if (write(channel[1], &byte, 1) < 0) {
         // The channel is full of unheard requests; there is nobody to tell.
+    }
+    if (number != SIGHUP && lastWords) {
+        struct sigaction action = {};
+        action.sa_handler = die;
+        action.sa_flags = static_cast<int>(SA_RESETHAND);
+        sigaction(number, &action, nullptr);
     }
     errno = error;
 }
@@ -66,6 +82,11 @@ Shutdown::~Shutdown()
     notifier_.reset();
     close(channel[0]);
     close(channel[1]);
+}
+
+void Shutdown::setLastWords(void (*words)())
+{
+    lastWords = words;
 }
 
 } // namespace dov417

@@ -20,6 +20,10 @@ public:
     Shutdown(const Shutdown&) = delete;
     Shutdown& operator=(const Shutdown&) = delete;
 
+    // Called before a second signal ends the program at once: it may do what a signal handler may.
+    // Null: nothing is.
+    static void setLastWords(void (*lastWords)());
+
 private:
     std::function<void()> asked_;
     std::unique_ptr<QSocketNotifier> notifier_;

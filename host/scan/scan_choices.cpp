@@ -5,13 +5,13 @@
 #include <algorithm>
 
 #include "line/failure.h"
+#include "line/frame_bytes.h"
 
 namespace dov417 {
 
 namespace {
 
 constexpr int minStation = 1;
-constexpr int maxStation = 247;
 // In the order in which one meets them.
 constexpr int speeds[] = {9600, 19200, 38400, 115200, 57600, 4800, 2400, 1200};
 constexpr Parity parities[] = {Parity::even, Parity::none, Parity::odd};

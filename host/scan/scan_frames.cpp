@@ -13,7 +13,6 @@ constexpr int replyWithoutData = 5;
 constexpr int minFrame = 4;
 constexpr int maxFrame = 265;
 constexpr int countIndex = 2;
-constexpr int maxStation = 247;
 constexpr int flood = 1024; // bytes without a pause, among which there is no answer
 
 } // namespace
@@ -25,7 +24,7 @@ QByteArray ScanQuestion::frameTo(int station) const
 
 ScanQuestion readOf(const Area& area, int first, int words)
 {
-    const int unitsPerWord = area.coils ? coilsPerWord : 1;
+    const int unitsPerWord = area.coils ? bitsPerWord : 1;
     ScanQuestion question;
     question.body.append(static_cast<char>(area.coils ? readCoils : readRegisters));
     appendWord(question.body, area.base + first * unitsPerWord);

@@ -1,5 +1,7 @@
 #include "scan/station_scan.h"
 
+#include "line/frame_bytes.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -7,14 +9,8 @@ namespace dov417 {
 
 namespace {
 
-constexpr int minBytesInUse = 4; // no frame is shorter
 constexpr int questionLength = 8;
 constexpr Micros maxPatience(2000000); // with what has begun and does not end
-
-Micros toMicros(std::chrono::nanoseconds time)
-{
-    return std::chrono::round<Micros>(time);
-}
 
 } // namespace
 
@@ -63,7 +59,7 @@ void StationScan::beginTurn(Clock::time_point now)
 
 void StationScan::endListening(Clock::time_point now)
 {
-    if (unaskedBytes_ >= minBytesInUse) {
+    if (unaskedBytes_ >= minFrameLength) {
         isInUse_ = true;
         ScanHeard heard{HeardKind::inUse, turns_.front().line};
         heard.bytes = unaskedBytes_;

@@ -7,14 +7,9 @@ namespace dov417 {
 
 namespace {
 
-constexpr int maxTries = 3;         // of a question whose window was disturbed
-constexpr int maxNoisyStations = 3; // at one setting, until it is not their fault
-constexpr int maxForeignFrames = 2; // may be late replies to a program that has just ended
-
-Micros toMicros(std::chrono::nanoseconds time)
-{
-    return std::chrono::round<Micros>(time);
-}
+constexpr int maxDisturbedTries = 3; // of a question whose window was disturbed
+constexpr int maxNoisyStations = 3;  // at one setting, until it is not their fault
+constexpr int maxForeignFrames = 2;  // may be late replies to a program that has just ended
 
 } // namespace
 
@@ -133,11 +128,12 @@ void StationScan::windowIsOver(Clock::time_point now)
     if (station.answers > 0) {
         // It may know one of the two questions only: a second answer to that will do.
         again.question = 1 - ask_.question;
-        if (again.tries <= maxTries)
+        if (again.tries <= maxDisturbedTries)
             queue_.push_front(again);
         else if (!station.isTold)
             tellOnce(ask_.station, station);
-    } else if (mayBeLost && again.tries <= maxTries && noisyStations_ <= maxNoisyStations) {
+    } else if (mayBeLost && again.tries <= maxDisturbedTries &&
+               noisyStations_ <= maxNoisyStations) {
         queue_.push_back(again);
     } else if (windowNoise_ > 0) {
         tellGarbled(ask_.station, station.noise);

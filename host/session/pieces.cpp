@@ -1,5 +1,7 @@
 #include "session/pieces.h"
 
+#include "line/frame_bytes.h"
+
 #include <algorithm>
 #include <cstddef>
 
@@ -8,7 +10,6 @@ namespace dov417 {
 namespace {
 
 constexpr int maxPlan = 128; // words in one request of the driver's plan
-constexpr int bitsPerWord = 16;
 constexpr int bytesPerWord = 2;
 
 // Below 1 the driver cuts single reads, too, where a write has to end.

@@ -5,10 +5,13 @@
 #include <numeric>
 #include <set>
 #include <tuple>
+#include <utility>
 
 #include "driver/registers.h"
 #include "line/crc16.h"
 #include "line/failure.h"
+#include "line/frame_bytes.h"
+#include "session/driver_keys.h"
 
 namespace dov417 {
 
@@ -16,10 +19,7 @@ namespace {
 
 using std::chrono::microseconds;
 
-const int readCoils = 1;
-const int bitsPerWord = 16;
 const int readReplyHead = 3;
-const int crcLength = 2;
 // A merged request spans at most this many words, so that no wider hole can be bridged.
 const int maxRequest = 128;
 
@@ -42,15 +42,8 @@ void configure(const Library& library, int gap)
 QList<KEY_ADDRESS> keysOf(const std::vector<Address>& addresses)
 {
     QList<KEY_ADDRESS> keys;
-    for (const Address& address : addresses) {
-        KEY_ADDRESS key = KEY_ADDRESS();
-        key.stationNo = address.station;
-        key.regName = QString::fromStdString(address.regName);
-        key.address = address.first;
-        key.bitFlag = address.width == Width::bit ? -1 : 0;
-        key.length = address.length;
-        keys.append(key);
-    }
+    for (const Address& address : addresses)
+        keys.append(keyOf(address));
     return keys;
 }
 
@@ -164,21 +157,29 @@ bool PlannedRequest::isAboveLimit() const
 }
 
 Planner::Planner(const Library& library, const std::vector<Address>& addresses,
-                 const SerialFormat& wire, microseconds responseTime, int maximum)
+                 const SerialFormat& wire, microseconds responseTime, int maximum,
+                 std::map<int, int> ofStations)
     : library_(library), addresses_(addresses), wire_(wire), responseTime_(responseTime),
-      maximum_(maximum), wholeValues_(addresses)
+      maximum_(maximum), ofStations_(std::move(ofStations)), wholeValues_(addresses)
 {
+}
+
+int Planner::maximumOf(int station) const
+{
+    const auto own = ofStations_.find(station);
+    return own == ofStations_.end() ? maximum_ : own->second;
 }
 
 void Planner::cut(PlannedRequest& request) const
 {
-    if (request.length <= maximum_)
+    const int maximum = maximumOf(request.station);
+    if (request.length <= maximum)
         return;
     const MayCut mayCut = [this, &request](int word) {
         return !wholeValues_.goOn(request.station, request.regName, request.address + word);
     };
     int first = 0;
-    for (const int words : partLengths(request.length, maximum_, mayCut)) {
+    for (const int words : partLengths(request.length, maximum, mayCut)) {
         PlannedPart part;
         part.address = request.address + first;
         part.length = words;

@@ -4,6 +4,7 @@
 
 #include <QByteArray>
 #include <chrono>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -67,9 +68,11 @@ struct Stretch {
 
 class Planner {
 public:
-    // maximum: registers in one request, or 16 coils for each.
+    // maximum: registers in one request, or 16 coils for each; ofStations: of those that have their
+    // own.
     Planner(const Library& library, const std::vector<Address>& addresses, const SerialFormat& wire,
-            std::chrono::microseconds responseTime, int maximum = noMaximum);
+            std::chrono::microseconds responseTime, int maximum = noMaximum,
+            std::map<int, int> ofStations = {});
 
     // Configures the driver anew, plans, and walks the plan once with made-up replies. Throws a
     // std::logic_error while a session has the driver: beside one, a child process plans, see
@@ -87,6 +90,7 @@ public:
     std::vector<Stretch> divided(const Plan& plan) const;
 
 private:
+    int maximumOf(int station) const;
     void cut(PlannedRequest& request) const;
 
     const Library& library_;
@@ -94,6 +98,7 @@ private:
     SerialFormat wire_;
     std::chrono::microseconds responseTime_;
     int maximum_;
+    std::map<int, int> ofStations_;
     WholeValues wholeValues_;
 };
 

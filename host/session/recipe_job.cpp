@@ -2,13 +2,12 @@
 
 #include <utility>
 
+#include "line/frame_bytes.h"
 #include "session/single_reads.h"
 
 namespace dov417 {
 
 namespace {
-
-constexpr int bitsPerWord = 16;
 
 bool isBits(const RecipeEntry& entry)
 {

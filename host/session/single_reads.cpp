@@ -28,8 +28,8 @@ struct Reads {
 std::vector<std::pair<Address, std::vector<std::size_t>>>
 piecesOf(const std::vector<Address>& addresses, int gap)
 {
-    using Place = std::tuple<int, std::string, int, int, int>;
-    std::map<Place, std::size_t> places;
+    using PieceKey = std::tuple<int, std::string, int, int, int>;
+    std::map<PieceKey, std::size_t> places;
     std::vector<std::pair<Address, std::vector<std::size_t>>> pieces;
     std::vector<std::size_t> order(addresses.size());
     std::iota(order.begin(), order.end(), 0);
@@ -38,8 +38,8 @@ piecesOf(const std::vector<Address>& addresses, int gap)
     });
     for (const std::size_t i : order) {
         for (const Address& piece : readPieces(addresses.at(i), gap)) {
-            const Place place{piece.station, piece.regName, piece.first, piece.length,
-                              unitsOf(addresses.at(i))};
+            const PieceKey place{piece.station, piece.regName, piece.first, piece.length,
+                                 unitsOf(addresses.at(i))};
             const auto [entry, isNew] = places.try_emplace(place, pieces.size());
             if (isNew)
                 pieces.push_back({piece, {}});

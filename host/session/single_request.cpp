@@ -4,15 +4,13 @@
 
 #include "line/crc16.h"
 #include "line/failure.h"
+#include "line/frame_bytes.h"
 #include "line/frame_length.h"
 
 namespace dov417 {
 
 namespace {
 
-constexpr int lastBitRead = 2; // coils, inputs
-constexpr int coilsPerWord = 16;
-constexpr int quantityIndex = 4;
 constexpr int readRequestLength = 8;
 
 // The answer to a write of one value is the request itself, and so is what an adapter hears of its
@@ -35,14 +33,13 @@ Transmission transmissionOf(const QByteArray& frame)
 {
     Transmission transmission;
     transmission.sent = frame;
-    transmission.request.station = static_cast<unsigned char>(frame.at(0));
+    transmission.request.station = stationOf(frame);
     const int length = lengthOfReplyTo(frame);
     if (transmission.request.station > 0)
         transmission.replyLength = length == neverTold ? untoldLength : length;
     if (transmission.isRead() && frame.size() == readRequestLength) {
-        const int units = static_cast<unsigned char>(frame.at(quantityIndex)) * 256 +
-                          static_cast<unsigned char>(frame.at(quantityIndex + 1));
-        transmission.request.length = frame.at(1) <= lastBitRead ? units / coilsPerWord : units;
+        const int units = wordAt(frame, quantityIndex);
+        transmission.request.length = functionOf(frame) <= readInputs ? units / bitsPerWord : units;
     }
     return transmission;
 }

@@ -23,12 +23,12 @@ bool isTorn(const Address& value, const Address& written)
            (words.first < part.first || part.first + part.count < words.first + words.count);
 }
 
-std::tuple<int, std::string, int, int> keyOf(const Address& address)
+std::tuple<int, std::string, int, int> viewKey(const Address& address)
 {
     return {address.station, address.regName, address.first, address.length};
 }
 
-Words wordsOf(const Address& address)
+Words wordsUnder(const Address& address)
 {
     return wordsOf(address.width, address.first, address.length);
 }
@@ -55,7 +55,7 @@ void Views::replace(const std::vector<Address>& addresses, const std::vector<Add
     const std::vector<Standing> standing = std::move(standing_);
     std::map<ValueKey, std::size_t> places;
     for (std::size_t i = 0; i < before.size(); ++i)
-        places.emplace(keyOf(before.at(i).address), i);
+        places.emplace(viewKey(before.at(i).address), i);
     views_.clear();
     standing_.clear();
     byWord_.clear();
@@ -66,9 +66,9 @@ void Views::replace(const std::vector<Address>& addresses, const std::vector<Add
 
     std::map<ValueKey, std::size_t> stay;
     for (std::size_t i = 0; i < views_.size(); ++i)
-        stay.emplace(keyOf(views_.at(i).address), i);
+        stay.emplace(viewKey(views_.at(i).address), i);
     for (ViewChange& change : takeChanges()) {
-        const auto found = stay.find(keyOf(change.view.address));
+        const auto found = stay.find(viewKey(change.view.address));
         if (found == stay.end())
             continue;
         change.index = found->second;
@@ -87,13 +87,13 @@ void Views::add(const Address& range, const std::map<ValueKey, std::size_t>& pla
         view.address.length = step;
         view.value.resize(static_cast<std::size_t>(byteCount(view.address)));
         Standing own;
-        const auto known = places.find(keyOf(view.address));
+        const auto known = places.find(viewKey(view.address));
         if (known != places.end()) {
             view = before.at(known->second);
             view.writes = 0;
             own.isCached = standing.at(known->second).isCached;
         }
-        const Words words = wordsOf(view.address);
+        const Words words = wordsUnder(view.address);
         for (int word = words.first; word < words.first + words.count; ++word)
             byWord_[{range.station, areaOf(range.regName), word}].push_back(views_.size());
         views_.push_back(view);
@@ -112,7 +112,7 @@ void Views::forEachIn(const Request& request, Call call)
         if (found == byWord_.end())
             continue;
         for (const std::size_t index : found->second) {
-            const Words words = wordsOf(views_.at(index).address);
+            const Words words = wordsUnder(views_.at(index).address);
             if (words.first == word && words.first + words.count <= end)
                 call(index);
         }
@@ -175,7 +175,7 @@ void Views::giveUp(const Request& request)
 std::set<std::size_t> Views::inWordsOf(const Address& address)
 {
     std::set<std::size_t> found; // a value of two words is met twice
-    const Words words = wordsOf(address);
+    const Words words = wordsUnder(address);
     for (int word = words.first; word < words.first + words.count; ++word) {
         const auto inWord = byWord_.find({address.station, areaOf(address.regName), word});
         if (inWord != byWord_.end())

@@ -1,5 +1,7 @@
 #include "text/addresses.h"
 
+#include "line/frame_bytes.h"
+
 #include <charconv>
 #include <cstdint>
 #include <limits>
@@ -11,7 +13,6 @@ namespace {
 
 const int highestStation = 247;
 const int wordsPerDoubleWord = 2;
-const unsigned int bitsPerWord = 16;
 // Data type and access codes of intf_checkAddr().
 const int bitItem = -1;
 const int unsignedDoubleWord = 3;
@@ -82,14 +83,6 @@ Texts splitAddress(const std::string& text)
     return parts;
 }
 
-std::string inLowerCase(std::string text)
-{
-    for (char& letter : text)
-        if (letter >= 'A' && letter <= 'Z')
-            letter = static_cast<char>(letter - 'A' + 'a');
-    return text;
-}
-
 // "1.5": all digits, and the very bit that the value stands for.
 bool isExact(const std::string& text, int value)
 {
@@ -100,8 +93,8 @@ bool isExact(const std::string& text, int value)
     if (wordError != std::errc() || point == end || *point != '.')
         return false;
     const auto [stop, bitError] = std::from_chars(point + 1, end, bit);
-    return bitError == std::errc() && stop == end && bit < bitsPerWord &&
-           std::uint64_t(word) * bitsPerWord + bit == static_cast<std::uint64_t>(value);
+    return bitError == std::errc() && stop == end && bit < unsigned(bitsPerWord) &&
+           std::uint64_t(word) * unsigned(bitsPerWord) + bit == static_cast<std::uint64_t>(value);
 }
 
 void requireExact(const Library& library, const RegisterType& type, const std::string& whole,
@@ -126,6 +119,14 @@ RegisterType knownType(const Library& library, const std::string& whole, const s
 }
 
 } // namespace
+
+std::string inLowerCase(std::string text)
+{
+    for (char& letter : text)
+        if (letter >= 'A' && letter <= 'Z')
+            letter = static_cast<char>(letter - 'A' + 'a');
+    return text;
+}
 
 bool operator==(const Address& a, const Address& b)
 {

@@ -28,6 +28,9 @@ bool operator==(const Address& a, const Address& b);
 
 // Bits of a bit type, else words, that each of its values takes.
 int unitsOf(const Address& address);
+// Of ASCII letters.
+std::string inLowerCase(std::string text);
+
 // How many values it names.
 int valueCount(const Address& address);
 

@@ -37,7 +37,7 @@ std::string escaped(char c)
     return text;
 }
 
-[[noreturn]] void refuse(const std::string& text, const std::string& why)
+[[noreturn]] void refuseText(const std::string& text, const std::string& why)
 {
     throw UsageFailure("text '" + text + "': " + why);
 }
@@ -49,8 +49,8 @@ std::string unescaped(const std::string& text)
     for (std::size_t i = 0; i < inner.size(); ++i) {
         const char c = inner.at(i);
         if (!isPrintable(c))
-            refuse(text,
-                   "what is no printable ASCII character is written as its byte, as in \\xE9");
+            refuseText(text,
+                       "what is no printable ASCII character is written as its byte, as in \\xE9");
         if (c != '\\') {
             characters += c;
             continue;
@@ -62,8 +62,8 @@ std::string unescaped(const std::string& text)
         const bool isByte = next == 'x' && end - digits == hexDigits &&
                             std::from_chars(digits, end, byte, 16).ptr == end;
         if (!isByte && next != '"' && next != '\\')
-            refuse(text,
-                   "a backslash is written \\\\, a quote \\\", a byte \\x and two hex digits");
+            refuseText(text,
+                       "a backslash is written \\\\, a quote \\\", a byte \\x and two hex digits");
         characters += isByte ? static_cast<char>(byte) : next;
         i += isByte ? 1 + hexDigits : 1;
     }
@@ -89,8 +89,8 @@ std::vector<unsigned char> characterBytes(const std::string& text, int words, Wo
     const std::string characters = unescaped(text);
     std::vector<unsigned char> bytes(static_cast<std::size_t>(words) * bytesPerWord);
     if (characters.size() > bytes.size())
-        refuse(text, std::to_string(characters.size()) + " characters, and there is room for " +
-                         std::to_string(bytes.size()));
+        refuseText(text, std::to_string(characters.size()) + " characters, and there is room for " +
+                             std::to_string(bytes.size()));
     for (std::size_t i = 0; i < characters.size(); ++i)
         bytes.at(placeOf(i, byteOrder)) = static_cast<unsigned char>(characters.at(i));
     return bytes;

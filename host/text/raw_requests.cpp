@@ -5,13 +5,13 @@
 
 #include "line/crc16.h"
 #include "line/failure.h"
+#include "line/frame_bytes.h"
 #include "line/frame_text.h"
 
 namespace dov417 {
 
 namespace {
 
-constexpr int maxStation = 247;
 constexpr int maxFunction = 127; // above are exceptions
 constexpr int maxByte = 255;
 constexpr int maxWord = 65535;

@@ -1,5 +1,7 @@
 #include "text/raw_values.h"
 
+#include "line/frame_bytes.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -11,9 +13,6 @@
 namespace dov417 {
 
 namespace {
-
-constexpr int bitsPerDigit = 4;
-constexpr int bitsPerWord = 16;
 
 std::string hexText(std::uint64_t value, Width width)
 {

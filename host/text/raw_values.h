@@ -11,6 +11,8 @@ namespace dov417 {
 
 constexpr double maxWhole = 9007199254740992.0; // up to here a double holds every whole number
 
+constexpr int bitsPerDigit = 4; // hexadecimal and BCD
+
 int bitsOf(Width width);
 int bytesOf(Width width);
 std::uint64_t allOnes(Width width);

@@ -2,50 +2,17 @@
 
 #include <array>
 #include <charconv>
-#include <cmath>
 #include <map>
 
-#include "text/address_values.h"
 #include "text/csv_rows.h"
+#include "text/json_tags.h"
+#include "text/tag_columns.h"
 #include "text/text_file.h"
 #include "text/wildcards.h"
 
 namespace dov417 {
 
 namespace {
-
-enum Column {
-    nameColumn,
-    stationColumn,
-    registerColumn,
-    addressColumn,
-    countColumn,
-    formatColumn,
-    commentColumn,
-    scaleColumn,
-    offsetColumn,
-    unitColumn,
-    decimalsColumn,
-    minColumn,
-    maxColumn,
-    columnCount
-};
-const std::array<const char*, columnCount> columnNames = {
-    "name",  "station", "register", "address",  "count", "format", "comment",
-    "scale", "offset",  "unit",     "decimals", "min",   "max"};
-const std::array<Column, 3> neededColumns = {nameColumn, registerColumn, addressColumn};
-
-// No register type has more units.
-const int maxValues = 65536;
-const int maxDecimals = 9;
-
-std::string inLowerCase(std::string text)
-{
-    for (char& letter : text)
-        if (letter >= 'A' && letter <= 'Z')
-            letter = static_cast<char>(letter - 'A' + 'a');
-    return text;
-}
 
 // Which field of a row holds which column; -1: the file has no such column.
 class Header {
@@ -56,164 +23,72 @@ public:
         places_.fill(-1);
         for (std::size_t i = 0; i < row.fields.size(); ++i) {
             int column = 0;
-            while (column < columnCount &&
-                   inLowerCase(row.fields[i]) != columnNames[std::size_t(column)])
+            while (column < tagColumnCount &&
+                   inLowerCase(row.fields[i]) != tagColumnNames[std::size_t(column)])
                 ++column;
-            if (column == columnCount)
+            if (column == tagColumnCount)
                 continue; // somebody else's
             if (places_[std::size_t(column)] >= 0)
                 place.refuse(i + 1, row.fields[i], "the column is there twice");
             places_[std::size_t(column)] = static_cast<int>(i);
         }
-        for (const Column needed : neededColumns)
+        for (const TagColumn needed : neededTagColumns)
             if (places_[needed] < 0)
-                place.refuse(std::string("the header lacks the column ") + columnNames[needed]);
+                place.refuse(std::string("the header lacks the column ") + tagColumnNames[needed]);
     }
 
-    std::string text(const Row& row, Column column) const
+    std::string text(const Row& row, TagColumn column) const
     {
         const int at = places_[column];
-        return at >= 0 && std::size_t(at) < row.fields.size() ? row.fields[std::size_t(at)]
-                                                              : std::string();
+        std::string text = at >= 0 && std::size_t(at) < row.fields.size()
+                               ? row.fields[std::size_t(at)]
+                               : std::string();
+        const std::size_t comma = text.find(',');
+        if (mayHaveCommas_ && isNumber(column) && comma != std::string::npos)
+            text[comma] = '.';
+        return text;
     }
     std::string name(std::size_t field) const
     {
         return field < names_.size() ? names_[field] : std::string();
     }
-    // May a number have a comma for its point? Not where a comma ends a field.
-    bool mayHaveCommas() const
-    {
-        return mayHaveCommas_;
-    }
     std::size_t width() const
     {
         return names_.size();
     }
-    [[noreturn]] void refuse(const Place& place, Column column, const std::string& why) const
+    [[noreturn]] void refuse(const Place& place, TagColumn column, const std::string& why) const
     {
         if (places_[column] < 0)
             place.refuse(why);
-        place.refuse(std::size_t(places_[column]) + 1, columnNames[column], why);
+        place.refuse(std::size_t(places_[column]) + 1, tagColumnNames[column], why);
     }
 
 private:
+    static bool isNumber(TagColumn column)
+    {
+        return column == scaleColumn || column == offsetColumn || column == minColumn ||
+               column == maxColumn;
+    }
+
     std::vector<std::string> names_;
-    std::array<int, columnCount> places_;
-    bool mayHaveCommas_;
+    std::array<int, tagColumnCount> places_;
+    bool mayHaveCommas_; // for the points of numbers: not where a comma ends a field
 };
 
-int countOf(const std::string& text)
+// The tag of a row.
+Tag tagIn(const Library& library, const Header& header, const Row& row, const Place& place)
 {
-    if (text.empty())
-        return 1;
-    int count = 0;
-    const char* end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, count);
-    if (error != std::errc() || stop != end || count < 1 || count > maxValues)
-        throw UsageFailure("'" + text + "' is no number of values: 1 to " +
-                           std::to_string(maxValues));
-    return count;
-}
-
-void requireName(const std::string& name)
-{
-    if (name.empty())
-        throw UsageFailure("a tag needs a name");
-    // A command line could not tell such a name from an address or a value.
-    const std::size_t bad = name.find_first_of("=:,");
-    if (bad != std::string::npos)
-        throw UsageFailure(std::string("a name cannot hold '") + name[bad] + "'");
-}
-
-std::optional<double> numberIn(const Header& header, const Row& row, Column column)
-{
-    std::string text = header.text(row, column);
-    if (text.empty())
-        return std::nullopt;
-    const std::size_t comma = text.find(',');
-    if (header.mayHaveCommas() && comma != std::string::npos)
-        text[comma] = '.';
-    double number = 0;
-    const char* const end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, number);
-    if (error != std::errc() || stop != end || !std::isfinite(number))
-        throw UsageFailure("'" + header.text(row, column) + "' is no number");
-    return number;
-}
-
-// What the tag's number means. `column` is where a mistake would be.
-void readMeaning(Tag& tag, const Header& header, const Row& row, Column& column)
-{
-    const bool isOfNumber = tag.address.width != Width::bit &&
-                            isNumber(chosenFormat(tag.format, FormatChoice()).notation);
-    const auto number = [&](Column which) {
-        column = which;
-        const std::optional<double> value = numberIn(header, row, which);
-        if (value && !isOfNumber)
-            throw UsageFailure(
-                "only a number has one: no bit, no text, and no value in hex, binary or bool");
-        return value;
-    };
-    if (const auto scale = number(scaleColumn)) {
-        if (*scale == 0)
-            throw UsageFailure("with a scale of 0 every value is the same");
-        tag.scaling.scale = *scale;
-    }
-    tag.scaling.offset = number(offsetColumn).value_or(0);
-    if (const auto decimals = number(decimalsColumn)) {
-        if (*decimals != std::floor(*decimals) || *decimals < 0 || *decimals > maxDecimals)
-            throw UsageFailure("decimals are 0 to " + std::to_string(maxDecimals));
-        tag.scaling.decimals = static_cast<int>(*decimals);
-    }
-    tag.scaling.unit = header.text(row, unitColumn);
-    tag.limits.min = number(minColumn);
-    tag.limits.max = number(maxColumn);
-    if (tag.limits.min && tag.limits.max && *tag.limits.min > *tag.limits.max)
-        throw UsageFailure("the maximum is below the minimum");
-}
-
-Tag tagOf(const Library& library, const Header& header, const Row& row, const Place& place)
-{
-    Tag tag;
-    tag.line = row.line;
-    tag.comment = header.text(row, commentColumn);
-    Column column = nameColumn;
+    TagTexts texts;
+    for (std::size_t i = 0; i < texts.size(); ++i)
+        texts.at(i) = header.text(row, static_cast<TagColumn>(i));
+    TagColumn column = nameColumn;
     try {
-        tag.name = header.text(row, nameColumn);
-        requireName(tag.name);
-
-        column = stationColumn;
-        const std::string station = header.text(row, stationColumn);
-        const int stationNo = station.empty() ? 1 : parseStation(station);
-
-        column = formatColumn;
-        tag.format = parseFormat(header.text(row, formatColumn));
-        const int doubleWords = needsFourWords(tag.format) ? 2 : 1;
-
-        column = countColumn;
-        const int count = countOf(header.text(row, countColumn));
-
-        column = registerColumn;
-        const std::string regName = header.text(row, registerColumn);
-        if (!registerType(library, regName))
-            throw UsageFailure(checkSentence(library, checkUnknown, regName, std::string()));
-
-        column = addressColumn;
-        tag.address = parseAddress(library, stationNo, regName, header.text(row, addressColumn),
-                                   count * doubleWords);
-
-        column = formatColumn;
-        if (doubleWords == 2 && tag.address.width == Width::doubleWord)
-            tag.address.width = Width::quadWord;
-        tag.address = asText(tag.address, tag.format);
-        requireFormat(tag.address.width, chosenFormat(tag.format, FormatChoice()));
-        readMeaning(tag, header, row, column);
-    } catch (const AddressFailure& failure) {
-        header.refuse(place, column, failure.why);
+        Tag tag = tagOf(library, texts, column);
+        tag.line = row.line;
+        return tag;
     } catch (const UsageFailure& failure) {
         header.refuse(place, column, failure.what());
     }
-    return tag;
 }
 
 bool isEmpty(const Row& row)
@@ -235,11 +110,24 @@ void requireUtf8(const Row& row, const Header& header, const Place& place)
     }
 }
 
+// As a CSV header never begins.
+bool isJsonObject(const std::string& text)
+{
+    const std::size_t first = text.find_first_not_of("\xEF\xBB\xBF \t\r\n");
+    return first != std::string::npos && text[first] == '{';
+}
+
 } // namespace
 
 std::vector<Tag> readTags(const Library& library, const std::string& file)
 {
-    return parseTags(library, contentOf(file, "the tag file " + file), file);
+    const std::string text = contentOf(file, "the tag file " + file);
+    if (!isJsonObject(text))
+        return parseTags(library, text, file);
+    const PlacedJson project(text, file);
+    if (!project.root().contains(tagsMember))
+        project.refuse(std::string(), "there are no tags in it");
+    return tagsOf(library, jsonTags(project), &project);
 }
 
 std::vector<Tag> parseTags(const Library& library, const std::string& text, const std::string& file)
@@ -262,7 +150,7 @@ std::vector<Tag> parseTags(const Library& library, const std::string& text, cons
         if (row.fields.size() > header.width())
             place.refuse("column " + std::to_string(header.width() + 1) +
                          ": more fields than the header names");
-        const Tag tag = tagOf(library, header, row, place);
+        const Tag tag = tagIn(library, header, row, place);
         const auto [known, isNew] = lineOfName.emplace(tag.name, tag.line);
         if (!isNew)
             header.refuse(place, nameColumn,

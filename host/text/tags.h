@@ -4,39 +4,21 @@
 #ifndef DOV417_TEXT_TAGS_H
 #define DOV417_TEXT_TAGS_H
 
-#include <optional>
 #include <string>
 #include <vector>
 
-#include "text/addresses.h"
-#include "text/values.h"
+#include "text/tag.h"
 
 namespace dov417 {
 
-// In the tag's unit.
-struct Limits {
-    std::optional<double> min;
-    std::optional<double> max;
-};
 std::string limitText(double limit);
-
-struct Tag {
-    std::string name;
-    Address address;
-    FormatChoice format; // empty where the file says nothing
-    std::string comment;
-    Scaling scaling;
-    Limits limits;
-    int line = 0;         // where it stands in the file; 0: in none, its address was typed
-    bool isRange = false; // typed as FIRST..LAST
-};
 
 // Reads the whole file, as spreadsheets write it: fields end with a comma, a semicolon or a tab, as
 // the header's do, and where that is no comma, numbers may have one for their point. The columns
 // may come in any order and be written in any case, others besides are left alone; name, register
 // and address must be there. An empty station is 1, an empty count one value. Empty lines and those
 // that begin with # do not count. Throws a UsageFailure that names file, line and column of the
-// first mistake.
+// first mistake. A project file may stand for it: then these are the tags in it.
 std::vector<Tag> readTags(const Library& library, const std::string& file);
 // The same of the file's content; `file` names it in messages.
 std::vector<Tag> parseTags(const Library& library, const std::string& text,

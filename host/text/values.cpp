@@ -13,8 +13,6 @@ namespace dov417 {
 
 namespace {
 
-constexpr int bitsPerDigit = 4;
-
 [[noreturn]] void refuse(const std::string& text, const std::string& why)
 {
     throw UsageFailure("value '" + text + "': " + why);

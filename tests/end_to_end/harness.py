@@ -17,6 +17,8 @@ import tty
 import unittest
 
 TOOL = os.environ["DOV417"]
+for variable in ("DOV417_PORT", "DOV417_LINE", "DOV417_TAGS"):
+    os.environ.pop(variable, None)
 PATIENCE = 300  # seconds; nothing waits for so long unless something is broken
 
 

@@ -331,6 +331,26 @@ TEST_F(ACarrier, LooksForNoOtherMaximumThanTheOneGiven)
     EXPECT_THAT(notices, IsEmpty());
 }
 
+TEST_F(ACarrier, AStationsOwnMaximumWinsOverThatOfAll)
+{
+    const Transmission request = read("R_W", 0, 70); // of station 1
+    const auto asks = [&](int ofAll, const std::map<int, int>& ofStations) {
+        carrier = std::make_unique<RequestCarrier>(line, ofAll, noMaximum, ofStations);
+        complete(request);
+        EXPECT_EQ(outcome.reception.bytes, wholeReply(request));
+        return asked;
+    };
+    EXPECT_THAT(asks(60, {{1, 40}}), ElementsAre(40, 30));
+    EXPECT_THAT(asks(60, {{2, 40}}), ElementsAre(60, 10));
+    EXPECT_THAT(asks(60, {{1, noMaximum}}), ElementsAre(70));
+    EXPECT_THAT(asks(learnedMaximum, {{1, 40}}), ElementsAre(40, 30));
+    limits = upTo(20);
+    carrier = std::make_unique<RequestCarrier>(line, learnedMaximum, noMaximum,
+                                               std::map<int, int>{{1, 40}});
+    complete(request);
+    EXPECT_THAT(asked, ElementsAre(40)) << "it looks for no other";
+}
+
 TEST_F(ACarrier, CutsBetweenValuesOrNotAtAll)
 {
     for (int word = 1; word < 128; word += 2)

@@ -1,6 +1,7 @@
 #include "live/shutdown.h"
 
 #include <csignal>
+#include <cstdio>
 #include <gtest/gtest.h>
 
 #include "pty_slave.h"
@@ -60,6 +61,24 @@ TEST_P(RepeatedShutdowns, AreAskedForAgain)
     ASSERT_TRUE(waitUntil([&asked]() { return asked == 1; }));
     raise(GetParam().number);
     EXPECT_TRUE(waitUntil([&asked]() { return asked == 2; }));
+}
+
+void sayLastWords()
+{
+    std::fputs("last words\n", stderr);
+}
+
+TEST_P(RepeatedShutdowns, HaveLastWordsWhereSomebodyWantsThem)
+{
+    const int number = GetParam().number;
+    EXPECT_EXIT(
+        {
+            const Shutdown shutdown([]() {});
+            Shutdown::setLastWords(sayLastWords);
+            raise(number);
+            raise(number);
+        },
+        ::testing::KilledBySignal(number), "last words");
 }
 
 TEST(AClosedTerminal, IsOneShutdownHoweverOftenItIsTold)

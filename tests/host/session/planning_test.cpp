@@ -153,6 +153,16 @@ TEST_F(Planning, NoPartEndsInsideAValue)
     EXPECT_THAT(lengths({"R_D:0..9", "R_D:1..10"}, 8), IsEmpty()) << "they overlap throughout";
 }
 
+TEST_F(Planning, AStationsOwnMaximumWinsOverThatOfAll)
+{
+    const std::vector<Address> addresses = {parseAddress(library, "1/R_W:0..99"),
+                                            parseAddress(library, "2/R_W:0..99")};
+    const Planner plans(library, addresses, SerialFormat(), microseconds(0), 60, {{2, noMaximum}});
+    const Plan plan = plans.plan(10);
+    EXPECT_EQ(plan.requests.at(0).parts.size(), 2u);
+    EXPECT_THAT(plan.requests.at(1).parts, IsEmpty());
+}
+
 TEST_F(Planning, AnAddressInsideALongOneLeavesTheEndOfTheLongOneUnread)
 {
     const Planner plans = planner({"R_W:0..199", "R_W:50"});

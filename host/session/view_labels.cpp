@@ -1,0 +1,68 @@
+#include "session/view_labels.h"
+
+#include <algorithm>
+
+#include "text/address_values.h"
+
+namespace dov417 {
+
+namespace {
+
+std::string textOf(const View& view, const ViewLabel& label, const ValueBytes& value)
+{
+    return valueTexts(view.address, label.format, value.data()).front();
+}
+
+} // namespace
+
+std::vector<ViewLabel> labelViews(const Library& library, const std::vector<Item>& items)
+{
+    std::vector<ViewLabel> labels;
+    for (const Item& item : items) {
+        const int count = valueCount(item.address);
+        const int step = item.address.length / std::max(1, count);
+        const bool isTag = item.name != toText(library, item.address);
+        for (int i = 0; i < count; ++i) {
+            const Address& address = item.address;
+            ViewLabel label;
+            label.address = std::to_string(address.station) + "/" + address.regName + ":" +
+                            addressText(library, address.regName, address.first + i * step);
+            label.name = !isTag       ? label.address
+                         : count == 1 ? item.name
+                                      : item.name + "[" + std::to_string(i) + "]";
+            label.format = item.format;
+            labels.push_back(label);
+        }
+    }
+    return labels;
+}
+
+std::string valueText(const View& view, const ViewLabel& label)
+{
+    return view.hasValue ? textOf(view, label, view.value) : "?";
+}
+
+std::string previousText(const View& view, const ViewLabel& label)
+{
+    return view.changes > 0 ? textOf(view, label, view.previous) : "";
+}
+
+std::string shownText(const View& view, const ViewLabel& label)
+{
+    return view.hasValue ? withUnit(valueText(view, label), label.format) : valueText(view, label);
+}
+
+std::string shownPreviousText(const View& view, const ViewLabel& label)
+{
+    const std::string text = previousText(view, label);
+    return text.empty() ? text : withUnit(text, label.format);
+}
+
+std::string bitsText(const View& view, const ValueBytes& value, const ViewLabel& label)
+{
+    ViewLabel inHex = label;
+    inHex.format = {Notation::hex, label.format.order};
+    return textOf(view, inHex, value);
+}
+
+} // namespace dov417

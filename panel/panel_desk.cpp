@@ -1,0 +1,193 @@
+#include "panel/panel_desk.h"
+
+#include <algorithm>
+
+#include "driver/areas.h"
+
+namespace dov417 {
+
+namespace {
+
+constexpr std::chrono::milliseconds listenPause{500};
+
+} // namespace
+
+PanelDesk::PanelDesk(const Library& library)
+    : library_(library), areas_(learnAreas(library)), line_(library)
+{
+    connect(&line_, &LineThread::batchCame, this, &PanelDesk::apply);
+    listenTimer_.setInterval(listenPause);
+    connect(&listenTimer_, &QTimer::timeout, this, [this]() { listen(); });
+}
+
+// ---- the line -------------------------------------------------------------------------------
+
+bool PanelDesk::hasLine() const
+{
+    return state_.phase != LinePhase::closed && state_.phase != LinePhase::refused;
+}
+
+void PanelDesk::open(const LineSetup& setup, const simulator::SimulationOptions& controller)
+{
+    book_.forget();
+    book_.setSilent(false);
+    statistics_.reset();
+    line_.open(setup, watchedAddresses(tags_.items), controller);
+    book_.watch(line_.generation(), book_.addresses());
+    state_ = LineState();
+    state_.phase = LinePhase::opening;
+    state_.port = setup.port;
+    state_.isSimulated = setup.simulated;
+    lastHeard_ = Clock::now();
+    listenTimer_.start();
+    emit lineBegan();
+    emit stateChanged();
+    tellAllValues();
+}
+
+void PanelDesk::close()
+{
+    line_.close();
+}
+
+bool PanelDesk::end()
+{
+    listenTimer_.stop();
+    return line_.end();
+}
+
+void PanelDesk::setUnlocked(bool isUnlocked)
+{
+    line_.setUnlocked(isUnlocked);
+}
+
+// ---- what is watched ------------------------------------------------------------------------
+
+void PanelDesk::setItems(const std::vector<Item>& items)
+{
+    const std::vector<Address> before = watchedAddresses(tags_.items);
+    tags_ = panelTags(library_, items);
+    if (watchedAddresses(items) != before)
+        watch();
+    emit tagsChanged();
+}
+
+void PanelDesk::watch()
+{
+    line_.watch(watchedAddresses(tags_.items));
+    std::vector<Address> values;
+    values.reserve(tags_.values.size());
+    for (const PanelValue& value : tags_.values)
+        values.push_back(value.address);
+    book_.watch(line_.generation(), values);
+}
+
+void PanelDesk::addItems(const std::vector<Item>& items)
+{
+    std::vector<Item> all = tags_.items;
+    all.insert(all.end(), items.begin(), items.end());
+    setItems(all);
+}
+
+void PanelDesk::removeItems(const std::vector<std::size_t>& places)
+{
+    std::vector<Item> left;
+    for (std::size_t i = 0; i < tags_.items.size(); ++i)
+        if (std::find(places.begin(), places.end(), i) == places.end())
+            left.push_back(tags_.items.at(i));
+    setItems(left);
+}
+
+void PanelDesk::setFormat(std::size_t place, const Format& format)
+{
+    std::vector<Item> items = tags_.items;
+    Item& item = items.at(place);
+    requireFormat(item.address.width, format);
+    item.format = format;
+    setItems(items);
+}
+
+// ---- writing --------------------------------------------------------------------------------
+
+void PanelDesk::write(const PanelValue& value, const std::string& text)
+{
+    if (!hasLine())
+        throw UsageFailure("no line is open");
+    if (!state_.isUnlocked)
+        throw UsageFailure("writing is locked on this line; unlock it in the status line");
+    const std::vector<unsigned char> bytes = bytesToWrite(value, text);
+    PanelWrite write;
+    write.number = line_.write(value.address, bytes);
+    write.asked = QDateTime::currentDateTime();
+    write.name = value.label.name;
+    write.address = value.label.address;
+    write.text = withUnit(text, value.label.format);
+    if (writes_.size() >= maxWrites)
+        writes_.erase(writes_.begin(), writes_.begin() + maxWrites / 10);
+    writes_.push_back(write);
+    book_.writeBegan(write.number, {value.address});
+    emit writesChanged();
+    emit valuesChanged({value.address});
+}
+
+std::size_t PanelDesk::writesUnderWay() const
+{
+    return static_cast<std::size_t>(std::count_if(
+        writes_.begin(), writes_.end(), [](const PanelWrite& write) { return !write.hasEnded; }));
+}
+
+void PanelDesk::endWrite(const WriteOutcome& outcome)
+{
+    for (auto write = writes_.rbegin(); write != writes_.rend(); ++write)
+        if (write->number == outcome.number) {
+            write->hasEnded = true;
+            write->result = outcome.result;
+            return;
+        }
+}
+
+// ---- what the line's thread tells -----------------------------------------------------------
+
+void PanelDesk::apply(const LineBatch& batch)
+{
+    for (const WriteOutcome& outcome : batch.outcomes) {
+        endWrite(outcome);
+        const std::vector<Address> changed = book_.writeEnded(outcome);
+        if (!changed.empty())
+            emit valuesChanged(changed);
+    }
+    if (!batch.outcomes.empty())
+        emit writesChanged();
+    if (batch.line != line_.line())
+        return; // of one before
+    lastHeard_ = Clock::now();
+    if (book_.isSilent()) {
+        book_.setSilent(false);
+        tellAllValues();
+    }
+    state_ = batch.state;
+    if (batch.statistics)
+        statistics_ = batch.statistics;
+    const std::vector<Address> changed = book_.apply(batch);
+    if (!changed.empty())
+        emit valuesChanged(changed);
+    if (!batch.passed.empty() || batch.notTold > 0)
+        emit framesPassed(batch.passed, batch.notTold);
+    emit stateChanged();
+}
+
+void PanelDesk::listen()
+{
+    if (book_.isSilent() || Clock::now() - lastHeard_ < patience)
+        return;
+    book_.setSilent(true);
+    tellAllValues();
+    emit stateChanged();
+}
+
+void PanelDesk::tellAllValues()
+{
+    emit valuesChanged(book_.addresses());
+}
+
+} // namespace dov417

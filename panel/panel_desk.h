@@ -1,0 +1,124 @@
+// The window's side of everything: what is watched, what is known of it, what was written, and how
+// the line is. Pages read it, listen to it and ask it; it alone knows the line's thread.
+#ifndef DOV417_PANEL_PANEL_DESK_H
+#define DOV417_PANEL_PANEL_DESK_H
+
+#include <QDateTime>
+#include <QObject>
+#include <QTimer>
+#include <string>
+#include <vector>
+
+#include "line/areas.h"
+#include "panel/line_thread.h"
+#include "panel/panel_tags.h"
+#include "panel/value_book.h"
+
+namespace dov417 {
+
+// A write of this session, as the list shows it.
+struct PanelWrite {
+    long long number = 0;
+    QDateTime asked;
+    std::string name;
+    std::string address;
+    std::string text; // with its unit
+    bool hasEnded = false;
+    Result result;
+};
+
+class PanelDesk : public QObject {
+    Q_OBJECT
+
+public:
+    // Nothing heard of the line's thread for so long: it hangs in a port.
+    static constexpr std::chrono::milliseconds patience{3000};
+    static constexpr std::size_t maxWrites = 10000; // in the list, the oldest go first
+
+    // The library is to outlive it.
+    explicit PanelDesk(const Library& library);
+
+    const Library& library() const
+    {
+        return library_;
+    }
+    const PanelTags& tags() const
+    {
+        return tags_;
+    }
+    const ValueBook& book() const
+    {
+        return book_;
+    }
+    const LineState& state() const
+    {
+        return state_;
+    }
+    const std::vector<PanelWrite>& writes() const
+    {
+        return writes_;
+    }
+    // What the numbers on the line are called.
+    const std::vector<Area>& areas() const
+    {
+        return areas_;
+    }
+    // Null until the first has come; about a second old.
+    const std::shared_ptr<const LinkStatistics>& statistics() const
+    {
+        return statistics_;
+    }
+    std::size_t writesUnderWay() const;
+    bool hasLine() const; // open, or about to be
+
+    void open(const LineSetup& setup, const simulator::SimulationOptions& controller = {});
+    void close();
+    // Replaces what is watched.
+    void setItems(const std::vector<Item>& items);
+    void addItems(const std::vector<Item>& items);
+    void removeItems(const std::vector<std::size_t>& places);
+    // How an item is written from now on; what is watched stays. Throws a UsageFailure where it
+    // does not fit.
+    void setFormat(std::size_t place, const Format& format);
+    void setUnlocked(bool isUnlocked);
+    // One value from what a person typed. Throws a UsageFailure: nothing is written then.
+    void write(const PanelValue& value, const std::string& text);
+    // See LineThread::end().
+    bool end();
+
+    // What the line's thread tells.
+    void apply(const LineBatch& batch);
+
+signals:
+    // What is watched or how it is written is different: places and rows begin anew.
+    void tagsChanged();
+    // Values or qualities of these addresses; standing and value are in the book.
+    void valuesChanged(const std::vector<dov417::Address>& addresses);
+    // In their order; notTold: so many before these were dropped.
+    void framesPassed(const std::vector<dov417::Passed>& passed, long long notTold);
+    // Another line: what passed on the one before is history.
+    void lineBegan();
+    void stateChanged();
+    void writesChanged();
+
+private:
+    void watch();
+    void tellAllValues();
+    void listen();
+    void endWrite(const WriteOutcome& outcome);
+
+    const Library& library_;
+    std::vector<Area> areas_;
+    PanelTags tags_;
+    ValueBook book_;
+    LineState state_;
+    std::vector<PanelWrite> writes_;
+    std::shared_ptr<const LinkStatistics> statistics_;
+    Clock::time_point lastHeard_{};
+    QTimer listenTimer_;
+    LineThread line_;
+};
+
+} // namespace dov417
+
+#endif

@@ -1,0 +1,76 @@
+#include "panel/panel_icons.h"
+
+#include <QApplication>
+#include <QPainter>
+#include <QPalette>
+#include <QPixmap>
+#include <array>
+
+namespace dov417 {
+
+namespace {
+
+constexpr int side = 24; // what the pictures are drawn in
+
+void drawStart(QPainter& painter)
+{
+    const std::array<QPointF, 3> arrow = {QPointF(7, 4), QPointF(20, 12), QPointF(7, 20)};
+    painter.drawPolygon(arrow.data(), static_cast<int>(arrow.size()));
+}
+
+void drawValues(QPainter& painter)
+{
+    painter.drawRect(QRectF(3, 4, 18, 16));
+    painter.drawLine(QPointF(3, 9.5), QPointF(21, 9.5));
+    painter.drawLine(QPointF(3, 14.5), QPointF(21, 14.5));
+    painter.drawLine(QPointF(11, 4), QPointF(11, 20));
+}
+
+void drawLamps(QPainter& painter)
+{
+    for (const QPointF& centre : {QPointF(7, 7), QPointF(17, 7), QPointF(7, 17), QPointF(17, 17)})
+        painter.drawEllipse(centre, 3.5, 3.5);
+    painter.setBrush(painter.pen().color());
+    painter.drawEllipse(QPointF(17, 7), 3.5, 3.5);
+    painter.drawEllipse(QPointF(7, 17), 3.5, 3.5);
+}
+
+// Bits as an oscilloscope shows them.
+void drawLine(QPainter& painter)
+{
+    const std::array<QPointF, 10> edge = {
+        QPointF(2, 17),  QPointF(6, 17), QPointF(6, 7),  QPointF(10, 7),  QPointF(10, 17),
+        QPointF(15, 17), QPointF(15, 7), QPointF(19, 7), QPointF(19, 17), QPointF(22, 17)};
+    painter.drawPolyline(edge.data(), static_cast<int>(edge.size()));
+}
+
+} // namespace
+
+QIcon iconOf(PanelIcon icon)
+{
+    constexpr int pixels = 2 * side; // for screens of small pixels
+    QPixmap pixmap(pixels, pixels);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.scale(2, 2);
+    painter.setPen(QPen(QApplication::palette().color(QPalette::WindowText), 1.6));
+    switch (icon) {
+    case PanelIcon::start:
+        drawStart(painter);
+        break;
+    case PanelIcon::values:
+        drawValues(painter);
+        break;
+    case PanelIcon::lamps:
+        drawLamps(painter);
+        break;
+    case PanelIcon::line:
+        drawLine(painter);
+        break;
+    }
+    painter.end();
+    return QIcon(pixmap);
+}
+
+} // namespace dov417

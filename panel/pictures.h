@@ -1,0 +1,17 @@
+// Pictures of each page as it is, for the manual and for who wants to see the panel without a
+// screen.
+#ifndef DOV417_PANEL_PICTURES_H
+#define DOV417_PANEL_PICTURES_H
+
+#include <QString>
+
+#include "panel/main_window.h"
+
+namespace dov417 {
+
+// NAME-light.png and NAME-dark.png of each page. Throws a Failure where one cannot be written.
+void takePictures(MainWindow& window, const QString& folder);
+
+} // namespace dov417
+
+#endif

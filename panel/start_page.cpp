@@ -1,0 +1,221 @@
+#include "panel/start_page.h"
+
+#include <QFormLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QVBoxLayout>
+
+#include "driver/default_line.h"
+#include "link/network_address.h"
+#include "link/port_list.h"
+#include "panel/panel_icons.h"
+#include "panel/state_words.h"
+
+namespace dov417 {
+
+namespace {
+
+struct TrialTag {
+    const char* name;
+    const char* address;
+    const char* unit;
+    double scale;
+    int decimals;
+    const char* comment;
+};
+
+// See simulator/plant.h for what lives by itself.
+const TrialTag trialTags[] = {
+    {"oven.temperature", "R_W:32", "\u00b0C", 0.01, 1, "a sine of 10 s"},
+    {"water.temperature", "R_W:33", "\u00b0C", 0.01, 1, "a sine of 20 s"},
+    {"pressure", "R_W:64", "bar", 0.001, 2, "a random walk"},
+    {"flow", "R_W:65", "l/min", 0.01, 1, "a random walk"},
+    {"belt.position", "R_W:0", "mm", 1, 0, "a ramp"},
+    {"belt.speed.wanted", "R_W:100", "mm/s", 0.1, 1, "stays as it is written"},
+    {"oven.wanted", "R_W:101", "\u00b0C", 0.1, 1, "stays as it is written"},
+    {"batch.wanted", "R_D:200", "", 1, -1, "stays as it is written"},
+    {"running.light", "I_bit:0.0..0.15", "", 1, -1, "one bit that runs"},
+    {"switches", "I_bit:2.0..2.15", "", 1, -1, "thrown by chance"},
+    {"valves", "M_bit:1.0..1.15", "", 1, -1, "stay as they are written"},
+    {"timer", "T:5", "s", 0.1, 1, "runs, and begins anew"},
+    {"parts", "C:0", "", 1, -1, "counts up"},
+};
+
+const QStringList usualWires = {QStringLiteral("9600,8,EVEN,1"),   QStringLiteral("19200,8,EVEN,1"),
+                                QStringLiteral("38400,8,EVEN,1"),  QStringLiteral("57600,8,EVEN,1"),
+                                QStringLiteral("115200,8,EVEN,1"), QStringLiteral("9600,8,NONE,1")};
+
+QString usersText(const PortEntry& port)
+{
+    QStringList users;
+    for (const PortUser& user : port.users)
+        users.append(QString::fromStdString(user.name));
+    return users.join(QStringLiteral(", "));
+}
+
+} // namespace
+
+std::vector<Item> trialItems(const Library& library)
+{
+    const Items find(library, ItemSource());
+    std::vector<Item> items;
+    for (const TrialTag& tag : trialTags) {
+        Item item = find.find(tag.address, Access::read);
+        item.name = tag.name;
+        item.comment = tag.comment;
+        item.format.scaling = Scaling{tag.scale, 0, tag.decimals, tag.unit};
+        item.ofLimits = item.format;
+        items.push_back(item);
+    }
+    return items;
+}
+
+StartPage::StartPage(PanelDesk& desk)
+    : PanelPage(desk), port_(new QLineEdit), wire_(new QComboBox), ports_(new QTreeWidget),
+      open_(new QPushButton(tr("&Open for reading"))),
+      close_(new QPushButton(tr("&Close the line"))), verdict_(new QLabel)
+{
+    auto* const rows = new QVBoxLayout(this);
+    auto* const heading = new QLabel(tr("Look into a controller: values, lamps, and every frame."));
+    QFont large = heading->font();
+    large.setPointSizeF(large.pointSizeF() * 1.3);
+    heading->setFont(large);
+    rows->addWidget(heading);
+    rows->addWidget(makeTrial());
+    rows->addWidget(makeLine(), 1);
+    connect(&desk, &PanelDesk::stateChanged, this, [this]() { showState(); });
+    listAllPorts();
+    showState();
+}
+
+QString StartPage::title() const
+{
+    return tr("Start");
+}
+
+QIcon StartPage::icon() const
+{
+    return iconOf(PanelIcon::start);
+}
+
+QWidget* StartPage::makeTrial()
+{
+    auto* const box = new QGroupBox(tr("Without hardware"));
+    auto* const row = new QHBoxLayout(box);
+    auto* const trial = new QPushButton(tr("&Try it"));
+    trial->setObjectName(QStringLiteral("trial"));
+    trial->setDefault(true);
+    trial->setAccessibleDescription(tr("Starts a simulated controller and watches its values"));
+    auto* const what = new QLabel(tr("starts a simulated controller in this computer and watches a "
+                                     "few of its values, which move. Nothing is connected."));
+    what->setWordWrap(true);
+    row->addWidget(trial);
+    row->addWidget(what, 1);
+    connect(trial, &QPushButton::clicked, this, [this]() { openTrial(); });
+    return box;
+}
+
+QWidget* StartPage::makeLine()
+{
+    auto* const box = new QGroupBox(tr("A line"));
+    auto* const rows = new QVBoxLayout(box);
+    ports_->setObjectName(QStringLiteral("ports"));
+    ports_->setAccessibleName(tr("Serial ports of this computer"));
+    ports_->setHeaderLabels({tr("Port"), tr("Adapter"), tr("Used by"), tr("May you open it")});
+    ports_->setRootIsDecorated(false);
+    ports_->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    connect(ports_, &QTreeWidget::itemSelectionChanged, this, [this]() {
+        if (const QTreeWidgetItem* const item = ports_->currentItem())
+            port_->setText(item->text(0));
+    });
+    connect(ports_, &QTreeWidget::itemActivated, this, [this]() { openLine(); });
+    auto* const form = new QFormLayout;
+    port_->setObjectName(QStringLiteral("port"));
+    port_->setPlaceholderText(tr("/dev/ttyUSB0, tcp://HOST:4001, mbtcp://HOST"));
+    form->addRow(tr("&Port:"), port_);
+    wire_->setEditable(true);
+    wire_->setObjectName(QStringLiteral("wire"));
+    wire_->addItems(usualWires);
+    wire_->setCurrentText(QString::fromStdString(defaultLine(desk_.library())));
+    wire_->setToolTip(tr("Baud rate, data bits, parity, stop bits; over a network it has no part"));
+    form->addRow(tr("Line &settings:"), wire_);
+    auto* const buttons = new QHBoxLayout;
+    auto* const again = new QPushButton(tr("&List the ports again"));
+    open_->setObjectName(QStringLiteral("open"));
+    close_->setObjectName(QStringLiteral("close"));
+    buttons->addWidget(open_);
+    buttons->addWidget(close_);
+    buttons->addStretch(1);
+    buttons->addWidget(again);
+    auto* const hint = new QLabel(tr("A line is opened for reading: nothing is written to a "
+                                     "controller before writing is unlocked in the status line."));
+    hint->setWordWrap(true);
+    verdict_->setObjectName(QStringLiteral("portVerdict"));
+    verdict_->setWordWrap(true);
+    rows->addWidget(ports_, 1);
+    rows->addLayout(form);
+    rows->addWidget(verdict_);
+    rows->addLayout(buttons);
+    rows->addWidget(hint);
+    connect(again, &QPushButton::clicked, this, [this]() { listAllPorts(); });
+    connect(open_, &QPushButton::clicked, this, [this]() { openLine(); });
+    connect(port_, &QLineEdit::returnPressed, this, [this]() { openLine(); });
+    connect(close_, &QPushButton::clicked, this, [this]() { desk_.close(); });
+    return box;
+}
+
+void StartPage::listAllPorts()
+{
+    ports_->clear();
+    for (const PortEntry& port : listPorts().ports) {
+        const QString group = QString::fromStdString(port.group);
+        const QString may = port.mayOpen      ? tr("yes")
+                            : group.isEmpty() ? tr("no")
+                                              : tr("no, but group %1 may").arg(group);
+        ports_->addTopLevelItem(
+            new QTreeWidgetItem({QString::fromStdString(port.device),
+                                 QString::fromStdString(port.adapter), usersText(port), may}));
+    }
+    if (ports_->topLevelItemCount() > 0)
+        return;
+    auto* const none = new QTreeWidgetItem({QString(), tr("This computer has no serial port")});
+    none->setFlags(Qt::NoItemFlags);
+    ports_->addTopLevelItem(none);
+}
+
+void StartPage::openTrial()
+{
+    LineSetup setup;
+    setup.simulated = true;
+    desk_.setItems(trialItems(desk_.library()));
+    desk_.open(setup);
+    emit opened();
+}
+
+void StartPage::openLine()
+{
+    LineSetup setup;
+    setup.port = port_->text().trimmed().toStdString();
+    setup.line = wire_->currentText().trimmed().toStdString();
+    verdict_->clear();
+    try {
+        if (setup.port.empty())
+            throw UsageFailure(tr("Choose a port, or type one.").toStdString());
+        parseNetworkAddress(setup.port);
+        serialFormat(desk_.library(), setup);
+    } catch (const Failure& failure) {
+        verdict_->setText(symbolOf(ValueState::failed) + QLatin1Char(' ') +
+                          QString::fromUtf8(failure.what()));
+        return;
+    }
+    desk_.open(setup);
+    emit opened();
+}
+
+void StartPage::showState()
+{
+    close_->setEnabled(desk_.hasLine());
+}
+
+} // namespace dov417

@@ -1,0 +1,48 @@
+// The first page: try without hardware, open a line, or close the one that is open.
+#ifndef DOV417_PANEL_START_PAGE_H
+#define DOV417_PANEL_START_PAGE_H
+
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTreeWidget>
+
+#include "panel/panel_page.h"
+
+namespace dov417 {
+
+// Tags for the own controller, with something to see on every page.
+std::vector<Item> trialItems(const Library& library);
+
+class StartPage : public PanelPage {
+    Q_OBJECT
+
+public:
+    explicit StartPage(PanelDesk& desk);
+
+    QString title() const override;
+    QIcon icon() const override;
+
+signals:
+    void opened();
+
+private:
+    QWidget* makeTrial();
+    QWidget* makeLine();
+    void listAllPorts();
+    void openTrial();
+    void openLine();
+    void showState();
+
+    QLineEdit* const port_;
+    QComboBox* const wire_;
+    QTreeWidget* const ports_;
+    QPushButton* const open_;
+    QPushButton* const close_;
+    QLabel* const verdict_;
+};
+
+} // namespace dov417
+
+#endif

@@ -1,0 +1,28 @@
+// Typing a value in its cell. What is typed stays while the controller's value goes on changing,
+// and it is written by Enter alone: who clicks elsewhere has changed his mind.
+#ifndef DOV417_PANEL_VALUE_DELEGATE_H
+#define DOV417_PANEL_VALUE_DELEGATE_H
+
+#include <QStyledItemDelegate>
+
+namespace dov417 {
+
+class ValueDelegate : public QStyledItemDelegate {
+    Q_OBJECT
+
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& option,
+                          const QModelIndex& index) const override;
+    void setEditorData(QWidget* editor, const QModelIndex& index) const override;
+    void setModelData(QWidget* editor, QAbstractItemModel* model,
+                      const QModelIndex& index) const override;
+
+protected:
+    bool eventFilter(QObject* object, QEvent* event) override;
+};
+
+} // namespace dov417
+
+#endif

@@ -1,0 +1,70 @@
+#include "panel/values_filter.h"
+
+#include "panel/values_model.h"
+
+namespace dov417 {
+
+ValuesFilter::ValuesFilter(QObject* parent) : QSortFilterProxyModel(parent)
+{
+    setDynamicSortFilter(false);
+    setSortRole(ValuesModel::sortRole);
+}
+
+void ValuesFilter::setText(const QString& text)
+{
+    text_ = text;
+    invalidate();
+}
+
+void ValuesFilter::setGrouping(Grouping grouping)
+{
+    grouping_ = grouping;
+    invalidate();
+    sort(sortColumn() < 0 ? ValuesModel::name : sortColumn(), sortOrder());
+}
+
+QString ValuesFilter::group(const QModelIndex& index) const
+{
+    switch (grouping_) {
+    case Grouping::none:
+        break;
+    case Grouping::byStation:
+        return index.data(ValuesModel::stationRole).toString();
+    case Grouping::byArea:
+        return index.data(ValuesModel::areaRole).toString();
+    }
+    return QString();
+}
+
+// Beside the rows: the group, where there are any.
+QVariant ValuesFilter::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation == Qt::Horizontal)
+        return QSortFilterProxyModel::headerData(section, orientation, role);
+    if (role != Qt::DisplayRole || grouping_ == Grouping::none)
+        return QVariant();
+    return group(mapToSource(index(section, 0)));
+}
+
+bool ValuesFilter::filterAcceptsRow(int row, const QModelIndex& parent) const
+{
+    if (text_.isEmpty())
+        return true;
+    const QModelIndex name = sourceModel()->index(row, ValuesModel::name, parent);
+    const QModelIndex address = sourceModel()->index(row, ValuesModel::address, parent);
+    return name.data().toString().contains(text_, Qt::CaseInsensitive) ||
+           address.data().toString().contains(text_, Qt::CaseInsensitive) ||
+           name.data(Qt::ToolTipRole).toString().contains(text_, Qt::CaseInsensitive);
+}
+
+bool ValuesFilter::lessThan(const QModelIndex& left, const QModelIndex& right) const
+{
+    if (grouping_ != Grouping::none) {
+        const int order = QString::localeAwareCompare(group(left), group(right));
+        if (order != 0)
+            return sortOrder() == Qt::AscendingOrder ? order < 0 : order > 0;
+    }
+    return QSortFilterProxyModel::lessThan(left, right);
+}
+
+} // namespace dov417

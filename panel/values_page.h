@@ -1,0 +1,53 @@
+// The page of values: what is watched as a table, with adding, writing and the list of writes.
+#ifndef DOV417_PANEL_VALUES_PAGE_H
+#define DOV417_PANEL_VALUES_PAGE_H
+
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTableView>
+#include <QTimer>
+
+#include "panel/panel_page.h"
+#include "panel/values_filter.h"
+#include "panel/values_model.h"
+
+namespace dov417 {
+
+class ValuesPage : public PanelPage {
+    Q_OBJECT
+
+public:
+    explicit ValuesPage(PanelDesk& desk);
+
+    QString title() const override;
+    QIcon icon() const override;
+
+private:
+    void makeTable();
+    QWidget* makeTools();
+    QWidget* makeWrites();
+    std::vector<int> chosenRows() const; // of the model
+    std::vector<PanelValue> chosenValues() const;
+    void showMenu(const QPoint& place);
+    void chooseFormat(const QString& name);
+    void writeChosen();
+    void removeChosen();
+    void paste();
+    void showButtons();
+
+    ValuesModel model_;
+    ValuesFilter filter_;
+    QTableView* const table_;
+    QLineEdit* const search_;
+    QComboBox* const grouping_;
+    QPushButton* const write_;
+    QPushButton* const remove_;
+    QLabel* const empty_;
+    QTimer ageTimer_;
+};
+
+} // namespace dov417
+
+#endif

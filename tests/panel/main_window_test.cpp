@@ -1,0 +1,189 @@
+#include "panel/main_window.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QMessageBox>
+#include <QSpinBox>
+#include <QTableView>
+#include <QTest>
+#include <sys/stat.h>
+
+#include "panel/start_page.h"
+#include "panel_world.h"
+
+namespace dov417 {
+
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class TheWindow : public PanelWorld {
+protected:
+    TheWindow()
+    {
+        window.resize(1280, 800);
+        window.show();
+        window.activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
+    }
+    template <typename Widget>
+    Widget* part(const char* name) const
+    {
+        return window.findChild<Widget*>(name);
+    }
+    std::string sentence() const
+    {
+        return part<QLabel>("lineSentence")->text().toStdString();
+    }
+    void answer(QMessageBox::StandardButton button, const char* question)
+    {
+        QTimer::singleShot(0, &window, [button, question]() {
+            auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            ASSERT_TRUE(box);
+            EXPECT_THAT(box->text().toStdString(), HasSubstr(question));
+            QTest::mouseClick(box->button(button), Qt::LeftButton);
+        });
+    }
+
+    MainWindow window{desk};
+};
+
+TEST_F(TheWindow, ShowsMovingValuesWithoutHardwareAfterOneClick)
+{
+    EXPECT_EQ(sentence(), "No line is open. The start page opens one.");
+    QTest::mouseClick(part<QPushButton>("trial"), Qt::LeftButton);
+    EXPECT_TRUE(waitUntil([this]() { return allAre(ValueState::good); }));
+    EXPECT_EQ(sentence(), "The simulated controller answers.");
+    const auto changed = [this]() {
+        long long changes = 0;
+        for (const PanelValue& value : desk.tags().values)
+            changes += desk.book().find(value.address)->changes;
+        return changes;
+    };
+    EXPECT_TRUE(waitUntil([&]() { return changed() > 20; }));
+    EXPECT_TRUE(desk.state().isUnlocked);
+}
+
+TEST_F(TheWindow, OpensALineForReadingAndSaysOnEachPageThatItIsUnlocked)
+{
+    controller = std::make_unique<ControllerProcess>(options);
+    watch({"R_W:100"});
+    QTest::keyClicks(part<QLineEdit>("port"), QString::fromStdString(controller->port()));
+    QTest::mouseClick(part<QPushButton>("open"), Qt::LeftButton);
+    ASSERT_TRUE(waitUntil([this]() { return allAre(ValueState::good); }));
+    EXPECT_EQ(sentence(), controller->port() + " answers.");
+    auto* const lock = part<QToolButton>("lock");
+    EXPECT_EQ(lock->text(), "Writing is locked");
+    answer(QMessageBox::No, "changes values in the controller");
+    QTest::mouseClick(lock, Qt::LeftButton);
+    EXPECT_FALSE(lock->isChecked());
+    answer(QMessageBox::Yes, "changes values in the controller");
+    QTest::mouseClick(lock, Qt::LeftButton);
+    ASSERT_TRUE(waitUntil([this]() { return desk.state().isUnlocked; }));
+    for (int page = 0; page < static_cast<int>(window.pages().size()); ++page) {
+        window.showPage(page);
+        EXPECT_TRUE(lock->isVisible());
+        EXPECT_EQ(lock->text(), "\u26a0 Writing is unlocked");
+    }
+    QTest::mouseClick(lock, Qt::LeftButton);
+    EXPECT_TRUE(waitUntil([this]() { return !desk.state().isUnlocked; }));
+}
+
+TEST_F(TheWindow, SaysWhyALineCannotBeOpened)
+{
+    QTest::keyClicks(part<QLineEdit>("port"), "/dev/there-is-none");
+    QTest::keyClick(part<QLineEdit>("port"), Qt::Key_Return);
+    EXPECT_TRUE(waitUntil([this]() { return desk.state().phase == LinePhase::refused; }));
+    EXPECT_THAT(sentence(), StartsWith("The line could not be opened: "));
+    EXPECT_FALSE(part<QToolButton>("lock")->isVisible());
+    window.showPage(0);
+    part<QComboBox>("wire")->setCurrentText("fast");
+    QTest::mouseClick(part<QPushButton>("open"), Qt::LeftButton);
+    EXPECT_THAT(part<QLabel>("portVerdict")->text().toStdString(), HasSubstr("fast"));
+}
+
+// What starts the controller waits for a pipe that nobody writes to, and the line's thread for it.
+TEST_F(TheWindow, GoesOnWhileTheLineHangsAndHoldsNoValueForGood)
+{
+    options.frozen = true;
+    watch({"R_W:100"});
+    open();
+    const std::string pipe = folder.filePath("pipe").toStdString();
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    simulator::SimulationOptions hanging;
+    hanging.loadFile = pipe;
+    LineSetup simulated;
+    simulated.simulated = true;
+    desk.open(simulated, hanging);
+    EXPECT_EQ(desk.book().standing(desk.tags().values.front().address).state,
+              ValueState::neverRead);
+    EXPECT_TRUE(waitUntil([this]() { return desk.book().isSilent(); }));
+    EXPECT_THAT(sentence(), HasSubstr("nothing is known of it at present"));
+    QTest::keyClick(&window, Qt::Key_2, Qt::ControlModifier);
+    EXPECT_TRUE(window.pages().at(1)->isVisible());
+    QFile file(QString::fromStdString(pipe));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(R"({"1": {"R_W": {"100": [3]}}})");
+    file.close();
+    EXPECT_TRUE(waitUntil([this]() { return allAre(ValueState::good); })) << sentence();
+    EXPECT_EQ(desk.book().find(desk.tags().values.front().address)->value.front(), 3);
+    EXPECT_FALSE(desk.book().isSilent());
+}
+
+TEST_F(TheWindow, AsksBeforeItIsClosedWithWritesUnderWay)
+{
+    watch({"R_W:100"});
+    open();
+    unlock();
+    stopController(true);
+    desk.write(desk.tags().values.front(), "5");
+    answer(QMessageBox::No, "being written");
+    EXPECT_FALSE(window.close());
+    EXPECT_TRUE(window.isVisible());
+    stopController(false);
+    EXPECT_TRUE(waitUntil([this]() { return allWritesHaveEnded(); }));
+    EXPECT_TRUE(window.close());
+    EXPECT_EQ(held("R_W", 100), 5);
+}
+
+TEST_F(TheWindow, ForgetsTheValuesOfTheLineBefore)
+{
+    options.set = {"R_W:100=7"};
+    watch({"R_W:100"});
+    open();
+    const Address address = desk.tags().values.front().address;
+    ASSERT_EQ(desk.book().find(address)->value.front(), 7);
+    LineSetup nowhere;
+    nowhere.port = "/dev/there-is-none";
+    desk.open(nowhere);
+    EXPECT_EQ(desk.book().find(address), nullptr);
+    EXPECT_TRUE(waitUntil([this]() { return desk.state().phase == LinePhase::refused; }));
+    EXPECT_EQ(desk.book().find(address), nullptr);
+}
+
+TEST_F(TheWindow, IsReachedWithKeysAndNamedForThoseWhoDoNotSeeIt)
+{
+    for (int page = 0; page < static_cast<int>(window.pages().size()); ++page) {
+        QTest::keyClick(&window, static_cast<Qt::Key>(Qt::Key_1 + page), Qt::ControlModifier);
+        EXPECT_TRUE(window.pages().at(static_cast<std::size_t>(page))->isVisible()) << page;
+    }
+    for (const QWidget* const each : window.findChildren<QWidget*>()) {
+        const bool isField = qobject_cast<const QAbstractItemView*>(each) ||
+                             qobject_cast<const QSpinBox*>(each) ||
+                             qobject_cast<const QComboBox*>(each);
+        const bool isHidden = each->inherits("QComboBoxListView") ||
+                              each->inherits("QTableCornerButton") || each->inherits("QHeaderView");
+        if (!isField || isHidden)
+            continue;
+        const bool hasLabel = each->objectName() == "wire"; // of its form
+        EXPECT_TRUE(hasLabel || !each->accessibleName().isEmpty())
+            << each->metaObject()->className() << " " << each->objectName().toStdString();
+        EXPECT_TRUE((each->focusPolicy() & Qt::TabFocus) != 0);
+    }
+}
+
+} // namespace
+
+} // namespace dov417
