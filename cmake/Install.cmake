@@ -48,6 +48,9 @@ if(TARGET dov417)
   install(FILES ${manual}.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tool)
   install(FILES docs/project-file.md docs/json-output.md docs/json-output.schema.json
     DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT tool)
+  # Those of its commands, which the tool writes when it is built.
+  install(DIRECTORY ${PROJECT_BINARY_DIR}/tool/manual/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
+    COMPONENT tool)
   install(FILES packaging/dov417.bash RENAME dov417 COMPONENT tool
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 endif()

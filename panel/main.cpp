@@ -9,6 +9,7 @@
 #include "live/shutdown.h"
 #include "panel/main_window.h"
 #include "panel/panel_options.h"
+#include "panel/panel_project.h"
 #include "panel/pictures.h"
 #include "panel/start_page.h"
 
@@ -45,7 +46,7 @@ int run(const PanelOptions& options)
 {
     const Library library(options.library);
     std::vector<Item> items;
-    if (!options.addresses.empty() || !options.source.tags.empty())
+    if (options.project.empty() && (!options.addresses.empty() || !options.source.tags.empty()))
         items = Items(library, options.source).chosen(options.addresses, Access::read);
     PanelDesk desk(library);
     int code = EXIT_SUCCESS;
@@ -55,10 +56,12 @@ int run(const PanelOptions& options)
         if (items.empty() && options.line.simulated)
             items = trialItems(library);
         desk.setItems(items);
-        if (options.line.simulated || !options.line.port.empty()) {
+        if (!options.project.empty())
+            openProject(desk, options.project);
+        else if (options.line.simulated || !options.line.port.empty())
             desk.open(options.line);
+        if (desk.hasLine() || !desk.tags().items.empty())
             window.showPage(1);
-        }
         code = show(window, options);
     }
     // A port that hangs hangs the line's thread, and with it whoever waits for that.

@@ -1,6 +1,7 @@
 #include "panel/panel_options.h"
 
 #include <CLI/CLI.hpp>
+#include <filesystem>
 
 namespace dov417 {
 
@@ -43,6 +44,12 @@ std::optional<PanelOptions> parsePanelOptions(int argc, const char* const* argv,
     app.add_flag("--simulated", options.line.simulated,
                  "An own controller on a pseudo-terminal instead of a port")
         ->excludes(port);
+    CLI::Option* const project =
+        app.add_option("--project", options.project,
+                       "Project file: its line and its tags; the file alone does as well")
+            ->option_text("FILE");
+    for (const char* const other : {"address", "--tags", "--port", "--line", "--simulated"})
+        project->excludes(app.get_option(other));
     app.add_option("--library", options.library, "The driver library; else it is looked for")
         ->option_text("PATH");
     app.add_option("--pictures", options.pictures,
@@ -52,6 +59,7 @@ std::optional<PanelOptions> parsePanelOptions(int argc, const char* const* argv,
     app.footer("Without options it opens with a page to choose from. A port is opened for reading: "
                "writing is unlocked in the window.\n"
                "Examples:\n"
+               "  dov417-panel machine.json\n"
                "  dov417-panel --simulated R_W:0..3 M_bit:1.0..1.15\n"
                "  dov417-panel --port /dev/ttyUSB0 --line 19200,8,EVEN,1 --tags tags.csv");
     try {
@@ -61,6 +69,10 @@ std::optional<PanelOptions> parsePanelOptions(int argc, const char* const* argv,
         code = app.exit(error) == 0 ? 0 : usageCode;
         return std::nullopt;
     }
+    // A project alone, as a desktop hands it over.
+    if (options.addresses.size() == 1 &&
+        std::filesystem::is_regular_file(options.addresses.front()))
+        options.project = options.addresses.front();
     return options;
 }
 

@@ -16,6 +16,7 @@ struct PanelOptions {
     std::string library; // empty: search
     ItemSource source;
     std::vector<std::string> addresses;
+    std::string project;  // file; instead of a line and tags
     std::string pictures; // folder: of each page, then the program ends
 };
 

@@ -1,5 +1,6 @@
 #include "panel/start_page.h"
 
+#include <QFileDialog>
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -10,6 +11,7 @@
 #include "link/network_address.h"
 #include "link/port_list.h"
 #include "panel/panel_icons.h"
+#include "panel/panel_project.h"
 #include "panel/state_words.h"
 
 namespace dov417 {
@@ -73,7 +75,7 @@ std::vector<Item> trialItems(const Library& library)
 
 StartPage::StartPage(PanelDesk& desk)
     : PanelPage(desk), port_(new QLineEdit), wire_(new QComboBox), ports_(new QTreeWidget),
-      open_(new QPushButton(tr("&Open for reading"))),
+      recent_(new QListWidget), open_(new QPushButton(tr("&Open for reading"))),
       close_(new QPushButton(tr("&Close the line"))), verdict_(new QLabel)
 {
     auto* const rows = new QVBoxLayout(this);
@@ -83,9 +85,11 @@ StartPage::StartPage(PanelDesk& desk)
     heading->setFont(large);
     rows->addWidget(heading);
     rows->addWidget(makeTrial());
-    rows->addWidget(makeLine(), 1);
+    rows->addWidget(makeLine(), 2);
+    rows->addWidget(makeProject(), 1);
     connect(&desk, &PanelDesk::stateChanged, this, [this]() { showState(); });
     listAllPorts();
+    listRecent();
     showState();
 }
 
@@ -163,6 +167,50 @@ QWidget* StartPage::makeLine()
     connect(port_, &QLineEdit::returnPressed, this, [this]() { openLine(); });
     connect(close_, &QPushButton::clicked, this, [this]() { desk_.close(); });
     return box;
+}
+
+QWidget* StartPage::makeProject()
+{
+    auto* const box = new QGroupBox(tr("A project"));
+    auto* const row = new QHBoxLayout(box);
+    auto* const choose = new QPushButton(tr("Open a pro&ject \u2026"));
+    choose->setObjectName(QStringLiteral("project"));
+    recent_->setObjectName(QStringLiteral("recent"));
+    recent_->setAccessibleName(tr("Projects that were opened last"));
+    row->addWidget(choose, 0, Qt::AlignTop);
+    row->addWidget(recent_, 1);
+    connect(choose, &QPushButton::clicked, this, [this]() {
+        const QString file = QFileDialog::getOpenFileName(this, tr("Open a project"), QString(),
+                                                          tr("Projects (*.json);;All files (*)"));
+        if (!file.isEmpty())
+            openFile(file);
+    });
+    connect(recent_, &QListWidget::itemActivated, this,
+            [this](const QListWidgetItem* item) { openFile(item->text()); });
+    return box;
+}
+
+void StartPage::listRecent()
+{
+    recent_->clear();
+    recent_->addItems(recentProjects());
+    if (recent_->count() > 0)
+        return;
+    auto* const none = new QListWidgetItem(tr("No project was opened here yet."), recent_);
+    none->setFlags(Qt::NoItemFlags);
+}
+
+void StartPage::openFile(const QString& file)
+{
+    try {
+        openProject(desk_, file.toStdString());
+    } catch (const Failure& failure) {
+        emit told(QString::fromUtf8(failure.what()));
+        return;
+    }
+    emit told(QString());
+    listRecent();
+    emit opened();
 }
 
 void StartPage::listAllPorts()

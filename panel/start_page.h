@@ -5,6 +5,7 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QPushButton>
 #include <QTreeWidget>
 
@@ -30,14 +31,18 @@ signals:
 private:
     QWidget* makeTrial();
     QWidget* makeLine();
+    QWidget* makeProject();
     void listAllPorts();
     void openTrial();
     void openLine();
+    void openFile(const QString& file);
+    void listRecent();
     void showState();
 
     QLineEdit* const port_;
     QComboBox* const wire_;
     QTreeWidget* const ports_;
+    QListWidget* const recent_;
     QPushButton* const open_;
     QPushButton* const close_;
     QLabel* const verdict_;

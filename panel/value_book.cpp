@@ -8,10 +8,8 @@ void ValueBook::watch(int generation, const std::vector<Address>& addresses)
 {
     std::unordered_map<Address, Entry, AddressHash> entries;
     for (const Address& address : addresses) {
-        Entry& entry = entries[address];
         const auto before = entries_.find(address);
-        if (before != entries_.end())
-            entry = before->second;
+        entries[address] = before == entries_.end() ? Entry() : before->second;
     }
     // Of writes that are under way, whoever asked for them.
     for (auto& [address, entry] : entries)

@@ -35,6 +35,12 @@ CLI::Option* addJsonFlag(CLI::App& command, Action& chosen, bool& wanted)
     return addJsonFlag(command, chosen, [&wanted]() { wanted = true; });
 }
 
+void sayJsonHead(const Action& chosen)
+{
+    if (!chosen.json.empty())
+        sayJson({{"version", DOV417_VERSION}, {"command", chosen.json}});
+}
+
 void sayJson(const OutputJson& object)
 {
     // What an adapter calls itself, or a log holds, need not be UTF-8.

@@ -23,6 +23,8 @@ using OutputJson = nlohmann::ordered_json;
 CLI::Option* addJsonFlag(CLI::App& command, Action& chosen, std::function<void()> wanted);
 CLI::Option* addJsonFlag(CLI::App& command, Action& chosen, bool& wanted);
 
+// What begins it, if it is JSON.
+void sayJsonHead(const Action& chosen);
 void sayJson(const OutputJson& object);
 
 // Values under `key`, and what is no number in JSON as hex digits beside it: "values": [null],

@@ -11,6 +11,7 @@
 #include "tool/commands.h"
 #include "tool/defaults.h"
 #include "tool/json_output.h"
+#include "tool/manual_pages.h"
 
 using namespace dov417;
 
@@ -28,8 +29,7 @@ std::string told(const std::exception& failure, const Action& chosen)
 
 int runChosen(const Action& chosen)
 {
-    if (!chosen.json.empty())
-        sayJson({{"version", DOV417_VERSION}, {"command", chosen.json}});
+    sayJsonHead(chosen);
     try {
         return chosen();
     } catch (const UsageFailure& failure) {
@@ -67,8 +67,11 @@ int run(int argc, char** argv)
     addWriteCommand(app, chosen);
     addRequestCommand(app, chosen);
     addRecipeCommand(app, chosen);
+    addShellCommand(app, chosen);
     addSimulateCommand(app, chosen);
     addDemoCommand(app, chosen);
+    if (const std::optional<int> code = writeManualPages(app, argc, argv))
+        return *code;
 
     try {
         app.parse(argc, argv);

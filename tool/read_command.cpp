@@ -6,9 +6,8 @@
 #include <optional>
 
 #include "session/single_reads.h"
-#include "tool/defaults.h"
 #include "tool/json_output.h"
-#include "tool/live_command.h"
+#include "tool/line_source.h"
 #include "tool/troubles.h"
 #include "tool/view_table.h"
 
@@ -22,16 +21,14 @@ struct ReadOptions {
     bool json = false;
 };
 
-int runRead(const ReadOptions& options)
+int runRead(LineSource& line, const ReadOptions& options)
 {
-    const Library library(options.line.library);
+    const Library& library = line.library();
     const std::vector<Item> items =
         Items(library, options.items.source).chosen(options.items.arguments, Access::read);
-    if (options.line.gap)
-        requireUntornValues(library, items, *options.line.gap);
-    LineOptions setup = options.line;
-    setup.gap = setup.singleReadGap();
-    LiveCommand live(library, setup, items);
+    if (line.options().gap)
+        requireUntornValues(library, items, *line.options().gap);
+    LiveCommand& live = line.take(items, line.options().singleReadGap());
     live.endWithoutPort();
     if (options.json)
         live.countInJson();
@@ -67,21 +64,20 @@ int runRead(const ReadOptions& options)
         std::printf("%s =%s\n", items.at(i).name.c_str(),
                     withUnit(text, items.at(i).format).c_str());
     }
-    for (const std::string& line : grouped(wrong))
-        std::fprintf(stderr, "dov417: %s\n", line.c_str());
+    for (const std::string& each : grouped(wrong))
+        std::fprintf(stderr, "dov417: %s\n", each.c_str());
     return live.finish(wrong.empty());
 }
 
 } // namespace
 
-void addReadCommand(CLI::App& app, Action& chosen)
+void addReadCommand(CLI::App& app, Action& chosen, LineSource* shared)
 {
     const auto options = std::make_shared<ReadOptions>();
     CLI::App* command = app.add_subcommand("read", "Each value once, then exit");
     addAddressArguments(*command, options->items);
     addJsonFlag(*command, chosen, options->json);
-    addLineOptions(*command, options->line);
-    addDefaults(*command, {&options->line, &options->items.source.tags}, chosen);
+    addLineUse(*command, options->line, options->items, chosen, shared);
     command->footer(
         "Bits are read with the word that holds them: the driver frames no single "
         "read of bits. A request reads up to 125 words, and no more than --gap where it is given.\n"
@@ -90,7 +86,7 @@ void addReadCommand(CLI::App& app, Action& chosen)
         "  dov417 read --simulated R_D:10..13 --format float:high-first\n"
         "On a real line, --port /dev/ttyUSB0 stands for --simulated.\n"
         "Exits with 1 if a value could not be read, and says which and why.");
-    command->callback([options, &chosen]() { chosen = [options]() { return runRead(*options); }; });
+    command->callback([options, shared, &chosen]() { chosen = onLine(shared, options, runRead); });
 }
 
 } // namespace dov417

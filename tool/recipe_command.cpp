@@ -8,9 +8,9 @@
 
 #include "session/recipe_file.h"
 #include "session/recipe_job.h"
-#include "tool/defaults.h"
+#include "text/address_values.h"
 #include "tool/json_output.h"
-#include "tool/live_command.h"
+#include "tool/line_source.h"
 #include "tool/troubles.h"
 #include "tool/view_table.h"
 
@@ -58,15 +58,15 @@ std::string progressText(const RecipeProgress& progress, const char* done)
 
 std::string textOf(const Item& item, const std::vector<unsigned char>& data, std::size_t index)
 {
-    const Width width = item.address.width;
-    const unsigned char* const value = data.data() + byteCount(width, static_cast<int>(index));
-    return withUnit(valueTexts(width, item.format, value, 1).front(), item.format);
+    const Address value = valueOf(item.address, static_cast<int>(index));
+    const std::size_t from = index * static_cast<std::size_t>(byteCount(value));
+    return withUnit(valueTexts(value, item.format, data.data() + from).front(), item.format);
 }
 
 bool isSame(const Item& item, const std::vector<unsigned char>& a,
             const std::vector<unsigned char>& b, std::size_t index)
 {
-    const auto size = static_cast<std::ptrdiff_t>(byteCount(item.address.width, 1));
+    const auto size = static_cast<std::ptrdiff_t>(byteCount(valueOf(item.address, 0)));
     const auto first = static_cast<std::ptrdiff_t>(index) * size;
     return std::equal(a.begin() + first, a.begin() + first + size, b.begin() + first);
 }
@@ -74,14 +74,13 @@ bool isSame(const Item& item, const std::vector<unsigned char>& a,
 // One recipe on one line. The job holds what came of it.
 class RecipeRun {
 public:
-    RecipeRun(const RecipeOptions& options, const Library& library,
-              const std::vector<RecipeEntry>& entries)
-        : entries_(entries), labels_(labelViews(library, itemsOf(entries))), isJson_(options.json),
-          live_(library, lineOf(options, library, entries), itemsOf(entries)),
+    RecipeRun(LineSource& line, const std::vector<RecipeEntry>& entries, bool json)
+        : entries_(entries), labels_(labelViews(line.library(), itemsOf(entries))), isJson_(json),
+          live_(line.take(itemsOf(entries), gapOf(line, entries))),
           job_(live_.session(), [this]() { next(); })
     {
         live_.endWithoutPort();
-        if (options.json)
+        if (isJson_)
             live_.countInJson();
         live_.open();
     }
@@ -154,14 +153,12 @@ public:
     }
 
 private:
-    static LineOptions lineOf(const RecipeOptions& options, const Library& library,
-                              const std::vector<RecipeEntry>& entries)
+    static int gapOf(LineSource& line, const std::vector<RecipeEntry>& entries)
     {
-        if (options.line.gap)
-            requireUntornValues(library, itemsOf(entries), *options.line.gap);
-        LineOptions line = options.line;
-        line.gap = line.singleReadGap();
-        return line;
+        const LineOptions& options = line.options();
+        if (options.gap)
+            requireUntornValues(line.library(), itemsOf(entries), *options.gap);
+        return options.singleReadGap();
     }
 
     void next()
@@ -195,7 +192,7 @@ private:
     bool isJson_;
     bool goesOn_ = false; // to the read-back, once all is written
     bool isMoved_ = false;
-    LiveCommand live_;
+    LiveCommand& live_;
     RecipeJob job_;
 };
 
@@ -204,15 +201,29 @@ bool isStandard(const std::string& file)
     return file == "-";
 }
 
-int runUpload(const RecipeOptions& options)
+void requireTags(const RecipeOptions& options)
 {
+    if (options.items.source.tags.empty())
+        throw UsageFailure("a recipe is of tags: name their file with --tags FILE");
+}
+
+void requireFiles(const LineSource& line, const RecipeOptions& options)
+{
+    requireTags(options);
+    if (line.shared() && isStandard(options.file))
+        throw UsageFailure("-: the standard input has the next lines, not a recipe");
+}
+
+int runUpload(LineSource& line, const RecipeOptions& options)
+{
+    requireTags(options);
     if (options.json && isStandard(options.file))
         throw UsageFailure("--json and the file - both want the standard output");
-    const Library library(options.line.library);
+    const Library& library = line.library();
     std::vector<RecipeEntry> entries;
     for (const Item& item : Items(library, options.items.source).tagged(Access::read))
         entries.push_back({item, {}});
-    RecipeRun run(options, library, entries);
+    RecipeRun run(line, entries, options.json);
     if (isStandard(options.file))
         run.live().keepOutput();
     const bool isMoved = run.upload();
@@ -272,12 +283,13 @@ std::size_t sayEntries(const RecipeRun& run, const Library& library,
     return different;
 }
 
-int runDownload(const RecipeOptions& options)
+int runDownload(LineSource& line, const RecipeOptions& options)
 {
-    const Library library(options.line.library);
+    requireFiles(line, options);
+    const Library& library = line.library();
     const std::vector<RecipeEntry> entries =
         readRecipe(options.file, Items(library, options.items.source));
-    RecipeRun run(options, library, entries);
+    RecipeRun run(line, entries, options.json);
     bool isGood = run.download();
     if (isGood && options.json) {
         std::size_t unread = 0;
@@ -291,12 +303,13 @@ int runDownload(const RecipeOptions& options)
     return run.live().finish(isGood);
 }
 
-int runCompare(const RecipeOptions& options)
+int runCompare(LineSource& line, const RecipeOptions& options)
 {
-    const Library library(options.line.library);
+    requireFiles(line, options);
+    const Library& library = line.library();
     const std::vector<RecipeEntry> entries =
         readRecipe(options.file, Items(library, options.items.source));
-    RecipeRun run(options, library, entries);
+    RecipeRun run(line, entries, options.json);
     run.readBack();
     if (options.json) {
         std::size_t unknown = 0;
@@ -326,15 +339,15 @@ int runCompare(const RecipeOptions& options)
     if (unread.empty())
         std::printf(different == 0 ? "all values are the same\n" : "%zu of %zu values differ\n",
                     different, rows.size() - 1);
-    for (const std::string& line : grouped(unread))
-        std::fprintf(stderr, "dov417: %s\n", line.c_str());
+    for (const std::string& each : grouped(unread))
+        std::fprintf(stderr, "dov417: %s\n", each.c_str());
     const int code = run.live().finish(unread.empty());
     return code == exitDone && different > 0 ? exitDifferent : code;
 }
 
 void addTransfer(CLI::App& recipe, const char* name, const char* description,
-                 int (*run)(const RecipeOptions&), const char* firstExample,
-                 const std::string& explanation, Action& chosen)
+                 int (*run)(LineSource&, const RecipeOptions&), const char* firstExample,
+                 const std::string& explanation, Action& chosen, LineSource* shared)
 {
     const auto options = std::make_shared<RecipeOptions>();
     CLI::App* command = recipe.add_subcommand(name, description);
@@ -346,22 +359,15 @@ void addTransfer(CLI::App& recipe, const char* name, const char* description,
         ->required();
     addItemOptions(*command, options->items);
     addJsonFlag(*command, chosen, options->json);
-    addLineOptions(*command, options->line);
-    addDefaults(*command, {&options->line, &options->items.source.tags}, chosen);
+    addLineUse(*command, options->line, options->items, chosen, shared);
     command->footer(explanation + "\nExample:\n" + tagFileExample + firstExample +
                     "  dov417 recipe " + name + " recipe.json --tags tags.csv --simulated");
-    command->callback([options, run, &chosen]() {
-        chosen = [options, run]() {
-            if (options->items.source.tags.empty())
-                throw UsageFailure("a recipe is of tags: name their file with --tags FILE");
-            return run(*options);
-        };
-    });
+    command->callback([options, run, shared, &chosen]() { chosen = onLine(shared, options, run); });
 }
 
 } // namespace
 
-void addRecipeCommand(CLI::App& app, Action& chosen)
+void addRecipeCommand(CLI::App& app, Action& chosen, LineSource* shared)
 {
     CLI::App* recipe =
         app.add_subcommand("recipe", "Move a recipe between controller and file, or compare them");
@@ -371,19 +377,19 @@ void addRecipeCommand(CLI::App& app, Action& chosen)
         "driver is asked for it only once it has taken the addresses. ";
     const std::string cutOff = "Where it is cut off it says how much had been done.";
     addTransfer(*recipe, "upload", "Controller to file: every tag", runUpload, "",
-                wordsGo + "Bits come with the words that hold them. " + cutOff, chosen);
+                wordsGo + "Bits come with the words that hold them. " + cutOff, chosen, shared);
     addTransfer(*recipe, "download", "File to controller: the tags that the file names",
                 runDownload, recipeFileExample,
                 wordsGo +
                     "Bits are written one at a time afterwards. Then everything is read back, "
                     "and each value is told. " +
                     cutOff,
-                chosen);
+                chosen, shared);
     addTransfer(*recipe, "compare", "File and controller side by side", runCompare,
                 sameRecipeExample,
                 "A line for each value that the file names; ! marks those that differ.\n"
                 "Exits with 3 if any does, with 1 if one could not be read.",
-                chosen);
+                chosen, shared);
     recipe->footer(std::string("Examples:\n") + tagFileExample +
                    "  dov417 recipe upload recipe.json --tags tags.csv --simulated\n"
                    "  dov417 recipe download recipe.json --tags tags.csv --simulated");

@@ -5,9 +5,8 @@
 #include <memory>
 
 #include "session/write_words.h"
-#include "tool/defaults.h"
 #include "tool/json_output.h"
-#include "tool/live_command.h"
+#include "tool/line_source.h"
 
 namespace dov417 {
 
@@ -38,8 +37,10 @@ WriteTask parseAssignment(const Items& items, const std::string& text)
     const std::size_t equals = text.find('=');
     if (equals == std::string::npos)
         throw UsageFailure(text + ": a write is ADDRESS=VALUE[,VALUE...], as in R_W:100=1500");
-    return writeTask(items.find(text.substr(0, equals), Access::write),
-                     splitAtCommas(text.substr(equals + 1)));
+    const Item item = items.findAll(text.substr(0, equals), Access::write).front();
+    const std::string written = text.substr(equals + 1);
+    return writeTask(item, item.address.width == Width::text ? std::vector<std::string>{written}
+                                                             : splitAtCommas(written));
 }
 
 const char* keyOf(WriteResult result)
@@ -76,9 +77,9 @@ OutputJson taskJson(const Library& library, const WriteTask& task, const std::st
     return object;
 }
 
-int runWrite(const WriteOptions& options)
+int runWrite(LineSource& line, const WriteOptions& options)
 {
-    const Library library(options.line.library);
+    const Library& library = line.library();
     const Items known(library, options.items.source);
     std::vector<WriteTask> tasks;
     std::vector<Item> items;
@@ -86,8 +87,9 @@ int runWrite(const WriteOptions& options)
         tasks.push_back(parseAssignment(known, assignment));
         items.push_back(tasks.back().item);
     }
-    requireUntornValues(library, items, options.line.mergeGap());
-    LiveCommand live(library, options.line, items);
+    const int gap = line.options().mergeGap();
+    requireUntornValues(library, items, gap);
+    LiveCommand& live = line.take(items, gap);
     live.endWithoutPort();
     if (options.json)
         live.countInJson();
@@ -112,7 +114,7 @@ int runWrite(const WriteOptions& options)
 
 } // namespace
 
-void addWriteCommand(CLI::App& app, Action& chosen)
+void addWriteCommand(CLI::App& app, Action& chosen, LineSource* shared)
 {
     const auto options = std::make_shared<WriteOptions>();
     CLI::App* command =
@@ -125,8 +127,7 @@ void addWriteCommand(CLI::App& app, Action& chosen)
         ->required();
     addItemOptions(*command, options->items);
     addJsonFlag(*command, chosen, options->json);
-    addLineOptions(*command, options->line);
-    addDefaults(*command, {&options->line, &options->items.source.tags}, chosen);
+    addLineUse(*command, options->line, options->items, chosen, shared);
     command->footer(
         "Bits go out one at a time: a run of coil bits in one request would miss its area. The "
         "other bits of an R register keep their state: it is read first. A 32-bit value goes out "
@@ -138,8 +139,7 @@ void addWriteCommand(CLI::App& app, Action& chosen)
         "On a real line, --port /dev/ttyUSB0 stands for --simulated.\n"
         "Exits with 1 if a write was refused, given up or does not read back as written, and says "
         "which.");
-    command->callback(
-        [options, &chosen]() { chosen = [options]() { return runWrite(*options); }; });
+    command->callback([options, shared, &chosen]() { chosen = onLine(shared, options, runWrite); });
 }
 
 } // namespace dov417

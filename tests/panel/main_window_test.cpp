@@ -9,7 +9,9 @@
 #include <QTest>
 #include <sys/stat.h>
 
+#include "panel/panel_project.h"
 #include "panel/start_page.h"
+#include "panel/state_words.h"
 #include "panel_world.h"
 
 namespace dov417 {
@@ -91,6 +93,36 @@ TEST_F(TheWindow, OpensALineForReadingAndSaysOnEachPageThatItIsUnlocked)
     EXPECT_TRUE(waitUntil([this]() { return !desk.state().isUnlocked; }));
 }
 
+TEST_F(TheWindow, OpensAProjectAndRemembersIt)
+{
+    options.set = {"2/R_W:100=215"};
+    options.stations = {2};
+    controller = std::make_unique<ControllerProcess>(options);
+    const std::string file = folder.filePath("machine.json").toStdString();
+    std::ofstream(file) << R"({"version": 1, "line": {"port": ")" << controller->port()
+                        << R"("}, "tags": [{"name": "oven", "station": 2, "register": "R_W",
+                           "address": 100, "scale": 0.1, "unit": "K"}]})";
+    openProject(desk, file);
+    ASSERT_TRUE(
+        waitUntil([this]() { return !desk.tags().values.empty() && allAre(ValueState::good); }));
+    EXPECT_EQ(shownValue(desk.tags().values.front(), desk.book()), "21.5 K");
+    EXPECT_FALSE(desk.state().isUnlocked);
+    EXPECT_EQ(recentProjects().front(), QString::fromStdString(file));
+}
+
+TEST_F(TheWindow, OpensNothingOfABrokenProject)
+{
+    watch({"R_W:100"});
+    open();
+    const std::string file = folder.filePath("broken.json").toStdString();
+    std::ofstream(file) << R"({"version": 1, "line": {"port": "/dev/ttyUSB0"},
+  "tags": [{"name": "oven", "register": "R_W", "address": 9999}]})";
+    EXPECT_THAT(complaint([&]() { openProject(desk, file); }), StartsWith(file + ":2:"));
+    EXPECT_EQ(desk.tags().values.front().label.address, "1/R_W:100");
+    EXPECT_EQ(desk.state().port, controller->port());
+    EXPECT_TRUE(allAre(ValueState::good));
+}
+
 TEST_F(TheWindow, SaysWhyALineCannotBeOpened)
 {
     QTest::keyClicks(part<QLineEdit>("port"), "/dev/there-is-none");
@@ -146,6 +178,19 @@ TEST_F(TheWindow, AsksBeforeItIsClosedWithWritesUnderWay)
     EXPECT_TRUE(waitUntil([this]() { return allWritesHaveEnded(); }));
     EXPECT_TRUE(window.close());
     EXPECT_EQ(held("R_W", 100), 5);
+}
+
+TEST_F(TheWindow, HoldsTheValuesOfAClosedLineForOldAndWritesNothingMore)
+{
+    watch({"R_W:100"});
+    open();
+    unlock();
+    QTest::mouseClick(part<QPushButton>("close"), Qt::LeftButton);
+    EXPECT_TRUE(waitUntil([this]() { return allAre(ValueState::old) && !desk.hasLine(); }));
+    EXPECT_EQ(sentence(), "No line is open. The start page opens one.");
+    EXPECT_THAT(complaint([this]() { desk.write(desk.tags().values.front(), "5"); }),
+                HasSubstr("no line is open"));
+    EXPECT_EQ(held("R_W", 100), 0);
 }
 
 TEST_F(TheWindow, ForgetsTheValuesOfTheLineBefore)

@@ -2,6 +2,7 @@
 #ifndef DOV417_TESTS_PANEL_WORLD_H
 #define DOV417_TESTS_PANEL_WORLD_H
 
+#include <QSettings>
 #include <QTemporaryDir>
 #include <csignal>
 #include <fstream>
@@ -30,6 +31,7 @@ protected:
     PanelWorld()
     {
         qInstallMessageHandler(withoutPlatformWords);
+        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, folder.path());
         options.frozen = true;
         options.dumpFile = folder.filePath("dump").toStdString();
     }

@@ -1,0 +1,148 @@
+// How long the panel's window is busy with one thing at a time while it shows 5 000 tags, and what
+// it keeps after many changes: panel_handlers [ROUNDS]. The longest of each, in
+// milliseconds of the processor.
+#include <QApplication>
+#include <QLineEdit>
+#include <QScrollBar>
+#include <QTableView>
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <fstream>
+#include <functional>
+#include <string>
+
+#include "driver/debug_lines.h"
+#include "panel/main_window.h"
+#include "panel/panel_desk.h"
+
+using namespace dov417;
+
+namespace {
+
+constexpr int tags = 5000;
+constexpr int registers = 4000; // of R_W; the others are of a second station
+constexpr int defaultRounds = 200;
+
+// Of this thread's processor, so that others on the machine do not count.
+double processorMs()
+{
+    timespec time = timespec();
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
+}
+
+double longestMs(int times, const std::function<void(int)>& handler)
+{
+    double longest = 0;
+    for (int i = 0; i < times; ++i) {
+        const double began = processorMs();
+        handler(i);
+        longest = std::max(longest, processorMs() - began);
+    }
+    return longest;
+}
+
+// Resident, in KiB.
+long memoryUse()
+{
+    std::ifstream status("/proc/self/statm");
+    long whole = 0;
+    long resident = 0;
+    status >> whole >> resident;
+    constexpr long pageKib = 4;
+    return resident * pageKib;
+}
+
+std::vector<Item> manyItems(const Library& library)
+{
+    const Items find(library, ItemSource());
+    std::vector<Item> items;
+    for (int i = 0; i < tags; ++i)
+        items.push_back(
+            find.find(std::to_string(1 + i / registers) + "/R_W:" + std::to_string(i % registers),
+                      Access::read));
+    return items;
+}
+
+// As the line's thread would tell it.
+LineBatch batchOf(const PanelTags& watched, int round)
+{
+    LineBatch batch;
+    batch.generation = 1;
+    batch.made = Clock::now();
+    batch.state.phase = LinePhase::open;
+    for (const PanelValue& value : watched.values) {
+        View view;
+        view.address = value.address;
+        view.hasValue = true;
+        view.value = {static_cast<unsigned char>(round), static_cast<unsigned char>(round >> 8)};
+        view.changes = round;
+        view.lastGood = view.lastChange = batch.made;
+        batch.values.push_back(view);
+    }
+    return batch;
+}
+
+void paint()
+{
+    QApplication::processEvents();
+}
+
+int run(int rounds)
+{
+    const Library library;
+    PanelDesk desk(library);
+    MainWindow window(desk);
+    constexpr int width = 1280;
+    constexpr int height = 800;
+    window.resize(width, height);
+    window.showPage(1);
+    window.show();
+    paint();
+    const std::vector<Item> items = manyItems(library);
+    const auto print = [](const char* what, double milliseconds) {
+        std::printf("%-44s %8.2f\n", what, milliseconds);
+    };
+    print("opening them", longestMs(1, [&](int) { desk.setItems(items); }));
+    print("showing them first", longestMs(1, [&](int) { paint(); }));
+    const long before = memoryUse();
+    double longest = 0;
+    double longestShown = 0;
+    for (int round = 1; round <= rounds; ++round) {
+        const LineBatch batch = batchOf(desk.tags(), round);
+        longest = std::max(longest, longestMs(1, [&](int) { desk.apply(batch); }));
+        longestShown = std::max(longestShown, longestMs(1, [&](int) { paint(); }));
+    }
+    print("all of them have changed", longest);
+    print("... painting that", longestShown);
+    const long after = memoryUse();
+    auto* const table = window.findChild<QTableView*>("values");
+    auto* const search = window.findChild<QLineEdit*>("search");
+    const QStringList typed = {"r", "r_", "r_w", "r_w:1", "r_w:12", "r_w:1", "r_w:", "", "2/", ""};
+    print("filtering",
+          longestMs(static_cast<int>(typed.size()), [&](int i) { search->setText(typed.at(i)); }));
+    print("... painting that", longestMs(1, [&](int) { paint(); }));
+    print("scrolling", longestMs(100, [&](int i) {
+              table->verticalScrollBar()->setValue(i * 40);
+              paint();
+          }));
+    print("sorting", longestMs(4, [&](int i) {
+              table->sortByColumn(i % 2, i < 2 ? Qt::AscendingOrder : Qt::DescendingOrder);
+          }));
+    std::printf("%-44s %8ld KiB before, %ld after %lld changes\n", "memory", before, after,
+                static_cast<long long>(tags) * rounds);
+    desk.end();
+    return EXIT_SUCCESS;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    dropDebugLines();
+    const QApplication application(argc, argv);
+    return run(argc > 1 ? std::atoi(argv[1]) : defaultRounds);
+}
