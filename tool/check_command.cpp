@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "text/tags.h"
+#include "text/wildcards.h"
 #include "tool/defaults.h"
 
 namespace dov417 {
@@ -37,6 +38,23 @@ Address addressOf(const Library& library, const std::string& text, const std::st
     return parseAddress(library, text, BitNumbers::asTheyAreRead);
 }
 
+// With each wildcard's tags in its place; one that stands for none is told of like any other text.
+std::vector<std::string> namesOf(const std::vector<Tag>& tags,
+                                 const std::vector<std::string>& texts)
+{
+    std::vector<std::string> names;
+    for (const std::string& text : texts) {
+        const std::vector<Tag> matching = isWildcard(text) && !findTag(tags, text)
+                                              ? matchingTags(tags, text)
+                                              : std::vector<Tag>();
+        for (const Tag& tag : matching)
+            names.push_back(tag.name);
+        if (matching.empty())
+            names.push_back(text);
+    }
+    return names;
+}
+
 // One line an address: valid or not, why, and the address value.
 int runCheck(const CheckOptions& options)
 {
@@ -50,7 +68,7 @@ int runCheck(const CheckOptions& options)
     if (texts.empty())
         throw UsageFailure("no address given");
     int exitCode = exitDone;
-    for (const std::string& text : texts) {
+    for (const std::string& text : namesOf(tags, texts)) {
         try {
             const Tag* const tag = findTag(tags, text);
             const Address address = tag ? tag->address : addressOf(library, text, options.tags);

@@ -23,6 +23,8 @@ const char* widthText(Width width)
         return "32 bits";
     case Width::quadWord:
         return "64 bits";
+    case Width::text:
+        break; // no register's own
     }
     return "";
 }

@@ -10,6 +10,7 @@
 #include "live/child_program.h"
 #include "tool/commands.h"
 #include "tool/defaults.h"
+#include "tool/manual_pages.h"
 
 using namespace dov417;
 
@@ -55,6 +56,8 @@ int run(int argc, char** argv)
     addShellCommand(app, chosen);
     addSimulateCommand(app, chosen);
     addDemoCommand(app, chosen);
+    if (const std::optional<int> code = writeManualPages(app, argc, argv))
+        return *code;
 
     try {
         app.parse(argc, argv);

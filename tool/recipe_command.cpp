@@ -8,6 +8,7 @@
 
 #include "session/recipe_file.h"
 #include "session/recipe_job.h"
+#include "text/address_values.h"
 #include "tool/line_source.h"
 #include "tool/troubles.h"
 #include "tool/view_table.h"
@@ -55,15 +56,15 @@ std::string progressText(const RecipeProgress& progress, const char* done)
 
 std::string textOf(const Item& item, const std::vector<unsigned char>& data, std::size_t index)
 {
-    const Width width = item.address.width;
-    const unsigned char* const value = data.data() + byteCount(width, static_cast<int>(index));
-    return withUnit(valueTexts(width, item.format, value, 1).front(), item.format);
+    const Address value = valueOf(item.address, static_cast<int>(index));
+    const std::size_t from = index * static_cast<std::size_t>(byteCount(value));
+    return withUnit(valueTexts(value, item.format, data.data() + from).front(), item.format);
 }
 
 bool isSame(const Item& item, const std::vector<unsigned char>& a,
             const std::vector<unsigned char>& b, std::size_t index)
 {
-    const auto size = static_cast<std::ptrdiff_t>(byteCount(item.address.width, 1));
+    const auto size = static_cast<std::ptrdiff_t>(byteCount(valueOf(item.address, 0)));
     const auto first = static_cast<std::ptrdiff_t>(index) * size;
     return std::equal(a.begin() + first, a.begin() + first + size, b.begin() + first);
 }

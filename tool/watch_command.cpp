@@ -15,7 +15,7 @@ namespace {
 struct WatchOptions {
     LineOptions line;
     ItemOptions items;
-    std::string csv;
+    CsvWish csv;
     bool json = false;
     long long cycles = 0; // 0: no end
     double seconds = 0;   // 0: no end
@@ -24,7 +24,7 @@ struct WatchOptions {
 
 int runWatch(LineSource& line, const WatchOptions& options)
 {
-    if (options.json && options.csv == "-")
+    if (options.json && options.csv.name == "-")
         throw UsageFailure("--json and --csv - both want the standard output");
     const Library& library = line.library();
     const std::vector<Item> items =
@@ -32,7 +32,7 @@ int runWatch(LineSource& line, const WatchOptions& options)
     const std::vector<ViewLabel> labels = labelViews(library, items);
     LiveCommand& live = line.take(items, line.options().mergeGap());
     Session& session = live.session();
-    const bool hasScreen = !options.json && options.csv != "-" && Screen::isTerminal();
+    const bool hasScreen = !options.json && options.csv.name != "-" && Screen::isTerminal();
     WatchTeller teller(options.json, options.csv, hasScreen, labels, [&live]() { live.end(); });
     std::unique_ptr<WatchDisplay> display;
     if (hasScreen) {
@@ -59,14 +59,28 @@ int runWatch(LineSource& line, const WatchOptions& options)
     QObject::connect(
         &session, &Session::portChanged, &context,
         [&teller](bool open, const std::string& message) { teller.tellPort(open, message); });
+    // A cycle that ends late, or none while the port is away, holds no row up.
+    const std::chrono::milliseconds interval(options.everyMs);
+    QTimer overdue;
+    overdue.setSingleShot(true);
+    const auto tellRow = [&](std::chrono::milliseconds untilNext) {
+        teller.tellRow(session.views());
+        overdue.start(untilNext);
+    };
+    if (options.csv.isWide) {
+        QObject::connect(&session, &Session::cycleEnded, &overdue,
+                         [&](long long) { tellRow(2 * interval); });
+        QObject::connect(&overdue, &QTimer::timeout, &overdue, [&]() { tellRow(interval); });
+        overdue.start(2 * interval);
+    }
     if (options.json)
         live.countInJson();
-    if (options.csv == "-")
+    if (options.csv.name == "-")
         live.keepOutput();
     if (options.seconds > 0)
         QTimer::singleShot(timerSpan(options.seconds), &context, [&live]() { live.end(); });
     live.open();
-    session.setCycleInterval(std::chrono::milliseconds(options.everyMs));
+    session.setCycleInterval(interval);
     session.watch(addressesOf(items));
     if (options.cycles > 0)
         live.endAfterCycles(options.cycles);
@@ -97,17 +111,26 @@ void addWatchCommand(CLI::App& app, Action& chosen, LineSource* shared)
     const auto options = std::make_shared<WatchOptions>();
     CLI::App* command = app.add_subcommand("watch", "Poll, and show values live");
     addAddressArguments(*command, options->items);
-    command
-        ->add_option("--csv", options->csv,
-                     "One row a change into this file; - is the standard output")
-        ->option_text("FILE");
+    CLI::Option* const csv =
+        command
+            ->add_option("--csv", options->csv.name,
+                         "One row a change into this file; - is the standard output")
+            ->option_text("FILE");
     command->add_flag("--json", options->json, "One JSON object a change, a line each");
+    CLI::Option* const every =
+        command
+            ->add_option(
+                "-l,--every", options->everyMs,
+                "Poll in this interval, not as fast as the line goes; says so where the line "
+                "cannot keep it")
+            ->option_text("MS")
+            ->check(CLI::Range(1, maxMs));
     command
-        ->add_option("-l,--every", options->everyMs,
-                     "Poll in this interval, not as fast as the line goes; says so where the line "
-                     "cannot keep it")
-        ->option_text("MS")
-        ->check(CLI::Range(1, maxMs));
+        ->add_flag("--wide", options->csv.isWide,
+                   "With --csv and --every: one row an interval, a column a value; a field is "
+                   "empty where no good value has come since the row before")
+        ->needs(csv)
+        ->needs(every);
     CLI::Option* const cycles =
         command->add_option("--cycles", options->cycles, "End after so many cycles")
             ->option_text("N")
@@ -128,6 +151,7 @@ void addWatchCommand(CLI::App& app, Action& chosen, LineSource* shared)
         "  dov417 watch --simulated R_W:0 --json --cycles 100\n"
         "  dov417 watch --simulated R_W:0..3 --csv values.csv --stats --seconds 2\n"
         "  dov417 watch --simulated R_W:0..3 --every 500 --csv - --seconds 2\n"
+        "  dov417 watch --simulated R_W:0..3 T:5 --every 200 --wide --csv - --cycles 5\n"
         "On a real line, --port /dev/ttyUSB0 stands for --simulated.\n"
         "Exits with 1 if a value is not good at the end: it never came, or it is old since its "
         "request has been failing or the port has gone.");

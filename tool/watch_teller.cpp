@@ -9,6 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include "line/failure.h"
+#include "text/characters.h"
 #include "text/json_value.h"
 #include "tool/live_command.h"
 
@@ -61,18 +62,24 @@ std::string clockText()
     return timeText().substr(dateLength, clockLength);
 }
 
-WatchTeller::WatchTeller(bool json, const std::string& csvName, bool hasScreen,
+WatchTeller::WatchTeller(bool json, const CsvWish& csv, bool hasScreen,
                          const std::vector<ViewLabel>& labels,
                          const std::function<void()>& outputLost)
-    : json_(json), labels_(labels), csvName_(csvName), csvIsOutput_(csvName == "-"),
+    : json_(json), labels_(labels), csvName_(csv.name), csvIsOutput_(csv.name == "-"),
       outputLost_(outputLost), hasScreen_(hasScreen), troubles_(maxNews(json, hasScreen))
 {
-    if (csvName.empty())
+    if (csvName_.empty())
         return;
+    Row heading = {"time", "name", "address", "value", "previous"};
+    if (csv.isWide) {
+        wideRows_.emplace(labels);
+        heading = wideRows_->header();
+        heading.insert(heading.begin(), "time");
+    }
     if (!csvIsOutput_)
         csvFile_.reset(std::fopen(csvName_.c_str(), "w"));
     csv_ = csvIsOutput_ ? stdout : csvFile_.get();
-    if (!csv_ || !writeRow(csv_, {"time", "name", "address", "value", "previous"}))
+    if (!csv_ || !writeRow(csv_, heading))
         throw Failure("cannot write " + csvName_ + ": " + std::strerror(errno));
 }
 
@@ -81,7 +88,9 @@ void WatchTeller::tell(const View& view, std::size_t index)
     const ViewLabel& label = labels_.at(index);
     const std::string value = valueText(view, label);
     const std::string previous = previousText(view, label);
-    if (csv_ && !writeRow(csv_, {timeText(), label.name, label.address, value, previous}))
+    if (csv_ && !wideRows_ &&
+        !writeRow(csv_, {timeText(), label.name, label.address, withoutQuotes(value),
+                         withoutQuotes(previous)}))
         outputLost_();
     if (json_) {
         nlohmann::ordered_json object = {{"time", timeText()},
@@ -101,6 +110,16 @@ void WatchTeller::tell(const View& view, std::size_t index)
         say(timeText() + " " + label.name + " = " + shownText(view, label) +
             (previous.empty() ? "" : " (was " + shownPreviousText(view, label) + ")"));
     }
+}
+
+void WatchTeller::tellRow(const std::vector<View>& views)
+{
+    if (!wideRows_)
+        return;
+    Row row = wideRows_->next(views);
+    row.insert(row.begin(), timeText());
+    if (!writeRow(csv_, row))
+        outputLost_();
 }
 
 void WatchTeller::tellAbandoned(const std::string& request, const std::string& reason, Reason why)

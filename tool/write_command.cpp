@@ -35,8 +35,10 @@ WriteTask parseAssignment(const Items& items, const std::string& text)
     const std::size_t equals = text.find('=');
     if (equals == std::string::npos)
         throw UsageFailure(text + ": a write is ADDRESS=VALUE[,VALUE...], as in R_W:100=1500");
-    return writeTask(items.find(text.substr(0, equals), Access::write),
-                     splitAtCommas(text.substr(equals + 1)));
+    const Item item = items.findAll(text.substr(0, equals), Access::write).front();
+    const std::string written = text.substr(equals + 1);
+    return writeTask(item, item.address.width == Width::text ? std::vector<std::string>{written}
+                                                             : splitAtCommas(written));
 }
 
 int runWrite(LineSource& line, const WriteOptions& options)

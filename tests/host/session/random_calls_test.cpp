@@ -157,13 +157,11 @@ protected:
         if (!view.hasValue)
             return;
         goodValues += view.quality() == Quality::good ? 1 : 0;
-        const int low = view.value.at(0) + 256 * view.value.at(1);
-        const int high = view.value.at(2) + 256 * view.value.at(3);
         if (view.address.width == Width::bit)
             return; // the words tell more
-        checkWord(view.address.first, low, here);
-        if (view.address.width == Width::doubleWord)
-            checkWord(view.address.first + 1, high, here);
+        for (std::size_t i = 0; i < view.value.size(); i += 2)
+            checkWord(view.address.first + static_cast<int>(i / 2),
+                      view.value.at(i) + 256 * view.value.at(i + 1), here);
     }
     void checkAll()
     {
