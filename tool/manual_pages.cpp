@@ -58,6 +58,12 @@ bool beginsWith(const std::string& text, const std::string& beginning)
     return text.compare(0, beginning.size(), beginning) == 0;
 }
 
+// Of a command beneath that of the page `name`.
+std::string pageOf(std::string name, const CLI::App& command)
+{
+    return name.append("-").append(command.get_name());
+}
+
 std::vector<const CLI::App*> commandsOf(const CLI::App& app)
 {
     return app.get_subcommands([](const CLI::App* command) {
@@ -184,7 +190,7 @@ std::string synopsis(const CLI::App& command, const std::string& name)
     for (const CLI::Option* option :
          command.get_options([](const CLI::Option* each) { return each->get_positional(); })) {
         const std::string argument = trimmed(CLI::Formatter().make_option_opts(option));
-        text += " " + (argument.empty() ? option->get_name(true) : argument);
+        text.append(" ").append(argument.empty() ? option->get_name(true) : argument);
     }
     return commandsOf(command).empty() ? text : text + " COMMAND";
 }
@@ -192,8 +198,8 @@ std::string synopsis(const CLI::App& command, const std::string& name)
 void writePages(const CLI::App& app, const std::string& name, const std::string& folder)
 {
     for (const CLI::App* command : commandsOf(app)) {
-        const std::string own = name + "-" + command->get_name();
-        const std::string file = folder + "/" + own + ".1";
+        const std::string own = pageOf(name, *command);
+        const std::string file = std::string(folder).append("/").append(own).append(".1");
         std::ofstream page(file);
         page << manualPage(*command, own);
         if (!page.flush())
@@ -222,7 +228,7 @@ std::string manualPage(const CLI::App& command, const std::string& name)
         page.heading("Commands");
     for (const CLI::App* below : commands) {
         page.entry(below->get_name(), std::string(), below->get_description());
-        others.push_back(name + "-" + below->get_name());
+        others.push_back(pageOf(name, *below));
     }
     addOptions(page, command);
     if (!footer.examples.empty()) {

@@ -38,6 +38,7 @@ protected:
             view.hasValue = true;
             view.lastGood = noon;
             view.value = {static_cast<unsigned char>(i % 25 * 10), 0};
+            view.previous = {0, 0};
             views.push_back(view);
         }
         screen = std::make_unique<WatchScreen>(
