@@ -65,7 +65,6 @@ void ListeningLine::refused(const QString& reason)
 
 void ListeningLine::end()
 {
-    silence_.cancel();
     listener_.silence();
 }
 

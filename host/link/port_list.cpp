@@ -146,7 +146,7 @@ void addThoseWhoLockIt(Users& users, const PortFolders& folders, const std::stri
     const long long number = numberOf(lineOf(fs::path(folders.locks) / ("LCK.." + name)));
     const fs::path process = fs::path(folders.processes) / std::to_string(number);
     std::error_code none;
-    if (number != 0 && fs::exists(process, none))
+    if (fs::exists(process, none))
         addUser(users, device, process, number);
 }
 

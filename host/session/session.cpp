@@ -47,7 +47,6 @@ Session::Session(const Library& library, const SessionSettings& settings)
 
 Session::~Session()
 {
-    runner_.close();
     // The driver forgets our memory.
     int result = 0;
     library_.intf_initProperty(nullptr, 0, nullptr, &result, nullptr, nullptr);

@@ -1,5 +1,7 @@
 #include "editor/multiple_copy.h"
 
+#include <algorithm>
+
 #include "driver_lock.h"
 #include "intf.h"
 #include "protocol/address_text.h"
@@ -24,7 +26,7 @@ int resolveStep(int step, int unitBits)
     if (unitBits > 0 && (step == -1 || step == -2)) {
         step = static_cast<int>((step == -1 ? 16.0f : 32.0f) / static_cast<float>(unitBits));
     }
-    return step < 1 ? 1 : step;
+    return std::max(step, 1);
 }
 
 // The highest address is a clip here, not an error: the editor shows the copies that did not fit

@@ -39,6 +39,8 @@ TEST(FrameLength, OfAReplyIsToldByItsFunctionAndItsCount)
     EXPECT_EQ(lengthOfReply(begins("01 03 04")), 9);
     EXPECT_EQ(lengthOfReply(begins("01 10")), 8);
     EXPECT_EQ(lengthOfReply(begins("01 11 05")), 10);
+    EXPECT_EQ(lengthOfReply(begins("01 16")), 10);
+    EXPECT_EQ(lengthOfReply(begins("01 17 04")), 9);
     EXPECT_EQ(lengthOfReply(begins("01 2B")), neverTold);
 }
 

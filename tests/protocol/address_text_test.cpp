@@ -159,6 +159,9 @@ TEST(AddressOfText, FollowsTheFormatsRadix)
         {"10", "d", 1, 10},
         {"10", "h", 1, 10},
         {"10", ".", 1, 10},
+        // Whatever the letter is, no prefix changes the radix.
+        {"010", "XXX", 1, 10},
+        {"010", "", 1, 10},
     };
     for (const auto& row : rows) {
         int value = untouched;

@@ -1,6 +1,7 @@
 #include "protocol/frame_building.h"
 
 #include <climits>
+#include <cstring>
 
 #include <gtest/gtest.h>
 
@@ -577,6 +578,26 @@ TEST(FrameBuilding, NoRequestMakesAFrameThatIsLongerThanItsBufferOrHasAWrongCrc)
         }
     }
     EXPECT_GT(seen, 11 * 19 * 23); // every read, and the writes that fit
+}
+
+// --- The registers that are written back after single bits were set in them
+
+TEST(FrameBuilding, AWriteBackTakesNoBitsFromBehindThoseOfItsRequest)
+{
+    struct {
+        VARIABLE request;
+        unsigned char behind;
+    } asked = {request("R_bit", 32, recordDataSize + 1), 1};
+    memset(asked.request.data, 1, sizeof asked.request.data);
+    enum {
+        position = 7,
+        bytes = recordDataSize / 8 + 2
+    };
+    FRAME_PRO writeBack = FRAME_PRO();
+    writeBack.dataPosition = position;
+    writeBack.sendLength = position + bytes + 2;
+    patchWriteBack(writeBack, QByteArray(bytes, '\0'), bytes, 0, asked.request);
+    EXPECT_EQ(toHex(writeBack.frame + position + bytes - 4, 4), "FF FF 00 00");
 }
 
 // --- Handshake

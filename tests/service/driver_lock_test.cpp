@@ -3,7 +3,9 @@
 #include <atomic>
 #include <fstream>
 #include <functional>
+#include <future>
 #include <gmock/gmock.h>
+#include <memory>
 #include <sys/syscall.h>
 #include <thread>
 #include <unistd.h>
@@ -233,6 +235,21 @@ TEST_F(TwoThreads, ABitWriteThatWaitedOverAResetIsNotStored)
     EXPECT_EQ(read("M_bit", 18, 1), "00");
 }
 
+TEST_F(TwoThreads, ABitWriteThatWaitedOverAResetIsNotStoredInTheNewCacheEither)
+{
+    write("M_bit", 18, 1, "01");
+    driver.mutex.lock();
+    {
+        const Elsewhere writing([] { write("M_bit", 18, 1, "01"); });
+        EXPECT_FALSE(writing.isThrough());
+        configure();
+        plan({key("M_bit", 18, 1)}); // the same unit, in the same place
+        driver.mutex.unlock();
+    }
+    EXPECT_THAT(summary(driver.writeList), IsEmpty()) << "nothing would ever take it back";
+    EXPECT_EQ(read("M_bit", 18, 1), "00");
+}
+
 TEST_F(TwoThreads, ARecipeThatIsEndingIsNotBegunAgain)
 {
     plan({key("R_W", 100, 1)});
@@ -313,6 +330,23 @@ TEST_F(TwoThreads, AWriteIsNotHandedOutBeforeItIsAnnouncedAndStored)
     EXPECT_EQ(meanwhile, cyclicRead);
     reply(withCrc("01 03 02 00 00"));
     EXPECT_EQ(poll(), frame("01 06 05 64 00 07"));
+}
+
+TEST_F(TwoThreads, AWriteThatIsStillAnnouncedOutlastsTheReplyThatWasBegunBeforeIt)
+{
+    plan({key("R_W", 11, 1)});
+    write("R_W", 10, 1, "01 00");
+    EXPECT_EQ(poll(), frame("01 06 05 0A 00 01"));
+    std::promise<void> mayReturn;
+    whenTold([&](const Notice&) { mayReturn.get_future().wait(); });
+    std::unique_ptr<Elsewhere> writing;
+    whileAReplyWaitsFor(driver.mutex, withCrc("01 06 05 0A 00 01"), [&] {
+        writing = std::make_unique<Elsewhere>([] { write("R_W", 11, 1, "02 00"); });
+        EXPECT_FALSE(writing->isThrough());
+    });
+    mayReturn.set_value();
+    writing.reset();
+    EXPECT_EQ(poll(), frame("01 06 05 0B 00 02"));
 }
 
 TEST_F(TwoThreads, BitsOfOneWordThatBothWriteAreBothInTheCache)

@@ -142,6 +142,18 @@ TEST_F(ABook, OfALineThatWasClosedIsOlderThanAllOfTheNext)
     EXPECT_EQ(next.take(frame("0103020007"))->number, 1);
 }
 
+TEST_F(ABook, WhatWasWrittenOnALineThatWasClosedKeepsNoReplyOfTheNextFromCounting)
+{
+    books.add(sentOut(4, "010600050001", 8));
+    books.add(sentOut(5, "010600060001", 8));
+    books = books.asPast(); // the next one counts from 1 again
+    const OpenTransmission read = sentOut(1, "010300000001", 7);
+    EXPECT_TRUE(books.standsFor(read, sentOut(2, "010300000001", 7)));
+    const OpenTransmission write = sentOut(1, "010600060001", 8);
+    books.add(write);
+    EXPECT_TRUE(books.standsFor(write, sentOut(2, "010600060001", 8)));
+}
+
 TEST_F(ABook, TellsWhetherAReplyCanBelongToSeveralRequests)
 {
     EXPECT_FALSE(books.isOfOneRequest(frame("0103020007")));

@@ -279,6 +279,15 @@ TEST_F(Collecting, AReplyThatTellsNoLengthIsOfTheStationAndTheFunctionThatWereAs
     EXPECT_EQ(collector.add(withItsCrc("01AB01")), Arrival::exception);
 }
 
+TEST_F(Collecting, AReplyThatTellsNoLengthMayConfirmAndSayNothingElse)
+{
+    const QByteArray reply = withItsCrc("0141");
+    collector.begin(withItsCrc("014105"), untoldLength);
+    EXPECT_EQ(collector.add(reply), Arrival::incomplete);
+    EXPECT_EQ(collector.endOfFrame(), Arrival::reply);
+    EXPECT_EQ(collector.reply(), reply);
+}
+
 TEST_F(Collecting, ACounterIsTheReplyToADiagnosticsRequest)
 {
     collector.begin(withItsCrc("0108000B0000"), writeReplyLength);

@@ -275,6 +275,16 @@ TEST_F(ACarrier, TriesARequestOnceThatIsRefusedInAnyLength)
     EXPECT_THAT(notices, IsEmpty());
 }
 
+TEST_F(ACarrier, TriesAShorterRequestThatBeginsWhereALongerOneWasRefusedInAnyLength)
+{
+    limits = upTo(40);
+    complete(read("R_W", 3900, 120)); // R_W ends at 3999
+    EXPECT_EQ(exceptionCode(outcome.reception), 2);
+    complete(read("R_W", 3900, 64));
+    EXPECT_THAT(asked, ElementsAre(64, 60, 32, 32));
+    EXPECT_EQ(outcome.reception.bytes, wholeReply(outcome));
+}
+
 TEST_F(ACarrier, DoesNotTryWhereAsLongAnAnswerCameBefore)
 {
     complete(read("R_W", 0, 64));

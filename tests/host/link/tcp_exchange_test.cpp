@@ -302,6 +302,14 @@ TEST_F(ATcpExchange, IsQuietOnceTheReplyHadItsTime)
     EXPECT_LE(exchange->quietAt(), now);
 }
 
+TEST_F(ATcpExchange, CountsNoTimeOnAWireThatItDoesNotKnow)
+{
+    ask("0103050A0001", 7);
+    reply(mark(), "010302002A");
+    ASSERT_TRUE(ended);
+    EXPECT_EQ(exchange->wireTime(), Micros(0)) << "shown as the load of the line";
+}
+
 // A gateway that answers in any order, late, twice or never, in pieces or several at once.
 class AnyGateway : public ATcpExchange {
 protected:

@@ -95,6 +95,15 @@ TEST(WritePieces, AGapOfOneIsRefusedForThirtyTwoBitValuesWithTheReason)
     EXPECT_THROW(readPieces(value, 1), UsageFailure);
 }
 
+// The driver takes a byte a bit, of the one bit that a request writes.
+TEST(WritePieces, ABitWithTheValuesOfSeveralOrSeveralBitsWithAValueOfOneAreNoPiece)
+{
+    EXPECT_TRUE(isOnePiece({address("M_bit", Width::bit, 15, 1), {1}}, 20));
+    EXPECT_FALSE(isOnePiece({address("M_bit", Width::bit, 15, 1), {1, 0}}, 20));
+    EXPECT_FALSE(isOnePiece({address("M_bit", Width::bit, 15, 1), {}}, 20));
+    EXPECT_FALSE(isOnePiece({address("M_bit", Width::bit, 15, 2), {1}}, 20));
+}
+
 TEST(ReadPieces, OfSixtyFourBitValuesSayWhereTheyMayBeCut)
 {
     EXPECT_EQ(readPieces(address("R_D", Width::quadWord, 10, 8), 20).front().width,

@@ -76,6 +76,19 @@ TEST(RecipeLayout, NoPieceEndsWithinAValueOfFourWords)
     EXPECT_EQ(placesOf(layout.rounds.at(1)), (std::vector<Place>{{1, "R_D", 120, 120, 120}}));
 }
 
+TEST(RecipeLayout, AWordGoesByItselfWhereEveryFurtherOneLiesWithinAValue)
+{
+    std::vector<Address> addresses = {wordRange(1, "R_W", 0, 1)};
+    for (int first = 1; first < 122; ++first) { // each begins within the one before
+        addresses.push_back(wordRange(1, "R_W", first, 2));
+        addresses.back().width = Width::doubleWord;
+    }
+    const RecipeLayout layout = layOutRecipe(addresses);
+    ASSERT_EQ(layout.rounds.size(), 2U);
+    EXPECT_EQ(placesOf(layout.rounds.at(0)), (std::vector<Place>{{1, "R_W", 0, 1, 0}}));
+    EXPECT_EQ(placesOf(layout.rounds.at(1)), (std::vector<Place>{{1, "R_W", 1, 122, 1}}));
+}
+
 TEST(RecipeLayout, OfNothingHasNoRound)
 {
     const RecipeLayout layout = layOutRecipe({});

@@ -507,6 +507,18 @@ TEST_F(SessionOnALine, AnUploadHandsOverTheWordsThatItRead)
     EXPECT_EQ(uploaded, RecipeWords{4711});
 }
 
+TEST_F(SessionOnALine, TheProgressOfARecipeCountsNoWordsOfTheOneBefore)
+{
+    beAController();
+    for (const int length : {3, 2}) {
+        bool ended = false;
+        session->transferRecipe(layOutRecipe({words("R_W", 40, length)}), RecipeDirection::upload,
+                                {}, [&](const Result&, const RecipeWords&) { ended = true; });
+        ASSERT_TRUE(waitUntil([&]() { return ended; }));
+        EXPECT_EQ(session->recipeWordsMoved(), static_cast<std::size_t>(length));
+    }
+}
+
 // ---- transmissions --------------------------------------------------------------------------
 
 TEST_F(SessionOnALine, EachTransmissionIsOneRecordFromItsFirstByteToItsOutcome)

@@ -64,7 +64,6 @@ protected:
     }
 
     // Answers reads and writes of registers from `registers` (by their number on the line,
-    // Answers reads and writes of registers from `registers` (by their number on the line,
     // 0x0500 + R_W), refuses those in `illegal` and more than `maxRegisters` at once; says nothing
     // while it `isSilent` or for stations in `silentStations`.
     void beAController()

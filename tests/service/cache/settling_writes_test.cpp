@@ -136,6 +136,14 @@ TEST_F(SettlingWrites, UnitsThatAreMissingAreCreated)
     EXPECT_EQ(units(), Units({"1/R 10", "1/R 11", "1/M 1"}));
 }
 
+TEST_F(SettlingWrites, BitsOfTheFirstTypeAreSettledAsThoseOfAnyOther)
+{
+    save("I_bit", 18, 1, "01");
+    settleNamed("I_bit", 18, 1, failed);
+    EXPECT_EQ(read("I_bit", 17, 3), "00 00 00");
+    EXPECT_FALSE(isPending("I", 1));
+}
+
 TEST_F(SettlingWrites, AnUnknownRegisterIsNotSettled)
 {
     putPending("R", 10, "01 00", "02 00");

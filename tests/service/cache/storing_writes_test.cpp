@@ -166,6 +166,16 @@ TEST_F(StoringWrites, AnOddTrailingWordOfADoubleWordIsNotStored)
     EXPECT_EQ(units(), Units({"1/R 11", "1/R 10"}));
 }
 
+TEST_F(StoringWrites, DoubleWordsAreStoredWhollyWhereverTheirRecordsStand)
+{
+    for (const int firstRecord : {10, 11}) {
+        driver.dataAreas.clear();
+        put("R", firstRecord, "");
+        save("R_D", 10, 4, "01 02 03 04 05 06 07 08");
+        EXPECT_EQ(read("R_D", 10, 4), "01 02 03 04 05 06 07 08") << firstRecord;
+    }
+}
+
 TEST_F(StoringWrites, EachWordOfADoubleWordIsStoredRightAfterItWasAnnounced)
 {
     put("R", 10, "11 12");
@@ -276,6 +286,13 @@ TEST_F(StoringWrites, ACallbackThatReadsBackABitStillSeesTheOldValue)
 }
 
 // Nothing to store
+
+TEST_F(StoringWrites, BitsOfTheFirstTypeAreStoredAsThoseOfAnyOther)
+{
+    save("I_bit", 18, 1, "01");
+    EXPECT_EQ(read("I_bit", 17, 3), "00 01 00");
+    EXPECT_TRUE(isPending("I", 1));
+}
 
 TEST_F(StoringWrites, AnUnknownRegisterStoresAndCreatesNothing)
 {

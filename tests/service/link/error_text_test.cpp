@@ -1,5 +1,8 @@
 // The text that describes the frame on the line.
 #include "link/error_text.h"
+
+#include <climits>
+
 #include "world.h"
 
 namespace {
@@ -47,6 +50,21 @@ TEST_F(ErrorText, WritesTheAddressOfABitAsWordAndBit)
     EXPECT_EQ(textOfWrite("Q_bit", 5, "01"), "1#Q_bit0.5(1)");
     EXPECT_EQ(textOfWrite("M_bit", 2047, "01", 3), "3#M_bit127.15(1)");
     EXPECT_EQ(textOfWrite("I_bit", -21, "01"), "1#I_bit-1.-5(1)");
+}
+
+TEST_F(ErrorText, TakesThePlaceOfAnyTextThatTheHostHandsIn)
+{
+    const VARIABLE asked = request("R_bit", INT_MIN, INT_MIN, INT_MIN);
+    const std::string expected = "-2147483648#R_bit-134217728.0(-2147483648)";
+    QString shorter = name("x");
+    describeRequest(asked, QByteArray(), shorter);
+    EXPECT_EQ(text(shorter), expected);
+    QString shared = name("x");
+    shared.reserve(1000);
+    const QString other = shared;
+    describeRequest(asked, QByteArray(), shared);
+    EXPECT_EQ(text(shared), expected);
+    EXPECT_EQ(text(other), "x");
 }
 
 TEST_F(ErrorText, ComesWithGoodRepliesToo)

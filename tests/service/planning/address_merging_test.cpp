@@ -1,8 +1,10 @@
 #include "planning/address_merging.h"
 #include "uncalled_functions.h"
 
+#include <climits>
 #include <gmock/gmock.h>
 
+#include "protocol/address_text.h"
 #include "world.h"
 
 using ::testing::ElementsAre;
@@ -294,6 +296,15 @@ TEST_F(AddressMerging, ExtremeAddressesWrapAroundAndDoNotFault)
                 ElementsAre("1/R_W:2147483640+20"));
     EXPECT_THAT(merge({key("R_W", 2147483640, 200)}, mergeRecipe),
                 ElementsAre("1/R_W:2147483640+128", "1/R_W:-2147483528+72"));
+}
+
+// Of a length beyond what a float holds exactly, the nearest one lies above every number of 32
+// bits.
+TEST_F(AddressMerging, TheHighestLengthDoesNotBecomeANegativeOne)
+{
+    ::Run run = {1, name("R_W"), 0, INT_MAX, 0};
+    normalise(run, registerType(getIndexFromRegName(name("R_W"))), mergeCyclic);
+    EXPECT_EQ(run.length, INT_MAX);
 }
 
 TEST_F(AddressMerging, ALengthOf65536IsCutIntoFiveHundredAndTwelveRequests)
