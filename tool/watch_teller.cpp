@@ -57,7 +57,7 @@ bool writeRow(std::FILE* file, const std::vector<std::string>& fields)
         csv_fwrite(file, fields.at(i).data(), fields.at(i).size());
     }
     std::fputs("\n", file);
-    return std::fflush(file) == 0;
+    return std::fflush(file) == 0 && std::ferror(file) == 0;
 }
 
 } // namespace
@@ -238,7 +238,7 @@ void WatchTeller::requireComplete() const
 void WatchTeller::say(const std::string& text)
 {
     std::printf("%s\n", text.c_str());
-    if (std::fflush(stdout) != 0)
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
         outputLost_();
 }
 

@@ -146,13 +146,15 @@ class Listen(EndToEnd):
 
     def test_pymodbus_is_heard_every_function_of_it(self):
         self.far_controller("--set", "R_W:0=5")
-        listening = self.listen("--json")
+        listening = self.tool("listen", "--port", self.tap.ear, "--line", LINE, "--json")
+        head = listening.wait_for("version")
+        listening.wait_for("is open")
         master = self.process(sys.executable, MASTER, self.tap.port)
         code, out, err = master.end()
         self.assertEqual(code, 0, out + err)
         code, out, _ = self.end(listening)
         self.assertEqual(code, 0)
-        objects = told(out)
+        objects = told(head + out)
         frames = [(t["as"], t["text"]) for t in objects if "as" in t]
         for text in ("station 1: M_W:0 = 0x0000", "station 1: R_W:0..1 = 5 0",
                      "station 1: wrote R_W:1 = 9 (0x0009)", "station 1: wrote M_bit:0.0 = on",

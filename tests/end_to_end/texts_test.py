@@ -1,10 +1,9 @@
 """Texts in a controller's words, and what the other side saw of them."""
 
 import csv
-import json
 import re
 
-from harness import EndToEnd, run
+from harness import EndToEnd, run, told
 
 TAGS = """name;register;address;count;format
 press.label;R_W;500;4;text
@@ -37,9 +36,9 @@ class Texts(EndToEnd):
         where = ["--port", controller.port, "--tags", self.tags]
         file = self.path("values.csv")
         out = self.succeeds("watch", *where, "--json", "--csv", file, "--cycles", "1")
-        told = {t["name"]: t["value"] for t in map(json.loads, out.splitlines())}
+        values = {t["name"]: t["value"] for t in told(out)}
         shown = {"press.label": "12", "press.code": '\\",\\x0A ', "press.speed": 0}
-        self.assertEqual(told, shown)
+        self.assertEqual(values, shown)
         with open(file, encoding="utf-8", newline="") as rows:
             values = {row["name"]: row["value"] for row in csv.DictReader(rows)}
         self.assertEqual(values, {name: str(value) for name, value in shown.items()})
