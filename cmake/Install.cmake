@@ -46,6 +46,11 @@ if(TARGET dov417)
   file(WRITE ${manual} "${text}")
   execute_process(COMMAND gzip --best --no-name --force ${manual} COMMAND_ERROR_IS_FATAL ANY)
   install(FILES ${manual}.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tool)
+  install(FILES docs/project-file.md docs/json-output.md docs/json-output.schema.json
+    DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT tool)
+  # Those of its commands, which the tool writes when it is built.
+  install(DIRECTORY ${PROJECT_BINARY_DIR}/tool/manual/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
+    COMPONENT tool)
   install(FILES packaging/dov417.bash RENAME dov417 COMPONENT tool
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 endif()

@@ -55,7 +55,7 @@ function(find_missing_for_tests result)
     if(NOT DOV417_TMUX)
       list(APPEND missing tmux)
     endif()
-    foreach(module pymodbus serial serial_asyncio)
+    foreach(module pymodbus serial serial_asyncio jsonschema)
       if(DOV417_PYTHON AND NOT DOV417_PYTHON_HAS_${module})
         execute_process(COMMAND ${DOV417_PYTHON} -c "import ${module}"
           RESULT_VARIABLE failed OUTPUT_QUIET ERROR_QUIET)

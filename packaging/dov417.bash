@@ -38,7 +38,7 @@ _dov417() {
   case $before in
     --port) mapfile -t COMPREPLY < <(compgen -G "/dev/tty[UAS]*" -- "$current"); return ;;
     --line | --lines) words="9600,8,EVEN,1 19200,8,EVEN,1 38400,8,EVEN,1 57600,8,EVEN,1 115200,8,EVEN,1" ;;
-    --format) words="unsigned signed hex bcd float int64 uint64 double bool binary" ;;
+    --format) words="unsigned signed hex bcd float int64 uint64 double bool binary text" ;;
     --word-order) words="low-first high-first" ;;
     --tags | --project | --log | --library | --csv | --load | --dump | --link)
       _dov417_files "$current"

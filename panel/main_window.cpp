@@ -58,8 +58,8 @@ void MainWindow::addPage(PanelPage* page)
     pages_.push_back(page);
     stack_->addWidget(page);
     auto* const item = new QListWidgetItem(page->icon(), page->title(), list_);
-    item->setToolTip(tr("Ctrl+%1").arg(number));
-    auto* const shortcut = new QShortcut(QKeySequence(Qt::CTRL | (Qt::Key_0 + number)), this);
+    item->setToolTip(QStringLiteral("Ctrl+%1").arg(number));
+    auto* const shortcut = new QShortcut(QKeySequence(item->toolTip()), this);
     connect(shortcut, &QShortcut::activated, this, [this, number]() { showPage(number - 1); });
     connect(page, &PanelPage::told, this, [this](const QString& text) {
         message_->setText(text);

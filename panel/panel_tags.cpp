@@ -6,6 +6,7 @@
 #include <unordered_set>
 
 #include "panel/line_batch.h"
+#include "text/address_values.h"
 #include "text/csv_rows.h"
 #include "text/raw_values.h"
 
@@ -38,6 +39,13 @@ Item addressItem(const Library& library, const std::string& text)
     return Items(library, ItemSource()).find(text, Access::read);
 }
 
+// Of its register type, of which a format may make one.
+int ownValues(const Address& address)
+{
+    const bool isOfFour = address.width == Width::quadWord;
+    return address.length / unitsOf(isOfFour ? Width::doubleWord : address.width);
+}
+
 } // namespace
 
 PanelTags panelTags(const Library& library, const std::vector<Item>& items)
@@ -50,9 +58,7 @@ PanelTags panelTags(const Library& library, const std::vector<Item>& items)
         const int count = valueCount(item.address);
         const std::string locked = whyLocked(library, item.address);
         for (int i = 0; i < count; ++i) {
-            Address address = item.address;
-            address.length = unitsOf(address.width);
-            address.first += i * address.length;
+            const Address address = valueOf(item.address, i);
             tags.values.push_back({labels.at(tags.values.size()), address, item, place, locked});
         }
         ++place;
@@ -74,7 +80,7 @@ std::vector<unsigned char> bytesToWrite(const PanelValue& value, const std::stri
 {
     if (!value.locked.empty())
         throw UsageFailure(value.locked);
-    std::vector<unsigned char> bytes = valueBytes(value.address.width, value.label.format, {text});
+    std::vector<unsigned char> bytes = valueBytes(value.address, value.label.format, {text});
     Item one = value.item;
     one.address = value.address;
     requireWithinLimits(one, bytes);
@@ -109,7 +115,7 @@ std::string allowedRange(const PanelValue& value)
 std::vector<Item> pastedItems(const Library& library, const std::string& text)
 {
     const std::string named = "what is pasted";
-    const std::vector<Row> rows = csvRows(text, named);
+    const std::vector<Row> rows = csvRows(text, named).rows;
     std::vector<Item> items;
     if (rows.empty())
         return items;
@@ -117,6 +123,7 @@ std::vector<Item> pastedItems(const Library& library, const std::string& text)
         for (const Tag& tag : parseTags(library, text, named)) {
             Item item = addressItem(library, toText(library, tag.address));
             item.name = tag.name;
+            item.address = tag.address; // a format may make one value of several words
             item.comment = tag.comment;
             item.limits = tag.limits;
             item.format = chosenFormat(tag.format, FormatChoice());
@@ -149,7 +156,7 @@ std::vector<Item> seriesOf(const Library& library, const Item& item, int count, 
     for (int i = 0; i < texts.size(); ++i) {
         Item next = item;
         next.address = parseAddress(library, item.address.station, item.address.regName,
-                                    texts.at(i).toStdString(), valueCount(item.address));
+                                    texts.at(i).toStdString(), ownValues(item.address));
         next.address.width = item.address.width;
         next.name = !isTag   ? toText(library, next.address)
                     : i == 0 ? item.name

@@ -7,7 +7,6 @@ namespace dov417 {
 ValuesFilter::ValuesFilter(QObject* parent) : QSortFilterProxyModel(parent)
 {
     setDynamicSortFilter(false);
-    setSortRole(ValuesModel::sortRole);
 }
 
 void ValuesFilter::setText(const QString& text)
@@ -46,15 +45,9 @@ QVariant ValuesFilter::headerData(int section, Qt::Orientation orientation, int 
     return group(mapToSource(index(section, 0)));
 }
 
-bool ValuesFilter::filterAcceptsRow(int row, const QModelIndex& parent) const
+bool ValuesFilter::filterAcceptsRow(int row, const QModelIndex&) const
 {
-    if (text_.isEmpty())
-        return true;
-    const QModelIndex name = sourceModel()->index(row, ValuesModel::name, parent);
-    const QModelIndex address = sourceModel()->index(row, ValuesModel::address, parent);
-    return name.data().toString().contains(text_, Qt::CaseInsensitive) ||
-           address.data().toString().contains(text_, Qt::CaseInsensitive) ||
-           name.data(Qt::ToolTipRole).toString().contains(text_, Qt::CaseInsensitive);
+    return text_.isEmpty() || static_cast<const ValuesModel*>(sourceModel())->holds(row, text_);
 }
 
 bool ValuesFilter::lessThan(const QModelIndex& left, const QModelIndex& right) const
@@ -64,7 +57,8 @@ bool ValuesFilter::lessThan(const QModelIndex& left, const QModelIndex& right) c
         if (order != 0)
             return sortOrder() == Qt::AscendingOrder ? order < 0 : order > 0;
     }
-    return QSortFilterProxyModel::lessThan(left, right);
+    return static_cast<const ValuesModel*>(sourceModel())
+        ->isBefore(left.row(), right.row(), left.column());
 }
 
 } // namespace dov417

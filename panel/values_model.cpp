@@ -1,6 +1,7 @@
 #include "panel/values_model.h"
 
 #include <algorithm>
+#include <tuple>
 
 #include "panel/state_words.h"
 #include "text/values.h"
@@ -20,9 +21,13 @@ void ValuesModel::beginAnew()
 {
     beginResetModel();
     rows_.clear();
+    searched_.clear();
     int row = 0;
-    for (const PanelValue& each : desk_.tags().values)
+    for (const PanelValue& each : desk_.tags().values) {
         rows_[each.address].push_back(row++);
+        searched_.push_back(QString::fromStdString(each.label.name + '\n' + each.label.address +
+                                                   '\n' + each.item.comment));
+    }
     endResetModel();
 }
 
@@ -85,27 +90,33 @@ QString ValuesModel::text(const PanelValue& each, int column) const
     }
 }
 
-QVariant ValuesModel::sortKey(const PanelValue& each, int column) const
+bool ValuesModel::isBefore(int left, int right, int column) const
 {
-    const View* const view = desk_.book().find(each.address);
-    switch (column) {
-    case value:
-        return view ? exactNumber(each.address.width, each.label.format, view->value.data())
-                    : QVariant();
-    case state:
-        return static_cast<int>(desk_.book().standing(each.address).state);
-    case age:
-        return view ? static_cast<double>((Clock::now() - view->lastGood).count()) : QVariant();
-    case changes:
-        return view ? view->changes : QVariant();
-    case address:
-        return QStringLiteral("%1/%2:%3")
-            .arg(each.address.station, 3, 10, QLatin1Char('0'))
-            .arg(QString::fromStdString(each.address.regName))
-            .arg(each.address.first, 8, 10, QLatin1Char('0'));
-    default:
-        return text(each, column);
-    }
+    const PanelValue& a = valueAt(left);
+    const PanelValue& b = valueAt(right);
+    const ValueBook& book = desk_.book();
+    if (column == name)
+        return a.label.name < b.label.name;
+    if (column == address)
+        return std::tie(a.address.station, a.address.regName, a.address.first) <
+               std::tie(b.address.station, b.address.regName, b.address.first);
+    if (column == state)
+        return book.standing(a.address).state < book.standing(b.address).state;
+    const View* const one = book.find(a.address);
+    const View* const other = book.find(b.address);
+    if (!one || !other)
+        return !one && other; // what was never read comes first
+    if (column == age)
+        return one->lastGood > other->lastGood;
+    if (column == changes)
+        return one->changes < other->changes;
+    return exactNumber(a.address.width, a.label.format, one->value.data()) <
+           exactNumber(b.address.width, b.label.format, other->value.data());
+}
+
+bool ValuesModel::holds(int row, const QString& text) const
+{
+    return searched_.at(static_cast<std::size_t>(row)).contains(text, Qt::CaseInsensitive);
 }
 
 QVariant ValuesModel::data(const QModelIndex& index, int role) const
@@ -131,8 +142,6 @@ QVariant ValuesModel::data(const QModelIndex& index, int role) const
     case Qt::AccessibleTextRole:
         return QStringLiteral("%1: %2").arg(headerData(index.column(), Qt::Horizontal).toString(),
                                             text(each, index.column()));
-    case sortRole:
-        return sortKey(each, index.column());
     case stationRole:
         return tr("station %1").arg(each.address.station);
     case areaRole:

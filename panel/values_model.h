@@ -23,10 +23,9 @@ public:
         changes
     };
     static constexpr int columns = 6;
-    static constexpr int sortRole = Qt::UserRole;
     // "station 1", "area R": what rows are grouped by; see ValuesFilter.
-    static constexpr int stationRole = Qt::UserRole + 1;
-    static constexpr int areaRole = Qt::UserRole + 2;
+    static constexpr int stationRole = Qt::UserRole;
+    static constexpr int areaRole = Qt::UserRole + 1;
 
     explicit ValuesModel(PanelDesk& desk);
 
@@ -39,6 +38,10 @@ public:
     // Writes; false with `refused` told where the text will not do.
     bool setData(const QModelIndex& index, const QVariant& text, int role = Qt::EditRole) override;
 
+    // For the filter, which asks often: the order of two rows by a column, and whether a text is in
+    // name, address or comment of one, in any case.
+    bool isBefore(int left, int right, int column) const;
+    bool holds(int row, const QString& text) const;
     // Of a row as it is now: to be copied, as rows begin anew when something else is watched.
     const PanelValue& valueAt(int row) const;
 
@@ -49,10 +52,10 @@ private:
     void beginAnew();
     void tell(const std::vector<Address>& addresses);
     QString text(const PanelValue& value, int column) const;
-    QVariant sortKey(const PanelValue& value, int column) const;
 
     PanelDesk& desk_;
     std::unordered_map<Address, std::vector<int>, AddressHash> rows_;
+    std::vector<QString> searched_; // by row: name, address, comment
 };
 
 } // namespace dov417

@@ -5,7 +5,9 @@
 #include <memory>
 
 #include "text/tags.h"
+#include "text/wildcards.h"
 #include "tool/defaults.h"
+#include "tool/json_output.h"
 
 namespace dov417 {
 
@@ -16,6 +18,7 @@ struct CheckOptions {
     std::vector<std::string> addresses;
     std::string tags;
     bool write = false;
+    bool json = false;
 };
 
 // With a format of its own, one value of a tag, or just an address.
@@ -37,6 +40,56 @@ Address addressOf(const Library& library, const std::string& text, const std::st
     return parseAddress(library, text, BitNumbers::asTheyAreRead);
 }
 
+void tellValid(const Library& library, const std::string& text, const Address& address, bool json)
+{
+    const int values = valueCount(address);
+    const std::string inFull = toText(library, address);
+    if (json) {
+        sayJson({{"text", text},
+                 {"valid", true},
+                 {"address", inFull},
+                 {"first", address.first},
+                 {"count", values},
+                 {"isBroadcast", address.station == 0}});
+        return;
+    }
+    std::printf("%s  valid  address value %d, %d value%s, %s%s\n", text.c_str(), address.first,
+                values, values == 1 ? "" : "s", inFull.c_str(),
+                address.station == 0 ? ", only to be written: a broadcast" : "");
+}
+
+void tellNotValid(const std::string& text, const AddressFailure& failure, bool json)
+{
+    if (json) {
+        OutputJson object = {{"text", text}, {"valid", false}};
+        if (failure.code != checkValid)
+            object["code"] = failure.code;
+        object["reason"] = failure.why;
+        sayJson(object);
+        return;
+    }
+    const std::string code =
+        failure.code == checkValid ? "" : " (code " + std::to_string(failure.code) + ")";
+    std::printf("%s  not valid%s  %s\n", text.c_str(), code.c_str(), failure.why.c_str());
+}
+
+// With each wildcard's tags in its place; one that stands for none is told of like any other text.
+std::vector<std::string> namesOf(const std::vector<Tag>& tags,
+                                 const std::vector<std::string>& texts)
+{
+    std::vector<std::string> names;
+    for (const std::string& text : texts) {
+        const std::vector<Tag> matching = isWildcard(text) && !findTag(tags, text)
+                                              ? matchingTags(tags, text)
+                                              : std::vector<Tag>();
+        for (const Tag& tag : matching)
+            names.push_back(tag.name);
+        if (matching.empty())
+            names.push_back(text);
+    }
+    return names;
+}
+
 // One line an address: valid or not, why, and the address value.
 int runCheck(const CheckOptions& options)
 {
@@ -50,22 +103,16 @@ int runCheck(const CheckOptions& options)
     if (texts.empty())
         throw UsageFailure("no address given");
     int exitCode = exitDone;
-    for (const std::string& text : texts) {
+    for (const std::string& text : namesOf(tags, texts)) {
         try {
             const Tag* const tag = findTag(tags, text);
             const Address address = tag ? tag->address : addressOf(library, text, options.tags);
             if (options.write)
                 requireAccess(library, address, Access::write);
-            const int values = valueCount(address);
-            std::printf("%s  valid  address value %d, %d value%s, %s%s\n", text.c_str(),
-                        address.first, values, values == 1 ? "" : "s",
-                        toText(library, address).c_str(),
-                        address.station == 0 ? ", only to be written: a broadcast" : "");
+            tellValid(library, text, address, options.json);
         } catch (const AddressFailure& failure) {
             exitCode = exitFailed;
-            const std::string code =
-                failure.code == checkValid ? "" : " (code " + std::to_string(failure.code) + ")";
-            std::printf("%s  not valid%s  %s\n", text.c_str(), code.c_str(), failure.why.c_str());
+            tellNotValid(text, failure, options.json);
         }
     }
     return exitCode;
@@ -86,6 +133,7 @@ void addCheckCommand(CLI::App& app, Action& chosen)
         ->option_text("ADDRESS...");
     addTagOption(*command, options->tags);
     command->add_flag("--write", options->write, "Ask for an address that is to be written");
+    addJsonFlag(*command, chosen, options->json);
     addLibraryOption(*command, options->line);
     addDefaults(*command, {nullptr, &options->tags}, chosen);
     command->footer("Examples:\n"

@@ -9,6 +9,7 @@
 
 #include "line/failure.h"
 #include "tool/demo_round.h"
+#include "tool/json_output.h"
 #include "tool/live_command.h"
 #include "tool/screen.h"
 #include "tool/troubles.h"
@@ -25,6 +26,7 @@ constexpr double defaultSeconds = 5;
 struct DemoOptions {
     LineOptions line;
     double seconds = 0; // 0: until Ctrl-C on a terminal, else the default
+    bool json = false;
 };
 
 // Every register type, live values and plain memory, in two stations.
@@ -94,11 +96,11 @@ double processorSeconds(long long process)
 class Demo {
 public:
     Demo(const Library& library, const DemoOptions& options, const std::vector<Item>& items)
-        : labels_(labelViews(library, items)), addresses_(addressesOf(items)),
+        : labels_(labelViews(library, items)), addresses_(addressesOf(items)), json_(options.json),
           live_(library, options.line, items, controllerOptions()),
           round_(library, live_.session(), [this]() { roundEnded(); })
     {
-        const bool untilAsked = options.seconds <= 0 && Screen::isTerminal();
+        const bool untilAsked = options.seconds <= 0 && Screen::isTerminal() && !json_;
         if (!untilAsked)
             seconds_ = options.seconds > 0 ? options.seconds : defaultSeconds;
         pause_.setSingleShot(true);
@@ -119,7 +121,9 @@ public:
 
     int run()
     {
-        if (Screen::isTerminal()) {
+        if (json_)
+            live_.countInJson();
+        if (Screen::isTerminal() && !json_) {
             screen_ = std::make_unique<Screen>();
             live_.beQuiet();
             redraw_.start(redrawMilliseconds);
@@ -181,7 +185,7 @@ private:
         screen_->draw(viewTable(live_.session().views(), labels_, Clock::now()), {}, lines);
     }
 
-    int summary()
+    void printSummary()
     {
         for (const std::string& row : viewTable(live_.session().views(), labels_, Clock::now()))
             std::printf("%s\n", row.c_str());
@@ -189,6 +193,12 @@ private:
         for (const std::string& row : foot())
             std::printf("%s\n", row.c_str());
         std::fflush(stdout);
+    }
+
+    int summary()
+    {
+        if (!json_)
+            printSummary();
         std::vector<std::string> problems = round_.problems();
         std::vector<std::pair<std::string, std::string>> wrong;
         for (std::size_t i = 0; i < live_.session().views().size(); ++i)
@@ -199,15 +209,18 @@ private:
         // A person who ends the demo early has not found a fault.
         if (live_.interruption().empty() && (round_.completed() == 0 || round_.isUnderWay()))
             problems.push_back("the round of writes did not end");
+        if (json_)
+            sayJson({{"rounds", round_.completed()}, {"problems", problems}});
         for (const std::string& problem : problems)
             std::fprintf(stderr, "dov417: %s\n", problem.c_str());
-        if (problems.empty())
+        if (problems.empty() && !json_)
             std::printf("Every address got its value, every write was read back.\n");
         return live_.finish(problems.empty());
     }
 
     std::vector<ViewLabel> labels_;
     std::vector<Address> addresses_;
+    bool json_;
     double seconds_ = 0; // 0: no end
     bool timeIsUp_ = false;
     std::string lastTrouble_;
@@ -243,6 +256,7 @@ void addDemoCommand(CLI::App& app, Action& chosen)
                      "no terminal")
         ->option_text("N")
         ->check(positive);
+    addJsonFlag(*command, chosen, options->json);
     addLineOptions(*command, options->line);
     command->footer("Starts a controller on a pseudo-terminal, polls all register types of two "
                     "stations, writes values and reads them back, moves a recipe to the controller "

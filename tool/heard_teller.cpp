@@ -92,11 +92,10 @@ std::string HeardTeller::lineText() const
 void HeardTeller::sayWhere()
 {
     if (form_ == HeardForm::json)
-        std::printf("%s\n", Json{{"version", DOV417_VERSION},
-                                 {"port", settings_.device.toStdString()},
-                                 {"line", toText(settings_.wire)}}
-                                .dump()
-                                .c_str());
+        std::printf("%s\n",
+                    Json{{"port", settings_.device.toStdString()}, {"line", toText(settings_.wire)}}
+                        .dump()
+                        .c_str());
     if (form_ == HeardForm::frames)
         std::printf("# %s\n", lineText().c_str());
 }

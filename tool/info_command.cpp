@@ -7,10 +7,15 @@
 #include "driver/default_line.h"
 #include "driver/places.h"
 #include "driver/registers.h"
+#include "tool/json_output.h"
 
 namespace dov417 {
 
 namespace {
+
+struct InfoOptions : LineOptions {
+    bool json = false;
+};
 
 const char* widthText(Width width)
 {
@@ -23,6 +28,8 @@ const char* widthText(Width width)
         return "32 bits";
     case Width::quadWord:
         return "64 bits";
+    case Width::text:
+        break; // no register's own
     }
     return "";
 }
@@ -67,9 +74,52 @@ void printPlaces(const Library& library)
     }
 }
 
-int runInfo(const LineOptions& options)
+OutputJson placesJson(const Library& library)
+{
+    OutputJson places = OutputJson::array();
+    for (const RegisterPlace& place : learnPlaces(library)) {
+        const int last = place.first + place.count - 1;
+        places.push_back({{"register", place.regName},
+                          {"liesIn", place.coils ? "coils" : "registers"},
+                          {"readFunction", place.readFunction},
+                          {"writeFunctions", place.writeFunctions},
+                          {"first", place.first},
+                          {"last", last},
+                          {"firstNumber", prefixedNumber(place.coils, place.first, last)},
+                          {"lastNumber", prefixedNumber(place.coils, last, last)}});
+    }
+    return places;
+}
+
+void sayInfo(const Library& library)
+{
+    const std::vector<RegisterType> types = registerTypes(library);
+    int protocolType = 0;
+    library.intf_getProtocolType(&protocolType);
+    OutputJson registers = OutputJson::array();
+    for (const RegisterType& type : types)
+        registers.push_back({{"register", type.name},
+                             {"format", type.format},
+                             {"lowest", type.lowest},
+                             {"highest", type.highest},
+                             {"bits", type.width == Width::bit ? 1 : 16 * unitsOf(type.width)},
+                             {"access", type.access}});
+    sayJson({{"library", library.path()},
+             {"libraryVersion", library.intf_getVersion().toStdString()},
+             {"protocol", protocolName(library, types.size())},
+             {"protocolType", protocolType},
+             {"defaultLine", defaultLine(library)},
+             {"registers", registers},
+             {"places", placesJson(library)}});
+}
+
+int runInfo(const InfoOptions& options)
 {
     const Library library(options.library);
+    if (options.json) {
+        sayInfo(library);
+        return exitDone;
+    }
     const std::vector<RegisterType> types = registerTypes(library);
     int protocolType = 0;
     library.intf_getProtocolType(&protocolType);
@@ -92,9 +142,10 @@ int runInfo(const LineOptions& options)
 
 void addInfoCommand(CLI::App& app, Action& chosen)
 {
-    const auto options = std::make_shared<LineOptions>();
+    const auto options = std::make_shared<InfoOptions>();
     CLI::App* command =
         app.add_subcommand("info", "What the library is and which registers it has");
+    addJsonFlag(*command, chosen, options->json);
     addLibraryOption(*command, *options);
     command->footer("Examples:\n"
                     "  dov417 info\n"

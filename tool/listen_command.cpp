@@ -14,6 +14,7 @@
 #include "live/shutdown.h"
 #include "tool/defaults.h"
 #include "tool/heard_teller.h"
+#include "tool/json_output.h"
 
 namespace dov417 {
 
@@ -70,11 +71,9 @@ void addListenCommand(CLI::App& app, Action& chosen)
     CLI::Option* const table = command->add_flag_callback(
         "--table", [options]() { options->form = HeardForm::table; },
         "No frames, only the table of what was asked for");
-    command
-        ->add_flag_callback(
-            "--json", [options]() { options->form = HeardForm::json; },
-            "One object a frame, and the table as the last one")
-        ->excludes(table);
+    addJsonFlag(*command, chosen, [options]() {
+        options->form = HeardForm::json;
+    })->excludes(table);
     addLineOptions(*command, options->line);
     removeTalkersOptions(*command);
     addDefaults(*command, {&options->line, nullptr}, chosen);

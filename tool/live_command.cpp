@@ -1,6 +1,8 @@
 #include "tool/live_command.h"
 
+#include <csignal>
 #include <cstdio>
+#include <utility>
 
 #include "line/failure.h"
 #include "tool/statistics_json.h"
@@ -26,15 +28,16 @@ const char* const waitingForTheLastReply = "waiting for the last reply; Ctrl-C a
 LiveCommand::LiveCommand(const Library& library, const LineOptions& options,
                          const std::vector<Item>& items,
                          const simulator::SimulationOptions& controller)
-    : options_(options), shutdown_([this]() { interrupt(); }),
+    : options_(options), shutdown_([this]() {
+          isToLeave_ = isToLeave_ || interruptLeaves_ || shutdown_.signalNumber() != SIGINT;
+          interrupt();
+      }),
       line_(library, options, stationsOf(items), controller),
       session_(library, sessionSettings(options))
 {
     portTimer_.setSingleShot(true);
-    QObject::connect(&portTimer_, &QTimer::timeout, &portTimer_, [this]() {
-        interruption_ = "the port did not come back";
-        end();
-    });
+    QObject::connect(&portTimer_, &QTimer::timeout, &portTimer_,
+                     [this]() { giveUp("the port did not come back"); });
     waitTimer_.setSingleShot(true);
     waitTimer_.setInterval(noticeable);
     QObject::connect(&waitTimer_, &QTimer::timeout, &waitTimer_, [this]() {
@@ -58,6 +61,8 @@ Session& LiveCommand::session()
 
 void LiveCommand::open()
 {
+    if (session_.isOpen())
+        return;
     const Result result = session_.open(line_.settings());
     if (!result.accepted)
         throw Failure(result.reason);
@@ -90,6 +95,8 @@ void LiveCommand::endWithoutPort(std::chrono::milliseconds patience)
 {
     endsWithoutPort_ = true;
     portTimer_.setInterval(patience);
+    if (session_.isOpen() && !session_.statistics().portIsOpen)
+        portTimer_.start();
 }
 
 void LiveCommand::portChanged(bool open, const std::string& message)
@@ -114,18 +121,69 @@ void LiveCommand::portChanged(bool open, const std::string& message)
 
 void LiveCommand::run()
 {
+    isRunning_ = true;
     if (!ended_)
         loop_.exec();
     session_.tellAll();
+    isRunning_ = false;
+}
+
+void LiveCommand::stayOpen(bool interruptLeaves, std::function<void()> idle)
+{
+    interruptLeaves_ = interruptLeaves;
+    staysOpen_ = true;
+    idle_ = std::move(idle);
+}
+
+void LiveCommand::begin(int gap)
+{
+    isQuiet_ = countsInJson_ = keepsOutput_ = endsWithoutPort_ = ended_ = false;
+    portTimer_.stop();
+    cycles_.reset();
+    interruption_.clear();
+    const SessionSettings settings = session_.settings();
+    if (gap != settings.gap)
+        session_.setSettings({settings.retries, gap});
+}
+
+void LiveCommand::leave()
+{
+    begin(session_.settings().gap);
+    staysOpen_ = false;
+    end();
+    run();
+}
+
+bool LiveCommand::isToLeave() const
+{
+    return isToLeave_;
 }
 
 void LiveCommand::end()
 {
+    if (staysOpen_) {
+        endNow();
+        return;
+    }
     if (isEnding_)
         return;
     isEnding_ = true;
     waitTimer_.start();
     session_.finish([this]() { endNow(); });
+}
+
+void LiveCommand::endAfterCycles(long long cycles)
+{
+    if (!staysOpen_) {
+        session_.finishAfterCycles(cycles, [this]() { end(); });
+        return;
+    }
+    cycles_ = std::make_unique<QObject>();
+    QObject::connect(&session_, &Session::cycleEnded, cycles_.get(),
+                     [this, left = cycles]() mutable {
+                         if (--left == 0)
+                             end();
+                     });
 }
 
 void LiveCommand::interrupt()
@@ -134,8 +192,27 @@ void LiveCommand::interrupt()
         endNow();
         return;
     }
-    interruption_ = "interrupted";
+    if (staysOpen_ && !isRunning_)
+        idle_();
+    else
+        giveUp("interrupted");
+}
+
+void LiveCommand::giveUp(const std::string& reason)
+{
+    interruption_ = reason;
+    if (endsWithoutPort_)
+        letGo(reason);
     end();
+}
+
+// Where the line is left, that ends it all, once it is quiet.
+void LiveCommand::letGo(const std::string& reason)
+{
+    if (!staysOpen_)
+        return;
+    session_.watch({});
+    session_.endRequests(reason);
 }
 
 void LiveCommand::endNow()
@@ -158,6 +235,8 @@ const std::string& LiveCommand::interruption() const
 int LiveCommand::finish(bool complete)
 {
     const Clock::time_point now = Clock::now();
+    if (staysOpen_)
+        return complete ? exitDone : exitFailed;
     if (options_.stats)
         std::fprintf(keepsOutput_ ? stderr : stdout, "%s",
                      countsInJson_ ? (statisticsJson(session_.statistics(), now) + "\n").c_str()

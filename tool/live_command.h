@@ -6,6 +6,8 @@
 #include <QEventLoop>
 #include <QTimer>
 #include <chrono>
+#include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -39,15 +41,31 @@ public:
     void countInJson();
     // The standard output is a file's: the counters go to the other one.
     void keepOutput();
-    // A command that has an end of its own does not wait for a lost port for ever.
+    // A command that has an end of its own does not wait for a lost port for ever; where it is
+    // interrupted on a line that stays open, what it waits for is ended first.
     void endWithoutPort(std::chrono::milliseconds patience = defaultPortPatience);
+
+    // Of a line that several commands use one after the other: it stays open where one ends, and
+    // what that one leaves under way is ended. Ctrl-C ends a command alone, or everything. idle: it
+    // came, or the like, between commands.
+    void stayOpen(bool interruptLeaves, std::function<void()> idle);
+    // The next one begins, with this merge gap; what the last one has set is forgotten.
+    void begin(int gap);
+    // There is no next one: from here on as if there had been one command alone.
+    void leave();
+    // Somebody wants the program to end, and not the command alone.
+    bool isToLeave() const;
 
     // Runs the event loop until somebody calls end(), or Ctrl-C; either way until the line is
     // quiet, unless Ctrl-C comes again.
     void run();
     void end();
+    // At the end of so many cycles from now.
+    void endAfterCycles(long long cycles);
     // As Ctrl-C does.
     void interrupt();
+    // Of a line that stays open: what the command polls, and what it has started, ends here.
+    void letGo(const std::string& reason);
     // The line is not quiet yet, and for so long that one would notice.
     bool isWaiting() const;
     // Why the loop ended early: "interrupted", "the port did not come back"; empty if it did not.
@@ -61,6 +79,7 @@ public:
     const ControllerProcess* controller() const;
 
 private:
+    void giveUp(const std::string& reason);
     void endNow();
     void portChanged(bool open, const std::string& message);
 
@@ -72,6 +91,12 @@ private:
     bool isQuiet_ = false;
     bool countsInJson_ = false;
     bool keepsOutput_ = false;
+    bool staysOpen_ = false;
+    bool isRunning_ = false;
+    bool interruptLeaves_ = false;
+    bool isToLeave_ = false;
+    std::function<void()> idle_;
+    std::unique_ptr<QObject> cycles_; // of one command, to be counted
     bool isEnding_ = false;
     bool isWaiting_ = false;
     bool ended_ = false;

@@ -10,25 +10,40 @@
 #include "live/child_program.h"
 #include "tool/commands.h"
 #include "tool/defaults.h"
+#include "tool/json_output.h"
+#include "tool/manual_pages.h"
 
 using namespace dov417;
 
 namespace {
 
+constexpr std::size_t outputBuffer = 65536; // longer than a line
+
+std::string told(const std::exception& failure, const Action& chosen)
+{
+    std::string text = withOrigins(failure.what(), chosen.origins);
+    if (!chosen.json.empty())
+        sayJson({{"failure", text}});
+    return text;
+}
+
 int runChosen(const Action& chosen)
 {
+    sayJsonHead(chosen);
     try {
         return chosen();
     } catch (const UsageFailure& failure) {
-        throw UsageFailure(withOrigins(failure.what(), chosen.origins));
+        throw UsageFailure(told(failure, chosen));
     } catch (const std::exception& failure) {
-        throw Failure(withOrigins(failure.what(), chosen.origins));
+        throw Failure(told(failure, chosen));
     }
 }
 
 int run(int argc, char** argv)
 {
     dropDebugLines();
+    // Line by line, so that what goes to the error stream never comes amid a line of this one.
+    std::setvbuf(stdout, nullptr, _IOLBF, outputBuffer);
     QCoreApplication application(argc, argv);
     // Qt takes the user's locale; numbers in files and on the screen keep their point.
     std::setlocale(LC_NUMERIC, "C");
@@ -52,8 +67,11 @@ int run(int argc, char** argv)
     addWriteCommand(app, chosen);
     addRequestCommand(app, chosen);
     addRecipeCommand(app, chosen);
+    addShellCommand(app, chosen);
     addSimulateCommand(app, chosen);
     addDemoCommand(app, chosen);
+    if (const std::optional<int> code = writeManualPages(app, argc, argv))
+        return *code;
 
     try {
         app.parse(argc, argv);

@@ -6,6 +6,7 @@
 #include "driver/default_line.h"
 #include "line/failure.h"
 #include "live/line_members.h"
+#include "tool/rs485_options.h"
 
 namespace dov417 {
 
@@ -103,6 +104,7 @@ void addLineOptions(CLI::App& command, LineOptions& options)
         ->option_text("PORT")
         ->group(lineGroup);
     addPlanningOptions(command, options);
+    addRs485Options(command, options.direction, lineGroup);
     command
         .add_option("--timeout", options.timeoutMs,
                     "How long to wait for a reply, whatever a station takes; else " +
@@ -201,7 +203,9 @@ void addItemOptions(CLI::App& command, ItemOptions& options)
         .add_option("--format", options.source.format,
                     "How values are written: unsigned, signed, hex, bcd, binary, bool, float for "
                     "32 bits, int64, uint64 or double for two double words, with :low-first "
-                    "or :high-first appended for the word order; wins over a tag's own. What is "
+                    "or :high-first appended for the word order; text for the characters of a "
+                    "range of words, with :low-first where a word's low byte comes first; wins "
+                    "over a tag's own. What is "
                     "read and does not fit it keeps its own. R_D:600@float is one address's")
         ->option_text("FORMAT")
         ->group(valueGroup);

@@ -60,6 +60,7 @@ struct Action : std::function<int()> {
     using std::function<int()>::operator=;
 
     std::vector<Origin> origins;
+    std::string json; // the command whose output is JSON; else empty
 };
 
 } // namespace dov417

@@ -12,6 +12,7 @@
 #include "session/items.h"
 #include "session/planning.h"
 #include "tool/defaults.h"
+#include "tool/json_output.h"
 
 namespace dov417 {
 
@@ -23,6 +24,7 @@ struct PlanOptions {
     LineOptions line;
     ItemOptions items;
     int responseMs = 0; // --response-time
+    bool json = false;
 };
 
 double milliseconds(std::chrono::duration<double, std::milli> time)
@@ -79,40 +81,80 @@ void printPlan(const Plan& plan, int gap)
     }
 }
 
-void printWarnings(const Library& library, const Planner& planner, const Plan& plan,
-                   const std::vector<Item>& items, const LineSetup& line)
+std::vector<std::string> warningsOf(const Library& library, const Planner& planner,
+                                    const Plan& plan, const std::vector<Item>& items,
+                                    const LineSetup& line)
 {
-    const int gap = line.mergeGap();
+    std::vector<std::string> warnings;
     for (std::size_t i = 0; i < plan.requests.size(); ++i) {
         const PlannedRequest& request = plan.requests[i];
+        const std::string name = "request " + std::to_string(i + 1);
         const auto own = line.stationMaxRegisters.find(request.station);
         const std::optional<int> maximum =
             own == line.stationMaxRegisters.end() ? line.maxRegisters : own->second;
+        const bool isOfCoils = request.coils() > 0;
         if (maximum && request.length > *maximum && request.parts.empty())
-            std::printf("! request %zu goes out as it is: its values of several words overlap, and "
-                        "no part of "
-                        "at most %d registers ends between them\n",
-                        i + 1, *maximum);
+            warnings.push_back(name +
+                               " goes out as it is: its values of several words overlap, and no "
+                               "part of at most " +
+                               std::to_string(*maximum) + " registers ends between them");
         else if (request.isAboveLimit())
-            std::printf("! request %zu asks for %d %s; a strict controller answers at most %d and "
-                        "refuses it with exception 3: see --max-registers\n",
-                        i + 1, request.coils() > 0 ? request.coils() : request.longest(),
-                        request.coils() > 0 ? "coils" : "registers",
-                        request.coils() > 0 ? maxCoils : maxWordsOfARead);
+            warnings.push_back(name + " asks for " +
+                               (isOfCoils ? std::to_string(request.coils()) + " coils"
+                                          : std::to_string(request.longest()) + " registers") +
+                               "; a strict controller answers at most " +
+                               std::to_string(isOfCoils ? maxCoils : maxWordsOfARead) +
+                               " and refuses it with exception 3: see --max-registers");
     }
     for (const Stretch& stretch : planner.uncovered(plan))
-        std::printf("! no request reads %s: a shorter address lies inside a longer one that was "
-                    "cut; name the longer one in pieces of at most 128 words\n",
-                    wordsText(stretch).c_str());
+        warnings.push_back("no request reads " + wordsText(stretch) +
+                           ": a shorter address lies inside a longer one that was cut; name the "
+                           "longer one in pieces of at most 128 words");
     for (const Stretch& value : planner.divided(plan))
-        std::printf("! two requests read the %d-bit value at %s: its words are not of one moment\n",
-                    value.count * 16,
-                    wordsText(value.station, value.regName, value.first, value.count).c_str());
+        warnings.push_back("two requests read the " + std::to_string(value.count * 16) +
+                           "-bit value at " +
+                           wordsText(value.station, value.regName, value.first, value.count) +
+                           ": its words are not of one moment");
     try {
-        requireUntornValues(library, items, gap);
+        requireUntornValues(library, items, line.mergeGap());
     } catch (const UsageFailure& failure) {
-        std::printf("! writing: %s\n", failure.what());
+        warnings.push_back(std::string("writing: ") + failure.what());
     }
+    return warnings;
+}
+
+OutputJson requestJson(const PlannedRequest& request)
+{
+    OutputJson object = {
+        {"words", wordsText(request.station, request.regName, request.address, request.length)},
+        {"bytes", hexText(request.bytes)},
+        {"replyBytes", request.replyLength},
+        {"milliseconds", milliseconds(request.time)}};
+    for (const PlannedPart& part : request.parts)
+        object["parts"].push_back(
+            {{"words", wordsText(request.station, request.regName, part.address, part.length)},
+             {"bytes", hexText(part.bytes)},
+             {"replyBytes", part.replyLength},
+             {"milliseconds", milliseconds(part.time)}});
+    return object;
+}
+
+OutputJson outcomesJson(const std::vector<GapOutcome>& outcomes)
+{
+    const int best = bestOutcome(outcomes);
+    OutputJson list = OutputJson::array();
+    for (std::size_t i = 0; i < outcomes.size(); ++i) {
+        const GapOutcome& outcome = outcomes[i];
+        list.push_back(
+            {{"firstGap", outcome.firstGap},
+             {"lastGap", outcome.lastGap < 0 ? OutputJson() : OutputJson(outcome.lastGap)},
+             {"requests", outcome.requests},
+             {"cycle", milliseconds(outcome.cycle)},
+             {"aboveLimit", outcome.aboveLimit},
+             {"wordsNotRead", outcome.uncoveredWords},
+             {"best", static_cast<int>(i) == best}});
+    }
+    return list;
 }
 
 std::string gapText(const GapOutcome& outcome)
@@ -156,9 +198,29 @@ int runPlan(const PlanOptions& options)
                           options.line.stationMaxRegisters);
     const int gap = options.line.mergeGap();
     const Plan plan = planner.plan(gap);
+    const std::vector<std::string> warnings =
+        warningsOf(library, planner, plan, items, options.line);
+    if (options.json) {
+        OutputJson object = {{"line", toText(wire)},
+                             {"bitsPerCharacter", wire.bitsPerCharacter()},
+                             {"characterTime", milliseconds(wire.characters(1))},
+                             {"interFrameDelay", milliseconds(wire.interFrameDelay())},
+                             {"responseTime", milliseconds(responseTime)},
+                             {"gap", gap},
+                             {"cycle", milliseconds(plan.cycle)},
+                             {"requests", OutputJson::array()},
+                             {"warnings", warnings}};
+        for (const PlannedRequest& request : plan.requests)
+            object["requests"].push_back(requestJson(request));
+        if (!options.line.gap)
+            object["gaps"] = outcomesJson(planner.outcomes());
+        sayJson(object);
+        return exitDone;
+    }
     printLine(wire, responseTime);
     printPlan(plan, gap);
-    printWarnings(library, planner, plan, items, options.line);
+    for (const std::string& warning : warnings)
+        std::printf("! %s\n", warning.c_str());
     if (!options.line.gap)
         printOutcomes(planner.outcomes());
     return exitDone;
@@ -178,6 +240,7 @@ void addPlanCommand(CLI::App& app, Action& chosen)
                      "What a controller takes before it answers (0)")
         ->option_text("MS")
         ->check(CLI::Range(0, maxMs));
+    addJsonFlag(*command, chosen, options->json);
     addPlanningOptions(*command, options->line);
     addDefaults(*command, {&options->line, &options->items.source.tags}, chosen);
     command->footer(

@@ -3,17 +3,17 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <memory>
-#include <nlohmann/json.hpp>
 
+#include "tool/json_output.h"
 #include "tool/port_table.h"
 
 namespace dov417 {
 
 namespace {
 
-nlohmann::ordered_json toJson(const PortEntry& port)
+OutputJson toJson(const PortEntry& port)
 {
-    nlohmann::ordered_json users = nlohmann::ordered_json::array();
+    OutputJson users = OutputJson::array();
     for (const PortUser& user : port.users)
         users.push_back({{"process", user.process}, {"name", user.name}});
     return {{"port", port.device}, {"adapter", port.adapter}, {"driver", port.driver},
@@ -24,12 +24,8 @@ int runPorts(bool json)
 {
     const PortList list = listPorts();
     if (json) {
-        // What an adapter calls itself need not be UTF-8.
         for (const PortEntry& port : list.ports)
-            std::printf("%s\n",
-                        toJson(port)
-                            .dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace)
-                            .c_str());
+            sayJson(toJson(port));
         return exitDone;
     }
     if (!list.ports.empty())
@@ -48,7 +44,7 @@ void addPortsCommand(CLI::App& app, Action& chosen)
     const auto json = std::make_shared<bool>(false);
     CLI::App* command =
         app.add_subcommand("ports", "The serial ports, who uses them, and whether you may");
-    command->add_flag("--json", *json, "One JSON object a port and line");
+    addJsonFlag(*command, chosen, *json);
     command->footer("No port is opened. Examples:\n"
                     "  dov417 ports\n"
                     "  dov417 ports --json");

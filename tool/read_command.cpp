@@ -6,8 +6,8 @@
 #include <optional>
 
 #include "session/single_reads.h"
-#include "tool/defaults.h"
-#include "tool/live_command.h"
+#include "tool/json_output.h"
+#include "tool/line_source.h"
 #include "tool/troubles.h"
 #include "tool/view_table.h"
 
@@ -18,19 +18,20 @@ namespace {
 struct ReadOptions {
     LineOptions line;
     ItemOptions items;
+    bool json = false;
 };
 
-int runRead(const ReadOptions& options)
+int runRead(LineSource& line, const ReadOptions& options)
 {
-    const Library library(options.line.library);
+    const Library& library = line.library();
     const std::vector<Item> items =
         Items(library, options.items.source).chosen(options.items.arguments, Access::read);
-    if (options.line.gap)
-        requireUntornValues(library, items, *options.line.gap);
-    LineOptions setup = options.line;
-    setup.gap = setup.singleReadGap();
-    LiveCommand live(library, setup, items);
+    if (line.options().gap)
+        requireUntornValues(library, items, *line.options().gap);
+    LiveCommand& live = line.take(items, line.options().singleReadGap());
     live.endWithoutPort();
+    if (options.json)
+        live.countInJson();
     live.open();
     std::optional<ReadProblems> problems;
     readAll(live.session(), addressesOf(items), [&](const ReadProblems& found) {
@@ -42,30 +43,41 @@ int runRead(const ReadOptions& options)
     std::vector<std::pair<std::string, std::string>> wrong;
     for (std::size_t i = 0; i < items.size(); ++i) {
         const std::string problem = problems ? problems->at(i) : live.interruption();
+        if (options.json) {
+            OutputJson object = itemJson(library, items.at(i));
+            if (problem.empty())
+                addValues(object, "values", items.at(i),
+                          live.session().cachedBytes(items.at(i).address));
+            else
+                object["failure"] = problem;
+            sayJson(object);
+        }
         if (!problem.empty()) {
             wrong.emplace_back(items.at(i).name, problem);
             continue;
         }
+        if (options.json)
+            continue;
         std::string text;
         for (const std::string& value : cachedTexts(live.session(), items.at(i)))
             text += " " + value;
         std::printf("%s =%s\n", items.at(i).name.c_str(),
                     withUnit(text, items.at(i).format).c_str());
     }
-    for (const std::string& line : grouped(wrong))
-        std::fprintf(stderr, "dov417: %s\n", line.c_str());
+    for (const std::string& each : grouped(wrong))
+        std::fprintf(stderr, "dov417: %s\n", each.c_str());
     return live.finish(wrong.empty());
 }
 
 } // namespace
 
-void addReadCommand(CLI::App& app, Action& chosen)
+void addReadCommand(CLI::App& app, Action& chosen, LineSource* shared)
 {
     const auto options = std::make_shared<ReadOptions>();
     CLI::App* command = app.add_subcommand("read", "Each value once, then exit");
     addAddressArguments(*command, options->items);
-    addLineOptions(*command, options->line);
-    addDefaults(*command, {&options->line, &options->items.source.tags}, chosen);
+    addJsonFlag(*command, chosen, options->json);
+    addLineUse(*command, options->line, options->items, chosen, shared);
     command->footer(
         "Bits are read with the word that holds them: the driver frames no single "
         "read of bits. A request reads up to 125 words, and no more than --gap where it is given.\n"
@@ -74,7 +86,7 @@ void addReadCommand(CLI::App& app, Action& chosen)
         "  dov417 read --simulated R_D:10..13 --format float:high-first\n"
         "On a real line, --port /dev/ttyUSB0 stands for --simulated.\n"
         "Exits with 1 if a value could not be read, and says which and why.");
-    command->callback([options, &chosen]() { chosen = [options]() { return runRead(*options); }; });
+    command->callback([options, shared, &chosen]() { chosen = onLine(shared, options, runRead); });
 }
 
 } // namespace dov417

@@ -8,8 +8,9 @@
 
 #include "session/recipe_file.h"
 #include "session/recipe_job.h"
-#include "tool/defaults.h"
-#include "tool/live_command.h"
+#include "text/address_values.h"
+#include "tool/json_output.h"
+#include "tool/line_source.h"
 #include "tool/troubles.h"
 #include "tool/view_table.h"
 
@@ -30,6 +31,7 @@ struct RecipeOptions {
     LineOptions line;
     ItemOptions items; // tags only
     std::string file;
+    bool json = false;
 };
 
 std::vector<Item> itemsOf(const std::vector<RecipeEntry>& entries)
@@ -56,15 +58,15 @@ std::string progressText(const RecipeProgress& progress, const char* done)
 
 std::string textOf(const Item& item, const std::vector<unsigned char>& data, std::size_t index)
 {
-    const Width width = item.address.width;
-    const unsigned char* const value = data.data() + byteCount(width, static_cast<int>(index));
-    return withUnit(valueTexts(width, item.format, value, 1).front(), item.format);
+    const Address value = valueOf(item.address, static_cast<int>(index));
+    const std::size_t from = index * static_cast<std::size_t>(byteCount(value));
+    return withUnit(valueTexts(value, item.format, data.data() + from).front(), item.format);
 }
 
 bool isSame(const Item& item, const std::vector<unsigned char>& a,
             const std::vector<unsigned char>& b, std::size_t index)
 {
-    const auto size = static_cast<std::ptrdiff_t>(byteCount(item.address.width, 1));
+    const auto size = static_cast<std::ptrdiff_t>(byteCount(valueOf(item.address, 0)));
     const auto first = static_cast<std::ptrdiff_t>(index) * size;
     return std::equal(a.begin() + first, a.begin() + first + size, b.begin() + first);
 }
@@ -72,13 +74,14 @@ bool isSame(const Item& item, const std::vector<unsigned char>& a,
 // One recipe on one line. The job holds what came of it.
 class RecipeRun {
 public:
-    RecipeRun(const RecipeOptions& options, const Library& library,
-              const std::vector<RecipeEntry>& entries)
-        : entries_(entries), labels_(labelViews(library, itemsOf(entries))),
-          live_(library, lineOf(options, library, entries), itemsOf(entries)),
+    RecipeRun(LineSource& line, const std::vector<RecipeEntry>& entries, bool json)
+        : entries_(entries), labels_(labelViews(line.library(), itemsOf(entries))), isJson_(json),
+          live_(line.take(itemsOf(entries), gapOf(line, entries))),
           job_(live_.session(), [this]() { next(); })
     {
         live_.endWithoutPort();
+        if (isJson_)
+            live_.countInJson();
         live_.open();
     }
 
@@ -129,20 +132,33 @@ public:
             call(labels_.at(firstLabel + i).name, textOf(own.item, own.data, i),
                  textOf(own.item, held, i), isSame(own.item, own.data, held, i));
     }
+    // The same as an object, and whether all of its values are the same.
+    OutputJson entryJson(const Library& library, std::size_t entry, bool& isSame) const
+    {
+        const RecipeEntry& own = entries_.at(entry);
+        OutputJson object = itemJson(library, own.item);
+        addValues(object, "recipe", own.item, own.data);
+        isSame = unread(entry).empty() && own.data == job_.readings().at(entry).data;
+        if (!unread(entry).empty()) {
+            object["failure"] = unread(entry);
+            return object;
+        }
+        addValues(object, "controller", own.item, job_.readings().at(entry).data);
+        object["same"] = isSame;
+        return object;
+    }
     std::size_t valuesOf(std::size_t entry) const
     {
         return static_cast<std::size_t>(valueCount(entries_.at(entry).item.address));
     }
 
 private:
-    static LineOptions lineOf(const RecipeOptions& options, const Library& library,
-                              const std::vector<RecipeEntry>& entries)
+    static int gapOf(LineSource& line, const std::vector<RecipeEntry>& entries)
     {
-        if (options.line.gap)
-            requireUntornValues(library, itemsOf(entries), *options.line.gap);
-        LineOptions line = options.line;
-        line.gap = line.singleReadGap();
-        return line;
+        const LineOptions& options = line.options();
+        if (options.gap)
+            requireUntornValues(line.library(), itemsOf(entries), *options.gap);
+        return options.singleReadGap();
     }
 
     void next()
@@ -163,6 +179,8 @@ private:
         std::vector<std::string> problems = job_.problems();
         if (problems.empty())
             problems.push_back(live_.interruption());
+        if (isJson_)
+            sayJson({{"problems", problems}, {"progress", progressText(job_.progress(), done)}});
         for (const std::string& problem : problems)
             std::fprintf(stderr, "dov417: recipe not transferred: %s\n", problem.c_str());
         std::fprintf(stderr, "dov417: %s\n", progressText(job_.progress(), done).c_str());
@@ -171,9 +189,10 @@ private:
 
     std::vector<RecipeEntry> entries_;
     std::vector<ViewLabel> labels_;
+    bool isJson_;
     bool goesOn_ = false; // to the read-back, once all is written
     bool isMoved_ = false;
-    LiveCommand live_;
+    LiveCommand& live_;
     RecipeJob job_;
 };
 
@@ -182,19 +201,37 @@ bool isStandard(const std::string& file)
     return file == "-";
 }
 
-int runUpload(const RecipeOptions& options)
+void requireTags(const RecipeOptions& options)
 {
-    const Library library(options.line.library);
+    if (options.items.source.tags.empty())
+        throw UsageFailure("a recipe is of tags: name their file with --tags FILE");
+}
+
+void requireFiles(const LineSource& line, const RecipeOptions& options)
+{
+    requireTags(options);
+    if (line.shared() && isStandard(options.file))
+        throw UsageFailure("-: the standard input has the next lines, not a recipe");
+}
+
+int runUpload(LineSource& line, const RecipeOptions& options)
+{
+    requireTags(options);
+    if (options.json && isStandard(options.file))
+        throw UsageFailure("--json and the file - both want the standard output");
+    const Library& library = line.library();
     std::vector<RecipeEntry> entries;
     for (const Item& item : Items(library, options.items.source).tagged(Access::read))
         entries.push_back({item, {}});
-    RecipeRun run(options, library, entries);
+    RecipeRun run(line, entries, options.json);
     if (isStandard(options.file))
         run.live().keepOutput();
     const bool isMoved = run.upload();
     if (isMoved) {
         writeRecipe(options.file, run.job().entries());
-        if (!isStandard(options.file))
+        if (options.json)
+            sayJson({{"tags", entries.size()}, {"file", options.file}});
+        else if (!isStandard(options.file))
             std::printf("%zu tags from the controller into %s\n", entries.size(),
                         options.file.c_str());
     }
@@ -229,26 +266,57 @@ bool reportDownload(const RecipeRun& run, const std::vector<RecipeEntry>& entrie
     return isGood;
 }
 
-int runDownload(const RecipeOptions& options)
+// All entries; how many are not the same in both, and in `unread` those that are not known.
+std::size_t sayEntries(const RecipeRun& run, const Library& library,
+                       const std::vector<RecipeEntry>& entries, std::size_t& unread)
 {
-    const Library library(options.line.library);
+    std::size_t different = 0;
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        bool isSame = false;
+        sayJson(run.entryJson(library, i, isSame));
+        if (!run.unread(i).empty())
+            ++unread;
+        else if (!isSame)
+            ++different;
+    }
+    sayJson({{"tags", entries.size()}, {"different", different}, {"unread", unread}});
+    return different;
+}
+
+int runDownload(LineSource& line, const RecipeOptions& options)
+{
+    requireFiles(line, options);
+    const Library& library = line.library();
     const std::vector<RecipeEntry> entries =
         readRecipe(options.file, Items(library, options.items.source));
-    RecipeRun run(options, library, entries);
-    const bool isGood = run.download() && reportDownload(run, entries);
+    RecipeRun run(line, entries, options.json);
+    bool isGood = run.download();
+    if (isGood && options.json) {
+        std::size_t unread = 0;
+        isGood = sayEntries(run, library, entries, unread) == 0 && unread == 0;
+        return run.live().finish(isGood);
+    }
+    isGood = isGood && reportDownload(run, entries);
     if (isGood)
         std::printf("%zu tags from %s into the controller\n", entries.size(),
                     isStandard(options.file) ? "the standard input" : options.file.c_str());
     return run.live().finish(isGood);
 }
 
-int runCompare(const RecipeOptions& options)
+int runCompare(LineSource& line, const RecipeOptions& options)
 {
-    const Library library(options.line.library);
+    requireFiles(line, options);
+    const Library& library = line.library();
     const std::vector<RecipeEntry> entries =
         readRecipe(options.file, Items(library, options.items.source));
-    RecipeRun run(options, library, entries);
+    RecipeRun run(line, entries, options.json);
     run.readBack();
+    if (options.json) {
+        std::size_t unknown = 0;
+        const bool differ = sayEntries(run, library, entries, unknown) > 0;
+        const int code = run.live().finish(unknown == 0);
+        return code == exitDone && differ ? exitDifferent : code;
+    }
 
     std::vector<Row> rows = {{" ", "tag", "recipe", "controller"}};
     std::vector<std::pair<std::string, std::string>> unread;
@@ -271,15 +339,15 @@ int runCompare(const RecipeOptions& options)
     if (unread.empty())
         std::printf(different == 0 ? "all values are the same\n" : "%zu of %zu values differ\n",
                     different, rows.size() - 1);
-    for (const std::string& line : grouped(unread))
-        std::fprintf(stderr, "dov417: %s\n", line.c_str());
+    for (const std::string& each : grouped(unread))
+        std::fprintf(stderr, "dov417: %s\n", each.c_str());
     const int code = run.live().finish(unread.empty());
     return code == exitDone && different > 0 ? exitDifferent : code;
 }
 
 void addTransfer(CLI::App& recipe, const char* name, const char* description,
-                 int (*run)(const RecipeOptions&), const char* firstExample,
-                 const std::string& explanation, Action& chosen)
+                 int (*run)(LineSource&, const RecipeOptions&), const char* firstExample,
+                 const std::string& explanation, Action& chosen, LineSource* shared)
 {
     const auto options = std::make_shared<RecipeOptions>();
     CLI::App* command = recipe.add_subcommand(name, description);
@@ -290,22 +358,16 @@ void addTransfer(CLI::App& recipe, const char* name, const char* description,
         ->option_text("FILE")
         ->required();
     addItemOptions(*command, options->items);
-    addLineOptions(*command, options->line);
-    addDefaults(*command, {&options->line, &options->items.source.tags}, chosen);
+    addJsonFlag(*command, chosen, options->json);
+    addLineUse(*command, options->line, options->items, chosen, shared);
     command->footer(explanation + "\nExample:\n" + tagFileExample + firstExample +
                     "  dov417 recipe " + name + " recipe.json --tags tags.csv --simulated");
-    command->callback([options, run, &chosen]() {
-        chosen = [options, run]() {
-            if (options->items.source.tags.empty())
-                throw UsageFailure("a recipe is of tags: name their file with --tags FILE");
-            return run(*options);
-        };
-    });
+    command->callback([options, run, shared, &chosen]() { chosen = onLine(shared, options, run); });
 }
 
 } // namespace
 
-void addRecipeCommand(CLI::App& app, Action& chosen)
+void addRecipeCommand(CLI::App& app, Action& chosen, LineSource* shared)
 {
     CLI::App* recipe =
         app.add_subcommand("recipe", "Move a recipe between controller and file, or compare them");
@@ -315,19 +377,19 @@ void addRecipeCommand(CLI::App& app, Action& chosen)
         "driver is asked for it only once it has taken the addresses. ";
     const std::string cutOff = "Where it is cut off it says how much had been done.";
     addTransfer(*recipe, "upload", "Controller to file: every tag", runUpload, "",
-                wordsGo + "Bits come with the words that hold them. " + cutOff, chosen);
+                wordsGo + "Bits come with the words that hold them. " + cutOff, chosen, shared);
     addTransfer(*recipe, "download", "File to controller: the tags that the file names",
                 runDownload, recipeFileExample,
                 wordsGo +
                     "Bits are written one at a time afterwards. Then everything is read back, "
                     "and each value is told. " +
                     cutOff,
-                chosen);
+                chosen, shared);
     addTransfer(*recipe, "compare", "File and controller side by side", runCompare,
                 sameRecipeExample,
                 "A line for each value that the file names; ! marks those that differ.\n"
                 "Exits with 3 if any does, with 1 if one could not be read.",
-                chosen);
+                chosen, shared);
     recipe->footer(std::string("Examples:\n") + tagFileExample +
                    "  dov417 recipe upload recipe.json --tags tags.csv --simulated\n"
                    "  dov417 recipe download recipe.json --tags tags.csv --simulated");

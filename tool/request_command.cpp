@@ -17,6 +17,7 @@
 #include "session/single_request.h"
 #include "text/raw_requests.h"
 #include "tool/defaults.h"
+#include "tool/json_output.h"
 #include "tool/trace_lines.h"
 
 namespace dov417 {
@@ -124,7 +125,7 @@ public:
         if (json_) {
             if (!failure.empty())
                 all_["failure"] = failure;
-            std::printf("%s\n", all_.dump().c_str());
+            sayJson(all_);
         } else if (!failure.empty()) {
             std::fprintf(stderr, "dov417: %s\n", failure.c_str());
         } else if (isBroadcast) {
@@ -154,7 +155,7 @@ private:
     TraceLines lines_;
     std::string interruption_;
     bool wasSent_ = false;
-    Json all_ = {{"version", DOV417_VERSION}};
+    Json all_ = Json::object();
 };
 
 int runRequest(const RequestOptions& options)
@@ -212,7 +213,7 @@ void addRequestCommand(CLI::App& app, Action& chosen)
         ->add_option("--raw", options->raw,
                      "Bytes in hex from the station on instead; the CRC is appended")
         ->option_text("BYTES");
-    command->add_flag("--json", options->json, "One object with what passed");
+    addJsonFlag(*command, chosen, options->json);
     addLineOptions(*command, options->line);
     for (const char* none : {"--retries", "--probe", "--gap", "--max-registers", "--stats"})
         command->remove_option(command->get_option(none));

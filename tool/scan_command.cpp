@@ -15,6 +15,8 @@
 #include "scan/line_scan.h"
 #include "scan/scan_choices.h"
 #include "tool/defaults.h"
+#include "tool/json_output.h"
+#include "tool/rs485_options.h"
 #include "tool/scan_teller.h"
 #include "tool/scan_words.h"
 
@@ -43,7 +45,8 @@ ScanSettings settingsFor(const ScanOptions& options, const Library& library)
     if (options.lines.empty())
         settings.lines = commonLines(parseRtuFormat(defaultLine(library)));
     settings.stations = parseStations(options.stations);
-    settings.timeout = std::chrono::milliseconds(options.timeoutMs);
+    settings.timeout =
+        std::chrono::milliseconds(options.timeoutMs + options.line.direction.delayBeforeMs);
     settings.asksAnyway = options.asksAnyway;
     return settings;
 }
@@ -62,8 +65,9 @@ std::unique_ptr<ControllerProcess> ownController(const Library& library)
 // One scan from its start to its end, or to Ctrl-C.
 class ScanRun {
 public:
-    ScanRun(const std::string& port, ScanTeller& teller)
-        : port_(QString::fromStdString(port)), teller_(teller), shutdown_([this]() { interrupt(); })
+    ScanRun(const std::string& port, const Rs485& direction, ScanTeller& teller)
+        : port_(QString::fromStdString(port)), direction_(direction), teller_(teller),
+          shutdown_([this]() { interrupt(); })
     {
     }
 
@@ -80,7 +84,7 @@ public:
             if (endsEarly && wanted.empty())
                 running->stop();
         };
-        LineScan scan(port_, settings, questions, events);
+        LineScan scan(port_, direction_, settings, questions, events);
         running = &scan;
         scan.start();
         teller_.showBar([&scan]() { return progressText(scan.progress()); });
@@ -92,6 +96,7 @@ public:
         bool isDone = false;
         LineSettings settings;
         settings.device = port_;
+        settings.direction = direction_;
         settings.wire = teller_.whereFound().at(run.station);
         SerialLine line(settings, observer());
         RangeSearchEvents events;
@@ -164,6 +169,7 @@ private:
     }
 
     QString port_;
+    Rs485 direction_;
     ScanTeller& teller_;
     QEventLoop loop_;
     std::function<void()> stop_;
@@ -182,6 +188,8 @@ int runScan(const ScanOptions& options)
             options.line.port +
             ": scan needs a serial port: speed and parity of a line behind a network "
             "are set at its server");
+    if (options.line.simulated && options.line.direction.isWanted)
+        throw UsageFailure("--simulated: --rs485 is for serial ports of this machine");
     const Library library(options.library);
     ScanSettings settings = settingsFor(options, library);
     const std::vector<Area> areas = learnAreas(library);
@@ -192,7 +200,8 @@ int runScan(const ScanOptions& options)
     ScanTeller teller(settings, options.json, options.line.log, areas);
     const std::unique_ptr<ControllerProcess> controller =
         options.line.simulated ? ownController(library) : nullptr;
-    ScanRun scan(controller ? controller->port() : options.line.port, teller);
+    ScanRun scan(controller ? controller->port() : options.line.port, options.line.direction,
+                 teller);
     scan.findStations(settings, questionsFrom(areas), wanted);
     for (const WordRun& run : runs) {
         if (teller.isInterrupted() || teller.hasFailed())
@@ -213,6 +222,7 @@ void addScanLineOptions(CLI::App& command, ScanOptions& options)
             "Serial port, as in /dev/ttyUSB0, see dov417 ports; else DOV417_PORT or that of "
             "--project")
         ->option_text("DEVICE");
+    addRs485Options(command, options.line.direction, std::string());
     command
         .add_option("--lines,--line", options.lines,
                     "Line settings to try, as in 9600,8,NONE,1 19200,8,EVEN,1; else the library's "
@@ -227,7 +237,8 @@ void addScanLineOptions(CLI::App& command, ScanOptions& options)
             return std::string();
         });
     command
-        .add_option("--stations", options.stations, "Stations to ask, as in 1..20 or 1,5,10..20")
+        .add_option("--stations", options.stations,
+                    "Stations to ask, as in 1..20, 1-20 or 1,5,10..20")
         ->option_text("LIST")
         ->capture_default_str();
     command
@@ -255,7 +266,7 @@ void addScanCommand(CLI::App& app, Action& chosen)
     CLI::App* command =
         app.add_subcommand("scan", "Who answers on a line, and at which speed and parity");
     addScanLineOptions(*command, *options);
-    command->add_flag("--json", options->json, "One JSON object a line");
+    addJsonFlag(*command, chosen, options->json);
     command
         ->add_option("--library", options->library,
                      "The driver library; else it is looked for next to the tool, in its library "

@@ -1,32 +1,11 @@
 #include "tool/screen.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <unistd.h>
 
 #include "tool/screen_lines.h"
 
 namespace dov417 {
-
-namespace {
-
-void put(const std::string& text)
-{
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    std::fflush(stdout);
-}
-
-} // namespace
-
-Screen::Screen()
-{
-    put("\033[?1049h\033[?25l"); // second screen, no cursor
-}
-
-Screen::~Screen()
-{
-    put("\033[?25h\033[?1049l");
-}
 
 bool Screen::isTerminal()
 {
@@ -48,7 +27,7 @@ void Screen::draw(const std::vector<std::string>& body, const std::vector<std::s
     std::string text = "\033[H"; // top left
     for (std::size_t i = 0; i < lines.size() && i < size.rows; ++i)
         text += (i == 0 ? "" : "\r\n") + fitted(lines.at(i), size.columns) + "\033[K";
-    put(text + "\033[J"); // nothing below
+    Terminal::put(text + "\033[J"); // nothing below
 }
 
 } // namespace dov417

@@ -5,24 +5,24 @@
 #include <string>
 #include <vector>
 
+#include "tool/terminal.h"
+
 namespace dov417 {
 
 constexpr int redrawMilliseconds = 250;
 
-// Uses the terminal's second screen while it lives: what was on the first comes back at the end.
+// The terminal's second screen, without keys.
 class Screen {
 public:
-    Screen();
-    ~Screen();
-    Screen(const Screen&) = delete;
-    Screen& operator=(const Screen&) = delete;
-
     static bool isTerminal();
 
     // The foot always shows; of the details a third of the screen, of the body what fits above.
     // Long lines of the body are cut, others wrapped.
     void draw(const std::vector<std::string>& body, const std::vector<std::string>& details,
               const std::vector<std::string>& foot);
+
+private:
+    Terminal terminal_{false, {[](const std::string&) {}, []() {}, []() {}}};
 };
 
 } // namespace dov417

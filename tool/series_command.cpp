@@ -6,6 +6,7 @@
 
 #include "text/tags.h"
 #include "tool/defaults.h"
+#include "tool/json_output.h"
 
 namespace dov417 {
 
@@ -23,6 +24,7 @@ struct SeriesOptions {
     std::string tags;
     int count = 1;
     int step = 1;
+    bool json = false;
 };
 
 Address startOf(const Library& library, const SeriesOptions& options)
@@ -46,9 +48,15 @@ int runSeries(const SeriesOptions& options)
     QVector<int> values;
     const int result = library.intf_multiCopy(QString::fromStdString(start.regName), start.first,
                                               options.count, options.step, texts, values);
-    for (int i = 0; i < texts.size(); ++i)
-        std::printf("%s:%s  %d\n", start.regName.c_str(), texts.at(i).toStdString().c_str(),
-                    values.at(i));
+    for (int i = 0; i < texts.size(); ++i) {
+        const std::string address = start.regName + ":" + texts.at(i).toStdString();
+        if (options.json)
+            sayJson({{"address", address}, {"first", values.at(i)}});
+        else
+            std::printf("%s  %d\n", address.c_str(), values.at(i));
+    }
+    if (options.json)
+        sayJson({{"clipped", result == seriesClipped}});
     if (result == seriesClipped) {
         std::fprintf(stderr,
                      "dov417: the series runs past the highest address and ends in a repetition "
@@ -81,6 +89,7 @@ void addSeriesCommand(CLI::App& app, Action& chosen)
                      "Distance of two addresses in words, or in bits of a bit type (1); -1: one "
                      "16-bit unit, -2: one 32-bit value")
         ->option_text("S");
+    addJsonFlag(*command, chosen, options->json);
     addLibraryOption(*command, options->line);
     addDefaults(*command, {nullptr, &options->tags}, chosen);
     command->footer("Examples:\n"

@@ -5,6 +5,7 @@
 
 #include "line/failure.h"
 #include "live/run_simulation.h"
+#include "tool/json_output.h"
 
 namespace dov417 {
 
@@ -14,6 +15,7 @@ struct SimulateOptions {
     simulator::SimulationOptions simulation;
     std::string line;
     bool independentOutputs = false;
+    bool json = false;
 };
 
 simulator::SimulationOptions toSimulation(const SimulateOptions& options)
@@ -29,7 +31,19 @@ simulator::SimulationOptions toSimulation(const SimulateOptions& options)
 
 int runSimulate(const SimulateOptions& options)
 {
-    runSimulation(toSimulation(options));
+    const simulator::SimulationOptions simulation = toSimulation(options);
+    if (!options.json) {
+        runSimulation(simulation);
+        return exitDone;
+    }
+    if (simulation.logFile == "-")
+        throw UsageFailure("--json and --log - both want the standard output");
+    runSimulation(simulation, {[](const std::string& port) {
+                                   sayJson({{"port", port}});
+                               },
+                               [](const std::string& report) {
+                                   sayJson({{"report", report}});
+                               }});
     return exitDone;
 }
 
@@ -84,6 +98,7 @@ void addSimulateCommand(CLI::App& app, Action& chosen)
         ->option_text("FILE");
     command->add_option("--log", simulation.logFile, "Every frame into a file; - is the terminal")
         ->option_text("FILE");
+    addJsonFlag(*command, chosen, options->json);
     command->footer(
         "Kinds of faults, their AMOUNT and what it is without one:\n"
         "  silence          no reply\n"

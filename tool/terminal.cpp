@@ -171,7 +171,7 @@ void Terminal::stop()
 {
     putBack();
     handle(SIGTSTP, SIG_DFL, 0);
-    raise(SIGTSTP);
+    pthread_kill(pthread_self(), SIGTSTP);
     handle(SIGTSTP, tellLoop, SA_RESTART);
     if (hasKeysNow)
         tcgetattr(STDIN_FILENO, &found);

@@ -12,8 +12,10 @@
 #include "driver/areas.h"
 #include "line/conversation.h"
 #include "line/failure.h"
+#include "line/frame_text.h"
 #include "line/line_log.h"
 #include "tool/controllers_log.h"
+#include "tool/json_output.h"
 #include "tool/trace_lines.h"
 
 namespace dov417 {
@@ -23,6 +25,7 @@ namespace {
 struct TraceOptions {
     LineOptions line;
     std::string file;
+    bool json = false;
 };
 
 struct TraceCounts {
@@ -31,9 +34,27 @@ struct TraceCounts {
     long long firstUnreadable = 0; // its line
 };
 
+const char* keyOf(Direction direction)
+{
+    switch (direction) {
+    case Direction::sent:
+        return "sent";
+    case Direction::received:
+        return "received";
+    case Direction::stray:
+        return "stray";
+    case Direction::note:
+        return "note";
+    }
+    return "";
+}
+
 class Tracer {
 public:
-    explicit Tracer(const std::vector<Area>& areas) : conversation_(areas), controllers_(areas) {}
+    Tracer(const std::vector<Area>& areas, bool json)
+        : json_(json), conversation_(areas), controllers_(areas)
+    {
+    }
 
     // Prints what the line tells, with the milliseconds since the one before.
     void explain(const std::string& line, long long number)
@@ -71,10 +92,18 @@ private:
     void print(const LogEntry& entry, const std::string& text)
     {
         ++counts_.of.at(static_cast<std::size_t>(entry.direction));
+        if (json_) {
+            sayJson({{"time", logTimeText(entry.time)},
+                     {"direction", keyOf(entry.direction)},
+                     {"bytes", hexText(entry.bytes)},
+                     {"text", text}});
+            return;
+        }
         const std::string line = TraceLines::arrow(entry.direction) + text;
         std::printf("%s", lines_.of(entry.time, line, entry.bytes).c_str());
     }
 
+    bool json_;
     Conversation conversation_;
     ControllersLog controllers_;
     TraceLines lines_;
@@ -91,12 +120,14 @@ int runTrace(const TraceOptions& options)
             throw Failure("cannot read the log " + options.file + ": " + std::strerror(errno));
     }
     std::istream& in = options.file == "-" ? std::cin : file;
-    Tracer tracer(learnAreas(library));
+    Tracer tracer(learnAreas(library), options.json);
     std::string line;
     for (int number = 1; std::getline(in, line); ++number) {
         if (line.empty() || line == "\r")
             continue;
-        if (line[0] == '#') {
+        if (line[0] == '#' && options.json) {
+            sayJson({{"remark", line}});
+        } else if (line[0] == '#') {
             std::printf("%s\n", line.c_str());
         } else {
             tracer.explain(line, number);
@@ -105,8 +136,16 @@ int runTrace(const TraceOptions& options)
     if (in.bad())
         throw Failure("cannot read the log " + options.file + ": " + std::strerror(errno));
     const TraceCounts& counts = tracer.counts();
-    std::printf("sent %lld, received %lld, thrown away %lld, notes %lld\n", counts.of[0],
-                counts.of[1], counts.of[2], counts.of[3]);
+    if (options.json)
+        sayJson({{"end",
+                  {{"sent", counts.of[0]},
+                   {"received", counts.of[1]},
+                   {"strays", counts.of[2]},
+                   {"notes", counts.of[3]},
+                   {"unreadable", counts.unreadable}}}});
+    else
+        std::printf("sent %lld, received %lld, thrown away %lld, notes %lld\n", counts.of[0],
+                    counts.of[1], counts.of[2], counts.of[3]);
     if (counts.unreadable > 0)
         std::fprintf(stderr, "dov417: %s: %lld %s no line of a log, the first is line %lld\n",
                      options.file.c_str(), counts.unreadable,
@@ -125,6 +164,7 @@ void addTraceCommand(CLI::App& app, Action& chosen)
                      "What --log recorded, that of simulate too; - reads the standard input")
         ->option_text("FILE")
         ->required();
+    addJsonFlag(*command, chosen, options->json);
     addLibraryOption(*command, options->line);
     command->footer("Examples:\n"
                     "  dov417 read --simulated R_W:100..103 --log line.log\n"

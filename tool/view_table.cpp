@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "text/address_values.h"
 #include "tool/screen_lines.h"
 #include "tool/troubles.h"
 
@@ -30,8 +31,7 @@ bool areNamed(const std::vector<ViewLabel>& labels)
 
 std::vector<std::string> cachedTexts(const Session& session, const Item& item)
 {
-    return valueTexts(item.address.width, item.format, session.cachedBytes(item.address).data(),
-                      valueCount(item.address));
+    return valueTexts(item.address, item.format, session.cachedBytes(item.address).data());
 }
 
 const char* qualityText(Quality quality)

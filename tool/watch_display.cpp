@@ -13,6 +13,8 @@ constexpr std::chrono::milliseconds keyPatience(100);
 
 } // namespace
 
+const char* const watchHasEnded = "watch has ended";
+
 WatchDisplay::WatchDisplay(const Library& library, LiveCommand& live,
                            const std::vector<Item>& items, const std::vector<ViewLabel>& labels,
                            WatchTeller& teller)
@@ -40,8 +42,8 @@ void WatchDisplay::changed(const ViewChange& change)
 
 void WatchDisplay::draw()
 {
-    if (session_.views().size() != labels_.size())
-        return; // nothing is watched yet
+    if (hasEnded_ || session_.views().size() != labels_.size())
+        return; // nothing is watched yet, or any more
     const Clock::time_point now = Clock::now();
     const LinkStatistics& statistics = session_.statistics();
     const std::vector<std::string> brief = briefStatistics(statistics, now);
@@ -65,10 +67,11 @@ void WatchDisplay::draw()
     Terminal::put(text + "\033[J"); // nothing below
 }
 
-std::string WatchDisplay::unfinishedWrite() const
+std::string WatchDisplay::end()
 {
+    hasEnded_ = true;
     const std::string& why = live_.interruption();
-    return isWriting_ ? writeReport(job_.tasks().front(), why.empty() ? "watch has ended" : why)
+    return isWriting_ ? writeReport(job_.tasks().front(), why.empty() ? watchHasEnded : why)
                       : std::string();
 }
 
@@ -128,6 +131,8 @@ void WatchDisplay::write(std::size_t view, const std::string& value)
 void WatchDisplay::written()
 {
     isWriting_ = false;
+    if (hasEnded_)
+        return;
     const std::string report = writeReport(job_.tasks().front(), std::string());
     screen_.showOutcome(clockText() + " " + report);
     teller_.keep(report);

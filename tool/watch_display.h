@@ -14,6 +14,8 @@
 
 namespace dov417 {
 
+extern const char* const watchHasEnded;
+
 class WatchDisplay {
 public:
     // The teller knows what else is to be shown, and is told what was written.
@@ -23,8 +25,8 @@ public:
     void changed(const ViewChange& change);
     void draw();
 
-    // What has no outcome; empty if nothing was being written.
-    std::string unfinishedWrite() const;
+    // There is nothing more to show. What has no outcome; empty if nothing was being written.
+    std::string end();
 
 private:
     void came(const std::string& bytes);
@@ -42,6 +44,7 @@ private:
     WatchTeller& teller_;
     WriteJob job_;
     bool isWriting_ = false;
+    bool hasEnded_ = false;
     WatchScreen screen_;
     KeyDecoder decoder_;
     QTimer redrawTimer_;

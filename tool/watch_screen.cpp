@@ -239,7 +239,7 @@ void WatchScreen::move(const Key& key)
     const std::size_t page = std::max<std::size_t>(1, room_);
     const std::size_t from = isPage ? pageTop_ : cursorPlace();
     const std::size_t last = isPage ? pageTop_ + page : shown_.size() - 1;
-    std::size_t to = from;
+    std::size_t to = 0;
     switch (key.kind) {
     case KeyKind::up:
         to = from - std::min<std::size_t>(from, 1);
@@ -254,7 +254,6 @@ void WatchScreen::move(const Key& key)
         to = from + page;
         break;
     case KeyKind::home:
-        to = 0;
         break;
     case KeyKind::end:
         to = isPage ? farDown : last;

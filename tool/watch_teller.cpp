@@ -9,6 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include "line/failure.h"
+#include "text/characters.h"
 #include "text/json_value.h"
 #include "tool/live_command.h"
 
@@ -43,6 +44,11 @@ std::string timeText()
     return text;
 }
 
+std::string qualityWord(Quality quality)
+{
+    return quality == Quality::good ? "good" : qualityText(quality);
+}
+
 // Also whether the file took it.
 bool writeRow(std::FILE* file, const std::vector<std::string>& fields)
 {
@@ -61,46 +67,80 @@ std::string clockText()
     return timeText().substr(dateLength, clockLength);
 }
 
-WatchTeller::WatchTeller(bool json, const std::string& csvName, bool hasScreen,
+WatchTeller::WatchTeller(bool json, const CsvWish& csv, bool hasScreen,
                          const std::vector<ViewLabel>& labels,
                          const std::function<void()>& outputLost)
-    : json_(json), labels_(labels), csvName_(csvName), csvIsOutput_(csvName == "-"),
+    : json_(json), labels_(labels), csvName_(csv.name), csvIsOutput_(csv.name == "-"),
       outputLost_(outputLost), hasScreen_(hasScreen), troubles_(maxNews(json, hasScreen))
 {
-    if (csvName.empty())
+    if (csvName_.empty())
         return;
+    Row heading = {"time", "name", "address", "value", "previous", "quality"};
+    if (csv.isWide) {
+        wideRows_.emplace(labels);
+        heading = wideRows_->header();
+        heading.insert(heading.begin(), "time");
+    }
     if (!csvIsOutput_)
         csvFile_.reset(std::fopen(csvName_.c_str(), "w"));
     csv_ = csvIsOutput_ ? stdout : csvFile_.get();
-    if (!csv_ || !writeRow(csv_, {"time", "name", "address", "value", "previous"}))
+    if (!csv_ || !writeRow(csv_, heading))
         throw Failure("cannot write " + csvName_ + ": " + std::strerror(errno));
 }
 
-void WatchTeller::tell(const View& view, std::size_t index)
+void WatchTeller::tell(const ViewChange& change)
 {
-    const ViewLabel& label = labels_.at(index);
-    const std::string value = valueText(view, label);
-    const std::string previous = previousText(view, label);
-    if (csv_ && !writeRow(csv_, {timeText(), label.name, label.address, value, previous}))
+    const ViewLabel& label = labels_.at(change.index);
+    const View& view = change.view;
+    const std::string quality = qualityWord(view.quality());
+    const std::string value = view.hasValue ? valueText(view, label) : std::string();
+    const std::string previous = change.isValue ? previousText(view, label) : std::string();
+    if (csv_ && !wideRows_ &&
+        !writeRow(csv_, {timeText(), label.name, label.address, withoutQuotes(value),
+                         withoutQuotes(previous), quality}))
         outputLost_();
     if (json_) {
-        nlohmann::ordered_json object = {{"time", timeText()},
-                                         {"name", label.name},
-                                         {"address", label.address},
-                                         {"value", jsonValue(value)}};
+        tellInJson(change, label, value, previous);
+    } else if (!hasScreen_ && !csvIsOutput_) {
+        const std::string shown = view.hasValue ? " = " + shownText(view, label) : std::string();
+        std::string remark =
+            previous.empty() ? "" : " (was " + shownPreviousText(view, label) + ")";
+        if (!change.isValue)
+            remark = " (" + quality + ")";
+        say(timeText() + " " + label.name + shown + remark);
+    }
+}
+
+void WatchTeller::tellInJson(const ViewChange& change, const ViewLabel& label,
+                             const std::string& value, const std::string& previous)
+{
+    const View& view = change.view;
+    nlohmann::ordered_json object = {
+        {"time", timeText()}, {"name", label.name}, {"address", label.address}};
+    if (view.hasValue) {
+        object["value"] = jsonValue(value);
         if (!label.format.scaling.unit.empty())
             object["unit"] = label.format.scaling.unit;
         if (object["value"].is_null())
             object["bits"] = bitsText(view, view.value, label);
-        if (!previous.empty())
-            object["previous"] = jsonValue(previous);
-        if (!previous.empty() && object["previous"].is_null())
-            object["previousBits"] = bitsText(view, view.previous, label);
-        say(object.dump());
-    } else if (!hasScreen_ && !csvIsOutput_) {
-        say(timeText() + " " + label.name + " = " + shownText(view, label) +
-            (previous.empty() ? "" : " (was " + shownPreviousText(view, label) + ")"));
     }
+    if (!previous.empty()) {
+        object["previous"] = jsonValue(previous);
+        if (object["previous"].is_null())
+            object["previousBits"] = bitsText(view, view.previous, label);
+    }
+    object["quality"] = qualityWord(view.quality());
+    say(object.dump());
+}
+
+void WatchTeller::tellRow(const std::vector<View>& views)
+{
+    if (!wideRows_)
+        return;
+    Row row = wideRows_->next(views);
+    row.insert(row.begin(), timeText());
+    if (!writeRow(csv_, row))
+        outputLost_();
 }
 
 void WatchTeller::tellAbandoned(const std::string& request, const std::string& reason, Reason why)

@@ -5,28 +5,37 @@
 #include <cstdio>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "session/session.h"
 #include "tool/troubles.h"
 #include "tool/view_table.h"
+#include "tool/wide_rows.h"
 
 namespace dov417 {
+
+struct CsvWish {
+    std::string name;    // - is the standard output, which then has nothing else; empty: none
+    bool isWide = false; // a column a value and a row an interval, instead of a row a change
+};
 
 // "07:31:02"
 std::string clockText();
 
 class WatchTeller {
 public:
-    // csvName - is the standard output, which then has nothing else. outputLost: a file or the
-    // terminal takes nothing any more. Throws a Failure if the CSV file cannot be written; its name
-    // may be empty.
+    // outputLost: a file or the terminal takes nothing any more. Throws a Failure if the CSV file
+    // cannot be written.
     // hasScreen: what happens is shown there, and told once it is gone.
-    WatchTeller(bool json, const std::string& csvName, bool hasScreen,
-                const std::vector<ViewLabel>& labels, const std::function<void()>& outputLost);
+    WatchTeller(bool json, const CsvWish& csv, bool hasScreen, const std::vector<ViewLabel>& labels,
+                const std::function<void()>& outputLost);
 
-    void tell(const View& view, std::size_t index);
+    // A value, or its quality alone: one that is old is not to be taken for a good one.
+    void tell(const ViewChange& change);
+    // A row of all views, if the CSV is wide.
+    void tellRow(const std::vector<View>& views);
     void tellAbandoned(const std::string& request, const std::string& reason, Reason why);
     void tellPort(bool open, const std::string& message);
     void tellNotice(const std::string& text);
@@ -40,6 +49,8 @@ public:
     void requireComplete() const;
 
 private:
+    void tellInJson(const ViewChange& change, const ViewLabel& label, const std::string& value,
+                    const std::string& previous);
     void say(const std::string& text);
     void show(const std::string& about, const std::string& text);
 
@@ -58,6 +69,7 @@ private:
     bool hasScreen_;
     std::unique_ptr<std::FILE, CloseFile> csvFile_;
     std::FILE* csv_ = nullptr;
+    std::optional<WideRows> wideRows_;
     // On the screen: the latest messages, each with what it is about.
     struct Message {
         std::string about;

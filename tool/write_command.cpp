@@ -5,8 +5,8 @@
 #include <memory>
 
 #include "session/write_words.h"
-#include "tool/defaults.h"
-#include "tool/live_command.h"
+#include "tool/json_output.h"
+#include "tool/line_source.h"
 
 namespace dov417 {
 
@@ -16,6 +16,7 @@ struct WriteOptions {
     LineOptions line;
     ItemOptions items; // without addresses of its own
     std::vector<std::string> assignments;
+    bool json = false;
 };
 
 std::vector<std::string> splitAtCommas(const std::string& text)
@@ -36,13 +37,49 @@ WriteTask parseAssignment(const Items& items, const std::string& text)
     const std::size_t equals = text.find('=');
     if (equals == std::string::npos)
         throw UsageFailure(text + ": a write is ADDRESS=VALUE[,VALUE...], as in R_W:100=1500");
-    return writeTask(items.find(text.substr(0, equals), Access::write),
-                     splitAtCommas(text.substr(equals + 1)));
+    const Item item = items.findAll(text.substr(0, equals), Access::write).front();
+    const std::string written = text.substr(equals + 1);
+    return writeTask(item, item.address.width == Width::text ? std::vector<std::string>{written}
+                                                             : splitAtCommas(written));
 }
 
-int runWrite(const WriteOptions& options)
+const char* keyOf(WriteResult result)
 {
-    const Library library(options.line.library);
+    switch (result) {
+    case WriteResult::waiting:
+        return "interrupted";
+    case WriteResult::confirmed:
+        return "confirmed";
+    case WriteResult::sent:
+        return "sent";
+    case WriteResult::refused:
+        return "refused";
+    case WriteResult::unread:
+        return "unread";
+    case WriteResult::different:
+        return "different";
+    }
+    return "";
+}
+
+OutputJson taskJson(const Library& library, const WriteTask& task, const std::string& interruption)
+{
+    OutputJson object = itemJson(library, task.item);
+    addValues(object, "values", task.item, task.data);
+    object["result"] = keyOf(task.result);
+    const std::string reason = task.result == WriteResult::waiting ? interruption : task.reason;
+    if (!reason.empty())
+        object["reason"] = reason;
+    if (!task.before.empty())
+        addValues(object, "before", task.item, task.before);
+    if (!task.after.empty())
+        addValues(object, "after", task.item, task.after);
+    return object;
+}
+
+int runWrite(LineSource& line, const WriteOptions& options)
+{
+    const Library& library = line.library();
     const Items known(library, options.items.source);
     std::vector<WriteTask> tasks;
     std::vector<Item> items;
@@ -50,9 +87,12 @@ int runWrite(const WriteOptions& options)
         tasks.push_back(parseAssignment(known, assignment));
         items.push_back(tasks.back().item);
     }
-    requireUntornValues(library, items, options.line.mergeGap());
-    LiveCommand live(library, options.line, items);
+    const int gap = line.options().mergeGap();
+    requireUntornValues(library, items, gap);
+    LiveCommand& live = line.take(items, gap);
     live.endWithoutPort();
+    if (options.json)
+        live.countInJson();
     live.open();
     WriteJob writes(live.session(), [&live]() { live.end(); });
     writes.start(tasks);
@@ -62,6 +102,10 @@ int runWrite(const WriteOptions& options)
     for (const WriteTask& task : writes.tasks()) {
         const bool done = task.result == WriteResult::confirmed || task.result == WriteResult::sent;
         complete = complete && done;
+        if (options.json)
+            sayJson(taskJson(library, task, live.interruption()));
+        if (options.json && done)
+            continue;
         std::fprintf(done ? stdout : stderr, "%s%s\n",
                      done ? "" : "dov417: ", writeReport(task, live.interruption()).c_str());
     }
@@ -70,7 +114,7 @@ int runWrite(const WriteOptions& options)
 
 } // namespace
 
-void addWriteCommand(CLI::App& app, Action& chosen)
+void addWriteCommand(CLI::App& app, Action& chosen, LineSource* shared)
 {
     const auto options = std::make_shared<WriteOptions>();
     CLI::App* command =
@@ -82,8 +126,8 @@ void addWriteCommand(CLI::App& app, Action& chosen)
         ->option_text("ADDRESS=VALUE...")
         ->required();
     addItemOptions(*command, options->items);
-    addLineOptions(*command, options->line);
-    addDefaults(*command, {&options->line, &options->items.source.tags}, chosen);
+    addJsonFlag(*command, chosen, options->json);
+    addLineUse(*command, options->line, options->items, chosen, shared);
     command->footer(
         "Bits go out one at a time: a run of coil bits in one request would miss its area. The "
         "other bits of an R register keep their state: it is read first. A 32-bit value goes out "
@@ -95,8 +139,7 @@ void addWriteCommand(CLI::App& app, Action& chosen)
         "On a real line, --port /dev/ttyUSB0 stands for --simulated.\n"
         "Exits with 1 if a write was refused, given up or does not read back as written, and says "
         "which.");
-    command->callback(
-        [options, &chosen]() { chosen = [options]() { return runWrite(*options); }; });
+    command->callback([options, shared, &chosen]() { chosen = onLine(shared, options, runWrite); });
 }
 
 } // namespace dov417

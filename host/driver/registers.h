@@ -14,10 +14,11 @@ enum class Width {
     bit,
     word,
     doubleWord,
-    quadWord // no register's own: two double words that a format takes for one value
+    quadWord, // no register's own: two double words that a format takes for one value
+    text      // nor this: all words of an address, two characters in each, are one value
 };
 
-// Bits of a bit type, else words, that one value takes.
+// Bits of a bit type, else words, that one value takes; of a text each word of it.
 int unitsOf(Width width);
 
 struct RegisterType {

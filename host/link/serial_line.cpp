@@ -57,7 +57,8 @@ SerialLine::SerialLine(const LineSettings& settings, const LineObserver& observe
     if (address)
         port_ = std::make_unique<NetworkPort>(device, *address, events);
     else
-        port_ = std::make_unique<SerialPort>(device, settings_.wire, events);
+        port_ = std::make_unique<SerialPort>(device, settings_.wire, events, PortUse::talking,
+                                             settings_.direction);
     if (address && address->isModbusTcp)
         exchange_ = std::make_unique<TcpExchange>(line);
     else

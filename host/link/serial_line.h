@@ -22,6 +22,7 @@
 #include "link/line_protocol.h"
 #include "link/port.h"
 #include "link/request_parts.h"
+#include "link/rs485.h"
 #include "link/transmission.h"
 
 namespace dov417 {
@@ -38,6 +39,7 @@ struct LineSettings {
     Micros turnaround{100000}; // what controllers need to digest a broadcast
     Micros replyGap{100000};   // silence after which a reply that has begun is taken to have ended
     Micros horizon{30000000};  // a station begins to answer within it, or not at all
+    Rs485 direction = {};      // of a serial port
     bool mayMark = true;       // function 8 may be used
     bool isShared = true;      // another program may have asked just before the line was opened
     int maxRegisters = learnedMaximum;      // in one request, or 16 coils for each

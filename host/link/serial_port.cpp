@@ -42,10 +42,10 @@ QSerialPort::Parity parityOf(Parity parity)
 
 // QSerialPort takes a relative path for a name of /dev too.
 SerialPort::SerialPort(const QString& device, const SerialFormat& format, const PortEvents& events,
-                       PortUse use)
+                       PortUse use, const Rs485& direction)
     : device_(device.contains(QLatin1Char('/')) ? QFileInfo(device).absoluteFilePath()
                                                 : QStringLiteral("/dev/") + device),
-      format_(format), events_(events), use_(use)
+      format_(format), events_(events), use_(use), direction_(direction)
 {
 }
 
@@ -72,7 +72,8 @@ Opening SerialPort::open(QString* reason)
         return Opening::refused;
     }
     port_ = std::move(port);
-    if (!applyFormat(reason)) {
+    if (!applyFormat(reason) ||
+        (direction_.isWanted && !driveDirection(port_->handle(), device_, direction_, reason))) {
         port_.reset();
         return Opening::refused;
     }

@@ -6,6 +6,7 @@
 
 #include "line/serial_format.h"
 #include "link/port.h"
+#include "link/rs485.h"
 
 class QSerialPort;
 
@@ -20,7 +21,7 @@ class SerialPort : public Port {
 public:
     // A bare name is one of /dev.
     SerialPort(const QString& device, const SerialFormat& format, const PortEvents& events,
-               PortUse use = PortUse::talking);
+               PortUse use = PortUse::talking, const Rs485& direction = {});
     ~SerialPort() override;
 
     Opening open(QString* reason) override;
@@ -41,6 +42,7 @@ private:
     SerialFormat format_;
     PortEvents events_;
     PortUse use_;
+    Rs485 direction_;
     std::unique_ptr<QSerialPort> port_;
 };
 

@@ -40,8 +40,9 @@ struct LineSetup {
     int maxProbeMs = defaultMaxProbeMs; // longest pause before a silent station is asked again
     std::optional<int> gap;             // words; else the default
     int turnaroundMs = defaultTurnaroundMs;
-    bool mayMark = true; // function 8 may be used to tell late replies
-    std::string log;     // file that records the line; empty: none
+    Rs485 direction = {}; // who drives it on a two-wire line
+    bool mayMark = true;  // function 8 may be used to tell late replies
+    std::string log;      // file that records the line; empty: none
     // Where the time-out is not fixed: what a quick station is given at least, a slow one at most.
     std::optional<int> timeoutMinMs; // else the default time-out
     int timeoutMaxMs = defaultMaxTimeoutMs;

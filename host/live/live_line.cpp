@@ -40,6 +40,21 @@ void setTimes(LineSettings& line, const LineSetup& setup)
     line.maxTimeout = std::min(line.maxTimeout, line.horizon);
 }
 
+// A frame goes out so much later than it is handed over.
+void setDirection(LineSettings& line, const LineSetup& setup)
+{
+    if (!setup.direction.isWanted)
+        return;
+    if (setup.simulated || parseNetworkAddress(setup.port))
+        throw UsageFailure((setup.simulated ? "--simulated" : setup.port) +
+                           ": --rs485 is for serial ports of this machine");
+    const std::chrono::milliseconds before(setup.direction.delayBeforeMs);
+    line.direction = setup.direction;
+    line.timeout += before;
+    line.maxTimeout += before;
+    line.turnaround += before;
+}
+
 } // namespace
 
 LineSettings listeningSettings(const Library& library, const LineSetup& setup)
@@ -72,9 +87,10 @@ LiveLine::LiveLine(const Library& library, const LineSetup& setup, const std::se
     }
     settings_.device = QString::fromStdString(port);
     setTimes(settings_, setup);
+    settings_.turnaround = std::chrono::milliseconds(setup.turnaroundMs);
+    setDirection(settings_, setup);
     settings_.maxProbePause = std::chrono::milliseconds(setup.maxProbeMs);
     settings_.mayMark = setup.mayMark;
-    settings_.turnaround = std::chrono::milliseconds(setup.turnaroundMs);
     settings_.maxRegisters = setup.maxRegisters.value_or(learnedMaximum);
     settings_.stationMaxRegisters = setup.stationMaxRegisters;
     if (settings_.maxRegisters > maxWordsOfARead && isModbusTcp(port))

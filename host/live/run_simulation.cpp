@@ -26,6 +26,17 @@ std::string stopped(simulator::Simulation& simulation)
 
 void runSimulation(const simulator::SimulationOptions& options)
 {
+    runSimulation(options,
+                  {[](const std::string& port) {
+                       // Whoever started this waits for the line that names the port.
+                       std::printf("port %s\n", port.c_str());
+                       std::fflush(stdout);
+                   },
+                   [](const std::string& report) { std::printf("%s\n", report.c_str()); }});
+}
+
+void runSimulation(const simulator::SimulationOptions& options, const SimulationTeller& teller)
+{
     simulator::Simulation simulation(options);
     QEventLoop loop;
     std::string lost;
@@ -36,12 +47,10 @@ void runSimulation(const simulator::SimulationOptions& options)
                          lost = reason.toStdString();
                          loop.quit();
                      });
-    // Whoever started this waits for the line that names the port.
-    std::printf("port %s\n", simulation.portName().c_str());
-    std::fflush(stdout);
+    teller.started(simulation.portName());
     loop.exec();
     const std::string unwritten = stopped(simulation);
-    std::printf("%s\n", simulation.report().c_str());
+    teller.ended(simulation.report());
     if (!lost.empty())
         throw Failure(lost);
     if (!unwritten.empty())

@@ -68,6 +68,7 @@ Shutdown::Shutdown(std::function<void()> asked) : asked_(std::move(asked))
         if (read(channel[0], &byte, 1) != 1)
             return;
         install(handle);
+        signalNumber_ = byte;
         const bool isHangUp = byte == SIGHUP;
         if (!isHangUp || !hasHungUp_)
             asked_();

@@ -20,6 +20,12 @@ public:
     Shutdown(const Shutdown&) = delete;
     Shutdown& operator=(const Shutdown&) = delete;
 
+    // The signal that asked last.
+    int signalNumber() const
+    {
+        return signalNumber_;
+    }
+
     // Called before a second signal ends the program at once: it may do what a signal handler may.
     // Null: nothing is.
     static void setLastWords(void (*lastWords)());
@@ -28,6 +34,7 @@ private:
     std::function<void()> asked_;
     std::unique_ptr<QSocketNotifier> notifier_;
     bool hasHungUp_ = false;
+    int signalNumber_ = 0;
 };
 
 } // namespace dov417

@@ -4,7 +4,7 @@
 
 namespace dov417 {
 
-LineScan::LineScan(const QString& device, const ScanSettings& settings,
+LineScan::LineScan(const QString& device, const Rs485& direction, const ScanSettings& settings,
                    const ScanQuestions& questions, const LineScanEvents& events)
     : events_(events), port_(device, settings.lines.front(),
                              {nullptr, nullptr,
@@ -16,7 +16,8 @@ LineScan::LineScan(const QString& device, const ScanSettings& settings,
                                   isOpen_ = false;
                                   timer_.cancel();
                                   events_.ended("port " + port_.name().toStdString() + " is gone");
-                              }}),
+                              }},
+                             PortUse::talking, direction),
       timer_([this]() { scan_.timerDue(Clock::now()); }),
       scan_(settings, questions,
             {[this](const SerialFormat& line) {

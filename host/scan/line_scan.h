@@ -27,8 +27,8 @@ struct LineScanEvents {
 
 class LineScan {
 public:
-    LineScan(const QString& device, const ScanSettings& settings, const ScanQuestions& questions,
-             const LineScanEvents& events);
+    LineScan(const QString& device, const Rs485& direction, const ScanSettings& settings,
+             const ScanQuestions& questions, const LineScanEvents& events);
 
     // Throws a Failure if the port cannot be had.
     void start();

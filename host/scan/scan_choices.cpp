@@ -49,7 +49,9 @@ std::vector<int> parseStations(const std::string& text)
 {
     std::vector<int> stations;
     for (const QString& part : QString::fromStdString(text).split(QLatin1Char(','))) {
-        const QStringList ends = part.split(QLatin1String(".."));
+        const auto dash = part.indexOf(QLatin1Char('-'), 1); // as other programs write a range
+        const QStringList ends = dash > 0 ? QStringList{part.left(dash), part.mid(dash + 1)}
+                                          : part.split(QLatin1String(".."));
         if (ends.size() > 2)
             station(part, text);
         const int first = station(ends.first(), text);

@@ -4,6 +4,8 @@
 #include <charconv>
 
 #include "session/pieces.h"
+#include "text/address_values.h"
+#include "text/wildcards.h"
 
 namespace dov417 {
 
@@ -36,7 +38,8 @@ Address inFourWords(const Library& library, const Address& address, bool mayGrow
 FormatChoice merged(const FormatChoice& first, const FormatChoice& second)
 {
     return {first.notation ? first.notation : second.notation,
-            first.order ? first.order : second.order};
+            first.order ? first.order : second.order,
+            first.byteOrder ? first.byteOrder : second.byteOrder};
 }
 
 } // namespace
@@ -57,8 +60,9 @@ Item Items::made(const Tag& tag, const FormatChoice& wish, Access access) const
         const bool isTyped = tag.line == 0 && !tag.isRange;
         if (needsFourWords(chosen) && item.address.width != Width::quadWord)
             item.address = inFourWords(library_, item.address, isTyped);
+        item.address = asText(item.address, chosen);
         if (access == Access::read && !wish.notation && !fits(item.address.width, item.format))
-            item.format = chosenFormat({std::nullopt, chosen.order}, tag.format);
+            item.format = chosenFormat({std::nullopt, chosen.order, chosen.byteOrder}, tag.format);
         requireFormat(item.address.width, item.format);
         item.format.scaling.unit = tag.scaling.unit;
         if (isNumber(item.format.notation))
@@ -96,8 +100,7 @@ std::optional<Item> Items::named(const std::string& name, const FormatChoice& wi
                            std::to_string(last));
     Tag value = *block;
     value.name = name;
-    value.address.length = unitsOf(block->address.width);
-    value.address.first += index * value.address.length;
+    value.address = valueOf(block->address, index);
     return made(value, wish, access);
 }
 
@@ -132,18 +135,24 @@ std::string whyNotFound(const Library& library, const std::string& text, const s
            "with --tags FILE";
 }
 
+struct Items::Wished {
+    std::string name;
+    FormatChoice format;
+};
+
+Items::Wished Items::wished(const std::string& text) const
+{
+    const std::size_t at = text.rfind('@');
+    if (at == std::string::npos || findTag(tags_, text)) // whatever its name holds
+        return {text, FormatChoice()};
+    if (at + 1 == text.size())
+        throw UsageFailure(text + ": the format is missing after '@'");
+    return {text.substr(0, at), parseFormat(text.substr(at + 1))};
+}
+
 Item Items::find(const std::string& text, Access access) const
 {
-    if (findTag(tags_, text)) // whatever its name holds
-        return *named(text, FormatChoice(), access);
-    const std::size_t at = text.rfind('@');
-    const std::string bare = text.substr(0, at);
-    FormatChoice wish;
-    if (at != std::string::npos) {
-        if (at + 1 == text.size())
-            throw UsageFailure(text + ": the format is missing after '@'");
-        wish = parseFormat(text.substr(at + 1));
-    }
+    const auto [bare, wish] = wished(text);
     if (const std::optional<Item> item = named(bare, wish, access))
         return *item;
     if (const std::string why = whyNotFound(library_, bare, source_.tags); !why.empty())
@@ -166,6 +175,21 @@ void Items::requireUse(const std::vector<Item>& items) const
         requireFormat(items.front().address.width, chosenFormat(format_, FormatChoice()));
 }
 
+std::vector<Item> Items::findAll(const std::string& text, Access access) const
+{
+    const auto [name, wish] = wished(text);
+    if (tags_.empty() || !isWildcard(name) || findTag(tags_, name))
+        return {find(text, access)};
+    if (access == Access::write)
+        throw UsageFailure("'" + name + "' stands for several tags; a write names each of them");
+    std::vector<Item> items;
+    for (const Tag& tag : matchingTags(tags_, name))
+        items.push_back(made(tag, wish, access));
+    if (items.empty())
+        throw UsageFailure(source_.tags + " has no tag that '" + name + "' stands for");
+    return items;
+}
+
 std::vector<Item> Items::chosen(const std::vector<std::string>& texts, Access access) const
 {
     if (texts.empty()) {
@@ -177,7 +201,8 @@ std::vector<Item> Items::chosen(const std::vector<std::string>& texts, Access ac
     std::vector<Item> items;
     items.reserve(texts.size());
     for (const std::string& argument : texts)
-        items.push_back(find(argument, access));
+        for (const Item& item : findAll(argument, access))
+            items.push_back(item);
     requireUse(items);
     return items;
 }
@@ -206,13 +231,15 @@ void requireUntornValues(const Library& library, const std::vector<Item>& items,
 {
     const int piece = gap < 1 ? maxWordsOfAWrite : gap;
     for (const Item& item : items)
-        if (piece % unitsOf(item.address.width) != 0 && item.address.length > piece)
-            throw UsageFailure(
-                "with a gap of " + std::to_string(gap) + " the driver cuts writes into pieces of " +
-                std::to_string(piece) + " words, and a value of " + toText(library, item.address) +
-                " in two; take " +
-                (item.address.width == Width::quadWord ? "a multiple of 4" : "an even gap") +
-                " or one of at least " + std::to_string(item.address.length));
+        if (piece % unitsOf(item.address) != 0 && item.address.length > piece)
+            throw UsageFailure("with a gap of " + std::to_string(gap) +
+                               " the driver cuts writes into pieces of " + std::to_string(piece) +
+                               " words, and a value of " + toText(library, item.address) +
+                               " in two; take " +
+                               (item.address.width == Width::text       ? "a gap"
+                                : item.address.width == Width::quadWord ? "a multiple of 4 or a gap"
+                                                                        : "an even gap or one") +
+                               " of at least " + std::to_string(item.address.length));
 }
 
 } // namespace dov417

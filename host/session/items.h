@@ -44,6 +44,9 @@ public:
     // A tag name, one of its values as in "block[2]", or an address, each with "@FORMAT" appended
     // if it is to have a format of its own. Throws a UsageFailure.
     Item find(const std::string& text, Access access) const;
+    // The same, and every tag that a name with * or ? stands for. Throws a UsageFailure if that is
+    // none, or if it is to be written.
+    std::vector<Item> findAll(const std::string& text, Access access) const;
 
     // What these texts name; every tag if there are none. Throws a UsageFailure if that is nothing,
     // or if --format fits none of it: what is read and does not fit keeps its own format.
@@ -55,6 +58,8 @@ public:
 private:
     // wish: what was typed with it, which has to fit.
     Item made(const Tag& tag, const FormatChoice& wish, Access access) const;
+    struct Wished; // a text and the format behind it
+    Wished wished(const std::string& text) const;
     std::optional<Item> named(const std::string& name, const FormatChoice& wish,
                               Access access) const;
     // Throws a UsageFailure where --format fits none of them.

@@ -111,11 +111,11 @@ int PendingRequests::wordsOfAValue(int kind) const
 {
     const auto write = handedInWrites_.find(kind);
     const bool isRead = !reads_.empty() && reads_.front().number == kind;
-    const Width width = write != handedInWrites_.end() ? write->second.address.width
-                        : isRead                       ? reads_.front().address.width
-                                                       : Width::word;
+    const int units = write != handedInWrites_.end() ? unitsOf(write->second.address)
+                      : isRead                       ? unitsOf(reads_.front().address)
+                                                     : 1;
     // Both words of a 32-bit value are read under their word type's name.
-    return std::max(unitsOf(Width::doubleWord), unitsOf(width));
+    return std::max(unitsOf(Width::doubleWord), units);
 }
 
 void PendingRequests::settle(const Transmission& transmission)

@@ -21,7 +21,13 @@ int longest(int maximum, int gap)
 int pieceLength(const Address& address, int maximum, int gap)
 {
     const int limit = longest(maximum, gap);
-    const int units = unitsOf(address.width);
+    const int units = unitsOf(address);
+    if (limit < units && address.width == Width::text)
+        throw UsageFailure("a merge gap of " + std::to_string(gap) + " cuts a text of " +
+                           std::to_string(units) +
+                           " words in two: the gap is also the driver's longest piece of a write "
+                           "or single read; use --gap " +
+                           std::to_string(units) + " or more, or 0");
     if (limit < units && address.width == Width::quadWord)
         throw UsageFailure("a merge gap below 4 cuts 64-bit values in two: the gap is also the "
                            "driver's longest piece of a write or single read; use --gap 4 or more, "
@@ -93,7 +99,7 @@ Address wordsOf(const Address& address)
 std::vector<Address> readPieces(const Address& address, int gap)
 {
     Address words = wordsOf(address);
-    if (address.width == Width::quadWord)
+    if (address.width == Width::quadWord || address.width == Width::text)
         words.width = address.width; // where the link may cut it
     return cut(words, pieceLength(address, maxWordsOfARead, gap));
 }
@@ -108,6 +114,8 @@ Result watchable(const Library& library, const Address& address)
         if (named.width == Width::doubleWord && address.width == Width::quadWord &&
             address.length % unitsOf(address.width) == 0)
             named.width = address.width; // a format may take two of them for a value
+        if (named.width == Width::word && address.width == Width::text)
+            named.width = address.width; // or all words for one
         if (!(named == address))
             return Result::refused(text + " is no address of its register type");
     } catch (const Failure& failure) {

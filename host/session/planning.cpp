@@ -271,7 +271,7 @@ std::vector<Stretch> Planner::divided(const Plan& plan) const
     const Coverage coverage(plan);
     std::vector<Stretch> values;
     for (const Address& address : addresses_) {
-        const int units = unitsOf(address.width);
+        const int units = unitsOf(address);
         if (units == 1)
             continue;
         const Place place = placeOf(address.station, address.regName);

@@ -8,6 +8,7 @@
 
 #include "line/json_error.h"
 #include "line/replace_file.h"
+#include "text/address_values.h"
 #include "text/json_value.h"
 #include "text/text_file.h"
 
@@ -61,24 +62,23 @@ Json parseFile(const std::string& file)
 // be no BCD number, or a float that is none.
 Format formatOf(const std::string& text, Format format)
 {
-    if (text.compare(0, 2, "0x") == 0)
+    if (format.notation != Notation::text && text.compare(0, 2, "0x") == 0)
         return {Notation::hex, format.order};
     return format;
 }
 
 // One value so that it reads back as the same bytes.
-std::string exactText(const Item& item, const unsigned char* bytes)
+std::string exactText(const Address& value, const Format& format, const unsigned char* bytes)
 {
-    const Width width = item.address.width;
-    std::string text = valueTexts(width, item.format, bytes, 1).front();
+    std::string text = valueTexts(value, format, bytes).front();
     try {
-        const auto again = valueBytes(width, formatOf(text, item.format), {text});
+        const auto again = valueBytes(value, formatOf(text, format), {text});
         if (std::equal(again.begin(), again.end(), bytes))
             return text;
     } catch (const UsageFailure&) {
         // not to be read back at all
     }
-    return valueTexts(width, formatOf("0x", item.format), bytes, 1).front();
+    return valueTexts(value, formatOf("0x", format), bytes).front();
 }
 
 RecipeEntry entryOf(const Item& item, const Json& values)
@@ -86,8 +86,11 @@ RecipeEntry entryOf(const Item& item, const Json& values)
     const std::vector<std::string> texts = textsOf(values);
     requireCount(valueCount(item.address), texts);
     RecipeEntry entry{item, {}};
+    if (item.address.width == Width::text && !values.is_string())
+        throw UsageFailure("a text is written in quotes");
     for (const std::string& text : texts) {
-        const auto bytes = valueBytes(item.address.width, formatOf(text, item.format), {text});
+        const auto bytes =
+            valueBytes(valueOf(item.address, 0), formatOf(text, item.format), {text});
         entry.data.insert(entry.data.end(), bytes.begin(), bytes.end());
     }
     requireWithinLimits(item, entry.data);
@@ -116,9 +119,11 @@ void writeRecipe(const std::string& file, const std::vector<RecipeEntry>& entrie
     Json json = Json::object();
     for (const RecipeEntry& entry : entries) {
         Json values = Json::array();
-        for (int i = 0; i < valueCount(entry.item.address); ++i)
-            values.push_back(jsonValue(
-                exactText(entry.item, entry.data.data() + byteCount(entry.item.address.width, i))));
+        const Address value = valueOf(entry.item.address, 0);
+        for (std::size_t at = 0; at < entry.data.size();
+             at += static_cast<std::size_t>(byteCount(value)))
+            values.push_back(
+                jsonValue(exactText(value, entry.item.format, entry.data.data() + at)));
         json[entry.item.name] = values.size() == 1 ? values.front() : values;
     }
     const std::string text = json.dump(2) + "\n";

@@ -40,6 +40,9 @@ int pieceLength(const Address& run, int done, const WholeValues& wholeValues)
     int length = std::min(maxWordsOfAWrite - maxWordsOfAWrite % 2, run.length - done);
     while (length > 1 && wholeValues.goOn(run.station, run.regName, run.first + done + length))
         --length;
+    if (wholeValues.goOn(run.station, run.regName, run.first + done + length))
+        throw UsageFailure("values overlap so that no request holds them whole: move them in "
+                           "recipes of their own");
     return length;
 }
 

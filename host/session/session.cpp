@@ -3,7 +3,7 @@
 #include <QMetaType>
 
 #include "session/driver_keys.h"
-#include "text/values.h"
+#include "text/address_values.h"
 
 namespace dov417 {
 
@@ -103,7 +103,12 @@ const SessionSettings& Session::settings() const
 void Session::setSettings(const SessionSettings& settings)
 {
     settings_ = settings;
-    restartDriver("the settings were changed");
+    endRequests("the settings were changed");
+}
+
+void Session::endRequests(const std::string& reason)
+{
+    restartDriver(reason);
     views_.makeOld();
     tellChanges();
     tellings_.tell();
@@ -253,8 +258,7 @@ std::size_t Session::recipeWordsMoved() const
 
 std::vector<unsigned char> Session::cachedBytes(const Address& address) const
 {
-    std::vector<unsigned char> bytes(
-        static_cast<std::size_t>(byteCount(address.width, valueCount(address))));
+    std::vector<unsigned char> bytes(static_cast<std::size_t>(byteCount(address)));
     library_.intf_getData(address.station, QString::fromStdString(address.regName), address.first,
                           address.length, bytes.data());
     return bytes;

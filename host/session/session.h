@@ -79,6 +79,8 @@ public:
     // Other settings end every write, read and recipe, too, but the values are the same
     // controller's still: they are old until they have been read again.
     void setSettings(const SessionSettings& settings);
+    // Ends what is under way in the same manner, and keeps the settings.
+    void endRequests(const std::string& reason);
 
     // Polls these addresses from now on, and nothing else; the views are their values one by one.
     // Values, times and counts of addresses that stay are kept. Refused if one of them cannot be

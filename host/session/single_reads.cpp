@@ -34,12 +34,12 @@ piecesOf(const std::vector<Address>& addresses, int gap)
     std::vector<std::size_t> order(addresses.size());
     std::iota(order.begin(), order.end(), 0);
     std::stable_sort(order.begin(), order.end(), [&addresses](std::size_t a, std::size_t b) {
-        return unitsOf(addresses.at(a).width) < unitsOf(addresses.at(b).width);
+        return unitsOf(addresses.at(a)) < unitsOf(addresses.at(b));
     });
     for (const std::size_t i : order) {
         for (const Address& piece : readPieces(addresses.at(i), gap)) {
             const PieceKey place{piece.station, piece.regName, piece.first, piece.length,
-                                 unitsOf(addresses.at(i).width)};
+                                 unitsOf(addresses.at(i))};
             const auto [entry, isNew] = places.try_emplace(place, pieces.size());
             if (isNew)
                 pieces.push_back({piece, {}});
@@ -49,10 +49,27 @@ piecesOf(const std::vector<Address>& addresses, int gap)
     return pieces;
 }
 
-bool overlap(const Address& a, const Address& b)
+// Does a value of so many words begin at `first` and lie neither beside `with` nor within one value
+// of it?
+bool isAcross(int first, int units, const Address& with)
 {
-    return a.station == b.station && areaOf(a.regName) == areaOf(b.regName) &&
-           a.first < b.first + b.length && b.first < a.first + a.length;
+    const int begin = first - with.first;
+    const int end = begin + units;
+    if (end <= 0 || begin >= with.length)
+        return false;
+    return begin < 0 || end > with.length || begin / unitsOf(with) != (end - 1) / unitsOf(with);
+}
+
+bool isTornBy(const Address& values, const Address& with)
+{
+    const int units = unitsOf(values);
+    if (units > unitsOf(with) || values.station != with.station ||
+        areaOf(values.regName) != areaOf(with.regName))
+        return false;
+    for (int unit = 0; unit < values.length; unit += units)
+        if (isAcross(values.first + unit, units, with))
+            return true;
+    return false;
 }
 
 // A value of several words is to be of one reply. The widest are read last, so that of values
@@ -61,17 +78,12 @@ void markTorn(const std::vector<Address>& addresses, ReadProblems& problems)
 {
     std::vector<std::size_t> wide;
     for (std::size_t i = 0; i < addresses.size(); ++i)
-        if (unitsOf(addresses.at(i).width) > 1)
+        if (unitsOf(addresses.at(i)) > 1)
             wide.push_back(i);
     for (const std::size_t i : wide)
-        for (const std::size_t other : wide) {
-            const Address& value = addresses.at(i);
-            const Address& with = addresses.at(other);
-            const int units = unitsOf(value.width);
-            if (problems.at(i).empty() && units <= unitsOf(with.width) && overlap(value, with) &&
-                (value.first - with.first) % units != 0)
+        for (const std::size_t other : wide)
+            if (problems.at(i).empty() && isTornBy(addresses.at(i), addresses.at(other)))
                 problems.at(i) = "its words belong to two values of others: read it alone";
-        }
 }
 
 } // namespace

@@ -2,13 +2,15 @@
 
 #include <algorithm>
 
+#include "text/address_values.h"
+
 namespace dov417 {
 
 namespace {
 
 std::string textOf(const View& view, const ViewLabel& label, const ValueBytes& value)
 {
-    return valueTexts(view.address.width, label.format, value.data(), 1).front();
+    return valueTexts(view.address, label.format, value.data()).front();
 }
 
 } // namespace

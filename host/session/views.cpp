@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "text/address_values.h"
+
 namespace dov417 {
 
 namespace {
@@ -17,7 +19,7 @@ bool isTorn(const Address& value, const Address& written)
 {
     const Words words = wordsOf(value.width, value.first, value.length);
     const Words part = wordsOf(written.width, written.first, written.length);
-    return value.width == Width::quadWord &&
+    return (value.width == Width::quadWord || value.width == Width::text) &&
            (words.first < part.first || part.first + part.count < words.first + words.count);
 }
 
@@ -77,12 +79,13 @@ void Views::replace(const std::vector<Address>& addresses, const std::vector<Add
 void Views::add(const Address& range, const std::map<ValueKey, std::size_t>& places,
                 const std::vector<View>& before, const std::vector<Standing>& standing)
 {
-    const int step = unitsOf(range.width);
+    const int step = unitsOf(range);
     for (int unit = 0; unit + step <= range.length; unit += step) {
         View view;
         view.address = range;
         view.address.first = range.first + unit;
         view.address.length = step;
+        view.value.resize(static_cast<std::size_t>(byteCount(view.address)));
         Standing own;
         const auto known = places.find(viewKey(view.address));
         if (known != places.end()) {
@@ -119,7 +122,7 @@ void Views::forEachIn(const Request& request, Call call)
 bool Views::read(std::size_t index)
 {
     View& view = views_.at(index);
-    ValueBytes value{};
+    ValueBytes value(static_cast<std::size_t>(byteCount(view.address)));
     library_.intf_getData(view.address.station, QString::fromStdString(view.address.regName),
                           view.address.first, view.address.length, value.data());
     if (view.hasValue && value == view.value)
@@ -191,8 +194,8 @@ void Views::count(const Address& address, int step)
 }
 
 // The writes of one word go to the driver one by one, so with an outcome the cache is the
-// controller's again; of a double word once both halves have theirs. A value of four words of which
-// some were written waits for the reply that has them all.
+// controller's again; of a double word once both halves have theirs. A longer value of which some
+// words were written waits for the reply that has them all.
 void Views::countWrite(const Address& address, int step)
 {
     count(address, step);
@@ -235,6 +238,7 @@ void Views::forget(std::size_t index)
     View fresh;
     fresh.address = view.address;
     fresh.writes = view.writes;
+    fresh.value.resize(view.value.size());
     const bool had = view.hasValue;
     view = fresh;
     if (had)

@@ -2,7 +2,6 @@
 #ifndef DOV417_SESSION_VIEWS_H
 #define DOV417_SESSION_VIEWS_H
 
-#include <array>
 #include <map>
 #include <set>
 #include <string>
@@ -16,8 +15,8 @@
 
 namespace dov417 {
 
-// A bit in one byte, a word in two, a double word in four, two of them in eight.
-using ValueBytes = std::array<unsigned char, 8>;
+// A bit in one byte, else two bytes a word, as intf_getData() gives them.
+using ValueBytes = std::vector<unsigned char>;
 
 enum class Quality {
     neverRead,
@@ -32,9 +31,9 @@ struct View {
     Address address; // of this one value
     bool hasValue = false;
     bool isOld = false;
-    int writes = 0;     // of this session, under way
-    ValueBytes value{}; // as intf_getData() gives them
-    ValueBytes previous{};
+    int writes = 0; // of this session, under way
+    ValueBytes value;
+    ValueBytes previous;
     long long changes = 0;
     Clock::time_point lastGood{}; // last confirmed by the controller
     Clock::time_point lastChange{};

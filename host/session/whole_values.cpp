@@ -6,7 +6,7 @@ WholeValues::WholeValues(const std::vector<Address>& addresses)
 {
     for (const Address& address : addresses)
         for (int word = 1; word < address.length; ++word)
-            if (word % unitsOf(address.width) != 0)
+            if (word % unitsOf(address) != 0)
                 inside_.insert({address.station, areaOf(address.regName), address.first + word});
 }
 

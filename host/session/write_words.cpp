@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "text/address_values.h"
+
 namespace dov417 {
 
 namespace {
@@ -10,8 +12,7 @@ namespace {
 std::string joined(const Item& item, const std::vector<unsigned char>& bytes)
 {
     std::string text;
-    for (const std::string& value :
-         valueTexts(item.address.width, item.format, bytes.data(), valueCount(item.address)))
+    for (const std::string& value : valueTexts(item.address, item.format, bytes.data()))
         text += (text.empty() ? "" : " ") + value;
     return withUnit(text, item.format);
 }
@@ -43,6 +44,8 @@ std::string rangeText(const Item& item)
     switch (item.format.notation) {
     case Notation::boolean:
         return "true or false";
+    case Notation::text:
+        return "a text of at most " + std::to_string(byteCount(item.address)) + " characters";
     case Notation::unsignedNumber:
     case Notation::signedNumber:
         return width == Width::bit ? "0 or 1" : wholeNumbers(width, item.format);
@@ -56,8 +59,7 @@ WriteTask writeTask(const Item& item, const std::vector<std::string>& values)
     WriteTask task;
     task.item = item;
     try {
-        requireCount(valueCount(item.address), values);
-        task.data = valueBytes(item.address.width, item.format, values);
+        task.data = valueBytes(item.address, item.format, values);
         requireWithinLimits(item, task.data);
     } catch (const UsageFailure& failure) {
         throw UsageFailure(item.name + ": " + failure.what());

@@ -134,9 +134,14 @@ bool operator==(const Address& a, const Address& b)
            std::tie(b.station, b.regName, b.width, b.first, b.length);
 }
 
+int unitsOf(const Address& address)
+{
+    return address.width == Width::text ? address.length : unitsOf(address.width);
+}
+
 int valueCount(const Address& address)
 {
-    return address.length / unitsOf(address.width);
+    return address.length / unitsOf(address);
 }
 
 AddressFailure::AddressFailure(const std::string& text, const std::string& why_,

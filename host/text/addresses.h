@@ -22,10 +22,12 @@ struct Address {
     std::string regName;
     Width width = Width::word;
     int first = 0;  // bit number for bit types, else word number
-    int length = 1; // bits for bit types, else words: see unitsOf()
+    int length = 1; // bits for bit types, else words
 };
 bool operator==(const Address& a, const Address& b);
 
+// Bits of a bit type, else words, that each of its values takes.
+int unitsOf(const Address& address);
 // Of ASCII letters.
 std::string inLowerCase(std::string text);
 

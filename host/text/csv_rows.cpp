@@ -108,10 +108,11 @@ std::string withoutByteOrderMark(const std::string& text)
 
 } // namespace
 
-std::vector<Row> csvRows(const std::string& text, const std::string& file)
+CsvRows csvRows(const std::string& text, const std::string& file)
 {
     const std::string content = withoutByteOrderMark(text);
-    return Parser(delimiterOf(content)).rows(content, Place{file, 1});
+    const char delimiter = delimiterOf(content);
+    return {Parser(delimiter).rows(content, Place{file, 1}), delimiter};
 }
 
 } // namespace dov417

@@ -32,9 +32,14 @@ struct Place {
     }
 };
 
+struct CsvRows {
+    std::vector<Row> rows;
+    char delimiter;
+};
+
 // Fields end with a comma, a semicolon or a tab, as those of the first row do. A byte order mark,
 // empty lines and lines that begin with # are left out. Throws a UsageFailure; `file` names it.
-std::vector<Row> csvRows(const std::string& text, const std::string& file);
+CsvRows csvRows(const std::string& text, const std::string& file);
 
 } // namespace dov417
 

@@ -38,15 +38,16 @@ bool operator==(const Format& a, const Format& b)
     const auto parts = [](const Format& format) {
         const Scaling& scaling = format.scaling;
         return std::tie(format.notation, format.order, scaling.scale, scaling.offset,
-                        scaling.decimals, scaling.unit);
+                        scaling.decimals, scaling.unit, format.byteOrder);
     };
     return parts(a) == parts(b);
 }
 
 const std::vector<std::string>& notationNames()
 {
-    static const std::vector<std::string> names = {
-        "unsigned", "signed", "hex", "bcd", "float", "int64", "uint64", "double", "bool", "binary"};
+    static const std::vector<std::string> names = {"unsigned", "signed", "hex",    "bcd",
+                                                   "float",    "int64",  "uint64", "double",
+                                                   "bool",     "binary", "text"};
     return names;
 }
 
@@ -77,7 +78,8 @@ FormatChoice parseFormat(const std::string& text)
                            joined(notationNames()));
     choice.notation = static_cast<Notation>(index);
     if (colon != std::string::npos)
-        choice.order = parseWordOrder(text.substr(colon + suffix.size()));
+        (choice.notation == Notation::text ? choice.byteOrder : choice.order) =
+            parseWordOrder(text.substr(colon + suffix.size()));
     return choice;
 }
 
@@ -87,13 +89,14 @@ Format chosenFormat(const FormatChoice& first, const FormatChoice& second)
     Format format;
     format.notation = first.notation.value_or(second.notation.value_or(byDefault.notation));
     format.order = first.order.value_or(second.order.value_or(byDefault.order));
+    format.byteOrder = first.byteOrder.value_or(second.byteOrder.value_or(byDefault.byteOrder));
     return format;
 }
 
 bool isNumber(Notation notation)
 {
     return notation != Notation::hex && notation != Notation::binary &&
-           notation != Notation::boolean;
+           notation != Notation::boolean && notation != Notation::text;
 }
 
 bool needsFourWords(const FormatChoice& choice)
@@ -103,6 +106,8 @@ bool needsFourWords(const FormatChoice& choice)
 
 bool fits(Width width, const Format& format)
 {
+    if (width == Width::text || format.notation == Notation::text)
+        return width == Width::text && format.notation == Notation::text;
     if (format.notation == Notation::real)
         return width == Width::doubleWord;
     if (width == Width::quadWord)
@@ -116,10 +121,14 @@ void requireFormat(Width width, const Format& format)
     if (fits(width, format))
         return;
     const std::string name = notationNames().at(static_cast<std::size_t>(format.notation));
+    if (format.notation == Notation::text)
+        throw UsageFailure(name + " needs a word register, at most " +
+                           std::to_string(maxWordsOfAText) + " words of it");
     throw UsageFailure(
-        name + (isFourWords(format.notation) ? " needs four words of a double word register"
-                : width == Width::quadWord   ? " does not fit values of four words"
-                                             : " needs the 32 bits of a double word register"));
+        name + (width == Width::text           ? " does not fit a text"
+                : isFourWords(format.notation) ? " needs four words of a double word register"
+                : width == Width::quadWord     ? " does not fit values of four words"
+                                               : " needs the 32 bits of a double word register"));
 }
 
 std::string withUnit(const std::string& text, const Format& format)

@@ -11,6 +11,9 @@
 
 namespace dov417 {
 
+// A text of more would not fit one request, with which it is written whole.
+constexpr int maxWordsOfAText = 120;
+
 enum class Notation {
     unsignedNumber,
     signedNumber,
@@ -21,7 +24,8 @@ enum class Notation {
     uint64,
     real64,
     boolean,
-    binary
+    binary,
+    text // needs a range of words
 };
 
 // Which word of a longer value has the lowest address: its low one, or its high one. The same on
@@ -47,7 +51,8 @@ struct Scaling {
 struct Format {
     Notation notation = Notation::unsignedNumber;
     WordOrder order = WordOrder::lowFirst;
-    Scaling scaling = {}; // of numbers: hex, bool and binary show what the controller holds
+    Scaling scaling = {}; // of numbers: all else shows what the controller holds
+    WordOrder byteOrder = WordOrder::highFirst; // of texts: which half of a word comes first
 };
 bool operator==(const Format& a, const Format& b);
 
@@ -55,16 +60,19 @@ bool operator==(const Format& a, const Format& b);
 struct FormatChoice {
     std::optional<Notation> notation;
     std::optional<WordOrder> order;
+    std::optional<WordOrder> byteOrder = {};
 };
 
 // One of notationNames(), each with ":low-first" or ":high-first" appended
-// where the word order matters. Empty: no choice. Throws a UsageFailure.
+// where the word order matters, or for a text that of a word's characters. Empty: no choice. Throws
+// a UsageFailure.
 FormatChoice parseFormat(const std::string& text);
 WordOrder parseWordOrder(const std::string& text);
 const std::vector<std::string>& notationNames();
 const std::vector<std::string>& wordOrderNames();
 
-// The first that decides wins; unsigned and low-first if none does.
+// The first that decides wins; unsigned and low-first if none does, and a text's high byte first,
+// as it comes over the line.
 Format chosenFormat(const FormatChoice& first, const FormatChoice& second);
 
 // Is it a number that can be scaled?

@@ -3,6 +3,8 @@
 #include <cmath>
 #include <cstdint>
 
+#include "text/characters.h"
+
 namespace dov417 {
 
 namespace {
@@ -21,6 +23,8 @@ bool isNoJsonNumber(const std::string& text)
 
 Json jsonValue(const std::string& text)
 {
+    if (!text.empty() && text.front() == '"')
+        return withoutQuotes(text);
     if (isNoJsonNumber(text))
         return nullptr;
     Json number = Json::parse(text, nullptr, false);

@@ -16,9 +16,10 @@ namespace {
 
 std::string hexText(std::uint64_t value, Width width)
 {
-    char text[32];
-    std::snprintf(text, sizeof text, "0x%0*llX", (bitsOf(width) + bitsPerDigit - 1) / bitsPerDigit,
-                  static_cast<unsigned long long>(value));
+    std::string text = "0x";
+    for (int shift = (bitsOf(width) - 1) / bitsPerDigit * bitsPerDigit; shift >= 0;
+         shift -= bitsPerDigit)
+        text += "0123456789ABCDEF"[value >> shift & 0xF];
     return text;
 }
 

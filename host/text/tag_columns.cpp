@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "line/failure.h"
+#include "text/address_values.h"
 
 namespace dov417 {
 
@@ -41,19 +42,16 @@ void requireName(const std::string& name)
         throw UsageFailure(std::string("a name cannot hold '") + name[bad] + "'");
 }
 
-// Numbers with a comma for their point come from files whose fields end otherwise.
 std::optional<double> numberIn(const TagTexts& texts, TagColumn column)
 {
-    std::string text = texts.at(column);
+    const std::string& text = texts.at(column);
     if (text.empty())
         return std::nullopt;
-    if (const std::size_t comma = text.find(','); comma != std::string::npos)
-        text[comma] = '.';
     double number = 0;
     const char* const end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, number);
     if (error != std::errc() || stop != end || !std::isfinite(number))
-        throw UsageFailure("'" + texts.at(column) + "' is no number");
+        throw UsageFailure("'" + text + "' is no number");
     return number;
 }
 
@@ -67,7 +65,7 @@ void readMeaning(Tag& tag, const TagTexts& texts, TagColumn& column)
         const std::optional<double> value = numberIn(texts, which);
         if (value && !isOfNumber)
             throw UsageFailure(
-                "only a number has one: no bit, and no value in hex, binary or bool");
+                "only a number has one: no bit, no text, and no value in hex, binary or bool");
         return value;
     };
     if (const auto scale = number(scaleColumn)) {
@@ -124,6 +122,7 @@ Tag parsedTag(const Library& library, const TagTexts& texts, TagColumn& column)
     column = formatColumn;
     if (doubleWords == 2 && tag.address.width == Width::doubleWord)
         tag.address.width = Width::quadWord;
+    tag.address = asText(tag.address, tag.format);
     requireFormat(tag.address.width, chosenFormat(tag.format, FormatChoice()));
     readMeaning(tag, texts, column);
     return tag;

@@ -8,6 +8,7 @@
 #include "text/json_tags.h"
 #include "text/tag_columns.h"
 #include "text/text_file.h"
+#include "text/wildcards.h"
 
 namespace dov417 {
 
@@ -16,7 +17,8 @@ namespace {
 // Which field of a row holds which column; -1: the file has no such column.
 class Header {
 public:
-    Header(const Row& row, const Place& place) : names_(row.fields)
+    Header(const Row& row, const Place& place, bool mayHaveCommas)
+        : names_(row.fields), mayHaveCommas_(mayHaveCommas)
     {
         places_.fill(-1);
         for (std::size_t i = 0; i < row.fields.size(); ++i) {
@@ -38,8 +40,13 @@ public:
     std::string text(const Row& row, TagColumn column) const
     {
         const int at = places_[column];
-        return at >= 0 && std::size_t(at) < row.fields.size() ? row.fields[std::size_t(at)]
-                                                              : std::string();
+        std::string text = at >= 0 && std::size_t(at) < row.fields.size()
+                               ? row.fields[std::size_t(at)]
+                               : std::string();
+        const std::size_t comma = text.find(',');
+        if (mayHaveCommas_ && isNumber(column) && comma != std::string::npos)
+            text[comma] = '.';
+        return text;
     }
     std::string name(std::size_t field) const
     {
@@ -57,8 +64,15 @@ public:
     }
 
 private:
+    static bool isNumber(TagColumn column)
+    {
+        return column == scaleColumn || column == offsetColumn || column == minColumn ||
+               column == maxColumn;
+    }
+
     std::vector<std::string> names_;
     std::array<int, tagColumnCount> places_;
+    bool mayHaveCommas_; // for the points of numbers: not where a comma ends a field
 };
 
 // The tag of a row.
@@ -118,11 +132,12 @@ std::vector<Tag> readTags(const Library& library, const std::string& file)
 
 std::vector<Tag> parseTags(const Library& library, const std::string& text, const std::string& file)
 {
-    const std::vector<Row> rows = csvRows(text, file);
+    const CsvRows csv = csvRows(text, file);
+    const std::vector<Row>& rows = csv.rows;
     if (rows.empty())
         Place{file, 1}.refuse("the header is missing: name,station,register,address,count,format,"
                               "comment");
-    const Header header(rows.front(), Place{file, rows.front().line});
+    const Header header(rows.front(), Place{file, rows.front().line}, csv.delimiter != ',');
 
     std::vector<Tag> tags;
     std::map<std::string, int> lineOfName;
@@ -149,6 +164,15 @@ std::string limitText(double limit)
 {
     char text[64];
     return std::string(text, std::to_chars(text, text + sizeof text, limit).ptr);
+}
+
+std::vector<Tag> matchingTags(const std::vector<Tag>& tags, const std::string& wildcard)
+{
+    std::vector<Tag> matching;
+    for (const Tag& tag : tags)
+        if (isMatch(wildcard, tag.name))
+            matching.push_back(tag);
+    return matching;
 }
 
 const Tag* findTag(const std::vector<Tag>& tags, const std::string& name)

@@ -24,6 +24,9 @@ std::vector<Tag> readTags(const Library& library, const std::string& file);
 std::vector<Tag> parseTags(const Library& library, const std::string& text,
                            const std::string& file);
 
+// The tags that a name with * or ? stands for, in the order of the file.
+std::vector<Tag> matchingTags(const std::vector<Tag>& tags, const std::string& wildcard);
+
 // Null if there is none of that name.
 const Tag* findTag(const std::vector<Tag>& tags, const std::string& name);
 

@@ -175,6 +175,7 @@ std::uint64_t value(const std::string& text, Width width, const Format& format)
     case Notation::real64:
         return rawOf(floating<double>(text, "no number that 64 bits can hold"), format.notation);
     case Notation::boolean:
+    case Notation::text:
         break;
     }
     refuse(text, "unknown format");

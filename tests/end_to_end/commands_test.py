@@ -10,7 +10,7 @@ import signal
 import subprocess
 import unittest
 
-from harness import PATIENCE, TOOL, EndToEnd, as_somebody_else, run
+from harness import PATIENCE, TOOL, EndToEnd, as_somebody_else, run, told
 
 TAGS = """name,station,register,address,count,format,comment
 speed,1,R_W,200,1,,rpm
@@ -250,7 +250,7 @@ class Watch(EndToEnd):
     def test_json_has_an_object_a_line(self):
         controller = self.controller()
         out = self.succeeds("watch", "--port", controller.port, "C:0", "--json", "--seconds", "1")
-        changes = [json.loads(line) for line in out.splitlines()]
+        changes = told(out)
         self.assertGreater(len(changes), 2)
         self.assertEqual(changes[0]["address"], "1/C:0")
         self.assertEqual(changes[2]["previous"], changes[1]["value"])
@@ -259,8 +259,8 @@ class Watch(EndToEnd):
         controller = self.controller("--still", "--set", "R_D:0..7=1e10,0.1,0x7FC00001,0xFF800000")
         out = self.succeeds("watch", "--port", controller.port, "R_D:0..7", "--format", "float",
                             "--json", "--cycles", "1")  # fmt: skip
-        told = [json.loads(line) for line in out.splitlines()]
-        self.assertEqual([(t["value"], t.get("bits")) for t in told],
+        objects = told(out)
+        self.assertEqual([(t["value"], t.get("bits")) for t in objects],
                          [(1e10, None), (0.1, None), (None, "0x7FC00001"),
                           (None, "0xFF800000")])  # fmt: skip
 
@@ -269,8 +269,8 @@ class Watch(EndToEnd):
         done = run("watch", "--port", controller.port, "--retries", "1",
                    "R_W:100", "--json", "--cycles", "2")  # fmt: skip
         self.assertEqual(done.returncode, 1)
-        told = [json.loads(line) for line in done.stdout.splitlines()]
-        self.assertEqual([(t["abandoned"], t["reason"], t["why"], t.get("times")) for t in told],
+        objects = told(done.stdout)
+        self.assertEqual([(t["abandoned"], t["reason"], t["why"], t.get("times")) for t in objects],
                          [("1#R_W100(1)", "exception 2 (illegal data address)", "exception", times)
                           for times in (None, 2)])  # fmt: skip
 
@@ -279,10 +279,10 @@ class Watch(EndToEnd):
         done = run("watch", "--port", controller.port, "--timeout", "20", "--retries", "1",
                    "R_W:100", "--json", "--stats", "--cycles", "2")  # fmt: skip
         self.assertEqual(done.returncode, 1)
-        told = [json.loads(line) for line in done.stdout.splitlines()]
-        self.assertEqual([(t["abandoned"], t["reason"], t["why"]) for t in told[:-1]],
+        objects = told(done.stdout)
+        self.assertEqual([(t["abandoned"], t["reason"], t["why"]) for t in objects[:-1]],
                          [("1#R_W100(1)", "no answer: no byte came", "noByte")])  # fmt: skip
-        counters = told[-1]["statistics"]["requests"]["read  1#R_W100(1)"]
+        counters = objects[-1]["statistics"]["requests"]["read  1#R_W100(1)"]
         self.assertEqual((counters["sent"], counters["abandoned"]), (1, 1))
         self.assertGreaterEqual(counters["notAsked"], 1)
         self.assertRegex(counters["whyNotAsked"], "^not asked: silent since [0-9:]{8}$")
@@ -291,7 +291,7 @@ class Watch(EndToEnd):
         controller = self.controller("--still", "--fault", "exception:2=100%")
         done = run("watch", "--port", controller.port, "R_W:100", "--json", "--stats",
                    "--cycles", "2", "--retries", "1")  # fmt: skip
-        counters = json.loads(done.stdout.splitlines()[-1])["statistics"]
+        counters = told(done.stdout)[-1]["statistics"]
         self.assertEqual(counters["all"]["bad"], {"exception": 2})
         self.assertEqual(counters["all"]["exceptions"], {"2": 2})
         self.assertEqual([s["station"] for s in counters["stations"]], [1])
@@ -299,7 +299,7 @@ class Watch(EndToEnd):
     def test_json_tells_that_a_station_is_slow(self):
         cable, _ = self.slow_slave("1:600")
         out = self.succeeds("watch", "--port", cable.port, "R_W:100", "--json", "--cycles", "1")
-        notices = [t["notice"] for t in map(json.loads, out.splitlines()) if "notice" in t]
+        notices = [t["notice"] for t in told(out) if "notice" in t]
         self.assertEqual(len(notices), 1, out)
         self.assertRegex(notices[0], "^station 1 answers after [5-9].. ms: waiting longer")
 
@@ -358,8 +358,8 @@ class Watch(EndToEnd):
         self.assertEqual(done.returncode, 0)
         rows = list(csv.reader(done.stdout.splitlines()))
         self.assertEqual([row[1:] for row in rows],
-                         [["name", "address", "value", "previous"],
-                          ["1/R_W:100", "1/R_W:100", "7", ""]])  # fmt: skip
+                         [["name", "address", "value", "previous", "quality"],
+                          ["1/R_W:100", "1/R_W:100", "7", "", "good"]])  # fmt: skip
         self.assertIn("all requests: 2 sent, 2 good", done.stderr)
 
     def test_it_polls_in_the_interval_asked_for(self):
@@ -509,8 +509,8 @@ class Engineering(EndToEnd):
         controller = self.controller("--still", "--set", "R_W:100=123,120")
         out = self.succeeds("watch", "--port", controller.port, "--tags", self.tags, "level",
                             "flow", "--json", "--cycles", "1")  # fmt: skip
-        told = [json.loads(line) for line in out.splitlines()]
-        self.assertEqual([(t["name"], t["value"], t.get("unit")) for t in told],
+        objects = told(out)
+        self.assertEqual([(t["name"], t["value"], t.get("unit")) for t in objects],
                          [("level[0]", 12.3, "bar"), ("level[1]", 12, "bar"),
                           ("flow", 0, None)])  # fmt: skip
 

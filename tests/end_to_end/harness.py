@@ -16,6 +16,8 @@ import time
 import tty
 import unittest
 
+import jsonschema
+
 TOOL = os.environ["DOV417"]
 for variable in ("DOV417_PORT", "DOV417_LINE", "DOV417_TAGS"):
     os.environ.pop(variable, None)
@@ -30,6 +32,30 @@ def as_somebody_else(*command):
     if not os.path.exists("/usr/bin/setpriv"):
         raise unittest.SkipTest("no other user")
     return ["setpriv", "--reuid=65534", "--regid=65534", "--clear-groups", *command]
+
+
+SCHEMA_FILE = os.path.join(os.path.dirname(__file__), "../../docs/json-output.schema.json")
+
+
+def validator_of(kind):
+    with open(SCHEMA_FILE, encoding="utf-8") as file:
+        schema = json.load(file)
+    del schema["anyOf"]
+    return jsonschema.Draft202012Validator({**schema, "$ref": f"#/$defs/{kind}"})
+
+
+def refuse_constant(text):
+    raise AssertionError(f"{text} is no JSON")
+
+
+def told(out):
+    """The objects of a --json output behind the first one, each in the form that is documented."""
+    objects = [json.loads(line, parse_constant=refuse_constant) for line in out.splitlines()]
+    validator_of("head").validate(objects[0])
+    validator = validator_of(objects[0]["command"].replace(" ", "%20"))
+    for each in objects[1:]:
+        validator.validate(each)
+    return objects[1:]
 
 
 def run(*arguments):

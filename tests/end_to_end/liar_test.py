@@ -5,6 +5,8 @@ takes some seconds; DOV417_LIAR_SECONDS makes each watch longer."""
 
 import json
 import os
+import pathlib
+import tempfile
 import unittest
 
 from harness import EndToEnd, run
@@ -64,6 +66,32 @@ class OfLateReplies(EndToEnd):
         if read.returncode == 0:
             self.assertEqual(read.stdout.split(" = ")[1].strip(), str(value))
 
+    def recipe_there_and_back(self, shown):
+        """What is uploaded was there; what a download confirms is there afterwards."""
+        with tempfile.TemporaryDirectory() as folder:
+            tags = pathlib.Path(folder, "tags.csv")
+            rows = [f"{station}/{address},{station},R_W,{address}"
+                    for station in (1, 2, 3) for address in (100, 401)]
+            tags.write_text("name,station,register,address\n" + "\n".join(rows) + "\n")
+            up = run("recipe", "upload", *self.port, "--tags", str(tags), "-")
+            values = json.loads(up.stdout) if up.returncode == 0 else {}
+            self.assertTrue(values or up.stderr)
+            for name, value in values.items():
+                station, address = name.split("/")
+                self.assertTrue(shown.add(f"{station}/R_W:{address}", value), (name, value))
+
+            written = range(FIRST_WRITTEN, FIRST_WRITTEN + 3)
+            tags.write_text("name,station,register,address\n" +
+                            "".join(f"w{n},1,R_W,{n}\n" for n in written))
+            recipe = pathlib.Path(folder, "recipe.json")
+            recipe.write_text(json.dumps({f"w{n}": n & 0xFF for n in written}))
+            down = run("recipe", "download", *self.port, "--tags", str(tags), str(recipe))
+            self.assertTrue(down.returncode == 0 or down.stderr)
+            read = run("read", *self.port, f"R_W:{FIRST_WRITTEN}..{FIRST_WRITTEN + 2}")
+            if down.returncode == 0 and read.returncode == 0:
+                self.assertEqual([int(value) for value in read.stdout.split(" = ")[1].split()],
+                                 [n & 0xFF for n in written])
+
     def check(self, kind, least=1):
         self.start(kind)
         shown = Shown()
@@ -73,6 +101,7 @@ class OfLateReplies(EndToEnd):
         self.read_once(shown, "2/R_W:702")
         for value in range(11, 13):
             self.write_and_read(value)
+        self.recipe_there_and_back(shown)
         self.assertGreaterEqual(shown.values, least)
 
 

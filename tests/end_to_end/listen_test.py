@@ -1,7 +1,6 @@
 """Other masters, heard: what they ask, what comes back, and not a byte from the listener."""
 
 import contextlib
-import json
 import os
 import pty
 import select
@@ -13,7 +12,7 @@ import threading
 import tty
 import unittest
 
-from harness import PATIENCE, TOOL, EndToEnd, run
+from harness import PATIENCE, TOOL, EndToEnd, run, told
 
 # A pseudo-terminal takes no parity.
 LINE = "38400,8,NONE,1"
@@ -153,15 +152,15 @@ class Listen(EndToEnd):
         self.assertEqual(code, 0, out + err)
         code, out, _ = self.end(listening)
         self.assertEqual(code, 0)
-        told = [json.loads(line) for line in out.splitlines()]
-        frames = [(t["as"], t["text"]) for t in told if "as" in t]
+        objects = told(out)
+        frames = [(t["as"], t["text"]) for t in objects if "as" in t]
         for text in ("station 1: M_W:0 = 0x0000", "station 1: R_W:0..1 = 5 0",
                      "station 1: wrote R_W:1 = 9 (0x0009)", "station 1: wrote M_bit:0.0 = on",
                      "station 1: wrote R_W:2..3", "station 1: wrote M_bit:0.1..0.3"):  # fmt: skip
             self.assertIn(("reply", text), frames)
         self.assertIn(("request", "station 1: read 8 inputs from 0"), frames)
         self.assertIn(("reply", "station 1: exception 1, illegal function, to read inputs"), frames)
-        requests = told[-1]["heard"]["requests"]
+        requests = objects[-1]["heard"]["requests"]
         self.assertEqual({r["function"] for r in requests}, {1, 2, 3, 4, 5, 6, 15, 16})
         self.assertTrue(all(r["asked"] == r["answered"] for r in requests), requests)
 

@@ -23,6 +23,19 @@ class Port(EndToEnd):
         code, _, _ = watching.interrupt()
         self.assertEqual(code, 0)
 
+    def test_a_port_whose_driver_drives_no_direction_is_refused_in_words(self):
+        log = self.path("log")
+        controller = self.controller("--still", "--log", log)
+        why = f"the driver of port {controller.port} drives no direction: --rs485 is for ports that do"
+        for command in (("read", "R_W:0"), ("write", "R_W:0=1"), ("watch", "R_W:0"), ("scan",),
+                        ("request", "1", "3", "0", "1")):  # fmt: skip
+            done = run(*command, "--port", controller.port, "--rs485", "--rs485-before", "2")
+            self.assertEqual(done.returncode, 1, command)
+            self.assertIn(why, done.stderr)
+        controller.interrupt()
+        with open(log, encoding="utf-8") as said:
+            self.assertEqual([line for line in said if " -- " not in line], [])
+
     def test_a_port_that_goes_is_said_alike_by_every_command(self):
         tags = self.write_file("tags.csv", "name,register,address\nspeed,R_W,200\n")
         for name, command in {

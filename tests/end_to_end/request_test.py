@@ -1,6 +1,5 @@
 """Requests that no register type names: what is sent, what comes back, and whose answer it is."""
 
-import json
 import os
 import pty
 import sys
@@ -9,7 +8,7 @@ import threading
 import tty
 import unittest
 
-from harness import TOOL, EndToEnd, run
+from harness import TOOL, EndToEnd, run, told
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 LINE = ("--line", "38400,8,NONE,1")
@@ -70,15 +69,15 @@ class Request(EndToEnd):
         controller = self.controller("--line", LINE[1], "--still", "--set", "R_W:0=3")
         done = self.request(controller.port, "--raw", "01 03 05 00 00 01", "--json")
         self.assertEqual(done.returncode, 0, done.stderr)
-        told = json.loads(done.stdout)
-        self.assertEqual(told["request"]["bytes"], "01 03 05 00 00 01 84 C6")
-        self.assertEqual(told["reply"]["text"], "station 1: R_W:0 = 3")
-        self.assertGreaterEqual(told["reply"]["after"], 0)
-        self.assertNotIn("failure", told)
-        told = json.loads(self.request(controller.port, "9", "3", "0", "1", "--timeout", "20",
-                                       "--json").stdout)  # fmt: skip
-        self.assertEqual(told["failure"], "no answer within 20 ms: no byte came")
-        self.assertNotIn("reply", told)
+        passed = told(done.stdout)[0]
+        self.assertEqual(passed["request"]["bytes"], "01 03 05 00 00 01 84 C6")
+        self.assertEqual(passed["reply"]["text"], "station 1: R_W:0 = 3")
+        self.assertGreaterEqual(passed["reply"]["after"], 0)
+        self.assertNotIn("failure", passed)
+        passed = told(self.request(controller.port, "9", "3", "0", "1", "--timeout", "20",
+                                  "--json").stdout)[0]  # fmt: skip
+        self.assertEqual(passed["failure"], "no answer within 20 ms: no byte came")
+        self.assertNotIn("reply", passed)
 
     def test_a_request_that_is_none_is_refused_before_anything_is_sent(self):
         mirror = Mirror()

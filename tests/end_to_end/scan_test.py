@@ -2,7 +2,6 @@
 
 import contextlib
 import glob
-import json
 import os
 import pty
 import select
@@ -11,7 +10,7 @@ import threading
 import tty
 import unittest
 
-from harness import Controller, EndToEnd, run
+from harness import Controller, EndToEnd, run, told
 from slow_slave import crc
 
 
@@ -33,10 +32,10 @@ def ports_of_the_system():
 
 class Ports(EndToEnd):
     def test_ports_are_those_of_the_system(self):
-        told = [json.loads(line) for line in self.succeeds("ports", "--json").splitlines()]
-        self.assertEqual({port["port"] for port in told}, ports_of_the_system())
+        objects = told(self.succeeds("ports", "--json"))
+        self.assertEqual({port["port"] for port in objects}, ports_of_the_system())
         rows = self.succeeds("ports").splitlines()[1:]
-        self.assertEqual([row.split()[0] for row in rows], [port["port"] for port in told])
+        self.assertEqual([row.split()[0] for row in rows], [port["port"] for port in objects])
 
 
 class Bus:
@@ -162,10 +161,10 @@ class Scan(EndToEnd):
     def scan(self, *arguments):
         """Exit code, who was found, and what else was told."""
         done = run("scan", "--json", *arguments)
-        told = [json.loads(each) for each in done.stdout.splitlines()]
-        found = [(each["station"], each["line"], each["slow"]) for each in told
+        objects = told(done.stdout)
+        found = [(each["station"], each["line"], each["slow"]) for each in objects
                  if "milliseconds" in each]  # fmt: skip
-        return done.returncode, found, [each for each in told if "milliseconds" not in each]
+        return done.returncode, found, [each for each in objects if "milliseconds" not in each]
 
     def test_three_controllers_at_three_speeds_are_found_the_late_one_too(self):
         controllers = [
@@ -281,9 +280,9 @@ class Scan(EndToEnd):
     def ranges(self, *arguments):
         """Exit code, and the ranges as (words, answered, reason)."""
         done = run("scan", "--json", "--lines", line(9600), *arguments)
-        told = [json.loads(each) for each in done.stdout.splitlines()]
+        objects = told(done.stdout)
         return done.returncode, [(each["range"], each["answered"], each.get("reason"))
-                                 for each in told if "range" in each]  # fmt: skip
+                                 for each in objects if "range" in each]  # fmt: skip
 
     def test_ranges_are_found_by_halving(self):
         few = FewWords()

@@ -220,6 +220,13 @@ class Keys(EndToEnd):
         self.assertEqual(terminal.flag("alternate_on"), "0")
         self.assertEqual(terminal.flag("cursor_flag"), "1")
 
+    def test_a_screen_without_keys_is_put_back_too(self):
+        terminal = self.drawn()
+        terminal.start(TOOL, "demo")
+        terminal.wait_for("^link good")
+        os.kill(terminal.child(), signal.SIGABRT)
+        self.ends(terminal, 128 + signal.SIGABRT)
+
     def test_without_keys_the_screen_is_the_same(self):
         controller = self.controller("--still")
         terminal = self.drawn()

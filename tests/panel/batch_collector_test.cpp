@@ -59,6 +59,17 @@ TEST(BatchCollector, MergesToTheLatestOfEachWhereTheWindowIsSlow)
     EXPECT_EQ(others, 1);
 }
 
+TEST(BatchCollector, KeepsTheLatestOfEachWhenItMerges)
+{
+    BatchCollector collector;
+    collector.beginGeneration(1, 2);
+    collector.add(goodView(registerAt(1), 77));
+    for (std::size_t i = 1; i <= BatchCollector::minChanges; ++i)
+        collector.add(goodView(registerAt(0), static_cast<unsigned char>(i % 199)));
+    EXPECT_THAT(valuesOf(collector.take()),
+                ElementsAre(77, static_cast<int>(BatchCollector::minChanges % 199)));
+}
+
 TEST(BatchCollector, DropsTheValuesOfWhatWasWatchedBefore)
 {
     BatchCollector collector;

@@ -180,6 +180,19 @@ TEST_F(TheWindow, AsksBeforeItIsClosedWithWritesUnderWay)
     EXPECT_EQ(held("R_W", 100), 5);
 }
 
+TEST_F(TheWindow, HoldsTheValuesOfAClosedLineForOldAndWritesNothingMore)
+{
+    watch({"R_W:100"});
+    open();
+    unlock();
+    QTest::mouseClick(part<QPushButton>("close"), Qt::LeftButton);
+    EXPECT_TRUE(waitUntil([this]() { return allAre(ValueState::old) && !desk.hasLine(); }));
+    EXPECT_EQ(sentence(), "No line is open. The start page opens one.");
+    EXPECT_THAT(complaint([this]() { desk.write(desk.tags().values.front(), "5"); }),
+                HasSubstr("no line is open"));
+    EXPECT_EQ(held("R_W", 100), 0);
+}
+
 TEST_F(TheWindow, ForgetsTheValuesOfTheLineBefore)
 {
     options.set = {"R_W:100=7"};

@@ -18,8 +18,8 @@ View changedView()
 {
     View view;
     view.hasValue = true;
-    view.value = {7};
-    view.previous = {5};
+    view.value = {7, 0};
+    view.previous = {5, 0};
     view.changes = 3;
     view.lastGood = now - milliseconds(2500);
     return view;

@@ -37,7 +37,8 @@ protected:
             view.address = {1, "R_W", Width::word, static_cast<int>(i), 1};
             view.hasValue = true;
             view.lastGood = noon;
-            view.value.at(0) = static_cast<unsigned char>(i % 25 * 10);
+            view.value = {static_cast<unsigned char>(i % 25 * 10), 0};
+            view.previous = {0, 0};
             views.push_back(view);
         }
         screen = std::make_unique<WatchScreen>(

@@ -38,6 +38,7 @@ TEST(ScanChoices, HaveStationsInTheirOrderEachOnce)
 {
     EXPECT_THAT(parseStations("7"), ElementsAre(7));
     EXPECT_THAT(parseStations("5..7"), ElementsAre(5, 6, 7));
+    EXPECT_THAT(parseStations("5-7,9"), ElementsAre(5, 6, 7, 9));
     EXPECT_THAT(parseStations("17, 1..3,2..4"), ElementsAre(17, 1, 2, 3, 4));
     EXPECT_EQ(parseStations("1..247").size(), 247U);
 }
@@ -50,7 +51,8 @@ TEST(ScanChoices, AreRefusedWithTheReason)
     EXPECT_EQ(complaintOf("0..3"), "stations '0..3': '0' is no station from 1 to 247; written as "
                                    "in 1..247 or 1,2,10..20");
     EXPECT_EQ(complaintOf("9..3"), "stations '9..3': 3 comes before 9");
-    for (const char* text : {"", "248", "1,", "1..", "..3", "a", "1..2..3", "1-5", "-1"})
+    for (const char* text :
+         {"", "248", "1,", "1..", "..3", "a", "1..2..3", "-1", "1-", "1-2-3", "1--3"})
         EXPECT_THAT(complaintOf(text), HasSubstr("is no station from 1 to 247")) << text;
 }
 

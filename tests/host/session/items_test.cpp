@@ -75,6 +75,64 @@ TEST_F(ItemsTest, AValueOfATagIsNamedAsItIsShown)
     EXPECT_THAT(complaint([&] { items.find("pow[0]", Access::read); }), HasSubstr("has no tag"));
 }
 
+TEST_F(ItemsTest, ATextIsOneValueOfItsWords)
+{
+    const Items items(library, source);
+    const Item typed = items.find("R_W:0..7@text", Access::write);
+    EXPECT_EQ(typed.address, (Address{1, "R_W", Width::text, 0, 8}));
+    EXPECT_EQ(typed.name, "1/R_W:0..7");
+    EXPECT_EQ(typed.format.byteOrder, WordOrder::highFirst);
+    EXPECT_EQ(items.find("R_W:0..7@text:low-first", Access::read).format.byteOrder,
+              WordOrder::lowFirst);
+    EXPECT_EQ(complaint([&] { items.find("R_D:0..7@text", Access::read); }),
+              "1/R_D:0..7: text needs a word register, at most 120 words of it");
+    EXPECT_EQ(complaint([&] { items.find("R_W:0..120@text", Access::read); }),
+              "1/R_W:0..120: text needs a word register, at most 120 words of it");
+}
+
+TEST_F(ItemsTest, ATextKeepsItsFormatAndItsByteOrder)
+{
+    std::ofstream(source.tags) << "name,register,address,count,format\n"
+                               << "label,R_W,100,4,text:low-first\n";
+    source.format = "signed";
+    source.wordOrder = "high-first";
+    const Items items(library, source);
+    const Item label = items.find("label", Access::read);
+    EXPECT_EQ(label.format.notation, Notation::text);
+    EXPECT_EQ(label.format.byteOrder, WordOrder::lowFirst);
+    EXPECT_EQ(valueCount(label.address), 1);
+    EXPECT_EQ(items.find("label[0]", Access::read).address, label.address);
+    EXPECT_EQ(complaint([&] { items.find("label@hex", Access::read); }),
+              "label: hex does not fit a text");
+    EXPECT_EQ(complaint([&] { requireUntornValues(library, {label}, 3); }),
+              "with a gap of 3 the driver cuts writes into pieces of 3 words, and a value of "
+              "1/R_W:100..103 in two; take a gap of at least 4");
+}
+
+TEST_F(ItemsTest, AWildcardStandsForTagsInTheOrderOfTheFile)
+{
+    std::ofstream(source.tags) << "name,register,address\n"
+                               << "press.b,R_W,2\npress.a,R_W,1\npump,R_W,3\nodd*,R_W,4\n";
+    const Items items(library, source);
+    const auto namesOf = [&](const std::string& text) {
+        std::vector<std::string> names;
+        for (const Item& item : items.chosen({text}, Access::read))
+            names.push_back(item.name);
+        return names;
+    };
+    EXPECT_THAT(namesOf("press.*"), ::testing::ElementsAre("press.b", "press.a"));
+    EXPECT_THAT(namesOf("p??p@hex"), ::testing::ElementsAre("pump"));
+    EXPECT_THAT(namesOf("odd*"), ::testing::ElementsAre("odd*")) << "its very name";
+    EXPECT_EQ(items.chosen({"*@hex"}, Access::read).at(3).format.notation, Notation::hex);
+    EXPECT_EQ(complaint([&] { namesOf("press,*"); }),
+              source.tags + " has no tag that 'press,*' stands for");
+    EXPECT_EQ(complaint([&] { items.findAll("pump*", Access::write); }),
+              "'pump*' stands for several tags; a write names each of them");
+    EXPECT_EQ(items.findAll("odd*", Access::write).front().name, "odd*");
+    EXPECT_EQ(complaint([&] { items.find("press.*", Access::read); }),
+              source.tags + " has no tag 'press.*'");
+}
+
 TEST_F(ItemsTest, AFormatForAllLeavesWhatItDoesNotFit)
 {
     source.format = "float";

@@ -10,8 +10,8 @@ namespace dov417 {
 
 namespace {
 
-constexpr int addresses = 64;   // R_W:0 to R_W:63
-constexpr int secondBit = 0x40; // set in every value of the second controller
+constexpr int addressCount = 64; // R_W:0 to R_W:63
+constexpr int secondBit = 0x40;  // set in every value of the second controller
 constexpr int variantShift = 8;
 constexpr int variants = 256;
 constexpr int bitsPerWord = 16;
@@ -27,7 +27,7 @@ class NamingController {
 public:
     NamingController(int number, std::mt19937& random) : number_(number), random_(random)
     {
-        for (int address = 0; address < addresses; ++address)
+        for (int address = 0; address < addressCount; ++address)
             store(address, valueOf(number, address, 0));
         slave.arrived = [this](const QByteArray& bytes) {
             pending_ += bytes;
@@ -101,7 +101,7 @@ private:
         reply.append(static_cast<char>(2 * count));
         for (int i = 0; i < count; ++i) {
             // By itself a value changes, too.
-            if (random_() % 8 == 0 && first + i < addresses)
+            if (random_() % 8 == 0 && first + i < addressCount)
                 store(first + i,
                       valueOf(number_, first + i, static_cast<int>(random_() % variants)));
             reply.append(static_cast<char>(values_[first + i] >> 8));
@@ -157,13 +157,11 @@ protected:
         if (!view.hasValue)
             return;
         goodValues += view.quality() == Quality::good ? 1 : 0;
-        const int low = view.value.at(0) + 256 * view.value.at(1);
-        const int high = view.value.at(2) + 256 * view.value.at(3);
         if (view.address.width == Width::bit)
             return; // the words tell more
-        checkWord(view.address.first, low, here);
-        if (view.address.width == Width::doubleWord)
-            checkWord(view.address.first + 1, high, here);
+        for (std::size_t i = 0; i < view.value.size(); i += 2)
+            checkWord(view.address.first + static_cast<int>(i / 2),
+                      view.value.at(i) + 256 * view.value.at(i + 1), here);
     }
     void checkAll()
     {
@@ -194,7 +192,7 @@ protected:
 
     Address anyAddress(bool isBitPossible)
     {
-        const int first = upTo(addresses - 8);
+        const int first = upTo(addressCount - 8);
         switch (upTo(isBitPossible ? 3 : 2)) {
         case 0:
             return words("R_W", first, 1 + upTo(4));
@@ -256,8 +254,8 @@ protected:
     void recipe()
     {
         const std::size_t number = begin();
-        const int first = upTo(addresses - 8);
-        const int second = upTo(addresses - 8);
+        const int first = upTo(addressCount - 8);
+        const int second = upTo(addressCount - 8);
         const std::vector<Address> parts = {words("R_W", first, 2), words("R_W", second, 3)};
         const RecipeLayout layout = layOutRecipe(parts);
         const bool isUpload = upTo(2) == 0;

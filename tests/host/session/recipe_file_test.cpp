@@ -23,7 +23,8 @@ protected:
                                            "speed,R_W,200,1,\n"
                                            "level,R_D,300,1,float\n"
                                            "code,R_W,310,1,bcd\n"
-                                           "run,M_bit,1.5,3,\n";
+                                           "run,M_bit,1.5,3,\n"
+                                           "label,R_W,320,4,text\n";
         options.tags = path("tags.csv");
     }
 
@@ -79,6 +80,21 @@ TEST_F(RecipeFile, WhatIsNoNumberOfItsFormatComesBackBitByBit)
     EXPECT_EQ(readBack().at(1).data, noDigits);
     written({entry("level", infinity)});
     EXPECT_EQ(readBack().at(0).data, infinity);
+}
+
+TEST_F(RecipeFile, HasATextAsItIsWhateverItLooksLike)
+{
+    const std::vector<std::vector<unsigned char>> labels = {
+        {'x', '0', '1', '4', 0, 0, 0, 0}, {'2', '1', 0, 0, 0, 0, 0, 0}, {7, '"', 0, 0, 0, 0, 0, 0}};
+    const std::vector<std::string> texts = {R"("0x41")", R"("12")", R"("\\\"\\x07")"};
+    for (std::size_t i = 0; i < labels.size(); ++i) {
+        EXPECT_EQ(written({entry("label", labels.at(i))}),
+                  "{\n  \"label\": " + texts.at(i) + "\n}\n");
+        EXPECT_EQ(readBack().at(0).data, labels.at(i));
+    }
+    EXPECT_THAT(mistakeIn("{\"label\": 12}"), HasSubstr("label: a text is written in quotes"));
+    EXPECT_THAT(mistakeIn("{\"label\": \"more than 8\"}"),
+                HasSubstr("label: text 'more than 8': 11 characters, and there is room for 8"));
 }
 
 TEST_F(RecipeFile, NamesTheTagOfAMistake)

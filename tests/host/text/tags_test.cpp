@@ -101,7 +101,7 @@ TEST_F(Tags, MistakesNameFileLineAndColumn)
               "tags.csv:2: column 5 (count): '0' is no number of values: 1 to 65536");
     EXPECT_EQ(mistake(header + "a,1,T,1,1,octal,\n"),
               "tags.csv:2: column 6 (format): unknown format 'octal'; there are unsigned, signed, "
-              "hex, bcd, float, int64, uint64, double, bool, binary");
+              "hex, bcd, float, int64, uint64, double, bool, binary, text");
     EXPECT_EQ(mistake(header + "a,1,R_W,1,1,float,\n"),
               "tags.csv:2: column 6 (format): float needs the 32 bits of a double word register");
     EXPECT_EQ(mistake(header + "a,1,T,1,1,,x,more\n"),
@@ -135,7 +135,8 @@ TEST_F(Tags, MistakesInWhatNumbersMeanAreFound)
     EXPECT_EQ(mistake(columns + "a,R_W,1,,,,5,4\n"),
               "tags.csv:2: column 8 (max): the maximum is below the minimum");
     EXPECT_EQ(mistake(columns + "a,R_W,1,hex,0.1,,,\n"),
-              "tags.csv:2: column 5 (scale): only a number has one: no bit, and no value in hex, "
+              "tags.csv:2: column 5 (scale): only a number has one: no bit, no text, and no value "
+              "in hex, "
               "binary or bool");
 }
 
@@ -166,6 +167,30 @@ TEST_F(Tags, OfFourWordsAValueTakeTwoDoubleWordsEach)
     EXPECT_EQ(tags[0].address, (Address{1, "R_D", Width::quadWord, 10, 8}));
     EXPECT_EQ(mistake(header + "e,1,R_W,10,2,uint64,\n"),
               "tags.csv:2: column 6 (format): uint64 needs four words of a double word register");
+}
+
+TEST_F(Tags, OfATextAllWordsAreOneValue)
+{
+    const auto tags = read(header + "name,2,R_W,10,8,text:low-first,\n");
+    ASSERT_EQ(tags.size(), 1u);
+    EXPECT_EQ(tags[0].address, (Address{2, "R_W", Width::text, 10, 8}));
+    EXPECT_EQ(tags[0].format.byteOrder, WordOrder::lowFirst);
+    EXPECT_FALSE(tags[0].format.order.has_value());
+    EXPECT_EQ(mistake(header + "name,1,R_W,10,121,text,\n"),
+              "tags.csv:2: column 6 (format): text needs a word register, at most 120 words of it");
+    EXPECT_EQ(mistake(header + "name,1,R_D,10,2,text,\n"),
+              "tags.csv:2: column 6 (format): text needs a word register, at most 120 words of it");
+    EXPECT_EQ(mistake("name,register,address,format,max\nname,R_W,10,text,5\n"),
+              "tags.csv:2: column 5 (max): only a number has one: no bit, no text, and no value in "
+              "hex, binary or bool");
+}
+
+TEST_F(Tags, ACommaIsAPointOnlyWhereItEndsNoField)
+{
+    EXPECT_EQ(read("name;register;address;scale\na;R_W;1;0,5\n").at(0).scaling.scale, 0.5);
+    EXPECT_EQ(read("name\tregister\taddress\tscale\na\tR_W\t1\t0,5\n").at(0).scaling.scale, 0.5);
+    EXPECT_EQ(mistake("name,register,address,scale\na,R_W,1,\"0,5\"\n"),
+              "tags.csv:2: column 4 (scale): '0,5' is no number");
 }
 
 TEST_F(Tags, ANameThatIsThereTwiceNamesBothLines)

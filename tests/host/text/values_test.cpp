@@ -125,7 +125,7 @@ TEST(Values, FormatsAreNamedWithTheirWordOrder)
     EXPECT_EQ(chosenFormat(FormatChoice(), FormatChoice()), asUnsigned);
     EXPECT_EQ(complaint([] { parseFormat("octal"); }),
               "unknown format 'octal'; there are unsigned, signed, hex, bcd, float, int64, "
-              "uint64, double, bool, binary");
+              "uint64, double, bool, binary, text");
     EXPECT_EQ(complaint([] { parseFormat("hex:middle"); }),
               "unknown word order 'middle'; there are low-first, high-first");
 }

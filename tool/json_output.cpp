@@ -1,0 +1,78 @@
+#include "tool/json_output.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <utility>
+
+#include "text/json_value.h"
+
+namespace dov417 {
+
+namespace {
+
+std::string nameOf(const CLI::App& command)
+{
+    const CLI::App* const parent = command.get_parent();
+    const bool isBelowAnother = parent && parent->get_parent();
+    return (isBelowAnother ? parent->get_name() + " " : "") + command.get_name();
+}
+
+} // namespace
+
+CLI::Option* addJsonFlag(CLI::App& command, Action& chosen, std::function<void()> wanted)
+{
+    return command.add_flag_callback(
+        "--json",
+        [&command, &chosen, wanted = std::move(wanted)]() {
+            chosen.json = nameOf(command);
+            wanted();
+        },
+        "One JSON object a line, in the form of docs/json-output.md");
+}
+
+CLI::Option* addJsonFlag(CLI::App& command, Action& chosen, bool& wanted)
+{
+    return addJsonFlag(command, chosen, [&wanted]() { wanted = true; });
+}
+
+void sayJsonHead(const Action& chosen)
+{
+    if (!chosen.json.empty())
+        sayJson({{"version", DOV417_VERSION}, {"command", chosen.json}});
+}
+
+void sayJson(const OutputJson& object)
+{
+    // What an adapter calls itself, or a log holds, need not be UTF-8.
+    std::printf("%s\n", object.dump(-1, ' ', false, OutputJson::error_handler_t::replace).c_str());
+    std::fflush(stdout);
+}
+
+void addValues(OutputJson& object, const std::string& key, const Item& item,
+               const std::vector<unsigned char>& bytes)
+{
+    const Width width = item.address.width;
+    const Format hex{Notation::hex, item.format.order};
+    OutputJson values = OutputJson::array();
+    OutputJson bits = OutputJson::array();
+    bool isAllNumbers = true;
+    for (int i = 0; i < valueCount(item.address); ++i) {
+        const unsigned char* const value = bytes.data() + byteCount(width, i);
+        values.push_back(jsonValue(valueTexts(width, item.format, value, 1).front()));
+        const bool isNumber = !values.back().is_null();
+        isAllNumbers = isAllNumbers && isNumber;
+        bits.push_back(isNumber ? OutputJson() : OutputJson(valueTexts(width, hex, value, 1)[0]));
+    }
+    object[key] = std::move(values);
+    if (!isAllNumbers)
+        object[key + "Bits"] = std::move(bits);
+    if (!item.format.scaling.unit.empty())
+        object["unit"] = item.format.scaling.unit;
+}
+
+OutputJson itemJson(const Library& library, const Item& item)
+{
+    return {{"name", item.name}, {"address", toText(library, item.address)}};
+}
+
+} // namespace dov417

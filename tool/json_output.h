@@ -1,0 +1,39 @@
+// What --json prints: one object a line, in the form of docs/json-output.schema.json.
+#ifndef DOV417_TOOL_JSON_OUTPUT_H
+#define DOV417_TOOL_JSON_OUTPUT_H
+
+#include <functional>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "session/items.h"
+#include "tool/options.h"
+
+namespace CLI {
+class Option;
+}
+
+namespace dov417 {
+
+using OutputJson = nlohmann::ordered_json;
+
+// Adds --json, which calls wanted(). The standard output has nothing else then: main() prints the
+// object that begins it, and what an exception tells.
+CLI::Option* addJsonFlag(CLI::App& command, Action& chosen, std::function<void()> wanted);
+CLI::Option* addJsonFlag(CLI::App& command, Action& chosen, bool& wanted);
+
+// What begins it, if it is JSON.
+void sayJsonHead(const Action& chosen);
+void sayJson(const OutputJson& object);
+
+// Values under `key`, and what is no number in JSON as hex digits beside it: "values": [null],
+// "valuesBits": ["0x7FC00000"]; the unit too.
+void addValues(OutputJson& object, const std::string& key, const Item& item,
+               const std::vector<unsigned char>& bytes);
+// An object with the item's name and address.
+OutputJson itemJson(const Library& library, const Item& item);
+
+} // namespace dov417
+
+#endif
