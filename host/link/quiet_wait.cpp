@@ -30,7 +30,6 @@ void QuietWait::begin(std::function<void()> quiet)
 
 void QuietWait::stop()
 {
-    timer_.stop();
     quiet_ = nullptr;
     isUnderWay_ = false;
 }

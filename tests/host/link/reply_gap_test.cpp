@@ -54,6 +54,21 @@ TEST_F(AReplyWithAPause, IsWaitedForLongerOnceOneWentOnAfterItsEnd)
     EXPECT_EQ(line.ended->reception.bytes.toHex(), whole);
 }
 
+TEST_F(AReplyWithAPause, IsTakenWholeAlsoWhereItIsSoLateThatItsRequestIsAboutToBeRepeated)
+{
+    line.ask(twoRegisters, twoRegistersDue);
+    line.pass(milliseconds(520));
+    EXPECT_EQ(line.reason(), "no answer: no byte came");
+    line.ask(twoRegisters, twoRegistersDue);
+    line.pass(milliseconds(20));
+    line.come(whole.left(8).constData());
+    line.pass(milliseconds(90)); // of 100 ms
+    hearTheRestAfter(4);
+    ASSERT_TRUE(line.ended.has_value());
+    EXPECT_EQ(line.ended->reception.bytes.toHex(), whole);
+    EXPECT_EQ(line.sent.size(), 1U) << "not sent into the reply";
+}
+
 TEST_F(AReplyWithAPause, IsWaitedForNoLongerWhereWhatCameLaterWasNotItsRest)
 {
     askAndHear(4);

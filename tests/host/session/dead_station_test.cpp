@@ -226,6 +226,21 @@ TEST_F(DeadStation, NothingSpinsWhereAllAreDead)
     EXPECT_LE(sent.at(dead + 2).polls - sent.at(dead + 1).polls, 12);
 }
 
+TEST_F(DeadStation, IsProbedInItsOwnTimeWhereOthersHaveBeenDeadForLonger)
+{
+    silentStations = {3, 4};
+    watch({words("R_W", 10, 1, 2), words("R_W", 10, 1, 3), words("R_W", 10, 1, 4)});
+    // Given up after two, then two probes: the next one is four seconds away.
+    ASSERT_TRUE(waitUntil([this]() { return sentTo(4).size() == 4; }));
+    silentStations = {2, 3, 4};
+    ASSERT_TRUE(waitUntil([this]() { return abandoned.size() == 3; }));
+    silentStations = {3, 4};
+    const std::size_t before = sent.size();
+    const std::size_t toOthers = sentTo(3).size() + sentTo(4).size();
+    ASSERT_TRUE(waitUntil([&]() { return sentTo(3).size() + sentTo(4).size() > toOthers; }));
+    EXPECT_GT(sent.size(), before + 10) << "it was found to be back, and is asked as ever";
+}
+
 TEST_F(DeadStation, AWriteWakesWhoeverWaitsForTheNextProbe)
 {
     watch({words("R_W", 10, 1, 2)});

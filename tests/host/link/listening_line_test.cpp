@@ -1,0 +1,59 @@
+#include "link/listening_line.h"
+
+#include <QTcpServer>
+#include <gtest/gtest.h>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "exchange.h"
+#include "pty_slave.h"
+
+namespace dov417 {
+
+namespace {
+
+class AListeningLine : public ::testing::Test {
+protected:
+    void begin(const QString& device)
+    {
+        LineSettings settings;
+        settings.device = device;
+        line = std::make_unique<ListeningLine>(
+            settings, ListeningEvents{[this](const Heard& each) { heard.push_back(each); },
+                                      [this](bool isOpen, const std::string& /*message*/) {
+                                          opened.push_back(isOpen);
+                                      }});
+        line->open();
+    }
+
+    std::vector<Heard> heard;
+    std::vector<bool> opened;
+    std::unique_ptr<ListeningLine> line;
+};
+
+TEST_F(AListeningLine, IsToldToBeOpenOnceBytesCanCome)
+{
+    PtySlave slave;
+    begin(slave.port());
+    EXPECT_EQ(opened, std::vector<bool>{true});
+    slave.send(hex(readRequest) + hex(readReply));
+    ASSERT_TRUE(waitUntil([this]() { return heard.size() == 2; }));
+    EXPECT_EQ(heard.at(0).as, HeardAs::request);
+    EXPECT_EQ(heard.at(1).as, HeardAs::reply);
+    EXPECT_EQ(heard.at(1).request, hex(readRequest));
+}
+
+TEST_F(AListeningLine, OverANetworkIsOpenOnceTheConnectionIsMade)
+{
+    QTcpServer server;
+    ASSERT_TRUE(server.listen(QHostAddress::LocalHost));
+    begin(QStringLiteral("tcp://127.0.0.1:%1").arg(server.serverPort()));
+    EXPECT_EQ(opened, std::vector<bool>());
+    ASSERT_TRUE(waitUntil([this]() { return !opened.empty(); }));
+    EXPECT_EQ(opened, std::vector<bool>{true});
+}
+
+} // namespace
+
+} // namespace dov417
