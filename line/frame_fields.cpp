@@ -27,7 +27,7 @@ class Fields {
 public:
     explicit Fields(const QByteArray& frame)
         : frame_(frame),
-          end_(frame.size() >= minFrameLength ? frame.size() - crcLength : frame.size())
+          end_(static_cast<int>(frame.size()) - (frame.size() >= minFrameLength ? crcLength : 0))
     {
     }
 
@@ -93,7 +93,7 @@ public:
         if (next_ < end_)
             add(end_ - next_, "other bytes", "");
         if (end_ < frame_.size()) {
-            end_ = frame_.size();
+            end_ = static_cast<int>(frame_.size());
             add(crcLength, "CRC", hasGoodCrc(frame_) ? "right" : "wrong");
         }
         return fields_;
