@@ -1,4 +1,4 @@
-#include "tool/commands.h"
+#include "tool/recipe_run.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -9,6 +9,7 @@
 #include "session/recipe_file.h"
 #include "session/recipe_job.h"
 #include "text/address_values.h"
+#include "tool/commands.h"
 #include "tool/json_output.h"
 #include "tool/line_source.h"
 #include "tool/troubles.h"
@@ -32,168 +33,6 @@ struct RecipeOptions {
     ItemOptions items; // tags only
     std::string file;
     bool json = false;
-};
-
-std::vector<Item> itemsOf(const std::vector<RecipeEntry>& entries)
-{
-    std::vector<Item> items;
-    items.reserve(entries.size());
-    for (const RecipeEntry& entry : entries)
-        items.push_back(entry.item);
-    return items;
-}
-
-std::string progressText(const RecipeProgress& progress, const char* done)
-{
-    const auto of = [](std::size_t some, std::size_t all, const char* what) {
-        return std::to_string(some) + " of " + std::to_string(all) + " " + what;
-    };
-    std::string text;
-    if (progress.allWords > 0)
-        text = of(progress.words, progress.allWords, "words");
-    if (progress.allBits > 0)
-        text += (text.empty() ? "" : " and ") + of(progress.bits, progress.allBits, "bits");
-    return text + " had been " + done;
-}
-
-std::string textOf(const Item& item, const std::vector<unsigned char>& data, std::size_t index)
-{
-    const Address value = valueOf(item.address, static_cast<int>(index));
-    const std::size_t from = index * static_cast<std::size_t>(byteCount(value));
-    return withUnit(valueTexts(value, item.format, data.data() + from).front(), item.format);
-}
-
-bool isSame(const Item& item, const std::vector<unsigned char>& a,
-            const std::vector<unsigned char>& b, std::size_t index)
-{
-    const auto size = static_cast<std::ptrdiff_t>(byteCount(valueOf(item.address, 0)));
-    const auto first = static_cast<std::ptrdiff_t>(index) * size;
-    return std::equal(a.begin() + first, a.begin() + first + size, b.begin() + first);
-}
-
-// One recipe on one line. The job holds what came of it.
-class RecipeRun {
-public:
-    RecipeRun(LineSource& line, const std::vector<RecipeEntry>& entries, bool json)
-        : entries_(entries), labels_(labelViews(line.library(), itemsOf(entries))), isJson_(json),
-          live_(line.take(itemsOf(entries), gapOf(line, entries))),
-          job_(live_.session(), [this]() { next(); })
-    {
-        live_.endWithoutPort();
-        if (isJson_)
-            live_.countInJson();
-        live_.open();
-    }
-
-    LiveCommand& live()
-    {
-        return live_;
-    }
-    const RecipeJob& job() const
-    {
-        return job_;
-    }
-
-    // True if everything was moved; else says why not, and how much was.
-    bool upload()
-    {
-        job_.upload(entries_);
-        live_.run();
-        return isMoved("read; the file is as it was");
-    }
-    bool download()
-    {
-        goesOn_ = true;
-        job_.download(entries_);
-        live_.run();
-        return isMoved("written");
-    }
-    void readBack()
-    {
-        job_.readBack(entries_);
-        live_.run();
-    }
-
-    // Why what the controller holds for an entry is not known; empty where it is.
-    std::string unread(std::size_t entry) const
-    {
-        return entry < job_.readings().size() ? job_.readings().at(entry).problem
-                                              : live_.interruption();
-    }
-    // Calls for each value of an entry that was read: its label, the value as it is in the recipe
-    // and in the controller, and whether they are the same. An entry's values follow the last
-    // one's.
-    template <typename Call>
-    void forEachValue(std::size_t entry, std::size_t firstLabel, Call call) const
-    {
-        const RecipeEntry& own = entries_.at(entry);
-        const std::vector<unsigned char>& held = job_.readings().at(entry).data;
-        for (std::size_t i = 0; i < valuesOf(entry); ++i)
-            call(labels_.at(firstLabel + i).name, textOf(own.item, own.data, i),
-                 textOf(own.item, held, i), isSame(own.item, own.data, held, i));
-    }
-    // The same as an object, and whether all of its values are the same.
-    OutputJson entryJson(const Library& library, std::size_t entry, bool& isSame) const
-    {
-        const RecipeEntry& own = entries_.at(entry);
-        OutputJson object = itemJson(library, own.item);
-        addValues(object, "recipe", own.item, own.data);
-        isSame = unread(entry).empty() && own.data == job_.readings().at(entry).data;
-        if (!unread(entry).empty()) {
-            object["failure"] = unread(entry);
-            return object;
-        }
-        addValues(object, "controller", own.item, job_.readings().at(entry).data);
-        object["same"] = isSame;
-        return object;
-    }
-    std::size_t valuesOf(std::size_t entry) const
-    {
-        return static_cast<std::size_t>(valueCount(entries_.at(entry).item.address));
-    }
-
-private:
-    static int gapOf(LineSource& line, const std::vector<RecipeEntry>& entries)
-    {
-        const LineOptions& options = line.options();
-        if (options.gap)
-            requireUntornValues(line.library(), itemsOf(entries), *options.gap);
-        return options.singleReadGap();
-    }
-
-    void next()
-    {
-        isMoved_ = isMoved_ || job_.problems().empty();
-        if (goesOn_ && isMoved_) {
-            goesOn_ = false;
-            job_.readBack();
-        } else {
-            live_.end();
-        }
-    }
-
-    bool isMoved(const char* done) const
-    {
-        if (isMoved_)
-            return true;
-        std::vector<std::string> problems = job_.problems();
-        if (problems.empty())
-            problems.push_back(live_.interruption());
-        if (isJson_)
-            sayJson({{"problems", problems}, {"progress", progressText(job_.progress(), done)}});
-        for (const std::string& problem : problems)
-            std::fprintf(stderr, "dov417: recipe not transferred: %s\n", problem.c_str());
-        std::fprintf(stderr, "dov417: %s\n", progressText(job_.progress(), done).c_str());
-        return false;
-    }
-
-    std::vector<RecipeEntry> entries_;
-    std::vector<ViewLabel> labels_;
-    bool isJson_;
-    bool goesOn_ = false; // to the read-back, once all is written
-    bool isMoved_ = false;
-    LiveCommand& live_;
-    RecipeJob job_;
 };
 
 bool isStandard(const std::string& file)
