@@ -135,12 +135,7 @@ std::string whyNotFound(const Library& library, const std::string& text, const s
            "with --tags FILE";
 }
 
-struct Items::Wished {
-    std::string name;
-    FormatChoice format;
-};
-
-Items::Wished Items::wished(const std::string& text) const
+std::pair<std::string, FormatChoice> Items::wished(const std::string& text) const
 {
     const std::size_t at = text.rfind('@');
     if (at == std::string::npos || findTag(tags_, text)) // whatever its name holds

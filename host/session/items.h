@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "text/addresses.h"
@@ -58,8 +59,8 @@ public:
 private:
     // wish: what was typed with it, which has to fit.
     Item made(const Tag& tag, const FormatChoice& wish, Access access) const;
-    struct Wished; // a text and the format behind it
-    Wished wished(const std::string& text) const;
+    // A text, and the format behind it.
+    std::pair<std::string, FormatChoice> wished(const std::string& text) const;
     std::optional<Item> named(const std::string& name, const FormatChoice& wish,
                               Access access) const;
     // Throws a UsageFailure where --format fits none of them.
