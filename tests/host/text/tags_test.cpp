@@ -119,6 +119,17 @@ TEST_F(Tags, AreNotCalledAsAValueOfAnother)
     EXPECT_EQ(tags.size(), 5u);
 }
 
+TEST_F(Tags, HaveNoLineEndInWhatIsShown)
+{
+    EXPECT_EQ(
+        mistake("name,register,address\n\"a\nb\",R_W,1\n"),
+        "tags.csv:2: column 1 (name): it cannot hold a line end or another control character");
+    EXPECT_EQ(
+        mistake("name,register,address,unit\na,R_W,1,\x1B[31m\n"),
+        "tags.csv:2: column 4 (unit): it cannot hold a line end or another control character");
+    EXPECT_EQ(read("name,register,address,comment\na,R_W,1,\"two\nlines\"\n").size(), 1u);
+}
+
 TEST_F(Tags, SayWhatTheirNumbersMean)
 {
     const auto tags = read("name,register,address,format,scale,offset,unit,decimals,min,max\n"
