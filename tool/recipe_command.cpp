@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <memory>
 
+#include "line/counted.h"
 #include "session/recipe_file.h"
 #include "session/recipe_job.h"
 #include "text/address_values.h"
@@ -58,6 +59,7 @@ int runUpload(LineSource& line, const RecipeOptions& options)
     requireTags(options);
     if (options.json && isStandard(options.file))
         throw UsageFailure("--json and the file - both want the standard output");
+    requireOtherFile(options.items.source, options.file);
     const Library& library = line.library();
     std::vector<RecipeEntry> entries;
     for (const Item& item : Items(library, options.items.source).tagged(Access::read))
@@ -71,7 +73,8 @@ int runUpload(LineSource& line, const RecipeOptions& options)
         if (options.json)
             sayJson({{"tags", entries.size()}, {"file", options.file}});
         else if (!isStandard(options.file))
-            std::printf("%zu tags from the controller into %s\n", entries.size(),
+            std::printf("%s from the controller into %s\n",
+                        counted(static_cast<long long>(entries.size()), "tag").c_str(),
                         options.file.c_str());
     }
     return run.live().finish(isMoved);
@@ -137,7 +140,8 @@ int runDownload(LineSource& line, const RecipeOptions& options)
     }
     isGood = isGood && reportDownload(run, entries);
     if (isGood)
-        std::printf("%zu tags from %s into the controller\n", entries.size(),
+        std::printf("%s from %s into the controller\n",
+                    counted(static_cast<long long>(entries.size()), "tag").c_str(),
                     isStandard(options.file) ? "the standard input" : options.file.c_str());
     return run.live().finish(isGood);
 }

@@ -87,7 +87,7 @@ void addSeriesCommand(CLI::App& app, Action& chosen)
     command
         ->add_option("--step", options->step,
                      "Distance of two addresses in words, or in bits of a bit type (1); -1: one "
-                     "16-bit unit, -2: one 32-bit value")
+                     "16-bit unit, -2: one 32-bit value; all else below 1 counts as 1")
         ->option_text("S");
     addJsonFlag(*command, chosen, options->json);
     addLibraryOption(*command, options->line);

@@ -39,8 +39,13 @@ WriteTask parseAssignment(const Items& items, const std::string& text)
         throw UsageFailure(text + ": a write is ADDRESS=VALUE[,VALUE...], as in R_W:100=1500");
     const Item item = items.findAll(text.substr(0, equals), Access::write).front();
     const std::string written = text.substr(equals + 1);
-    return writeTask(item, item.address.width == Width::text ? std::vector<std::string>{written}
-                                                             : splitAtCommas(written));
+    if (item.address.width == Width::text)
+        return writeTask(item, {written});
+    const std::vector<std::string> values = splitAtCommas(written);
+    if (values.size() == 2 && valueCount(item.address) == 1)
+        throw UsageFailure(item.name + ": '" + written +
+                           "' are two values, and it has one; a number has a point, not a comma");
+    return writeTask(item, values);
 }
 
 const char* keyOf(WriteResult result)

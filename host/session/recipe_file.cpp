@@ -6,10 +6,10 @@
 #include <iterator>
 #include <nlohmann/json.hpp>
 
-#include "line/json_error.h"
 #include "line/replace_file.h"
 #include "text/address_values.h"
 #include "text/json_value.h"
+#include "text/placed_json.h"
 #include "text/text_file.h"
 
 namespace dov417 {
@@ -44,18 +44,13 @@ std::string standardInput()
     return {std::istreambuf_iterator<char>(std::cin), std::istreambuf_iterator<char>()};
 }
 
+// A name that is there twice is refused: which of its values goes out would be a guess.
 Json parseFile(const std::string& file)
 {
-    const std::string text = file == "-" ? standardInput() : contentOf(file, file);
-    Json json;
-    try {
-        json = Json::parse(text);
-    } catch (const Json::parse_error& error) {
-        throw UsageFailure(file + ": " + jsonErrorText(error.what()));
-    }
-    if (!json.is_object())
+    const PlacedJson json(file == "-" ? standardInput() : contentOf(file, file), file);
+    if (!json.root().is_object())
         throw UsageFailure(file + ": a recipe is an object of tag names and values");
-    return json;
+    return json.root();
 }
 
 // A number in hex is the bits as they are, whatever the tag's format: what a controller holds may

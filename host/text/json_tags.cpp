@@ -3,6 +3,7 @@
 #include <map>
 
 #include "line/failure.h"
+#include "text/tag_names.h"
 
 namespace dov417 {
 
@@ -165,6 +166,8 @@ std::vector<Tag> tagsOf(const Library& library, const std::vector<JsonTag>& tags
         // A tag of no file would be an address that was typed.
         made.back().line = file && !each.path.empty() ? file->line(each.path) : 1;
     }
+    if (const auto clash = clashOf(made))
+        refuse(tags[clash->tag], nameColumn, clash->why, file);
     return made;
 }
 

@@ -42,6 +42,14 @@ void requireName(const std::string& name)
         throw UsageFailure(std::string("a name cannot hold '") + name[bad] + "'");
 }
 
+// Names and units are shown: a line end in one would begin a line that looks like another value's.
+void requireShown(const std::string& text)
+{
+    for (const char character : text)
+        if (static_cast<unsigned char>(character) < ' ' || character == '\x7F')
+            throw UsageFailure("it cannot hold a line end or another control character");
+}
+
 std::optional<double> numberIn(const TagTexts& texts, TagColumn column)
 {
     const std::string& text = texts.at(column);
@@ -94,6 +102,10 @@ Tag parsedTag(const Library& library, const TagTexts& texts, TagColumn& column)
     column = nameColumn;
     tag.name = texts[nameColumn];
     requireName(tag.name);
+    requireShown(tag.name);
+
+    column = unitColumn;
+    requireShown(texts[unitColumn]);
 
     column = stationColumn;
     const std::string& station = texts[stationColumn];

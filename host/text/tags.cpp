@@ -7,6 +7,7 @@
 #include "text/csv_rows.h"
 #include "text/json_tags.h"
 #include "text/tag_columns.h"
+#include "text/tag_names.h"
 #include "text/text_file.h"
 #include "text/wildcards.h"
 
@@ -157,6 +158,8 @@ std::vector<Tag> parseTags(const Library& library, const std::string& text, cons
                           "'" + tag.name + "' is already on line " + std::to_string(known->second));
         tags.push_back(tag);
     }
+    if (const auto clash = clashOf(tags))
+        header.refuse(Place{file, tags[clash->tag].line}, nameColumn, clash->why);
     return tags;
 }
 

@@ -633,7 +633,7 @@ class Recipe(EndToEnd):
                               capture_output=True, text=True, timeout=PATIENCE,
                               check=True)  # fmt: skip
         self.assertEqual(down.stdout, "speed = 1600: written and read back\n"
-                                      "1 tags from the standard input into the controller\n")  # fmt: skip
+                                      "1 tag from the standard input into the controller\n")  # fmt: skip
         self.assertEqual(controller.memory()(1, "R_W", 200), 1600)
 
     def test_a_recipe_that_is_cut_off_says_how_much_was_done(self):

@@ -103,12 +103,14 @@ TEST_F(RecipeFile, NamesTheTagOfAMistake)
     EXPECT_THAT(mistakeIn("{\"speed\": [1, 2]}"), HasSubstr("speed: 1 value is needed, 2 given"));
     EXPECT_THAT(mistakeIn("{\"run\": 1}"), HasSubstr("run: 3 values are needed, 1 given"));
     EXPECT_THAT(mistakeIn("{\"speed\": null}"), HasSubstr("speed: a value is a number or a text"));
+    EXPECT_THAT(mistakeIn("{\"speed\": 1,\n\"speed\": 2}"),
+                HasSubstr("recipe.json:2:1: speed: is there twice"));
     EXPECT_THAT(mistakeIn("[1]"), HasSubstr("a recipe is an object of tag names and values"));
 }
 
 TEST_F(RecipeFile, ThatIsEmptyIsNoRecipe)
 {
-    EXPECT_THAT(mistakeIn(""), HasSubstr("recipe.json: "));
+    EXPECT_THAT(mistakeIn(""), HasSubstr("recipe.json:1:1: "));
     EXPECT_THAT(mistakeIn(""), HasSubstr("unexpected end of input"));
 }
 

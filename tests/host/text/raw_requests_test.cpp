@@ -26,6 +26,21 @@ std::string refusal(const std::vector<std::string>& words)
     return "taken";
 }
 
+TEST(RawRequests, OfBytesThatEndWithTheirCrcAreRefused)
+{
+    const auto raw = [](const std::string& text) {
+        try {
+            return parseRawRequest(text).toHex(' ').toStdString();
+        } catch (const UsageFailure& failure) {
+            return std::string(failure.what());
+        }
+    };
+    EXPECT_EQ(raw("01 03 05 64 00 02"), "01 03 05 64 00 02 85 18");
+    EXPECT_EQ(raw("01 03 05 64 00 02 85 18"),
+              "'01 03 05 64 00 02 85 18': these bytes end with their CRC; leave it out, as it is "
+              "appended");
+}
+
 TEST(RawRequests, HaveTheDataOfTheirFunction)
 {
     EXPECT_EQ(parsed({"1", "3", "1380", "8"}), "01 03 05 64 00 08");

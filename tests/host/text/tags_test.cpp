@@ -108,6 +108,28 @@ TEST_F(Tags, MistakesNameFileLineAndColumn)
               "tags.csv:2: column 8: more fields than the header names");
 }
 
+TEST_F(Tags, AreNotCalledAsAValueOfAnother)
+{
+    EXPECT_EQ(mistake("name,register,address,count\na[1],R_W,99,1\na,R_W,10,3\n"),
+              "tags.csv:2: column 1 (name): 'a[1]' is one of the values of 'a' already");
+    EXPECT_EQ(mistake("name,register,address,count\na,R_W,10,3\na[2],R_W,99,1\na[0],R_W,9,1\n"),
+              "tags.csv:3: column 1 (name): 'a[2]' is one of the values of 'a' already");
+    const auto tags = read("name,register,address,count\na,R_W,10,3\na[3],R_W,99,1\n"
+                           "b,R_W,10,1\nb[0],R_W,98,1\nc[1],R_W,99,1\n");
+    EXPECT_EQ(tags.size(), 5u);
+}
+
+TEST_F(Tags, HaveNoLineEndInWhatIsShown)
+{
+    EXPECT_EQ(
+        mistake("name,register,address\n\"a\nb\",R_W,1\n"),
+        "tags.csv:2: column 1 (name): it cannot hold a line end or another control character");
+    EXPECT_EQ(
+        mistake("name,register,address,unit\na,R_W,1,\x1B[31m\n"),
+        "tags.csv:2: column 4 (unit): it cannot hold a line end or another control character");
+    EXPECT_EQ(read("name,register,address,comment\na,R_W,1,\"two\nlines\"\n").size(), 1u);
+}
+
 TEST_F(Tags, SayWhatTheirNumbersMean)
 {
     const auto tags = read("name,register,address,format,scale,offset,unit,decimals,min,max\n"
