@@ -61,8 +61,8 @@ quietly() {
 }
 
 run_tests() { # FOLDER CTEST-OPTION...: says how many passed, or shows those that did not
-  # More at once than processors: those that play a serial line spend their time waiting.
-  ctest --test-dir "$@" --output-on-failure -j $((2 * $(nproc))) >"$log" 2>&1 || {
+  # Three for each processor: those that play a serial line spend their time waiting.
+  ctest --test-dir "$@" --output-on-failure -j $((3 * $(nproc))) >"$log" 2>&1 || {
     grep -vE ' Passed |^ *Start |^\[( RUN| +OK|---)' "$log" >&2
     fail "tests failed in $1"
   }
