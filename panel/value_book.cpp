@@ -36,7 +36,12 @@ void ValueBook::setSilent(bool isSilent)
 
 std::vector<Address> ValueBook::apply(const LineBatch& batch)
 {
+    // What made a value old may never be told, where something else is watched meanwhile.
+    const bool wasOpen = isOpen_;
+    isOpen_ = batch.state.phase == LinePhase::open;
     std::vector<Address> changed;
+    if (isOpen_ != wasOpen)
+        changed = addresses();
     if (batch.generation != generation_)
         return changed;
     for (const View& view : batch.values) {
@@ -44,8 +49,8 @@ std::vector<Address> ValueBook::apply(const LineBatch& batch)
         if (entry == entries_.end())
             continue;
         View& known = entry->second.view;
-        if (known.quality() != view.quality() || known.value != view.value ||
-            known.changes != view.changes)
+        if (isOpen_ == wasOpen && (known.quality() != view.quality() || known.value != view.value ||
+                                   known.changes != view.changes))
             changed.push_back(view.address);
         known = view;
     }
@@ -106,7 +111,7 @@ ValueStanding ValueBook::standing(const Address& address) const
         return standing;
     const Entry& entry = found->second;
     const View& view = entry.view;
-    standing.isOld = view.hasValue && (view.isOld || isSilent_);
+    standing.isOld = view.hasValue && (view.isOld || isSilent_ || !isOpen_);
     standing.reason = entry.failure;
     standing.state = entry.writes > 0 || view.writes > 0 ? ValueState::beingWritten
                      : !entry.failure.empty()            ? ValueState::failed

@@ -44,7 +44,7 @@ public:
     }
 
     // The addresses whose value or quality is another one now. Values of an older generation, and
-    // of addresses that are not watched, are dropped.
+    // of addresses that are not watched, are dropped. Without an open line none is good.
     std::vector<Address> apply(const LineBatch& batch);
 
     // A write of these single values was asked for, and what became of it.
@@ -67,6 +67,7 @@ private:
 
     int generation_ = 0;
     bool isSilent_ = false;
+    bool isOpen_ = true; // the line, as last told
     std::unordered_map<Address, Entry, AddressHash> entries_;
     std::map<long long, std::vector<Address>> writes_;
 };

@@ -170,6 +170,18 @@ TEST_F(LineInAThread, MakesValuesOldWhenTheControllerGoes)
     EXPECT_EQ(value(registerAt(100)), 0);
 }
 
+TEST_F(LineInAThread, MakesValuesOldWhenItIsClosedWhateverIsWatchedMeanwhile)
+{
+    open({registerAt(100), registerAt(200)});
+    ASSERT_TRUE(
+        waitUntil([this]() { return book.standing(registerAt(100)).state == ValueState::good; }));
+    line.close();
+    line.watch({registerAt(100)});
+    book.watch(line.generation(), {registerAt(100)});
+    EXPECT_TRUE(
+        waitUntil([this]() { return book.standing(registerAt(100)).state == ValueState::old; }));
+}
+
 // The window's side is left out: nobody says that a batch was seen.
 TEST_F(LoadedLibrary, APanelLineTellsTheNextBatchOnlyOnceTheLastWasSeen)
 {

@@ -32,6 +32,7 @@ inline LineBatch batchOf(int generation, const std::vector<View>& values)
     batch.generation = generation;
     batch.values = values;
     batch.made = Clock::now();
+    batch.state.phase = LinePhase::open;
     return batch;
 }
 

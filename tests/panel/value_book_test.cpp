@@ -116,6 +116,21 @@ TEST(ValueBook, HoldsNothingForGoodWhileTheLinesThreadSaysNothing)
     EXPECT_EQ(book.standing(registerAt(0)).state, ValueState::good);
 }
 
+TEST(ValueBook, HoldsNothingForGoodWithoutAnOpenLineEvenWhereWhatMadeItOldWasNeverTold)
+{
+    ValueBook book;
+    book.watch(1, {registerAt(0)});
+    book.apply(batchOf(1, {goodView(registerAt(0), 5)}));
+    book.watch(3, {registerAt(0)});
+    LineBatch closed = batchOf(2, {});
+    closed.state.phase = LinePhase::closed;
+    EXPECT_THAT(book.apply(closed), ElementsAre(registerAt(0)));
+    EXPECT_EQ(book.standing(registerAt(0)).state, ValueState::old);
+    EXPECT_EQ(valueOf(book, registerAt(0)), 5);
+    EXPECT_THAT(book.apply(batchOf(3, {})), ElementsAre(registerAt(0)));
+    EXPECT_EQ(book.standing(registerAt(0)).state, ValueState::good);
+}
+
 TEST(ValueBook, ForgetsEverythingOfAnotherLine)
 {
     ValueBook book;
