@@ -370,8 +370,9 @@ class Watch(EndToEnd):
         with open(log, encoding="utf-8") as file:
             sent = [datetime.datetime.fromisoformat(line.split()[0])
                     for line in file if " TX " in line and "M_W:5" in line]  # fmt: skip
-        # A busy machine makes a cycle late, never early.
-        self.assertGreaterEqual((sent[-1] - sent[-4]).total_seconds(), 0.59)
+        # Three intervals, of which the first may begin late on a busy machine; twice as often would
+        # be 0.3.
+        self.assertGreaterEqual((sent[-1] - sent[-4]).total_seconds(), 0.5)
 
     def test_a_line_that_cannot_keep_the_interval_is_said_so_once(self):
         controller = self.controller("--still", "--response-time", "30")
