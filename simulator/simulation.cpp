@@ -46,7 +46,7 @@ Simulation::~Simulation()
 {
     try {
         stop();
-    } catch (const Failure&) {
+    } catch (...) {
         // Who wants to hear of the dump calls stop().
     }
 }

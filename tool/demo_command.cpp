@@ -19,8 +19,8 @@ namespace dov417 {
 
 namespace {
 
-constexpr int pauseMilliseconds = 2000;      // between two rounds of writes
-constexpr std::chrono::seconds patience(20); // for a round that is under way at the end
+constexpr int pauseMilliseconds = 2000;           // between two rounds of writes
+constexpr std::chrono::seconds roundPatience(20); // for a round that is under way at the end
 constexpr double defaultSeconds = 5;
 
 struct DemoOptions {
@@ -134,7 +134,7 @@ public:
         if (seconds_ > 0) {
             const std::chrono::milliseconds time = timerSpan(seconds_);
             QTimer::singleShot(time, &redraw_, [this]() { timeIsUp(); });
-            QTimer::singleShot(time + patience, &redraw_, [this]() { live_.end(); });
+            QTimer::singleShot(time + roundPatience, &redraw_, [this]() { live_.end(); });
         }
         live_.run();
         screen_.reset();

@@ -32,7 +32,7 @@ constexpr std::array<int, 3> toldSignals = {SIGTSTP, SIGCONT, SIGWINCH};
 std::array<int, 2> told = {-1, -1};
 std::atomic<bool> isEntered{false};
 std::atomic<bool> hasKeysNow{false};
-termios found = {};
+termios settingsFound = {};
 
 // As handlers may: no buffers, no locks.
 void putBack()
@@ -40,7 +40,7 @@ void putBack()
     if (!isEntered.exchange(false))
         return;
     if (hasKeysNow)
-        tcsetattr(STDIN_FILENO, TCSANOW, &found);
+        tcsetattr(STDIN_FILENO, TCSANOW, &settingsFound);
     if (write(STDOUT_FILENO, leaveBoth.data(), leaveBoth.size()) < 0) {
         // It is gone; there is nothing to put back.
     }
@@ -79,7 +79,7 @@ bool isIgnored(int number)
 void enter()
 {
     if (hasKeysNow) {
-        termios raw = found;
+        termios raw = settingsFound;
         raw.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO | IEXTEN);
         raw.c_iflag &= ~static_cast<tcflag_t>(IXON | ICRNL | INLCR); // Ctrl-S stops no polling
         raw.c_cc[VMIN] = 1;
@@ -94,7 +94,7 @@ void enter()
 
 Terminal::Terminal(bool takesKeys, Events events) : events_(std::move(events))
 {
-    if (takesKeys && tcgetattr(STDIN_FILENO, &found) != 0)
+    if (takesKeys && tcgetattr(STDIN_FILENO, &settingsFound) != 0)
         throw Failure(std::string("the terminal: ") + std::strerror(errno));
     if (pipe2(told.data(), O_CLOEXEC | O_NONBLOCK) != 0)
         throw std::system_error(errno, std::generic_category(), "pipe2");
@@ -174,7 +174,7 @@ void Terminal::stop()
     pthread_kill(pthread_self(), SIGTSTP);
     handle(SIGTSTP, tellLoop, SA_RESTART);
     if (hasKeysNow)
-        tcgetattr(STDIN_FILENO, &found);
+        tcgetattr(STDIN_FILENO, &settingsFound);
     enter();
 }
 

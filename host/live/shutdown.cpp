@@ -64,7 +64,7 @@ Shutdown::Shutdown(std::function<void()> asked) : asked_(std::move(asked))
         throw std::system_error(errno, std::generic_category(), "pipe2");
     notifier_ = std::make_unique<QSocketNotifier>(channel[0], QSocketNotifier::Read);
     QObject::connect(notifier_.get(), &QSocketNotifier::activated, notifier_.get(), [this]() {
-        char byte = 0;
+        unsigned char byte = 0;
         if (read(channel[0], &byte, 1) != 1)
             return;
         install(handle);

@@ -96,7 +96,7 @@ OrderedJson toJson(TagColumn column, const std::string& text)
     const Kind kind = kindOf(column);
     if (kind == Kind::text || kind == Kind::address)
         return text;
-    const OrderedJson number = OrderedJson::parse(text, nullptr, false);
+    OrderedJson number = OrderedJson::parse(text, nullptr, false);
     const std::string why = complaintAbout(number, column);
     if (!why.empty())
         throw UsageFailure("'" + text + "': " + why);
