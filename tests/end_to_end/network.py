@@ -3,6 +3,7 @@ can cut what it carries into pieces, and can be cut itself."""
 
 import contextlib
 import os
+import random
 import select
 import socket
 import subprocess
@@ -13,10 +14,16 @@ SER2NET = os.environ.get("SER2NET", "/usr/sbin/ser2net")
 
 
 def free_port(host="127.0.0.1"):
+    """Below those that the system gives to connections: another test's could take it meanwhile."""
     family = socket.AF_INET6 if ":" in host else socket.AF_INET
-    with socket.socket(family) as probe:
-        probe.bind((host, 0))
-        return probe.getsockname()[1]
+    while True:
+        port = random.randrange(20000, 32000)
+        with socket.socket(family) as probe:
+            try:
+                probe.bind((host, port))
+            except OSError:
+                continue
+        return port
 
 
 def wait_for_listener(host, port, process):
