@@ -4,4 +4,19 @@ namespace dov417 {
 
 PanelPage::PanelPage(PanelDesk& desk) : desk_(desk) {}
 
+std::string PanelPage::settingsName() const
+{
+    return {};
+}
+
+OrderedJson PanelPage::settings() const
+{
+    return OrderedJson::object();
+}
+
+std::function<void()> PanelPage::prepared(const OrderedJson& /*settings*/)
+{
+    return []() {};
+}
+
 } // namespace dov417

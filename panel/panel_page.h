@@ -5,8 +5,11 @@
 
 #include <QIcon>
 #include <QWidget>
+#include <functional>
+#include <string>
 
 #include "panel/panel_desk.h"
+#include "text/placed_json.h"
 
 namespace dov417 {
 
@@ -21,9 +24,20 @@ public:
     virtual QString title() const = 0;
     virtual QIcon icon() const = 0;
 
+    // Its member in a project, which holds how it is arranged and never what it shows; empty: it
+    // has none.
+    virtual std::string settingsName() const;
+    virtual OrderedJson settings() const;
+    // Reads what a project holds for it, {} where that is nothing, and returns what arranges the
+    // page so; that cannot fail. Throws a UsageFailure that begins with the member, "plots[1].axis:
+    // ...": nothing is different then.
+    virtual std::function<void()> prepared(const OrderedJson& settings);
+
 signals:
     // What a person should read now, below whatever page; an empty text takes it back.
     void told(const QString& text);
+    // A person has arranged it otherwise.
+    void settingsChanged();
 
 protected:
     PanelDesk& desk_;
