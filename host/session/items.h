@@ -32,9 +32,6 @@ struct ItemSource {
     std::string wordOrder; // of 32-bit values
 };
 
-// Throws a UsageFailure where this file, which is to be written, is the one that has the tags.
-void requireOtherFile(const ItemSource& source, const std::string& written);
-
 // Why a text without a colon names nothing; empty where it may be an address.
 std::string whyNotFound(const Library& library, const std::string& text,
                         const std::string& tagFile);
