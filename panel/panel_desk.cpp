@@ -98,15 +98,6 @@ void PanelDesk::removeItems(const std::vector<std::size_t>& places)
     setItems(left);
 }
 
-void PanelDesk::setFormat(std::size_t place, const Format& format)
-{
-    std::vector<Item> items = tags_.items;
-    Item& item = items.at(place);
-    requireFormat(item.address.width, format);
-    item.format = format;
-    setItems(items);
-}
-
 // ---- writing --------------------------------------------------------------------------------
 
 void PanelDesk::write(const PanelValue& value, const std::string& text)

@@ -77,9 +77,6 @@ public:
     void setItems(const std::vector<Item>& items);
     void addItems(const std::vector<Item>& items);
     void removeItems(const std::vector<std::size_t>& places);
-    // How an item is written from now on; what is watched stays. Throws a UsageFailure where it
-    // does not fit.
-    void setFormat(std::size_t place, const Format& format);
     void setUnlocked(bool isUnlocked);
     // One value from what a person typed. Throws a UsageFailure: nothing is written then.
     void write(const PanelValue& value, const std::string& text);

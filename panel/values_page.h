@@ -23,6 +23,9 @@ public:
 
     QString title() const override;
     QIcon icon() const override;
+    std::string settingsName() const override;
+    OrderedJson settings() const override;
+    std::function<void()> prepared(const OrderedJson& settings) override;
 
 private:
     void makeTable();

@@ -18,6 +18,10 @@ Items::Items(const Library& library, const ItemSource& source)
         tags_ = readTags(library, source.tags);
 }
 
+Items::Items(const Library& library, const std::vector<Tag>& tags) : library_(library), tags_(tags)
+{
+}
+
 namespace {
 
 // Two double words that a format takes for one value; as it is where they are no whole number of

@@ -41,6 +41,8 @@ class Items {
 public:
     // Throws a UsageFailure if a text of the source is wrong.
     Items(const Library& library, const ItemSource& source);
+    // Of tags that were read already, by whatever way; they stand in a file.
+    Items(const Library& library, const std::vector<Tag>& tags);
 
     // A tag name, one of its values as in "block[2]", or an address, each with "@FORMAT" appended
     // if it is to have a format of its own. Throws a UsageFailure.
