@@ -16,6 +16,7 @@ PanelDesk::PanelDesk(const Library& library)
     : library_(library), areas_(learnAreas(library)), line_(library)
 {
     connect(&line_, &LineThread::batchCame, this, &PanelDesk::apply);
+    connect(&line_, &LineThread::recipeTold, this, &PanelDesk::hearOfRecipe);
     listenTimer_.setInterval(listenPause);
     connect(&listenTimer_, &QTimer::timeout, this, [this]() { listen(); });
 }
@@ -32,6 +33,7 @@ void PanelDesk::open(const LineSetup& setup, const simulator::SimulationOptions&
     book_.forget();
     book_.setSilent(false);
     statistics_.reset();
+    setup_ = setup;
     line_.open(setup, watchedAddresses(tags_.items), controller);
     book_.watch(line_.generation(), book_.addresses());
     state_ = LineState();
@@ -41,6 +43,7 @@ void PanelDesk::open(const LineSetup& setup, const simulator::SimulationOptions&
     lastHeard_ = Clock::now();
     listenTimer_.start();
     emit lineBegan();
+    emit lineSetupChanged();
     emit stateChanged();
     tellAllValues();
 }
@@ -123,8 +126,9 @@ void PanelDesk::write(const PanelValue& value, const std::string& text)
 
 std::size_t PanelDesk::writesUnderWay() const
 {
-    return static_cast<std::size_t>(std::count_if(
-        writes_.begin(), writes_.end(), [](const PanelWrite& write) { return !write.hasEnded; }));
+    const auto waiting = std::count_if(writes_.begin(), writes_.end(),
+                                       [](const PanelWrite& write) { return !write.hasEnded; });
+    return static_cast<std::size_t>(waiting) + recipeValues_;
 }
 
 void PanelDesk::endWrite(const WriteOutcome& outcome)

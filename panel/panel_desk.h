@@ -68,8 +68,22 @@ public:
     {
         return statistics_;
     }
-    std::size_t writesUnderWay() const;
-    bool hasLine() const; // open, or about to be
+    std::size_t writesUnderWay() const; // values, those of a recipe included
+    bool hasLine() const;               // open, or about to be
+    // What the line was opened with last, or will be planned for.
+    const LineSetup& lineSetup() const
+    {
+        return setup_;
+    }
+    // Counts the lines that were opened: what was meant for one goes to no other.
+    int lineNumber() const
+    {
+        return line_.line();
+    }
+    bool recipeIsUnderWay() const
+    {
+        return recipe_ != 0;
+    }
 
     void open(const LineSetup& setup, const simulator::SimulationOptions& controller = {});
     void close();
@@ -80,6 +94,12 @@ public:
     void setUnlocked(bool isUnlocked);
     // One value from what a person typed. Throws a UsageFailure: nothing is written then.
     void write(const PanelValue& value, const std::string& text);
+    // Asks for the driver's plan with this merge gap. Throws a UsageFailure while something is
+    // written, which would have no outcome then.
+    void setGap(int gap);
+    // Throws a UsageFailure, with nothing done, unless this line is open, unlocked for a download,
+    // and moves no other recipe. recipeTold() tells how it goes.
+    void moveRecipe(int line, RecipeKind kind, const std::vector<RecipeEntry>& entries);
     // See LineThread::end().
     bool end();
 
@@ -97,18 +117,25 @@ signals:
     void lineBegan();
     void stateChanged();
     void writesChanged();
+    // The last one of a recipe has `hasEnded`.
+    void recipeTold(const dov417::RecipeNews& news);
+    void lineSetupChanged();
 
 private:
     void watch();
     void tellAllValues();
     void listen();
     void endWrite(const WriteOutcome& outcome);
+    void hearOfRecipe(const RecipeNews& news);
 
     const Library& library_;
     std::vector<Area> areas_;
     PanelTags tags_;
     ValueBook book_;
+    LineSetup setup_;
     LineState state_;
+    long long recipe_ = 0;         // under way
+    std::size_t recipeValues_ = 0; // of a download
     std::vector<PanelWrite> writes_;
     std::shared_ptr<const LinkStatistics> statistics_;
     Clock::time_point lastHeard_{};

@@ -44,6 +44,27 @@ void drawLine(QPainter& painter)
     painter.drawPolyline(edge.data(), static_cast<int>(edge.size()));
 }
 
+// Words, some of them asked for.
+void drawPlan(QPainter& painter)
+{
+    for (const int y : {4, 10, 16})
+        for (const int x : {3, 8, 13, 18}) {
+            painter.setBrush((x + y) % 3 == 0 ? QBrush(painter.pen().color()) : QBrush());
+            painter.drawRect(QRectF(x, y, 3.5, 4));
+        }
+}
+
+// A list that goes up and down.
+void drawRecipes(QPainter& painter)
+{
+    for (const double y : {6.0, 12.0, 18.0})
+        painter.drawLine(QPointF(3, y), QPointF(11, y));
+    painter.drawLine(QPointF(15, 4), QPointF(15, 20));
+    painter.drawLine(QPointF(15, 4), QPointF(13, 7));
+    painter.drawLine(QPointF(20, 4), QPointF(20, 20));
+    painter.drawLine(QPointF(20, 20), QPointF(22, 17));
+}
+
 } // namespace
 
 QIcon iconOf(PanelIcon icon)
@@ -67,6 +88,12 @@ QIcon iconOf(PanelIcon icon)
         break;
     case PanelIcon::line:
         drawLine(painter);
+        break;
+    case PanelIcon::plan:
+        drawPlan(painter);
+        break;
+    case PanelIcon::recipes:
+        drawRecipes(painter);
         break;
     }
     painter.end();

@@ -10,7 +10,9 @@ enum class PanelIcon {
     start,
     values,
     lamps,
-    line
+    line,
+    plan,
+    recipes
 };
 QIcon iconOf(PanelIcon icon);
 
