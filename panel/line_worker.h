@@ -16,6 +16,7 @@
 
 #include "live/live_line.h"
 #include "panel/batch_collector.h"
+#include "panel/own_controller.h"
 #include "session/session.h"
 
 namespace dov417 {
@@ -54,6 +55,7 @@ public:
     // Nothing is written before; each line begins locked, but for the own controller's.
     void setUnlocked(int line, bool isUnlocked);
     void write(const WriteOrder& order);
+    void setConditions(int line, const simulator::Conditions& conditions);
     // The window has dealt with the batch.
     void batchSeen();
     // Leaves the line quiet, then tells that it has.
@@ -89,6 +91,7 @@ private:
     int pulses_ = 0;
     QTimer screenTimer_;
     QTimer pulseTimer_;
+    OwnController own_;
     std::unique_ptr<LiveLine> live_;
     std::unique_ptr<Session> session_;
 };

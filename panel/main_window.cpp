@@ -7,6 +7,7 @@
 #include <QStatusBar>
 #include <QVBoxLayout>
 
+#include "panel/faults_page.h"
 #include "panel/lamps_page.h"
 #include "panel/line_page.h"
 #include "panel/start_page.h"
@@ -45,6 +46,7 @@ MainWindow::MainWindow(PanelDesk& desk)
     addPage(new ValuesPage(desk));
     addPage(new LampsPage(desk));
     addPage(new LinePage(desk));
+    addPage(new FaultsPage(desk));
     list_->setFixedWidth(list_->sizeHintForColumn(0) + 4 * list_->frameWidth() + 16);
     connect(list_, &QListWidget::currentRowChanged, stack_, &QStackedWidget::setCurrentIndex);
     connect(&desk, &PanelDesk::stateChanged, this, [this]() { showState(); });

@@ -32,6 +32,7 @@ void PanelDesk::open(const LineSetup& setup, const simulator::SimulationOptions&
     book_.forget();
     book_.setSilent(false);
     statistics_.reset();
+    controller_.reset();
     line_.open(setup, watchedAddresses(tags_.items), controller);
     book_.watch(line_.generation(), book_.addresses());
     state_ = LineState();
@@ -59,6 +60,11 @@ bool PanelDesk::end()
 void PanelDesk::setUnlocked(bool isUnlocked)
 {
     line_.setUnlocked(isUnlocked);
+}
+
+void PanelDesk::setConditions(const simulator::Conditions& conditions)
+{
+    line_.setConditions(conditions);
 }
 
 // ---- what is watched ------------------------------------------------------------------------
@@ -168,6 +174,8 @@ void PanelDesk::apply(const LineBatch& batch)
     state_ = batch.state;
     if (batch.statistics)
         statistics_ = batch.statistics;
+    if (batch.controller)
+        controller_ = batch.controller;
     const std::vector<Address> changed = book_.apply(batch);
     if (!changed.empty())
         emit valuesChanged(changed);

@@ -68,6 +68,11 @@ public:
     {
         return statistics_;
     }
+    // Of the own controller, about a second old; null without one, and until the first has come.
+    const std::shared_ptr<const ControllerReport>& controllerReport() const
+    {
+        return controller_;
+    }
     std::size_t writesUnderWay() const;
     bool hasLine() const; // open, or about to be
 
@@ -81,6 +86,8 @@ public:
     // does not fit.
     void setFormat(std::size_t place, const Format& format);
     void setUnlocked(bool isUnlocked);
+    // Of the own controller, until another line is opened.
+    void setConditions(const simulator::Conditions& conditions);
     // One value from what a person typed. Throws a UsageFailure: nothing is written then.
     void write(const PanelValue& value, const std::string& text);
     // See LineThread::end().
@@ -114,6 +121,7 @@ private:
     LineState state_;
     std::vector<PanelWrite> writes_;
     std::shared_ptr<const LinkStatistics> statistics_;
+    std::shared_ptr<const ControllerReport> controller_;
     Clock::time_point lastHeard_{};
     QTimer listenTimer_;
     LineThread line_;

@@ -44,6 +44,15 @@ void drawLine(QPainter& painter)
     painter.drawPolyline(edge.data(), static_cast<int>(edge.size()));
 }
 
+// A sign that warns.
+void drawFaults(QPainter& painter)
+{
+    const std::array<QPointF, 3> triangle = {QPointF(12, 3.5), QPointF(21.5, 20), QPointF(2.5, 20)};
+    painter.drawPolygon(triangle.data(), static_cast<int>(triangle.size()));
+    painter.drawLine(QPointF(12, 10), QPointF(12, 14.5));
+    painter.drawPoint(QPointF(12, 17.3));
+}
+
 } // namespace
 
 QIcon iconOf(PanelIcon icon)
@@ -67,6 +76,9 @@ QIcon iconOf(PanelIcon icon)
         break;
     case PanelIcon::line:
         drawLine(painter);
+        break;
+    case PanelIcon::faults:
+        drawFaults(painter);
         break;
     }
     painter.end();

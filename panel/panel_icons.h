@@ -10,7 +10,8 @@ enum class PanelIcon {
     start,
     values,
     lamps,
-    line
+    line,
+    faults
 };
 QIcon iconOf(PanelIcon icon);
 
