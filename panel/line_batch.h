@@ -12,6 +12,7 @@
 #include "line/failure.h"
 #include "link/link_statistics.h"
 #include "link/transmission.h"
+#include "live/controller_orders.h"
 #include "session/views.h"
 
 namespace dov417 {
@@ -69,6 +70,8 @@ struct LineBatch {
     std::vector<WriteOutcome> outcomes;
     LineState state;
     std::shared_ptr<const LinkStatistics> statistics; // about once a second, else null
+    // Of the own controller: about once a second and after each order, else null.
+    std::shared_ptr<const ControllerReport> controller;
 };
 
 // How a value is found again, whatever else is watched.

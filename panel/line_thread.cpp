@@ -57,6 +57,11 @@ void LineThread::setUnlocked(bool isUnlocked)
     ask([line = line_, isUnlocked](LineWorker& worker) { worker.setUnlocked(line, isUnlocked); });
 }
 
+void LineThread::setConditions(const simulator::Conditions& conditions)
+{
+    ask([line = line_, conditions](LineWorker& worker) { worker.setConditions(line, conditions); });
+}
+
 long long LineThread::write(const Address& address, const std::vector<unsigned char>& data)
 {
     const WriteOrder order{++writes_, line_, address, data};

@@ -25,6 +25,8 @@ public:
     void close();
     void watch(const std::vector<Address>& addresses);
     void setUnlocked(bool isUnlocked);
+    // Of the own controller, where there is one.
+    void setConditions(const simulator::Conditions& conditions);
     // Its number, which the outcome will bear.
     long long write(const Address& address, const std::vector<unsigned char>& data);
 

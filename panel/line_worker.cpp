@@ -38,6 +38,10 @@ LineWorker::LineWorker(const Library& library)
     pulseTimer_.setInterval(pulse);
     connect(&screenTimer_, &QTimer::timeout, this, [this]() { collected(); });
     connect(&pulseTimer_, &QTimer::timeout, this, [this]() { sendPulse(); });
+    own_.onReport([this]() {
+        hasNews_ = true;
+        collected();
+    });
 }
 
 LineWorker::~LineWorker() = default;
@@ -66,7 +70,9 @@ void LineWorker::open(const LineOrder& order)
 void LineWorker::makeLine(const LineOrder& order)
 {
     live_ = std::make_unique<LiveLine>(library_, order.setup, stationsOf(order.watched),
-                                       order.controller);
+                                       order.setup.simulated ? own_.linked(order.controller)
+                                                             : order.controller);
+    own_.follow(live_->controller());
     const LineSettings& settings = live_->settings();
     state_.port = settings.device.toStdString();
     if (!parseNetworkAddress(state_.port))
@@ -132,6 +138,7 @@ void LineWorker::portChanged(bool open, const std::string& message)
 void LineWorker::refuse(const std::string& reason)
 {
     session_.reset();
+    own_.follow(nullptr);
     live_.reset();
     state_.phase = LinePhase::refused;
     state_.reason = reason;
@@ -145,6 +152,7 @@ void LineWorker::close()
         session_->close(lineWasClosed); // tells what becomes of its writes
     recipes_.end(lineWasClosed);
     session_.reset();
+    own_.follow(nullptr);
     live_.reset();
     state_.phase = LinePhase::closed;
     hasNews_ = true;
@@ -227,6 +235,12 @@ void LineWorker::write(const WriteOrder& order)
     collected();
 }
 
+void LineWorker::setConditions(int line, const simulator::Conditions& conditions)
+{
+    if (line == line_)
+        own_.setConditions(conditions);
+}
+
 // ---- telling the window ---------------------------------------------------------------------
 
 void LineWorker::note(const std::string& text)
@@ -252,6 +266,7 @@ void LineWorker::sendPulse()
             collector_.add(view);
         if (++pulses_ % pulsesPerStatistics == 0)
             statistics_ = std::make_shared<const LinkStatistics>(session_->statistics());
+        own_.askReport();
     }
     collected();
 }
@@ -270,6 +285,7 @@ void LineWorker::send()
     batch.state = state();
     batch.statistics = std::move(statistics_);
     statistics_.reset();
+    batch.controller = own_.takeReport();
     hasNews_ = false;
     isSeen_ = false;
     screenTimer_.start();

@@ -17,6 +17,7 @@
 #include "live/live_line.h"
 #include "panel/batch_collector.h"
 #include "panel/recipe_worker.h"
+#include "panel/own_controller.h"
 #include "session/session.h"
 
 namespace dov417 {
@@ -63,6 +64,7 @@ public:
     {
         return recipes_;
     }
+    void setConditions(int line, const simulator::Conditions& conditions);
     // The window has dealt with the batch.
     void batchSeen();
     // Leaves the line quiet, then tells that it has.
@@ -100,6 +102,7 @@ private:
     int pulses_ = 0;
     QTimer screenTimer_;
     QTimer pulseTimer_;
+    OwnController own_;
     std::unique_ptr<LiveLine> live_;
     std::unique_ptr<Session> session_;
     RecipeWorker recipes_;

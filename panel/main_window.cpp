@@ -8,6 +8,7 @@
 #include <QVBoxLayout>
 
 #include "panel/help_boxes.h"
+#include "panel/faults_page.h"
 #include "panel/lamps_page.h"
 #include "panel/line_page.h"
 #include "panel/plan_page.h"
@@ -48,6 +49,7 @@ MainWindow::MainWindow(PanelDesk& desk)
     addPage(new LampsPage(desk));
     addPage(new LinePage(desk));
     addPage(new PlanPage(desk));
+    addPage(new FaultsPage(desk));
     list_->setFixedWidth(list_->sizeHintForColumn(0) + 4 * list_->frameWidth() + 16);
     connect(list_, &QListWidget::currentRowChanged, stack_, &QStackedWidget::setCurrentIndex);
     connect(&desk, &PanelDesk::stateChanged, this, [this]() { showState(); });

@@ -34,6 +34,7 @@ void PanelDesk::open(const LineSetup& setup, const simulator::SimulationOptions&
     book_.setSilent(false);
     statistics_.reset();
     setup_ = setup;
+    controller_.reset();
     line_.open(setup, watchedAddresses(tags_.items), controller);
     book_.watch(line_.generation(), book_.addresses());
     state_ = LineState();
@@ -62,6 +63,11 @@ bool PanelDesk::end()
 void PanelDesk::setUnlocked(bool isUnlocked)
 {
     line_.setUnlocked(isUnlocked);
+}
+
+void PanelDesk::setConditions(const simulator::Conditions& conditions)
+{
+    line_.setConditions(conditions);
 }
 
 // ---- what is watched ------------------------------------------------------------------------
@@ -163,6 +169,8 @@ void PanelDesk::apply(const LineBatch& batch)
     state_ = batch.state;
     if (batch.statistics)
         statistics_ = batch.statistics;
+    if (batch.controller)
+        controller_ = batch.controller;
     const std::vector<Address> changed = book_.apply(batch);
     if (!changed.empty())
         emit valuesChanged(changed);

@@ -84,6 +84,11 @@ public:
     {
         return recipe_ != 0;
     }
+    // Of the own controller, about a second old; null without one, and until the first has come.
+    const std::shared_ptr<const ControllerReport>& controllerReport() const
+    {
+        return controller_;
+    }
 
     void open(const LineSetup& setup, const simulator::SimulationOptions& controller = {});
     void close();
@@ -92,6 +97,8 @@ public:
     void addItems(const std::vector<Item>& items);
     void removeItems(const std::vector<std::size_t>& places);
     void setUnlocked(bool isUnlocked);
+    // Of the own controller, until another line is opened.
+    void setConditions(const simulator::Conditions& conditions);
     // One value from what a person typed. Throws a UsageFailure: nothing is written then.
     void write(const PanelValue& value, const std::string& text);
     // Asks for the driver's plan with this merge gap. Throws a UsageFailure while something is
@@ -138,6 +145,7 @@ private:
     std::size_t recipeValues_ = 0; // of a download
     std::vector<PanelWrite> writes_;
     std::shared_ptr<const LinkStatistics> statistics_;
+    std::shared_ptr<const ControllerReport> controller_;
     Clock::time_point lastHeard_{};
     QTimer listenTimer_;
     LineThread line_;

@@ -65,6 +65,15 @@ void drawRecipes(QPainter& painter)
     painter.drawLine(QPointF(20, 20), QPointF(22, 17));
 }
 
+// A sign that warns.
+void drawFaults(QPainter& painter)
+{
+    const std::array<QPointF, 3> triangle = {QPointF(12, 3.5), QPointF(21.5, 20), QPointF(2.5, 20)};
+    painter.drawPolygon(triangle.data(), static_cast<int>(triangle.size()));
+    painter.drawLine(QPointF(12, 10), QPointF(12, 14.5));
+    painter.drawPoint(QPointF(12, 17.3));
+}
+
 } // namespace
 
 QIcon iconOf(PanelIcon icon)
@@ -94,6 +103,9 @@ QIcon iconOf(PanelIcon icon)
         break;
     case PanelIcon::recipes:
         drawRecipes(painter);
+        break;
+    case PanelIcon::faults:
+        drawFaults(painter);
         break;
     }
     painter.end();

@@ -12,7 +12,8 @@ enum class PanelIcon {
     lamps,
     line,
     plan,
-    recipes
+    recipes,
+    faults
 };
 QIcon iconOf(PanelIcon icon);
 

@@ -129,12 +129,16 @@ QByteArray Transmission::bytes() const
     return all;
 }
 
-Faults::Faults(const std::vector<FaultRule>& rules, std::uint32_t seed)
+Faults::Faults(const std::vector<FaultRule>& rules, std::uint32_t seed) : seed_(seed)
 {
-    for (const FaultRule& rule : rules) {
-        const auto number = static_cast<std::uint32_t>(sources_.size());
-        sources_.push_back({rule, Chance(seed + 0x9E3779B9U * number)});
-    }
+    setRules(rules);
+}
+
+void Faults::setRules(const std::vector<FaultRule>& rules)
+{
+    sources_.clear();
+    for (const FaultRule& rule : rules)
+        sources_.push_back({rule, Chance(seed_ + 0x9E3779B9U * sourcesMade_++)});
 }
 
 Transmission Faults::apply(const QByteArray& request, const QByteArray& reply)

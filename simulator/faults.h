@@ -87,6 +87,9 @@ class Faults {
 public:
     explicit Faults(const std::vector<FaultRule>& rules = {}, std::uint32_t seed = 1);
 
+    // From the next reply on; what was counted stays.
+    void setRules(const std::vector<FaultRule>& rules);
+
     // An empty reply (a broadcast's) is no reply: nothing happens to it, nothing is counted.
     Transmission apply(const QByteArray& request, const QByteArray& reply);
 
@@ -101,6 +104,8 @@ private:
         std::mt19937 chance;
     };
     std::vector<Source> sources_;
+    std::uint32_t seed_;
+    std::uint32_t sourcesMade_ = 0; // each has other chances than all before it
     std::array<std::uint64_t, faultKindCount> counts_{};
     std::uint64_t replies_ = 0;
     std::uint64_t faulty_ = 0;

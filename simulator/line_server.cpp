@@ -29,16 +29,19 @@ class LineServer::Private {
 public:
     Private(LineServer& server, Controller& controller, Faults& faults,
             const LineServerOptions& options)
-        : server_(server), controller_(controller), faults_(faults), options_(options),
+        : options_(options), server_(server), controller_(controller), faults_(faults),
           inward_(options.line), outward_(options.line)
     {
     }
 
     void open();
     void close();
+    void forget();
 
     LineServerCounters counters_;
     LinePort port_;
+    LineServerOptions options_;
+    bool isOn_ = true;
 
 private:
     struct LaterDelete {
@@ -80,7 +83,6 @@ private:
     LineServer& server_;
     Controller& controller_;
     Faults& faults_;
-    LineServerOptions options_;
 
     std::int64_t openedAt_ = 0;
     WireClock inward_;
@@ -132,11 +134,17 @@ void LineServer::Private::close()
     }
     timer_.reset();
     port_.close();
+    forget();
+    log(LineEvent::notice, QByteArray(), "closed");
+}
+
+// What is on its way, in or out.
+void LineServer::Private::forget()
+{
     arrivals_.clear();
     departures_.clear();
     collector_.takeRest();
     silentAt_ = never;
-    log(LineEvent::notice, QByteArray(), "closed");
 }
 
 void LineServer::Private::listenersChanged()
@@ -172,8 +180,8 @@ void LineServer::Private::receive()
     const SerialFormat other = lineOfTheOther();
     if (other.baudRate != options_.line.baudRate)
         bytes = heardAs(options_.line, bytes, other);
-    if (!bytes.isEmpty()) {
-        counters_.bytesReceived += static_cast<std::uint64_t>(bytes.size());
+    counters_.bytesReceived += static_cast<std::uint64_t>(bytes.size());
+    if (!bytes.isEmpty() && isOn_) {
         const std::int64_t now = monotonicNow();
         Arrival arrival{now, now, bytes};
         if (options_.paced) {
@@ -384,6 +392,18 @@ void LineServer::close()
 bool LineServer::isOpen() const
 {
     return d_->port_.isOpen();
+}
+
+void LineServer::setTurnaround(int milliseconds)
+{
+    d_->options_.turnaroundMs = milliseconds;
+}
+
+void LineServer::setOn(bool isOn)
+{
+    d_->isOn_ = isOn;
+    if (!isOn)
+        d_->forget();
 }
 
 std::string LineServer::portName() const

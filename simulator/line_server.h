@@ -75,6 +75,11 @@ public:
     void close();
     bool isOpen() const;
 
+    // Of replies to requests that come from now on.
+    void setTurnaround(int milliseconds);
+    // Switched off, the controller takes nothing in and says nothing, not even the rest of a reply.
+    void setOn(bool isOn);
+
     // What a master has to open: the link if there is one, else the device. Empty while closed.
     std::string portName() const;
 

@@ -27,6 +27,14 @@ LineServerOptions lineOptions(const SimulationOptions& options)
     return line;
 }
 
+std::vector<FaultRule> rulesOf(const std::vector<std::string>& texts)
+{
+    std::vector<FaultRule> rules;
+    for (const std::string& text : texts)
+        rules.push_back(parseFaultRule(text));
+    return rules;
+}
+
 bool isWrite(int function)
 {
     return function == 5 || function == 6 || function == 15 || function == 16;
@@ -71,10 +79,9 @@ void Simulation::prepare()
 {
     if (memory_.stations().size() != options_.stations.size() || options_.stations.empty())
         throw UsageFailure("stations are different numbers from 1 to 247");
-    std::vector<FaultRule> rules;
-    for (const std::string& text : options_.faults)
-        rules.push_back(parseFaultRule(text));
-    faults_ = Faults(rules, options_.seed);
+    faults_ = Faults(rulesOf(options_.faults), options_.seed);
+    conditions_.faults = options_.faults;
+    conditions_.turnaroundMs = options_.turnaroundMs;
 
     if (!options_.loadFile.empty())
         loadValues(memory_, options_.loadFile);
@@ -111,6 +118,50 @@ void Simulation::stop()
     log_.close();
     if (!options_.dumpFile.empty())
         dumpValues(memory_, options_.dumpFile);
+}
+
+void Simulation::setConditions(const Conditions& conditions)
+{
+    const std::vector<FaultRule> rules = rulesOf(conditions.faults);
+    if (conditions.turnaroundMs < 0 || conditions.turnaroundMs > maxTurnaroundMs)
+        throw UsageFailure("the controller takes 0 to " + std::to_string(maxTurnaroundMs) +
+                           " ms before it answers");
+    // A pseudo-terminal comes back with another number, and its old one may be another program's.
+    if (!conditions.isPlugged && options_.device.empty() && options_.link.empty())
+        throw UsageFailure("without a link nobody would find the port again");
+    if (conditions.faults != conditions_.faults)
+        faults_.setRules(rules);
+    line_->setTurnaround(conditions.turnaroundMs);
+    line_->setOn(conditions.isOn);
+    const bool wasPlugged = conditions_.isPlugged;
+    conditions_ = conditions;
+    conditions_.isPlugged = wasPlugged;
+    plug(conditions.isPlugged);
+}
+
+void Simulation::plug(bool isPlugged)
+{
+    if (!isPlugged)
+        line_->close();
+    else if (!line_->isOpen())
+        line_->open();
+    conditions_.isPlugged = isPlugged;
+}
+
+const Conditions& Simulation::conditions() const
+{
+    return conditions_;
+}
+
+FaultCounts Simulation::faultCounts() const
+{
+    FaultCounts counts;
+    counts.replies = faults_.replies();
+    counts.faulty = faults_.faulty();
+    for (int kind = 0; kind < faultKindCount; ++kind)
+        if (const std::uint64_t count = faults_.count(static_cast<FaultKind>(kind)); count > 0)
+            counts.kinds[faultName(static_cast<FaultKind>(kind))] = count;
+    return counts;
 }
 
 void Simulation::letPlantLive()

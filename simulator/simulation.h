@@ -24,6 +24,7 @@
 #include <string>
 #include <vector>
 
+#include "simulator/conditions.h"
 #include "simulator/line_server.h"
 #include "simulator/plant.h"
 
@@ -63,8 +64,15 @@ public:
     // stopped, nothing happens.
     void stop();
 
+    // Once started. Throws a UsageFailure where they cannot be, and nothing is different then; a
+    // Failure where the port does not come back. On a pseudo-terminal the cable can be pulled only
+    // if it has a link.
+    void setConditions(const Conditions& conditions);
+    const Conditions& conditions() const;
+
     std::string portName() const;
     std::string report() const; // counters and faults, several lines
+    FaultCounts faultCounts() const;
 
     // Valid from a successful start() on, also after stop().
     Memory& memory();
@@ -79,7 +87,10 @@ private:
     void holdWritten(const Answer& answer);
     void log(const LineEvent& event);
 
+    void plug(bool isPlugged);
+
     SimulationOptions options_;
+    Conditions conditions_;
     Memory memory_;
     Controller controller_;
     Faults faults_;

@@ -38,8 +38,8 @@ int runSimulate(const SimulateOptions& options)
     }
     if (simulation.logFile == "-")
         throw UsageFailure("--json and --log - both want the standard output");
-    runSimulation(simulation, {[](const std::string& port) {
-                                   sayJson({{"port", port}});
+    runSimulation(simulation, {[](const simulator::Simulation& served) {
+                                   sayJson({{"port", served.portName()}});
                                },
                                [](const std::string& report) {
                                    sayJson({{"report", report}});

@@ -2,10 +2,14 @@
 
 #include <QStringList>
 #include <QTemporaryFile>
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
 #include <filesystem>
 #include <sys/prctl.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include "line/failure.h"
@@ -29,6 +33,14 @@ ChildProcess::~ChildProcess()
 {
     if (state() != NotRunning)
         endAtOnce();
+    closeChildEnd();
+}
+
+void ChildProcess::closeChildEnd()
+{
+    if (childEnd_ >= 0)
+        ::close(childEnd_);
+    childEnd_ = -1;
 }
 
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
@@ -47,6 +59,18 @@ void ChildProcess::becomeChild() const
     prctl(PR_SET_PDEATHSIG, SIGTERM);
     if (getppid() != parent_) // it has ended already: no signal would come
         _exit(EXIT_FAILURE);
+    if (childEnd_ >= 0)
+        fcntl(childEnd_, F_SETFD, 0); // stays open over exec
+}
+
+int ChildProcess::connectChild()
+{
+    int ends[2] = {-1, -1};
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0)
+        throw Failure(std::string("no pair of sockets: ") + std::strerror(errno));
+    closeChildEnd();
+    childEnd_ = ends[1];
+    return ends[0];
 }
 
 void ChildProcess::begin(const std::string& task, const std::string& record)
@@ -61,10 +85,14 @@ void ChildProcess::begin(const std::string& task, const std::string& record)
     setProcessChannelMode(ForwardedErrorChannel);
     struct sigaction brokenPipe = {};
     sigaction(SIGPIPE, nullptr, &brokenPipe);
+    QStringList arguments = {QString::fromLatin1(childMark), QString::fromStdString(task)};
+    if (childEnd_ >= 0)
+        arguments.append(QString::number(childEnd_));
     start(QString::fromStdString(std::filesystem::read_symlink("/proc/self/exe").string()),
-          {QString::fromLatin1(childMark), QString::fromStdString(task)});
+          arguments);
     // QProcess ignores it for good; an output that nobody reads any more is to end the program.
     sigaction(SIGPIPE, &brokenPipe, nullptr);
+    closeChildEnd(); // the child's own is another one
 }
 
 void ChildProcess::endPolitely()

@@ -11,7 +11,8 @@
 
 namespace dov417 {
 
-// First argument of a child; the second one is the task.
+// First argument of a child; the second one is the task, the third one its end of the sockets, if
+// it has them.
 constexpr const char* childMark = "@child";
 
 class ChildProcess : public QProcess {
@@ -23,6 +24,10 @@ public:
     // hears no Ctrl-C: ending it is the caller's. Throws a Failure if the record cannot be kept.
     void begin(const std::string& task, const std::string& record);
 
+    // To be called before begin(): the child gets one end of a pair of sockets, this is the other,
+    // which the caller closes. Throws a Failure if there is none.
+    int connectChild();
+
     // Waits until it is gone: asked first, or at once.
     void endPolitely();
     void endAtOnce();
@@ -32,8 +37,10 @@ private:
     void setupChildProcess() override;
 #endif
     void becomeChild() const;
+    void closeChildEnd();
 
     pid_t parent_;
+    int childEnd_ = -1;
 };
 
 } // namespace dov417

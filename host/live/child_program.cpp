@@ -18,7 +18,7 @@ namespace {
 
 struct Task {
     const char* name;
-    int (*run)(const std::string& record);
+    int (*run)(const std::string& record, int socket); // -1: it has none
 };
 constexpr Task tasks[] = {
     {controllerTask, runControllerTask},
@@ -29,14 +29,14 @@ constexpr Task tasks[] = {
 
 std::optional<int> runAsChild(int argc, char** argv)
 {
-    if (argc != 3 || std::strcmp(argv[1], childMark) != 0)
+    if ((argc != 3 && argc != 4) || std::strcmp(argv[1], childMark) != 0)
         return std::nullopt;
     for (const Task& task : tasks) {
         if (std::strcmp(argv[2], task.name) != 0)
             continue;
         const QCoreApplication application(argc, argv);
         const std::string record{std::istreambuf_iterator<char>(std::cin), {}};
-        return task.run(record);
+        return task.run(record, argc == 4 ? std::atoi(argv[3]) : -1);
     }
     std::fprintf(stderr, "%s: there is no task '%s'\n", argv[0], argv[2]);
     return EXIT_FAILURE;

@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <memory>
+#include <utility>
 
 #include "line/failure.h"
 #include "live/run_simulation.h"
@@ -18,6 +20,7 @@ const std::string announcement = "port ";
 } // namespace
 
 ControllerProcess::ControllerProcess(const simulator::SimulationOptions& options)
+    : channel_(child_.connectChild(), [this](const std::string& line) { answered(line); })
 {
     child_.begin(controllerTask, toRecord(options));
     while (!child_.canReadLine())
@@ -45,10 +48,52 @@ long long ControllerProcess::processId() const
     return child_.processId();
 }
 
-int runControllerTask(const std::string& record)
+void ControllerProcess::setConditions(const simulator::Conditions& conditions)
+{
+    if (awaitsAnswer_)
+        next_ = conditions;
+    else
+        tell(conditions);
+}
+
+void ControllerProcess::onReport(Reported reported)
+{
+    reported_ = std::move(reported);
+}
+
+void ControllerProcess::tell(const simulator::Conditions& conditions)
+{
+    awaitsAnswer_ = channel_.say(toRecord(conditions));
+}
+
+void ControllerProcess::answered(const std::string& line)
+{
+    awaitsAnswer_ = false;
+    if (next_) {
+        const simulator::Conditions next = *next_;
+        next_.reset();
+        tell(next);
+    }
+    try {
+        if (reported_)
+            reported_(parseControllerReport(line));
+    } catch (const Failure&) {
+        // The next one is another chance.
+    }
+}
+
+int runControllerTask(const std::string& record, int socket)
 {
     try {
-        runSimulation(parseSimulationRecord(record));
+        std::unique_ptr<OrderChannel> channel;
+        const auto started = [&channel, socket](simulator::Simulation& simulation) {
+            channel = std::make_unique<OrderChannel>(
+                socket, [&channel, &simulation](const std::string& line) {
+                    channel->say(obey(simulation, line));
+                });
+            sayPort(simulation.portName());
+        };
+        runSimulation(parseSimulationRecord(record), {started, sayReport});
     } catch (const std::exception& failure) {
         // Where the parent waits for the port.
         std::printf("%s\n", failure.what());

@@ -160,4 +160,9 @@ const ControllerProcess* LiveLine::controller() const
     return controller_.get();
 }
 
+ControllerProcess* LiveLine::controller()
+{
+    return controller_.get();
+}
+
 } // namespace dov417

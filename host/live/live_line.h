@@ -37,6 +37,7 @@ public:
 
     // Null without an own controller.
     const ControllerProcess* controller() const;
+    ControllerProcess* controller();
 
 private:
     std::unique_ptr<ControllerProcess> controller_;

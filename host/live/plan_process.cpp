@@ -109,7 +109,7 @@ void PlanProcess::ended()
         failed(reason);
 }
 
-int runPlanTask(const std::string& record)
+int runPlanTask(const std::string& record, int /*socket*/)
 {
     json answer;
     try {

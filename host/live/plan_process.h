@@ -54,7 +54,7 @@ private:
 
 // The child's side.
 constexpr const char* planTask = "plan";
-int runPlanTask(const std::string& record);
+int runPlanTask(const std::string& record, int socket);
 
 } // namespace dov417
 

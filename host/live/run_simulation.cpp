@@ -24,15 +24,22 @@ std::string stopped(simulator::Simulation& simulation)
 
 } // namespace
 
+void sayPort(const std::string& port)
+{
+    std::printf("port %s\n", port.c_str());
+    std::fflush(stdout); // whoever started this waits for it
+}
+
+void sayReport(const std::string& report)
+{
+    std::printf("%s\n", report.c_str());
+}
+
 void runSimulation(const simulator::SimulationOptions& options)
 {
     runSimulation(options,
-                  {[](const std::string& port) {
-                       // Whoever started this waits for the line that names the port.
-                       std::printf("port %s\n", port.c_str());
-                       std::fflush(stdout);
-                   },
-                   [](const std::string& report) { std::printf("%s\n", report.c_str()); }});
+                  {[](const simulator::Simulation& simulation) { sayPort(simulation.portName()); },
+                   sayReport});
 }
 
 void runSimulation(const simulator::SimulationOptions& options, const SimulationTeller& teller)
@@ -47,7 +54,7 @@ void runSimulation(const simulator::SimulationOptions& options, const Simulation
                          lost = reason.toStdString();
                          loop.quit();
                      });
-    teller.started(simulation.portName());
+    teller.started(simulation);
     loop.exec();
     const std::string unwritten = stopped(simulation);
     teller.ended(simulation.report());

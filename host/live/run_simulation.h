@@ -9,11 +9,14 @@
 
 namespace dov417 {
 
-// Prints "port PORT" once it answers there, serves until a signal ends it, and prints what it
-// counted; or has these told. Throws a Failure if it cannot start, loses its port or cannot write
-// its dump.
+// "port PORT" and the report, each with its end of line, for whoever started the program.
+void sayPort(const std::string& port);
+void sayReport(const std::string& report);
+
+// Tells once it answers at its port, serves until a signal ends it, and tells what it counted; or
+// prints these. Throws a Failure if it cannot start, loses its port or cannot write its dump.
 struct SimulationTeller {
-    std::function<void(const std::string& port)> started;
+    std::function<void(simulator::Simulation& simulation)> started;
     std::function<void(const std::string& report)> ended;
 };
 void runSimulation(const simulator::SimulationOptions& options);

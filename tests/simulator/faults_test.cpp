@@ -115,6 +115,32 @@ TEST(Faults, HitEveryNthReply)
     EXPECT_EQ(faults.report(), "silence 3");
 }
 
+TEST(Faults, GoOnCountingUnderOtherRules)
+{
+    Faults faults = faultsOf({"silence=every:1"});
+    faults.apply(bytesOf(oneRead), bytesOf(oneReply));
+    faults.setRules({parseFaultRule("echo=every:1")});
+    EXPECT_EQ(hexOf(faults.apply(bytesOf(oneRead), bytesOf(oneReply)).echo), oneRead);
+    faults.setRules({});
+    EXPECT_FALSE(faults.apply(bytesOf(oneRead), bytesOf(oneReply)).pieces.empty());
+    EXPECT_EQ(faults.replies(), 3U);
+    EXPECT_EQ(faults.report(), "echo 1, silence 1");
+}
+
+TEST(Faults, OfRulesThatAreSetAgainHaveOtherChances)
+{
+    Faults faults = faultsOf({"silence=50%"});
+    const auto pattern = [&faults]() {
+        std::string marks;
+        for (int i = 0; i < 64; ++i)
+            marks += faults.apply(bytesOf(oneRead), bytesOf(oneReply)).pieces.empty() ? 'x' : '.';
+        return marks;
+    };
+    const std::string first = pattern();
+    faults.setRules({parseFaultRule("silence=50%")});
+    EXPECT_NE(pattern(), first);
+}
+
 TEST(Faults, HitAboutTheShareThatWasAskedFor)
 {
     Faults faults = faultsOf({"silence=10%"});

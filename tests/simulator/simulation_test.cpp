@@ -156,6 +156,112 @@ TEST_F(SimulationTest, KeepsToTheProtocolsLimitsIfItIsStrict)
     EXPECT_EQ(hexOf(master.receive(5)), "01 83 03 01 31");
 }
 
+TEST_F(SimulationTest, TakesOtherFaultsAndAnotherResponseTimeWhileItServes)
+{
+    options.set = {"R_W:10=0x1234"};
+    options.turnaroundMs = 3;
+    start();
+    EXPECT_EQ(simulation->conditions().turnaroundMs, 3);
+    MasterEnd master(simulation->portName());
+    master.send(bytesOf("01 03 05 0A 00 01 A4 C4"));
+    EXPECT_EQ(hexOf(master.receive(7)), "01 03 02 12 34 B5 33");
+    Conditions conditions;
+    conditions.faults = {"echo=every:1"};
+    conditions.turnaroundMs = 40;
+    ASSERT_EQ(complaint([&] { simulation->setConditions(conditions); }), "");
+    QElapsedTimer time;
+    time.start();
+    master.send(bytesOf("01 03 05 0A 00 01 A4 C4"));
+    EXPECT_EQ(hexOf(master.receive(15)), "01 03 05 0A 00 01 A4 C4 01 03 02 12 34 B5 33");
+    EXPECT_GE(time.elapsed(), 39); // it cannot be sooner
+    EXPECT_EQ(simulation->faultCounts().replies, 2U);
+    EXPECT_EQ(simulation->faultCounts().faulty, 1U);
+    EXPECT_EQ(simulation->faultCounts().kinds, (std::map<std::string, std::uint64_t>{{"echo", 1}}));
+}
+
+TEST_F(SimulationTest, SwitchedOffTakesNothingInAndSaysNothingAndKeepsItsValues)
+{
+    options.set = {"R_W:11=5"};
+    options.turnaroundMs = 30000;
+    start();
+    MasterEnd master(simulation->portName());
+    master.send(bytesOf("01 03 05 0A 00 01 A4 C4")); // is never answered
+    ASSERT_TRUE(waitFor([this] { return simulation->line().counters().requests == 1; }));
+    Conditions conditions;
+    conditions.isOn = false;
+    simulation->setConditions(conditions);
+    EXPECT_FALSE(simulation->conditions().isOn);
+    master.send(bytesOf("01 06 05 0B 00 07 B9 06") + bytesOf("00 06 05 0C 00 07 09 16"));
+    ASSERT_TRUE(waitFor([this] { return simulation->line().counters().bytesReceived == 24; }));
+    conditions.isOn = true;
+    simulation->setConditions(conditions);
+    master.send(bytesOf("01 03 05 0B 00 01 F5 04"));
+    EXPECT_EQ(hexOf(master.receive(7)), "01 03 02 00 05 78 47");
+    EXPECT_EQ(simulation->line().counters().requests, 2U);
+    EXPECT_EQ(simulation->memory().station(1)->word(Area::R, 12), 0);
+}
+
+TEST_F(SimulationTest, ComesBackUnderItsNameOnceTheCableIsPluggedInAgain)
+{
+    options.link = inFolder("plc");
+    start();
+    MasterEnd before(simulation->portName());
+    Conditions conditions;
+    conditions.isPlugged = false;
+    ASSERT_EQ(complaint([&] { simulation->setConditions(conditions); }), "");
+    EXPECT_TRUE(waitFor([&] { return before.isHungUp(); }));
+    EXPECT_FALSE(QFileInfo(QString::fromStdString(options.link)).isSymLink());
+    EXPECT_FALSE(simulation->conditions().isPlugged);
+    conditions.isPlugged = true;
+    ASSERT_EQ(complaint([&] { simulation->setConditions(conditions); }), "");
+    EXPECT_EQ(simulation->portName(), options.link);
+    MasterEnd master(simulation->portName());
+    master.send(bytesOf("01 03 05 0A 00 01 A4 C4"));
+    EXPECT_EQ(hexOf(master.receive(7)), "01 03 02 00 00 B8 44");
+}
+
+TEST_F(SimulationTest, StaysUnpluggedWhereItsNameIsTakenMeanwhile)
+{
+    options.link = inFolder("plc");
+    start();
+    Conditions conditions;
+    conditions.isPlugged = false;
+    simulation->setConditions(conditions);
+    QFile other(QString::fromStdString(options.link));
+    ASSERT_TRUE(other.open(QIODevice::WriteOnly));
+    conditions.isPlugged = true;
+    EXPECT_NE(complaint([&] { simulation->setConditions(conditions); }), "");
+    EXPECT_FALSE(simulation->conditions().isPlugged);
+    other.remove();
+    EXPECT_EQ(complaint([&] { simulation->setConditions(conditions); }), "");
+    EXPECT_EQ(simulation->portName(), options.link);
+}
+
+TEST_F(SimulationTest, RefusesConditionsThatCannotBeAndStaysAsItWas)
+{
+    options.faults = {"echo=every:1"};
+    start();
+    const auto refused = [this](const Conditions& conditions) {
+        const std::string why = complaint([&] { simulation->setConditions(conditions); });
+        EXPECT_EQ(simulation->conditions().faults, options.faults);
+        EXPECT_TRUE(simulation->conditions().isOn);
+        EXPECT_TRUE(simulation->line().isOpen());
+        return why;
+    };
+    Conditions conditions;
+    conditions.isOn = false;
+    conditions.faults = {"flop=1%"};
+    EXPECT_NE(refused(conditions).find("flop"), std::string::npos);
+    conditions.faults.clear();
+    conditions.turnaroundMs = -1;
+    EXPECT_NE(refused(conditions).find("0 to 600000 ms"), std::string::npos);
+    conditions.turnaroundMs = 600001;
+    EXPECT_NE(refused(conditions).find("0 to 600000 ms"), std::string::npos);
+    conditions.turnaroundMs = 0;
+    conditions.isPlugged = false;
+    EXPECT_NE(refused(conditions).find("without a link"), std::string::npos);
+}
+
 TEST_F(SimulationTest, RefusesToStartWithAMistakeInItsOptions)
 {
     options.stations = {1, 0};

@@ -1,5 +1,7 @@
 #include "live/controller_process.h"
 
+#include <QFileInfo>
+#include <QTemporaryDir>
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
@@ -10,6 +12,7 @@
 
 #include "line/frame_text.h"
 #include "loaded_library.h"
+#include "pty_slave.h"
 
 namespace dov417 {
 
@@ -57,6 +60,91 @@ TEST(AControllerProcess, IsInAGroupOfItsOwnWhereNoCtrlCReachesIt)
     const auto process = static_cast<pid_t>(controller.processId());
     EXPECT_EQ(getpgid(process), process);
     EXPECT_NE(getpgrp(), process);
+}
+
+class AControllerProcessThatIsToldOrders : public ::testing::Test {
+protected:
+    void start()
+    {
+        controller = std::make_unique<ControllerProcess>(options);
+        controller->onReport([this](const ControllerReport& report) { reports.push_back(report); });
+    }
+    ControllerReport reportOf(const simulator::Conditions& wanted)
+    {
+        reports.clear();
+        controller->setConditions(wanted);
+        EXPECT_TRUE(waitUntil([this]() { return !reports.empty(); }));
+        return reports.empty() ? ControllerReport() : reports.back();
+    }
+
+    QTemporaryDir folder;
+    simulator::SimulationOptions options;
+    simulator::Conditions conditions;
+    std::unique_ptr<ControllerProcess> controller;
+    std::vector<ControllerReport> reports;
+};
+
+TEST_F(AControllerProcessThatIsToldOrders, ServesUnderThem)
+{
+    options.set = {"R_W:10=0x1234"};
+    start();
+    conditions.faults = {"echo=every:1"};
+    EXPECT_TRUE(reportOf(conditions).conditions == conditions);
+    EXPECT_EQ(ask(controller->port(), "01 03 05 0A 00 01 A4 C4", 15),
+              "01 03 05 0A 00 01 A4 C4 01 03 02 12 34 B5 33");
+    EXPECT_EQ(reportOf(conditions).counts.kinds.at("echo"), 1U);
+}
+
+TEST_F(AControllerProcessThatIsToldOrders, LetsItsPortGoAndComeBackUnderItsName)
+{
+    options.link = folder.filePath("controller").toStdString();
+    options.set = {"R_W:10=0x1234"};
+    start();
+    ASSERT_EQ(controller->port(), options.link);
+    conditions.isPlugged = false;
+    EXPECT_FALSE(reportOf(conditions).conditions.isPlugged);
+    EXPECT_FALSE(QFileInfo(QString::fromStdString(options.link)).isSymLink());
+    conditions.isPlugged = true;
+    EXPECT_TRUE(reportOf(conditions).conditions.isPlugged);
+    EXPECT_EQ(ask(controller->port(), "01 03 05 0A 00 01 A4 C4", 7), "01 03 02 12 34 B5 33");
+}
+
+TEST_F(AControllerProcessThatIsToldOrders, SaysWhyItRefuses)
+{
+    start();
+    conditions.isPlugged = false; // without a link
+    EXPECT_THAT(reportOf(conditions).refused, HasSubstr("without a link"));
+}
+
+// It is told nothing more before it has answered, and then the latest.
+TEST_F(AControllerProcessThatIsToldOrders, IsToldTheLatestWhileItIsBusy)
+{
+    start();
+    const auto process = static_cast<pid_t>(controller->processId());
+    kill(process, SIGSTOP);
+    for (conditions.turnaroundMs = 1; conditions.turnaroundMs < 100000; ++conditions.turnaroundMs)
+        controller->setConditions(conditions);
+    kill(process, SIGCONT);
+    ASSERT_TRUE(waitUntil([this]() { return reports.size() >= 2; }));
+    EXPECT_EQ(reports.at(0).conditions.turnaroundMs, 1);
+    EXPECT_EQ(reports.at(1).conditions.turnaroundMs, 99999);
+    EXPECT_EQ(reports.size(), 2U);
+}
+
+TEST_F(AControllerProcessThatIsToldOrders, EndsNothingWhereItHasEndedItself)
+{
+    start();
+    const auto process = static_cast<pid_t>(controller->processId());
+    kill(process, SIGKILL);
+    ASSERT_TRUE(waitUntil([process]() {
+        std::ifstream status("/proc/" + std::to_string(process) + "/stat");
+        std::string text;
+        std::getline(status, text);
+        return text.empty() || text.find(") Z ") != std::string::npos;
+    }));
+    for (int i = 0; i < 3; ++i)
+        controller->setConditions(conditions);
+    EXPECT_TRUE(reports.empty());
 }
 
 TEST(AControllerProcess, IsGoneWithItsOwner)
