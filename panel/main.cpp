@@ -59,7 +59,7 @@ int run(const PanelOptions& options)
         if (!options.project.empty())
             openProject(desk, options.project);
         else if (options.line.simulated || !options.line.port.empty())
-            desk.open(options.line);
+            desk.open(options.line, trialController());
         if (desk.hasLine() || !desk.tags().items.empty())
             window.showPage(1);
         code = show(window, options);

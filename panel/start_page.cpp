@@ -42,6 +42,9 @@ const TrialTag trialTags[] = {
     {"valves", "M_bit:1.0..1.15", "", 1, -1, "stay as they are written"},
     {"timer", "T:5", "s", 0.1, 1, "runs, and begins anew"},
     {"parts", "C:0", "", 1, -1, "counts up"},
+    {"fan.temperature", "2/R_W:34", "\u00b0C", 0.01, 1, "a sine of 30 s, of station 2"},
+    {"fan.pressure", "2/R_W:66", "mbar", 0.1, 1, "a random walk, of station 2"},
+    {"pump.flow", "3/R_W:67", "l/min", 0.01, 1, "a random walk, of station 3"},
 };
 
 const QStringList usualWires = {QStringLiteral("9600,8,EVEN,1"),   QStringLiteral("19200,8,EVEN,1"),
@@ -71,6 +74,15 @@ std::vector<Item> trialItems(const Library& library)
         items.push_back(item);
     }
     return items;
+}
+
+simulator::SimulationOptions trialController()
+{
+    constexpr int turnaroundMs = 3;
+    simulator::SimulationOptions options;
+    options.baudLimit = true;
+    options.turnaroundMs = turnaroundMs;
+    return options;
 }
 
 StartPage::StartPage(PanelDesk& desk)
@@ -237,7 +249,7 @@ void StartPage::openTrial()
     LineSetup setup;
     setup.simulated = true;
     desk_.setItems(trialItems(desk_.library()));
-    desk_.open(setup);
+    desk_.open(setup, trialController());
     emit opened();
 }
 

@@ -15,6 +15,8 @@ namespace dov417 {
 
 // Tags for the own controller, with something to see on every page.
 std::vector<Item> trialItems(const Library& library);
+// The controller they are of: as slow as one at the end of a real line.
+simulator::SimulationOptions trialController();
 
 class StartPage : public PanelPage {
     Q_OBJECT
