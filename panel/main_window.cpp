@@ -12,6 +12,7 @@
 #include "panel/start_page.h"
 #include "panel/state_words.h"
 #include "panel/values_page.h"
+#include "panel/wire_page.h"
 
 namespace dov417 {
 
@@ -44,7 +45,14 @@ MainWindow::MainWindow(PanelDesk& desk)
     addPage(start);
     addPage(new ValuesPage(desk));
     addPage(new LampsPage(desk));
-    addPage(new LinePage(desk));
+    auto* const line = new LinePage(desk);
+    auto* const wire = new WirePage(desk);
+    addPage(line);
+    addPage(wire);
+    connect(wire, &WirePage::frameWanted, this, [this, line](long long number) {
+        if (line->showFrame(number))
+            showPage(stack_->indexOf(line));
+    });
     list_->setFixedWidth(list_->sizeHintForColumn(0) + 4 * list_->frameWidth() + 16);
     connect(list_, &QListWidget::currentRowChanged, stack_, &QStackedWidget::setCurrentIndex);
     connect(&desk, &PanelDesk::stateChanged, this, [this]() { showState(); });

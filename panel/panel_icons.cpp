@@ -44,6 +44,15 @@ void drawLine(QPainter& painter)
     painter.drawPolyline(edge.data(), static_cast<int>(edge.size()));
 }
 
+// Lanes of a logic analyser.
+void drawWire(QPainter& painter)
+{
+    painter.drawLine(QPointF(3, 20.5), QPointF(21, 20.5));
+    for (const QRectF& span : {QRectF(3, 4, 4, 5), QRectF(9, 4, 7, 5), QRectF(12, 12, 3, 5)})
+        painter.drawRect(span);
+    painter.fillRect(QRectF(17, 12, 4, 5), painter.pen().color());
+}
+
 } // namespace
 
 QIcon iconOf(PanelIcon icon)
@@ -67,6 +76,9 @@ QIcon iconOf(PanelIcon icon)
         break;
     case PanelIcon::line:
         drawLine(painter);
+        break;
+    case PanelIcon::wire:
+        drawWire(painter);
         break;
     }
     painter.end();

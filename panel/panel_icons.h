@@ -10,7 +10,8 @@ enum class PanelIcon {
     start,
     values,
     lamps,
-    line
+    line,
+    wire
 };
 QIcon iconOf(PanelIcon icon);
 
