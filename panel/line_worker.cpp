@@ -108,6 +108,7 @@ void LineWorker::follow()
             each.what = what;
             each.at = Clock::now();
             each.transmission = transmission;
+            each.cycle = cycles_;
             collector_.add(std::move(each));
             collected();
         };

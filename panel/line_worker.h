@@ -16,8 +16,8 @@
 
 #include "live/live_line.h"
 #include "panel/batch_collector.h"
-#include "panel/recipe_worker.h"
 #include "panel/own_controller.h"
+#include "panel/recipe_worker.h"
 #include "session/session.h"
 
 namespace dov417 {

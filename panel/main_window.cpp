@@ -7,8 +7,8 @@
 #include <QStatusBar>
 #include <QVBoxLayout>
 
-#include "panel/help_boxes.h"
 #include "panel/faults_page.h"
+#include "panel/help_boxes.h"
 #include "panel/lamps_page.h"
 #include "panel/line_page.h"
 #include "panel/plan_page.h"
@@ -16,6 +16,7 @@
 #include "panel/state_words.h"
 #include "panel/values_page.h"
 #include "panel/window_layout.h"
+#include "panel/wire_page.h"
 
 namespace dov417 {
 
@@ -47,9 +48,16 @@ MainWindow::MainWindow(PanelDesk& desk)
     addPage(new StartPage(desk, document_, *actions_));
     addPage(new ValuesPage(desk));
     addPage(new LampsPage(desk));
-    addPage(new LinePage(desk));
+    auto* const line = new LinePage(desk);
+    auto* const wire = new WirePage(desk);
+    addPage(line);
+    addPage(wire);
     addPage(new PlanPage(desk));
     addPage(new FaultsPage(desk));
+    connect(wire, &WirePage::frameWanted, this, [this, line](long long number) {
+        if (line->showFrame(number))
+            showPage(stack_->indexOf(line));
+    });
     list_->setFixedWidth(list_->sizeHintForColumn(0) + 4 * list_->frameWidth() + 16);
     connect(list_, &QListWidget::currentRowChanged, stack_, &QStackedWidget::setCurrentIndex);
     connect(&desk, &PanelDesk::stateChanged, this, [this]() { showState(); });

@@ -74,6 +74,15 @@ void drawFaults(QPainter& painter)
     painter.drawPoint(QPointF(12, 17.3));
 }
 
+// Lanes of a logic analyser.
+void drawWire(QPainter& painter)
+{
+    painter.drawLine(QPointF(3, 20.5), QPointF(21, 20.5));
+    for (const QRectF& span : {QRectF(3, 4, 4, 5), QRectF(9, 4, 7, 5), QRectF(12, 12, 3, 5)})
+        painter.drawRect(span);
+    painter.fillRect(QRectF(17, 12, 4, 5), painter.pen().color());
+}
+
 } // namespace
 
 QIcon iconOf(PanelIcon icon)
@@ -106,6 +115,9 @@ QIcon iconOf(PanelIcon icon)
         break;
     case PanelIcon::faults:
         drawFaults(painter);
+        break;
+    case PanelIcon::wire:
+        drawWire(painter);
         break;
     }
     painter.end();

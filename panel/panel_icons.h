@@ -11,6 +11,7 @@ enum class PanelIcon {
     values,
     lamps,
     line,
+    wire,
     plan,
     recipes,
     faults

@@ -13,6 +13,16 @@ namespace dov417 {
 
 namespace {
 
+// As slow as one at the end of a real line.
+simulator::SimulationOptions trialController()
+{
+    constexpr int turnaroundMs = 3;
+    simulator::SimulationOptions options;
+    options.baudLimit = true;
+    options.turnaroundMs = turnaroundMs;
+    return options;
+}
+
 class Applying {
 public:
     explicit Applying(bool& isApplying) : isApplying_(isApplying)
@@ -248,7 +258,7 @@ void ProjectDocument::openLine()
     if (line.simulated)
         line.port.clear(); // counts for nothing then
     if (line.simulated || !line.port.empty())
-        desk_.open(line);
+        desk_.open(line, trialController());
 }
 
 // ---- edits --------------------------------------------------------------------------------------

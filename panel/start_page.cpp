@@ -41,6 +41,9 @@ const TrialTag trialTags[] = {
     {"valves", "M_bit:1.0..1.15", "", 1, -1, "stay as they are written"},
     {"timer", "T:5", "s", 0.1, 1, "runs, and begins anew"},
     {"parts", "C:0", "", 1, -1, "counts up"},
+    {"fan.temperature", "2/R_W:34", "\u00b0C", 0.01, 1, "a sine of 30 s, of station 2"},
+    {"fan.pressure", "2/R_W:66", "mbar", 0.1, 1, "a random walk, of station 2"},
+    {"pump.flow", "3/R_W:67", "l/min", 0.01, 1, "a random walk, of station 3"},
 };
 
 const QStringList usualWires = {QStringLiteral("9600,8,EVEN,1"),   QStringLiteral("19200,8,EVEN,1"),
