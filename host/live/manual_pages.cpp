@@ -1,14 +1,14 @@
-#include "tool/manual_pages.h"
+#include "live/manual_pages.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cctype>
+#include <cstdlib>
 #include <fstream>
 #include <sstream>
 #include <vector>
 
 #include "line/failure.h"
-#include "tool/exit_code.h"
 
 namespace dov417 {
 
@@ -250,7 +250,7 @@ std::optional<int> writeManualPages(const CLI::App& app, int argc, char** argv)
     if (argc != 3 || argv[1] != std::string(wish))
         return std::nullopt;
     writePages(app, "dov417", argv[2]);
-    return exitDone;
+    return EXIT_SUCCESS;
 }
 
 } // namespace dov417

@@ -1,4 +1,4 @@
-#include "tool/manual_pages.h"
+#include "live/manual_pages.h"
 
 #include <CLI/CLI.hpp>
 #include <gmock/gmock.h>

@@ -1,6 +1,6 @@
 // Manual pages of the commands, from the texts of their help.
-#ifndef DOV417_TOOL_MANUAL_PAGES_H
-#define DOV417_TOOL_MANUAL_PAGES_H
+#ifndef DOV417_LIVE_MANUAL_PAGES_H
+#define DOV417_LIVE_MANUAL_PAGES_H
 
 #include <optional>
 #include <string>
