@@ -59,6 +59,13 @@ TEST_F(ManualPageOf, ACommandNamesThoseBeneathItAndLeavesOutHiddenOnes)
                 EndsWith(".BR dov417 (1),\n.BR dov417\\-pump (1)\n"));
 }
 
+TEST_F(ManualPageOf, AProgramIsTypedAsItIsCalled)
+{
+    const CLI::App program{"Shows the pump", "dov417-pump"};
+    EXPECT_THAT(manualPage(program, "dov417-pump"),
+                HasSubstr(".SH SYNOPSIS\ndov417\\-pump [OPTION...]"));
+}
+
 } // namespace
 
 } // namespace dov417
