@@ -63,6 +63,13 @@ bool isInnerPart(const QWidget& widget)
            widget.objectName().startsWith(QLatin1String("qt_"));
 }
 
+// Of a form, or a buddy's.
+bool hasLabel(QWidget* widget)
+{
+    QAccessibleInterface* const told = QAccessible::queryAccessibleInterface(widget);
+    return told && !told->relations(QAccessible::Label).isEmpty();
+}
+
 class TheWholeWindow : public ProjectWorld {
 protected:
     int pageCount() const
@@ -111,9 +118,10 @@ TEST_F(TheWholeWindow, HasANameForEverythingThatIsReachedWithKeys)
     showAll(
         [](const QWidget& where) {
             for (QWidget* const each : reachable(where)) {
-                QAccessibleInterface* const told = QAccessible::queryAccessibleInterface(each);
-                ASSERT_TRUE(told);
-                EXPECT_FALSE(told->text(QAccessible::Name).isEmpty()) << nameOf(*each);
+                const auto* const button = qobject_cast<const QAbstractButton*>(each);
+                EXPECT_TRUE(!each->accessibleName().isEmpty() || hasLabel(each) ||
+                            (button && !button->text().isEmpty()))
+                    << nameOf(*each);
             }
         },
         window);
@@ -121,7 +129,7 @@ TEST_F(TheWholeWindow, HasANameForEverythingThatIsReachedWithKeys)
 
 TEST_F(TheWholeWindow, IsReachedWithTheTabKeyEverywhere)
 {
-    constexpr int maxSteps = 500;
+    constexpr int maxSteps = 150; // a table of values has more cells
     showTrial();
     showAll(
         [](QWidget& where) {
