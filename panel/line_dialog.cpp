@@ -73,7 +73,7 @@ LineDialog::LineDialog(const LineSetup& setup, QWidget* parent)
 
 void LineDialog::addNumbers(QFormLayout& form)
 {
-    addRow(form, "timeout", tr("&Time-out, in ms:"),
+    addRow(form, "timeout", tr("&Time-out, fixed, in ms:"),
            tr("How long to wait for a reply, whatever a station takes"),
            tr("%1, and longer where a station takes longer").arg(defaultTimeoutMs));
     addRow(form, "timeout-min", tr("Time-out at &least, in ms:"),
@@ -117,6 +117,7 @@ void LineDialog::addRow(QFormLayout& form, const char* name, const QString& labe
         field.text = new QLineEdit;
         field.text->setObjectName(QLatin1String(name));
         field.text->setPlaceholderText(hint);
+        field.text->setMinimumWidth(fontMetrics().horizontalAdvance(hint) + fontMetrics().height());
         field.text->setToolTip(tip);
         if (!isDefault(member, setup_))
             field.text->setText(QString::fromStdString(memberText(member, setup_)));

@@ -98,12 +98,16 @@ int main(int argc, char** argv)
 {
     if (const std::optional<int> code = runAsChild(argc, argv))
         return *code;
+    if (const std::optional<int> code = writePanelManual(argc, argv))
+        return *code;
     int code = EXIT_SUCCESS;
     const std::optional<PanelOptions> options = parsePanelOptions(argc, argv, code);
     if (!options)
         return code;
     dropDebugLines();
     const QApplication application(argc, argv);
+    QGuiApplication::setDesktopFileName(QStringLiteral("dov417-panel"));
+    QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("dov417-panel")));
     // Qt takes the user's locale; numbers in files and on the screen keep their point.
     std::setlocale(LC_NUMERIC, "C");
     try {

@@ -4,12 +4,14 @@
 #include <filesystem>
 
 #include "live/line_members.h"
+#include "live/manual_pages.h"
 
 namespace dov417 {
 
 namespace {
 
 constexpr int usageCode = 2;
+const char* const programName = "dov417-panel";
 const char* const lineGroup = "Line";
 const char* const valueGroup = "Values";
 const char* const programGroup = "Program";
@@ -89,6 +91,7 @@ void addLineOptions(CLI::App& app, LineSetup& line)
     app.add_flag("--simulated", line.simulated,
                  "An own controller on a pseudo-terminal instead of a port")
         ->excludes(port)
+        ->option_text(" ") // not what it excludes
         ->group(lineGroup);
     for (const LineOption& each : lineOptions) {
         const LineMember& member = lineMember(each.name);
@@ -166,10 +169,18 @@ void makePanelOptions(CLI::App& app, PanelOptions& options)
                "  dov417-panel --port /dev/ttyUSB0 --line 19200,8,EVEN,1 --tags tags.csv");
 }
 
+std::optional<int> writePanelManual(int argc, char** argv)
+{
+    PanelOptions options;
+    CLI::App app("", programName);
+    makePanelOptions(app, options);
+    return writeManualPages(app, argc, argv);
+}
+
 std::optional<PanelOptions> parsePanelOptions(int argc, const char* const* argv, int& code)
 {
     PanelOptions options;
-    CLI::App app("", "dov417-panel");
+    CLI::App app("", programName);
     makePanelOptions(app, options);
     try {
         app.parse(argc, argv);

@@ -27,6 +27,9 @@ struct PanelOptions {
 // Texts and checks of all of them.
 void makePanelOptions(CLI::App& app, PanelOptions& options);
 
+// See writeManualPages().
+std::optional<int> writePanelManual(int argc, char** argv);
+
 // Nothing where the options said all that was to be said, or were wrong: it has been printed then,
 // and `code` is what the program ends with.
 std::optional<PanelOptions> parsePanelOptions(int argc, const char* const* argv, int& code);

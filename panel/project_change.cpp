@@ -17,22 +17,22 @@ std::string placeOfChange(const std::string& page, const OrderedJson& before,
     return page + steps[0].at("path").get<std::string>();
 }
 
-ProjectChange::ProjectChange(ProjectDocument& document, const ProjectContent& before,
+ProjectChange::ProjectChange(const Apply& apply, const ProjectContent& before,
                              const ProjectContent& after, const QString& what,
                              const std::string& place)
-    : QUndoCommand(what), document_(document), before_(before), after_(after), place_(place)
+    : QUndoCommand(what), apply_(apply), before_(before), after_(after), place_(place)
 {
 }
 
 void ProjectChange::undo()
 {
-    document_.apply(before_);
+    apply_(before_);
 }
 
 // The first time, too: what a page or the desk has done already is not done again.
 void ProjectChange::redo()
 {
-    document_.apply(after_);
+    apply_(after_);
 }
 
 int ProjectChange::id() const

@@ -3,8 +3,9 @@
 #define DOV417_PANEL_PROJECT_CHANGE_H
 
 #include <QUndoCommand>
+#include <functional>
 
-#include "panel/project_document.h"
+#include "panel/project_content.h"
 
 namespace dov417 {
 
@@ -15,8 +16,10 @@ std::string placeOfChange(const std::string& page, const OrderedJson& before,
 
 class ProjectChange : public QUndoCommand {
 public:
-    ProjectChange(ProjectDocument& document, const ProjectContent& before,
-                  const ProjectContent& after, const QString& what, const std::string& place);
+    using Apply = std::function<void(const ProjectContent&)>;
+    // `apply` makes the project so.
+    ProjectChange(const Apply& apply, const ProjectContent& before, const ProjectContent& after,
+                  const QString& what, const std::string& place);
 
     void undo() override;
     void redo() override;
@@ -24,7 +27,7 @@ public:
     bool mergeWith(const QUndoCommand* next) override;
 
 private:
-    ProjectDocument& document_;
+    Apply apply_;
     ProjectContent before_;
     ProjectContent after_;
     std::string place_;

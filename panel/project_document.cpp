@@ -1,7 +1,6 @@
 #include "panel/project_document.h"
 
 #include <QFileInfo>
-#include <QSignalBlocker>
 
 #include "line/failure.h"
 #include "line/replace_file.h"
@@ -288,7 +287,8 @@ void ProjectDocument::pageChanged(const ProjectPart& part)
 void ProjectDocument::push(const ProjectContent& content, const QString& what,
                            const std::string& place)
 {
-    history_.push(new ProjectChange(*this, content_, content, what, place));
+    const auto again = [this](const ProjectContent& each) { apply(each); };
+    history_.push(new ProjectChange(again, content_, content, what, place));
 }
 
 void ProjectDocument::apply(const ProjectContent& content)

@@ -97,8 +97,6 @@ signals:
     void told(const QString& text);
 
 private:
-    friend class ProjectChange;
-
     std::function<void()> preparedParts(const ReadContent& read);
     void take(ReadContent read, const QString& file);
     void forgetKnownMembers(ProjectOrigin& origin) const;

@@ -33,7 +33,6 @@ RecoveryDialog::RecoveryDialog(std::vector<UnsavedCopy>& copies, QWidget* parent
     table_->setHeaderLabels(
         {tr("Project"), tr("Kept at"), tr("The file is"), tr("What is different from the file")});
     table_->setRootIsDecorated(false);
-    table_->setWordWrap(true);
     table_->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     auto* const buttons = new QDialogButtonBox;
     take_ = buttons->addButton(tr("&Take it up"), QDialogButtonBox::AcceptRole);
@@ -63,10 +62,12 @@ void RecoveryDialog::list()
                              : copy.saved < copy.made
                                  ? tr("older, of %1").arg(timeText(copy.saved))
                                  : tr("newer, of %1").arg(timeText(copy.saved));
-        const QString what = copy.problem.isEmpty() ? copy.differences.join(QStringLiteral("; "))
+        const QString what = copy.problem.isEmpty() ? copy.differences.join(QLatin1Char('\n'))
                                                     : tr("it cannot be used: %1").arg(copy.problem);
         auto* const row = new QTreeWidgetItem(table_, {project, timeText(copy.made), file, what});
         row->setToolTip(3, what);
+        for (int column = 0; column < table_->columnCount(); ++column)
+            row->setTextAlignment(column, Qt::AlignLeft | Qt::AlignTop);
     }
     if (table_->topLevelItemCount() > 0)
         table_->setCurrentItem(table_->topLevelItem(0));

@@ -10,10 +10,10 @@
 #include "driver/debug_lines.h"
 #include "line/failure.h"
 #include "live/child_program.h"
+#include "live/manual_pages.h"
 #include "tool/commands.h"
 #include "tool/defaults.h"
 #include "tool/json_output.h"
-#include "tool/manual_pages.h"
 
 namespace dov417 {
 

@@ -2,6 +2,7 @@
 #ifndef DOV417_TESTS_ANSWERING_H
 #define DOV417_TESTS_ANSWERING_H
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QMessageBox>
 #include <QTest>
