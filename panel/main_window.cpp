@@ -7,6 +7,7 @@
 #include <QStatusBar>
 #include <QVBoxLayout>
 
+#include "panel/health_page.h"
 #include "panel/lamps_page.h"
 #include "panel/line_page.h"
 #include "panel/start_page.h"
@@ -49,6 +50,7 @@ MainWindow::MainWindow(PanelDesk& desk)
     auto* const wire = new WirePage(desk);
     addPage(line);
     addPage(wire);
+    addPage(new HealthPage(desk));
     connect(wire, &WirePage::frameWanted, this, [this, line](long long number) {
         if (line->showFrame(number))
             showPage(stack_->indexOf(line));

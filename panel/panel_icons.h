@@ -11,7 +11,8 @@ enum class PanelIcon {
     values,
     lamps,
     line,
-    wire
+    wire,
+    health
 };
 QIcon iconOf(PanelIcon icon);
 
