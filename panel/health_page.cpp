@@ -159,15 +159,23 @@ void HealthPage::showAdvice()
                "is wrong, if anything is."));
         return;
     }
+    const LinkStatistics recent = recent_.recent();
+    const RequestCounters total = recent.total();
+    const long long bad =
+        total.sent - total.good - total.forgotten - total.badFor(Reason::broadcast);
+    const LinkStanding standing = standingOf(desk_.state(), desk_.book().isSilent());
     QStringList texts;
-    for (const LineAdvice& each : adviceOn(recent_.recent(), desk_.state().wire))
+    for (const LineAdvice& each : adviceOn(recent, desk_.state().wire))
         texts.append(QStringLiteral("\u26a0 ") + each.text);
-    const bool isGood = desk_.state().phase == LinePhase::open && desk_.state().isGood &&
-                        !desk_.book().isSilent() && desk_.state().cycles > 0;
+    if (texts.isEmpty() && bad > 0)
+        texts.append(tr("%1 of the last minute's %2 requests had no good reply; why, the counters "
+                        "tell. They are too few, or of no pattern that is known.")
+                         .arg(bad)
+                         .arg(total.sent));
     if (texts.isEmpty())
-        texts.append(isGood ? tr("\u2713 Nothing is wrong that the counters of the last minute "
-                                 "would show.")
-                            : tr("No known pattern in the counters of the last minute."));
+        texts.append(standing == LinkStanding::good
+                         ? tr("\u2713 Each request of the last minute had a good reply.")
+                         : tr("The link is not good at present: %1.").arg(wordOf(standing)));
     advice_->setText(texts.join(QLatin1Char('\n')));
 }
 

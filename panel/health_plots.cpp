@@ -61,8 +61,10 @@ void beWithin(QwtPlot& plot)
 
 void followPalette(QwtPlot& plot, const QEvent& event)
 {
-    if (event.type() == QEvent::PaletteChange || event.type() == QEvent::ApplicationPaletteChange)
+    if (event.type() == QEvent::PaletteChange || event.type() == QEvent::ApplicationPaletteChange) {
         plot.setCanvasBackground(plot.palette().color(QPalette::Base));
+        plot.replot();
+    }
 }
 
 } // namespace

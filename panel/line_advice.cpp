@@ -168,14 +168,16 @@ Sentence silentRequest(const LineFacts& facts)
     return std::nullopt;
 }
 
-// The request with this exception and without a good reply; others are told as a number.
-Sentence refused(const LineFacts& facts, bool (*isMeant)(int code), const QString& why)
+// Of the requests that were refused so, the first is named and the others are counted.
+template <typename IsMeant>
+Sentence refused(const LineFacts& facts, const IsMeant& isMeant, const QString& why)
 {
     QString first;
     int others = -1;
-    for (const std::string& name : facts.recent.order)
-        for (const auto& [code, times] : facts.recent.requests.at(name).exceptions)
-            if (times >= fewest && isMeant(code)) {
+    for (const std::string& name : facts.recent.order) {
+        const RequestCounters& counters = facts.recent.requests.at(name);
+        for (const auto& [code, times] : counters.exceptions)
+            if (times >= fewest && isMeant(code, counters)) {
                 if (first.isEmpty())
                     first = AdviceTexts::tr("%1 is refused with exception %2 (%3).")
                                 .arg(plainName(name))
@@ -184,6 +186,7 @@ Sentence refused(const LineFacts& facts, bool (*isMeant)(int code), const QStrin
                 ++others;
                 break;
             }
+    }
     if (first.isEmpty())
         return std::nullopt;
     const QString more =
@@ -192,10 +195,14 @@ Sentence refused(const LineFacts& facts, bool (*isMeant)(int code), const QStrin
     return first + more + QLatin1Char(' ') + why;
 }
 
+// An address that is wrong is so each time.
 Sentence address(const LineFacts& facts)
 {
     return refused(
-        facts, [](int code) { return code >= 1 && code <= 3; },
+        facts,
+        [](int code, const RequestCounters& counters) {
+            return code >= 1 && code <= 3 && counters.good == 0;
+        },
         AdviceTexts::tr("Wrong addresses, or a controller that has fewer than are asked for at "
                         "once?"));
 }
@@ -203,7 +210,7 @@ Sentence address(const LineFacts& facts)
 Sentence device(const LineFacts& facts)
 {
     return refused(
-        facts, [](int code) { return code > 3; },
+        facts, [](int code, const RequestCounters&) { return code > 3; },
         AdviceTexts::tr(
             "The controller, or the gateway before it, cannot serve at present; its own "
             "manual tells more."));

@@ -154,7 +154,7 @@ TEST_F(TheHealthPage, CountsEachRequestBelowItsStation)
     EXPECT_THAT(cell("station 2", HealthModel::remark), StartsWith("answers after "));
     EXPECT_EQ(cell("read  2#T3(1)", HealthModel::badCrc), "");
     EXPECT_TRUE(table->isColumnHidden(HealthModel::others));
-    EXPECT_THAT(text("advice"), StartsWith("\u2713 Nothing is wrong"));
+    EXPECT_THAT(text("advice"), StartsWith("\u2713 Each request of the last minute"));
     EXPECT_THAT(text("brief"), HasSubstr("link good"));
     EXPECT_THAT(text("linkHistory"), HasSubstr("\u2713 good for "));
     const auto* const plot = page.findChild<CyclePlot*>("cycleTimes");
@@ -192,6 +192,15 @@ TEST_F(TheHealthPage, NamesTheExceptionsOfARequest)
     }));
     EXPECT_THAT(cell("read  1#R_W100(1)", HealthModel::exceptions),
                 HasSubstr("\u00d7 2 (illegal data address)"));
+}
+
+TEST_F(TheHealthPage, CallsNoLineGoodOnWhichAReplyWasBad)
+{
+    options.faults = {"exception:2=every:30"};
+    watch({"R_W:100"});
+    openWithoutWaiting();
+    EXPECT_TRUE(waitUntil([this]() { return advises("requests had no good reply"); }))
+        << text("advice");
 }
 
 TEST_F(TheHealthPage, SaysThatNothingSoundComes)

@@ -233,6 +233,9 @@ TEST(NoAdvice, IsGivenOnALineWithoutAPattern)
          {}},
         {"a few late bytes", {{1, "1#R_W0(1)", Reason::none}}, {{StrayKind::late, 2}}},
         {"one exception, of a write", {{1, "1#R_W0(1)", Reason::exception, 1}}, {}},
+        {"an exception now and then",
+         {{1, "1#R_W0(1)", Reason::none, 100}, {1, "1#R_W0(1)", Reason::exception, 10}},
+         {}},
         {"a broadcast", {{0, "0#R_W0(1)", Reason::broadcast, 20}}, {}},
     };
     for (const auto& each : good)
