@@ -9,6 +9,7 @@
 
 #include "panel/faults_page.h"
 #include "panel/help_boxes.h"
+#include "panel/health_page.h"
 #include "panel/lamps_page.h"
 #include "panel/line_page.h"
 #include "panel/plan_page.h"
@@ -53,6 +54,7 @@ MainWindow::MainWindow(PanelDesk& desk)
     addPage(line);
     addPage(wire);
     addPage(new PlanPage(desk));
+    addPage(new HealthPage(desk));
     addPage(new FaultsPage(desk));
     connect(wire, &WirePage::frameWanted, this, [this, line](long long number) {
         if (line->showFrame(number))

@@ -83,6 +83,15 @@ void drawWire(QPainter& painter)
     painter.fillRect(QRectF(17, 12, 4, 5), painter.pen().color());
 }
 
+// A pulse.
+void drawHealth(QPainter& painter)
+{
+    const std::array<QPointF, 7> pulse = {QPointF(2, 13),  QPointF(7, 13),  QPointF(10, 5),
+                                          QPointF(14, 20), QPointF(17, 10), QPointF(18, 13),
+                                          QPointF(22, 13)};
+    painter.drawPolyline(pulse.data(), static_cast<int>(pulse.size()));
+}
+
 } // namespace
 
 QIcon iconOf(PanelIcon icon)
@@ -118,6 +127,9 @@ QIcon iconOf(PanelIcon icon)
         break;
     case PanelIcon::wire:
         drawWire(painter);
+        break;
+    case PanelIcon::health:
+        drawHealth(painter);
         break;
     }
     painter.end();

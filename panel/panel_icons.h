@@ -13,6 +13,7 @@ enum class PanelIcon {
     line,
     wire,
     plan,
+    health,
     recipes,
     faults
 };

@@ -46,16 +46,21 @@ WireUse useOf(const WireSpan& span)
 WireShares sharesOf(const WireTimes& times, Clock::time_point begin, Clock::time_point end)
 {
     WireShares shares;
-    const auto& spans = times.spans();
-    for (std::size_t i = times.spanAt(begin); i < spans.size() && spans[i].begin < end; ++i) {
-        const WireSpan& span = spans[i];
+    const auto add = [&shares, begin, end](const WireSpan& span) {
         const Clock::duration length = std::min(end, span.end) - std::max(begin, span.begin);
+        if (length.count() <= 0)
+            return;
         shares.whole += length;
         shares.used.at(static_cast<std::size_t>(useOf(span))) += length;
         if (span.kind == SpanKind::request || span.kind == SpanKind::reply ||
             span.kind == SpanKind::stray)
             shares.bytes += length;
-    }
+    };
+    const auto& spans = times.spans();
+    for (std::size_t i = times.spanAt(begin); i < spans.size() && spans[i].begin < end; ++i)
+        add(spans[i]);
+    for (const WireSpan& span : times.underWay(end))
+        add(span);
     const auto& cycles = times.cycles();
     const auto first = std::lower_bound(cycles.begin(), cycles.end(), begin);
     const auto after = std::upper_bound(first, cycles.end(), end);

@@ -41,7 +41,7 @@ struct WireShares {
 };
 
 WireUse useOf(const WireSpan& span);
-// Of what is told between these moments; what is under way is not.
+// From the first of these moments to the second, which is not later than now.
 WireShares sharesOf(const WireTimes& times, Clock::time_point begin, Clock::time_point end);
 
 } // namespace dov417

@@ -243,9 +243,11 @@ void WireView::chooseNext(int step)
     standStill();
     const int last = static_cast<int>(frames.size()) - 1;
     const WireFrame* const frame = times_.find(current_);
-    // Without one, the first is at the end of what is seen.
-    const int place = static_cast<int>(times_.placeAt(frame ? frame->begin : to_).value_or(0)) +
-                      (frame ? step : 0);
+    // Without one, the first is the last that is seen.
+    const int place =
+        static_cast<int>(
+            times_.placeAt(frame ? frame->begin : to_ - Clock::duration(1)).value_or(0)) +
+        (frame ? step : 0);
     const WireFrame& next = frames[static_cast<std::size_t>(std::clamp(place, 0, last))];
     setCurrent(next.told.number);
     bringIntoView(next);

@@ -135,7 +135,8 @@ void WireView::paintLanes(QPainter& painter) const
         name(laneName(station));
     painter.save();
     painter.setClipRect(QRect(left(), 0, width() - left() - right(), height()));
-    std::vector<double> painted(lanes_ + 2, -1e9); // so far to the right, in each lane
+    std::vector<double> painted(times_.stations().size() + 1,
+                                -1e9); // so far to the right, in each lane
     const auto& spans = times_.spans();
     for (std::size_t i = times_.spanAt(from_); i < spans.size() && spans[i].begin < to_; ++i)
         paintSpan(painter, spans[i], painted);

@@ -209,6 +209,28 @@ TEST_F(TheWirePage, MeasuresBetweenTwoRulers)
     EXPECT_EQ(text("distance"), "");
 }
 
+TEST(TheWireView, DrawsAStationThatAppearedSinceTheLastPicture)
+{
+    WireTimes times;
+    const std::vector<Area> areas;
+    WireView view(times, areas);
+    view.resize(800, 400);
+    Passed passed;
+    passed.what = Passed::What::began;
+    for (int station = 1; station < 9; ++station) {
+        passed.transmission.number = station;
+        passed.transmission.request.station = station;
+        passed.transmission.sent = QByteArray::fromHex("0103000000010000");
+        passed.transmission.sendBegin += std::chrono::seconds(1);
+        passed.transmission.sendEnd = passed.transmission.sendBegin + std::chrono::milliseconds(2);
+        times.add({passed}, 0);
+        if (station == 1)
+            view.refresh(times.end() + std::chrono::hours(1));
+    }
+    view.fitAll();
+    EXPECT_FALSE(view.grab().isNull());
+}
+
 TEST_F(TheWirePage, ShowsTimeOutsAndFramesThatAreSentAgain)
 {
     setup.timeoutMs = 60;

@@ -238,6 +238,18 @@ TEST_F(TheTimeOnTheWire, OfAnIdleLineGoesOnWithoutAFrame)
     EXPECT_EQ(textOf(open.back()), "the controller's time 22");
 }
 
+TEST_F(TheTimeOnTheWire, IsSharedOutUpToNow)
+{
+    const Transmission frame = sentAt(1, 0);
+    add({began(frame)});
+    const WireShares waiting = sharesOf(times, at(-10), at(30));
+    EXPECT_EQ(waiting.whole, milliseconds(30));
+    EXPECT_EQ(waiting.of(WireUse::requests), milliseconds(8));
+    EXPECT_EQ(waiting.of(WireUse::turnaround), milliseconds(22));
+    add({endedAt(answeredAt(frame, 31), 31)});
+    EXPECT_EQ(sharesOf(times, at(0), at(50)).of(WireUse::idle), microseconds(15500));
+}
+
 TEST_F(TheTimeOnTheWire, SaysWhereThePortWasAwayAndWhereItWasNotTold)
 {
     const Transmission frame = sentAt(1, 0);
