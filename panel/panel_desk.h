@@ -109,7 +109,7 @@ signals:
     void writesChanged();
 
 private:
-    void watch();
+    void watch(const std::vector<Address>& addresses);
     void tellAllValues();
     void listen();
     void endWrite(const WriteOutcome& outcome);
