@@ -132,6 +132,9 @@ int run(int rounds)
     };
     print("opening them", longestMs(1, [&](int) { desk.setItems(items); }));
     print("showing them first", longestMs(1, [&](int) { paint(); }));
+    // What remembers so many frames and no more is full from the start.
+    for (int round = -rounds * 5 / 4; round < 0; ++round)
+        desk.apply(batchOf(desk.tags(), round));
     const int pages = static_cast<int>(window.pages().size());
     const int turn = std::max(1, rounds / (4 * pages)); // rounds that a page is shown
     struct Longest {
