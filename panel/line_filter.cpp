@@ -40,7 +40,7 @@ bool LineFilter::filterAcceptsRow(int row, const QModelIndex& parent) const
         return true;
     for (const int column : {LineModel::meaning, LineModel::bytes})
         if (model->index(row, column, parent)
-                .data()
+                .data(Qt::ToolTipRole) // in full
                 .toString()
                 .contains(text_, Qt::CaseInsensitive))
             return true;

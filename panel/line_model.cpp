@@ -18,6 +18,15 @@ namespace dov417 {
 
 namespace {
 
+// In the table: to lay out all of a long frame takes longer than all else that is painted.
+constexpr int maxShownLetters = 200;
+
+QString shortened(const QString& text)
+{
+    return text.size() > maxShownLetters ? text.left(maxShownLetters) + QStringLiteral(" \u2026")
+                                         : text;
+}
+
 int stationIn(const QByteArray& frame)
 {
     return frame.isEmpty() ? -1 : stationOf(frame);
@@ -242,7 +251,9 @@ QVariant LineModel::data(const QModelIndex& index, int role) const
 {
     if (!index.isValid())
         return QVariant();
-    if (role == Qt::DisplayRole || (role == Qt::ToolTipRole && index.column() >= meaning))
+    if (role == Qt::DisplayRole)
+        return shortened(text(index.row(), index.column()));
+    if (role == Qt::ToolTipRole && index.column() >= meaning)
         return text(index.row(), index.column());
     if (role == Qt::TextAlignmentRole && index.column() == since)
         return static_cast<int>(Qt::AlignRight | Qt::AlignVCenter);

@@ -76,14 +76,15 @@ void PanelDesk::setItems(const std::vector<Item>& items)
 {
     const std::vector<Address> before = watchedAddresses(tags_.items);
     tags_ = panelTags(library_, items);
-    if (watchedAddresses(items) != before)
-        watch();
+    const std::vector<Address> watched = watchedAddresses(items);
+    if (watched != before)
+        watch(watched);
     emit tagsChanged();
 }
 
-void PanelDesk::watch()
+void PanelDesk::watch(const std::vector<Address>& addresses)
 {
-    line_.watch(watchedAddresses(tags_.items));
+    line_.watch(addresses);
     std::vector<Address> values;
     values.reserve(tags_.values.size());
     for (const PanelValue& value : tags_.values)

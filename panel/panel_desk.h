@@ -129,7 +129,7 @@ signals:
     void lineSetupChanged();
 
 private:
-    void watch();
+    void watch(const std::vector<Address>& addresses);
     void tellAllValues();
     void listen();
     void endWrite(const WriteOutcome& outcome);

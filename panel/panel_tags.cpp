@@ -17,13 +17,19 @@ namespace {
 // Results of intf_multiCopy().
 constexpr int seriesIsClipped = 2;
 
-std::string whyLocked(const Library& library, const Address& address)
+// What may be written is a matter of the register type, and asked once for each: the driver takes
+// longer over it than over all else that is known of a tag.
+std::string whyLocked(const Library& library, const Address& address,
+                      std::unordered_set<std::string>& writable)
 {
+    if (writable.count(address.regName) > 0)
+        return std::string();
     try {
         requireAccess(library, address, Access::write);
     } catch (const UsageFailure& failure) {
         return failure.what();
     }
+    writable.insert(address.regName);
     return std::string();
 }
 
@@ -53,10 +59,12 @@ PanelTags panelTags(const Library& library, const std::vector<Item>& items)
     PanelTags tags;
     tags.items = items;
     const std::vector<ViewLabel> labels = labelViews(library, items);
+    std::unordered_set<std::string> writable;
+    tags.values.reserve(labels.size());
     std::size_t place = 0;
     for (const Item& item : items) {
         const int count = valueCount(item.address);
-        const std::string locked = whyLocked(library, item.address);
+        const std::string locked = whyLocked(library, item.address, writable);
         for (int i = 0; i < count; ++i) {
             const Address address = valueOf(item.address, i);
             tags.values.push_back({labels.at(tags.values.size()), address, item, place, locked});

@@ -15,14 +15,12 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(FaultCounts, replies, faulty, kinds)
 
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(ControllerReport, conditions, counts, refused)
 
-using nlohmann::json;
-
 namespace {
 
 // Whoever sends bytes that are no text gets an answer that is.
-std::string lineOf(const json& record)
+std::string lineOf(const nlohmann::json& record)
 {
-    return record.dump(-1, ' ', false, json::error_handler_t::replace);
+    return record.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
 }
 
 } // namespace
@@ -35,8 +33,8 @@ std::string toRecord(const simulator::Conditions& conditions)
 ControllerReport parseControllerReport(const std::string& line)
 {
     try {
-        return json::parse(line).get<ControllerReport>();
-    } catch (const json::exception& exception) {
+        return nlohmann::json::parse(line).get<ControllerReport>();
+    } catch (const nlohmann::json::exception& exception) {
         throw Failure(std::string("no report of a controller: ") + exception.what());
     }
 }
@@ -45,8 +43,8 @@ std::string obey(simulator::Simulation& simulation, const std::string& line)
 {
     ControllerReport report;
     try {
-        simulation.setConditions(json::parse(line).get<simulator::Conditions>());
-    } catch (const json::exception& exception) {
+        simulation.setConditions(nlohmann::json::parse(line).get<simulator::Conditions>());
+    } catch (const nlohmann::json::exception& exception) {
         report.refused = std::string("no conditions of a controller: ") + exception.what();
     } catch (const Failure& failure) {
         report.refused = failure.what();

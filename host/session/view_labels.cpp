@@ -21,12 +21,16 @@ std::vector<ViewLabel> labelViews(const Library& library, const std::vector<Item
     for (const Item& item : items) {
         const int count = valueCount(item.address);
         const int step = item.address.length / std::max(1, count);
-        const bool isTag = item.name != toText(library, item.address);
+        const std::string whole = toText(library, item.address);
+        const bool isTag = item.name != whole;
         for (int i = 0; i < count; ++i) {
             const Address& address = item.address;
             ViewLabel label;
-            label.address = std::to_string(address.station) + "/" + address.regName + ":" +
-                            addressText(library, address.regName, address.first + i * step);
+            label.address =
+                address.length == 1
+                    ? whole
+                    : std::to_string(address.station) + "/" + address.regName + ":" +
+                          addressText(library, address.regName, address.first + i * step);
             label.name = !isTag       ? label.address
                          : count == 1 ? item.name
                                       : item.name + "[" + std::to_string(i) + "]";

@@ -113,6 +113,25 @@ TEST_F(TheLinePage, ShowsOnlyWhatIsAskedFor)
     EXPECT_EQ(rows(), 0);
 }
 
+TEST_F(TheLinePage, ShowsTheBeginningOfALongFrameAndFindsWhatIsInTheRestOfIt)
+{
+    options.set = {"R_W:199=0xABCD"};
+    watch({"R_W:100..199"});
+    open();
+    QTest::mouseClick(part<QPushButton>("hold"), Qt::LeftButton);
+    const int all = rows();
+    QTest::keyClicks(part<QLineEdit>("lineSearch"), "00 AB CD");
+    ASSERT_GE(rows(), 1);
+    EXPECT_LT(rows(), all);
+    EXPECT_THAT(cell(0, LineModel::bytes), StartsWith("01 03 C8 00 00"));
+    EXPECT_THAT(cell(0, LineModel::bytes), testing::EndsWith("00 00 \u2026"));
+    EXPECT_THAT(cell(0, LineModel::meaning), testing::EndsWith(" \u2026"));
+    EXPECT_LT(cell(0, LineModel::bytes).size(), 210U);
+    EXPECT_THAT(
+        table->model()->index(0, LineModel::bytes).data(Qt::ToolTipRole).toString().toStdString(),
+        HasSubstr("AB CD"));
+}
+
 TEST_F(TheLinePage, MarksTroubleAndShowsItAlone)
 {
     setup.timeoutMs = 50;
