@@ -10,6 +10,7 @@
 #include "panel/lamps_page.h"
 #include "panel/line_page.h"
 #include "panel/plan_page.h"
+#include "panel/recipes_page.h"
 #include "panel/start_page.h"
 #include "panel/state_words.h"
 #include "panel/values_page.h"
@@ -47,6 +48,7 @@ MainWindow::MainWindow(PanelDesk& desk)
     addPage(new LampsPage(desk));
     addPage(new LinePage(desk));
     addPage(new PlanPage(desk));
+    addPage(new RecipesPage(desk));
     list_->setFixedWidth(list_->sizeHintForColumn(0) + 4 * list_->frameWidth() + 16);
     connect(list_, &QListWidget::currentRowChanged, stack_, &QStackedWidget::setCurrentIndex);
     connect(&desk, &PanelDesk::stateChanged, this, [this]() { showState(); });
