@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "link/network_address.h"
+#include "session/piece_results.h"
 
 namespace dov417 {
 
@@ -22,7 +23,7 @@ std::set<int> stationsOf(const std::vector<Address>& addresses)
 // Of a write that goes out in several pieces: its outcome once each has one.
 struct PiecesUnderWay {
     std::size_t waiting = 0;
-    Result result;
+    PieceResults results;
 };
 
 } // namespace
@@ -220,11 +221,10 @@ void LineWorker::write(const WriteOrder& order)
     const auto whole = std::make_shared<PiecesUnderWay>();
     whole->waiting = pieces.size();
     for (const Write& piece : pieces)
-        session_->write(piece, [whole, told](const Result& result) {
-            if (whole->result.accepted)
-                whole->result = result;
+        session_->write(piece, [this, whole, told, address = piece.address](const Result& result) {
+            whole->results.add(address, result);
             if (--whole->waiting == 0)
-                told(whole->result);
+                told(whole->results.whole(library_));
         });
     hasNews_ = true;
     collected();

@@ -102,6 +102,8 @@ int runWrite(LineSource& line, const WriteOptions& options)
     WriteJob writes(live.session(), [&live]() { live.end(); });
     writes.start(tasks);
     live.run();
+    if (!live.interruption().empty())
+        live.session().close(live.interruption()); // tells what was taken of a write in parts
 
     bool complete = true;
     for (const WriteTask& task : writes.tasks()) {

@@ -123,6 +123,11 @@ void LinkRunner::close()
     repeating_ = false;
 }
 
+std::string LinkRunner::takenText(int kind) const
+{
+    return carrier_ ? carrier_->takenText(kind) : std::string();
+}
+
 bool LinkRunner::isOpen() const
 {
     return line_ != nullptr;

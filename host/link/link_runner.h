@@ -55,6 +55,9 @@ public:
     // What comes meanwhile is dealt with as ever. With a line that is not open it is quiet at once.
     void finish(std::function<void()> quiet);
     bool isFinishing() const;
+    // What the station has taken of a write of this kind that has no outcome yet; empty: nothing
+    // that is known.
+    std::string takenText(int kind) const;
     // There is something new to send: an idle runner polls at once.
     void wake();
     // Until then only what somebody waits for is sent: isWanted says whether there is any.

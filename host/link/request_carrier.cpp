@@ -251,6 +251,11 @@ std::string RequestCarrier::partText(const Transmission& part) const
            std::to_string(answered_.size() + 1) + " of " + std::to_string(lengths_.size());
 }
 
+std::string RequestCarrier::takenText(int kind) const
+{
+    return kind == request_.request.kind ? takenText() : std::string();
+}
+
 std::string RequestCarrier::takenText() const
 {
     return wordsTaken_ == 0 ? std::string()

@@ -41,6 +41,9 @@ public:
 
     // One at a time; calls done once, with the driver's request.
     void carry(const Transmission& request, Exchange::Done done);
+    // Of the request that is being carried or was the last, if it is of this kind: the words that
+    // the station has taken, in words; empty: it has not said so of any.
+    std::string takenText(int kind) const;
 
 private:
     struct Station {

@@ -135,11 +135,14 @@ void PendingRequests::settle(const Transmission& transmission)
     readHandedIn_ = false;
 }
 
-void PendingRequests::endAll(const std::string& reason)
+void PendingRequests::endAll(const std::string& reason,
+                             const std::function<std::string(int)>& taken)
 {
     const Result result = Result::refused(reason);
-    for (const auto& [number, ticket] : handedInWrites_)
-        endWrite(ticket, result);
+    for (const auto& [number, ticket] : handedInWrites_) {
+        const std::string part = taken(number);
+        endWrite(ticket, part.empty() ? result : Result::refused(reason + "; " + part));
+    }
     handedInWrites_.clear();
     for (const Ticket& ticket : waitingWrites_)
         endWrite(ticket, result);

@@ -50,8 +50,8 @@ public:
     void settle(const Transmission& transmission);
     // Words of one value in what this frame reads or writes: no part of it ends within one.
     int wordsOfAValue(int kind) const;
-    // Ends all of them.
-    void endAll(const std::string& reason);
+    // Ends all of them. taken: what a controller has taken of the write of this kind, or nothing.
+    void endAll(const std::string& reason, const std::function<std::string(int kind)>& taken);
 
     std::size_t writes() const;
     // Writes and single reads.

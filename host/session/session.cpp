@@ -84,8 +84,8 @@ void Session::finishAfterCycles(long long cycles, std::function<void()> done)
 
 void Session::end(const std::string& reason)
 {
-    runner_.close();
     restartDriver(reason);
+    runner_.close();
     views_.makeOld();
     tellChanges();
 }
@@ -131,7 +131,7 @@ void Session::restartDriver(const std::string& reason)
 {
     ++generation_;
     views_.driverStartedAnew();
-    requests_.endAll(reason);
+    requests_.endAll(reason, [this](int kind) { return runner_.takenText(kind); });
     recipe_.end(reason);
     startDriver();
     library_.driver->recipeIndex = 0;

@@ -75,6 +75,10 @@ public:
         return doubts_;
     }
 
+    const Library& library() const
+    {
+        return library_;
+    }
     const SessionSettings& settings() const;
     // Other settings end every write, read and recipe, too, but the values are the same
     // controller's still: they are old until they have been read again.

@@ -37,15 +37,18 @@ void WriteJob::read(void (WriteJob::*then)(const ReadProblems&))
             [this, then](const ReadProblems& problems) { (this->*then)(problems); });
 }
 
-bool WriteJob::goesOn()
+bool WriteJob::goesOn(const ReadProblems& problems)
 {
     if (session_.generation() == generation_)
         return true;
+    for (std::size_t i = 0; i < problems.size(); ++i)
+        tasks_.at(reading_.at(i)).reason = problems.at(i);
     for (WriteTask& task : tasks_) {
         if (task.result != WriteResult::waiting)
             continue;
         task.result = areWritten_ ? WriteResult::unread : WriteResult::refused;
-        task.reason = changedMeanwhile;
+        if (task.reason.empty())
+            task.reason = changedMeanwhile;
     }
     done_();
     return false;
@@ -53,7 +56,7 @@ bool WriteJob::goesOn()
 
 void WriteJob::write(const ReadProblems& problems)
 {
-    if (!goesOn())
+    if (!goesOn(problems))
         return;
     for (std::size_t i = 0; i < reading_.size(); ++i)
         if (problems.at(i).empty())
@@ -67,24 +70,29 @@ void WriteJob::write(const ReadProblems& problems)
     if (pieces.empty())
         read(&WriteJob::compare);
     piecesUnderWay_ = pieces.size();
+    results_.assign(tasks_.size(), PieceResults());
     for (const auto& [piece, task] : pieces)
-        session_.write(piece, [this, task = task](const Result& result) { written(task, result); });
+        session_.write(piece, [this, address = piece.address, task = task](const Result& result) {
+            results_.at(task).add(address, result);
+            if (--piecesUnderWay_ == 0)
+                written();
+        });
 }
 
-void WriteJob::written(std::size_t index, const Result& result)
+void WriteJob::written()
 {
-    WriteTask& task = tasks_.at(index);
-    if (!result.accepted) {
-        task.result = WriteResult::refused;
-        task.reason = result.reason;
+    for (std::size_t i = 0; i < tasks_.size(); ++i) {
+        WriteTask& task = tasks_.at(i);
+        const Result result = results_.at(i).whole(session_.library());
+        if (!result.accepted) {
+            task.result = WriteResult::refused;
+            task.reason = result.reason;
+        } else if (task.item.address.station == 0 && task.result == WriteResult::waiting) {
+            task.result = WriteResult::sent;
+        }
     }
-    if (--piecesUnderWay_ > 0)
-        return;
-    for (WriteTask& each : tasks_)
-        if (each.item.address.station == 0 && each.result == WriteResult::waiting)
-            each.result = WriteResult::sent;
     areWritten_ = true;
-    if (goesOn())
+    if (goesOn({}))
         read(&WriteJob::compare);
 }
 

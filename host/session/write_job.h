@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "session/items.h"
+#include "session/piece_results.h"
 #include "session/session.h"
 #include "session/single_reads.h"
 
@@ -45,9 +46,9 @@ public:
 
 private:
     void read(void (WriteJob::*then)(const ReadProblems&));
-    bool goesOn();
+    bool goesOn(const ReadProblems& problems);
     void write(const ReadProblems& problems);
-    void written(std::size_t task, const Result& result);
+    void written();
     void compare(const ReadProblems& problems);
 
     Session& session_;
@@ -55,6 +56,7 @@ private:
     std::vector<WriteTask> tasks_;
     std::vector<std::size_t> reading_; // tasks that the reads under way belong to
     std::size_t piecesUnderWay_ = 0;
+    std::vector<PieceResults> results_; // of each task
     bool areWritten_ = false;
     int generation_ = 0; // of the session, at the start
 };

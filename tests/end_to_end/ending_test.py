@@ -75,6 +75,17 @@ class Ending(EndToEnd):
         self.assertIn("taken, but reading it back failed: the line is being left", err)
         self.check_that_nothing_comes_any_more(cable, slave)
 
+    def test_a_write_that_goes_out_in_parts_says_what_was_taken_when_ctrl_c_came(self):
+        controller = self.controller("--response-time", "300")
+        log = self.pipe("log")
+        values = ",".join(["7"] * 80)
+        writing = self.tool("write", "--port", controller.port, "--max-registers", "16",
+                            f"R_W:100..179={values}", "--log", log)  # fmt: skip
+        self.wait_for_log("log", " RX 01 10 ")
+        code, _, err = writing.interrupt()
+        self.assertEqual(code, 1)
+        self.assertRegex(err, r"given up, NOT confirmed: interrupted;.* 1?/?R_W:100\.\.1\d\d was taken\n")
+
     def test_a_second_ctrl_c_ends_at_once_and_leaves_the_terminal_as_it_was(self):
         controller = self.controller("--fault", "silence=100%")
         watching = self.terminal("watch", "--port", controller.port, "--timeout", "600000", "R_W:1")

@@ -193,6 +193,25 @@ TEST_F(PartsOnALine, AWriteSaysWhichWordsWereTaken)
     EXPECT_EQ(registers.at(baseOfR + 178), 1178);
 }
 
+TEST_F(PartsOnALine, AWriteThatIsEndedInTheMiddleSaysWhichWordsWereTaken)
+{
+    open(40, 40);
+    const auto answerRequest = slave.arrived;
+    slave.arrived = [this, answerRequest](const QByteArray& bytes) {
+        if (counts.size() < 2)
+            answerRequest(bytes);
+        else
+            session->close("interrupted");
+    };
+    session->write({words("R_W", 100, 100), std::vector<unsigned char>(200, 1)}, outcome(1));
+    session->write({words("R_W", 0, 100), std::vector<unsigned char>(200, 1)}, outcome(2));
+    ASSERT_TRUE(waitForOutcomes(2));
+    EXPECT_EQ(outcomes.at(1), "interrupted; R_W:100..177 was taken");
+    EXPECT_EQ(outcomes.at(2), "interrupted") << "none of it went out";
+    EXPECT_EQ(registers.at(baseOfR + 177), 0x0101);
+    EXPECT_EQ(registers.at(baseOfR + 178), 1178);
+}
+
 TEST_F(PartsOnALine, ARecipeIsMovedInParts)
 {
     open(32, 32);
@@ -253,7 +272,7 @@ TEST_F(PartsOnALine, AtTheEndOfASessionThePartOnTheLineIsTheLast)
     EXPECT_THAT(counts, ElementsAre(40));
     session->close();
     ASSERT_TRUE(waitForOutcomes(1));
-    EXPECT_EQ(outcomes.at(1), "the line was closed");
+    EXPECT_EQ(outcomes.at(1), "the line was closed; R_W:100..139 was taken");
     EXPECT_EQ(registers.at(baseOfR + 140), 1140);
 }
 

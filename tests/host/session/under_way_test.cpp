@@ -111,7 +111,7 @@ TEST_F(UnderWayOnALine, AWriteJobDoesNotGoOnOnTheNextLine)
     session->close();
     ASSERT_TRUE(waitUntil([&]() { return ended; }));
     EXPECT_EQ(job.tasks().at(0).result, WriteResult::refused);
-    EXPECT_EQ(job.tasks().at(0).reason, "the line or its settings were changed meanwhile");
+    EXPECT_EQ(job.tasks().at(0).reason, "the line was closed");
     session->readOnce(words("R_W", 50), outcome(1));
     ASSERT_TRUE(waitUntil([this]() { return atNext.size() >= 8; }));
     EXPECT_EQ(atNext, withCrc(QByteArray::fromHex("010305320001")));

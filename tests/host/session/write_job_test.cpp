@@ -71,6 +71,21 @@ TEST_F(WriteJobOnALine, WhatCannotBeReadIsNeverConfirmed)
     EXPECT_NE(tasks.at(1).reason, "");
 }
 
+TEST_F(WriteJobOnALine, AWriteOfSeveralRequestsSaysWhichOfThemWereTaken)
+{
+    // With the gap of these tests, 20, each request carries 20 words.
+    illegal = {0x0500 + 45};
+    const std::vector<WriteTask> tasks =
+        done({taskOf(words("R_W", 0, 80), Bytes(160, 1)), taskOf(words("R_W", 200), {5, 0})});
+    EXPECT_EQ(tasks.at(0).result, WriteResult::refused);
+    EXPECT_EQ(tasks.at(0).reason, "exception 2 (illegal data address); 1/R_W:0..39 was taken; "
+                                  "1/R_W:60..79 was taken");
+    EXPECT_EQ(registers.at(0x0500 + 39), 0x0101);
+    EXPECT_EQ(registers.count(0x0500 + 40), 0U) << "nor what was asked for with it";
+    EXPECT_EQ(registers.at(0x0500 + 60), 0x0101);
+    EXPECT_EQ(tasks.at(1).result, WriteResult::confirmed) << tasks.at(1).reason;
+}
+
 TEST_F(WriteJobOnALine, ABroadcastIsSentAndNobodyConfirmsIt)
 {
     const std::vector<WriteTask> tasks = done({taskOf(words("R_W", 10, 2, 0), {5, 0, 6, 0})});
