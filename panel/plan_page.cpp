@@ -188,9 +188,8 @@ QWidget* PlanPage::makeKey() const
     for (const auto& [word, text] :
          {std::pair{watched, tr("watched")}, std::pair{first, tr("request begins")},
           std::pair{last, tr("request ends")}, std::pair{along, tr("read along")},
-          std::pair{beyond, tr("beyond %1 words").arg(maxWordsOfARead)},
-          std::pair{uncovered, tr("no request reads it")},
-          std::pair{part, tr("part of one begins")}}) {
+          std::pair{beyond, tr("past %1 words").arg(maxWordsOfARead)},
+          std::pair{uncovered, tr("not read")}, std::pair{part, tr("part begins")}}) {
         auto* const label = new QLabel(text);
         grid->addWidget(new PlanKeySign(word), place / columns, place % columns * 2);
         grid->addWidget(label, place / columns, place % columns * 2 + 1);
@@ -211,7 +210,7 @@ QWidget* PlanPage::makeGaps()
     gapTable_->setModel(&gaps_);
     gapTable_->setObjectName(QStringLiteral("planGaps"));
     gapTable_->setAccessibleName(tr("What each merge gap comes to"));
-    makePlainRows(gapTable_, {12, 9, 10});
+    makePlainRows(gapTable_, {12, 8, 10});
     connect(gapTable_->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             [this]() { choose(); });
     useBest_->setObjectName(QStringLiteral("useBest"));

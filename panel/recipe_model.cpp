@@ -54,7 +54,7 @@ QString outcomeOf(const RecipeRow& row)
     case RecipeFate::read:
         return RecipeModel::tr("\u2713 read");
     case RecipeFate::written:
-        return RecipeModel::tr("\u2713 written and read back");
+        return RecipeModel::tr("\u2713 written, read back");
     case RecipeFate::different:
         return RecipeModel::tr("\u2717 taken, but it reads back as %1")
             .arg(QString::fromStdString(recipeText(row, row.controller)));
@@ -192,7 +192,7 @@ QVariant RecipeModel::headerData(int section, Qt::Orientation orientation, int r
     case buffer:
         return tr("Buffer");
     case comparison:
-        return tr("The buffer compared");
+        return tr("Buffer compared");
     case outcome:
         return tr("What became of it");
     default:

@@ -103,7 +103,7 @@ void RecipesPage::makeTable()
          {std::pair{RecipeModel::name, 19}, std::pair{RecipeModel::address, 12},
           std::pair{RecipeModel::controller, 14}, std::pair{RecipeModel::age, 10},
           std::pair{RecipeModel::file, 15}, std::pair{RecipeModel::buffer, 12},
-          std::pair{RecipeModel::comparison, 21}})
+          std::pair{RecipeModel::comparison, 20}})
         table_->setColumnWidth(column, letter * letters);
     connect(table_->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             [this]() { showState(); });

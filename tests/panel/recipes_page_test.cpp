@@ -244,7 +244,7 @@ TEST_F(TheRecipesPage, DownloadsOnceItIsUnlockedAndAskedAndReadsBack)
     ended();
     EXPECT_THAT(result(), StartsWith("\u2713 5 value(s) were written and read back"));
     for (const char* const name : {"speed", "preset[1]", "run[0]", "run[1]", "1/R_W:300"})
-        EXPECT_EQ(cell(name, RecipeModel::outcome), "\u2713 written and read back") << name;
+        EXPECT_EQ(cell(name, RecipeModel::outcome), "\u2713 written, read back") << name;
     EXPECT_EQ(cell("preset[0]", RecipeModel::outcome), "");
     EXPECT_EQ(cell("1/R_W:300", RecipeModel::controller), "5");
     EXPECT_EQ(desk.writesUnderWay(), 0U);
