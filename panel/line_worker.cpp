@@ -134,6 +134,9 @@ void LineWorker::portChanged(bool open, const std::string& message)
     state_.phase = open ? LinePhase::open : LinePhase::away;
     state_.reason = open ? std::string() : message;
     note(message);
+    // What would go on with the port may go to whatever is at its end then, half of it.
+    if (!open && recipes_.isUnderWay())
+        session_->endRequests(message);
 }
 
 void LineWorker::refuse(const std::string& reason)

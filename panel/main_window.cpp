@@ -13,6 +13,7 @@
 #include "panel/lamps_page.h"
 #include "panel/line_page.h"
 #include "panel/plan_page.h"
+#include "panel/recipes_page.h"
 #include "panel/start_page.h"
 #include "panel/state_words.h"
 #include "panel/values_page.h"
@@ -55,6 +56,7 @@ MainWindow::MainWindow(PanelDesk& desk)
     addPage(wire);
     addPage(new PlanPage(desk));
     addPage(new HealthPage(desk));
+    addPage(new RecipesPage(desk));
     addPage(new FaultsPage(desk));
     connect(wire, &WirePage::frameWanted, this, [this, line](long long number) {
         if (line->showFrame(number))

@@ -105,8 +105,8 @@ public:
     // written, which would have no outcome then.
     void setGap(int gap);
     // Throws a UsageFailure, with nothing done, unless this line is open, unlocked for a download,
-    // and moves no other recipe. recipeTold() tells how it goes.
-    void moveRecipe(int line, RecipeKind kind, const std::vector<RecipeEntry>& entries);
+    // and moves no other recipe. recipeTold() tells of this number how it goes.
+    long long moveRecipe(int line, RecipeKind kind, const std::vector<RecipeEntry>& entries);
     // See LineThread::end().
     bool end();
 

@@ -13,7 +13,7 @@ void PanelDesk::setGap(int gap)
     emit lineSetupChanged();
 }
 
-void PanelDesk::moveRecipe(int line, RecipeKind kind, const std::vector<RecipeEntry>& entries)
+long long PanelDesk::moveRecipe(int line, RecipeKind kind, const std::vector<RecipeEntry>& entries)
 {
     if (!hasLine())
         throw UsageFailure("no line is open");
@@ -27,6 +27,7 @@ void PanelDesk::moveRecipe(int line, RecipeKind kind, const std::vector<RecipeEn
     if (kind == RecipeKind::download)
         for (const RecipeEntry& entry : entries)
             recipeValues_ += static_cast<std::size_t>(valueCount(entry.item.address));
+    return recipe_;
 }
 
 void PanelDesk::hearOfRecipe(const RecipeNews& news)

@@ -74,6 +74,7 @@ PlanPage::PlanPage(PanelDesk& desk)
     splitter->setChildrenCollapsible(false);
     splitter->addWidget(makeMap());
     splitter->addWidget(makeGaps());
+    splitter->setSizes({1000, 820}); // in this proportion
     splitter->setStretchFactor(0, 4);
     splitter->setStretchFactor(1, 3);
     auto* const rows = new QVBoxLayout(this);
@@ -183,22 +184,22 @@ QWidget* PlanPage::makeKey() const
     auto* const grid = new QGridLayout(key);
     grid->setContentsMargins(0, 0, 0, 0);
     int place = 0;
-    constexpr int columns = 3;
+    constexpr int columns = 4;
     for (const auto& [word, text] :
-         {std::pair{watched, tr("watched")}, std::pair{first, tr("a request begins")},
-          std::pair{last, tr("a request ends")}, std::pair{along, tr("read along in a hole")},
-          std::pair{beyond, tr("beyond %1 registers").arg(maxWordsOfARead)},
-          std::pair{uncovered, tr("no request reads it")},
-          std::pair{part, tr("a part of a request begins")}}) {
+         {std::pair{watched, tr("watched")}, std::pair{first, tr("request begins")},
+          std::pair{last, tr("request ends")}, std::pair{along, tr("read along")},
+          std::pair{beyond, tr("past %1 words").arg(maxWordsOfARead)},
+          std::pair{uncovered, tr("not read")}, std::pair{part, tr("part begins")}}) {
         auto* const label = new QLabel(text);
         grid->addWidget(new PlanKeySign(word), place / columns, place % columns * 2);
         grid->addWidget(label, place / columns, place % columns * 2 + 1);
         ++place;
     }
-    auto* const hint = new QLabel(
-        tr("A row has %1 words; dashes: words between are not asked for").arg(PlanRow::words));
+    auto* const hint = new QLabel(tr("A row has %1 words; dashes: between the rows are more that "
+                                     "nothing asks for.")
+                                      .arg(PlanRow::words));
     hint->setWordWrap(true);
-    grid->addWidget(hint, place / columns, 2, 1, 2 * columns - 2);
+    grid->addWidget(hint, (place + columns - 1) / columns, 0, 1, 2 * columns);
     for (int column = 0; column < columns; ++column)
         grid->setColumnStretch(2 * column + 1, 1);
     return key;
@@ -209,7 +210,7 @@ QWidget* PlanPage::makeGaps()
     gapTable_->setModel(&gaps_);
     gapTable_->setObjectName(QStringLiteral("planGaps"));
     gapTable_->setAccessibleName(tr("What each merge gap comes to"));
-    makePlainRows(gapTable_, {13, 9, 11});
+    makePlainRows(gapTable_, {12, 8, 10});
     connect(gapTable_->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             [this]() { choose(); });
     useBest_->setObjectName(QStringLiteral("useBest"));
@@ -228,7 +229,10 @@ QWidget* PlanPage::makeGaps()
     rows->addWidget(makeTime());
     rows->addWidget(measured_);
     rows->addWidget(plot_, 3);
-    rows->addWidget(gapTable_, 3);
+    rows->addWidget(gapTable_, 2);
+    gapTable_->setMinimumHeight(gapTable_->fontMetrics().height() * 9);
+    plot_->setMinimumHeight(plot_->fontMetrics().height() * 8);
+    plot_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     auto* const buttons = new QHBoxLayout;
     buttons->addWidget(useBest_);
     buttons->addWidget(useChosen_);

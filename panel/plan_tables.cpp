@@ -167,7 +167,7 @@ QString GapsModel::remarks(int row) const
     if (row == rowOf(gap_))
         texts.append(tr("\u25cf in use"));
     if (outcome.aboveLimit > 0)
-        texts.append(tr("\u26a0 %n request(s) above the limit", nullptr, outcome.aboveLimit));
+        texts.append(tr("\u26a0 %n over %1", nullptr, outcome.aboveLimit).arg(maxWordsOfARead));
     if (outcome.uncoveredWords > 0)
         texts.append(tr("\u2717 %n word(s) not read", nullptr, outcome.uncoveredWords));
     return texts.join(QStringLiteral(", "));

@@ -23,6 +23,10 @@ public:
     // The session is to be there until end().
     void start(Session& session, const RecipeOrder& order);
     void refuse(const RecipeOrder& order, const std::string& why);
+    bool isUnderWay() const
+    {
+        return job_ != nullptr;
+    }
     // The session goes: what is under way ends with this reason.
     void end(const std::string& reason);
 
