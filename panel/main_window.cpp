@@ -11,6 +11,7 @@
 #include "panel/line_page.h"
 #include "panel/start_page.h"
 #include "panel/state_words.h"
+#include "panel/trends_page.h"
 #include "panel/values_page.h"
 
 namespace dov417 {
@@ -42,8 +43,16 @@ MainWindow::MainWindow(PanelDesk& desk)
     auto* const start = new StartPage(desk);
     connect(start, &StartPage::opened, this, [this]() { showPage(1); });
     addPage(start);
-    addPage(new ValuesPage(desk));
+    auto* const values = new ValuesPage(desk);
+    addPage(values);
     addPage(new LampsPage(desk));
+    auto* const trends = new TrendsPage(desk);
+    addPage(trends);
+    connect(values, &ValuesPage::trendsAsked, this,
+            [this, trends](const std::vector<Address>& addresses) {
+                trends->showValues(addresses);
+                showPage(stack_->indexOf(trends));
+            });
     addPage(new LinePage(desk));
     list_->setFixedWidth(list_->sizeHintForColumn(0) + 4 * list_->frameWidth() + 16);
     connect(list_, &QListWidget::currentRowChanged, stack_, &QStackedWidget::setCurrentIndex);

@@ -24,6 +24,10 @@ public:
     QString title() const override;
     QIcon icon() const override;
 
+signals:
+    // These are to be seen over time.
+    void trendsAsked(const std::vector<dov417::Address>& addresses);
+
 private:
     void makeTable();
     QWidget* makeTools();
