@@ -12,6 +12,7 @@ namespace dov417 {
 namespace {
 
 constexpr double lineWidth = 1.6;
+constexpr int maxWide = 400; // points: a thin line is drawn many times faster
 constexpr double signSide = 8;
 constexpr double signDistance = 160; // along the time, in pixels
 constexpr int signPhases = 5;        // so that those of several curves are not in one place
@@ -56,6 +57,9 @@ bool TrendCurve::update(const TrendHistory& history, const TrendClock& clock,
         samples.append(QPointF(clock.toAxis(point.at),
                                isBit ? lane_ + laneHeight * point.value : point.value));
     begins_.assign(line.begins.begin(), line.begins.end());
+    QPen width = pen();
+    width.setWidthF(samples.size() > maxWide ? 1 : lineWidth);
+    setPen(width);
     setSamples(samples);
     return true;
 }

@@ -231,6 +231,12 @@ void TrendsPage::askNote()
     stack_->draw();
 }
 
+void TrendsPage::showEvent(QShowEvent* event)
+{
+    PanelPage::showEvent(event);
+    refresh();
+}
+
 void TrendsPage::changeEvent(QEvent* event)
 {
     PanelPage::changeEvent(event);
