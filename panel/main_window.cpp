@@ -16,6 +16,7 @@
 #include "panel/recipes_page.h"
 #include "panel/start_page.h"
 #include "panel/state_words.h"
+#include "panel/trends_page.h"
 #include "panel/values_page.h"
 #include "panel/window_layout.h"
 #include "panel/wire_page.h"
@@ -47,21 +48,7 @@ MainWindow::MainWindow(PanelDesk& desk)
     setCentralWidget(centre);
     makeStatusLine();
 
-    addPage(new StartPage(desk, document_, *actions_));
-    addPage(new ValuesPage(desk));
-    addPage(new LampsPage(desk));
-    auto* const line = new LinePage(desk);
-    auto* const wire = new WirePage(desk);
-    addPage(line);
-    addPage(wire);
-    addPage(new PlanPage(desk));
-    addPage(new HealthPage(desk));
-    addPage(new RecipesPage(desk));
-    addPage(new FaultsPage(desk));
-    connect(wire, &WirePage::frameWanted, this, [this, line](long long number) {
-        if (line->showFrame(number))
-            showPage(stack_->indexOf(line));
-    });
+    addPages();
     list_->setFixedWidth(list_->sizeHintForColumn(0) + 4 * list_->frameWidth() + 16);
     connect(list_, &QListWidget::currentRowChanged, stack_, &QStackedWidget::setCurrentIndex);
     connect(&desk, &PanelDesk::stateChanged, this, [this]() { showState(); });
@@ -79,6 +66,33 @@ MainWindow::MainWindow(PanelDesk& desk)
     showPage(0);
     showState();
     showTitle();
+}
+
+void MainWindow::addPages()
+{
+    addPage(new StartPage(desk_, document_, *actions_));
+    auto* const values = new ValuesPage(desk_);
+    auto* const trends = new TrendsPage(desk_);
+    auto* const line = new LinePage(desk_);
+    auto* const wire = new WirePage(desk_);
+    addPage(values);
+    addPage(new LampsPage(desk_));
+    addPage(trends);
+    addPage(line);
+    addPage(wire);
+    addPage(new PlanPage(desk_));
+    addPage(new HealthPage(desk_));
+    addPage(new RecipesPage(desk_));
+    addPage(new FaultsPage(desk_));
+    connect(values, &ValuesPage::trendsAsked, this,
+            [this, trends](const std::vector<Address>& addresses) {
+                trends->showValues(addresses);
+                showPage(stack_->indexOf(trends));
+            });
+    connect(wire, &WirePage::frameWanted, this, [this, line](long long number) {
+        if (line->showFrame(number))
+            showPage(stack_->indexOf(line));
+    });
 }
 
 void MainWindow::addPage(PanelPage* page)

@@ -46,6 +46,7 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
+    void addPages();
     void addPage(PanelPage* page);
     void makeStatusLine();
     void showState();

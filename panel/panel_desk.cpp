@@ -175,6 +175,8 @@ void PanelDesk::apply(const LineBatch& batch)
     const std::vector<Address> changed = book_.apply(batch);
     if (!changed.empty())
         emit valuesChanged(changed);
+    if (!batch.values.empty() && batch.generation == line_.generation())
+        emit valuesCame(batch.values, batch.made);
     if (!batch.passed.empty() || batch.notTold > 0)
         emit framesPassed(batch.passed, batch.notTold);
     emit stateChanged();

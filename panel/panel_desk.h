@@ -118,6 +118,9 @@ signals:
     void tagsChanged();
     // Values or qualities of these addresses; standing and value are in the book.
     void valuesChanged(const std::vector<dov417::Address>& addresses);
+    // As they came, in their order: what is watched now, changed or not, as it was known then. The
+    // book has the last of each already.
+    void valuesCame(const std::vector<dov417::View>& views, dov417::Clock::time_point then);
     // In their order; notTold: so many before these were dropped.
     void framesPassed(const std::vector<dov417::Passed>& passed, long long notTold);
     // Another line: what passed on the one before is history.

@@ -35,6 +35,15 @@ void drawLamps(QPainter& painter)
     painter.drawEllipse(QPointF(7, 17), 3.5, 3.5);
 }
 
+void drawTrends(QPainter& painter)
+{
+    painter.drawLine(QPointF(3, 3), QPointF(3, 21));
+    painter.drawLine(QPointF(3, 21), QPointF(22, 21));
+    const std::array<QPointF, 6> curve = {QPointF(5, 17), QPointF(9, 12), QPointF(12, 14),
+                                          QPointF(15, 6), QPointF(18, 9), QPointF(22, 4)};
+    painter.drawPolyline(curve.data(), static_cast<int>(curve.size()));
+}
+
 // Bits as an oscilloscope shows them.
 void drawLine(QPainter& painter)
 {
@@ -112,6 +121,9 @@ QIcon iconOf(PanelIcon icon)
         break;
     case PanelIcon::lamps:
         drawLamps(painter);
+        break;
+    case PanelIcon::trends:
+        drawTrends(painter);
         break;
     case PanelIcon::line:
         drawLine(painter);

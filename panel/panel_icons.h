@@ -10,6 +10,7 @@ enum class PanelIcon {
     start,
     values,
     lamps,
+    trends,
     line,
     wire,
     plan,

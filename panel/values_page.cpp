@@ -231,6 +231,12 @@ void ValuesPage::showMenu(const QPoint& place)
             formats->addAction(QString::fromStdString(name), this,
                                [this, name]() { chooseFormat(QString::fromStdString(name)); });
     }
+    menu.addAction(tr("Show in &trends"), this, [this]() {
+        std::vector<Address> addresses;
+        for (const PanelValue& each : chosenValues())
+            addresses.push_back(each.address);
+        emit trendsAsked(addresses);
+    });
     menu.addAction(tr("&Remove"), this, [this]() { removeChosen(); });
     menu.exec(table_->viewport()->mapToGlobal(place));
 }

@@ -27,6 +27,10 @@ public:
     OrderedJson settings() const override;
     std::function<void()> prepared(const OrderedJson& settings) override;
 
+signals:
+    // These are to be seen over time.
+    void trendsAsked(const std::vector<dov417::Address>& addresses);
+
 private:
     void makeTable();
     QWidget* makeTools();
