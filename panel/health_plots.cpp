@@ -4,6 +4,7 @@
 #include <QEvent>
 #include <QPainter>
 #include <algorithm>
+#include <cmath>
 #include <qwt_plot_layout.h>
 #include <qwt_scale_draw.h>
 #include <qwt_scale_map.h>
@@ -102,9 +103,9 @@ void CyclePlot::show(const Durations& cycles)
     for (const CycleColumn& each : columns.columns)
         most = std::max(most, each.cycles);
     // No scale of halves of a cycle.
-    constexpr long long steps = 5;
+    constexpr double steps = 5;
     setAxisScale(QwtPlot::yLeft, 0, static_cast<double>(most),
-                 static_cast<double>((most + steps - 1) / steps));
+                 std::ceil(static_cast<double>(most) / steps));
     QString words = tr("ms a cycle");
     if (columns.longer > 0)
         words = tr("ms a cycle; %n longer one(s) up to %1 ms are not drawn", nullptr,

@@ -22,7 +22,7 @@ const QColor strayPurple(0xCC, 0x79, 0xA7);
 
 SpanLook lookOf(SpanKind kind, const QPalette& palette)
 {
-    const QColor ink = palette.color(QPalette::Text);
+    const QColor& ink = palette.color(QPalette::Text);
     switch (kind) {
     case SpanKind::request:
         return {requestBlue, 1, Qt::SolidPattern, 1};

@@ -35,7 +35,6 @@ QString outcomeText(const WireFrame& frame, const std::vector<Area>& areas)
     if (!frame.hasEnded)
         return WireTexts::tr("The reply is awaited.");
     const Reception& reception = told.reception;
-    const QString reason = QString::fromStdString(reasonText(reception, told.replyLength));
     switch (reception.result) {
     case LineResult::reply:
     case LineResult::exception: {
@@ -43,10 +42,11 @@ QString outcomeText(const WireFrame& frame, const std::vector<Area>& areas)
         return told.why == Reason::none ? reply : QStringLiteral("\u2717 ") + reply;
     }
     case LineResult::broadcast:
-        return reason;
+        return QString::fromStdString(reasonText(reception, told.replyLength));
     case LineResult::timeout:
     case LineResult::heldBack:
-        return QStringLiteral("\u2717 ") + reason;
+        return QStringLiteral("\u2717 ") +
+               QString::fromStdString(reasonText(reception, told.replyLength));
     }
     return QString();
 }
