@@ -21,7 +21,7 @@ namespace {
 
 constexpr std::size_t outputBuffer = 65536; // longer than a line
 
-std::string told(const std::exception& failure, const Action& chosen)
+std::string failureText(const std::exception& failure, const Action& chosen)
 {
     std::string text = withOrigins(failure.what(), chosen.origins);
     if (!chosen.json.empty())
@@ -35,9 +35,9 @@ int runChosen(const Action& chosen)
     try {
         return chosen();
     } catch (const UsageFailure& failure) {
-        throw UsageFailure(told(failure, chosen));
+        throw UsageFailure(failureText(failure, chosen));
     } catch (const std::exception& failure) {
-        throw Failure(told(failure, chosen));
+        throw Failure(failureText(failure, chosen));
     }
 }
 
