@@ -19,7 +19,7 @@ std::string nameOf(const CLI::App& command)
 }
 
 // With its origins; what goes to the output has it, too.
-std::string told(const std::exception& failure, const Action& chosen)
+std::string failureText(const std::exception& failure, const Action& chosen)
 {
     std::string text = withOrigins(failure.what(), chosen.origins);
     if (!chosen.json.empty())
@@ -57,9 +57,9 @@ int runChosen(const Action& chosen)
     try {
         return chosen();
     } catch (const UsageFailure& failure) {
-        throw UsageFailure(told(failure, chosen));
+        throw UsageFailure(failureText(failure, chosen));
     } catch (const std::exception& failure) {
-        throw Failure(told(failure, chosen));
+        throw Failure(failureText(failure, chosen));
     }
 }
 
