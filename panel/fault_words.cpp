@@ -104,7 +104,7 @@ QString faultSentence(const PanelDesk& desk, const simulator::Conditions& wanted
                               "Only where several in a row fail is it given up, and its values "
                               "turn old.");
     return FaultTexts::tr("Nothing is wrong. Set a rate below, switch the controller off or pull "
-                          "the cable, and look at the other pages: none ever shows a wrong value.");
+                          "the cable, and look at the other pages.");
 }
 
 QString faultCounters(const PanelDesk& desk)
