@@ -17,7 +17,6 @@ const char* const valuesMember = "values";
 const char* const nameMember = "name";
 const char* const addressMember = "address";
 constexpr std::size_t maxPlots = 50;
-constexpr std::size_t maxValues = 500;
 constexpr std::size_t minMemory = TrendHistory::minBytes / TrendHistory::mebibyte;
 constexpr std::size_t maxMemory = TrendHistory::maxBytes / TrendHistory::mebibyte;
 
@@ -67,7 +66,7 @@ TrendGroup groupOf(const OrderedJson& plot, const std::string& path)
         refuseMember(path, "an object is needed");
     TrendGroup group;
     std::size_t place = 0;
-    for (const OrderedJson& each : listIn(plot, valuesMember, path, maxValues)) {
+    for (const OrderedJson& each : listIn(plot, valuesMember, path, TrendArrangement::maxValues)) {
         const std::string where = elementPath(memberPath(path, valuesMember), place++);
         if (!each.is_object())
             refuseMember(where, "an object is needed");
@@ -152,6 +151,14 @@ bool TrendGroup::hasRoomFor(const TrendValue& value) const
 }
 
 // ---- all of them ----------------------------------------------------------------------------
+
+std::size_t TrendArrangement::count() const
+{
+    std::size_t count = 0;
+    for (const TrendGroup& plot : plots)
+        count += plot.values.size();
+    return count;
+}
 
 std::vector<Address> TrendArrangement::addresses() const
 {

@@ -45,6 +45,7 @@ struct TrendGroup {
 
 struct TrendArrangement {
     static constexpr std::size_t maxAxes = 2; // of a plot: left and right
+    static constexpr std::size_t maxValues = 100;
     static constexpr double defaultSpan = 30; // seconds
     static constexpr double minSpan = 0.01;
     static constexpr double maxSpan = 30.0 * 24 * 3600;
@@ -54,6 +55,7 @@ struct TrendArrangement {
     std::vector<TrendGroup> plots;
     OrderedJson others = OrderedJson::object(); // a newer program's, kept as they are
 
+    std::size_t count() const; // of values
     std::vector<Address> addresses() const;
     // Into this plot, or where it has no axis left for the unit into the next that has, or into a
     // new one; where it is already it stays. Returns the plot.

@@ -78,6 +78,8 @@ TrendPlot::TrendPlot(const TrendClock& clock)
     grid_->attach(this);
     legend_->setAlignment(Qt::AlignLeft | Qt::AlignTop);
     legend_->setRenderHint(QwtPlotItem::RenderAntialiased);
+    legend_->setVisible(false);
+    legend_->attach(this);
     for (const QString& name : cursorNames()) {
         auto* const mark = new QwtPlotMarker(name);
         mark->setLineStyle(QwtPlotMarker::VLine);
@@ -262,10 +264,7 @@ void TrendPlot::setNotes(const std::vector<TrendNote>& notes)
 
 void TrendPlot::setLegendShown(bool isShown)
 {
-    if (isShown)
-        legend_->attach(this);
-    else
-        legend_->detach();
+    legend_->setVisible(isShown);
 }
 
 } // namespace dov417

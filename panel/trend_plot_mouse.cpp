@@ -8,7 +8,7 @@ namespace dov417 {
 
 namespace {
 
-constexpr double wheelStep = 120; // what Qt counts for one notch
+constexpr double wheelNotch = 120; // what Qt counts for one notch
 constexpr double zoomOfNotch = 0.8;
 constexpr int minBandHeight = 16; // less is meant for the time alone
 
@@ -27,7 +27,7 @@ bool TrendPlot::eventFilter(QObject* object, QEvent* event)
         return mouseReleased(*static_cast<QMouseEvent*>(event));
     case QEvent::Wheel: {
         const auto* const wheel = static_cast<QWheelEvent*>(event);
-        const double notches = wheel->angleDelta().y() / wheelStep;
+        const double notches = wheel->angleDelta().y() / wheelNotch;
         emit zoomed(std::pow(zoomOfNotch, notches), timeAt(wheel->position().toPoint().x()));
         return true;
     }

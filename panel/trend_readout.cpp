@@ -22,7 +22,7 @@ QString momentText(const TrendValue& value, const TrendMoment& moment)
     return moment.gap ? gapWord(*moment.gap) : ReadoutTexts::tr("not recorded");
 }
 
-QString numberText(const TrendValue& value, double number)
+QString trendNumberText(const TrendValue& value, double number)
 {
     return std::isnan(number) ? ReadoutTexts::tr("no number")
                               : QString::fromStdString(trendText(value, number));
@@ -135,15 +135,16 @@ void TrendReadout::addCursors(Row& row, QStringList& texts) const
         const TrendStatistics& between = statistics(row);
         const bool isComparable = held.front() && held.back() && !between.isOfTwoLines;
         texts << (isComparable
-                      ? numberText(row.value, numbers(*held.back()) - numbers(*held.front()))
+                      ? trendNumberText(row.value, numbers(*held.back()) - numbers(*held.front()))
                       : QString());
         if (between.isOfTwoLines)
             texts << gapWord(TrendGap::otherLine) << QString() << QString();
         else if (between.known == 0)
             texts << QStringLiteral("?") << QStringLiteral("?") << QStringLiteral("?");
         else
-            texts << numberText(row.value, between.least) << numberText(row.value, between.greatest)
-                  << numberText(row.value, between.mean);
+            texts << trendNumberText(row.value, between.least)
+                  << trendNumberText(row.value, between.greatest)
+                  << trendNumberText(row.value, between.mean);
         texts << (between.whole > 0 ? partText(between.known, between.whole) : QString());
     }
     while (texts.size() < columns)

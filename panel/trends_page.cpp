@@ -1,9 +1,8 @@
 #include "panel/trends_page.h"
 
-#include <QFileDialog>
 #include <QInputDialog>
-#include <QMessageBox>
 #include <algorithm>
+#include <unordered_set>
 
 #include "panel/panel_icons.h"
 
@@ -16,7 +15,6 @@ constexpr TrendTime lookingFrom = 700 * trendSecond / 1000;
 constexpr TrendTime lookingUntil = 4 * trendSecond;
 constexpr int maxNumbers = 5;
 constexpr int maxBits = 4;
-constexpr std::size_t rowsPerTurn = 4000;
 constexpr TrendTime clockJump = 2 * trendSecond; // less is the clock being kept right
 
 } // namespace
@@ -124,33 +122,47 @@ void TrendsPage::chooseByItself()
     showArrangement();
 }
 
+bool TrendsPage::hasRoom()
+{
+    const bool hasIt = arrangement_.count() < TrendArrangement::maxValues;
+    if (!hasIt)
+        emit told(tr("There is room for %n value(s) on this page.", nullptr,
+                     static_cast<int>(TrendArrangement::maxValues)));
+    return hasIt;
+}
+
 void TrendsPage::showValues(const std::vector<Address>& addresses)
 {
+    const std::unordered_set<Address, AddressHash> wanted(addresses.begin(), addresses.end());
     QStringList refused;
+    emit told(QString());
     for (const PanelValue& each : desk_.tags().values) {
-        if (std::find(addresses.begin(), addresses.end(), each.address) == addresses.end())
+        if (wanted.count(each.address) == 0)
             continue;
-        if (TrendHistory::takes(each.address))
+        if (!TrendHistory::takes(each.address))
+            refused.append(QString::fromStdString(each.label.name));
+        else if (hasRoom())
             arrangement_.place(trendValueOf(each), stack_->current());
         else
-            refused.append(QString::fromStdString(each.label.name));
+            break;
     }
     arrange();
-    emit told(refused.isEmpty()
-                  ? QString()
-                  : tr("A text cannot be shown as a curve: %1").arg(refused.join(", ")));
+    if (!refused.isEmpty())
+        emit told(tr("A text cannot be shown as a curve: %1").arg(refused.join(", ")));
 }
 
 void TrendsPage::putIn(const TrendValue& value, bool isIn)
 {
+    const std::size_t wanted = stack_->current();
+    if (isIn && !hasRoom())
+        return;
     if (arrangement_.plots.empty())
         arrangement_.plots.emplace_back();
     if (!isIn) {
-        arrangement_.remove(stack_->current(), value);
+        arrangement_.remove(wanted, value);
         arrange();
         return;
     }
-    const std::size_t wanted = stack_->current();
     const std::size_t place = arrangement_.place(value, wanted);
     arrange();
     emit told(place == wanted ? QString()
@@ -242,63 +254,6 @@ void TrendsPage::changeEvent(QEvent* event)
     PanelPage::changeEvent(event);
     if (event->type() == QEvent::PaletteChange && stack_)
         stack_->setPalettes();
-}
-
-// ---- files ------------------------------------------------------------------------------------
-
-void TrendsPage::askFile(bool isTable)
-{
-    const QString file =
-        isTable ? QFileDialog::getSaveFileName(this, tr("Save the values"),
-                                               QStringLiteral("trends.csv"), tr("CSV (*.csv)"))
-                : QFileDialog::getSaveFileName(this, tr("Save the picture"),
-                                               QStringLiteral("trends.png"),
-                                               tr("Picture (*.png *.svg)"));
-    if (file.isEmpty())
-        return;
-    isTable ? saveTable(file) : savePicture(file);
-}
-
-bool TrendsPage::savePicture(const QString& file)
-{
-    try {
-        savePlots(stack_->plots(), file);
-    } catch (const Failure& failure) {
-        emit told(QString::fromUtf8(failure.what()));
-        return false;
-    }
-    emit told(tr("%1 is written.").arg(file));
-    return true;
-}
-
-bool TrendsPage::saveTable(const QString& file)
-{
-    std::vector<TrendValue> values;
-    for (const TrendGroup& plot : arrangement_.plots)
-        values.insert(values.end(), plot.values.begin(), plot.values.end());
-    try {
-        export_ = std::make_unique<TrendTable>(file, history_, clock_, values, stack_->notes(),
-                                               stack_->view().from(), stack_->view().to());
-    } catch (const Failure& failure) {
-        emit told(QString::fromUtf8(failure.what()));
-        return false;
-    }
-    emit told(tr("%1 is being written \u2026").arg(file));
-    exportTimer_.start(0);
-    return true;
-}
-
-void TrendsPage::writeTable()
-{
-    try {
-        if (!export_->writeMore(rowsPerTurn))
-            return;
-        emit told(tr("What is seen is written as a table: its values, gaps and notes."));
-    } catch (const Failure& failure) {
-        emit told(QString::fromUtf8(failure.what()));
-    }
-    exportTimer_.stop();
-    export_.reset();
 }
 
 } // namespace dov417

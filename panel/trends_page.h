@@ -46,6 +46,7 @@ private:
     QWidget* makeMenus();
     void makeReadout();
     QWidget* makeMemory();
+    bool hasRoom(); // for one more value; says so where not
     void putIn(const TrendValue& value, bool isIn);
     void arrange(); // by a person
     void showArrangement();

@@ -66,8 +66,11 @@ TrendsPage::TrendsPage(PanelDesk& desk)
     rows->addWidget(splitter, 1);
 
     connect(stack_, &TrendStack::viewChanged, this, [this]() {
-        arrangement_.span = static_cast<double>(stack_->view().span()) / trendSecond;
+        const double span = static_cast<double>(stack_->view().span()) / trendSecond;
         showView();
+        if (span == arrangement_.span)
+            return;
+        arrangement_.span = span;
         emit settingsChanged();
     });
     connect(stack_, &TrendStack::cursorsChanged, this, [this]() { showCursors(); });

@@ -12,10 +12,10 @@ namespace dov417 {
 
 namespace {
 
-const Address oven = registerAt(32);
+const Address drawnWord = registerAt(32);
 constexpr std::size_t plenty = std::numeric_limits<std::size_t>::max();
 
-TrendWindow window(double from, double to, double step)
+TrendWindow windowOf(double from, double to, double step)
 {
     return {second(from), second(to), static_cast<TrendTime>(step * 1e6)};
 }
@@ -43,7 +43,7 @@ class TheThinner : public testing::Test {
 protected:
     TheThinner()
     {
-        thinner.choose(oven, TrendNumbers(Width::word, Format()));
+        thinner.choose(drawnWord, TrendNumbers(Width::word, Format()));
     }
     std::string drawn(const TrendWindow& window)
     {
@@ -58,37 +58,37 @@ protected:
 
 TEST_F(TheThinner, DrawsStepsUpToTheLastGoodReplyAndGapsAsGaps)
 {
-    tell(history, wordView(oven, 7, 0, 0));
-    tell(history, wordView(oven, 9, 2, 3));
-    tell(history, oldView(wordView(oven, 9, 2, 3)));
-    tell(history, wordView(oven, 9, 2, 8, 1));
-    tell(history, wordView(oven, 9, 2, 9, 1));
-    EXPECT_EQ(drawn(window(-5, 20, 0.5)), "| 0:7 2:7 2:9 3:9 | 8:9 9:9 ");
-    EXPECT_EQ(drawn(window(1, 8.5, 0.5)), "| 1:7 2:7 2:9 3:9 | 8:9 8.5:9 ");
-    EXPECT_EQ(drawn(window(4, 6, 0.5)), "");
-    EXPECT_EQ(drawn(window(8.5, 30, 0.5)), "| 8.5:9 9:9 ");
-    EXPECT_EQ(drawn(window(12, 30, 0.5)), "") << "it is not known to hold on";
+    tell(history, wordView(drawnWord, 7, 0, 0));
+    tell(history, wordView(drawnWord, 9, 2, 3));
+    tell(history, oldView(wordView(drawnWord, 9, 2, 3)));
+    tell(history, wordView(drawnWord, 9, 2, 8, 1));
+    tell(history, wordView(drawnWord, 9, 2, 9, 1));
+    EXPECT_EQ(drawn(windowOf(-5, 20, 0.5)), "| 0:7 2:7 2:9 3:9 | 8:9 9:9 ");
+    EXPECT_EQ(drawn(windowOf(1, 8.5, 0.5)), "| 1:7 2:7 2:9 3:9 | 8:9 8.5:9 ");
+    EXPECT_EQ(drawn(windowOf(4, 6, 0.5)), "");
+    EXPECT_EQ(drawn(windowOf(8.5, 30, 0.5)), "| 8.5:9 9:9 ");
+    EXPECT_EQ(drawn(windowOf(12, 30, 0.5)), "") << "it is not known to hold on";
 }
 
 TEST_F(TheThinner, ShowsWhatWasGoodForOneReplyAlone)
 {
-    tell(history, wordView(oven, 7, 0, 0));
-    tell(history, oldView(wordView(oven, 7, 0, 0)));
-    tell(history, wordView(oven, 8, 5, 5, 1));
-    tell(history, oldView(wordView(oven, 8, 5, 5, 1)));
-    EXPECT_EQ(drawn(window(-5, 20, 0.5)).substr(0, 6), "| 0:7 ") << "in a column with its gap";
-    EXPECT_NE(drawn(window(-5, 20, 0.5)).find("| 5:8 "), std::string::npos);
+    tell(history, wordView(drawnWord, 7, 0, 0));
+    tell(history, oldView(wordView(drawnWord, 7, 0, 0)));
+    tell(history, wordView(drawnWord, 8, 5, 5, 1));
+    tell(history, oldView(wordView(drawnWord, 8, 5, 5, 1)));
+    EXPECT_EQ(drawn(windowOf(-5, 20, 0.5)).substr(0, 6), "| 0:7 ") << "in a column with its gap";
+    EXPECT_NE(drawn(windowOf(-5, 20, 0.5)).find("| 5:8 "), std::string::npos);
 }
 
 TEST_F(TheThinner, KeepsPeaksInsideAColumn)
 {
     for (int i = 0; i < 1000; ++i)
-        tell(history, wordView(oven,
+        tell(history, wordView(drawnWord,
                                i == 500   ? 60000
                                : i == 501 ? 3
                                           : 100 + i % 2,
                                i * 0.001, i * 0.001));
-    const std::string text = drawn(window(0, 1, 1));
+    const std::string text = drawn(windowOf(0, 1, 1));
     EXPECT_THAT(text, testing::HasSubstr(":60000 "));
     EXPECT_THAT(text, testing::HasSubstr(":3 "));
     EXPECT_LE(thinner.line().points.size(), 8U);
@@ -97,12 +97,12 @@ TEST_F(TheThinner, KeepsPeaksInsideAColumn)
 
 TEST_F(TheThinner, JoinsNothingAcrossAGapInsideAColumn)
 {
-    tell(history, wordView(oven, 10, 0, 0));
-    tell(history, oldView(wordView(oven, 10, 0, 0.1)));
-    tell(history, wordView(oven, 20, 0.5, 0.5, 1));
-    tell(history, oldView(wordView(oven, 20, 0.5, 0.5, 1)));
-    tell(history, wordView(oven, 30, 0.9, 3, 2));
-    const std::string text = drawn(window(-2, 4, 2));
+    tell(history, wordView(drawnWord, 10, 0, 0));
+    tell(history, oldView(wordView(drawnWord, 10, 0, 0.1)));
+    tell(history, wordView(drawnWord, 20, 0.5, 0.5, 1));
+    tell(history, oldView(wordView(drawnWord, 20, 0.5, 0.5, 1)));
+    tell(history, wordView(drawnWord, 30, 0.9, 3, 2));
+    const std::string text = drawn(windowOf(-2, 4, 2));
     EXPECT_THAT(text, testing::EndsWith("| 0.9:30 3:30 "));
     EXPECT_EQ(text.find("0.1"), std::string::npos) << text;
 }
@@ -117,16 +117,16 @@ TEST_F(TheThinner, GoesOnWithWhatHasComeAsIfItHadSeenAllAtOnce)
             chance = chance * 6364136223846793005ULL + 1442695040888963407ULL;
             const int word = static_cast<int>(chance >> 48);
             at += 0.01 + static_cast<double>(chance >> 33 & 0xFF) / 1000;
-            const View view = wordView(oven, word, at, at, lapses);
+            const View view = wordView(drawnWord, word, at, at, lapses);
             tell(history, view);
             if (chance >> 40 & 1 && i == 7) {
                 tell(history, oldView(view));
                 ++lapses;
             }
         }
-        const TrendWindow now = window(at - 20, at + 1, 0.5);
+        const TrendWindow now = windowOf(at - 20, at + 1, 0.5);
         TrendThinner fresh;
-        fresh.choose(oven, TrendNumbers(Width::word, Format()));
+        fresh.choose(drawnWord, TrendNumbers(Width::word, Format()));
         std::size_t budget = plenty;
         ASSERT_TRUE(fresh.update(history, now, budget));
         ASSERT_EQ(drawn(now), pointsOf(fresh.line())) << round;
@@ -136,22 +136,22 @@ TEST_F(TheThinner, GoesOnWithWhatHasComeAsIfItHadSeenAllAtOnce)
 TEST_F(TheThinner, TakesSeveralTurnsForMuchAndShowsWhatItHadMeanwhile)
 {
     for (int i = 0; i < 1000; ++i)
-        tell(history, wordView(oven, i, i, i));
-    EXPECT_EQ(drawn(window(0, 2, 1)), "| 0:0 1:0 1:1 2:1 2:2 ");
+        tell(history, wordView(drawnWord, i, i, i));
+    EXPECT_EQ(drawn(windowOf(0, 2, 1)), "| 0:0 1:0 1:1 2:1 2:2 ");
     std::size_t budget = 300;
-    EXPECT_FALSE(thinner.update(history, window(0, 1000, 50), budget));
+    EXPECT_FALSE(thinner.update(history, windowOf(0, 1000, 50), budget));
     EXPECT_EQ(budget, 0U);
     EXPECT_EQ(pointsOf(thinner.line()), "| 0:0 1:0 1:1 2:1 2:2 ");
     int turns = 1;
     do {
         budget = 300;
         ++turns;
-    } while (!thinner.update(history, window(0, 1000, 50), budget) && turns < 10);
+    } while (!thinner.update(history, windowOf(0, 1000, 50), budget) && turns < 10);
     EXPECT_EQ(turns, 4);
     TrendThinner whole;
-    whole.choose(oven, TrendNumbers(Width::word, Format()));
+    whole.choose(drawnWord, TrendNumbers(Width::word, Format()));
     budget = plenty;
-    whole.update(history, window(0, 1000, 50), budget);
+    whole.update(history, windowOf(0, 1000, 50), budget);
     EXPECT_EQ(pointsOf(thinner.line()), pointsOf(whole.line()));
 }
 
@@ -161,12 +161,12 @@ TEST_F(TheThinner, DrawsInTheFormatsNumbers)
     format.notation = Notation::signedNumber;
     format.scaling.scale = 0.5;
     format.scaling.offset = 10;
-    tell(history, wordView(oven, 0xFFFE, 0, 0));
-    tell(history, wordView(oven, 0xFFFE, 0, 1));
-    thinner.choose(oven, TrendNumbers(Width::word, format));
-    EXPECT_EQ(drawn(window(-1, 5, 1)), "| 0:9 1:9 ");
-    thinner.choose(oven, TrendNumbers(Width::word, Format()));
-    EXPECT_EQ(drawn(window(-1, 5, 1)), "| 0:65534 1:65534 ");
+    tell(history, wordView(drawnWord, 0xFFFE, 0, 0));
+    tell(history, wordView(drawnWord, 0xFFFE, 0, 1));
+    thinner.choose(drawnWord, TrendNumbers(Width::word, format));
+    EXPECT_EQ(drawn(windowOf(-1, 5, 1)), "| 0:9 1:9 ");
+    thinner.choose(drawnWord, TrendNumbers(Width::word, Format()));
+    EXPECT_EQ(drawn(windowOf(-1, 5, 1)), "| 0:65534 1:65534 ");
 }
 
 struct NumbersRow {
@@ -214,20 +214,20 @@ TEST(TrendStatistics, WeighEachValueWithItsTimeAndLeaveGapsOut)
 {
     TrendHistory history;
     const TrendNumbers numbers(Width::word, Format());
-    tell(history, wordView(oven, 10, 0, 0));
-    tell(history, wordView(oven, 40, 9, 10));
-    tell(history, oldView(wordView(oven, 40, 9, 10)));
-    tell(history, wordView(oven, 1000, 20, 22, 1));
-    const TrendStatistics all = statisticsOf(history, oven, numbers, second(0), second(20));
+    tell(history, wordView(drawnWord, 10, 0, 0));
+    tell(history, wordView(drawnWord, 40, 9, 10));
+    tell(history, oldView(wordView(drawnWord, 40, 9, 10)));
+    tell(history, wordView(drawnWord, 1000, 20, 22, 1));
+    const TrendStatistics all = statisticsOf(history, drawnWord, numbers, second(0), second(20));
     EXPECT_DOUBLE_EQ(all.least, 10);
     EXPECT_DOUBLE_EQ(all.greatest, 40);
     EXPECT_DOUBLE_EQ(all.mean, 13); // (9 * 10 + 1 * 40) / 10
     EXPECT_EQ(all.known, 10 * trendSecond);
     EXPECT_EQ(all.whole, 20 * trendSecond);
-    const TrendStatistics part = statisticsOf(history, oven, numbers, second(8), second(9.5));
+    const TrendStatistics part = statisticsOf(history, drawnWord, numbers, second(8), second(9.5));
     EXPECT_DOUBLE_EQ(part.mean, 20);
-    EXPECT_EQ(statisticsOf(history, oven, numbers, second(11), second(19)).known, 0);
-    EXPECT_EQ(statisticsOf(history, oven, numbers, second(21), second(60)).known, trendSecond);
+    EXPECT_EQ(statisticsOf(history, drawnWord, numbers, second(11), second(19)).known, 0);
+    EXPECT_EQ(statisticsOf(history, drawnWord, numbers, second(21), second(60)).known, trendSecond);
     EXPECT_FALSE(all.isOfTwoLines);
 }
 
@@ -235,32 +235,32 @@ TEST(TrendStatistics, SayNothingOfTwoLinesAtOnce)
 {
     TrendHistory history;
     const TrendNumbers numbers(Width::word, Format());
-    tell(history, wordView(oven, 10, 0, 0));
-    tell(history, wordView(oven, 10, 0, 5));
+    tell(history, wordView(drawnWord, 10, 0, 0));
+    tell(history, wordView(drawnWord, 10, 0, 5));
     history.interrupt(TrendGap::otherLine, 0);
-    tell(history, wordView(oven, 20, 8, 8));
-    tell(history, wordView(oven, 20, 8, 9));
-    EXPECT_TRUE(statisticsOf(history, oven, numbers, second(0), second(9)).isOfTwoLines);
-    EXPECT_FALSE(statisticsOf(history, oven, numbers, second(0), second(5)).isOfTwoLines);
-    EXPECT_FALSE(statisticsOf(history, oven, numbers, second(6), second(9)).isOfTwoLines);
+    tell(history, wordView(drawnWord, 20, 8, 8));
+    tell(history, wordView(drawnWord, 20, 8, 9));
+    EXPECT_TRUE(statisticsOf(history, drawnWord, numbers, second(0), second(9)).isOfTwoLines);
+    EXPECT_FALSE(statisticsOf(history, drawnWord, numbers, second(0), second(5)).isOfTwoLines);
+    EXPECT_FALSE(statisticsOf(history, drawnWord, numbers, second(6), second(9)).isOfTwoLines);
 }
 
 TEST(TrendMoment, IsTheValueThatHeldOrWhyNoneIsKnown)
 {
     TrendHistory history;
-    tell(history, wordView(oven, 10, 0, 0));
-    tell(history, wordView(oven, 10, 0, 5));
-    tell(history, oldView(wordView(oven, 10, 0, 5)));
-    tell(history, wordView(oven, 20, 8, 8, 1));
-    tell(history, wordView(oven, 20, 8, 9, 1));
-    EXPECT_EQ(momentOf(history, oven, second(4.9)).raw, 10U);
-    EXPECT_EQ(momentOf(history, oven, second(5)).gap, TrendGap::failed);
-    EXPECT_EQ(momentOf(history, oven, second(6)).gap, TrendGap::failed);
-    EXPECT_FALSE(momentOf(history, oven, second(6)).raw);
-    EXPECT_EQ(momentOf(history, oven, second(9)).raw, 20U);
+    tell(history, wordView(drawnWord, 10, 0, 0));
+    tell(history, wordView(drawnWord, 10, 0, 5));
+    tell(history, oldView(wordView(drawnWord, 10, 0, 5)));
+    tell(history, wordView(drawnWord, 20, 8, 8, 1));
+    tell(history, wordView(drawnWord, 20, 8, 9, 1));
+    EXPECT_EQ(momentOf(history, drawnWord, second(4.9)).raw, 10U);
+    EXPECT_EQ(momentOf(history, drawnWord, second(5)).gap, TrendGap::failed);
+    EXPECT_EQ(momentOf(history, drawnWord, second(6)).gap, TrendGap::failed);
+    EXPECT_FALSE(momentOf(history, drawnWord, second(6)).raw);
+    EXPECT_EQ(momentOf(history, drawnWord, second(9)).raw, 20U);
     for (const double at : {-1.0, 9.1}) {
-        EXPECT_FALSE(momentOf(history, oven, second(at)).raw) << at;
-        EXPECT_FALSE(momentOf(history, oven, second(at)).gap) << at;
+        EXPECT_FALSE(momentOf(history, drawnWord, second(at)).raw) << at;
+        EXPECT_FALSE(momentOf(history, drawnWord, second(at)).gap) << at;
     }
 }
 

@@ -156,7 +156,7 @@ protected:
     int changes = 0;
 };
 
-Item named(const Item& item, const std::string& name, const Scaling& scaling = {})
+Item namedItem(const Item& item, const std::string& name, const Scaling& scaling = {})
 {
     Item other = item;
     other.name = name;
@@ -252,7 +252,7 @@ TEST_F(TheTrendsPage, ReadsOutAtAndBetweenTwoCursors)
     Scaling tenths{0.1, 0, 1, "bar"};
     options.set = {"R_W:100=70"};
     const Item item = Items(library, ItemSource()).find("R_W:100", Access::read);
-    desk.setItems({named(item, "pressure", tenths)});
+    desk.setItems({namedItem(item, "pressure", tenths)});
     show();
     open();
     unlock();
@@ -401,7 +401,7 @@ TEST_F(TheTrendsPage, GivesAThirdUnitAPlotOfItsOwnAndBitsTheirLanes)
     const auto item = [&](const char* address, const char* unit) {
         Scaling scaling;
         scaling.unit = unit;
-        return named(find.find(address, Access::read), address, scaling);
+        return namedItem(find.find(address, Access::read), address, scaling);
     };
     options.set = {"M_bit:1.1=1"};
     desk.setItems({item("R_W:1", "bar"), item("R_W:2", "l"), item("R_W:3", "bar"),
@@ -442,6 +442,15 @@ TEST_F(TheTrendsPage, RefusesATextWithAWord)
     EXPECT_THAT(choice->model()->index(0, TrendChoice::unit).data().toString().toStdString(),
                 StartsWith("a text"));
     EXPECT_FALSE(choice->model()->index(0, 0).data(Qt::CheckStateRole).isValid());
+}
+
+TEST_F(TheTrendsPage, HasRoomForAHundredValues)
+{
+    watch({"R_W:0..149"});
+    show();
+    showWatched();
+    EXPECT_EQ(readout->rowCount(), 100);
+    EXPECT_THAT(told, HasSubstr("100 value"));
 }
 
 TEST_F(TheTrendsPage, KeepsNotesOfAPersonAtACursor)
