@@ -8,8 +8,8 @@
 #include <QVBoxLayout>
 
 #include "panel/faults_page.h"
-#include "panel/help_boxes.h"
 #include "panel/health_page.h"
+#include "panel/help_boxes.h"
 #include "panel/lamps_page.h"
 #include "panel/line_page.h"
 #include "panel/plan_page.h"
