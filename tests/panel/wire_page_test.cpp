@@ -212,6 +212,7 @@ TEST_F(TheWirePage, MeasuresBetweenTwoRulers)
 TEST(TheWireView, DrawsAStationThatAppearedSinceTheLastPicture)
 {
     WireTimes times;
+    times.setWire(SerialFormat());
     const std::vector<Area> areas;
     WireView view(times, areas);
     view.resize(800, 400);

@@ -162,11 +162,11 @@ TEST_F(TheTimeOnTheWire, OfAReplyWithPausesBeginsWithItsFirstByte)
 TEST_F(TheTimeOnTheWire, OfATimeOutEndsWhenItIsOverAndNotWhenThatIsTold)
 {
     const Transmission frame = sentAt(1, 0);
-    Transmission again = sentAt(2, 108);
+    Transmission again = sentAt(2, 120);
     again.repeats = true;
     add({began(frame), endedAt(unanswered(frame), 500), began(again),
-         endedAt(answeredAt(again, 125), 125)});
-    EXPECT_THAT(spans(), ElementsAre("request 8", "waited in vain 100", "request 8",
+         endedAt(answeredAt(again, 137), 137)});
+    EXPECT_THAT(spans(), ElementsAre("request 8", "waited in vain 100", "idle 12", "request 8",
                                      "the controller's time 2", "reply 7"));
     EXPECT_EQ(times.spans().back().purpose, SpanPurpose::retry);
     EXPECT_EQ(shares().of(WireUse::timeOuts), milliseconds(100));
