@@ -41,8 +41,8 @@ class PlanKeySign : public QWidget {
 public:
     explicit PlanKeySign(const PlanWord& word) : word_(word)
     {
-        const int side = fontMetrics().height() + 6;
-        setFixedSize(side, side);
+        const int edge = fontMetrics().height() + 6;
+        setFixedSize(edge, edge);
     }
 
 protected:
