@@ -50,13 +50,13 @@ void ProjectActions::makeFileMenu(QMenu* menu)
     connect(recent_, &QMenu::aboutToShow, this, [this]() { listRecent(); });
     menu->addSeparator();
     add(tr("&Save"), QKeySequence::Save, "saveProject", [this]() { save(); });
-    add(tr("Save &as \u2026"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S), "saveProjectAs",
+    add(tr("Save &as \u2026"), QKeySequence(QStringLiteral("Ctrl+Shift+S")), "saveProjectAs",
         [this]() { saveAs(); });
     menu->addSeparator();
-    add(tr("Settings of the &line \u2026"), QKeySequence(Qt::CTRL | Qt::Key_L), "lineSettings",
+    add(tr("Settings of the &line \u2026"), QKeySequence(QStringLiteral("Ctrl+L")), "lineSettings",
         [this]() { editLine(); });
     menu->addSeparator();
-    add(tr("&Quit"), QKeySequence(Qt::CTRL | Qt::Key_Q), "quit", [this]() { window_.close(); });
+    add(tr("&Quit"), QKeySequence(QStringLiteral("Ctrl+Q")), "quit", [this]() { window_.close(); });
 }
 
 void ProjectActions::makeEditMenu(QMenu* menu)
@@ -65,7 +65,7 @@ void ProjectActions::makeEditMenu(QMenu* menu)
     QAction* const redo = document_.history().createRedoAction(&window_, tr("&Redo"));
     undo->setShortcut(QKeySequence::Undo);
     redo->setShortcuts(
-        {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z), QKeySequence(Qt::CTRL | Qt::Key_Y)});
+        {QKeySequence(QStringLiteral("Ctrl+Shift+Z")), QKeySequence(QStringLiteral("Ctrl+Y"))});
     undo->setObjectName(QStringLiteral("undo"));
     redo->setObjectName(QStringLiteral("redo"));
     menu->addAction(undo);

@@ -102,6 +102,8 @@ private:
 
 PlacedJson::PlacedJson(const std::string& text, const std::string& file) : text_(text), file_(file)
 {
+    for (std::size_t at = text_.find('\n'); at != std::string::npos; at = text_.find('\n', at + 1))
+        lineEnds_.push_back(at);
     try {
         root_ = OrderedJson::parse(text_);
         Walker(text_, offsets_).walk(std::string(), 0);
@@ -144,8 +146,8 @@ int PlacedJson::line(const std::string& path) const
     const auto known = offsets_.find(path);
     if (known == offsets_.end())
         return 0;
-    const auto end = text_.begin() + static_cast<std::ptrdiff_t>(known->second);
-    return 1 + static_cast<int>(std::count(text_.begin(), end, '\n'));
+    const auto next = std::lower_bound(lineEnds_.begin(), lineEnds_.end(), known->second);
+    return 1 + static_cast<int>(next - lineEnds_.begin());
 }
 
 // Columns are counted in characters, as editors do.

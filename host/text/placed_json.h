@@ -6,6 +6,7 @@
 #include <map>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <vector>
 
 namespace dov417 {
 
@@ -35,6 +36,7 @@ private:
     std::string file_;
     OrderedJson root_ = OrderedJson::object();
     std::map<std::string, std::size_t> offsets_; // by path
+    std::vector<std::size_t> lineEnds_;          // a large file is asked for many lines
 };
 
 // "tags" and "name" are "tags.name"; "tags" and 3 are "tags[3]".
