@@ -1,5 +1,5 @@
-# What goes where: the library (component library), what a host is compiled with (development) and
-# the commissioning tool (tool). Debian's places when the prefix is /usr.
+# What goes where: the library (component library), what a host is compiled with (development), the
+# commissioning tool (tool) and the graphical panel (panel). Debian's places when the prefix is /usr.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS dov417modbus EXPORT dov417modbusTargets
@@ -53,4 +53,22 @@ if(TARGET dov417)
     COMPONENT tool)
   install(FILES packaging/dov417.bash RENAME dov417 COMPONENT tool
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+endif()
+
+if(TARGET dov417-panel)
+  install(TARGETS dov417-panel RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT panel)
+  install(DIRECTORY ${PROJECT_BINARY_DIR}/panel/manual/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
+    COMPONENT panel)
+  # How a desktop finds it.
+  install(FILES packaging/panel/dov417-panel.desktop
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/applications COMPONENT panel)
+  install(FILES packaging/panel/dov417-panel.svg
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps COMPONENT panel)
+  file(STRINGS CHANGELOG.md release REGEX "^## \\[[0-9]" LIMIT_COUNT 1)
+  string(REGEX MATCH "[-0-9]+$" release_day "${release}")
+  configure_file(packaging/panel/org.dov417.panel.metainfo.xml.in org.dov417.panel.metainfo.xml @ONLY)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/org.dov417.panel.metainfo.xml
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo COMPONENT panel)
+  install(FILES docs/panel.md
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/dov417-panel COMPONENT panel)
 endif()

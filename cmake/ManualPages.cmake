@@ -1,5 +1,5 @@
 # cmake -DTOOL="[EMULATOR...;]PROGRAM" -DFOLDER=FOLDER -P ManualPages.cmake
-# The pages of the tool's commands, which it writes itself from the texts of its help.
+# The pages of a program, or of its commands, which it writes itself from the texts of its help.
 file(REMOVE_RECURSE ${FOLDER})
 file(MAKE_DIRECTORY ${FOLDER})
 execute_process(COMMAND ${TOOL} --write-manual-pages ${FOLDER} COMMAND_ERROR_IS_FATAL ANY)

@@ -1,8 +1,9 @@
 # Debian packages, made by cpack in a build folder that was configured for the prefix /usr:
-# libdov417modbus2, libdov417modbus-dev and, where the tool is built, dov417.
+# libdov417modbus2, libdov417modbus-dev and, where they are built, dov417 and dov417-panel.
 set(library_package libdov417modbus${PROJECT_VERSION_MAJOR})
 set(development_package libdov417modbus-dev)
 set(tool_package dov417)
+set(panel_package dov417-panel)
 set(qt_development_package qtbase5-dev)
 if(DOV417_QT STREQUAL "6")
   set(qt_development_package qt6-base-dev)
@@ -36,6 +37,7 @@ set(CPACK_PROJECT_CONFIG_FILE ${PROJECT_SOURCE_DIR}/cmake/PackageDependencies.cm
 set(CPACK_DOV417_QT ${DOV417_QT})
 set(CPACK_DOV417_LIBRARY ${PROJECT_BINARY_DIR}/libdov417modbus.so)
 set(CPACK_DOV417_TOOL ${PROJECT_BINARY_DIR}/tool/dov417)
+set(CPACK_DOV417_PANEL ${PROJECT_BINARY_DIR}/panel/dov417-panel)
 find_program(DOV417_SHLIBDEPS dpkg-shlibdeps REQUIRED)
 set(CPACK_DOV417_SHLIBDEPS ${DOV417_SHLIBDEPS})
 if(CMAKE_CROSSCOMPILING)
@@ -65,6 +67,13 @@ Runs the panel's driver on a real serial line or against a simulated
 controller: plans, watches, reads and writes addresses, transfers recipes and
 explains recorded lines.")
 
+set(CPACK_DEBIAN_PANEL_PACKAGE_NAME ${panel_package})
+set(CPACK_DEBIAN_PANEL_PACKAGE_SECTION comm)
+set(CPACK_COMPONENT_PANEL_DESCRIPTION "graphical panel of the dov417modbus driver
+Shows a controller on a serial line in a window: values with their state,
+lamps, every frame in words; writes where it was unlocked, and saves projects.
+A simulated controller is there for those who have none.")
+
 # What dpkg has to know of a shared library: its symbols, who provides it, and that ldconfig runs.
 set(control_folder ${PROJECT_BINARY_DIR}/packaging/control)
 set(soname libdov417modbus.so.${PROJECT_VERSION_MAJOR})
@@ -83,10 +92,14 @@ set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA
   ${control_folder}/symbols ${control_folder}/shlibs ${control_folder}/triggers)
 
 set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "${library_package} (= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_PANEL_PACKAGE_DEPENDS "${library_package} (= ${PROJECT_VERSION})")
 
 set(CPACK_COMPONENTS_ALL library development)
 if(TARGET dov417)
   list(APPEND CPACK_COMPONENTS_ALL tool)
+endif()
+if(TARGET dov417-panel)
+  list(APPEND CPACK_COMPONENTS_ALL panel)
 endif()
 
 # Each package brings its changelog and copyright.

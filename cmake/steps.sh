@@ -18,7 +18,7 @@ bench_packages="libbenchmark-dev libmodbus-dev libqt5serialbus5-dev valgrind pyt
 arm_packages="g++ cmake ninja-build qtbase5-dev g++-arm-linux-gnueabihf g++-arm-linux-gnueabi
   qemu-user mmdebstrap googletest"
 qt_packages="$build_packages $test_packages qt6-base-dev qt6-serialport-dev"
-package_packages="dpkg-dev mmdebstrap lintian g++-arm-linux-gnueabihf g++-arm-linux-gnueabi
+package_packages="dpkg-dev mmdebstrap lintian desktop-file-utils appstream g++-arm-linux-gnueabihf g++-arm-linux-gnueabi
   qemu-user"
 analysis_packages="$build_packages $panel_packages clang-14 clang-tidy-14 cppcheck"
 fuzz_packages="clang-14 libclang-rt-14-dev g++ cmake ninja-build qtbase5-dev"

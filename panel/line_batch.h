@@ -29,7 +29,8 @@ struct Passed {
     Clock::time_point at{};
     Transmission transmission;
     Stray stray;
-    std::string text; // of the note
+    std::string text;    // of the note
+    long long cycle = 0; // that was under way: so many had ended
 };
 
 enum class LinePhase {

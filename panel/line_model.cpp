@@ -1,6 +1,7 @@
 #include "panel/line_model.h"
 
 #include <QDateTime>
+#include <algorithm>
 #include <fstream>
 #include <sstream>
 
@@ -75,6 +76,7 @@ std::optional<LineRow> LineModel::rowOf(const Passed& passed) const
 {
     LineRow row;
     const Transmission& frame = passed.transmission;
+    row.number = frame.number;
     switch (passed.what) {
     case Passed::What::began:
         row.entry = beganEntry(frame, areas_);
@@ -198,6 +200,16 @@ void LineModel::save(const std::string& file) const
 const LineRow& LineModel::rowAt(int row) const
 {
     return rows_.at(static_cast<std::size_t>(row));
+}
+
+std::optional<int> LineModel::rowOfRequest(long long number) const
+{
+    const auto found = std::find_if(rows_.rbegin(), rows_.rend(), [number](const LineRow& row) {
+        return row.number == number && row.entry.direction == Direction::sent;
+    });
+    if (number == 0 || found == rows_.rend())
+        return std::nullopt;
+    return static_cast<int>(rows_.rend() - found) - 1;
 }
 
 int LineModel::rowCount(const QModelIndex& parent) const

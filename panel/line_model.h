@@ -19,7 +19,8 @@ struct LineRow {
     LogEntry entry;
     int station = -1; // -1: of none
     bool isTrouble = false;
-    QByteArray request; // that the bytes were received for
+    long long number = 0; // of the transmission; 0: of none
+    QByteArray request;   // that the bytes were received for
 };
 
 class LineModel : public QAbstractTableModel {
@@ -48,6 +49,8 @@ public:
     void save(const std::string& file) const;
 
     const LineRow& rowAt(int row) const;
+    // The request of the transmission of this number; nothing: it is not here any more.
+    std::optional<int> rowOfRequest(long long number) const;
 
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     int columnCount(const QModelIndex& parent = QModelIndex()) const override;

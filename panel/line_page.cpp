@@ -253,6 +253,35 @@ bool LinePage::saveLog(const QString& file)
 
 // ---- a frame ----------------------------------------------------------------------------------
 
+bool LinePage::showFrame(long long number)
+{
+    if (!log_.isEmpty()) {
+        emit told(tr("The page of the line shows the log %1; Back to the line is a button there.")
+                      .arg(log_));
+        return false;
+    }
+    setHeld(false); // what has waited may hold it
+    setHeld(true);
+    const std::optional<int> row = model_.rowOfRequest(number);
+    if (!row) {
+        setHeld(false);
+        emit told(
+            tr("This frame is too long ago: the page of the line does not keep it any more."));
+        return false;
+    }
+    const QModelIndex index = filter_.mapFromSource(model_.index(*row, 0));
+    if (!index.isValid()) {
+        emit told(tr("The page of the line does not show this frame: it shows only what is asked "
+                     "for above its table."));
+        return false;
+    }
+    table_->setCurrentIndex(index);
+    table_->scrollTo(index, QAbstractItemView::PositionAtCenter);
+    table_->setFocus();
+    emit told(QString());
+    return true;
+}
+
 void LinePage::showFields()
 {
     const QModelIndex index = filter_.mapToSource(table_->currentIndex());

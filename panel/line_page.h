@@ -29,6 +29,9 @@ public:
     // A recorded log in place of what passes; false where it cannot be read, which it tells.
     bool openLog(const QString& file);
     bool saveLog(const QString& file);
+    // Stands still at the request of the transmission of this number, on the line that is open;
+    // false where it is not here, which it tells.
+    bool showFrame(long long number);
 
 private:
     void makeTable();

@@ -15,6 +15,7 @@ LineThread::LineThread(const Library& library)
         emit batchCame(batch);
         ask([](LineWorker& worker) { worker.batchSeen(); });
     });
+    connect(&worker_->recipes(), &RecipeWorker::told, this, &LineThread::recipeTold);
     thread_->setObjectName("line");
     thread_->start();
 }
@@ -68,11 +69,24 @@ long long LineThread::write(const Address& address, const std::vector<unsigned c
     return order.number;
 }
 
+long long LineThread::moveRecipe(int line, RecipeKind kind, const std::vector<RecipeEntry>& entries)
+{
+    const RecipeOrder order{++recipes_, line, kind, entries};
+    ask([order](LineWorker& worker) { worker.moveRecipe(order); });
+    return order.number;
+}
+
+void LineThread::setGap(int gap)
+{
+    ask([line = line_, gap](LineWorker& worker) { worker.setGap(line, gap); });
+}
+
 bool LineThread::end(std::chrono::milliseconds patience)
 {
     if (hasEnded_)
         return true;
     disconnect(worker_, &LineWorker::batchReady, this, nullptr);
+    disconnect(&worker_->recipes(), &RecipeWorker::told, this, nullptr);
     ask([](LineWorker& worker) { worker.finish(); });
     hasEnded_ = thread_->wait(static_cast<unsigned long>(patience.count()));
     if (hasEnded_)

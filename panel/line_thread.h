@@ -30,6 +30,10 @@ public:
     // Its number, which the outcome will bear.
     long long write(const Address& address, const std::vector<unsigned char>& data);
 
+    // Its number, which the news of it bear. `line`: that it is meant for, and for no other.
+    long long moveRecipe(int line, RecipeKind kind, const std::vector<RecipeEntry>& entries);
+    void setGap(int gap);
+
     // What is asked for last: what is told of something earlier is out of date.
     int line() const
     {
@@ -49,6 +53,7 @@ signals:
     // Of whatever line and generation: to be compared. Once the slots return, the next one may
     // come.
     void batchCame(const dov417::LineBatch& batch);
+    void recipeTold(const dov417::RecipeNews& news);
 
 private:
     template <typename Call>
@@ -59,6 +64,7 @@ private:
     int line_ = 0;
     int generation_ = 0;
     long long writes_ = 0;
+    long long recipes_ = 0;
     bool hasEnded_ = false;
 };
 

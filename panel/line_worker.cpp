@@ -9,8 +9,7 @@ namespace dov417 {
 
 namespace {
 
-const char* const lineIsLocked = "writing is locked on this line";
-const char* const otherLine = "another line was opened meanwhile";
+const char* const lineWasClosed = "the line was closed";
 constexpr int pulsesPerStatistics = 2;
 
 std::set<int> stationsOf(const std::vector<Address>& addresses)
@@ -30,7 +29,7 @@ struct PiecesUnderWay {
 } // namespace
 
 LineWorker::LineWorker(const Library& library)
-    : library_(library), screenTimer_(this), pulseTimer_(this)
+    : library_(library), screenTimer_(this), pulseTimer_(this), recipes_(this)
 {
     // For connections that are queued, to the window's thread.
     qRegisterMetaType<LineBatch>("dov417::LineBatch");
@@ -109,6 +108,7 @@ void LineWorker::follow()
             each.what = what;
             each.at = Clock::now();
             each.transmission = transmission;
+            each.cycle = cycles_;
             collector_.add(std::move(each));
             collected();
         };
@@ -134,6 +134,9 @@ void LineWorker::portChanged(bool open, const std::string& message)
     state_.phase = open ? LinePhase::open : LinePhase::away;
     state_.reason = open ? std::string() : message;
     note(message);
+    // What would go on with the port may go to whatever is at its end then, half of it.
+    if (!open && recipes_.isUnderWay())
+        session_->endRequests(message);
 }
 
 void LineWorker::refuse(const std::string& reason)
@@ -150,7 +153,8 @@ void LineWorker::refuse(const std::string& reason)
 void LineWorker::close()
 {
     if (session_)
-        session_->close("the line was closed"); // tells what becomes of its writes
+        session_->close(lineWasClosed); // tells what becomes of its writes
+    recipes_.end(lineWasClosed);
     session_.reset();
     own_.follow(nullptr);
     live_.reset();
@@ -212,11 +216,8 @@ void LineWorker::write(const WriteOrder& order)
         collector_.add(WriteOutcome{number, result});
         collected();
     };
-    // Nothing that was meant for one controller may go out to another.
-    if (order.line != line_ || !session_ || !state_.isUnlocked) {
-        told(Result::refused(order.line != line_  ? otherLine
-                             : !state_.isUnlocked ? lineIsLocked
-                                                  : "the line is closed"));
+    if (const std::string why = refusal(order.line, true); !why.empty()) {
+        told(Result::refused(why));
         return;
     }
     std::vector<Write> pieces;

@@ -17,6 +17,7 @@
 #include "live/live_line.h"
 #include "panel/batch_collector.h"
 #include "panel/own_controller.h"
+#include "panel/recipe_worker.h"
 #include "session/session.h"
 
 namespace dov417 {
@@ -55,6 +56,14 @@ public:
     // Nothing is written before; each line begins locked, but for the own controller's.
     void setUnlocked(int line, bool isUnlocked);
     void write(const WriteOrder& order);
+    // Its recipes(), which tell what becomes of it.
+    void moveRecipe(const RecipeOrder& order);
+    // Plans anew, with this merge gap; every value is old until it has been read again.
+    void setGap(int line, int gap);
+    RecipeWorker& recipes()
+    {
+        return recipes_;
+    }
     void setConditions(int line, const simulator::Conditions& conditions);
     // The window has dealt with the batch.
     void batchSeen();
@@ -68,6 +77,8 @@ signals:
 private:
     struct OpenLine;
 
+    // Why nothing that was meant for this line is done; empty where it is.
+    std::string refusal(int line, bool isWriting) const;
     void makeLine(const LineOrder& order);
     void follow();
     void plan(const std::vector<Address>& addresses);
@@ -94,6 +105,7 @@ private:
     OwnController own_;
     std::unique_ptr<LiveLine> live_;
     std::unique_ptr<Session> session_;
+    RecipeWorker recipes_;
 };
 
 } // namespace dov417

@@ -9,8 +9,8 @@
 #include "live/shutdown.h"
 #include "panel/main_window.h"
 #include "panel/panel_options.h"
-#include "panel/panel_project.h"
 #include "panel/pictures.h"
+#include "panel/recent_projects.h"
 #include "panel/start_page.h"
 
 using namespace dov417;
@@ -18,51 +18,73 @@ using namespace dov417;
 namespace {
 
 constexpr int usageCode = 2;
+constexpr int firstWidth = 1280;
+constexpr int firstHeight = 800;
 constexpr int pictureDelayMs = 3000; // lamps have been on and off by then
 
-// Returns what the program ends with.
-int show(MainWindow& window, const PanelOptions& options)
+// These return what the program ends with.
+int work(MainWindow& window)
 {
-    constexpr int width = 1280;
-    constexpr int height = 800;
-    window.resize(width, height);
-    window.show();
+    QTimer::singleShot(0, &window, [&window]() {
+        QStringList projects = recentProjects();
+        const QString file = window.document().file();
+        if (!file.isEmpty())
+            projects.append(file);
+        window.actions().offerUnsaved(projects);
+    });
+    return QApplication::exec();
+}
+
+int photograph(MainWindow& window, const std::string& folder)
+{
     int code = EXIT_SUCCESS;
-    if (!options.pictures.empty())
-        QTimer::singleShot(pictureDelayMs, &window, [&window, &options, &code]() {
-            try {
-                takePictures(window, QString::fromStdString(options.pictures));
-            } catch (const Failure& failure) {
-                std::fprintf(stderr, "dov417-panel: %s\n", failure.what());
-                code = EXIT_FAILURE;
-            }
-            window.close();
-        });
+    QTimer::singleShot(pictureDelayMs, &window, [&window, &folder, &code]() {
+        try {
+            takePictures(window, QString::fromStdString(folder));
+        } catch (const Failure& failure) {
+            std::fprintf(stderr, "dov417-panel: %s\n", failure.what());
+            code = EXIT_FAILURE;
+        }
+        window.actions().dropUnsaved();
+        QApplication::quit();
+    });
     const int ended = QApplication::exec();
     return code == EXIT_SUCCESS ? ended : code;
+}
+
+// What the options say, before the window is shown.
+void begin(MainWindow& window, PanelDesk& desk, const PanelOptions& options)
+{
+    const Library& library = desk.library();
+    std::vector<Item> items;
+    const bool isAnyNamed = !options.addresses.empty() || !options.source.tags.empty();
+    if (isAnyNamed)
+        items = Items(library, options.source).chosen(options.addresses, Access::read);
+    if (!options.project.empty()) {
+        window.document().open(QString::fromStdString(options.project));
+        if (!items.empty())
+            desk.addItems(items);
+    } else {
+        if (!isAnyNamed && options.line.simulated)
+            items = trialItems(library);
+        window.document().begin(items, options.line);
+    }
+    if (window.currentPage() == 0 && (desk.hasLine() || !desk.tags().items.empty()))
+        window.showPage(1);
 }
 
 int run(const PanelOptions& options)
 {
     const Library library(options.library);
-    std::vector<Item> items;
-    if (options.project.empty() && (!options.addresses.empty() || !options.source.tags.empty()))
-        items = Items(library, options.source).chosen(options.addresses, Access::read);
     PanelDesk desk(library);
     int code = EXIT_SUCCESS;
     {
         MainWindow window(desk);
-        const Shutdown shutdown([&window]() { window.close(); });
-        if (items.empty() && options.line.simulated)
-            items = trialItems(library);
-        desk.setItems(items);
-        if (!options.project.empty())
-            openProject(desk, options.project);
-        else if (options.line.simulated || !options.line.port.empty())
-            desk.open(options.line);
-        if (desk.hasLine() || !desk.tags().items.empty())
-            window.showPage(1);
-        code = show(window, options);
+        window.resize(firstWidth, firstHeight);
+        const Shutdown shutdown([&window]() { window.leave(); });
+        begin(window, desk, options);
+        window.show();
+        code = options.pictures.empty() ? work(window) : photograph(window, options.pictures);
     }
     // A port that hangs hangs the line's thread, and with it whoever waits for that.
     if (!desk.end())
@@ -76,12 +98,16 @@ int main(int argc, char** argv)
 {
     if (const std::optional<int> code = runAsChild(argc, argv))
         return *code;
+    if (const std::optional<int> code = writePanelManual(argc, argv))
+        return *code;
     int code = EXIT_SUCCESS;
     const std::optional<PanelOptions> options = parsePanelOptions(argc, argv, code);
     if (!options)
         return code;
     dropDebugLines();
     const QApplication application(argc, argv);
+    QGuiApplication::setDesktopFileName(QStringLiteral("dov417-panel"));
+    QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("dov417-panel")));
     // Qt takes the user's locale; numbers in files and on the screen keep their point.
     std::setlocale(LC_NUMERIC, "C");
     try {

@@ -2,25 +2,33 @@
 
 #include <QCloseEvent>
 #include <QHBoxLayout>
+#include <QMenuBar>
 #include <QMessageBox>
-#include <QShortcut>
 #include <QStatusBar>
 #include <QVBoxLayout>
 
 #include "panel/faults_page.h"
+#include "panel/health_page.h"
+#include "panel/help_boxes.h"
 #include "panel/lamps_page.h"
 #include "panel/line_page.h"
+#include "panel/plan_page.h"
+#include "panel/recipes_page.h"
 #include "panel/start_page.h"
 #include "panel/state_words.h"
+#include "panel/trends_page.h"
 #include "panel/values_page.h"
+#include "panel/window_layout.h"
+#include "panel/wire_page.h"
 
 namespace dov417 {
 
 MainWindow::MainWindow(PanelDesk& desk)
-    : desk_(desk), list_(new QListWidget), stack_(new QStackedWidget), sentence_(new QLabel),
-      cycle_(new QLabel), message_(new QLabel), lock_(new QToolButton)
+    : desk_(desk), document_(desk),
+      actions_(std::make_unique<ProjectActions>(desk, document_, *this)),
+      go_(menuBar()->addMenu(tr("&Go to"))), list_(new QListWidget), stack_(new QStackedWidget),
+      sentence_(new QLabel), cycle_(new QLabel), message_(new QLabel), lock_(new QToolButton)
 {
-    setWindowTitle(tr("dov417 panel"));
     auto* const centre = new QWidget;
     auto* const columns = new QHBoxLayout(centre);
     columns->setContentsMargins(0, 0, 0, 0);
@@ -40,18 +48,51 @@ MainWindow::MainWindow(PanelDesk& desk)
     setCentralWidget(centre);
     makeStatusLine();
 
-    auto* const start = new StartPage(desk);
-    connect(start, &StartPage::opened, this, [this]() { showPage(1); });
-    addPage(start);
-    addPage(new ValuesPage(desk));
-    addPage(new LampsPage(desk));
-    addPage(new LinePage(desk));
-    addPage(new FaultsPage(desk));
+    addPages();
     list_->setFixedWidth(list_->sizeHintForColumn(0) + 4 * list_->frameWidth() + 16);
     connect(list_, &QListWidget::currentRowChanged, stack_, &QStackedWidget::setCurrentIndex);
     connect(&desk, &PanelDesk::stateChanged, this, [this]() { showState(); });
+    connect(&document_, &ProjectDocument::changed, this, [this]() { showTitle(); });
+    connect(actions_.get(), &ProjectActions::told, this,
+            [this](const QString& text) { tell(text); });
+    connect(actions_.get(), &ProjectActions::opened, this, [this]() {
+        if (currentPage() == 0)
+            showPage(1);
+    });
+    document_.addLayout(
+        "window", [this]() { return layout(); },
+        [this](const OrderedJson& layout) { return preparedLayout(layout); });
+    makeHelpMenu();
     showPage(0);
     showState();
+    showTitle();
+}
+
+void MainWindow::addPages()
+{
+    addPage(new StartPage(desk_, document_, *actions_));
+    auto* const values = new ValuesPage(desk_);
+    auto* const trends = new TrendsPage(desk_);
+    auto* const line = new LinePage(desk_);
+    auto* const wire = new WirePage(desk_);
+    addPage(values);
+    addPage(new LampsPage(desk_));
+    addPage(trends);
+    addPage(line);
+    addPage(wire);
+    addPage(new PlanPage(desk_));
+    addPage(new HealthPage(desk_));
+    addPage(new RecipesPage(desk_));
+    addPage(new FaultsPage(desk_));
+    connect(values, &ValuesPage::trendsAsked, this,
+            [this, trends](const std::vector<Address>& addresses) {
+                trends->showValues(addresses);
+                showPage(stack_->indexOf(trends));
+            });
+    connect(wire, &WirePage::frameWanted, this, [this, line](long long number) {
+        if (line->showFrame(number))
+            showPage(stack_->indexOf(line));
+    });
 }
 
 void MainWindow::addPage(PanelPage* page)
@@ -60,13 +101,18 @@ void MainWindow::addPage(PanelPage* page)
     pages_.push_back(page);
     stack_->addWidget(page);
     auto* const item = new QListWidgetItem(page->icon(), page->title(), list_);
-    item->setToolTip(QStringLiteral("Ctrl+%1").arg(number));
-    auto* const shortcut = new QShortcut(QKeySequence(item->toolTip()), this);
-    connect(shortcut, &QShortcut::activated, this, [this, number]() { showPage(number - 1); });
-    connect(page, &PanelPage::told, this, [this](const QString& text) {
-        message_->setText(text);
-        message_->setVisible(!text.isEmpty());
-    });
+    item->setToolTip(QStringLiteral("Ctrl+%1").arg(number % 10)); // Ctrl+0 is the tenth's
+    QAction* const go = go_->addAction(page->title());
+    go->setShortcut(QKeySequence(item->toolTip()));
+    connect(go, &QAction::triggered, this, [this, number]() { showPage(number - 1); });
+    connect(page, &PanelPage::told, this, [this](const QString& text) { tell(text); });
+    document_.addPage(page);
+}
+
+void MainWindow::tell(const QString& text)
+{
+    message_->setText(text);
+    message_->setVisible(!text.isEmpty());
 }
 
 void MainWindow::showPage(int page)
@@ -135,19 +181,56 @@ void MainWindow::changeEvent(QEvent* event)
 
 void MainWindow::closeEvent(QCloseEvent* event)
 {
-    const int writes = static_cast<int>(desk_.writesUnderWay());
-    if (writes > 0) {
-        const auto answer = QMessageBox::question(
-            this, tr("Writes are under way"),
-            tr("%n value(s) are being written. What becomes of them is not known if the panel is "
-               "closed now. Close it?",
-               nullptr, writes));
-        if (answer != QMessageBox::Yes) {
-            event->ignore();
-            return;
-        }
-    }
-    event->accept();
+    const bool mayClose = asksToSave_ ? actions_->mayLeave() : actions_->mayCloseLine();
+    if (mayClose && asksToSave_)
+        actions_->dropUnsaved();
+    event->setAccepted(mayClose);
+}
+
+void MainWindow::leave()
+{
+    actions_->keepUnsaved();
+    asksToSave_ = false;
+    close();
+    asksToSave_ = true;
+}
+
+void MainWindow::showTitle()
+{
+    setWindowTitle(tr("%1[*] \u2013 dov417 panel").arg(document_.name()));
+    setWindowModified(document_.isModified());
+}
+
+// ---- how the window is arranged -----------------------------------------------------------------
+
+OrderedJson MainWindow::layout() const
+{
+    return {{"page", list_->currentRow() + 1},
+            {"width", width()},
+            {"height", height()},
+            {"maximized", isMaximized()}};
+}
+
+std::function<void()> MainWindow::preparedLayout(const OrderedJson& layout)
+{
+    const WindowLayout wanted = windowLayout(layout);
+    return [this, wanted]() {
+        if (wanted.isMaximized)
+            showMaximized();
+        else if (wanted.size.isValid())
+            resize(wanted.size);
+        if (wanted.page > 0 && wanted.page <= static_cast<int>(pages_.size()))
+            showPage(wanted.page - 1);
+    };
+}
+
+void MainWindow::makeHelpMenu()
+{
+    QMenu* const help = menuBar()->addMenu(tr("&Help"));
+    QAction* const keys = help->addAction(tr("&Keys"), this, [this]() { showKeys(*this); });
+    keys->setShortcut(QKeySequence::HelpContents);
+    keys->setObjectName(QStringLiteral("keys"));
+    help->addAction(tr("&About"), this, [this]() { showAbout(*this, desk_.library()); });
 }
 
 } // namespace dov417

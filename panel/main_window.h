@@ -7,9 +7,10 @@
 #include <QMainWindow>
 #include <QStackedWidget>
 #include <QToolButton>
+#include <memory>
 #include <vector>
 
-#include "panel/panel_page.h"
+#include "panel/project_actions.h"
 
 namespace dov417 {
 
@@ -21,6 +22,20 @@ public:
     explicit MainWindow(PanelDesk& desk);
 
     void showPage(int page);
+    int currentPage() const
+    {
+        return list_->currentRow();
+    }
+    ProjectDocument& document()
+    {
+        return document_;
+    }
+    ProjectActions& actions()
+    {
+        return *actions_;
+    }
+    // Without asking whether to save: what is not saved is offered to the next panel.
+    void leave();
     const std::vector<PanelPage*>& pages() const
     {
         return pages_;
@@ -31,12 +46,22 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
+    void addPages();
     void addPage(PanelPage* page);
     void makeStatusLine();
     void showState();
     void toggleLock();
+    void showTitle();
+    void tell(const QString& text);
+    void makeHelpMenu();
+    OrderedJson layout() const;
+    std::function<void()> preparedLayout(const OrderedJson& layout);
 
     PanelDesk& desk_;
+    ProjectDocument document_;
+    const std::unique_ptr<ProjectActions> actions_;
+    QMenu* const go_; // to each page
+    bool asksToSave_ = true;
     std::vector<PanelPage*> pages_;
     QListWidget* const list_;
     QStackedWidget* const stack_;

@@ -16,6 +16,7 @@ PanelDesk::PanelDesk(const Library& library)
     : library_(library), areas_(learnAreas(library)), line_(library)
 {
     connect(&line_, &LineThread::batchCame, this, &PanelDesk::apply);
+    connect(&line_, &LineThread::recipeTold, this, &PanelDesk::hearOfRecipe);
     listenTimer_.setInterval(listenPause);
     connect(&listenTimer_, &QTimer::timeout, this, [this]() { listen(); });
 }
@@ -32,6 +33,7 @@ void PanelDesk::open(const LineSetup& setup, const simulator::SimulationOptions&
     book_.forget();
     book_.setSilent(false);
     statistics_.reset();
+    setup_ = setup;
     controller_.reset();
     line_.open(setup, watchedAddresses(tags_.items), controller);
     book_.watch(line_.generation(), book_.addresses());
@@ -42,6 +44,7 @@ void PanelDesk::open(const LineSetup& setup, const simulator::SimulationOptions&
     lastHeard_ = Clock::now();
     listenTimer_.start();
     emit lineBegan();
+    emit lineSetupChanged();
     emit stateChanged();
     tellAllValues();
 }
@@ -105,15 +108,6 @@ void PanelDesk::removeItems(const std::vector<std::size_t>& places)
     setItems(left);
 }
 
-void PanelDesk::setFormat(std::size_t place, const Format& format)
-{
-    std::vector<Item> items = tags_.items;
-    Item& item = items.at(place);
-    requireFormat(item.address.width, format);
-    item.format = format;
-    setItems(items);
-}
-
 // ---- writing --------------------------------------------------------------------------------
 
 void PanelDesk::write(const PanelValue& value, const std::string& text)
@@ -139,8 +133,9 @@ void PanelDesk::write(const PanelValue& value, const std::string& text)
 
 std::size_t PanelDesk::writesUnderWay() const
 {
-    return static_cast<std::size_t>(std::count_if(
-        writes_.begin(), writes_.end(), [](const PanelWrite& write) { return !write.hasEnded; }));
+    const auto waiting = std::count_if(writes_.begin(), writes_.end(),
+                                       [](const PanelWrite& write) { return !write.hasEnded; });
+    return static_cast<std::size_t>(waiting) + recipeValues_;
 }
 
 void PanelDesk::endWrite(const WriteOutcome& outcome)
@@ -180,6 +175,8 @@ void PanelDesk::apply(const LineBatch& batch)
     const std::vector<Address> changed = book_.apply(batch);
     if (!changed.empty())
         emit valuesChanged(changed);
+    if (!batch.values.empty() && batch.generation == line_.generation())
+        emit valuesCame(batch.values, batch.made);
     if (!batch.passed.empty() || batch.notTold > 0)
         emit framesPassed(batch.passed, batch.notTold);
     emit stateChanged();

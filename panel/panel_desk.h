@@ -68,13 +68,27 @@ public:
     {
         return statistics_;
     }
+    std::size_t writesUnderWay() const; // values, those of a recipe included
+    bool hasLine() const;               // open, or about to be
+    // What the line was opened with last, or will be planned for.
+    const LineSetup& lineSetup() const
+    {
+        return setup_;
+    }
+    // Counts the lines that were opened: what was meant for one goes to no other.
+    int lineNumber() const
+    {
+        return line_.line();
+    }
+    bool recipeIsUnderWay() const
+    {
+        return recipe_ != 0;
+    }
     // Of the own controller, about a second old; null without one, and until the first has come.
     const std::shared_ptr<const ControllerReport>& controllerReport() const
     {
         return controller_;
     }
-    std::size_t writesUnderWay() const;
-    bool hasLine() const; // open, or about to be
 
     void open(const LineSetup& setup, const simulator::SimulationOptions& controller = {});
     void close();
@@ -82,14 +96,17 @@ public:
     void setItems(const std::vector<Item>& items);
     void addItems(const std::vector<Item>& items);
     void removeItems(const std::vector<std::size_t>& places);
-    // How an item is written from now on; what is watched stays. Throws a UsageFailure where it
-    // does not fit.
-    void setFormat(std::size_t place, const Format& format);
     void setUnlocked(bool isUnlocked);
     // Of the own controller, until another line is opened.
     void setConditions(const simulator::Conditions& conditions);
     // One value from what a person typed. Throws a UsageFailure: nothing is written then.
     void write(const PanelValue& value, const std::string& text);
+    // Asks for the driver's plan with this merge gap. Throws a UsageFailure while something is
+    // written, which would have no outcome then.
+    void setGap(int gap);
+    // Throws a UsageFailure, with nothing done, unless this line is open, unlocked for a download,
+    // and moves no other recipe. recipeTold() tells of this number how it goes.
+    long long moveRecipe(int line, RecipeKind kind, const std::vector<RecipeEntry>& entries);
     // See LineThread::end().
     bool end();
 
@@ -101,24 +118,34 @@ signals:
     void tagsChanged();
     // Values or qualities of these addresses; standing and value are in the book.
     void valuesChanged(const std::vector<dov417::Address>& addresses);
+    // As they came, in their order: what is watched now, changed or not, as it was known then. The
+    // book has the last of each already.
+    void valuesCame(const std::vector<dov417::View>& views, dov417::Clock::time_point then);
     // In their order; notTold: so many before these were dropped.
     void framesPassed(const std::vector<dov417::Passed>& passed, long long notTold);
     // Another line: what passed on the one before is history.
     void lineBegan();
     void stateChanged();
     void writesChanged();
+    // The last one of a recipe has `hasEnded`.
+    void recipeTold(const dov417::RecipeNews& news);
+    void lineSetupChanged();
 
 private:
     void watch(const std::vector<Address>& addresses);
     void tellAllValues();
     void listen();
     void endWrite(const WriteOutcome& outcome);
+    void hearOfRecipe(const RecipeNews& news);
 
     const Library& library_;
     std::vector<Area> areas_;
     PanelTags tags_;
     ValueBook book_;
+    LineSetup setup_;
     LineState state_;
+    long long recipe_ = 0;         // under way
+    std::size_t recipeValues_ = 0; // of a download
     std::vector<PanelWrite> writes_;
     std::shared_ptr<const LinkStatistics> statistics_;
     std::shared_ptr<const ControllerReport> controller_;

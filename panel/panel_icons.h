@@ -10,7 +10,12 @@ enum class PanelIcon {
     start,
     values,
     lamps,
+    trends,
     line,
+    wire,
+    plan,
+    health,
+    recipes,
     faults
 };
 QIcon iconOf(PanelIcon icon);

@@ -9,6 +9,10 @@
 #include "live/line_setup.h"
 #include "session/items.h"
 
+namespace CLI {
+class App;
+}
+
 namespace dov417 {
 
 struct PanelOptions {
@@ -16,9 +20,15 @@ struct PanelOptions {
     std::string library; // empty: search
     ItemSource source;
     std::vector<std::string> addresses;
-    std::string project;  // file; instead of a line and tags
+    std::string project;  // file, with its line and tags; addresses are watched besides
     std::string pictures; // folder: of each page, then the program ends
 };
+
+// Texts and checks of all of them.
+void makePanelOptions(CLI::App& app, PanelOptions& options);
+
+// See writeManualPages().
+std::optional<int> writePanelManual(int argc, char** argv);
 
 // Nothing where the options said all that was to be said, or were wrong: it has been printed then,
 // and `code` is what the program ends with.

@@ -4,6 +4,11 @@ namespace dov417 {
 
 PanelPage::PanelPage(PanelDesk& desk) : desk_(desk) {}
 
+bool PanelPage::isBusy() const
+{
+    return false;
+}
+
 std::string PanelPage::settingsName() const
 {
     return {};

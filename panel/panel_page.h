@@ -23,6 +23,8 @@ public:
     // In the list of pages, where it stands with Alt and its letter.
     virtual QString title() const = 0;
     virtual QIcon icon() const = 0;
+    // What it shows is not what it will show in a moment, made elsewhere: no time for a picture.
+    virtual bool isBusy() const;
 
     // Its member in a project, which holds how it is arranged and never what it shows; empty: it
     // has none.

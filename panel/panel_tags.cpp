@@ -128,18 +128,8 @@ std::vector<Item> pastedItems(const Library& library, const std::string& text)
     if (rows.empty())
         return items;
     if (rows.front().fields.size() > 2) {
-        for (const Tag& tag : parseTags(library, text, named)) {
-            Item item = addressItem(library, toText(library, tag.address));
-            item.name = tag.name;
-            item.address = tag.address; // a format may make one value of several words
-            item.comment = tag.comment;
-            item.limits = tag.limits;
-            item.format = chosenFormat(tag.format, FormatChoice());
-            item.format.scaling = tag.scaling;
-            item.ofLimits = item.format;
-            items.push_back(item);
-        }
-        return items;
+        const std::vector<Tag> tags = parseTags(library, text, named);
+        return tags.empty() ? items : Items(library, tags).tagged(Access::read);
     }
     for (const Row& row : rows)
         try {

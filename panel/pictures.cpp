@@ -43,6 +43,9 @@ void takePictures(MainWindow& window, const QString& folder)
         for (const bool isDark : {false, true}) {
             QApplication::setPalette(isDark ? darkPalette() : before);
             QApplication::processEvents();
+            while (each->isBusy())
+                QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+            QApplication::processEvents();
             const QString file =
                 QStringLiteral("%1/%2-%3.png")
                     .arg(folder, each->title().toLower(),

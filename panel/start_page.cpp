@@ -1,6 +1,5 @@
 #include "panel/start_page.h"
 
-#include <QFileDialog>
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -11,7 +10,7 @@
 #include "link/network_address.h"
 #include "link/port_list.h"
 #include "panel/panel_icons.h"
-#include "panel/panel_project.h"
+#include "panel/recent_projects.h"
 #include "panel/state_words.h"
 
 namespace dov417 {
@@ -42,6 +41,9 @@ const TrialTag trialTags[] = {
     {"valves", "M_bit:1.0..1.15", "", 1, -1, "stay as they are written"},
     {"timer", "T:5", "s", 0.1, 1, "runs, and begins anew"},
     {"parts", "C:0", "", 1, -1, "counts up"},
+    {"fan.temperature", "2/R_W:34", "\u00b0C", 0.01, 1, "a sine of 30 s, of station 2"},
+    {"fan.pressure", "2/R_W:66", "mbar", 0.1, 1, "a random walk, of station 2"},
+    {"pump.flow", "3/R_W:67", "l/min", 0.01, 1, "a random walk, of station 3"},
 };
 
 const QStringList usualWires = {QStringLiteral("9600,8,EVEN,1"),   QStringLiteral("19200,8,EVEN,1"),
@@ -73,9 +75,10 @@ std::vector<Item> trialItems(const Library& library)
     return items;
 }
 
-StartPage::StartPage(PanelDesk& desk)
-    : PanelPage(desk), port_(new QLineEdit), wire_(new QComboBox), ports_(new QTreeWidget),
-      recent_(new QListWidget), open_(new QPushButton(tr("&Open for reading"))),
+StartPage::StartPage(PanelDesk& desk, ProjectDocument& document, ProjectActions& actions)
+    : PanelPage(desk), document_(document), actions_(actions), port_(new QLineEdit),
+      wire_(new QComboBox), ports_(new QTreeWidget), recent_(new QListWidget),
+      open_(new QPushButton(tr("&Open for reading"))),
       close_(new QPushButton(tr("&Close the line"))), verdict_(new QLabel)
 {
     auto* const rows = new QVBoxLayout(this);
@@ -88,9 +91,11 @@ StartPage::StartPage(PanelDesk& desk)
     rows->addWidget(makeLine(), 2);
     rows->addWidget(makeProject(), 1);
     connect(&desk, &PanelDesk::stateChanged, this, [this]() { showState(); });
+    connect(&document, &ProjectDocument::changed, this, [this]() { showLine(); });
     listAllPorts();
     listRecent();
     showState();
+    showLine();
 }
 
 QString StartPage::title() const
@@ -141,7 +146,6 @@ QWidget* StartPage::makeLine()
     wire_->setEditable(true);
     wire_->setObjectName(QStringLiteral("wire"));
     wire_->addItems(usualWires);
-    wire_->setCurrentText(QString::fromStdString(defaultLine(desk_.library())));
     wire_->setToolTip(tr("Baud rate, data bits, parity, stop bits; over a network it has no part"));
     form->addRow(tr("Line &settings:"), wire_);
     auto* const buttons = new QHBoxLayout;
@@ -150,6 +154,9 @@ QWidget* StartPage::makeLine()
     close_->setObjectName(QStringLiteral("close"));
     buttons->addWidget(open_);
     buttons->addWidget(close_);
+    auto* const more = new QPushButton(tr("&More settings \u2026"));
+    more->setObjectName(QStringLiteral("moreSettings"));
+    buttons->addWidget(more);
     buttons->addStretch(1);
     buttons->addWidget(again);
     auto* const hint = new QLabel(tr("A line is opened for reading: nothing is written to a "
@@ -162,6 +169,7 @@ QWidget* StartPage::makeLine()
     rows->addWidget(verdict_);
     rows->addLayout(buttons);
     rows->addWidget(hint);
+    connect(more, &QPushButton::clicked, this, [this]() { actions_.editLine(); });
     connect(again, &QPushButton::clicked, this, [this]() { listAllPorts(); });
     connect(open_, &QPushButton::clicked, this, [this]() { openLine(); });
     connect(port_, &QLineEdit::returnPressed, this, [this]() { openLine(); });
@@ -179,14 +187,10 @@ QWidget* StartPage::makeProject()
     recent_->setAccessibleName(tr("Projects that were opened last"));
     row->addWidget(choose, 0, Qt::AlignTop);
     row->addWidget(recent_, 1);
-    connect(choose, &QPushButton::clicked, this, [this]() {
-        const QString file = QFileDialog::getOpenFileName(this, tr("Open a project"), QString(),
-                                                          tr("Projects (*.json);;All files (*)"));
-        if (!file.isEmpty())
-            openFile(file);
-    });
+    connect(choose, &QPushButton::clicked, this, [this]() { actions_.chooseAndOpen(); });
     connect(recent_, &QListWidget::itemActivated, this,
-            [this](const QListWidgetItem* item) { openFile(item->text()); });
+            [this](const QListWidgetItem* item) { actions_.open(item->text()); });
+    connect(&document_, &ProjectDocument::changed, this, [this]() { listRecent(); });
     return box;
 }
 
@@ -198,19 +202,6 @@ void StartPage::listRecent()
         return;
     auto* const none = new QListWidgetItem(tr("No project was opened here yet."), recent_);
     none->setFlags(Qt::NoItemFlags);
-}
-
-void StartPage::openFile(const QString& file)
-{
-    try {
-        openProject(desk_, file.toStdString());
-    } catch (const Failure& failure) {
-        emit told(QString::fromUtf8(failure.what()));
-        return;
-    }
-    emit told(QString());
-    listRecent();
-    emit opened();
 }
 
 void StartPage::listAllPorts()
@@ -236,14 +227,14 @@ void StartPage::openTrial()
 {
     LineSetup setup;
     setup.simulated = true;
-    desk_.setItems(trialItems(desk_.library()));
-    desk_.open(setup);
-    emit opened();
+    if (actions_.begin(trialItems(desk_.library()), setup))
+        emit actions_.opened();
 }
 
 void StartPage::openLine()
 {
-    LineSetup setup;
+    LineSetup setup = document_.line();
+    setup.simulated = false;
     setup.port = port_->text().trimmed().toStdString();
     setup.line = wire_->currentText().trimmed().toStdString();
     verdict_->clear();
@@ -257,8 +248,27 @@ void StartPage::openLine()
                           QString::fromUtf8(failure.what()));
         return;
     }
-    desk_.open(setup);
-    emit opened();
+    if (!actions_.mayCloseLine())
+        return;
+    document_.setLine(setup);
+    document_.openLine();
+    emit actions_.opened();
+}
+
+// As the project has it. What is being typed stays until that is different.
+void StartPage::showLine()
+{
+    const LineSetup& line = document_.line();
+    const auto wire =
+        QString::fromStdString(line.line.empty() ? defaultLine(desk_.library()) : line.line);
+    const auto port = QString::fromStdString(line.port);
+    if (isLineShown_ && port == shownPort_ && wire == shownWire_)
+        return;
+    isLineShown_ = true;
+    shownPort_ = port;
+    shownWire_ = wire;
+    port_->setText(port);
+    wire_->setCurrentText(wire);
 }
 
 void StartPage::showState()

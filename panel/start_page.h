@@ -9,7 +9,7 @@
 #include <QPushButton>
 #include <QTreeWidget>
 
-#include "panel/panel_page.h"
+#include "panel/project_actions.h"
 
 namespace dov417 {
 
@@ -20,13 +20,11 @@ class StartPage : public PanelPage {
     Q_OBJECT
 
 public:
-    explicit StartPage(PanelDesk& desk);
+    // Document and actions are to outlive it.
+    StartPage(PanelDesk& desk, ProjectDocument& document, ProjectActions& actions);
 
     QString title() const override;
     QIcon icon() const override;
-
-signals:
-    void opened();
 
 private:
     QWidget* makeTrial();
@@ -35,10 +33,15 @@ private:
     void listAllPorts();
     void openTrial();
     void openLine();
-    void openFile(const QString& file);
     void listRecent();
     void showState();
+    void showLine();
 
+    ProjectDocument& document_;
+    ProjectActions& actions_;
+    bool isLineShown_ = false;
+    QString shownPort_; // of the project
+    QString shownWire_;
     QLineEdit* const port_;
     QComboBox* const wire_;
     QTreeWidget* const ports_;

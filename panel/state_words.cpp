@@ -88,7 +88,10 @@ QString lineSentence(const LineState& state, bool isSilent)
     case LinePhase::away:
         return StateTexts::tr("%1; it goes on as soon as the port is back.").arg(reason);
     case LinePhase::refused:
-        return StateTexts::tr("The line could not be opened: %1").arg(reason);
+        return StateTexts::tr(
+                   "The line could not be opened: %1. The start page opens it again, and "
+                   "lists who uses each port.")
+            .arg(reason);
     case LinePhase::open:
         break;
     }

@@ -9,6 +9,7 @@
 #include <QSplitter>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <array>
 #include <set>
 
 #include "panel/add_bar.h"
@@ -22,6 +23,8 @@ namespace dov417 {
 namespace {
 
 constexpr int agePauseMs = 500;
+const char* const groupingMember = "grouping";
+const std::array<const char*, 3> groupingNames = {"none", "station", "area"};
 
 QShortcut* shortcutOf(const QKeySequence& keys, QWidget* widget)
 {
@@ -79,6 +82,31 @@ QIcon ValuesPage::icon() const
     return iconOf(PanelIcon::values);
 }
 
+// ---- what a project keeps of it -----------------------------------------------------------------
+
+std::string ValuesPage::settingsName() const
+{
+    return "values";
+}
+
+OrderedJson ValuesPage::settings() const
+{
+    return {
+        {groupingMember, groupingNames.at(static_cast<std::size_t>(grouping_->currentIndex()))}};
+}
+
+std::function<void()> ValuesPage::prepared(const OrderedJson& settings)
+{
+    const OrderedJson wish = settings.value(groupingMember, OrderedJson(groupingNames.front()));
+    const auto name = std::find(groupingNames.begin(), groupingNames.end(), wish);
+    if (name == groupingNames.end())
+        throw UsageFailure(std::string(groupingMember) + ": there are none, station, area");
+    const auto index = static_cast<int>(name - groupingNames.begin());
+    return [this, index]() { grouping_->setCurrentIndex(index); };
+}
+
+// ---- its parts ----------------------------------------------------------------------------------
+
 void ValuesPage::makeTable()
 {
     filter_.setSourceModel(&model_);
@@ -132,6 +160,7 @@ QWidget* ValuesPage::makeTools()
     connect(grouping_, QOverload<int>::of(&QComboBox::currentIndexChanged), this, [this](int how) {
         filter_.setGrouping(static_cast<Grouping>(how));
         table_->verticalHeader()->setVisible(how != 0);
+        emit settingsChanged();
     });
     connect(write_, &QPushButton::clicked, this, [this]() { writeChosen(); });
     connect(remove_, &QPushButton::clicked, this, [this]() { removeChosen(); });
@@ -202,6 +231,12 @@ void ValuesPage::showMenu(const QPoint& place)
             formats->addAction(QString::fromStdString(name), this,
                                [this, name]() { chooseFormat(QString::fromStdString(name)); });
     }
+    menu.addAction(tr("Show in &trends"), this, [this]() {
+        std::vector<Address> addresses;
+        for (const PanelValue& each : chosenValues())
+            addresses.push_back(each.address);
+        emit trendsAsked(addresses);
+    });
     menu.addAction(tr("&Remove"), this, [this]() { removeChosen(); });
     menu.exec(table_->viewport()->mapToGlobal(place));
 }
@@ -211,18 +246,20 @@ void ValuesPage::chooseFormat(const QString& name)
     std::set<std::size_t> places;
     for (const PanelValue& value : chosenValues())
         places.insert(value.place);
-    for (const std::size_t place : places) {
-        const Item item = desk_.tags().items.at(place);
-        Format format = item.format;
-        format.notation = *parseFormat(name.toStdString()).notation;
-        format.scaling = isNumber(format.notation) ? item.ofLimits.scaling : Scaling();
-        try {
-            desk_.setFormat(place, format);
-        } catch (const Failure& failure) {
-            emit told(QString::fromUtf8(failure.what()));
-            return;
+    std::vector<Item> items = desk_.tags().items; // all or none of them
+    try {
+        for (const std::size_t place : places) {
+            Item& item = items.at(place);
+            item.format.notation = *parseFormat(name.toStdString()).notation;
+            item.format.scaling =
+                isNumber(item.format.notation) ? item.ofLimits.scaling : Scaling();
+            requireFormat(item.address.width, item.format);
         }
+    } catch (const Failure& failure) {
+        emit told(QString::fromUtf8(failure.what()));
+        return;
     }
+    desk_.setItems(items);
 }
 
 void ValuesPage::writeChosen()

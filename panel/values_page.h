@@ -23,6 +23,13 @@ public:
 
     QString title() const override;
     QIcon icon() const override;
+    std::string settingsName() const override;
+    OrderedJson settings() const override;
+    std::function<void()> prepared(const OrderedJson& settings) override;
+
+signals:
+    // These are to be seen over time.
+    void trendsAsked(const std::vector<dov417::Address>& addresses);
 
 private:
     void makeTable();

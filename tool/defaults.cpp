@@ -10,6 +10,7 @@
 #include "link/network_address.h"
 #include "live/line_members.h"
 #include "live/project.h"
+#include "tool/own_files.h"
 
 namespace dov417 {
 
@@ -156,6 +157,7 @@ void addDefaults(CLI::App& command, const DefaultTargets& targets, Action& chose
         filler.fillFromEnvironment();
         if (!file->empty())
             filler.fillFrom(*file);
+        requireOwnFiles(command, targets.tags ? *targets.tags : std::string(), *file);
     });
 }
 

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "text/json_value.h"
+#include "tool/defaults.h"
 
 namespace dov417 {
 
@@ -15,6 +16,21 @@ std::string nameOf(const CLI::App& command)
     const CLI::App* const parent = command.get_parent();
     const bool isBelowAnother = parent && parent->get_parent();
     return (isBelowAnother ? parent->get_name() + " " : "") + command.get_name();
+}
+
+// With its origins; what goes to the output has it, too.
+std::string failureText(const std::exception& failure, const Action& chosen)
+{
+    std::string text = withOrigins(failure.what(), chosen.origins);
+    if (!chosen.json.empty())
+        sayJson({{"failure", text}});
+    return text;
+}
+
+void sayJsonHead(const Action& chosen)
+{
+    if (!chosen.json.empty())
+        sayJson({{"version", DOV417_VERSION}, {"command", chosen.json}});
 }
 
 } // namespace
@@ -35,10 +51,16 @@ CLI::Option* addJsonFlag(CLI::App& command, Action& chosen, bool& wanted)
     return addJsonFlag(command, chosen, [&wanted]() { wanted = true; });
 }
 
-void sayJsonHead(const Action& chosen)
+int runChosen(const Action& chosen)
 {
-    if (!chosen.json.empty())
-        sayJson({{"version", DOV417_VERSION}, {"command", chosen.json}});
+    sayJsonHead(chosen);
+    try {
+        return chosen();
+    } catch (const UsageFailure& failure) {
+        throw UsageFailure(failureText(failure, chosen));
+    } catch (const std::exception& failure) {
+        throw Failure(failureText(failure, chosen));
+    }
 }
 
 void sayJson(const OutputJson& object)

@@ -18,13 +18,14 @@ namespace dov417 {
 
 using OutputJson = nlohmann::ordered_json;
 
-// Adds --json, which calls wanted(). The standard output has nothing else then: main() prints the
-// object that begins it, and what an exception tells.
+// Adds --json, which calls wanted(). The standard output has nothing else then: runChosen()
+// prints the object that begins it, and what an exception tells.
 CLI::Option* addJsonFlag(CLI::App& command, Action& chosen, std::function<void()> wanted);
 CLI::Option* addJsonFlag(CLI::App& command, Action& chosen, bool& wanted);
 
-// What begins it, if it is JSON.
-void sayJsonHead(const Action& chosen);
+// Does what the command line asks for, and returns what the program ends with. Throws what that
+// throws, as a Failure or a UsageFailure that says where the settings in its message came from.
+int runChosen(const Action& chosen);
 void sayJson(const OutputJson& object);
 
 // Values under `key`, and what is no number in JSON as hex digits beside it: "values": [null],

@@ -1,6 +1,7 @@
 #include "tool/line_source.h"
 
 #include "tool/defaults.h"
+#include "tool/own_files.h"
 
 namespace dov417 {
 
@@ -33,6 +34,8 @@ void addLineUse(CLI::App& command, LineOptions& line, ItemOptions& items, Action
 {
     if (shared) {
         items.source = *shared->shared();
+        command.parse_complete_callback(
+            [&command, tags = items.source.tags]() { requireOwnFiles(command, tags, ""); });
         return;
     }
     addLineOptions(command, line);

@@ -10,36 +10,16 @@
 #include "driver/debug_lines.h"
 #include "line/failure.h"
 #include "live/child_program.h"
+#include "live/manual_pages.h"
 #include "tool/commands.h"
 #include "tool/defaults.h"
 #include "tool/json_output.h"
-#include "tool/manual_pages.h"
 
 namespace dov417 {
 
 namespace {
 
 constexpr std::size_t outputBuffer = 65536; // longer than a line
-
-std::string told(const std::exception& failure, const Action& chosen)
-{
-    std::string text = withOrigins(failure.what(), chosen.origins);
-    if (!chosen.json.empty())
-        sayJson({{"failure", text}});
-    return text;
-}
-
-int runChosen(const Action& chosen)
-{
-    sayJsonHead(chosen);
-    try {
-        return chosen();
-    } catch (const UsageFailure& failure) {
-        throw UsageFailure(told(failure, chosen));
-    } catch (const std::exception& failure) {
-        throw Failure(told(failure, chosen));
-    }
-}
 
 int runCommandLine(int argc, char** argv)
 {
@@ -81,8 +61,11 @@ int runCommandLine(int argc, char** argv)
         if (argc > 1 && argv[1][0] != '-' && app.get_subcommands().empty())
             throw UsageFailure(std::string("there is no command '") + argv[1] +
                                "'; dov417 --help lists them");
-        // --help and --version come this way too.
-        return app.exit(error) == 0 ? exitDone : exitUsage;
+        if (error.get_exit_code() != 0)
+            throw UsageFailure(std::string(error.what()) +
+                               "\nRun with --help for more information.");
+        app.exit(error); // --help and --version come this way too
+        return exitDone;
     }
     if (!chosen) {
         std::fprintf(stderr, "%s", app.help().c_str());

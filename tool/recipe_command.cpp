@@ -59,7 +59,6 @@ int runUpload(LineSource& line, const RecipeOptions& options)
     requireTags(options);
     if (options.json && isStandard(options.file))
         throw UsageFailure("--json and the file - both want the standard output");
-    requireOtherFile(options.items.source, options.file);
     const Library& library = line.library();
     std::vector<RecipeEntry> entries;
     for (const Item& item : Items(library, options.items.source).tagged(Access::read))

@@ -198,9 +198,8 @@ int Shell::execute(const std::vector<std::string>& words)
     } catch (const CLI::ParseError& error) {
         throw UsageFailure(error.what());
     }
-    sayJsonHead(chosen);
     if (chosen)
-        return chosen();
+        return runChosen(chosen);
     for (const CLI::App* each : app.get_subcommands([](const CLI::App*) { return true; }))
         std::printf("%-8s%s\n", each->get_name().c_str(), each->get_description().c_str());
     return exitDone;

@@ -27,7 +27,6 @@ int runWatch(LineSource& line, const WatchOptions& options)
 {
     if (options.json && options.csv.name == "-")
         throw UsageFailure("--json and --csv - both want the standard output");
-    requireOtherFile(options.items.source, options.csv.name);
     const Library& library = line.library();
     const std::vector<Item> items =
         Items(library, options.items.source).chosen(options.items.arguments, Access::read);

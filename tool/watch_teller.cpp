@@ -9,6 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include "line/failure.h"
+#include "line/line_log.h"
 #include "text/characters.h"
 #include "text/json_value.h"
 #include "tool/live_command.h"
@@ -42,6 +43,11 @@ std::string timeText()
     const std::size_t length = std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &local);
     std::snprintf(text + length, sizeof text - length, ".%03lld", static_cast<long long>(millis));
     return text;
+}
+
+std::string jsonTime()
+{
+    return logTimeText(logTime(Clock::now()));
 }
 
 std::string qualityWord(Quality quality)
@@ -116,7 +122,7 @@ void WatchTeller::tellInJson(const ViewChange& change, const ViewLabel& label,
 {
     const View& view = change.view;
     nlohmann::ordered_json object = {
-        {"time", timeText()}, {"name", label.name}, {"address", label.address}};
+        {"time", jsonTime()}, {"name", label.name}, {"address", label.address}};
     if (view.hasValue) {
         object["value"] = jsonValue(value);
         if (!label.format.scaling.unit.empty())
@@ -153,7 +159,7 @@ void WatchTeller::tellAbandoned(const std::string& request, const std::string& r
              times == 1 ? text : text + " (" + std::to_string(times) + " times)");
     } else if (isNews && json_) {
         const nlohmann::ordered_json object = {
-            {"time", timeText()}, {"abandoned", request}, {"why", keyOf(why)}, {"reason", reason}};
+            {"time", jsonTime()}, {"abandoned", request}, {"why", keyOf(why)}, {"reason", reason}};
         say(object.dump());
     } else if (isNews) {
         std::fprintf(stderr, "%s %s\n", timeText().c_str(), text.c_str());
@@ -173,7 +179,7 @@ void WatchTeller::tellPort(bool open, const std::string& message)
 void WatchTeller::tellNotice(const std::string& text)
 {
     if (json_)
-        say(nlohmann::ordered_json{{"time", timeText()}, {"notice", text}}.dump());
+        say(nlohmann::ordered_json{{"time", jsonTime()}, {"notice", text}}.dump());
     if (!hasScreen_)
         return;
     show(text, text);
@@ -198,7 +204,7 @@ void WatchTeller::tellUnsaid()
     std::vector<std::pair<std::string, std::string>> lines;
     for (const Trouble& each : troubles_.unsaid()) {
         if (json_)
-            say(nlohmann::ordered_json{{"time", timeText()},
+            say(nlohmann::ordered_json{{"time", jsonTime()},
                                        {"abandoned", each.what},
                                        {"why", keyOf(each.why)},
                                        {"reason", each.reason},

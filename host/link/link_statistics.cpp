@@ -9,8 +9,6 @@ namespace dov417 {
 
 namespace {
 
-constexpr long long microsPerBin = 100;
-
 std::string text(const char* format, double value)
 {
     char buffer[64];
@@ -99,7 +97,7 @@ void Durations::add(Micros duration)
 {
     minimum_ = count_ == 0 ? duration : std::min(minimum_, duration);
     maximum_ = std::max(maximum_, duration);
-    ++counts_[(duration.count() + microsPerBin / 2) / microsPerBin];
+    ++counts_[(duration + binWidth / 2) / binWidth];
     ++count_;
 }
 
@@ -119,7 +117,7 @@ Micros Durations::median() const
     for (const auto& [bin, times] : counts_) {
         below += times;
         if (2 * below >= count_)
-            return Micros(bin * microsPerBin);
+            return bin * binWidth;
     }
     return Micros(0);
 }
@@ -139,9 +137,25 @@ long long RequestCounters::badFor(Reason reason) const
     return bad.at(static_cast<std::size_t>(reason));
 }
 
+void RequestCounters::add(const RequestCounters& other)
+{
+    sent += other.sent;
+    good += other.good;
+    for (std::size_t reason = 0; reason < bad.size(); ++reason)
+        bad.at(reason) += other.bad.at(reason);
+    retries += other.retries;
+    abandoned += other.abandoned;
+    forgotten += other.forgotten;
+    parts += other.parts;
+    notAsked += other.notAsked;
+    for (const auto& [code, times] : other.exceptions)
+        exceptions[code] += times;
+}
+
 void LinkStatistics::add(const Transmission& transmission)
 {
     RequestCounters& counters = of(transmission.name());
+    counters.station = transmission.request.station;
     if (transmission.isLocal) {
         if (!transmission.repeats) { // else it was a probe, and is counted as that
             ++counters.notAsked;
@@ -188,19 +202,8 @@ RequestCounters& LinkStatistics::of(const std::string& request)
 RequestCounters LinkStatistics::total() const
 {
     RequestCounters sum;
-    for (const auto& [name, counters] : requests) {
-        sum.sent += counters.sent;
-        sum.good += counters.good;
-        for (std::size_t reason = 0; reason < sum.bad.size(); ++reason)
-            sum.bad.at(reason) += counters.bad.at(reason);
-        sum.retries += counters.retries;
-        sum.abandoned += counters.abandoned;
-        sum.forgotten += counters.forgotten;
-        sum.parts += counters.parts;
-        sum.notAsked += counters.notAsked;
-        for (const auto& [code, times] : counters.exceptions)
-            sum.exceptions[code] += times;
-    }
+    for (const auto& [name, counters] : requests)
+        sum.add(counters);
     return sum;
 }
 

@@ -15,6 +15,7 @@
 namespace dov417 {
 
 struct RequestCounters {
+    int station = 0;
     long long sent = 0;
     long long good = 0;
     std::array<long long, reasonCount> bad{}; // indexed by Reason
@@ -29,12 +30,22 @@ struct RequestCounters {
 
     long long& badFor(Reason reason);
     long long badFor(Reason reason) const;
+    // Counts of the other on top; what its texts say and of which station it is, it does not take.
+    void add(const RequestCounters& other);
 };
 
 // Durations, counted in tenths of a millisecond: enough for a median over days.
 class Durations {
 public:
+    static constexpr Micros binWidth{100};
+
     void add(Micros duration);
+    // How often each came, by the number of the bin: those up to half a width off n widths are in
+    // n.
+    const std::map<long long, long long>& bins() const
+    {
+        return counts_;
+    }
     long long count() const;
     Micros minimum() const;
     Micros median() const;

@@ -28,6 +28,9 @@ QString whyNotOpened(const QString& device, const QString& systemText)
                                               "and a new login let you in")
                                    .arg(QString::fromStdString(group));
     }
+    if (const QFileInfo file(device); file.isFile() || file.isDir())
+        return QStringLiteral("%1 is a %2, not a serial port")
+            .arg(device, file.isDir() ? QStringLiteral("folder") : QStringLiteral("file"));
     return QStringLiteral("port %1 cannot be used: %2").arg(device, systemText);
 }
 

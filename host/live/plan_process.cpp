@@ -44,7 +44,7 @@ using nlohmann::json;
 
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Address, station, regName, width, first, length)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(PlanOrder, library, addresses, format, responseTime, gap,
-                                   maxRegisters)
+                                   maxRegisters, stationMaxRegisters)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(PlannedPart, address, length, bytes, replyLength, time)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(PlannedRequest, station, regName, address, length, bytes,
                                    replyLength, time, parts)
@@ -64,7 +64,7 @@ PlanReport planned(const PlanOrder& order)
 {
     const Library library(order.library);
     const Planner planner(library, order.addresses, order.format, order.responseTime,
-                          order.maxRegisters);
+                          order.maxRegisters, order.stationMaxRegisters);
     PlanReport report;
     report.plan = planner.plan(order.gap);
     report.uncovered = planner.uncovered(report.plan);

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,7 @@ struct PlanOrder {
     std::chrono::microseconds responseTime{0}; // what a controller takes before it answers
     int gap = 0;                               // words
     int maxRegisters = noMaximum;              // in one request, 16 coils for each
+    std::map<int, int> stationMaxRegisters;    // the same of stations that have their own
 };
 
 // What a Planner says.

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <filesystem>
 
 #include "session/pieces.h"
 #include "text/address_values.h"
@@ -17,6 +16,10 @@ Items::Items(const Library& library, const ItemSource& source)
         format_.order = parseWordOrder(source.wordOrder);
     if (!source.tags.empty())
         tags_ = readTags(library, source.tags);
+}
+
+Items::Items(const Library& library, const std::vector<Tag>& tags) : library_(library), tags_(tags)
+{
 }
 
 namespace {
@@ -121,13 +124,6 @@ void requireWithinLimits(const Item& item, const std::vector<unsigned char>& byt
                            "': " + (isAbove ? "above the maximum, " : "below the minimum, ") +
                            limitText(isAbove ? *limits.max : *limits.min));
     }
-}
-
-void requireOtherFile(const ItemSource& source, const std::string& written)
-{
-    std::error_code isMissing;
-    if (!source.tags.empty() && std::filesystem::equivalent(source.tags, written, isMissing))
-        throw UsageFailure(written + " has the tags; name another file, as this one would be lost");
 }
 
 std::string whyNotFound(const Library& library, const std::string& text, const std::string& tagFile)

@@ -32,9 +32,6 @@ struct ItemSource {
     std::string wordOrder; // of 32-bit values
 };
 
-// Throws a UsageFailure where this file, which is to be written, is the one that has the tags.
-void requireOtherFile(const ItemSource& source, const std::string& written);
-
 // Why a text without a colon names nothing; empty where it may be an address.
 std::string whyNotFound(const Library& library, const std::string& text,
                         const std::string& tagFile);
@@ -44,6 +41,8 @@ class Items {
 public:
     // Throws a UsageFailure if a text of the source is wrong.
     Items(const Library& library, const ItemSource& source);
+    // Of tags that were read already, by whatever way; they stand in a file.
+    Items(const Library& library, const std::vector<Tag>& tags);
 
     // A tag name, one of its values as in "block[2]", or an address, each with "@FORMAT" appended
     // if it is to have a format of its own. Throws a UsageFailure.

@@ -96,12 +96,18 @@ RecipeEntry entryOf(const Item& item, const Json& values)
 
 std::vector<RecipeEntry> readRecipe(const std::string& file, const Items& items)
 {
+    return readRecipe(file,
+                      [&items](const std::string& name) { return items.find(name, Access::read); });
+}
+
+std::vector<RecipeEntry> readRecipe(const std::string& file, const FindItem& find)
+{
     std::vector<RecipeEntry> entries;
     const std::string inFile = file + ": ";
     const Json json = parseFile(file);
     for (const auto& [name, values] : json.items()) {
         try {
-            entries.push_back(entryOf(items.find(name, Access::read), values));
+            entries.push_back(entryOf(find(name), values));
         } catch (const UsageFailure& failure) {
             throw UsageFailure(inFile + name + ": " + failure.what());
         }

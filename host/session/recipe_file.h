@@ -4,6 +4,7 @@
 #ifndef DOV417_SESSION_RECIPE_FILE_H
 #define DOV417_SESSION_RECIPE_FILE_H
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,9 @@ namespace dov417 {
 // The entries that the file names, in its order; - is the standard input. Throws a UsageFailure
 // that names the file, and the tag or the place, of the first mistake.
 std::vector<RecipeEntry> readRecipe(const std::string& file, const Items& items);
+// The same where names are looked up elsewhere; `find` throws a UsageFailure where it knows none.
+using FindItem = std::function<Item(const std::string& name)>;
+std::vector<RecipeEntry> readRecipe(const std::string& file, const FindItem& find);
 
 // Throws a Failure if the file cannot be written; an older file is then left as it was. - is the
 // standard output.

@@ -168,6 +168,7 @@ void Views::giveUp(const Request& request)
         if (view.isOld || !view.hasValue)
             return;
         view.isOld = true;
+        ++view.lapses;
         changed(index, false);
     });
 }
@@ -221,6 +222,7 @@ void Views::makeOld()
         if (!views_.at(i).hasValue || views_.at(i).isOld)
             continue;
         views_.at(i).isOld = true;
+        ++views_.at(i).lapses;
         changed(i, false);
     }
 }
@@ -238,6 +240,7 @@ void Views::forget(std::size_t index)
     View fresh;
     fresh.address = view.address;
     fresh.writes = view.writes;
+    fresh.lapses = view.lapses + (view.hasValue && !view.isOld ? 1 : 0);
     fresh.value.resize(view.value.size());
     const bool had = view.hasValue;
     view = fresh;

@@ -35,6 +35,7 @@ struct View {
     ValueBytes value;
     ValueBytes previous;
     long long changes = 0;
+    long long lapses = 0;         // how often it ceased to be good, whoever was told of that or not
     Clock::time_point lastGood{}; // last confirmed by the controller
     Clock::time_point lastChange{};
 

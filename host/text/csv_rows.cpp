@@ -106,12 +106,32 @@ std::string withoutByteOrderMark(const std::string& text)
     return text.compare(0, mark.size(), mark) == 0 ? text.substr(mark.size()) : text;
 }
 
+// As some spreadsheets write it above the header, and read it: "sep=;".
+const char* const delimiterName = "sep=";
+constexpr std::size_t delimiterNameLength = 4;
+
+bool namesItsDelimiter(const std::string& text)
+{
+    return text.compare(0, delimiterNameLength, delimiterName) == 0 &&
+           text.find_first_of("\r\n", delimiterNameLength) == delimiterNameLength + 1;
+}
+
+bool isUtf16(const std::string& text)
+{
+    return text.compare(0, 2, "\xFF\xFE") == 0 || text.compare(0, 2, "\xFE\xFF") == 0;
+}
+
 } // namespace
 
 CsvRows csvRows(const std::string& text, const std::string& file)
 {
-    const std::string content = withoutByteOrderMark(text);
-    const char delimiter = delimiterOf(content);
+    if (isUtf16(text))
+        Place{file, 1}.refuse("this is UTF-16; save it as CSV in UTF-8");
+    std::string content = withoutByteOrderMark(text);
+    const bool isNamed = namesItsDelimiter(content);
+    const char delimiter = isNamed ? content.at(delimiterNameLength) : delimiterOf(content);
+    if (isNamed)
+        content.insert(content.begin(), '#'); // no row, and yet a line
     return {Parser(delimiter).rows(content, Place{file, 1}), delimiter};
 }
 

@@ -28,6 +28,13 @@ std::optional<double> decimal(const std::string& text)
     return number;
 }
 
+// "12,5", as many languages write it, is not to be taken for 12.
+[[noreturn]] void refuseNumber(const std::string& text)
+{
+    const bool hasComma = text.find(',') != std::string::npos;
+    refuse(text, hasComma ? "not a number; a number has a point, not a comma" : "not a number");
+}
+
 struct Digits {
     std::string text;
     int base = 10;
@@ -60,8 +67,11 @@ std::uint64_t integer(const std::string& text, int base, std::uint64_t deepest,
     const char* begin = digits.text.data();
     const char* end = begin + digits.text.size();
     const auto [stop, error] = std::from_chars(begin, end, magnitude, digits.base);
-    if (stop != end || error == std::errc::invalid_argument)
-        refuse(text, digits.base != 2 && decimal(text) ? "not a whole number" : "not a number");
+    if (stop != end || error == std::errc::invalid_argument) {
+        if (digits.base != 2 && decimal(text))
+            refuse(text, "not a whole number");
+        refuseNumber(text);
+    }
     if (error != std::errc() || magnitude > (digits.negative ? deepest : highest))
         refuse(text, "out of range, " + std::string(deepest > 0 ? "-" : "") +
                          std::to_string(deepest) + " to " + std::to_string(highest));
@@ -97,7 +107,7 @@ Number floating(const std::string& text, const std::string& tooLarge)
     const char* end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, number);
     if (stop != end || error == std::errc::invalid_argument)
-        refuse(text, "not a number");
+        refuseNumber(text);
     if (error != std::errc() || !std::isfinite(number))
         refuse(text, tooLarge);
     return number;
@@ -117,7 +127,7 @@ std::uint64_t scaledValue(const std::string& written, Width width, const Format&
 {
     const std::optional<double> number = decimal(written);
     if (!number || !std::isfinite(*number))
-        refuse(written, "not a number");
+        refuseNumber(written);
     const double plain = (*number - format.scaling.offset) / format.scaling.scale;
     const auto readsBack = [&](std::uint64_t raw) {
         return decimal(rawText(raw, width, format)) == number;

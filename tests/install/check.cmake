@@ -74,6 +74,21 @@ if(TOOL)
   endif()
 endif()
 
+if(PANEL)
+  foreach(file bin/dov417-panel share/man/man1/dov417-panel.1.gz share/applications/dov417-panel.desktop
+      share/icons/hicolor/scalable/apps/dov417-panel.svg share/metainfo/org.dov417.panel.metainfo.xml)
+    if(NOT EXISTS ${moved}/${file})
+      message(FATAL_ERROR "the panel's ${file} was not installed")
+    endif()
+  endforeach()
+  run(gzip --decompress --stdout ${moved}/share/man/man1/dov417-panel.1.gz)
+  foreach(text simulated "SYNOPSIS\ndov417.-panel .OPTION" "dov417 ${VERSION}")
+    if(NOT out MATCHES "${text}")
+      message(FATAL_ERROR "the panel's manual page lacks ${text}")
+    endif()
+  endforeach()
+endif()
+
 # ... what pkg-config says there, which knows the directories of the machine it runs on only.
 if(NOT CMAKE_TOOLCHAIN_FILE AND NOT QT STREQUAL "4")
   set(ENV{PKG_CONFIG_PATH} ${moved}/${LIBDIR}/pkgconfig)

@@ -124,6 +124,34 @@ TEST_F(LineInAThread, WritesNothingThatWasMeantForAnotherLine)
     EXPECT_EQ(heldBy(second), 0);
 }
 
+TEST_F(LineInAThread, MovesNoRecipeThatWasMeantForAnotherLineOrIsLocked)
+{
+    std::map<long long, std::string> ends;
+    QObject::connect(&line, &LineThread::recipeTold, &line, [&ends](const RecipeNews& news) {
+        if (news.hasEnded)
+            ends[news.number] = news.problems.empty() ? "moved" : news.problems.front();
+    });
+    RecipeEntry entry;
+    entry.item.address = registerAt(100);
+    entry.data = {33, 0};
+    open({registerAt(100)});
+    const auto first = std::move(controller);
+    options.dumpFile = folder.filePath("second").toStdString();
+    open({registerAt(100)});
+    line.setUnlocked(true);
+    const long long other = line.moveRecipe(line.line() - 1, RecipeKind::download, {entry});
+    line.setUnlocked(false);
+    const long long locked = line.moveRecipe(line.line(), RecipeKind::download, {entry});
+    const long long read = line.moveRecipe(line.line(), RecipeKind::read, {entry});
+    EXPECT_TRUE(waitUntil([&ends]() { return ends.size() == 3; }));
+    EXPECT_EQ(ends[other], "another line was opened meanwhile");
+    EXPECT_EQ(ends[locked], "writing is locked on this line");
+    EXPECT_EQ(ends[read], "moved");
+    line.end();
+    controller.reset();
+    EXPECT_EQ(heldBy(fileText(folder.filePath("second"))), 0);
+}
+
 TEST_F(LineInAThread, ShowsNoValueUnderAnotherAddressWhateverIsWatchedMeanwhile)
 {
     for (int i = 0; i < 8; ++i)

@@ -9,7 +9,8 @@
 #include <QTest>
 #include <sys/stat.h>
 
-#include "panel/panel_project.h"
+#include "answering.h"
+#include "panel/recent_projects.h"
 #include "panel/start_page.h"
 #include "panel/state_words.h"
 #include "panel_world.h"
@@ -41,12 +42,7 @@ protected:
     }
     void answer(QMessageBox::StandardButton button, const char* question)
     {
-        QTimer::singleShot(0, &window, [button, question]() {
-            auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-            ASSERT_TRUE(box);
-            EXPECT_THAT(box->text().toStdString(), HasSubstr(question));
-            QTest::mouseClick(box->button(button), Qt::LeftButton);
-        });
+        answerWith(&window, button, question);
     }
 
     MainWindow window{desk};
@@ -102,7 +98,7 @@ TEST_F(TheWindow, OpensAProjectAndRemembersIt)
     std::ofstream(file) << R"({"version": 1, "line": {"port": ")" << controller->port()
                         << R"("}, "tags": [{"name": "oven", "station": 2, "register": "R_W",
                            "address": 100, "scale": 0.1, "unit": "K"}]})";
-    openProject(desk, file);
+    window.document().open(QString::fromStdString(file));
     ASSERT_TRUE(
         waitUntil([this]() { return !desk.tags().values.empty() && allAre(ValueState::good); }));
     EXPECT_EQ(shownValue(desk.tags().values.front(), desk.book()), "21.5 K");
@@ -117,7 +113,8 @@ TEST_F(TheWindow, OpensNothingOfABrokenProject)
     const std::string file = folder.filePath("broken.json").toStdString();
     std::ofstream(file) << R"({"version": 1, "line": {"port": "/dev/ttyUSB0"},
   "tags": [{"name": "oven", "register": "R_W", "address": 9999}]})";
-    EXPECT_THAT(complaint([&]() { openProject(desk, file); }), StartsWith(file + ":2:"));
+    EXPECT_THAT(complaint([&]() { window.document().open(QString::fromStdString(file)); }),
+                StartsWith(file + ":2:"));
     EXPECT_EQ(desk.tags().values.front().label.address, "1/R_W:100");
     EXPECT_EQ(desk.state().port, controller->port());
     EXPECT_TRUE(allAre(ValueState::good));
@@ -176,6 +173,7 @@ TEST_F(TheWindow, AsksBeforeItIsClosedWithWritesUnderWay)
     EXPECT_TRUE(window.isVisible());
     stopController(false);
     EXPECT_TRUE(waitUntil([this]() { return allWritesHaveEnded(); }));
+    answer(QMessageBox::Discard, "not saved");
     EXPECT_TRUE(window.close());
     EXPECT_EQ(held("R_W", 100), 5);
 }

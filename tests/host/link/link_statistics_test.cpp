@@ -19,6 +19,14 @@ TEST(Durations, GiveMinimumMedianAndMaximum)
     EXPECT_EQ(durations.maximum(), Micros(50000));
 }
 
+TEST(Durations, AreKeptInTenthsOfAMillisecond)
+{
+    Durations durations;
+    for (const int micros : {10049, 10051, 10149, 25000})
+        durations.add(Micros(micros));
+    EXPECT_EQ(durations.bins(), (std::map<long long, long long>{{100, 1}, {101, 2}, {250, 1}}));
+}
+
 TEST(Durations, OfNothingAreZero)
 {
     EXPECT_EQ(Durations().count(), 0);

@@ -92,8 +92,9 @@ TEST_F(APlanProcess, SaysWhatAPlannerSaysWhileASessionPolls)
     order.addresses = addresses({"R_W:0..199", "R_W:50", "2/R_D:142..301", "2/R_W:257..261",
                                  "2/R_W:289..420", "M_bit:1.5", "T:3", "T:10"});
     order.maxRegisters = 60;
+    order.stationMaxRegisters = {{2, 30}};
     const Planner planner(library, order.addresses, order.format, order.responseTime,
-                          order.maxRegisters);
+                          order.maxRegisters, order.stationMaxRegisters);
     PlanReport expected;
     expected.plan = planner.plan(order.gap);
     expected.uncovered = planner.uncovered(expected.plan);

@@ -230,6 +230,7 @@ TEST_F(RepliesThatComeTwice, PutWhatWasReadInDoubtUntilItHasBeenReadAgain)
     sendACopy();
     EXPECT_EQ(view(0).quality(), Quality::neverRead);
     EXPECT_EQ(view(2).quality(), Quality::neverRead);
+    EXPECT_EQ(view(0).lapses, 1);
     goOn();
     ASSERT_TRUE(waitForGood(0));
     ASSERT_TRUE(waitForGood(2));
@@ -275,6 +276,7 @@ TEST_F(QualityOnALine, ValuesAreOldWhileThePortIsAway)
     ASSERT_TRUE(waitForGood(1));
     EXPECT_EQ(number(view(0)), 7);
     EXPECT_EQ(view(0).changes, 0);
+    EXPECT_EQ(view(0).lapses, 1);
 }
 
 TEST_F(SessionOnALine, AValueOfALateReplyIsAsOldAsTheRequestThatItAnswers)

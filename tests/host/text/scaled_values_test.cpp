@@ -79,6 +79,8 @@ TEST(ScaledValues, AreWrittenSoThatTheyReadBackTheSame)
     EXPECT_EQ(whyRefused(Width::word, tenths, "4000"),
               "value '4000': out of range for what the controller holds");
     EXPECT_EQ(whyRefused(Width::word, tenths, "fast"), "value 'fast': not a number");
+    EXPECT_EQ(whyRefused(Width::word, tenths, "1,5"),
+              "value '1,5': not a number; a number has a point, not a comma");
     EXPECT_EQ(whyRefused(Width::word, scaled(Notation::bcd, 1, 1), "0"),
               "value '0': out of range for what the controller holds");
 }

@@ -55,6 +55,26 @@ TEST_F(Tags, ColumnsMayBeFewerAndInAnyOrder)
     EXPECT_EQ(tags[0].address, (Address{1, "T", Width::word, 7, 1}));
 }
 
+TEST_F(Tags, ASpreadsheetMayNameItsDelimiterAboveTheHeader)
+{
+    for (const std::string end : {"\n", "\r\n"}) {
+        const auto tags = read("\xEF\xBB\xBFsep=;" + end + "name;register;address;comment" + end +
+                               "a;R_W;1;b,c" + end);
+        ASSERT_EQ(tags.size(), 1u);
+        EXPECT_EQ(tags[0].comment, "b,c");
+        EXPECT_EQ(tags[0].line, 3);
+    }
+    EXPECT_THAT(mistake("sep=;;\nname;register;address\na;R_W;1\n"), HasSubstr("tags.csv:1"));
+    EXPECT_EQ(read("#sep=;\nname,register,address,comment\na,R_W,1,b;c\n").at(0).comment, "b;c");
+}
+
+TEST_F(Tags, AFileInUtf16IsNamedAsThat)
+{
+    const std::string sentence = "tags.csv:1: this is UTF-16; save it as CSV in UTF-8";
+    EXPECT_EQ(mistake(std::string("\xFF\xFEn\0a\0m\0e\0,\0", 12)), sentence);
+    EXPECT_EQ(mistake(std::string("\xFE\xFF\0n\0a\0m\0e\0,", 12)), sentence);
+}
+
 TEST_F(Tags, BytesThatAreNoUtf8AreRefusedWithTheirPlace)
 {
     EXPECT_EQ(mistake(header + "a,,T,1,,,gr\u00FC\u00DF\nb,,T,2,,,gr\xFC\xDF\n"),

@@ -106,9 +106,12 @@ TEST(Values, OutOfRangeNamesTheRange)
 
 TEST(Values, WhatIsNoNumberIsRefused)
 {
-    for (const char* text : {"", "x", "1 ", " 1", "--1", "0x", "1,5"})
+    for (const char* text : {"", "x", "1 ", " 1", "--1", "0x"})
         EXPECT_EQ(refused(Width::word, asUnsigned, text),
                   "value '" + std::string(text) + "': not a number");
+    for (const Format& format : {asUnsigned, asReal})
+        EXPECT_EQ(refused(Width::doubleWord, format, "1,5"),
+                  "value '1,5': not a number; a number has a point, not a comma");
     for (const char* text : {"1.5", "1e3"})
         EXPECT_EQ(refused(Width::word, asUnsigned, text),
                   "value '" + std::string(text) + "': not a whole number");

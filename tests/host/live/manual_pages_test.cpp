@@ -1,4 +1,4 @@
-#include "tool/manual_pages.h"
+#include "live/manual_pages.h"
 
 #include <CLI/CLI.hpp>
 #include <gmock/gmock.h>
@@ -57,6 +57,13 @@ TEST_F(ManualPageOf, ACommandNamesThoseBeneathItAndLeavesOutHiddenOnes)
     EXPECT_THAT(page(), EndsWith(".BR dov417 (1),\n.BR dov417\\-pump\\-start (1)\n"));
     EXPECT_THAT(manualPage(*command.get_subcommand("start"), "dov417-pump-start"),
                 EndsWith(".BR dov417 (1),\n.BR dov417\\-pump (1)\n"));
+}
+
+TEST_F(ManualPageOf, AProgramIsTypedAsItIsCalled)
+{
+    const CLI::App program{"Shows the pump", "dov417-pump"};
+    EXPECT_THAT(manualPage(program, "dov417-pump"),
+                HasSubstr(".SH SYNOPSIS\ndov417\\-pump [OPTION...]"));
 }
 
 } // namespace

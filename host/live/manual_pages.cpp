@@ -1,14 +1,14 @@
-#include "tool/manual_pages.h"
+#include "live/manual_pages.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cctype>
+#include <cstdlib>
 #include <fstream>
 #include <sstream>
 #include <vector>
 
 #include "line/failure.h"
-#include "tool/exit_code.h"
 
 namespace dov417 {
 
@@ -56,6 +56,12 @@ std::string typed(std::string name)
 bool beginsWith(const std::string& text, const std::string& beginning)
 {
     return text.compare(0, beginning.size(), beginning) == 0;
+}
+
+// A program of its own is typed as it is called.
+std::string typedFor(const CLI::App& command, const std::string& name)
+{
+    return command.get_name() == name ? name : typed(name);
 }
 
 // Of a command beneath that of the page `name`.
@@ -186,7 +192,7 @@ void addOptions(Page& page, const CLI::App& command)
 
 std::string synopsis(const CLI::App& command, const std::string& name)
 {
-    std::string text = typed(name) + " [OPTION...]";
+    std::string text = typedFor(command, name) + " [OPTION...]";
     for (const CLI::Option* option :
          command.get_options([](const CLI::Option* each) { return each->get_positional(); })) {
         const std::string argument = trimmed(CLI::Formatter().make_option_opts(option));
@@ -195,15 +201,20 @@ std::string synopsis(const CLI::App& command, const std::string& name)
     return commandsOf(command).empty() ? text : text + " COMMAND";
 }
 
-void writePages(const CLI::App& app, const std::string& name, const std::string& folder)
+void writePage(const CLI::App& command, const std::string& name, const char* folder)
+{
+    const std::string file = std::string(folder).append("/").append(name).append(".1");
+    std::ofstream page(file);
+    page << manualPage(command, name);
+    if (!page.flush())
+        throw Failure("cannot write " + file);
+}
+
+void writePages(const CLI::App& app, const std::string& name, const char* folder)
 {
     for (const CLI::App* command : commandsOf(app)) {
         const std::string own = pageOf(name, *command);
-        const std::string file = std::string(folder).append("/").append(own).append(".1");
-        std::ofstream page(file);
-        page << manualPage(*command, own);
-        if (!page.flush())
-            throw Failure("cannot write " + file);
+        writePage(*command, own, folder);
         writePages(*command, own, folder);
     }
 }
@@ -249,8 +260,11 @@ std::optional<int> writeManualPages(const CLI::App& app, int argc, char** argv)
 {
     if (argc != 3 || argv[1] != std::string(wish))
         return std::nullopt;
-    writePages(app, "dov417", argv[2]);
-    return exitDone;
+    // The page of a program with commands is written by hand.
+    if (commandsOf(app).empty())
+        writePage(app, app.get_name(), argv[2]);
+    writePages(app, app.get_name(), argv[2]);
+    return EXIT_SUCCESS;
 }
 
 } // namespace dov417

@@ -1,0 +1,22 @@
+// How curves are told apart: by colours that are different for colour-blind people too, on light
+// and on dark, and besides by a sign each, for who sees no colour at all.
+#ifndef DOV417_PANEL_TREND_STYLE_H
+#define DOV417_PANEL_TREND_STYLE_H
+
+#include <QColor>
+#include <QPainter>
+#include <QPalette>
+#include <QPixmap>
+
+namespace dov417 {
+
+QColor trendColour(int curve, const QPalette& palette);
+// Around this place of the painter.
+void drawTrendSign(QPainter& painter, int curve, const QColor& colour, const QPointF& place,
+                   double side);
+// A piece of the curve with its sign.
+QPixmap trendSample(int curve, const QPalette& palette, const QSize& size);
+
+} // namespace dov417
+
+#endif

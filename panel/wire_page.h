@@ -1,0 +1,70 @@
+// The page of the line's time: the last cycles to scale, and what the line was used for.
+#ifndef DOV417_PANEL_WIRE_PAGE_H
+#define DOV417_PANEL_WIRE_PAGE_H
+
+#include <QLabel>
+#include <QPushButton>
+#include <QSpinBox>
+#include <QTableView>
+#include <QTimer>
+
+#include "panel/panel_page.h"
+#include "panel/wire_shares_model.h"
+#include "panel/wire_view.h"
+
+namespace dov417 {
+
+class WirePage : public PanelPage {
+    Q_OBJECT
+
+public:
+    // Between two pictures while it follows the line: a person is to read them.
+    static constexpr std::chrono::milliseconds picturePause{100};
+
+    explicit WirePage(PanelDesk& desk);
+
+    QString title() const override;
+    QIcon icon() const override;
+    std::string settingsName() const override;
+    OrderedJson settings() const override;
+    std::function<void()> prepared(const OrderedJson& settings) override;
+
+signals:
+    // A person wants to see the frame of this number on the page of the line.
+    void frameWanted(long long number);
+
+protected:
+    void showEvent(QShowEvent* event) override;
+
+private:
+    QWidget* makeTools();
+    QWidget* makeBelow();
+    void passed(const std::vector<Passed>& passed, long long notTold);
+    void lineBegan();
+    void stateChanged();
+    void learnWire();
+    void picture();
+    void showWindow();
+    void showFrame();
+    void showDistance();
+    void showShares();
+    void showWhatIsKnown();
+
+    WireTimes times_;
+    std::string wire_; // as the line's state has it
+    WireView* const view_;
+    WireSharesModel shares_;
+    QTableView* const table_;
+    QPushButton* const follow_;
+    QSpinBox* const cycles_;
+    QLabel* const distance_;
+    QLabel* const known_;
+    QLabel* const frame_;
+    QLabel* const sentence_;
+    QTimer pictureTimer_;
+    bool hasNews_ = true;
+};
+
+} // namespace dov417
+
+#endif
