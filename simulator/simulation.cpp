@@ -30,6 +30,7 @@ LineServerOptions lineOptions(const SimulationOptions& options)
 std::vector<FaultRule> rulesOf(const std::vector<std::string>& texts)
 {
     std::vector<FaultRule> rules;
+    rules.reserve(texts.size());
     for (const std::string& text : texts)
         rules.push_back(parseFaultRule(text));
     return rules;

@@ -8,12 +8,12 @@ namespace dov417 {
 
 namespace simulator {
 
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Conditions, faults, turnaroundMs, isOn, isPlugged)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(FaultCounts, replies, faulty, kinds)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Conditions, faults, turnaroundMs, isOn, isPlugged);
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(FaultCounts, replies, faulty, kinds);
 
 } // namespace simulator
 
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(ControllerReport, conditions, counts, refused)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(ControllerReport, conditions, counts, refused);
 
 namespace {
 
