@@ -112,14 +112,14 @@ QWidget* FaultsPage::makeRates()
     grid->setColumnStretch(2, 1);
     grid->setHorizontalSpacing(2 * fontMetrics().averageCharWidth());
     int column = 0;
-    for (const QString& head : {tr("Fault"), tr("What happens to a reply"),
-                                tr("How many of the replies"), QString(), tr("Done so far")})
+    for (const QString& head : {tr("Fault"), tr("What happens to a reply"), tr("Share of replies"),
+                                QString(), tr("So far")})
         grid->addWidget(headOf(head), 0, column++);
     int line = 1;
     for (const simulator::FaultKind kind : faultKinds())
         rows_.push_back(makeRow(grid, kind, line++));
     none_->setObjectName(QStringLiteral("noFaults"));
-    none_->setToolTip(tr("Sets every rate and the response time to nothing"));
+    none_->setToolTip(tr("Sets every rate to nothing, and the response time to what it was"));
     grid->addWidget(none_, line, 3);
     connect(none_, &QPushButton::clicked, this, [this]() {
         clearRates();
@@ -174,7 +174,7 @@ void FaultsPage::beginAnew()
 void FaultsPage::clearRates()
 {
     isShowing_ = true;
-    responseTime_->setValue(0);
+    responseTime_->setValue(desk_.ownController().turnaroundMs);
     for (const FaultRow& row : rows_)
         row.rate->setValue(0);
     isShowing_ = false;

@@ -34,6 +34,7 @@ void PanelDesk::open(const LineSetup& setup, const simulator::SimulationOptions&
     book_.setSilent(false);
     statistics_.reset();
     setup_ = setup;
+    ownController_ = controller;
     controller_.reset();
     line_.open(setup, watchedAddresses(tags_.items), controller);
     book_.watch(line_.generation(), book_.addresses());

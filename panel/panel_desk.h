@@ -84,6 +84,11 @@ public:
     {
         return recipe_ != 0;
     }
+    // What the own controller was started with, if the line has one.
+    const simulator::SimulationOptions& ownController() const
+    {
+        return ownController_;
+    }
     // Of the own controller, about a second old; null without one, and until the first has come.
     const std::shared_ptr<const ControllerReport>& controllerReport() const
     {
@@ -148,6 +153,7 @@ private:
     std::size_t recipeValues_ = 0; // of a download
     std::vector<PanelWrite> writes_;
     std::shared_ptr<const LinkStatistics> statistics_;
+    simulator::SimulationOptions ownController_;
     std::shared_ptr<const ControllerReport> controller_;
     Clock::time_point lastHeard_{};
     QTimer listenTimer_;

@@ -62,6 +62,11 @@ ProjectDocument::ProjectDocument(PanelDesk& desk) : desk_(desk)
     history_.setUndoLimit(maxUndo);
     connect(&history_, &QUndoStack::cleanChanged, this, &ProjectDocument::changed);
     connect(&desk, &PanelDesk::tagsChanged, this, &ProjectDocument::tagsChanged);
+    connect(&desk, &PanelDesk::lineSetupChanged, this, [this]() {
+        LineSetup line = content_.line;
+        line.gap = desk_.lineSetup().gap; // chosen on the page of the plan
+        setLine(line);
+    });
 }
 
 void ProjectDocument::addPage(PanelPage* page)

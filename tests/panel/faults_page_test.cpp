@@ -137,6 +137,22 @@ TEST_F(TheFaultsPage, SetsARateWithTheKeysOfItsSlider)
     EXPECT_TRUE(waitForConditions([this]() { return conditions().faults.empty(); }));
 }
 
+TEST_F(TheFaultsPage, LeavesTheControllerAsSlowAsItWasStarted)
+{
+    constexpr int startedWith = 7;
+    options.turnaroundMs = startedWith;
+    openOwn();
+    EXPECT_EQ(part<QSpinBox>("responseTime")->value(), startedWith);
+    type("rate-silence", "1");
+    ASSERT_TRUE(waitForConditions([this]() { return !conditions().faults.empty(); }));
+    EXPECT_EQ(conditions().turnaroundMs, startedWith);
+    type("responseTime", "20");
+    ASSERT_TRUE(waitForConditions([this]() { return conditions().turnaroundMs == 20; }));
+    click("noFaults");
+    ASSERT_TRUE(waitForConditions([this]() { return conditions().faults.empty(); }));
+    EXPECT_EQ(conditions().turnaroundMs, startedWith);
+}
+
 TEST_F(TheFaultsPage, MakesTheControllerSlower)
 {
     openOwn();

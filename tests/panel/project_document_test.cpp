@@ -282,6 +282,17 @@ TEST_F(TheProject, HasTheSettingsOfItsLineFromTheirDialog)
     EXPECT_EQ(jsonOf(path("machine.json")).at("line").at("max-registers"), 16);
 }
 
+TEST_F(TheProject, HasTheMergeGapThatWasChosenForItsLine)
+{
+    add("R_W:100");
+    ASSERT_TRUE(window.actions().saveIn(path("machine.json")));
+    desk.setGap(7);
+    EXPECT_TRUE(window.document().isModified());
+    EXPECT_EQ(window.document().line().gap, 7);
+    ASSERT_TRUE(window.actions().saveIn(path("machine.json")));
+    EXPECT_EQ(jsonOf(path("machine.json")).at("line").at("gap"), 7);
+}
+
 TEST_F(TheProject, OpensARecentOneFromTheStartPage)
 {
     add("R_W:100");
