@@ -7,6 +7,7 @@
 #include <QSplitter>
 #include <QVBoxLayout>
 
+#include "line/frame_bytes.h"
 #include "line/frame_fields.h"
 #include "line/frame_text.h"
 #include "panel/panel_icons.h"
@@ -15,7 +16,6 @@ namespace dov417 {
 
 namespace {
 
-constexpr int highestStation = 247;
 constexpr std::size_t maxWaiting = LineModel::maxRows;
 
 void makePlain(QTableView* table)
@@ -99,7 +99,7 @@ QWidget* LinePage::makeTools()
     auto* const row = new QHBoxLayout(tools);
     row->setContentsMargins(0, 0, 0, 0);
     auto* const station = new QSpinBox;
-    station->setRange(0, highestStation);
+    station->setRange(0, maxStation);
     station->setSpecialValueText(tr("all stations"));
     station->setPrefix(tr("station "));
     station->setAccessibleName(tr("Show only this station"));

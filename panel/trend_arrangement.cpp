@@ -17,8 +17,6 @@ const char* const valuesMember = "values";
 const char* const nameMember = "name";
 const char* const addressMember = "address";
 constexpr std::size_t maxPlots = 50;
-constexpr std::size_t minMemory = TrendHistory::minBytes / TrendHistory::mebibyte;
-constexpr std::size_t maxMemory = TrendHistory::maxBytes / TrendHistory::mebibyte;
 
 [[noreturn]] void refuseMember(const std::string& path, const std::string& why)
 {
@@ -233,7 +231,8 @@ TrendArrangement trendsOf(const OrderedJson& settings)
                                 TrendArrangement::maxSpan);
     arrangement.memory = static_cast<std::size_t>(
         numberIn(settings, memoryMember, static_cast<double>(arrangement.memory),
-                 static_cast<double>(minMemory), static_cast<double>(maxMemory)));
+                 static_cast<double>(TrendHistory::minMebibytes),
+                 static_cast<double>(TrendHistory::maxMebibytes)));
     std::size_t place = 0;
     for (const OrderedJson& plot : listIn(settings, plotsMember, std::string(), maxPlots))
         arrangement.plots.push_back(groupOf(plot, elementPath(plotsMember, place++)));

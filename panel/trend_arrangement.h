@@ -51,7 +51,7 @@ struct TrendArrangement {
     static constexpr double maxSpan = 30.0 * 24 * 3600;
 
     double span = defaultSpan;
-    std::size_t memory = TrendHistory::defaultBytes / TrendHistory::mebibyte;
+    std::size_t memory = TrendHistory::defaultMebibytes;
     std::vector<TrendGroup> plots;
     OrderedJson others = OrderedJson::object(); // a newer program's, kept as they are
 

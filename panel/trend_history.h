@@ -58,9 +58,10 @@ public:
     static constexpr std::size_t mebibyte = std::size_t(1) << 20;
     // A day of 20 values that change once a second takes a third of it; the rest is for the last
     // ten minutes of 5000 more.
-    static constexpr std::size_t defaultBytes = 64 * mebibyte;
-    static constexpr std::size_t minBytes = mebibyte;
-    static constexpr std::size_t maxBytes = 4096 * mebibyte;
+    static constexpr std::size_t defaultMebibytes = 64;
+    static constexpr std::size_t minMebibytes = 1;
+    static constexpr std::size_t maxMebibytes = 4096;
+    static constexpr std::size_t defaultBytes = defaultMebibytes * mebibyte;
     static constexpr double keptShare = 0.35;
     static constexpr TrendTime usualTime = 600 * trendSecond;
 

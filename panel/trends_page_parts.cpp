@@ -178,8 +178,8 @@ QWidget* TrendsPage::makeMemory()
     auto* const memory = new QWidget;
     auto* const row = new QHBoxLayout(memory);
     row->setContentsMargins(0, 0, 0, 0);
-    memory_->setRange(static_cast<int>(TrendHistory::minBytes / TrendHistory::mebibyte),
-                      static_cast<int>(TrendHistory::maxBytes / TrendHistory::mebibyte));
+    memory_->setRange(static_cast<int>(TrendHistory::minMebibytes),
+                      static_cast<int>(TrendHistory::maxMebibytes));
     memory_->setSuffix(tr(" MB"));
     memory_->setObjectName(QStringLiteral("trendMemory"));
     memory_->setAccessibleName(tr("Memory for recorded values"));

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "line/frame_bytes.h"
 #include "panel/wire_words.h"
 
 namespace dov417 {
@@ -10,7 +11,6 @@ namespace dov417 {
 namespace {
 
 constexpr Clock::duration shortest = std::chrono::seconds(1);
-constexpr int highestStation = 247;
 
 Clock::duration scaled(Clock::duration duration, double factor)
 {
@@ -62,7 +62,7 @@ int WireView::laneHeight() const
 
 int WireView::left() const
 {
-    return fontMetrics().horizontalAdvance(laneName(highestStation)) + 3 * spaceAround;
+    return fontMetrics().horizontalAdvance(laneName(maxStation)) + 3 * spaceAround;
 }
 
 // Of the time; half of the scale's last number stands there.

@@ -4,6 +4,7 @@
 #include <set>
 
 #include "line/failure.h"
+#include "line/frame_bytes.h"
 #include "link/network_address.h"
 #include "live/line_members.h"
 #include "text/tags.h"
@@ -12,8 +13,6 @@
 namespace dov417 {
 
 namespace {
-
-constexpr int highestStationNumber = 247;
 
 // One object of the file. Each of its members is taken once; those that are left are somebody
 // else's.
@@ -182,7 +181,7 @@ void readStations(Project& project, const PlacedJson& file, const OrderedJson& l
         const std::string path = elementPath("stations", i);
         Members members(file, list[i], path);
         ProjectStation station;
-        const std::optional<int> number = members.whole("number", 1, highestStationNumber);
+        const std::optional<int> number = members.whole("number", 1, maxStation);
         if (!number)
             file.refuse(path, "a station needs its number");
         station.number = *number;

@@ -11,7 +11,6 @@ namespace dov417 {
 
 namespace {
 
-const int highestStation = 247;
 const int wordsPerDoubleWord = 2;
 // Data type and access codes of intf_checkAddr().
 const int bitItem = -1;
@@ -155,7 +154,7 @@ int parseStation(const std::string& text)
     int station = -1;
     const char* end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, station);
-    if (error != std::errc() || stop != end || station < 0 || station > highestStation)
+    if (error != std::errc() || stop != end || station < 0 || station > maxStation)
         throw AddressFailure(text, "'" + text + "' is no station: 1 to 247, or 0 for a broadcast",
                              0);
     return station;

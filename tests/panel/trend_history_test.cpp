@@ -193,7 +193,7 @@ TEST(TrendHistory, KeepsByDefaultADayOfTwentyValuesAndTenMinutesOfAllElse)
 
 TEST(TrendHistory, DropsTheOldestFirst)
 {
-    TrendHistory history(TrendHistory::minBytes);
+    TrendHistory history(TrendHistory::mebibyte);
     runChanges(history, 0, 1, 0, 60000);
     runChanges(history, 1, 1, 60000, 100000);
     tell(history, wordView(registerAt(2), 1, 1, 110000));
@@ -209,9 +209,9 @@ TEST(TrendHistory, GivesBackWhatALowerLimitDoesNotHave)
     TrendHistory history(8 * TrendHistory::mebibyte);
     runChanges(history, 0, 2, 0, 200000);
     const std::size_t before = history.bytes();
-    history.setLimit(TrendHistory::minBytes);
-    EXPECT_GT(before, 2 * TrendHistory::minBytes);
-    EXPECT_LE(history.bytes(), TrendHistory::minBytes);
+    history.setLimit(TrendHistory::mebibyte);
+    EXPECT_GT(before, 2 * TrendHistory::mebibyte);
+    EXPECT_LE(history.bytes(), TrendHistory::mebibyte);
     EXPECT_GT(history.begin(registerAt(1)), second(100000));
     EXPECT_EQ(history.end(registerAt(1)), second(199999));
     history.setLimit(8 * TrendHistory::mebibyte);
