@@ -78,7 +78,7 @@ QString strayAdvice()
 
 using Sentence = std::optional<QString>;
 
-Sentence noByte(const LineFacts& facts)
+Sentence onNoByte(const LineFacts& facts)
 {
     bool hasStrays = false;
     for (const long long count : facts.recent.strays)
@@ -94,7 +94,7 @@ Sentence noByte(const LineFacts& facts)
                                  "number another one?");
 }
 
-Sentence noFrame(const LineFacts& facts)
+Sentence onNoFrame(const LineFacts& facts)
 {
     if (soundOf(facts.total) + wrongOf(facts.total) > 0 || garbledOf(facts.total) < fewest)
         return std::nullopt;
@@ -107,7 +107,7 @@ Sentence noFrame(const LineFacts& facts)
 }
 
 // The station that takes the longest beyond what it is given tells what to give.
-Sentence late(const LineFacts& facts)
+Sentence onLate(const LineFacts& facts)
 {
     const long long missed = facts.total.badFor(Reason::silence) + facts.total.badFor(Reason::late);
     const long long come = facts.strays(StrayKind::late) + facts.total.badFor(Reason::late);
@@ -125,7 +125,7 @@ Sentence late(const LineFacts& facts)
                    : text;
 }
 
-Sentence portLost(const LineFacts& facts)
+Sentence onPortLost(const LineFacts& facts)
 {
     if (facts.recent.portLosses < 2)
         return std::nullopt;
@@ -135,7 +135,7 @@ Sentence portLost(const LineFacts& facts)
         nullptr, static_cast<int>(facts.recent.portLosses));
 }
 
-Sentence silentOnes(const LineFacts& facts)
+Sentence onSilentOnes(const LineFacts& facts)
 {
     QStringList silent;
     for (const auto& [station, counters] : facts.stations)
@@ -155,7 +155,7 @@ Sentence silentOnes(const LineFacts& facts)
                      AdviceTexts::tr("Is the cable interrupted before them, are they switched on?");
 }
 
-Sentence silentRequest(const LineFacts& facts)
+Sentence onSilentRequest(const LineFacts& facts)
 {
     for (const std::string& name : facts.recent.order) {
         const RequestCounters& counters = facts.recent.requests.at(name);
@@ -170,7 +170,7 @@ Sentence silentRequest(const LineFacts& facts)
 
 // Of the requests that were refused so, the first is named and the others are counted.
 template <typename IsMeant>
-Sentence refused(const LineFacts& facts, const IsMeant& isMeant, const QString& why)
+Sentence onRefused(const LineFacts& facts, const IsMeant& isMeant, const QString& why)
 {
     QString first;
     int others = -1;
@@ -196,9 +196,9 @@ Sentence refused(const LineFacts& facts, const IsMeant& isMeant, const QString& 
 }
 
 // An address that is wrong is so each time.
-Sentence address(const LineFacts& facts)
+Sentence onAddress(const LineFacts& facts)
 {
-    return refused(
+    return onRefused(
         facts,
         [](int code, const RequestCounters& counters) {
             return code >= 1 && code <= 3 && counters.good == 0;
@@ -207,16 +207,16 @@ Sentence address(const LineFacts& facts)
                         "once?"));
 }
 
-Sentence device(const LineFacts& facts)
+Sentence onDevice(const LineFacts& facts)
 {
-    return refused(
+    return onRefused(
         facts, [](int code, const RequestCounters&) { return code > 3; },
         AdviceTexts::tr(
             "The controller, or the gateway before it, cannot serve at present; its own "
             "manual tells more."));
 }
 
-Sentence badCrc(const LineFacts& facts)
+Sentence onBadCrc(const LineFacts& facts)
 {
     for (const auto& [station, counters] : facts.stations)
         if (counters.badFor(Reason::badCrc) >= fewest && soundOf(counters) == 0)
@@ -233,7 +233,7 @@ Sentence badCrc(const LineFacts& facts)
         .arg(facts.total.good + bad);
 }
 
-Sentence cutShort(const LineFacts& facts)
+Sentence onCutShort(const LineFacts& facts)
 {
     const long long times = facts.total.badFor(Reason::cutShort);
     if (times < fewest)
@@ -243,7 +243,7 @@ Sentence cutShort(const LineFacts& facts)
                            nullptr, static_cast<int>(times));
 }
 
-Sentence otherStation(const LineFacts& facts)
+Sentence onOtherStation(const LineFacts& facts)
 {
     if (facts.strays(StrayKind::otherStation) + facts.strays(StrayKind::otherFunction) +
             facts.strays(StrayKind::otherRequest) <
@@ -253,7 +253,7 @@ Sentence otherStation(const LineFacts& facts)
                            "line, or a gateway that mixes them up?");
 }
 
-Sentence twice(const LineFacts& facts)
+Sentence onTwice(const LineFacts& facts)
 {
     if (facts.strays(StrayKind::surplus) == 0)
         return std::nullopt;
@@ -261,13 +261,13 @@ Sentence twice(const LineFacts& facts)
                            "request is checked now, which makes the line slower.");
 }
 
-Sentence strayBytes(const LineFacts& facts)
+Sentence onStrayBytes(const LineFacts& facts)
 {
     const long long noise = facts.strays(StrayKind::noise) + facts.strays(StrayKind::late);
     return noise < fewest ? Sentence() : strayAdvice();
 }
 
-Sentence echo(const LineFacts& facts)
+Sentence onEcho(const LineFacts& facts)
 {
     if (facts.strays(StrayKind::echo) < fewest)
         return std::nullopt;
@@ -283,19 +283,19 @@ struct AdviceRule {
 
 // Where one of these explains all that is wrong, no other is asked.
 constexpr AdviceRule wholeRules[] = {
-    {AdviceKind::noByte, noByte}, {AdviceKind::noFrame, noFrame}, {AdviceKind::late, late}};
+    {AdviceKind::noByte, onNoByte}, {AdviceKind::noFrame, onNoFrame}, {AdviceKind::late, onLate}};
 
-constexpr AdviceRule adviceRules[] = {{AdviceKind::portLost, portLost},
-                                      {AdviceKind::silentOnes, silentOnes},
-                                      {AdviceKind::silentRequest, silentRequest},
-                                      {AdviceKind::address, address},
-                                      {AdviceKind::device, device},
-                                      {AdviceKind::badCrc, badCrc},
-                                      {AdviceKind::cutShort, cutShort},
-                                      {AdviceKind::otherStation, otherStation},
-                                      {AdviceKind::twice, twice},
-                                      {AdviceKind::strayBytes, strayBytes},
-                                      {AdviceKind::echo, echo}};
+constexpr AdviceRule adviceRules[] = {{AdviceKind::portLost, onPortLost},
+                                      {AdviceKind::silentOnes, onSilentOnes},
+                                      {AdviceKind::silentRequest, onSilentRequest},
+                                      {AdviceKind::address, onAddress},
+                                      {AdviceKind::device, onDevice},
+                                      {AdviceKind::badCrc, onBadCrc},
+                                      {AdviceKind::cutShort, onCutShort},
+                                      {AdviceKind::otherStation, onOtherStation},
+                                      {AdviceKind::twice, onTwice},
+                                      {AdviceKind::strayBytes, onStrayBytes},
+                                      {AdviceKind::echo, onEcho}};
 
 } // namespace
 

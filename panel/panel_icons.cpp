@@ -10,7 +10,7 @@ namespace dov417 {
 
 namespace {
 
-constexpr int side = 24; // what the pictures are drawn in
+constexpr int iconSide = 24; // what the pictures are drawn in
 
 void drawStart(QPainter& painter)
 {
@@ -105,7 +105,7 @@ void drawHealth(QPainter& painter)
 
 QIcon iconOf(PanelIcon icon)
 {
-    constexpr int pixels = 2 * side; // for screens of small pixels
+    constexpr int pixels = 2 * iconSide; // for screens of small pixels
     QPixmap pixmap(pixels, pixels);
     pixmap.fill(Qt::transparent);
     QPainter painter(&pixmap);

@@ -14,8 +14,8 @@ constexpr int lip = 5; // of a bracket
 
 void paintUse(QPainter* painter, const QRect& inside, const QPalette& palette, const PlanWord& word)
 {
-    const QColor ink = palette.color(QPalette::Text);
-    const QColor full = palette.color(QPalette::Highlight);
+    const QColor& ink = palette.color(QPalette::Text);
+    const QColor& full = palette.color(QPalette::Highlight);
     switch (word.use) {
     case WordUse::notAsked:
         break;

@@ -103,10 +103,12 @@ void TrendCurve::drawSigns(QPainter& painter, const QwtScaleMap& xMap, const Qwt
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     for (int i = from + 1; i <= to; ++i)
-        for (; next < sample(i).x(); next += distance)
+        while (next < sample(i).x()) {
             drawTrendSign(painter, number_, pen().color(),
                           QPointF(xMap.transform(next), yMap.transform(sample(i - 1).y())),
                           signSide);
+            next += distance;
+        }
     painter.restore();
 }
 

@@ -1,6 +1,7 @@
 #include "live/child_program.h"
 
 #include <QCoreApplication>
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -25,6 +26,14 @@ constexpr Task tasks[] = {
     {planTask, runPlanTask},
 };
 
+// As the parent has written it; -1 where it is no number.
+int descriptor(const char* text)
+{
+    int number = -1;
+    std::from_chars(text, text + std::strlen(text), number);
+    return number;
+}
+
 } // namespace
 
 std::optional<int> runAsChild(int argc, char** argv)
@@ -36,7 +45,7 @@ std::optional<int> runAsChild(int argc, char** argv)
             continue;
         const QCoreApplication application(argc, argv);
         const std::string record{std::istreambuf_iterator<char>(std::cin), {}};
-        return task.run(record, argc == 4 ? std::atoi(argv[3]) : -1);
+        return task.run(record, argc == 4 ? descriptor(argv[3]) : -1);
     }
     std::fprintf(stderr, "%s: there is no task '%s'\n", argv[0], argv[2]);
     return EXIT_FAILURE;

@@ -140,8 +140,10 @@ void PendingRequests::endAll(const std::string& reason,
 {
     const Result result = Result::refused(reason);
     for (const auto& [number, ticket] : handedInWrites_) {
-        const std::string part = taken(number);
-        endWrite(ticket, part.empty() ? result : Result::refused(reason + "; " + part));
+        std::string why = taken(number);
+        if (!why.empty())
+            why.insert(0, reason + "; ");
+        endWrite(ticket, why.empty() ? result : Result::refused(why));
     }
     handedInWrites_.clear();
     for (const Ticket& ticket : waitingWrites_)

@@ -12,13 +12,13 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
-constexpr int words = 24; // each holds its own address
+constexpr int watchedWords = 24; // each holds its own address
 
 class TheFaultsPage : public PanelWorld {
 protected:
     TheFaultsPage()
     {
-        for (int word = 0; word < words; ++word)
+        for (int word = 0; word < watchedWords; ++word)
             options.set.push_back("R_W:" + std::to_string(100 + 40 * word) + "=" +
                                   std::to_string(100 + 40 * word));
         // Given up soon, and asked again soon.
@@ -35,7 +35,7 @@ protected:
     void openOwn()
     {
         std::vector<std::string> addresses;
-        for (int word = 0; word < words; ++word)
+        for (int word = 0; word < watchedWords; ++word)
             addresses.push_back("R_W:" + std::to_string(100 + 40 * word));
         watch(addresses);
         QObject::connect(&desk, &PanelDesk::valuesChanged, &window, [this]() { look(); });
@@ -55,7 +55,7 @@ protected:
     template <typename Widget>
     Widget* part(const char* name) const
     {
-        return window.findChild<Widget*>(name);
+        return window.findChild<FaultsPage*>()->findChild<Widget*>(name);
     }
     void click(const char* button)
     {
@@ -119,7 +119,7 @@ TEST_F(TheFaultsPage, SpoilsRepliesAtTheRateThatIsSetWhileNoValueIsEverAWrongOne
     EXPECT_EQ(part<QDoubleSpinBox>("rate-flip")->value(), 0);
     ASSERT_TRUE(waitForConditions([this]() { return conditions().faults.empty(); }));
     EXPECT_TRUE(waitUntil([this]() { return allAre(ValueState::good); }));
-    EXPECT_GT(looks, words);
+    EXPECT_GT(looks, watchedWords);
 }
 
 TEST_F(TheFaultsPage, SetsARateWithTheKeysOfItsSlider)

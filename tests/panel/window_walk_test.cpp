@@ -20,8 +20,8 @@ namespace dov417 {
 
 namespace {
 
-const QString begin = QStringLiteral("\u27e6");
-const QString end = QStringLiteral("\u27e7");
+const QString beginMark = QStringLiteral("\u27e6");
+const QString endMark = QStringLiteral("\u27e7");
 
 // Each text half as long again, and told from one that was never translated.
 class MadeUpLanguage : public QTranslator {
@@ -34,7 +34,7 @@ public:
         const QString source = QString::fromUtf8(text);
         if (QByteArray(context).startsWith("Q") || source.isEmpty())
             return source; // Qt's own
-        return begin + source + QString(source.size() / 2, QLatin1Char('o')) + end;
+        return beginMark + source + QString(source.size() / 2, QLatin1Char('o')) + endMark;
     }
     bool isEmpty() const override
     {
@@ -194,7 +194,7 @@ bool isLanguage(const QString& text)
 
 void expectTranslated(const QString& text, const QWidget& widget, const char* what)
 {
-    EXPECT_TRUE(!isLanguage(text) || text.contains(begin))
+    EXPECT_TRUE(!isLanguage(text) || text.contains(beginMark))
         << nameOf(widget) << ", " << what << ": " << text.toStdString();
 }
 
