@@ -183,9 +183,9 @@ QVariant HealthModel::headerData(int section, Qt::Orientation orientation, int r
     case retries:
         return tr("retries");
     case noByte:
-        return QString::fromUtf8(nameOf(Reason::silence));
+        return tr("no byte came");
     case badCrc:
-        return QString::fromUtf8(nameOf(Reason::badCrc));
+        return tr("bad CRC");
     case exceptions:
         return tr("exceptions");
     case others:

@@ -23,6 +23,21 @@
 
 namespace dov417 {
 
+namespace {
+
+// What is long, so that the pages have the room.
+QString inTwoLines(const QString& title)
+{
+    constexpr int longTitle = 12;
+    const int space = title.lastIndexOf(QLatin1Char(' '), title.size() / 2);
+    QString text = title;
+    if (text.size() > longTitle && space > 0)
+        text[space] = QLatin1Char('\n');
+    return text;
+}
+
+} // namespace
+
 MainWindow::MainWindow(PanelDesk& desk)
     : desk_(desk), document_(desk),
       actions_(std::make_unique<ProjectActions>(desk, document_, *this)),
@@ -100,7 +115,7 @@ void MainWindow::addPage(PanelPage* page)
     const int number = static_cast<int>(pages_.size()) + 1;
     pages_.push_back(page);
     stack_->addWidget(page);
-    auto* const item = new QListWidgetItem(page->icon(), page->title(), list_);
+    auto* const item = new QListWidgetItem(page->icon(), inTwoLines(page->title()), list_);
     item->setToolTip(QStringLiteral("Ctrl+%1").arg(number % 10)); // Ctrl+0 is the tenth's
     QAction* const go = go_->addAction(page->title());
     go->setShortcut(QKeySequence(item->toolTip()));

@@ -7,6 +7,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "panel/flow_layout.h"
 #include "panel/panel_icons.h"
 #include "panel/plan_map_delegate.h"
 
@@ -137,7 +138,7 @@ QWidget* PlanPage::makeMap()
     requestTable_->setModel(&requests_);
     requestTable_->setObjectName(QStringLiteral("planRequests"));
     requestTable_->setAccessibleName(tr("The requests of a cycle"));
-    makePlainRows(requestTable_, {8, 20, 7, 11, 11});
+    makePlainRows(requestTable_, {9, 20, 7, 12, 11});
     connect(requestTable_->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
             [this](const QModelIndex& index) {
                 if (index.isValid())
@@ -180,28 +181,23 @@ QWidget* PlanPage::makeKey() const
     beyond.isBeyondLimit = true;
     PlanWord uncovered;
     uncovered.use = WordUse::uncovered;
-    auto* const key = new QWidget;
-    auto* const grid = new QGridLayout(key);
-    grid->setContentsMargins(0, 0, 0, 0);
-    int place = 0;
-    constexpr int columns = 4;
+    auto* const signs = new QWidget;
+    auto* const row = new FlowLayout(signs);
     for (const auto& [word, text] :
          {std::pair{watched, tr("watched")}, std::pair{first, tr("request begins")},
           std::pair{last, tr("request ends")}, std::pair{along, tr("read along")},
           std::pair{beyond, tr("past %1 words").arg(maxWordsOfARead)},
-          std::pair{uncovered, tr("not read")}, std::pair{part, tr("part begins")}}) {
-        auto* const label = new QLabel(text);
-        grid->addWidget(new PlanKeySign(word), place / columns, place % columns * 2);
-        grid->addWidget(label, place / columns, place % columns * 2 + 1);
-        ++place;
-    }
+          std::pair{uncovered, tr("not read")}, std::pair{part, tr("part begins")}})
+        row->addWidget(sideBySide({new PlanKeySign(word), new QLabel(text)}));
     auto* const hint = new QLabel(tr("A row has %1 words; dashes: between the rows are more that "
                                      "nothing asks for.")
                                       .arg(PlanRow::words));
     hint->setWordWrap(true);
-    grid->addWidget(hint, (place + columns - 1) / columns, 0, 1, 2 * columns);
-    for (int column = 0; column < columns; ++column)
-        grid->setColumnStretch(2 * column + 1, 1);
+    auto* const key = new QWidget;
+    auto* const rows = new QVBoxLayout(key);
+    rows->setContentsMargins(0, 0, 0, 0);
+    rows->addWidget(signs);
+    rows->addWidget(hint);
     return key;
 }
 
@@ -210,7 +206,7 @@ QWidget* PlanPage::makeGaps()
     gapTable_->setModel(&gaps_);
     gapTable_->setObjectName(QStringLiteral("planGaps"));
     gapTable_->setAccessibleName(tr("What each merge gap comes to"));
-    makePlainRows(gapTable_, {12, 8, 10});
+    makePlainRows(gapTable_, {12, 9, 11});
     connect(gapTable_->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             [this]() { choose(); });
     useBest_->setObjectName(QStringLiteral("useBest"));
@@ -233,19 +229,17 @@ QWidget* PlanPage::makeGaps()
     gapTable_->setMinimumHeight(gapTable_->fontMetrics().height() * 9);
     plot_->setMinimumHeight(plot_->fontMetrics().height() * 8);
     plot_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
-    auto* const buttons = new QHBoxLayout;
-    buttons->addWidget(useBest_);
-    buttons->addWidget(useChosen_);
-    rows->addLayout(buttons);
+    auto* const buttons = new QWidget;
+    auto* const row = new FlowLayout(buttons);
+    row->addWidget(useBest_);
+    row->addWidget(useChosen_);
+    rows->addWidget(buttons);
     rows->addWidget(notes_);
     return gaps;
 }
 
 QWidget* PlanPage::makeTime()
 {
-    auto* const time = new QWidget;
-    auto* const row = new QHBoxLayout(time);
-    row->setContentsMargins(0, 0, 0, 0);
     auto* const label = new QLabel(tr("A controller answers a&fter"));
     label->setBuddy(responseTime_);
     responseTime_->setRange(0, maxMs);
@@ -253,9 +247,9 @@ QWidget* PlanPage::makeTime()
     responseTime_->setObjectName(QStringLiteral("responseTime"));
     responseTime_->setAccessibleName(tr("What a controller takes before it answers"));
     measured_->setObjectName(QStringLiteral("measuredTime"));
-    row->addWidget(label);
-    row->addWidget(responseTime_);
-    row->addStretch(1);
+    auto* const time = new QWidget;
+    auto* const row = new FlowLayout(time);
+    row->addWidget(sideBySide({label, responseTime_}));
     connect(responseTime_, QOverload<int>::of(&QSpinBox::valueChanged), this, [this]() {
         planAnew();
         emit settingsChanged();

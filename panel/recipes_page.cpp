@@ -10,6 +10,7 @@
 #include <QShortcut>
 #include <QVBoxLayout>
 
+#include "panel/flow_layout.h"
 #include "panel/panel_icons.h"
 #include "panel/recipe_words.h"
 #include "panel/value_delegate.h"
@@ -115,8 +116,7 @@ void RecipesPage::makeTable()
 QWidget* RecipesPage::makeMoves()
 {
     auto* const moves = new QWidget;
-    auto* const row = new QHBoxLayout(moves);
-    row->setContentsMargins(0, 0, 0, 0);
+    auto* const row = new FlowLayout(moves);
     for (const auto& [button, name, tip] :
          {std::tuple{load_, "load", tr("From a file into the buffer")},
           std::tuple{save_, "save", tr("From the buffer into a file")},
@@ -129,15 +129,8 @@ QWidget* RecipesPage::makeMoves()
     }
     auto* const fromFile = new QLabel(tr("File \u21c4 buffer:"));
     auto* const fromController = new QLabel(tr("Controller \u21c4 buffer:"));
-    row->addWidget(fromFile);
-    row->addWidget(load_);
-    row->addWidget(save_);
-    row->addSpacing(fontMetrics().height());
-    row->addWidget(fromController);
-    row->addWidget(upload_);
-    row->addWidget(download_);
-    row->addWidget(read_);
-    row->addStretch(1);
+    row->addWidget(sideBySide({fromFile, load_, save_}));
+    row->addWidget(sideBySide({fromController, upload_, download_, read_}));
     connect(load_, &QPushButton::clicked, this, [this]() { chooseFile(); });
     connect(save_, &QPushButton::clicked, this, [this]() { chooseFileToSave(); });
     connect(read_, &QPushButton::clicked, this, [this]() { move(RecipeKind::read); });

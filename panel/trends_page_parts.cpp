@@ -6,6 +6,7 @@
 #include <QSplitter>
 #include <QVBoxLayout>
 
+#include "panel/flow_layout.h"
 #include "panel/trends_page.h"
 
 namespace dov417 {
@@ -101,8 +102,7 @@ TrendsPage::TrendsPage(PanelDesk& desk)
 QWidget* TrendsPage::makeTools()
 {
     auto* const tools = new QWidget;
-    auto* const row = new QHBoxLayout(tools);
-    row->setContentsMargins(0, 0, 0, 0);
+    auto* const row = new FlowLayout(tools);
     hold_->setCheckable(true);
     hold_->setObjectName(QStringLiteral("trendHold"));
     hold_->setToolTip(tr("Stand still, or run with time (space bar; the End key runs)"));
@@ -134,9 +134,7 @@ QWidget* TrendsPage::makeTools()
            [this]() { stack_->followValues(); });
     button(tr("&Note \u2026"), "trendNote", tr("At cursor A, else now (N)"),
            [this]() { askNote(); });
-    row->addStretch(1);
     row->addWidget(makeMemory());
-    row->addStretch(1);
     button(tr("&Values \u2026"), "trendValues", tr("Which values the plot shows"),
            [this]() { openValues(); });
     row->addWidget(makeMenus());

@@ -5,6 +5,7 @@
 #include <QScrollArea>
 #include <QVBoxLayout>
 
+#include "panel/flow_layout.h"
 #include "panel/panel_icons.h"
 #include "panel/wire_words.h"
 
@@ -101,8 +102,7 @@ std::function<void()> WirePage::prepared(const OrderedJson& settings)
 QWidget* WirePage::makeTools()
 {
     auto* const tools = new QWidget;
-    auto* const row = new QHBoxLayout(tools);
-    row->setContentsMargins(0, 0, 0, 0);
+    auto* const row = new FlowLayout(tools);
     const auto button = [row](const QString& text, const QString& name, const char* objectName) {
         auto* const made = new QPushButton(text);
         made->setAccessibleName(name);
@@ -130,7 +130,7 @@ QWidget* WirePage::makeTools()
         button(tr("Ruler &B"), tr("Ruler B to the next edge of the frame (B)"), "rulerB");
     distance_->setObjectName(QStringLiteral("distance"));
     distance_->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    row->addWidget(distance_, 1);
+    row->addWidget(distance_);
     connect(follow_, &QPushButton::clicked, view_, &WireView::setFollowing);
     connect(cycles_, QOverload<int>::of(&QSpinBox::valueChanged), this, [this](int count) {
         view_->setCycles(count);

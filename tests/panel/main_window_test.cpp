@@ -209,7 +209,8 @@ TEST_F(TheWindow, ForgetsTheValuesOfTheLineBefore)
 TEST_F(TheWindow, IsReachedWithKeysAndNamedForThoseWhoDoNotSeeIt)
 {
     for (int page = 0; page < static_cast<int>(window.pages().size()); ++page) {
-        QTest::keyClick(&window, static_cast<Qt::Key>(Qt::Key_1 + page), Qt::ControlModifier);
+        const int digit = (page + 1) % 10; // 0 is the tenth's
+        QTest::keyClick(&window, static_cast<Qt::Key>(Qt::Key_0 + digit), Qt::ControlModifier);
         EXPECT_TRUE(window.pages().at(static_cast<std::size_t>(page))->isVisible()) << page;
     }
     for (const QWidget* const each : window.findChildren<QWidget*>()) {

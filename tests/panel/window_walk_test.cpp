@@ -34,7 +34,11 @@ public:
         const QString source = QString::fromUtf8(text);
         if (QByteArray(context).startsWith("Q") || source.isEmpty())
             return source; // Qt's own
-        return beginMark + source + QString(source.size() / 2, QLatin1Char('o')) + endMark;
+        // In words, as people write: only between them can a text go on in the next line.
+        QString more(source.size() / 2, QLatin1Char('o'));
+        for (int i = 12; i < more.size() - 1; i += 12)
+            more[i] = QLatin1Char(' ');
+        return beginMark + source + more + endMark;
     }
     bool isEmpty() const override
     {
