@@ -1,19 +1,12 @@
 #include "panel/recipes_page.h"
 
-#include <QCheckBox>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QHBoxLayout>
-#include <QHeaderView>
-#include <QLineEdit>
 #include <QMessageBox>
-#include <QShortcut>
 #include <QVBoxLayout>
 
-#include "panel/flow_layout.h"
 #include "panel/panel_icons.h"
 #include "panel/recipe_words.h"
-#include "panel/value_delegate.h"
 
 namespace dov417 {
 
@@ -79,87 +72,6 @@ QString RecipesPage::title() const
 QIcon RecipesPage::icon() const
 {
     return iconOf(PanelIcon::recipes);
-}
-
-// ---- widgets --------------------------------------------------------------------------------
-
-void RecipesPage::makeTable()
-{
-    filter_.setSourceModel(&model_);
-    table_->setModel(&filter_);
-    table_->setObjectName(QStringLiteral("recipe"));
-    table_->setAccessibleName(tr("The recipe, value by value"));
-    table_->setSelectionBehavior(QAbstractItemView::SelectRows);
-    table_->setAlternatingRowColors(true);
-    table_->setWordWrap(false);
-    table_->setTabKeyNavigation(false);
-    table_->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed);
-    table_->setItemDelegateForColumn(RecipeModel::buffer, new ValueDelegate(table_));
-    table_->verticalHeader()->hide();
-    table_->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-    table_->verticalHeader()->setDefaultSectionSize(table_->fontMetrics().height() + 8);
-    table_->horizontalHeader()->setStretchLastSection(true);
-    const int letter = table_->fontMetrics().averageCharWidth();
-    for (const auto& [column, letters] :
-         {std::pair{RecipeModel::name, 19}, std::pair{RecipeModel::address, 12},
-          std::pair{RecipeModel::controller, 14}, std::pair{RecipeModel::age, 10},
-          std::pair{RecipeModel::file, 15}, std::pair{RecipeModel::buffer, 12},
-          std::pair{RecipeModel::comparison, 20}})
-        table_->setColumnWidth(column, letter * letters);
-    connect(table_->selectionModel(), &QItemSelectionModel::selectionChanged, this,
-            [this]() { showState(); });
-    auto* const remove =
-        new QShortcut(QKeySequence::Delete, table_, nullptr, nullptr, Qt::WidgetShortcut);
-    connect(remove, &QShortcut::activated, this, [this]() { takeOut(); });
-}
-
-QWidget* RecipesPage::makeMoves()
-{
-    auto* const moves = new QWidget;
-    auto* const row = new FlowLayout(moves);
-    for (const auto& [button, name, tip] :
-         {std::tuple{load_, "load", tr("From a file into the buffer")},
-          std::tuple{save_, "save", tr("From the buffer into a file")},
-          std::tuple{read_, "read", tr("Ask the controller for every value; the buffer stays")},
-          std::tuple{upload_, "upload", tr("From the controller into the buffer")},
-          std::tuple{download_, "download",
-                     tr("From the buffer into the controller; then it is read back")}}) {
-        button->setObjectName(QLatin1String(name));
-        button->setToolTip(tip);
-    }
-    auto* const fromFile = new QLabel(tr("File \u21c4 buffer:"));
-    auto* const fromController = new QLabel(tr("Controller \u21c4 buffer:"));
-    row->addWidget(sideBySide({fromFile, load_, save_}));
-    row->addWidget(sideBySide({fromController, upload_, download_, read_}));
-    connect(load_, &QPushButton::clicked, this, [this]() { chooseFile(); });
-    connect(save_, &QPushButton::clicked, this, [this]() { chooseFileToSave(); });
-    connect(read_, &QPushButton::clicked, this, [this]() { move(RecipeKind::read); });
-    connect(upload_, &QPushButton::clicked, this, [this]() { move(RecipeKind::upload); });
-    connect(download_, &QPushButton::clicked, this, [this]() { move(RecipeKind::download); });
-    return moves;
-}
-
-QWidget* RecipesPage::makeTools()
-{
-    auto* const tools = new QWidget;
-    auto* const row = new QHBoxLayout(tools);
-    row->setContentsMargins(0, 0, 0, 0);
-    auto* const search = new QLineEdit;
-    search->setPlaceholderText(tr("Show only names and addresses with \u2026"));
-    search->setAccessibleName(tr("Show only rows with this text"));
-    search->setObjectName(QStringLiteral("recipeSearch"));
-    search->setClearButtonEnabled(true);
-    auto* const different = new QCheckBox(tr("differences &only"));
-    different->setObjectName(QStringLiteral("differentOnly"));
-    takeOut_->setObjectName(QStringLiteral("takeOut"));
-    takeOut_->setToolTip(tr("The values that are chosen are no part of the recipe then"));
-    row->addWidget(search, 1);
-    row->addWidget(different);
-    row->addWidget(takeOut_);
-    connect(search, &QLineEdit::textChanged, &filter_, &RecipeFilter::setText);
-    connect(different, &QCheckBox::toggled, &filter_, &RecipeFilter::setDifferentOnly);
-    connect(takeOut_, &QPushButton::clicked, this, [this]() { takeOut(); });
-    return tools;
 }
 
 // ---- what there is --------------------------------------------------------------------------
