@@ -28,10 +28,11 @@ QString whyNotOpened(const QString& device, const QString& systemText)
                                               "and a new login let you in")
                                    .arg(QString::fromStdString(group));
     }
-    if (const QFileInfo file(device); file.isFile() || file.isDir())
-        return QStringLiteral("%1 is a %2, not a serial port")
-            .arg(device, file.isDir() ? QStringLiteral("folder") : QStringLiteral("file"));
-    return QStringLiteral("port %1 cannot be used: %2").arg(device, systemText);
+    const QFileInfo file(device);
+    return QStringLiteral("port %1 cannot be used: %2")
+        .arg(device, file.isFile()  ? QStringLiteral("it is a file")
+                     : file.isDir() ? QStringLiteral("it is a folder")
+                                    : systemText);
 }
 
 QSerialPort::Parity parityOf(Parity parity)

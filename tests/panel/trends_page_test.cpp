@@ -270,8 +270,9 @@ TEST_F(TheTrendsPage, ReadsOutAtAndBetweenTwoCursors)
     stack->setCursor(0, first);
     EXPECT_FALSE(table->isColumnHidden(TrendReadout::atA));
     EXPECT_TRUE(table->isColumnHidden(TrendReadout::mean));
+    // That a value that stays is still good is told twice a second.
     ASSERT_TRUE(waitUntil([&]() {
-        stack->setCursor(1, now() - 20000);
+        stack->setCursor(1, now() - trendSecond);
         return cell(0, TrendReadout::atB) == "9.0 bar";
     }));
     EXPECT_FALSE(table->isColumnHidden(TrendReadout::mean));
