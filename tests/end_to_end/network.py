@@ -29,11 +29,12 @@ def free_port(host="127.0.0.1"):
 def wait_for_listener(host, port, process):
     """Without a connection of our own, of which there may be one only."""
     table = "/proc/net/tcp6" if ":" in host else "/proc/net/tcp"
-    wanted = f":{port:04X} "
+    listening = "0A"
     while process.poll() is None:
         with open(table, encoding="ascii") as file:
-            if any(wanted in line.split("0A", 1)[0] for line in file if " 0A " in line):
-                return
+            for _, local, _, state, *_ in map(str.split, file):
+                if local.endswith(f":{port:04X}") and state == listening:
+                    return
         time.sleep(0.01)
     raise AssertionError(f"nobody listens on {port}: {process.stderr.read()}")
 
