@@ -23,9 +23,9 @@ bool isTorn(const Address& value, const Address& written)
            (words.first < part.first || part.first + part.count < words.first + words.count);
 }
 
-std::tuple<int, std::string, int, int> viewKey(const Address& address)
+std::tuple<int, std::string, Width, int, int> viewKey(const Address& address)
 {
-    return {address.station, address.regName, address.first, address.length};
+    return {address.station, address.regName, address.width, address.first, address.length};
 }
 
 Words wordsUnder(const Address& address)

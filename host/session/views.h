@@ -81,8 +81,9 @@ public:
     bool haveChanged() const;
 
 private:
-    using UnitKey = std::tuple<int, std::string, int>;       // station, area or name, address
-    using ValueKey = std::tuple<int, std::string, int, int>; // station, name, first, length
+    using UnitKey = std::tuple<int, std::string, int>; // station, area or name, address
+    // Station, name, width, first, length: a number and a text may lie in the same words.
+    using ValueKey = std::tuple<int, std::string, Width, int, int>;
     using Index = std::map<UnitKey, std::vector<std::size_t>>;
 
     // What is known of a view besides.

@@ -50,6 +50,26 @@ TEST_F(SessionOnALine, AShortAddressInsideALongOneLeavesNoWordUnread)
     EXPECT_EQ(planned.size(), 300U);
 }
 
+TEST_F(SessionOnALine, ANumberAndATextInTheSameWordAreBothFollowed)
+{
+    beAController();
+    Address text = words("R_W", 1);
+    text.width = Width::text;
+    const auto allAre = [this](unsigned char byte) {
+        for (const View& view : session->views())
+            if (!view.hasValue || view.isOld || view.value != ValueBytes{byte, byte})
+                return false;
+        return true;
+    };
+    registers[0x0500 + 1] = registers[0x0500 + 2] = 0x4141;
+    session->watch({words("R_W", 1), text});
+    ASSERT_TRUE(waitUntil([&]() { return allAre(0x41); }));
+    session->watch({words("R_W", 1), text, words("R_W", 2)});
+    registers[0x0500 + 1] = registers[0x0500 + 2] = 0x4242;
+    EXPECT_TRUE(waitUntil([&]() { return allAre(0x42); }));
+    EXPECT_EQ(session->views().at(1).address, text);
+}
+
 TEST_F(SessionOnALine, WhatTheDriverDoesNotTakeIsReportedAndTheOthersGoOut)
 {
     session->write(wordWrite("X_W", 1, 1), outcome(1));
