@@ -1,5 +1,6 @@
 #include "live/child_process.h"
 
+#include <QCoreApplication>
 #include <QStringList>
 #include <QTemporaryFile>
 #include <cerrno>
@@ -7,7 +8,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
-#include <filesystem>
 #include <sys/prctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -88,8 +88,7 @@ void ChildProcess::begin(const std::string& task, const std::string& record)
     QStringList arguments = {QString::fromLatin1(childMark), QString::fromStdString(task)};
     if (childEnd_ >= 0)
         arguments.append(QString::number(childEnd_));
-    start(QString::fromStdString(std::filesystem::read_symlink("/proc/self/exe").string()),
-          arguments);
+    start(QCoreApplication::applicationFilePath(), arguments); // also where there is no /proc
     // QProcess ignores it for good; an output that nobody reads any more is to end the program.
     sigaction(SIGPIPE, &brokenPipe, nullptr);
     closeChildEnd(); // the child's own is another one
