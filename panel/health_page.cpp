@@ -124,11 +124,11 @@ void HealthPage::picture()
     band_->show(history_, now);
     link_->setText(
         tr("The last ten minutes: %1.").arg(historyText(history_, now - LinkBand::shown)));
-    if (collected_ == shown_)
-        return;
-    shown_ = collected_;
-    showCounters();
-    showAdvice();
+    if (collected_ != shown_) {
+        shown_ = collected_;
+        showCounters();
+    }
+    showAdvice(); // the line may have gone since
 }
 
 void HealthPage::showCounters()

@@ -59,6 +59,8 @@ void LineWorker::open(const LineOrder& order)
     state_.isUnlocked = order.setup.simulated;
     state_.port = order.setup.port;
     cycles_ = 0;
+    statistics_.reset(); // of the line before
+    pulses_ = 0;
     pulseTimer_.start();
     try {
         makeLine(order);

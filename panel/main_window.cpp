@@ -1,5 +1,6 @@
 #include "panel/main_window.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QHBoxLayout>
 #include <QMenuBar>
@@ -196,7 +197,9 @@ void MainWindow::changeEvent(QEvent* event)
 
 void MainWindow::closeEvent(QCloseEvent* event)
 {
+    isClosing_ = true;
     const bool mayClose = asksToSave_ ? actions_->mayLeave() : actions_->mayCloseLine();
+    isClosing_ = false;
     if (mayClose && asksToSave_)
         actions_->dropUnsaved();
     event->setAccepted(mayClose);
@@ -205,6 +208,10 @@ void MainWindow::closeEvent(QCloseEvent* event)
 void MainWindow::leave()
 {
     actions_->keepUnsaved();
+    if (isClosing_) { // a question is open that nobody may answer any more
+        QApplication::quit();
+        return;
+    }
     asksToSave_ = false;
     close();
     asksToSave_ = true;

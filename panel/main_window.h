@@ -60,7 +60,8 @@ private:
     PanelDesk& desk_;
     ProjectDocument document_;
     const std::unique_ptr<ProjectActions> actions_;
-    QMenu* const go_; // to each page
+    QMenu* const go_;        // to each page
+    bool isClosing_ = false; // a question may be open
     bool asksToSave_ = true;
     std::vector<PanelPage*> pages_;
     QListWidget* const list_;

@@ -165,7 +165,7 @@ void PanelDesk::apply(const LineBatch& batch)
         return; // of one before
     lastHeard_ = Clock::now();
     if (book_.isSilent()) {
-        book_.setSilent(false);
+        book_.heardAgain(batch.made);
         tellAllValues();
     }
     state_ = batch.state;

@@ -75,6 +75,8 @@ public:
     {
         return setup_;
     }
+    // For plans, while no line is open.
+    void setLineSetup(const LineSetup& setup);
     // Counts the lines that were opened: what was meant for one goes to no other.
     int lineNumber() const
     {

@@ -3,6 +3,12 @@
 
 namespace dov417 {
 
+void PanelDesk::setLineSetup(const LineSetup& setup)
+{
+    setup_ = setup;
+    emit lineSetupChanged();
+}
+
 void PanelDesk::setGap(int gap)
 {
     if (writesUnderWay() > 0 || recipeIsUnderWay())

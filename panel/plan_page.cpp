@@ -273,7 +273,7 @@ std::function<void()> PlanPage::prepared(const OrderedJson& settings)
 {
     const OrderedJson time = settings.value(responseTimeMember, OrderedJson(0));
     if (!time.is_number_integer() || time < 0 || time > maxMs)
-        throw UsageFailure(std::string("plan.") + responseTimeMember +
+        throw UsageFailure(std::string(responseTimeMember) +
                            ": is a number of milliseconds, 0 to " + std::to_string(maxMs));
     return [this, ms = time.get<int>()]() { responseTime_->setValue(ms); };
 }

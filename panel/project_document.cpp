@@ -42,7 +42,9 @@ private:
 OrderedJson settingsIn(const ProjectContent& content, const std::string& name)
 {
     const auto settings = content.pages.find(name);
-    return settings == content.pages.end() ? OrderedJson::object() : settings->second;
+    // A newer program's may be of another kind.
+    return settings == content.pages.end() || !settings->second.is_object() ? OrderedJson::object()
+                                                                            : settings->second;
 }
 
 bool areSame(const std::vector<Item>& a, const std::vector<Item>& b)
@@ -251,9 +253,11 @@ void ProjectDocument::setLine(const LineSetup& line)
     if (file_.isEmpty() && !isModified() && history_.count() == 0) {
         content_ = content;
         emit changed();
-        return;
+    } else {
+        push(content, tr("settings of the line"), std::string());
     }
-    push(content, tr("settings of the line"), std::string());
+    if (!desk_.hasLine())
+        desk_.setLineSetup(line);
 }
 
 void ProjectDocument::openLine()
@@ -263,6 +267,8 @@ void ProjectDocument::openLine()
         line.port.clear(); // counts for nothing then
     if (line.simulated || !line.port.empty())
         desk_.open(line, trialController());
+    else
+        desk_.setLineSetup(line);
 }
 
 // ---- edits --------------------------------------------------------------------------------------

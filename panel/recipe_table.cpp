@@ -178,6 +178,11 @@ std::size_t RecipeTable::load(const std::string& file)
 {
     const std::vector<RecipeEntry> entries =
         readRecipe(file, [this](const std::string& name) { return find(name); });
+    std::vector<RecipeShare> all;
+    all.reserve(entries.size());
+    for (const RecipeEntry& entry : entries)
+        all.push_back({entry, {}});
+    requireOneWish(all);
     clear();
     std::size_t locked = 0;
     for (const RecipeEntry& entry : entries) {
@@ -263,7 +268,8 @@ void RecipeTable::ended(const std::vector<RecipeShare>& shares, const RecipeNews
             RecipeRow* const row = find(key);
             const std::size_t value = index++;
             if (!row)
-                continue; // nobody watches it any more
+                continue;                                           // nobody watches it any more
+            const bool isEdited = row->fate != RecipeFate::waiting; // meanwhile
             row->reason = reading.problem;
             row->fate = RecipeFate::unknown;
             if (!reading.problem.empty())
@@ -272,7 +278,7 @@ void RecipeTable::ended(const std::vector<RecipeShare>& shares, const RecipeNews
             row->controller = sliceOf(reading.data, address, value);
             row->readAt = news.asOf;
             row->fate = RecipeFate::read;
-            if (news.kind == RecipeKind::upload)
+            if (news.kind == RecipeKind::upload && !isEdited)
                 row->buffer = row->controller;
             if (news.kind == RecipeKind::download)
                 row->fate = row->controller == sliceOf(share.entry.data, address, value)

@@ -294,7 +294,7 @@ std::function<void()> RecipesPage::prepared(const OrderedJson& settings)
 {
     const OrderedJson file = settings.value(recipeFileMember, OrderedJson(""));
     if (!file.is_string())
-        throw UsageFailure(std::string("recipes.") + recipeFileMember + ": is the name of a file");
+        throw UsageFailure(std::string(recipeFileMember) + ": is the name of a file");
     return [this, file = QString::fromStdString(file.get<std::string>())]() {
         if (file == path_)
             return;

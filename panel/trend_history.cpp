@@ -32,7 +32,7 @@ std::size_t TrendHistory::maxBlocks() const
 void TrendHistory::setLimit(std::size_t bytes)
 {
     limit_ = bytes;
-    while (made_ > maxBlocks() && free_.size() < made_)
+    while (blocks_.size() - free_.size() > maxBlocks()) // in use
         reclaim(std::numeric_limits<TrendTime>::max());
     for (auto place = free_.begin(); made_ > maxBlocks() && place != free_.end(); ++place)
         if (blocks_.at(*place)) {
@@ -163,7 +163,8 @@ void TrendHistory::append(Series& series, const TrendEvent& event)
 
 std::uint32_t TrendHistory::takeBlock(TrendTime now)
 {
-    if (free_.empty() && made_ >= maxBlocks())
+    const bool isToBeMade = free_.empty() || !blocks_.at(free_.back());
+    if (isToBeMade && made_ >= maxBlocks())
         reclaim(now);
     if (free_.empty()) {
         free_.push_back(static_cast<std::uint32_t>(blocks_.size()));

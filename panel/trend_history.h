@@ -169,8 +169,8 @@ template <typename Use>
 void TrendHistory::walk(const Address& address, TrendTime from, Use use) const
 {
     const auto found = series_.find(address);
-    if (found == series_.end())
-        return;
+    if (found == series_.end() || found->second.knownUntil == 0)
+        return; // nothing was recorded of it
     const Series& series = found->second;
     if (series.last.at > from)
         for (std::uint32_t at = blockAt(series, from); at != none; at = block(at).newer) {

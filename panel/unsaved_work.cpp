@@ -17,7 +17,9 @@ struct UnsavedWork::Copy {
     // In this folder, unless it has one there already. The lock is there before the copy is.
     bool put(const QString& folder, const QString& of, const QByteArray& text, QString& why)
     {
-        const QString name = path.isEmpty() || project != of ? unsavedName(folder, of) : path;
+        const bool isThere = !path.isEmpty() && project == of &&
+                             QFileInfo(path).absolutePath() == QFileInfo(folder).absoluteFilePath();
+        const QString name = isThere ? path : unsavedName(folder, of);
         if (name != path) {
             const auto fresh = std::make_shared<QLockFile>(name + QStringLiteral(".lock"));
             fresh->setStaleLockTime(0);

@@ -27,11 +27,18 @@ void ValueBook::forget()
     for (auto& [address, entry] : entries_)
         entry = Entry();
     writes_.clear();
+    notBefore_ = Clock::time_point();
 }
 
 void ValueBook::setSilent(bool isSilent)
 {
     isSilent_ = isSilent;
+}
+
+void ValueBook::heardAgain(Clock::time_point at)
+{
+    isSilent_ = false;
+    notBefore_ = at;
 }
 
 std::vector<Address> ValueBook::apply(const LineBatch& batch)
@@ -49,8 +56,9 @@ std::vector<Address> ValueBook::apply(const LineBatch& batch)
         if (entry == entries_.end())
             continue;
         View& known = entry->second.view;
+        const bool isReadAgain = known.lastGood < notBefore_ && view.lastGood >= notBefore_;
         if (isOpen_ == wasOpen && (known.quality() != view.quality() || known.value != view.value ||
-                                   known.changes != view.changes))
+                                   known.changes != view.changes || isReadAgain))
             changed.push_back(view.address);
         known = view;
     }
@@ -111,7 +119,8 @@ ValueStanding ValueBook::standing(const Address& address) const
         return standing;
     const Entry& entry = found->second;
     const View& view = entry.view;
-    standing.isOld = view.hasValue && (view.isOld || isSilent_ || !isOpen_);
+    standing.isOld =
+        view.hasValue && (view.isOld || isSilent_ || !isOpen_ || view.lastGood < notBefore_);
     standing.reason = entry.failure;
     standing.state = entry.writes > 0 || view.writes > 0 ? ValueState::beingWritten
                      : !entry.failure.empty()            ? ValueState::failed

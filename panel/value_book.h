@@ -38,6 +38,8 @@ public:
     void forget();
     // The line's thread says nothing: nothing is known to be good.
     void setSilent(bool isSilent);
+    // It speaks again, since then: what was read before is old until it is read once more.
+    void heardAgain(Clock::time_point at);
     bool isSilent() const
     {
         return isSilent_;
@@ -67,7 +69,8 @@ private:
 
     int generation_ = 0;
     bool isSilent_ = false;
-    bool isOpen_ = true; // the line, as last told
+    Clock::time_point notBefore_{}; // what was read before that is old
+    bool isOpen_ = true;            // the line, as last told
     std::unordered_map<Address, Entry, AddressHash> entries_;
     std::map<long long, std::vector<Address>> writes_;
 };

@@ -258,6 +258,8 @@ std::vector<WireSpan> WireTimes::underWay(Clock::time_point now) const
 // Many at a time, so that it is done rarely.
 void WireTimes::forgetOldest()
 {
+    while (spans_.size() > maxSpans) // of noise there may be any number without a frame
+        spans_.pop_front();
     if (frames_.size() <= maxFrames)
         return;
     const auto surplus = static_cast<std::ptrdiff_t>(frames_.size() - maxFrames + maxFrames / 10);

@@ -65,6 +65,7 @@ struct WireFrame {
 class WireTimes {
 public:
     static constexpr std::size_t maxFrames = 20000;
+    static constexpr std::size_t maxSpans = 10 * maxFrames;
 
     // Another line.
     void clear();

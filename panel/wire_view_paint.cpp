@@ -186,6 +186,11 @@ void WireView::paintNames(QPainter& painter) const
         const WireFrame& frame = frames[i];
         const int row = laneOf(frame.told.request.station);
         const double begin = std::max<double>(xOf(frame.begin), left());
+        bool hasRoom = false;
+        for (int nameRow = 0; nameRow < rows; ++nameRow)
+            hasRoom = hasRoom || begin >= taken[{row, nameRow}];
+        if (!hasRoom)
+            continue; // before its text is made: there may be thousands
         const bool isBad =
             frame.hasEnded && frame.told.why != Reason::none && frame.told.why != Reason::broadcast;
         const QString text =

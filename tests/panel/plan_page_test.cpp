@@ -253,7 +253,7 @@ TEST_F(ThePlanPage, KeepsItsTimeInTheProject)
     EXPECT_THAT(complaint([this]() {
                     page->prepared(OrderedJson{{"responseTime", "long"}});
                 }),
-                StartsWith("plan.responseTime: "));
+                StartsWith("responseTime: "));
 }
 
 TEST(APlanMap, ShowsWhatNoRequestReadsAndWhatTwoRead)

@@ -120,6 +120,17 @@ TEST_F(ARecipeTable, MovesNoTwoValuesToOnePlace)
                 HasSubstr("the buffer is empty"));
 }
 
+TEST_F(ARecipeTable, LoadsNoFileThatWantsTwoThingsOfOnePlace)
+{
+    const QTemporaryDir folder;
+    const std::string file = folder.filePath("recipe.json").toStdString();
+    std::ofstream(file) << R"({"R_W:1": 4, "1/R_W:1": 9})";
+    watch({"R_W:1"});
+    table.edit(0, "7");
+    EXPECT_THAT(complaint([&]() { table.load(file); }), HasSubstr("want different values"));
+    EXPECT_EQ(table.rows().at(0).buffer, (ValueBytes{7, 0}));
+}
+
 TEST_F(ARecipeTable, LeavesOutWhatCanOnlyBeRead)
 {
     const QTemporaryDir folder;

@@ -462,7 +462,7 @@ TEST_F(TheRecipesPage, RemembersItsFileInTheProject)
     EXPECT_THAT(complaint([this]() {
                     page->prepared(OrderedJson{{"file", 3}});
                 }),
-                StartsWith("recipes.file: "));
+                StartsWith("file: "));
     EXPECT_EQ(page->settings().dump(), "{}");
     page->prepared(OrderedJson{{"file", path("recipe.json")}})();
     EXPECT_TRUE(waitUntil([this]() { return !cell("speed", RecipeModel::buffer).empty(); }));

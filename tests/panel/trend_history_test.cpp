@@ -213,10 +213,13 @@ TEST(TrendHistory, GivesBackWhatALowerLimitDoesNotHave)
     EXPECT_GT(before, 2 * TrendHistory::mebibyte);
     EXPECT_LE(history.bytes(), TrendHistory::mebibyte);
     EXPECT_GT(history.begin(registerAt(1)), second(100000));
+    EXPECT_LT(history.begin(registerAt(1)), second(190000)) << "no more is lost than has to be";
     EXPECT_EQ(history.end(registerAt(1)), second(199999));
+    runChanges(history, 0, 2, 200000, 200000 + 50000);
+    EXPECT_LE(history.bytes(), TrendHistory::mebibyte);
     history.setLimit(8 * TrendHistory::mebibyte);
-    runChanges(history, 0, 2, 200000, 300000);
-    EXPECT_LT(history.begin(registerAt(1)), second(200000));
+    runChanges(history, 0, 2, 250000, 350000);
+    EXPECT_LT(history.begin(registerAt(1)), second(250000));
     EXPECT_GT(eventsOf(history, registerAt(1)), 100000);
 }
 

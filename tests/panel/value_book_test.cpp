@@ -40,6 +40,23 @@ TEST(ValueBook, DropsWhatWasToldOfAnOlderGeneration)
     EXPECT_EQ(valueOf(book, registerAt(0)), -1);
 }
 
+TEST(ValueBook, HasNothingForGoodAfterASilenceBeforeItIsReadAgain)
+{
+    ValueBook book;
+    book.watch(1, {registerAt(0)});
+    const View before = goodView(registerAt(0), 1);
+    book.apply(batchOf(1, {before}));
+    book.setSilent(true);
+    EXPECT_EQ(book.standing(registerAt(0)).state, ValueState::old);
+    book.heardAgain(before.lastGood + std::chrono::seconds(60));
+    EXPECT_THAT(book.apply(batchOf(1, {before})), IsEmpty());
+    EXPECT_EQ(book.standing(registerAt(0)).state, ValueState::old);
+    View again = before;
+    again.lastGood += std::chrono::seconds(61);
+    EXPECT_THAT(book.apply(batchOf(1, {again})), ElementsAre(registerAt(0)));
+    EXPECT_EQ(book.standing(registerAt(0)).state, ValueState::good);
+}
+
 TEST(ValueBook, DropsWhatIsNotWatched)
 {
     ValueBook book;
