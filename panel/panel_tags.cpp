@@ -108,16 +108,18 @@ std::string allowedRange(const PanelValue& value)
                : limits.max ? "up to " + withUnit(limitText(*limits.max), format)
                             : std::string();
     const int bits = bitsOf(value.address.width);
-    double low = isSigned(format.notation) ? -std::exp2(bits - 1) : 0;
-    double high = isSigned(format.notation)          ? std::exp2(bits - 1) - 1
-                  : format.notation == Notation::bcd ? std::pow(10, bits / bitsPerDigit) - 1
-                                                     : std::exp2(bits) - 1;
+    const double low = isSigned(format.notation) ? -std::exp2(bits - 1) : 0;
+    const double high = isSigned(format.notation)          ? std::exp2(bits - 1) - 1
+                        : format.notation == Notation::bcd ? std::pow(10, bits / bitsPerDigit) - 1
+                                                           : std::exp2(bits) - 1;
     const auto scaled = [&format](double number) {
         return number * format.scaling.scale + format.scaling.offset;
     };
-    low = limits.min.value_or(std::min(scaled(low), scaled(high)));
-    high = limits.max.value_or(std::max(scaled(low), scaled(high)));
-    return withUnit(limitText(low) + " to " + limitText(high), format);
+    const auto [least, most] =
+        std::minmax({scaled(low), scaled(high)}); // the scale may be negative
+    return withUnit(limitText(limits.min.value_or(least)) + " to " +
+                        limitText(limits.max.value_or(most)),
+                    format);
 }
 
 std::vector<Item> pastedItems(const Library& library, const std::string& text)

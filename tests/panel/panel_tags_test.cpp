@@ -52,6 +52,9 @@ TEST_F(PanelTagTexts, SayWhatMayBeWritten)
     EXPECT_EQ(allowedRange(value(scaled)), "-40 to 6513.5 K");
     scaled.limits.max = 80;
     EXPECT_EQ(allowedRange(value(scaled)), "-40 to 80 K");
+    Item falling = item("R_W:5@signed");
+    falling.format.scaling = Scaling{-0.5, 10, 1, "K"};
+    EXPECT_EQ(allowedRange(value(falling)), "-16373.5 to 16394 K");
 }
 
 TEST_F(PanelTagTexts, AreRefusedOutsideOfTheirLimits)
