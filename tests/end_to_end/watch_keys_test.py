@@ -1,6 +1,7 @@
 """The keys of `watch`, on a terminal that is drawn."""
 
 import os
+import re
 import signal
 import unittest
 
@@ -45,25 +46,30 @@ class Keys(EndToEnd):
     def values(lines):
         return [line for line in lines if "1/R_W:" in line]
 
+    def wait_for_values(self, terminal, count):
+        """The screen with so many: what is drawn may arrive in pieces."""
+        terminal.wait_until(lambda lines: len(self.values(lines)) == count)
+
     def test_the_values_have_the_screen(self):
         terminal, _ = self.watching()
+        self.wait_for_values(terminal, 20)
+        good = re.compile(r"link good; all requests: \d+ sent, \d+ good, ")
+        terminal.wait_until(lambda lines: good.match(lines[22]))
         lines = terminal.lines()
         self.assertEqual(len(lines), 24)
-        self.assertEqual(len(self.values(lines)), 20)
         self.assertIn("300 values | lines 1 to 20", lines[0])
-        self.assertRegex(lines[22], r"^link good; all requests: \d+ sent, \d+ good, ")
         terminal.resize(132, 43)
         terminal.wait_for("lines 1 to 39$")
-        self.assertEqual(len(self.values(terminal.lines())), 39)
+        self.wait_for_values(terminal, 39)
         terminal.press("End")
         terminal.wait_for("lines 262 to 300$")
         terminal.wait_for("^line29.level299 ")
         terminal.resize(80, 24)
         terminal.wait_for("lines 281 to 300$")
-        self.assertEqual(len(self.values(terminal.lines())), 20)
+        self.wait_for_values(terminal, 20)
         terminal.press("s")
         terminal.wait_for(r"^read  1#R_W128\(128\): \d+ sent")
-        self.assertEqual(self.values(terminal.lines()), [])
+        self.wait_for_values(terminal, 0)
         terminal.press("?")
         terminal.wait_for("^w +write to the line under the cursor")
         terminal.press("Escape")
@@ -73,14 +79,14 @@ class Keys(EndToEnd):
 
     def test_a_large_terminal_from_the_start(self):
         terminal, _ = self.watching(columns=132, rows=43)
-        self.assertEqual(len(self.values(terminal.lines())), 39)
+        self.wait_for_values(terminal, 39)
         terminal.press("C-c")
         self.ends(terminal)
 
     def test_a_write_goes_to_the_line_under_the_cursor_alone(self):
         terminal, controller = self.watching()
         terminal.type("/level12")
-        terminal.wait_until(lambda lines: len(self.values(lines)) == 11)
+        self.wait_for_values(terminal, 11)
         terminal.wait_for('filter "level12": 11 of 300 values')
         terminal.press("Enter", "Down", "Down")
         terminal.type("w")
@@ -174,7 +180,7 @@ class Keys(EndToEnd):
         terminal.press("Enter")
         terminal.wait_for("^300 values")
         terminal.type("/level299")
-        terminal.wait_until(lambda lines: len(self.values(lines)) == 1)
+        self.wait_for_values(terminal, 1)
         terminal.press("Escape")
         terminal.press("q")
         terminal.wait_for(r"ready>\s*\Z")
@@ -233,7 +239,7 @@ class Keys(EndToEnd):
         terminal.type(f"{TOOL} watch --port {controller.port} --tags {self.tags()} </dev/null")
         terminal.press("Enter")
         terminal.wait_for(r"^line0.level0 +1/R_W:0 +0 mm ")
-        self.assertEqual(len(self.values(terminal.lines())), 21)
+        self.wait_for_values(terminal, 21)
         terminal.press("C-c")
         terminal.wait_for(r"ready>\s*\Z")
         self.assertEqual(terminal.flag("alternate_on"), "0")
