@@ -3,6 +3,7 @@
 import os
 import re
 import signal
+import time
 import unittest
 
 from harness import TOOL, EndToEnd
@@ -50,6 +51,17 @@ class Keys(EndToEnd):
         """The screen with so many: what is drawn may arrive in pieces."""
         terminal.wait_until(lambda lines: len(self.values(lines)) == count)
 
+    @staticmethod
+    def enter(terminal, entry, outcome):
+        """Enter as a person presses it who has seen the entry, until what it does is seen."""
+        terminal.wait_for(f": {entry}_$")
+        again = "Enter again sends it"
+        found = again
+        while found == again:
+            time.sleep(0.15)
+            terminal.press("Enter")
+            found = terminal.wait_for(f"{outcome}|{again}").group()
+
     def test_the_values_have_the_screen(self):
         terminal, _ = self.watching()
         self.wait_for_values(terminal, 20)
@@ -93,14 +105,11 @@ class Keys(EndToEnd):
         terminal.wait_for(r"^write line12.level121, 1/R_W:121: now 0 mm; 0 to 3000 mm$")
         terminal.press("Down", "PageDown")
         terminal.type("4000")
-        terminal.press("Enter")
-        terminal.wait_for("above the maximum, 3000; nothing was sent")
+        self.enter(terminal, "4000", "above the maximum, 3000; nothing was sent")
         terminal.press("C-u")
         terminal.type("1500")
         terminal.resize(60, 20)
-        terminal.wait_for("1500_$")
-        terminal.press("Enter")
-        terminal.wait_for(r"line12.level121 = 1500 mm: written and read back,")
+        self.enter(terminal, "1500", r"line12.level121 = 1500 mm: written and read back,")
         terminal.wait_for(r"^line12.level121 +1/R_W:121 +1500 mm ")
         terminal.resize(80, 24)
         terminal.press("Down")
@@ -130,6 +139,14 @@ class Keys(EndToEnd):
         # As from a terminal that does not mark it.
         terminal.type("w99\r")
         terminal.wait_for("Enter again sends it")
+        terminal.press("Escape")
+        terminal.wait_for("^nothing was sent$")
+        # The same in two reads: 4096 bytes fill the first.
+        terminal.type("w")
+        terminal.wait_for("^new value .*: _$")
+        terminal.type("\b" * 4094 + "66\r")
+        terminal.wait_for("Enter again sends it")
+        terminal.wait_for("^new value .*: 66_$")
         terminal.press("Escape")
         terminal.wait_for("^nothing was sent$")
         terminal.type("q")
@@ -166,8 +183,7 @@ class Keys(EndToEnd):
         terminal.type("w")
         terminal.wait_for("^new value")
         terminal.type("7")
-        terminal.press("Enter")
-        terminal.wait_for("the port is away; nothing was sent")
+        self.enter(terminal, "7", "the port is away; nothing was sent")
         terminal.press("C-c")
         self.ends(terminal, 1)
 
