@@ -35,6 +35,7 @@ public:
 
 private:
     void makeTable();
+    void makeFields();
     QWidget* makeTools();
     QWidget* makeFiles();
     void passed(const std::vector<Passed>& passed, long long notTold);
