@@ -1,6 +1,5 @@
 #include "panel/line_page.h"
 
-#include <QFileDialog>
 #include <QHeaderView>
 #include <QSplitter>
 #include <QVBoxLayout>
@@ -43,6 +42,17 @@ LinePage::LinePage(PanelDesk& desk)
     connect(&desk, &PanelDesk::lineBegan, this, [this]() { backToLine(); });
     connect(table_->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
             [this]() { showFields(); });
+    const auto look = [this]() {
+        const bool isNone = filter_.rowCount() == 0 && model_.rowCount() > 0;
+        if (isNone == isNoneShown_)
+            return;
+        isNoneShown_ = isNone;
+        showWhatStands();
+    };
+    connect(&filter_, &QAbstractItemModel::rowsInserted, this, look);
+    connect(&filter_, &QAbstractItemModel::rowsRemoved, this, look);
+    connect(&filter_, &QAbstractItemModel::modelReset, this, look);
+    connect(&model_, &QAbstractItemModel::rowsInserted, this, look);
     showWhatStands();
     showFields();
 }
@@ -96,15 +106,19 @@ void LinePage::showWhatStands()
     hold_->setVisible(log_.isEmpty());
     back_->setVisible(!log_.isEmpty());
     const int waiting = static_cast<int>(waiting_.size());
-    standing_->setText(!log_.isEmpty() ? tr("The log %1, not the line.").arg(log_)
-                       : isHeld_       ? tr("It stands still; %n more have passed since. "
-                                                  "The line goes on.",
-                                            nullptr, waiting)
-                                       : QString());
+    const QString none = tr("None of the rows is what is asked for above.");
+    standing_->setText(!log_.isEmpty() ? tr("The log %1, not the line.").arg(log_) +
+                                             (isNoneShown_ ? QLatin1Char(' ') + none : QString())
+                       : isNoneShown_ ? none
+                       : isHeld_      ? tr("It stands still; %n more have passed since. "
+                                                "The line goes on.",
+                                           nullptr, waiting)
+                                      : QString());
 }
 
 void LinePage::backToLine()
 {
+    const bool wasLog = !log_.isEmpty();
     log_.clear();
     waiting_.clear();
     notShown_ = 0;
@@ -112,30 +126,37 @@ void LinePage::backToLine()
     model_.clear();
     showWhatStands();
     showFields();
+    if (wasLog)
+        emit lineShown();
 }
 
 // ---- files ----------------------------------------------------------------------------------
 
 bool LinePage::openLog(const QString& file)
 {
+    RecordedLog log;
     try {
-        model_.load(file.toStdString());
+        log = readRecordedLog(file.toStdString());
     } catch (const Failure& failure) {
         emit told(QString::fromUtf8(failure.what()));
         return false;
     }
+    model_.load(log);
     log_ = file;
+    logWire_ = log.wire ? toText(*log.wire) : std::string();
     waiting_.clear();
     isHeld_ = false;
     showWhatStands();
+    showFields();
     emit told(QString());
+    emit logShown(log);
     return true;
 }
 
 bool LinePage::saveLog(const QString& file)
 {
     try {
-        model_.save(file.toStdString());
+        model_.save(file.toStdString(), log_.isEmpty() ? desk_.state().wire : logWire_);
     } catch (const Failure& failure) {
         emit told(QString::fromUtf8(failure.what()));
         return false;
@@ -148,13 +169,10 @@ bool LinePage::saveLog(const QString& file)
 
 bool LinePage::showFrame(long long number)
 {
-    if (!log_.isEmpty()) {
-        emit told(tr("The page of the line shows the log %1; Back to the line is a button there.")
-                      .arg(log_));
-        return false;
+    if (log_.isEmpty()) {
+        setHeld(false); // what has waited may hold it
+        setHeld(true);
     }
-    setHeld(false); // what has waited may hold it
-    setHeld(true);
     const std::optional<int> row = model_.rowOfRequest(number);
     if (!row) {
         setHeld(false);

@@ -1,5 +1,7 @@
 #include "panel/wire_page.h"
 
+#include <QDateTime>
+#include <QKeyEvent>
 #include <QScrollArea>
 #include <QVBoxLayout>
 
@@ -12,6 +14,14 @@ namespace {
 
 const char* const cyclesMember = "cycles";
 
+QString momentText(LogTime time)
+{
+    const auto millis =
+        std::chrono::duration_cast<std::chrono::milliseconds>(time.time_since_epoch()).count();
+    return QDateTime::fromMSecsSinceEpoch(millis).toString(
+        QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz"));
+}
+
 std::optional<SerialFormat> formatOf(const std::string& wire)
 {
     if (wire.empty())
@@ -23,8 +33,9 @@ std::optional<SerialFormat> formatOf(const std::string& wire)
 
 WirePage::WirePage(PanelDesk& desk)
     : PanelPage(desk), view_(new WireView(times_, desk.areas())), table_(new QTableView),
-      follow_(new QPushButton(tr("&Follow the line"))), cycles_(new QSpinBox),
-      distance_(new QLabel), known_(new QLabel), frame_(new QLabel), sentence_(new QLabel)
+      follow_(new QPushButton(tr("&Follow the line"))),
+      back_(new QPushButton(tr("&Back to the line"))), cycles_(new QSpinBox), distance_(new QLabel),
+      known_(new QLabel), frame_(new QLabel), sentence_(new QLabel)
 {
     view_->setObjectName(QStringLiteral("wire"));
     auto* const scroll = new QScrollArea;
@@ -106,7 +117,8 @@ void WirePage::lineBegan()
 {
     times_.clear();
     wire_.clear();
-    view_->forget();
+    if (!log_)
+        view_->forget();
     showWhatIsKnown();
 }
 
@@ -133,9 +145,18 @@ void WirePage::showEvent(QShowEvent* event)
     picture();
 }
 
+// Also of a button, which one has just pressed to set a ruler.
+void WirePage::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Escape)
+        view_->removeRulers();
+    else
+        PanelPage::keyPressEvent(event);
+}
+
 void WirePage::picture()
 {
-    if (!isVisible())
+    if (!isVisible() || log_)
         return;
     const bool isOpen = desk_.state().phase == LinePhase::open && !desk_.book().isSilent();
     if (!hasNews_ && !isOpen)
@@ -144,6 +165,55 @@ void WirePage::picture()
     // Nothing goes on without a line.
     view_->refresh(isOpen ? Clock::now() : times_.end());
     showWhatIsKnown();
+}
+
+// ---- a recording -----------------------------------------------------------------------------
+
+void WirePage::showLog(const RecordedLog& log)
+{
+    log_ = log;
+    logTimes_ = timesOf(log);
+    view_->showTimes(logTimes_, true);
+    showParts();
+}
+
+void WirePage::showLine()
+{
+    if (!log_)
+        return;
+    log_.reset();
+    view_->showTimes(times_, false);
+    logTimes_.clear();
+    showParts();
+    hasNews_ = true;
+    picture();
+}
+
+void WirePage::showParts()
+{
+    follow_->setVisible(!log_);
+    back_->setVisible(log_.has_value());
+    showFrame();
+    showWhatIsKnown();
+}
+
+QString WirePage::recordingText() const
+{
+    QString text =
+        tr("A recording, not the line: %1, from %2 to %3.")
+            .arg(QString::fromStdString(log_->file), momentText(log_->entries.front().time),
+                 momentText(log_->entries.back().time));
+    if (logTimes_.frames().size() < requestsIn(*log_))
+        text += tr(" Only its last %n frame(s) are here.", nullptr,
+                   static_cast<int>(logTimes_.frames().size()));
+    if (!logTimes_.knowsBytes())
+        text += tr(" It does not tell the line's speed: what is drawn is when a request was handed "
+                   "over, and when its reply came.");
+    else if (logTimes_.isFaster())
+        text +=
+            tr(" Bytes came faster than the line it names carries them: what is drawn is when a "
+               "request was handed over, and when its reply came.");
+    return text;
 }
 
 // ---- in words -------------------------------------------------------------------------------
@@ -156,15 +226,18 @@ void WirePage::showWindow()
 
 void WirePage::showShares()
 {
-    const WireShares shares = sharesOf(times_, view_->from(), view_->to());
+    const WireShares shares = sharesOf(shown(), view_->from(), view_->to());
     shares_.show(shares);
-    sentence_->setText(times_.knowsBytes() ? sharesText(shares) : QString());
+    sentence_->setText(shown().knowsBytes() ? sharesText(shares) : QString());
 }
 
 void WirePage::showFrame()
 {
-    const WireFrame* const frame = times_.find(view_->current());
-    frame_->setText(frame ? frameText(*frame, desk_.areas())
+    const WireFrame* const frame = shown().find(view_->current());
+    const QString when = frame && log_ ? momentText(entryOfNumber(*log_, frame->told.number).time) +
+                                             QLatin1Char('\n')
+                                       : QString();
+    frame_->setText(frame ? when + frameText(*frame, desk_.areas())
                           : tr("Point at a frame, or go to one with \u2190 and \u2192, to see what "
                                "was asked, what came of it, and what took how long."));
 }
@@ -181,7 +254,8 @@ void WirePage::showWhatIsKnown()
 {
     const bool hasPassed = !times_.frames().empty();
     const QString text =
-        !hasPassed ? QString()
+        log_         ? recordingText()
+        : !hasPassed ? QString()
         : !times_.knowsBytes()
             ? tr("Over a network nobody tells when a byte was on the wire. What is drawn: when a "
                  "request was handed over, and when its reply came.")

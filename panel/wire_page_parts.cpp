@@ -33,7 +33,11 @@ QWidget* WirePage::makeTools()
     cycles_->setPrefix(tr("cycles: "));
     cycles_->setAccessibleName(tr("So many of the last cycles"));
     cycles_->setObjectName(QStringLiteral("cycles"));
+    back_->setObjectName(QStringLiteral("back"));
+    back_->setToolTip(tr("Away from the recording, here and on the page of the line"));
+    back_->hide();
     row->addWidget(follow_);
+    row->addWidget(back_);
     row->addWidget(cycles_);
     auto* const closer = button(QStringLiteral("+"), tr("Closer (+, or the wheel)"), "closer");
     auto* const farther = button(QStringLiteral("\u2212"), tr("Farther (-)"), "farther");
@@ -46,6 +50,7 @@ QWidget* WirePage::makeTools()
     distance_->setTextInteractionFlags(Qt::TextSelectableByMouse);
     row->addWidget(distance_);
     connect(follow_, &QPushButton::clicked, view_, &WireView::setFollowing);
+    connect(back_, &QPushButton::clicked, this, &WirePage::lineWanted);
     connect(cycles_, QOverload<int>::of(&QSpinBox::valueChanged), this, [this](int count) {
         view_->setCycles(count);
         emit settingsChanged();
