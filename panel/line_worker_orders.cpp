@@ -65,6 +65,13 @@ void LineWorker::moveRecipe(const RecipeOrder& order)
         recipes_.refuse(order, why);
 }
 
+// The driver has no other way to let go of a frame of a recipe.
+void LineWorker::cancelRecipe(long long number)
+{
+    if (session_ && recipes_.cancel(number))
+        session_->endRequests("it was cancelled");
+}
+
 void LineWorker::setGap(int line, int gap)
 {
     if (!refusal(line, false).empty())

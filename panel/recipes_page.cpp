@@ -5,6 +5,7 @@
 #include <QMessageBox>
 #include <QVBoxLayout>
 
+#include "panel/flow_layout.h"
 #include "panel/panel_icons.h"
 
 namespace dov417 {
@@ -21,8 +22,8 @@ RecipesPage::RecipesPage(PanelDesk& desk)
       load_(new QPushButton(tr("L&oad \u2026"))), save_(new QPushButton(tr("&Save \u2026"))),
       read_(new QPushButton(tr("&Read"))), upload_(new QPushButton(tr("&Upload"))),
       download_(new QPushButton(tr("&Download \u2026"))),
-      takeOut_(new QPushButton(tr("&Take out"))), progress_(new QProgressBar), file_(new QLabel),
-      result_(new QLabel)
+      takeOut_(new QPushButton(tr("&Take out"))), progress_(new QProgressBar),
+      cancel_(new QPushButton(tr("&Cancel"))), file_(new QLabel), result_(new QLabel)
 {
     makeTable();
     auto* const rows = new QVBoxLayout(this);
@@ -31,7 +32,7 @@ RecipesPage::RecipesPage(PanelDesk& desk)
     rows->addWidget(makeTools());
     rows->addWidget(table_, 1);
     rows->addWidget(result_);
-    rows->addWidget(progress_);
+    rows->addWidget(sideBySide({progress_, cancel_}));
     for (QLabel* const label : {file_, result_})
         label->setWordWrap(true);
     result_->setTextInteractionFlags(Qt::TextSelectableByMouse);
@@ -41,6 +42,14 @@ RecipesPage::RecipesPage(PanelDesk& desk)
     progress_->setObjectName(QStringLiteral("recipeProgress"));
     progress_->setAccessibleName(tr("How far the recipe has come"));
     progress_->hide();
+    cancel_->setObjectName(QStringLiteral("cancelRecipe"));
+    cancel_->setToolTip(tr("Ends it here (Esc); what is being written elsewhere ends, too"));
+    cancel_->setShortcut(Qt::Key_Escape);
+    cancel_->hide();
+    connect(cancel_, &QPushButton::clicked, this, [this]() {
+        cancel_->setEnabled(false);
+        desk_.cancelRecipe();
+    });
 
     connect(&model_, &RecipeModel::refused, this, &PanelPage::told);
     connect(&model_, &RecipeModel::edited, this, [this]() {

@@ -74,12 +74,15 @@ void RecipesPage::showProgress(const RecipeNews& news)
     progress_->setRange(0, news.isReadingBack ? 0 : all); // 0: it is not known how much is left
     progress_->setValue(static_cast<int>(news.progress.words + news.progress.bits));
     progress_->show();
+    cancel_->show();
+    cancel_->setEnabled(!news.isCancelled || news.isReadingBack);
     result_->setText(recipeProgressText(news));
 }
 
 void RecipesPage::showEnd(const RecipeNews& news, bool isOfLine)
 {
     progress_->hide();
+    cancel_->hide();
     std::vector<RecipeRow> rows;
     for (const RecipeRow& row : recipe_.rows())
         if (row.fate != RecipeFate::none)
