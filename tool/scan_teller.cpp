@@ -12,6 +12,9 @@ namespace dov417 {
 
 namespace {
 
+// More are not on one line without a repeater.
+constexpr int stationsOfOneLine = 32;
+
 } // namespace
 
 ScanTeller::ScanTeller(const ScanSettings& settings, bool json, const std::string& log,
@@ -179,7 +182,8 @@ bool ScanTeller::finish()
 {
     barTimer_.stop();
     clearBar();
-    if (settings_.isModbusTcp && foundCount_ > 1 && whereFound_.size() == settings_.stations.size())
+    if (settings_.isModbusTcp && foundCount_ > stationsOfOneLine &&
+        whereFound_.size() == settings_.stations.size())
         sayNotice("whoever is asked answers: it may be one controller that looks at no number");
     const bool hasLostLog = log_.hasFailed();
     const bool wasAllAsked = problem_.empty() && !isInterrupted_ && !isInUse_;
