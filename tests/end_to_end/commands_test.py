@@ -690,7 +690,7 @@ class SimulateAndDemo(EndToEnd):
 
     def test_a_wrong_fault_rule_is_explained(self):
         done = run("simulate", "--fault", "flop=10%")
-        self.assertNotEqual(done.returncode, 0)
+        self.assertEqual(done.returncode, 2)
         self.assertIn("flop", done.stderr)
 
     def test_every_live_command_brings_its_own_controller_if_asked(self):
