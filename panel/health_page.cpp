@@ -8,6 +8,7 @@
 #include <QVBoxLayout>
 
 #include "panel/line_advice.h"
+#include "panel/panel_clock.h"
 #include "panel/panel_icons.h"
 
 namespace dov417 {
@@ -101,7 +102,7 @@ void HealthPage::lineBegan()
 
 void HealthPage::collect()
 {
-    history_.add(Clock::now(), standingOf(desk_.state(), desk_.book().isSilent()));
+    history_.add(panelNow(), standingOf(desk_.state(), desk_.book().isSilent()));
     const std::shared_ptr<const LinkStatistics>& latest = desk_.statistics();
     if (!latest || latest == collected_)
         return;
@@ -120,7 +121,7 @@ void HealthPage::picture()
     if (!isVisible())
         return;
     collect();
-    const Clock::time_point now = Clock::now();
+    const Clock::time_point now = panelNow();
     band_->show(history_, now);
     link_->setText(
         tr("The last ten minutes: %1.").arg(historyText(history_, now - LinkBand::shown)));
@@ -146,7 +147,7 @@ void HealthPage::showCounters()
         return;
     }
     QStringList lines;
-    for (const std::string& line : briefStatistics(*shown_, Clock::now()))
+    for (const std::string& line : briefStatistics(*shown_, panelNow()))
         lines.append(QString::fromStdString(line));
     brief_->setText(lines.join(QLatin1Char('\n')));
 }
@@ -183,8 +184,7 @@ void HealthPage::copyAll()
 {
     if (!shown_)
         return;
-    QApplication::clipboard()->setText(
-        QString::fromStdString(fullStatistics(*shown_, Clock::now())));
+    QApplication::clipboard()->setText(QString::fromStdString(fullStatistics(*shown_, panelNow())));
     emit told(tr("The counters are on the clipboard, as dov417 --stats prints them."));
 }
 

@@ -6,6 +6,7 @@
 #include <QVBoxLayout>
 
 #include "panel/flow_layout.h"
+#include "panel/panel_clock.h"
 #include "panel/panel_icons.h"
 #include "panel/wire_words.h"
 
@@ -239,7 +240,7 @@ void WirePage::picture()
         return;
     hasNews_ = false;
     // Nothing goes on without a line.
-    view_->refresh(isOpen ? Clock::now() : times_.end());
+    view_->refresh(isOpen ? panelNow() : times_.end());
     showWhatIsKnown();
 }
 
