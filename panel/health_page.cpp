@@ -6,12 +6,20 @@
 #include <QHeaderView>
 #include <QStringList>
 #include <QVBoxLayout>
+#include <algorithm>
 
+#include "panel/column_widths.h"
 #include "panel/line_advice.h"
 #include "panel/panel_clock.h"
 #include "panel/panel_icons.h"
 
 namespace dov417 {
+
+namespace {
+
+constexpr int maxCounterLetters = 29; // of a column whose texts grow with time
+
+} // namespace
 
 HealthPage::HealthPage(PanelDesk& desk)
     : PanelPage(desk), advice_(new QLabel), link_(new QLabel), brief_(new QLabel),
@@ -78,12 +86,8 @@ void HealthPage::makeTable()
     table_->verticalHeader()->hide();
     table_->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     table_->verticalHeader()->setDefaultSectionSize(table_->fontMetrics().height() + 6);
-    const int letter = table_->fontMetrics().averageCharWidth();
-    for (int column = 0; column < HealthModel::columns; ++column) {
-        const QString head = model_.headerData(column, Qt::Horizontal).toString();
-        table_->setColumnWidth(column, table_->fontMetrics().horizontalAdvance(head) + 2 * letter);
-    }
-    table_->setColumnWidth(HealthModel::name, letter * 28);
+    // Name, sent, good, retries, no byte, bad CRC; the others as their heads need.
+    setColumnLetters(*table_, {28, 9, 9, 8, 8, 8, 0, 0, 0, 0});
     table_->horizontalHeader()->setResizeContentsPrecision(0); // what is seen
     table_->horizontalHeader()->setStretchLastSection(true);
 }
@@ -140,8 +144,12 @@ void HealthPage::showCounters()
     for (const HealthModel::Column column :
          {HealthModel::others, HealthModel::abandoned, HealthModel::notAsked})
         table_->setColumnHidden(column, !model_.hasAny(column));
-    for (const HealthModel::Column column : {HealthModel::exceptions, HealthModel::others})
+    for (const HealthModel::Column column : {HealthModel::exceptions, HealthModel::others}) {
+        // What is longer is in its tool tip: the remarks have to have room.
         table_->resizeColumnToContents(column);
+        const int most = table_->fontMetrics().averageCharWidth() * maxCounterLetters;
+        table_->setColumnWidth(column, std::min(table_->columnWidth(column), most));
+    }
     if (!shown_) {
         brief_->setText(tr("Nothing has been counted yet."));
         return;

@@ -271,7 +271,7 @@ QVariant LineModel::headerData(int section, Qt::Orientation orientation, int rol
     case when:
         return tr("Time");
     case since:
-        return tr("ms since");
+        return tr("ms later");
     case direction:
         return tr("What");
     case meaning:

@@ -146,7 +146,7 @@ QWidget* StartPage::makeLine()
     wire_->setObjectName(QStringLiteral("wire"));
     wire_->addItems(usualWires);
     wire_->setToolTip(tr("Baud rate, data bits, parity, stop bits; over a network it has no part"));
-    form->addRow(tr("Line &settings:"), wire_);
+    form->addRow(tr("Baud, bits, parity, &stop bits:"), wire_);
     auto* const buttons = new QHBoxLayout;
     auto* const again = new QPushButton(tr("&List the ports again"));
     open_->setObjectName(QStringLiteral("open"));

@@ -215,8 +215,10 @@ void TrendsPage::makeReadout()
     for (int column = 0; column < TrendReadout::columns; ++column)
         table_->setColumnWidth(column, letter * 14);
     table_->setColumnWidth(TrendReadout::plot, letter * 6);
-    table_->setColumnWidth(TrendReadout::name, letter * 26);
-    table_->setColumnWidth(TrendReadout::state, letter * 18);
+    table_->setColumnWidth(TrendReadout::name, letter * 27);
+    table_->setColumnWidth(TrendReadout::state, letter * 16);
+    for (const int column : {TrendReadout::atA, TrendReadout::atB})
+        table_->setColumnWidth(column, letter * 16); // "request failed"
     table_->setColumnWidth(TrendReadout::known, letter * 9);
     table_->horizontalHeader()->setStretchLastSection(true);
     auto* const remove = new QAction(tr("&Remove from the plot"), table_);

@@ -2,8 +2,10 @@
 #include "panel/panel_clock.h"
 
 #include <QCoreApplication>
+#include <QLabel>
 #include <gmock/gmock.h>
 
+#include "panel/main_window.h"
 #include "panel/state_words.h"
 #include "panel_world.h"
 
@@ -75,6 +77,43 @@ TEST_F(PanelClock, ADeskShowsARecordingAtTheTimeHandedIn)
     answer.outcomes = {{1, Result::refused("no answer")}};
     played.play(answer);
     EXPECT_EQ(played.book().standing(address).reason, "no answer");
+}
+
+// One station is silent, the others answer: the link is good, and not all that is shown is.
+TEST_F(PanelClock, TheStatusLineCountsWhatIsOld)
+{
+    PanelDesk played(library, PanelDesk::Source::recording);
+    MainWindow window(played);
+    const auto* const sentence = window.findChild<QLabel*>("lineSentence");
+    const Items find(library, ItemSource());
+    played.setItems({find.find("R_W:100..101", Access::read)});
+    LineBatch batch;
+    batch.state.phase = LinePhase::open;
+    batch.state.cycles = 1;
+    for (const PanelValue& value : played.tags().values) {
+        View view;
+        view.address = value.address;
+        view.hasValue = true;
+        view.value = {0, 1};
+        batch.values.push_back(view);
+    }
+    played.play(batch);
+    EXPECT_FALSE(sentence->text().contains("Old"));
+    batch.values.back().isOld = true;
+    played.play(batch);
+    EXPECT_TRUE(sentence->text().endsWith("answers. Old: 1 value(s)."))
+        << qPrintable(sentence->text());
+}
+
+TEST(LineSentence, NamesNoPortOfASimulatedController)
+{
+    LineState state;
+    state.phase = LinePhase::away;
+    state.reason = "port /run/controller is gone";
+    EXPECT_TRUE(lineSentence(state, false).contains("/run/controller"));
+    state.isSimulated = true;
+    EXPECT_FALSE(lineSentence(state, false).contains("/run/controller"));
+    EXPECT_TRUE(lineSentence(state, false).contains("cable is pulled"));
 }
 
 } // namespace
