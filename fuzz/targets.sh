@@ -1,7 +1,7 @@
 # What fuzz/run, fuzz/check and fuzz/coverage share: the targets, how they are built, how one is run.
 # Sourced from the project's root, after cmake/steps.sh.
 
-fuzz_targets="reply driver planning address_text frames"
+fuzz_targets="reply driver planning address_text frames line"
 fuzz_build=build/fuzz
 
 build_fuzz_targets() { # OPTION...

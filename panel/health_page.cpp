@@ -87,7 +87,7 @@ void HealthPage::makeTable()
     table_->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     table_->verticalHeader()->setDefaultSectionSize(table_->fontMetrics().height() + 6);
     // Name, sent, good, retries, no byte, bad CRC; the others as their heads need.
-    setColumnLetters(*table_, {28, 9, 9, 8, 8, 8, 0, 0, 0, 0});
+    setColumnLetters(*table_, {28, 10, 10, 10, 10, 10, 0, 0, 10, 10});
     table_->horizontalHeader()->setResizeContentsPrecision(0); // what is seen
     table_->horizontalHeader()->setStretchLastSection(true);
 }

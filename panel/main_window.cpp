@@ -120,6 +120,10 @@ void MainWindow::addPages()
         if (line->showFrame(number))
             showPage(stack_->indexOf(line));
     });
+    // Both show the same: the line, or a recording of one.
+    connect(line, &LinePage::logShown, wire, &WirePage::showLog);
+    connect(line, &LinePage::lineShown, wire, &WirePage::showLine);
+    connect(wire, &WirePage::lineWanted, line, &LinePage::backToLine);
 }
 
 void MainWindow::addPage(PanelPage* page)
@@ -169,12 +173,14 @@ void MainWindow::makeStatusLine()
 void MainWindow::showState()
 {
     const LineState& state = desk_.state();
-    const bool isRunning = state.phase == LinePhase::open && state.cycles > 0;
-    const int old = isRunning && !desk_.book().isSilent() ? oldValues(desk_) : 0;
+    const bool isAtWork = state.phase == LinePhase::open && !desk_.book().isSilent();
+    const int old = isAtWork ? oldValues(desk_) : 0;
     const QString sentence = lineSentence(state, desk_.book().isSilent());
     sentence_->setText(old == 0 ? sentence
                                 : tr("%1 Old: %n value(s).", nullptr, old).arg(sentence));
     const double cycleMs = std::chrono::duration<double, std::milli>(state.cycle).count();
+    constexpr double leastMs = 0.05; // else nobody was asked: all stations are silent
+    const bool isRunning = state.phase == LinePhase::open && state.cycles > 0 && cycleMs >= leastMs;
     cycle_->setText(isRunning ? tr("a cycle takes %1 ms").arg(cycleMs, 0, 'f', 1) : QString());
     lock_->setVisible(desk_.hasLine());
     lock_->setChecked(state.isUnlocked);

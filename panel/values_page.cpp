@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <set>
+#include <utility>
 
 #include "panel/add_bar.h"
 #include "panel/column_widths.h"
@@ -59,7 +60,10 @@ ValuesPage::ValuesPage(PanelDesk& desk)
     connect(&model_, &ValuesModel::refused, this, &PanelPage::told);
     connect(&desk, &PanelDesk::writesChanged, this, [this]() { emit told(QString()); });
     connect(&desk, &PanelDesk::stateChanged, this, [this]() { showButtons(); });
-    connect(&desk, &PanelDesk::tagsChanged, this, [this]() { showButtons(); });
+    connect(&desk, &PanelDesk::tagsChanged, this, [this]() {
+        showAdded();
+        showButtons();
+    });
     connect(shortcutOf(QKeySequence::Paste, this), &QShortcut::activated, this,
             [this]() { paste(); });
     connect(shortcutOf(QKeySequence::Find, this), &QShortcut::activated, search_,
@@ -70,6 +74,7 @@ ValuesPage::ValuesPage(PanelDesk& desk)
             table_->viewport()->update();
     });
     ageTimer_.start();
+    showAdded();
     showButtons();
 }
 
@@ -277,6 +282,19 @@ void ValuesPage::removeChosen()
     for (const PanelValue& value : chosenValues())
         places.insert(value.place);
     desk_.removeItems({places.begin(), places.end()});
+}
+
+// What has come behind all that was there before: it may be far below what is seen.
+void ValuesPage::showAdded()
+{
+    const std::vector<Address> before = std::exchange(addresses_, {});
+    for (const PanelValue& value : desk_.tags().values)
+        addresses_.push_back(value.address);
+    const bool isMore = !before.empty() && before.size() < addresses_.size() &&
+                        std::equal(before.begin(), before.end(), addresses_.begin());
+    if (isMore)
+        table_->setCurrentIndex(
+            filter_.mapFromSource(model_.index(static_cast<int>(before.size()), 0)));
 }
 
 void ValuesPage::paste()

@@ -42,6 +42,7 @@ private:
     void writeChosen();
     void removeChosen();
     void paste();
+    void showAdded();
     void showButtons();
 
     ValuesModel model_;
@@ -53,6 +54,7 @@ private:
     QPushButton* const remove_;
     QLabel* const empty_;
     QTimer ageTimer_;
+    std::vector<Address> addresses_; // that were watched last, value by value
 };
 
 } // namespace dov417

@@ -1,7 +1,6 @@
 #include "tool/commands.h"
 
 #include <CLI/CLI.hpp>
-#include <QEventLoop>
 #include <cstdio>
 #include <memory>
 
@@ -11,14 +10,11 @@
 #include "link/network_address.h"
 #include "live/controller_process.h"
 #include "live/line_setup.h"
-#include "live/shutdown.h"
-#include "scan/line_scan.h"
 #include "scan/scan_choices.h"
 #include "tool/defaults.h"
 #include "tool/json_output.h"
 #include "tool/rs485_options.h"
-#include "tool/scan_teller.h"
-#include "tool/scan_words.h"
+#include "tool/scan_run.h"
 
 namespace dov417 {
 
@@ -61,120 +57,6 @@ std::unique_ptr<ControllerProcess> ownController(const Library& library)
     options.baudLimit = true;
     return std::make_unique<ControllerProcess>(options);
 }
-
-// One scan from its start to its end, or to Ctrl-C.
-class ScanRun {
-public:
-    ScanRun(const std::string& port, const Rs485& direction, ScanTeller& teller)
-        : port_(QString::fromStdString(port)), direction_(direction), teller_(teller),
-          shutdown_([this]() { interrupt(); })
-    {
-    }
-
-    // Ends as soon as all of `wanted` are found, if any are.
-    void findStations(const ScanSettings& settings, const ScanQuestions& questions,
-                      std::set<int> wanted)
-    {
-        LineScanEvents events = teller_.events([this]() { loop_.quit(); });
-        LineScan* running = nullptr;
-        const bool endsEarly = !wanted.empty();
-        events.found = [&, tell = events.found](const Found& found) {
-            tell(found);
-            wanted.erase(found.station);
-            if (endsEarly && wanted.empty())
-                running->stop();
-        };
-        LineScan scan(port_, direction_, settings, questions, events);
-        running = &scan;
-        scan.start();
-        teller_.showBar([&scan]() { return progressText(scan.progress()); });
-        wait([this]() { return teller_.hasEnded(); }, [&scan]() { scan.stop(); });
-    }
-
-    void findRanges(const WordRun& run)
-    {
-        bool isDone = false;
-        LineSettings settings;
-        settings.device = port_;
-        settings.direction = direction_;
-        settings.wire = teller_.whereFound().at(run.station);
-        SerialLine line(settings, observer());
-        RangeSearchEvents events;
-        events.found = [&](const WordRange& range) { teller_.tellRange(run, range); };
-        events.ended = [this](const Transmission& each) { recordEnd(each); };
-        events.done = [&]() {
-            isDone = true;
-            loop_.quit();
-        };
-        RangeSearch search(line, run, events);
-        QString reason;
-        if (!line.open(&reason))
-            throw Failure(reason.toStdString());
-        search.start();
-        teller_.showBar([&]() {
-            return barText(static_cast<double>(search.known()) / run.count,
-                           rangeText(run, run.first, run.count) + " at " + toText(settings.wire));
-        });
-        wait([&isDone]() { return isDone; }, [&search]() { search.stop(); });
-    }
-
-private:
-    LineObserver observer()
-    {
-        LineObserver observer;
-        observer.sent = [this](const Transmission& each) {
-            teller_.passed(Direction::sent, each.sent, std::string());
-        };
-        observer.markerEnded = [this](const Transmission& each) { recordEnd(each); };
-        observer.stray = [this](const Stray& stray) {
-            teller_.passed(Direction::stray, stray.bytes, nameOf(stray.kind));
-        };
-        observer.notice = [this](const std::string& text) { teller_.sayNotice(text); };
-        observer.doubt = []() {};
-        observer.port = [this](bool isOpen, const QString& message) {
-            if (isOpen)
-                return;
-            teller_.fail(message.toStdString());
-            loop_.quit();
-        };
-        return observer;
-    }
-
-    void recordEnd(const Transmission& each)
-    {
-        const Reception& reception = each.reception;
-        const bool hasBytes =
-            reception.result == LineResult::reply || reception.result == LineResult::exception;
-        teller_.passed(hasBytes ? Direction::received : Direction::note, reception.bytes,
-                       reasonText(reception, each.replyLength));
-    }
-
-    // Neither what stops it nor what tells of it is called any more afterwards.
-    void wait(const std::function<bool()>& isOver, const std::function<void()>& stop)
-    {
-        stop_ = stop;
-        if (!isOver() && !teller_.isInterrupted())
-            loop_.exec();
-        stop_ = nullptr;
-        teller_.hideBar();
-    }
-
-    void interrupt()
-    {
-        if (!stop_ || teller_.isInterrupted())
-            loop_.quit();
-        else
-            stop_();
-        teller_.interrupt();
-    }
-
-    QString port_;
-    Rs485 direction_;
-    ScanTeller& teller_;
-    QEventLoop loop_;
-    std::function<void()> stop_;
-    Shutdown shutdown_;
-};
 
 int runScan(const ScanOptions& options)
 {

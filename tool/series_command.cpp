@@ -14,7 +14,7 @@ namespace {
 
 // Results of intf_multiCopy().
 const int seriesClipped = 2;
-// A series longer than any area only repeats its last address.
+// No area has more addresses.
 const int maxCopies = 65536;
 
 struct SeriesOptions {
@@ -40,27 +40,54 @@ Address startOf(const Library& library, const SeriesOptions& options)
     return tag->address;
 }
 
+struct Series {
+    QVector<QString> texts;
+    QVector<int> values;
+    bool isClipped = false;
+};
+
+Series seriesOf(const Library& library, const Address& start, int count, int step)
+{
+    Series series;
+    series.isClipped =
+        library.intf_multiCopy(QString::fromStdString(start.regName), start.first, count, step,
+                               series.texts, series.values) == seriesClipped;
+    return series;
+}
+
+// The driver gives copies beyond the area its highest address, which is none of the series.
+int copiesThatFit(const Library& library, const Address& start, int count, int step)
+{
+    int fit = 0;
+    int tooMany = count;
+    while (tooMany - fit > 1) {
+        const int middle = fit + (tooMany - fit) / 2;
+        (seriesOf(library, start, middle, step).isClipped ? tooMany : fit) = middle;
+    }
+    return fit;
+}
+
 int runSeries(const SeriesOptions& options)
 {
     const Library library(options.line.library);
     const Address start = startOf(library, options);
-    QVector<QString> texts;
-    QVector<int> values;
-    const int result = library.intf_multiCopy(QString::fromStdString(start.regName), start.first,
-                                              options.count, options.step, texts, values);
-    for (int i = 0; i < texts.size(); ++i) {
-        const std::string address = start.regName + ":" + texts.at(i).toStdString();
+    const Series series = seriesOf(library, start, options.count, options.step);
+    const int fit = series.isClipped ? copiesThatFit(library, start, options.count, options.step)
+                                     : static_cast<int>(series.texts.size());
+    std::string last;
+    for (int i = 0; i < fit; ++i) {
+        last = start.regName + ":" + series.texts.at(i).toStdString();
         if (options.json)
-            sayJson({{"address", address}, {"first", values.at(i)}});
+            sayJson({{"address", last}, {"first", series.values.at(i)}});
         else
-            std::printf("%s  %d\n", address.c_str(), values.at(i));
+            std::printf("%s  %d\n", last.c_str(), series.values.at(i));
     }
     if (options.json)
-        sayJson({{"clipped", result == seriesClipped}});
-    if (result == seriesClipped) {
-        std::fprintf(stderr,
-                     "dov417: the series runs past the highest address and ends in a repetition "
-                     "of it\n");
+        sayJson({{"clipped", series.isClipped}});
+    if (series.isClipped) {
+        std::fprintf(stderr, "dov417: the series ends at %s, after %d of %d: %s goes to %s\n",
+                     last.c_str(), fit, options.count, start.regName.c_str(),
+                     series.texts.last().toStdString().c_str());
         return exitFailed;
     }
     return exitDone;
@@ -96,7 +123,7 @@ void addSeriesCommand(CLI::App& app, Action& chosen)
                     "  dov417 series R_W 10 --count 3 --step 5\n"
                     "  dov417 series M_bit 1.15 --count 3\n"
                     "  dov417 series R_D 0 --count 3 --step -2\n"
-                    "Exits with 1 if the series was clipped at the highest address.");
+                    "Ends where the area does, and exits with 1 then.");
     command->callback(
         [options, &chosen]() { chosen = [options]() { return runSeries(*options); }; });
 }

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <string_view>
+#include <sys/ioctl.h>
 #include <system_error>
 #include <termios.h>
 #include <unistd.h>
@@ -140,6 +141,12 @@ void Terminal::put(const std::string& text)
 {
     std::fwrite(text.data(), 1, text.size(), stdout);
     std::fflush(stdout);
+}
+
+bool Terminal::bytesWait()
+{
+    int count = 0;
+    return ioctl(STDIN_FILENO, FIONREAD, &count) == 0 && count > 0;
 }
 
 void Terminal::read()

@@ -31,6 +31,8 @@ public:
     static bool hasKeys();
 
     static void put(const std::string& text);
+    // Keys that were not told yet.
+    static bool bytesWait();
 
 private:
     void read();

@@ -1,6 +1,7 @@
 #include "tool/watch_display.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "tool/screen.h"
 
@@ -29,7 +30,15 @@ WatchDisplay::WatchDisplay(const Library& library, LiveCommand& live,
     escapeTimer_.setSingleShot(true);
     escapeTimer_.setInterval(keyPatience);
     QObject::connect(&escapeTimer_, &QTimer::timeout, &escapeTimer_,
-                     [this]() { take(decoder_.giveUpWaiting()); });
+                     [this]() { take(decoder_.giveUpWaiting(), false); });
+    pauseTimer_.setSingleShot(true);
+    pauseTimer_.setInterval(keyPatience);
+    QObject::connect(&pauseTimer_, &QTimer::timeout, &pauseTimer_, [this]() {
+        // Where this program was held up, the time alone does not tell.
+        hasPaused_ = !Terminal::bytesWait();
+        if (!hasPaused_)
+            pauseTimer_.start();
+    });
     redrawTimer_.setInterval(redrawMilliseconds);
     QObject::connect(&redrawTimer_, &QTimer::timeout, &redrawTimer_, [this]() { draw(); });
     redrawTimer_.start();
@@ -78,14 +87,15 @@ std::string WatchDisplay::end()
 void WatchDisplay::came(const std::string& bytes)
 {
     escapeTimer_.stop();
-    take(decoder_.take(bytes));
+    take(decoder_.take(bytes), std::exchange(hasPaused_, false));
+    pauseTimer_.start();
     if (decoder_.awaitsMore())
         escapeTimer_.start();
 }
 
-void WatchDisplay::take(const std::vector<Key>& keys)
+void WatchDisplay::take(const std::vector<Key>& keys, bool afterPause)
 {
-    screen_.take(keys, session_.views(), clockText());
+    screen_.take(keys, session_.views(), clockText(), afterPause);
     draw();
 }
 

@@ -30,7 +30,7 @@ public:
 
 private:
     void came(const std::string& bytes);
-    void take(const std::vector<Key>& keys);
+    void take(const std::vector<Key>& keys, bool afterPause);
     std::string range(std::size_t view) const;
     void write(std::size_t view, const std::string& value);
     void written();
@@ -49,6 +49,8 @@ private:
     KeyDecoder decoder_;
     QTimer redrawTimer_;
     QTimer escapeTimer_;
+    QTimer pauseTimer_;
+    bool hasPaused_ = true; // no key came for a moment, and none waits
     Terminal terminal_;
 };
 

@@ -46,9 +46,9 @@ WatchScreen::WatchScreen(const std::vector<ViewLabel>& labels, bool takesKeys, W
 }
 
 void WatchScreen::take(const std::vector<Key>& keys, const std::vector<View>& views,
-                       const std::string& clock)
+                       const std::string& clock, bool afterPause)
 {
-    isFieldNew_ = false;
+    isAlone_ = afterPause && keys.size() == 1;
     for (const Key& key : keys) {
         message_.clear();
         take(key, views, clock);
@@ -96,7 +96,6 @@ void WatchScreen::openField(Field field, const std::string& entry)
 {
     field_ = field;
     entry_ = entry;
-    isFieldNew_ = true;
 }
 
 void WatchScreen::askForValue()
@@ -151,9 +150,10 @@ void WatchScreen::takeInField(const Key& key)
 void WatchScreen::confirmField()
 {
     if (field_ == Field::value) {
-        // Where a terminal does not mark what is pasted, it comes at once.
-        if (isFieldNew_) {
-            message_ = "this came all at once: Enter again sends it";
+        // A terminal may not mark what is pasted, and may hand it over in pieces: a person who
+        // has looked at the value is slower than that.
+        if (!isAlone_) {
+            message_ = "this came as if pasted: Enter again sends it";
             return;
         }
         if (room_ == 0) {

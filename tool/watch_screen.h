@@ -45,9 +45,9 @@ class WatchScreen {
 public:
     WatchScreen(const std::vector<ViewLabel>& labels, bool takesKeys, WatchWishes wishes);
 
-    // Keys that came at once: all of them typed, or pasted where the terminal does not tell.
+    // Keys that came at once. afterPause: nothing came just before them.
     void take(const std::vector<Key>& keys, const std::vector<View>& views,
-              const std::string& clock);
+              const std::string& clock, bool afterPause);
     // A value, or how good it is, has changed.
     void changed(const View& view, std::size_t index);
     // Of the write; stays until the next one.
@@ -114,8 +114,8 @@ private:
     std::string entry_;
     std::size_t target_ = 0; // the view that is to be written
     std::string range_;
-    bool isFieldNew_ = false; // opened by keys that came at once with these
-    std::string message_;     // until the next key
+    bool isAlone_ = false; // the key that is taken: no other came with it, or just before
+    std::string message_;  // until the next key
     std::string outcome_;
 };
 

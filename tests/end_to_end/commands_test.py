@@ -72,7 +72,7 @@ class Read(EndToEnd):
 
     def test_one_silent_station_does_not_keep_the_others_from_being_read(self):
         controller = self.controller("--still", "--set", "R_W:100=5")
-        done = run("read", "--port", controller.port, "--timeout", "50", "R_W:100", "9/R_W:1")
+        done = run("read", "--port", controller.port, "--timeout", "500", "R_W:100", "9/R_W:1")
         self.assertEqual(done.returncode, 1)
         self.assertEqual(done.stdout, "1/R_W:100 = 5\n")
         self.assertEqual(done.stderr, "dov417: 9/R_W:1: no answer: no byte came\n")
@@ -167,7 +167,7 @@ class Write(EndToEnd):
 
     def test_a_refused_write_is_named_and_the_others_are_done(self):
         controller = self.controller("--still")
-        done = run("write", "--port", controller.port, "--timeout", "50", "R_W:100=1", "9/R_W:1=2",
+        done = run("write", "--port", controller.port, "--timeout", "500", "R_W:100=1", "9/R_W:1=2",
                    "R_W:102=3")  # fmt: skip
         self.assertEqual(done.returncode, 1)
         self.assertEqual(done.stdout.count("written and read back"), 2)
@@ -619,7 +619,7 @@ class Recipe(EndToEnd):
         controller = self.controller("--still", "--stations", "1")
         file = self.write_file("recipe.json", '{"speed": 0, "total": [0, 0]}')
         done = run("recipe", "compare", file, "--tags", self.tags, "--port", controller.port,
-                   "--timeout", "20")  # fmt: skip
+                   "--timeout", "500")  # fmt: skip
         self.assertEqual(done.returncode, 1)
         self.assertEqual(done.stdout.splitlines()[1:], ["   speed       0           0"])
         self.assertEqual(done.stderr, "dov417: total: no answer: no byte came\n")

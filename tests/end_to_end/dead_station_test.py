@@ -72,7 +72,7 @@ class DeadStation(EndToEnd):
         assignments = [f"{station}/R_W:{address}=5" for address in (10, 100, 200, 300)
                        for station in (2, 1)]  # fmt: skip
         writing = self.tool(
-            "write", "--port", controller.port, "--timeout", "50", "--retries", "2", *assignments
+            "write", "--port", controller.port, "--timeout", "300", "--retries", "2", *assignments
         )
         code, out, err = writing.end()
         self.assertEqual(code, 1)

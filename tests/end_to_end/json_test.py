@@ -46,7 +46,7 @@ class Json(EndToEnd):
         )  # fmt: skip
         self.assertEqual(
             self.told_by("series", "R_W", "3999", "--count", "2", code=1),
-            2 * [{"address": "R_W:3999", "first": 3999}] + [{"clipped": True}],
+            [{"address": "R_W:3999", "first": 3999}, {"clipped": True}],
         )
         (plan,) = self.told_by("plan", "R_W:0..127", "R_W:1", "--max-registers", "100")
         self.assertEqual(len(plan["requests"][0]["parts"]), 2)
@@ -64,7 +64,7 @@ class Json(EndToEnd):
     def test_values_are_numbers_and_what_is_none_has_its_bits(self):
         controller = self.controller("--still", "--set", "R_D:0..5=1e10,0x7FC00001,0.1",
                                      "--set", "R_W:100=31")  # fmt: skip
-        line = ("--port", controller.port, "--timeout", "50", "--retries", "1")
+        line = ("--port", controller.port, "--timeout", "500", "--retries", "1")
         objects = self.told_by("read", *line, "R_D:0..5@float", "R_W:100@hex", "9/T:1", "--stats",
                                code=1)  # fmt: skip
         self.assertEqual(objects[0]["values"], [1e10, None, 0.1])
@@ -75,7 +75,7 @@ class Json(EndToEnd):
 
     def test_writes_tell_what_became_of_each(self):
         controller = self.controller("--still", "--set", "R_W:5=7")
-        line = ("--port", controller.port, "--timeout", "50", "--retries", "1")
+        line = ("--port", controller.port, "--timeout", "500", "--retries", "1")
         objects = self.told_by("write", *line, "R_W:5=8", "9/R_W:5=8", "0/R_W:9=3", code=1)
         self.assertEqual([each["result"] for each in objects], ["confirmed", "refused", "sent"])
         self.assertEqual(objects[0]["before"] + objects[0]["after"], [7, 8])

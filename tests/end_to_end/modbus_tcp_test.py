@@ -199,12 +199,12 @@ class AgainstTheRules(EndToEnd):
 
     def test_another_number_is_no_reply(self):
         port = self.start(lambda number, unit, request: framed(number + 1, unit, served(request)))
-        err = self.fails("read", *port, "R_W:100", "--timeout", "50")
+        err = self.fails("read", *port, "R_W:100", "--timeout", "500")
         self.assertIn("only a late reply to an earlier request came", err)
 
     def test_another_unit_is_no_reply(self):
         port = self.start(lambda number, unit, request: framed(number, unit + 1, served(request)))
-        err = self.fails("read", *port, "R_W:100", "--timeout", "50")
+        err = self.fails("read", *port, "R_W:100", "--timeout", "500")
         self.assertIn("another station answered (2)", err)
 
     def test_a_reply_that_comes_before_it_with_an_older_number_changes_nothing(self):

@@ -6,16 +6,13 @@
 #include <string>
 #include <vector>
 
+#include "late_model.h"
+
 namespace dov417 {
 
-struct ModelSettings {
-    int depth = 0;       // events
-    int diagnostics = 1; // 1: echoes, 0: answered with an exception, -1: nothing is said
-    bool isTimeoutFixed = false;
-    bool isShared = false;
-    bool refuses = false;        // one of the reads is answered with an exception
-    bool repliesTwice = false;   // what nothing is promised for
-    bool dropsWhenAsked = false; // what has not been answered when the next request comes
+struct ModelSettings : LateModelSettings {
+    int depth = 0;             // events
+    bool repliesTwice = false; // what nothing is promised for
 };
 
 struct ModelResult {

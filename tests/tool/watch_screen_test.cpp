@@ -67,7 +67,15 @@ protected:
     }
     void press(const std::vector<Key>& keys)
     {
-        screen->take(keys, views, "12:00:05");
+        take(keys, true);
+    }
+    void pressAtOnce(const std::string& text)
+    {
+        take(typed(text), false);
+    }
+    void take(const std::vector<Key>& keys, bool afterPause)
+    {
+        screen->take(keys, views, "12:00:05", afterPause);
         paint();
     }
     void press(const std::string& text)
@@ -145,7 +153,7 @@ TEST_F(AWatchScreen, FillsEverySizeAndNoMore)
 {
     messages = {"given up: a very long message about a station that does not answer at all"};
     for (const std::string keys : {"", "w12345", "\033", "s", "?", "?/x"}) {
-        screen->take(typed(keys), views, "12:00:05");
+        screen->take(typed(keys), views, "12:00:05", true);
         for (const std::size_t rows : {1U, 2U, 3U, 4U, 5U, 6U, 8U, 24U, 43U})
             for (const std::size_t columns : {1U, 19U, 20U, 21U, 40U, 80U, 132U}) {
                 size = {rows, columns};
@@ -487,6 +495,30 @@ TEST_F(AWatchScreen, DoesNotSendWhatComesAllAtOnceFromATerminalThatMarksNoPaste)
     press("w5\r");
     EXPECT_EQ(written, Writes());
     EXPECT_NE(with("Enter again sends it"), "");
+    press(KeyKind::enter);
+    EXPECT_EQ(written, (Writes{{0, "5"}}));
+}
+
+TEST_F(AWatchScreen, DoesNotSendWhatIsPastedInPieces)
+{
+    press("w");
+    pressAtOnce("5");
+    pressAtOnce("\r");
+    pressAtOnce("\n");
+    EXPECT_EQ(written, Writes());
+    EXPECT_NE(with("Enter again sends it"), "");
+    EXPECT_NE(with(": 5_"), "");
+    press(KeyKind::enter);
+    EXPECT_EQ(written, (Writes{{0, "5"}}));
+}
+
+TEST_F(AWatchScreen, DoesNotSendWhatIsPastedWithItsEndIntoAFieldThatWasOpen)
+{
+    press("w");
+    press("5\r");
+    EXPECT_EQ(written, Writes());
+    press("\r\r");
+    EXPECT_EQ(written, Writes());
     press(KeyKind::enter);
     EXPECT_EQ(written, (Writes{{0, "5"}}));
 }

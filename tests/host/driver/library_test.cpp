@@ -53,7 +53,7 @@ TEST(LibraryLoading, SaysWhatALibraryLacks)
 {
     EXPECT_THAT(complaint([] { Library("/proc/self/exe"); }), HasSubstr("cannot load"));
     Dl_info info{};
-    ASSERT_NE(dladdr(reinterpret_cast<void*>(&dlclose), &info), 0);
+    ASSERT_NE(dladdr(reinterpret_cast<void*>(&qVersion), &info), 0);
     EXPECT_THAT(complaint([&] { Library library(info.dli_fname); }),
                 HasSubstr("is no driver library: it does not export intf_getVersion"));
 }

@@ -245,7 +245,7 @@ TEST_F(DeadStation, AWriteWakesWhoeverWaitsForTheNextProbe)
 {
     watch({words("R_W", 10, 1, 2)});
     ASSERT_TRUE(waitForDeath());
-    waitUntil([this, before = polls]() { return polls >= before + 2; });
+    waitUntil([before = polls]() { return polls >= before + 2; });
     session->write(wordOf(1, 20), outcome(1));
     session->write(wordOf(2, 20), outcome(2));
     session->readOnce(words("R_W", 30, 1, 1), outcome(3));

@@ -53,7 +53,7 @@ protected:
         recipeBuffer[3] = 0x0001;
         recipeBuffer[4] = 0x5678;
         if (kind.recipeFlag != noRecipe) {
-            hostBlock[kind.recipeFlag] = 1;
+            hostBlock[static_cast<std::size_t>(kind.recipeFlag)] = 1;
         }
     }
 
