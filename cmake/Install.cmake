@@ -71,4 +71,6 @@ if(TARGET dov417-panel)
     DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo COMPONENT panel)
   install(FILES docs/panel.md
     DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/dov417-panel COMPONENT panel)
+  install(DIRECTORY docs/pictures DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/dov417-panel
+    COMPONENT panel FILES_MATCHING PATTERN "*.png")
 endif()

@@ -6,11 +6,20 @@
 #include <QHeaderView>
 #include <QStringList>
 #include <QVBoxLayout>
+#include <algorithm>
 
+#include "panel/column_widths.h"
 #include "panel/line_advice.h"
+#include "panel/panel_clock.h"
 #include "panel/panel_icons.h"
 
 namespace dov417 {
+
+namespace {
+
+constexpr int maxCounterLetters = 29; // of a column whose texts grow with time
+
+} // namespace
 
 HealthPage::HealthPage(PanelDesk& desk)
     : PanelPage(desk), advice_(new QLabel), link_(new QLabel), brief_(new QLabel),
@@ -77,14 +86,8 @@ void HealthPage::makeTable()
     table_->verticalHeader()->hide();
     table_->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     table_->verticalHeader()->setDefaultSectionSize(table_->fontMetrics().height() + 6);
-    const int letter = table_->fontMetrics().averageCharWidth();
-    constexpr int leastLetters = 10; // a day's count, and in bold
-    for (int column = 0; column < HealthModel::columns; ++column) {
-        const QString head = model_.headerData(column, Qt::Horizontal).toString();
-        const int width = table_->fontMetrics().horizontalAdvance(head) + 2 * letter;
-        table_->setColumnWidth(column, std::max(width, letter * leastLetters));
-    }
-    table_->setColumnWidth(HealthModel::name, letter * 28);
+    // Name, sent, good, retries, no byte, bad CRC; the others as their heads need.
+    setColumnLetters(*table_, {28, 10, 10, 10, 10, 10, 0, 0, 10, 10});
     table_->horizontalHeader()->setResizeContentsPrecision(0); // what is seen
     table_->horizontalHeader()->setStretchLastSection(true);
 }
@@ -103,7 +106,7 @@ void HealthPage::lineBegan()
 
 void HealthPage::collect()
 {
-    history_.add(Clock::now(), standingOf(desk_.state(), desk_.book().isSilent()));
+    history_.add(panelNow(), standingOf(desk_.state(), desk_.book().isSilent()));
     const std::shared_ptr<const LinkStatistics>& latest = desk_.statistics();
     if (!latest || latest == collected_)
         return;
@@ -122,7 +125,7 @@ void HealthPage::picture()
     if (!isVisible())
         return;
     collect();
-    const Clock::time_point now = Clock::now();
+    const Clock::time_point now = panelNow();
     band_->show(history_, now);
     link_->setText(
         tr("The last ten minutes: %1.").arg(historyText(history_, now - LinkBand::shown)));
@@ -141,14 +144,18 @@ void HealthPage::showCounters()
     for (const HealthModel::Column column :
          {HealthModel::others, HealthModel::abandoned, HealthModel::notAsked})
         table_->setColumnHidden(column, !model_.hasAny(column));
-    for (const HealthModel::Column column : {HealthModel::exceptions, HealthModel::others})
+    for (const HealthModel::Column column : {HealthModel::exceptions, HealthModel::others}) {
+        // What is longer is in its tool tip: the remarks have to have room.
         table_->resizeColumnToContents(column);
+        const int most = table_->fontMetrics().averageCharWidth() * maxCounterLetters;
+        table_->setColumnWidth(column, std::min(table_->columnWidth(column), most));
+    }
     if (!shown_) {
         brief_->setText(tr("Nothing has been counted yet."));
         return;
     }
     QStringList lines;
-    for (const std::string& line : briefStatistics(*shown_, Clock::now()))
+    for (const std::string& line : briefStatistics(*shown_, panelNow()))
         lines.append(QString::fromStdString(line));
     brief_->setText(lines.join(QLatin1Char('\n')));
 }
@@ -185,8 +192,7 @@ void HealthPage::copyAll()
 {
     if (!shown_)
         return;
-    QApplication::clipboard()->setText(
-        QString::fromStdString(fullStatistics(*shown_, Clock::now())));
+    QApplication::clipboard()->setText(QString::fromStdString(fullStatistics(*shown_, panelNow())));
     emit told(tr("The counters are on the clipboard, as dov417 --stats prints them."));
 }
 

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QPainter>
+#include <algorithm>
 
 #include "panel/lamps_model.h"
 #include "panel/state_words.h"
@@ -14,6 +15,26 @@ namespace {
 const QColor lit(0xF2, 0xB1, 0x0C);
 
 } // namespace
+
+QStringList lampNameParts(const QString& name, const QFontMetrics& metrics, int width)
+{
+    if (metrics.horizontalAdvance(name) <= width)
+        return {name};
+    QStringList best{name};
+    int least = metrics.horizontalAdvance(name);
+    for (int end = 1; end < name.size(); ++end) {
+        if (!QStringLiteral("._- ").contains(name.at(end - 1)))
+            continue;
+        const QStringList parts{name.left(end), name.mid(end)};
+        const int longest = std::max(metrics.horizontalAdvance(parts.front()),
+                                     metrics.horizontalAdvance(parts.back()));
+        if (longest < least) {
+            least = longest;
+            best = parts;
+        }
+    }
+    return best;
+}
 
 void LampDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
                          const QModelIndex& index) const
@@ -51,11 +72,14 @@ void LampDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
     if (!isGood && on)
         painter->drawText(QRectF(ring.right() + 1, ring.top(), line, line), Qt::AlignCenter,
                           symbolOf(standing.state));
-    const QRect below(option.rect.left() + 2, static_cast<int>(ring.bottom()) + 2,
-                      option.rect.width() - 4, line);
-    painter->drawText(
-        below, Qt::AlignCenter,
-        option.fontMetrics.elidedText(index.data().toString(), Qt::ElideRight, below.width()));
+    QRect below(option.rect.left() + 2, static_cast<int>(ring.bottom()) + 2,
+                option.rect.width() - 4, line);
+    for (const QString& part :
+         lampNameParts(index.data().toString(), option.fontMetrics, below.width())) {
+        painter->drawText(below, Qt::AlignCenter,
+                          option.fontMetrics.elidedText(part, Qt::ElideRight, below.width()));
+        below.translate(0, line);
+    }
     if ((option.state & QStyle::State_HasFocus) != 0) {
         painter->setBrush(Qt::NoBrush);
         painter->setPen(QPen(ink, 1, Qt::DashLine));
@@ -67,7 +91,7 @@ void LampDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
 QSize LampDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex&) const
 {
     const int line = option.fontMetrics.height();
-    return {line * 4, line * 3 + 4};
+    return {line * 4, line * lines + 4};
 }
 
 } // namespace dov417

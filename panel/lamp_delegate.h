@@ -7,10 +7,16 @@
 
 namespace dov417 {
 
+// The name as it stands below a lamp: in one line, or in two where it does not fit, after a dot or
+// the like where less is cut off.
+QStringList lampNameParts(const QString& name, const QFontMetrics& metrics, int width);
+
 class LampDelegate : public QStyledItemDelegate {
     Q_OBJECT
 
 public:
+    static constexpr int lines = 4; // of text, in a row
+
     using QStyledItemDelegate::QStyledItemDelegate;
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option,

@@ -26,7 +26,8 @@ LampsPage::LampsPage(PanelDesk& desk)
     table_->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
     table_->horizontalHeader()->setMinimumSectionSize(table_->fontMetrics().height() * 2);
     table_->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-    table_->verticalHeader()->setDefaultSectionSize(table_->fontMetrics().height() * 3 + 4);
+    table_->verticalHeader()->setDefaultSectionSize(
+        table_->fontMetrics().height() * LampDelegate::lines + 4);
     table_->installEventFilter(this);
     asks_->setObjectName(QStringLiteral("asks"));
     asks_->setChecked(true);

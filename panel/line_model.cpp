@@ -9,6 +9,7 @@
 #include "line/frame_text.h"
 #include "line/replace_file.h"
 #include "live/log_entries.h"
+#include "panel/panel_clock.h"
 
 namespace dov417 {
 
@@ -38,7 +39,7 @@ QString timeText(LogTime time)
 LineRow noteRow(Clock::time_point at, const std::string& text)
 {
     LineRow row;
-    row.entry = {logTime(at), Direction::note, QByteArray(), text};
+    row.entry = {panelLogTime(at), Direction::note, QByteArray(), text};
     return row;
 }
 
@@ -69,6 +70,7 @@ std::optional<LineRow> LineModel::rowOf(const Passed& passed) const
     switch (passed.what) {
     case Passed::What::began:
         row.entry = beganEntry(frame, areas_);
+        row.entry.time = panelLogTime(frame.sendBegin);
         row.station = stationIn(frame.sent);
         return row;
     case Passed::What::ended: {
@@ -76,8 +78,8 @@ std::optional<LineRow> LineModel::rowOf(const Passed& passed) const
         if (!entry)
             return std::nullopt;
         row.entry = *entry;
-        if (entry->direction == Direction::note)
-            row.entry.time = logTime(passed.at);
+        row.entry.time = panelLogTime(
+            entry->direction == Direction::note ? passed.at : frame.reception.lastByte);
         row.station = stationIn(frame.sent);
         row.isTrouble = frame.why != Reason::none;
         row.request = frame.sent;
@@ -85,6 +87,7 @@ std::optional<LineRow> LineModel::rowOf(const Passed& passed) const
     }
     case Passed::What::stray:
         row.entry = strayEntry(passed.stray);
+        row.entry.time = panelLogTime(passed.stray.at);
         row.station = stationIn(passed.stray.bytes);
         row.isTrouble = true;
         return row;
@@ -99,7 +102,7 @@ void LineModel::add(const std::vector<Passed>& passed, long long notTold)
     std::vector<LineRow> rows;
     rows.reserve(passed.size() + 1);
     if (notTold > 0) {
-        const Clock::time_point at = passed.empty() ? Clock::now() : passed.front().at;
+        const Clock::time_point at = passed.empty() ? panelNow() : passed.front().at;
         rows.push_back(noteRow(at, tr("%n frame(s) are missing here: this computer was too busy to "
                                       "show them",
                                       nullptr, static_cast<int>(notTold))
@@ -254,7 +257,7 @@ QVariant LineModel::headerData(int section, Qt::Orientation orientation, int rol
     case when:
         return tr("Time");
     case since:
-        return tr("ms since");
+        return tr("ms later");
     case direction:
         return tr("What");
     case meaning:

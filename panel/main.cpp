@@ -9,6 +9,7 @@
 #include "line/failure.h"
 #include "live/child_program.h"
 #include "live/shutdown.h"
+#include "panel/english_plurals.h"
 #include "panel/main_window.h"
 #include "panel/panel_options.h"
 #include "panel/pictures.h"
@@ -116,6 +117,8 @@ int main(int argc, char** argv)
         return code;
     dropDebugLines();
     const QApplication application(argc, argv);
+    EnglishPlurals plurals;
+    QCoreApplication::installTranslator(&plurals);
     QGuiApplication::setDesktopFileName(QStringLiteral("dov417-panel"));
     QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("dov417-panel")));
     // Qt takes the user's locale; numbers in files and on the screen keep their point.

@@ -7,6 +7,7 @@
 #include <QMessageBox>
 #include <QStatusBar>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "panel/faults_page.h"
 #include "panel/health_page.h"
@@ -35,6 +36,16 @@ QString inTwoLines(const QString& title)
     if (text.size() > longTitle && space > 0)
         text[space] = QLatin1Char('\n');
     return text;
+}
+
+// A station that is silent while others answer is seen by its values alone.
+int oldValues(const PanelDesk& desk)
+{
+    const std::vector<PanelValue>& values = desk.tags().values;
+    return static_cast<int>(
+        std::count_if(values.begin(), values.end(), [&desk](const PanelValue& value) {
+            return desk.book().standing(value.address).isOld;
+        }));
 }
 
 } // namespace
@@ -162,7 +173,11 @@ void MainWindow::makeStatusLine()
 void MainWindow::showState()
 {
     const LineState& state = desk_.state();
-    sentence_->setText(lineSentence(state, desk_.book().isSilent()));
+    const bool isAtWork = state.phase == LinePhase::open && !desk_.book().isSilent();
+    const int old = isAtWork ? oldValues(desk_) : 0;
+    const QString sentence = lineSentence(state, desk_.book().isSilent());
+    sentence_->setText(old == 0 ? sentence
+                                : tr("%1 Old: %n value(s).", nullptr, old).arg(sentence));
     const double cycleMs = std::chrono::duration<double, std::milli>(state.cycle).count();
     constexpr double leastMs = 0.05; // else nobody was asked: all stations are silent
     const bool isRunning = state.phase == LinePhase::open && state.cycles > 0 && cycleMs >= leastMs;

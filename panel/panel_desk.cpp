@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "driver/areas.h"
+#include "panel/panel_clock.h"
 
 namespace dov417 {
 
@@ -12,11 +13,15 @@ constexpr std::chrono::milliseconds listenPause{500};
 
 } // namespace
 
-PanelDesk::PanelDesk(const Library& library)
+PanelDesk::PanelDesk(const Library& library) : PanelDesk(library, Source::line) {}
+
+PanelDesk::PanelDesk(const Library& library, Source source)
     : library_(library), areas_(learnAreas(library)), line_(library)
 {
-    connect(&line_, &LineThread::batchCame, this, &PanelDesk::apply);
-    connect(&line_, &LineThread::recipeTold, this, &PanelDesk::hearOfRecipe);
+    if (source == Source::line) {
+        connect(&line_, &LineThread::batchCame, this, &PanelDesk::apply);
+        connect(&line_, &LineThread::recipeTold, this, &PanelDesk::hearOfRecipe);
+    }
     listenTimer_.setInterval(listenPause);
     connect(&listenTimer_, &QTimer::timeout, this, [this]() { listen(); });
 }
@@ -42,7 +47,7 @@ void PanelDesk::open(const LineSetup& setup, const simulator::SimulationOptions&
     state_.phase = LinePhase::opening;
     state_.port = setup.port;
     state_.isSimulated = setup.simulated;
-    lastHeard_ = Clock::now();
+    lastHeard_ = panelNow();
     listenTimer_.start();
     emit lineBegan();
     emit lineSetupChanged();
@@ -120,7 +125,7 @@ void PanelDesk::write(const PanelValue& value, const std::string& text)
     const std::vector<unsigned char> bytes = bytesToWrite(value, text);
     PanelWrite write;
     write.number = line_.write(value.address, bytes);
-    write.asked = QDateTime::currentDateTime();
+    write.asked = panelTimeOfDay();
     write.name = value.label.name;
     write.address = value.label.address;
     write.text = withUnit(text, value.label.format);
@@ -163,7 +168,7 @@ void PanelDesk::apply(const LineBatch& batch)
         emit writesChanged();
     if (batch.line != line_.line())
         return; // of one before
-    lastHeard_ = Clock::now();
+    lastHeard_ = panelNow();
     if (book_.isSilent()) {
         book_.heardAgain(batch.made);
         tellAllValues();
@@ -183,9 +188,16 @@ void PanelDesk::apply(const LineBatch& batch)
     emit stateChanged();
 }
 
+void PanelDesk::play(LineBatch batch)
+{
+    batch.line = line_.line();
+    batch.generation = line_.generation();
+    apply(batch);
+}
+
 void PanelDesk::listen()
 {
-    if (book_.isSilent() || Clock::now() - lastHeard_ < patience)
+    if (book_.isSilent() || panelNow() - lastHeard_ < patience)
         return;
     book_.setSilent(true);
     tellAllValues();

@@ -37,6 +37,12 @@ public:
 
     // The library is to outlive it.
     explicit PanelDesk(const Library& library);
+    // For what was recorded: what is asked of the line goes nowhere, and what came is handed in.
+    enum class Source {
+        line,
+        recording
+    };
+    PanelDesk(const Library& library, Source source);
 
     const Library& library() const
     {
@@ -121,6 +127,8 @@ public:
 
     // What the line's thread tells.
     void apply(const LineBatch& batch);
+    // The same of a recording, which is of what is watched now.
+    void play(LineBatch batch);
 
 signals:
     // What is watched or how it is written is different: places and rows begin anew.

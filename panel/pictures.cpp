@@ -9,8 +9,6 @@
 
 namespace dov417 {
 
-namespace {
-
 QPalette darkPalette()
 {
     const QColor ground(0x2B, 0x2B, 0x2B);
@@ -30,8 +28,6 @@ QPalette darkPalette()
         palette.setColor(QPalette::Disabled, role, QColor(0x8A, 0x8A, 0x8A));
     return palette;
 }
-
-} // namespace
 
 void takePictures(MainWindow& window, const QString& folder)
 {

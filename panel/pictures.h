@@ -3,11 +3,15 @@
 #ifndef DOV417_PANEL_PICTURES_H
 #define DOV417_PANEL_PICTURES_H
 
+#include <QPalette>
 #include <QString>
 
 #include "panel/main_window.h"
 
 namespace dov417 {
+
+// Of a dark desktop.
+QPalette darkPalette();
 
 // NAME-light.png and NAME-dark.png of each page. Throws a Failure where one cannot be written.
 void takePictures(MainWindow& window, const QString& folder);

@@ -4,6 +4,7 @@
 #include <QSplitter>
 #include <QVBoxLayout>
 
+#include "panel/column_widths.h"
 #include "panel/flow_layout.h"
 #include "panel/plan_map_delegate.h"
 #include "panel/plan_page.h"
@@ -12,7 +13,7 @@ namespace dov417 {
 
 namespace {
 
-void makePlainRows(QTableView* table, const QList<int>& letters)
+void makePlainRows(QTableView* table, const std::vector<int>& letters)
 {
     table->setSelectionBehavior(QAbstractItemView::SelectRows);
     table->setSelectionMode(QAbstractItemView::SingleSelection);
@@ -22,8 +23,7 @@ void makePlainRows(QTableView* table, const QList<int>& letters)
     table->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     table->verticalHeader()->setDefaultSectionSize(table->fontMetrics().height() + 6);
     table->horizontalHeader()->setStretchLastSection(true);
-    for (int column = 0; column < letters.size(); ++column)
-        table->setColumnWidth(column, table->fontMetrics().averageCharWidth() * letters.at(column));
+    setColumnLetters(*table, letters);
 }
 
 // One word of the map with what it means.

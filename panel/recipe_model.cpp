@@ -2,6 +2,7 @@
 
 #include <QFont>
 
+#include "panel/panel_clock.h"
 #include "panel/state_words.h"
 #include "text/address_values.h"
 
@@ -20,7 +21,7 @@ QString ageOf(const RecipeRow& row)
 {
     if (row.controller.empty())
         return RecipeModel::tr("? not known");
-    const double seconds = std::chrono::duration<double>(Clock::now() - row.readAt).count();
+    const double seconds = std::chrono::duration<double>(panelNow() - row.readAt).count();
     return symbolOf(row.isCurrent ? ValueState::good : ValueState::old) +
            RecipeModel::tr(" %1 s").arg(seconds, 0, 'f', seconds < 10 ? 1 : 0);
 }

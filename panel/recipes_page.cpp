@@ -134,7 +134,8 @@ void RecipesPage::showState()
                  "on the page of values, or load a recipe of addresses.")
         : path_.isEmpty()
             ? tr("No file. %1%2 F2 or a double-click edits the buffer.").arg(inBuffer, changed)
-            : tr("File: %1. %2%3").arg(path_, inBuffer, changed));
+            : tr("File: %1. %2%3").arg(QFileInfo(path_).fileName(), inBuffer, changed));
+    file_->setToolTip(path_);
 }
 
 // ---- files ----------------------------------------------------------------------------------

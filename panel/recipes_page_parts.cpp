@@ -5,6 +5,7 @@
 #include <QShortcut>
 #include <QVBoxLayout>
 
+#include "panel/column_widths.h"
 #include "panel/flow_layout.h"
 #include "panel/recipes_page.h"
 #include "panel/value_delegate.h"
@@ -27,13 +28,8 @@ void RecipesPage::makeTable()
     table_->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     table_->verticalHeader()->setDefaultSectionSize(table_->fontMetrics().height() + 8);
     table_->horizontalHeader()->setStretchLastSection(true);
-    const int letter = table_->fontMetrics().averageCharWidth();
-    for (const auto& [column, letters] :
-         {std::pair{RecipeModel::name, 19}, std::pair{RecipeModel::address, 12},
-          std::pair{RecipeModel::controller, 17}, std::pair{RecipeModel::age, 10},
-          std::pair{RecipeModel::file, 14}, std::pair{RecipeModel::buffer, 12},
-          std::pair{RecipeModel::comparison, 20}})
-        table_->setColumnWidth(column, letter * letters);
+    // Name, address, controller, age, file, buffer, comparison.
+    setColumnLetters(*table_, {22, 15, 20, 13, 16, 16, 20});
     connect(table_->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             [this]() { showState(); });
     auto* const remove =

@@ -8,7 +8,6 @@
 
 #include "driver/default_line.h"
 #include "link/network_address.h"
-#include "link/port_list.h"
 #include "panel/panel_icons.h"
 #include "panel/recent_projects.h"
 #include "panel/state_words.h"
@@ -147,7 +146,7 @@ QWidget* StartPage::makeLine()
     wire_->setObjectName(QStringLiteral("wire"));
     wire_->addItems(usualWires);
     wire_->setToolTip(tr("Baud rate, data bits, parity, stop bits; over a network it has no part"));
-    form->addRow(tr("Line &settings:"), wire_);
+    form->addRow(tr("Baud, bits, parity, &stop bits:"), wire_);
     auto* const buttons = new QHBoxLayout;
     auto* const again = new QPushButton(tr("&List the ports again"));
     open_->setObjectName(QStringLiteral("open"));
@@ -196,8 +195,13 @@ QWidget* StartPage::makeProject()
 
 void StartPage::listRecent()
 {
+    showRecent(recentProjects());
+}
+
+void StartPage::showRecent(const QStringList& projects)
+{
     recent_->clear();
-    recent_->addItems(recentProjects());
+    recent_->addItems(projects);
     if (recent_->count() > 0)
         return;
     auto* const none = new QListWidgetItem(tr("No project was opened here yet."), recent_);
@@ -206,8 +210,13 @@ void StartPage::listRecent()
 
 void StartPage::listAllPorts()
 {
+    showPorts(listPorts().ports);
+}
+
+void StartPage::showPorts(const std::vector<PortEntry>& ports)
+{
     ports_->clear();
-    for (const PortEntry& port : listPorts().ports) {
+    for (const PortEntry& port : ports) {
         const QString group = QString::fromStdString(port.group);
         const QString may = port.mayOpen      ? tr("yes")
                             : group.isEmpty() ? tr("no")

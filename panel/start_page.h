@@ -9,6 +9,7 @@
 #include <QPushButton>
 #include <QTreeWidget>
 
+#include "link/port_list.h"
 #include "panel/project_actions.h"
 
 namespace dov417 {
@@ -25,6 +26,10 @@ public:
 
     QString title() const override;
     QIcon icon() const override;
+
+    // In place of this computer's.
+    void showPorts(const std::vector<PortEntry>& ports);
+    void showRecent(const QStringList& projects);
 
 private:
     QWidget* makeTrial();

@@ -86,6 +86,10 @@ QString lineSentence(const LineState& state, bool isSilent)
     case LinePhase::opening:
         return StateTexts::tr("%1 is being opened \u2026").arg(port);
     case LinePhase::away:
+        if (state.isSimulated) // whose port has a name of no interest
+            return StateTexts::tr("%1 is not there: its cable is pulled. It goes on as soon as it "
+                                  "is plugged in again.")
+                .arg(port);
         return StateTexts::tr("%1; it goes on as soon as the port is back.").arg(reason);
     case LinePhase::refused:
         return StateTexts::tr(

@@ -115,7 +115,7 @@ std::string trendText(const TrendValue& value, std::uint64_t raw)
 
 std::string trendText(const TrendValue& value, double number)
 {
-    constexpr int digits = 6;
+    const int digits = value.isBit() ? 3 : 6; // a bit's mean is a share
     const int decimals = value.format.scaling.decimals;
     const QString text = decimals >= 0 && !value.isBit()
                              ? QString::number(number, 'f', decimals + 1)

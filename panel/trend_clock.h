@@ -5,6 +5,7 @@
 #include <QDateTime>
 #include <QString>
 
+#include "panel/panel_clock.h"
 #include "panel/trend_history.h"
 
 namespace dov417 {
@@ -47,7 +48,7 @@ private:
 
     static TrendTime offsetNow()
     {
-        return QDateTime::currentMSecsSinceEpoch() * perMillisecond - toTrendTime(Clock::now());
+        return panelTimeOfDay().toMSecsSinceEpoch() * perMillisecond - toTrendTime(panelNow());
     }
 
     TrendTime offset_;

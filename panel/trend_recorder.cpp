@@ -1,5 +1,7 @@
 #include "panel/trend_recorder.h"
 
+#include "panel/panel_clock.h"
+
 namespace dov417 {
 
 TrendRecorder::TrendRecorder(PanelDesk& desk, TrendHistory& history)
@@ -11,14 +13,14 @@ TrendRecorder::TrendRecorder(PanelDesk& desk, TrendHistory& history)
             });
     connect(&desk, &PanelDesk::stateChanged, this, [this]() { look(); });
     connect(&desk, &PanelDesk::lineBegan, this, [this]() {
-        history_.interrupt(TrendGap::otherLine, toTrendTime(Clock::now()));
+        history_.interrupt(TrendGap::otherLine, toTrendTime(panelNow()));
         if (!history_.addresses().empty())
             emit otherLine();
     });
     connect(&desk, &PanelDesk::tagsChanged, this, [this]() {
         for (const Address& address : history_.addresses())
             if (!desk_.book().isWatched(address))
-                history_.interrupt(address, TrendGap::notWatched, toTrendTime(Clock::now()));
+                history_.interrupt(address, TrendGap::notWatched, toTrendTime(panelNow()));
     });
 }
 
@@ -42,7 +44,7 @@ void TrendRecorder::look()
     if (!isKnown_ || (!isHanging && desk_.state().phase == LinePhase::open))
         return;
     history_.interrupt(isHanging ? TrendGap::lineHung : TrendGap::lineGone,
-                       toTrendTime(Clock::now()));
+                       toTrendTime(panelNow()));
     isKnown_ = false;
 }
 

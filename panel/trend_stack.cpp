@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "panel/panel_clock.h"
+
 namespace dov417 {
 
 namespace {
@@ -236,7 +238,7 @@ bool TrendStack::draw()
 {
     if (plots_.empty() || !isVisible() || isDrawing_)
         return true;
-    const TrendTime now = toTrendTime(Clock::now());
+    const TrendTime now = toTrendTime(panelNow());
     if (drawn_ == 0) {
         const TrendWindow window = view_.window(plots_.front()->pixels(), now);
         const bool isMoved = window.from != window_.from || window.step != window_.step;

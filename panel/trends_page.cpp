@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <unordered_set>
 
+#include "panel/panel_clock.h"
 #include "panel/panel_icons.h"
 
 namespace dov417 {
@@ -99,7 +100,7 @@ void TrendsPage::showArrangement()
 // Values that move, until a person has chosen: they are looked for while the first come.
 void TrendsPage::chooseByItself()
 {
-    const TrendTime now = toTrendTime(Clock::now());
+    const TrendTime now = toTrendTime(panelNow());
     if (begun_ == 0)
         begun_ = now;
     const bool isEnough = !arrangement_.plots.empty() && now - begun_ > lookingUntil;
@@ -197,7 +198,7 @@ void TrendsPage::removePlot()
 void TrendsPage::refresh()
 {
     if (const TrendTime moved = clock_.moved(); std::abs(moved) > clockJump)
-        stack_->addNote({toTrendTime(Clock::now()),
+        stack_->addNote({toTrendTime(panelNow()),
                          tr("this computer's clock was moved by %1 s; times here go on as before")
                              .arg(static_cast<double>(moved) / trendSecond, 0, 'f', 1),
                          false});
@@ -232,7 +233,7 @@ void TrendsPage::showCursors()
 void TrendsPage::askNote()
 {
     const std::optional<TrendTime> cursor = stack_->cursors().front();
-    const TrendTime at = cursor.value_or(toTrendTime(Clock::now()));
+    const TrendTime at = cursor.value_or(toTrendTime(panelNow()));
     bool isGiven = false;
     const QString text = QInputDialog::getText(this, tr("A note at a moment"),
                                                tr("What happened at %1?").arg(clock_.text(at)),

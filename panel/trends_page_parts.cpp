@@ -7,6 +7,7 @@
 #include <QVBoxLayout>
 
 #include "panel/flow_layout.h"
+#include "panel/panel_clock.h"
 #include "panel/trends_page.h"
 
 namespace dov417 {
@@ -77,12 +78,12 @@ TrendsPage::TrendsPage(PanelDesk& desk)
     connect(stack_, &TrendStack::cursorsChanged, this, [this]() { showCursors(); });
     connect(stack_, &TrendStack::noteAsked, this, [this]() { askNote(); });
     connect(&recorder_, &TrendRecorder::otherLine, this, [this]() {
-        stack_->addNote({toTrendTime(Clock::now()),
+        stack_->addNote({toTrendTime(panelNow()),
                          tr("another line: %1").arg(QString::fromStdString(desk_.state().port)),
                          false});
     });
     connect(&recorder_, &TrendRecorder::doubted, this, [this]() {
-        stack_->addNote({toTrendTime(Clock::now()),
+        stack_->addNote({toTrendTime(panelNow()),
                          tr("in doubt: what is before may be replies to other requests"), false});
     });
     connect(&desk, &PanelDesk::valuesCame, this, [this]() {
@@ -214,8 +215,10 @@ void TrendsPage::makeReadout()
     for (int column = 0; column < TrendReadout::columns; ++column)
         table_->setColumnWidth(column, letter * 14);
     table_->setColumnWidth(TrendReadout::plot, letter * 6);
-    table_->setColumnWidth(TrendReadout::name, letter * 26);
-    table_->setColumnWidth(TrendReadout::state, letter * 18);
+    table_->setColumnWidth(TrendReadout::name, letter * 27);
+    table_->setColumnWidth(TrendReadout::state, letter * 16);
+    for (const int column : {TrendReadout::atA, TrendReadout::atB})
+        table_->setColumnWidth(column, letter * 16); // "request failed"
     table_->setColumnWidth(TrendReadout::known, letter * 9);
     table_->horizontalHeader()->setStretchLastSection(true);
     auto* const remove = new QAction(tr("&Remove from the plot"), table_);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <tuple>
 
+#include "panel/panel_clock.h"
 #include "panel/state_words.h"
 #include "text/values.h"
 
@@ -82,7 +83,7 @@ QString ValuesModel::text(const PanelValue& each, int column) const
     case state:
         return standingText(desk_.book().standing(each.address));
     case age:
-        return ageText(view, Clock::now());
+        return ageText(view, panelNow());
     case changes:
         return view ? QString::number(view->changes) : QString();
     default:

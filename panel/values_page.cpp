@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "panel/add_bar.h"
+#include "panel/column_widths.h"
 #include "panel/panel_icons.h"
 #include "panel/value_delegate.h"
 #include "panel/write_dialog.h"
@@ -186,6 +187,7 @@ QWidget* ValuesPage::makeWrites()
     writes->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     writes->verticalHeader()->setDefaultSectionSize(writes->fontMetrics().height() + 8);
     writes->horizontalHeader()->setStretchLastSection(true);
+    setColumnLetters(*writes, {12, 24, 16, 16}); // time, name, address, value
     return writes;
 }
 

@@ -5,6 +5,7 @@
 #include <QScrollArea>
 #include <QVBoxLayout>
 
+#include "panel/panel_clock.h"
 #include "panel/panel_icons.h"
 #include "panel/wire_words.h"
 
@@ -163,7 +164,7 @@ void WirePage::picture()
         return;
     hasNews_ = false;
     // Nothing goes on without a line.
-    view_->refresh(isOpen ? Clock::now() : times_.end());
+    view_->refresh(isOpen ? panelNow() : times_.end());
     showWhatIsKnown();
 }
 
