@@ -1,6 +1,7 @@
 #include "panel/project_document.h"
 
 #include <QFileInfo>
+#include <QScopedValueRollback>
 
 #include "line/failure.h"
 #include "line/replace_file.h"
@@ -21,23 +22,6 @@ simulator::SimulationOptions trialController()
     options.turnaroundMs = turnaroundMs;
     return options;
 }
-
-class Applying {
-public:
-    explicit Applying(bool& isApplying) : isApplying_(isApplying)
-    {
-        isApplying_ = true;
-    }
-    ~Applying()
-    {
-        isApplying_ = false;
-    }
-    Applying(const Applying&) = delete;
-    Applying& operator=(const Applying&) = delete;
-
-private:
-    bool& isApplying_;
-};
 
 OrderedJson settingsIn(const ProjectContent& content, const std::string& name)
 {
@@ -166,7 +150,7 @@ void ProjectDocument::take(ReadContent read, const QString& file)
 {
     const std::function<void()> arrange = preparedParts(read);
     {
-        const Applying applying(isApplying_);
+        const QScopedValueRollback<bool> applying(isApplying_, true);
         desk_.close();
         desk_.setItems(*read.content.items);
         arrange();
@@ -305,7 +289,7 @@ void ProjectDocument::push(const ProjectContent& content, const QString& what,
 void ProjectDocument::apply(const ProjectContent& content)
 {
     {
-        const Applying applying(isApplying_);
+        const QScopedValueRollback<bool> applying(isApplying_, true);
         if (!areSame(*content.items, desk_.tags().items))
             desk_.setItems(*content.items);
         for (const ProjectPart& part : parts_) {
