@@ -119,6 +119,14 @@ std::string projectText(const Library& library, const ProjectOrigin& origin,
     return text;
 }
 
+OrderedJson settingsIn(const ProjectContent& content, const std::string& name)
+{
+    const auto settings = content.pages.find(name);
+    // A newer program's may be of another kind.
+    return settings == content.pages.end() || !settings->second.is_object() ? OrderedJson::object()
+                                                                            : settings->second;
+}
+
 bool isSameLine(const LineSetup& a, const LineSetup& b)
 {
     for (const LineMember& member : lineMembers())

@@ -52,6 +52,9 @@ std::string projectText(const Library& library, const ProjectOrigin& origin,
                         const ProjectContent& content, const OrderedJson& layout,
                         const std::string& file);
 
+// Of a page, by its member; {} where it has none.
+OrderedJson settingsIn(const ProjectContent& content, const std::string& name);
+
 bool isSameLine(const LineSetup& a, const LineSetup& b);
 
 } // namespace dov417
