@@ -85,11 +85,13 @@ ProjectImage ProjectDocument::image() const
 
 // ---- another project --------------------------------------------------------------------------
 
-void ProjectDocument::begin(const std::vector<Item>& items, const LineSetup& line)
+void ProjectDocument::begin(const std::vector<Item>& items, const LineSetup& line,
+                            const std::vector<ProjectStation>& stations)
 {
     ReadContent read;
     read.content.items = std::make_shared<const std::vector<Item>>(items);
     read.content.line = line;
+    read.content.stations = stations;
     take(read, QString());
     openLine();
 }
@@ -147,6 +149,7 @@ void ProjectDocument::take(ReadContent read, const QString& file)
     forgetKnownMembers(read.origin);
     origin_ = std::make_shared<const ProjectOrigin>(read.origin);
     history_.clear();
+    desk_.setStationNames(stationNames(content_.stations));
     emit changed();
 }
 
@@ -222,12 +225,11 @@ void ProjectDocument::setLine(const LineSetup& line)
     content.line = line;
     if (file_.isEmpty() && !isModified() && history_.count() == 0) {
         content_ = content;
+        tellDesk();
         emit changed();
     } else {
         push(content, tr("settings of the line"), std::string());
     }
-    if (!desk_.hasLine())
-        desk_.setLineSetup(line);
 }
 
 void ProjectDocument::openLine()

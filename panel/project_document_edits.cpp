@@ -26,6 +26,16 @@ void ProjectDocument::tagsChanged()
     push(content, tr("what is watched"), std::string());
 }
 
+void ProjectDocument::setStations(const std::vector<ProjectStation>& stations)
+{
+    if (areSame(stations, content_.stations))
+        return;
+    ProjectContent content = content_;
+    content.stations = stations;
+    content.line.stationMaxRegisters = maxRegistersOf(stations);
+    push(content, tr("stations"), std::string());
+}
+
 void ProjectDocument::pageChanged(const ProjectPart& part)
 {
     if (isApplying_)
@@ -64,7 +74,16 @@ void ProjectDocument::apply(const ProjectContent& content)
         }
     }
     content_ = content;
+    tellDesk();
     emit changed();
+}
+
+// The line that is open goes on as it is; without one, plans are made for the project's.
+void ProjectDocument::tellDesk()
+{
+    desk_.setStationNames(stationNames(content_.stations));
+    if (!desk_.hasLine() && !isSameLine(desk_.lineSetup(), content_.line))
+        desk_.setLineSetup(content_.line);
 }
 
 } // namespace dov417

@@ -46,9 +46,15 @@ void WireView::forget()
     update();
 }
 
-QString WireView::laneName(int station)
+void WireView::setStationNames(const StationNames& names)
 {
-    return station == 0 ? tr("all stations") : tr("station %1").arg(station);
+    names_ = names;
+    update();
+}
+
+QString WireView::laneName(int station) const
+{
+    return station == 0 ? tr("all stations") : stationText(names_, station);
 }
 
 // ---- places ---------------------------------------------------------------------------------
@@ -62,7 +68,10 @@ int WireView::laneHeight() const
 
 int WireView::left() const
 {
-    return fontMetrics().horizontalAdvance(laneName(maxStation)) + 3 * spaceAround;
+    int width = fontMetrics().horizontalAdvance(stationText({}, maxStation));
+    for (const auto& [station, name] : names_)
+        width = std::max(width, fontMetrics().horizontalAdvance(laneName(station)));
+    return width + 3 * spaceAround;
 }
 
 // Of the time; half of the scale's last number stands there.
