@@ -51,7 +51,7 @@ QString remarkOf(const RequestCounters& counters)
                                       : counters.givenUp);
 }
 
-std::vector<HealthRow> rowsOf(const LinkStatistics& statistics)
+std::vector<HealthRow> rowsOf(const LinkStatistics& statistics, const StationNames& names)
 {
     std::map<int, std::vector<HealthRow>> stations; // the first row is the station's
     for (const std::string& request : statistics.order) {
@@ -62,7 +62,7 @@ std::vector<HealthRow> rowsOf(const LinkStatistics& statistics)
         std::vector<HealthRow>& rows = stations[row.counters.station];
         if (rows.empty()) {
             HealthRow station;
-            station.name = HealthModel::tr("station %1").arg(row.counters.station);
+            station.name = stationText(names, row.counters.station);
             station.isStation = true;
             rows.push_back(station);
         }
@@ -87,9 +87,9 @@ std::vector<HealthRow> rowsOf(const LinkStatistics& statistics)
 
 } // namespace
 
-void HealthModel::show(const LinkStatistics& statistics)
+void HealthModel::show(const LinkStatistics& statistics, const StationNames& names)
 {
-    std::vector<HealthRow> rows = rowsOf(statistics);
+    std::vector<HealthRow> rows = rowsOf(statistics, names);
     const bool isSame =
         std::equal(rows.begin(), rows.end(), rows_.begin(), rows_.end(),
                    [](const HealthRow& a, const HealthRow& b) { return a.name == b.name; });

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "link/link_statistics.h"
+#include "panel/station_words.h"
 
 namespace dov417 {
 
@@ -37,7 +38,7 @@ public:
 
     using QAbstractTableModel::QAbstractTableModel;
 
-    void show(const LinkStatistics& statistics);
+    void show(const LinkStatistics& statistics, const StationNames& names);
     // Has any row something to say there?
     bool hasAny(Column column) const;
 

@@ -57,6 +57,7 @@ HealthPage::HealthPage(PanelDesk& desk)
     rows->addWidget(table_, 3);
     connect(&desk, &PanelDesk::lineBegan, this, [this]() { lineBegan(); });
     connect(&desk, &PanelDesk::stateChanged, this, [this]() { collect(); });
+    connect(&desk, &PanelDesk::stationNamesChanged, this, [this]() { showCounters(); });
     connect(copy_, &QPushButton::clicked, this, [this]() { copyAll(); });
     pictureTimer_.setInterval(picturePause);
     connect(&pictureTimer_, &QTimer::timeout, this, [this]() { picture(); });
@@ -140,7 +141,7 @@ void HealthPage::showCounters()
 {
     copy_->setEnabled(shown_ != nullptr);
     cycles_->show(shown_ ? shown_->cycles : Durations());
-    model_.show(shown_ ? *shown_ : LinkStatistics());
+    model_.show(shown_ ? *shown_ : LinkStatistics(), desk_.stationNames());
     for (const HealthModel::Column column :
          {HealthModel::others, HealthModel::abandoned, HealthModel::notAsked})
         table_->setColumnHidden(column, !model_.hasAny(column));

@@ -6,6 +6,7 @@
 #include <QVBoxLayout>
 
 #include "live/project.h"
+#include "panel/project_fields.h"
 #include "panel/state_words.h"
 
 namespace dov417 {
@@ -20,18 +21,7 @@ bool isNumberField(const LineMember& member)
 // As a project would have it: what is wrong with it, a project's reader says.
 OrderedJson typedJson(const LineMember& member, const QString& text)
 {
-    if (!isNumberField(member))
-        return text.toStdString();
-    const OrderedJson number = OrderedJson::parse(text.toStdString(), nullptr, false);
-    return number.is_number() ? number : OrderedJson(text.toStdString());
-}
-
-// Without the place, which is none that a person knows.
-QString sentenceOf(const Failure& failure)
-{
-    const QString text = QString::fromUtf8(failure.what());
-    const int at = text.indexOf(QStringLiteral("line."));
-    return at < 0 ? text : text.mid(at + 5);
+    return isNumberField(member) ? typedNumber(text) : OrderedJson(text.toStdString());
 }
 
 } // namespace
@@ -142,7 +132,8 @@ void LineDialog::judge()
         setup.stationMaxRegisters = setup_.stationMaxRegisters;
         setup_ = setup;
     } catch (const Failure& failure) {
-        verdict = symbolOf(ValueState::failed) + QLatin1Char(' ') + sentenceOf(failure);
+        verdict = symbolOf(ValueState::failed) + QLatin1Char(' ') +
+                  fieldVerdict(failure, QStringLiteral("line."));
     }
     verdict_->setText(verdict);
     keep_->setEnabled(verdict.isEmpty());

@@ -76,9 +76,12 @@ void begin(MainWindow& window, PanelDesk& desk, const PanelOptions& options)
         if (!items.empty())
             desk.addItems(items);
     } else {
-        if (!isAnyNamed && options.line.simulated)
+        std::vector<ProjectStation> stations;
+        if (!isAnyNamed && options.line.simulated) {
             items = trialItems(library);
-        window.document().begin(items, options.line);
+            stations = trialStations();
+        }
+        window.document().begin(items, options.line, stations);
     }
     if (window.currentPage() == 0 && (desk.hasLine() || !desk.tags().items.empty()))
         window.showPage(1);

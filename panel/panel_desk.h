@@ -12,6 +12,7 @@
 #include "line/areas.h"
 #include "panel/line_thread.h"
 #include "panel/panel_tags.h"
+#include "panel/station_words.h"
 #include "panel/value_book.h"
 
 namespace dov417 {
@@ -74,6 +75,10 @@ public:
     {
         return statistics_;
     }
+    const StationNames& stationNames() const
+    {
+        return stationNames_;
+    }
     std::size_t writesUnderWay() const; // values, those of a recipe included
     bool hasLine() const;               // open, or about to be
     // What the line was opened with last, or will be planned for.
@@ -109,6 +114,7 @@ public:
     void setItems(const std::vector<Item>& items);
     void addItems(const std::vector<Item>& items);
     void removeItems(const std::vector<std::size_t>& places);
+    void setStationNames(const StationNames& names);
     void setUnlocked(bool isUnlocked);
     // Of the own controller, until another line is opened.
     void setConditions(const simulator::Conditions& conditions);
@@ -133,6 +139,7 @@ public:
 signals:
     // What is watched or how it is written is different: places and rows begin anew.
     void tagsChanged();
+    void stationNamesChanged();
     // Values or qualities of these addresses; standing and value are in the book.
     void valuesChanged(const std::vector<dov417::Address>& addresses);
     // As they came, in their order: what is watched now, changed or not, as it was known then. The
@@ -158,6 +165,7 @@ private:
     const Library& library_;
     std::vector<Area> areas_;
     PanelTags tags_;
+    StationNames stationNames_;
     ValueBook book_;
     LineSetup setup_;
     LineState state_;

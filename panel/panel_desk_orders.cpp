@@ -3,6 +3,14 @@
 
 namespace dov417 {
 
+void PanelDesk::setStationNames(const StationNames& names)
+{
+    if (names == stationNames_)
+        return;
+    stationNames_ = names;
+    emit stationNamesChanged();
+}
+
 void PanelDesk::setLineSetup(const LineSetup& setup)
 {
     setup_ = setup;

@@ -34,6 +34,13 @@ void PlanMapModel::show(const std::vector<PanelValue>& values, const Plan& plan)
     endResetModel();
 }
 
+void PlanMapModel::setStationNames(const StationNames& names)
+{
+    names_ = names;
+    if (!rows_.empty())
+        emit headerDataChanged(Qt::Vertical, 0, rowCount() - 1);
+}
+
 const PlanRow& PlanMapModel::rowAt(int row) const
 {
     return rows_.at(static_cast<std::size_t>(row));
@@ -92,8 +99,10 @@ QString PlanMapModel::textOf(const QModelIndex& index) const
     const PlanRow& row = rowAt(index.row());
     const PlanWord& word = wordAt(index);
     const int address = row.first + index.column();
-    QString text = QString::fromStdString(planWordsText(row.station, row.regName, address, 1)) +
-                   QStringLiteral(": ") + useText(word.use);
+    QString text = QString::fromStdString(planWordsText(row.station, row.regName, address, 1));
+    if (names_.count(row.station) > 0)
+        text += tr(" of %1").arg(stationText(names_, row.station));
+    text += QStringLiteral(": ") + useText(word.use);
     QStringList names;
     for (const int value : word.values)
         names.append(
@@ -121,9 +130,12 @@ QVariant PlanMapModel::data(const QModelIndex& index, int role) const
 
 QVariant PlanMapModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
+    const bool isRow = orientation == Qt::Vertical;
+    if (role == Qt::ToolTipRole && isRow)
+        return stationText(names_, rowAt(section).station);
     if (role != Qt::DisplayRole)
         return QVariant();
-    if (orientation == Qt::Horizontal)
+    if (!isRow)
         return QStringLiteral("+%1").arg(section);
     const PlanRow& row = rowAt(section);
     return QString::fromStdString(planWordsText(row.station, row.regName, row.first, 1));

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "panel/plan_map.h"
+#include "panel/station_words.h"
 
 namespace dov417 {
 
@@ -15,6 +16,8 @@ class PlanMapModel : public QAbstractTableModel {
 public:
     // The plan is one of these values.
     void show(const std::vector<PanelValue>& values, const Plan& plan);
+
+    void setStationNames(const StationNames& names);
 
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     int columnCount(const QModelIndex& parent = QModelIndex()) const override;
@@ -41,6 +44,7 @@ private:
 
     std::vector<PanelValue> values_;
     Plan plan_;
+    StationNames names_;
     std::vector<PlanRow> rows_;
 };
 

@@ -50,6 +50,9 @@ PlanPage::PlanPage(PanelDesk& desk)
         chosenGap_.reset();
         planAnew();
     });
+    map_.setStationNames(desk.stationNames());
+    connect(&desk, &PanelDesk::stationNamesChanged, this,
+            [this]() { map_.setStationNames(desk_.stationNames()); });
     connect(&desk, &PanelDesk::stateChanged, this, [this]() {
         if (isVisible())
             showMeasured();

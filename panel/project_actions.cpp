@@ -9,6 +9,7 @@
 #include "panel/line_dialog.h"
 #include "panel/recent_projects.h"
 #include "panel/recovery_dialog.h"
+#include "panel/stations_dialog.h"
 
 namespace dov417 {
 
@@ -55,6 +56,8 @@ void ProjectActions::makeFileMenu(QMenu* menu)
     menu->addSeparator();
     add(tr("Settings of the &line \u2026"), QKeySequence(QStringLiteral("Ctrl+L")), "lineSettings",
         [this]() { editLine(); });
+    add(tr("S&tations \u2026"), QKeySequence(QStringLiteral("Ctrl+T")), "stations",
+        [this]() { editStations(); });
     menu->addSeparator();
     add(tr("&Quit"), QKeySequence(QStringLiteral("Ctrl+Q")), "quit", [this]() { window_.close(); });
 }
@@ -115,11 +118,12 @@ bool ProjectActions::mayForget()
     return answer == QMessageBox::Discard;
 }
 
-bool ProjectActions::begin(const std::vector<Item>& items, const LineSetup& line)
+bool ProjectActions::begin(const std::vector<Item>& items, const LineSetup& line,
+                           const std::vector<ProjectStation>& stations)
 {
     if (!mayLeave())
         return false;
-    document_.begin(items, line);
+    document_.begin(items, line, stations);
     emit told(QString());
     return true;
 }
@@ -197,6 +201,16 @@ void ProjectActions::editLine()
     document_.setLine(dialog.setup());
     if (dialog.isToOpen())
         document_.openLine();
+}
+
+void ProjectActions::editStations()
+{
+    std::set<int> watched;
+    for (const Item& item : desk_.tags().items)
+        watched.insert(item.address.station);
+    StationsDialog dialog(document_.stations(), watched, &window_);
+    if (dialog.exec() == QDialog::Accepted)
+        document_.setStations(dialog.stations());
 }
 
 // ---- what was not saved -------------------------------------------------------------------------

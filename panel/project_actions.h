@@ -22,13 +22,15 @@ public:
     // That, and whatever is not saved is saved, or not wanted. False: the project stays open.
     bool mayLeave();
     // Another project, or none, in its place. False where the one that is open stays.
-    bool begin(const std::vector<Item>& items, const LineSetup& line);
+    bool begin(const std::vector<Item>& items, const LineSetup& line,
+               const std::vector<ProjectStation>& stations = {});
     bool open(const QString& file);
     bool chooseAndOpen();
     bool save();
     bool saveAs();
     bool saveIn(const QString& file);
     void editLine();
+    void editStations();
 
     // What panels that were ended have kept of these projects, and of those that were never saved.
     void offerUnsaved(const QStringList& projects);

@@ -1,6 +1,8 @@
 #include "panel/project_content.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <tuple>
 
 #include "line/failure.h"
 #include "live/line_members.h"
@@ -71,9 +73,8 @@ ReadContent readContent(const Library& library, const std::string& text, const s
     origin.tags = {project.tags, items.own, !project.tagFile.empty()};
     read.content.items = std::make_shared<const std::vector<Item>>(items.shown);
     read.content.line = project.line;
-    for (const ProjectStation& station : project.stations)
-        if (station.maxRegisters)
-            read.content.line.stationMaxRegisters[station.number] = *station.maxRegisters;
+    read.content.stations = project.stations;
+    read.content.line.stationMaxRegisters = maxRegistersOf(project.stations);
     for (const auto& [name, settings] : origin.panel.items())
         read.content.pages[name] = settings;
     return read;
@@ -98,6 +99,7 @@ std::string projectText(const Library& library, const ProjectOrigin& origin,
 {
     Project project = origin.project;
     project.line = content.line;
+    project.stations = content.stations;
     const TagsToWrite tags = tagsOfItems(library, *content.items, origin.tags);
     project.tags = tags.tags;
     project.tagFile = tags.areInTagFile ? tagFileFrom(origin, file) : std::string();
@@ -119,13 +121,50 @@ std::string projectText(const Library& library, const ProjectOrigin& origin,
     return text;
 }
 
+OrderedJson settingsIn(const ProjectContent& content, const std::string& name)
+{
+    const auto settings = content.pages.find(name);
+    // A newer program's may be of another kind.
+    return settings == content.pages.end() || !settings->second.is_object() ? OrderedJson::object()
+                                                                            : settings->second;
+}
+
+std::map<int, int> maxRegistersOf(const std::vector<ProjectStation>& stations)
+{
+    std::map<int, int> numbers;
+    for (const ProjectStation& station : stations)
+        if (station.maxRegisters)
+            numbers[station.number] = *station.maxRegisters;
+    return numbers;
+}
+
+StationNames stationNames(const std::vector<ProjectStation>& stations)
+{
+    StationNames names;
+    for (const ProjectStation& station : stations)
+        if (!station.name.empty())
+            names[station.number] = station.name;
+    return names;
+}
+
+bool areSame(const std::vector<ProjectStation>& a, const std::vector<ProjectStation>& b)
+{
+    const auto parts = [](const ProjectStation& station) {
+        return std::tie(station.number, station.name, station.maxRegisters, station.others);
+    };
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [&parts](const ProjectStation& x, const ProjectStation& y) {
+                          return parts(x) == parts(y);
+                      });
+}
+
 bool isSameLine(const LineSetup& a, const LineSetup& b)
 {
     for (const LineMember& member : lineMembers())
         if (memberText(member, a) != memberText(member, b) ||
             isDefault(member, a) != isDefault(member, b))
             return false;
-    return true;
+    return a.stationMaxRegisters == b.stationMaxRegisters;
 }
 
 } // namespace dov417

@@ -10,6 +10,7 @@
 
 #include "live/project.h"
 #include "panel/project_tags.h"
+#include "panel/station_words.h"
 
 namespace dov417 {
 
@@ -17,6 +18,7 @@ namespace dov417 {
 struct ProjectContent {
     LineSetup line;
     std::shared_ptr<const std::vector<Item>> items = std::make_shared<std::vector<Item>>();
+    std::vector<ProjectStation> stations;
     std::map<std::string, OrderedJson> pages; // each one's settings, by its member
 };
 
@@ -51,6 +53,14 @@ ReadContent readContent(const Library& library, const std::string& text, const s
 std::string projectText(const Library& library, const ProjectOrigin& origin,
                         const ProjectContent& content, const OrderedJson& layout,
                         const std::string& file);
+
+// Of a page, by its member; {} where it has none.
+OrderedJson settingsIn(const ProjectContent& content, const std::string& name);
+
+// What those that have their own take in one request.
+std::map<int, int> maxRegistersOf(const std::vector<ProjectStation>& stations);
+StationNames stationNames(const std::vector<ProjectStation>& stations);
+bool areSame(const std::vector<ProjectStation>& a, const std::vector<ProjectStation>& b);
 
 bool isSameLine(const LineSetup& a, const LineSetup& b);
 

@@ -1,10 +1,10 @@
 #include "panel/project_document.h"
 
 #include <QFileInfo>
+#include <QScopedValueRollback>
 
 #include "line/failure.h"
 #include "line/replace_file.h"
-#include "panel/project_change.h"
 #include "panel/recent_projects.h"
 #include "text/text_file.h"
 
@@ -20,36 +20,6 @@ simulator::SimulationOptions trialController()
     options.baudLimit = true;
     options.turnaroundMs = turnaroundMs;
     return options;
-}
-
-class Applying {
-public:
-    explicit Applying(bool& isApplying) : isApplying_(isApplying)
-    {
-        isApplying_ = true;
-    }
-    ~Applying()
-    {
-        isApplying_ = false;
-    }
-    Applying(const Applying&) = delete;
-    Applying& operator=(const Applying&) = delete;
-
-private:
-    bool& isApplying_;
-};
-
-OrderedJson settingsIn(const ProjectContent& content, const std::string& name)
-{
-    const auto settings = content.pages.find(name);
-    // A newer program's may be of another kind.
-    return settings == content.pages.end() || !settings->second.is_object() ? OrderedJson::object()
-                                                                            : settings->second;
-}
-
-bool areSame(const std::vector<Item>& a, const std::vector<Item>& b)
-{
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(), isSame);
 }
 
 } // namespace
@@ -115,11 +85,13 @@ ProjectImage ProjectDocument::image() const
 
 // ---- another project --------------------------------------------------------------------------
 
-void ProjectDocument::begin(const std::vector<Item>& items, const LineSetup& line)
+void ProjectDocument::begin(const std::vector<Item>& items, const LineSetup& line,
+                            const std::vector<ProjectStation>& stations)
 {
     ReadContent read;
     read.content.items = std::make_shared<const std::vector<Item>>(items);
     read.content.line = line;
+    read.content.stations = stations;
     take(read, QString());
     openLine();
 }
@@ -166,7 +138,7 @@ void ProjectDocument::take(ReadContent read, const QString& file)
 {
     const std::function<void()> arrange = preparedParts(read);
     {
-        const Applying applying(isApplying_);
+        const QScopedValueRollback<bool> applying(isApplying_, true);
         desk_.close();
         desk_.setItems(*read.content.items);
         arrange();
@@ -177,6 +149,7 @@ void ProjectDocument::take(ReadContent read, const QString& file)
     forgetKnownMembers(read.origin);
     origin_ = std::make_shared<const ProjectOrigin>(read.origin);
     history_.clear();
+    desk_.setStationNames(stationNames(content_.stations));
     emit changed();
 }
 
@@ -252,12 +225,11 @@ void ProjectDocument::setLine(const LineSetup& line)
     content.line = line;
     if (file_.isEmpty() && !isModified() && history_.count() == 0) {
         content_ = content;
+        tellDesk();
         emit changed();
     } else {
         push(content, tr("settings of the line"), std::string());
     }
-    if (!desk_.hasLine())
-        desk_.setLineSetup(line);
 }
 
 void ProjectDocument::openLine()
@@ -269,58 +241,6 @@ void ProjectDocument::openLine()
         desk_.open(line, trialController());
     else
         desk_.setLineSetup(line);
-}
-
-// ---- edits --------------------------------------------------------------------------------------
-
-void ProjectDocument::tagsChanged()
-{
-    if (isApplying_ || areSame(desk_.tags().items, *content_.items))
-        return;
-    ProjectContent content = content_;
-    content.items = std::make_shared<const std::vector<Item>>(desk_.tags().items);
-    push(content, tr("what is watched"), std::string());
-}
-
-void ProjectDocument::pageChanged(const ProjectPart& part)
-{
-    if (isApplying_)
-        return;
-    const OrderedJson settings = part.settings();
-    const OrderedJson before = settingsIn(content_, part.name);
-    if (settings == before)
-        return;
-    ProjectContent content = content_;
-    content.pages[part.name] = settings;
-    push(content, part.title, placeOfChange(part.name, before, settings));
-}
-
-void ProjectDocument::push(const ProjectContent& content, const QString& what,
-                           const std::string& place)
-{
-    const auto again = [this](const ProjectContent& each) { apply(each); };
-    history_.push(new ProjectChange(again, content_, content, what, place));
-}
-
-void ProjectDocument::apply(const ProjectContent& content)
-{
-    {
-        const Applying applying(isApplying_);
-        if (!areSame(*content.items, desk_.tags().items))
-            desk_.setItems(*content.items);
-        for (const ProjectPart& part : parts_) {
-            const OrderedJson wanted = settingsIn(content, part.name);
-            if (part.isLayout || wanted == part.settings())
-                continue;
-            try {
-                part.prepared(wanted)();
-            } catch (const UsageFailure& failure) {
-                emit told(QString::fromUtf8(failure.what()));
-            }
-        }
-    }
-    content_ = content;
-    emit changed();
 }
 
 } // namespace dov417

@@ -61,6 +61,10 @@ public:
     }
     QString name() const; // for people
     bool isModified() const;
+    const std::vector<ProjectStation>& stations() const
+    {
+        return content_.stations;
+    }
     const LineSetup& line() const
     {
         return content_.line;
@@ -73,7 +77,8 @@ public:
 
     // A new one, which nothing has been done to. The line that is open is closed, and this one
     // opened if it names one.
-    void begin(const std::vector<Item>& items, const LineSetup& line);
+    void begin(const std::vector<Item>& items, const LineSetup& line,
+               const std::vector<ProjectStation>& stations = {});
     // Throws a UsageFailure with the place of a mistake: nothing is different then, and the line
     // that is open goes on.
     void open(const QString& file);
@@ -87,6 +92,8 @@ public:
 
     // For the line that is opened next. An edit, unless nothing has been done yet.
     void setLine(const LineSetup& line);
+    // An edit. What they take in one request counts for the line that is opened next.
+    void setStations(const std::vector<ProjectStation>& stations);
     // Opens it with the project's settings.
     void openLine();
 
@@ -106,6 +113,7 @@ private:
     void pageChanged(const ProjectPart& part);
     void push(const ProjectContent& content, const QString& what, const std::string& place);
     void apply(const ProjectContent& content);
+    void tellDesk();
 
     PanelDesk& desk_;
     std::vector<ProjectPart> parts_;

@@ -8,6 +8,7 @@
 
 #include "driver/default_line.h"
 #include "link/network_address.h"
+#include "panel/flow_layout.h"
 #include "panel/panel_icons.h"
 #include "panel/recent_projects.h"
 #include "panel/state_words.h"
@@ -72,6 +73,18 @@ std::vector<Item> trialItems(const Library& library)
         items.push_back(item);
     }
     return items;
+}
+
+std::vector<ProjectStation> trialStations()
+{
+    std::vector<ProjectStation> stations;
+    for (const char* const name : {"oven and belt", "fan", "pump"}) {
+        ProjectStation station;
+        station.number = static_cast<int>(stations.size()) + 1;
+        station.name = name;
+        stations.push_back(station);
+    }
+    return stations;
 }
 
 StartPage::StartPage(PanelDesk& desk, ProjectDocument& document, ProjectActions& actions)
@@ -147,7 +160,8 @@ QWidget* StartPage::makeLine()
     wire_->addItems(usualWires);
     wire_->setToolTip(tr("Baud rate, data bits, parity, stop bits; over a network it has no part"));
     form->addRow(tr("Baud, bits, parity, &stop bits:"), wire_);
-    auto* const buttons = new QHBoxLayout;
+    auto* const tools = new QWidget;
+    auto* const buttons = new FlowLayout(tools);
     auto* const again = new QPushButton(tr("&List the ports again"));
     open_->setObjectName(QStringLiteral("open"));
     close_->setObjectName(QStringLiteral("close"));
@@ -156,7 +170,10 @@ QWidget* StartPage::makeLine()
     auto* const more = new QPushButton(tr("&More settings \u2026"));
     more->setObjectName(QStringLiteral("moreSettings"));
     buttons->addWidget(more);
-    buttons->addStretch(1);
+    auto* const stations = new QPushButton(tr("Stat&ions \u2026"));
+    stations->setObjectName(QStringLiteral("editStations"));
+    stations->setToolTip(tr("What the stations on this line are called"));
+    buttons->addWidget(stations);
     buttons->addWidget(again);
     auto* const hint = new QLabel(tr("A line is opened for reading: nothing is written to a "
                                      "controller before writing is unlocked in the status line."));
@@ -166,9 +183,10 @@ QWidget* StartPage::makeLine()
     rows->addWidget(ports_, 1);
     rows->addLayout(form);
     rows->addWidget(verdict_);
-    rows->addLayout(buttons);
+    rows->addWidget(tools);
     rows->addWidget(hint);
     connect(more, &QPushButton::clicked, this, [this]() { actions_.editLine(); });
+    connect(stations, &QPushButton::clicked, this, [this]() { actions_.editStations(); });
     connect(again, &QPushButton::clicked, this, [this]() { listAllPorts(); });
     connect(open_, &QPushButton::clicked, this, [this]() { openLine(); });
     connect(port_, &QLineEdit::returnPressed, this, [this]() { openLine(); });
@@ -236,7 +254,7 @@ void StartPage::openTrial()
 {
     LineSetup setup;
     setup.simulated = true;
-    if (actions_.begin(trialItems(desk_.library()), setup))
+    if (actions_.begin(trialItems(desk_.library()), setup, trialStations()))
         emit actions_.opened();
 }
 

@@ -16,6 +16,7 @@ namespace dov417 {
 
 // Tags for the own controller, with something to see on every page.
 std::vector<Item> trialItems(const Library& library);
+std::vector<ProjectStation> trialStations();
 
 class StartPage : public PanelPage {
     Q_OBJECT

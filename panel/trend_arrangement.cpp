@@ -13,6 +13,7 @@ namespace {
 const char* const spanMember = "span";
 const char* const memoryMember = "memory";
 const char* const plotsMember = "plots";
+const char* const notesMember = "notes";
 const char* const valuesMember = "values";
 const char* const nameMember = "name";
 const char* const addressMember = "address";
@@ -158,6 +159,14 @@ std::size_t TrendArrangement::count() const
     return count;
 }
 
+bool TrendArrangement::isWatched() const
+{
+    return std::all_of(plots.begin(), plots.end(), [](const TrendGroup& plot) {
+        return std::all_of(plot.values.begin(), plot.values.end(),
+                           [](const TrendValue& value) { return value.isWatched; });
+    });
+}
+
 std::vector<Address> TrendArrangement::addresses() const
 {
     std::vector<Address> addresses;
@@ -236,8 +245,11 @@ TrendArrangement trendsOf(const OrderedJson& settings)
     std::size_t place = 0;
     for (const OrderedJson& plot : listIn(settings, plotsMember, std::string(), maxPlots))
         arrangement.plots.push_back(groupOf(plot, elementPath(plotsMember, place++)));
+    if (const auto notes = settings.find(notesMember); notes != settings.end())
+        arrangement.notes = keptNotesOf(*notes, notesMember);
     for (const auto& [name, member] : settings.items())
-        if (name != spanMember && name != memoryMember && name != plotsMember)
+        if (name != spanMember && name != memoryMember && name != plotsMember &&
+            name != notesMember)
             arrangement.others[name] = member;
     return arrangement;
 }
@@ -253,6 +265,8 @@ OrderedJson toJson(const TrendArrangement& arrangement)
     }
     OrderedJson settings = {
         {spanMember, arrangement.span}, {memoryMember, arrangement.memory}, {plotsMember, plots}};
+    if (!arrangement.notes.empty())
+        settings[notesMember] = toJson(arrangement.notes);
     settings.update(arrangement.others);
     return settings;
 }

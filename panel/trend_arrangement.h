@@ -8,6 +8,7 @@
 
 #include "panel/panel_tags.h"
 #include "panel/trend_history.h"
+#include "panel/trend_notes.h"
 #include "text/placed_json.h"
 
 namespace dov417 {
@@ -53,9 +54,11 @@ struct TrendArrangement {
     double span = defaultSpan;
     std::size_t memory = TrendHistory::defaultMebibytes;
     std::vector<TrendGroup> plots;
+    std::vector<KeptNote> notes;                // a person's
     OrderedJson others = OrderedJson::object(); // a newer program's, kept as they are
 
     std::size_t count() const; // of values
+    bool isWatched() const;    // all of them are
     std::vector<Address> addresses() const;
     // Into this plot, or where it has no axis left for the unit into the next that has, or into a
     // new one; where it is already it stays. Returns the plot.

@@ -53,6 +53,11 @@ void showBlank(QwtScaleDraw& scale, bool isBlank)
 
 } // namespace
 
+QString noteText(const TrendNote& note)
+{
+    return (note.isOwn ? QStringLiteral("\u270e ") : QStringLiteral("\u26a0 ")) + note.text;
+}
+
 const QStringList& TrendPlot::cursorNames()
 {
     static const QStringList names = {QStringLiteral("A"), QStringLiteral("B")};
@@ -250,8 +255,7 @@ void TrendPlot::setNotes(const std::vector<TrendNote>& notes)
         auto* const mark = new QwtPlotMarker(note.text);
         mark->setLineStyle(QwtPlotMarker::VLine);
         mark->setLinePen(colours.color(QPalette::Text), 1, Qt::DotLine);
-        QwtText label((note.isOwn ? QStringLiteral("\u270e ") : QStringLiteral("\u26a0 ")) +
-                      note.text);
+        QwtText label(noteText(note), QwtText::PlainText); // as it was typed
         label.setColor(colours.color(QPalette::Text));
         mark->setLabel(label);
         mark->setLabelAlignment(Qt::AlignBottom | Qt::AlignRight);

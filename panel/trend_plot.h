@@ -20,6 +20,8 @@ struct TrendNote {
     QString text;
     bool isOwn = true; // a person's; else it was noted by itself
 };
+// With its sign.
+QString noteText(const TrendNote& note);
 
 class TrendPlot : public QwtPlot {
     Q_OBJECT

@@ -8,8 +8,8 @@ namespace dov417 {
 
 namespace {
 
-constexpr std::size_t maxNotes = 1000; // the oldest go first
-constexpr int newsPauseMs = 200;       // for what falls into a column that is drawn already
+constexpr int maxNotes = 1000;   // of those by themselves; the oldest go first
+constexpr int newsPauseMs = 200; // for what falls into a column that is drawn already
 constexpr double stepOfKey = 0.1;
 constexpr double zoomOfKey = 0.5;
 constexpr int linesOfPlot = 5; // of text, at the least
@@ -161,9 +161,24 @@ void TrendStack::moveCursor(int columns)
 
 void TrendStack::addNote(const TrendNote& note)
 {
-    if (notes_.size() >= maxNotes)
-        notes_.erase(notes_.begin());
+    const auto isOther = [](const TrendNote& each) { return !each.isOwn; };
+    if (std::count_if(notes_.begin(), notes_.end(), isOther) >= maxNotes)
+        notes_.erase(std::find_if(notes_.begin(), notes_.end(), isOther));
     notes_.push_back(note);
+    showNotes();
+}
+
+void TrendStack::setOwnNotes(const std::vector<TrendNote>& notes)
+{
+    notes_.erase(std::remove_if(notes_.begin(), notes_.end(),
+                                [](const TrendNote& each) { return each.isOwn; }),
+                 notes_.end());
+    notes_.insert(notes_.end(), notes.begin(), notes.end());
+    showNotes();
+}
+
+void TrendStack::showNotes()
+{
     for (TrendPlot* const plot : plots_)
         plot->setNotes(notes_);
     isChanged_ = true;

@@ -67,7 +67,10 @@ public:
     {
         return notes_;
     }
+    // One that was made by itself.
     void addNote(const TrendNote& note);
+    // A person's, all of them.
+    void setOwnNotes(const std::vector<TrendNote>& notes);
     void setPalettes();
     // There is more to draw than before.
     void tell()
@@ -93,6 +96,7 @@ private:
     void point(TrendTime at, int cursor);
     void moveCursor(int columns);
     void showCursors();
+    void showNotes();
 
     const TrendHistory& history_;
     const TrendClock& clock_;

@@ -1,6 +1,5 @@
 #include "panel/trends_page.h"
 
-#include <QInputDialog>
 #include <algorithm>
 #include <unordered_set>
 
@@ -48,12 +47,20 @@ OrderedJson TrendsPage::settings() const
 std::function<void()> TrendsPage::prepared(const OrderedJson& settings)
 {
     return [this, arrangement = trendsOf(settings)]() {
+        // What it has chosen by itself stays where no more is known, as when a note is taken back.
+        const bool staysAsItChose =
+            !isArranged_ && arrangement.plots.empty() && arrangement_.isWatched();
+        std::vector<TrendGroup> chosen = std::move(arrangement_.plots);
         arrangement_ = arrangement;
         isArranged_ = !arrangement.plots.empty();
-        begun_ = 0;
+        if (staysAsItChose)
+            arrangement_.plots = std::move(chosen);
+        else
+            begun_ = 0;
         const auto span = static_cast<TrendTime>(arrangement.span * trendSecond);
         if (span != stack_->view().span())
             stack_->arrange([span](TrendView& view) { view.setSpan(span); });
+        showNotes();
         resolve();
     };
 }
@@ -198,10 +205,8 @@ void TrendsPage::removePlot()
 void TrendsPage::refresh()
 {
     if (const TrendTime moved = clock_.moved(); std::abs(moved) > clockJump)
-        stack_->addNote({toTrendTime(panelNow()),
-                         tr("this computer's clock was moved by %1 s; times here go on as before")
-                             .arg(static_cast<double>(moved) / trendSecond, 0, 'f', 1),
-                         false});
+        addNote(tr("this computer's clock was moved by %1 s; times here go on as before")
+                    .arg(static_cast<double>(moved) / trendSecond, 0, 'f', 1));
     if (!isVisible())
         return;
     readout_.refresh();
@@ -228,20 +233,6 @@ void TrendsPage::showCursors()
                     .arg(static_cast<double>(*at.back() - *at.front()) / trendSecond, 0, 'f', 3);
     between_->setText(isAny ? text
                             : tr("A click sets cursor A, with Shift cursor B; dragging zooms."));
-}
-
-void TrendsPage::askNote()
-{
-    const std::optional<TrendTime> cursor = stack_->cursors().front();
-    const TrendTime at = cursor.value_or(toTrendTime(panelNow()));
-    bool isGiven = false;
-    const QString text = QInputDialog::getText(this, tr("A note at a moment"),
-                                               tr("What happened at %1?").arg(clock_.text(at)),
-                                               QLineEdit::Normal, QString(), &isGiven);
-    if (!isGiven || text.trimmed().isEmpty())
-        return;
-    stack_->addNote({at, text.trimmed()});
-    stack_->draw();
 }
 
 void TrendsPage::showEvent(QShowEvent* event)

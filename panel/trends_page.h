@@ -12,6 +12,7 @@
 
 #include "panel/panel_page.h"
 #include "panel/trend_export.h"
+#include "panel/trend_notes_dialog.h"
 #include "panel/trend_readout.h"
 #include "panel/trend_recorder.h"
 #include "panel/trend_stack.h"
@@ -36,6 +37,7 @@ public:
     // False where it cannot be written; what is seen, or all where it runs.
     bool saveTable(const QString& file);
     bool savePicture(const QString& file);
+    bool saveNotes(const QString& file); // all of them
 
 protected:
     void changeEvent(QEvent* event) override;
@@ -44,6 +46,7 @@ protected:
 private:
     QWidget* makeTools();
     QWidget* makeMenus();
+    QPushButton* makeNotes();
     void makeReadout();
     QWidget* makeMemory();
     bool hasRoom(); // for one more value; says so where not
@@ -55,11 +58,22 @@ private:
     void showView();
     void showCursors();
     void refresh();
+    void followNotes();
     void askNote();
+    void editNote(const TrendNote& note, const QString& text);
+    void removeNotes(const std::vector<TrendNote>& notes);
+    void changeNotes();
+    void showNotes();
+    void addNote(const QString& text); // of what happened now
+    void openNotes();
+    void listNotes();
+    void showMoment(TrendTime at);
     void askFile(bool isTable);
     void removeChosen();
     void removePlot();
     void openValues();
+    bool beginTable(const QString& file, const std::vector<TrendValue>& values, TrendTime from,
+                    TrendTime to, const QString& whenDone);
     void writeTable();
 
     TrendHistory history_;
@@ -78,7 +92,9 @@ private:
     QLabel* const empty_;
     QLabel* const between_;
     TrendValuesDialog* const dialog_;
+    TrendNotesDialog* const notesDialog_;
     std::unique_ptr<TrendTable> export_;
+    QString whenExported_; // to be told
     QTimer refreshTimer_;
     QTimer exportTimer_;
 };

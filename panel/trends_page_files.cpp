@@ -1,5 +1,6 @@
 // What the page of trends writes.
 #include <QFileDialog>
+#include <limits>
 
 #include "panel/trends_page.h"
 
@@ -41,13 +42,28 @@ bool TrendsPage::saveTable(const QString& file)
     std::vector<TrendValue> values;
     for (const TrendGroup& plot : arrangement_.plots)
         values.insert(values.end(), plot.values.begin(), plot.values.end());
+    return beginTable(file, values, stack_->view().from(), stack_->view().to(),
+                      tr("What is seen is written as a table: its values, gaps and notes."));
+}
+
+bool TrendsPage::saveNotes(const QString& file)
+{
+    return beginTable(file, {}, std::numeric_limits<TrendTime>::min(),
+                      std::numeric_limits<TrendTime>::max(),
+                      tr("All notes are written as a table."));
+}
+
+bool TrendsPage::beginTable(const QString& file, const std::vector<TrendValue>& values,
+                            TrendTime from, TrendTime to, const QString& whenDone)
+{
     try {
-        export_ = std::make_unique<TrendTable>(file, history_, clock_, values, stack_->notes(),
-                                               stack_->view().from(), stack_->view().to());
+        export_ =
+            std::make_unique<TrendTable>(file, history_, clock_, values, stack_->notes(), from, to);
     } catch (const Failure& failure) {
         emit told(QString::fromUtf8(failure.what()));
         return false;
     }
+    whenExported_ = whenDone;
     emit told(tr("%1 is being written \u2026").arg(file));
     exportTimer_.start(0);
     return true;
@@ -58,7 +74,7 @@ void TrendsPage::writeTable()
     try {
         if (!export_->writeMore(rowsPerTurn))
             return;
-        emit told(tr("What is seen is written as a table: its values, gaps and notes."));
+        emit told(whenExported_);
     } catch (const Failure& failure) {
         emit told(QString::fromUtf8(failure.what()));
     }

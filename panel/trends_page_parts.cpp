@@ -37,7 +37,8 @@ TrendsPage::TrendsPage(PanelDesk& desk)
     : PanelPage(desk), recorder_(desk, history_), readout_(desk, history_),
       stack_(new TrendStack(history_, clock_)), table_(new QTableView), upper_(new QStackedWidget),
       hold_(new QPushButton(tr("Stand s&till"))), span_(new QComboBox), memory_(new QSpinBox),
-      empty_(new QLabel), between_(new QLabel), dialog_(new TrendValuesDialog(desk, this))
+      empty_(new QLabel), between_(new QLabel), dialog_(new TrendValuesDialog(desk, this)),
+      notesDialog_(new TrendNotesDialog(clock_, this))
 {
     makeReadout();
     empty_->setText(tr("Here values are drawn over time. As soon as some that are watched change, "
@@ -78,14 +79,10 @@ TrendsPage::TrendsPage(PanelDesk& desk)
     connect(stack_, &TrendStack::cursorsChanged, this, [this]() { showCursors(); });
     connect(stack_, &TrendStack::noteAsked, this, [this]() { askNote(); });
     connect(&recorder_, &TrendRecorder::otherLine, this, [this]() {
-        stack_->addNote({toTrendTime(panelNow()),
-                         tr("another line: %1").arg(QString::fromStdString(desk_.state().port)),
-                         false});
+        addNote(tr("another line: %1").arg(QString::fromStdString(desk_.state().port)));
     });
-    connect(&recorder_, &TrendRecorder::doubted, this, [this]() {
-        stack_->addNote({toTrendTime(panelNow()),
-                         tr("in doubt: what is before may be replies to other requests"), false});
-    });
+    connect(&recorder_, &TrendRecorder::doubted, this,
+            [this]() { addNote(tr("in doubt: what is before may be replies to other requests")); });
     connect(&desk, &PanelDesk::valuesCame, this, [this]() {
         stack_->tell();
         chooseByItself();
@@ -95,6 +92,7 @@ TrendsPage::TrendsPage(PanelDesk& desk)
             [this](const TrendValue& value, bool isIn) { putIn(value, isIn); });
     connect(&refreshTimer_, &QTimer::timeout, this, [this]() { refresh(); });
     connect(&exportTimer_, &QTimer::timeout, this, [this]() { writeTable(); });
+    followNotes();
     refreshTimer_.start(refreshPauseMs);
     showArrangement();
     showCursors();
@@ -133,13 +131,24 @@ QWidget* TrendsPage::makeTools()
            [this]() { stack_->showAll(); });
     button(tr("&Fit"), "trendFit", tr("Scales follow the values again (0)"),
            [this]() { stack_->followValues(); });
-    button(tr("&Note \u2026"), "trendNote", tr("At cursor A, else now (N)"),
-           [this]() { askNote(); });
+    row->addWidget(makeNotes());
     row->addWidget(makeMemory());
     button(tr("&Values \u2026"), "trendValues", tr("Which values the plot shows"),
            [this]() { openValues(); });
     row->addWidget(makeMenus());
     return tools;
+}
+
+QPushButton* TrendsPage::makeNotes()
+{
+    auto* const notes = new QPushButton(tr("&Notes"));
+    auto* const menu = new QMenu(notes);
+    menu->setObjectName(QStringLiteral("trendNote"));
+    menu->addAction(tr("&New note at cursor A, else now \u2026 (N)"), this,
+                    [this]() { askNote(); });
+    menu->addAction(tr("&List of notes \u2026"), this, [this]() { openNotes(); });
+    notes->setMenu(menu);
+    return notes;
 }
 
 QWidget* TrendsPage::makeMenus()

@@ -180,6 +180,8 @@ QStringList differences(const ProjectContent& from, const ProjectContent& to)
         if (memberText(member, from.line) != memberText(member, to.line) ||
             isDefault(member, from.line) != isDefault(member, to.line))
             texts += UnsavedTexts::tr("of the line: %1").arg(QLatin1String(member.name));
+    if (!areSame(from.stations, to.stations))
+        texts += UnsavedTexts::tr("the stations");
     std::map<std::string, OrderedJson> pages = from.pages;
     pages.insert(to.pages.begin(), to.pages.end());
     for (const auto& [name, settings] : pages) {

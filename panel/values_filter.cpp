@@ -53,7 +53,11 @@ bool ValuesFilter::filterAcceptsRow(int row, const QModelIndex&) const
 bool ValuesFilter::lessThan(const QModelIndex& left, const QModelIndex& right) const
 {
     if (grouping_ != Grouping::none) {
-        const int order = QString::localeAwareCompare(group(left), group(right));
+        const auto* const model = static_cast<const ValuesModel*>(sourceModel());
+        const int order = grouping_ == Grouping::byStation // by number, whatever they are called
+                              ? model->valueAt(left.row()).address.station -
+                                    model->valueAt(right.row()).address.station
+                              : QString::localeAwareCompare(group(left), group(right));
         if (order != 0)
             return sortOrder() == Qt::AscendingOrder ? order < 0 : order > 0;
     }

@@ -14,6 +14,7 @@ ValuesModel::ValuesModel(PanelDesk& desk) : desk_(desk)
     connect(&desk, &PanelDesk::tagsChanged, this, [this]() { beginAnew(); });
     connect(&desk, &PanelDesk::valuesChanged, this,
             [this](const std::vector<Address>& addresses) { tell(addresses); });
+    connect(&desk, &PanelDesk::stationNamesChanged, this, [this]() { beginAnew(); });
     beginAnew();
 }
 
@@ -27,9 +28,18 @@ void ValuesModel::beginAnew()
     for (const PanelValue& each : desk_.tags().values) {
         rows_[each.address].push_back(row++);
         searched_.push_back(QString::fromStdString(each.label.name + '\n' + each.label.address +
-                                                   '\n' + each.item.comment));
+                                                   '\n' + each.item.comment + '\n') +
+                            stationName(each));
     }
     endResetModel();
+}
+
+// Where it has one: its number stands in the address.
+QString ValuesModel::stationName(const PanelValue& each) const
+{
+    const StationNames& names = desk_.stationNames();
+    return names.count(each.address.station) == 0 ? QString()
+                                                  : stationText(names, each.address.station);
 }
 
 // In stretches of rows, as a view takes longer for each signal than for a row.
@@ -138,13 +148,17 @@ QVariant ValuesModel::data(const QModelIndex& index, int role) const
                                     ? Qt::AlignLeft | Qt::AlignVCenter
                                     : Qt::AlignRight | Qt::AlignVCenter);
     case Qt::ToolTipRole:
-        return index.column() == state ? text(each, state)
-                                       : QString::fromStdString(each.item.comment);
-    case Qt::AccessibleTextRole:
-        return QStringLiteral("%1: %2").arg(headerData(index.column(), Qt::Horizontal).toString(),
-                                            text(each, index.column()));
+        return index.column() == state     ? text(each, state)
+               : index.column() == address ? stationText(desk_.stationNames(), each.address.station)
+                                           : QString::fromStdString(each.item.comment);
+    case Qt::AccessibleTextRole: {
+        const QString told = QStringLiteral("%1: %2").arg(
+            headerData(index.column(), Qt::Horizontal).toString(), text(each, index.column()));
+        const QString station = index.column() == address ? stationName(each) : QString();
+        return station.isEmpty() ? told : told + QStringLiteral(", ") + station;
+    }
     case stationRole:
-        return tr("station %1").arg(each.address.station);
+        return stationText(desk_.stationNames(), each.address.station);
     case areaRole:
         return tr("area %1").arg(QString::fromStdString(areaOf(each.address.regName)));
     default:

@@ -23,7 +23,7 @@ public:
         changes
     };
     static constexpr int columns = 6;
-    // "station 1", "area R": what rows are grouped by; see ValuesFilter.
+    // "station 1", "3 filler", "area R": what rows are grouped by; see ValuesFilter.
     static constexpr int stationRole = Qt::UserRole;
     static constexpr int areaRole = Qt::UserRole + 1;
 
@@ -52,10 +52,11 @@ private:
     void beginAnew();
     void tell(const std::vector<Address>& addresses);
     QString text(const PanelValue& value, int column) const;
+    QString stationName(const PanelValue& each) const;
 
     PanelDesk& desk_;
     std::unordered_map<Address, std::vector<int>, AddressHash> rows_;
-    std::vector<QString> searched_; // by row: name, address, comment
+    std::vector<QString> searched_; // by row: name, address, comment, station
 };
 
 } // namespace dov417

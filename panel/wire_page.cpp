@@ -56,6 +56,9 @@ WirePage::WirePage(PanelDesk& desk)
         [this](const std::vector<Passed>& frames, long long notTold) { passed(frames, notTold); });
     connect(&desk, &PanelDesk::lineBegan, this, [this]() { lineBegan(); });
     connect(&desk, &PanelDesk::stateChanged, this, [this]() { stateChanged(); });
+    view_->setStationNames(desk.stationNames());
+    connect(&desk, &PanelDesk::stationNamesChanged, this,
+            [this]() { view_->setStationNames(desk_.stationNames()); });
     connect(view_, &WireView::windowMoved, this, [this]() { showWindow(); });
     connect(view_, &WireView::currentChanged, this, [this]() { showFrame(); });
     connect(view_, &WireView::rulersChanged, this, [this]() { showDistance(); });

@@ -59,9 +59,16 @@ void WireView::forget()
     update();
 }
 
-QString WireView::laneName(int station)
+void WireView::setStationNames(const StationNames& names)
 {
-    return station == 0 ? tr("all stations") : tr("station %1").arg(station);
+    names_ = names;
+    measureTexts();
+    update();
+}
+
+QString WireView::laneName(int station) const
+{
+    return station == 0 ? tr("all stations") : stationText(names_, station);
 }
 
 // ---- places ---------------------------------------------------------------------------------
@@ -76,7 +83,10 @@ int WireView::laneHeight() const
 // Once, as each place of a picture is reckoned from them, and a text takes long to measure.
 void WireView::measureTexts()
 {
-    left_ = fontMetrics().horizontalAdvance(laneName(maxStation)) + 3 * spaceAround;
+    int width = fontMetrics().horizontalAdvance(stationText({}, maxStation));
+    for (const auto& [station, name] : names_)
+        width = std::max(width, fontMetrics().horizontalAdvance(laneName(station)));
+    left_ = width + 3 * spaceAround;
     // Half of the scale's last number stands there.
     right_ = fontMetrics().horizontalAdvance(QStringLiteral("0000 ms")) / 2;
 }

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "line/areas.h"
+#include "panel/station_words.h"
 #include "panel/wire_times.h"
 
 namespace dov417 {
@@ -78,6 +79,7 @@ public:
         return current_;
     }
     void forget(); // another line
+    void setStationNames(const StationNames& names);
 
     // Where a moment is, and the lane of a station; the first lane is the line's.
     double xOf(Clock::time_point time) const;
@@ -115,7 +117,7 @@ private:
     void measureTexts();
 
     static constexpr int spaceAround = 4;
-    static QString laneName(int station);
+    QString laneName(int station) const;
     int laneHeight() const;
     int left() const // of the time
     {
@@ -139,6 +141,7 @@ private:
     const WireTimes* times_;
     bool isRecording_ = false;
     const std::vector<Area>& areas_;
+    StationNames names_;
     Clock::time_point from_{};
     Clock::time_point to_{};
     Clock::time_point zero_{}; // of the scale

@@ -161,6 +161,15 @@ TEST_F(TheHealthPage, CountsEachRequestBelowItsStation)
     EXPECT_GT(plot->itemList(QwtPlotItem::Rtti_PlotHistogram).size(), 0);
 }
 
+TEST_F(TheHealthPage, CallsAClosedLineGoodNoMore)
+{
+    watch({"R_W:100"});
+    open();
+    ASSERT_TRUE(waitUntil([this]() { return advises("\u2713 Each request"); }));
+    desk.close();
+    EXPECT_TRUE(waitUntil([this]() { return advises("The link is not good at present"); }));
+}
+
 TEST_F(TheHealthPage, SaysThatNothingComesAtAll)
 {
     watch({"R_W:100"});

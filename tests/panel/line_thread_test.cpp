@@ -235,6 +235,38 @@ TEST_F(LoadedLibrary, APanelLineTellsTheNextBatchOnlyOnceTheLastWasSeen)
     EXPECT_EQ(batches.at(1).values.back().address, registerAt(0));
 }
 
+// Another line is opened again and again just when the counters of one are about to be told.
+TEST_F(LoadedLibrary, APanelLineTellsNoCountersOfTheLineBefore)
+{
+    constexpr int lines = 6;
+    LineWorker worker(library);
+    LineOrder order;
+    std::set<std::string> ofOthers;
+    QObject::connect(&worker, &LineWorker::batchReady, &worker, [&](const LineBatch& batch) {
+        if (batch.statistics)
+            for (const auto& [name, counters] : batch.statistics->requests)
+                if (batch.line == order.line && counters.station != order.line)
+                    ofOthers.insert(name);
+        QTimer::singleShot(0, &worker, &LineWorker::batchSeen);
+    });
+    const auto openNext = [&]() {
+        order.generation = ++order.line;
+        order.setup.simulated = true;
+        order.watched = {registerAt(order.line)};
+        order.watched.front().station = order.line;
+        worker.open(order);
+    };
+    openNext();
+    for (QTimer* const timer : worker.findChildren<QTimer*>())
+        if (timer->intervalAsDuration() == LineWorker::pulse)
+            QObject::connect(timer, &QTimer::timeout, &worker, [&, pulses = 0]() mutable {
+                if (++pulses % 2 == 0) // counters are taken with each second one
+                    openNext();
+            });
+    EXPECT_TRUE(waitUntil([&order]() { return order.line > lines; }));
+    EXPECT_THAT(ofOthers, testing::IsEmpty());
+}
+
 } // namespace
 
 } // namespace dov417

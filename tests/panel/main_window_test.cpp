@@ -10,6 +10,7 @@
 #include <sys/stat.h>
 
 #include "answering.h"
+#include "made_views.h"
 #include "panel/recent_projects.h"
 #include "panel/start_page.h"
 #include "panel/state_words.h"
@@ -159,6 +160,78 @@ TEST_F(TheWindow, GoesOnWhileTheLineHangsAndHoldsNoValueForGood)
     EXPECT_TRUE(waitUntil([this]() { return allAre(ValueState::good); })) << sentence();
     EXPECT_EQ(desk.book().find(desk.tags().values.front().address)->value.front(), 3);
     EXPECT_FALSE(desk.book().isSilent());
+}
+
+// What the line's thread would tell is made up here, as it hangs.
+TEST_F(TheWindow, HoldsNoValueForGoodAfterASilenceBeforeItIsReadAgain)
+{
+    const std::string pipe = folder.filePath("pipe").toStdString();
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    simulator::SimulationOptions hanging;
+    hanging.loadFile = pipe;
+    LineSetup simulated;
+    simulated.simulated = true;
+    watch({"R_W:100"});
+    desk.open(simulated, hanging);
+    const Address address = desk.tags().values.front().address;
+    LineBatch batch;
+    batch.line = desk.lineNumber();
+    batch.state.phase = LinePhase::open;
+    batch.values = {goodView(address, 7)};
+    batch.values.front().value = {7, 0};
+    batch.made = batch.values.front().lastGood;
+    while (batch.generation < 100 && !desk.book().find(address)) {
+        ++batch.generation; // whichever is meant now
+        desk.apply(batch);
+    }
+    ASSERT_EQ(desk.book().standing(address).state, ValueState::good);
+    EXPECT_TRUE(waitUntil([this]() { return desk.book().isSilent(); }));
+    batch.values.clear();
+    batch.made = Clock::now();
+    desk.apply(batch);
+    EXPECT_FALSE(desk.book().isSilent());
+    EXPECT_EQ(desk.book().standing(address).state, ValueState::old);
+    batch.values = {goodView(address, 7)};
+    batch.values.front().value = {7, 0};
+    batch.values.front().lastGood = batch.made + std::chrono::milliseconds(1);
+    desk.apply(batch);
+    EXPECT_EQ(desk.book().standing(address).state, ValueState::good);
+    QFile file(QString::fromStdString(pipe));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("{}"); // so that the thread ends
+}
+
+TEST_F(TheWindow, EndsWhenItIsToldToWhileAQuestionIsOpen)
+{
+    desk.addItems({Items(library, ItemSource()).find("R_W:100", Access::read)});
+    bool hasEnded = false;
+    QTimer::singleShot(0, &window, [this]() { window.close(); });
+    whenAsked<QMessageBox>(&window, [this](QMessageBox&) { window.leave(); });
+    QTimer::singleShot(std::chrono::seconds(20), &window, [&hasEnded]() {
+        ADD_FAILURE() << "it waits for an answer";
+        if (auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget()))
+            box->reject();
+        QApplication::quit();
+        hasEnded = true;
+    });
+    QApplication::exec();
+    EXPECT_FALSE(hasEnded);
+    EXPECT_FALSE(QApplication::activeModalWidget());
+}
+
+TEST_F(TheWindow, ListsItsKeysWithF1)
+{
+    std::string keys;
+    whenAsked<QMessageBox>(&window, [&keys](QMessageBox& box) {
+        keys = box.text().toStdString();
+        box.reject();
+    });
+    QTest::keyClick(&window, Qt::Key_F1);
+    for (const char* const each :
+         {"<b>Ctrl+S</b>&nbsp;&nbsp;</td><td>Save<", "<b>Ctrl+Z</b>", "<b>Ctrl+T</b>",
+          "<b>Ctrl+1</b>&nbsp;&nbsp;</td><td>Start<", "<b>Ctrl+0</b>", "<b>F1</b>", "<b>F2</b>"})
+        EXPECT_THAT(keys, HasSubstr(each));
+    EXPECT_THAT(keys, testing::Not(HasSubstr("&amp;"))) << "letters of the menus are no text";
 }
 
 TEST_F(TheWindow, AsksBeforeItIsClosedWithWritesUnderWay)

@@ -105,6 +105,20 @@ TEST_F(TheProject, KeepsWhatANewerProgramHasPutThere)
     EXPECT_EQ(saved.at("robot"), OrderedJson::array({1, 2}));
 }
 
+TEST_F(TheProject, LeavesAlonePagesThatANewerProgramDescribesOtherwise)
+{
+    const QString file = written("newer.json", R"({
+      "version": 2, "panel": {"values": 7, "trends": ["a"], "plan": "fast", "window": 3}})");
+    ASSERT_TRUE(window.actions().open(file));
+    EXPECT_EQ(grouping()->currentIndex(), 0);
+    add("R_W:6");
+    press("saveProject");
+    const OrderedJson panel = jsonOf(file).at("panel");
+    EXPECT_EQ(panel.at("values"), 7);
+    EXPECT_EQ(panel.at("trends"), OrderedJson::array({"a"}));
+    EXPECT_EQ(panel.at("plan"), "fast");
+}
+
 TEST_F(TheProject, RefusesABrokenFileWithItsPlaceAndChangesNothing)
 {
     watch({"R_W:100"});
@@ -122,6 +136,11 @@ TEST_F(TheProject, RefusesABrokenFileWithItsPlaceAndChangesNothing)
                   "2:34: panel.values.grouping: there are none, station, area");
     expectRefused("window.json", "{\"version\": 1,\n\"panel\": {\"window\": {\"width\": \"x\"}}}",
                   "2:31: panel.window.width: ");
+    expectRefused("plan.json",
+                  "{\"version\": 1,\n\"panel\": {\"plan\": {\"responseTime\": \"long\"}}}",
+                  "2:36: panel.plan.responseTime: ");
+    expectRefused("recipes.json", "{\"version\": 1,\n\"panel\": {\"recipes\": {\"file\": 7}}}",
+                  "2:31: panel.recipes.file: ");
     expectRefused("panel.json", "{\"version\": 1,\n\"panel\": []}", "2:10: panel: ");
     expectRefused("formats.json",
                   "{\"version\": 1, \"tags\": [{\"name\": \"a\", \"register\": \"R_W\", "
@@ -291,6 +310,42 @@ TEST_F(TheProject, HasTheMergeGapThatWasChosenForItsLine)
     EXPECT_EQ(window.document().line().gap, 7);
     ASSERT_TRUE(window.actions().saveIn(path("machine.json")));
     EXPECT_EQ(jsonOf(path("machine.json")).at("line").at("gap"), 7);
+}
+
+// The page of the plan makes its plans for what the desk has.
+TEST_F(TheProject, HasItsLinePlannedForWhileNoneIsOpen)
+{
+    ASSERT_TRUE(window.actions().open(
+        written("machine.json", R"({"version": 1, "line": {"gap": 5, "max-registers": 60},
+                            "stations": [{"number": 2, "max-registers": 30}]})")));
+    EXPECT_EQ(desk.lineSetup().gap, 5);
+    EXPECT_EQ(desk.lineSetup().maxRegisters, 60);
+    EXPECT_EQ(desk.lineSetup().stationMaxRegisters, (std::map<int, int>{{2, 30}}));
+    LineSetup line = window.document().line();
+    line.gap = 9;
+    line.line = "9600,8,NONE,1";
+    window.document().setLine(line);
+    EXPECT_EQ(desk.lineSetup().gap, 9);
+    press("undo");
+    EXPECT_EQ(desk.lineSetup().gap, 5);
+    EXPECT_EQ(desk.lineSetup().line, "");
+    press("redo");
+    EXPECT_EQ(desk.lineSetup().gap, 9);
+    EXPECT_EQ(desk.lineSetup().line, "9600,8,NONE,1");
+    EXPECT_FALSE(window.findChild<QAction*>("redo")->isEnabled()) << "following is no edit";
+}
+
+TEST_F(TheProject, LeavesTheLineAsItIsThatIsOpenWhenASettingIsUndone)
+{
+    watch({"R_W:100"});
+    open();
+    LineSetup line = window.document().line();
+    line.gap = 9;
+    window.document().setLine(line);
+    EXPECT_FALSE(desk.lineSetup().gap);
+    press("undo");
+    EXPECT_FALSE(desk.lineSetup().gap);
+    EXPECT_EQ(desk.lineSetup().port, controller->port());
 }
 
 TEST_F(TheProject, OpensARecentOneFromTheStartPage)

@@ -101,6 +101,18 @@ TEST_F(ARecipeTable, FindsTheValuesAgainWhateverIsWatchedMeanwhile)
     EXPECT_EQ(row(1).buffer, (ValueBytes{2, 0}));
 }
 
+TEST_F(ARecipeTable, KeepsWhatIsTypedWhileAnUploadIsUnderWay)
+{
+    watch({"R_W:1", "R_W:2"});
+    const auto shares = table.shares(RecipeKind::upload);
+    table.began(shares, RecipeKind::upload);
+    table.edit(0, "77");
+    table.ended(shares, news(RecipeKind::upload, {{{1, 0}, ""}, {{2, 0}, ""}}), true);
+    EXPECT_EQ(row(0).controller, (ValueBytes{1, 0}));
+    EXPECT_EQ(row(0).buffer, (ValueBytes{77, 0}));
+    EXPECT_EQ(row(1).buffer, (ValueBytes{2, 0}));
+}
+
 TEST_F(ARecipeTable, KeepsNothingThatWasReadOnAnotherLine)
 {
     watch({"R_W:1"});

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "made_trends.h"
+#include "panel/trend_statistics.h"
 
 namespace dov417 {
 
@@ -108,6 +109,22 @@ TEST(TrendHistory, TellsWhatIsDoubtfulFromWhatFailed)
     EXPECT_EQ(heldIn(history, recordedWord), "7@1 -doubtful@1 until 1");
     history.interrupt(recordedWord, TrendGap::notWatched, 0);
     EXPECT_EQ(heldIn(history, recordedWord), "7@1 -doubtful@1 until 1");
+}
+
+TEST(TrendHistory, TellsNothingOfWhatWasNeverRecorded)
+{
+    TrendHistory history;
+    View forgotten = wordView(recordedWord, 0, 0, 0, 1);
+    forgotten.hasValue = false;
+    tell(history, forgotten);
+    history.interrupt(TrendGap::lineGone, second(2));
+    int events = 0;
+    history.walk(recordedWord, second(-1000), [&events](const TrendEvent&) {
+        ++events;
+        return true;
+    });
+    EXPECT_EQ(events, 0);
+    EXPECT_FALSE(momentOf(history, recordedWord, second(3)).raw);
 }
 
 TEST(TrendHistory, TakesNoTexts)

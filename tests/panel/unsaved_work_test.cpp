@@ -168,6 +168,21 @@ TEST_F(UnsavedProject, LiesInTheUsersFolderWhereItsOwnCannotBeWritten)
                 HasSubstr("\"unsavedOf\": \"/proc/self/machine.json\""));
 }
 
+TEST_F(UnsavedProject, MovesToTheUsersFolderWhereItsOwnCanBeWrittenNoMore)
+{
+    ASSERT_TRUE(window.actions().saveIn(path("machine.json")));
+    add("R_W:100");
+    window.actions().keepUnsaved();
+    ASSERT_EQ(copies().size(), 1);
+    const QString beside = folder.filePath(copies().front());
+    ASSERT_TRUE(QFile::remove(beside));
+    ASSERT_TRUE(QDir().mkdir(beside)); // so that no file can be written in its place
+    add("R_W:101");
+    window.actions().keepUnsaved();
+    ASSERT_EQ(copies().size(), 1);
+    EXPECT_THAT(textOf(path("data/dov417/unsaved/") + copies().front()), HasSubstr("R_W.101"));
+}
+
 TEST(ProjectDifferences, AreSaidInSentences)
 {
     ProjectContent from;
@@ -183,10 +198,11 @@ TEST(ProjectDifferences, AreSaidInSentences)
     oven.comment = "large";
     to.items = std::make_shared<const std::vector<Item>>(std::vector<Item>{oven});
     to.line.retries = 5;
+    to.stations.emplace_back();
     to.pages["trends"] = {{"plots", 1}};
     EXPECT_EQ(differences(from, to).join(';').toStdString(),
               "1 value(s) fewer;1 value(s) of the same name are different;of the line: retries;"
-              "how a page is arranged: trends");
+              "the stations;how a page is arranged: trends");
 }
 
 } // namespace

@@ -326,6 +326,16 @@ TEST_F(TheTimeOnTheWire, KeepsItsMemory)
     EXPECT_EQ(times.placeAt(times.frames()[7].begin + milliseconds(1)), 7U);
 }
 
+TEST_F(TheTimeOnTheWire, KeepsItsMemoryWhereThereIsNothingButNoise)
+{
+    const int count = static_cast<int>(WireTimes::maxSpans) + 1000;
+    for (int i = 0; i < count; ++i)
+        add({strayAt(30.0 * i, 1)});
+    EXPECT_LE(times.spans().size(), WireTimes::maxSpans);
+    EXPECT_GT(times.spans().size(), WireTimes::maxSpans / 2);
+    EXPECT_TRUE(times.frames().empty());
+}
+
 TEST_F(TheTimeOnTheWire, IsToldInWords)
 {
     const Transmission frame = sentAt(1, 0, 3);

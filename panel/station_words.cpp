@@ -1,0 +1,28 @@
+#include "panel/station_words.h"
+
+#include <QCoreApplication>
+
+namespace dov417 {
+
+namespace {
+
+struct StationTexts {
+    Q_DECLARE_TR_FUNCTIONS(StationTexts)
+};
+
+} // namespace
+
+QString stationText(const StationNames& names, int station)
+{
+    constexpr int maxLetters = 24; // it stands beside rows and lanes
+    const auto found = names.find(station);
+    if (found == names.end())
+        return StationTexts::tr("station %1").arg(station);
+    QString name = QString::fromStdString(found->second).simplified();
+    if (name.size() > maxLetters)
+        name = name.left(maxLetters - 1) + QChar(0x2026);
+    return StationTexts::tr("%1 %2", "number and name of a station")
+        .arg(QString::number(station), name);
+}
+
+} // namespace dov417

@@ -1,0 +1,19 @@
+// What a station is called, on every page alike.
+#ifndef DOV417_PANEL_STATION_WORDS_H
+#define DOV417_PANEL_STATION_WORDS_H
+
+#include <QString>
+#include <map>
+#include <string>
+
+namespace dov417 {
+
+// By the station's number; one without a name has none here.
+using StationNames = std::map<int, std::string>;
+
+// "3 filler"; without a name "station 3". A long name is cut short.
+QString stationText(const StationNames& names, int station);
+
+} // namespace dov417
+
+#endif
