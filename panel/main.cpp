@@ -7,6 +7,7 @@
 #include "line/failure.h"
 #include "live/child_program.h"
 #include "live/shutdown.h"
+#include "panel/english_plurals.h"
 #include "panel/main_window.h"
 #include "panel/panel_options.h"
 #include "panel/pictures.h"
@@ -107,6 +108,8 @@ int main(int argc, char** argv)
     dropDebugLines();
     const QApplication application(argc, argv);
     QGuiApplication::setDesktopFileName(QStringLiteral("dov417-panel"));
+    EnglishPlurals plurals;
+    QCoreApplication::installTranslator(&plurals);
     QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("dov417-panel")));
     // Qt takes the user's locale; numbers in files and on the screen keep their point.
     std::setlocale(LC_NUMERIC, "C");

@@ -26,6 +26,8 @@ namespace dov417 {
 
 namespace {
 
+constexpr Micros leastCycle(50); // that has asked anybody
+
 // What is long, so that the pages have the room.
 QString inTwoLines(const QString& title)
 {
@@ -158,8 +160,10 @@ void MainWindow::makeStatusLine()
 void MainWindow::showState()
 {
     const LineState& state = desk_.state();
-    sentence_->setText(lineSentence(state, desk_.book().isSilent()));
-    const bool isRunning = state.phase == LinePhase::open && state.cycles > 0;
+    sentence_->setText(lineSentence(state, desk_.book().isSilent(), desk_.statistics().get()));
+    // Where every station is put off nothing goes out, and a cycle takes no time.
+    const bool isRunning =
+        state.phase == LinePhase::open && state.cycles > 0 && state.cycle >= leastCycle;
     const double cycleMs = std::chrono::duration<double, std::milli>(state.cycle).count();
     cycle_->setText(isRunning ? tr("a cycle takes %1 ms").arg(cycleMs, 0, 'f', 1) : QString());
     lock_->setVisible(desk_.hasLine());

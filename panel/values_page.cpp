@@ -40,7 +40,9 @@ ValuesPage::ValuesPage(PanelDesk& desk)
 {
     makeTable();
     auto* const rows = new QVBoxLayout(this);
-    rows->addWidget(new AddBar(desk));
+    auto* const bar = new AddBar(desk);
+    rows->addWidget(bar);
+    connect(bar, &AddBar::wanted, this, &ValuesPage::add);
     rows->addWidget(makeTools());
     empty_->setText(tr("Nothing is watched yet. Type an address above, or paste rows of a "
                        "spreadsheet with Ctrl+V: an address each, or a name and an address."));
@@ -277,15 +279,36 @@ void ValuesPage::removeChosen()
     desk_.removeItems({places.begin(), places.end()});
 }
 
+void ValuesPage::add(const std::vector<Item>& items)
+{
+    const std::size_t known = desk_.tags().items.size();
+    desk_.addItems(items);
+    // They stand at the end, which is out of sight.
+    QItemSelection added;
+    for (int row = 0; row < model_.rowCount(); ++row) {
+        const QModelIndex shown = filter_.mapFromSource(model_.index(row, 0));
+        if (model_.valueAt(row).place >= known && shown.isValid())
+            added.select(shown, shown);
+    }
+    if (added.isEmpty())
+        return;
+    table_->selectionModel()->select(added, QItemSelectionModel::ClearAndSelect |
+                                                QItemSelectionModel::Rows);
+    table_->scrollTo(added.indexes().back());
+    table_->scrollTo(added.indexes().front());
+}
+
 void ValuesPage::paste()
 {
     try {
         const std::vector<Item> items =
             pastedItems(desk_.library(), QApplication::clipboard()->text().toStdString());
-        desk_.addItems(items);
+        add(items);
         emit told(items.empty() ? tr("There is nothing to paste.") : QString());
     } catch (const Failure& failure) {
-        emit told(QString::fromUtf8(failure.what()));
+        emit told(tr("Nothing was added: %1. Rows to paste are an address each, a name and an "
+                     "address, or the columns of a tag file below its header.")
+                      .arg(QString::fromUtf8(failure.what())));
     }
 }
 

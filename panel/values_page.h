@@ -41,6 +41,7 @@ private:
     void chooseFormat(const QString& name);
     void writeChosen();
     void removeChosen();
+    void add(const std::vector<Item>& items);
     void paste();
     void showButtons();
 
