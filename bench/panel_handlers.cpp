@@ -14,10 +14,8 @@
 #include <functional>
 #include <string>
 
-#include "driver/debug_lines.h"
+#include "bench/panel_window.h"
 #include "line/crc16.h"
-#include "panel/main_window.h"
-#include "panel/panel_desk.h"
 
 using namespace dov417;
 
@@ -58,15 +56,13 @@ long memoryUse()
     return resident * pageKib;
 }
 
-std::vector<Item> manyItems(const Library& library)
+std::vector<std::string> manyAddresses()
 {
-    const Items find(library, ItemSource());
-    std::vector<Item> items;
+    std::vector<std::string> addresses;
     for (int i = 0; i < tags; ++i)
-        items.push_back(
-            find.find(std::to_string(1 + i / registers) + "/R_W:" + std::to_string(i % registers),
-                      Access::read));
-    return items;
+        addresses.push_back(std::to_string(1 + i / registers) +
+                            "/R_W:" + std::to_string(i % registers));
+    return addresses;
 }
 
 Passed replyOf(int round, int number)
@@ -117,16 +113,13 @@ void paint()
 
 int run(int rounds)
 {
-    const Library library;
-    PanelDesk desk(library);
-    MainWindow window(desk);
-    constexpr int width = 1280;
-    constexpr int height = 800;
-    window.resize(width, height);
+    MeasuredWindow measured;
+    PanelDesk& desk = measured.desk;
+    MainWindow& window = measured.window;
     window.showPage(1);
     window.show();
     paint();
-    const std::vector<Item> items = manyItems(library);
+    const std::vector<Item> items = measured.itemsAt(manyAddresses());
     const auto print = [](const std::string& what, double milliseconds) {
         std::printf("%s\t%.2f ms\n", what.c_str(), milliseconds);
     };
@@ -188,8 +181,7 @@ int run(int rounds)
 
 int main(int argc, char** argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    dropDebugLines();
+    measureWithoutScreen();
     const QApplication application(argc, argv);
     return run(argc > 1 ? std::atoi(argv[1]) : defaultRounds);
 }

@@ -12,10 +12,8 @@
 #include <string>
 #include <vector>
 
-#include "driver/debug_lines.h"
+#include "bench/panel_window.h"
 #include "live/child_program.h"
-#include "panel/main_window.h"
-#include "panel/panel_desk.h"
 
 using namespace dov417;
 
@@ -48,16 +46,10 @@ void plot(const MainWindow& window, const std::vector<Item>& items)
 
 int watch(const std::string& port, int seconds, const std::vector<std::string>& addresses)
 {
-    const Library library;
-    PanelDesk desk(library);
-    MainWindow window(desk);
-    constexpr int width = 1280;
-    constexpr int height = 800;
-    window.resize(width, height);
-    std::vector<Item> items;
-    const Items find(library, ItemSource());
-    for (const std::string& address : addresses)
-        items.push_back(find.find(address, Access::read));
+    MeasuredWindow measured;
+    PanelDesk& desk = measured.desk;
+    MainWindow& window = measured.window;
+    const std::vector<Item> items = measured.itemsAt(addresses);
     desk.setItems(items);
     plot(window, items);
     LineSetup setup;
@@ -105,8 +97,7 @@ int main(int argc, char** argv)
 {
     if (const std::optional<int> code = runAsChild(argc, argv))
         return *code;
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    dropDebugLines();
+    measureWithoutScreen();
     const QApplication application(argc, argv);
     if (argc < 4 || std::atoi(argv[2]) < 1) {
         std::fprintf(stderr, "usage: %s PORT SECONDS ADDRESS...\n", argv[0]);

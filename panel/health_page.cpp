@@ -78,9 +78,11 @@ void HealthPage::makeTable()
     table_->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     table_->verticalHeader()->setDefaultSectionSize(table_->fontMetrics().height() + 6);
     const int letter = table_->fontMetrics().averageCharWidth();
+    constexpr int leastLetters = 10; // a day's count, and in bold
     for (int column = 0; column < HealthModel::columns; ++column) {
         const QString head = model_.headerData(column, Qt::Horizontal).toString();
-        table_->setColumnWidth(column, table_->fontMetrics().horizontalAdvance(head) + 2 * letter);
+        const int width = table_->fontMetrics().horizontalAdvance(head) + 2 * letter;
+        table_->setColumnWidth(column, std::max(width, letter * leastLetters));
     }
     table_->setColumnWidth(HealthModel::name, letter * 28);
     table_->horizontalHeader()->setResizeContentsPrecision(0); // what is seen

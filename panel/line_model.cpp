@@ -2,17 +2,13 @@
 
 #include <QDateTime>
 #include <algorithm>
-#include <fstream>
-#include <sstream>
 
 #include "line/conversation.h"
-#include "line/crc16.h"
 #include "line/failure.h"
 #include "line/frame_bytes.h"
 #include "line/frame_text.h"
 #include "line/replace_file.h"
 #include "live/log_entries.h"
-#include "text/text_file.h"
 
 namespace dov417 {
 
@@ -30,13 +26,6 @@ QString shortened(const QString& text)
 int stationIn(const QByteArray& frame)
 {
     return frame.isEmpty() ? -1 : stationOf(frame);
-}
-
-// As far as a log tells: what else a reply has to be, its request alone knows.
-bool isBadReply(const QByteArray& frame)
-{
-    return frame.size() < exceptionLength || !hasGoodCrc(frame) ||
-           (byteAt(frame, functionIndex) & exceptionFlag) != 0;
 }
 
 QString timeText(LogTime time)
@@ -149,28 +138,26 @@ void LineModel::clear()
     endResetModel();
 }
 
-void LineModel::load(const std::string& file)
+void LineModel::load(const RecordedLog& log)
 {
-    std::istringstream lines(contentOf(file, file));
     Conversation conversation(areas_);
     QByteArray request;
     std::vector<LineRow> rows;
-    for (std::string line; std::getline(lines, line);) {
-        const std::optional<LogEntry> entry = parseLogLine(line);
-        if (!entry)
-            continue;
+    rows.reserve(log.entries.size());
+    for (const LogEntry& entry : log.entries) {
         LineRow row;
-        row.entry = *entry;
-        row.station = stationIn(entry->bytes);
-        switch (entry->direction) {
+        row.entry = entry;
+        row.number = numberOfEntry(rows.size());
+        row.station = stationIn(entry.bytes);
+        switch (entry.direction) {
         case Direction::sent:
-            request = entry->bytes;
+            request = entry.bytes;
             row.entry.meaning = conversation.request(request);
             break;
         case Direction::received:
             row.request = request;
-            row.entry.meaning = conversation.reply(entry->bytes);
-            row.isTrouble = isBadReply(entry->bytes);
+            row.entry.meaning = conversation.reply(entry.bytes);
+            row.isTrouble = isBadReply(entry.bytes);
             break;
         case Direction::stray:
             row.isTrouble = true;
@@ -179,17 +166,16 @@ void LineModel::load(const std::string& file)
             row.station = stationIn(request);
             break;
         }
-        rows.push_back(row);
+        rows.push_back(std::move(row));
     }
-    if (rows.empty())
-        throw Failure(file + " holds no line of a line log");
     clear();
     append(rows);
 }
 
-void LineModel::save(const std::string& file) const
+void LineModel::save(const std::string& file, const std::string& wire) const
 {
-    std::string text = "# saved from dov417-panel\n";
+    std::string text = "# saved from dov417-panel";
+    text.append(wire.empty() ? "" : ", line ").append(wire).append("\n");
     for (const LineRow& row : rows_)
         text.append(logLine(row.entry)).append("\n");
     QString error;

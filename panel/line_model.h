@@ -12,6 +12,7 @@
 #include "line/areas.h"
 #include "line/line_log.h"
 #include "panel/line_batch.h"
+#include "panel/recorded_log.h"
 
 namespace dov417 {
 
@@ -19,7 +20,7 @@ struct LineRow {
     LogEntry entry;
     int station = -1; // -1: of none
     bool isTrouble = false;
-    long long number = 0; // of the transmission; 0: of none
+    long long number = 0; // of the transmission, or of the log's entry; 0: of none
     QByteArray request;   // that the bytes were received for
 };
 
@@ -42,11 +43,11 @@ public:
 
     void add(const std::vector<Passed>& passed, long long notTold);
     void clear();
-    // What a line log holds, in place of what is here. Throws a Failure where it cannot be read or
-    // holds no line of a log.
-    void load(const std::string& file);
-    // All rows as such a log. Throws a Failure where it cannot be written.
-    void save(const std::string& file) const;
+    // What a line log holds, in place of what is here.
+    void load(const RecordedLog& log);
+    // All rows as such a log, of a line of these settings; empty where it has none. Throws a
+    // Failure where it cannot be written.
+    void save(const std::string& file, const std::string& wire) const;
 
     const LineRow& rowAt(int row) const;
     // The request of the transmission of this number; nothing: it is not here any more.

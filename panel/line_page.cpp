@@ -1,9 +1,6 @@
 #include "panel/line_page.h"
 
-#include <QFileDialog>
-#include <QHBoxLayout>
 #include <QHeaderView>
-#include <QScrollBar>
 #include <QSplitter>
 #include <QVBoxLayout>
 
@@ -18,16 +15,6 @@ namespace {
 
 constexpr std::size_t maxWaiting = LineModel::maxRows;
 
-void makePlain(QTableView* table)
-{
-    table->setSelectionBehavior(QAbstractItemView::SelectRows);
-    table->setTabKeyNavigation(false);
-    table->setWordWrap(false);
-    table->verticalHeader()->hide();
-    table->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-    table->verticalHeader()->setDefaultSectionSize(table->fontMetrics().height() + 6);
-}
-
 } // namespace
 
 LinePage::LinePage(PanelDesk& desk)
@@ -36,13 +23,7 @@ LinePage::LinePage(PanelDesk& desk)
       standing_(new QLabel)
 {
     makeTable();
-    fields_->setColumnCount(4);
-    fields_->setHorizontalHeaderLabels({tr("Byte"), tr("Bytes"), tr("What it is"), tr("Meaning")});
-    fields_->setAccessibleName(tr("The chosen frame, byte by byte"));
-    fields_->setObjectName(QStringLiteral("fields"));
-    fields_->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    fields_->horizontalHeader()->setStretchLastSection(true);
-    makePlain(fields_);
+    makeFields();
     standing_->setWordWrap(true);
     standing_->setObjectName(QStringLiteral("standing"));
     auto* const splitter = new QSplitter(Qt::Vertical);
@@ -61,6 +42,17 @@ LinePage::LinePage(PanelDesk& desk)
     connect(&desk, &PanelDesk::lineBegan, this, [this]() { backToLine(); });
     connect(table_->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
             [this]() { showFields(); });
+    const auto look = [this]() {
+        const bool isNone = filter_.rowCount() == 0 && model_.rowCount() > 0;
+        if (isNone == isNoneShown_)
+            return;
+        isNoneShown_ = isNone;
+        showWhatStands();
+    };
+    connect(&filter_, &QAbstractItemModel::rowsInserted, this, look);
+    connect(&filter_, &QAbstractItemModel::rowsRemoved, this, look);
+    connect(&filter_, &QAbstractItemModel::modelReset, this, look);
+    connect(&model_, &QAbstractItemModel::rowsInserted, this, look);
     showWhatStands();
     showFields();
 }
@@ -73,95 +65,6 @@ QString LinePage::title() const
 QIcon LinePage::icon() const
 {
     return iconOf(PanelIcon::line);
-}
-
-void LinePage::makeTable()
-{
-    filter_.setSourceModel(&model_);
-    table_->setModel(&filter_);
-    table_->setObjectName(QStringLiteral("frames"));
-    table_->setAccessibleName(tr("What passed on the line"));
-    table_->setSelectionMode(QAbstractItemView::SingleSelection);
-    makePlain(table_);
-    const int letter = table_->fontMetrics().averageCharWidth();
-    table_->setColumnWidth(LineModel::when, letter * 16);
-    table_->setColumnWidth(LineModel::since, letter * 12);
-    table_->setColumnWidth(LineModel::direction, letter * 14);
-    table_->setColumnWidth(LineModel::meaning, letter * 70);
-    table_->horizontalHeader()->setStretchLastSection(true);
-    // Who chooses a frame wants to look at it.
-    connect(table_, &QTableView::clicked, this, [this]() { setHeld(true); });
-}
-
-QWidget* LinePage::makeTools()
-{
-    auto* const tools = new QWidget;
-    auto* const row = new QHBoxLayout(tools);
-    row->setContentsMargins(0, 0, 0, 0);
-    auto* const station = new QSpinBox;
-    station->setRange(0, maxStation);
-    station->setSpecialValueText(tr("all stations"));
-    station->setPrefix(tr("station "));
-    station->setAccessibleName(tr("Show only this station"));
-    station->setObjectName(QStringLiteral("station"));
-    auto* const kind = new QComboBox;
-    kind->setAccessibleName(tr("Show only this kind"));
-    kind->setObjectName(QStringLiteral("kind"));
-    kind->addItem(tr("requests, replies, all"));
-    for (const Direction each :
-         {Direction::sent, Direction::received, Direction::stray, Direction::note})
-        kind->addItem(directionText(each), static_cast<int>(each));
-    auto* const trouble = new QCheckBox(tr("t&rouble only"));
-    trouble->setObjectName(QStringLiteral("trouble"));
-    auto* const search = new QLineEdit;
-    search->setPlaceholderText(tr("Show only rows with \u2026"));
-    search->setAccessibleName(tr("Show only rows with this text"));
-    search->setObjectName(QStringLiteral("lineSearch"));
-    search->setClearButtonEnabled(true);
-    row->addWidget(station);
-    row->addWidget(kind);
-    row->addWidget(trouble);
-    row->addWidget(search, 1);
-    connect(station, QOverload<int>::of(&QSpinBox::valueChanged), &filter_,
-            &LineFilter::setStation);
-    connect(kind, QOverload<int>::of(&QComboBox::currentIndexChanged), this, [this, kind](int at) {
-        filter_.setDirection(
-            at == 0 ? std::nullopt
-                    : std::optional<Direction>(static_cast<Direction>(kind->itemData(at).toInt())));
-    });
-    connect(trouble, &QCheckBox::toggled, &filter_, &LineFilter::setTroubleOnly);
-    connect(search, &QLineEdit::textChanged, &filter_, &LineFilter::setText);
-    return tools;
-}
-
-QWidget* LinePage::makeFiles()
-{
-    auto* const files = new QWidget;
-    auto* const row = new QHBoxLayout(files);
-    row->setContentsMargins(0, 0, 0, 0);
-    hold_->setCheckable(true);
-    hold_->setObjectName(QStringLiteral("hold"));
-    back_->setObjectName(QStringLiteral("back"));
-    auto* const save = new QPushButton(tr("&Save as a line log \u2026"));
-    auto* const open = new QPushButton(tr("Open a line &log \u2026"));
-    row->addWidget(hold_);
-    row->addWidget(standing_, 1);
-    row->addWidget(back_);
-    row->addWidget(open);
-    row->addWidget(save);
-    connect(hold_, &QPushButton::clicked, this, [this](bool isOn) { setHeld(isOn); });
-    connect(back_, &QPushButton::clicked, this, [this]() { backToLine(); });
-    connect(save, &QPushButton::clicked, this, [this]() {
-        const QString file = QFileDialog::getSaveFileName(this, tr("Save as a line log"));
-        if (!file.isEmpty())
-            saveLog(file);
-    });
-    connect(open, &QPushButton::clicked, this, [this]() {
-        const QString file = QFileDialog::getOpenFileName(this, tr("Open a line log"));
-        if (!file.isEmpty())
-            openLog(file);
-    });
-    return files;
 }
 
 // ---- what passes ----------------------------------------------------------------------------
@@ -203,15 +106,19 @@ void LinePage::showWhatStands()
     hold_->setVisible(log_.isEmpty());
     back_->setVisible(!log_.isEmpty());
     const int waiting = static_cast<int>(waiting_.size());
-    standing_->setText(!log_.isEmpty() ? tr("The log %1, not the line.").arg(log_)
-                       : isHeld_       ? tr("It stands still; %n more have passed since. "
-                                                  "The line goes on.",
-                                            nullptr, waiting)
-                                       : QString());
+    const QString none = tr("None of the rows is what is asked for above.");
+    standing_->setText(!log_.isEmpty() ? tr("The log %1, not the line.").arg(log_) +
+                                             (isNoneShown_ ? QLatin1Char(' ') + none : QString())
+                       : isNoneShown_ ? none
+                       : isHeld_      ? tr("It stands still; %n more have passed since. "
+                                                "The line goes on.",
+                                           nullptr, waiting)
+                                      : QString());
 }
 
 void LinePage::backToLine()
 {
+    const bool wasLog = !log_.isEmpty();
     log_.clear();
     waiting_.clear();
     notShown_ = 0;
@@ -219,30 +126,37 @@ void LinePage::backToLine()
     model_.clear();
     showWhatStands();
     showFields();
+    if (wasLog)
+        emit lineShown();
 }
 
 // ---- files ----------------------------------------------------------------------------------
 
 bool LinePage::openLog(const QString& file)
 {
+    RecordedLog log;
     try {
-        model_.load(file.toStdString());
+        log = readRecordedLog(file.toStdString());
     } catch (const Failure& failure) {
         emit told(QString::fromUtf8(failure.what()));
         return false;
     }
+    model_.load(log);
     log_ = file;
+    logWire_ = log.wire ? toText(*log.wire) : std::string();
     waiting_.clear();
     isHeld_ = false;
     showWhatStands();
+    showFields();
     emit told(QString());
+    emit logShown(log);
     return true;
 }
 
 bool LinePage::saveLog(const QString& file)
 {
     try {
-        model_.save(file.toStdString());
+        model_.save(file.toStdString(), log_.isEmpty() ? desk_.state().wire : logWire_);
     } catch (const Failure& failure) {
         emit told(QString::fromUtf8(failure.what()));
         return false;
@@ -255,13 +169,10 @@ bool LinePage::saveLog(const QString& file)
 
 bool LinePage::showFrame(long long number)
 {
-    if (!log_.isEmpty()) {
-        emit told(tr("The page of the line shows the log %1; Back to the line is a button there.")
-                      .arg(log_));
-        return false;
+    if (log_.isEmpty()) {
+        setHeld(false); // what has waited may hold it
+        setHeld(true);
     }
-    setHeld(false); // what has waited may hold it
-    setHeld(true);
     const std::optional<int> row = model_.rowOfRequest(number);
     if (!row) {
         setHeld(false);

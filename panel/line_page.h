@@ -26,22 +26,29 @@ public:
     QString title() const override;
     QIcon icon() const override;
 
-    // A recorded log in place of what passes; false where it cannot be read, which it tells.
+    // A recorded log in place of what passes; false where it cannot be read, which it tells, and
+    // nothing is different.
     bool openLog(const QString& file);
     bool saveLog(const QString& file);
-    // Stands still at the request of the transmission of this number, on the line that is open;
+    // Stands still at the request of this number, of a transmission or of the log that is shown;
     // false where it is not here, which it tells.
     bool showFrame(long long number);
+    void backToLine();
+
+signals:
+    // What is shown from now on.
+    void logShown(const dov417::RecordedLog& log);
+    void lineShown();
 
 private:
     void makeTable();
+    void makeFields();
     QWidget* makeTools();
     QWidget* makeFiles();
     void passed(const std::vector<Passed>& passed, long long notTold);
     void setHeld(bool isHeld);
     void showFields();
     void showWhatStands();
-    void backToLine();
 
     LineModel model_;
     LineFilter filter_;
@@ -54,7 +61,9 @@ private:
     std::vector<Passed> waiting_;
     long long notShown_ = 0;
     bool isHeld_ = false;
-    QString log_; // that is shown in place of the line; empty: the line
+    bool isNoneShown_ = false; // of the rows, as the filter has it
+    QString log_;              // that is shown in place of the line; empty: the line
+    std::string logWire_;
 };
 
 } // namespace dov417

@@ -76,6 +76,11 @@ long long LineThread::moveRecipe(int line, RecipeKind kind, const std::vector<Re
     return order.number;
 }
 
+void LineThread::cancelRecipe(long long number)
+{
+    ask([number](LineWorker& worker) { worker.cancelRecipe(number); });
+}
+
 void LineThread::setGap(int gap)
 {
     ask([line = line_, gap](LineWorker& worker) { worker.setGap(line, gap); });

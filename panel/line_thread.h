@@ -32,6 +32,7 @@ public:
 
     // Its number, which the news of it bear. `line`: that it is meant for, and for no other.
     long long moveRecipe(int line, RecipeKind kind, const std::vector<RecipeEntry>& entries);
+    void cancelRecipe(long long number);
     void setGap(int gap);
 
     // What is asked for last: what is told of something earlier is out of date.

@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "link/network_address.h"
-#include "session/piece_results.h"
 
 namespace dov417 {
 
@@ -19,12 +18,6 @@ std::set<int> stationsOf(const std::vector<Address>& addresses)
         stations.insert(address.station);
     return stations;
 }
-
-// Of a write that goes out in several pieces: its outcome once each has one.
-struct PiecesUnderWay {
-    std::size_t waiting = 0;
-    PieceResults results;
-};
 
 } // namespace
 
@@ -208,35 +201,6 @@ void LineWorker::setUnlocked(int line, bool isUnlocked)
     if (line != line_)
         return;
     state_.isUnlocked = isUnlocked;
-    hasNews_ = true;
-    collected();
-}
-
-void LineWorker::write(const WriteOrder& order)
-{
-    const auto told = [this, number = order.number](const Result& result) {
-        collector_.add(WriteOutcome{number, result});
-        collected();
-    };
-    if (const std::string why = refusal(order.line, true); !why.empty()) {
-        told(Result::refused(why));
-        return;
-    }
-    std::vector<Write> pieces;
-    try {
-        pieces = writePieces(order.address, order.data, session_->settings().gap);
-    } catch (const Failure& failure) {
-        told(Result::refused(failure.what()));
-        return;
-    }
-    const auto whole = std::make_shared<PiecesUnderWay>();
-    whole->waiting = pieces.size();
-    for (const Write& piece : pieces)
-        session_->write(piece, [this, whole, told, address = piece.address](const Result& result) {
-            whole->results.add(address, result);
-            if (--whole->waiting == 0)
-                told(whole->results.whole(library_));
-        });
     hasNews_ = true;
     collected();
 }

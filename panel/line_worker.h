@@ -58,6 +58,8 @@ public:
     void write(const WriteOrder& order);
     // Its recipes(), which tell what becomes of it.
     void moveRecipe(const RecipeOrder& order);
+    // Ends every request of the session, the recipe's among them, if it is under way.
+    void cancelRecipe(long long number);
     // Plans anew, with this merge gap; every value is old until it has been read again.
     void setGap(int line, int gap);
     RecipeWorker& recipes()

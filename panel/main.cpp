@@ -1,4 +1,6 @@
 #include <QApplication>
+#include <QScreen>
+#include <QStyle>
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
@@ -22,6 +24,14 @@ constexpr int usageCode = 2;
 constexpr int firstWidth = 1280;
 constexpr int firstHeight = 800;
 constexpr int pictureDelayMs = 3000; // lamps have been on and off by then
+
+// What the window's title leaves of the screen.
+QSize firstSize()
+{
+    const QSize screen = QGuiApplication::primaryScreen()->availableSize();
+    const int title = QApplication::style()->pixelMetric(QStyle::PM_TitleBarHeight);
+    return QSize(firstWidth, firstHeight).boundedTo(screen - QSize(0, title));
+}
 
 // These return what the program ends with.
 int work(MainWindow& window)
@@ -81,7 +91,7 @@ int run(const PanelOptions& options)
     int code = EXIT_SUCCESS;
     {
         MainWindow window(desk);
-        window.resize(firstWidth, firstHeight);
+        window.resize(firstSize());
         const Shutdown shutdown([&window]() { window.leave(); });
         begin(window, desk, options);
         window.show();

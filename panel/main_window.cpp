@@ -26,8 +26,6 @@ namespace dov417 {
 
 namespace {
 
-constexpr Micros leastCycle(50); // that has asked anybody
-
 // What is long, so that the pages have the room.
 QString inTwoLines(const QString& title)
 {
@@ -111,6 +109,10 @@ void MainWindow::addPages()
         if (line->showFrame(number))
             showPage(stack_->indexOf(line));
     });
+    // Both show the same: the line, or a recording of one.
+    connect(line, &LinePage::logShown, wire, &WirePage::showLog);
+    connect(line, &LinePage::lineShown, wire, &WirePage::showLine);
+    connect(wire, &WirePage::lineWanted, line, &LinePage::backToLine);
 }
 
 void MainWindow::addPage(PanelPage* page)
@@ -161,10 +163,9 @@ void MainWindow::showState()
 {
     const LineState& state = desk_.state();
     sentence_->setText(lineSentence(state, desk_.book().isSilent(), desk_.statistics().get()));
-    // Where every station is put off nothing goes out, and a cycle takes no time.
-    const bool isRunning =
-        state.phase == LinePhase::open && state.cycles > 0 && state.cycle >= leastCycle;
     const double cycleMs = std::chrono::duration<double, std::milli>(state.cycle).count();
+    constexpr double leastMs = 0.05; // else nobody was asked: all stations are silent
+    const bool isRunning = state.phase == LinePhase::open && state.cycles > 0 && cycleMs >= leastMs;
     cycle_->setText(isRunning ? tr("a cycle takes %1 ms").arg(cycleMs, 0, 'f', 1) : QString());
     lock_->setVisible(desk_.hasLine());
     lock_->setChecked(state.isUnlocked);

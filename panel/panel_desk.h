@@ -114,6 +114,8 @@ public:
     // Throws a UsageFailure, with nothing done, unless this line is open, unlocked for a download,
     // and moves no other recipe. recipeTold() tells of this number how it goes.
     long long moveRecipe(int line, RecipeKind kind, const std::vector<RecipeEntry>& entries);
+    // Ends it, and with it whatever else is being written; recipeTold() tells how it ended.
+    void cancelRecipe();
     // See LineThread::end().
     bool end();
 

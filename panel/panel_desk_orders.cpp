@@ -36,6 +36,12 @@ long long PanelDesk::moveRecipe(int line, RecipeKind kind, const std::vector<Rec
     return recipe_;
 }
 
+void PanelDesk::cancelRecipe()
+{
+    if (recipe_ != 0)
+        line_.cancelRecipe(recipe_);
+}
+
 void PanelDesk::hearOfRecipe(const RecipeNews& news)
 {
     if (news.number == recipe_ && news.hasEnded) {

@@ -98,7 +98,8 @@ bool ProjectActions::mayCloseLine()
                &window_, tr("Writes are under way"),
                tr("%n value(s) are being written. What becomes of them is not known if the line is "
                   "closed now. Close it?",
-                  nullptr, writes)) == QMessageBox::Yes;
+                  nullptr, writes),
+               QMessageBox::Yes | QMessageBox::No, QMessageBox::No) == QMessageBox::Yes;
 }
 
 bool ProjectActions::mayForget()

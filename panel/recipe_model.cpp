@@ -58,6 +58,11 @@ QString outcomeOf(const RecipeRow& row)
     case RecipeFate::different:
         return RecipeModel::tr("\u2717 taken, but it reads back as %1")
             .arg(QString::fromStdString(recipeText(row, row.controller)));
+    case RecipeFate::held:
+        return RecipeModel::tr("\u2713 the controller holds it");
+    case RecipeFate::notHeld:
+        return RecipeModel::tr("\u2717 the controller holds %1")
+            .arg(QString::fromStdString(recipeText(row, row.controller)));
     case RecipeFate::unknown:
         return RecipeModel::tr("? not known: %1").arg(reason);
     }

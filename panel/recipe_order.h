@@ -27,7 +27,8 @@ struct RecipeOrder {
 struct RecipeNews {
     long long number = 0;
     RecipeKind kind = RecipeKind::read;
-    bool isReadingBack = false; // what it was to move has been moved
+    bool isReadingBack = false; // what it was to move has been moved, or it was cancelled
+    bool isCancelled = false;   // by hand
     bool hasEnded = false;
     RecipeProgress progress;
     // At the end: why not everything was moved; empty where it was.
@@ -35,6 +36,8 @@ struct RecipeNews {
     // At the end, one for each entry: what the controller held. None where it was not read.
     std::vector<RecipeReading> readings;
     Clock::time_point asOf{}; // no reading is older
+    // At the end, one for each reading: nor is this one older than that.
+    std::vector<Clock::time_point> asOfEach;
 };
 
 } // namespace dov417

@@ -16,6 +16,8 @@ enum class RecipeFate {
     read,
     written,   // and read back
     different, // taken, and reads back as another value
+    held,      // by the controller; who has written it is not known
+    notHeld,   // whether it was taken or not
     unknown    // see the row's reason
 };
 

@@ -260,8 +260,11 @@ void RecipeTable::ended(const std::vector<RecipeShare>& shares, const RecipeNews
     std::size_t place = 0;
     for (const RecipeShare& share : shares) {
         RecipeReading reading{{}, why};
+        Clock::time_point asOf = news.asOf;
         if (isOfLine && place < news.readings.size())
             reading = news.readings.at(place);
+        if (place < news.asOfEach.size())
+            asOf = news.asOfEach.at(place);
         ++place;
         std::size_t index = 0;
         for (const RecipeKey& key : share.values) {
@@ -276,14 +279,16 @@ void RecipeTable::ended(const std::vector<RecipeShare>& shares, const RecipeNews
                 continue;
             const Address& address = share.entry.item.address;
             row->controller = sliceOf(reading.data, address, value);
-            row->readAt = news.asOf;
+            row->readAt = asOf;
             row->fate = RecipeFate::read;
             if (news.kind == RecipeKind::upload && !isEdited)
                 row->buffer = row->controller;
-            if (news.kind == RecipeKind::download)
-                row->fate = row->controller == sliceOf(share.entry.data, address, value)
-                                ? RecipeFate::written
-                                : RecipeFate::different;
+            if (news.kind == RecipeKind::download) {
+                const bool isHeld = row->controller == sliceOf(share.entry.data, address, value);
+                row->fate = news.isCancelled ? isHeld ? RecipeFate::held : RecipeFate::notHeld
+                            : isHeld         ? RecipeFate::written
+                                             : RecipeFate::different;
+            }
         }
     }
     if (news.kind == RecipeKind::upload && isOfLine && !news.readings.empty())

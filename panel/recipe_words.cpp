@@ -44,8 +44,12 @@ QString brokenText(const RecipeNews& news)
     const QString done = doneText(news.progress);
     if (news.kind == RecipeKind::download)
         text +=
-            QLatin1Char(' ') + (done.isEmpty() ? RecipeTexts::tr("Nothing had been written.")
-                                               : RecipeTexts::tr("%1 had been written.").arg(done));
+            QLatin1Char(' ') +
+            (done.isEmpty() ? RecipeTexts::tr("Nothing had been written.")
+                            : RecipeTexts::tr("%1 had been written.").arg(done)) +
+            (news.readings.empty()
+                 ? QString()
+                 : QLatin1Char(' ') + RecipeTexts::tr("The rows say what the controller holds."));
     else if (!done.isEmpty())
         text += QLatin1Char(' ') +
                 RecipeTexts::tr("%1 had been read; the buffer is as it was.").arg(done);
@@ -64,6 +68,10 @@ QString recipeProgressText(const RecipeNews& news)
     case RecipeKind::upload:
         return RecipeTexts::tr("The controller is being read%1 \u2026").arg(which);
     case RecipeKind::download:
+        if (news.isCancelled)
+            return RecipeTexts::tr("It was cancelled%1; what the controller holds is being read "
+                                   "\u2026")
+                .arg(which);
         return news.isReadingBack
                    ? RecipeTexts::tr("Everything was taken%1; it is being read back \u2026")
                          .arg(which)

@@ -42,6 +42,8 @@ void RecipeWorker::start(Session& session, const RecipeOrder& order)
             },
             Qt::QueuedConnection);
     });
+    hearing_ = connect(&session, &Session::transmissionEnded, this,
+                       [this](const Transmission& transmission) { heard(transmission); });
     progressTimer_.start();
     try {
         begin();
@@ -54,6 +56,7 @@ void RecipeWorker::start(Session& session, const RecipeOrder& order)
 void RecipeWorker::begin()
 {
     news_.asOf = Clock::now();
+    wordTimes_.clear();
     switch (order_.kind) {
     case RecipeKind::read:
         news_.isReadingBack = true;
@@ -82,7 +85,7 @@ void RecipeWorker::next()
     } else if (order_.kind == RecipeKind::upload && news_.problems.empty()) {
         for (const RecipeEntry& entry : job_->entries())
             news_.readings.push_back({entry.data, std::string()});
-    } else if (order_.kind == RecipeKind::download && isWorthReading) {
+    } else if (order_.kind == RecipeKind::download && (isWorthReading || news_.isCancelled)) {
         readBack();
         return;
     }
@@ -93,6 +96,7 @@ void RecipeWorker::readBack()
 {
     news_.isReadingBack = true;
     news_.asOf = Clock::now();
+    wordTimes_.clear();
     tellProgress();
     try {
         job_->readBack();
@@ -101,6 +105,20 @@ void RecipeWorker::readBack()
             news_.readings.push_back({{}, failure.what()});
         tellEnd();
     }
+}
+
+bool RecipeWorker::cancel(long long number)
+{
+    if (!job_ || order_.number != number)
+        return false;
+    news_.isCancelled = true;
+    return true;
+}
+
+void RecipeWorker::heard(const Transmission& transmission)
+{
+    if (transmission.isRead() && transmission.verdict == replyAccepted)
+        wordTimes_.add(transmission.request, transmission.asOf);
 }
 
 void RecipeWorker::end(const std::string& reason)
@@ -126,6 +144,10 @@ void RecipeWorker::tellProgress()
 void RecipeWorker::tellEnd()
 {
     progressTimer_.stop();
+    disconnect(hearing_);
+    for (std::size_t i = 0; i < news_.readings.size(); ++i)
+        news_.asOfEach.push_back(
+            wordTimes_.of(order_.entries.at(i).item.address).value_or(news_.asOf));
     news_.hasEnded = true;
     job_.reset();
     emit told(news_);

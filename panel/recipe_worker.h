@@ -8,6 +8,7 @@
 #include <string>
 
 #include "panel/recipe_order.h"
+#include "panel/word_times.h"
 
 namespace dov417 {
 
@@ -27,6 +28,10 @@ public:
     {
         return job_ != nullptr;
     }
+    // The order of this number is to end by hand: true where it is under way, and whoever called
+    // ends all requests of the session then. A download reads back what the controller holds;
+    // cancelled once more, it does not.
+    bool cancel(long long number);
     // The session goes: what is under way ends with this reason.
     void end(const std::string& reason);
 
@@ -37,12 +42,15 @@ private:
     void begin();
     void next();
     void readBack();
+    void heard(const Transmission& transmission);
     void tellProgress();
     void tellEnd();
 
     RecipeOrder order_;
     RecipeNews news_;
     std::unique_ptr<RecipeJob> job_; // null: nothing is under way
+    WordTimes wordTimes_;            // since the order, or the reading back, began
+    QMetaObject::Connection hearing_;
     QTimer progressTimer_;
 };
 

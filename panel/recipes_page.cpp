@@ -5,8 +5,8 @@
 #include <QMessageBox>
 #include <QVBoxLayout>
 
+#include "panel/flow_layout.h"
 #include "panel/panel_icons.h"
-#include "panel/recipe_words.h"
 
 namespace dov417 {
 
@@ -22,8 +22,8 @@ RecipesPage::RecipesPage(PanelDesk& desk)
       load_(new QPushButton(tr("L&oad \u2026"))), save_(new QPushButton(tr("&Save \u2026"))),
       read_(new QPushButton(tr("&Read"))), upload_(new QPushButton(tr("&Upload"))),
       download_(new QPushButton(tr("&Download \u2026"))),
-      takeOut_(new QPushButton(tr("&Take out"))), progress_(new QProgressBar), file_(new QLabel),
-      result_(new QLabel)
+      takeOut_(new QPushButton(tr("&Take out"))), progress_(new QProgressBar),
+      cancel_(new QPushButton(tr("&Cancel"))), file_(new QLabel), result_(new QLabel)
 {
     makeTable();
     auto* const rows = new QVBoxLayout(this);
@@ -32,7 +32,7 @@ RecipesPage::RecipesPage(PanelDesk& desk)
     rows->addWidget(makeTools());
     rows->addWidget(table_, 1);
     rows->addWidget(result_);
-    rows->addWidget(progress_);
+    rows->addWidget(sideBySide({progress_, cancel_}));
     for (QLabel* const label : {file_, result_})
         label->setWordWrap(true);
     result_->setTextInteractionFlags(Qt::TextSelectableByMouse);
@@ -42,6 +42,14 @@ RecipesPage::RecipesPage(PanelDesk& desk)
     progress_->setObjectName(QStringLiteral("recipeProgress"));
     progress_->setAccessibleName(tr("How far the recipe has come"));
     progress_->hide();
+    cancel_->setObjectName(QStringLiteral("cancelRecipe"));
+    cancel_->setToolTip(tr("Ends it here (Esc); what is being written elsewhere ends, too"));
+    cancel_->setShortcut(Qt::Key_Escape);
+    cancel_->hide();
+    connect(cancel_, &QPushButton::clicked, this, [this]() {
+        cancel_->setEnabled(false);
+        desk_.cancelRecipe();
+    });
 
     connect(&model_, &RecipeModel::refused, this, &PanelPage::told);
     connect(&model_, &RecipeModel::edited, this, [this]() {
@@ -192,89 +200,6 @@ bool RecipesPage::saveFile(const QString& file)
     showState();
     emit settingsChanged();
     return true;
-}
-
-// ---- transfers ------------------------------------------------------------------------------
-
-bool RecipesPage::mayDownload(int line, std::size_t values)
-{
-    const auto answer =
-        QMessageBox::question(this, tr("Download a recipe"),
-                              tr("Write %n value(s) of the buffer to the controller on %1?",
-                                 nullptr, static_cast<int>(values))
-                                  .arg(QString::fromStdString(desk_.state().port)),
-                              QMessageBox::Yes | QMessageBox::No, QMessageBox::No);
-    return answer == QMessageBox::Yes && line == desk_.lineNumber();
-}
-
-void RecipesPage::move(RecipeKind kind)
-{
-    // What is asked about is what goes out, and to this line alone.
-    const int line = desk_.lineNumber();
-    try {
-        const std::vector<RecipeShare> shares = recipe_.shares(kind);
-        std::vector<RecipeEntry> entries;
-        std::size_t values = 0;
-        for (const RecipeShare& share : shares) {
-            entries.push_back(share.entry);
-            values += share.values.size();
-        }
-        if (kind == RecipeKind::upload && !mayReplaceBuffer())
-            return;
-        if (kind == RecipeKind::download && !mayDownload(line, values))
-            return;
-        order_ = desk_.moveRecipe(line, kind, entries);
-        orderLine_ = line;
-        shares_ = shares;
-    } catch (const Failure& failure) {
-        emit told(QString::fromUtf8(failure.what()));
-        return;
-    }
-    emit told(QString());
-    recipe_.began(shares_, kind);
-    model_.tellChanges();
-    RecipeNews begun;
-    begun.kind = kind;
-    begun.isReadingBack = kind == RecipeKind::read;
-    showProgress(begun);
-    showState();
-}
-
-void RecipesPage::hear(const RecipeNews& news)
-{
-    if (order_ == 0 || news.number != order_)
-        return;
-    if (!news.hasEnded) {
-        showProgress(news);
-        return;
-    }
-    const bool isOfLine = orderLine_ == desk_.lineNumber();
-    recipe_.ended(shares_, news, isOfLine);
-    order_ = 0;
-    showEnd(news, isOfLine);
-    shares_.clear();
-    look();
-    model_.tellChanges();
-    showState();
-}
-
-void RecipesPage::showProgress(const RecipeNews& news)
-{
-    const auto all = static_cast<int>(news.progress.allWords + news.progress.allBits);
-    progress_->setRange(0, news.isReadingBack ? 0 : all); // 0: it is not known how much is left
-    progress_->setValue(static_cast<int>(news.progress.words + news.progress.bits));
-    progress_->show();
-    result_->setText(recipeProgressText(news));
-}
-
-void RecipesPage::showEnd(const RecipeNews& news, bool isOfLine)
-{
-    progress_->hide();
-    std::vector<RecipeRow> rows;
-    for (const RecipeRow& row : recipe_.rows())
-        if (row.fate != RecipeFate::none)
-            rows.push_back(row);
-    result_->setText(recipeEndText(news, rows, isOfLine));
 }
 
 // ---- the project ----------------------------------------------------------------------------

@@ -61,6 +61,7 @@ private:
     QPushButton* const download_;
     QPushButton* const takeOut_;
     QProgressBar* const progress_;
+    QPushButton* const cancel_; // there while something is moved
     QLabel* const file_;
     QLabel* const result_;
     QString path_; // of the file that was loaded or saved last

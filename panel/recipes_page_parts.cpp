@@ -30,8 +30,8 @@ void RecipesPage::makeTable()
     const int letter = table_->fontMetrics().averageCharWidth();
     for (const auto& [column, letters] :
          {std::pair{RecipeModel::name, 19}, std::pair{RecipeModel::address, 12},
-          std::pair{RecipeModel::controller, 14}, std::pair{RecipeModel::age, 10},
-          std::pair{RecipeModel::file, 15}, std::pair{RecipeModel::buffer, 12},
+          std::pair{RecipeModel::controller, 17}, std::pair{RecipeModel::age, 10},
+          std::pair{RecipeModel::file, 14}, std::pair{RecipeModel::buffer, 12},
           std::pair{RecipeModel::comparison, 20}})
         table_->setColumnWidth(column, letter * letters);
     connect(table_->selectionModel(), &QItemSelectionModel::selectionChanged, this,

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <set>
+#include <utility>
 
 #include "panel/add_bar.h"
 #include "panel/panel_icons.h"
@@ -283,7 +284,7 @@ void ValuesPage::add(const std::vector<Item>& items)
 {
     const std::size_t known = desk_.tags().items.size();
     desk_.addItems(items);
-    // They stand at the end, which is out of sight.
+    // They stand at the end, which may be far below what is seen.
     QItemSelection added;
     for (int row = 0; row < model_.rowCount(); ++row) {
         const QModelIndex shown = filter_.mapFromSource(model_.index(row, 0));
@@ -292,10 +293,9 @@ void ValuesPage::add(const std::vector<Item>& items)
     }
     if (added.isEmpty())
         return;
+    table_->setCurrentIndex(added.indexes().front());
     table_->selectionModel()->select(added, QItemSelectionModel::ClearAndSelect |
                                                 QItemSelectionModel::Rows);
-    table_->scrollTo(added.indexes().back());
-    table_->scrollTo(added.indexes().front());
 }
 
 void ValuesPage::paste()

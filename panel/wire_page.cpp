@@ -1,11 +1,10 @@
 #include "panel/wire_page.h"
 
-#include <QHBoxLayout>
-#include <QHeaderView>
+#include <QDateTime>
+#include <QKeyEvent>
 #include <QScrollArea>
 #include <QVBoxLayout>
 
-#include "panel/flow_layout.h"
 #include "panel/panel_icons.h"
 #include "panel/wire_words.h"
 
@@ -14,7 +13,14 @@ namespace dov417 {
 namespace {
 
 const char* const cyclesMember = "cycles";
-constexpr double zoomOfAClick = 2;
+
+QString momentText(LogTime time)
+{
+    const auto millis =
+        std::chrono::duration_cast<std::chrono::milliseconds>(time.time_since_epoch()).count();
+    return QDateTime::fromMSecsSinceEpoch(millis).toString(
+        QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz"));
+}
 
 std::optional<SerialFormat> formatOf(const std::string& wire)
 {
@@ -27,8 +33,9 @@ std::optional<SerialFormat> formatOf(const std::string& wire)
 
 WirePage::WirePage(PanelDesk& desk)
     : PanelPage(desk), view_(new WireView(times_, desk.areas())), table_(new QTableView),
-      follow_(new QPushButton(tr("&Follow the line"))), cycles_(new QSpinBox),
-      distance_(new QLabel), known_(new QLabel), frame_(new QLabel), sentence_(new QLabel)
+      follow_(new QPushButton(tr("&Follow the line"))),
+      back_(new QPushButton(tr("&Back to the line"))), cycles_(new QSpinBox), distance_(new QLabel),
+      known_(new QLabel), frame_(new QLabel), sentence_(new QLabel)
 {
     view_->setObjectName(QStringLiteral("wire"));
     auto* const scroll = new QScrollArea;
@@ -97,99 +104,6 @@ std::function<void()> WirePage::prepared(const OrderedJson& settings)
     };
 }
 
-// ---- parts ----------------------------------------------------------------------------------
-
-QWidget* WirePage::makeTools()
-{
-    auto* const tools = new QWidget;
-    auto* const row = new FlowLayout(tools);
-    const auto button = [row](const QString& text, const QString& name, const char* objectName) {
-        auto* const made = new QPushButton(text);
-        made->setAccessibleName(name);
-        made->setToolTip(name);
-        made->setObjectName(QLatin1String(objectName));
-        row->addWidget(made);
-        return made;
-    };
-    follow_->setCheckable(true);
-    follow_->setObjectName(QStringLiteral("follow"));
-    follow_->setToolTip(tr("The last cycles, again and again (space bar, End)"));
-    cycles_->setRange(1, WireView::maxCycles);
-    cycles_->setValue(view_->cycles());
-    cycles_->setPrefix(tr("cycles: "));
-    cycles_->setAccessibleName(tr("So many of the last cycles"));
-    cycles_->setObjectName(QStringLiteral("cycles"));
-    row->addWidget(follow_);
-    row->addWidget(cycles_);
-    auto* const closer = button(QStringLiteral("+"), tr("Closer (+, or the wheel)"), "closer");
-    auto* const farther = button(QStringLiteral("\u2212"), tr("Farther (-)"), "farther");
-    auto* const all = button(tr("A&ll"), tr("All that is kept (0)"), "all");
-    auto* const a =
-        button(tr("Ruler &A"), tr("Ruler A to the next edge of the frame (A)"), "rulerA");
-    auto* const b =
-        button(tr("Ruler &B"), tr("Ruler B to the next edge of the frame (B)"), "rulerB");
-    distance_->setObjectName(QStringLiteral("distance"));
-    distance_->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    row->addWidget(distance_);
-    connect(follow_, &QPushButton::clicked, view_, &WireView::setFollowing);
-    connect(cycles_, QOverload<int>::of(&QSpinBox::valueChanged), this, [this](int count) {
-        view_->setCycles(count);
-        emit settingsChanged();
-    });
-    connect(closer, &QPushButton::clicked, view_, [this]() { view_->zoom(zoomOfAClick); });
-    connect(farther, &QPushButton::clicked, view_, [this]() { view_->zoom(1 / zoomOfAClick); });
-    connect(all, &QPushButton::clicked, view_, &WireView::fitAll);
-    connect(a, &QPushButton::clicked, view_, [this]() { view_->setRuler(WireRuler::a); });
-    connect(b, &QPushButton::clicked, view_, [this]() { view_->setRuler(WireRuler::b); });
-    return tools;
-}
-
-QWidget* WirePage::makeBelow()
-{
-    auto* const below = new QWidget;
-    auto* const columns = new QHBoxLayout(below);
-    columns->setContentsMargins(0, 0, 0, 0);
-    auto* const words = new QVBoxLayout;
-    frame_->setObjectName(QStringLiteral("frame"));
-    frame_->setAccessibleName(tr("The frame that is pointed at"));
-    sentence_->setObjectName(QStringLiteral("shares"));
-    auto* const keys = new QLabel(
-        tr("Wheel or + and \u2212: closer and farther. Drag, or Shift with \u2190 \u2192: to and "
-           "fro. \u2190 \u2192: from frame to frame. A click or Enter: the frame on the page of "
-           "the line. A and B: rulers, which can be dragged; Esc takes them away."));
-    for (QLabel* const label : {frame_, sentence_, keys}) {
-        label->setWordWrap(true);
-        label->setAlignment(Qt::AlignTop | Qt::AlignLeft);
-    }
-    frame_->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    frame_->setMinimumHeight(frame_->fontMetrics().height() * 6);
-    words->addWidget(frame_, 1);
-    words->addWidget(sentence_);
-    words->addWidget(keys);
-    table_->setModel(&shares_);
-    table_->setObjectName(QStringLiteral("uses"));
-    table_->setAccessibleName(tr("What the line was used for, in what is shown"));
-    table_->setSelectionBehavior(QAbstractItemView::SelectRows);
-    table_->setTabKeyNavigation(false);
-    table_->setShowGrid(false);
-    table_->setIconSize(QSize(32, 16));
-    table_->verticalHeader()->hide();
-    table_->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-    table_->verticalHeader()->setDefaultSectionSize(table_->fontMetrics().height() + 3);
-    const int letter = table_->fontMetrics().averageCharWidth();
-    table_->horizontalHeader()->setSectionResizeMode(WireSharesModel::what, QHeaderView::Stretch);
-    for (const int column : {WireSharesModel::perCycle, WireSharesModel::inAll})
-        table_->setColumnWidth(column, letter * 12);
-    table_->setColumnWidth(WireSharesModel::part, letter * 9);
-    table_->setFixedHeight(table_->verticalHeader()->defaultSectionSize() * wireUses +
-                           table_->horizontalHeader()->sizeHint().height() +
-                           2 * table_->frameWidth());
-    table_->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    columns->addLayout(words, 3);
-    columns->addWidget(table_, 4);
-    return below;
-}
-
 // ---- what passes ----------------------------------------------------------------------------
 
 void WirePage::passed(const std::vector<Passed>& frames, long long notTold)
@@ -203,7 +117,8 @@ void WirePage::lineBegan()
 {
     times_.clear();
     wire_.clear();
-    view_->forget();
+    if (!log_)
+        view_->forget();
     showWhatIsKnown();
 }
 
@@ -230,9 +145,18 @@ void WirePage::showEvent(QShowEvent* event)
     picture();
 }
 
+// Also of a button, which one has just pressed to set a ruler.
+void WirePage::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Escape)
+        view_->removeRulers();
+    else
+        PanelPage::keyPressEvent(event);
+}
+
 void WirePage::picture()
 {
-    if (!isVisible())
+    if (!isVisible() || log_)
         return;
     const bool isOpen = desk_.state().phase == LinePhase::open && !desk_.book().isSilent();
     if (!hasNews_ && !isOpen)
@@ -241,6 +165,55 @@ void WirePage::picture()
     // Nothing goes on without a line.
     view_->refresh(isOpen ? Clock::now() : times_.end());
     showWhatIsKnown();
+}
+
+// ---- a recording -----------------------------------------------------------------------------
+
+void WirePage::showLog(const RecordedLog& log)
+{
+    log_ = log;
+    logTimes_ = timesOf(log);
+    view_->showTimes(logTimes_, true);
+    showParts();
+}
+
+void WirePage::showLine()
+{
+    if (!log_)
+        return;
+    log_.reset();
+    view_->showTimes(times_, false);
+    logTimes_.clear();
+    showParts();
+    hasNews_ = true;
+    picture();
+}
+
+void WirePage::showParts()
+{
+    follow_->setVisible(!log_);
+    back_->setVisible(log_.has_value());
+    showFrame();
+    showWhatIsKnown();
+}
+
+QString WirePage::recordingText() const
+{
+    QString text =
+        tr("A recording, not the line: %1, from %2 to %3.")
+            .arg(QString::fromStdString(log_->file), momentText(log_->entries.front().time),
+                 momentText(log_->entries.back().time));
+    if (logTimes_.frames().size() < requestsIn(*log_))
+        text += tr(" Only its last %n frame(s) are here.", nullptr,
+                   static_cast<int>(logTimes_.frames().size()));
+    if (!logTimes_.knowsBytes())
+        text += tr(" It does not tell the line's speed: what is drawn is when a request was handed "
+                   "over, and when its reply came.");
+    else if (logTimes_.isFaster())
+        text +=
+            tr(" Bytes came faster than the line it names carries them: what is drawn is when a "
+               "request was handed over, and when its reply came.");
+    return text;
 }
 
 // ---- in words -------------------------------------------------------------------------------
@@ -253,15 +226,18 @@ void WirePage::showWindow()
 
 void WirePage::showShares()
 {
-    const WireShares shares = sharesOf(times_, view_->from(), view_->to());
+    const WireShares shares = sharesOf(shown(), view_->from(), view_->to());
     shares_.show(shares);
-    sentence_->setText(times_.knowsBytes() ? sharesText(shares) : QString());
+    sentence_->setText(shown().knowsBytes() ? sharesText(shares) : QString());
 }
 
 void WirePage::showFrame()
 {
-    const WireFrame* const frame = times_.find(view_->current());
-    frame_->setText(frame ? frameText(*frame, desk_.areas())
+    const WireFrame* const frame = shown().find(view_->current());
+    const QString when = frame && log_ ? momentText(entryOfNumber(*log_, frame->told.number).time) +
+                                             QLatin1Char('\n')
+                                       : QString();
+    frame_->setText(frame ? when + frameText(*frame, desk_.areas())
                           : tr("Point at a frame, or go to one with \u2190 and \u2192, to see what "
                                "was asked, what came of it, and what took how long."));
 }
@@ -278,7 +254,8 @@ void WirePage::showWhatIsKnown()
 {
     const bool hasPassed = !times_.frames().empty();
     const QString text =
-        !hasPassed ? QString()
+        log_         ? recordingText()
+        : !hasPassed ? QString()
         : !times_.knowsBytes()
             ? tr("Over a network nobody tells when a byte was on the wire. What is drawn: when a "
                  "request was handed over, and when its reply came.")

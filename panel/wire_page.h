@@ -9,6 +9,7 @@
 #include <QTimer>
 
 #include "panel/panel_page.h"
+#include "panel/recorded_log.h"
 #include "panel/wire_shares_model.h"
 #include "panel/wire_view.h"
 
@@ -29,12 +30,20 @@ public:
     OrderedJson settings() const override;
     std::function<void()> prepared(const OrderedJson& settings) override;
 
+    // A recording in place of the line, which goes on unseen.
+    void showLog(const RecordedLog& log);
+    void showLine();
+
 signals:
-    // A person wants to see the frame of this number on the page of the line.
+    // A person wants to see the frame of this number on the page of the line: one of the line, or
+    // of the recording.
     void frameWanted(long long number);
+    // A person has seen enough of the recording.
+    void lineWanted();
 
 protected:
     void showEvent(QShowEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     QWidget* makeTools();
@@ -49,13 +58,22 @@ private:
     void showDistance();
     void showShares();
     void showWhatIsKnown();
+    void showParts();
+    QString recordingText() const;
+    const WireTimes& shown() const
+    {
+        return log_ ? logTimes_ : times_;
+    }
 
-    WireTimes times_;
+    WireTimes times_; // of the line, whatever is shown
+    std::optional<RecordedLog> log_;
+    WireTimes logTimes_;
     std::string wire_; // as the line's state has it
     WireView* const view_;
     WireSharesModel shares_;
     QTableView* const table_;
     QPushButton* const follow_;
+    QPushButton* const back_;
     QSpinBox* const cycles_;
     QLabel* const distance_;
     QLabel* const known_;

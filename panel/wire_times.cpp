@@ -171,6 +171,7 @@ void WireTimes::breakOff()
             put(SpanKind::request, frame.told.sendEnd, &frame);
         frame.hasEnded = true;
         frame.end = end_;
+        frame.told.reason = "what became of it was not recorded";
         isMissing_ = true;
     }
     strays_.clear();

@@ -25,7 +25,7 @@ double millisecondsBetween(Clock::time_point from, Clock::time_point to)
 } // namespace
 
 WireView::WireView(const WireTimes& times, const std::vector<Area>& areas)
-    : times_(times), areas_(areas)
+    : times_(&times), areas_(areas)
 {
     setFocusPolicy(Qt::StrongFocus);
     setMouseTracking(true);
@@ -33,12 +33,24 @@ WireView::WireView(const WireTimes& times, const std::vector<Area>& areas)
     setMinimumLanes();
 }
 
+void WireView::showTimes(const WireTimes& times, bool isRecording)
+{
+    times_ = &times;
+    isRecording_ = isRecording;
+    forget();
+    if (!isRecording)
+        return;
+    fitCycles(); // as much of its beginning
+    zero_ = times.begin();
+    show(times.begin(), times.begin() + (to_ - from_));
+}
+
 void WireView::forget()
 {
     from_ = to_ = zero_ = now_ = Clock::time_point();
     current_ = 0;
     lanes_ = 0;
-    isFollowing_ = true;
+    isFollowing_ = !isRecording_;
     removeRulers();
     setMinimumLanes();
     emit currentChanged();
@@ -56,7 +68,7 @@ QString WireView::laneName(int station)
 int WireView::laneHeight() const
 {
     const int least = fontMetrics().height() + 2 * spaceAround;
-    const int lanes = static_cast<int>(times_.stations().size()) + 1;
+    const int lanes = static_cast<int>(times_->stations().size()) + 1;
     return std::clamp((height() - top() - spaceAround) / lanes, least, 5 * least);
 }
 
@@ -104,13 +116,13 @@ QRect WireView::lane(int lane) const
 
 int WireView::laneOf(int station) const
 {
-    const auto& stations = times_.stations();
+    const auto& stations = times_->stations();
     return static_cast<int>(std::distance(stations.begin(), stations.find(station))) + 1;
 }
 
 void WireView::setMinimumLanes()
 {
-    lanes_ = times_.stations().size();
+    lanes_ = times_->stations().size();
     const int least = fontMetrics().height() + 2 * spaceAround;
     setMinimumHeight(top() + (static_cast<int>(lanes_) + 1) * least + spaceAround);
 }
@@ -125,7 +137,7 @@ QSize WireView::sizeHint() const
 void WireView::refresh(Clock::time_point now)
 {
     now_ = now;
-    if (lanes_ != times_.stations().size())
+    if (lanes_ != times_->stations().size())
         setMinimumLanes();
     if (isFollowing_)
         fitCycles();
@@ -135,7 +147,7 @@ void WireView::refresh(Clock::time_point now)
 
 void WireView::setFollowing(bool isFollowing)
 {
-    isFollowing_ = isFollowing;
+    isFollowing_ = isFollowing && !isRecording_;
     if (isFollowing)
         fitCycles();
     emit windowMoved();
@@ -144,16 +156,19 @@ void WireView::setFollowing(bool isFollowing)
 void WireView::setCycles(int cycles)
 {
     cycles_ = std::clamp(cycles, 1, maxCycles);
+    const Clock::time_point from = from_;
     fitCycles();
+    if (isRecording_) // so long, from the same place
+        show(from, from + (to_ - from_));
 }
 
 // A line on which no cycle comes to its end is shown as it goes on.
 void WireView::fitCycles()
 {
-    const auto& cycles = times_.cycles();
+    const auto& cycles = times_->cycles();
     const std::size_t count = static_cast<std::size_t>(cycles_);
-    Clock::time_point from = times_.begin();
-    Clock::time_point to = std::max(times_.end(), now_);
+    Clock::time_point from = times_->begin();
+    Clock::time_point to = std::max(times_->end(), now_);
     if (cycles.size() > count) {
         const Clock::duration length = cycles.back() - cycles[cycles.size() - 1 - count];
         const bool goesOn = isFollowing_ && to - cycles.back() > 2 * length;
@@ -169,8 +184,8 @@ void WireView::fitCycles()
 void WireView::fitAll()
 {
     standStill();
-    zero_ = times_.begin();
-    show(times_.begin(), times_.end());
+    zero_ = times_->begin();
+    show(times_->begin(), times_->end());
 }
 
 void WireView::standStill()
@@ -181,7 +196,7 @@ void WireView::standStill()
 void WireView::show(Clock::time_point from, Clock::time_point to)
 {
     const Clock::duration most =
-        std::max<Clock::duration>(shortest, scaled(times_.end() - times_.begin(), 1.1));
+        std::max<Clock::duration>(shortest, scaled(times_->end() - times_->begin(), 1.1));
     const Clock::duration length = std::clamp<Clock::duration>(to - from, minLength, most);
     from_ = from;
     to_ = from + length;
@@ -193,7 +208,7 @@ void WireView::zoomAt(double factor, Clock::time_point centre)
 {
     standStill();
     const Clock::duration most =
-        std::max<Clock::duration>(shortest, scaled(times_.end() - times_.begin(), 1.1));
+        std::max<Clock::duration>(shortest, scaled(times_->end() - times_->begin(), 1.1));
     const Clock::duration before = to_ - from_;
     const Clock::duration length =
         std::clamp<Clock::duration>(scaled(before, 1 / factor), minLength, most);
@@ -207,7 +222,7 @@ void WireView::zoomAt(double factor, Clock::time_point centre)
 
 void WireView::zoom(double factor)
 {
-    const WireFrame* const frame = times_.find(current_);
+    const WireFrame* const frame = times_->find(current_);
     const bool isSeen = frame && frame->begin >= from_ && frame->begin <= to_;
     zoomAt(factor, isSeen ? frame->begin : from_ + (to_ - from_) / 2);
 }
@@ -216,8 +231,8 @@ void WireView::pan(double windows)
 {
     standStill();
     const Clock::duration length = to_ - from_;
-    const Clock::time_point lowest = times_.begin() - length / 2;
-    const Clock::time_point highest = std::max(lowest, times_.end() - length / 2);
+    const Clock::time_point lowest = times_->begin() - length / 2;
+    const Clock::time_point highest = std::max(lowest, times_->end() - length / 2);
     const Clock::time_point from = std::clamp(from_ + scaled(length, windows), lowest, highest);
     show(from, from + length);
 }
@@ -229,7 +244,7 @@ void WireView::setCurrent(long long number)
     if (number == current_)
         return;
     current_ = number;
-    const WireFrame* const frame = times_.find(number);
+    const WireFrame* const frame = times_->find(number);
     setAccessibleDescription(frame ? frameText(*frame, areas_) : QString());
     emit currentChanged();
     update();
@@ -237,16 +252,16 @@ void WireView::setCurrent(long long number)
 
 void WireView::chooseNext(int step)
 {
-    const auto& frames = times_.frames();
+    const auto& frames = times_->frames();
     if (frames.empty())
         return;
     standStill();
     const int last = static_cast<int>(frames.size()) - 1;
-    const WireFrame* const frame = times_.find(current_);
+    const WireFrame* const frame = times_->find(current_);
     // Without one, the first is the last that is seen.
     const int place =
         static_cast<int>(
-            times_.placeAt(frame ? frame->begin : to_ - Clock::duration(1)).value_or(0)) +
+            times_->placeAt(frame ? frame->begin : to_ - Clock::duration(1)).value_or(0)) +
         (frame ? step : 0);
     const WireFrame& next = frames[static_cast<std::size_t>(std::clamp(place, 0, last))];
     setCurrent(next.told.number);
@@ -273,13 +288,13 @@ const WireFrame* WireView::frameAt(const QPoint& place) const
     if (place.x() < left() || place.y() < top())
         return nullptr;
     const Clock::time_point time = timeAt(place.x());
-    const std::optional<std::size_t> at = times_.placeAt(timeAt(place.x() + 1));
+    const std::optional<std::size_t> at = times_->placeAt(timeAt(place.x() + 1));
     if (!at)
         return nullptr;
-    const WireFrame& frame = times_.frames()[*at];
+    const WireFrame& frame = times_->frames()[*at];
     const int row = (place.y() - top()) / laneHeight();
     const bool isItsLane = row == 0 || row == laneOf(frame.told.request.station);
-    const Clock::time_point end = frame.hasEnded ? frame.end : std::max(times_.end(), now_);
+    const Clock::time_point end = frame.hasEnded ? frame.end : std::max(times_->end(), now_);
     return isItsLane && time <= std::max(end, timeAt(xOf(frame.begin) + 2)) ? &frame : nullptr;
 }
 

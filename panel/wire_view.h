@@ -32,6 +32,8 @@ public:
     // Both are to outlive it.
     WireView(const WireTimes& times, const std::vector<Area>& areas);
 
+    // Others, from their beginning; they are to outlive it, too. A recording is never followed.
+    void showTimes(const WireTimes& times, bool isRecording);
     // What has passed is shown, where it follows.
     void refresh(Clock::time_point now);
     void setFollowing(bool isFollowing);
@@ -53,7 +55,8 @@ public:
     void pan(double windows);  // to the right
     void chooseNext(int step); // from frame to frame
 
-    // At an edge of the current frame, another one each time; else in the middle.
+    // At an edge of the current frame, another one each time; where it is not seen, A at a third
+    // of what is and B at two thirds.
     void setRuler(WireRuler ruler);
     void setRuler(WireRuler ruler, std::optional<Clock::time_point> at);
     void removeRulers();
@@ -126,7 +129,8 @@ private:
     void paintRulers(QPainter& painter) const;
     QString emptyText() const;
 
-    const WireTimes& times_;
+    const WireTimes* times_;
+    bool isRecording_ = false;
     const std::vector<Area>& areas_;
     Clock::time_point from_{};
     Clock::time_point to_{};

@@ -27,9 +27,9 @@ constexpr int snapPixels = 6;
 std::vector<Clock::time_point> WireView::edgesOf(const WireFrame& frame) const
 {
     std::vector<Clock::time_point> edges = {frame.begin};
-    const auto& spans = times_.spans();
-    for (std::size_t i = times_.spanAt(frame.begin); i < spans.size() && spans[i].begin < frame.end;
-         ++i)
+    const auto& spans = times_->spans();
+    for (std::size_t i = times_->spanAt(frame.begin);
+         i < spans.size() && spans[i].begin < frame.end; ++i)
         edges.push_back(spans[i].end);
     return edges;
 }
@@ -45,9 +45,9 @@ void WireView::setRuler(WireRuler ruler)
 {
     standStill();
     emit windowMoved();
-    const WireFrame* const frame = times_.find(current_);
-    if (!frame) {
-        setRuler(ruler, from_ + (to_ - from_) / 2);
+    const WireFrame* const frame = times_->find(current_);
+    if (!frame || frame->end <= from_ || frame->begin >= to_) { // where it can be seen
+        setRuler(ruler, from_ + (to_ - from_) * (ruler == WireRuler::a ? 1 : 2) / 3);
         return;
     }
     const std::vector<Clock::time_point> edges = edgesOf(*frame);
@@ -75,10 +75,10 @@ std::optional<WireRuler> WireView::rulerAt(int x) const
 // Where something begins or ends, if that is near.
 Clock::time_point WireView::snapped(int x) const
 {
-    const auto& spans = times_.spans();
+    const auto& spans = times_->spans();
     Clock::time_point nearest = timeAt(x);
     double distance = snapPixels;
-    for (std::size_t i = times_.spanAt(timeAt(x - snapPixels));
+    for (std::size_t i = times_->spanAt(timeAt(x - snapPixels));
          i < spans.size() && xOf(spans[i].begin) <= x + snapPixels; ++i)
         for (const Clock::time_point edge : {spans[i].begin, spans[i].end})
             if (std::abs(xOf(edge) - x) < distance) {
@@ -192,7 +192,7 @@ void WireView::keyPressEvent(QKeyEvent* event)
         break;
     case Qt::Key_Home:
         standStill();
-        show(times_.begin(), times_.begin() + (to_ - from_));
+        show(times_->begin(), times_->begin() + (to_ - from_));
         break;
     case Qt::Key_End:
         setFollowing(true);

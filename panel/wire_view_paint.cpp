@@ -60,10 +60,10 @@ void WireView::paintEvent(QPaintEvent*)
 
 QString WireView::emptyText() const
 {
-    if (times_.frames().empty())
+    if (times_->frames().empty())
         return tr("Nothing has passed on the line yet. Once a line is open and values are watched, "
                   "each request and its reply are drawn here to scale.");
-    if (to_ <= times_.begin())
+    if (to_ <= times_->begin())
         return tr("What stood here is too long ago: it is not kept any more. End, or Follow the "
                   "line, leads back.");
     return QString();
@@ -87,7 +87,7 @@ void WireView::paintScale(QPainter& painter) const
 // Where cycles begin, and how long they took.
 void WireView::paintCycles(QPainter& painter) const
 {
-    const auto& cycles = times_.cycles();
+    const auto& cycles = times_->cycles();
     auto begin = std::lower_bound(cycles.begin(), cycles.end(), from_);
     if (begin != cycles.begin())
         --begin;
@@ -131,16 +131,16 @@ void WireView::paintLanes(QPainter& painter) const
                          place.bottom() - spaceAround);
     };
     name(tr("the line"));
-    for (const int station : times_.stations())
+    for (const int station : times_->stations())
         name(laneName(station));
     painter.save();
     painter.setClipRect(QRect(left(), 0, width() - left() - right(), height()));
-    std::vector<double> painted(times_.stations().size() + 1,
+    std::vector<double> painted(times_->stations().size() + 1,
                                 -1e9); // so far to the right, in each lane
-    const auto& spans = times_.spans();
-    for (std::size_t i = times_.spanAt(from_); i < spans.size() && spans[i].begin < to_; ++i)
+    const auto& spans = times_->spans();
+    for (std::size_t i = times_->spanAt(from_); i < spans.size() && spans[i].begin < to_; ++i)
         paintSpan(painter, spans[i], painted);
-    for (const WireSpan& span : times_.underWay(std::min(now_, to_)))
+    for (const WireSpan& span : times_->underWay(std::min(now_, to_)))
         paintSpan(painter, span, painted);
     painter.restore();
 }
@@ -154,7 +154,7 @@ void WireView::paintSpan(QPainter& painter, const WireSpan& span,
     const double begin = std::max<double>(xOf(span.begin), left() - 2);
     const double end = std::min<double>(xOf(span.end), width() + 2);
     std::vector<int> lanes = {0};
-    if (span.station >= 0 && times_.stations().count(span.station) > 0)
+    if (span.station >= 0 && times_->stations().count(span.station) > 0)
         lanes.push_back(laneOf(span.station));
     for (const int row : lanes) {
         double& right = painted.at(static_cast<std::size_t>(row));
@@ -180,8 +180,8 @@ void WireView::paintNames(QPainter& painter) const
         return;
     painter.setPen(palette().color(QPalette::Text));
     std::map<std::pair<int, int>, double> taken; // by lane and row
-    const auto& frames = times_.frames();
-    for (std::size_t i = times_.placeAt(from_).value_or(0);
+    const auto& frames = times_->frames();
+    for (std::size_t i = times_->placeAt(from_).value_or(0);
          i < frames.size() && frames[i].begin < to_; ++i) {
         const WireFrame& frame = frames[i];
         const int row = laneOf(frame.told.request.station);
@@ -212,7 +212,7 @@ void WireView::paintNames(QPainter& painter) const
 
 void WireView::paintCurrent(QPainter& painter) const
 {
-    const WireFrame* const frame = times_.find(current_);
+    const WireFrame* const frame = times_->find(current_);
     if (!frame || frame->begin > to_ || frame->end < from_)
         return;
     const double begin = std::max<double>(xOf(frame->begin), left());

@@ -35,6 +35,8 @@ QString outcomeText(const WireFrame& frame, const std::vector<Area>& areas)
     if (!frame.hasEnded)
         return WireTexts::tr("The reply is awaited.");
     const Reception& reception = told.reception;
+    const std::string failure =
+        told.reason.empty() ? reasonText(reception, told.replyLength) : told.reason;
     switch (reception.result) {
     case LineResult::reply:
     case LineResult::exception: {
@@ -45,8 +47,7 @@ QString outcomeText(const WireFrame& frame, const std::vector<Area>& areas)
         return QString::fromStdString(reasonText(reception, told.replyLength));
     case LineResult::timeout:
     case LineResult::heldBack:
-        return QStringLiteral("\u2717 ") +
-               QString::fromStdString(reasonText(reception, told.replyLength));
+        return QStringLiteral("\u2717 ") + QString::fromStdString(failure);
     }
     return QString();
 }
@@ -134,7 +135,9 @@ QString explanationOf(WireUse use)
     case WireUse::noLine:
         return WireTexts::tr("The port was not there");
     case WireUse::missing:
-        return WireTexts::tr("This computer was too busy to record what passed");
+        return WireTexts::tr(
+            "What passed then is not here: this computer was too busy, or one recording "
+            "ends and another begins");
     }
     return QString();
 }

@@ -56,6 +56,8 @@ WriteDialog::WriteDialog(PanelDesk& desk, const std::vector<PanelValue>& values,
     constexpr int mostRows = 8;
     constexpr int rowHeight = 60;
     resize(usualWidth, 120 + rowHeight * std::min(mostRows, static_cast<int>(values.size())));
+    if (!fields_.empty())
+        fields_.front().text->setFocus(); // else the area around it has what is typed
     judge();
 }
 

@@ -28,18 +28,20 @@ int radixOfLetter(QChar letter)
 }
 
 // Requests that the driver made itself share their name with the table. The names of hosts do not:
-// most rows differ in length or first letter already.
+// each other row differs in length, first or last letter already. From the end, as every cyclic
+// read goes by one of the last seven names.
 int indexOfName(const QString& regName)
 {
-    for (int i = 0; i < registerTypeCount; ++i) {
+    for (int i = registerTypeCount - 1; i >= 0; --i) {
         if (REG_LIST[i].isSharedWith(regName)) {
             return i;
         }
     }
     const int size = static_cast<int>(regName.size());
-    for (int i = 0; size > 0 && i < registerTypeCount; ++i) {
+    for (int i = registerTypeCount - 1; size > 0 && i >= 0; --i) {
         const QString& name = REG_LIST[i];
-        if (name.size() == size && name.at(0) == regName.at(0) && name == regName) {
+        if (name.size() == size && name.at(0) == regName.at(0) &&
+            name.at(size - 1) == regName.at(size - 1) && name == regName) {
             return i;
         }
     }

@@ -14,13 +14,23 @@ const unsigned char* bytesOf(const _DATA_& unit, bool pending)
 }
 
 // The visible bytes of `count` records that stand one after the other; returns behind the last one.
+// Where nothing is on its way to the controller, four records are taken at a time.
 template <size_t bytes>
 unsigned char* copyUnits(int index, int count, unsigned char* out)
 {
     QList<_DATA_>::const_iterator unit = driver.dataAreas.constBegin() + index;
-    for (const QList<_DATA_>::const_iterator end = unit + count; unit != end; ++unit) {
+    const QList<_DATA_>::const_iterator end = unit + count;
+    const QList<_DATA_>::const_iterator endOfFours = unit + (count & ~3);
+    for (; unit != endOfFours && (unit[0].writePending | unit[1].writePending |
+                                  unit[2].writePending | unit[3].writePending) == 0;
+         unit += 4, out += 4 * bytes) {
+        memcpy(out, unit[0].deviceValue, bytes);
+        memcpy(out + bytes, unit[1].deviceValue, bytes);
+        memcpy(out + 2 * bytes, unit[2].deviceValue, bytes);
+        memcpy(out + 3 * bytes, unit[3].deviceValue, bytes);
+    }
+    for (; unit != end; ++unit, out += bytes) {
         memcpy(out, bytesOf(*unit, unit->writePending == 1), bytes);
-        out += bytes;
     }
     return out;
 }

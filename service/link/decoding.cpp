@@ -16,12 +16,34 @@ inline unsigned int wordOf(unsigned char low, unsigned char high)
     return low | static_cast<unsigned int>(high) << 8;
 }
 
+unsigned int deviceWord(const _DATA_& unit)
+{
+    return wordOf(unit.deviceValue[0], unit.deviceValue[1]);
+}
+
 // `low` is the place of the low byte in a word on the line.
 template <int low>
-bool holdsWord(const _DATA_& unit, const unsigned char* word)
+unsigned int lineWord(const unsigned char* word)
 {
     // NOLINTNEXTLINE(clang-analyzer-core.CallAndMessage): a word for each unit is there
-    return wordOf(unit.deviceValue[0], unit.deviceValue[1]) == wordOf(word[low], word[1 - low]);
+    return wordOf(word[low], word[1 - low]);
+}
+
+// Four words as one number, in that order in which eight bytes of a reply are one load.
+template <int low>
+unsigned long long fourWords(unsigned int a, unsigned int b, unsigned int c, unsigned int d)
+{
+    return low == 0 ? (a | b << 16) | static_cast<unsigned long long>(c | d << 16) << 32
+                    : (d | c << 16) | static_cast<unsigned long long>(b | a << 16) << 32;
+}
+
+template <int low>
+bool holdFourWords(QList<_DATA_>::const_iterator units, const unsigned char* words)
+{
+    return fourWords<low>(deviceWord(units[0]), deviceWord(units[1]), deviceWord(units[2]),
+                          deviceWord(units[3])) ==
+           fourWords<low>(lineWord<low>(words), lineWord<low>(words + 2), lineWord<low>(words + 4),
+                          lineWord<low>(words + 6));
 }
 
 // How many of `count` units from the record at `index` on hold what arrived. In a plant at rest
@@ -32,13 +54,11 @@ int unchangedWords(int index, int count, const unsigned char* words)
     QList<_DATA_>::const_iterator unit = driver.dataAreas.constBegin() + index;
     const QList<_DATA_>::const_iterator first = unit;
     const QList<_DATA_>::const_iterator end = unit + count;
-    for (;
-         end - unit >= 4 && holdsWord<low>(unit[0], words) && holdsWord<low>(unit[1], words + 2) &&
-         holdsWord<low>(unit[2], words + 4) && holdsWord<low>(unit[3], words + 6);
-         words += 8) {
+    const QList<_DATA_>::const_iterator endOfFours = unit + (count & ~3);
+    for (; unit != endOfFours && holdFourWords<low>(unit, words); words += 8) {
         unit += 4;
     }
-    for (; unit != end && holdsWord<low>(*unit, words); words += 2) {
+    for (; unit != end && deviceWord(*unit) == lineWord<low>(words); words += 2) {
         ++unit;
     }
     return static_cast<int>(unit - first);
@@ -95,8 +115,8 @@ int storeWords(const RegisterType& type, int index, const unsigned char* words, 
     for (; done < count; ++done) {
         const unsigned char* word = words + 2 * static_cast<size_t>(done);
         _DATA_& unit = run[done];
-        const unsigned int before = wordOf(unit.deviceValue[0], unit.deviceValue[1]);
-        const unsigned int after = wordOf(word[low], word[1 - low]);
+        const unsigned int before = deviceWord(unit);
+        const unsigned int after = lineWord<low>(word);
         if (before == after) {
             continue;
         }

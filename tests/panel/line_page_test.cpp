@@ -111,6 +111,9 @@ TEST_F(TheLinePage, ShowsOnlyWhatIsAskedFor)
     part<QLineEdit>("lineSearch")->clear();
     part<QCheckBox>("trouble")->setChecked(true);
     EXPECT_EQ(rows(), 0);
+    EXPECT_THAT(part<QLabel>("standing")->text().toStdString(), HasSubstr("None of the rows"));
+    part<QCheckBox>("trouble")->setChecked(false);
+    EXPECT_THAT(part<QLabel>("standing")->text().toStdString(), HasSubstr("It stands still"));
 }
 
 TEST_F(TheLinePage, ShowsTheBeginningOfALongFrameAndFindsWhatIsInTheRestOfIt)
@@ -158,6 +161,7 @@ TEST_F(TheLinePage, SavesALineLogAndOpensOne)
     while (std::getline(log, line))
         entries += parseLogLine(line) ? 1 : 0;
     EXPECT_EQ(entries, before);
+    EXPECT_EQ(readRecordedLog(file.toStdString()).wire.has_value(), true);
     const std::string first = cell(0, LineModel::meaning);
     ASSERT_TRUE(page.openLog(file));
     EXPECT_EQ(rows(), before);

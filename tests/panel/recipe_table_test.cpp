@@ -38,6 +38,34 @@ protected:
     RecipeTable table{library};
 };
 
+TEST_F(ARecipeTable, KnowsOfEachValueWhenItWasRead)
+{
+    watch({"R_W:1", "R_W:7"});
+    const auto shares = table.shares(RecipeKind::read);
+    table.began(shares, RecipeKind::read);
+    RecipeNews read = news(RecipeKind::read, {{{10, 0}, ""}, {{11, 0}, ""}});
+    read.asOfEach = {read.asOf + std::chrono::seconds(1), read.asOf + std::chrono::seconds(2)};
+    table.ended(shares, read, true);
+    EXPECT_EQ(row(0).readAt, read.asOfEach.at(0));
+    EXPECT_EQ(row(1).readAt, read.asOfEach.at(1));
+}
+
+TEST_F(ARecipeTable, SaysOfACancelledDownloadNoMoreThanWhatTheControllerHolds)
+{
+    watch({"R_W:1", "R_W:7"});
+    table.edit(0, "10");
+    table.edit(1, "12");
+    const auto shares = table.shares(RecipeKind::download);
+    table.began(shares, RecipeKind::download);
+    RecipeNews cancelled = news(RecipeKind::download, {{{10, 0}, ""}, {{3, 0}, ""}});
+    cancelled.isCancelled = true;
+    table.ended(shares, cancelled, true);
+    EXPECT_EQ(row(0).fate, RecipeFate::held);
+    EXPECT_EQ(row(1).fate, RecipeFate::notHeld);
+    EXPECT_EQ(row(1).controller, (ValueBytes{3, 0}));
+    EXPECT_EQ(row(1).buffer, (ValueBytes{12, 0}));
+}
+
 TEST_F(ARecipeTable, TellsOfEachValueWhatTheControllerHoldsAfterADownload)
 {
     watch({"R_W:1..2", "R_W:7"});

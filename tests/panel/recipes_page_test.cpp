@@ -4,6 +4,8 @@
 #include <QCheckBox>
 #include <QMessageBox>
 #include <QTest>
+#include <algorithm>
+#include <functional>
 
 #include "panel_world.h"
 #include "session/recipe_file.h"
@@ -310,6 +312,162 @@ TEST_F(TheRecipesPage, SaysHowMuchWasDoneWhereItIsCutOff)
         if (stop)
             stopController(false);
     }
+}
+
+// Long enough that there is a middle.
+class ALongRecipe : public TheRecipesPage {
+protected:
+    ALongRecipe()
+    {
+        options.baudLimit = true;
+        options.line = parseRtuFormat("38400,8,EVEN,1");
+    }
+    void begin()
+    {
+        watch({"R_W:1000..1999"});
+        show();
+        QObject::connect(&desk, &PanelDesk::recipeTold, page.get(), [this](const RecipeNews& news) {
+            heard.push_back(news);
+            if (cancelWhen && cancelWhen(news))
+                cancel();
+        });
+        open();
+    }
+    void beginDownload()
+    {
+        std::string values = "1001";
+        for (int i = 1001; i < 2000; ++i)
+            values += ", " + std::to_string(i + 1);
+        writeFile("recipe.json", "{\"R_W:1000..1999\": [" + values + "]}");
+        begin();
+        ASSERT_TRUE(load("recipe.json"));
+        unlock();
+        answer(QMessageBox::Yes, "Write 1000 value(s)");
+        click("download");
+        page->activateWindow(); // again, as after the question
+        ASSERT_TRUE(QTest::qWaitForWindowActive(page.get()));
+    }
+    void cancel()
+    {
+        cancelWhen = nullptr;
+        EXPECT_TRUE(button("cancelRecipe")->isVisible());
+        if (isByClick)
+            QTest::mouseClick(button("cancelRecipe"), Qt::LeftButton);
+        else
+            QTest::keyClick(page.get(), Qt::Key_Escape);
+    }
+    // The R_W that the controller held when it was ended.
+    std::map<int, int> heldWords()
+    {
+        desk.end();
+        controller.reset();
+        std::ifstream file(options.dumpFile);
+        const nlohmann::json dump = nlohmann::json::parse(file);
+        std::map<int, int> held;
+        for (const auto& [first, values] : dump.at("1").at("R_W").items()) {
+            int word = std::stoi(first);
+            for (const auto& value : values)
+                held[word++] = value.get<int>();
+        }
+        return held;
+    }
+    void isPolledAgain() const
+    {
+        const long long cycles = desk.state().cycles;
+        EXPECT_TRUE(waitUntil([&]() { return desk.state().cycles > cycles + 2; }));
+        EXPECT_TRUE(waitUntil([this]() { return allAre(ValueState::good); }));
+        EXPECT_EQ(desk.state().phase, LinePhase::open);
+    }
+
+    std::vector<RecipeNews> heard;
+    bool isByClick = false;
+    std::function<bool(const RecipeNews&)> cancelWhen;
+};
+
+bool isInTheMiddle(const RecipeNews& news)
+{
+    return !news.hasEnded && !news.isReadingBack && news.progress.words > 0;
+}
+
+TEST_F(ALongRecipe, IsDownloadedNoFurtherOnceItIsCancelledAndSaysWhatTheControllerHolds)
+{
+    beginDownload();
+    cancelWhen = isInTheMiddle;
+    ended();
+    EXPECT_TRUE(button("cancelRecipe")->isHidden());
+    const RecipeNews& end = heard.back();
+    EXPECT_TRUE(end.isCancelled);
+    EXPECT_GT(end.progress.words, 0U);
+    EXPECT_LT(end.progress.words, 1000U);
+    EXPECT_THAT(result(), StartsWith("\u2717 It was broken off: it was cancelled. "));
+    EXPECT_THAT(result(), HasSubstr("of 1000 words had been written. The rows say"));
+    isPolledAgain();
+    const int last = table->model()->rowCount() - 1;
+    EXPECT_EQ(cell("1/R_W:1000", RecipeModel::outcome), "\u2713 the controller holds it");
+    EXPECT_EQ(table->model()->index(last, RecipeModel::outcome).data().toString().toStdString(),
+              "\u2717 the controller holds 0");
+    EXPECT_EQ(desk.writesUnderWay(), 0U);
+    const std::vector<std::string> outcomes = column(RecipeModel::outcome);
+    // Each row says of its word what the controller's own memory has; nothing was made up.
+    const std::map<int, int> words = heldWords();
+    for (int i = 0; i < 1000; ++i) {
+        const auto word = words.find(1000 + i);
+        const int value = word == words.end() ? 0 : word->second;
+        EXPECT_THAT(value, AnyOf(0, 1001 + i));
+        EXPECT_THAT(outcomes.at(static_cast<std::size_t>(i)),
+                    StartsWith(value == 1001 + i ? "\u2713" : "\u2717"))
+            << i;
+    }
+}
+
+TEST_F(ALongRecipe, IsNotReadBackEitherWhereItIsCancelledTwice)
+{
+    beginDownload();
+    cancelWhen = isInTheMiddle;
+    ASSERT_TRUE(waitUntil([this]() { return !heard.empty() && heard.back().isReadingBack; }));
+    EXPECT_THAT(result(), HasSubstr("It was cancelled: "));
+    cancel();
+    ended();
+    EXPECT_THAT(result(), HasSubstr("of 1000 words had been written."));
+    EXPECT_THAT(column(RecipeModel::outcome), Each(StartsWith("? not known: ")));
+    isPolledAgain();
+}
+
+TEST_F(ALongRecipe, KnowsWhenTheLastOfItWasReadAndNotOnlyWhenItBegan)
+{
+    watch({"R_W:5"});
+    show();
+    std::string names;
+    for (int i = 0; i < 1000; ++i)
+        names += (i > 0 ? ", \"R_W:" : "\"R_W:") + std::to_string(1000 + i) + "\": 0";
+    writeFile("recipe.json", "{" + names + "}");
+    open();
+    ASSERT_TRUE(load("recipe.json")) << told;
+    RecipeNews end;
+    QObject::connect(&desk, &PanelDesk::recipeTold, page.get(),
+                     [&end](const RecipeNews& news) { end = news; });
+    click("upload");
+    ended();
+    ASSERT_EQ(end.asOfEach.size(), 1001U);
+    const auto [first, last] = std::minmax_element(end.asOfEach.begin(), end.asOfEach.end());
+    EXPECT_GE(*first, end.asOf);
+    EXPECT_LT(*first, *last); // in more requests than one
+}
+
+TEST_F(ALongRecipe, LeavesTheBufferAsItWasWhereTheUploadIsCancelledByAClick)
+{
+    cancelWhen = isInTheMiddle;
+    isByClick = true;
+    begin();
+    click("upload");
+    ended();
+    EXPECT_THAT(result(), HasSubstr("it was cancelled"));
+    EXPECT_THAT(result(), HasSubstr("the buffer is as it was"));
+    EXPECT_THAT(column(RecipeModel::buffer), Each(""));
+    isPolledAgain();
+    click("upload");
+    ended();
+    EXPECT_THAT(result(), StartsWith("\u2713 1000 value(s) were read"));
 }
 
 TEST_F(TheRecipesPage, EndsWithTheLineAndKnowsNothingOfTheControllerThen)

@@ -5,6 +5,7 @@
 #include <QTest>
 
 #include "panel/add_bar.h"
+#include "panel/write_dialog.h"
 #include "panel_world.h"
 
 namespace dov417 {
@@ -102,6 +103,36 @@ TEST_F(TheValuesPage, JudgesAnAddressWhileItIsTyped)
     QTest::keyClick(field, Qt::Key_Return);
     EXPECT_THAT(names(), ElementsAre("1/R_W:400"));
     EXPECT_EQ(field->text(), QString());
+}
+
+TEST_F(TheValuesPage, ShowsWhatWasAddedBehindTheOthers)
+{
+    watch({"R_W:0..99"});
+    show();
+    EXPECT_FALSE(table->currentIndex().isValid());
+    QTest::keyClicks(part<QLineEdit>("address"), "2/R_W:5");
+    QTest::keyClick(part<QLineEdit>("address"), Qt::Key_Return);
+    EXPECT_EQ(table->currentIndex().row(), 100);
+    EXPECT_TRUE(
+        table->viewport()->rect().contains(table->visualRect(table->currentIndex()).center()));
+}
+
+TEST_F(TheValuesPage, TakesWhatIsTypedAsSoonAsTheDialogToWriteIsThere)
+{
+    watch({"R_W:100"});
+    show();
+    open();
+    unlock();
+    WriteDialog dialog(desk, desk.tags().values, page.get());
+    dialog.show();
+    dialog.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
+    ASSERT_TRUE(dialog.focusWidget());
+    QTest::keyClicks(dialog.focusWidget(), "17");
+    QTest::keyClick(dialog.focusWidget(), Qt::Key_Return);
+    EXPECT_EQ(desk.writes().size(), 1U);
+    ASSERT_TRUE(waitUntil([this]() { return allWritesHaveEnded(); }));
+    EXPECT_EQ(held("R_W", 100), 17);
 }
 
 TEST_F(TheValuesPage, AddsASeriesAndWhatIsPasted)

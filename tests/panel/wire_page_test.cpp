@@ -2,7 +2,10 @@
 
 #include <QTest>
 #include <QWheelEvent>
+#include <fstream>
+#include <set>
 
+#include "line/crc16.h"
 #include "panel/line_page.h"
 #include "panel/main_window.h"
 #include "panel/wire_words.h"
@@ -258,6 +261,24 @@ TEST_F(TheWirePage, SaysWhatIsNotKnownOfBytesThatTakeNoTime)
     }));
 }
 
+TEST_F(TheWirePage, SetsRulersWhereTheyAreSeenAndTakesThemAwayFromTheirButtonsToo)
+{
+    openAndStop();
+    QTest::mouseClick(part<QPushButton>("rulerA"), Qt::LeftButton);
+    QTest::mouseClick(part<QPushButton>("rulerB"), Qt::LeftButton);
+    EXPECT_EQ(*view->ruler(WireRuler::a), view->from() + (view->to() - view->from()) / 3);
+    EXPECT_GT(*view->ruler(WireRuler::b), *view->ruler(WireRuler::a));
+    key(Qt::Key_Left); // a frame is chosen, and then far away
+    key(Qt::Key_Home);
+    QTest::mouseClick(part<QPushButton>("rulerA"), Qt::LeftButton);
+    EXPECT_GE(*view->ruler(WireRuler::a), view->from());
+    EXPECT_LE(*view->ruler(WireRuler::a), view->to());
+    part<QPushButton>("rulerB")->setFocus();
+    QTest::keyClick(part<QPushButton>("rulerB"), Qt::Key_Escape);
+    EXPECT_FALSE(view->ruler(WireRuler::a));
+    EXPECT_FALSE(view->ruler(WireRuler::b));
+}
+
 TEST_F(TheWirePage, BeginsAnewWithAnotherLine)
 {
     openAndStop();
@@ -350,8 +371,108 @@ TEST_F(TheFrameOfTheWire, IsSaidToBeGoneWhereThePageOfTheLineDoesNotShowIt)
     const QString file = folder.filePath("line.log");
     ASSERT_TRUE(line->saveLog(file));
     ASSERT_TRUE(line->openLog(file));
-    EXPECT_FALSE(line->showFrame(1));
-    EXPECT_THAT(told, HasSubstr("shows the log"));
+    EXPECT_FALSE(line->showFrame(2)); // the first request of the log, behind a remark
+    EXPECT_THAT(told, HasSubstr("only what is asked for"));
+    line->findChild<QCheckBox*>("trouble")->setChecked(false);
+    EXPECT_TRUE(line->showFrame(2));
+}
+
+// The log is that of another line: its station is no other's.
+class TheRecording : public TheFrameOfTheWire {
+protected:
+    TheRecording()
+    {
+        const LogTime noon{std::chrono::microseconds(1769860800000000)};
+        std::string text = "# port /dev/ttyUSB0, line 9600,8,EVEN,1\n";
+        for (int i = 0; i < 6; ++i) {
+            const LogTime then = noon + std::chrono::milliseconds(100 * i);
+            text +=
+                logLine({then, Direction::sent, withCrc(QByteArray::fromHex("070305640001")), ""}) +
+                "\n" +
+                logLine({then + std::chrono::milliseconds(40), Direction::received,
+                         withCrc(QByteArray::fromHex("0703020007")), ""}) +
+                "\n";
+        }
+        std::ofstream(file.toStdString()) << text;
+        view = wire->findChild<WireView*>("wire");
+    }
+    void openLog()
+    {
+        ASSERT_TRUE(line->openLog(file));
+        window.showPage(5);
+        ASSERT_TRUE(wire->isVisible());
+    }
+    std::string text(const char* name) const
+    {
+        return wire->findChild<QLabel*>(name)->text().toStdString();
+    }
+    std::set<int> stationsShown() const
+    {
+        std::set<int> stations;
+        QTest::keyClick(view, Qt::Key_Home);
+        for (int i = 0; i < 6; ++i) {
+            QTest::keyClick(view, Qt::Key_Right);
+            stations.insert(text("frame").find("station 7: ") != std::string::npos ? 7 : 1);
+        }
+        return stations;
+    }
+
+    const QString file = folder.filePath("recorded.log");
+    WireView* view = nullptr;
+};
+
+TEST_F(TheRecording, IsDrawnAndSaysWhatItIsAndOfWhen)
+{
+    openLog();
+    EXPECT_THAT(text("known"), HasSubstr("A recording, not the line: " + file.toStdString()));
+    EXPECT_THAT(text("known"), testing::ContainsRegex("from 2026-.* to 2026-"));
+    EXPECT_THAT(stationsShown(), testing::ElementsAre(7));
+    EXPECT_THAT(text("frame"), HasSubstr("2026-"));
+    EXPECT_THAT(text("frame"), HasSubstr("station 7: R_W:100 = 7"));
+    // 8 bytes of 11 bits at 9600 baud.
+    EXPECT_THAT(text("frame"), HasSubstr("request 9.167 ms"));
+    EXPECT_FALSE(wire->findChild<QPushButton*>("follow")->isVisible());
+}
+
+TEST_F(TheRecording, IsGoneToFrameByFrame)
+{
+    openLog();
+    QTest::keyClick(view, Qt::Key_Home);
+    QTest::keyClick(view, Qt::Key_Right);
+    QTest::keyClick(view, Qt::Key_Right);
+    QTest::keyClick(view, Qt::Key_Return);
+    EXPECT_TRUE(line->isVisible());
+    EXPECT_EQ(frames->currentIndex().row() % 2, 0);
+    EXPECT_EQ(view->current(), frames->currentIndex().row() + 1);
+    EXPECT_THAT(chosen(), HasSubstr("station 7: read 1 register from 1380 (R_W:100)"));
+}
+
+TEST_F(TheRecording, IsNotMixedWithTheLineWhichComesBackWithOneClick)
+{
+    open();
+    openLog();
+    const long long cycles = desk.state().cycles;
+    ASSERT_TRUE(waitUntil([&]() { return desk.state().cycles > cycles + 3; }));
+    EXPECT_THAT(stationsShown(), testing::ElementsAre(7));
+    QTest::keyClick(view, Qt::Key_End);
+    EXPECT_FALSE(view->isFollowing());
+    EXPECT_FALSE(line->findChild<QPushButton*>("back")->isHidden());
+    QTest::mouseClick(wire->findChild<QPushButton*>("back"), Qt::LeftButton);
+    EXPECT_TRUE(line->findChild<QPushButton*>("back")->isHidden());
+    EXPECT_TRUE(view->isFollowing());
+    EXPECT_THAT(text("known"), testing::Not(HasSubstr("recording")));
+    ASSERT_TRUE(waitUntil([this]() { return view->to() > view->from(); }));
+    EXPECT_THAT(stationsShown(), testing::ElementsAre(1));
+}
+
+TEST_F(TheRecording, GoesWithTheNextLine)
+{
+    openLog();
+    open();
+    EXPECT_TRUE(view->isFollowing());
+    EXPECT_THAT(text("known"), testing::Not(HasSubstr("recording")));
+    ASSERT_TRUE(waitUntil([this]() { return desk.state().cycles > 3; }));
+    EXPECT_THAT(stationsShown(), testing::ElementsAre(1));
 }
 
 } // namespace
