@@ -30,6 +30,7 @@ WireView::WireView(const WireTimes& times, const std::vector<Area>& areas)
     setFocusPolicy(Qt::StrongFocus);
     setMouseTracking(true);
     setAccessibleName(tr("Time on the wire, to scale"));
+    measureTexts();
     setMinimumLanes();
 }
 
@@ -72,15 +73,12 @@ int WireView::laneHeight() const
     return std::clamp((height() - top() - spaceAround) / lanes, least, 5 * least);
 }
 
-int WireView::left() const
+// Once, as each place of a picture is reckoned from them, and a text takes long to measure.
+void WireView::measureTexts()
 {
-    return fontMetrics().horizontalAdvance(laneName(maxStation)) + 3 * spaceAround;
-}
-
-// Of the time; half of the scale's last number stands there.
-int WireView::right() const
-{
-    return fontMetrics().horizontalAdvance(QStringLiteral("0000 ms")) / 2;
+    left_ = fontMetrics().horizontalAdvance(laneName(maxStation)) + 3 * spaceAround;
+    // Half of the scale's last number stands there.
+    right_ = fontMetrics().horizontalAdvance(QStringLiteral("0000 ms")) / 2;
 }
 
 // The scale, and the cycles below it.

@@ -112,12 +112,19 @@ private:
     Clock::time_point snapped(int x) const;
     std::vector<Clock::time_point> edgesOf(const WireFrame& frame) const;
     void setMinimumLanes();
+    void measureTexts();
 
     static constexpr int spaceAround = 4;
     static QString laneName(int station);
     int laneHeight() const;
-    int left() const; // of the time
-    int right() const;
+    int left() const // of the time
+    {
+        return left_;
+    }
+    int right() const
+    {
+        return right_;
+    }
     int top() const; // of the lanes
     int nameRows() const;
     void paintScale(QPainter& painter) const;
@@ -136,6 +143,8 @@ private:
     Clock::time_point to_{};
     Clock::time_point zero_{}; // of the scale
     Clock::time_point now_{};
+    int left_ = 0;
+    int right_ = 0;
     bool isFollowing_ = true;
     int cycles_ = 2;
     std::size_t lanes_ = 0; // of stations

@@ -92,6 +92,9 @@ Clock::time_point WireView::snapped(int x) const
 
 bool WireView::event(QEvent* event)
 {
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::LanguageChange ||
+        event->type() == QEvent::Polish)
+        measureTexts();
     if (event->type() != QEvent::ToolTip)
         return QWidget::event(event);
     const auto* const help = static_cast<QHelpEvent*>(event);

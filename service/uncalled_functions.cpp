@@ -1,8 +1,12 @@
 #include "uncalled_functions.h"
 
+#include <algorithm>
+#include <cstring>
+
 #include "cache/unit_index.h"
 #include "link/response_handling.h"
 #include "planning/address_merging.h"
+#include "planning/pieces.h"
 #include "protocol.h"
 #include "protocol/wrap.h"
 
@@ -50,6 +54,31 @@ void addrMerge(QList<KEY_ADDRESS>& keys, int mode)
         merged.append(key);
     }
     keys = merged;
+}
+
+void groupingKey(KEY_ADDRESS& key, int maxLen, QList<KEY_ADDRESS>& out, int withData)
+{
+    const bool bits = key.bitFlag == bitValues;
+    if (maxLen < 1) {
+        maxLen = bits ? unlimitedPieceBits : unlimitedPieceWords;
+    }
+    if (key.length <= maxLen) {
+        out.append(key);
+        return;
+    }
+    const long long size = bits ? 1 : 2;
+    for (long long done = 0; done < key.length; done += maxLen) {
+        KEY_ADDRESS piece = key;
+        piece.address = wrapAdd(key.address, static_cast<int>(done));
+        piece.length = static_cast<int>(std::min<long long>(maxLen, key.length - done));
+        if (withData == 1) {
+            // No more than the whole key's buffer holds behind this piece's place.
+            const long long from = std::min<long long>(size * done, recordDataSize);
+            const long long bytes = std::min(size * piece.length, recordDataSize - from);
+            memcpy(piece.data, key.data + from, static_cast<size_t>(bytes));
+        }
+        out.append(piece);
+    }
 }
 
 int getIndexOfDataArea(int station, QString area, int address, QList<_DATA_>& list)

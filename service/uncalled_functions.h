@@ -19,6 +19,11 @@ int judgeAddrMerge(KEY_ADDRESS a, KEY_ADDRESS b, int useGap);
 // planRuns() for keys with all that they carry: a merged key keeps what its opener had.
 void addrMerge(QList<KEY_ADDRESS>& keys, int mode);
 
+// Cuts a key into pieces of at most maxLen units, appended to `out`; below 1: the Modbus protocol's
+// limit. With `withData` 1 each piece has its part of the key's values, else all of them. A piece
+// takes a kilobyte: queueWrite() and condition reads make their requests where they are queued.
+void groupingKey(KEY_ADDRESS& key, int maxLen, QList<KEY_ADDRESS>& out, int withData);
+
 // Index of the unit's record in a list, created at its end if it is missing. The driver looks into
 // its own list with unitIndexOf().
 int getIndexOfDataArea(int station, QString area, int address, QList<_DATA_>& list);

@@ -122,11 +122,11 @@ private:
             copyMember(*member, project.line, *targets_.line);
             remember(member->name, memberText(*member, project.line), file);
         }
-        if (isEveryMaximum)
-            return;
-        for (const ProjectStation& station : project.stations)
-            if (station.maxRegisters)
+        for (const ProjectStation& station : project.stations) {
+            targets_.line->stationNames[station.number] = station.name;
+            if (station.maxRegisters && !isEveryMaximum)
                 targets_.line->stationMaxRegisters[station.number] = *station.maxRegisters;
+        }
     }
 
     void remember(const std::string& option, const std::string& text, const std::string& from)

@@ -39,7 +39,7 @@ Json timesJson(const Durations& durations)
                                          {"max", milliseconds(durations.maximum())}};
 }
 
-Json tableJson(const HeardTable& table, const std::vector<Area>& areas)
+Json tableJson(const HeardTable& table, const std::vector<Area>& areas, const StationNames& names)
 {
     Json rows = Json::array();
     for (const HeardRow& row : table.rows()) {
@@ -55,6 +55,9 @@ Json tableJson(const HeardTable& table, const std::vector<Area>& areas)
                      {"alike", row.alike},
                      {"cycle", timesJson(row.cycle)},
                      {"answersAfter", timesJson(row.answer)}};
+        const std::string name = nameOf(row.station, names);
+        if (!name.empty())
+            each["name"] = name;
         rows.push_back(each);
     }
     return {{"requests", rows},
@@ -154,7 +157,8 @@ void HeardTeller::tellPort(bool open, const std::string& message)
 
 void HeardTeller::draw()
 {
-    screen_->draw(heardLines(table_, areas_), {}, {port_ + "; Ctrl-C ends"});
+    screen_->draw(heardLines(table_, areas_, settings_.stationNames), {},
+                  {port_ + "; Ctrl-C ends"});
 }
 
 bool HeardTeller::finish()
@@ -162,9 +166,11 @@ bool HeardTeller::finish()
     redraw_.stop();
     screen_.reset();
     if (form_ == HeardForm::json) {
-        std::printf("%s\n", Json{{"heard", tableJson(table_, areas_)}}.dump().c_str());
+        std::printf(
+            "%s\n",
+            Json{{"heard", tableJson(table_, areas_, settings_.stationNames)}}.dump().c_str());
     } else if (table_.frames() > 0) {
-        for (const std::string& line : heardLines(table_, areas_))
+        for (const std::string& line : heardLines(table_, areas_, settings_.stationNames))
             std::printf("%s\n", line.c_str());
     }
     if (table_.frames() == 0 && table_.noise() == 0)

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <memory>
+#include <optional>
 
 #include "driver/areas.h"
 #include "driver/default_line.h"
@@ -20,29 +21,64 @@ namespace dov417 {
 
 namespace {
 
-constexpr int defaultTimeoutOfAScanMs = 50;
+// What a serial line, one behind a network and a gateway take to answer, or to say that nobody
+// does.
+constexpr int serialScanTimeoutMs = 50;
+constexpr int networkScanTimeoutMs = 200;
+constexpr int gatewayScanTimeoutMs = 1000;
+constexpr std::chrono::milliseconds lastWaitOverNetwork(1000);
 
 struct ScanOptions {
     LineSetup line; // port, simulated and log alone
     std::vector<std::string> lines;
     std::string stations = "1..247";
-    int timeoutMs = defaultTimeoutOfAScanMs;
+    std::optional<int> timeoutMs;
     bool asksAnyway = false;
     std::vector<std::string> registers;
     bool json = false;
     std::string library;
 };
 
+void setLines(ScanSettings& settings, const ScanOptions& options, const Library& library)
+{
+    for (const std::string& line : options.lines)
+        settings.lines.emplace_back(parseRtuFormat(line));
+    if (!settings.lines.empty())
+        return;
+    for (const SerialFormat& line : commonLines(parseRtuFormat(defaultLine(library))))
+        settings.lines.emplace_back(line);
+}
+
+// At the settings that the far end has.
+void setNetwork(ScanSettings& settings, const ScanOptions& options, const NetworkAddress& address)
+{
+    if (!options.lines.empty())
+        throw UsageFailure(options.line.port +
+                           ": --lines is for serial ports: the speed and parity of a line behind "
+                           "a network are set at its server");
+    if (options.line.direction.isWanted)
+        throw UsageFailure(options.line.port + ": --rs485 is for serial ports of this machine");
+    settings.lines = {std::nullopt};
+    settings.isModbusTcp = address.isModbusTcp;
+    settings.replyGap = std::chrono::milliseconds(defaultNetworkReplyGapMs);
+    settings.lastWait = lastWaitOverNetwork;
+    if (address.isModbusTcp) // which hands on nothing that others say
+        settings.listening = Micros(0);
+}
+
 ScanSettings settingsFor(const ScanOptions& options, const Library& library)
 {
     ScanSettings settings;
-    for (const std::string& line : options.lines)
-        settings.lines.push_back(parseRtuFormat(line));
-    if (options.lines.empty())
-        settings.lines = commonLines(parseRtuFormat(defaultLine(library)));
+    const std::optional<NetworkAddress> address = parseNetworkAddress(options.line.port);
+    if (address)
+        setNetwork(settings, options, *address);
+    else
+        setLines(settings, options, library);
     settings.stations = parseStations(options.stations);
-    settings.timeout =
-        std::chrono::milliseconds(options.timeoutMs + options.line.direction.delayBeforeMs);
+    const int timeoutMs = options.timeoutMs.value_or(settings.isModbusTcp ? gatewayScanTimeoutMs
+                                                     : address            ? networkScanTimeoutMs
+                                                                          : serialScanTimeoutMs);
+    settings.timeout = std::chrono::milliseconds(timeoutMs + options.line.direction.delayBeforeMs);
     settings.asksAnyway = options.asksAnyway;
     return settings;
 }
@@ -63,13 +99,8 @@ int runScan(const ScanOptions& options)
     if (options.line.simulated == !options.line.port.empty())
         throw UsageFailure(options.line.simulated
                                ? "--port and --simulated exclude each other"
-                               : "no line: name the port with --port DEVICE, or use --simulated "
+                               : "no line: name the port with --port PORT, or use --simulated "
                                  "for a controller of the tool's own");
-    if (parseNetworkAddress(options.line.port))
-        throw UsageFailure(
-            options.line.port +
-            ": scan needs a serial port: speed and parity of a line behind a network "
-            "are set at its server");
     if (options.line.simulated && options.line.direction.isWanted)
         throw UsageFailure("--simulated: --rs485 is for serial ports of this machine");
     const Library library(options.library);
@@ -79,7 +110,7 @@ int runScan(const ScanOptions& options)
     const std::set<int> wanted = stationsOf(runs);
     if (!wanted.empty())
         settings.stations.assign(wanted.begin(), wanted.end());
-    ScanTeller teller(settings, options.json, options.line.log, areas);
+    ScanTeller teller(settings, options.json, options.line.log, areas, options.line.stationNames);
     const std::unique_ptr<ControllerProcess> controller =
         options.line.simulated ? ownController(library) : nullptr;
     ScanRun scan(controller ? controller->port() : options.line.port, options.line.direction,
@@ -101,14 +132,15 @@ void addScanLineOptions(CLI::App& command, ScanOptions& options)
     command
         .add_option(
             "--port", options.line.port,
-            "Serial port, as in /dev/ttyUSB0, see dov417 ports; else DOV417_PORT or that of "
+            "Serial port, as in /dev/ttyUSB0, see dov417 ports; tcp://HOST:PORT for one behind a "
+            "device server, mbtcp://HOST[:502] for Modbus TCP; else DOV417_PORT or that of "
             "--project")
-        ->option_text("DEVICE");
+        ->option_text("PORT");
     addRs485Options(command, options.line.direction, std::string());
     command
         .add_option("--lines,--line", options.lines,
                     "Line settings to try, as in 9600,8,NONE,1 19200,8,EVEN,1; else the library's "
-                    "own, then the common speeds and parities")
+                    "own, then the common speeds and parities; a line behind a network has its own")
         ->option_text("LINE...")
         ->check([](const std::string& text) {
             try {
@@ -127,7 +159,9 @@ void addScanLineOptions(CLI::App& command, ScanOptions& options)
         .add_option("--timeout", options.timeoutMs,
                     "What each station is given to answer; one that takes longer is found all the "
                     "same, and called slow (" +
-                        std::to_string(defaultTimeoutOfAScanMs) + ")")
+                        std::to_string(serialScanTimeoutMs) + "; over a network " +
+                        std::to_string(networkScanTimeoutMs) + ", Modbus TCP " +
+                        std::to_string(gatewayScanTimeoutMs) + ")")
         ->option_text("MS")
         ->check(CLI::Range(1, maxMs));
     command
@@ -170,7 +204,8 @@ void addScanCommand(CLI::App& app, Action& chosen)
         "  dov417 scan --simulated --stations 1,17 --lines 9600,8,NONE,1 38400,8,EVEN,1 --json\n"
         "  dov417 scan --simulated --lines 38400,8,EVEN,1 --registers 17/R_W:3800..3999\n"
         "On a real line, --port /dev/ttyUSB0 stands for --simulated.\n"
-        "Exits with 1 if nobody answers, or of some registers it is not known.");
+        "Exits with 1 if nobody answers, a station of the project does not, or of some registers "
+        "it is not known.");
     command->callback([options, &chosen]() { chosen = [options]() { return runScan(*options); }; });
 }
 

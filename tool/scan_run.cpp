@@ -1,15 +1,27 @@
 #include "tool/scan_run.h"
 
+#include <utility>
+
 #include "line/failure.h"
+#include "live/line_setup.h"
 #include "scan/range_search.h"
 #include "tool/scan_words.h"
 
 namespace dov417 {
 
+namespace {
+
+constexpr std::chrono::milliseconds connectionPatience(5000);
+
+} // namespace
+
 ScanRun::ScanRun(const std::string& port, const Rs485& direction, ScanTeller& teller)
     : port_(QString::fromStdString(port)), direction_(direction), teller_(teller),
       shutdown_([this]() { interrupt(); })
 {
+    patience_.setSingleShot(true);
+    patience_.setInterval(connectionPatience);
+    QObject::connect(&patience_, &QTimer::timeout, &patience_, [this]() { giveUp(); });
 }
 
 void ScanRun::findStations(const ScanSettings& settings, const ScanQuestions& questions,
@@ -34,10 +46,15 @@ void ScanRun::findStations(const ScanSettings& settings, const ScanQuestions& qu
 void ScanRun::findRanges(const WordRun& run)
 {
     bool isDone = false;
+    const ScanLine& where = teller_.whereFound().at(run.station);
     LineSettings settings;
     settings.device = port_;
     settings.direction = direction_;
-    settings.wire = teller_.whereFound().at(run.station);
+    if (where)
+        settings.wire = *where;
+    else
+        settings.replyGap = std::chrono::milliseconds(defaultNetworkReplyGapMs);
+    isOverNetwork_ = !where;
     SerialLine line(settings, observer());
     RangeSearchEvents events;
     events.found = [&](const WordRange& range) { teller_.tellRange(run, range); };
@@ -47,15 +64,23 @@ void ScanRun::findRanges(const WordRun& run)
         loop_.quit();
     };
     RangeSearch search(line, run, events);
+    begin_ = [&search]() { search.start(); };
     QString reason;
     if (!line.open(&reason))
         throw Failure(reason.toStdString());
-    search.start();
     teller_.showBar([&]() {
         return barText(static_cast<double>(search.known()) / run.count,
-                       rangeText(run, run.first, run.count) + " at " + toText(settings.wire));
+                       rangeText(run, run.first, run.count) + atText(where));
     });
-    wait([&isDone]() { return isDone; }, [&search]() { search.stop(); });
+    wait([&isDone]() { return isDone; },
+         [&]() {
+             if (begin_)
+                 loop_.quit();
+             else
+                 search.stop();
+         });
+    patience_.stop();
+    begin_ = nullptr;
 }
 
 LineObserver ScanRun::observer()
@@ -71,12 +96,32 @@ LineObserver ScanRun::observer()
     observer.notice = [this](const std::string& text) { teller_.sayNotice(text); };
     observer.doubt = []() {};
     observer.port = [this](bool isOpen, const QString& message) {
-        if (isOpen)
-            return;
-        teller_.fail(message.toStdString());
-        loop_.quit();
+        portChanged(isOpen, message.toStdString());
     };
     return observer;
+}
+
+void ScanRun::portChanged(bool isOpen, const std::string& message)
+{
+    if (isOpen) {
+        patience_.stop();
+        if (const auto begin = std::exchange(begin_, nullptr))
+            begin();
+        return;
+    }
+    refusal_ = message;
+    // A server of one client may not have seen yet that the last connection has ended; the line
+    // tries again.
+    if (begin_ && isOverNetwork_)
+        patience_.start();
+    else
+        giveUp();
+}
+
+void ScanRun::giveUp()
+{
+    teller_.fail(refusal_);
+    loop_.quit();
 }
 
 void ScanRun::recordEnd(const Transmission& each)

@@ -4,6 +4,7 @@
 
 #include <QEventLoop>
 #include <QString>
+#include <QTimer>
 #include <functional>
 #include <set>
 #include <string>
@@ -25,6 +26,8 @@ public:
 
 private:
     LineObserver observer();
+    void portChanged(bool isOpen, const std::string& message);
+    void giveUp();
     void recordEnd(const Transmission& each);
     void wait(const std::function<bool()>& isOver, const std::function<void()>& stop);
     void interrupt();
@@ -34,6 +37,10 @@ private:
     ScanTeller& teller_;
     QEventLoop loop_;
     std::function<void()> stop_;
+    std::function<void()> begin_; // what awaits that the line is open
+    QTimer patience_;             // for that
+    std::string refusal_;
+    bool isOverNetwork_ = false;
     Shutdown shutdown_;
 };
 

@@ -12,11 +12,14 @@ namespace dov417 {
 
 namespace {
 
+// More are not on one line without a repeater.
+constexpr int stationsOfOneLine = 32;
+
 } // namespace
 
 ScanTeller::ScanTeller(const ScanSettings& settings, bool json, const std::string& log,
-                       const std::vector<Area>& areas)
-    : settings_(settings), json_(json), logName_(log), conversation_(areas)
+                       const std::vector<Area>& areas, const StationNames& names)
+    : settings_(settings), json_(json), names_(names), logName_(log), conversation_(areas)
 {
     if (!log.empty()) {
         log_.open(log);
@@ -59,7 +62,7 @@ void ScanTeller::hideBar()
     barText_ = nullptr;
 }
 
-const std::map<int, SerialFormat>& ScanTeller::whereFound() const
+const std::map<int, ScanLine>& ScanTeller::whereFound() const
 {
     return whereFound_;
 }
@@ -108,17 +111,17 @@ void ScanTeller::found(const Found& found)
 {
     ++foundCount_;
     whereFound_.insert({found.station, found.line});
-    lines_.insert(toText(found.line));
-    sayLine(json_ ? foundJson(found).dump() : foundText(found, settings_.timeout));
+    lines_.insert(atText(found.line));
+    sayLine(json_ ? foundJson(found, names_).dump() : foundText(found, settings_.timeout, names_));
 }
 
 void ScanTeller::heard(const ScanHeard& heard)
 {
     isInUse_ = isInUse_ || heard.kind == HeardKind::inUse;
     if (json_)
-        sayLine(heardJson(heard, settings_.asksAnyway).dump());
+        sayLine(heardJson(heard, settings_.asksAnyway, names_).dump());
     else
-        sayNotice(heardText(heard, settings_.asksAnyway));
+        sayNotice(heardText(heard, settings_.asksAnyway, names_));
 }
 
 void ScanTeller::passed(Direction direction, const QByteArray& bytes, const std::string& remark)
@@ -152,11 +155,39 @@ bool ScanTeller::hasEnded() const
     return hasEnded_;
 }
 
+bool ScanTeller::isOverNetwork() const
+{
+    return !settings_.lines.front();
+}
+
+std::string ScanTeller::atLines(std::size_t count) const
+{
+    return isOverNetwork() ? std::string() : " at " + counted(count, "line setting");
+}
+
+// Of those that are expected.
+bool ScanTeller::tellMissing()
+{
+    bool isMissing = false;
+    for (const int station : settings_.stations) {
+        if (names_.count(station) == 0 || whereFound_.count(station) > 0)
+            continue;
+        isMissing = true;
+        sayNotice(stationText(station, names_) + " of the project does not answer");
+    }
+    return isMissing;
+}
+
 bool ScanTeller::finish()
 {
     barTimer_.stop();
     clearBar();
+    if (settings_.isModbusTcp && foundCount_ > stationsOfOneLine &&
+        whereFound_.size() == settings_.stations.size())
+        sayNotice("whoever is asked answers: it may be one controller that looks at no number");
     const bool hasLostLog = log_.hasFailed();
+    const bool wasAllAsked = problem_.empty() && !isInterrupted_ && !isInUse_;
+    const bool isMissing = wasAllAsked && foundCount_ > 0 && tellMissing();
     if (json_) {
         const std::string end = !problem_.empty() ? problem_
                                 : isInterrupted_  ? "interrupted"
@@ -167,20 +198,21 @@ bool ScanTeller::finish()
             sayNotice(problem_);
         else if (isInterrupted_)
             sayNotice("interrupted: not everything was asked");
-        const std::string asked = counted(settings_.stations.size(), "station") + " at " +
-                                  counted(settings_.lines.size(), "line setting");
         if (foundCount_ > 0)
-            std::printf("found %s at %s\n",
+            std::printf("found %s%s\n",
                         counted(static_cast<std::size_t>(foundCount_), "station").c_str(),
-                        counted(lines_.size(), "line setting").c_str());
+                        atLines(lines_.size()).c_str());
         else if (!isInUse_ && !isInterrupted_ && problem_.empty())
-            sayNotice("nobody answers: " + asked +
-                      " asked. Is the controller on, are A and B the right way round, is its "
-                      "number among those asked?");
+            sayNotice("nobody answers: " + counted(settings_.stations.size(), "station") +
+                      atLines(settings_.lines.size()) + " asked. Is the controller on, " +
+                      (isOverNetwork()
+                           ? "has the far end its speed and parity, is it given the time it needs"
+                           : "are A and B the right way round") +
+                      ", is its number among those asked?");
     }
     if (hasLostLog)
         std::fprintf(stderr, "dov417: the log %s could not be written\n", logName_.c_str());
-    return foundCount_ > 0 && !isRangeUnknown_ && problem_.empty() && !hasLostLog;
+    return foundCount_ > 0 && !isMissing && !isRangeUnknown_ && problem_.empty() && !hasLostLog;
 }
 
 } // namespace dov417

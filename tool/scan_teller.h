@@ -18,9 +18,10 @@ namespace dov417 {
 
 class ScanTeller {
 public:
-    // Throws a Failure if the log cannot be written.
+    // names: of stations that are expected, those that have no name among them. Throws a Failure
+    // if the log cannot be written.
     ScanTeller(const ScanSettings& settings, bool json, const std::string& log,
-               const std::vector<Area>& areas);
+               const std::vector<Area>& areas, const StationNames& names);
 
     // ended: there is nothing more to tell.
     LineScanEvents events(std::function<void()> ended);
@@ -28,7 +29,7 @@ public:
     void showBar(std::function<std::string()> text);
     void hideBar();
     // Where each station was found first.
-    const std::map<int, SerialFormat>& whereFound() const;
+    const std::map<int, ScanLine>& whereFound() const;
 
     void tellRange(const WordRun& run, const WordRange& range);
     void tellNotFound(const WordRun& run);
@@ -41,17 +42,22 @@ public:
     bool hasEnded() const;
     bool hasFailed() const;
 
-    // Sums up. True if the scan came out as it should: somebody was found, and nothing was lost.
+    // Sums up. True if the scan came out as it should: somebody was found, and all that are
+    // expected, and nothing was lost.
     bool finish();
 
 private:
     void found(const Found& found);
     void heard(const ScanHeard& heard);
+    bool tellMissing();
+    bool isOverNetwork() const;
+    std::string atLines(std::size_t count) const;
     void sayLine(const std::string& text);
     void clearBar();
 
     ScanSettings settings_;
     bool json_;
+    StationNames names_;
     LineLog log_;
     std::string logName_;
     Conversation conversation_;
@@ -59,7 +65,7 @@ private:
     std::function<std::string()> barText_;
     bool hasBar_ = false;
     std::set<std::string> lines_; // where somebody was found
-    std::map<int, SerialFormat> whereFound_;
+    std::map<int, ScanLine> whereFound_;
     int foundCount_ = 0;
     bool isRangeUnknown_ = false;
     bool isInUse_ = false;

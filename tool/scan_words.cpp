@@ -60,28 +60,38 @@ std::string leftText(Micros left)
 
 } // namespace
 
-std::string foundText(const Found& found, Micros timeout)
+std::string atText(const ScanLine& line)
+{
+    return line ? " at " + toText(*line) : std::string();
+}
+
+std::string foundText(const Found& found, Micros timeout, const StationNames& names)
 {
     const std::string took = millisecondsText(found.took);
-    std::string text = "station " + std::to_string(found.station) + " at " + toText(found.line);
+    std::string text = stationText(found.station, names) + atText(found.line);
     text += found.isConfirmed ? " answers in " + took
                               : " answered once, in " + took + ", and then no more";
     return found.isSlow ? text + ": slow, as it is given " + millisecondsText(timeout) : text;
 }
 
-nlohmann::ordered_json foundJson(const Found& found)
+nlohmann::ordered_json foundJson(const Found& found, const StationNames& names)
 {
-    return {{"station", found.station},
-            {"line", toText(found.line)},
-            {"milliseconds", tenthsOfMilliseconds(found.took)},
-            {"slow", found.isSlow},
-            {"confirmed", found.isConfirmed}};
+    nlohmann::ordered_json object = {{"station", found.station}};
+    const std::string name = nameOf(found.station, names);
+    if (!name.empty())
+        object["name"] = name;
+    if (found.line)
+        object["line"] = toText(*found.line);
+    object["milliseconds"] = tenthsOfMilliseconds(found.took);
+    object["slow"] = found.isSlow;
+    object["confirmed"] = found.isConfirmed;
+    return object;
 }
 
-std::string heardText(const ScanHeard& heard, bool asksAnyway)
+std::string heardText(const ScanHeard& heard, bool asksAnyway, const StationNames& names)
 {
-    const std::string at = "at " + toText(heard.line) + ": ";
-    const std::string station = "station " + std::to_string(heard.station);
+    const std::string at = heard.line ? "at " + toText(*heard.line) + ": " : std::string();
+    const std::string station = stationText(heard.station, names);
     const std::string bytes = std::to_string(heard.bytes) + " bytes";
     const char* const consequence = asksAnyway ? "" : "; nothing is asked (--ask-anyway does)";
     switch (heard.kind) {
@@ -103,22 +113,24 @@ std::string heardText(const ScanHeard& heard, bool asksAnyway)
                " answered one question twice: two stations under one number, or a "
                "modem that repeats";
     case HeardKind::otherLine:
-        return station + " answered late, perhaps to what it was asked at " + toText(heard.line) +
+        return station + " answered late, perhaps to what it was asked" + atText(heard.line) +
                ": it is asked there again";
     }
     return std::string();
 }
 
-nlohmann::ordered_json heardJson(const ScanHeard& heard, bool asksAnyway)
+nlohmann::ordered_json heardJson(const ScanHeard& heard, bool asksAnyway, const StationNames& names)
 {
-    nlohmann::ordered_json object = {{"heard", keyOf(heard.kind)}, {"line", toText(heard.line)}};
+    nlohmann::ordered_json object = {{"heard", keyOf(heard.kind)}};
+    if (heard.line)
+        object["line"] = toText(*heard.line);
     if (heard.station != 0)
         object["station"] = heard.station;
     if (heard.bytes != 0)
         object["bytes"] = heard.bytes;
     if (heard.kind == HeardKind::inUse)
         object["stations"] = heard.stations;
-    object["text"] = heardText(heard, asksAnyway);
+    object["text"] = heardText(heard, asksAnyway, names);
     return object;
 }
 
@@ -161,7 +173,7 @@ std::string progressText(const ScanProgress& progress)
     const double share = all > 0 ? static_cast<double>(progress.elapsed.count()) / all : 0;
     return barText(share, (progress.station == 0 ? "listening"
                                                  : "station " + std::to_string(progress.station)) +
-                              " at " + toText(progress.line) + ", " + leftText(progress.left));
+                              atText(progress.line) + ", " + leftText(progress.left));
 }
 
 } // namespace dov417

@@ -5,16 +5,21 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "link/station_names.h"
 #include "scan/range_halving.h"
 #include "scan/station_scan.h"
 
 namespace dov417 {
 
-std::string foundText(const Found& found, Micros timeout);
-nlohmann::ordered_json foundJson(const Found& found);
+// " at 9600,8,NONE,1"; nothing over a network.
+std::string atText(const ScanLine& line);
 
-std::string heardText(const ScanHeard& heard, bool asksAnyway);
-nlohmann::ordered_json heardJson(const ScanHeard& heard, bool asksAnyway);
+std::string foundText(const Found& found, Micros timeout, const StationNames& names);
+nlohmann::ordered_json foundJson(const Found& found, const StationNames& names);
+
+std::string heardText(const ScanHeard& heard, bool asksAnyway, const StationNames& names);
+nlohmann::ordered_json heardJson(const ScanHeard& heard, bool asksAnyway,
+                                 const StationNames& names);
 
 // Of words such as "1/R_W:0..3999".
 std::string rangeLine(const std::string& words, const WordRange& range);

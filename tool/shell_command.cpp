@@ -155,7 +155,7 @@ void Shell::take(const std::string& line)
         const std::vector<std::string> words = commandWords(line);
         if (words.empty())
             return;
-        if (words.front() == "quit") {
+        if (words == std::vector<std::string>{"quit"}) {
             hasEnded_ = true;
             return;
         }
@@ -216,7 +216,9 @@ void Shell::failed(int code, const std::string& why)
         std::fprintf(stderr, "dov417: %s\n", why.c_str());
     else if (!isSpokenTo_)
         std::fprintf(stderr, "dov417: line %d: %s\n", lines_.number(),
-                     why.empty() ? "failed" : why.c_str());
+                     !why.empty()            ? why.c_str()
+                     : code == exitDifferent ? "they differ"
+                                             : "failed");
 }
 
 int runShell(const ShellOptions& options)

@@ -46,11 +46,16 @@ Json toJson(const RequestCounters& counters)
 std::string statisticsJson(const LinkStatistics& statistics, Clock::time_point now)
 {
     Json stations = Json::array();
-    for (const StationTime& each : statistics.stations)
-        stations.push_back({{"station", each.station},
-                            {"answersAfter", milliseconds(each.last)},
-                            {"slowest", milliseconds(each.slowest)},
-                            {"timeout", milliseconds(each.timeout)}});
+    for (const StationTime& each : statistics.stations) {
+        Json station = {{"station", each.station}};
+        const std::string name = nameOf(each.station, statistics.stationNames);
+        if (!name.empty())
+            station["name"] = name;
+        station["answersAfter"] = milliseconds(each.last);
+        station["slowest"] = milliseconds(each.slowest);
+        station["timeout"] = milliseconds(each.timeout);
+        stations.push_back(station);
+    }
     Json requests = Json::object();
     for (const std::string& request : statistics.order)
         requests[request] = toJson(statistics.requests.at(request));

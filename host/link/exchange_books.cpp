@@ -98,7 +98,7 @@ void Exchange::surplusCame(int station, Clock::time_point now)
     doubtedAt_ = now;
     line_.doubt();
     if (!surplusWasSaid_)
-        line_.notice("station " + std::to_string(station) +
+        line_.notice(stationText(station, settings_.stationNames) +
                      " sends more replies than it was asked for: what may be wrong is not known "
                      "until it has been read again, with a check before each request");
     surplusWasSaid_ = true;

@@ -215,7 +215,8 @@ void Exchange::flushLateBytes(const QByteArray& bytes, Clock::time_point now)
 void Exchange::nameIfSlow(unsigned char station, Micros delay)
 {
     Station& slow = stations_.at(station);
-    const std::string text = slowText(station, delay, settings_.timeout);
+    const std::string text =
+        slowText(stationText(station, settings_.stationNames), delay, settings_.timeout);
     if (slow.isNamed || text.empty())
         return;
     slow.isNamed = true;

@@ -46,14 +46,39 @@ std::string times(const Durations& durations)
     return text;
 }
 
-std::string line(const char* station, const char* function, const char* addresses,
-                 const std::string& asked, const std::string& answered, const std::string& refused,
-                 const std::string& silent, const std::string& cycle, const std::string& answer)
+constexpr std::size_t stationWidth = 7; // without a name
+
+// "17", "17 oven"
+std::string stationCell(const HeardRow& row, const StationNames& names)
+{
+    const std::string number = row.station == 0 ? "all" : std::to_string(row.station);
+    const std::string name = nameOf(row.station, names);
+    return name.empty() ? number : number + " " + name;
+}
+
+// In UTF-8.
+std::size_t charactersOf(const std::string& text)
+{
+    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char byte) {
+        return (static_cast<unsigned char>(byte) & 0xC0) != 0x80;
+    }));
+}
+
+std::string padded(std::string text, std::size_t width)
+{
+    text.append(width - std::min(width, charactersOf(text)), ' ');
+    return text;
+}
+
+// Behind the station.
+std::string line(const char* function, const char* addresses, const std::string& asked,
+                 const std::string& answered, const std::string& refused, const std::string& silent,
+                 const std::string& cycle, const std::string& answer)
 {
     char text[256];
-    std::snprintf(text, sizeof text, "%-7s  %-20s  %-22s %7s %8s %7s %6s  %-25s  %s", station,
-                  function, addresses, asked.c_str(), answered.c_str(), refused.c_str(),
-                  silent.c_str(), cycle.c_str(), answer.c_str());
+    std::snprintf(text, sizeof text, "  %-20s  %-22s %7s %8s %7s %6s  %-25s  %s", function,
+                  addresses, asked.c_str(), answered.c_str(), refused.c_str(), silent.c_str(),
+                  cycle.c_str(), answer.c_str());
     return text;
 }
 
@@ -163,16 +188,22 @@ std::string heardAddresses(const HeardRow& row, const std::vector<Area>& areas)
                                 std::to_string(row.first + row.count - 1);
 }
 
-std::vector<std::string> heardLines(const HeardTable& table, const std::vector<Area>& areas)
+std::vector<std::string> heardLines(const HeardTable& table, const std::vector<Area>& areas,
+                                    const StationNames& names)
 {
+    const std::vector<HeardRow> rows = table.rows();
+    std::size_t width = stationWidth;
+    for (const HeardRow& row : rows)
+        width = std::max(width, charactersOf(stationCell(row, names)));
     std::vector<std::string> lines;
-    lines.push_back(line("station", "function", "addresses", "asked", "answered", "refused",
-                         "silent", "cycle ms min/median/max", "answers after ms"));
+    lines.push_back(padded("station", width) + line("function", "addresses", "asked", "answered",
+                                                    "refused", "silent", "cycle ms min/median/max",
+                                                    "answers after ms"));
     long long alike = 0;
-    for (const HeardRow& row : table.rows()) {
+    for (const HeardRow& row : rows) {
         alike += row.alike;
-        lines.push_back(line(row.station == 0 ? "all" : std::to_string(row.station).c_str(),
-                             functionName(row.function).c_str(), heardAddresses(row, areas).c_str(),
+        lines.push_back(padded(stationCell(row, names), width) +
+                        line(functionName(row.function).c_str(), heardAddresses(row, areas).c_str(),
                              std::to_string(row.asked), std::to_string(row.answered),
                              std::to_string(row.refused), std::to_string(row.silent),
                              times(row.cycle), times(row.answer)));

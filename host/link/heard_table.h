@@ -12,6 +12,7 @@
 #include "line/areas.h"
 #include "link/link_statistics.h"
 #include "link/listener.h"
+#include "link/station_names.h"
 
 namespace dov417 {
 
@@ -59,7 +60,8 @@ private:
 std::string heardAddresses(const HeardRow& row, const std::vector<Area>& areas);
 
 // A heading, a line for each row, and what else was heard.
-std::vector<std::string> heardLines(const HeardTable& table, const std::vector<Area>& areas);
+std::vector<std::string> heardLines(const HeardTable& table, const std::vector<Area>& areas,
+                                    const StationNames& names);
 
 } // namespace dov417
 

@@ -11,6 +11,7 @@
 #include "line/clock.h"
 #include "line/serial_format.h"
 #include "link/books.h"
+#include "link/station_names.h"
 #include "link/station_timeout.h"
 #include "link/transmission.h"
 
@@ -30,6 +31,7 @@ struct ExchangeSettings {
     // On a serial line. Over a network the end of a frame is when it was handed over: when its
     // bytes were on the wire of the far end is not known.
     bool bytesTakeTime = true;
+    StationNames stationNames = {}; // for what is said of them
 };
 
 // The line as the exchange sees it, and what it tells of itself.

@@ -58,6 +58,7 @@ Result LinkRunner::open(const LineSettings& settings)
 {
     close();
     statistics_ = LinkStatistics();
+    statistics_.stationNames = settings.stationNames;
     probeSettings_.maxPause = settings.maxProbePause;
     probes_ = StationProbes(probeSettings_);
     LineObserver observer;
@@ -96,7 +97,8 @@ Result LinkRunner::open(const LineSettings& settings)
                         leaving_.lookAgain();
                     },
                     events_.notice, mayCut_,
-                    [this]() { return !library_.driver->sendList.isEmpty(); }},
+                    [this]() { return !library_.driver->sendList.isEmpty(); },
+                    settings.stationNames},
         settings.maxRegisters,
         isModbusTcp(settings.device.toStdString()) ? maxWordsOfARead : noMaximum,
         settings.stationMaxRegisters);
@@ -316,7 +318,7 @@ void LinkRunner::tell(StationProbes::News news, const Transmission& transmission
     const bool isOfRequest = news == StationProbes::News::requestSilent;
     const int station = transmission.request.station;
     const std::string text =
-        textOf(news, station, transmission.description,
+        textOf(news, stationText(station, statistics_.stationNames), transmission.description,
                isOfRequest ? probes_.silentSince(transmission.sent) : probes_.silentSince(station),
                probeSettings_);
     if (!text.empty())

@@ -221,7 +221,7 @@ std::vector<std::string> stationStatistics(const LinkStatistics& statistics)
 {
     std::vector<std::string> lines;
     for (const StationTime& each : statistics.stations)
-        lines.push_back("station " + std::to_string(each.station) + ": answers after " +
+        lines.push_back(stationText(each.station, statistics.stationNames) + ": answers after " +
                         milliseconds(each.last) + ", " + milliseconds(each.slowest) +
                         " at the slowest; is waited for " + milliseconds(each.timeout));
     return lines;

@@ -9,6 +9,7 @@
 
 #include "line/clock.h"
 #include "link/reply_collector.h"
+#include "link/station_names.h"
 #include "link/station_timeout.h"
 #include "link/transmission.h"
 
@@ -71,6 +72,7 @@ struct LinkStatistics {
     Clock::time_point started = Clock::now();
     Micros wireTime{0};                // what the bytes sent and received took
     std::vector<StationTime> stations; // that have answered
+    StationNames stationNames;         // of all
 
     void add(const Transmission& transmission);
     void add(const Stray& stray);

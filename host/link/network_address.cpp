@@ -34,6 +34,11 @@ int portNumber(const std::string& text, const std::string& digits)
 std::optional<NetworkAddress> parseNetworkAddress(const std::string& text)
 {
     const std::size_t end = text.find(schemeEnd);
+    // "plc:502" is no port of this machine either.
+    const bool looksLikeHost =
+        text.find('/') == std::string::npos && text.find(':') != std::string::npos;
+    if (looksLikeHost)
+        throw UsageFailure(text + ": a line over a network is " + form);
     if (end == std::string::npos)
         return std::nullopt;
     NetworkAddress address;

@@ -193,7 +193,7 @@ void RequestCarrier::learn()
     if (!isTrial_)
         return;
     station().maximum = maximum_;
-    line_.notice("station " + std::to_string(request_.request.station) + " refuses " +
+    line_.notice(stationText(request_.request.station, line_.stationNames) + " refuses " +
                  std::to_string(unitsOf(request_, words_)) +
                  (isOfCoils(request_.sent) ? " coils" : " registers") +
                  " in one request: they go out in parts of at most " +

@@ -19,6 +19,7 @@
 
 #include "link/exchange.h"
 #include "link/request_parts.h"
+#include "link/station_names.h"
 #include "link/transmission.h"
 
 namespace dov417 {
@@ -30,6 +31,7 @@ struct CarrierLine {
     std::function<void(const std::string&)> notice;
     std::function<bool(const Request&, int word)> mayCut; // before this word, by its address
     std::function<bool()> isWanted;                       // by the driver, still
+    StationNames stationNames = {};                       // for what is said of them
 };
 
 class RequestCarrier {

@@ -25,6 +25,7 @@ ExchangeSettings exchangeSettings(const LineSettings& line)
     settings.horizon = line.horizon;
     settings.mayMark = line.mayMark;
     settings.isShared = line.isShared;
+    settings.stationNames = line.stationNames;
     settings.bytesTakeTime = !parseNetworkAddress(line.device.toStdString());
     return settings;
 }

@@ -23,6 +23,7 @@
 #include "link/port.h"
 #include "link/request_parts.h"
 #include "link/rs485.h"
+#include "link/station_names.h"
 #include "link/transmission.h"
 
 namespace dov417 {
@@ -46,6 +47,7 @@ struct LineSettings {
     std::map<int, int> stationMaxRegisters; // of stations that have their own
     // Until a silent station is asked again, at first a second or this, whichever is less.
     Micros maxProbePause{30000000};
+    StationNames stationNames = {}; // for what is said of them
 };
 
 // What passes on the line, for logs and counters.

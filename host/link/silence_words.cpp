@@ -50,22 +50,21 @@ std::string notAskedSince(Clock::time_point silentSince)
     return "not asked: silent since " + wallTime(silentSince);
 }
 
-std::string textOf(StationProbes::News news, int station, const std::string& request,
+std::string textOf(StationProbes::News news, const std::string& station, const std::string& request,
                    Clock::time_point silentSince, const ProbeSettings& settings)
 {
-    const std::string name = "station " + std::to_string(station);
     switch (news) {
     case StationProbes::News::none:
         break;
     case StationProbes::News::stationSilent:
-        return name + " is silent since " + wallTime(silentSince) + askedEvery(settings);
+        return station + " is silent since " + wallTime(silentSince) + askedEvery(settings);
     case StationProbes::News::stationBack:
-        return name + " answers again";
+        return station + " answers again";
     case StationProbes::News::requestSilent:
-        return name + " answers others, but not " + request + " since " + wallTime(silentSince) +
+        return station + " answers others, but not " + request + " since " + wallTime(silentSince) +
                askedEvery(settings);
     case StationProbes::News::requestBack:
-        return name + " answers " + request + " again";
+        return station + " answers " + request + " again";
     }
     return std::string();
 }

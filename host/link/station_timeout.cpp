@@ -19,14 +19,13 @@ Micros within(Micros known, const TimeoutSettings& settings)
 
 } // namespace
 
-std::string slowText(int station, Micros delay, const TimeoutSettings& settings)
+std::string slowText(const std::string& station, Micros delay, const TimeoutSettings& settings)
 {
     if (delay <= settings.initial)
         return std::string();
     const auto rounded = std::chrono::round<std::chrono::milliseconds>(delay).count();
     const bool isLearned = !settings.isFixed && delay < settings.max;
-    return "station " + std::to_string(station) + " answers after " + std::to_string(rounded) +
-           " ms" +
+    return station + " answers after " + std::to_string(rounded) + " ms" +
            (isLearned          ? ": waiting longer from now on"
             : settings.isFixed ? ", later than it is waited for: raise --timeout"
                                : ", later than it is waited for: raise --timeout-max");

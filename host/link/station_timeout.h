@@ -71,7 +71,7 @@ std::vector<StationTime> timesOf(const Stations& stations, const TimeoutSettings
 
 // What a person wonders about whose station takes longer than it is given at first: why it is slow,
 // or why values do not come. Empty of one that does not.
-std::string slowText(int station, Micros delay, const TimeoutSettings& settings);
+std::string slowText(const std::string& station, Micros delay, const TimeoutSettings& settings);
 
 } // namespace dov417
 

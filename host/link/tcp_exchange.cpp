@@ -198,7 +198,8 @@ void TcpExchange::answered(unsigned char station, Micros delay, Clock::time_poin
     Station& heard = stations_.at(station);
     heard.timeout.answered(delay, settings_.timeout);
     heard.listenUntil = now;
-    const std::string slow = slowText(station, delay, settings_.timeout);
+    const std::string slow =
+        slowText(stationText(station, settings_.stationNames), delay, settings_.timeout);
     if (!slow.empty() && !heard.isNamed)
         line_.notice(slow);
     heard.isNamed = heard.isNamed || !slow.empty();

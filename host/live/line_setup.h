@@ -52,6 +52,7 @@ struct LineSetup {
     // Registers in one request, or 16 coils for each; else as each station shows it.
     std::optional<int> maxRegisters;
     std::map<int, int> stationMaxRegisters; // the same of stations that have their own
+    StationNames stationNames = {};         // of those that are known to be there
 
     int mergeGap() const
     {

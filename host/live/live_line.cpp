@@ -66,6 +66,7 @@ LineSettings listeningSettings(const Library& library, const LineSetup& setup)
     LineSettings settings;
     settings.device = QString::fromStdString(setup.port);
     settings.wire = serialFormat(library, setup);
+    settings.stationNames = setup.stationNames;
     setTimes(settings, setup);
     return settings;
 }
@@ -93,6 +94,7 @@ LiveLine::LiveLine(const Library& library, const LineSetup& setup, const std::se
     settings_.mayMark = setup.mayMark;
     settings_.maxRegisters = setup.maxRegisters.value_or(learnedMaximum);
     settings_.stationMaxRegisters = setup.stationMaxRegisters;
+    settings_.stationNames = setup.stationNames;
     if (settings_.maxRegisters > maxWordsOfARead && isModbusTcp(port))
         throw UsageFailure("--max-registers " + std::to_string(settings_.maxRegisters) +
                            ": a request of Modbus TCP has room for " +

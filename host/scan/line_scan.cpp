@@ -1,33 +1,18 @@
 #include "scan/line_scan.h"
 
+#include <utility>
+
 #include "line/failure.h"
+#include "link/network_address.h"
+#include "link/network_port.h"
 
 namespace dov417 {
 
 LineScan::LineScan(const QString& device, const Rs485& direction, const ScanSettings& settings,
                    const ScanQuestions& questions, const LineScanEvents& events)
-    : events_(events), port_(device, settings.lines.front(),
-                             {nullptr, nullptr,
-                              [this](const QByteArray& bytes) {
-                                  scan_.bytesCame(bytes, Clock::now());
-                                  return true;
-                              },
-                              [this]() {
-                                  isOpen_ = false;
-                                  timer_.cancel();
-                                  events_.ended("port " + port_.name().toStdString() + " is gone");
-                              }},
-                             PortUse::talking, direction),
-      timer_([this]() { scan_.timerDue(Clock::now()); }),
+    : events_(events), timer_([this]() { scan_.timerDue(Clock::now()); }),
       scan_(settings, questions,
-            {[this](const SerialFormat& line) {
-                 QString reason;
-                 const bool isTaken = port_.setFormat(line, &reason);
-                 if (!isTaken)
-                     events_.notice(reason.toStdString());
-                 events_.passed(Direction::note, QByteArray(), "line " + toText(line));
-                 return isTaken;
-             },
+            {[this](const SerialFormat& line) { return setLine(line); },
              [this](const QByteArray& frame) { write(frame); },
              [this](Clock::time_point when) {
                  if (!isOpen_)
@@ -37,11 +22,25 @@ LineScan::LineScan(const QString& device, const Rs485& direction, const ScanSett
                      std::chrono::duration_cast<nanoseconds>(when.time_since_epoch()).count());
              },
              [this](const ScanPiece& piece) { received(piece); }, events.found, events.heard,
-             [this]() {
-                 timer_.cancel();
-                 events_.ended(std::string());
-             }})
+             [this]() { end(std::string()); }})
 {
+    const PortEvents portEvents{
+        [this]() { opened(); }, [this](const QString& reason) { end(reason.toStdString()); },
+        [this](const QByteArray& bytes) {
+            came(bytes);
+            return true;
+        },
+        [this]() { end("port " + port_->name().toStdString() + " is gone"); }};
+    if (const std::optional<NetworkAddress> address = parseNetworkAddress(device.toStdString())) {
+        port_ = std::make_unique<NetworkPort>(device, *address, portEvents);
+        if (address->isModbusTcp)
+            tcp_.emplace();
+    } else {
+        auto serial = std::make_unique<SerialPort>(device, settings.lines.front().value(),
+                                                   portEvents, PortUse::talking, direction);
+        serial_ = serial.get();
+        port_ = std::move(serial);
+    }
     if (!timer_.isValid())
         throw Failure("the system has no timer left");
 }
@@ -49,32 +48,82 @@ LineScan::LineScan(const QString& device, const Rs485& direction, const ScanSett
 void LineScan::start()
 {
     QString reason;
-    if (port_.open(&reason) != Opening::done)
+    const Opening opening = port_->open(&reason);
+    if (opening == Opening::refused)
         throw Failure(reason.toStdString());
+    if (opening == Opening::done)
+        opened();
+}
+
+void LineScan::opened()
+{
     isOpen_ = true;
     scan_.start(Clock::now());
 }
 
 void LineScan::stop()
 {
-    scan_.stop(Clock::now());
+    if (isOpen_)
+        scan_.stop(Clock::now());
+    else
+        end(std::string());
+}
+
+void LineScan::end(const std::string& problem)
+{
+    isOpen_ = false;
+    timer_.cancel();
+    if (!std::exchange(hasEnded_, true))
+        events_.ended(problem);
 }
 
 ScanProgress LineScan::progress() const
 {
-    return scan_.progress(Clock::now());
+    return isOpen_ ? scan_.progress(Clock::now()) : ScanProgress();
+}
+
+bool LineScan::setLine(const SerialFormat& line)
+{
+    QString reason;
+    const bool isTaken = serial_->setFormat(line, &reason);
+    if (!isTaken)
+        events_.notice(reason.toStdString());
+    events_.passed(Direction::note, QByteArray(), "line " + toText(line));
+    return isTaken;
 }
 
 void LineScan::write(const QByteArray& frame)
 {
     events_.passed(Direction::sent, frame, std::string());
     if (isOpen_)
-        port_.write(frame);
+        port_->write(tcp_ ? tcp_->ask(frame) : frame);
+}
+
+void LineScan::came(const QByteArray& bytes)
+{
+    if (!isOpen_)
+        return;
+    if (!tcp_) {
+        scan_.bytesCame(bytes, Clock::now());
+        return;
+    }
+    const std::optional<std::vector<ScanReply>> replies = tcp_->take(bytes);
+    if (!replies) {
+        events_.passed(Direction::stray, bytes, "no Modbus TCP");
+        end(port_->name().toStdString() + " sends what is no Modbus TCP");
+        return;
+    }
+    for (const ScanReply& reply : *replies) {
+        if (reply.isAnswer)
+            scan_.bytesCame(reply.frame, Clock::now());
+        else
+            events_.passed(Direction::stray, reply.frame, "no answer to what was asked");
+    }
 }
 
 void LineScan::received(const ScanPiece& piece)
 {
-    if (piece.kind == ScanPiece::answer)
+    if (piece.kind == ScanPiece::answer || piece.kind == ScanPiece::absent)
         events_.passed(Direction::received, piece.bytes, std::string());
     else
         events_.passed(Direction::stray, piece.bytes,

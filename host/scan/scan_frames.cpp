@@ -13,6 +13,9 @@ constexpr int replyWithoutData = 5;
 constexpr int minFrame = 4;
 constexpr int maxFrame = 265;
 constexpr int countIndex = 2;
+constexpr int exceptionCodeIndex = 2;
+constexpr int noPathBehindGateway = 10;
+constexpr int noAnswerBehindGateway = 11;
 constexpr int flood = 1024; // bytes without a pause, among which there is no answer
 
 } // namespace
@@ -41,7 +44,10 @@ ScanQuestions questionsFrom(const std::vector<Area>& areas)
     throw Failure("the library reads all areas with one function: a scan needs two");
 }
 
-ScanEar::ScanEar(const ScanQuestions& questions) : questions_(questions) {}
+ScanEar::ScanEar(const ScanQuestions& questions, bool behindGateway)
+    : questions_(questions), behindGateway_(behindGateway)
+{
+}
 
 void ScanEar::asks(const QByteArray& frame)
 {
@@ -84,8 +90,13 @@ std::optional<ScanPiece> ScanEar::answerAt(int first) const
         const int length = isException ? exceptionLength : question.replyLength;
         const bool isValue = byteAt(frame, functionIndex) == function &&
                              byteAt(frame, countIndex) == question.replyLength - replyWithoutData;
-        if ((isException || isValue) && frame.size() >= length && hasGoodCrc(frame.left(length)))
-            return ScanPiece{ScanPiece::answer, frame.left(length), stationOf(frame), i};
+        if ((!isException && !isValue) || frame.size() < length || !hasGoodCrc(frame.left(length)))
+            continue;
+        const int code = byteAt(frame, exceptionCodeIndex);
+        const bool isAbsent = behindGateway_ && isException &&
+                              (code == noPathBehindGateway || code == noAnswerBehindGateway);
+        return ScanPiece{isAbsent ? ScanPiece::absent : ScanPiece::answer, frame.left(length),
+                         stationOf(frame), i};
     }
     return std::nullopt;
 }

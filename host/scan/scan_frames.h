@@ -33,19 +33,21 @@ ScanQuestions questionsFrom(const std::vector<Area>& areas);
 struct ScanPiece {
     enum Kind {
         answer,  // to one of the two questions, asked by whomever
+        absent,  // a gateway's instead: the station does not answer it
         foreign, // another sound frame
         noise    // no frame
     };
     Kind kind = noise;
     QByteArray bytes;
     int station = 0;          // of a frame
-    std::size_t question = 0; // of an answer
+    std::size_t question = 0; // of an answer, or of what stands for one
 };
 
 // Cuts what comes into pieces.
 class ScanEar {
 public:
-    explicit ScanEar(const ScanQuestions& questions);
+    // behindGateway: exceptions 10 and 11 are its own.
+    explicit ScanEar(const ScanQuestions& questions, bool behindGateway = false);
 
     // This goes out now: an adapter may hear it too.
     void asks(const QByteArray& frame);
@@ -63,6 +65,7 @@ private:
     int soundLength() const;
 
     ScanQuestions questions_;
+    bool behindGateway_;
     QByteArray pending_;
     QByteArray echo_; // that may come
 };

@@ -12,13 +12,19 @@ namespace {
 constexpr int questionLength = 8;
 constexpr Micros maxPatience(2000000); // with what has begun and does not end
 
+std::chrono::nanoseconds timeOfQuestion(const ScanLine& line)
+{
+    return line ? line->characters(questionLength) : std::chrono::nanoseconds(0);
+}
+
 } // namespace
 
 StationScan::StationScan(const ScanSettings& settings, const ScanQuestions& questions,
                          const ScanEvents& events)
-    : settings_(settings), questions_(questions), events_(events), ear_(questions)
+    : settings_(settings), questions_(questions), events_(events),
+      ear_(questions, settings.isModbusTcp)
 {
-    for (const SerialFormat& line : settings.lines)
+    for (const ScanLine& line : settings.lines)
         turns_.push_back({line, settings.stations, settings.timeout});
 }
 
@@ -45,7 +51,7 @@ void StationScan::beginTurn(Clock::time_point now)
     speakers_.clear();
     lastByte_ = now;
     const Turn& turn = turns_.front();
-    if (!events_.setLine(turn.line)) {
+    if (turn.line && !events_.setLine(*turn.line)) {
         endTurn(now);
         return;
     }
@@ -142,8 +148,7 @@ void StationScan::ask(Clock::time_point now)
     windowNoise_ = 0;
     isDisturbed_ = false;
     const QByteArray frame = questions_.at(ask_.question).frameTo(ask_.station);
-    const Clock::time_point sent =
-        now + turns_.front().line.characters(static_cast<int>(frame.size()));
+    const Clock::time_point sent = now + timeOfQuestion(turns_.front().line);
     Question& question = stations_[ask_.station].questions.at(ask_.question);
     question.askedAt = sent;
     question.isOpen = true;
@@ -156,7 +161,8 @@ void StationScan::ask(Clock::time_point now)
 void StationScan::pause(Clock::time_point now)
 {
     state_ = State::pausing;
-    until_ = std::max(now, lastByte_ + turns_.front().line.interFrameDelay());
+    const ScanLine& line = turns_.front().line;
+    until_ = line ? std::max(now, lastByte_ + line->interFrameDelay()) : now;
 }
 
 void StationScan::close(Clock::time_point now)
@@ -194,7 +200,7 @@ void StationScan::stop(Clock::time_point now)
 
 Micros StationScan::timeOf(const Turn& turn, std::size_t questions) const
 {
-    const Micros each = turn.timeout + toMicros(turn.line.characters(questionLength));
+    const Micros each = turn.timeout + toMicros(timeOfQuestion(turn.line));
     return static_cast<Micros::rep>(questions) * each + settings_.lastWait;
 }
 

@@ -1,5 +1,5 @@
 // Who answers on a line, at which settings, without a port and without time of its own: both are
-// handed in.
+// handed in. A line behind a network is scanned as it is set there.
 //
 // One station after the other is asked and given the time-out, at one line setting after the other.
 // An answer is its station's by the number that it carries, whenever it comes: a slow station is
@@ -17,6 +17,7 @@
 #include <deque>
 #include <functional>
 #include <map>
+#include <optional>
 #include <set>
 #include <vector>
 
@@ -26,18 +27,23 @@
 
 namespace dov417 {
 
+// None: over a network, where the far end has its own. When bytes are on its wire is not known, so
+// a frame ends there when it is handed over.
+using ScanLine = std::optional<SerialFormat>;
+
 struct ScanSettings {
-    std::vector<SerialFormat> lines;
+    std::vector<ScanLine> lines;
     std::vector<int> stations;
     Micros timeout{50000};    // from the end of a question to the first byte of its answer
     Micros listening{500000}; // before the first question
     Micros lastWait{500000};  // for what is late, before the settings are changed
     Micros replyGap{50000};   // silence after which what has begun has ended
     bool asksAnyway = false;  // where others speak
+    bool isModbusTcp = false; // a gateway may say that a station does not answer
 };
 
 struct Found {
-    SerialFormat line;
+    ScanLine line;
     int station = 0;
     Micros took{0};          // the longer of its answers
     bool isSlow = false;     // longer than the time-out
@@ -54,7 +60,7 @@ enum class HeardKind {
 
 struct ScanHeard {
     HeardKind kind = HeardKind::inUse;
-    SerialFormat line;
+    ScanLine line;
     int station = 0;
     int bytes = 0;            // of inUse and garbled
     std::set<int> stations{}; // of inUse: whose frames were sound
@@ -72,7 +78,7 @@ struct ScanEvents {
 };
 
 struct ScanProgress {
-    SerialFormat line;
+    ScanLine line;
     int station = 0; // that was asked last; 0: none yet
     Micros elapsed{0};
     Micros left{0}; // as it looks now
@@ -100,7 +106,7 @@ private:
         done
     };
     struct Turn { // at one line setting
-        SerialFormat line;
+        ScanLine line;
         std::vector<int> stations;
         Micros timeout{0};
     };
@@ -137,6 +143,7 @@ private:
     void judge(const ScanPiece& piece, Clock::time_point now);
     void answered(const ScanPiece& piece, Clock::time_point now);
     void unasked(const ScanPiece& piece, Clock::time_point now);
+    void absent(const ScanPiece& piece, Clock::time_point now);
     void windowIsOver(Clock::time_point now);
     void foreignCame(int station, int bytes);
     void tellGarbled(int station, int noise);

@@ -31,6 +31,8 @@ void StationScan::judge(const ScanPiece& piece, Clock::time_point now)
     }
     if (piece.kind == ScanPiece::answer)
         answered(piece, now);
+    else if (piece.kind == ScanPiece::absent)
+        absent(piece, now);
     else if (piece.kind == ScanPiece::foreign)
         foreignCame(piece.station, static_cast<int>(piece.bytes.size()));
     else
@@ -69,6 +71,18 @@ void StationScan::answered(const ScanPiece& piece, Clock::time_point now)
         pause(now);
     else
         isDisturbed_ = true;
+}
+
+// The gateway has asked it in vain, so there is nothing to wait for.
+void StationScan::absent(const ScanPiece& piece, Clock::time_point now)
+{
+    const auto found = stations_.find(piece.station);
+    if (found == stations_.end())
+        return;
+    found->second.questions.at(piece.question).isOpen = false;
+    if (state_ == State::awaiting && ask_.station == piece.station &&
+        ask_.question == piece.question)
+        until_ = now;
 }
 
 // A sound answer to a question that is not open.

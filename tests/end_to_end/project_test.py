@@ -5,7 +5,7 @@ import os
 import subprocess
 import unittest
 
-from harness import PATIENCE, TOOL, EndToEnd
+from harness import PATIENCE, TOOL, EndToEnd, told
 
 
 def run_with(variables, *arguments):
@@ -80,6 +80,50 @@ class Project(EndToEnd):
         self.assertEqual(
             lengths("--max-registers", "128"), [("01", 100), ("02", 100)]
         )
+
+    def test_stations_are_told_with_their_names(self):
+        cable, _ = self.slow_slave("1:5", "3:700")
+        project = self.project(
+            line={"port": cable.port},
+            stations=[{"number": 1}, {"number": 3, "name": "oven"}],
+        )
+        done = run_with({}, "read", "--project", project, "1/R_W:5", "3/R_W:5", "--stats")
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertIn("  station 1: answers after ", done.stdout)
+        self.assertIn("  station 3 (oven): answers after ", done.stdout)
+        self.assertRegex(done.stderr, r"station 3 \(oven\) answers after \d+ ms: waiting longer")
+
+    def test_names_are_members_for_programs(self):
+        cable, _ = self.slow_slave("1:5", "3:5")
+        project = self.project(
+            line={"port": cable.port},
+            stations=[{"number": 1}, {"number": 3, "name": "oven"}],
+        )
+        out = self.succeeds("watch", "--json", "--stats", "--project", project, "--cycles", "2",
+                            "1/R_W:5", "3/R_W:5")  # fmt: skip
+        stations = told(out)[-1]["statistics"]["stations"]
+        self.assertEqual([(each["station"], each.get("name")) for each in stations],
+                         [(1, None), (3, "oven")])  # fmt: skip
+
+    def test_a_scan_names_the_stations_of_the_project_and_those_that_are_missing(self):
+        controller = self.controller("--still", "--stations", "3,7", "--line", "9600,8,NONE,1")
+        project = self.project(
+            line={"port": controller.port, "line": "19200,8,EVEN,1"},
+            stations=[{"number": 3, "name": "oven"}, {"number": 4, "name": "press"},
+                      {"number": 5}, {"number": 99}],
+        )  # fmt: skip
+        scan = ("scan", "--project", project, "--line", "9600,8,NONE,1", "--stations")
+        done = run_with({}, *scan, "1..7")
+        self.assertEqual(done.returncode, 1)
+        self.assertRegex(done.stdout, r"\Astation 3 \(oven\) at 9600,8,NONE,1 answers in [^\n]*\n"
+                                      r"station 7 at ")  # fmt: skip
+        self.assertEqual(
+            done.stderr,
+            "dov417: station 4 (press) of the project does not answer\n"
+            "dov417: station 5 of the project does not answer\n",
+        )
+        found = told(self.succeeds(*scan, "3,7", "--json"))
+        self.assertEqual([each.get("name") for each in found if "slow" in each], ["oven", None])
 
 
 if __name__ == "__main__":

@@ -59,13 +59,21 @@ class Script(EndToEnd):
     def test_goes_on_after_an_error_and_names_its_line(self):
         controller = self.controller("--still")
         done = self.shell("read R_X:1\n\nfly\nwrite R_W:1=70000\nwrite R_W:1=7 --port x\n"
-                          "watch\nwrite R_W:1=8\nrecipe compare -\nread 'x\n",
+                          "watch\nwrite R_W:1=8\nrecipe compare -\nread 'x\nquit 3\n",
                           "--port", controller.port)  # fmt: skip
         self.assertEqual(done.returncode, 2)
         self.assertEqual(done.stdout, "1/R_W:1 = 8: written and read back, was 0\n")
         numbers = re.findall(r"(?m)^dov417: line (\d+): ", done.stderr)
-        self.assertEqual(numbers, ["1", "3", "4", "5", "6", "8", "9"])
+        self.assertEqual(numbers, ["1", "3", "4", "5", "6", "8", "9", "10"])
         self.assertEqual(controller.memory()(1, "R_W", 1), 8)
+
+    def test_what_differs_is_said_to_differ(self):
+        tags = self.write_file("tags.csv", "name,register,address\nspeed,R_W,1\n")
+        recipe = self.path("recipe.json")
+        done = self.shell(f"recipe upload {recipe}\nwrite speed=8\nrecipe compare {recipe}\n",
+                          "--simulated", "--tags", tags)  # fmt: skip
+        self.assertEqual(done.returncode, 3)
+        self.assertTrue(done.stderr.endswith("dov417: line 3: they differ\n"), done.stderr)
 
     def test_ends_at_the_first_error_where_it_is_to(self):
         controller = self.controller("--still", "--stations", "1,2", "--fault", "exception:2=100%")
@@ -122,8 +130,7 @@ class Typed(EndToEnd):
         terminal.type("w")
         terminal.wait_for("^new value")
         terminal.type("17")
-        terminal.press("Enter")
-        terminal.wait_for("1/R_W:6 = 17: written and read back, was 0")
+        terminal.confirm("17", "1/R_W:6 = 17: written and read back, was 0")
         terminal.press("q")
         terminal.wait_for(r"^dov417>\s*\Z")
         self.assertEqual(terminal.flag("alternate_on"), "0")

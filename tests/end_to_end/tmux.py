@@ -50,6 +50,16 @@ class DrawnTerminal:
     def type(self, text):
         self._tmux("send-keys", "-l", text)
 
+    def confirm(self, entry, outcome):
+        """Enter as a person presses it who has seen the entry, until what it does is seen."""
+        self.wait_for(f": {entry}_$")
+        again = "Enter again sends it"
+        found = again
+        while found == again:
+            time.sleep(0.15)
+            self.press("Enter")
+            found = self.wait_for(f"{outcome}|{again}").group()
+
     def paste(self, text):
         """In marks, if the program has asked for them."""
         self._tmux("set-buffer", text)

@@ -3,7 +3,6 @@
 import os
 import re
 import signal
-import time
 import unittest
 
 from harness import TOOL, EndToEnd
@@ -51,17 +50,6 @@ class Keys(EndToEnd):
         """The screen with so many: what is drawn may arrive in pieces."""
         terminal.wait_until(lambda lines: len(self.values(lines)) == count)
 
-    @staticmethod
-    def enter(terminal, entry, outcome):
-        """Enter as a person presses it who has seen the entry, until what it does is seen."""
-        terminal.wait_for(f": {entry}_$")
-        again = "Enter again sends it"
-        found = again
-        while found == again:
-            time.sleep(0.15)
-            terminal.press("Enter")
-            found = terminal.wait_for(f"{outcome}|{again}").group()
-
     def test_the_values_have_the_screen(self):
         terminal, _ = self.watching()
         self.wait_for_values(terminal, 20)
@@ -105,11 +93,11 @@ class Keys(EndToEnd):
         terminal.wait_for(r"^write line12.level121, 1/R_W:121: now 0 mm; 0 to 3000 mm$")
         terminal.press("Down", "PageDown")
         terminal.type("4000")
-        self.enter(terminal, "4000", "above the maximum, 3000; nothing was sent")
+        terminal.confirm("4000", "above the maximum, 3000; nothing was sent")
         terminal.press("C-u")
         terminal.type("1500")
         terminal.resize(60, 20)
-        self.enter(terminal, "1500", r"line12.level121 = 1500 mm: written and read back,")
+        terminal.confirm("1500", r"line12.level121 = 1500 mm: written and read back,")
         terminal.wait_for(r"^line12.level121 +1/R_W:121 +1500 mm ")
         terminal.resize(80, 24)
         terminal.press("Down")
@@ -183,7 +171,7 @@ class Keys(EndToEnd):
         terminal.type("w")
         terminal.wait_for("^new value")
         terminal.type("7")
-        self.enter(terminal, "7", "the port is away; nothing was sent")
+        terminal.confirm("7", "the port is away; nothing was sent")
         terminal.press("C-c")
         self.ends(terminal, 1)
 

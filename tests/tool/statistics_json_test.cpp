@@ -27,6 +27,10 @@ TEST(StatisticsForPrograms, AreOneObjectInOneLine)
     EXPECT_EQ(json.at("notReplies"), nlohmann::json({{"echo", 4}}));
     EXPECT_EQ(json.at("stations"), nlohmann::json::parse(R"([{"station": 3, "answersAfter": 3.2,
         "slowest": 612.0, "timeout": 918.0}])"));
+    statistics.stationNames = {{3, "press"}};
+    const std::string named = statisticsJson(statistics, statistics.started);
+    EXPECT_EQ(nlohmann::json::parse(named).at("statistics").at("stations").at(0).at("name"),
+              "press");
     EXPECT_EQ(json.at("requests").at("read  1#R_W10(5)"), nlohmann::json::parse(R"({
         "sent": 10, "good": 5, "bad": {"noFrame": 3, "exception": 2}, "exceptions": {"2": 2},
         "retries": 0, "abandoned": 0, "forgotten": 0, "parts": 0,

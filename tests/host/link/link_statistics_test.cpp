@@ -91,8 +91,9 @@ TEST(Statistics, TellWhatEachStationTakesAndIsGiven)
 {
     LinkStatistics statistics;
     statistics.stations.push_back({3, Micros(3200), Micros(612000), Micros(918000)});
+    statistics.stationNames = {{3, "oven"}};
     const std::string text = fullStatistics(statistics, statistics.started + seconds(1));
-    EXPECT_NE(text.find("  station 3: answers after 3.2 ms, 612.0 ms at the slowest; is waited for "
+    EXPECT_NE(text.find("  station 3 (oven): answers after 3.2 ms, 612.0 ms at the slowest; is waited for "
                         "918.0 ms\n"),
               std::string::npos)
         << text;

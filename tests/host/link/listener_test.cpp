@@ -36,12 +36,13 @@ protected:
     }
     std::vector<std::string> lines() const
     {
-        return heardLines(table, heardAreas);
+        return heardLines(table, heardAreas, names);
     }
 
     Clock::time_point now = Clock::time_point() + std::chrono::hours(1);
     std::vector<Heard> told;
     HeardTable table;
+    StationNames names;
     Listener listener{SerialFormat(), seconds(30), [this](const Heard& heard) {
                           told.push_back(heard);
                           table.add(heard);
@@ -59,6 +60,16 @@ TEST_F(AListener, NamesNoAddressForAReplyWhoseRequestItHasNotHeard)
 {
     EXPECT_EQ(hear("01 03 02 00 2A"),
               "station 1: read registers, 2 bytes of values: 42, to no request that was heard");
+}
+
+TEST_F(AListener, ShowsAStationWithItsNameInTheTable)
+{
+    names = {{1, "oven \xC3\xB6stlich"}, {2, ""}};
+    hear("01 03 05 0A 00 01");
+    hear("02 03 05 0A 00 01");
+    EXPECT_THAT(lines().at(0), HasSubstr("station         function "));
+    EXPECT_THAT(lines().at(1), HasSubstr("1 oven \xC3\xB6stlich  read registers "));
+    EXPECT_THAT(lines().at(2), HasSubstr("2               read registers "));
 }
 
 TEST_F(AListener, NamesNoAddressForASecondReply)

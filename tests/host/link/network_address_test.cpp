@@ -43,6 +43,7 @@ TEST(NetworkAddress, IsNoSerialPort)
 TEST(NetworkAddress, ThatIsWrittenWronglySaysWhere)
 {
     const std::pair<const char*, const char*> cases[] = {
+        {"plc:502", "plc:502: a line over a network is tcp://HOST:PORT or mbtcp://HOST[:502]"},
         {"tcp://plc", "tcp://plc: the port number is missing, as in tcp://HOST:4001"},
         {"tcp://[::1]", "tcp://[::1]: the port number is missing, as in tcp://HOST:4001"},
         {"tcp://plc:", "tcp://plc:: '' is no port number, which goes from 1 to 65535"},

@@ -356,7 +356,7 @@ TEST(SilenceWords, SayWhoIsSilentAndHowOftenItIsAsked)
     const std::string time = wallTime(since);
     EXPECT_THAT(time, ::testing::MatchesRegex("[0-9][0-9]:[0-9][0-9]:[0-9][0-9]"));
     const auto text = [since](News news, const ProbeSettings& settings) {
-        return textOf(news, 3, "3#R_W10(1)", since, settings);
+        return textOf(news, "station 3", "3#R_W10(1)", since, settings);
     };
     EXPECT_EQ(text(News::none, {}), "");
     EXPECT_EQ(text(News::stationSilent, {}),

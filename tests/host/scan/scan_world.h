@@ -50,8 +50,9 @@ protected:
         events.wakeAt = [this](Clock::time_point when) { wake_ = when; };
         events.received = [this](const ScanPiece& piece) { pieces.push_back(piece); };
         events.found = [this](const Found& each) {
-            found.push_back(toText(each.line) + " " + std::to_string(each.station) +
-                            (each.isSlow ? " slow" : "") + (each.isConfirmed ? "" : " once"));
+            found.push_back((each.line ? toText(*each.line) : "network") + " " +
+                            std::to_string(each.station) + (each.isSlow ? " slow" : "") +
+                            (each.isConfirmed ? "" : " once"));
             times[each.station] = each.took;
         };
         events.heard = [this](const ScanHeard& each) { heard.push_back(each); };
@@ -122,7 +123,7 @@ protected:
     std::unique_ptr<StationScan> scan;
     Clock::time_point now = Clock::time_point() + std::chrono::hours(1);
     Clock::time_point startedAt{};
-    std::string current;
+    std::string current;            // empty: over a network
     std::vector<std::string> lines; // that were set
     std::vector<QByteArray> sent;
     std::vector<ScanPiece> pieces;
@@ -148,7 +149,8 @@ private:
     void goesOut(const QByteArray& frame)
     {
         sent.push_back(frame);
-        const auto end = now + parseRtuFormat(current).characters(frame.size());
+        const auto end =
+            current.empty() ? now : now + parseRtuFormat(current).characters(frame.size());
         if (echoes)
             underWay_.insert({end, {current, frame}});
         for (const Slave& slave : slaves) {

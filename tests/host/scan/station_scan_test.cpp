@@ -116,7 +116,7 @@ TEST_F(StationScanTest, CreditsNoStationToSettingsThatItDoesNotHear)
     EXPECT_THAT(found, ElementsAre("38400,8,EVEN,1 3 slow"));
     EXPECT_EQ(times.at(3), ms(570));
     EXPECT_THAT(heardKinds(), ElementsAre(HeardKind::otherLine));
-    EXPECT_EQ(toText(heard.front().line), own);
+    EXPECT_EQ(toText(heard.front().line.value()), own);
 }
 
 TEST_F(StationScanTest, AsksAgainWhereALateAnswerComesBeforeItsStationIsAskedElsewhere)
@@ -163,7 +163,7 @@ TEST_F(StationScanTest, AsksNothingWhereOthersSpeakAndTellsAtWhichSettings)
     EXPECT_THAT(heardKinds(), ElementsAre(HeardKind::inUse, HeardKind::inUse, HeardKind::inUse));
     EXPECT_THAT(heard.at(0).stations, IsEmpty());
     EXPECT_THAT(heard.at(1).stations, ElementsAre(2));
-    EXPECT_EQ(toText(heard.at(1).line), second);
+    EXPECT_EQ(toText(heard.at(1).line.value()), second);
     EXPECT_THAT(found, IsEmpty()) << "what others ask is no answer";
 }
 
@@ -324,6 +324,59 @@ TEST_F(StationScanTest, LeavesOutSettingsThatThePortRefuses)
     slaves = {slaveAt(2, second), slaveAt(7, third)};
     run();
     EXPECT_THAT(found, ElementsAre("9600,8,ODD,1 7"));
+}
+
+TEST_F(StationScanTest, SetsNoLineAndKeepsNoSilenceOverANetwork)
+{
+    settings.lines = {std::nullopt};
+    slaves = {slaveAt(3, "", 0), slaveAt(4, "", 7)};
+    run();
+    EXPECT_THAT(found, ElementsAre("network 3", "network 4"));
+    EXPECT_EQ(times.at(4), ms(7));
+    EXPECT_THAT(lines, IsEmpty());
+    EXPECT_EQ(elapsedMs(),
+              (settings.listening + 8 * settings.timeout + 2 * ms(7) + settings.lastWait) / ms(1));
+}
+
+TEST_F(StationScanTest, DoesNotWaitForAStationThatAGatewayCallsAbsent)
+{
+    settings.lines = {std::nullopt};
+    settings.isModbusTcp = true;
+    settings.listening = Micros(0);
+    for (int station = 1; station <= 10; ++station) {
+        slaves.push_back(slaveAt(station, "", 20));
+        slaves.back().answer = QByteArray(1, static_cast<char>(station)).toHex().toStdString() +
+                               (station % 2 == 0 ? "810A" : "810B");
+    }
+    slaves.at(5).answer.clear();
+    run();
+    EXPECT_THAT(found, ElementsAre("network 6"));
+    EXPECT_THAT(heard, IsEmpty());
+    EXPECT_EQ(elapsedMs(), (11 * ms(20) + settings.lastWait) / ms(1));
+}
+
+TEST_F(StationScanTest, FindsAStationThatIsAbsentForOneQuestionOnly)
+{
+    settings.lines = {std::nullopt};
+    settings.isModbusTcp = true;
+    settings.stations = {3};
+    slaves = {slaveAt(3, "", 5)};
+    begin();
+    pass(settings.listening + ms(5));
+    slaves.front().answer = "03830B";
+    pass(ms(5));
+    slaves.front().answer.clear();
+    pass(std::chrono::minutes(1));
+    EXPECT_THAT(found, ElementsAre("network 3"));
+}
+
+TEST_F(StationScanTest, CountsTheExceptionsOfAGatewayAsAnswersOnALine)
+{
+    settings.stations = {4};
+    slaves = {slaveAt(4)};
+    slaves.front().answer = "04810B";
+    run();
+    EXPECT_THAT(found, ElementsAre("38400,8,EVEN,1 4"));
 }
 
 TEST_F(StationScanTest, TakesTheSumOfItsWaitsAndSaysSoBefore)

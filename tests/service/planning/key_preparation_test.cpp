@@ -4,7 +4,6 @@
 
 #include "cache_world.h"
 #include "planning/address_merging.h"
-#include "planning/pieces.h"
 #include "protocol/register_table.h"
 #include "uncalled_functions.h"
 
