@@ -104,8 +104,10 @@ private:
         lastSent_ = entry.bytes;
         hasFailed_ = true; // until it is answered
         tell(Passed::What::began, at);
-        if (stationOf(entry.bytes) == broadcastStation)
+        if (stationOf(entry.bytes) == broadcastStation) {
             end(LineResult::broadcast, Reason::broadcast, open_.sendEnd);
+            hasFailed_ = false;
+        }
     }
 
     void received(const LogEntry& entry, Clock::time_point at)
@@ -141,7 +143,8 @@ private:
                 std::max<Clock::duration>(at - open_.sendEnd, Clock::duration(0)));
             end(LineResult::timeout, Reason::silence, at);
         }
-        if (startsWith(entry.meaning, "port ") && !passed_.empty() &&
+        const bool hasPassed = !passed_.empty() || times_.end() != Clock::time_point();
+        if (startsWith(entry.meaning, "port ") && hasPassed &&
             entry.meaning.find(" is open") != std::string::npos) { // it was not, before
             flush();
             times_.lineGone();
@@ -164,6 +167,9 @@ private:
         each.transmission = open_;
         each.cycle = cycle_;
         passed_.push_back(std::move(each));
+        constexpr std::size_t maxAtOnce = 1000; // they are large
+        if (passed_.size() >= maxAtOnce)
+            flush();
     }
 
     void flush()

@@ -99,6 +99,17 @@ TEST_F(ARecordedLog, TellsWhatWasSentAgainAndWhereACycleEnds)
     EXPECT_EQ(times.cycles().back() - times.cycles().front(), std::chrono::milliseconds(200));
 }
 
+TEST_F(ARecordedLog, WaitsForNoReplyToABroadcast)
+{
+    const std::string broadcast = "TX " + hexWithCrc("000605640001") + " |";
+    const WireTimes times =
+        timesOf(logOf(header + logLineAt(0, broadcast) + logLineAt(100, broadcast) + readAt(200)));
+    ASSERT_EQ(times.frames().size(), 3U);
+    EXPECT_FALSE(times.frames().at(1).told.repeats);
+    EXPECT_EQ(times.frames().at(1).told.reception.result, LineResult::broadcast);
+    EXPECT_EQ(times.frames().at(1).tookFor(SpanKind::timeOut).count(), 0);
+}
+
 TEST_F(ARecordedLog, JoinsNothingAcrossTwoRecordings)
 {
     const RecordedLog log = logOf(header + readAt(0) + replyAt(25) + readAt(30) + header +
