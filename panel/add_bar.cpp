@@ -98,7 +98,7 @@ void AddBar::add()
 {
     if (!add_->isEnabled())
         return;
-    desk_.addItems(typed());
+    emit wanted(typed());
     field_->clear();
     count_->setValue(1);
     field_->setFocus();

@@ -19,6 +19,9 @@ class AddBar : public QWidget {
 public:
     explicit AddBar(PanelDesk& desk);
 
+signals:
+    void wanted(const std::vector<dov417::Item>& items);
+
 private:
     std::vector<Item> typed() const;
     void judge();

@@ -1,4 +1,5 @@
-// One value, two values: what the texts of the program, which are English, leave open.
+// One value, two values: the texts of the program say "%n value(s)", for translators to make plural
+// forms of. English is what is shown without a translation, and has its own.
 #ifndef DOV417_PANEL_ENGLISH_PLURALS_H
 #define DOV417_PANEL_ENGLISH_PLURALS_H
 
@@ -6,16 +7,13 @@
 
 namespace dov417 {
 
-// Beneath the translation into any other language: "%n value(s)" becomes "%n value" or "%n values".
 class EnglishPlurals : public QTranslator {
-    Q_OBJECT
-
 public:
     using QTranslator::QTranslator;
 
-    bool isEmpty() const override;
-    QString translate(const char* context, const char* source, const char* remark,
+    QString translate(const char* context, const char* text, const char* disambiguation,
                       int number) const override;
+    bool isEmpty() const override;
 };
 
 } // namespace dov417

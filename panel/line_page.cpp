@@ -176,8 +176,7 @@ bool LinePage::showFrame(long long number)
     const std::optional<int> row = model_.rowOfRequest(number);
     if (!row) {
         setHeld(false);
-        emit told(
-            tr("This frame is too long ago: the page of the line does not keep it any more."));
+        emit told(tr("The page of the line does not keep this frame."));
         return false;
     }
     const QModelIndex index = filter_.mapFromSource(model_.index(*row, 0));

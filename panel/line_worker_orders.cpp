@@ -69,7 +69,7 @@ void LineWorker::moveRecipe(const RecipeOrder& order)
 void LineWorker::cancelRecipe(long long number)
 {
     if (session_ && recipes_.cancel(number))
-        session_->endRequests("it was cancelled");
+        session_->endRequests(recipeCancelled);
 }
 
 void LineWorker::setGap(int line, int gap)

@@ -120,9 +120,9 @@ int main(int argc, char** argv)
         return code;
     dropDebugLines();
     const QApplication application(argc, argv);
+    QGuiApplication::setDesktopFileName(QStringLiteral("dov417-panel"));
     EnglishPlurals plurals;
     QCoreApplication::installTranslator(&plurals);
-    QGuiApplication::setDesktopFileName(QStringLiteral("dov417-panel"));
     QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("dov417-panel")));
     // Qt takes the user's locale; numbers in files and on the screen keep their point.
     std::setlocale(LC_NUMERIC, "C");

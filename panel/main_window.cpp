@@ -175,7 +175,7 @@ void MainWindow::showState()
     const LineState& state = desk_.state();
     const bool isAtWork = state.phase == LinePhase::open && !desk_.book().isSilent();
     const int old = isAtWork ? oldValues(desk_) : 0;
-    const QString sentence = lineSentence(state, desk_.book().isSilent());
+    const QString sentence = lineSentence(state, desk_.book().isSilent(), desk_.statistics().get());
     sentence_->setText(old == 0 ? sentence
                                 : tr("%1 Old: %n value(s).", nullptr, old).arg(sentence));
     const double cycleMs = std::chrono::duration<double, std::milli>(state.cycle).count();

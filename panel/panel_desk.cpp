@@ -122,6 +122,9 @@ void PanelDesk::write(const PanelValue& value, const std::string& text)
         throw UsageFailure("no line is open");
     if (!state_.isUnlocked)
         throw UsageFailure("writing is locked on this line; unlock it in the status line");
+    // A recipe reads what the driver holds, which would be what is still on its way.
+    if (recipeIsUnderWay())
+        throw UsageFailure("a recipe is under way; wait until it has ended, or cancel it");
     const std::vector<unsigned char> bytes = bytesToWrite(value, text);
     PanelWrite write;
     write.number = line_.write(value.address, bytes);

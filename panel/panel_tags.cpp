@@ -5,6 +5,7 @@
 #include <limits>
 #include <unordered_set>
 
+#include "driver/registers.h"
 #include "panel/line_batch.h"
 #include "text/address_values.h"
 #include "text/csv_rows.h"
@@ -42,6 +43,9 @@ Item renamed(const Item& item, const std::string& name)
 
 Item addressItem(const Library& library, const std::string& text)
 {
+    if (text.find(':') == std::string::npos && !registerType(library, text))
+        throw UsageFailure("'" + text +
+                           "' is no address, which is written R_W:100 or 2/M_bit:1.0..1.15");
     return Items(library, ItemSource()).find(text, Access::read);
 }
 
@@ -129,7 +133,9 @@ std::vector<Item> pastedItems(const Library& library, const std::string& text)
     std::vector<Item> items;
     if (rows.empty())
         return items;
-    if (rows.front().fields.size() > 2) {
+    const bool isTable =
+        std::any_of(rows.begin(), rows.end(), [](const Row& row) { return row.fields.size() > 2; });
+    if (isTable) {
         const std::vector<Tag> tags = parseTags(library, text, named);
         return tags.empty() ? items : Items(library, tags).tagged(Access::read);
     }

@@ -42,14 +42,16 @@ QString brokenText(const RecipeNews& news)
     QString text =
         RecipeTexts::tr("\u2717 It was broken off: %1.").arg(problems.join(QStringLiteral("; ")));
     const QString done = doneText(news.progress);
+    const bool isAnyRead =
+        std::any_of(news.readings.begin(), news.readings.end(),
+                    [](const RecipeReading& reading) { return reading.problem.empty(); });
     if (news.kind == RecipeKind::download)
-        text +=
-            QLatin1Char(' ') +
-            (done.isEmpty() ? RecipeTexts::tr("Nothing had been written.")
-                            : RecipeTexts::tr("%1 had been written.").arg(done)) +
-            (news.readings.empty()
-                 ? QString()
-                 : QLatin1Char(' ') + RecipeTexts::tr("The rows say what the controller holds."));
+        text += QLatin1Char(' ') +
+                (done.isEmpty() ? RecipeTexts::tr("Nothing had been confirmed.")
+                                : RecipeTexts::tr("%1 had been confirmed.").arg(done)) +
+                (!isAnyRead ? QString()
+                            : QLatin1Char(' ') +
+                                  RecipeTexts::tr("The rows say what the controller holds."));
     else if (!done.isEmpty())
         text += QLatin1Char(' ') +
                 RecipeTexts::tr("%1 had been read; the buffer is as it was.").arg(done);
@@ -94,10 +96,12 @@ QString recipeEndText(const RecipeNews& news, const std::vector<RecipeRow>& rows
                             : RecipeTexts::tr("\u2717 %n value(s) could not be read; the rows say "
                                               "why.",
                                               nullptr, unknown);
-    const int different = countOf(rows, RecipeFate::different);
+    // It may be cancelled when its last word was confirmed: then rows say what is held.
+    const int different = countOf(rows, RecipeFate::different) + countOf(rows, RecipeFate::notHeld);
     if (unknown + different == 0)
         return RecipeTexts::tr("\u2713 %n value(s) were written and read back.", nullptr,
-                               countOf(rows, RecipeFate::written));
+                               countOf(rows, RecipeFate::written) +
+                                   countOf(rows, RecipeFate::held));
     return RecipeTexts::tr("\u2717 The controller has taken everything, but %n value(s) read back "
                            "otherwise or not at all; the rows say which.",
                            nullptr, unknown + different);

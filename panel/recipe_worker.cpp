@@ -1,8 +1,20 @@
 #include "panel/recipe_worker.h"
 
 #include "line/failure.h"
+#include "session/single_reads.h"
 
 namespace dov417 {
+
+namespace {
+
+// The driver is started anew for it, as for other settings of the line.
+void nameCancel(std::string& problem)
+{
+    if (problem == changedMeanwhile)
+        problem = recipeCancelled;
+}
+
+} // namespace
 
 RecipeWorker::RecipeWorker(QObject* parent) : QObject(parent), progressTimer_(this)
 {
@@ -145,6 +157,12 @@ void RecipeWorker::tellEnd()
 {
     progressTimer_.stop();
     disconnect(hearing_);
+    if (news_.isCancelled) {
+        for (std::string& problem : news_.problems)
+            nameCancel(problem);
+        for (RecipeReading& reading : news_.readings)
+            nameCancel(reading.problem);
+    }
     for (std::size_t i = 0; i < news_.readings.size(); ++i)
         news_.asOfEach.push_back(
             wordTimes_.of(order_.entries.at(i).item.address).value_or(news_.asOf));

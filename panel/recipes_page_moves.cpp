@@ -8,12 +8,15 @@ namespace dov417 {
 
 bool RecipesPage::mayDownload(int line, std::size_t values)
 {
-    const auto answer =
-        QMessageBox::question(this, tr("Download a recipe"),
-                              tr("Write %n value(s) of the buffer to the controller on %1?",
-                                 nullptr, static_cast<int>(values))
-                                  .arg(QString::fromStdString(desk_.state().port)),
-                              QMessageBox::Yes | QMessageBox::No, QMessageBox::No);
+    const QString controller =
+        desk_.state().isSimulated
+            ? tr("the simulated controller")
+            : tr("the controller on %1").arg(QString::fromStdString(desk_.state().port));
+    const auto answer = QMessageBox::question(
+        this, tr("Download a recipe"),
+        tr("Write %n value(s) of the buffer to %1?", nullptr, static_cast<int>(values))
+            .arg(controller),
+        QMessageBox::Yes | QMessageBox::No, QMessageBox::No);
     return answer == QMessageBox::Yes && line == desk_.lineNumber();
 }
 

@@ -14,6 +14,12 @@ namespace dov417 {
 namespace {
 
 constexpr std::chrono::hours logZero{1}; // a moment of 0 is none
+// A note has the time at which it was told, the frame behind it that of its first byte, which may
+// be earlier. Only what no program delays is a clock that was put back; or ahead, or one digit is
+// wrong.
+constexpr std::chrono::seconds longestDelay{1};
+constexpr std::chrono::hours longestPause{24};
+constexpr std::chrono::hours longestLog{24 * 365 * 100};
 
 bool startsWith(const std::string& text, const char* with)
 {
@@ -45,17 +51,20 @@ public:
     WireTimes times()
     {
         std::size_t nextBreak = 0;
+        Micros at{0};
         for (std::size_t i = 0; i < log_.entries.size(); ++i) {
             const LogEntry& entry = log_.entries.at(i);
             const bool isBreak = nextBreak < log_.breaks.size() && log_.breaks[nextBreak] == i;
             nextBreak += isBreak ? 1 : 0;
-            const bool isBack = i > 0 && entry.time < log_.entries.at(i - 1).time;
-            if (i > 0 && (isBreak || isBack))
+            const Micros step =
+                i > 0 ? Micros(entry.time - log_.entries.at(i - 1).time) : Micros(0);
+            const bool isJump =
+                step < -longestDelay || step > longestPause || at + step > longestLog;
+            if (i > 0 && (isBreak || isJump))
                 breakOff();
-            if (isBack) // the clock on the wall was put back: time goes on from there
-                shift_ += log_.entries.at(i - 1).time - entry.time;
-            retell(i, entry,
-                   Clock::time_point(logZero) + shift_ + (entry.time - log_.entries.front().time));
+            if (!isJump) // else time goes on from there
+                at += step;
+            retell(i, entry, Clock::time_point(logZero) + at);
         }
         flush();
         times_.lineGone();
@@ -101,8 +110,10 @@ private:
             ++cycle_;
             seen_ = {{entry.bytes.constData(), static_cast<std::size_t>(entry.bytes.size())}};
         }
-        lastSent_ = entry.bytes;
-        hasFailed_ = true; // until it is answered
+        if (!open_.isMarker) { // which may go out between a frame and its repetition
+            lastSent_ = entry.bytes;
+            hasFailed_ = true; // until it is answered
+        }
         tell(Passed::What::began, at);
         if (stationOf(entry.bytes) == broadcastStation) {
             end(LineResult::broadcast, Reason::broadcast, open_.sendEnd);
@@ -112,8 +123,9 @@ private:
 
     void received(const LogEntry& entry, Clock::time_point at)
     {
-        const bool isException = entry.bytes.size() == exceptionLength &&
+        const bool isException = entry.bytes.size() == exceptionLength && hasGoodCrc(entry.bytes) &&
                                  (byteAt(entry.bytes, functionIndex) & exceptionFlag) != 0;
+        const bool isOfMarker = open_.isMarker;
         const bool isBad = isBadReply(entry.bytes);
         open_.reception.bytes = entry.bytes;
         open_.reception.firstByte = open_.reception.lastByte = at;
@@ -122,7 +134,8 @@ private:
             : isBad     ? Reason::badCrc
                         : Reason::none,
             at);
-        hasFailed_ = isBad;
+        if (!isOfMarker)
+            hasFailed_ = isBad;
     }
 
     void stray(const LogEntry& entry, Clock::time_point at)
@@ -194,7 +207,6 @@ private:
     WireTimes times_;
     std::vector<Passed> passed_;
     long long missing_ = 0;
-    Clock::duration shift_{0};
     Transmission open_; // number 0: none is under way
     QByteArray lastSent_;
     bool hasFailed_ = false;

@@ -70,7 +70,7 @@ QString ageText(const View* view, Clock::time_point now)
     return StateTexts::tr("%1 s").arg(seconds, 0, 'f', 1);
 }
 
-QString lineSentence(const LineState& state, bool isSilent)
+QString lineSentence(const LineState& state, bool isSilent, const LinkStatistics* statistics)
 {
     const QString port = state.isSimulated ? StateTexts::tr("The simulated controller")
                                            : QString::fromStdString(state.port);
@@ -99,6 +99,9 @@ QString lineSentence(const LineState& state, bool isSilent)
     case LinePhase::open:
         break;
     }
+    if (!state.isGood && statistics && statistics->stations.empty())
+        return StateTexts::tr("%1: nobody has answered yet; the line page shows what was asked.")
+            .arg(port);
     if (!state.isGood)
         return StateTexts::tr("%1: not every request is answered; the line page shows which.")
             .arg(port);

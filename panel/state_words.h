@@ -18,8 +18,8 @@ QString shownValue(const PanelValue& value, const ValueBook& book);
 // "0.3 s"; "never".
 QString ageText(const View* view, Clock::time_point now);
 
-// How the line is, in a sentence.
-QString lineSentence(const LineState& state, bool isSilent);
+// How the line is, in a sentence. Without statistics nobody is known not to have answered.
+QString lineSentence(const LineState& state, bool isSilent, const LinkStatistics* statistics);
 
 } // namespace dov417
 

@@ -42,7 +42,9 @@ ValuesPage::ValuesPage(PanelDesk& desk)
 {
     makeTable();
     auto* const rows = new QVBoxLayout(this);
-    rows->addWidget(new AddBar(desk));
+    auto* const bar = new AddBar(desk);
+    rows->addWidget(bar);
+    connect(bar, &AddBar::wanted, this, &ValuesPage::add);
     rows->addWidget(makeTools());
     empty_->setText(tr("Nothing is watched yet. Type an address above, or paste rows of a "
                        "spreadsheet with Ctrl+V: an address each, or a name and an address."));
@@ -60,10 +62,7 @@ ValuesPage::ValuesPage(PanelDesk& desk)
     connect(&model_, &ValuesModel::refused, this, &PanelPage::told);
     connect(&desk, &PanelDesk::writesChanged, this, [this]() { emit told(QString()); });
     connect(&desk, &PanelDesk::stateChanged, this, [this]() { showButtons(); });
-    connect(&desk, &PanelDesk::tagsChanged, this, [this]() {
-        showAdded();
-        showButtons();
-    });
+    connect(&desk, &PanelDesk::tagsChanged, this, [this]() { showButtons(); });
     connect(shortcutOf(QKeySequence::Paste, this), &QShortcut::activated, this,
             [this]() { paste(); });
     connect(shortcutOf(QKeySequence::Find, this), &QShortcut::activated, search_,
@@ -74,7 +73,6 @@ ValuesPage::ValuesPage(PanelDesk& desk)
             table_->viewport()->update();
     });
     ageTimer_.start();
-    showAdded();
     showButtons();
 }
 
@@ -284,17 +282,22 @@ void ValuesPage::removeChosen()
     desk_.removeItems({places.begin(), places.end()});
 }
 
-// What has come behind all that was there before: it may be far below what is seen.
-void ValuesPage::showAdded()
+void ValuesPage::add(const std::vector<Item>& items)
 {
-    const std::vector<Address> before = std::exchange(addresses_, {});
-    for (const PanelValue& value : desk_.tags().values)
-        addresses_.push_back(value.address);
-    const bool isMore = !before.empty() && before.size() < addresses_.size() &&
-                        std::equal(before.begin(), before.end(), addresses_.begin());
-    if (isMore)
-        table_->setCurrentIndex(
-            filter_.mapFromSource(model_.index(static_cast<int>(before.size()), 0)));
+    const std::size_t known = desk_.tags().items.size();
+    desk_.addItems(items);
+    // They stand at the end, which may be far below what is seen.
+    QItemSelection added;
+    for (int row = 0; row < model_.rowCount(); ++row) {
+        const QModelIndex shown = filter_.mapFromSource(model_.index(row, 0));
+        if (model_.valueAt(row).place >= known && shown.isValid())
+            added.select(shown, shown);
+    }
+    if (added.isEmpty())
+        return;
+    table_->setCurrentIndex(added.indexes().front());
+    table_->selectionModel()->select(added, QItemSelectionModel::ClearAndSelect |
+                                                QItemSelectionModel::Rows);
 }
 
 void ValuesPage::paste()
@@ -302,10 +305,12 @@ void ValuesPage::paste()
     try {
         const std::vector<Item> items =
             pastedItems(desk_.library(), QApplication::clipboard()->text().toStdString());
-        desk_.addItems(items);
+        add(items);
         emit told(items.empty() ? tr("There is nothing to paste.") : QString());
     } catch (const Failure& failure) {
-        emit told(QString::fromUtf8(failure.what()));
+        emit told(tr("Nothing was added: %1. Rows to paste are an address each, a name and an "
+                     "address, or the columns of a tag file below its header.")
+                      .arg(QString::fromUtf8(failure.what())));
     }
 }
 

@@ -41,8 +41,8 @@ private:
     void chooseFormat(const QString& name);
     void writeChosen();
     void removeChosen();
+    void add(const std::vector<Item>& items);
     void paste();
-    void showAdded();
     void showButtons();
 
     ValuesModel model_;
@@ -54,7 +54,6 @@ private:
     QPushButton* const remove_;
     QLabel* const empty_;
     QTimer ageTimer_;
-    std::vector<Address> addresses_; // that were watched last, value by value
 };
 
 } // namespace dov417

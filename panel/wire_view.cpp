@@ -165,9 +165,12 @@ void WireView::setCycles(int cycles)
 {
     cycles_ = std::clamp(cycles, 1, maxCycles);
     const Clock::time_point from = from_;
+    const Clock::time_point zero = zero_;
     fitCycles();
-    if (isRecording_) // so long, from the same place
-        show(from, from + (to_ - from_));
+    if (!isRecording_)
+        return;
+    zero_ = zero;
+    show(from, from + (to_ - from_)); // so long, from the same place
 }
 
 // A line on which no cycle comes to its end is shown as it goes on.

@@ -1,25 +1,35 @@
 #include "panel/english_plurals.h"
 
-#include <QCoreApplication>
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace dov417 {
+
 namespace {
 
-struct PluralTexts {
-    Q_DECLARE_TR_FUNCTIONS(PluralTexts)
-};
-
-TEST(EnglishPlurals, AreThoseOfTheNumber)
+std::string english(const char* text, int number)
 {
-    EnglishPlurals plurals;
-    QCoreApplication::installTranslator(&plurals);
-    EXPECT_EQ(PluralTexts::tr("%n value(s)", nullptr, 1), "1 value");
-    EXPECT_EQ(PluralTexts::tr("%n value(s) of %1", nullptr, 2).arg(3), "2 values of 3");
-    EXPECT_EQ(PluralTexts::tr("%n value(s)", nullptr, 0), "0 values");
-    EXPECT_EQ(PluralTexts::tr("a file(s) name"), "a file(s) name");
-    QCoreApplication::removeTranslator(&plurals);
+    return EnglishPlurals().translate("AnyPage", text, nullptr, number).toStdString();
+}
+
+TEST(EnglishPlurals, HaveTheVerbOfWhatIsCounted)
+{
+    EXPECT_EQ(english("%n value(s) were read.", 1), "%n value was read.");
+    EXPECT_EQ(english("%n value(s) were read.", 2), "%n values were read.");
+    EXPECT_EQ(english("%n value(s) were read.", 0), "%n values were read.");
+    EXPECT_EQ(english("%n frame(s) are missing here", 1), "%n frame is missing here");
+    EXPECT_EQ(english("but %n value(s) read back otherwise", 1),
+              "but %n value reads back otherwise");
+    EXPECT_EQ(english("%n more have passed since.", 1), "%n more has passed since.");
+    EXPECT_EQ(english("%n more have passed since.", 3), "%n more have passed since.");
+    EXPECT_EQ(english("So are %n more.", 1), "So is %n more.");
+    EXPECT_EQ(english("%n longer one(s) up to %1 ms", 12), "%n longer ones up to %1 ms");
+}
+
+TEST(EnglishPlurals, LeaveWhatIsNotCountedToItself)
+{
+    EXPECT_TRUE(EnglishPlurals().translate("AnyPage", "port(s)", nullptr, -1).isNull());
 }
 
 } // namespace
+
 } // namespace dov417

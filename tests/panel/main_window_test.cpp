@@ -65,6 +65,18 @@ TEST_F(TheWindow, ShowsMovingValuesWithoutHardwareAfterOneClick)
     EXPECT_TRUE(desk.state().isUnlocked);
 }
 
+TEST_F(TheWindow, SaysWhereNobodyHasAnswered)
+{
+    options.faults = {"silence=100%"};
+    controller = std::make_unique<ControllerProcess>(options);
+    watch({"R_W:100"});
+    setup.port = controller->port();
+    desk.open(setup);
+    const std::string nobody =
+        controller->port() + ": nobody has answered yet; the line page shows what was asked.";
+    EXPECT_TRUE(waitUntil([&]() { return sentence() == nobody; }));
+}
+
 TEST_F(TheWindow, OpensALineForReadingAndSaysOnEachPageThatItIsUnlocked)
 {
     controller = std::make_unique<ControllerProcess>(options);

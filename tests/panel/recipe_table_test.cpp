@@ -5,12 +5,14 @@
 
 #include "loaded_library.h"
 #include "made_views.h"
+#include "panel/recipe_words.h"
 
 namespace dov417 {
 
 namespace {
 
 using testing::HasSubstr;
+using testing::Not;
 
 class ARecipeTable : public LoadedLibrary {
 protected:
@@ -208,6 +210,36 @@ TEST_F(ARecipeTable, TakesFromPollingWhatIsGoodAndLaterThanWhatItHas)
     EXPECT_FALSE(row(0).isCurrent);
     table.forgetController();
     EXPECT_TRUE(row(0).controller.empty());
+}
+
+// Cancelled when its last word was just confirmed: what the rows say is counted, whoever wrote it.
+TEST(TheEndOfARecipe, CountsWhatIsHeldAndWhatIsNot)
+{
+    RecipeNews news;
+    news.kind = RecipeKind::download;
+    news.isCancelled = true;
+    news.hasEnded = true;
+    RecipeRow held;
+    held.fate = RecipeFate::held;
+    RecipeRow notHeld;
+    notHeld.fate = RecipeFate::notHeld;
+    EXPECT_EQ(recipeEndText(news, {held, held}, true).toStdString(),
+              "\u2713 2 value(s) were written and read back.");
+    EXPECT_THAT(recipeEndText(news, {held, notHeld}, true).toStdString(),
+                HasSubstr("1 value(s) read back otherwise"));
+}
+
+// Cancelled twice: nothing was read back, and nothing is said of rows that know.
+TEST(TheEndOfARecipe, PromisesNoRowsThatSayWhatTheControllerHolds)
+{
+    RecipeNews news;
+    news.kind = RecipeKind::download;
+    news.hasEnded = true;
+    news.problems = {"it was cancelled"};
+    news.readings = {{{}, "it was cancelled"}};
+    EXPECT_THAT(recipeEndText(news, {}, true).toStdString(), Not(HasSubstr("The rows say")));
+    news.readings.push_back({{1, 0}, std::string()});
+    EXPECT_THAT(recipeEndText(news, {}, true).toStdString(), HasSubstr("The rows say"));
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <functional>
 
+#include "complaint.h"
 #include "panel_world.h"
 #include "session/recipe_file.h"
 
@@ -307,7 +308,7 @@ TEST_F(TheRecipesPage, SaysHowMuchWasDoneWhereItIsCutOff)
         EXPECT_LT(words, 1000U);
         EXPECT_THAT(result(), StartsWith("\u2717 It was broken off: "));
         EXPECT_THAT(result(),
-                    HasSubstr(std::to_string(words) + " of 1000 words had been written."));
+                    HasSubstr(std::to_string(words) + " of 1000 words had been confirmed."));
         EXPECT_THAT(column(RecipeModel::outcome), Each(StartsWith("? not known: ")));
         if (stop)
             stopController(false);
@@ -389,6 +390,25 @@ bool isInTheMiddle(const RecipeNews& news)
     return !news.hasEnded && !news.isReadingBack && news.progress.words > 0;
 }
 
+// The driver's cache holds what is on its way to the controller, which a recipe would read.
+TEST_F(ALongRecipe, AndWritesOfOtherPagesExcludeEachOther)
+{
+    begin();
+    unlock();
+    const PanelValue& value = desk.tags().values.front();
+    click("upload");
+    EXPECT_THAT(complaint([&]() { desk.write(value, "5"); }), HasSubstr("a recipe is under way"));
+    EXPECT_EQ(desk.writes().size(), 0U);
+    ended();
+    stopController(true);
+    desk.write(value, "5");
+    click("upload");
+    EXPECT_THAT(told, HasSubstr("values are being written"));
+    EXPECT_FALSE(desk.recipeIsUnderWay());
+    stopController(false);
+    EXPECT_TRUE(waitUntil([this]() { return allWritesHaveEnded(); }));
+}
+
 TEST_F(ALongRecipe, IsDownloadedNoFurtherOnceItIsCancelledAndSaysWhatTheControllerHolds)
 {
     beginDownload();
@@ -400,7 +420,7 @@ TEST_F(ALongRecipe, IsDownloadedNoFurtherOnceItIsCancelledAndSaysWhatTheControll
     EXPECT_GT(end.progress.words, 0U);
     EXPECT_LT(end.progress.words, 1000U);
     EXPECT_THAT(result(), StartsWith("\u2717 It was broken off: it was cancelled. "));
-    EXPECT_THAT(result(), HasSubstr("of 1000 words had been written. The rows say"));
+    EXPECT_THAT(result(), HasSubstr("of 1000 words had been confirmed. The rows say"));
     isPolledAgain();
     const int last = table->model()->rowCount() - 1;
     EXPECT_EQ(cell("1/R_W:1000", RecipeModel::outcome), "\u2713 the controller holds it");
@@ -428,7 +448,7 @@ TEST_F(ALongRecipe, IsNotReadBackEitherWhereItIsCancelledTwice)
     EXPECT_THAT(result(), HasSubstr("It was cancelled: "));
     cancel();
     ended();
-    EXPECT_THAT(result(), HasSubstr("of 1000 words had been written."));
+    EXPECT_THAT(result(), HasSubstr("of 1000 words had been confirmed."));
     EXPECT_THAT(column(RecipeModel::outcome), Each(StartsWith("? not known: ")));
     isPolledAgain();
 }

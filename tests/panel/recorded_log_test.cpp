@@ -136,6 +136,45 @@ TEST_F(ARecordedLog, GoesOnWhereTheClockOnTheWallWasPutBack)
               microseconds(7000));
 }
 
+// As it is written: a note when it is told, and the frame behind it begins some microseconds
+// before.
+TEST_F(ARecordedLog, TakesANoteThatWasToldLateForNoClockThatWasPutBack)
+{
+    const std::string note = " -- | no answer within 100 ms: no byte came\n";
+    const LogTime noon{microseconds(1769860800000000)};
+    const WireTimes times = timesOf(logOf(
+        header + readAt(40, 2) + logTimeText(noon + microseconds(160050)) + note + readAt(160, 2) +
+        logTimeText(noon + microseconds(290040)) + note + readAt(290, 2) + replyAt(320, 2)));
+    std::vector<bool> again;
+    for (const WireFrame& frame : times.frames())
+        again.push_back(frame.told.repeats);
+    EXPECT_THAT(again, ElementsAre(false, true, true));
+    EXPECT_EQ(times.cycles().size(), 0U);
+    for (const std::string& span : spansOf(times))
+        EXPECT_THAT(span, testing::Not(HasSubstr("not recorded")));
+}
+
+TEST_F(ARecordedLog, GoesOnWhereAYearIsWrong)
+{
+    const std::string far =
+        "2926-01-31T12:00:01.000000+00:00 TX " + hexWithCrc("020305640001") + " |\n";
+    const WireTimes times =
+        timesOf(logOf(header + readAt(0) + replyAt(25) + far + readAt(2000) + replyAt(2025)));
+    ASSERT_EQ(times.frames().size(), 3U);
+    EXPECT_LT(times.end() - times.begin(), std::chrono::seconds(10));
+}
+
+TEST_F(ARecordedLog, KnowsARepetitionBehindAMarker)
+{
+    const std::string marker = "TX " + hexWithCrc("020800001234") + " |";
+    const std::string echo = "RX " + hexWithCrc("020800001234") + " |";
+    const WireTimes times = timesOf(
+        logOf(header + readAt(0, 2) + logLineAt(108, "-- | no answer within 100 ms: no byte came") +
+              logLineAt(110, marker) + logLineAt(130, echo) + readAt(140, 2)));
+    ASSERT_EQ(times.frames().size(), 3U);
+    EXPECT_TRUE(times.frames().back().told.repeats);
+}
+
 TEST_F(ARecordedLog, KnowsNoSpeedWhereItsRemarksNameNoneOrTwo)
 {
     EXPECT_FALSE(logOf(readAt(0)).wire);

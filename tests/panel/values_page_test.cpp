@@ -14,6 +14,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 class TheValuesPage : public PanelWorld {
@@ -146,10 +147,20 @@ TEST_F(TheValuesPage, AddsASeriesAndWhatIsPasted)
     QApplication::clipboard()->setText("oven\tT:1\nbelt\tT:2\n");
     QTest::keyClick(table, Qt::Key_V, Qt::ControlModifier);
     EXPECT_THAT(names(), ElementsAre("2/R_W:5", "2/R_W:15", "2/R_W:25", "1/T:1", "1/T:2"));
+    std::vector<int> chosen;
+    for (const QModelIndex& each : table->selectionModel()->selectedRows())
+        chosen.push_back(each.row());
+    EXPECT_THAT(chosen, ElementsAre(3, 4)) << "what was added is shown";
     QApplication::clipboard()->setText("C:1\nnonsense\n");
     QTest::keyClick(table, Qt::Key_V, Qt::ControlModifier);
     EXPECT_EQ(names().size(), 5U);
-    EXPECT_THAT(told, HasSubstr("what is pasted:2"));
+    EXPECT_THAT(told, StartsWith("Nothing was added: what is pasted:2"));
+    EXPECT_THAT(told, HasSubstr("a name and an address, or the columns of a tag file"));
+    EXPECT_THAT(told, Not(HasSubstr("--tags")));
+    QApplication::clipboard()->setText("C:1\na\tC:2\tuint16\n");
+    QTest::keyClick(table, Qt::Key_V, Qt::ControlModifier);
+    EXPECT_EQ(names().size(), 5U);
+    EXPECT_THAT(told, StartsWith("Nothing was added: what is pasted:1"));
 }
 
 TEST_F(TheValuesPage, WritesInPlaceAndTellsWhatBecameOfIt)

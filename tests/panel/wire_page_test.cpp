@@ -364,7 +364,7 @@ TEST_F(TheFrameOfTheWire, IsSaidToBeGoneWhereThePageOfTheLineDoesNotShowIt)
     QObject::connect(line, &PanelPage::told, line,
                      [&told](const QString& text) { told = text.toStdString(); });
     EXPECT_FALSE(line->showFrame(1000000));
-    EXPECT_THAT(told, HasSubstr("too long ago"));
+    EXPECT_THAT(told, HasSubstr("does not keep this frame"));
     line->findChild<QCheckBox*>("trouble")->setChecked(true);
     EXPECT_FALSE(line->showFrame(1));
     EXPECT_THAT(told, HasSubstr("only what is asked for"));
