@@ -15,10 +15,9 @@ struct StationTexts {
 QString stationText(const StationNames& names, int station)
 {
     constexpr int maxLetters = 24; // it stands beside rows and lanes
-    const auto found = names.find(station);
-    if (found == names.end())
+    QString name = QString::fromStdString(nameOf(station, names)).simplified();
+    if (name.isEmpty())
         return StationTexts::tr("station %1").arg(station);
-    QString name = QString::fromStdString(found->second).simplified();
     if (name.size() > maxLetters)
         name = name.left(maxLetters - 1) + QChar(0x2026);
     return StationTexts::tr("%1 %2", "number and name of a station")

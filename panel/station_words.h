@@ -3,13 +3,10 @@
 #define DOV417_PANEL_STATION_WORDS_H
 
 #include <QString>
-#include <map>
-#include <string>
+
+#include "link/station_names.h"
 
 namespace dov417 {
-
-// By the station's number; one without a name has none here.
-using StationNames = std::map<int, std::string>;
 
 // "3 filler"; without a name "station 3". A long name is cut short.
 QString stationText(const StationNames& names, int station);
