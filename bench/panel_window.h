@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "driver/debug_lines.h"
+#include "panel/desk/panel_desk.h"
 #include "panel/main_window.h"
-#include "panel/panel_desk.h"
 
 namespace dov417 {
 

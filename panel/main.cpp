@@ -9,11 +9,11 @@
 #include "line/failure.h"
 #include "live/child_program.h"
 #include "live/shutdown.h"
-#include "panel/english_plurals.h"
+#include "panel/desk/english_plurals.h"
 #include "panel/main_window.h"
 #include "panel/panel_options.h"
 #include "panel/pictures.h"
-#include "panel/recent_projects.h"
+#include "panel/project/recent_projects.h"
 #include "panel/start_page.h"
 
 using namespace dov417;

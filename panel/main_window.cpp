@@ -9,19 +9,19 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
-#include "panel/faults_page.h"
-#include "panel/health_page.h"
-#include "panel/help_boxes.h"
-#include "panel/lamps_page.h"
-#include "panel/line_page.h"
-#include "panel/plan_page.h"
-#include "panel/recipes_page.h"
+#include "panel/desk/help_boxes.h"
+#include "panel/desk/state_words.h"
+#include "panel/faults/faults_page.h"
+#include "panel/frames/line_page.h"
+#include "panel/frames/wire_page.h"
+#include "panel/health/health_page.h"
+#include "panel/plan/plan_page.h"
+#include "panel/project/window_layout.h"
+#include "panel/recipes/recipes_page.h"
 #include "panel/start_page.h"
-#include "panel/state_words.h"
-#include "panel/trends_page.h"
-#include "panel/values_page.h"
-#include "panel/window_layout.h"
-#include "panel/wire_page.h"
+#include "panel/trends/trends_page.h"
+#include "panel/values/lamps_page.h"
+#include "panel/values/values_page.h"
 
 namespace dov417 {
 

@@ -10,7 +10,7 @@
 #include <memory>
 #include <vector>
 
-#include "panel/project_actions.h"
+#include "panel/project/project_actions.h"
 
 namespace dov417 {
 

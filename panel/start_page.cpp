@@ -8,10 +8,10 @@
 
 #include "driver/default_line.h"
 #include "link/network_address.h"
-#include "panel/flow_layout.h"
-#include "panel/panel_icons.h"
-#include "panel/recent_projects.h"
-#include "panel/state_words.h"
+#include "panel/desk/flow_layout.h"
+#include "panel/desk/panel_icons.h"
+#include "panel/desk/state_words.h"
+#include "panel/project/recent_projects.h"
 
 namespace dov417 {
 

@@ -10,7 +10,7 @@
 #include <QTreeWidget>
 
 #include "link/port_list.h"
-#include "panel/project_actions.h"
+#include "panel/project/project_actions.h"
 
 namespace dov417 {
 

@@ -4,7 +4,7 @@
 
 #include <map>
 
-#include "panel/line_batch.h"
+#include "panel/desk/line_batch.h"
 #include "text/placed_json.h"
 
 namespace dov417 {

@@ -14,7 +14,7 @@
 
 #include "live/child_program.h"
 #include "page_pictures.h"
-#include "panel/english_plurals.h"
+#include "panel/desk/english_plurals.h"
 #include "session_recorder.h"
 
 using namespace dov417;

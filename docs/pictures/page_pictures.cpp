@@ -11,12 +11,12 @@
 #include <map>
 
 #include "few_colours.h"
+#include "panel/frames/wire_view.h"
 #include "panel/pictures.h"
-#include "panel/recipes_page.h"
+#include "panel/recipes/recipes_page.h"
 #include "panel/start_page.h"
-#include "panel/trend_stack.h"
-#include "panel/trends_page.h"
-#include "panel/wire_view.h"
+#include "panel/trends/trend_stack.h"
+#include "panel/trends/trends_page.h"
 
 namespace dov417 {
 

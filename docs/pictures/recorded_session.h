@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "panel/line_batch.h"
+#include "panel/desk/line_batch.h"
 
 namespace dov417 {
 

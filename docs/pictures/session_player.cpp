@@ -2,7 +2,7 @@
 
 #include <QCoreApplication>
 
-#include "panel/panel_clock.h"
+#include "panel/desk/panel_clock.h"
 
 namespace dov417 {
 

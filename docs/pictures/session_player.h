@@ -2,7 +2,7 @@
 #ifndef DOV417_DOCS_PICTURES_SESSION_PLAYER_H
 #define DOV417_DOCS_PICTURES_SESSION_PLAYER_H
 
-#include "panel/panel_desk.h"
+#include "panel/desk/panel_desk.h"
 #include "recorded_session.h"
 
 namespace dov417 {

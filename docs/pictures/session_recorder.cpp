@@ -5,7 +5,7 @@
 #include <QTemporaryDir>
 #include <QTimer>
 
-#include "panel/line_thread.h"
+#include "panel/desk/line_thread.h"
 #include "simulator/faults.h"
 
 namespace dov417 {

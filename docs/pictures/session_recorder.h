@@ -3,7 +3,7 @@
 #ifndef DOV417_DOCS_PICTURES_SESSION_RECORDER_H
 #define DOV417_DOCS_PICTURES_SESSION_RECORDER_H
 
-#include "panel/panel_tags.h"
+#include "panel/desk/panel_tags.h"
 #include "recorded_session.h"
 
 namespace dov417 {

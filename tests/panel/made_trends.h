@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "made_views.h"
-#include "panel/trend_history.h"
+#include "panel/trends/trend_history.h"
 
 namespace dov417 {
 

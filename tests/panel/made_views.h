@@ -2,7 +2,7 @@
 #ifndef DOV417_TESTS_MADE_VIEWS_H
 #define DOV417_TESTS_MADE_VIEWS_H
 
-#include "panel/line_batch.h"
+#include "panel/desk/line_batch.h"
 
 namespace dov417 {
 

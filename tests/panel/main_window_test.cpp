@@ -11,9 +11,9 @@
 
 #include "answering.h"
 #include "made_views.h"
-#include "panel/recent_projects.h"
+#include "panel/desk/state_words.h"
+#include "panel/project/recent_projects.h"
 #include "panel/start_page.h"
-#include "panel/state_words.h"
 #include "panel_world.h"
 
 namespace dov417 {

@@ -13,7 +13,7 @@
 
 #include "live/controller_process.h"
 #include "loaded_library.h"
-#include "panel/panel_desk.h"
+#include "panel/desk/panel_desk.h"
 #include "pty_slave.h"
 
 namespace dov417 {

@@ -3,10 +3,10 @@
 #include <QLineEdit>
 #include <QTableView>
 
-#include "panel/health_model.h"
-#include "panel/stations_dialog.h"
-#include "panel/values_model.h"
-#include "panel/wire_view.h"
+#include "panel/frames/wire_view.h"
+#include "panel/health/health_model.h"
+#include "panel/project/stations_dialog.h"
+#include "panel/values/values_model.h"
 #include "project_world.h"
 
 namespace dov417 {

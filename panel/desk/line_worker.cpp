@@ -1,0 +1,273 @@
+#include "panel/desk/line_worker.h"
+
+#include <utility>
+
+#include "link/network_address.h"
+
+namespace dov417 {
+
+namespace {
+
+const char* const lineWasClosed = "the line was closed";
+constexpr int pulsesPerStatistics = 2;
+
+std::set<int> stationsOf(const std::vector<Address>& addresses)
+{
+    std::set<int> stations;
+    for (const Address& address : addresses)
+        stations.insert(address.station);
+    return stations;
+}
+
+} // namespace
+
+LineWorker::LineWorker(const Library& library)
+    : library_(library), screenTimer_(this), pulseTimer_(this), recipes_(this)
+{
+    // For connections that are queued, to the window's thread.
+    qRegisterMetaType<LineBatch>("dov417::LineBatch");
+    screenTimer_.setSingleShot(true);
+    screenTimer_.setInterval(screenPause);
+    pulseTimer_.setInterval(pulse);
+    connect(&screenTimer_, &QTimer::timeout, this, [this]() { collected(); });
+    connect(&pulseTimer_, &QTimer::timeout, this, [this]() { sendPulse(); });
+    own_.onReport([this]() {
+        hasNews_ = true;
+        collected();
+    });
+}
+
+LineWorker::~LineWorker() = default;
+
+// ---- the line -------------------------------------------------------------------------------
+
+void LineWorker::open(const LineOrder& order)
+{
+    close();
+    line_ = order.line;
+    collector_.beginLine(order.line);
+    collector_.beginGeneration(order.generation, order.watched.size());
+    state_ = LineState();
+    state_.isSimulated = order.setup.simulated;
+    state_.isUnlocked = order.setup.simulated;
+    state_.port = order.setup.port;
+    cycles_ = 0;
+    statistics_.reset(); // of the line before
+    pulses_ = 0;
+    pulseTimer_.start();
+    try {
+        makeLine(order);
+    } catch (const Failure& failure) {
+        refuse(failure.what());
+    }
+}
+
+void LineWorker::makeLine(const LineOrder& order)
+{
+    live_ = std::make_unique<LiveLine>(library_, order.setup, stationsOf(order.watched),
+                                       order.setup.simulated ? own_.linked(order.controller)
+                                                             : order.controller);
+    own_.follow(live_->controller());
+    const LineSettings& settings = live_->settings();
+    state_.port = settings.device.toStdString();
+    if (!parseNetworkAddress(state_.port))
+        state_.wire = toText(settings.wire);
+    session_ = std::make_unique<Session>(library_, sessionSettings(order.setup));
+    live_->record(*session_);
+    follow();
+    const Result opened = session_->open(settings);
+    if (!opened.accepted) {
+        refuse(opened.reason);
+        return;
+    }
+    state_.phase = session_->statistics().portIsOpen ? LinePhase::open : LinePhase::opening;
+    plan(order.watched);
+}
+
+void LineWorker::follow()
+{
+    connect(session_.get(), &Session::changed, this, [this](const ViewChanges& changes) {
+        for (const ViewChange& change : changes)
+            collector_.add(change.view);
+        collected();
+    });
+    connect(session_.get(), &Session::cycleEnded, this, [this](long long cycles) {
+        const Clock::time_point now = Clock::now();
+        state_.cycle = std::chrono::duration_cast<Micros>(now - cycleBegan_);
+        cycleBegan_ = now;
+        cycles_ = cycles;
+    });
+    const auto passed = [this](Passed::What what) {
+        return [this, what](const Transmission& transmission) {
+            Passed each;
+            each.what = what;
+            each.at = Clock::now();
+            each.transmission = transmission;
+            each.cycle = cycles_;
+            collector_.add(std::move(each));
+            collected();
+        };
+    };
+    connect(session_.get(), &Session::transmissionBegan, this, passed(Passed::What::began));
+    connect(session_.get(), &Session::transmissionEnded, this, passed(Passed::What::ended));
+    connect(session_.get(), &Session::strayCame, this, [this](const Stray& stray) {
+        Passed each;
+        each.what = Passed::What::stray;
+        each.at = stray.at;
+        each.stray = stray;
+        collector_.add(std::move(each));
+        collected();
+    });
+    connect(session_.get(), &Session::noticed, this,
+            [this](const std::string& text) { note(text); });
+    connect(session_.get(), &Session::portChanged, this,
+            [this](bool open, const std::string& message) { portChanged(open, message); });
+}
+
+void LineWorker::portChanged(bool open, const std::string& message)
+{
+    state_.phase = open ? LinePhase::open : LinePhase::away;
+    state_.reason = open ? std::string() : message;
+    note(message);
+    // What would go on with the port may go to whatever is at its end then, half of it.
+    if (!open && recipes_.isUnderWay())
+        session_->endRequests(message);
+}
+
+void LineWorker::refuse(const std::string& reason)
+{
+    session_.reset();
+    own_.follow(nullptr);
+    live_.reset();
+    state_.phase = LinePhase::refused;
+    state_.reason = reason;
+    hasNews_ = true;
+    collected();
+}
+
+void LineWorker::close()
+{
+    if (session_)
+        session_->close(lineWasClosed); // tells what becomes of its writes
+    recipes_.end(lineWasClosed);
+    session_.reset();
+    own_.follow(nullptr);
+    live_.reset();
+    state_.phase = LinePhase::closed;
+    hasNews_ = true;
+    collected();
+}
+
+void LineWorker::finish()
+{
+    if (!session_) {
+        emit finished();
+        return;
+    }
+    session_->finish([this]() {
+        // From its own event: it is not destroyed while it tells.
+        QTimer::singleShot(0, this, [this]() {
+            close();
+            emit finished();
+        });
+    });
+}
+
+// ---- what is asked for ----------------------------------------------------------------------
+
+void LineWorker::watch(int generation, const std::vector<Address>& addresses)
+{
+    collector_.beginGeneration(generation, addresses.size());
+    plan(addresses);
+    hasNews_ = true;
+    collected();
+}
+
+void LineWorker::plan(const std::vector<Address>& addresses)
+{
+    if (!session_)
+        return;
+    cycleBegan_ = Clock::now();
+    const Result result = session_->watch(addresses);
+    if (!result.accepted)
+        note(result.reason);
+    // What is known of addresses that stay is no change.
+    for (const View& view : session_->views())
+        collector_.add(view);
+}
+
+void LineWorker::setUnlocked(int line, bool isUnlocked)
+{
+    if (line != line_)
+        return;
+    state_.isUnlocked = isUnlocked;
+    hasNews_ = true;
+    collected();
+}
+
+void LineWorker::setConditions(int line, const simulator::Conditions& conditions)
+{
+    if (line == line_)
+        own_.setConditions(conditions);
+}
+
+// ---- telling the window ---------------------------------------------------------------------
+
+void LineWorker::note(const std::string& text)
+{
+    Passed each;
+    each.at = Clock::now();
+    each.text = text;
+    collector_.add(std::move(each));
+    collected();
+}
+
+void LineWorker::batchSeen()
+{
+    isSeen_ = true;
+    collected();
+}
+
+void LineWorker::sendPulse()
+{
+    hasNews_ = true;
+    if (isSeen_ && session_) {
+        for (const View& view : session_->views())
+            collector_.add(view);
+        if (++pulses_ % pulsesPerStatistics == 0)
+            statistics_ = std::make_shared<const LinkStatistics>(session_->statistics());
+        own_.askReport();
+    }
+    collected();
+}
+
+// Whenever there may be something to tell.
+void LineWorker::collected()
+{
+    if (isSeen_ && !screenTimer_.isActive() && (hasNews_ || !collector_.isEmpty()))
+        send();
+}
+
+void LineWorker::send()
+{
+    LineBatch batch = collector_.take();
+    batch.made = Clock::now();
+    batch.state = state();
+    batch.statistics = std::move(statistics_);
+    statistics_.reset();
+    batch.controller = own_.takeReport();
+    hasNews_ = false;
+    isSeen_ = false;
+    screenTimer_.start();
+    emit batchReady(batch);
+}
+
+LineState LineWorker::state()
+{
+    state_.cycles = cycles_;
+    state_.writesUnderWay = session_ ? session_->writesUnderWay() : 0;
+    state_.isGood = !session_ || session_->statistics().linkIsGood;
+    return state_;
+}
+
+} // namespace dov417

@@ -1,0 +1,27 @@
+#include "panel/desk/panel_page.h"
+
+namespace dov417 {
+
+PanelPage::PanelPage(PanelDesk& desk) : desk_(desk) {}
+
+bool PanelPage::isBusy() const
+{
+    return false;
+}
+
+std::string PanelPage::settingsName() const
+{
+    return {};
+}
+
+OrderedJson PanelPage::settings() const
+{
+    return OrderedJson::object();
+}
+
+std::function<void()> PanelPage::prepared(const OrderedJson& /*settings*/)
+{
+    return []() {};
+}
+
+} // namespace dov417

@@ -1,0 +1,50 @@
+// A page of the panel: a widget that shows what the desk knows, and asks it for what a person
+// wants.
+#ifndef DOV417_PANEL_PANEL_PAGE_H
+#define DOV417_PANEL_PANEL_PAGE_H
+
+#include <QIcon>
+#include <QWidget>
+#include <functional>
+#include <string>
+
+#include "panel/desk/panel_desk.h"
+#include "text/placed_json.h"
+
+namespace dov417 {
+
+class PanelPage : public QWidget {
+    Q_OBJECT
+
+public:
+    // The desk is to outlive it.
+    explicit PanelPage(PanelDesk& desk);
+
+    // In the list of pages, where it stands with Alt and its letter.
+    virtual QString title() const = 0;
+    virtual QIcon icon() const = 0;
+    // What it shows is not what it will show in a moment, made elsewhere: no time for a picture.
+    virtual bool isBusy() const;
+
+    // Its member in a project, which holds how it is arranged and never what it shows; empty: it
+    // has none.
+    virtual std::string settingsName() const;
+    virtual OrderedJson settings() const;
+    // Reads what a project holds for it, {} where that is nothing, and returns what arranges the
+    // page so; that cannot fail. Throws a UsageFailure that begins with the member, "plots[1].axis:
+    // ...": nothing is different then.
+    virtual std::function<void()> prepared(const OrderedJson& settings);
+
+signals:
+    // What a person should read now, below whatever page; an empty text takes it back.
+    void told(const QString& text);
+    // A person has arranged it otherwise.
+    void settingsChanged();
+
+protected:
+    PanelDesk& desk_;
+};
+
+} // namespace dov417
+
+#endif

@@ -1,0 +1,175 @@
+#include "panel/desk/panel_tags.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <unordered_set>
+
+#include "driver/registers.h"
+#include "panel/desk/line_batch.h"
+#include "text/address_values.h"
+#include "text/csv_rows.h"
+#include "text/raw_values.h"
+
+namespace dov417 {
+
+namespace {
+
+// Results of intf_multiCopy().
+constexpr int seriesIsClipped = 2;
+
+// What may be written is a matter of the register type, and asked once for each: the driver takes
+// longer over it than over all else that is known of a tag.
+std::string whyLocked(const Library& library, const Address& address,
+                      std::unordered_set<std::string>& writable)
+{
+    if (writable.count(address.regName) > 0)
+        return std::string();
+    try {
+        requireAccess(library, address, Access::write);
+    } catch (const UsageFailure& failure) {
+        return failure.what();
+    }
+    writable.insert(address.regName);
+    return std::string();
+}
+
+Item renamed(const Item& item, const std::string& name)
+{
+    Item other = item;
+    other.name = name;
+    return other;
+}
+
+Item addressItem(const Library& library, const std::string& text)
+{
+    if (text.find(':') == std::string::npos && !registerType(library, text))
+        throw UsageFailure("'" + text +
+                           "' is no address, which is written R_W:100 or 2/M_bit:1.0..1.15");
+    return Items(library, ItemSource()).find(text, Access::read);
+}
+
+// Of its register type, of which a format may make one.
+int ownValues(const Address& address)
+{
+    const bool isOfFour = address.width == Width::quadWord;
+    return address.length / unitsOf(isOfFour ? Width::doubleWord : address.width);
+}
+
+} // namespace
+
+PanelTags panelTags(const Library& library, const std::vector<Item>& items)
+{
+    PanelTags tags;
+    tags.items = items;
+    const std::vector<ViewLabel> labels = labelViews(library, items);
+    std::unordered_set<std::string> writable;
+    tags.values.reserve(labels.size());
+    std::size_t place = 0;
+    for (const Item& item : items) {
+        const int count = valueCount(item.address);
+        const std::string locked = whyLocked(library, item.address, writable);
+        for (int i = 0; i < count; ++i) {
+            const Address address = valueOf(item.address, i);
+            tags.values.push_back({labels.at(tags.values.size()), address, item, place, locked});
+        }
+        ++place;
+    }
+    return tags;
+}
+
+std::vector<Address> watchedAddresses(const std::vector<Item>& items)
+{
+    std::vector<Address> addresses;
+    std::unordered_set<Address, AddressHash> known;
+    for (const Item& item : items)
+        if (known.insert(item.address).second)
+            addresses.push_back(item.address);
+    return addresses;
+}
+
+std::vector<unsigned char> bytesToWrite(const PanelValue& value, const std::string& text)
+{
+    if (!value.locked.empty())
+        throw UsageFailure(value.locked);
+    std::vector<unsigned char> bytes = valueBytes(value.address, value.label.format, {text});
+    Item one = value.item;
+    one.address = value.address;
+    requireWithinLimits(one, bytes);
+    return bytes;
+}
+
+std::string allowedRange(const PanelValue& value)
+{
+    const Format& format = value.label.format;
+    const Limits& limits = value.item.limits;
+    if (limits.min && limits.max)
+        return withUnit(limitText(*limits.min) + " to " + limitText(*limits.max), format);
+    if (value.address.width == Width::bit)
+        return "0 or 1";
+    if (isFloating(format.notation) || !isNumber(format.notation))
+        return limits.min   ? "from " + withUnit(limitText(*limits.min), format)
+               : limits.max ? "up to " + withUnit(limitText(*limits.max), format)
+                            : std::string();
+    const int bits = bitsOf(value.address.width);
+    const double low = isSigned(format.notation) ? -std::exp2(bits - 1) : 0;
+    const double high = isSigned(format.notation)          ? std::exp2(bits - 1) - 1
+                        : format.notation == Notation::bcd ? std::pow(10, bits / bitsPerDigit) - 1
+                                                           : std::exp2(bits) - 1;
+    const auto scaled = [&format](double number) {
+        return number * format.scaling.scale + format.scaling.offset;
+    };
+    const auto [least, most] =
+        std::minmax({scaled(low), scaled(high)}); // the scale may be negative
+    return withUnit(limitText(limits.min.value_or(least)) + " to " +
+                        limitText(limits.max.value_or(most)),
+                    format);
+}
+
+std::vector<Item> pastedItems(const Library& library, const std::string& text)
+{
+    const std::string named = "what is pasted";
+    const std::vector<Row> rows = csvRows(text, named).rows;
+    std::vector<Item> items;
+    if (rows.empty())
+        return items;
+    const bool isTable =
+        std::any_of(rows.begin(), rows.end(), [](const Row& row) { return row.fields.size() > 2; });
+    if (isTable) {
+        const std::vector<Tag> tags = parseTags(library, text, named);
+        return tags.empty() ? items : Items(library, tags).tagged(Access::read);
+    }
+    for (const Row& row : rows)
+        try {
+            const Item item = addressItem(library, row.fields.back());
+            items.push_back(row.fields.size() > 1 ? renamed(item, row.fields.front()) : item);
+        } catch (const UsageFailure& failure) {
+            Place{named, row.line}.refuse(failure.what());
+        }
+    return items;
+}
+
+std::vector<Item> seriesOf(const Library& library, const Item& item, int count, int step)
+{
+    QVector<QString> texts;
+    QVector<int> values;
+    const QString regName = QString::fromStdString(item.address.regName);
+    if (library.intf_multiCopy(regName, item.address.first, count, step, texts, values) ==
+        seriesIsClipped)
+        throw UsageFailure("the series runs past the highest address of " + item.address.regName);
+    const bool isTag = item.name != toText(library, item.address);
+    std::vector<Item> items;
+    for (int i = 0; i < texts.size(); ++i) {
+        Item next = item;
+        next.address = parseAddress(library, item.address.station, item.address.regName,
+                                    texts.at(i).toStdString(), ownValues(item.address));
+        next.address.width = item.address.width;
+        next.name = !isTag   ? toText(library, next.address)
+                    : i == 0 ? item.name
+                             : item.name + "_" + std::to_string(i + 1);
+        items.push_back(next);
+    }
+    return items;
+}
+
+} // namespace dov417

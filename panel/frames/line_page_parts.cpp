@@ -1,0 +1,124 @@
+#include <QFileDialog>
+#include <QHBoxLayout>
+#include <QHeaderView>
+
+#include "line/frame_bytes.h"
+#include "panel/frames/line_page.h"
+
+namespace dov417 {
+
+namespace {
+
+void makePlain(QTableView* table)
+{
+    table->setSelectionBehavior(QAbstractItemView::SelectRows);
+    table->setTabKeyNavigation(false);
+    table->setWordWrap(false);
+    table->verticalHeader()->hide();
+    table->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    table->verticalHeader()->setDefaultSectionSize(table->fontMetrics().height() + 6);
+}
+
+} // namespace
+
+void LinePage::makeTable()
+{
+    filter_.setSourceModel(&model_);
+    table_->setModel(&filter_);
+    table_->setObjectName(QStringLiteral("frames"));
+    table_->setAccessibleName(tr("What passed on the line"));
+    table_->setSelectionMode(QAbstractItemView::SingleSelection);
+    makePlain(table_);
+    const int letter = table_->fontMetrics().averageCharWidth();
+    table_->setColumnWidth(LineModel::when, letter * 16);
+    table_->setColumnWidth(LineModel::since, letter * 12);
+    table_->setColumnWidth(LineModel::direction, letter * 14);
+    table_->setColumnWidth(LineModel::meaning, letter * 70);
+    table_->horizontalHeader()->setStretchLastSection(true);
+    // Who chooses a frame wants to look at it.
+    connect(table_, &QTableView::clicked, this, [this]() { setHeld(true); });
+}
+
+void LinePage::makeFields()
+{
+    fields_->setColumnCount(4);
+    fields_->setHorizontalHeaderLabels({tr("Byte"), tr("Bytes"), tr("What it is"), tr("Meaning")});
+    fields_->setAccessibleName(tr("The chosen frame, byte by byte"));
+    fields_->setObjectName(QStringLiteral("fields"));
+    fields_->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    fields_->horizontalHeader()->setStretchLastSection(true);
+    makePlain(fields_);
+}
+
+QWidget* LinePage::makeTools()
+{
+    auto* const tools = new QWidget;
+    auto* const row = new QHBoxLayout(tools);
+    row->setContentsMargins(0, 0, 0, 0);
+    auto* const station = new QSpinBox;
+    station->setRange(0, maxStation);
+    station->setSpecialValueText(tr("all stations"));
+    station->setPrefix(tr("station "));
+    station->setAccessibleName(tr("Show only this station"));
+    station->setObjectName(QStringLiteral("station"));
+    auto* const kind = new QComboBox;
+    kind->setAccessibleName(tr("Show only this kind"));
+    kind->setObjectName(QStringLiteral("kind"));
+    kind->addItem(tr("requests, replies, all"));
+    for (const Direction each :
+         {Direction::sent, Direction::received, Direction::stray, Direction::note})
+        kind->addItem(directionText(each), static_cast<int>(each));
+    auto* const trouble = new QCheckBox(tr("t&rouble only"));
+    trouble->setObjectName(QStringLiteral("trouble"));
+    auto* const search = new QLineEdit;
+    search->setPlaceholderText(tr("Show only rows with \u2026"));
+    search->setAccessibleName(tr("Show only rows with this text"));
+    search->setObjectName(QStringLiteral("lineSearch"));
+    search->setClearButtonEnabled(true);
+    row->addWidget(station);
+    row->addWidget(kind);
+    row->addWidget(trouble);
+    row->addWidget(search, 1);
+    connect(station, QOverload<int>::of(&QSpinBox::valueChanged), &filter_,
+            &LineFilter::setStation);
+    connect(kind, QOverload<int>::of(&QComboBox::currentIndexChanged), this, [this, kind](int at) {
+        filter_.setDirection(
+            at == 0 ? std::nullopt
+                    : std::optional<Direction>(static_cast<Direction>(kind->itemData(at).toInt())));
+    });
+    connect(trouble, &QCheckBox::toggled, &filter_, &LineFilter::setTroubleOnly);
+    connect(search, &QLineEdit::textChanged, &filter_, &LineFilter::setText);
+    return tools;
+}
+
+QWidget* LinePage::makeFiles()
+{
+    auto* const files = new QWidget;
+    auto* const row = new QHBoxLayout(files);
+    row->setContentsMargins(0, 0, 0, 0);
+    hold_->setCheckable(true);
+    hold_->setObjectName(QStringLiteral("hold"));
+    back_->setObjectName(QStringLiteral("back"));
+    auto* const save = new QPushButton(tr("&Save as a line log \u2026"));
+    auto* const open = new QPushButton(tr("Open a line &log \u2026"));
+    row->addWidget(hold_);
+    row->addWidget(standing_, 1);
+    row->addWidget(back_);
+    row->addWidget(open);
+    row->addWidget(save);
+    connect(hold_, &QPushButton::clicked, this, [this](bool isOn) { setHeld(isOn); });
+    connect(back_, &QPushButton::clicked, this, [this]() { backToLine(); });
+    connect(save, &QPushButton::clicked, this, [this]() {
+        const QString file = QFileDialog::getSaveFileName(this, tr("Save as a line log"));
+        if (!file.isEmpty())
+            saveLog(file);
+    });
+    connect(open, &QPushButton::clicked, this, [this]() {
+        const QString file = QFileDialog::getOpenFileName(this, tr("Open a line log"));
+        if (!file.isEmpty())
+            openLog(file);
+    });
+    return files;
+}
+
+} // namespace dov417

@@ -1,0 +1,162 @@
+#include "panel/recipes/recipe_rows.h"
+
+#include <map>
+#include <tuple>
+
+#include "text/address_values.h"
+
+namespace dov417 {
+
+namespace {
+
+constexpr int bitsOfWord = 16;
+
+bool isMoved(const RecipeRow& row, RecipeKind kind)
+{
+    switch (kind) {
+    case RecipeKind::read:
+        return true;
+    case RecipeKind::upload:
+        return row.isWritable();
+    case RecipeKind::download:
+        return row.isInRecipe();
+    }
+    return false;
+}
+
+bool isSameItem(const PanelValue& a, const PanelValue& b)
+{
+    return a.item.name == b.item.name && a.item.address == b.item.address && a.place == b.place;
+}
+
+void addValue(RecipeShare& share, const RecipeRow& row)
+{
+    share.values.push_back({row.value.address, row.value.label.name});
+    share.entry.data.insert(share.entry.data.end(), row.buffer.begin(), row.buffer.end());
+}
+
+// One value under its own name.
+RecipeShare shareOfValue(const Library& library, const RecipeRow& row)
+{
+    RecipeShare share;
+    share.entry.item = row.value.item;
+    share.entry.item.address = row.value.address;
+    share.entry.item.name =
+        isTag(library, row.value.item) ? row.value.label.name : toText(library, row.value.address);
+    addValue(share, row);
+    return share;
+}
+
+// "float:high-first"; empty of what is meant where nothing is said.
+std::string formatInFile(const Format& format)
+{
+    const bool isText = format.notation == Notation::text;
+    const WordOrder order = isText ? format.byteOrder : format.order;
+    const WordOrder unsaid = isText ? Format().byteOrder : Format().order;
+    if (format.notation == Format().notation && order == unsaid)
+        return std::string();
+    std::string text = notationNames().at(static_cast<std::size_t>(format.notation));
+    if (order != unsaid)
+        text += ":" + wordOrderNames().at(static_cast<std::size_t>(order));
+    return text;
+}
+
+// What one place of the controller is to hold, and who says so.
+struct RecipeWish {
+    unsigned bits = 0;
+    unsigned known = 0; // which of them
+    std::string name;
+};
+using RecipeWishes = std::map<std::tuple<int, std::string, int>, std::vector<RecipeWish>>;
+
+void add(RecipeWishes& wishes, const Address& address, int word, const RecipeWish& wish)
+{
+    std::vector<RecipeWish>& here = wishes[{address.station, areaOf(address.regName), word}];
+    for (const RecipeWish& other : here)
+        if (((other.bits ^ wish.bits) & other.known & wish.known) != 0)
+            throw UsageFailure(other.name + " and " + wish.name +
+                               " want different values of the same place");
+    here.push_back(wish);
+}
+
+void addWishes(RecipeWishes& wishes, const RecipeEntry& entry)
+{
+    const Address& address = entry.item.address;
+    constexpr unsigned all = 0xFFFF;
+    for (int unit = 0; unit < address.length; ++unit) {
+        const auto at = static_cast<std::size_t>(unit);
+        const int place = address.first + unit;
+        if (address.width == Width::bit) {
+            const int bit = place % bitsOfWord;
+            add(wishes, address, place / bitsOfWord,
+                {static_cast<unsigned>(entry.data.at(at) != 0) << bit, 1U << bit, entry.item.name});
+        } else {
+            const unsigned word =
+                entry.data.at(2 * at) | static_cast<unsigned>(entry.data.at(2 * at + 1)) << 8;
+            add(wishes, address, place, {word, all, entry.item.name});
+        }
+    }
+}
+
+} // namespace
+
+bool isTag(const Library& library, const Item& item)
+{
+    return item.name != toText(library, item.address);
+}
+
+std::vector<RecipeShare> recipeShares(const Library& library, const std::vector<RecipeRow>& rows,
+                                      RecipeKind kind)
+{
+    std::vector<RecipeShare> shares;
+    for (std::size_t first = 0; first < rows.size();) {
+        const PanelValue& value = rows.at(first).value;
+        const auto count = static_cast<std::size_t>(valueCount(value.item.address));
+        RecipeShare whole{{value.item, {}}, {}};
+        std::size_t end = first;
+        bool isWhole = value.address == valueOf(value.item.address, 0);
+        for (; end < rows.size() && end - first < count && isSameItem(rows.at(end).value, value);
+             ++end) {
+            isWhole = isWhole && isMoved(rows.at(end), kind);
+            addValue(whole, rows.at(end));
+        }
+        if (isWhole && end - first == count) {
+            shares.push_back(whole);
+        } else {
+            for (std::size_t row = first; row < end; ++row)
+                if (isMoved(rows.at(row), kind))
+                    shares.push_back(shareOfValue(library, rows.at(row)));
+        }
+        first = end;
+    }
+    return shares;
+}
+
+void requireOneWish(const std::vector<RecipeShare>& shares)
+{
+    RecipeWishes wishes;
+    for (const RecipeShare& share : shares)
+        addWishes(wishes, share.entry);
+}
+
+Item itemInFile(const Library& library, const Item& item)
+{
+    Item named = item;
+    if (!isTag(library, item)) {
+        const std::string format = formatInFile(item.format);
+        named.name = format.empty() ? item.name : item.name + "@" + format;
+        return named;
+    }
+    const bool isOwn =
+        item.format.notation == item.ofLimits.notation && item.format.order == item.ofLimits.order;
+    named.format = item.ofLimits;
+    if (!isOwn && item.address.width != Width::bit && item.address.width != Width::text) {
+        // Shown otherwise here: the bits as they are, which every format reads the same.
+        named.format = Format();
+        named.format.notation = Notation::hex;
+        named.format.order = item.ofLimits.order;
+    }
+    return named;
+}
+
+} // namespace dov417

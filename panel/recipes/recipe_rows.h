@@ -1,0 +1,75 @@
+// The values of a recipe one by one, and what is moved of them as one. Pure.
+#ifndef DOV417_PANEL_RECIPE_ROWS_H
+#define DOV417_PANEL_RECIPE_ROWS_H
+
+#include <string>
+#include <vector>
+
+#include "panel/desk/panel_tags.h"
+#include "panel/desk/recipe_order.h"
+
+namespace dov417 {
+
+enum class RecipeFate {
+    none,
+    waiting, // under way
+    read,
+    written,   // and read back
+    different, // taken, and reads back as another value
+    held,      // by the controller; who has written it is not known
+    notHeld,   // whether it was taken or not
+    unknown    // see the row's reason
+};
+
+struct RecipeRow {
+    PanelValue value;
+    bool isOfFile = false; // a file names it, and nobody watches it
+    // Bytes of the value; empty: not known, not in the file, not in the recipe.
+    ValueBytes controller;
+    ValueBytes file;
+    ValueBytes buffer;
+    Clock::time_point readAt{}; // the controller's
+    bool isCurrent = false;     // it is polled, and was good when it was last looked at
+    RecipeFate fate = RecipeFate::none;
+    std::string reason;
+
+    bool isInRecipe() const
+    {
+        return !buffer.empty();
+    }
+    bool isWritable() const
+    {
+        return value.locked.empty();
+    }
+};
+
+// How a value is found again, whatever is watched meanwhile.
+struct RecipeKey {
+    Address address;
+    std::string name;
+};
+
+// What is moved as one, and its values.
+struct RecipeShare {
+    RecipeEntry entry;
+    std::vector<RecipeKey> values;
+};
+
+// The rows' values item by item; an item that is not there as a whole value by value.
+std::vector<RecipeShare> recipeShares(const Library& library, const std::vector<RecipeRow>& rows,
+                                      RecipeKind kind);
+
+// Throws a UsageFailure where two values of a recipe want different things of one place: which of
+// them the controller would hold in the end would be a guess.
+void requireOneWish(const std::vector<RecipeShare>& shares);
+
+// Has it a name of its own, which a file of tags explains?
+bool isTag(const Library& library, const Item& item);
+
+// As a recipe file names it and writes its values, so that whoever reads it with the same tags, and
+// with formats of his own, reads the same bytes.
+Item itemInFile(const Library& library, const Item& item);
+
+} // namespace dov417
+
+#endif

@@ -1,0 +1,306 @@
+#include "panel/recipes/recipe_table.h"
+
+#include <algorithm>
+#include <map>
+
+#include "live/project.h"
+#include "session/recipe_file.h"
+#include "text/address_values.h"
+
+namespace dov417 {
+
+namespace {
+
+ValueBytes sliceOf(const std::vector<unsigned char>& data, const Address& address,
+                   std::size_t value)
+{
+    const auto size = static_cast<std::ptrdiff_t>(byteCount(valueOf(address, 0)));
+    const auto from = data.begin() + static_cast<std::ptrdiff_t>(value) * size;
+    return {from, from + size};
+}
+
+bool isProject(const std::string& file)
+{
+    try {
+        readProject(file);
+        return true;
+    } catch (const Failure&) {
+        return false; // whatever else it is
+    }
+}
+
+} // namespace
+
+RecipeTable::RecipeTable(const Library& library) : library_(library) {}
+
+// ---- what there is --------------------------------------------------------------------------
+
+void RecipeTable::addRow(const PanelValue& value)
+{
+    places_.emplace(value.address, rows_.size());
+    rows_.emplace_back();
+    rows_.back().value = value;
+}
+
+RecipeRow* RecipeTable::find(const RecipeKey& key)
+{
+    const auto [first, last] = places_.equal_range(key.address);
+    const auto place = std::find_if(first, last, [this, &key](const auto& each) {
+        return rows_.at(each.second).value.label.name == key.name;
+    });
+    return place == last ? nullptr : &rows_.at(place->second);
+}
+
+void RecipeTable::setTags(const PanelTags& tags)
+{
+    std::vector<RecipeRow> before;
+    before.swap(rows_);
+    places_.clear();
+    for (const PanelValue& value : tags.values)
+        addRow(value);
+    for (RecipeRow& row : before) {
+        const PanelValue old = row.value;
+        RecipeRow* same = find(RecipeKey{old.address, old.label.name});
+        if (!same && row.isOfFile) {
+            addRow(old);
+            rows_.back() = std::move(row);
+        } else if (same) {
+            row.value = same->value;
+            row.isOfFile = false;
+            *same = std::move(row);
+        }
+    }
+}
+
+void RecipeTable::clear()
+{
+    // They stand behind all others.
+    while (!rows_.empty() && rows_.back().isOfFile)
+        rows_.pop_back();
+    for (auto place = places_.begin(); place != places_.end();)
+        place = place->second < rows_.size() ? std::next(place) : places_.erase(place);
+    for (RecipeRow& row : rows_) {
+        row.file.clear();
+        row.buffer.clear();
+        row.fate = RecipeFate::none;
+    }
+    isChanged_ = false;
+}
+
+void RecipeTable::forgetController()
+{
+    for (RecipeRow& row : rows_) {
+        row.controller.clear();
+        row.isCurrent = false;
+        if (row.fate != RecipeFate::waiting)
+            row.fate = RecipeFate::none;
+    }
+}
+
+void RecipeTable::look(const ValueBook& book)
+{
+    for (RecipeRow& row : rows_) {
+        const View* const view = book.find(row.value.address);
+        const ValueStanding standing = book.standing(row.value.address);
+        row.isCurrent = view && !standing.isOld && standing.state != ValueState::neverRead &&
+                        standing.state != ValueState::old;
+        if (!row.isCurrent || view->lastGood < row.readAt)
+            continue;
+        row.controller = view->value;
+        row.readAt = view->lastGood;
+    }
+}
+
+std::size_t RecipeTable::valuesInRecipe() const
+{
+    return static_cast<std::size_t>(std::count_if(
+        rows_.begin(), rows_.end(), [](const RecipeRow& row) { return row.isInRecipe(); }));
+}
+
+void RecipeTable::edit(std::size_t row, const std::string& text)
+{
+    RecipeRow& edited = rows_.at(row);
+    const ValueBytes bytes = text.empty() ? ValueBytes() : bytesToWrite(edited.value, text);
+    if (bytes == edited.buffer)
+        return;
+    edited.buffer = bytes;
+    edited.fate = RecipeFate::none;
+    isChanged_ = true;
+}
+
+// ---- files ----------------------------------------------------------------------------------
+
+// A tag of the table, one of its values, or an address in full.
+Item RecipeTable::find(const std::string& name) const
+{
+    const RecipeRow* found = nullptr;
+    for (const RecipeRow& row : rows_) {
+        if (!isTag(library_, row.value.item))
+            continue;
+        const bool isWhole = row.value.item.name == name;
+        if (!isWhole && row.value.label.name != name)
+            continue;
+        if (found && isWhole && !(found->value.item.address == row.value.item.address))
+            throw UsageFailure("several values are called so here");
+        if (found && !isWhole)
+            throw UsageFailure("several values are called so here");
+        found = &row;
+    }
+    if (!found) {
+        if (name.find(':') == std::string::npos)
+            throw UsageFailure("no value is called so here");
+        return Items(library_, ItemSource()).find(name, Access::read);
+    }
+    Item item = found->value.item;
+    item.format = item.ofLimits;
+    if (item.name != name) {
+        item.name = name;
+        item.address = found->value.address;
+    }
+    return item;
+}
+
+// Of a value that a file names; behind the last where nobody watches it.
+std::size_t RecipeTable::placeOf(const Address& address, const std::string& itemName) const
+{
+    std::size_t found = rows_.size();
+    const auto [first, last] = places_.equal_range(address);
+    for (auto place = first; place != last; ++place) {
+        const PanelValue& value = rows_.at(place->second).value;
+        if (value.item.name == itemName || value.label.name == itemName)
+            return place->second;
+        found = std::min(found, place->second);
+    }
+    return found;
+}
+
+std::size_t RecipeTable::load(const std::string& file)
+{
+    const std::vector<RecipeEntry> entries =
+        readRecipe(file, [this](const std::string& name) { return find(name); });
+    std::vector<RecipeShare> all;
+    all.reserve(entries.size());
+    for (const RecipeEntry& entry : entries)
+        all.push_back({entry, {}});
+    requireOneWish(all);
+    clear();
+    std::size_t locked = 0;
+    for (const RecipeEntry& entry : entries) {
+        const PanelTags tags = panelTags(library_, {entry.item});
+        std::size_t index = 0;
+        for (const PanelValue& value : tags.values) {
+            const std::size_t place = placeOf(value.address, entry.item.name);
+            if (place == rows_.size()) {
+                addRow(value);
+                rows_.back().isOfFile = true;
+            }
+            RecipeRow& row = rows_.at(place);
+            row.file = sliceOf(entry.data, entry.item.address, index++);
+            if (row.isWritable())
+                row.buffer = row.file;
+            else
+                ++locked;
+        }
+    }
+    isChanged_ = false;
+    return locked;
+}
+
+void RecipeTable::save(const std::string& file)
+{
+    if (isProject(file))
+        throw UsageFailure(file + " is a project; name another file, as it would be lost");
+    std::vector<RecipeEntry> entries;
+    std::map<std::string, std::size_t> names;
+    for (const RecipeShare& share : shares(RecipeKind::download)) {
+        const RecipeEntry entry{itemInFile(library_, share.entry.item), share.entry.data};
+        const auto [same, isNew] = names.try_emplace(entry.item.name, entries.size());
+        if (isNew)
+            entries.push_back(entry);
+        else if (!(entries.at(same->second).item.address == entry.item.address) ||
+                 entries.at(same->second).data != entry.data)
+            throw UsageFailure("two values are called " + entry.item.name +
+                               ", and a recipe file has room for one of a name");
+    }
+    writeRecipe(file, entries);
+    for (RecipeRow& row : rows_)
+        row.file = row.buffer;
+    isChanged_ = false;
+}
+
+// ---- transfers ------------------------------------------------------------------------------
+
+std::vector<RecipeShare> RecipeTable::shares(RecipeKind kind) const
+{
+    std::vector<RecipeShare> all = recipeShares(library_, rows_, kind);
+    if (all.empty())
+        throw UsageFailure(kind == RecipeKind::download ? "the buffer is empty"
+                                                        : "there is nothing to read");
+    if (kind == RecipeKind::download)
+        requireOneWish(all);
+    return all;
+}
+
+void RecipeTable::began(const std::vector<RecipeShare>& shares, RecipeKind kind)
+{
+    for (RecipeRow& row : rows_)
+        row.fate = RecipeFate::none;
+    for (const RecipeShare& share : shares)
+        for (const RecipeKey& key : share.values)
+            if (RecipeRow* const row = kind == RecipeKind::read ? nullptr : find(key))
+                row->fate = RecipeFate::waiting;
+}
+
+void RecipeTable::ended(const std::vector<RecipeShare>& shares, const RecipeNews& news,
+                        bool isOfLine)
+{
+    const std::string why = !isOfLine               ? "another line was opened meanwhile"
+                            : news.problems.empty() ? "it was not read"
+                                                    : news.problems.front();
+    std::size_t place = 0;
+    for (const RecipeShare& share : shares) {
+        RecipeReading reading{{}, why};
+        Clock::time_point asOf = news.asOf;
+        if (isOfLine && place < news.readings.size())
+            reading = news.readings.at(place);
+        if (place < news.asOfEach.size())
+            asOf = news.asOfEach.at(place);
+        ++place;
+        std::size_t index = 0;
+        for (const RecipeKey& key : share.values) {
+            RecipeRow* const row = find(key);
+            const std::size_t value = index++;
+            if (!row)
+                continue;                                           // nobody watches it any more
+            const bool isEdited = row->fate != RecipeFate::waiting; // meanwhile
+            row->reason = reading.problem;
+            row->fate = RecipeFate::unknown;
+            if (!reading.problem.empty())
+                continue;
+            const Address& address = share.entry.item.address;
+            row->controller = sliceOf(reading.data, address, value);
+            row->readAt = asOf;
+            row->fate = RecipeFate::read;
+            if (news.kind == RecipeKind::upload && !isEdited)
+                row->buffer = row->controller;
+            if (news.kind == RecipeKind::download) {
+                const bool isHeld = row->controller == sliceOf(share.entry.data, address, value);
+                row->fate = news.isCancelled ? isHeld ? RecipeFate::held : RecipeFate::notHeld
+                            : isHeld         ? RecipeFate::written
+                                             : RecipeFate::different;
+            }
+        }
+    }
+    if (news.kind == RecipeKind::upload && isOfLine && !news.readings.empty())
+        isChanged_ = true;
+}
+
+std::string recipeText(const RecipeRow& row, const ValueBytes& bytes)
+{
+    if (bytes.empty())
+        return std::string();
+    const Format& format = row.value.label.format;
+    return withUnit(valueTexts(row.value.address, format, bytes.data()).front(), format);
+}
+
+} // namespace dov417

@@ -1,0 +1,73 @@
+// A recipe value by value: what the controller, the file and the buffer hold of it. Pure.
+//
+// The buffer is what is edited, saved and downloaded. What the controller holds was read at some
+// time, and of a line that is not open any more it is not known.
+#ifndef DOV417_PANEL_RECIPE_TABLE_H
+#define DOV417_PANEL_RECIPE_TABLE_H
+
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "panel/desk/value_book.h"
+#include "panel/recipes/recipe_rows.h"
+
+namespace dov417 {
+
+class RecipeTable {
+public:
+    explicit RecipeTable(const Library& library);
+
+    // What is known of values that stay, by name and address, is kept.
+    void setTags(const PanelTags& tags);
+    // No file, no buffer.
+    void clear();
+    // Other lines have other controllers.
+    void forgetController();
+    // What polling has brought since.
+    void look(const ValueBook& book);
+
+    const std::vector<RecipeRow>& rows() const
+    {
+        return rows_;
+    }
+
+    // File and buffer are the file's then. Throws a UsageFailure that names the first mistake, and
+    // nothing is different. Returns how many values cannot be written and stay out of the buffer.
+    std::size_t load(const std::string& file);
+    // Throws a UsageFailure where two values of one name would be one in the file, and a Failure
+    // where it cannot be written.
+    void save(const std::string& file);
+    // As it is typed; empty takes it out of the recipe. Throws a UsageFailure.
+    void edit(std::size_t row, const std::string& text);
+    bool isChanged() const // since it was loaded, uploaded or saved
+    {
+        return isChanged_;
+    }
+    std::size_t valuesInRecipe() const;
+
+    // What an order is about. Throws a UsageFailure where there is nothing to move, and for a
+    // download where two values want different things of the same place.
+    std::vector<RecipeShare> shares(RecipeKind kind) const;
+    void began(const std::vector<RecipeShare>& shares, RecipeKind kind);
+    // isOfLine: the line is still the one that it was ordered for.
+    void ended(const std::vector<RecipeShare>& shares, const RecipeNews& news, bool isOfLine);
+
+private:
+    Item find(const std::string& name) const;
+    std::size_t placeOf(const Address& address, const std::string& itemName) const;
+    void addRow(const PanelValue& value);
+    RecipeRow* find(const RecipeKey& key);
+
+    const Library& library_;
+    std::vector<RecipeRow> rows_;
+    std::unordered_multimap<Address, std::size_t, AddressHash> places_; // of the rows
+    bool isChanged_ = false;
+};
+
+// In the value's format, with its unit; empty of no bytes.
+std::string recipeText(const RecipeRow& row, const ValueBytes& bytes);
+
+} // namespace dov417
+
+#endif

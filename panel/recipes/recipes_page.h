@@ -1,0 +1,77 @@
+// The page of recipes: values in controller, file and buffer, and moved between them.
+#ifndef DOV417_PANEL_RECIPES_PAGE_H
+#define DOV417_PANEL_RECIPES_PAGE_H
+
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QTableView>
+#include <QTimer>
+#include <vector>
+
+#include "panel/desk/panel_page.h"
+#include "panel/recipes/recipe_model.h"
+
+namespace dov417 {
+
+class RecipesPage : public PanelPage {
+    Q_OBJECT
+
+public:
+    explicit RecipesPage(PanelDesk& desk);
+
+    QString title() const override;
+    QIcon icon() const override;
+    std::string settingsName() const override;
+    OrderedJson settings() const override;
+    std::function<void()> prepared(const OrderedJson& settings) override;
+
+    // False where it cannot be had or is no recipe, which is told; nothing is different then.
+    bool loadFile(const QString& file);
+    bool saveFile(const QString& file);
+
+protected:
+    void showEvent(QShowEvent* event) override;
+
+private:
+    void makeTable();
+    QWidget* makeMoves();
+    QWidget* makeTools();
+    void setTags();
+    void look();
+    void takeOut();
+    bool mayReplaceBuffer();
+    void chooseFile();
+    void chooseFileToSave();
+    void move(RecipeKind kind);
+    bool mayDownload(int line, std::size_t values);
+    void hear(const RecipeNews& news);
+    void showProgress(const RecipeNews& news);
+    void showEnd(const RecipeNews& news, bool isOfLine);
+    void showState();
+
+    RecipeTable recipe_;
+    RecipeModel model_;
+    RecipeFilter filter_;
+    QTableView* const table_;
+    QPushButton* const load_;
+    QPushButton* const save_;
+    QPushButton* const read_;
+    QPushButton* const upload_;
+    QPushButton* const download_;
+    QPushButton* const takeOut_;
+    QProgressBar* const progress_;
+    QPushButton* const cancel_; // there while something is moved
+    QLabel* const file_;
+    QLabel* const result_;
+    QString path_; // of the file that was loaded or saved last
+    QTimer lookTimer_;
+    // Of the order under way.
+    long long order_ = 0;
+    int orderLine_ = 0;
+    std::vector<RecipeShare> shares_;
+};
+
+} // namespace dov417
+
+#endif

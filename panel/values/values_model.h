@@ -1,0 +1,64 @@
+// The values that are watched as the rows of a table.
+#ifndef DOV417_PANEL_VALUES_MODEL_H
+#define DOV417_PANEL_VALUES_MODEL_H
+
+#include <QAbstractTableModel>
+#include <unordered_map>
+#include <vector>
+
+#include "panel/desk/panel_desk.h"
+
+namespace dov417 {
+
+class ValuesModel : public QAbstractTableModel {
+    Q_OBJECT
+
+public:
+    enum Column {
+        name,
+        address,
+        value,
+        state,
+        age,
+        changes
+    };
+    static constexpr int columns = 6;
+    // "station 1", "3 filler", "area R": what rows are grouped by; see ValuesFilter.
+    static constexpr int stationRole = Qt::UserRole;
+    static constexpr int areaRole = Qt::UserRole + 1;
+
+    explicit ValuesModel(PanelDesk& desk);
+
+    int rowCount(const QModelIndex& parent = QModelIndex()) const override;
+    int columnCount(const QModelIndex& parent = QModelIndex()) const override;
+    QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
+    QVariant headerData(int section, Qt::Orientation orientation,
+                        int role = Qt::DisplayRole) const override;
+    Qt::ItemFlags flags(const QModelIndex& index) const override;
+    // Writes; false with `refused` told where the text will not do.
+    bool setData(const QModelIndex& index, const QVariant& text, int role = Qt::EditRole) override;
+
+    // For the filter, which asks often: the order of two rows by a column, and whether a text is in
+    // name, address or comment of one, in any case.
+    bool isBefore(int left, int right, int column) const;
+    bool holds(int row, const QString& text) const;
+    // Of a row as it is now: to be copied, as rows begin anew when something else is watched.
+    const PanelValue& valueAt(int row) const;
+
+signals:
+    void refused(const QString& why);
+
+private:
+    void beginAnew();
+    void tell(const std::vector<Address>& addresses);
+    QString text(const PanelValue& value, int column) const;
+    QString stationName(const PanelValue& each) const;
+
+    PanelDesk& desk_;
+    std::unordered_map<Address, std::vector<int>, AddressHash> rows_;
+    std::vector<QString> searched_; // by row: name, address, comment, station
+};
+
+} // namespace dov417
+
+#endif

@@ -1,0 +1,104 @@
+#include "panel/values/write_dialog.h"
+
+#include <QDialogButtonBox>
+#include <QGridLayout>
+#include <QScrollArea>
+#include <QVBoxLayout>
+
+#include "panel/desk/state_words.h"
+
+namespace dov417 {
+
+WriteDialog::WriteDialog(PanelDesk& desk, const std::vector<PanelValue>& values, QWidget* parent)
+    : QDialog(parent), desk_(desk), problem_(new QLabel), write_(nullptr)
+{
+    setWindowTitle(tr("Write values"));
+    auto* const rows = new QVBoxLayout(this);
+    auto* const inside = new QWidget;
+    auto* const grid = new QGridLayout(inside);
+    grid->setColumnStretch(2, 1);
+    int row = 0;
+    for (const PanelValue& value : values) {
+        auto* const label = new QLabel(QString::fromStdString(value.label.name));
+        label->setToolTip(QString::fromStdString(value.label.address));
+        auto* const now = new QLabel(tr("now %1").arg(shownValue(value, desk.book())));
+        auto* const field = new QLineEdit;
+        field->setAccessibleName(tr("New value of %1").arg(label->text()));
+        label->setBuddy(field);
+        const std::string range = allowedRange(value);
+        auto* const allowed = new QLabel(
+            range.empty() ? QString() : tr("allowed: %1").arg(QString::fromStdString(range)));
+        auto* const verdict = new QLabel;
+        verdict->setWordWrap(true);
+        grid->addWidget(label, row, 0);
+        grid->addWidget(now, row, 1);
+        grid->addWidget(field, row, 2);
+        grid->addWidget(allowed, row, 3);
+        grid->addWidget(verdict, row + 1, 0, 1, 4);
+        row += 2;
+        fields_.push_back({value, field, verdict});
+        connect(field, &QLineEdit::textChanged, this, [this]() { judge(); });
+    }
+    grid->setRowStretch(row, 1);
+    auto* const scroll = new QScrollArea;
+    scroll->setWidgetResizable(true);
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setWidget(inside);
+    auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Cancel);
+    write_ = buttons->addButton(tr("&Write"), QDialogButtonBox::AcceptRole);
+    problem_->setWordWrap(true);
+    rows->addWidget(scroll, 1);
+    rows->addWidget(problem_);
+    rows->addWidget(buttons);
+    connect(buttons, &QDialogButtonBox::accepted, this, &WriteDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    constexpr int usualWidth = 620;
+    constexpr int mostRows = 8;
+    constexpr int rowHeight = 60;
+    resize(usualWidth, 120 + rowHeight * std::min(mostRows, static_cast<int>(values.size())));
+    if (!fields_.empty())
+        fields_.front().text->setFocus(); // else the area around it has what is typed
+    judge();
+}
+
+void WriteDialog::judge()
+{
+    bool isAny = false;
+    bool areFit = true;
+    for (const Field& field : fields_) {
+        const QString text = field.text->text().trimmed();
+        QString verdict;
+        try {
+            if (!text.isEmpty())
+                bytesToWrite(field.value, text.toStdString());
+        } catch (const Failure& failure) {
+            verdict =
+                symbolOf(ValueState::failed) + QLatin1Char(' ') + QString::fromUtf8(failure.what());
+        }
+        isAny = isAny || !text.isEmpty();
+        areFit = areFit && verdict.isEmpty();
+        field.verdict->setText(verdict);
+    }
+    write_->setEnabled(isAny && areFit);
+}
+
+void WriteDialog::accept()
+{
+    if (!write_->isEnabled())
+        return;
+    for (Field& field : fields_) {
+        const QString text = field.text->text().trimmed();
+        if (text.isEmpty())
+            continue;
+        try {
+            desk_.write(field.value, text.toStdString());
+        } catch (const Failure& failure) {
+            problem_->setText(QString::fromUtf8(failure.what()));
+            return;
+        }
+        field.text->clear(); // written once
+    }
+    QDialog::accept();
+}
+
+} // namespace dov417

@@ -1,0 +1,247 @@
+#include "panel/recipes/recipe_table.h"
+
+#include <QTemporaryDir>
+#include <fstream>
+
+#include "loaded_library.h"
+#include "made_views.h"
+#include "panel/recipes/recipe_words.h"
+
+namespace dov417 {
+
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+class ARecipeTable : public LoadedLibrary {
+protected:
+    void watch(const std::vector<std::string>& texts)
+    {
+        std::vector<Item> items;
+        for (const std::string& text : texts)
+            items.push_back(Items(library, ItemSource()).find(text, Access::read));
+        table.setTags(panelTags(library, items));
+    }
+    const RecipeRow& row(std::size_t place) const
+    {
+        return table.rows().at(place);
+    }
+    RecipeNews news(RecipeKind kind, const std::vector<RecipeReading>& readings) const
+    {
+        RecipeNews news;
+        news.kind = kind;
+        news.hasEnded = true;
+        news.readings = readings;
+        news.asOf = Clock::now();
+        return news;
+    }
+
+    RecipeTable table{library};
+};
+
+TEST_F(ARecipeTable, KnowsOfEachValueWhenItWasRead)
+{
+    watch({"R_W:1", "R_W:7"});
+    const auto shares = table.shares(RecipeKind::read);
+    table.began(shares, RecipeKind::read);
+    RecipeNews read = news(RecipeKind::read, {{{10, 0}, ""}, {{11, 0}, ""}});
+    read.asOfEach = {read.asOf + std::chrono::seconds(1), read.asOf + std::chrono::seconds(2)};
+    table.ended(shares, read, true);
+    EXPECT_EQ(row(0).readAt, read.asOfEach.at(0));
+    EXPECT_EQ(row(1).readAt, read.asOfEach.at(1));
+}
+
+TEST_F(ARecipeTable, SaysOfACancelledDownloadNoMoreThanWhatTheControllerHolds)
+{
+    watch({"R_W:1", "R_W:7"});
+    table.edit(0, "10");
+    table.edit(1, "12");
+    const auto shares = table.shares(RecipeKind::download);
+    table.began(shares, RecipeKind::download);
+    RecipeNews cancelled = news(RecipeKind::download, {{{10, 0}, ""}, {{3, 0}, ""}});
+    cancelled.isCancelled = true;
+    table.ended(shares, cancelled, true);
+    EXPECT_EQ(row(0).fate, RecipeFate::held);
+    EXPECT_EQ(row(1).fate, RecipeFate::notHeld);
+    EXPECT_EQ(row(1).controller, (ValueBytes{3, 0}));
+    EXPECT_EQ(row(1).buffer, (ValueBytes{12, 0}));
+}
+
+TEST_F(ARecipeTable, TellsOfEachValueWhatTheControllerHoldsAfterADownload)
+{
+    watch({"R_W:1..2", "R_W:7"});
+    table.edit(0, "10");
+    table.edit(1, "11");
+    table.edit(2, "12");
+    const auto shares = table.shares(RecipeKind::download);
+    ASSERT_EQ(shares.size(), 2U);
+    table.began(shares, RecipeKind::download);
+    EXPECT_EQ(row(0).fate, RecipeFate::waiting);
+    table.ended(shares,
+                news(RecipeKind::download, {{{10, 0, 99, 0}, ""}, {{}, "the station is silent"}}),
+                true);
+    EXPECT_EQ(row(0).fate, RecipeFate::written);
+    EXPECT_EQ(row(1).fate, RecipeFate::different);
+    EXPECT_EQ(row(1).controller, (ValueBytes{99, 0}));
+    EXPECT_EQ(row(1).buffer, (ValueBytes{11, 0}));
+    EXPECT_EQ(row(2).fate, RecipeFate::unknown);
+    EXPECT_EQ(row(2).reason, "the station is silent");
+    EXPECT_TRUE(row(2).controller.empty());
+}
+
+TEST_F(ARecipeTable, FindsTheValuesAgainWhateverIsWatchedMeanwhile)
+{
+    watch({"R_W:1", "R_W:2"});
+    const auto shares = table.shares(RecipeKind::upload);
+    table.began(shares, RecipeKind::upload);
+    watch({"R_W:9", "R_W:2"});
+    table.ended(shares, news(RecipeKind::upload, {{{1, 0}, ""}, {{2, 0}, ""}}), true);
+    EXPECT_TRUE(row(0).controller.empty());
+    EXPECT_TRUE(row(0).buffer.empty());
+    EXPECT_EQ(row(1).controller, (ValueBytes{2, 0}));
+    EXPECT_EQ(row(1).buffer, (ValueBytes{2, 0}));
+}
+
+TEST_F(ARecipeTable, KeepsWhatIsTypedWhileAnUploadIsUnderWay)
+{
+    watch({"R_W:1", "R_W:2"});
+    const auto shares = table.shares(RecipeKind::upload);
+    table.began(shares, RecipeKind::upload);
+    table.edit(0, "77");
+    table.ended(shares, news(RecipeKind::upload, {{{1, 0}, ""}, {{2, 0}, ""}}), true);
+    EXPECT_EQ(row(0).controller, (ValueBytes{1, 0}));
+    EXPECT_EQ(row(0).buffer, (ValueBytes{77, 0}));
+    EXPECT_EQ(row(1).buffer, (ValueBytes{2, 0}));
+}
+
+TEST_F(ARecipeTable, KeepsNothingThatWasReadOnAnotherLine)
+{
+    watch({"R_W:1"});
+    table.edit(0, "5");
+    const auto shares = table.shares(RecipeKind::upload);
+    table.began(shares, RecipeKind::upload);
+    table.ended(shares, news(RecipeKind::upload, {{{1, 0}, ""}}), false);
+    EXPECT_TRUE(row(0).controller.empty());
+    EXPECT_EQ(row(0).buffer, (ValueBytes{5, 0}));
+    EXPECT_EQ(row(0).fate, RecipeFate::unknown);
+}
+
+TEST_F(ARecipeTable, MovesAnItemThatIsNotThereAsAWholeValueByValue)
+{
+    watch({"R_W:1..3"});
+    table.edit(0, "5");
+    table.edit(2, "7");
+    const auto shares = table.shares(RecipeKind::download);
+    ASSERT_EQ(shares.size(), 2U);
+    EXPECT_EQ(shares.at(1).entry.item.name, "1/R_W:3");
+    EXPECT_EQ(shares.at(1).entry.item.address, registerAt(3));
+    EXPECT_EQ(shares.at(1).entry.data, (ValueBytes{7, 0}));
+    table.edit(1, "6");
+    EXPECT_EQ(table.shares(RecipeKind::download).size(), 1U);
+}
+
+TEST_F(ARecipeTable, MovesNoTwoValuesToOnePlace)
+{
+    watch({"M_W:1", "M_bit:1.3", "R_D:10", "R_W:11"});
+    table.edit(0, "8");
+    table.edit(1, "1");
+    table.edit(2, "65536");
+    table.edit(3, "1");
+    EXPECT_EQ(table.shares(RecipeKind::download).size(), 4U);
+    table.edit(1, "0");
+    EXPECT_THAT(complaint([this]() { table.shares(RecipeKind::download); }),
+                HasSubstr("1/M_W:1 and 1/M_bit:1.3 want different values of the same place"));
+    table.edit(1, "");
+    table.edit(3, "2");
+    EXPECT_THAT(complaint([this]() { table.shares(RecipeKind::download); }),
+                HasSubstr("want different values"));
+    for (std::size_t place : {0U, 2U, 3U})
+        table.edit(place, "");
+    EXPECT_THAT(complaint([this]() { table.shares(RecipeKind::download); }),
+                HasSubstr("the buffer is empty"));
+}
+
+TEST_F(ARecipeTable, LoadsNoFileThatWantsTwoThingsOfOnePlace)
+{
+    const QTemporaryDir folder;
+    const std::string file = folder.filePath("recipe.json").toStdString();
+    std::ofstream(file) << R"({"R_W:1": 4, "1/R_W:1": 9})";
+    watch({"R_W:1"});
+    table.edit(0, "7");
+    EXPECT_THAT(complaint([&]() { table.load(file); }), HasSubstr("want different values"));
+    EXPECT_EQ(table.rows().at(0).buffer, (ValueBytes{7, 0}));
+}
+
+TEST_F(ARecipeTable, LeavesOutWhatCanOnlyBeRead)
+{
+    const QTemporaryDir folder;
+    const std::string file = folder.filePath("recipe.json").toStdString();
+    std::ofstream(file) << R"({"R_W:1": 4, "R_W:2": 5})";
+    Items find(library, ItemSource());
+    PanelTags tags =
+        panelTags(library, {find.find("R_W:1", Access::read), find.find("R_W:2", Access::read)});
+    tags.values.front().locked = "it can only be read";
+    table.setTags(tags);
+    EXPECT_EQ(table.load(file), 1U);
+    EXPECT_EQ(row(0).file, (ValueBytes{4, 0}));
+    EXPECT_FALSE(row(0).isInRecipe());
+    EXPECT_TRUE(row(1).isInRecipe());
+    EXPECT_THAT(complaint([this]() { table.edit(0, "7"); }), HasSubstr("only be read"));
+    EXPECT_EQ(table.shares(RecipeKind::read).size(), 2U);
+    EXPECT_EQ(table.shares(RecipeKind::upload).size(), 1U);
+    EXPECT_EQ(table.shares(RecipeKind::download).size(), 1U);
+}
+
+TEST_F(ARecipeTable, TakesFromPollingWhatIsGoodAndLaterThanWhatItHas)
+{
+    watch({"R_W:1"});
+    ValueBook book;
+    book.watch(1, {registerAt(1)});
+    book.apply(batchOf(1, {goodView(registerAt(1), 3)}));
+    table.look(book);
+    EXPECT_EQ(row(0).controller, (ValueBytes{3}));
+    EXPECT_TRUE(row(0).isCurrent);
+    View old = goodView(registerAt(1), 4);
+    old.isOld = true;
+    book.apply(batchOf(1, {old}));
+    table.look(book);
+    EXPECT_EQ(row(0).controller, (ValueBytes{3}));
+    EXPECT_FALSE(row(0).isCurrent);
+    table.forgetController();
+    EXPECT_TRUE(row(0).controller.empty());
+}
+
+// Cancelled when its last word was just confirmed: what the rows say is counted, whoever wrote it.
+TEST(TheEndOfARecipe, CountsWhatIsHeldAndWhatIsNot)
+{
+    RecipeNews news;
+    news.kind = RecipeKind::download;
+    news.isCancelled = true;
+    news.hasEnded = true;
+    RecipeRow held;
+    held.fate = RecipeFate::held;
+    RecipeRow notHeld;
+    notHeld.fate = RecipeFate::notHeld;
+    EXPECT_EQ(recipeEndText(news, {held, held}, true).toStdString(),
+              "\u2713 2 value(s) were written and read back.");
+    EXPECT_THAT(recipeEndText(news, {held, notHeld}, true).toStdString(),
+                HasSubstr("1 value(s) read back otherwise"));
+}
+
+// Cancelled twice: nothing was read back, and nothing is said of rows that know.
+TEST(TheEndOfARecipe, PromisesNoRowsThatSayWhatTheControllerHolds)
+{
+    RecipeNews news;
+    news.kind = RecipeKind::download;
+    news.hasEnded = true;
+    news.problems = {"it was cancelled"};
+    news.readings = {{{}, "it was cancelled"}};
+    EXPECT_THAT(recipeEndText(news, {}, true).toStdString(), Not(HasSubstr("The rows say")));
+    news.readings.push_back({{1, 0}, std::string()});
+    EXPECT_THAT(recipeEndText(news, {}, true).toStdString(), HasSubstr("The rows say"));
+}
+
+} // namespace
+
+} // namespace dov417

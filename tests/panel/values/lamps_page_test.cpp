@@ -1,0 +1,122 @@
+#include "panel/values/lamps_page.h"
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QTest>
+
+#include "panel_world.h"
+
+namespace dov417 {
+
+namespace {
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+class TheLampsPage : public PanelWorld {
+protected:
+    void show()
+    {
+        page = std::make_unique<LampsPage>(desk);
+        QObject::connect(page.get(), &PanelPage::told, page.get(),
+                         [this](const QString& text) { told = text.toStdString(); });
+        page->resize(1200, 600);
+        page->show();
+        table = page->findChild<QTableView*>("lamps");
+        page->findChild<QCheckBox*>("asks")->setChecked(false);
+    }
+    std::string lamp(int row, int bit) const
+    {
+        return table->model()
+            ->index(row, bit)
+            .data(Qt::AccessibleTextRole)
+            .toString()
+            .toStdString();
+    }
+    void click(int row, int bit) const
+    {
+        QTest::mouseClick(table->viewport(), Qt::LeftButton, Qt::NoModifier,
+                          table->visualRect(table->model()->index(row, bit)).center());
+    }
+
+    std::unique_ptr<LampsPage> page;
+    QTableView* table = nullptr;
+    std::string told;
+};
+
+TEST_F(TheLampsPage, ShowsBitsWordByWordUnderTheirOwnPlace)
+{
+    options.set = {"M_bit:1.3=1", "M_bit:2.15=1"};
+    watch({"M_bit:2.15", "M_bit:1.2..1.4", "R_W:5"});
+    show();
+    EXPECT_EQ(lamp(0, 3), "1/M_bit:1.3 (1/M_bit:1.3): not known, ? never read");
+    open();
+    ASSERT_EQ(table->model()->rowCount(), 2);
+    EXPECT_EQ(lamp(0, 3), "1/M_bit:1.3 (1/M_bit:1.3): on, \u2713 good");
+    EXPECT_EQ(lamp(0, 2), "1/M_bit:1.2 (1/M_bit:1.2): off, \u2713 good");
+    EXPECT_EQ(lamp(1, 15), "1/M_bit:2.15 (1/M_bit:2.15): on, \u2713 good");
+    EXPECT_EQ(lamp(0, 5), "");
+    EXPECT_EQ(table->model()->headerData(1, Qt::Vertical).toString(), "1/M_bit:2");
+    controller.reset();
+    EXPECT_TRUE(waitUntil([this]() { return lamp(0, 3).find("old") != std::string::npos; }));
+}
+
+TEST_F(TheLampsPage, WritesTheBitThatIsClickedAndNoOther)
+{
+    options.set = {"M_W:1=0x0001"};
+    watch({"M_bit:1.0..1.15"});
+    show();
+    open();
+    unlock();
+    click(0, 9);
+    EXPECT_THAT(lamp(0, 9), HasSubstr("off, \u270e being written"));
+    EXPECT_THAT(lamp(0, 8), HasSubstr("off, \u2713 good"));
+    EXPECT_TRUE(
+        waitUntil([this]() { return lamp(0, 9).find("on, \u2713 good") != std::string::npos; }));
+    table->setCurrentIndex(table->model()->index(0, 0));
+    QTest::keyClick(table, Qt::Key_Space);
+    EXPECT_TRUE(
+        waitUntil([this]() { return lamp(0, 0).find("off, \u2713 good") != std::string::npos; }));
+    EXPECT_EQ(held("M_W", 1), 0x0200);
+}
+
+TEST_F(TheLampsPage, WritesNothingWhileItIsLockedOrNotKnown)
+{
+    watch({"M_bit:1.0"});
+    show();
+    click(0, 0);
+    EXPECT_THAT(told, HasSubstr("locked"));
+    open();
+    told.clear();
+    click(0, 0);
+    EXPECT_THAT(told, HasSubstr("locked"));
+    unlock();
+    controller.reset();
+    ASSERT_TRUE(waitUntil([this]() { return allAre(ValueState::old); }));
+    click(0, 0);
+    EXPECT_THAT(told, HasSubstr("not known at present"));
+    EXPECT_THAT(desk.writes(), IsEmpty());
+}
+
+TEST_F(TheLampsPage, AsksWhereItIsToAsk)
+{
+    watch({"M_bit:1.0"});
+    show();
+    page->findChild<QCheckBox*>("asks")->setChecked(true);
+    open();
+    unlock();
+    for (const auto button : {QMessageBox::No, QMessageBox::Yes}) {
+        QTimer::singleShot(0, page.get(), [button]() {
+            auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            ASSERT_TRUE(box);
+            EXPECT_THAT(box->text().toStdString(), HasSubstr("Write 1 (on) to 1/M_bit:1.0"));
+            QTest::mouseClick(box->button(button), Qt::LeftButton);
+        });
+        click(0, 0);
+        EXPECT_EQ(desk.writes().size(), button == QMessageBox::Yes ? 1U : 0U);
+    }
+}
+
+} // namespace
+
+} // namespace dov417
