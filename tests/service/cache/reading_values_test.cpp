@@ -33,6 +33,23 @@ TEST_F(ReadingValues, WordsAreTwoBytesInTheOrderOfTheCache)
     EXPECT_EQ(read("R_W", 6, 1), "78 56");
 }
 
+TEST_F(ReadingValues, OnePendingWordOfARunIsSeenWhereverItStands)
+{
+    for (int written = 0; written < 9; ++written) {
+        driver.dataAreas.clear();
+        for (int i = 0; i < 9; ++i) {
+            if (i == written) {
+                putPending("R", i, "34 12", "78 56");
+            } else {
+                put("R", i, "34 12");
+            }
+        }
+        std::string expected = "34 12 34 12 34 12 34 12 34 12 34 12 34 12 34 12 34 12";
+        expected.replace(static_cast<size_t>(6 * written), 5, "78 56");
+        EXPECT_EQ(read("R_W", 0, 9), expected) << written;
+    }
+}
+
 TEST_F(ReadingValues, EveryWordTypeReadsItsOwnArea)
 {
     put("I", 5, "01 11");

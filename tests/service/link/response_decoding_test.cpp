@@ -56,6 +56,30 @@ TEST_F(ResponseDecoding, AWordThatComesWithItsBytesExchangedHasChanged)
     EXPECT_EQ(read("R_W", 10, 2), "12 34 56 78");
 }
 
+// Neighbours that hold the same must not hide one that does not.
+TEST_F(ResponseDecoding, EachWordOfARunIsComparedByItself)
+{
+    const struct {
+        const char* regName;
+        const char* header;
+        const char* word; // on the line
+    } types[] = {{"R_W", "01 03 12", " 12 34"}, {"M_W", "01 01 12", " 34 12"}};
+    for (const auto& type : types) {
+        std::string whole;
+        for (int i = 0; i < 9; ++i) {
+            whole += type.word;
+        }
+        for (size_t other = 0; other < 9; ++other) {
+            plan({key(type.regName, 0, 9)});
+            std::string stale = whole;
+            stale.replace(6 * other, 6, " 00 00");
+            ASSERT_EQ(answer((type.header + stale).c_str()), 1);
+            ASSERT_EQ(answer((type.header + whole).c_str()), 1);
+            EXPECT_EQ(read(type.regName, static_cast<int>(other), 1), "34 12") << other;
+        }
+    }
+}
+
 TEST_F(ResponseDecoding, TheFirstCoilIsBitZeroOfTheWord)
 {
     plan({key("M_bit", 32, 16)});
