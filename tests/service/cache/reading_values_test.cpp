@@ -87,22 +87,6 @@ TEST_F(ReadingValues, StationsAreReadApart)
     EXPECT_EQ(read("R_W", 5, 1, 3), "00 00");
 }
 
-TEST_F(ReadingValues, OfARunOnlyThePendingWordShowsWhatWasWritten)
-{
-    constexpr int run = 7;
-    for (int i = 0; i < run; ++i) {
-        putPending("R", 20 + i, "34 12", "78 56");
-    }
-    for (int pending = 0; pending < run; ++pending) {
-        std::string expected;
-        for (int i = 0; i < run; ++i) {
-            driver.dataAreas[i].writePending = i == pending ? 1 : 0;
-            expected += std::string(i > 0 ? " " : "") + (i == pending ? "78 56" : "34 12");
-        }
-        EXPECT_EQ(read("R_W", 20, run), expected) << pending;
-    }
-}
-
 TEST_F(ReadingValues, APendingWordShowsWhatWasWrittenAndASettledOneWhatTheControllerSent)
 {
     putPending("R", 5, "34 12", "78 56");
