@@ -110,10 +110,10 @@ TEST(LineSentence, NamesNoPortOfASimulatedController)
     LineState state;
     state.phase = LinePhase::away;
     state.reason = "port /run/controller is gone";
-    EXPECT_TRUE(lineSentence(state, false).contains("/run/controller"));
+    EXPECT_TRUE(lineSentence(state, false, nullptr).contains("/run/controller"));
     state.isSimulated = true;
-    EXPECT_FALSE(lineSentence(state, false).contains("/run/controller"));
-    EXPECT_TRUE(lineSentence(state, false).contains("cable is pulled"));
+    EXPECT_FALSE(lineSentence(state, false, nullptr).contains("/run/controller"));
+    EXPECT_TRUE(lineSentence(state, false, nullptr).contains("cable is pulled"));
 }
 
 } // namespace
