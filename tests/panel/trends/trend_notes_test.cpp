@@ -203,10 +203,14 @@ TEST_F(NotesOfATrend, AreShownAmongWhatWasRecorded)
     setup.port = controller->port();
     desk.open(setup);
     ASSERT_TRUE(waitUntil([this]() { return allAre(ValueState::good); }));
-    const TrendTime now = toTrendTime(Clock::now());
-    ASSERT_TRUE(waitUntil([&]() {
-        return toTrendTime(desk.book().find(desk.tags().values.front().address)->lastGood) > now;
-    }));
+    const auto isGoodAfter = [this](TrendTime time) {
+        const View* const view = desk.book().find(desk.tags().values.front().address);
+        return view && toTrendTime(view->lastGood) > time;
+    };
+    const TrendTime opened = toTrendTime(Clock::now());
+    ASSERT_TRUE(waitUntil([&]() { return isGoodAfter(opened); }));
+    const TrendTime now = toTrendTime(Clock::now()); // between two that were recorded
+    ASSERT_TRUE(waitUntil([&]() { return isGoodAfter(now); }));
     stack()->setCursor(0, now);
     type("read");
     QTableView* const list = openList();

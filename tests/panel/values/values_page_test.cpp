@@ -157,7 +157,7 @@ TEST_F(TheValuesPage, AddsASeriesAndWhatIsPasted)
     EXPECT_THAT(told, StartsWith("Nothing was added: what is pasted:2"));
     EXPECT_THAT(told, HasSubstr("a name and an address, or the columns of a tag file"));
     EXPECT_THAT(told, Not(HasSubstr("--tags")));
-    QApplication::clipboard()->setText("C:1\na\tC:2\tuint16\n");
+    QApplication::clipboard()->setText("a\tC:1\nb\tC:2\tuint16\n");
     QTest::keyClick(table, Qt::Key_V, Qt::ControlModifier);
     EXPECT_EQ(names().size(), 5U);
     EXPECT_THAT(told, StartsWith("Nothing was added: what is pasted:1"));
