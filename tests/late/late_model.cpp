@@ -67,11 +67,11 @@ void LateModel::apply(const LateEvent& event)
         ask(questions_->at(event.index));
         break;
     case LateEvent::Kind::replyComes:
-        come(event.index, due_.at(event.index).front().reply.size());
+        come(event.index, static_cast<int>(due_.at(event.index).front().reply.size()));
         break;
     case LateEvent::Kind::replyComesAndStays: {
         const Due twice = due_.at(event.index).front();
-        come(event.index, twice.reply.size());
+        come(event.index, static_cast<int>(twice.reply.size()));
         due_.at(event.index).push_front(twice);
         break;
     }
@@ -80,7 +80,7 @@ void LateModel::apply(const LateEvent& event)
         break;
     case LateEvent::Kind::replyIsSpoilt: {
         Due& due = due_.at(event.index).front();
-        const int bit = event.amount % (8 * due.reply.size());
+        const int bit = event.amount % (8 * static_cast<int>(due.reply.size()));
         due.reply[bit / 8] = static_cast<char>(due.reply.at(bit / 8) ^ (1 << (bit % 8)));
         due.isSpoilt = true;
         break;
