@@ -1,4 +1,5 @@
 // From the bytes of a good read reply to the cache and to what the host is told.
+#include <cstdio>
 #include <gmock/gmock.h>
 
 #include "link/decoding.h"
@@ -54,6 +55,39 @@ TEST_F(ResponseDecoding, AWordThatComesWithItsBytesExchangedHasChanged)
     EXPECT_EQ(answer("01 03 04 34 12 78 56"), 1);
     EXPECT_EQ(read("M_W", 2, 2), "12 34 56 78");
     EXPECT_EQ(read("R_W", 10, 2), "12 34 56 78");
+}
+
+// As many bits of one word stand beside those of the next: none may be taken for another's.
+TEST_F(ResponseDecoding, EachBitOfARunIsComparedByItself)
+{
+    const struct {
+        const char* regName;
+        const char* header;
+        int low; // place of the low byte in a word on the line
+    } types[] = {{"R_W", "01 03 08", 1}, {"M_W", "01 01 08", 0}};
+    const auto wordsWith = [](int bit, int low) {
+        std::string text;
+        for (int place = 0; place < 8; ++place) {
+            const bool isLow = place % 2 == low;
+            const int first = 16 * (place / 2) + (isLow ? 0 : 8);
+            const int value = bit >= first && bit < first + 8 ? 1 << (bit - first) : 0;
+            char byte[4];
+            std::snprintf(byte, sizeof byte, " %02X", static_cast<unsigned int>(value));
+            text += byte;
+        }
+        return text;
+    };
+    for (const auto& type : types) {
+        for (int before = 0; before < 64; ++before) {
+            for (int after = 0; after < 64; ++after) {
+                plan({key(type.regName, 0, 4)});
+                ASSERT_EQ(answer((type.header + wordsWith(before, type.low)).c_str()), 1);
+                ASSERT_EQ(answer((type.header + wordsWith(after, type.low)).c_str()), 1);
+                ASSERT_EQ(read(type.regName, 0, 4), wordsWith(after, 0).substr(1))
+                    << type.regName << " " << before << " " << after;
+            }
+        }
+    }
 }
 
 // Neighbours that hold the same must not hide one that does not.
