@@ -189,7 +189,8 @@ struct Asked {
 Asked askedBy(const QByteArray& request)
 {
     Asked asked;
-    if (request.size() < requestLength)
+    // A request that did not arrive whole is answered by nobody.
+    if (request.size() < requestLength || !hasGoodCrc(request))
         return asked;
     asked.station = byteAt(request, 0);
     asked.function = byteAt(request, functionIndex);
@@ -204,7 +205,8 @@ std::string readValues(const QByteArray& reply, const Asked& asked, const std::v
 {
     const int function = byteAt(reply, functionIndex);
     const int bytes = static_cast<int>(reply.size()) - readHead - crcLength;
-    const bool known = asked.function == function && bytesFor(function, asked.count) == bytes;
+    const bool known = asked.station == byteAt(reply, 0) && asked.function == function &&
+                       bytesFor(function, asked.count) == bytes;
     const int units = known ? asked.count : holdsBits(function) ? bytes * 8 : bytes / 2;
     const std::string values = holdsBits(function) ? coilValues(reply, readHead, units)
                                                    : registerValues(reply, readHead, units);

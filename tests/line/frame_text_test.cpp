@@ -158,7 +158,7 @@ TEST(FrameText, ExceptionsHaveNames)
 TEST(FrameText, WhatDoesNotFitTheRequestIsSaid)
 {
     EXPECT_EQ(reply("03 03 02 00 07", "02 03 05 0A 00 01"),
-              "station 3: R_W:10 = 7, but station 2 was asked");
+              "station 3: read registers, 2 bytes of values: 7, but station 2 was asked");
     EXPECT_EQ(reply("02 04 02 00 07", "02 03 05 0A 00 01"),
               "station 2: read input registers, 2 bytes of values: 7, but the request was to read "
               "registers");
