@@ -3,6 +3,7 @@
 #include <QHeaderView>
 
 #include "line/frame_bytes.h"
+#include "panel/desk/row_table.h"
 #include "panel/frames/line_page.h"
 
 namespace dov417 {
@@ -11,12 +12,7 @@ namespace {
 
 void makePlain(QTableView* table)
 {
-    table->setSelectionBehavior(QAbstractItemView::SelectRows);
-    table->setTabKeyNavigation(false);
-    table->setWordWrap(false);
-    table->verticalHeader()->hide();
-    table->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-    table->verticalHeader()->setDefaultSectionSize(table->fontMetrics().height() + 6);
+    showRows(*table, roomInRow);
 }
 
 } // namespace
