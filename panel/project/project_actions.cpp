@@ -123,8 +123,8 @@ bool ProjectActions::begin(const std::vector<Item>& items, const LineSetup& line
 {
     if (!mayLeave())
         return false;
-    document_.begin(items, line, stations);
     emit told(QString());
+    document_.begin(items, line, stations);
     return true;
 }
 

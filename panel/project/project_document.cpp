@@ -139,8 +139,7 @@ void ProjectDocument::take(ReadContent read, const QString& file)
     const std::function<void()> arrange = preparedParts(read);
     {
         const QScopedValueRollback<bool> applying(isApplying_, true);
-        desk_.close();
-        desk_.setItems(*read.content.items);
+        desk_.beginProject(*read.content.items);
         arrange();
     }
     file_ = file;

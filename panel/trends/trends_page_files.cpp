@@ -74,12 +74,17 @@ void TrendsPage::writeTable()
     try {
         if (!export_->writeMore(rowsPerTurn))
             return;
-        emit told(whenExported_);
+        endTable(whenExported_);
     } catch (const Failure& failure) {
-        emit told(QString::fromUtf8(failure.what()));
+        endTable(QString::fromUtf8(failure.what()));
     }
+}
+
+void TrendsPage::endTable(const QString& how)
+{
     exportTimer_.stop();
     export_.reset();
+    emit told(how);
 }
 
 } // namespace dov417

@@ -247,6 +247,53 @@ TEST_F(TheTrendsPage, NeverJoinsTwoLines)
     desk.end();
 }
 
+TEST_F(TheTrendsPage, HasNothingOfAnotherProjectUnderItsNames)
+{
+    options.set = {"R_W:100=215"};
+    showAll({"R_W:100"});
+    waitForConfirmation();
+    const TrendTime before = now();
+    waitForConfirmation();
+    stack->setCursor(0, before);
+    ASSERT_EQ(cell(0, TrendReadout::atA), "215");
+    std::vector<Item> items = desk.tags().items;
+    items.front() = namedItem(items.front(), "oven", {0.1, 0, 1, "K"});
+    desk.beginProject(items);
+    page->prepared(OrderedJson::object())();
+    EXPECT_FALSE(stack->cursors().front());
+    EXPECT_EQ(readout->rowCount(), 0);
+    desk.open(setup);
+    ASSERT_TRUE(waitUntil([this]() { return allAre(ValueState::good); }));
+    waitForConfirmation();
+    showWatched();
+    const TrendTime after = now();
+    waitForConfirmation();
+    stack->setCursor(0, before);
+    stack->setCursor(1, after);
+    EXPECT_EQ(cell(0, TrendReadout::name), "oven");
+    EXPECT_EQ(cell(0, TrendReadout::atA), "not recorded");
+    EXPECT_EQ(cell(0, TrendReadout::atB), "21.5 K");
+    EXPECT_TRUE(stack->notes().empty());
+    press(Qt::Key_Home);
+    EXPECT_GT(stack->view().from(), before);
+    desk.end();
+}
+
+TEST_F(TheTrendsPage, WritesNoTableOnceAnotherProjectIsOpened)
+{
+    options.set = {"R_W:100=215"};
+    showAll({"R_W:100"});
+    waitForConfirmation();
+    const QString file = folder.filePath("values.csv");
+    std::ofstream(file.toStdString()) << "before";
+    ASSERT_TRUE(page->saveTable(file));
+    desk.beginProject(desk.tags().items);
+    EXPECT_EQ(told, "The table was not written: another project was opened meanwhile.");
+    QCoreApplication::processEvents();
+    EXPECT_EQ(contentOf(file), "before");
+    desk.end();
+}
+
 TEST_F(TheTrendsPage, ReadsOutAtAndBetweenTwoCursors)
 {
     Scaling tenths{0.1, 0, 1, "bar"};
