@@ -199,7 +199,7 @@ void ProjectActions::editLine()
     if (dialog.exec() != QDialog::Accepted)
         return;
     document_.setLine(dialog.setup());
-    if (dialog.isToOpen())
+    if (dialog.isToOpen() && mayCloseLine())
         document_.openLine();
 }
 
