@@ -96,6 +96,7 @@ private:
     TrendValuesDialog* const dialog_;
     TrendNotesDialog* const notesDialog_;
     std::unique_ptr<TrendTable> export_;
+    QString exported_;     // its file
     QString whenExported_; // to be told
     QTimer refreshTimer_;
     QTimer exportTimer_;

@@ -16,6 +16,7 @@ namespace dov417 {
 
 namespace {
 
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
@@ -555,6 +556,22 @@ TEST_F(TheTrendsPage, SavesValuesWithTheirGapsAndPictures)
     EXPECT_FALSE(page->saveTable("/nowhere/values.csv"));
     EXPECT_THAT(told, HasSubstr("/nowhere/values.csv"));
     EXPECT_FALSE(page->savePicture("/nowhere/plots.png"));
+}
+
+TEST_F(TheTrendsPage, WritesATableToItsEndBeforeItBeginsAnother)
+{
+    showAll({"R_W:100"});
+    waitForConfirmation();
+    const QString first = folder.filePath("first.csv");
+    const QString second = folder.filePath("second.csv");
+    ASSERT_TRUE(page->saveTable(first));
+    EXPECT_FALSE(page->saveNotes(second));
+    EXPECT_THAT(told, AllOf(HasSubstr("first.csv"), HasSubstr("is still being written")));
+    EXPECT_TRUE(waitUntil([&]() { return told.find("What is seen is written") == 0; }));
+    EXPECT_THAT(contentOf(first), HasSubstr("1/R_W:100"));
+    EXPECT_FALSE(QFile::exists(second));
+    EXPECT_TRUE(page->saveNotes(second));
+    EXPECT_TRUE(waitUntil([&]() { return QFile::exists(second); }));
 }
 
 TEST_F(TheTrendsPage, KeepsItsArrangementInAProject)
