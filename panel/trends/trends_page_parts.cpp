@@ -89,6 +89,7 @@ TrendsPage::TrendsPage(PanelDesk& desk)
         chooseByItself();
     });
     connect(&desk, &PanelDesk::tagsChanged, this, [this]() { resolve(); });
+    connect(&desk, &PanelDesk::projectBegan, this, [this]() { beginProject(); });
     connect(&dialog_->choice(), &TrendChoice::chosen, this,
             [this](const TrendValue& value, bool isIn) { putIn(value, isIn); });
     connect(&refreshTimer_, &QTimer::timeout, this, [this]() { refresh(); });
