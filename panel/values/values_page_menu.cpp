@@ -1,4 +1,6 @@
-// What the menu of a row does.
+// What the menu of the rows does.
+#include <QActionGroup>
+#include <QHeaderView>
 #include <QMenu>
 #include <algorithm>
 #include <set>
@@ -10,9 +12,15 @@ namespace dov417 {
 
 void ValuesPage::showMenu(const QPoint& place)
 {
-    if (chosenRows().empty())
-        return;
     QMenu menu(this);
+    if (!chosenRows().empty())
+        addRowActions(menu);
+    addOrders(*menu.addMenu(tr("&Order of the rows")));
+    menu.exec(table_->viewport()->mapToGlobal(place));
+}
+
+void ValuesPage::addRowActions(QMenu& menu)
+{
     QAction* const write = menu.addAction(tr("&Write \u2026"), this, [this]() { writeChosen(); });
     write->setEnabled(write_->isEnabled());
     QMenu* const formats = menu.addMenu(tr("&Format"));
@@ -33,7 +41,30 @@ void ValuesPage::showMenu(const QPoint& place)
         emit trendsAsked(addresses);
     });
     menu.addAction(tr("&Remove"), this, [this]() { removeChosen(); });
-    menu.exec(table_->viewport()->mapToGlobal(place));
+}
+
+// What a click on a column's head does, with keys; and the way back.
+void ValuesPage::addOrders(QMenu& menu)
+{
+    const QHeaderView& head = *table_->horizontalHeader();
+    const int current = head.sortIndicatorSection();
+    const bool isFalling = head.sortIndicatorOrder() == Qt::DescendingOrder;
+    auto* const orders = new QActionGroup(&menu);
+    const auto add = [&](const QString& text, int column, bool isChosen, Qt::SortOrder order) {
+        QAction* const action = menu.addAction(
+            text, table_, [this, column, order]() { table_->sortByColumn(column, order); });
+        action->setCheckable(true);
+        action->setChecked(isChosen);
+        orders->addAction(action);
+    };
+    add(tr("As they were added"), -1, current < 0, Qt::AscendingOrder);
+    for (int column = 0; column < ValuesModel::columns; ++column) {
+        const QString name = model_.headerData(column, Qt::Horizontal).toString();
+        add(tr("%1, rising").arg(name), column, column == current && !isFalling,
+            Qt::AscendingOrder);
+        add(tr("%1, falling").arg(name), column, column == current && isFalling,
+            Qt::DescendingOrder);
+    }
 }
 
 void ValuesPage::chooseFormat(const QString& name)
