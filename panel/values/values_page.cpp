@@ -51,6 +51,7 @@ ValuesPage::ValuesPage(PanelDesk& desk)
     empty_->setWordWrap(true);
     rows->addWidget(empty_, 1);
     auto* const splitter = new QSplitter(Qt::Vertical);
+    splitter->setObjectName(QStringLiteral("valuesSplit"));
     splitter->setChildrenCollapsible(false);
     splitter->addWidget(table_);
     splitter->addWidget(makeWrites());
