@@ -109,6 +109,15 @@ void TrendStack::followValues()
     draw();
 }
 
+void TrendStack::changeHeight(const std::function<void(TrendPlot&)>& change)
+{
+    if (plots_.empty())
+        return;
+    change(*plots_.at(current_));
+    isChanged_ = true;
+    draw();
+}
+
 void TrendStack::showAll()
 {
     std::optional<TrendTime> first;

@@ -27,6 +27,17 @@ void TrendStack::pressKey(QKeyEvent* event)
             return moveCursor(sense * columns);
         return arrange([sense](TrendView& view) { view.move(sense * stepOfKey); });
     }
+    case Qt::Key_Up:
+    case Qt::Key_Down: {
+        const int sense = event->key() == Qt::Key_Up ? 1 : -1;
+        if ((event->modifiers() & Qt::ControlModifier) != 0)
+            return changeHeight([sense](TrendPlot& plot) {
+                plot.zoomHeight(sense > 0 ? zoomOfKey : 1 / zoomOfKey);
+            });
+        if (isShift)
+            return changeHeight([sense](TrendPlot& plot) { plot.moveHeight(sense * stepOfKey); });
+        return event->ignore(); // to the plots above and below
+    }
     case Qt::Key_PageUp:
         return arrange([](TrendView& view) { view.move(-1); });
     case Qt::Key_PageDown:
