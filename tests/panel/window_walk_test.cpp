@@ -66,21 +66,35 @@ TEST_F(TheTranslatedWindow, LeavesNoTextOut)
 {
     showAll(expectNoTextLeftOut, window);
     showTrial();
+    EXPECT_TRUE(waitUntil([this]() { return desk.statistics() != nullptr; }));
     showAll(expectNoTextLeftOut, window);
     for (const QAction* const action : window.findChildren<QAction*>())
         expectTranslated(action->text(), window, "action");
 }
 
+// On a screen of this size.
+void expectFitsTheScreen(const QWidget& where)
+{
+    EXPECT_LE(where.minimumSizeHint().width(), 1280);
+    EXPECT_EQ(where.width(), 1280);
+    EXPECT_EQ(where.height(), 800);
+    expectNothingCutOff(where);
+}
+
 TEST_F(TheTranslatedWindow, CutsNothingOff)
 {
     showTrial();
-    const auto look = [](const QWidget& where) {
-        EXPECT_LE(where.minimumSizeHint().width(), 1280);
-        EXPECT_EQ(where.width(), 1280);
-        EXPECT_EQ(where.height(), 800);
-        expectNothingCutOff(where);
-    };
-    showAll(look, window);
+    EXPECT_TRUE(waitUntil([this]() { return desk.statistics() != nullptr; }));
+    showAll(expectFitsTheScreen, window);
+}
+
+class TheWindowInLargeLetters : private LargeLetters, public TheWholeWindow {};
+
+TEST_F(TheWindowInLargeLetters, CutsNothingOff)
+{
+    showTrial();
+    EXPECT_TRUE(waitUntil([this]() { return desk.statistics() != nullptr; }));
+    showAll(expectFitsTheScreen, window);
 }
 
 } // namespace
