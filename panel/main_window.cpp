@@ -17,6 +17,7 @@
 #include "panel/health/health_page.h"
 #include "panel/plan/plan_page.h"
 #include "panel/project/window_layout.h"
+#include "panel/project/window_parts.h"
 #include "panel/recipes/recipes_page.h"
 #include "panel/start_page.h"
 #include "panel/trends/trends_page.h"
@@ -251,20 +252,24 @@ void MainWindow::showTitle()
 
 OrderedJson MainWindow::layout() const
 {
-    return {{"page", list_->currentRow() + 1},
-            {"width", width()},
-            {"height", height()},
-            {"maximized", isMaximized()}};
+    OrderedJson layout = {{"page", list_->currentRow() + 1},
+                          {"width", width()},
+                          {"height", height()},
+                          {"maximized", isMaximized()}};
+    layout.update(partsLayout(*this));
+    return layout;
 }
 
 std::function<void()> MainWindow::preparedLayout(const OrderedJson& layout)
 {
     const WindowLayout wanted = windowLayout(layout);
-    return [this, wanted]() {
+    const std::function<void()> arrangeParts = preparedParts(*this, layout);
+    return [this, wanted, arrangeParts]() {
         if (wanted.isMaximized)
             showMaximized();
         else if (wanted.size.isValid())
             resize(wanted.size);
+        arrangeParts();
         if (wanted.page > 0 && wanted.page <= static_cast<int>(pages_.size()))
             showPage(wanted.page - 1);
     };

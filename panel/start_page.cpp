@@ -150,7 +150,10 @@ QWidget* StartPage::makeLine()
         if (const QTreeWidgetItem* const item = ports_->currentItem())
             port_->setText(item->text(0));
     });
-    connect(ports_, &QTreeWidget::itemActivated, this, [this]() { openLine(); });
+    connect(ports_, &QTreeWidget::itemActivated, this, [this](const QTreeWidgetItem* item) {
+        port_->setText(item->text(0)); // the keys come to the first one before it is chosen
+        openLine();
+    });
     auto* const form = new QFormLayout;
     port_->setObjectName(QStringLiteral("port"));
     port_->setPlaceholderText(tr("/dev/ttyUSB0, tcp://HOST:4001, mbtcp://HOST"));

@@ -146,12 +146,14 @@ void PanelDesk::removeItems(const std::vector<std::size_t>& places)
 void PanelDesk::write(const PanelValue& value, const std::string& text)
 {
     if (!hasLine())
-        throw UsageFailure("no line is open");
+        throw UsageFailure(tr("no line is open").toStdString());
     if (!state_.isUnlocked)
-        throw UsageFailure("writing is locked on this line; unlock it in the status line");
+        throw UsageFailure(
+            tr("writing is locked on this line; unlock it in the status line").toStdString());
     // A recipe reads what the driver holds, which would be what is still on its way.
     if (recipeIsUnderWay())
-        throw UsageFailure("a recipe is under way; wait until it has ended, or cancel it");
+        throw UsageFailure(
+            tr("a recipe is under way; wait until it has ended, or cancel it").toStdString());
     const std::vector<unsigned char> bytes = bytesToWrite(value, text);
     PanelWrite write;
     write.number = line_.write(value.address, bytes);

@@ -27,6 +27,7 @@ LinePage::LinePage(PanelDesk& desk)
     standing_->setWordWrap(true);
     standing_->setObjectName(QStringLiteral("standing"));
     auto* const splitter = new QSplitter(Qt::Vertical);
+    splitter->setObjectName(QStringLiteral("lineSplit"));
     splitter->setChildrenCollapsible(false);
     splitter->addWidget(table_);
     splitter->addWidget(fields_);

@@ -50,6 +50,9 @@ public:
     void setNotes(const std::vector<TrendNote>& notes);
     // Scales that follow the values again.
     void followValues();
+    // The scales of numbers: closer (< 1) or farther around their middle; and up by a part of them.
+    void zoomHeight(double factor);
+    void moveHeight(double part);
     // For a picture that has no list beside it.
     void setLegendShown(bool isShown);
     double pixels() const; // the canvas is wide
@@ -72,6 +75,8 @@ private:
     bool mouseReleased(const QMouseEvent& event);
     void chooseArea(const QRect& area);
     void showScales();
+    bool isOfNumbers(QwtPlot::Axis axis) const;
+    void setHeight(QwtPlot::Axis axis, double middle, double height);
     void showBits(QwtPlot::Axis axis, const std::vector<std::string>& names, bool isAlone);
     TrendTime timeAt(int x) const;
 

@@ -56,6 +56,7 @@ TrendsPage::TrendsPage(PanelDesk& desk)
     lowerRows->addWidget(between_);
     lowerRows->addWidget(table_, 1);
     auto* const splitter = new QSplitter(Qt::Vertical);
+    splitter->setObjectName(QStringLiteral("trendsSplit"));
     splitter->setChildrenCollapsible(false);
     upper_->addWidget(empty_);
     upper_->addWidget(stack_);

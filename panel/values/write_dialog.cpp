@@ -50,6 +50,7 @@ WriteDialog::WriteDialog(PanelDesk& desk, const std::vector<PanelValue>& values,
     auto* const scroll = new QScrollArea;
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setFocusPolicy(Qt::NoFocus); // it follows the fields
     scroll->setWidget(inside);
     auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Cancel);
     write_ = buttons->addButton(tr("&Write"), QDialogButtonBox::AcceptRole);

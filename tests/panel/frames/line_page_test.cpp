@@ -1,6 +1,7 @@
 #include "panel/frames/line_page.h"
 
 #include <QApplication>
+#include <QProcess>
 #include <QScrollBar>
 #include <QTest>
 #include <QWheelEvent>
@@ -227,6 +228,28 @@ TEST_F(TheLinePage, SavesALineLogAndOpensOne)
     EXPECT_FALSE(page.openLog(folder.filePath("none")));
     EXPECT_THAT(told, HasSubstr("none"));
     EXPECT_EQ(rows(), before);
+}
+
+TEST_F(TheLinePage, SavesALogThatTheToolReads)
+{
+    options.set = {"R_W:100=4711"};
+    watch({"R_W:100"});
+    open();
+    ASSERT_TRUE(waitUntil([this]() { return rows() >= 4; }));
+    QTest::mouseClick(part<QPushButton>("hold"), Qt::LeftButton);
+    const QString file = folder.filePath("line.log");
+    ASSERT_TRUE(page.saveLog(file));
+    QProcess tool;
+    tool.start(QStringLiteral(DOV417_TOOL), {"trace", file});
+    ASSERT_TRUE(tool.waitForFinished());
+    EXPECT_EQ(tool.exitCode(), 0);
+    EXPECT_EQ(tool.readAllStandardError().toStdString(), "") << "it could read every line";
+    const QString trace = QString::fromUtf8(tool.readAllStandardOutput());
+    int replies = 0;
+    for (int row = 0; row < rows(); ++row)
+        replies += cell(row, LineModel::meaning) == "station 1: R_W:100 = 4711" ? 1 : 0;
+    ASSERT_GT(replies, 0);
+    EXPECT_EQ(trace.count(QLatin1String("R_W:100 = 4711")), replies) << trace.toStdString();
 }
 
 TEST_F(TheLinePage, KeepsItsMemory)
