@@ -84,6 +84,25 @@ TEST_F(PanelTagTexts, ComeFromASpreadsheet)
     EXPECT_EQ(tags.front().format.scaling.unit, "K");
 }
 
+TEST_F(PanelTagTexts, AreGivenNoNameThatATagFileCouldNotHave)
+{
+    const auto refusal = [&](const std::string& text) {
+        return complaint([&]() { pastedItems(library, text); });
+    };
+    EXPECT_EQ(refusal("oven\tR_W:5\nR_W:100\tR_W:200\n"),
+              "what is pasted:2: the name 'R_W:100' of R_W:200: a name cannot hold ':'")
+        << "it would show one address's value under another's name";
+    EXPECT_THAT(refusal("2/R_W:200\tR_W:200\n"), HasSubstr("cannot hold ':'"));
+    EXPECT_THAT(refusal("a=5\tR_W:200\n"), HasSubstr("cannot hold '='"));
+    EXPECT_THAT(refusal("oven\tR_W:5\n\"a,b\"\tR_W:200\n"), HasSubstr("cannot hold ','"));
+    EXPECT_THAT(refusal("\tR_W:200\n"), HasSubstr("what is pasted:1: "));
+    EXPECT_THAT(refusal("\tR_W:200\n"), HasSubstr("a tag needs a name"));
+    EXPECT_THAT(refusal("a\x01z\tR_W:200\n"), HasSubstr("control character"));
+    EXPECT_THAT(addressesOf(pastedItems(library, "R_W:200\tR_W:200\n1/R_W:7\tR_W:7\n")),
+                ElementsAre("1/R_W:200 1/R_W:200", "1/R_W:7 1/R_W:7"))
+        << "its own address is no name";
+}
+
 TEST_F(PanelTagTexts, AreAllRefusedWhereOneRowIsWrong)
 {
     EXPECT_THAT(complaint([&]() { pastedItems(library, "a\tR_W:5\nb\tQ_W:5000\n"); }),
