@@ -41,6 +41,9 @@ enum class LinePhase {
     refused // it could not be had; the state's reason says why
 };
 
+// Why nothing is written then.
+constexpr const char* portIsAway = "the port is away";
+
 struct LineState {
     LinePhase phase = LinePhase::closed;
     bool isSimulated = false;

@@ -53,7 +53,8 @@ public:
     void open(const LineOrder& order);
     void close();
     void watch(int generation, const std::vector<Address>& addresses);
-    // Nothing is written before; each line begins locked, but for the own controller's.
+    // Nothing is written before; each line begins locked, and is again when its port has gone, but
+    // for the own controller's. Without its port it stays so.
     void setUnlocked(int line, bool isUnlocked);
     void write(const WriteOrder& order);
     // Its recipes(), which tell what becomes of it.
@@ -87,6 +88,7 @@ private:
     void refuse(const std::string& reason);
     void note(const std::string& text);
     void portChanged(bool open, const std::string& message);
+    void endWithPort(const std::string& message);
     void collected();
     void sendPulse();
     void send();

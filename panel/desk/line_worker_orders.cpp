@@ -22,9 +22,13 @@ std::string LineWorker::refusal(int line, bool isWriting) const
 {
     if (line != line_)
         return "another line was opened meanwhile";
+    if (!session_)
+        return "the line is closed";
+    if (isWriting && state_.phase != LinePhase::open)
+        return portIsAway;
     if (isWriting && !state_.isUnlocked)
         return "writing is locked on this line";
-    return session_ ? std::string() : "the line is closed";
+    return std::string();
 }
 
 void LineWorker::write(const WriteOrder& order)

@@ -116,12 +116,19 @@ void PanelDesk::removeItems(const std::vector<std::size_t>& places)
 
 // ---- writing --------------------------------------------------------------------------------
 
+void PanelDesk::requireWriting() const
+{
+    if (state_.phase != LinePhase::open)
+        throw UsageFailure(portIsAway);
+    if (!state_.isUnlocked)
+        throw UsageFailure("writing is locked on this line; unlock it in the status line");
+}
+
 void PanelDesk::write(const PanelValue& value, const std::string& text)
 {
     if (!hasLine())
         throw UsageFailure("no line is open");
-    if (!state_.isUnlocked)
-        throw UsageFailure("writing is locked on this line; unlock it in the status line");
+    requireWriting();
     // A recipe reads what the driver holds, which would be what is still on its way.
     if (recipeIsUnderWay())
         throw UsageFailure("a recipe is under way; wait until it has ended, or cancel it");

@@ -157,6 +157,7 @@ signals:
 
 private:
     void watch(const std::vector<Address>& addresses);
+    void requireWriting() const;
     void tellAllValues();
     void listen();
     void endWrite(const WriteOutcome& outcome);

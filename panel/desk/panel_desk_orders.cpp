@@ -37,8 +37,8 @@ long long PanelDesk::moveRecipe(int line, RecipeKind kind, const std::vector<Rec
         throw UsageFailure("another recipe is under way");
     if (writesUnderWay() > 0)
         throw UsageFailure("values are being written; wait until that has ended");
-    if (kind == RecipeKind::download && !state_.isUnlocked)
-        throw UsageFailure("writing is locked on this line; unlock it in the status line");
+    if (kind == RecipeKind::download)
+        requireWriting();
     recipe_ = line_.moveRecipe(line, kind, entries);
     if (kind == RecipeKind::download)
         for (const RecipeEntry& entry : entries)
