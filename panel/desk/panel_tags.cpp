@@ -111,6 +111,10 @@ std::vector<unsigned char> bytesToWrite(const PanelValue& value, const std::stri
 {
     if (!value.locked.empty())
         throw UsageFailure(value.locked);
+    if (text.empty())
+        throw UsageFailure(value.address.width == Width::text
+                               ? "nothing is typed; an empty text is written \"\""
+                               : "nothing is typed");
     std::vector<unsigned char> bytes = valueBytes(value.address, value.label.format, {text});
     Item one = value.item;
     one.address = value.address;

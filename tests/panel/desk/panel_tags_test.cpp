@@ -67,6 +67,15 @@ TEST_F(PanelTagTexts, AreRefusedOutsideOfTheirLimits)
     EXPECT_THAT(complaint([&]() { bytesToWrite(value(limited), "fast"); }), HasSubstr("fast"));
 }
 
+TEST_F(PanelTagTexts, AreEmptyOnlyInQuotes)
+{
+    const PanelValue label = value(item("R_W:5..6@text"));
+    EXPECT_EQ(complaint([&]() { bytesToWrite(label, ""); }),
+              "nothing is typed; an empty text is written \"\"");
+    EXPECT_THAT(bytesToWrite(label, "\"\""), ElementsAre(0, 0, 0, 0));
+    EXPECT_EQ(complaint([&]() { bytesToWrite(value(item("R_W:5")), ""); }), "nothing is typed");
+}
+
 TEST_F(PanelTagTexts, AreWatchedOnceEach)
 {
     EXPECT_EQ(watchedAddresses({item("R_W:5"), item("R_W:5@hex"), item("R_W:6")}).size(), 2U);
