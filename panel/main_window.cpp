@@ -188,10 +188,12 @@ void MainWindow::showState()
     const bool isRunning = state.phase == LinePhase::open && state.cycles > 0 && cycleMs >= leastMs;
     cycle_->setText(isRunning ? tr("a cycle takes %1 ms").arg(cycleMs, 0, 'f', 1) : QString());
     lock_->setVisible(desk_.hasLine());
+    lock_->setEnabled(state.phase == LinePhase::open || state.isSimulated);
     lock_->setChecked(state.isUnlocked);
     lock_->setText(state.isUnlocked ? tr("\u26a0 Writing is unlocked") : tr("Writing is locked"));
-    lock_->setToolTip(state.isUnlocked ? tr("Lock writing on this line")
-                                       : tr("Allow writing on this line, until it is closed"));
+    lock_->setToolTip(state.isUnlocked
+                          ? tr("Lock writing on this line")
+                          : tr("Allow writing on this line, until it is closed or its port goes"));
 }
 
 void MainWindow::toggleLock()

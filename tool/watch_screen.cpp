@@ -150,6 +150,10 @@ void WatchScreen::takeInField(const Key& key)
 void WatchScreen::confirmField()
 {
     if (field_ == Field::value) {
+        if (entry_.empty()) {
+            message_ = "nothing is typed, and nothing was sent; \"\" is an empty text";
+            return;
+        }
         // A terminal may not mark what is pasted, and may hand it over in pieces: a person who
         // has looked at the value is slower than that.
         if (!isAlone_) {

@@ -32,16 +32,6 @@ int countOf(const std::string& text)
     return count;
 }
 
-void requireName(const std::string& name)
-{
-    if (name.empty())
-        throw UsageFailure("a tag needs a name");
-    // A command line could not tell such a name from an address or a value.
-    const std::size_t bad = name.find_first_of("=:,");
-    if (bad != std::string::npos)
-        throw UsageFailure(std::string("a name cannot hold '") + name[bad] + "'");
-}
-
 // Names and units are shown: a line end in one would begin a line that looks like another value's.
 void requireShown(const std::string& text)
 {
@@ -101,8 +91,7 @@ Tag parsedTag(const Library& library, const TagTexts& texts, TagColumn& column)
 
     column = nameColumn;
     tag.name = texts[nameColumn];
-    requireName(tag.name);
-    requireShown(tag.name);
+    requireTagName(tag.name);
 
     column = unitColumn;
     requireShown(texts[unitColumn]);
@@ -141,6 +130,18 @@ Tag parsedTag(const Library& library, const TagTexts& texts, TagColumn& column)
 }
 
 } // namespace
+
+void requireTagName(const std::string& name)
+{
+    if (name.empty())
+        throw UsageFailure("a tag needs a name");
+    // A command line could not tell such a name from an address or a value, and who reads it would
+    // take it for the address that it spells.
+    const std::size_t bad = name.find_first_of("=:,");
+    if (bad != std::string::npos)
+        throw UsageFailure(std::string("a name cannot hold '") + name[bad] + "'");
+    requireShown(name);
+}
 
 Tag tagOf(const Library& library, const TagTexts& texts, TagColumn& column)
 {

@@ -32,6 +32,9 @@ extern const std::array<TagColumn, 3> neededTagColumns;
 // By column; empty where nothing is said.
 using TagTexts = std::array<std::string, tagColumnCount>;
 
+// Throws a UsageFailure that says why no tag may be called so.
+void requireTagName(const std::string& name);
+
 // Throws a UsageFailure; `column` is then where the mistake is.
 Tag tagOf(const Library& library, const TagTexts& texts, TagColumn& column);
 

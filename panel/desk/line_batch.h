@@ -3,6 +3,7 @@
 #define DOV417_PANEL_LINE_BATCH_H
 
 #include <QMetaType>
+#include <QString>
 #include <cstddef>
 #include <memory>
 #include <string>
@@ -40,6 +41,9 @@ enum class LinePhase {
     away,   // the port has gone; it is opened again as soon as it is back
     refused // it could not be had; the state's reason says why
 };
+
+// Why nothing is written then.
+QString portIsAway();
 
 struct LineState {
     LinePhase phase = LinePhase::closed;

@@ -142,9 +142,23 @@ void LineWorker::portChanged(bool open, const std::string& message)
     state_.phase = open ? LinePhase::open : LinePhase::away;
     state_.reason = open ? std::string() : message;
     note(message);
-    // What would go on with the port may go to whatever is at its end then, half of it.
-    if (!open && recipes_.isUnderWay())
+    if (!open)
+        endWithPort(message);
+}
+
+// What would go on with the port may go to whatever is at its end then, half of it, and with nobody
+// there to see it. So may what is clicked then.
+void LineWorker::endWithPort(const std::string& message)
+{
+    if (session_->writesUnderWay() > 0)
+        session_->endRequests(message + "; whether the controller has taken what was on its way is "
+                                        "not known");
+    else if (recipes_.isUnderWay())
         session_->endRequests(message);
+    if (!state_.isUnlocked || state_.isSimulated)
+        return;
+    state_.isUnlocked = false;
+    note("writing is locked again");
 }
 
 void LineWorker::refuse(const std::string& reason)
@@ -213,7 +227,7 @@ void LineWorker::setUnlocked(int line, bool isUnlocked)
 {
     if (line != line_)
         return;
-    state_.isUnlocked = isUnlocked;
+    state_.isUnlocked = isUnlocked && (state_.isSimulated || state_.phase == LinePhase::open);
     hasNews_ = true;
     collected();
 }

@@ -55,7 +55,8 @@ public:
     // What is told from now on is of this line, which is not open, and of this generation.
     void leave(int line, int generation, std::size_t watched);
     void watch(int generation, const std::vector<Address>& addresses);
-    // Nothing is written before; each line begins locked, but for the own controller's.
+    // Nothing is written before; each line begins locked, and is again when its port has gone, but
+    // for the own controller's. Without its port it stays so.
     void setUnlocked(int line, bool isUnlocked);
     void write(const WriteOrder& order);
     // Its recipes(), which tell what becomes of it.
@@ -90,6 +91,7 @@ private:
     void refuse(const std::string& reason);
     void note(const std::string& text);
     void portChanged(bool open, const std::string& message);
+    void endWithPort(const std::string& message);
     void collected();
     void sendPulse();
     void send();

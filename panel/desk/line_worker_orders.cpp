@@ -22,9 +22,13 @@ std::string LineWorker::refusal(int line, bool isWriting) const
 {
     if (line != line_)
         return tr("another line was opened meanwhile").toStdString();
+    if (!session_)
+        return tr("the line is closed").toStdString();
+    if (isWriting && state_.phase != LinePhase::open)
+        return portIsAway().toStdString();
     if (isWriting && !state_.isUnlocked)
         return tr("writing is locked on this line").toStdString();
-    return session_ ? std::string() : tr("the line is closed").toStdString();
+    return std::string();
 }
 
 void LineWorker::write(const WriteOrder& order)

@@ -143,13 +143,20 @@ void PanelDesk::removeItems(const std::vector<std::size_t>& places)
 
 // ---- writing --------------------------------------------------------------------------------
 
+void PanelDesk::requireWriting() const
+{
+    if (state_.phase != LinePhase::open)
+        throw UsageFailure(portIsAway().toStdString());
+    if (!state_.isUnlocked)
+        throw UsageFailure(
+            tr("writing is locked on this line; unlock it in the status line").toStdString());
+}
+
 void PanelDesk::write(const PanelValue& value, const std::string& text)
 {
     if (!hasLine())
         throw UsageFailure(tr("no line is open").toStdString());
-    if (!state_.isUnlocked)
-        throw UsageFailure(
-            tr("writing is locked on this line; unlock it in the status line").toStdString());
+    requireWriting();
     // A recipe reads what the driver holds, which would be what is still on its way.
     if (recipeIsUnderWay())
         throw UsageFailure(

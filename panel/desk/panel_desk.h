@@ -165,6 +165,7 @@ private:
     void watch(const std::vector<Address>& addresses);
     void forgetLine();
     std::vector<Address> valueAddresses() const;
+    void requireWriting() const;
     void tellAllValues();
     void listen();
     void endWrite(const WriteOutcome& outcome);

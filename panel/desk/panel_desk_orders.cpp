@@ -39,9 +39,8 @@ long long PanelDesk::moveRecipe(int line, RecipeKind kind, const std::vector<Rec
         throw UsageFailure(tr("another recipe is under way").toStdString());
     if (writesUnderWay() > 0)
         throw UsageFailure(tr("values are being written; wait until that has ended").toStdString());
-    if (kind == RecipeKind::download && !state_.isUnlocked)
-        throw UsageFailure(
-            tr("writing is locked on this line; unlock it in the status line").toStdString());
+    if (kind == RecipeKind::download)
+        requireWriting();
     recipe_ = line_.moveRecipe(line, kind, entries);
     if (kind == RecipeKind::download)
         for (const RecipeEntry& entry : entries)

@@ -11,6 +11,7 @@
 #include "text/address_values.h"
 #include "text/csv_rows.h"
 #include "text/raw_values.h"
+#include "text/tag_columns.h"
 
 namespace dov417 {
 
@@ -39,13 +40,6 @@ std::string whyLocked(const Library& library, const Address& address,
     return std::string();
 }
 
-Item renamed(const Item& item, const std::string& name)
-{
-    Item other = item;
-    other.name = name;
-    return other;
-}
-
 Item addressItem(const Library& library, const std::string& text)
 {
     if (text.find(':') == std::string::npos && !registerType(library, text))
@@ -54,6 +48,31 @@ Item addressItem(const Library& library, const std::string& text)
                 .arg(QString::fromStdString(text))
                 .toStdString());
     return Items(library, ItemSource()).find(text, Access::read);
+}
+
+bool isAddress(const Library& library, const std::string& text, const Address& address)
+{
+    try {
+        return addressItem(library, text).address == address;
+    } catch (const UsageFailure&) {
+        return false;
+    }
+}
+
+// Of an address, or of a name and an address.
+Item pastedItem(const Library& library, const std::vector<std::string>& fields)
+{
+    Item item = addressItem(library, fields.back());
+    const std::string& name = fields.front();
+    if (fields.size() == 1 || isAddress(library, name, item.address))
+        return item;
+    try {
+        requireTagName(name);
+    } catch (const UsageFailure& failure) {
+        throw UsageFailure("the name '" + name + "' of " + fields.back() + ": " + failure.what());
+    }
+    item.name = name;
+    return item;
 }
 
 // Of its register type, of which a format may make one.
@@ -99,6 +118,10 @@ std::vector<unsigned char> bytesToWrite(const PanelValue& value, const std::stri
 {
     if (!value.locked.empty())
         throw UsageFailure(value.locked);
+    if (text.empty())
+        throw UsageFailure(value.address.width == Width::text
+                               ? "nothing is typed; an empty text is written \"\""
+                               : "nothing is typed");
     std::vector<unsigned char> bytes = valueBytes(value.address, value.label.format, {text});
     Item one = value.item;
     one.address = value.address;
@@ -153,8 +176,7 @@ std::vector<Item> pastedItems(const Library& library, const std::string& text)
     }
     for (const Row& row : rows)
         try {
-            const Item item = addressItem(library, row.fields.back());
-            items.push_back(row.fields.size() > 1 ? renamed(item, row.fields.front()) : item);
+            items.push_back(pastedItem(library, row.fields));
         } catch (const UsageFailure& failure) {
             Place{named, row.line}.refuse(failure.what());
         }

@@ -34,7 +34,10 @@ void ValueDelegate::setEditorData(QWidget* editor, const QModelIndex& index) con
 void ValueDelegate::setModelData(QWidget* editor, QAbstractItemModel* model,
                                  const QModelIndex& index) const
 {
-    model->setData(index, static_cast<QLineEdit*>(editor)->text(), Qt::EditRole);
+    // What stands there was rounded to be shown, and may be minutes old.
+    const auto* const field = static_cast<QLineEdit*>(editor);
+    if (field->isModified())
+        model->setData(index, field->text(), Qt::EditRole);
 }
 
 bool ValueDelegate::eventFilter(QObject* object, QEvent* event)

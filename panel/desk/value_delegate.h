@@ -1,5 +1,6 @@
 // Typing a value in its cell. What is typed stays while the controller's value goes on changing,
-// and it is written by Enter alone: who clicks elsewhere has changed his mind.
+// and it is written by Enter alone: who clicks elsewhere has changed his mind, and who has typed
+// nothing has asked for nothing.
 #ifndef DOV417_PANEL_VALUE_DELEGATE_H
 #define DOV417_PANEL_VALUE_DELEGATE_H
 

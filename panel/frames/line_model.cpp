@@ -108,6 +108,7 @@ void LineModel::add(const std::vector<Passed>& passed, long long notTold)
                                       nullptr, static_cast<int>(notTold))
                                        .toStdString()));
         rows.back().isTrouble = true;
+        rows.back().missing = notTold;
     }
     for (const Passed& each : passed)
         if (const std::optional<LineRow> row = rowOf(each))
@@ -144,21 +145,25 @@ void LineModel::clear()
 void LineModel::load(const RecordedLog& log)
 {
     Conversation conversation(areas_);
-    QByteArray request;
+    int asked = -1; // the station that was asked last
     std::vector<LineRow> rows;
     rows.reserve(log.entries.size());
     for (const LogEntry& entry : log.entries) {
+        if (std::binary_search(log.breaks.begin(), log.breaks.end(), rows.size())) {
+            conversation.forget();
+            asked = -1;
+        }
         LineRow row;
         row.entry = entry;
         row.number = numberOfEntry(rows.size());
         row.station = stationIn(entry.bytes);
         switch (entry.direction) {
         case Direction::sent:
-            request = entry.bytes;
-            row.entry.meaning = conversation.request(request);
+            asked = row.station;
+            row.entry.meaning = conversation.request(entry.bytes);
             break;
         case Direction::received:
-            row.request = request;
+            row.request = conversation.asked();
             row.entry.meaning = conversation.reply(entry.bytes);
             row.isTrouble = isBadReply(entry.bytes);
             break;
@@ -166,7 +171,9 @@ void LineModel::load(const RecordedLog& log)
             row.isTrouble = true;
             break;
         case Direction::note:
-            row.station = stationIn(request);
+            conversation.note(entry);
+            row.station = asked;
+            row.isTrouble = tellsGap(entry);
             break;
         }
         rows.push_back(std::move(row));
@@ -179,8 +186,12 @@ void LineModel::save(const std::string& file, const std::string& wire) const
 {
     std::string text = "# saved from dov417-panel";
     text.append(wire.empty() ? "" : ", line ").append(wire).append("\n");
-    for (const LineRow& row : rows_)
-        text.append(logLine(row.entry)).append("\n");
+    for (const LineRow& row : rows_) {
+        LogEntry entry = row.entry;
+        if (row.missing > 0) // a log is read again: whatever language the window is in
+            entry.meaning = gapText(row.missing);
+        text.append(logLine(entry)).append("\n");
+    }
     QString error;
     if (!replaceFile(QString::fromStdString(file), QByteArray::fromStdString(text), &error))
         throw Failure("cannot write " + file + ": " + error.toStdString());

@@ -222,16 +222,24 @@ RecordedLog readRecordedLog(const std::string& file)
     log.file = file;
     std::istringstream lines(contentOf(file, file));
     std::set<std::string> wires;
+    const auto addBreak = [&log]() {
+        if (log.breaks.empty() || log.breaks.back() != log.entries.size())
+            log.breaks.push_back(log.entries.size());
+    };
     for (std::string line; std::getline(lines, line);) {
         if (std::optional<LogEntry> entry = parseLogLine(line)) {
+            if (tellsGap(*entry))
+                addBreak();
             log.entries.push_back(std::move(*entry));
-        } else if (startsWith(line, "#")) {
-            if (log.breaks.empty() || log.breaks.back() != log.entries.size())
-                log.breaks.push_back(log.entries.size());
-            if (const std::optional<SerialFormat> wire = formatInRemark(line)) {
-                log.wire = wire;
-                wires.insert(toText(*wire));
-            }
+            continue;
+        }
+        if (line.empty() || line == "\r")
+            continue;
+        addBreak(); // a recording begins, or a frame cannot be read
+        if (const std::optional<SerialFormat> wire =
+                startsWith(line, "#") ? formatInRemark(line) : std::nullopt) {
+            log.wire = wire;
+            wires.insert(toText(*wire));
         }
     }
     if (log.entries.empty())

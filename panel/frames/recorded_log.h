@@ -15,7 +15,7 @@ namespace dov417 {
 struct RecordedLog {
     std::string file;
     std::vector<LogEntry> entries;    // at least one
-    std::vector<std::size_t> breaks;  // a recording begins before each of these entries
+    std::vector<std::size_t> breaks;  // before each of these entries frames are missing
     std::optional<SerialFormat> wire; // what its remarks name, if all that name one name the same
 };
 

@@ -107,6 +107,10 @@ void LampsPage::toggle(const QModelIndex& index)
         emit told(QString::fromStdString(value.locked));
         return;
     }
+    if (desk_.state().phase == LinePhase::away) {
+        emit told(tr("%1: %2").arg(name, portIsAway()));
+        return;
+    }
     if (!desk_.state().isUnlocked) {
         emit told(tr("Writing is locked: unlock it in the status line to write %1.").arg(name));
         return;

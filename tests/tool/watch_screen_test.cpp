@@ -376,6 +376,21 @@ TEST_F(AWatchScreen, AsksForAValueWithItsRangeAndSendsItOnEnter)
     EXPECT_EQ(lines.at(22).text, "written");
 }
 
+TEST_F(AWatchScreen, SendsNothingThatNobodyTyped)
+{
+    press("w");
+    press(KeyKind::enter);
+    EXPECT_EQ(written, Writes()) << "an empty text would be all zeros";
+    EXPECT_NE(with("nothing is typed, and nothing was sent; \"\" is an empty text"), "");
+    press("7");
+    press(KeyKind::clear);
+    press(KeyKind::enter);
+    EXPECT_EQ(written, Writes());
+    press("\"\"");
+    press(KeyKind::enter);
+    EXPECT_EQ(written, (Writes{{0, "\"\""}}));
+}
+
 TEST_F(AWatchScreen, SendsNothingOnEsc)
 {
     press("w");

@@ -67,6 +67,15 @@ TEST_F(PanelTagTexts, AreRefusedOutsideOfTheirLimits)
     EXPECT_THAT(complaint([&]() { bytesToWrite(value(limited), "fast"); }), HasSubstr("fast"));
 }
 
+TEST_F(PanelTagTexts, AreEmptyOnlyInQuotes)
+{
+    const PanelValue label = value(item("R_W:5..6@text"));
+    EXPECT_EQ(complaint([&]() { bytesToWrite(label, ""); }),
+              "nothing is typed; an empty text is written \"\"");
+    EXPECT_THAT(bytesToWrite(label, "\"\""), ElementsAre(0, 0, 0, 0));
+    EXPECT_EQ(complaint([&]() { bytesToWrite(value(item("R_W:5")), ""); }), "nothing is typed");
+}
+
 TEST_F(PanelTagTexts, AreWatchedOnceEach)
 {
     EXPECT_EQ(watchedAddresses({item("R_W:5"), item("R_W:5@hex"), item("R_W:6")}).size(), 2U);
@@ -82,6 +91,25 @@ TEST_F(PanelTagTexts, ComeFromASpreadsheet)
         pastedItems(library, "name;station;register;address;unit;scale\noven;2;R_W;7;K;0.1\n");
     EXPECT_THAT(addressesOf(tags), ElementsAre("oven 2/R_W:7"));
     EXPECT_EQ(tags.front().format.scaling.unit, "K");
+}
+
+TEST_F(PanelTagTexts, AreGivenNoNameThatATagFileCouldNotHave)
+{
+    const auto refusal = [&](const std::string& text) {
+        return complaint([&]() { pastedItems(library, text); });
+    };
+    EXPECT_EQ(refusal("oven\tR_W:5\nR_W:100\tR_W:200\n"),
+              "what is pasted:2: the name 'R_W:100' of R_W:200: a name cannot hold ':'")
+        << "it would show one address's value under another's name";
+    EXPECT_THAT(refusal("2/R_W:200\tR_W:200\n"), HasSubstr("cannot hold ':'"));
+    EXPECT_THAT(refusal("a=5\tR_W:200\n"), HasSubstr("cannot hold '='"));
+    EXPECT_THAT(refusal("oven\tR_W:5\n\"a,b\"\tR_W:200\n"), HasSubstr("cannot hold ','"));
+    EXPECT_THAT(refusal("\tR_W:200\n"), HasSubstr("what is pasted:1: "));
+    EXPECT_THAT(refusal("\tR_W:200\n"), HasSubstr("a tag needs a name"));
+    EXPECT_THAT(refusal("a\x01z\tR_W:200\n"), HasSubstr("control character"));
+    EXPECT_THAT(addressesOf(pastedItems(library, "R_W:200\tR_W:200\n1/R_W:7\tR_W:7\n")),
+                ElementsAre("1/R_W:200 1/R_W:200", "1/R_W:7 1/R_W:7"))
+        << "its own address is no name";
 }
 
 TEST_F(PanelTagTexts, AreAllRefusedWhereOneRowIsWrong)

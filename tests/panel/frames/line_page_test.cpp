@@ -252,6 +252,64 @@ TEST_F(TheLinePage, SavesALogThatTheToolReads)
     EXPECT_EQ(trace.count(QLatin1String("R_W:100 = 4711")), replies) << trace.toStdString();
 }
 
+// R_W:0..7 and R_W:100..107 of station 1, and 8 values.
+const char* const readZero = "01 03 05 00 00 08 44 C0";
+const char* const eightRead = "01 03 10 00 01 00 02 00 03 00 04 00 05 00 06 00 07 00 08 72 98";
+
+TEST_F(TheLinePage, TellsNoReplyOfALogUnderTheAddressesOfARequestBeforeAGap)
+{
+    const std::string time = "2026-01-31T12:34:56.0";
+    const auto sent = [&](int i) {
+        return time + std::to_string(10 + i) + "000+00:00 TX " + readZero + " |\n";
+    };
+    const auto came = [&](int i) {
+        return time + std::to_string(10 + i) + "000+00:00 RX " + eightRead + " |\n";
+    };
+    const QString file = folder.filePath("gap.log");
+    for (const std::string& gap :
+         {std::string("# dov417, line 38400,8,EVEN,1\n"),
+          std::string("2026-01-31T12:34:56.013000+00:00 TX 01 03 05 64 0\n"), came(3),
+          time + "13000+00:00 -- | 3 frames are missing here: this computer was too busy\n"}) {
+        std::ofstream(file.toStdString()) << sent(0) + came(1) + sent(2) + gap + came(4);
+        ASSERT_TRUE(page.openLog(file)) << told;
+        EXPECT_EQ(cell(1, LineModel::meaning), "station 1: R_W:0..7 = 1 2 3 4 5 6 7 8");
+        const int last = rows() - 1;
+        EXPECT_EQ(cell(last, LineModel::meaning),
+                  "station 1: read registers, 16 bytes of values: 1 2 3 4 5 6 7 8")
+            << gap;
+        table->selectRow(last);
+        EXPECT_EQ(fields().at(3), "value 1: 1") << gap;
+        table->selectRow(1);
+        EXPECT_EQ(fields().at(3), "register 1280: 1") << gap;
+    }
+}
+
+TEST_F(TheLinePage, SavesWhereFramesAreMissingSoThatALogTellsIt)
+{
+    Passed began;
+    began.what = Passed::What::began;
+    began.transmission.number = 1;
+    began.transmission.sent = QByteArray::fromHex(readZero);
+    emit desk.framesPassed({began}, 0);
+    Passed ended = began;
+    ended.what = Passed::What::ended;
+    ended.transmission.number = 3; // to R_W:100..107, whose request was dropped
+    ended.transmission.sent = QByteArray::fromHex("01 03 05 64 00 08 05 1F");
+    ended.transmission.reception.result = LineResult::reply;
+    ended.transmission.reception.bytes = QByteArray::fromHex(eightRead);
+    emit desk.framesPassed({ended}, 3);
+    ASSERT_EQ(rows(), 3);
+    EXPECT_EQ(cell(2, LineModel::meaning), "station 1: R_W:100..107 = 1 2 3 4 5 6 7 8");
+    const QString file = folder.filePath("saved.log");
+    ASSERT_TRUE(page.saveLog(file)) << told;
+    ASSERT_TRUE(page.openLog(file)) << told;
+    ASSERT_EQ(rows(), 3);
+    EXPECT_EQ(cell(1, LineModel::meaning), "\u2717 3 frames are missing here");
+    EXPECT_EQ(cell(2, LineModel::meaning),
+              "station 1: read registers, 16 bytes of values: 1 2 3 4 5 6 7 8");
+    EXPECT_EQ(readRecordedLog(file.toStdString()).breaks, (std::vector<std::size_t>{0, 1}));
+}
+
 TEST_F(TheLinePage, KeepsItsMemory)
 {
     std::vector<Passed> passed(LineModel::maxRows / 2);

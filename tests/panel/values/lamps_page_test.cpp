@@ -91,10 +91,15 @@ TEST_F(TheLampsPage, WritesNothingWhileItIsLockedOrNotKnown)
     click(0, 0);
     EXPECT_THAT(told, HasSubstr("locked"));
     unlock();
-    controller.reset();
+    stopController(true);
     ASSERT_TRUE(waitUntil([this]() { return allAre(ValueState::old); }));
     click(0, 0);
     EXPECT_THAT(told, HasSubstr("not known at present"));
+    stopController(false);
+    controller.reset();
+    ASSERT_TRUE(waitUntil([this]() { return desk.state().phase == LinePhase::away; }));
+    click(0, 0);
+    EXPECT_EQ(told, "1/M_bit:1.0: the port is away");
     EXPECT_THAT(desk.writes(), IsEmpty());
 }
 

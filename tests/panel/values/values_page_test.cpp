@@ -209,6 +209,59 @@ TEST_F(TheValuesPage, WritesInPlaceAndTellsWhatBecameOfIt)
     EXPECT_EQ(held("R_W", 101), 1234);
 }
 
+TEST_F(TheValuesPage, WritesNothingThatNobodyTyped)
+{
+    // 12.345, which is shown with one decimal, and a text.
+    const int low = 0x851F;
+    const int high = 0x4145;
+    options.set = {"R_W:100=" + std::to_string(low), "R_W:101=" + std::to_string(high),
+                   "R_W:110=16706"};
+    const Items find(library, ItemSource());
+    Item level = find.find("R_D:100@float", Access::read);
+    level.format.scaling.decimals = 1;
+    desk.setItems({level, find.find("R_W:110..111@text", Access::read)});
+    show();
+    open();
+    unlock();
+    EXPECT_EQ(cell(0, ValuesModel::value), "12.3");
+    EXPECT_EQ(cell(1, ValuesModel::value), "\"AB\"");
+    for (const int row : {0, 1}) {
+        typeInPlace(row, "");
+        enter();
+    }
+    EXPECT_TRUE(desk.writes().empty());
+    typeInPlace(1, "");
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backspace); // all of it is chosen
+    enter();
+    EXPECT_TRUE(desk.writes().empty());
+    EXPECT_THAT(told, HasSubstr("nothing is typed; an empty text is written \"\""));
+    desk.end();
+    controller.reset();
+    std::ifstream file(options.dumpFile);
+    const nlohmann::json words = nlohmann::json::parse(file).at("1").at("R_W");
+    EXPECT_EQ(words.at("100"), nlohmann::json({low, high}));
+    EXPECT_EQ(words.at("110"), nlohmann::json({16706}));
+}
+
+TEST_F(TheValuesPage, WritesNothingOfATextThatWasNotRead)
+{
+    options.set = {"R_W:110=16706"};
+    watch({"R_W:110..111@text"});
+    show();
+    open();
+    unlock();
+    stopController(true);
+    desk.removeItems({0});
+    watch({"R_W:110..111@text"});
+    ASSERT_EQ(cell(0, ValuesModel::value), "?");
+    typeInPlace(0, "");
+    enter();
+    EXPECT_TRUE(desk.writes().empty());
+    stopController(false);
+    EXPECT_TRUE(waitUntil([this]() { return cell(0, ValuesModel::value) == "\"AB\""; }));
+    EXPECT_EQ(held("R_W", 110), 16706);
+}
+
 TEST_F(TheValuesPage, WritesNothingWhereOneLeavesTheField)
 {
     watch({"R_W:100"});
