@@ -107,7 +107,7 @@ void LineModel::add(const std::vector<Passed>& passed, long long notTold)
                                       "show them",
                                       nullptr, static_cast<int>(notTold))
                                        .toStdString()));
-        rows.back().isTrouble = true;
+        rows.back().isTrouble = rows.back().isAfterBreak = true;
     }
     for (const Passed& each : passed)
         if (const std::optional<LineRow> row = rowOf(each))
@@ -150,6 +150,7 @@ void LineModel::load(const RecordedLog& log)
     for (const LogEntry& entry : log.entries) {
         LineRow row;
         row.entry = entry;
+        row.isAfterBreak = std::binary_search(log.breaks.begin(), log.breaks.end(), rows.size());
         row.number = numberOfEntry(rows.size());
         row.station = stationIn(entry.bytes);
         switch (entry.direction) {
@@ -180,7 +181,9 @@ void LineModel::save(const std::string& file, const std::string& wire) const
     std::string text = "# saved from dov417-panel";
     text.append(wire.empty() ? "" : ", line ").append(wire).append("\n");
     for (const LineRow& row : rows_)
-        text.append(logLine(row.entry)).append("\n");
+        text.append(row.isAfterBreak && &row != &rows_.front() ? "# not recorded up to here\n" : "")
+            .append(logLine(row.entry))
+            .append("\n");
     QString error;
     if (!replaceFile(QString::fromStdString(file), QByteArray::fromStdString(text), &error))
         throw Failure("cannot write " + file + ": " + error.toStdString());

@@ -20,8 +20,9 @@ struct LineRow {
     LogEntry entry;
     int station = -1; // -1: of none
     bool isTrouble = false;
-    long long number = 0; // of the transmission, or of the log's entry; 0: of none
-    QByteArray request;   // that the bytes were received for
+    long long number = 0;      // of the transmission, or of the log's entry; 0: of none
+    QByteArray request;        // that the bytes were received for
+    bool isAfterBreak = false; // what passed before it was not recorded
 };
 
 class LineModel : public QAbstractTableModel {
