@@ -56,6 +56,8 @@ void RecipeTable::setTags(const PanelTags& tags)
     std::vector<RecipeRow> before;
     before.swap(rows_);
     places_.clear();
+    rows_.reserve(tags.values.size());
+    places_.reserve(tags.values.size());
     for (const PanelValue& value : tags.values)
         addRow(value);
     for (RecipeRow& row : before) {
