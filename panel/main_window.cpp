@@ -17,6 +17,7 @@
 #include "panel/health/health_page.h"
 #include "panel/plan/plan_page.h"
 #include "panel/project/window_layout.h"
+#include "panel/project/window_parts.h"
 #include "panel/recipes/recipes_page.h"
 #include "panel/start_page.h"
 #include "panel/trends/trends_page.h"
@@ -78,6 +79,9 @@ MainWindow::MainWindow(PanelDesk& desk)
     addPages();
     list_->setFixedWidth(list_->sizeHintForColumn(0) + 4 * list_->frameWidth() + 16);
     connect(list_, &QListWidget::currentRowChanged, stack_, &QStackedWidget::setCurrentIndex);
+    connect(stack_, &QStackedWidget::currentChanged, actions_.get(), [this](int page) {
+        actions_->setHistory(pages_.at(static_cast<std::size_t>(page))->ownHistory());
+    });
     connect(&desk, &PanelDesk::stateChanged, this, [this]() { showState(); });
     connect(&document_, &ProjectDocument::changed, this, [this]() { showTitle(); });
     connect(actions_.get(), &ProjectActions::told, this,
@@ -138,6 +142,7 @@ void MainWindow::addPage(PanelPage* page)
     connect(go, &QAction::triggered, this, [this, number]() { showPage(number - 1); });
     connect(page, &PanelPage::told, this, [this](const QString& text) { tell(text); });
     document_.addPage(page);
+    actions_->askToo([page]() { return page->mayForget(); });
 }
 
 void MainWindow::tell(const QString& text)
@@ -247,20 +252,24 @@ void MainWindow::showTitle()
 
 OrderedJson MainWindow::layout() const
 {
-    return {{"page", list_->currentRow() + 1},
-            {"width", width()},
-            {"height", height()},
-            {"maximized", isMaximized()}};
+    OrderedJson layout = {{"page", list_->currentRow() + 1},
+                          {"width", width()},
+                          {"height", height()},
+                          {"maximized", isMaximized()}};
+    layout.update(partsLayout(*this));
+    return layout;
 }
 
 std::function<void()> MainWindow::preparedLayout(const OrderedJson& layout)
 {
     const WindowLayout wanted = windowLayout(layout);
-    return [this, wanted]() {
+    const std::function<void()> arrangeParts = preparedParts(*this, layout);
+    return [this, wanted, arrangeParts]() {
         if (wanted.isMaximized)
             showMaximized();
         else if (wanted.size.isValid())
             resize(wanted.size);
+        arrangeParts();
         if (wanted.page > 0 && wanted.page <= static_cast<int>(pages_.size()))
             showPage(wanted.page - 1);
     };

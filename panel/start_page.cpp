@@ -150,7 +150,10 @@ QWidget* StartPage::makeLine()
         if (const QTreeWidgetItem* const item = ports_->currentItem())
             port_->setText(item->text(0));
     });
-    connect(ports_, &QTreeWidget::itemActivated, this, [this]() { openLine(); });
+    connect(ports_, &QTreeWidget::itemActivated, this, [this](const QTreeWidgetItem* item) {
+        port_->setText(item->text(0)); // the keys come to the first one before it is chosen
+        openLine();
+    });
     auto* const form = new QFormLayout;
     port_->setObjectName(QStringLiteral("port"));
     port_->setPlaceholderText(tr("/dev/ttyUSB0, tcp://HOST:4001, mbtcp://HOST"));
@@ -190,7 +193,10 @@ QWidget* StartPage::makeLine()
     connect(again, &QPushButton::clicked, this, [this]() { listAllPorts(); });
     connect(open_, &QPushButton::clicked, this, [this]() { openLine(); });
     connect(port_, &QLineEdit::returnPressed, this, [this]() { openLine(); });
-    connect(close_, &QPushButton::clicked, this, [this]() { desk_.close(); });
+    connect(close_, &QPushButton::clicked, this, [this]() {
+        if (actions_.mayCloseLine())
+            desk_.close();
+    });
     return box;
 }
 

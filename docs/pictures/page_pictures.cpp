@@ -17,6 +17,7 @@
 #include "panel/start_page.h"
 #include "panel/trends/trend_stack.h"
 #include "panel/trends/trends_page.h"
+#include "recovery_picture.h"
 
 namespace dov417 {
 
@@ -158,15 +159,20 @@ void settle(const PanelPage& page)
     QApplication::processEvents();
 }
 
+void savePicture(const QPixmap& picture, const QString& folder, const QString& name, bool isDark)
+{
+    const QString file =
+        QStringLiteral("%1/%2-%3.png")
+            .arg(folder, name, isDark ? QStringLiteral("dark") : QStringLiteral("light"));
+    constexpr int smallest = 0; // of Qt's qualities: the file, not the picture
+    if (!inFewColours(picture.toImage()).save(file, nullptr, smallest))
+        throw Failure("cannot write " + file.toStdString());
+}
+
 void takePicture(MainWindow& window, const PanelPage& page, const QString& folder, bool isDark)
 {
     settle(page);
-    const QString file = QStringLiteral("%1/%2-%3.png")
-                             .arg(folder, page.title().toLower().replace(' ', '-'),
-                                  isDark ? QStringLiteral("dark") : QStringLiteral("light"));
-    constexpr int smallest = 0; // of Qt's qualities: the file, not the picture
-    if (!inFewColours(window.grab().toImage()).save(file, nullptr, smallest))
-        throw Failure("cannot write " + file.toStdString());
+    savePicture(window.grab(), folder, page.title().toLower().replace(' ', '-'), isDark);
 }
 
 // Of the values with these names.
@@ -218,6 +224,9 @@ void takePagePictures(MainWindow& window, SessionPlayer& player, const PictureSe
     }
     if (taken != window.pages().size())
         throw Failure("there is a page of which no picture is known");
+    if (settings.isLight)
+        savePicture(recoveryPicture(window, player.desk().tags().items), settings.folder,
+                    QStringLiteral("unsaved-work"), false);
 }
 
 } // namespace dov417

@@ -16,8 +16,9 @@ struct PictureSettings {
     bool isManual = false; // those that are dark there, too
 };
 
-// NAME-light.png and NAME-dark.png of each page. Throws a Failure where there is a page of which
-// nothing is known here, or a picture cannot be written.
+// NAME-light.png and NAME-dark.png of each page, and a light one of the dialog that offers what was
+// not saved. Throws a Failure where there is a page of which nothing is known here, or a picture
+// cannot be written.
 void takePagePictures(MainWindow& window, SessionPlayer& player, const PictureSettings& settings);
 
 } // namespace dov417

@@ -19,6 +19,7 @@ const PageKeys pageKeys[] = {
     {"Ctrl+F", QT_TRANSLATE_NOOP("HelpTexts", "show only some rows")},
     {"Ctrl+V", QT_TRANSLATE_NOOP("HelpTexts", "add what was copied from a spreadsheet")},
     {"F2", QT_TRANSLATE_NOOP("HelpTexts", "write the value in place; Enter sends it")},
+    {"Menu", QT_TRANSLATE_NOOP("HelpTexts", "what a row's menu has: write, format, order")},
     {"Space", QT_TRANSLATE_NOOP("HelpTexts", "write the other state of a lamp")},
     {"Alt", QT_TRANSLATE_NOOP("HelpTexts", "with an underlined letter: what has it")},
 };

@@ -21,10 +21,10 @@ struct PiecesUnderWay {
 std::string LineWorker::refusal(int line, bool isWriting) const
 {
     if (line != line_)
-        return "another line was opened meanwhile";
+        return tr("another line was opened meanwhile").toStdString();
     if (isWriting && !state_.isUnlocked)
-        return "writing is locked on this line";
-    return session_ ? std::string() : "the line is closed";
+        return tr("writing is locked on this line").toStdString();
+    return session_ ? std::string() : tr("the line is closed").toStdString();
 }
 
 void LineWorker::write(const WriteOrder& order)

@@ -35,24 +35,29 @@ bool PanelDesk::hasLine() const
 
 void PanelDesk::open(const LineSetup& setup, const simulator::SimulationOptions& controller)
 {
-    book_.forget();
-    book_.setSilent(false);
-    statistics_.reset();
+    forgetLine();
     setup_ = setup;
     ownController_ = controller;
-    controller_.reset();
     line_.open(setup, watchedAddresses(tags_.items), controller);
     book_.watch(line_.generation(), book_.addresses());
-    state_ = LineState();
     state_.phase = LinePhase::opening;
     state_.port = setup.port;
     state_.isSimulated = setup.simulated;
-    lastHeard_ = panelNow();
     listenTimer_.start();
     emit lineBegan();
     emit lineSetupChanged();
     emit stateChanged();
     tellAllValues();
+}
+
+void PanelDesk::forgetLine()
+{
+    book_.forget();
+    book_.setSilent(false);
+    statistics_.reset();
+    controller_.reset();
+    state_ = LineState();
+    lastHeard_ = panelNow();
 }
 
 void PanelDesk::close()
@@ -91,11 +96,33 @@ void PanelDesk::setItems(const std::vector<Item>& items)
 void PanelDesk::watch(const std::vector<Address>& addresses)
 {
     line_.watch(addresses);
+    book_.watch(line_.generation(), valueAddresses());
+}
+
+std::vector<Address> PanelDesk::valueAddresses() const
+{
     std::vector<Address> values;
     values.reserve(tags_.values.size());
     for (const PanelValue& value : tags_.values)
         values.push_back(value.address);
-    book_.watch(line_.generation(), values);
+    return values;
+}
+
+void PanelDesk::beginProject(const std::vector<Item>& items)
+{
+    forgetLine();
+    ownController_ = {};
+    recipe_ = 0;
+    recipeValues_ = 0;
+    line_.leave(watchedAddresses(items).size());
+    writes_.clear();
+    emit writesChanged();
+    emit projectBegan();
+    emit lineBegan();
+    tags_ = panelTags(library_, items);
+    book_.watch(line_.generation(), valueAddresses());
+    emit tagsChanged();
+    emit stateChanged();
 }
 
 void PanelDesk::addItems(const std::vector<Item>& items)
@@ -119,12 +146,14 @@ void PanelDesk::removeItems(const std::vector<std::size_t>& places)
 void PanelDesk::write(const PanelValue& value, const std::string& text)
 {
     if (!hasLine())
-        throw UsageFailure("no line is open");
+        throw UsageFailure(tr("no line is open").toStdString());
     if (!state_.isUnlocked)
-        throw UsageFailure("writing is locked on this line; unlock it in the status line");
+        throw UsageFailure(
+            tr("writing is locked on this line; unlock it in the status line").toStdString());
     // A recipe reads what the driver holds, which would be what is still on its way.
     if (recipeIsUnderWay())
-        throw UsageFailure("a recipe is under way; wait until it has ended, or cancel it");
+        throw UsageFailure(
+            tr("a recipe is under way; wait until it has ended, or cancel it").toStdString());
     const std::vector<unsigned char> bytes = bytesToWrite(value, text);
     PanelWrite write;
     write.number = line_.write(value.address, bytes);

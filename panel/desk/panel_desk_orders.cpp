@@ -20,8 +20,10 @@ void PanelDesk::setLineSetup(const LineSetup& setup)
 void PanelDesk::setGap(int gap)
 {
     if (writesUnderWay() > 0 || recipeIsUnderWay())
-        throw UsageFailure("values are being written or read; planning anew would break that off. "
-                           "Wait until it has ended");
+        throw UsageFailure(
+            tr("values are being written or read; planning anew would break that off. "
+               "Wait until it has ended")
+                .toStdString());
     setup_.gap = gap;
     line_.setGap(gap);
     emit lineSetupChanged();
@@ -30,15 +32,16 @@ void PanelDesk::setGap(int gap)
 long long PanelDesk::moveRecipe(int line, RecipeKind kind, const std::vector<RecipeEntry>& entries)
 {
     if (!hasLine())
-        throw UsageFailure("no line is open");
+        throw UsageFailure(tr("no line is open").toStdString());
     if (line != lineNumber())
-        throw UsageFailure("another line was opened meanwhile");
+        throw UsageFailure(tr("another line was opened meanwhile").toStdString());
     if (recipeIsUnderWay())
-        throw UsageFailure("another recipe is under way");
+        throw UsageFailure(tr("another recipe is under way").toStdString());
     if (writesUnderWay() > 0)
-        throw UsageFailure("values are being written; wait until that has ended");
+        throw UsageFailure(tr("values are being written; wait until that has ended").toStdString());
     if (kind == RecipeKind::download && !state_.isUnlocked)
-        throw UsageFailure("writing is locked on this line; unlock it in the status line");
+        throw UsageFailure(
+            tr("writing is locked on this line; unlock it in the status line").toStdString());
     recipe_ = line_.moveRecipe(line, kind, entries);
     if (kind == RecipeKind::download)
         for (const RecipeEntry& entry : entries)

@@ -1,5 +1,6 @@
 #include "panel/desk/panel_tags.h"
 
+#include <QCoreApplication>
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -15,6 +16,10 @@
 namespace dov417 {
 
 namespace {
+
+struct TagTexts {
+    Q_DECLARE_TR_FUNCTIONS(TagTexts)
+};
 
 // Results of intf_multiCopy().
 constexpr int seriesIsClipped = 2;
@@ -45,8 +50,10 @@ Item renamed(const Item& item, const std::string& name)
 Item addressItem(const Library& library, const std::string& text)
 {
     if (text.find(':') == std::string::npos && !registerType(library, text))
-        throw UsageFailure("'" + text +
-                           "' is no address, which is written R_W:100 or 2/M_bit:1.0..1.15");
+        throw UsageFailure(
+            TagTexts::tr("'%1' is no address, which is written R_W:100 or 2/M_bit:1.0..1.15")
+                .arg(QString::fromStdString(text))
+                .toStdString());
     return Items(library, ItemSource()).find(text, Access::read);
 }
 
@@ -105,32 +112,37 @@ std::string allowedRange(const PanelValue& value)
 {
     const Format& format = value.label.format;
     const Limits& limits = value.item.limits;
+    const auto number = [](double limit) { return QString::fromStdString(limitText(limit)); };
+    const auto inUnit = [&format](const QString& text) {
+        return withUnit(text.toStdString(), format);
+    };
+    const auto fromTo = [&](double least, double most) {
+        return inUnit(TagTexts::tr("%1 to %2").arg(number(least), number(most)));
+    };
     if (limits.min && limits.max)
-        return withUnit(limitText(*limits.min) + " to " + limitText(*limits.max), format);
+        return fromTo(*limits.min, *limits.max);
     if (value.address.width == Width::bit)
-        return "0 or 1";
+        return TagTexts::tr("0 or 1").toStdString();
     if (isFloating(format.notation) || !isNumber(format.notation))
-        return limits.min   ? "from " + withUnit(limitText(*limits.min), format)
-               : limits.max ? "up to " + withUnit(limitText(*limits.max), format)
+        return limits.min   ? inUnit(TagTexts::tr("from %1").arg(number(*limits.min)))
+               : limits.max ? inUnit(TagTexts::tr("up to %1").arg(number(*limits.max)))
                             : std::string();
     const int bits = bitsOf(value.address.width);
     const double low = isSigned(format.notation) ? -std::exp2(bits - 1) : 0;
     const double high = isSigned(format.notation)          ? std::exp2(bits - 1) - 1
                         : format.notation == Notation::bcd ? std::pow(10, bits / bitsPerDigit) - 1
                                                            : std::exp2(bits) - 1;
-    const auto scaled = [&format](double number) {
-        return number * format.scaling.scale + format.scaling.offset;
+    const auto scaled = [&format](double raw) {
+        return raw * format.scaling.scale + format.scaling.offset;
     };
     const auto [least, most] =
         std::minmax({scaled(low), scaled(high)}); // the scale may be negative
-    return withUnit(limitText(limits.min.value_or(least)) + " to " +
-                        limitText(limits.max.value_or(most)),
-                    format);
+    return fromTo(limits.min.value_or(least), limits.max.value_or(most));
 }
 
 std::vector<Item> pastedItems(const Library& library, const std::string& text)
 {
-    const std::string named = "what is pasted";
+    const std::string named = TagTexts::tr("what is pasted").toStdString();
     const std::vector<Row> rows = csvRows(text, named).rows;
     std::vector<Item> items;
     if (rows.empty())
@@ -158,7 +170,9 @@ std::vector<Item> seriesOf(const Library& library, const Item& item, int count, 
     const QString regName = QString::fromStdString(item.address.regName);
     if (library.intf_multiCopy(regName, item.address.first, count, step, texts, values) ==
         seriesIsClipped)
-        throw UsageFailure("the series runs past the highest address of " + item.address.regName);
+        throw UsageFailure(TagTexts::tr("the series runs past the highest address of %1")
+                               .arg(regName)
+                               .toStdString());
     const bool isTag = item.name != toText(library, item.address);
     std::vector<Item> items;
     for (int i = 0; i < texts.size(); ++i) {

@@ -56,6 +56,7 @@ HealthPage::HealthPage(PanelDesk& desk)
     rows->addWidget(link_);
     rows->addLayout(middle, 2);
     rows->addWidget(table_, 3);
+    connect(&desk, &PanelDesk::projectBegan, this, [this]() { history_.clear(); });
     connect(&desk, &PanelDesk::lineBegan, this, [this]() { lineBegan(); });
     connect(&desk, &PanelDesk::stateChanged, this, [this]() { collect(); });
     connect(&desk, &PanelDesk::stationNamesChanged, this, [this]() { showCounters(); });

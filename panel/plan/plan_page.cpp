@@ -31,6 +31,7 @@ PlanPage::PlanPage(PanelDesk& desk)
     named_->setObjectName(QStringLiteral("planWord"));
     notes_->setObjectName(QStringLiteral("planNotes"));
     auto* const splitter = new QSplitter(Qt::Horizontal);
+    splitter->setObjectName(QStringLiteral("planSplit"));
     splitter->setChildrenCollapsible(false);
     splitter->addWidget(makeMap());
     splitter->addWidget(makeGaps());

@@ -83,6 +83,7 @@ QWidget* PlanPage::makeMap()
     inside->addWidget(named_);
     inside->addWidget(makeKey());
     auto* const both = new QSplitter(Qt::Vertical);
+    both->setObjectName(QStringLiteral("planMapSplit"));
     both->setChildrenCollapsible(false);
     both->addWidget(above);
     both->addWidget(requestTable_);

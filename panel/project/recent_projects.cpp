@@ -1,8 +1,9 @@
 #include "panel/project/recent_projects.h"
 
 #include <QFileInfo>
-#include <QSettings>
 #include <algorithm>
+
+#include "panel/desk/panel_settings.h"
 
 namespace dov417 {
 
@@ -10,11 +11,6 @@ namespace {
 
 constexpr int maxRecent = 8;
 const char* const recentKey = "recentProjects";
-
-QSettings panelSettings()
-{
-    return QSettings(QStringLiteral("dov417"), QStringLiteral("panel"));
-}
 
 } // namespace
 

@@ -179,6 +179,41 @@ void TrendPlot::followValues()
     showScales();
 }
 
+// Those of bits have their lanes.
+bool TrendPlot::isOfNumbers(QwtPlot::Axis axis) const
+{
+    const std::vector<std::string> axes = group_.axes();
+    const std::size_t place = axis == yLeft ? 0 : 1;
+    return place < axes.size() && axes.at(place) != trendBitsAxis();
+}
+
+void TrendPlot::setHeight(QwtPlot::Axis axis, double middle, double height)
+{
+    constexpr double minPart = 1e-9; // of the number: closer, and a double has no steps left
+    constexpr double maxHeight = 1e100;
+    if (height > std::max(std::abs(middle), minPart) * minPart && height < maxHeight)
+        setAxisScale(axis, middle - height / 2, middle + height / 2);
+}
+
+void TrendPlot::zoomHeight(double factor)
+{
+    for (const auto axis : {yLeft, yRight})
+        if (isOfNumbers(axis)) {
+            const QwtScaleDiv& scale = axisScaleDiv(axis);
+            setHeight(axis, (scale.lowerBound() + scale.upperBound()) / 2, scale.range() * factor);
+        }
+}
+
+void TrendPlot::moveHeight(double part)
+{
+    for (const auto axis : {yLeft, yRight})
+        if (isOfNumbers(axis)) {
+            const QwtScaleDiv& scale = axisScaleDiv(axis);
+            setHeight(axis, (scale.lowerBound() + scale.upperBound()) / 2 + scale.range() * part,
+                      scale.range());
+        }
+}
+
 void TrendPlot::setPalettes()
 {
     const QPalette colours = QApplication::palette();

@@ -53,6 +53,9 @@ public:
     void followValues();
     // Stands there as long as there is nothing to draw.
     void setAbsence(const QString& why);
+    // The scales of numbers: closer (< 1) or farther around their middle; and up by a part of them.
+    void zoomHeight(double factor);
+    void moveHeight(double part);
     // For a picture that has no list beside it.
     void setLegendShown(bool isShown);
     double pixels() const; // the canvas is wide
@@ -75,6 +78,8 @@ private:
     bool mouseReleased(const QMouseEvent& event);
     void chooseArea(const QRect& area);
     void showScales();
+    bool isOfNumbers(QwtPlot::Axis axis) const;
+    void setHeight(QwtPlot::Axis axis, double middle, double height);
     void showBits(QwtPlot::Axis axis, const std::vector<std::string>& names, bool isAlone);
     TrendTime timeAt(int x) const;
 

@@ -92,7 +92,7 @@ void TrendPlot::chooseArea(const QRect& area)
         return;
     if (area.height() >= minBandHeight)
         for (const auto axis : {yLeft, yRight})
-            if (axisAutoScale(axis) && axisEnabled(axis))
+            if (isOfNumbers(axis))
                 setAxisScale(axis, invTransform(axis, area.bottom()),
                              invTransform(axis, area.top()));
     emit windowChosen(timeAt(area.left()), timeAt(area.right()));

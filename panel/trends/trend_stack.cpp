@@ -10,10 +10,7 @@ namespace {
 
 constexpr int maxNotes = 1000;   // of those by themselves; the oldest go first
 constexpr int newsPauseMs = 200; // for what falls into a column that is drawn already
-constexpr double stepOfKey = 0.1;
-constexpr double zoomOfKey = 0.5;
-constexpr int linesOfPlot = 5; // of text, at the least
-constexpr int columnsOfControl = 20;
+constexpr int linesOfPlot = 5;   // of text, at the least
 
 } // namespace
 
@@ -112,6 +109,15 @@ void TrendStack::followValues()
     draw();
 }
 
+void TrendStack::changeHeight(const std::function<void(TrendPlot&)>& change)
+{
+    if (plots_.empty())
+        return;
+    change(*plots_.at(current_));
+    isChanged_ = true;
+    draw();
+}
+
 void TrendStack::showAll()
 {
     std::optional<TrendTime> first;
@@ -143,6 +149,15 @@ void TrendStack::setCursor(int cursor, std::optional<TrendTime> at)
     isChanged_ = true;
     draw();
     emit cursorsChanged();
+}
+
+void TrendStack::clear()
+{
+    setPlots({});
+    notes_.clear();
+    for (int cursor = 0; cursor < TrendPlot::cursors; ++cursor)
+        setCursor(cursor, std::nullopt);
+    arrange([](TrendView& view) { view.run(); });
 }
 
 void TrendStack::showCursors()
@@ -182,55 +197,6 @@ void TrendStack::showNotes()
     for (TrendPlot* const plot : plots_)
         plot->setNotes(notes_);
     isChanged_ = true;
-}
-
-void TrendStack::pressKey(QKeyEvent* event)
-{
-    const bool isShift = (event->modifiers() & Qt::ShiftModifier) != 0;
-    const int columns = (event->modifiers() & Qt::ControlModifier) != 0 ? columnsOfControl : 1;
-    const TrendTime middle = view_.to() - view_.span() / 2;
-    event->accept();
-    switch (event->key()) {
-    case Qt::Key_Space:
-        return arrange([](TrendView& view) { view.isRunning() ? view.standStill() : view.run(); });
-    case Qt::Key_Left:
-    case Qt::Key_Right: {
-        const int sense = event->key() == Qt::Key_Left ? -1 : 1;
-        if (isShift)
-            return moveCursor(sense * columns);
-        return arrange([sense](TrendView& view) { view.move(sense * stepOfKey); });
-    }
-    case Qt::Key_PageUp:
-        return arrange([](TrendView& view) { view.move(-1); });
-    case Qt::Key_PageDown:
-        return arrange([](TrendView& view) { view.move(1); });
-    case Qt::Key_Plus:
-        return arrange([=](TrendView& view) { view.zoom(zoomOfKey, middle); });
-    case Qt::Key_Minus:
-        return arrange([=](TrendView& view) { view.zoom(1 / zoomOfKey, middle); });
-    case Qt::Key_Home:
-        return showAll();
-    case Qt::Key_End:
-        return arrange([](TrendView& view) { view.run(); });
-    case Qt::Key_Backspace:
-        return arrange([](TrendView& view) { view.back(); });
-    case Qt::Key_0:
-        return followValues();
-    case Qt::Key_A:
-    case Qt::Key_B: {
-        const int cursor = event->key() == Qt::Key_A ? 0 : 1;
-        return point(cursors_.at(static_cast<std::size_t>(cursor)).value_or(middle), cursor);
-    }
-    case Qt::Key_N:
-        emit noteAsked();
-        return;
-    case Qt::Key_Escape:
-        for (int cursor = 0; cursor < TrendPlot::cursors; ++cursor)
-            setCursor(cursor, std::nullopt);
-        return;
-    default:
-        event->ignore();
-    }
 }
 
 // ---- drawing ----------------------------------------------------------------------------------

@@ -11,6 +11,7 @@
 #include <QSplitter>
 #include <QTimer>
 #include <array>
+#include <functional>
 
 #include "panel/trends/trend_plot.h"
 #include "panel/trends/trend_view.h"
@@ -57,6 +58,8 @@ public:
     // Everything that there is of these values.
     void showAll();
     void followValues();
+    // Of the plot that was touched last.
+    void changeHeight(const std::function<void(TrendPlot&)>& change);
 
     const Cursors& cursors() const
     {
@@ -67,6 +70,8 @@ public:
     {
         return notes_;
     }
+    // Nothing but what there is now: no plot, no cursor, no note.
+    void clear();
     // One that was made by itself.
     void addNote(const TrendNote& note);
     // A person's, all of them.

@@ -56,6 +56,7 @@ TrendsPage::TrendsPage(PanelDesk& desk)
     lowerRows->addWidget(between_);
     lowerRows->addWidget(table_, 1);
     auto* const splitter = new QSplitter(Qt::Vertical);
+    splitter->setObjectName(QStringLiteral("trendsSplit"));
     splitter->setChildrenCollapsible(false);
     upper_->addWidget(empty_);
     upper_->addWidget(stack_);
@@ -89,6 +90,7 @@ TrendsPage::TrendsPage(PanelDesk& desk)
         chooseByItself();
     });
     connect(&desk, &PanelDesk::tagsChanged, this, [this]() { resolve(); });
+    connect(&desk, &PanelDesk::projectBegan, this, [this]() { beginProject(); });
     connect(&dialog_->choice(), &TrendChoice::chosen, this,
             [this](const TrendValue& value, bool isIn) { putIn(value, isIn); });
     connect(&refreshTimer_, &QTimer::timeout, this, [this]() { refresh(); });

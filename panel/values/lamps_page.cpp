@@ -6,11 +6,19 @@
 #include <QVBoxLayout>
 
 #include "panel/desk/panel_icons.h"
+#include "panel/desk/panel_settings.h"
 #include "panel/desk/state_words.h"
 #include "panel/values/lamp_delegate.h"
 #include "text/values.h"
 
 namespace dov417 {
+
+namespace {
+
+// In no project: a file that somebody else made is not to switch the question off.
+const char* const asksKey = "asksBeforeABitIsWritten";
+
+} // namespace
 
 LampsPage::LampsPage(PanelDesk& desk)
     : PanelPage(desk), model_(desk), table_(new QTableView),
@@ -30,7 +38,7 @@ LampsPage::LampsPage(PanelDesk& desk)
         table_->fontMetrics().height() * LampDelegate::lines + 4);
     table_->installEventFilter(this);
     asks_->setObjectName(QStringLiteral("asks"));
-    asks_->setChecked(true);
+    asks_->setChecked(panelSettings().value(QLatin1String(asksKey), true).toBool());
     empty_->setText(tr("No bits are watched. Addresses of bits, as M_bit:1.0..1.15, are added on "
                        "the page of values."));
     empty_->setAlignment(Qt::AlignCenter);
@@ -47,6 +55,8 @@ LampsPage::LampsPage(PanelDesk& desk)
     rows->addWidget(table_, 1);
     rows->addWidget(legend);
     rows->addWidget(asks_);
+    connect(asks_, &QCheckBox::toggled, this,
+            [](bool isOn) { panelSettings().setValue(QLatin1String(asksKey), isOn); });
     connect(table_, &QTableView::clicked, this,
             [this](const QModelIndex& index) { toggle(index); });
     connect(&model_, &QAbstractItemModel::modelReset, this, [this]() { showWhatThereIs(); });

@@ -19,7 +19,16 @@ void ValuesFilter::setGrouping(Grouping grouping)
 {
     grouping_ = grouping;
     invalidate();
-    sort(sortColumn() < 0 ? ValuesModel::name : sortColumn(), sortOrder());
+    sort(column_, sortOrder());
+}
+
+void ValuesFilter::sort(int column, Qt::SortOrder order)
+{
+    column_ = column;
+    // Groups are in order by themselves, and Qt puts nothing in order without a column.
+    const bool isOfGroups = column < 0 && grouping_ != Grouping::none;
+    QSortFilterProxyModel::sort(isOfGroups ? ValuesModel::name : column,
+                                column < 0 ? Qt::AscendingOrder : order);
 }
 
 QString ValuesFilter::group(const QModelIndex& index) const
@@ -61,8 +70,9 @@ bool ValuesFilter::lessThan(const QModelIndex& left, const QModelIndex& right) c
         if (order != 0)
             return sortOrder() == Qt::AscendingOrder ? order < 0 : order > 0;
     }
-    return static_cast<const ValuesModel*>(sourceModel())
-        ->isBefore(left.row(), right.row(), left.column());
+    return column_ < 0 ? left.row() < right.row()
+                       : static_cast<const ValuesModel*>(sourceModel())
+                             ->isBefore(left.row(), right.row(), column_);
 }
 
 } // namespace dov417

@@ -23,8 +23,10 @@ public:
 
     // In name, address or comment, in any case.
     void setText(const QString& text);
-    // Groups stand together, each in the order of the sorted column.
+    // Groups stand together, each in the order that is asked for.
     void setGrouping(Grouping grouping);
+    // By a column; -1: as they were added.
+    void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
 
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
@@ -37,6 +39,7 @@ private:
 
     QString text_;
     Grouping grouping_ = Grouping::none;
+    int column_ = -1;
 };
 
 } // namespace dov417

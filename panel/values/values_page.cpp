@@ -4,7 +4,6 @@
 #include <QClipboard>
 #include <QHBoxLayout>
 #include <QHeaderView>
-#include <QMenu>
 #include <QShortcut>
 #include <QSplitter>
 #include <QVBoxLayout>
@@ -53,6 +52,7 @@ ValuesPage::ValuesPage(PanelDesk& desk)
     empty_->setWordWrap(true);
     rows->addWidget(empty_, 1);
     auto* const splitter = new QSplitter(Qt::Vertical);
+    splitter->setObjectName(QStringLiteral("valuesSplit"));
     splitter->setChildrenCollapsible(false);
     splitter->addWidget(table_);
     splitter->addWidget(makeWrites());
@@ -207,55 +207,6 @@ void ValuesPage::showButtons()
                            ? tr("Write to the rows that are chosen; F2 writes in place")
                            : tr("Writing is locked: unlock it in the status line"));
     remove_->setEnabled(areChosen);
-}
-
-void ValuesPage::showMenu(const QPoint& place)
-{
-    if (chosenRows().empty())
-        return;
-    QMenu menu(this);
-    QAction* const write = menu.addAction(tr("&Write \u2026"), this, [this]() { writeChosen(); });
-    write->setEnabled(write_->isEnabled());
-    QMenu* const formats = menu.addMenu(tr("&Format"));
-    const std::vector<PanelValue> values = chosenValues();
-    for (const std::string& name : notationNames()) {
-        const std::optional<Notation> notation = parseFormat(name).notation;
-        const bool fitsAll = std::all_of(values.begin(), values.end(), [&](const PanelValue& each) {
-            return notation && fits(each.address.width, Format{*notation});
-        });
-        if (fitsAll)
-            formats->addAction(QString::fromStdString(name), this,
-                               [this, name]() { chooseFormat(QString::fromStdString(name)); });
-    }
-    menu.addAction(tr("Show in &trends"), this, [this]() {
-        std::vector<Address> addresses;
-        for (const PanelValue& each : chosenValues())
-            addresses.push_back(each.address);
-        emit trendsAsked(addresses);
-    });
-    menu.addAction(tr("&Remove"), this, [this]() { removeChosen(); });
-    menu.exec(table_->viewport()->mapToGlobal(place));
-}
-
-void ValuesPage::chooseFormat(const QString& name)
-{
-    std::set<std::size_t> places;
-    for (const PanelValue& value : chosenValues())
-        places.insert(value.place);
-    std::vector<Item> items = desk_.tags().items; // all or none of them
-    try {
-        for (const std::size_t place : places) {
-            Item& item = items.at(place);
-            item.format.notation = *parseFormat(name.toStdString()).notation;
-            item.format.scaling =
-                isNumber(item.format.notation) ? item.ofLimits.scaling : Scaling();
-            requireFormat(item.address.width, item.format);
-        }
-    } catch (const Failure& failure) {
-        emit told(QString::fromUtf8(failure.what()));
-        return;
-    }
-    desk_.setItems(items);
 }
 
 void ValuesPage::writeChosen()

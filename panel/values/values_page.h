@@ -5,6 +5,7 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QPushButton>
 #include <QTableView>
 #include <QTimer>
@@ -38,6 +39,8 @@ private:
     std::vector<int> chosenRows() const; // of the model
     std::vector<PanelValue> chosenValues() const;
     void showMenu(const QPoint& place);
+    void addRowActions(QMenu& menu);
+    void addOrders(QMenu& menu);
     void chooseFormat(const QString& name);
     void writeChosen();
     void removeChosen();

@@ -133,6 +133,31 @@ TEST_F(TheLampsPage, AsksWhereItIsToAsk)
     }
 }
 
+TEST_F(TheLampsPage, AsksOnAFreshComputerAndAsItsUserChoseFromThenOn)
+{
+    const auto asksAnew = [this]() {
+        const LampsPage another(desk);
+        return another.findChild<QCheckBox*>("asks")->isChecked();
+    };
+    EXPECT_TRUE(asksAnew());
+    show();
+    auto* const asks = page->findChild<QCheckBox*>("asks");
+    EXPECT_FALSE(asksAnew());
+    asks->setFocus();
+    QTest::keyClick(asks, Qt::Key_Space);
+    EXPECT_TRUE(asks->isChecked());
+    EXPECT_TRUE(asksAnew());
+}
+
+// Whoever made it may not be whoever stands at the machine.
+TEST_F(TheLampsPage, IsToldByNoProjectWhetherToAsk)
+{
+    show();
+    EXPECT_EQ(page->settingsName(), "");
+    page->prepared({{"asks", true}})();
+    EXPECT_FALSE(page->findChild<QCheckBox*>("asks")->isChecked());
+}
+
 } // namespace
 
 } // namespace dov417
