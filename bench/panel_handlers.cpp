@@ -1,7 +1,8 @@
 // How long the panel's window is busy with one thing at a time while it watches 5 000 tags, and
 // what it keeps after many changes: panel_handlers [ROUNDS]. The longest of each, in milliseconds
 // of the processor. In a round every tag changes, and the frames that bring them pass; each page is
-// shown in turn.
+// shown in turn. The page of lamps has 16 000 bits of its own afterwards, of which those of one
+// reply change in a round.
 #include <QApplication>
 #include <QLineEdit>
 #include <QScrollBar>
@@ -25,6 +26,10 @@ constexpr int tags = 5000;
 constexpr int registers = 4000;     // of R_W; the others are of a second station
 constexpr int defaultRounds = 2000; // ten million changes
 constexpr int wordsOfAFrame = 125;
+constexpr int lampWords = 1000;
+constexpr int wordsOfAnArea = 125;
+constexpr int bitsOfAFrame = 2000; // no reply holds more
+constexpr int lampsPage = 2;
 
 // Of this thread's processor, so that others on the machine do not count.
 double processorMs()
@@ -85,22 +90,44 @@ Passed replyOf(int round, int number)
     return passed;
 }
 
-// As the line's thread would tell it.
-LineBatch batchOf(const PanelTags& watched, int round)
+std::vector<std::string> lampAddresses()
+{
+    std::vector<std::string> addresses;
+    for (int i = 0; i < lampWords; ++i) {
+        const std::string station = std::to_string(1 + i / (2 * wordsOfAnArea));
+        const char* const area = i / wordsOfAnArea % 2 == 0 ? "I_bit" : "M_bit";
+        const std::string word = std::to_string(i % wordsOfAnArea);
+        addresses.push_back(station + "/" + area + ":" + word + ".0.." + word + ".15");
+    }
+    return addresses;
+}
+
+// So many values from the first one on have changed.
+LineBatch changesOf(const PanelTags& watched, std::size_t first, std::size_t count, int round)
 {
     LineBatch batch;
-    batch.generation = 1;
     batch.made = Clock::now();
     batch.state.phase = LinePhase::open;
-    for (const PanelValue& value : watched.values) {
+    for (std::size_t i = first; i < first + count; ++i) {
         View view;
-        view.address = value.address;
+        view.address = watched.values.at(i).address;
         view.hasValue = true;
-        view.value = {static_cast<unsigned char>(round), static_cast<unsigned char>(round >> 8)};
+        view.value = view.address.width == Width::bit
+                         ? ValueBytes{static_cast<unsigned char>(round & 1)}
+                         : ValueBytes{static_cast<unsigned char>(round),
+                                      static_cast<unsigned char>(round >> 8)};
         view.changes = round;
         view.lastGood = view.lastChange = batch.made;
         batch.values.push_back(view);
     }
+    return batch;
+}
+
+// As the line's thread would tell it.
+LineBatch batchOf(const PanelTags& watched, int round)
+{
+    LineBatch batch = changesOf(watched, 0, watched.values.size(), round);
+    batch.generation = 1;
     for (int i = 0; i < tags / wordsOfAFrame; ++i)
         batch.passed.push_back(replyOf(round, i));
     return batch;
@@ -109,6 +136,37 @@ LineBatch batchOf(const PanelTags& watched, int round)
 void paint()
 {
     QApplication::processEvents();
+}
+
+void print(const std::string& what, double milliseconds)
+{
+    std::printf("%s\t%.2f ms\n", what.c_str(), milliseconds);
+}
+
+void measureLamps(MeasuredWindow& measured, int rounds)
+{
+    PanelDesk& desk = measured.desk;
+    measured.window.showPage(0);
+    paint();
+    const std::vector<Item> items = measured.itemsAt(lampAddresses());
+    print("opening 16 000 bits", longestMs(1, [&](int) { desk.setItems(items); }));
+    print("showing the page Lamps", longestMs(1, [&](int) {
+              measured.window.showPage(lampsPage);
+              paint();
+          }));
+    double changed = 0;
+    double painted = 0;
+    for (int round = 1; round <= rounds; ++round) {
+        const std::size_t bits = desk.tags().values.size();
+        const std::size_t first = static_cast<std::size_t>(round) * bitsOfAFrame % bits;
+        // Each time round all of them are the others.
+        const int time = static_cast<int>(static_cast<std::size_t>(round) * bitsOfAFrame / bits);
+        const LineBatch batch = changesOf(desk.tags(), first, bitsOfAFrame, time);
+        changed = std::max(changed, longestMs(1, [&](int) { desk.play(batch); }));
+        painted = std::max(painted, longestMs(1, [&](int) { paint(); }));
+    }
+    print("Lamps: the 2 000 of a reply have changed", changed);
+    print("Lamps: painting that", painted);
 }
 
 int run(int rounds)
@@ -120,14 +178,15 @@ int run(int rounds)
     window.show();
     paint();
     const std::vector<Item> items = measured.itemsAt(manyAddresses());
-    const auto print = [](const std::string& what, double milliseconds) {
-        std::printf("%s\t%.2f ms\n", what.c_str(), milliseconds);
-    };
     print("opening them", longestMs(1, [&](int) { desk.setItems(items); }));
     print("showing them first", longestMs(1, [&](int) { paint(); }));
-    // What remembers so many frames and no more is full from the start.
-    for (int round = -rounds * 5 / 4; round < 0; ++round)
+    // What remembers so many frames and no more is full from the start. What a batch leaves to the
+    // event loop is done meanwhile, as it is in life.
+    for (int round = -rounds * 5 / 4; round < 0; ++round) {
         desk.apply(batchOf(desk.tags(), round));
+        if (round % 25 == 0)
+            paint();
+    }
     const int pages = static_cast<int>(window.pages().size());
     const int turn = std::max(1, rounds / (4 * pages)); // rounds that a page is shown
     struct Longest {
@@ -151,6 +210,8 @@ int run(int rounds)
             memory += " " + std::to_string(memoryUse());
     }
     for (std::size_t i = 0; i < longest.size(); ++i) {
+        if (i == lampsPage)
+            continue; // there are none so far
         const std::string title = window.pages().at(i)->title().toStdString();
         print("showing the page " + title, longest.at(i).shown);
         print(title + ": all of them have changed", longest.at(i).changed);
@@ -173,6 +234,7 @@ int run(int rounds)
           }));
     std::printf("memory before and at each quarter of %lld changes\t%s KiB\n",
                 static_cast<long long>(tags) * rounds, memory.c_str());
+    measureLamps(measured, std::max(1, rounds / 10));
     desk.end();
     return EXIT_SUCCESS;
 }

@@ -27,11 +27,11 @@ double inMs(Micros duration)
     return std::chrono::duration<double, std::milli>(duration).count();
 }
 
-// So many values in so many plots, where there is a page of them.
+// As many values as the page of trends takes: 100.
 void plot(const MainWindow& window, const std::vector<Item>& items)
 {
-    constexpr std::size_t plots = 6;
-    constexpr std::size_t valuesOfAPlot = 8;
+    constexpr std::size_t plots = 10;
+    constexpr std::size_t valuesOfAPlot = 10;
     OrderedJson all = OrderedJson::array();
     for (std::size_t i = 0; i < items.size() && all.size() < plots; i += valuesOfAPlot) {
         OrderedJson values = OrderedJson::array();

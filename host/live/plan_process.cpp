@@ -42,7 +42,20 @@ namespace dov417 {
 
 using nlohmann::json;
 
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Address, station, regName, width, first, length)
+// Without the names of its members, as there may be thousands of them and somebody waits.
+inline void to_json(json& record, const Address& address)
+{
+    record = {address.station, address.regName, address.width, address.first, address.length};
+}
+inline void from_json(const json& record, Address& address)
+{
+    record.at(0).get_to(address.station);
+    record.at(1).get_to(address.regName);
+    record.at(2).get_to(address.width);
+    record.at(3).get_to(address.first);
+    record.at(4).get_to(address.length);
+}
+
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(PlanOrder, library, addresses, format, responseTime, gap,
                                    maxRegisters, stationMaxRegisters)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(PlannedPart, address, length, bytes, replyLength, time)

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 #include <unordered_set>
+#include <utility>
 
 #include "driver/registers.h"
 #include "panel/desk/line_batch.h"
@@ -88,7 +89,7 @@ PanelTags panelTags(const Library& library, const std::vector<Item>& items)
 {
     PanelTags tags;
     tags.items = items;
-    const std::vector<ViewLabel> labels = labelViews(library, items);
+    std::vector<ViewLabel> labels = labelViews(library, items);
     std::unordered_set<std::string> writable;
     tags.values.reserve(labels.size());
     std::size_t place = 0;
@@ -97,7 +98,8 @@ PanelTags panelTags(const Library& library, const std::vector<Item>& items)
         const std::string locked = whyLocked(library, item.address, writable);
         for (int i = 0; i < count; ++i) {
             const Address address = valueOf(item.address, i);
-            tags.values.push_back({labels.at(tags.values.size()), address, item, place, locked});
+            ViewLabel& label = labels.at(tags.values.size());
+            tags.values.push_back({std::move(label), address, item, place, locked});
         }
         ++place;
     }

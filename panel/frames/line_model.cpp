@@ -149,11 +149,12 @@ void LineModel::load(const RecordedLog& log)
     std::vector<LineRow> rows;
     rows.reserve(log.entries.size());
     for (const LogEntry& entry : log.entries) {
-        if (std::binary_search(log.breaks.begin(), log.breaks.end(), rows.size())) {
+        LineRow row;
+        row.isAfterBreak = std::binary_search(log.breaks.begin(), log.breaks.end(), rows.size());
+        if (row.isAfterBreak) {
             conversation.forget();
             asked = -1;
         }
-        LineRow row;
         row.entry = entry;
         row.number = numberOfEntry(rows.size());
         row.station = stationIn(entry.bytes);
@@ -187,6 +188,8 @@ void LineModel::save(const std::string& file, const std::string& wire) const
     std::string text = "# saved from dov417-panel";
     text.append(wire.empty() ? "" : ", line ").append(wire).append("\n");
     for (const LineRow& row : rows_) {
+        if (row.isAfterBreak && &row != &rows_.front())
+            text.append("# not recorded up to here\n");
         LogEntry entry = row.entry;
         if (row.missing > 0) // a log is read again: whatever language the window is in
             entry.meaning = gapText(row.missing);

@@ -20,9 +20,10 @@ struct LineRow {
     LogEntry entry;
     int station = -1; // -1: of none
     bool isTrouble = false;
-    long long number = 0;  // of the transmission, or of the log's entry; 0: of none
-    QByteArray request;    // that the bytes were received for
-    long long missing = 0; // frames that are not told of, which this row says
+    long long number = 0;      // of the transmission, or of the log's entry; 0: of none
+    QByteArray request;        // that the bytes were received for
+    long long missing = 0;     // frames that are not told of, which this row says
+    bool isAfterBreak = false; // what passed before it was not recorded
 };
 
 class LineModel : public QAbstractTableModel {

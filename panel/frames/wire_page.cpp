@@ -238,12 +238,17 @@ void WirePage::showShares()
 void WirePage::showFrame()
 {
     const WireFrame* const frame = shown().find(view_->current());
-    const QString when = frame && log_ ? momentText(entryOfNumber(*log_, frame->told.number).time) +
-                                             QLatin1Char('\n')
-                                       : QString();
-    frame_->setText(frame ? when + frameText(*frame, desk_.areas())
-                          : tr("Point at a frame, or go to one with \u2190 and \u2192, to see what "
-                               "was asked, what came of it, and what took how long."));
+    if (!frame) {
+        frame_->setText(tr("Point at a frame, or go to one with \u2190 and \u2192, to see what was "
+                           "asked, what came of it, and what took how long."));
+        view_->setAccessibleDescription(QString());
+        return;
+    }
+    const LogTime when =
+        log_ ? entryOfNumber(*log_, frame->told.number).time : panelLogTime(frame->told.sendBegin);
+    const QString text = momentText(when) + QLatin1Char('\n') + frameText(*frame, desk_.areas());
+    frame_->setText(text);
+    view_->setAccessibleDescription(text);
 }
 
 void WirePage::showDistance()

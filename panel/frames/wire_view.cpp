@@ -255,8 +255,6 @@ void WireView::setCurrent(long long number)
     if (number == current_)
         return;
     current_ = number;
-    const WireFrame* const frame = times_->find(number);
-    setAccessibleDescription(frame ? frameText(*frame, areas_) : QString());
     emit currentChanged();
     update();
 }

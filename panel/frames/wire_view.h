@@ -86,6 +86,8 @@ public:
     Clock::time_point timeAt(double x) const;
     QRect lane(int lane) const;
     int laneOf(int station) const;
+    // What stands in place of a picture; empty: there is one.
+    QString emptyText() const;
 
 signals:
     void windowMoved(); // or it follows now, or not any more
@@ -136,7 +138,6 @@ private:
     void paintNames(QPainter& painter) const;
     void paintCurrent(QPainter& painter) const;
     void paintRulers(QPainter& painter) const;
-    QString emptyText() const;
 
     const WireTimes* times_;
     bool isRecording_ = false;

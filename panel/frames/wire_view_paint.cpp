@@ -60,6 +60,8 @@ void WireView::paintEvent(QPaintEvent*)
 
 QString WireView::emptyText() const
 {
+    if (times_->frames().empty() && isRecording_)
+        return tr("This recording holds no request, so there is nothing to draw.");
     if (times_->frames().empty())
         return tr("Nothing has passed on the line yet. Once a line is open and values are watched, "
                   "each request and its reply are drawn here to scale.");

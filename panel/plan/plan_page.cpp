@@ -11,7 +11,6 @@ namespace dov417 {
 namespace {
 
 constexpr int beginPauseMs = 150; // several changes in a row are planned once
-const char* const responseTimeMember = "responseTime";
 
 QString cycleText(std::chrono::microseconds cycle)
 {
@@ -99,9 +98,13 @@ void PlanPage::begin()
 {
     beginTimer_.stop();
     isStale_ = false;
-    tags_ = desk_.tags();
+    plannedTime_ = isTimeMeasured() ? measuredTime()
+                                    : Micros(std::chrono::milliseconds(responseTime_->value()));
+    showMeasured();
+    values_ = desk_.tags().values;
     shownGap_ = chosenGap_.value_or(desk_.lineSetup().mergeGap());
-    if (tags_.items.empty()) {
+    const std::vector<Item>& items = desk_.tags().items;
+    if (items.empty()) {
         planned(PlanReport());
         heading_->setText(tr("Nothing is watched, so there is nothing to plan. Addresses are added "
                              "on the page of values."));
@@ -111,9 +114,9 @@ void PlanPage::begin()
         const LineSetup& setup = desk_.lineSetup();
         PlanOrder order;
         order.library = desk_.library().path();
-        order.addresses = plannedAddresses(tags_.items);
+        order.addresses = plannedAddresses(items);
         order.format = serialFormat(desk_.library(), setup);
-        order.responseTime = std::chrono::milliseconds(responseTime_->value());
+        order.responseTime = plannedTime_;
         order.gap = shownGap_;
         order.maxRegisters = setup.maxRegisters.value_or(noMaximum);
         order.stationMaxRegisters = setup.stationMaxRegisters;
@@ -137,7 +140,7 @@ void PlanPage::begin()
 void PlanPage::planned(const PlanReport& report)
 {
     const int inUse = desk_.lineSetup().mergeGap();
-    map_.show(tags_.values, report.plan);
+    map_.show(values_, report.plan);
     requests_.show(report.plan, wordsReadAlong(map_.rows(), report.plan));
     gaps_.show(report.outcomes, inUse);
     plot_->show(report.outcomes, inUse);
@@ -153,7 +156,7 @@ void PlanPage::planned(const PlanReport& report)
 
 void PlanPage::failed(const QString& why)
 {
-    tags_ = PanelTags();
+    values_.clear();
     chosenGap_.reset();
     planned(PlanReport());
     heading_->setText(tr("There is no plan: %1").arg(why));
@@ -193,18 +196,6 @@ void PlanPage::showNotes(const PlanReport& report)
         notes.append(tr("And %n more.", nullptr, more));
     notes_->setText(notes.join(QLatin1Char('\n')));
     notes_->setVisible(!notes.isEmpty());
-}
-
-void PlanPage::showMeasured()
-{
-    Micros slowest(0);
-    if (desk_.statistics())
-        for (const StationTime& station : desk_.statistics()->stations)
-            slowest = std::max(slowest, station.slowest);
-    measured_->setText(
-        slowest.count() == 0
-            ? QString()
-            : tr("On this line the slowest one has taken %1 ms.").arg(cycleText(slowest)));
 }
 
 // ---- gaps -----------------------------------------------------------------------------------
@@ -259,27 +250,6 @@ void PlanPage::name(const QModelIndex& index)
 {
     if (index.isValid())
         named_->setText(index.data(Qt::AccessibleTextRole).toString());
-}
-
-// ---- the project ----------------------------------------------------------------------------
-
-std::string PlanPage::settingsName() const
-{
-    return "plan";
-}
-
-OrderedJson PlanPage::settings() const
-{
-    return {{responseTimeMember, responseTime_->value()}};
-}
-
-std::function<void()> PlanPage::prepared(const OrderedJson& settings)
-{
-    const OrderedJson time = settings.value(responseTimeMember, OrderedJson(0));
-    if (!time.is_number_integer() || time < 0 || time > maxMs)
-        throw UsageFailure(std::string(responseTimeMember) +
-                           ": is a number of milliseconds, 0 to " + std::to_string(maxMs));
-    return [this, ms = time.get<int>()]() { responseTime_->setValue(ms); };
 }
 
 } // namespace dov417

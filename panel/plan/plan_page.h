@@ -36,6 +36,8 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
+    static constexpr int asMeasured = -1; // in place of milliseconds
+
     QWidget* makeMap();
     QWidget* makeKey() const;
     QWidget* makeGaps();
@@ -47,6 +49,8 @@ private:
     void showHeading(const PlanReport& report);
     void showNotes(const PlanReport& report);
     void showMeasured();
+    Micros measuredTime() const;
+    bool isTimeMeasured() const;
     void showButtons();
     void choose();
     void use(int row);
@@ -70,7 +74,8 @@ private:
     bool isStale_ = true;          // what is shown is not the plan of what is watched now
     std::optional<int> chosenGap_; // that is shown in place of the one in use
     int shownGap_ = 0;
-    PanelTags tags_; // that are planned
+    Micros plannedTime_{0};          // that a controller takes, in the plan that is shown
+    std::vector<PanelValue> values_; // that are planned
     std::unique_ptr<PlanProcess> process_;
 };
 

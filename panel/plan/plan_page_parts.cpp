@@ -174,7 +174,9 @@ QWidget* PlanPage::makeTime()
 {
     auto* const label = new QLabel(tr("A controller answers a&fter"));
     label->setBuddy(responseTime_);
-    responseTime_->setRange(0, maxMs);
+    responseTime_->setRange(asMeasured, maxMs);
+    responseTime_->setValue(asMeasured);
+    responseTime_->setSpecialValueText(tr("as measured"));
     responseTime_->setSuffix(tr(" ms"));
     responseTime_->setObjectName(QStringLiteral("responseTime"));
     responseTime_->setAccessibleName(tr("What a controller takes before it answers"));

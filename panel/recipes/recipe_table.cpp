@@ -58,6 +58,8 @@ void RecipeTable::setTags(const PanelTags& tags)
     before.insert(before.end(), parked_.begin(), parked_.end());
     parked_.clear();
     places_.clear();
+    rows_.reserve(tags.values.size());
+    places_.reserve(tags.values.size());
     for (const PanelValue& value : tags.values)
         addRow(value);
     for (RecipeRow& row : before) {

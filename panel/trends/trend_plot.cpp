@@ -22,7 +22,7 @@ public:
     explicit BitScaleDraw(const std::vector<std::string>& names) : names_(names) {}
     QwtText label(double value) const override
     {
-        constexpr int maxLetters = 14;
+        constexpr int maxLetters = 24;
         const auto lane = static_cast<std::size_t>(std::max(0.0, value));
         const QString name =
             lane < names_.size() ? QString::fromStdString(names_[lane]) : QString();
@@ -43,6 +43,14 @@ QwtDateScaleDraw* newTimeScale()
     scale->setDateFormat(QwtDate::Hour, QStringLiteral("HH:mm\nd MMM"));
     scale->setDateFormat(QwtDate::Day, QStringLiteral("d MMM"));
     return scale;
+}
+
+QString laneNames(const std::vector<std::string>& fromBelow)
+{
+    QStringList names;
+    for (const std::string& name : fromBelow)
+        names.prepend(QString::fromStdString(name));
+    return names.join(QLatin1Char('\n'));
 }
 
 void showBlank(QwtScaleDraw& scale, bool isBlank)
@@ -66,7 +74,7 @@ const QStringList& TrendPlot::cursorNames()
 
 TrendPlot::TrendPlot(const TrendClock& clock)
     : clock_(clock), grid_(new QwtPlotGrid), legend_(new QwtPlotLegendItem),
-      band_(new QRubberBand(QRubberBand::Rectangle, canvas()))
+      absence_(new QwtPlotTextLabel), band_(new QRubberBand(QRubberBand::Rectangle, canvas()))
 {
     auto* const area = static_cast<QwtPlotCanvas*>(canvas());
     area->setFrameStyle(QFrame::NoFrame);
@@ -85,6 +93,8 @@ TrendPlot::TrendPlot(const TrendClock& clock)
     legend_->setRenderHint(QwtPlotItem::RenderAntialiased);
     legend_->setVisible(false);
     legend_->attach(this);
+    absence_->setMargin(fontMetrics().height());
+    absence_->attach(this);
     for (const QString& name : cursorNames()) {
         auto* const mark = new QwtPlotMarker(name);
         mark->setLineStyle(QwtPlotMarker::VLine);
@@ -148,6 +158,8 @@ void TrendPlot::showScales()
             showBits(axis, bits, axes.size() == 1);
         else
             setAxisAutoScale(axis, true);
+        // In whole, the first on top; beside the lanes there may be no room for that.
+        axisWidget(axis)->setToolTip(isOfBits ? laneNames(bits) : QString());
     }
 }
 
@@ -222,6 +234,9 @@ void TrendPlot::setPalettes()
     ground.setAlphaF(0.85);
     legend_->setBackgroundBrush(ground);
     legend_->setTextPen(colours.color(QPalette::Text));
+    QwtText why = absence_->text();
+    why.setColor(colours.color(QPalette::Text));
+    absence_->setText(why);
     for (TrendCurve* const curve : curves_)
         curve->setPalette(colours);
 }
@@ -266,8 +281,23 @@ bool TrendPlot::update(const TrendHistory& history, const TrendWindow& window, s
         if (!curve->update(history, clock_, window, budget))
             return false;
     setAxisScale(xBottom, clock_.toAxis(window.from), clock_.toAxis(window.to));
+    absence_->setVisible(std::all_of(curves_.begin(), curves_.end(), [](const TrendCurve* curve) {
+        return curve->dataSize() == 0;
+    }));
     replot();
     return true;
+}
+
+void TrendPlot::setAbsence(const QString& why)
+{
+    if (why == absence_->text().text())
+        return;
+    QwtText text(why, QwtText::PlainText);
+    text.setColor(QApplication::palette().color(QPalette::Text));
+    text.setRenderFlags(Qt::AlignCenter | Qt::TextWordWrap);
+    absence_->setText(text);
+    if (absence_->isVisible())
+        replot();
 }
 
 void TrendPlot::setCursor(int cursor, std::optional<TrendTime> at)

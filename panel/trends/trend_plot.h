@@ -9,6 +9,7 @@
 #include <qwt_plot_grid.h>
 #include <qwt_plot_legenditem.h>
 #include <qwt_plot_marker.h>
+#include <qwt_plot_textlabel.h>
 
 #include "panel/trends/trend_curve.h"
 
@@ -50,6 +51,8 @@ public:
     void setNotes(const std::vector<TrendNote>& notes);
     // Scales that follow the values again.
     void followValues();
+    // Stands there as long as there is nothing to draw.
+    void setAbsence(const QString& why);
     // The scales of numbers: closer (< 1) or farther around their middle; and up by a part of them.
     void zoomHeight(double factor);
     void moveHeight(double part);
@@ -85,6 +88,7 @@ private:
     std::vector<TrendCurve*> curves_; // the plot's own
     QwtPlotGrid* const grid_;
     QwtPlotLegendItem* const legend_;
+    QwtPlotTextLabel* const absence_;
     std::vector<QwtPlotMarker*> cursorMarks_;
     std::vector<QwtPlotMarker*> noteMarks_;
     QRubberBand* const band_;

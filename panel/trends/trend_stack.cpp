@@ -205,8 +205,7 @@ void TrendStack::showEvent(QShowEvent* event)
 {
     QScrollArea::showEvent(event);
     isChanged_ = true;
-    timer_.start();
-    turnTimer_.start(0);
+    timer_.start(); // to lay it out takes long enough, the curves come with the next picture
 }
 
 void TrendStack::hideEvent(QHideEvent* event)

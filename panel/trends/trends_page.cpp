@@ -5,6 +5,7 @@
 
 #include "panel/desk/panel_clock.h"
 #include "panel/desk/panel_icons.h"
+#include "panel/trends/trend_absence.h"
 
 namespace dov417 {
 
@@ -223,6 +224,9 @@ void TrendsPage::refresh()
     if (!isVisible())
         return;
     readout_.refresh();
+    for (std::size_t i = 0; i < stack_->plots().size(); ++i)
+        stack_->plots()[i]->setAbsence(
+            whyNothingIsDrawn(arrangement_.plots.at(i), desk_, history_));
     memory_->setToolTip(
         tr("Recorded values take no more than this, and %1 MB now. Then the oldest go: first those "
            "that are in no plot and older than ten minutes.")

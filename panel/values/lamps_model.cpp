@@ -1,5 +1,6 @@
 #include "panel/values/lamps_model.h"
 
+#include <algorithm>
 #include <map>
 #include <tuple>
 
@@ -84,11 +85,30 @@ void LampsModel::beginAnew()
     endResetModel();
 }
 
+// A row at a time, as a view takes longer for each signal than for the lamps of a row.
 void LampsModel::tell(const std::vector<Address>& addresses)
 {
-    for (const Address& address : addresses)
-        if (const auto cell = cells_.find(address); cell != cells_.end())
-            emit dataChanged(cell->second, cell->second);
+    int first = -1; // of the columns that have changed in this row
+    int last = -1;
+    int row = -1;
+    const auto tellRow = [&]() {
+        if (row >= 0)
+            emit dataChanged(index(row, first), index(row, last));
+    };
+    for (const Address& address : addresses) {
+        const auto cell = cells_.find(address);
+        if (cell == cells_.end())
+            continue;
+        const QModelIndex& each = cell->second;
+        if (each.row() != row) {
+            tellRow();
+            row = each.row();
+            first = last = each.column();
+        }
+        first = std::min(first, each.column());
+        last = std::max(last, each.column());
+    }
+    tellRow();
 }
 
 const PanelValue* LampsModel::valueAt(const QModelIndex& index) const

@@ -25,13 +25,19 @@ void ValuesModel::beginAnew()
     rows_.clear();
     searched_.clear();
     int row = 0;
-    for (const PanelValue& each : desk_.tags().values) {
+    rows_.reserve(desk_.tags().values.size());
+    for (const PanelValue& each : desk_.tags().values)
         rows_[each.address].push_back(row++);
+    endResetModel();
+}
+
+void ValuesModel::makeSearched() const
+{
+    searched_.reserve(desk_.tags().values.size());
+    for (const PanelValue& each : desk_.tags().values)
         searched_.push_back(QString::fromStdString(each.label.name + '\n' + each.label.address +
                                                    '\n' + each.item.comment + '\n') +
                             stationName(each));
-    }
-    endResetModel();
 }
 
 // Where it has one: its number stands in the address.
@@ -127,6 +133,8 @@ bool ValuesModel::isBefore(int left, int right, int column) const
 
 bool ValuesModel::holds(int row, const QString& text) const
 {
+    if (searched_.empty())
+        makeSearched();
     return searched_.at(static_cast<std::size_t>(row)).contains(text, Qt::CaseInsensitive);
 }
 

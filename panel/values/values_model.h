@@ -53,10 +53,13 @@ private:
     void tell(const std::vector<Address>& addresses);
     QString text(const PanelValue& value, int column) const;
     QString stationName(const PanelValue& each) const;
+    void makeSearched() const;
 
     PanelDesk& desk_;
     std::unordered_map<Address, std::vector<int>, AddressHash> rows_;
-    std::vector<QString> searched_; // by row: name, address, comment, station
+    // By row: name, address, comment, station; empty until somebody looks for a text, as making
+    // them takes longer than all else of a row.
+    mutable std::vector<QString> searched_;
 };
 
 } // namespace dov417

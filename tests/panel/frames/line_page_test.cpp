@@ -230,6 +230,37 @@ TEST_F(TheLinePage, SavesALineLogAndOpensOne)
     EXPECT_EQ(rows(), before);
 }
 
+TEST_F(TheLinePage, SavesWhereOneRecordingEndsAndTheNextBegins)
+{
+    const QString joined = folder.filePath("joined.log");
+    const QString saved = folder.filePath("saved.log");
+    const std::string first = "2026-01-31T12:00:00.000000+00:00 TX 01 03 05 64 00 01 C5 15 |\n";
+    const std::string second = "2026-01-31T12:00:05.000000+00:00 TX 01 03 05 64 00 01 C5 15 |\n";
+    std::ofstream(joined.toStdString())
+        << "# line 9600,8,EVEN,1\n" + first + "# line 9600,8,EVEN,1\n" + second;
+    ASSERT_EQ(readRecordedLog(joined.toStdString()).breaks, (std::vector<std::size_t>{0, 1}));
+    ASSERT_TRUE(page.openLog(joined));
+    ASSERT_TRUE(page.saveLog(saved));
+    const RecordedLog log = readRecordedLog(saved.toStdString());
+    EXPECT_EQ(log.breaks, (std::vector<std::size_t>{0, 1}));
+    EXPECT_EQ(log.entries.size(), 2U);
+    ASSERT_TRUE(log.wire);
+    EXPECT_EQ(toText(*log.wire), "9600,8,EVEN,1");
+}
+
+TEST_F(TheLinePage, SavesThatFramesAreMissing)
+{
+    Passed remark;
+    remark.what = Passed::What::note;
+    remark.text = "a remark";
+    remark.at = Clock::now();
+    emit desk.framesPassed({remark}, 0);
+    emit desk.framesPassed({remark}, 7);
+    const QString file = folder.filePath("line.log");
+    ASSERT_TRUE(page.saveLog(file));
+    EXPECT_EQ(readRecordedLog(file.toStdString()).breaks, (std::vector<std::size_t>{0, 1}));
+}
+
 TEST_F(TheLinePage, SavesALogThatTheToolReads)
 {
     options.set = {"R_W:100=4711"};

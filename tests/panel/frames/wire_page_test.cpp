@@ -103,7 +103,9 @@ TEST_F(TheWirePage, NamesTheFrameBelowTheMouseAndGoesToItWithAClick)
     ASSERT_FALSE(place.isNull());
     QTest::mouseMove(view, place);
     QCoreApplication::processEvents();
-    EXPECT_THAT(text("frame"), StartsWith("station 2: read 1 register from"));
+    const std::string day = QDate::currentDate().toString(Qt::ISODate).toStdString();
+    EXPECT_THAT(text("frame"), StartsWith(day + " "));
+    EXPECT_THAT(text("frame"), HasSubstr("\nstation 2: read 1 register from"));
     EXPECT_THAT(text("frame"), HasSubstr("T:3 = "));
     EXPECT_THAT(text("frame"), HasSubstr("request 2.292 ms"));
     EXPECT_THAT(text("frame"), HasSubstr("the controller's time "));
@@ -432,6 +434,19 @@ TEST_F(TheRecording, IsDrawnAndSaysWhatItIsAndOfWhen)
     // 8 bytes of 11 bits at 9600 baud.
     EXPECT_THAT(text("frame"), HasSubstr("request 9.167 ms"));
     EXPECT_FALSE(wire->findChild<QPushButton*>("follow")->isVisible());
+}
+
+TEST_F(TheRecording, SaysSoWhereItHoldsNoRequest)
+{
+    std::ofstream(file.toStdString())
+        << logLine({LogTime{std::chrono::microseconds(1769860800000000)}, Direction::received,
+                    withCrc(QByteArray::fromHex("0703020007")), ""})
+        << "\n";
+    openLog();
+    EXPECT_EQ(view->emptyText().toStdString(),
+              "This recording holds no request, so there is nothing to draw.");
+    QTest::mouseClick(wire->findChild<QPushButton*>("back"), Qt::LeftButton);
+    EXPECT_THAT(view->emptyText().toStdString(), StartsWith("Nothing has passed on the line yet."));
 }
 
 TEST_F(TheRecording, IsGoneToFrameByFrame)

@@ -33,6 +33,13 @@ protected:
     {
         ASSERT_TRUE(waitUntil([this]() { return !page->isBusy(); }));
     }
+    // Controllers that are planned to answer at once, whatever they take here.
+    void showQuickOnes()
+    {
+        show();
+        page->prepared(OrderedJson{{"responseTime", 0}})();
+        planned();
+    }
     std::string text(const char* label) const
     {
         return page->findChild<QLabel*>(label)->text().toStdString();
@@ -164,7 +171,7 @@ TEST_F(ThePlanPage, MarksTheBestGapAndPlansTheLivingLineAnewWithIt)
     setup.gap = 2;
     watch({"R_W:0", "R_W:12"});
     open();
-    show();
+    showQuickOnes();
     follow();
     EXPECT_THAT(column("planGaps", 0), ElementsAre("0 \u2026 10", "11 \u2026"));
     EXPECT_THAT(column("planGaps", 1), ElementsAre("2", "1"));
@@ -185,7 +192,7 @@ TEST_F(ThePlanPage, LooksAtAnotherGapBesideTheLineThatGoesOn)
     setup.gap = 2;
     watch({"R_W:0", "R_W:12"});
     open();
-    show();
+    showQuickOnes();
     follow();
     page->findChild<QTableView*>("planGaps")->selectRow(1);
     planned();
@@ -208,7 +215,7 @@ TEST_F(ThePlanPage, PlansNothingAnewWhileAValueIsBeingWritten)
     watch({"R_W:0", "R_W:12"});
     open();
     unlock();
-    show();
+    showQuickOnes();
     stopController(true);
     desk.write(desk.tags().values.front(), "5");
     QTest::mouseClick(button("useBest"), Qt::LeftButton);
@@ -244,7 +251,7 @@ TEST_F(ThePlanPage, KeepsItsTimeInTheProject)
     watch({"R_W:0"});
     show();
     const auto time = page->prepared(OrderedJson{{"responseTime", 25}});
-    EXPECT_EQ(page->settings().dump(), R"({"responseTime":0})");
+    EXPECT_EQ(page->settings().dump(), "{}");
     const std::string before = column("planRequests", 4).front();
     time();
     planned();
@@ -254,6 +261,28 @@ TEST_F(ThePlanPage, KeepsItsTimeInTheProject)
                     page->prepared(OrderedJson{{"responseTime", "long"}});
                 }),
                 StartsWith("responseTime: "));
+    page->prepared(OrderedJson::object())();
+    EXPECT_EQ(page->settings().dump(), "{}");
+}
+
+TEST_F(ThePlanPage, BeginsWithTheTimeThatWasMeasuredOnTheLine)
+{
+    options.turnaroundMs = 30;
+    watch({"R_W:0"});
+    show();
+    EXPECT_THAT(text("measuredTime"), StartsWith("Nothing is measured yet: planned as if"));
+    open();
+    const auto cycle = [this]() { return std::stod(column("planRequests", 4).front()); };
+    EXPECT_TRUE(waitUntil(
+        [this]() { return !page->isBusy() && text("measuredTime").find("Planned with") == 0; }));
+    const double measured = cycle();
+    EXPECT_EQ(page->settings().dump(), "{}") << "nobody has typed it";
+    page->findChild<QSpinBox*>("responseTime")->setValue(5);
+    planned();
+    // On this line bytes take no time, so that a part of it seems to be the request's.
+    EXPECT_GT(measured, cycle() - 5 + 20);
+    EXPECT_THAT(text("measuredTime"), StartsWith("On this line the slowest station took "));
+    EXPECT_EQ(page->settings().dump(), R"({"responseTime":5})");
 }
 
 TEST(APlanMap, ShowsWhatNoRequestReadsAndWhatTwoRead)

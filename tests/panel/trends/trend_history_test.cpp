@@ -114,6 +114,7 @@ TEST(TrendHistory, TellsWhatIsDoubtfulFromWhatFailed)
 TEST(TrendHistory, TellsNothingOfWhatWasNeverRecorded)
 {
     TrendHistory history;
+    history.setKept({recordedWord}); // as of a value that is in a plot
     View forgotten = wordView(recordedWord, 0, 0, 0, 1);
     forgotten.hasValue = false;
     tell(history, forgotten);

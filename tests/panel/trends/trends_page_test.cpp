@@ -6,6 +6,7 @@
 #include <QTest>
 #include <fstream>
 #include <qwt_scale_draw.h>
+#include <qwt_scale_widget.h>
 #include <sstream>
 
 #include "panel/main_window.h"
@@ -473,6 +474,50 @@ TEST_F(TheTrendsPage, GivesAThirdUnitAPlotOfItsOwnAndBitsTheirLanes)
     EXPECT_DOUBLE_EQ(off.bottom(), 1.0) << "in the upper lane";
     EXPECT_DOUBLE_EQ(on.bottom(), TrendCurve::laneHeight);
     EXPECT_TRUE(first.axisEnabled(QwtPlot::xBottom) != second.axisEnabled(QwtPlot::xBottom));
+}
+
+TEST_F(TheTrendsPage, NamesLanesInWholeBesideThem)
+{
+    const Items find(library, ItemSource());
+    const std::string name = "the.valve.behind.the.second.filler.is.open";
+    desk.setItems({namedItem(find.find("M_bit:1.0", Access::read), name),
+                   namedItem(find.find("M_bit:1.1", Access::read), "pump")});
+    show();
+    showWatched();
+    EXPECT_EQ(stack->plots().front()->axisWidget(QwtPlot::yLeft)->toolTip().toStdString(),
+              name + "\npump");
+}
+
+TEST_F(TheTrendsPage, SaysWhyAPlotIsEmpty)
+{
+    const auto absence = [this]() -> std::string {
+        const auto labels = stack->plots().front()->itemList(QwtPlotItem::Rtti_PlotTextLabel);
+        const auto* const label = static_cast<const QwtPlotTextLabel*>(labels.front());
+        return label->isVisible() ? label->text().text().toStdString() : "drawn";
+    };
+    const auto says = [&absence](const std::string& text) {
+        return waitUntil([&]() { return absence() == text; });
+    };
+    watch({"3/R_W:100"});
+    show();
+    showWatched();
+    EXPECT_TRUE(says("Nothing has been read yet: no line is open.")) << absence();
+    setup.timeoutMs = 40;
+    controller = std::make_unique<ControllerProcess>(options); // of station 1 alone
+    setup.port = controller->port();
+    desk.open(setup);
+    EXPECT_TRUE(says("Nothing has been read yet: no answer from station 3.")) << absence();
+    desk.setStationNames({{3, "filler"}});
+    EXPECT_TRUE(says("Nothing has been read yet: no answer from 3 filler.")) << absence();
+    watch({"R_W:100"});
+    EXPECT_TRUE(says("None of its values is watched.")) << absence();
+    showWatched();
+    EXPECT_TRUE(says("drawn")) << absence();
+    press(Qt::Key_PageUp);
+    press(Qt::Key_PageUp);
+    EXPECT_TRUE(says("Nothing is known of this time.")) << absence();
+    page->prepared({{"plots", {{{"values", OrderedJson::array()}}}}})();
+    EXPECT_TRUE(says("No value is in this plot yet: Values \u2026 chooses some.")) << absence();
 }
 
 TEST_F(TheTrendsPage, RefusesATextWithAWord)

@@ -61,6 +61,22 @@ TEST_F(TheLampsPage, ShowsBitsWordByWordUnderTheirOwnPlace)
     EXPECT_TRUE(waitUntil([this]() { return lamp(0, 3).find("old") != std::string::npos; }));
 }
 
+TEST_F(TheLampsPage, TellsOfEachRowOnceWhichLampsMayHaveChanged)
+{
+    watch({"M_bit:1.0..1.15", "M_bit:2.0..2.15"});
+    show();
+    std::vector<std::string> changed;
+    QObject::connect(table->model(), &QAbstractItemModel::dataChanged, page.get(),
+                     [&changed](const QModelIndex& from, const QModelIndex& to) {
+                         changed.push_back(std::to_string(from.row()) + ": " +
+                                           std::to_string(from.column()) + ".." +
+                                           std::to_string(to.column()));
+                     });
+    const auto bit = [this](std::size_t place) { return desk.tags().values.at(place).address; };
+    emit desk.valuesChanged({bit(3), bit(1), bit(6), bit(16 + 15), bit(0)});
+    EXPECT_THAT(changed, testing::ElementsAre("0: 1..6", "1: 15..15", "0: 0..0"));
+}
+
 TEST_F(TheLampsPage, WritesTheBitThatIsClickedAndNoOther)
 {
     options.set = {"M_W:1=0x0001"};

@@ -350,6 +350,10 @@ TEST_F(TheValuesPage, ShowsOnlyWhatIsSearchedForAndGroups)
     part<QComboBox>("grouping")->setCurrentIndex(2);
     EXPECT_THAT(names(), ElementsAre("1/R_W:1", "2/R_W:0", "2/R_W:1", "1/T:1"));
     EXPECT_EQ(table->model()->headerData(3, Qt::Vertical).toString(), "area T");
+    part<QLineEdit>("search")->setText("t:");
+    EXPECT_THAT(names(), ElementsAre("1/T:1"));
+    watch({"3/T:7", "1/R_W:1"});
+    EXPECT_THAT(names(), ElementsAre("3/T:7")) << "looked for among what is watched now";
 }
 
 TEST_F(TheValuesPage, ShowsEachValueInItsOwnRowWhateverIsRemoved)
