@@ -5,6 +5,8 @@
 #include <QKeyEvent>
 #include <QVBoxLayout>
 
+#include "panel/desk/dialog_size.h"
+
 namespace dov417 {
 
 // ---- the values -----------------------------------------------------------------------------
@@ -123,7 +125,7 @@ TrendValuesDialog::TrendValuesDialog(const PanelDesk& desk, QWidget* parent)
     rows->addWidget(search_);
     rows->addWidget(table_, 1);
     rows->addWidget(buttons);
-    resize(letter * 90, table_->fontMetrics().height() * 26);
+    resizeWithin(*this, QSize(letter * 90, table_->fontMetrics().height() * 26));
     connect(search_, &QLineEdit::textChanged, &filter_,
             &QSortFilterProxyModel::setFilterFixedString);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
