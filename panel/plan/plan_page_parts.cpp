@@ -89,7 +89,7 @@ QWidget* PlanPage::makeMap()
     both->addWidget(requestTable_);
     both->setStretchFactor(0, 2);
     both->setStretchFactor(1, 1);
-    requestTable_->setMinimumHeight(requestTable_->fontMetrics().height() * 8);
+    requestTable_->setMinimumHeight(requestTable_->fontMetrics().height() * 6);
     // As high as two lines, so that nothing jumps while the mouse moves.
     named_->setMinimumHeight(2 * named_->fontMetrics().lineSpacing());
     named_->setAlignment(Qt::AlignTop | Qt::AlignLeft);
@@ -158,8 +158,8 @@ QWidget* PlanPage::makeGaps()
     rows->addWidget(measured_);
     rows->addWidget(plot_, 3);
     rows->addWidget(gapTable_, 2);
-    gapTable_->setMinimumHeight(gapTable_->fontMetrics().height() * 9);
-    plot_->setMinimumHeight(plot_->fontMetrics().height() * 8);
+    gapTable_->setMinimumHeight(gapTable_->fontMetrics().height() * 6);
+    plot_->setMinimumHeight(plot_->fontMetrics().height() * 6);
     plot_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     auto* const buttons = new QWidget;
     auto* const row = new FlowLayout(buttons);

@@ -41,6 +41,8 @@ LineDialog::LineDialog(const LineSetup& setup, QWidget* parent)
            QString());
     auto* const numbers = new QGroupBox(tr("How it is asked"));
     auto* const numberForm = new QFormLayout(numbers);
+    for (QFormLayout* const form : {lineForm, numberForm})
+        form->setVerticalSpacing(fontMetrics().height() / 8); // many rows, in large letters too
     addNumbers(*numberForm);
     verdict_->setWordWrap(true);
     verdict_->setObjectName(QStringLiteral("lineVerdict"));
@@ -55,6 +57,8 @@ LineDialog::LineDialog(const LineSetup& setup, QWidget* parent)
     rows->addWidget(numbers);
     rows->addWidget(verdict_);
     rows->addWidget(buttons);
+    // Qt puts it before those to which it takes the keys, and never comes back to it.
+    setTabOrder(open_, buttons->button(QDialogButtonBox::Cancel));
     connect(open_, &QPushButton::clicked, this, [this]() { isToOpen_ = true; });
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);

@@ -8,6 +8,8 @@
 #include <QMessageBox>
 #include <QVBoxLayout>
 
+#include "panel/desk/dialog_size.h"
+
 namespace dov417 {
 
 namespace {
@@ -49,7 +51,7 @@ RecoveryDialog::RecoveryDialog(std::vector<UnsavedCopy>& copies, QWidget* parent
     connect(remove_, &QPushButton::clicked, this, [this]() { removeCurrent(); });
     connect(table_, &QTreeWidget::itemSelectionChanged, this, [this]() { showButtons(); });
     const int letter = fontMetrics().averageCharWidth();
-    resize(letter * 140, fontMetrics().height() * 18);
+    resizeWithin(*this, QSize(letter * 140, fontMetrics().height() * 18));
     list();
 }
 

@@ -6,6 +6,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "panel/desk/dialog_size.h"
 #include "panel/desk/state_words.h"
 #include "panel/project/project_fields.h"
 
@@ -194,6 +195,8 @@ StationsDialog::StationsDialog(const std::vector<ProjectStation>& stations,
     rows->addWidget(table_, 1);
     rows->addWidget(problem_);
     rows->addWidget(buttons);
+    // Qt puts it before those to which it takes the keys, and never comes back to it.
+    setTabOrder(remove, buttons->button(QDialogButtonBox::Cancel));
     const auto judge = [this]() {
         keep_->setEnabled(model_.areFit());
         problem_->setText(model_.areFit() ? QString()
@@ -226,7 +229,7 @@ void StationsDialog::makeTable()
     connect(remove, &QShortcut::activated, this, [this]() { removeChosen(); });
     if (model_.rowCount() > 0)
         table_->setCurrentIndex(model_.index(0, StationsModel::name));
-    resize(letter * 120, table_->fontMetrics().height() * 24);
+    resizeWithin(*this, QSize(letter * 120, table_->fontMetrics().height() * 24));
 }
 
 void StationsDialog::add()

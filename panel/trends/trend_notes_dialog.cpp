@@ -7,6 +7,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "panel/desk/dialog_size.h"
 #include "panel/desk/row_table.h"
 
 namespace dov417 {
@@ -107,7 +108,7 @@ TrendNotesDialog::TrendNotesDialog(const TrendClock& clock, QWidget* parent)
     rows->addWidget(about);
     rows->addWidget(table_, 1);
     addButtons(rows);
-    resize(letter * 90, table_->fontMetrics().height() * 22);
+    resizeWithin(*this, QSize(letter * 90, table_->fontMetrics().height() * 22));
     connect(remove, &QShortcut::activated, this, [this]() { removeChosen(); });
     connect(table_->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             [this]() { showState(); });

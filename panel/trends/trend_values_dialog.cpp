@@ -5,6 +5,7 @@
 #include <QKeyEvent>
 #include <QVBoxLayout>
 
+#include "panel/desk/dialog_size.h"
 #include "panel/desk/row_table.h"
 
 namespace dov417 {
@@ -120,7 +121,7 @@ TrendValuesDialog::TrendValuesDialog(const PanelDesk& desk, QWidget* parent)
     rows->addWidget(search_);
     rows->addWidget(table_, 1);
     rows->addWidget(buttons);
-    resize(letter * 90, table_->fontMetrics().height() * 26);
+    resizeWithin(*this, QSize(letter * 90, table_->fontMetrics().height() * 26));
     connect(search_, &QLineEdit::textChanged, &filter_,
             &QSortFilterProxyModel::setFilterFixedString);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);

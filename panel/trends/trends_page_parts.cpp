@@ -64,7 +64,7 @@ TrendsPage::TrendsPage(PanelDesk& desk)
     splitter->addWidget(lower);
     splitter->setStretchFactor(0, 1);
     const int line = fontMetrics().height();
-    upper_->setMinimumHeight(line * 12);
+    upper_->setMinimumHeight(line * 9);
     splitter->setSizes({line * 26, line * 11});
     auto* const rows = new QVBoxLayout(this);
     rows->addWidget(makeTools());

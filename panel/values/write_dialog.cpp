@@ -3,8 +3,10 @@
 #include <QDialogButtonBox>
 #include <QGridLayout>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QVBoxLayout>
 
+#include "panel/desk/dialog_size.h"
 #include "panel/desk/state_words.h"
 
 namespace dov417 {
@@ -62,10 +64,12 @@ WriteDialog::WriteDialog(PanelDesk& desk, const std::vector<PanelValue>& values,
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     connect(&desk, &PanelDesk::valuesChanged, this,
             [this](const std::vector<Address>& changed) { follow(changed); });
-    constexpr int usualWidth = 620;
-    constexpr int mostRows = 8;
-    constexpr int rowHeight = 60;
-    resize(usualWidth, 120 + rowHeight * std::min(mostRows, static_cast<int>(values.size())));
+    constexpr int maxRows = 8; // else it scrolls
+    const int line = fontMetrics().height();
+    const int lines = 6 + 3 * std::min(maxRows, static_cast<int>(values.size()));
+    const int beside = scroll->verticalScrollBar()->sizeHint().width() + 2 * line;
+    resizeWithin(*this,
+                 QSize(std::max(line * 32, inside->sizeHint().width() + beside), line * lines));
     if (!fields_.empty())
         fields_.front().text->setFocus(); // else the area around it has what is typed
     judge();
