@@ -18,8 +18,8 @@ namespace dov417 {
 
 namespace {
 
-struct TagTexts {
-    Q_DECLARE_TR_FUNCTIONS(TagTexts)
+struct PanelTagTexts {
+    Q_DECLARE_TR_FUNCTIONS(PanelTagTexts)
 };
 
 // Results of intf_multiCopy().
@@ -45,7 +45,7 @@ Item addressItem(const Library& library, const std::string& text)
 {
     if (text.find(':') == std::string::npos && !registerType(library, text))
         throw UsageFailure(
-            TagTexts::tr("'%1' is no address, which is written R_W:100 or 2/M_bit:1.0..1.15")
+            PanelTagTexts::tr("'%1' is no address, which is written R_W:100 or 2/M_bit:1.0..1.15")
                 .arg(QString::fromStdString(text))
                 .toStdString());
     return Items(library, ItemSource()).find(text, Access::read);
@@ -140,15 +140,15 @@ std::string allowedRange(const PanelValue& value)
         return withUnit(text.toStdString(), format);
     };
     const auto fromTo = [&](double least, double most) {
-        return inUnit(TagTexts::tr("%1 to %2").arg(number(least), number(most)));
+        return inUnit(PanelTagTexts::tr("%1 to %2").arg(number(least), number(most)));
     };
     if (limits.min && limits.max)
         return fromTo(*limits.min, *limits.max);
     if (value.address.width == Width::bit)
-        return TagTexts::tr("0 or 1").toStdString();
+        return PanelTagTexts::tr("0 or 1").toStdString();
     if (isFloating(format.notation) || !isNumber(format.notation))
-        return limits.min   ? inUnit(TagTexts::tr("from %1").arg(number(*limits.min)))
-               : limits.max ? inUnit(TagTexts::tr("up to %1").arg(number(*limits.max)))
+        return limits.min   ? inUnit(PanelTagTexts::tr("from %1").arg(number(*limits.min)))
+               : limits.max ? inUnit(PanelTagTexts::tr("up to %1").arg(number(*limits.max)))
                             : std::string();
     const int bits = bitsOf(value.address.width);
     const double low = isSigned(format.notation) ? -std::exp2(bits - 1) : 0;
@@ -165,7 +165,7 @@ std::string allowedRange(const PanelValue& value)
 
 std::vector<Item> pastedItems(const Library& library, const std::string& text)
 {
-    const std::string named = TagTexts::tr("what is pasted").toStdString();
+    const std::string named = PanelTagTexts::tr("what is pasted").toStdString();
     const std::vector<Row> rows = csvRows(text, named).rows;
     std::vector<Item> items;
     if (rows.empty())
@@ -192,7 +192,7 @@ std::vector<Item> seriesOf(const Library& library, const Item& item, int count, 
     const QString regName = QString::fromStdString(item.address.regName);
     if (library.intf_multiCopy(regName, item.address.first, count, step, texts, values) ==
         seriesIsClipped)
-        throw UsageFailure(TagTexts::tr("the series runs past the highest address of %1")
+        throw UsageFailure(PanelTagTexts::tr("the series runs past the highest address of %1")
                                .arg(regName)
                                .toStdString());
     const bool isTag = item.name != toText(library, item.address);

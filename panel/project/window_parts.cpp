@@ -37,7 +37,7 @@ Widget& widgetOf(const QWidget& window, const KeptPart& part)
     return *widget;
 }
 
-std::vector<int> pixelsIn(const OrderedJson& layout, const char* member)
+std::vector<int> pixelListIn(const OrderedJson& layout, const char* member)
 {
     std::vector<int> all;
     const auto found = layout.find(member);
@@ -112,7 +112,7 @@ std::function<void()> preparedParts(QWidget& window, const OrderedJson& layout)
     std::vector<std::function<void()>> all;
     for (const KeptPart& part : keptColumns) {
         auto& table = widgetOf<QTableView>(window, part);
-        const std::vector<int> widths = pixelsIn(layout, part.member);
+        const std::vector<int> widths = pixelListIn(layout, part.member);
         all.emplace_back([&table, widths]() {
             int column = 0;
             for (const int width : widths)
@@ -125,7 +125,7 @@ std::function<void()> preparedParts(QWidget& window, const OrderedJson& layout)
     all.emplace_back([&ordered, order]() { ordered.sortByColumn(order.column, order.order); });
     for (const KeptPart& part : keptSplitters) {
         auto& splitter = widgetOf<QSplitter>(window, part);
-        const std::vector<int> sizes = pixelsIn(layout, part.member);
+        const std::vector<int> sizes = pixelListIn(layout, part.member);
         if (static_cast<int>(sizes.size()) == splitter.count())
             all.emplace_back([&splitter, sizes]() {
                 splitter.setSizes(QVector<int>(sizes.begin(), sizes.end()).toList());
