@@ -9,13 +9,15 @@ Conversation::Conversation(const std::vector<Area>& areas) : areas_(areas) {}
 
 std::string Conversation::request(const QByteArray& frame)
 {
-    request_ = frame;
+    request_ = asked_ = frame;
     return requestText(frame, areas_);
 }
 
-std::string Conversation::reply(const QByteArray& frame) const
+std::string Conversation::reply(const QByteArray& frame)
 {
-    return replyText(frame, request_, areas_);
+    std::string text = replyText(frame, asked_, areas_);
+    asked_.clear();
+    return text;
 }
 
 std::string Conversation::stray(const QByteArray& frame) const
@@ -26,6 +28,25 @@ std::string Conversation::stray(const QByteArray& frame) const
                                 frame.at(1) == request_.at(1) &&
                                 frame.size() == lengthOfReplyTo(request_);
     return replyText(frame, looksLikeReply ? QByteArray() : request_, areas_);
+}
+
+void Conversation::note(const LogEntry& entry)
+{
+    if (tellsGap(entry) || tellsPort(entry))
+        forget();
+    else if (tellsNoAnswer(entry))
+        asked_.clear();
+}
+
+void Conversation::forget()
+{
+    request_.clear();
+    asked_.clear();
+}
+
+const QByteArray& Conversation::asked() const
+{
+    return asked_;
 }
 
 } // namespace dov417

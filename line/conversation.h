@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "line/areas.h"
+#include "line/line_log.h"
 
 namespace dov417 {
 
@@ -19,16 +20,24 @@ public:
     // Explains a request. What comes in from now on is compared with it.
     std::string request(const QByteArray& frame);
 
-    // Explains what came in after the latest request: its reply, or what was taken for none. There
-    // may be several, and there need not have been a request.
-    std::string reply(const QByteArray& frame) const;
-    // The same of what is known not to be the reply: it is told without the request's addresses,
+    // Explains what was taken for the latest request's reply. A request has one: what comes behind
+    // it is told without addresses, as it is where there has been no request.
+    std::string reply(const QByteArray& frame);
+    // Explains what is known not to be the reply: it is told without the request's addresses,
     // whatever its length is, and the request itself is told as what it is.
     std::string stray(const QByteArray& frame) const;
+    // Something else that a log tells. After some of it no reply to the latest request comes.
+    void note(const LogEntry& entry);
+    // What passed here is not known: nothing before it explains what comes behind it.
+    void forget();
+
+    // The request whose reply may come; empty: there is none.
+    const QByteArray& asked() const;
 
 private:
     std::vector<Area> areas_;
-    QByteArray request_;
+    QByteArray request_; // the latest
+    QByteArray asked_;
 };
 
 } // namespace dov417

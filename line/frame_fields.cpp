@@ -1,7 +1,10 @@
 #include "line/frame_fields.h"
 
+#include <algorithm>
+
 #include "line/crc16.h"
 #include "line/frame_bytes.h"
+#include "line/frame_length.h"
 #include "line/frame_text.h"
 
 namespace dov417 {
@@ -9,13 +12,8 @@ namespace dov417 {
 namespace {
 
 constexpr int wordLength = 2;
+constexpr int bitsPerByte = 8;
 constexpr int coilOn = 0xFF00;
-
-bool isOfCoils(int function)
-{
-    return function == readCoils || function == readInputs || function == writeCoil ||
-           function == writeCoils;
-}
 
 bool isWriteOfMany(int function)
 {
@@ -70,22 +68,27 @@ public:
         return true;
     }
 
-    void addCoils(int first, int count)
+    void addBits(const std::string& unit, int first, int count)
     {
-        constexpr int bitsPerByte = 8;
         for (int i = 0; has(1); ++i) {
-            std::string bits;
-            for (int bit = 0; bit < bitsPerByte && i * bitsPerByte + bit < count; ++bit)
-                bits.append((byte() >> bit & 1) != 0 ? "1" : "0");
             const int from = first + i * bitsPerByte;
-            add(1, "coils from " + std::to_string(from), bits + ", the first one to the left");
+            add(1, unit + "s from " + std::to_string(from), bitsOf(count - i * bitsPerByte));
         }
     }
 
-    void addRegisters(int first)
+    void addWords(const std::string& unit, int first)
     {
         for (int i = first; has(wordLength); ++i)
-            addWord("register " + std::to_string(i));
+            addWord(unit + " " + std::to_string(i));
+    }
+    // Nobody knows of which addresses.
+    void addValues(bool areBits)
+    {
+        for (int i = 1; areBits ? has(1) : has(wordLength); ++i)
+            if (areBits)
+                add(1, "value byte " + std::to_string(i), bitsOf(bitsPerByte));
+            else
+                addWord("value " + std::to_string(i));
     }
 
     std::vector<FrameField> taken()
@@ -100,6 +103,14 @@ public:
     }
 
 private:
+    std::string bitsOf(int count) const
+    {
+        std::string bits;
+        for (int bit = 0; bit < std::min(count, bitsPerByte); ++bit)
+            bits.append((byte() >> bit & 1) != 0 ? "1" : "0");
+        return bits + ", the first one to the left";
+    }
+
     const QByteArray& frame_;
     int end_;
     int next_ = 0;
@@ -125,6 +136,15 @@ void addWritten(Fields& fields, int function)
         fields.addWord("value");
 }
 
+// Are the values of this read's reply those that were asked for?
+bool isAnswerTo(const QByteArray& request, const QByteArray& reply)
+{
+    constexpr int readLength = minFrameLength + 2 * wordLength;
+    const int function = byteAt(reply, functionIndex);
+    return request.size() == readLength && stationOf(request) == stationOf(reply) &&
+           byteAt(request, functionIndex) == function && reply.size() == lengthOfReplyTo(request);
+}
+
 } // namespace
 
 std::vector<FrameField> requestFields(const QByteArray& frame)
@@ -135,7 +155,7 @@ std::vector<FrameField> requestFields(const QByteArray& frame)
     const int function = byteAt(frame, functionIndex);
     if (!isKnown(function) || !fields.has(wordLength))
         return fields.taken();
-    const std::string what = isOfCoils(function) ? "coil" : "register";
+    const std::string what = unitName(function);
     const int first = fields.word();
     fields.addWord("first " + what);
     if (function == writeCoil || function == writeRegister) {
@@ -147,9 +167,9 @@ std::vector<FrameField> requestFields(const QByteArray& frame)
     if (isWriteOfMany(function) && fields.has(1)) {
         fields.add(1, "byte count", std::to_string(fields.byte()));
         if (function == writeCoils)
-            fields.addCoils(first, count);
+            fields.addBits(what, first, count);
         else
-            fields.addRegisters(first);
+            fields.addWords(what, first);
     }
     return fields.taken();
 }
@@ -166,18 +186,16 @@ std::vector<FrameField> replyFields(const QByteArray& frame, const QByteArray& r
                        std::to_string(fields.byte()) + ", " + exceptionName(fields.byte()));
         return fields.taken();
     }
+    const std::string what = unitName(function);
     if (isReadFunction(function) && fields.has(1)) {
-        const bool isAnswer = request.size() >= minFrameLength + 2 * wordLength &&
-                              byteAt(request, functionIndex) == function;
-        const int first = isAnswer ? wordAt(request, addressIndex) : 0;
         fields.add(1, "byte count", std::to_string(fields.byte()));
-        constexpr int all = 0x10000;
-        if (isOfCoils(function))
-            fields.addCoils(first, isAnswer ? wordAt(request, quantityIndex) : all);
+        if (!isAnswerTo(request, frame))
+            fields.addValues(holdsBits(function));
+        else if (holdsBits(function))
+            fields.addBits(what, wordAt(request, addressIndex), wordAt(request, quantityIndex));
         else
-            fields.addRegisters(first);
+            fields.addWords(what, wordAt(request, addressIndex));
     } else if (isKnown(function)) {
-        const std::string what = isOfCoils(function) ? "coil" : "register";
         fields.addWord("first " + what);
         if (isWriteOfMany(function))
             fields.addWord(what + " count");

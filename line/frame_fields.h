@@ -18,7 +18,8 @@ struct FrameField {
 // Together they are all bytes of the frame, in their order, whatever it holds: what has no name is
 // "other bytes".
 std::vector<FrameField> requestFields(const QByteArray& frame);
-// The request tells the registers that the values are of; it may be empty, or another's.
+// The request tells the addresses that the values are of. It may be empty, or another's: then they
+// are numbered only.
 std::vector<FrameField> replyFields(const QByteArray& frame, const QByteArray& request);
 
 } // namespace dov417

@@ -85,7 +85,7 @@ std::string target(const std::vector<Area>& areas, int function, int first, int 
         isMapped(function) ? areaText(areas, isCoils(function), first, count) : std::string();
     if (!text.empty())
         return text;
-    const std::string unit = holdsBits(function) ? "coil" : "register";
+    const std::string unit = unitName(function);
     return count == 1
                ? unit + " " + std::to_string(first)
                : unit + "s " + std::to_string(first) + ".." + std::to_string(first + count - 1);
@@ -189,7 +189,8 @@ struct Asked {
 Asked askedBy(const QByteArray& request)
 {
     Asked asked;
-    if (request.size() < requestLength)
+    // A request that did not arrive whole is answered by nobody.
+    if (request.size() < requestLength || !hasGoodCrc(request))
         return asked;
     asked.station = byteAt(request, 0);
     asked.function = byteAt(request, functionIndex);
@@ -204,7 +205,8 @@ std::string readValues(const QByteArray& reply, const Asked& asked, const std::v
 {
     const int function = byteAt(reply, functionIndex);
     const int bytes = static_cast<int>(reply.size()) - readHead - crcLength;
-    const bool known = asked.function == function && bytesFor(function, asked.count) == bytes;
+    const bool known = asked.station == byteAt(reply, 0) && asked.function == function &&
+                       bytesFor(function, asked.count) == bytes;
     const int units = known ? asked.count : holdsBits(function) ? bytes * 8 : bytes / 2;
     const std::string values = holdsBits(function) ? coilValues(reply, readHead, units)
                                                    : registerValues(reply, readHead, units);
@@ -268,6 +270,14 @@ std::string functionName(int function)
     return nameOf(std::begin(functions), std::end(functions), function, "function ");
 }
 
+std::string unitName(int function)
+{
+    return function == readInputs           ? "input"
+           : function == readInputRegisters ? "input register"
+           : holdsBits(function)            ? "coil"
+                                            : "register";
+}
+
 namespace {
 
 // Diagnostics, sub-function 0: request and reply are the same.
@@ -303,11 +313,7 @@ std::string requestText(const QByteArray& frame, const std::vector<Area>& areas)
         return who + singleWrite(frame, areas) + lengthFault(frame, requestLength) + badCrc(frame);
     const int first = wordAt(frame, 2);
     const int count = wordAt(frame, 4);
-    const std::string unit = function == readCoils            ? "coil"
-                             : function == readInputs         ? "input"
-                             : function == readInputRegisters ? "input register"
-                                                              : "register";
-    return who + "read " + counted(count, unit) + " from " + std::to_string(first) +
+    return who + "read " + counted(count, unitName(function)) + " from " + std::to_string(first) +
            placed(areas, function, first, count) + lengthFault(frame, requestLength) +
            badCrc(frame);
 }

@@ -22,6 +22,10 @@ std::string exceptionName(int code);
 // "read coils", "write registers"; "function 43" where it has no name here.
 std::string functionName(int function);
 
+// What a function reads or writes of the four tables that a station has: "coil", "input",
+// "register", "input register".
+std::string unitName(int function);
+
 // "station 1: read 8 registers from 1380 (R_W:100..107)". Says what is wrong with a frame that is
 // cut short or has a bad CRC. Without areas only the numbers on the line are given.
 std::string requestText(const QByteArray& frame, const std::vector<Area>& areas);

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <ctime>
 
+#include "line/counted.h"
 #include "line/failure.h"
 #include "line/frame_text.h"
 
@@ -17,6 +18,7 @@ using std::chrono::microseconds;
 
 const std::array<const char*, 4> directionNames = {"TX", "RX", "RX?", "--"};
 const char* const meaningMark = "|";
+const char* const gapWords = " missing here";
 const int secondsPerMinute = 60;
 const int secondsPerHour = 3600;
 const long microsPerSecond = 1000000;
@@ -124,6 +126,26 @@ std::optional<LogEntry> parseLogLine(const std::string& line)
         return std::nullopt;
     entry.bytes = *bytes;
     return entry;
+}
+
+std::string gapText(long long frames)
+{
+    return counted(frames, "frame") + (frames == 1 ? " is" : " are") + gapWords;
+}
+
+bool tellsGap(const LogEntry& entry)
+{
+    return entry.direction == Direction::note && entry.meaning.find(gapWords) != std::string::npos;
+}
+
+bool tellsNoAnswer(const LogEntry& entry)
+{
+    return entry.direction == Direction::note && entry.meaning.rfind("no answer", 0) == 0;
+}
+
+bool tellsPort(const LogEntry& entry)
+{
+    return entry.direction == Direction::note && entry.meaning.rfind("port ", 0) == 0;
 }
 
 void LineLog::open(const std::string& file)

@@ -49,6 +49,16 @@ std::string logLine(const LogEntry& entry);
 // empty.
 std::optional<LogEntry> parseLogLine(const std::string& line);
 
+// Of notes: what they say of the frames around them, in the words of whoever writes a log.
+//
+// "7 frames are missing here"
+std::string gapText(long long frames);
+bool tellsGap(const LogEntry& entry);
+// "no answer within 500 ms: no byte came"
+bool tellsNoAnswer(const LogEntry& entry);
+// "port /dev/ttyUSB0 is open": it was opened, or lost.
+bool tellsPort(const LogEntry& entry);
+
 // Appends to a file, each line at once, so that nothing is missing after a crash.
 class LineLog {
 public:

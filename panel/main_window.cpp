@@ -79,6 +79,9 @@ MainWindow::MainWindow(PanelDesk& desk)
     addPages();
     list_->setFixedWidth(list_->sizeHintForColumn(0) + 4 * list_->frameWidth() + 16);
     connect(list_, &QListWidget::currentRowChanged, stack_, &QStackedWidget::setCurrentIndex);
+    connect(stack_, &QStackedWidget::currentChanged, actions_.get(), [this](int page) {
+        actions_->setHistory(pages_.at(static_cast<std::size_t>(page))->ownHistory());
+    });
     connect(&desk, &PanelDesk::stateChanged, this, [this]() { showState(); });
     connect(&document_, &ProjectDocument::changed, this, [this]() { showTitle(); });
     connect(actions_.get(), &ProjectActions::told, this,
@@ -139,6 +142,7 @@ void MainWindow::addPage(PanelPage* page)
     connect(go, &QAction::triggered, this, [this, number]() { showPage(number - 1); });
     connect(page, &PanelPage::told, this, [this](const QString& text) { tell(text); });
     document_.addPage(page);
+    actions_->askToo([page]() { return page->mayForget(); });
 }
 
 void MainWindow::tell(const QString& text)

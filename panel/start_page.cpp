@@ -193,7 +193,10 @@ QWidget* StartPage::makeLine()
     connect(again, &QPushButton::clicked, this, [this]() { listAllPorts(); });
     connect(open_, &QPushButton::clicked, this, [this]() { openLine(); });
     connect(port_, &QLineEdit::returnPressed, this, [this]() { openLine(); });
-    connect(close_, &QPushButton::clicked, this, [this]() { desk_.close(); });
+    connect(close_, &QPushButton::clicked, this, [this]() {
+        if (actions_.mayCloseLine())
+            desk_.close();
+    });
     return box;
 }
 

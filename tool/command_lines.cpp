@@ -47,6 +47,7 @@ std::optional<std::string> CommandLines::next()
     const std::size_t end = bytes_.find('\n');
     if (end == std::string::npos && (!hasEnded_ || bytes_.empty()))
         return std::nullopt;
+    lacksItsEnd_ = end == std::string::npos;
     const std::string line = bytes_.substr(0, end);
     bytes_.erase(0, end == std::string::npos ? end : end + 1);
     ++number_;

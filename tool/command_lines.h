@@ -16,13 +16,19 @@ std::vector<std::string> commandWords(const std::string& line);
 class CommandLines {
 public:
     void add(const std::string& bytes);
-    // No more will come: what is there is a line, too.
+    // No more will come: what is there is a line, too, though without its end.
     void end();
 
     // The next one, without its end.
     std::optional<std::string> next();
     bool isAtEnd() const; // and there is no next one
-    // Of the line that next() gave last, from 1.
+    // Of the line that next() gave last: it may be the beginning of one, of a program that died
+    // while it wrote.
+    bool lacksItsEnd() const
+    {
+        return lacksItsEnd_;
+    }
+    // Of the same, from 1.
     int number() const
     {
         return number_;
@@ -31,6 +37,7 @@ public:
 private:
     std::string bytes_;
     bool hasEnded_ = false;
+    bool lacksItsEnd_ = false;
     int number_ = 0;
 };
 

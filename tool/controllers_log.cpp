@@ -61,6 +61,11 @@ std::optional<LogEntry> ControllersLog::entry(const std::string& line)
     return entry;
 }
 
+void ControllersLog::forget()
+{
+    books_ = Books(horizon);
+}
+
 std::string ControllersLog::replied(const QByteArray& frame)
 {
     const bool isSound = hasGoodCrc(frame);

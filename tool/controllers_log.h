@@ -22,6 +22,8 @@ public:
 
     // Its meaning is the text to show. Nothing where the line is none of such a log.
     std::optional<LogEntry> entry(const std::string& line);
+    // What passed here is not known.
+    void forget();
 
 private:
     std::string replied(const QByteArray& frame);

@@ -66,6 +66,14 @@ private:
     LiveCommand live_;
 };
 
+// To a controller or a file.
+bool writes(const CLI::App& app)
+{
+    return app.got_subcommand("write") ||
+           (app.got_subcommand("recipe") &&
+            !app.get_subcommand("recipe")->got_subcommand("compare"));
+}
+
 class Shell {
 public:
     explicit Shell(const ShellOptions& options)
@@ -198,6 +206,9 @@ int Shell::execute(const std::vector<std::string>& words)
     } catch (const CLI::ParseError& error) {
         throw UsageFailure(error.what());
     }
+    if (!isSpokenTo_ && lines_.lacksItsEnd() && writes(app))
+        throw UsageFailure(
+            "this line has no end: it may have been cut off, and nothing is written");
     if (chosen)
         return runChosen(chosen);
     for (const CLI::App* each : app.get_subcommands([](const CLI::App*) { return true; }))
@@ -242,7 +253,9 @@ void addShellCommand(CLI::App& app, Action& chosen)
         "input, typed or from a script; help lists them, quit ends, and # begins a comment. "
         "Between them the line stays open, and what was learned of its stations is kept. The "
         "options of the line, of tags and formats are the shell's; a line may name other tags and "
-        "formats of its own. A controller of --simulated has station 1 and those of the tags.\n"
+        "formats of its own. A controller of --simulated has station 1 and those of the tags. A "
+        "script's last line writes nothing, neither to a controller nor to a recipe's file, where "
+        "it lacks its line end: it may have been cut off.\n"
         "Examples:\n"
         "  printf 'write R_W:100=1500\\nread R_W:100\\n' | dov417 shell --simulated\n"
         "  dov417 shell --simulated --stop-on-error --stats\n"

@@ -63,8 +63,13 @@ public:
             print(*entry, text(*entry));
         else if (const auto controllers = controllers_.entry(line))
             print(*controllers, controllers->meaning);
-        else if (++counts_.unreadable == 1)
-            counts_.firstUnreadable = number;
+        else
+            unreadable(number);
+    }
+    // A recording began here, or somebody wrote this into it.
+    void remark()
+    {
+        forget();
     }
 
     const TraceCounts& counts() const
@@ -84,9 +89,23 @@ private:
             return "thrown away: " + conversation_.stray(entry.bytes) +
                    (entry.meaning.empty() ? "" : " [" + entry.meaning + "]");
         case Direction::note:
+            conversation_.note(entry);
             return entry.meaning;
         }
         return std::string();
+    }
+
+    void unreadable(long long number)
+    {
+        if (++counts_.unreadable == 1)
+            counts_.firstUnreadable = number;
+        forget();
+    }
+
+    void forget()
+    {
+        conversation_.forget();
+        controllers_.forget();
     }
 
     void print(const LogEntry& entry, const std::string& text)
@@ -125,13 +144,15 @@ int runTrace(const TraceOptions& options)
     for (int number = 1; std::getline(in, line); ++number) {
         if (line.empty() || line == "\r")
             continue;
-        if (line[0] == '#' && options.json) {
-            sayJson({{"remark", line}});
-        } else if (line[0] == '#') {
-            std::printf("%s\n", line.c_str());
-        } else {
+        if (line[0] != '#') {
             tracer.explain(line, number);
+            continue;
         }
+        tracer.remark();
+        if (options.json)
+            sayJson({{"remark", line}});
+        else
+            std::printf("%s\n", line.c_str());
     }
     if (in.bad())
         throw Failure("cannot read the log " + options.file + ": " + std::strerror(errno));

@@ -103,8 +103,9 @@ void Exchange::transact(const Transmission& request, Done done, Clock::time_poin
     current_.number = 0;
     current_.reception = Reception();
     done_ = std::move(done);
-    markersLeft_ = station().marksAtOnce();
+    markersLeft_ = station().marksAtOnce(collector_.knowsAdapter());
     holdEnd_ = Clock::time_point();
+    doubtsBefore_ = doubts_;
     next(now);
 }
 
@@ -121,26 +122,18 @@ void Exchange::next(Clock::time_point now)
         beginSilence(now);
         return;
     }
+    // What is written may be made of what was read just before.
+    if (doubts_ != doubtsBefore_ && !current_.isRead()) {
+        finish(LineResult::heldBack);
+        return;
+    }
     Station& asked = station();
     if (now < asked.listenUntil && !current_.isToSilent) {
         listen(asked.listenUntil);
         return;
     }
     const bool needsMarker = isInDoubt(now) && markersLeft_ > 0;
-    if (needsMarker) {
-        // Of exceptions none says which echo it is to, nor whether it is the last one once more.
-        isAlone_ = asked.numbersEchoes ||
-                   !(books_.isEchoOut(stationOf(current_.sent)) || wasEcho(asked.lastAnswered));
-        const bool mayEcho = settings_.mayMark && (isAlone_ || !isWary(now));
-        const auto makeOne = [&](bool echo) {
-            marker_ = makeMarker(current_, books_, asked.lastAnswered, echo, nextMark_);
-        };
-        makeOne(mayEcho && asked.mayEcho(current_.isRead()));
-        // Reads of every length may be out already.
-        if (marker_.replyLength == 0 && mayEcho && asked.numbersEchoes)
-            makeOne(true);
-        isMarking_ = marker_.replyLength > 0;
-    }
+    isMarking_ = needsMarker && mark(now);
     const bool isStuck = needsMarker && !isMarking_ && current_.isRead();
     if (!isMarking_ && (isStuck || books_.couldBeMistaken(current_.sent, current_.replyLength))) {
         // Only time tells when the doubt is over, and others are not to wait for that.
@@ -153,6 +146,29 @@ void Exchange::next(Clock::time_point now)
         return;
     }
     beginSilence(now);
+}
+
+// Makes a marker, if there is one.
+bool Exchange::mark(Clock::time_point now)
+{
+    const Station& asked = station();
+    // Of exceptions none says which echo it is to, nor whether it is the last one once more.
+    isAlone_ = asked.numbersEchoes ||
+               !(books_.isEchoOut(stationOf(current_.sent)) || wasEcho(asked.lastAnswered));
+    const auto make = [&](MarkerKind kind) {
+        marker_ = makeMarker(current_, books_, asked.lastAnswered, kind, nextMark_);
+        return marker_.replyLength > 0;
+    };
+    // What a two-wire adapter hears of its own sending looks like the answer to an echo, until it
+    // has been heard to echo a read, or not to.
+    isForAdapter_ = settings_.mayMark && !collector_.knowsAdapter() && make(MarkerKind::readAlso);
+    if (isForAdapter_)
+        return true;
+    const bool mayEcho = settings_.mayMark && (isAlone_ || !isWary(now));
+    if (make(mayEcho && asked.mayEcho(current_.isRead()) ? MarkerKind::echo : MarkerKind::read))
+        return true;
+    // Reads of every length may be out already.
+    return mayEcho && asked.numbersEchoes && make(MarkerKind::echo);
 }
 
 void Exchange::listen(Clock::time_point until)
@@ -261,14 +277,12 @@ void Exchange::timerDue(Clock::time_point now)
 
 void Exchange::deadlinePassed(Clock::time_point now)
 {
+    // An echo would have been heard by now. Over a network it may still be under way.
+    if (bytesCame_ == 0 && settings_.bytesTakeTime)
+        collector_.wasSilence();
     if (isMarking_) {
         markerFinished(LineResult::timeout, now);
         return;
-    }
-    if (collector_.timeIsUp() == Arrival::reply) {
-        current_.reception.bytes = collector_.reply();
-        if (takeReply(LineResult::reply, now))
-            return;
     }
     // There are controllers that drop their reply when they are asked again. One that has been
     // silent for some time is not waited for: others wait meanwhile.

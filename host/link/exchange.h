@@ -69,17 +69,17 @@ private:
         StationTimeout timeout;
         ReplyPace pace;
         Clock::time_point listenUntil{};
-        bool isUnknown = true;               // another program may have asked it just now
-        int marksUnanswered = 0;             // since then
-        bool hasAnsweredRead = false;        // as a marker, once since then
-        bool numbersEchoes = false;          // it has sent one back
-        bool markFailed = false;             // the last marker was not answered
-        int marksIgnored = 0;                // so often it answered something else afterwards
-        OpenTransmission lastAsked;          // that was no echo
-        OpenTransmission lastAnswered;       // whose reply may come once more
-        bool isNamed = false;                // as slow
-        int marksAtOnce() const;             // for one request
-        bool mayEcho(bool beforeRead) const; // as a marker
+        bool isUnknown = true;                    // another program may have asked it just now
+        int marksUnanswered = 0;                  // since then
+        bool hasAnsweredRead = false;             // as a marker, once since then
+        bool numbersEchoes = false;               // it has sent one back
+        bool markFailed = false;                  // the last marker was not answered
+        int marksIgnored = 0;                     // so often it answered something else afterwards
+        OpenTransmission lastAsked;               // that was no echo
+        OpenTransmission lastAnswered;            // whose reply may come once more
+        bool isNamed = false;                     // as slow
+        int marksAtOnce(bool knowsAdapter) const; // for one request
+        bool mayEcho(bool beforeRead) const;      // as a marker
         void markWasAnswered(const OpenTransmission& marker);
     };
 
@@ -87,6 +87,7 @@ private:
     Station& station();
     void next(Clock::time_point now);
     void drop();
+    bool mark(Clock::time_point now);
     void beginSilence(Clock::time_point now);
     void transmit(Clock::time_point now);
     void armReplyTimer();
@@ -100,6 +101,7 @@ private:
     void markerFinished(LineResult result, Clock::time_point now);
     void takeArrival(Arrival arrival, Clock::time_point now);
     bool takeReply(LineResult result, Clock::time_point now);
+    void handOn(LineResult result, const OpenTransmission& answered, Clock::time_point now);
     void report(const Stray& stray);
     void nameIfSlow(unsigned char station, Micros delay);
     void reportStrays(Clock::time_point now);
@@ -132,9 +134,10 @@ private:
 
     Transmission current_; // what was asked for
     Transmission marker_;
-    bool isMarking_ = false; // the frame to be sent or on the line is the marker
-    bool isAlone_ = false;   // no other echo is to be answered besides the marker
-    int markersLeft_ = 0;    // that may go out for the current request
+    bool isMarking_ = false;    // the frame to be sent or on the line is the marker
+    bool isAlone_ = false;      // no other echo is to be answered besides the marker
+    bool isForAdapter_ = false; // the marker is one that the adapter's echo cannot be taken for
+    int markersLeft_ = 0;       // that may go out for the current request
     long long transmissions_ = 0;
     unsigned short nextMark_ = 1;
     Done done_;
@@ -145,13 +148,16 @@ private:
     Clock::time_point holdEnd_{};    // of a request that is held back; 0: it has not been yet
     Clock::time_point foreignEnd_{}; // until then others' requests of before may be answered
     Clock::time_point doubtedAt_{};  // the first surplus was met
+    int doubts_ = 0;                 // times that this was so
+    int doubtsBefore_ = 0;           // the current request was asked for
     Clock::time_point cleanAt_{};    // until then each request is preceded by a marker
     bool surplusWasSaid_ = false;
     LineResult heldResult_ = LineResult::timeout;
     Clock::time_point heldUntil_{};
-    QByteArray behind_; // came at once with a frame, and after it
-    int bytesCame_ = 0; // since the frame was sent
-    Astray astray_;     // of them, what was no reply
+    QByteArray behind_;                         // came at once with a frame, and after it
+    std::optional<OpenTransmission> otherwise_; // answered, with another value than was written
+    int bytesCame_ = 0;                         // since the frame was sent
+    Astray astray_;                             // of them, what was no reply
     Micros wireTime_{0};
 };
 

@@ -96,6 +96,7 @@ void Exchange::surplusCame(int station, Clock::time_point now)
     if (!isFirst)
         return;
     doubtedAt_ = now;
+    ++doubts_;
     line_.doubt();
     if (!surplusWasSaid_)
         line_.notice(stationText(station, settings_.stationNames) +

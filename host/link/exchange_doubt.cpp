@@ -13,9 +13,9 @@ constexpr int maxMarks = 4;        // two echoes and two reads
 
 } // namespace
 
-int Exchange::Station::marksAtOnce() const
+int Exchange::Station::marksAtOnce(bool knowsAdapter) const
 {
-    return isUnknown ? maxMarks : 1;
+    return !isUnknown ? 1 : knowsAdapter ? maxMarks : maxMarks + 1;
 }
 
 // A station that says nothing to an echo may know no function 8, or have missed it.
@@ -71,7 +71,9 @@ bool Exchange::endsDoubt(const OpenTransmission& answered, LineResult result, Cl
 
 void Exchange::markerAnswered(LineResult result)
 {
-    station().markWasAnswered(openOf(marker_));
+    // One that is asked for the adapter's sake comes besides.
+    if (!isForAdapter_ || !station().isUnknown)
+        station().markWasAnswered(openOf(marker_));
     // What went before it was only looked up as long as others may have asked, too.
     if (!station().isUnknown && !isEcho(marker_.sent) && result == LineResult::reply)
         books_.take(marker_.reception.bytes);
@@ -90,6 +92,9 @@ void Exchange::markerFinished(LineResult result, Clock::time_point now)
     marker_.reception.result = result;
     marker_.reception.astray = astray_;
     line_.markerEnded(marker_);
+    // The first surplus came behind its reply, which may have been one, too.
+    if (!marked.markFailed && isWary(now) && !isOfDoubt(marker_))
+        ++markersLeft_;
     const bool wasLast = current_.isProbe() || (markersLeft_ == 0 && isInDoubt(now));
     if (marked.markFailed && wasLast && current_.isRead()) {
         // Not sent, and it is the station that did not answer: for a probe one frame is enough.

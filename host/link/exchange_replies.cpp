@@ -29,7 +29,10 @@ void Exchange::bytesCame(const QByteArray& bytes, Clock::time_point now)
         break;
     case State::silence:
         flushLateBytes(bytes, now);
-        beginSilence(now);
+        if (doubts_ != doubtsBefore_)
+            next(now);
+        else
+            beginSilence(now);
         break;
     case State::holdingBack:
         heldBackGoesOn(collector_.add(bytes), now);
@@ -48,6 +51,12 @@ void Exchange::bytesCame(const QByteArray& bytes, Clock::time_point now)
 void Exchange::takeArrival(Arrival arrival, Clock::time_point now)
 {
     reportStrays(now);
+    if (otherwise_) {
+        const OpenTransmission answered = *otherwise_;
+        otherwise_.reset();
+        handOn(LineResult::reply, answered, now);
+        return;
+    }
     if (arrival == Arrival::incomplete) {
         if (state_ == State::listening)
             line_.wakeAt(collector_.isEmpty() ? listenEnd_ : now + gap_.value());
@@ -75,7 +84,7 @@ void Exchange::takeArrival(Arrival arrival, Clock::time_point now)
     }
     if (!takeReply(result, now)) {
         // The reply to something else: this one's is awaited still, and may have come with it.
-        collector_.begin(frame.sent, frame.replyLength);
+        collector_.goOn();
         frame.reception = Reception();
         const QByteArray behind = std::move(behind_);
         behind_.clear();
@@ -97,6 +106,8 @@ bool Exchange::takeReply(LineResult result, Clock::time_point now)
     const QByteArray bytes = frame.reception.bytes;
     const Settled settled = settle(bytes, now);
     const std::optional<OpenTransmission>& answered = settled.answered;
+    if (answered && answered->number == frame.number)
+        collector_.wasAnswer();
     if (isMarking_ && answered && endsDoubt(*answered, result, now)) {
         markerAnswered(result);
         flushBehind(now);
@@ -110,25 +121,32 @@ bool Exchange::takeReply(LineResult result, Clock::time_point now)
         report({settled.kindOr(StrayKind::late), bytes, now, settled.number()});
         return false;
     }
-    if (isWary(now) && !isOfDoubt(current_)) {
-        // Sent before the first surplus was met: this may be one, too.
-        report({StrayKind::late, bytes, now, answered->number});
-        flushBehind(now);
-        finish(LineResult::timeout);
-        return true;
-    }
-    if (current_.number == 0) {
-        current_.number = answered->number;
-        current_.sendBegin = answered->sentAt;
-        current_.sendEnd = answered->sentAt + onTheWire(static_cast<int>(current_.sent.size()));
-    }
+    handOn(result, *answered, now);
+    return true;
+}
+
+// The reply, or one to the very same request that was sent before.
+void Exchange::handOn(LineResult result, const OpenTransmission& answered, Clock::time_point now)
+{
     flushBehind(now);
-    current_.asOf = answered->number == mine.number ? now : answered->sentAt;
-    if (answered->number == mine.number && isToBeHeldBack(now))
+    if (isWary(now) && !isOfDoubt(current_)) {
+        // Sent before the first surplus was met, maybe behind this very reply: this may be one,
+        // too.
+        report({StrayKind::late, current_.reception.bytes, now, answered.number});
+        finish(LineResult::timeout);
+        return;
+    }
+    const bool isOwn = answered.number == current_.number;
+    if (current_.number == 0) {
+        current_.number = answered.number;
+        current_.sendBegin = answered.sentAt;
+        current_.sendEnd = answered.sentAt + onTheWire(static_cast<int>(current_.sent.size()));
+    }
+    current_.asOf = isOwn ? now : answered.sentAt;
+    if (isOwn && isToBeHeldBack(now))
         holdBack(result);
     else
         finish(result);
-    return true;
 }
 
 bool Exchange::isToBeHeldBack(Clock::time_point now)
@@ -147,7 +165,7 @@ void Exchange::holdBack(LineResult result)
     heldResult_ = result;
     heldUntil_ =
         current_.sendEnd + std::min(station().timeout.measured(), settings_.timeout.initial);
-    collector_.begin(current_.sent, current_.replyLength);
+    collector_.goOn();
     line_.wakeAt(heldUntil_);
 }
 
@@ -157,7 +175,7 @@ void Exchange::heldBackGoesOn(Arrival arrival, Clock::time_point now)
     reportStrays(now);
     if (arrival != Arrival::incomplete) {
         const QByteArray frame = collector_.reply();
-        collector_.begin(current_.sent, current_.replyLength);
+        collector_.goOn();
         flushLateBytes(frame, now);
     }
     flushBehind(now);
@@ -181,6 +199,13 @@ void Exchange::reportStrays(Clock::time_point now)
         stray.at = lastActivity_;
         if (stray.kind != StrayKind::echo) {
             const Settled settled = settle(stray.bytes, now);
+            // There are controllers that answer a write with what they made of the value.
+            if (state_ == State::awaitingReply && !isMarking_ &&
+                settled.number() == current_.number) {
+                otherwise_ = settled.answered;
+                current_.reception.bytes = stray.bytes;
+                continue;
+            }
             stray.answers = settled.number();
             stray.kind = settled.answered ? StrayKind::late : stray.kind;
             astray_.add(stray);

@@ -16,6 +16,8 @@ namespace {
 
 // Long enough to cost nothing, short enough not to be felt after a write from elsewhere.
 constexpr int idleMilliseconds = 20;
+const char* const patchedWrong = "not sent any more: the other bits of the word may have been read "
+                                 "wrong, as a station sent more replies than it was asked for";
 
 // As the driver does it; of a frame that it has forgotten it says nothing.
 std::string describe(const Request& request)
@@ -78,7 +80,7 @@ Result LinkRunner::open(const LineSettings& settings)
         leaving_.lookAgain();
     };
     observer.notice = events_.notice;
-    observer.doubt = events_.doubt;
+    observer.doubt = [this]() { doubt(); };
     observer.port = [this](bool open, const QString& message) { portChanged(open, message); };
     try {
         line_ = std::make_unique<SerialLine>(settings, observer);
@@ -122,7 +124,14 @@ void LinkRunner::close()
     carrier_.reset();
     line_.reset();
     portIsOpen_ = false;
-    repeating_ = false;
+    repeating_ = isPatched_ = isPatchedWrong_ = false;
+}
+
+void LinkRunner::doubt()
+{
+    carrier_->doubt();
+    isPatchedWrong_ = isPatched_;
+    events_.doubt();
 }
 
 std::string LinkRunner::takenText(int kind) const
@@ -209,7 +218,8 @@ void LinkRunner::poll()
     }
     for (;;) {
         // Started anew, the driver has forgotten what was to be repeated.
-        repeating_ = repeating_ && !library_.driver->sendList.isEmpty();
+        if (library_.driver->sendList.isEmpty())
+            repeating_ = isPatched_ = isPatchedWrong_ = false;
         // 0 also ends a burst of writes or single reads: the poll after it may have more.
         int due = library_.intf_getSendFrame(&frame_);
         if (due != 1)
@@ -248,6 +258,10 @@ void LinkRunner::poll()
 // If it does not go out, the driver has given it up.
 bool LinkRunner::goesOut(Transmission& next)
 {
+    if (isPatchedWrong_ && !next.isRead()) {
+        answerLocally(next, patchedWrong);
+        return false;
+    }
     if (!next.isCyclic) {
         next.isToSilent = probes_.isDead(next.request.station);
         return true;
@@ -259,12 +273,12 @@ bool LinkRunner::goesOut(Transmission& next)
     }
     nextProbe_ = notAsked_ == 0 ? may.notBefore : std::min(nextProbe_, may.notBefore);
     ++notAsked_;
-    answerLocally(next, may.silentSince);
+    answerLocally(next, notAskedSince(may.silentSince));
     return false;
 }
 
 // Empty replies, until the driver gives it up.
-void LinkRunner::answerLocally(Transmission transmission, Clock::time_point silentSince)
+void LinkRunner::answerLocally(Transmission transmission, const std::string& reason)
 {
     QByteArray nothing;
     QString description;
@@ -272,10 +286,10 @@ void LinkRunner::answerLocally(Transmission transmission, Clock::time_point sile
         transmission.verdict =
             static_cast<ReplyResult>(library_.intf_dealRcvFrame(&nothing, &description));
     } while (transmission.verdict == replyBad);
-    repeating_ = false;
+    repeating_ = isPatched_ = isPatchedWrong_ = false;
     transmission.isLocal = true;
     transmission.description = description.toStdString();
-    transmission.reason = notAskedSince(silentSince);
+    transmission.reason = reason;
     statistics_.add(transmission);
     events_.ended(transmission);
 }
@@ -294,8 +308,13 @@ void LinkRunner::deal(Transmission transmission)
         transmission.why = reasonOf(transmission.reception, transmission.replyLength);
         transmission.reason = reasonText(transmission.reception, transmission.replyLength) +
                               (transmission.where.empty() ? "" : ", " + transmission.where);
-    }
+    } else
+        transmission.reason = answeredOtherwise(transmission);
     repeating_ = transmission.verdict == replyBad;
+    if (!repeating_) {
+        isPatched_ = transmission.isRead() && !library_.driver->sendList.isEmpty();
+        isPatchedWrong_ = false;
+    }
     const StationProbes::News news = probes_.ended(transmission, Clock::now());
     statistics_.add(transmission);
     events_.ended(transmission);

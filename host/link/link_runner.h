@@ -71,7 +71,8 @@ private:
     void poll();
     void deal(Transmission transmission);
     bool goesOut(Transmission& next);
-    void answerLocally(Transmission transmission, Clock::time_point silentSince);
+    void answerLocally(Transmission transmission, const std::string& reason);
+    void doubt();
     void heard(int station);
     void tell(StationProbes::News news, const Transmission& transmission);
 
@@ -92,6 +93,10 @@ private:
     FRAME_PRO frame_ = FRAME_PRO();
     bool portIsOpen_ = false;
     bool repeating_ = false; // the driver will hand out the same frame again
+    // A write of bits is under way that takes the other bits of its word from the read before it;
+    // and what was read may have been another's reply.
+    bool isPatched_ = false;
+    bool isPatchedWrong_ = false;
     Clock::time_point heldUntil_{};
     std::function<bool()> isWanted_;
 };

@@ -36,6 +36,23 @@ Transmission resized(const Transmission& read, int words)
     return other;
 }
 
+// Of nothing, where it is written; resized it is one of some words.
+Transmission readOfWritten(const Transmission& write)
+{
+    const int function = functionOf(write.sent);
+    const bool hasAddress =
+        isCoils(function) || function == writeRegister || function == writeRegisters;
+    QByteArray frame = write.sent.left(1);
+    frame.append(static_cast<char>(isCoils(function) ? readCoils : readRegisters));
+    appendWord(frame, hasAddress ? wordAt(write.sent, addressIndex) : 0);
+    appendWord(frame, 0);
+    Transmission read;
+    read.request.station = write.request.station;
+    read.sent = withCrc(frame);
+    read.replyLength = exceptionLength; // and so many bytes as are asked for
+    return read;
+}
+
 } // namespace
 
 bool isEcho(const QByteArray& frame)
@@ -43,14 +60,18 @@ bool isEcho(const QByteArray& frame)
     return functionOf(frame) == diagnostics;
 }
 
-Transmission makeMarker(const Transmission& request, const Books& books,
-                        const OpenTransmission& answered, bool mayEcho, unsigned short& nextNumber)
+Transmission makeMarker(const Transmission& asked, const Books& books,
+                        const OpenTransmission& answered, MarkerKind kind,
+                        unsigned short& nextNumber)
 {
     Transmission marker;
-    if (mayEcho) {
+    const bool isRead = isReadFunction(functionOf(asked.sent)) && asked.replyLength != untoldLength;
+    const Transmission request =
+        isRead || kind != MarkerKind::readAlso ? asked : readOfWritten(asked);
+    if (kind == MarkerKind::echo) {
         marker.sent = echoRequest(request.sent.at(0), nextNumber++);
         marker.replyLength = markerLength;
-    } else if (isReadFunction(functionOf(request.sent)) && request.replyLength != untoldLength) {
+    } else if (isRead || kind == MarkerKind::readAlso) {
         const auto take = [&](int more) {
             const Transmission other = resized(request, more);
             const bool isLikeAnswered = answered.sent.left(2) == other.sent.left(2) &&

@@ -11,8 +11,14 @@ namespace dov417 {
 // A request to the same station whose reply cannot be mistaken for another: a diagnostics echo with
 // a number of its own, or else a read of a length that no open transmission has, nor the one that
 // was answered last, whose reply may come once more. Without a reply if there is none.
+enum class MarkerKind {
+    echo,
+    read,    // the request itself, of another length: nothing of what only writes
+    readAlso // of what is written, too
+};
 Transmission makeMarker(const Transmission& request, const Books& books,
-                        const OpenTransmission& answered, bool mayEcho, unsigned short& nextNumber);
+                        const OpenTransmission& answered, MarkerKind kind,
+                        unsigned short& nextNumber);
 
 // Is it a diagnostics echo, or the answer to one?
 bool isEcho(const QByteArray& frame);

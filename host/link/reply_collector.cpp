@@ -26,10 +26,16 @@ void ReplyCollector::begin(const QByteArray& request, int replyLength)
 {
     request_ = request;
     replyLength_ = replyLength;
-    pending_.clear();
-    reply_.clear();
     almostReply_.clear();
     echoStripped_ = false;
+    echoIsBehind_ = false;
+    goOn();
+}
+
+void ReplyCollector::goOn()
+{
+    pending_.clear();
+    reply_.clear();
 }
 
 Arrival ReplyCollector::add(const QByteArray& bytes)
@@ -46,6 +52,20 @@ bool ReplyCollector::isEmpty() const
 QByteArray ReplyCollector::reply() const
 {
     return reply_;
+}
+
+// A read is never answered with its own request, so it tells for certain.
+void ReplyCollector::wasAnswer()
+{
+    if (!isReadFunction(functionOf(request_)))
+        return;
+    adapterEchoes_ = echoStripped_ || echoIsBehind_;
+    knowsAdapter_ = true;
+}
+
+void ReplyCollector::wasSilence()
+{
+    knowsAdapter_ = true; // one that was heard to echo stays one
 }
 
 bool ReplyCollector::knowsAdapter() const
@@ -104,7 +124,7 @@ bool ReplyCollector::stripEcho()
     strays_.append({StrayKind::echo, request_});
     pending_.remove(0, request_.size());
     if (!replyLooksAlike)
-        adapterEchoes_ = true;
+        adapterEchoes_ = knowsAdapter_ = true;
     return true;
 }
 
@@ -174,14 +194,10 @@ Arrival ReplyCollector::finish(Arrival arrival, int first, int length)
         strays_.append({StrayKind::noise, pending_.left(first)});
     reply_ = pending_.mid(first, length);
     const QByteArray behind = pending_.mid(first + length);
+    echoIsBehind_ = behind.startsWith(request_);
     if (!behind.isEmpty())
         strays_.append({StrayKind::late, behind});
     pending_.clear();
-    // A read is never answered with its own request, so it tells for certain.
-    if (isReadFunction(functionOf(request_))) {
-        adapterEchoes_ = echoStripped_;
-        knowsAdapter_ = true;
-    }
     return arrival;
 }
 

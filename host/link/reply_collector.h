@@ -43,6 +43,8 @@ public:
     // Starts over for a request of at least four bytes that awaits replyLength bytes, or
     // untoldLength: then the reply is whole once the line is silent.
     void begin(const QByteArray& request, int replyLength);
+    // What came was no reply to it: the reply is still awaited, as before.
+    void goOn();
 
     Arrival add(const QByteArray& bytes);
 
@@ -58,7 +60,12 @@ public:
     // The bytes to hand on, after reply or exception.
     QByteArray reply() const;
 
-    // Has a read told whether the adapter echoes?
+    // What was handed on answers what was sent since begin(): of a read that tells whether the
+    // adapter echoes.
+    void wasAnswer();
+    // Nothing came at all, nor an echo.
+    void wasSilence();
+    // Is it known whether the adapter echoes?
     bool knowsAdapter() const;
 
     // Everything met since the last call that was no reply.
@@ -79,7 +86,8 @@ private:
     QByteArray almostReply_; // right in everything but the value
     QList<Stray> strays_;
     bool echoStripped_ = false;  // in this transaction
-    bool adapterEchoes_ = false; // as the last read has shown
+    bool echoIsBehind_ = false;  // what was handed on
+    bool adapterEchoes_ = false; // as the last answered read has shown
     bool knowsAdapter_ = false;
 };
 

@@ -89,8 +89,15 @@ std::vector<int> RequestCarrier::lengthsFor(int maximum) const
     });
 }
 
+void RequestCarrier::doubt()
+{
+    isInDoubt_ = done_ != nullptr && !answered_.empty();
+    wordsTaken_ = 0;
+}
+
 void RequestCarrier::begin(int maximum)
 {
+    isInDoubt_ = false;
     maximum_ = maximum;
     lengths_ = lengthsFor(maximum);
     answered_.clear();
@@ -144,6 +151,8 @@ void RequestCarrier::ended(const Transmission& frame)
         begin(next);
     } else if (!isGood(frame) || !line_.isWanted()) {
         finish(failed(frame));
+    } else if (isInDoubt_) {
+        begin(maximum_);
     } else if (answered_.size() < lengths_.size()) {
         sendNext();
     } else {
@@ -160,7 +169,7 @@ void RequestCarrier::answered(const Transmission& frame)
     if (lengths_.empty())
         return;
     answered_.push_back(frame);
-    if (isWrite(request_.sent))
+    if (isWrite(request_.sent) && !isInDoubt_)
         wordsTaken_ = std::max(wordsTaken_, wordsSent());
 }
 

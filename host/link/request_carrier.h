@@ -43,6 +43,9 @@ public:
 
     // One at a time; calls done once, with the driver's request.
     void carry(const Transmission& request, Exchange::Done done);
+    // What was taken for a reply so far may have been another's: parts that were answered are asked
+    // for again.
+    void doubt();
     // Of the request that is being carried or was the last, if it is of this kind: the words that
     // the station has taken, in words; empty: it has not said so of any.
     std::string takenText(int kind) const;
@@ -81,6 +84,7 @@ private:
     int words_ = 0;       // of the request; 0: it is not to be cut
     int maximum_ = 0;     // words in a part
     bool isTrial_ = false;
+    bool isInDoubt_ = false;             // parts were answered that have to be asked for again
     std::vector<int> lengths_;           // of the parts; empty: it goes out whole
     std::vector<Transmission> answered_; // of these parts
     int frames_ = 0;

@@ -34,6 +34,20 @@ int exceptionCode(const Reception& reception)
     return static_cast<unsigned char>(reception.bytes.at(exceptionCodeIndex));
 }
 
+std::string answeredOtherwise(const Transmission& write)
+{
+    constexpr int valueEnd = 6; // of the value, or of the quantity
+    const QByteArray& reply = write.reception.bytes;
+    const int function = functionOf(write.sent);
+    if (write.isRead() || write.reception.result != LineResult::reply || reply.size() < valueEnd ||
+        reply.left(valueEnd) == write.sent.left(valueEnd))
+        return std::string();
+    const int said = wordAt(reply, addressEnd);
+    const bool isValue = function == writeCoil || function == writeRegister;
+    return std::string("it was answered with another ") + (isValue ? "value: " : "quantity: ") +
+           std::to_string(function == writeCoil && said != 0 ? 1 : said);
+}
+
 std::string wordsText(const Request& request, int first, int words)
 {
     const int from = request.address + first;

@@ -77,7 +77,8 @@ struct Transmission {
     ReplyResult verdict = replyNothingOutstanding; // the driver's
     std::string description;                       // the driver's words for the frame: "1#R_W10(1)"
     Reason why = Reason::none;                     // ours, for a bad reply
-    std::string reason; // the same in words: "exception 2 (illegal data address)"
+    // The same in words: "exception 2 (illegal data address)"; of a good one what is not as asked.
+    std::string reason;
 
     bool isRead() const;
     // Asked only to see whether there is an answer again.
@@ -97,6 +98,10 @@ struct Transmission {
 bool isSound(const Reception& reception);
 // The code of an exception reply.
 int exceptionCode(const Reception& reception);
+
+// What a write was answered with, in words, if that is not what was written: there are controllers
+// that make another value of it. Empty: it is, or no such thing was said.
+std::string answeredOtherwise(const Transmission& write);
 
 // "R_W:100..107"
 std::string wordsText(const Request& request, int first, int words);

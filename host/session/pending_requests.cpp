@@ -107,6 +107,12 @@ bool PendingRequests::isReadBeforeWrite(const Transmission& transmission) const
     return transmission.isRead() && handedInWrites_.count(transmission.request.kind) != 0;
 }
 
+const Address* PendingRequests::writtenBy(const Transmission& transmission) const
+{
+    const auto write = handedInWrites_.find(transmission.request.kind);
+    return write == handedInWrites_.end() ? nullptr : &write->second.address;
+}
+
 int PendingRequests::wordsOfAValue(int kind) const
 {
     const auto write = handedInWrites_.find(kind);

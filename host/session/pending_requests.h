@@ -46,6 +46,8 @@ public:
     bool feed(std::optional<long long> cycle);
     // Is this frame the read before a write of bits, after which the write itself is still to come?
     bool isReadBeforeWrite(const Transmission& transmission) const;
+    // What this frame writes; null: it is none of these.
+    const Address* writtenBy(const Transmission& transmission) const;
     // The request behind this frame has ended; it may be none of these.
     void settle(const Transmission& transmission);
     // Words of one value in what this frame reads or writes: no part of it ends within one.

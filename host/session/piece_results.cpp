@@ -4,6 +4,8 @@ namespace dov417 {
 
 void PieceResults::add(const Address& piece, const Result& result)
 {
+    if (result.accepted && remark_.empty())
+        remark_ = result.reason;
     if (!result.accepted) {
         if (refusal_.accepted)
             refusal_ = result;
@@ -20,6 +22,8 @@ Result PieceResults::whole(const Library& library) const
     if (!result.accepted)
         for (const Address& each : taken_)
             result.reason += "; " + toText(library, each) + " was taken";
+    else
+        result.reason = remark_;
     return result;
 }
 

@@ -13,12 +13,14 @@ class PieceResults {
 public:
     // In the order of their addresses.
     void add(const Address& piece, const Result& result);
-    // Accepted if each was. Else with the first reason that there was and with the addresses that
-    // the controller has taken all the same: it holds some of the values that were written.
+    // Accepted if each was, with whatever is to be said of one all the same. Else with the first
+    // reason that there was and with the addresses that the controller has taken all the same: it
+    // holds some of the values that were written.
     Result whole(const Library& library) const;
 
 private:
-    Result refusal_; // the first; accepted: there was none
+    Result refusal_;     // the first; accepted: there was none
+    std::string remark_; // of one that was accepted
     std::vector<Address> taken_;
 };
 

@@ -29,14 +29,11 @@ std::string textOf(const Json& value)
     throw UsageFailure("a value is a number or a text");
 }
 
-std::vector<std::string> textsOf(const Json& values)
+std::vector<Json> listOf(const Json& values)
 {
     if (!values.is_array())
-        return {textOf(values)};
-    std::vector<std::string> texts;
-    for (const Json& value : values)
-        texts.push_back(textOf(value));
-    return texts;
+        return {values};
+    return {values.begin(), values.end()};
 }
 
 std::string standardInput()
@@ -62,6 +59,17 @@ Format formatOf(const std::string& text, Format format)
     return format;
 }
 
+// A number of JSON has decimal digits, whatever digits its tag is shown in; a text is read as it is
+// typed elsewhere.
+Format formatOf(const Json& value, const std::string& text, const Format& format)
+{
+    const bool hasOtherDigits =
+        format.notation == Notation::hex || format.notation == Notation::binary;
+    if (!value.is_string() && hasOtherDigits)
+        return {Notation::unsignedNumber, format.order};
+    return formatOf(text, format);
+}
+
 // One value so that it reads back as the same bytes.
 std::string exactText(const Address& value, const Format& format, const unsigned char* bytes)
 {
@@ -78,14 +86,18 @@ std::string exactText(const Address& value, const Format& format, const unsigned
 
 RecipeEntry entryOf(const Item& item, const Json& values)
 {
-    const std::vector<std::string> texts = textsOf(values);
+    const std::vector<Json> list = listOf(values);
+    std::vector<std::string> texts;
+    for (const Json& value : list)
+        texts.push_back(textOf(value));
     requireCount(valueCount(item.address), texts);
     RecipeEntry entry{item, {}};
     if (item.address.width == Width::text && !values.is_string())
         throw UsageFailure("a text is written in quotes");
-    for (const std::string& text : texts) {
-        const auto bytes =
-            valueBytes(valueOf(item.address, 0), formatOf(text, item.format), {text});
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        const std::string& text = texts[i];
+        const Format format = formatOf(list[i], text, item.format);
+        const auto bytes = valueBytes(valueOf(item.address, 0), format, {text});
         entry.data.insert(entry.data.end(), bytes.begin(), bytes.end());
     }
     requireWithinLimits(item, entry.data);

@@ -1,6 +1,8 @@
 // Recipes as files: JSON, tag name -> value or list of values, written as the tag's format says.
 //
 //   { "speed": 1500, "preset": [1, 2, 3], "mask": "0x00FF" }
+//
+// A number is decimal whatever the format is; texts are read as they are typed.
 #ifndef DOV417_SESSION_RECIPE_FILE_H
 #define DOV417_SESSION_RECIPE_FILE_H
 

@@ -169,7 +169,7 @@ void RecipeJob::bitWritten(const std::string& name, const Result& result)
 {
     const std::string problem = name + ": " + result.reason;
     // A tag of many bits has one problem.
-    if (!result.accepted &&
+    if (!result.reason.empty() &&
         std::find(problems_.begin(), problems_.end(), problem) == problems_.end())
         problems_.push_back(problem);
     if (result.accepted)

@@ -73,8 +73,12 @@ void Session::settle(const Transmission& transmission)
         recipe_.settle(transmission);
     else if (transmission.request.kind == cyclicKind)
         countCycle();
-    else
+    else {
+        const Address* const written = requests_.writtenBy(transmission);
+        if (written != nullptr && !answeredOtherwise(transmission).empty())
+            views_.wasWrittenOtherwise(*written);
         requests_.settle(transmission);
+    }
 }
 
 std::optional<long long> Session::cycleUnderWay() const

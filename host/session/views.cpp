@@ -163,14 +163,15 @@ void Views::confirm(const Request& request, Clock::time_point asOf)
 
 void Views::giveUp(const Request& request)
 {
-    forEachIn(request, [this](std::size_t index) {
-        View& view = views_.at(index);
-        if (view.isOld || !view.hasValue)
-            return;
-        view.isOld = true;
-        ++view.lapses;
-        changed(index, false);
-    });
+    forEachIn(request, [this](std::size_t index) { makeOld(index); });
+}
+
+void Views::wasWrittenOtherwise(const Address& address)
+{
+    for (const std::size_t index : inWordsOf(address)) {
+        standing_.at(index).isCached = false; // there it is what was meant to be
+        makeOld(index);
+    }
 }
 
 std::set<std::size_t> Views::inWordsOf(const Address& address)
@@ -218,13 +219,18 @@ void Views::driverStartedAnew()
 
 void Views::makeOld()
 {
-    for (std::size_t i = 0; i < views_.size(); ++i) {
-        if (!views_.at(i).hasValue || views_.at(i).isOld)
-            continue;
-        views_.at(i).isOld = true;
-        ++views_.at(i).lapses;
-        changed(i, false);
-    }
+    for (std::size_t i = 0; i < views_.size(); ++i)
+        makeOld(i);
+}
+
+void Views::makeOld(std::size_t index)
+{
+    View& view = views_.at(index);
+    if (!view.hasValue || view.isOld)
+        return;
+    view.isOld = true;
+    ++view.lapses;
+    changed(index, false);
 }
 
 void Views::forget()

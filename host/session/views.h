@@ -66,6 +66,9 @@ public:
     void giveUp(const Request& read);
     // What was read may be wrong: it is not known until it has been read again.
     void doubt();
+    // The controller made another value of what was written there: what it holds is not known until
+    // it has been read again.
+    void wasWrittenOtherwise(const Address& address);
     // A write of this address was taken on (+1) or has its outcome (-1).
     void countWrite(const Address& address, int step);
 
@@ -96,6 +99,7 @@ private:
              const std::vector<View>& before, const std::vector<Standing>& standing);
     bool read(std::size_t index);
     void forget(std::size_t index);
+    void makeOld(std::size_t index);
     void changed(std::size_t index, bool isValue);
     template <typename Call>
     void forEachIn(const Request& words, Call call);

@@ -84,9 +84,9 @@ void WriteJob::written()
     for (std::size_t i = 0; i < tasks_.size(); ++i) {
         WriteTask& task = tasks_.at(i);
         const Result result = results_.at(i).whole(session_.library());
+        task.reason = result.reason;
         if (!result.accepted) {
             task.result = WriteResult::refused;
-            task.reason = result.reason;
         } else if (task.item.address.station == 0 && task.result == WriteResult::waiting) {
             task.result = WriteResult::sent;
         }
@@ -102,7 +102,7 @@ void WriteJob::compare(const ReadProblems& problems)
         WriteTask& task = tasks_.at(reading_.at(i));
         if (!problems.at(i).empty()) {
             task.result = WriteResult::unread;
-            task.reason = problems.at(i);
+            task.reason = problems.at(i) + (task.reason.empty() ? "" : "; " + task.reason);
             continue;
         }
         task.after = session_.cachedBytes(task.item.address);

@@ -45,6 +45,13 @@ void LineThread::close()
     ask([](LineWorker& worker) { worker.close(); });
 }
 
+void LineThread::leave(std::size_t watched)
+{
+    ask([line = ++line_, generation = ++generation_, watched](LineWorker& worker) {
+        worker.leave(line, generation, watched);
+    });
+}
+
 void LineThread::watch(const std::vector<Address>& addresses)
 {
     ask([generation = ++generation_, addresses](LineWorker& worker) {

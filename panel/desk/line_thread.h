@@ -23,6 +23,9 @@ public:
     void open(const LineSetup& setup, const std::vector<Address>& watched,
               const simulator::SimulationOptions& controller = {});
     void close();
+    // Closes it, too, and what is still told of it is out of date: something else is watched, so
+    // much of it, for a line that is not open yet.
+    void leave(std::size_t watched);
     void watch(const std::vector<Address>& addresses);
     void setUnlocked(bool isUnlocked);
     // Of the own controller, where there is one.

@@ -44,22 +44,35 @@ LineWorker::~LineWorker() = default;
 void LineWorker::open(const LineOrder& order)
 {
     close();
-    line_ = order.line;
-    collector_.beginLine(order.line);
-    collector_.beginGeneration(order.generation, order.watched.size());
-    state_ = LineState();
+    beginLine(order.line, order.generation, order.watched.size());
     state_.isSimulated = order.setup.simulated;
     state_.isUnlocked = order.setup.simulated;
     state_.port = order.setup.port;
-    cycles_ = 0;
-    statistics_.reset(); // of the line before
-    pulses_ = 0;
     pulseTimer_.start();
     try {
         makeLine(order);
     } catch (const Failure& failure) {
         refuse(failure.what());
     }
+}
+
+void LineWorker::beginLine(int line, int generation, std::size_t watched)
+{
+    line_ = line;
+    collector_.beginLine(line);
+    collector_.beginGeneration(generation, watched);
+    state_ = LineState();
+    cycles_ = 0;
+    statistics_.reset(); // of the line before
+    pulses_ = 0;
+}
+
+void LineWorker::leave(int line, int generation, std::size_t watched)
+{
+    close();
+    beginLine(line, generation, watched);
+    hasNews_ = true;
+    collected();
 }
 
 void LineWorker::makeLine(const LineOrder& order)

@@ -52,6 +52,8 @@ public:
 
     void open(const LineOrder& order);
     void close();
+    // What is told from now on is of this line, which is not open, and of this generation.
+    void leave(int line, int generation, std::size_t watched);
     void watch(int generation, const std::vector<Address>& addresses);
     // Nothing is written before; each line begins locked, but for the own controller's.
     void setUnlocked(int line, bool isUnlocked);
@@ -81,6 +83,7 @@ private:
 
     // Why nothing that was meant for this line is done; empty where it is.
     std::string refusal(int line, bool isWriting) const;
+    void beginLine(int line, int generation, std::size_t watched);
     void makeLine(const LineOrder& order);
     void follow();
     void plan(const std::vector<Address>& addresses);

@@ -35,24 +35,29 @@ bool PanelDesk::hasLine() const
 
 void PanelDesk::open(const LineSetup& setup, const simulator::SimulationOptions& controller)
 {
-    book_.forget();
-    book_.setSilent(false);
-    statistics_.reset();
+    forgetLine();
     setup_ = setup;
     ownController_ = controller;
-    controller_.reset();
     line_.open(setup, watchedAddresses(tags_.items), controller);
     book_.watch(line_.generation(), book_.addresses());
-    state_ = LineState();
     state_.phase = LinePhase::opening;
     state_.port = setup.port;
     state_.isSimulated = setup.simulated;
-    lastHeard_ = panelNow();
     listenTimer_.start();
     emit lineBegan();
     emit lineSetupChanged();
     emit stateChanged();
     tellAllValues();
+}
+
+void PanelDesk::forgetLine()
+{
+    book_.forget();
+    book_.setSilent(false);
+    statistics_.reset();
+    controller_.reset();
+    state_ = LineState();
+    lastHeard_ = panelNow();
 }
 
 void PanelDesk::close()
@@ -91,11 +96,33 @@ void PanelDesk::setItems(const std::vector<Item>& items)
 void PanelDesk::watch(const std::vector<Address>& addresses)
 {
     line_.watch(addresses);
+    book_.watch(line_.generation(), valueAddresses());
+}
+
+std::vector<Address> PanelDesk::valueAddresses() const
+{
     std::vector<Address> values;
     values.reserve(tags_.values.size());
     for (const PanelValue& value : tags_.values)
         values.push_back(value.address);
-    book_.watch(line_.generation(), values);
+    return values;
+}
+
+void PanelDesk::beginProject(const std::vector<Item>& items)
+{
+    forgetLine();
+    ownController_ = {};
+    recipe_ = 0;
+    recipeValues_ = 0;
+    line_.leave(watchedAddresses(items).size());
+    writes_.clear();
+    emit writesChanged();
+    emit projectBegan();
+    emit lineBegan();
+    tags_ = panelTags(library_, items);
+    book_.watch(line_.generation(), valueAddresses());
+    emit tagsChanged();
+    emit stateChanged();
 }
 
 void PanelDesk::addItems(const std::vector<Item>& items)

@@ -110,6 +110,9 @@ public:
 
     void open(const LineSetup& setup, const simulator::SimulationOptions& controller = {});
     void close();
+    // Another project's items: the line is closed, and what was known, written and counted on it
+    // says nothing of them, same address or not.
+    void beginProject(const std::vector<Item>& items);
     // Replaces what is watched.
     void setItems(const std::vector<Item>& items);
     void addItems(const std::vector<Item>& items);
@@ -147,6 +150,9 @@ signals:
     void valuesCame(const std::vector<dov417::View>& views, dov417::Clock::time_point then);
     // In their order; notTold: so many before these were dropped.
     void framesPassed(const std::vector<dov417::Passed>& passed, long long notTold);
+    // Another project: what was known and kept before is of another machine. It has no line yet,
+    // and before its tags come lineBegan().
+    void projectBegan();
     // Another line: what passed on the one before is history.
     void lineBegan();
     void stateChanged();
@@ -157,6 +163,8 @@ signals:
 
 private:
     void watch(const std::vector<Address>& addresses);
+    void forgetLine();
+    std::vector<Address> valueAddresses() const;
     void tellAllValues();
     void listen();
     void endWrite(const WriteOutcome& outcome);

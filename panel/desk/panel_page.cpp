@@ -24,4 +24,19 @@ std::function<void()> PanelPage::prepared(const OrderedJson& /*settings*/)
     return []() {};
 }
 
+bool PanelPage::settingsAreSteps() const
+{
+    return true;
+}
+
+QUndoStack* PanelPage::ownHistory()
+{
+    return nullptr;
+}
+
+bool PanelPage::mayForget()
+{
+    return true;
+}
+
 } // namespace dov417

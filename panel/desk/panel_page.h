@@ -4,6 +4,7 @@
 #define DOV417_PANEL_PANEL_PAGE_H
 
 #include <QIcon>
+#include <QUndoStack>
 #include <QWidget>
 #include <functional>
 #include <string>
@@ -34,6 +35,14 @@ public:
     // page so; that cannot fail. Throws a UsageFailure that begins with the member, "plots[1].axis:
     // ...": nothing is different then.
     virtual std::function<void()> prepared(const OrderedJson& settings);
+    // Whether a change of them is a step that a person takes back.
+    virtual bool settingsAreSteps() const;
+    // Of edits that are no project's: these are taken back while the page is shown. Null: it has
+    // none, and the project's are.
+    virtual QUndoStack* ownHistory();
+    // Before another project, or none, is in its place: asks where something would be lost that is
+    // in no file. False: it stays as it is.
+    virtual bool mayForget();
 
 signals:
     // What a person should read now, below whatever page; an empty text takes it back.

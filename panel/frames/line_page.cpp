@@ -18,7 +18,7 @@ constexpr std::size_t maxWaiting = LineModel::maxRows;
 } // namespace
 
 LinePage::LinePage(PanelDesk& desk)
-    : PanelPage(desk), model_(desk.areas()), table_(new QTableView), fields_(new QTableWidget),
+    : PanelPage(desk), model_(desk.areas()), table_(new FrameTable), fields_(new QTableWidget),
       hold_(new QPushButton(tr("Stand s&till"))), back_(new QPushButton(tr("&Back to the line"))),
       standing_(new QLabel)
 {
@@ -99,6 +99,13 @@ void LinePage::setHeld(bool isHeld)
         table_->scrollToBottom();
     }
     showWhatStands();
+}
+
+// A person, at a place in the table: that stays where it is, but for its end, which runs.
+void LinePage::lookAt(bool isEnd)
+{
+    if (log_.isEmpty() && isHeld_ == isEnd)
+        setHeld(!isEnd);
 }
 
 void LinePage::showWhatStands()

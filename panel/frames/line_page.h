@@ -8,11 +8,11 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSpinBox>
-#include <QTableView>
 #include <QTableWidget>
 #include <vector>
 
 #include "panel/desk/panel_page.h"
+#include "panel/frames/frame_table.h"
 #include "panel/frames/line_filter.h"
 
 namespace dov417 {
@@ -47,12 +47,13 @@ private:
     QWidget* makeFiles();
     void passed(const std::vector<Passed>& passed, long long notTold);
     void setHeld(bool isHeld);
+    void lookAt(bool isEnd);
     void showFields();
     void showWhatStands();
 
     LineModel model_;
     LineFilter filter_;
-    QTableView* const table_;
+    FrameTable* const table_;
     QTableWidget* const fields_;
     QPushButton* const hold_;
     QPushButton* const back_;

@@ -1,8 +1,10 @@
 #include <QFileDialog>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QScrollBar>
 
 #include "line/frame_bytes.h"
+#include "panel/desk/row_table.h"
 #include "panel/frames/line_page.h"
 
 namespace dov417 {
@@ -11,12 +13,7 @@ namespace {
 
 void makePlain(QTableView* table)
 {
-    table->setSelectionBehavior(QAbstractItemView::SelectRows);
-    table->setTabKeyNavigation(false);
-    table->setWordWrap(false);
-    table->verticalHeader()->hide();
-    table->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-    table->verticalHeader()->setDefaultSectionSize(table->fontMetrics().height() + 6);
+    showRows(*table, roomInRow);
 }
 
 } // namespace
@@ -37,6 +34,11 @@ void LinePage::makeTable()
     table_->horizontalHeader()->setStretchLastSection(true);
     // Who chooses a frame wants to look at it.
     connect(table_, &QTableView::clicked, this, [this]() { setHeld(true); });
+    // With the wheel, too; not what is scrolled from here.
+    QScrollBar* const bar = table_->verticalScrollBar();
+    connect(bar, &QScrollBar::actionTriggered, this,
+            [this, bar]() { lookAt(bar->sliderPosition() == bar->maximum()); });
+    table_->onWalk([this]() { lookAt(table_->currentIndex().row() == filter_.rowCount() - 1); });
 }
 
 void LinePage::makeFields()
@@ -98,6 +100,8 @@ QWidget* LinePage::makeFiles()
     row->setContentsMargins(0, 0, 0, 0);
     hold_->setCheckable(true);
     hold_->setObjectName(QStringLiteral("hold"));
+    hold_->setToolTip(tr("Scrolling up or walking through the rows stands still, too; the end of "
+                         "the table runs on"));
     back_->setObjectName(QStringLiteral("back"));
     auto* const save = new QPushButton(tr("&Save as a line log \u2026"));
     auto* const open = new QPushButton(tr("Open a line &log \u2026"));

@@ -11,6 +11,7 @@
 #include "panel/desk/column_widths.h"
 #include "panel/desk/panel_clock.h"
 #include "panel/desk/panel_icons.h"
+#include "panel/desk/row_table.h"
 #include "panel/health/line_advice.h"
 
 namespace dov417 {
@@ -55,6 +56,7 @@ HealthPage::HealthPage(PanelDesk& desk)
     rows->addWidget(link_);
     rows->addLayout(middle, 2);
     rows->addWidget(table_, 3);
+    connect(&desk, &PanelDesk::projectBegan, this, [this]() { history_.clear(); });
     connect(&desk, &PanelDesk::lineBegan, this, [this]() { lineBegan(); });
     connect(&desk, &PanelDesk::stateChanged, this, [this]() { collect(); });
     connect(&desk, &PanelDesk::stationNamesChanged, this, [this]() { showCounters(); });
@@ -81,12 +83,7 @@ void HealthPage::makeTable()
     table_->setModel(&model_);
     table_->setObjectName(QStringLiteral("counters"));
     table_->setAccessibleName(tr("What became of each request"));
-    table_->setSelectionBehavior(QAbstractItemView::SelectRows);
-    table_->setTabKeyNavigation(false);
-    table_->setWordWrap(false);
-    table_->verticalHeader()->hide();
-    table_->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-    table_->verticalHeader()->setDefaultSectionSize(table_->fontMetrics().height() + 6);
+    showRows(*table_, roomInRow);
     // Name, sent, good, retries, no byte, bad CRC; the others as their heads need.
     setColumnLetters(*table_, {28, 10, 10, 10, 10, 10, 0, 0, 10, 10});
     table_->horizontalHeader()->setResizeContentsPrecision(0); // what is seen

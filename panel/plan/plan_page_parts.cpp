@@ -6,6 +6,7 @@
 
 #include "panel/desk/column_widths.h"
 #include "panel/desk/flow_layout.h"
+#include "panel/desk/row_table.h"
 #include "panel/plan/plan_map_delegate.h"
 #include "panel/plan/plan_page.h"
 
@@ -15,13 +16,8 @@ namespace {
 
 void makePlainRows(QTableView* table, const std::vector<int>& letters)
 {
-    table->setSelectionBehavior(QAbstractItemView::SelectRows);
+    showRows(*table, roomInRow);
     table->setSelectionMode(QAbstractItemView::SingleSelection);
-    table->setTabKeyNavigation(false);
-    table->setWordWrap(false);
-    table->verticalHeader()->hide();
-    table->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-    table->verticalHeader()->setDefaultSectionSize(table->fontMetrics().height() + 6);
     table->horizontalHeader()->setStretchLastSection(true);
     setColumnLetters(*table, letters);
 }

@@ -4,6 +4,7 @@
 #include <QFileInfo>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <algorithm>
 
 #include "line/failure.h"
 #include "panel/project/line_dialog.h"
@@ -64,8 +65,9 @@ void ProjectActions::makeFileMenu(QMenu* menu)
 
 void ProjectActions::makeEditMenu(QMenu* menu)
 {
-    QAction* const undo = document_.history().createUndoAction(&window_, tr("&Undo"));
-    QAction* const redo = document_.history().createRedoAction(&window_, tr("&Redo"));
+    QAction* const undo = histories_.createUndoAction(&window_, tr("&Undo"));
+    QAction* const redo = histories_.createRedoAction(&window_, tr("&Redo"));
+    setHistory(nullptr);
     undo->setShortcut(QKeySequence::Undo);
     redo->setShortcuts(
         {QKeySequence(QStringLiteral("Ctrl+Shift+Z")), QKeySequence(QStringLiteral("Ctrl+Y"))});
@@ -88,9 +90,24 @@ void ProjectActions::listRecent()
 
 // ---- another project --------------------------------------------------------------------------
 
+void ProjectActions::setHistory(QUndoStack* history)
+{
+    QUndoStack* const shown = history ? history : &document_.history();
+    histories_.addStack(shown);
+    histories_.setActiveStack(shown);
+}
+
+void ProjectActions::askToo(const std::function<bool()>& mayForget)
+{
+    others_.push_back(mayForget);
+}
+
+// The project last: where something else is saved, the project may name its file.
 bool ProjectActions::mayLeave()
 {
-    return mayCloseLine() && mayForget();
+    return mayCloseLine() &&
+           std::all_of(others_.begin(), others_.end(), [](const auto& may) { return may(); }) &&
+           mayForget();
 }
 
 bool ProjectActions::mayCloseLine()
@@ -123,8 +140,8 @@ bool ProjectActions::begin(const std::vector<Item>& items, const LineSetup& line
 {
     if (!mayLeave())
         return false;
-    document_.begin(items, line, stations);
     emit told(QString());
+    document_.begin(items, line, stations);
     return true;
 }
 
@@ -199,7 +216,7 @@ void ProjectActions::editLine()
     if (dialog.exec() != QDialog::Accepted)
         return;
     document_.setLine(dialog.setup());
-    if (dialog.isToOpen())
+    if (dialog.isToOpen() && mayCloseLine())
         document_.openLine();
 }
 

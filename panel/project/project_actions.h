@@ -4,6 +4,7 @@
 
 #include <QMainWindow>
 #include <QMenu>
+#include <QUndoGroup>
 
 #include "panel/project/project_document.h"
 #include "panel/project/unsaved_work.h"
@@ -16,6 +17,11 @@ class ProjectActions : public QObject {
 public:
     // Adds the menus File and Edit to the window's bar.
     ProjectActions(PanelDesk& desk, ProjectDocument& document, QMainWindow& window);
+
+    // Whether what is edited on a page and is in no project may be lost; it asks.
+    void askToo(const std::function<bool()>& mayForget);
+    // What Edit takes back from now on. Null: what was edited in the project.
+    void setHistory(QUndoStack* history);
 
     // Writes that are under way need not be awaited.
     bool mayCloseLine();
@@ -54,6 +60,8 @@ private:
     ProjectDocument& document_;
     QMainWindow& window_;
     UnsavedWork unsaved_;
+    std::vector<std::function<bool()>> others_; // that may be lost, or not
+    QUndoGroup histories_;
     QMenu* recent_ = nullptr;
 };
 

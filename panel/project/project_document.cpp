@@ -51,9 +51,11 @@ void ProjectDocument::addPage(PanelPage* page)
                            [page]() { return page->settings(); },
                            [page](const OrderedJson& settings) { return page->prepared(settings); },
                            false,
-                           page->settings()};
+                           page->settings(),
+                           page->settingsAreSteps()};
     parts_.push_back(part);
     content_.pages[name] = page->settings();
+    savedWithoutSteps_ = partsWithoutSteps();
     connect(page, &PanelPage::settingsChanged, this, [this, part]() { pageChanged(part); });
 }
 
@@ -61,7 +63,7 @@ void ProjectDocument::addLayout(
     const std::string& name, const std::function<OrderedJson()>& settings,
     const std::function<std::function<void()>(const OrderedJson&)>& prepared)
 {
-    parts_.push_back({name, QString(), settings, prepared, true, OrderedJson::object()});
+    parts_.push_back({name, QString(), settings, prepared, true, OrderedJson::object(), false});
 }
 
 QString ProjectDocument::name() const
@@ -71,7 +73,7 @@ QString ProjectDocument::name() const
 
 bool ProjectDocument::isModified() const
 {
-    return !history_.isClean();
+    return !history_.isClean() || partsWithoutSteps() != savedWithoutSteps_;
 }
 
 ProjectImage ProjectDocument::image() const
@@ -139,8 +141,7 @@ void ProjectDocument::take(ReadContent read, const QString& file)
     const std::function<void()> arrange = preparedParts(read);
     {
         const QScopedValueRollback<bool> applying(isApplying_, true);
-        desk_.close();
-        desk_.setItems(*read.content.items);
+        desk_.beginProject(*read.content.items);
         arrange();
     }
     file_ = file;
@@ -149,6 +150,7 @@ void ProjectDocument::take(ReadContent read, const QString& file)
     forgetKnownMembers(read.origin);
     origin_ = std::make_shared<const ProjectOrigin>(read.origin);
     history_.clear();
+    savedWithoutSteps_ = partsWithoutSteps();
     desk_.setStationNames(stationNames(content_.stations));
     emit changed();
 }
@@ -182,6 +184,7 @@ void ProjectDocument::save(const QString& file)
     origin_ = std::make_shared<const ProjectOrigin>(read.origin);
     file_ = path;
     rememberProject(path);
+    savedWithoutSteps_ = partsWithoutSteps();
     history_.setClean();
     emit changed();
 }

@@ -27,6 +27,7 @@ struct ProjectPart {
     bool isLayout = false; // saved, but no edit
     // With which it begins: where nothing else is there, a project need not say so.
     OrderedJson defaults = OrderedJson::object();
+    bool isStep = true; // a change of it is undone
 };
 
 // All that is written into a file, for another thread to do so.
@@ -111,6 +112,8 @@ private:
     OrderedJson layoutNow() const;
     void tagsChanged();
     void pageChanged(const ProjectPart& part);
+    // Of the parts of which a change is no step.
+    std::map<std::string, OrderedJson> partsWithoutSteps() const;
     void push(const ProjectContent& content, const QString& what, const std::string& place);
     void apply(const ProjectContent& content);
     void tellDesk();
@@ -121,6 +124,7 @@ private:
     std::shared_ptr<const ProjectOrigin> origin_ = std::make_shared<ProjectOrigin>();
     ProjectContent content_;
     QUndoStack history_;
+    std::map<std::string, OrderedJson> savedWithoutSteps_;
     bool isApplying_ = false;
 };
 

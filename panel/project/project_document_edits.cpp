@@ -46,7 +46,21 @@ void ProjectDocument::pageChanged(const ProjectPart& part)
         return;
     ProjectContent content = content_;
     content.pages[part.name] = settings;
+    if (!part.isStep) {
+        content_ = content;
+        emit changed();
+        return;
+    }
     push(content, part.title, placeOfChange(part.name, before, settings));
+}
+
+std::map<std::string, OrderedJson> ProjectDocument::partsWithoutSteps() const
+{
+    std::map<std::string, OrderedJson> pages;
+    for (const ProjectPart& part : parts_)
+        if (!part.isStep && !part.isLayout)
+            pages[part.name] = part.settings();
+    return pages;
 }
 
 void ProjectDocument::push(const ProjectContent& content, const QString& what,
@@ -64,7 +78,7 @@ void ProjectDocument::apply(const ProjectContent& content)
             desk_.setItems(*content.items);
         for (const ProjectPart& part : parts_) {
             const OrderedJson wanted = settingsIn(content, part.name);
-            if (part.isLayout || wanted == part.settings())
+            if (!part.isStep || wanted == part.settings())
                 continue;
             try {
                 part.prepared(wanted)();
@@ -74,6 +88,8 @@ void ProjectDocument::apply(const ProjectContent& content)
         }
     }
     content_ = content;
+    for (const auto& [name, settings] : partsWithoutSteps())
+        content_.pages[name] = settings;
     tellDesk();
     emit changed();
 }

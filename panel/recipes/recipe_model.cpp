@@ -126,6 +126,14 @@ QString RecipeModel::text(const RecipeRow& row, int column) const
     }
 }
 
+int RecipeModel::rowOf(const RecipeKey& key) const
+{
+    for (int row = 0; row < rowCount(); ++row)
+        if (rowAt(row).value.address == key.address && rowAt(row).value.label.name == key.name)
+            return row;
+    return -1;
+}
+
 bool RecipeModel::holds(int row, const QString& text) const
 {
     const ViewLabel& label = rowAt(row).value.label;
@@ -218,6 +226,7 @@ bool RecipeModel::setData(const QModelIndex& index, const QVariant& text, int ro
 {
     if (role != Qt::EditRole || !index.isValid() || index.column() != buffer)
         return false;
+    const RecipeCell before = table_.cellOf(static_cast<std::size_t>(index.row()));
     try {
         table_.edit(static_cast<std::size_t>(index.row()), text.toString().trimmed().toStdString());
     } catch (const Failure& failure) {
@@ -226,7 +235,7 @@ bool RecipeModel::setData(const QModelIndex& index, const QVariant& text, int ro
         return false;
     }
     emit dataChanged(this->index(index.row(), 0), this->index(index.row(), columns - 1));
-    emit edited();
+    emit edited(index.row(), before);
     return true;
 }
 

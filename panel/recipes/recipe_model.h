@@ -51,13 +51,15 @@ public:
     // Edits the buffer; false with `refused` told where the text will not do.
     bool setData(const QModelIndex& index, const QVariant& text, int role = Qt::EditRole) override;
 
+    int rowOf(const RecipeKey& key) const; // -1: it has none
     bool holds(int row, const QString& text) const;
     // The buffer's value is not known to be the controller's and the file's.
     bool isDifferent(int row) const;
 
 signals:
     void refused(const QString& why);
-    void edited();
+    // This row's cell of the buffer, which was so before.
+    void edited(int row, const dov417::RecipeCell& before);
 
 private:
     const RecipeRow& rowAt(int row) const;

@@ -2,6 +2,7 @@
 #ifndef DOV417_PANEL_RECIPE_ROWS_H
 #define DOV417_PANEL_RECIPE_ROWS_H
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -47,6 +48,13 @@ struct RecipeRow {
 struct RecipeKey {
     Address address;
     std::string name;
+};
+
+// What the buffer holds of a value; empty bytes: nothing.
+struct RecipeCell {
+    RecipeKey key;
+    ValueBytes bytes;
+    std::shared_ptr<const PanelValue> ofFile; // that nobody watches; else null
 };
 
 // What is moved as one, and its values.

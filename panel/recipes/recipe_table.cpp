@@ -55,6 +55,8 @@ void RecipeTable::setTags(const PanelTags& tags)
 {
     std::vector<RecipeRow> before;
     before.swap(rows_);
+    before.insert(before.end(), parked_.begin(), parked_.end());
+    parked_.clear();
     places_.clear();
     for (const PanelValue& value : tags.values)
         addRow(value);
@@ -68,12 +70,19 @@ void RecipeTable::setTags(const PanelTags& tags)
             row.value = same->value;
             row.isOfFile = false;
             *same = std::move(row);
+        } else if (!row.file.empty() || !row.buffer.empty()) {
+            RecipeRow parked;
+            parked.value = old;
+            parked.file = row.file;
+            parked.buffer = row.buffer;
+            parked_.push_back(parked);
         }
     }
 }
 
 void RecipeTable::clear()
 {
+    parked_.clear();
     // They stand behind all others.
     while (!rows_.empty() && rows_.back().isOfFile)
         rows_.pop_back();
@@ -84,7 +93,6 @@ void RecipeTable::clear()
         row.buffer.clear();
         row.fate = RecipeFate::none;
     }
-    isChanged_ = false;
 }
 
 void RecipeTable::forgetController()
@@ -125,7 +133,6 @@ void RecipeTable::edit(std::size_t row, const std::string& text)
         return;
     edited.buffer = bytes;
     edited.fate = RecipeFate::none;
-    isChanged_ = true;
 }
 
 // ---- files ----------------------------------------------------------------------------------
@@ -202,7 +209,6 @@ std::size_t RecipeTable::load(const std::string& file)
                 ++locked;
         }
     }
-    isChanged_ = false;
     return locked;
 }
 
@@ -225,7 +231,6 @@ void RecipeTable::save(const std::string& file)
     writeRecipe(file, entries);
     for (RecipeRow& row : rows_)
         row.file = row.buffer;
-    isChanged_ = false;
 }
 
 // ---- transfers ------------------------------------------------------------------------------
@@ -291,8 +296,6 @@ void RecipeTable::ended(const std::vector<RecipeShare>& shares, const RecipeNews
             }
         }
     }
-    if (news.kind == RecipeKind::upload && isOfLine && !news.readings.empty())
-        isChanged_ = true;
 }
 
 std::string recipeText(const RecipeRow& row, const ValueBytes& bytes)

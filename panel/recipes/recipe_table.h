@@ -18,7 +18,8 @@ class RecipeTable {
 public:
     explicit RecipeTable(const Library& library);
 
-    // What is known of values that stay, by name and address, is kept.
+    // What is known of values that stay, by name and address, is kept. Of those that are watched
+    // no more, what file and buffer hold is there again once they are watched again.
     void setTags(const PanelTags& tags);
     // No file, no buffer.
     void clear();
@@ -40,10 +41,14 @@ public:
     void save(const std::string& file);
     // As it is typed; empty takes it out of the recipe. Throws a UsageFailure.
     void edit(std::size_t row, const std::string& text);
-    bool isChanged() const // since it was loaded, uploaded or saved
-    {
-        return isChanged_;
-    }
+    // The buffer is not what the file holds.
+    bool isChanged() const;
+    // Of what is in the recipe.
+    std::vector<RecipeCell> buffer() const;
+    RecipeCell cellOf(std::size_t row) const;
+    // Those of the buffer are so again. A value that nobody watches has its row again, or none
+    // where neither file nor buffer have it.
+    void put(const std::vector<RecipeCell>& cells);
     std::size_t valuesInRecipe() const;
 
     // What an order is about. Throws a UsageFailure where there is nothing to move, and for a
@@ -58,11 +63,13 @@ private:
     std::size_t placeOf(const Address& address, const std::string& itemName) const;
     void addRow(const PanelValue& value);
     RecipeRow* find(const RecipeKey& key);
+    RecipeRow* findParked(const RecipeKey& key);
+    void dropEmptyRows();
 
     const Library& library_;
     std::vector<RecipeRow> rows_;
     std::unordered_multimap<Address, std::size_t, AddressHash> places_; // of the rows
-    bool isChanged_ = false;
+    std::vector<RecipeRow> parked_; // of which nobody watches the value now
 };
 
 // In the value's format, with its unit; empty of no bytes.

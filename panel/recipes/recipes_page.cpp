@@ -25,6 +25,7 @@ RecipesPage::RecipesPage(PanelDesk& desk)
       takeOut_(new QPushButton(tr("&Take out"))), progress_(new QProgressBar),
       cancel_(new QPushButton(tr("&Cancel"))), file_(new QLabel), result_(new QLabel)
 {
+    history_.setUndoLimit(maxSteps);
     makeTable();
     auto* const rows = new QVBoxLayout(this);
     rows->addWidget(makeMoves());
@@ -52,10 +53,14 @@ RecipesPage::RecipesPage(PanelDesk& desk)
     });
 
     connect(&model_, &RecipeModel::refused, this, &PanelPage::told);
-    connect(&model_, &RecipeModel::edited, this, [this]() {
+    connect(&model_, &RecipeModel::edited, this, [this](int row, const RecipeCell& before) {
         emit told(QString());
         showState();
+        if (!isChanging_)
+            keepStep(tr("%1 in the recipe").arg(QString::fromStdString(before.key.name)), {before},
+                     {recipe_.cellOf(static_cast<std::size_t>(row))});
     });
+    connect(&desk, &PanelDesk::projectBegan, this, [this]() { beginProject(); });
     connect(&desk, &PanelDesk::tagsChanged, this, [this]() { setTags(); });
     connect(&desk, &PanelDesk::recipeTold, this, &RecipesPage::hear);
     connect(&desk, &PanelDesk::lineBegan, this, [this]() {
@@ -107,8 +112,11 @@ void RecipesPage::look()
 
 void RecipesPage::takeOut()
 {
-    for (const QModelIndex& index : table_->selectionModel()->selectedRows(RecipeModel::buffer))
-        model_.setData(filter_.mapToSource(index), QString());
+    const QModelIndexList chosen = table_->selectionModel()->selectedRows(RecipeModel::buffer);
+    change(tr("values taken out of the recipe"), [&]() {
+        for (const QModelIndex& index : chosen)
+            model_.setData(filter_.mapToSource(index), QString());
+    });
 }
 
 void RecipesPage::showState()
@@ -159,24 +167,28 @@ void RecipesPage::chooseFile()
         loadFile(file);
 }
 
-void RecipesPage::chooseFileToSave()
+bool RecipesPage::chooseFileToSave()
 {
     const QString file = QFileDialog::getSaveFileName(this, tr("Save the recipe"), path_);
-    if (!file.isEmpty())
-        saveFile(file);
+    return !file.isEmpty() && saveFile(file);
+}
+
+void RecipesPage::readFile(const QString& file)
+{
+    std::size_t locked = 0;
+    model_.makeAnew([&]() { locked = recipe_.load(file.toStdString()); });
+    path_ = QFileInfo(file).absoluteFilePath();
+    result_->setText(locked == 0 ? QString()
+                                 : tr("%n value(s) of the file can only be read and stay out "
+                                      "of the buffer.",
+                                      nullptr, static_cast<int>(locked)));
+    emit told(QString());
 }
 
 bool RecipesPage::loadFile(const QString& file)
 {
     try {
-        std::size_t locked = 0;
-        model_.makeAnew([&]() { locked = recipe_.load(file.toStdString()); });
-        path_ = QFileInfo(file).absoluteFilePath();
-        result_->setText(locked == 0 ? QString()
-                                     : tr("%n value(s) of the file can only be read and stay out "
-                                          "of the buffer.",
-                                          nullptr, static_cast<int>(locked)));
-        emit told(QString());
+        change(tr("loading a recipe"), [&]() { readFile(file); });
     } catch (const Failure& failure) {
         emit told(QString::fromUtf8(failure.what()));
         return false;
@@ -224,16 +236,22 @@ std::function<void()> RecipesPage::prepared(const OrderedJson& settings)
     return [this, file = QString::fromStdString(file.get<std::string>())]() {
         if (file == path_)
             return;
+        forgetRecipe();
         path_ = file;
-        model_.makeAnew([this]() { recipe_.clear(); });
         showState();
         // Its names are those of the project, which may not be there yet.
         if (!file.isEmpty())
             QTimer::singleShot(0, this, [this, file]() {
-                if (file == path_ && QFileInfo::exists(file))
-                    loadFile(file);
+                if (file == path_ && QFileInfo::exists(file) && loadFile(file))
+                    history_.clear();
             });
     };
+}
+
+// Undoing what was edited elsewhere would exchange the file, and with it the buffer.
+bool RecipesPage::settingsAreSteps() const
+{
+    return false;
 }
 
 } // namespace dov417

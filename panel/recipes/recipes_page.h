@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "panel/desk/panel_page.h"
+#include "panel/recipes/recipe_change.h"
 #include "panel/recipes/recipe_model.h"
 
 namespace dov417 {
@@ -18,6 +19,8 @@ class RecipesPage : public PanelPage {
     Q_OBJECT
 
 public:
+    static constexpr int maxSteps = 100; // that are taken back
+
     explicit RecipesPage(PanelDesk& desk);
 
     QString title() const override;
@@ -25,6 +28,9 @@ public:
     std::string settingsName() const override;
     OrderedJson settings() const override;
     std::function<void()> prepared(const OrderedJson& settings) override;
+    bool settingsAreSteps() const override;
+    QUndoStack* ownHistory() override;
+    bool mayForget() override;
 
     // False where it cannot be had or is no recipe, which is told; nothing is different then.
     bool loadFile(const QString& file);
@@ -41,8 +47,16 @@ private:
     void look();
     void takeOut();
     bool mayReplaceBuffer();
+    // Does it, and makes a step of what it changes in the buffer.
+    void change(const QString& what, const std::function<void()>& todo);
+    void keepStep(const QString& what, const std::vector<RecipeCell>& before,
+                  const std::vector<RecipeCell>& after);
+    void put(const std::vector<RecipeCell>& cells);
+    void forgetRecipe();
+    void beginProject();
+    void readFile(const QString& file);
     void chooseFile();
-    void chooseFileToSave();
+    bool chooseFileToSave();
     void move(RecipeKind kind);
     bool mayDownload(int line, std::size_t values);
     void hear(const RecipeNews& news);
@@ -65,6 +79,8 @@ private:
     QLabel* const file_;
     QLabel* const result_;
     QString path_; // of the file that was loaded or saved last
+    QUndoStack history_;
+    bool isChanging_ = false; // by change()
     QTimer lookTimer_;
     // Of the order under way.
     long long order_ = 0;

@@ -62,7 +62,7 @@ void RecipesPage::hear(const RecipeNews& news)
         return;
     }
     const bool isOfLine = orderLine_ == desk_.lineNumber();
-    recipe_.ended(shares_, news, isOfLine);
+    change(tr("upload into the recipe"), [&]() { recipe_.ended(shares_, news, isOfLine); });
     order_ = 0;
     showEnd(news, isOfLine);
     shares_.clear();

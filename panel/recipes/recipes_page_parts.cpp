@@ -7,6 +7,7 @@
 
 #include "panel/desk/column_widths.h"
 #include "panel/desk/flow_layout.h"
+#include "panel/desk/row_table.h"
 #include "panel/desk/value_delegate.h"
 #include "panel/recipes/recipes_page.h"
 
@@ -18,15 +19,10 @@ void RecipesPage::makeTable()
     table_->setModel(&filter_);
     table_->setObjectName(QStringLiteral("recipe"));
     table_->setAccessibleName(tr("The recipe, value by value"));
-    table_->setSelectionBehavior(QAbstractItemView::SelectRows);
+    showRows(*table_, roomInEditedRow);
     table_->setAlternatingRowColors(true);
-    table_->setWordWrap(false);
-    table_->setTabKeyNavigation(false);
     table_->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed);
     table_->setItemDelegateForColumn(RecipeModel::buffer, new ValueDelegate(table_));
-    table_->verticalHeader()->hide();
-    table_->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-    table_->verticalHeader()->setDefaultSectionSize(table_->fontMetrics().height() + 8);
     table_->horizontalHeader()->setStretchLastSection(true);
     // Name, address, controller, age, file, buffer, comparison.
     setColumnLetters(*table_, {22, 15, 20, 13, 16, 16, 20});

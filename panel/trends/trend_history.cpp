@@ -41,6 +41,15 @@ void TrendHistory::setLimit(std::size_t bytes)
         }
 }
 
+void TrendHistory::clear()
+{
+    series_.clear();
+    blocks_.clear();
+    free_.clear();
+    made_ = 0;
+    keptBlocks_ = 0;
+}
+
 void TrendHistory::setKept(const std::vector<Address>& addresses)
 {
     keptBlocks_ = 0;

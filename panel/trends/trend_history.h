@@ -76,6 +76,9 @@ public:
     // What it takes.
     std::size_t bytes() const;
 
+    // Nothing was ever recorded.
+    void clear();
+
     // Those go last: of all others what is older than ten minutes goes first, and then what is
     // oldest, as long as these have no more than their share.
     void setKept(const std::vector<Address>& addresses);

@@ -8,6 +8,7 @@
 #include <algorithm>
 
 #include "panel/desk/dialog_size.h"
+#include "panel/desk/row_table.h"
 
 namespace dov417 {
 
@@ -93,12 +94,7 @@ TrendNotesDialog::TrendNotesDialog(const TrendClock& clock, QWidget* parent)
     table_->setModel(&model_);
     table_->setObjectName(QStringLiteral("trendNotes"));
     table_->setAccessibleName(tr("Notes by their time"));
-    table_->setSelectionBehavior(QAbstractItemView::SelectRows);
-    table_->setTabKeyNavigation(false);
-    table_->setWordWrap(false);
-    table_->verticalHeader()->hide();
-    table_->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-    table_->verticalHeader()->setDefaultSectionSize(table_->fontMetrics().height() + 8);
+    showRows(*table_, roomInEditedRow);
     const int letter = table_->fontMetrics().averageCharWidth();
     table_->setColumnWidth(TrendNotesModel::time, letter * 28);
     table_->horizontalHeader()->setStretchLastSection(true);

@@ -12,6 +12,10 @@ TrendRecorder::TrendRecorder(PanelDesk& desk, TrendHistory& history)
                 record(views, toTrendTime(then));
             });
     connect(&desk, &PanelDesk::stateChanged, this, [this]() { look(); });
+    connect(&desk, &PanelDesk::projectBegan, this, [this]() {
+        history_.clear();
+        isKnown_ = false;
+    });
     connect(&desk, &PanelDesk::lineBegan, this, [this]() {
         history_.interrupt(TrendGap::otherLine, toTrendTime(panelNow()));
         if (!history_.addresses().empty())

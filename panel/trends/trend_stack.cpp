@@ -151,6 +151,15 @@ void TrendStack::setCursor(int cursor, std::optional<TrendTime> at)
     emit cursorsChanged();
 }
 
+void TrendStack::clear()
+{
+    setPlots({});
+    notes_.clear();
+    for (int cursor = 0; cursor < TrendPlot::cursors; ++cursor)
+        setCursor(cursor, std::nullopt);
+    arrange([](TrendView& view) { view.run(); });
+}
+
 void TrendStack::showCursors()
 {
     for (TrendPlot* const plot : plots_)

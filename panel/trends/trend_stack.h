@@ -70,6 +70,8 @@ public:
     {
         return notes_;
     }
+    // Nothing but what there is now: no plot, no cursor, no note.
+    void clear();
     // One that was made by itself.
     void addNote(const TrendNote& note);
     // A person's, all of them.

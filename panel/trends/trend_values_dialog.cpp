@@ -6,6 +6,7 @@
 #include <QVBoxLayout>
 
 #include "panel/desk/dialog_size.h"
+#include "panel/desk/row_table.h"
 
 namespace dov417 {
 
@@ -107,12 +108,7 @@ TrendValuesDialog::TrendValuesDialog(const PanelDesk& desk, QWidget* parent)
     table_->setModel(&filter_);
     table_->setObjectName(QStringLiteral("trendChoice"));
     table_->setAccessibleName(tr("Values, those with a tick are in the plot"));
-    table_->setSelectionBehavior(QAbstractItemView::SelectRows);
-    table_->setTabKeyNavigation(false);
-    table_->setWordWrap(false);
-    table_->verticalHeader()->hide();
-    table_->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-    table_->verticalHeader()->setDefaultSectionSize(table_->fontMetrics().height() + 8);
+    showRows(*table_, roomInEditedRow);
     const int letter = table_->fontMetrics().averageCharWidth();
     table_->setColumnWidth(TrendChoice::name, letter * 34);
     table_->setColumnWidth(TrendChoice::address, letter * 20);

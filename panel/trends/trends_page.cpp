@@ -65,6 +65,19 @@ std::function<void()> TrendsPage::prepared(const OrderedJson& settings)
     };
 }
 
+// Nothing of the one before may be seen, or written into a file, under this one's names.
+void TrendsPage::beginProject()
+{
+    if (export_)
+        endTable(tr("The table was not written: another project was opened meanwhile."));
+    arrangement_ = TrendArrangement();
+    isArranged_ = false;
+    begun_ = 0;
+    stack_->clear();
+    showNotes();
+    showArrangement();
+}
+
 // ---- which values -----------------------------------------------------------------------------
 
 void TrendsPage::resolve()

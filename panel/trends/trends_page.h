@@ -55,6 +55,7 @@ private:
     void showArrangement();
     void chooseByItself();
     void resolve();
+    void beginProject();
     void showView();
     void showCursors();
     void refresh();
@@ -75,6 +76,7 @@ private:
     bool beginTable(const QString& file, const std::vector<TrendValue>& values, TrendTime from,
                     TrendTime to, const QString& whenDone);
     void writeTable();
+    void endTable(const QString& how);
 
     TrendHistory history_;
     TrendClock clock_;
@@ -94,6 +96,7 @@ private:
     TrendValuesDialog* const dialog_;
     TrendNotesDialog* const notesDialog_;
     std::unique_ptr<TrendTable> export_;
+    QString exported_;     // its file
     QString whenExported_; // to be told
     QTimer refreshTimer_;
     QTimer exportTimer_;

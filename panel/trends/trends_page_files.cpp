@@ -56,6 +56,10 @@ bool TrendsPage::saveNotes(const QString& file)
 bool TrendsPage::beginTable(const QString& file, const std::vector<TrendValue>& values,
                             TrendTime from, TrendTime to, const QString& whenDone)
 {
+    if (export_) {
+        emit told(tr("%1 is still being written; save this one when it is there.").arg(exported_));
+        return false;
+    }
     try {
         export_ =
             std::make_unique<TrendTable>(file, history_, clock_, values, stack_->notes(), from, to);
@@ -63,6 +67,7 @@ bool TrendsPage::beginTable(const QString& file, const std::vector<TrendValue>& 
         emit told(QString::fromUtf8(failure.what()));
         return false;
     }
+    exported_ = file;
     whenExported_ = whenDone;
     emit told(tr("%1 is being written \u2026").arg(file));
     exportTimer_.start(0);
@@ -74,12 +79,17 @@ void TrendsPage::writeTable()
     try {
         if (!export_->writeMore(rowsPerTurn))
             return;
-        emit told(whenExported_);
+        endTable(whenExported_);
     } catch (const Failure& failure) {
-        emit told(QString::fromUtf8(failure.what()));
+        endTable(QString::fromUtf8(failure.what()));
     }
+}
+
+void TrendsPage::endTable(const QString& how)
+{
     exportTimer_.stop();
     export_.reset();
+    emit told(how);
 }
 
 } // namespace dov417

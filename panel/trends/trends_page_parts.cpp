@@ -8,6 +8,7 @@
 
 #include "panel/desk/flow_layout.h"
 #include "panel/desk/panel_clock.h"
+#include "panel/desk/row_table.h"
 #include "panel/trends/trends_page.h"
 
 namespace dov417 {
@@ -89,6 +90,7 @@ TrendsPage::TrendsPage(PanelDesk& desk)
         chooseByItself();
     });
     connect(&desk, &PanelDesk::tagsChanged, this, [this]() { resolve(); });
+    connect(&desk, &PanelDesk::projectBegan, this, [this]() { beginProject(); });
     connect(&dialog_->choice(), &TrendChoice::chosen, this,
             [this](const TrendValue& value, bool isIn) { putIn(value, isIn); });
     connect(&refreshTimer_, &QTimer::timeout, this, [this]() { refresh(); });
@@ -212,14 +214,9 @@ void TrendsPage::makeReadout()
     table_->setModel(&readout_);
     table_->setObjectName(QStringLiteral("trendReadout"));
     table_->setAccessibleName(tr("The values of the plots"));
-    table_->setSelectionBehavior(QAbstractItemView::SelectRows);
-    table_->setTabKeyNavigation(false);
-    table_->setWordWrap(false);
+    showRows(*table_, roomInRow);
     table_->setContextMenuPolicy(Qt::ActionsContextMenu);
     table_->setIconSize(QSize(28, table_->fontMetrics().height()));
-    table_->verticalHeader()->hide();
-    table_->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-    table_->verticalHeader()->setDefaultSectionSize(table_->fontMetrics().height() + 6);
     table_->setMinimumHeight(table_->fontMetrics().height() * 8);
     const int letter = table_->fontMetrics().averageCharWidth();
     for (int column = 0; column < TrendReadout::columns; ++column)

@@ -15,6 +15,7 @@
 #include "panel/desk/add_bar.h"
 #include "panel/desk/column_widths.h"
 #include "panel/desk/panel_icons.h"
+#include "panel/desk/row_table.h"
 #include "panel/desk/value_delegate.h"
 #include "panel/values/write_dialog.h"
 #include "panel/values/writes_model.h"
@@ -117,18 +118,13 @@ void ValuesPage::makeTable()
     table_->setModel(&filter_);
     table_->setObjectName(QStringLiteral("values"));
     table_->setAccessibleName(tr("Values"));
-    table_->setSelectionBehavior(QAbstractItemView::SelectRows);
+    showRows(*table_, roomInEditedRow);
     table_->setAlternatingRowColors(true);
     table_->setSortingEnabled(true);
     table_->sortByColumn(-1, Qt::AscendingOrder); // as they were added
-    table_->setWordWrap(false);
-    table_->setTabKeyNavigation(false);
     table_->setContextMenuPolicy(Qt::CustomContextMenu);
     table_->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed);
     table_->setItemDelegateForColumn(ValuesModel::value, new ValueDelegate(table_));
-    table_->verticalHeader()->hide();
-    table_->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-    table_->verticalHeader()->setDefaultSectionSize(table_->fontMetrics().height() + 8);
     const int letter = table_->fontMetrics().averageCharWidth();
     for (const auto& [column, letters] :
          {std::pair{ValuesModel::name, 26}, std::pair{ValuesModel::address, 18},
@@ -178,12 +174,7 @@ QWidget* ValuesPage::makeWrites()
     writes->model()->setParent(writes);
     writes->setAccessibleName(tr("Writes of this session"));
     writes->setObjectName(QStringLiteral("writes"));
-    writes->setSelectionBehavior(QAbstractItemView::SelectRows);
-    writes->setTabKeyNavigation(false);
-    writes->setWordWrap(false);
-    writes->verticalHeader()->hide();
-    writes->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-    writes->verticalHeader()->setDefaultSectionSize(writes->fontMetrics().height() + 8);
+    showRows(*writes, roomInEditedRow);
     writes->horizontalHeader()->setStretchLastSection(true);
     setColumnLetters(*writes, {12, 24, 16, 16}); // time, name, address, value
     return writes;

@@ -18,12 +18,16 @@ WriteDialog::WriteDialog(PanelDesk& desk, const std::vector<PanelValue>& values,
     auto* const rows = new QVBoxLayout(this);
     auto* const inside = new QWidget;
     auto* const grid = new QGridLayout(inside);
-    grid->setColumnStretch(2, 1);
+    grid->setColumnStretch(3, 1);
     int row = 0;
     for (const PanelValue& value : values) {
         auto* const label = new QLabel(QString::fromStdString(value.label.name));
         label->setToolTip(QString::fromStdString(value.label.address));
-        auto* const now = new QLabel(tr("now %1").arg(shownValue(value, desk.book())));
+        auto* const now = new QLabel;
+        now->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+        auto* const standing = new QLabel;
+        for (const auto& [each, name] : {std::pair{now, "now"}, std::pair{standing, "standing"}})
+            each->setObjectName(QLatin1String(name));
         auto* const field = new QLineEdit;
         field->setAccessibleName(tr("New value of %1").arg(label->text()));
         label->setBuddy(field);
@@ -34,11 +38,14 @@ WriteDialog::WriteDialog(PanelDesk& desk, const std::vector<PanelValue>& values,
         verdict->setWordWrap(true);
         grid->addWidget(label, row, 0);
         grid->addWidget(now, row, 1);
-        grid->addWidget(field, row, 2);
-        grid->addWidget(allowed, row, 3);
-        grid->addWidget(verdict, row + 1, 0, 1, 4);
+        grid->addWidget(standing, row, 2);
+        grid->addWidget(field, row, 3);
+        grid->addWidget(allowed, row, 4);
+        grid->addWidget(verdict, row + 1, 0, 1, 5);
         row += 2;
-        fields_.push_back({value, field, verdict});
+        places_.emplace(value.address, fields_.size());
+        fields_.push_back({value, now, standing, field, verdict});
+        showKnown(fields_.back(), desk.book());
         connect(field, &QLineEdit::textChanged, this, [this]() { judge(); });
     }
     grid->setRowStretch(row, 1);
@@ -55,6 +62,8 @@ WriteDialog::WriteDialog(PanelDesk& desk, const std::vector<PanelValue>& values,
     rows->addWidget(buttons);
     connect(buttons, &QDialogButtonBox::accepted, this, &WriteDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    connect(&desk, &PanelDesk::valuesChanged, this,
+            [this](const std::vector<Address>& changed) { follow(changed); });
     constexpr int maxRows = 8; // else it scrolls
     const int line = fontMetrics().height();
     const int lines = 6 + 3 * std::min(maxRows, static_cast<int>(values.size()));
@@ -64,6 +73,22 @@ WriteDialog::WriteDialog(PanelDesk& desk, const std::vector<PanelValue>& values,
     if (!fields_.empty())
         fields_.front().text->setFocus(); // else the area around it has what is typed
     judge();
+}
+
+// As the page of values says it: what was known when the dialog came up may not hold any more.
+void WriteDialog::showKnown(const Field& field, const ValueBook& book)
+{
+    field.now->setText(shownValue(field.value, book));
+    field.standing->setText(standingText(book.standing(field.value.address)));
+}
+
+void WriteDialog::follow(const std::vector<Address>& changed)
+{
+    for (const Address& address : changed) {
+        const auto [first, last] = places_.equal_range(address);
+        for (auto place = first; place != last; ++place)
+            showKnown(fields_.at(place->second), desk_.book());
+    }
 }
 
 void WriteDialog::judge()

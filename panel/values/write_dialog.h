@@ -7,6 +7,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <unordered_map>
 #include <vector>
 
 #include "panel/desk/panel_desk.h"
@@ -26,14 +27,19 @@ public:
 private:
     struct Field {
         PanelValue value;
+        QLabel* now; // what is known of it, while the dialog is open
+        QLabel* standing;
         QLineEdit* text;
         QLabel* verdict;
     };
 
+    static void showKnown(const Field& field, const ValueBook& book);
+    void follow(const std::vector<Address>& changed);
     void judge();
 
     PanelDesk& desk_;
     std::vector<Field> fields_;
+    std::unordered_multimap<Address, std::size_t, AddressHash> places_; // in the fields
     QLabel* const problem_;
     QPushButton* write_;
 };

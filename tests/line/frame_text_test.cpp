@@ -101,6 +101,24 @@ TEST(FrameText, ReadRepliesAreToldWithTheirValues)
     EXPECT_EQ(reply("01 03 02 00 07", "01 03 00 00 00 01"), "station 1: register 0 = 7");
 }
 
+TEST(FrameText, EachOfTheFourTablesHasItsNameInRequestAndReply)
+{
+    EXPECT_EQ(request("01 04 00 0A 00 02"), "station 1: read 2 input registers from 10");
+    EXPECT_EQ(reply("01 04 04 00 01 FF FF", "01 04 00 0A 00 02"),
+              "station 1: input registers 10..11 = 1 65535");
+    EXPECT_EQ(reply("01 04 02 00 07", "01 04 00 0A 00 01"), "station 1: input register 10 = 7");
+    EXPECT_EQ(request("01 02 00 0A 00 03"), "station 1: read 3 inputs from 10");
+    EXPECT_EQ(reply("01 02 01 05", "01 02 00 0A 00 03"), "station 1: inputs 10..12 = 1 0 1");
+    EXPECT_EQ(reply("01 02 01 01", "01 02 00 0A 00 01"), "station 1: input 10 = 1");
+    EXPECT_EQ(reply("01 01 01 05", "01 01 20 00 00 03"), "station 1: coils 8192..8194 = 1 0 1");
+    EXPECT_EQ(reply("01 03 04 00 01 FF FF", "01 03 00 0A 00 02"),
+              "station 1: registers 10..11 = 1 65535");
+    EXPECT_EQ(reply("01 06 00 0A 00 07", "01 06 00 0A 00 07"),
+              "station 1: wrote register 10 = 7 (0x0007)");
+    EXPECT_EQ(reply("01 0F 20 00 00 03", "01 0F 20 00 00 03 01 05"),
+              "station 1: wrote coils 8192..8194");
+}
+
 TEST(FrameText, LongRepliesShowTheirFirstSixteenValues)
 {
     const QByteArray values(2 * 18, 0);
@@ -140,7 +158,7 @@ TEST(FrameText, ExceptionsHaveNames)
 TEST(FrameText, WhatDoesNotFitTheRequestIsSaid)
 {
     EXPECT_EQ(reply("03 03 02 00 07", "02 03 05 0A 00 01"),
-              "station 3: R_W:10 = 7, but station 2 was asked");
+              "station 3: read registers, 2 bytes of values: 7, but station 2 was asked");
     EXPECT_EQ(reply("02 04 02 00 07", "02 03 05 0A 00 01"),
               "station 2: read input registers, 2 bytes of values: 7, but the request was to read "
               "registers");

@@ -54,6 +54,23 @@ TEST(LineLog, WritesTimeDirectionBytesAndMeaning)
               "2026-01-31T12:34:56.789012+01:00 -- | no reply");
 }
 
+TEST(LineLog, KnowsWhatItsNotesSay)
+{
+    EXPECT_EQ(gapText(1), "1 frame is missing here");
+    EXPECT_EQ(gapText(7), "7 frames are missing here");
+    LogEntry entry{noon, Direction::note, QByteArray(), gapText(7)};
+    EXPECT_TRUE(tellsGap(entry));
+    EXPECT_FALSE(tellsNoAnswer(entry));
+    EXPECT_FALSE(tellsPort(entry));
+    entry.direction = Direction::stray;
+    EXPECT_FALSE(tellsGap(entry));
+    entry = {noon, Direction::note, QByteArray(), "no answer within 500 ms: no byte came"};
+    EXPECT_TRUE(tellsNoAnswer(entry));
+    EXPECT_FALSE(tellsGap(entry));
+    entry.meaning = "port /dev/ttyUSB0 is gone";
+    EXPECT_TRUE(tellsPort(entry));
+}
+
 TEST(LineLog, TheOffsetFromUtcHasItsSign)
 {
     const TimeZone zone("UTC3:30");

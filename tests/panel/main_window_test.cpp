@@ -12,6 +12,7 @@
 #include "answering.h"
 #include "made_views.h"
 #include "panel/desk/state_words.h"
+#include "panel/project/line_dialog.h"
 #include "panel/project/recent_projects.h"
 #include "panel/start_page.h"
 #include "panel_world.h"
@@ -260,6 +261,31 @@ TEST_F(TheWindow, AsksBeforeItIsClosedWithWritesUnderWay)
     EXPECT_TRUE(waitUntil([this]() { return allWritesHaveEnded(); }));
     answer(QMessageBox::Discard, "not saved");
     EXPECT_TRUE(window.close());
+    EXPECT_EQ(held("R_W", 100), 5);
+}
+
+TEST_F(TheWindow, AsksBeforeItsLineIsClosedOrOpenedAnewWithWritesUnderWay)
+{
+    watch({"R_W:100"});
+    open();
+    window.document().setLine(setup);
+    unlock();
+    stopController(true);
+    desk.write(desk.tags().values.front(), "5");
+    const int line = desk.lineNumber();
+    answer(QMessageBox::No, "being written");
+    QTest::mouseClick(part<QPushButton>("close"), Qt::LeftButton);
+    whenAsked<LineDialog>(&window, [this](LineDialog& dialog) {
+        answer(QMessageBox::No, "being written");
+        dialog.findChild<QPushButton*>("keepAndOpenLine")->click();
+    });
+    window.actions().editLine();
+    EXPECT_EQ(desk.lineNumber(), line);
+    EXPECT_EQ(desk.writesUnderWay(), 1U);
+    stopController(false);
+    EXPECT_TRUE(waitUntil([this]() { return allWritesHaveEnded(); }));
+    EXPECT_TRUE(desk.hasLine());
+    EXPECT_TRUE(desk.writes().front().result.accepted);
     EXPECT_EQ(held("R_W", 100), 5);
 }
 

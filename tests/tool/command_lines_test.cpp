@@ -31,6 +31,22 @@ TEST(CommandWords, EndWhereACommentBegins)
     EXPECT_EQ(commandWords("write a#1 '#'"), (WordList{"write", "a#1", "#"}));
 }
 
+TEST(TheLinesOfCommands, SayWhichOneLacksItsEnd)
+{
+    CommandLines lines;
+    lines.add("one\ntwo");
+    EXPECT_EQ(lines.next(), "one");
+    EXPECT_FALSE(lines.lacksItsEnd());
+    lines.end();
+    EXPECT_EQ(lines.next(), "two");
+    EXPECT_TRUE(lines.lacksItsEnd());
+    CommandLines whole;
+    whole.add("one\n");
+    whole.end();
+    EXPECT_EQ(whole.next(), "one");
+    EXPECT_FALSE(whole.lacksItsEnd());
+}
+
 TEST(TheLinesOfCommands, AreCountedHoweverTheyCome)
 {
     CommandLines lines;

@@ -47,10 +47,19 @@ public:
         Transmission transmission;
         transmission.sent = withCrc(QByteArray::fromHex(request));
         transmission.replyLength = replyLength;
+        transmission.request.length = words_;
         ended.reset();
         exchange->transact(
             transmission, [this](const Transmission& each) { ended = each; }, now);
         pass(std::chrono::milliseconds(0));
+    }
+
+    // The same of so many registers, which a marker may be made of.
+    void askRead(const char* request, int words)
+    {
+        words_ = words;
+        ask(request, 5 + 2 * words);
+        words_ = 0;
     }
 
     // So much time goes by, with nothing on the line.
@@ -91,6 +100,7 @@ public:
     std::optional<Transmission> ended;
 
 private:
+    int words_ = 0;
     Clock::time_point wake_ = Clock::time_point::max();
 };
 

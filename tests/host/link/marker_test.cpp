@@ -25,10 +25,37 @@ TEST(AMarker, IsLongerThanTheRequestWhereRepliesOfEveryShorterOneAreOut)
     for (int shorter = 1; shorter < words; ++shorter)
         books.add({shorter, readOf(shorter), 5 + 2 * shorter, Clock::time_point()});
     unsigned short next = 1;
-    const Transmission marker = makeMarker(request, books, OpenTransmission(), false, next);
+    const Transmission marker =
+        makeMarker(request, books, OpenTransmission(), MarkerKind::read, next);
     EXPECT_EQ(marker.sent.toHex(), readOf(words + 1).toHex());
     EXPECT_EQ(marker.replyLength, 5 + 2 * (words + 1));
     EXPECT_TRUE(marker.isMarker);
+}
+
+// The adapter's echo of it is not mistaken for its reply.
+TEST(AMarker, OfAWriteIsAReadOfWhatIsWrittenWhereAnEchoWouldTellNothing)
+{
+    struct {
+        const char* request;
+        const char* marker;
+        int replyLength;
+    } const rows[] = {{"010605000007", "010305000001", 7},
+                      {"0110050000020400010002", "010305000001", 7},
+                      {"01050805FF00", "010108050010", 7},
+                      {"012B0E0100", "010300000001", 7}};
+    for (const auto& row : rows) {
+        Transmission request;
+        request.sent = withCrc(QByteArray::fromHex(row.request));
+        request.replyLength = 8;
+        unsigned short next = 1;
+        const auto make = [&](MarkerKind kind) {
+            return makeMarker(request, Books(), OpenTransmission(), kind, next);
+        };
+        const Transmission marker = make(MarkerKind::readAlso);
+        EXPECT_EQ(marker.sent.toHex(), withCrc(QByteArray::fromHex(row.marker)).toHex());
+        EXPECT_EQ(marker.replyLength, row.replyLength);
+        EXPECT_EQ(make(MarkerKind::read).replyLength, 0) << row.request;
+    }
 }
 
 } // namespace

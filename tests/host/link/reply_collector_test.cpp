@@ -180,6 +180,7 @@ protected:
         collector.begin(hex(readRequest), readReplyLength);
         ASSERT_EQ(add(readRequest), Arrival::incomplete);
         ASSERT_EQ(add(readReply), Arrival::reply);
+        collector.wasAnswer();
         collector.takeStrays();
         collector.begin(hex(coilRequest), writeReplyLength);
     }
@@ -218,8 +219,52 @@ TEST_F(CollectingAWrite, AReadWithoutEchoEndsTheExpectationOfOne)
     learnEcho();
     collector.begin(hex(readRequest), readReplyLength);
     ASSERT_EQ(add(readReply), Arrival::reply);
+    collector.wasAnswer();
     collector.begin(hex(coilRequest), writeReplyLength);
     EXPECT_EQ(add(coilRequest), Arrival::reply);
+}
+
+// It may have come too late for another.
+TEST_F(CollectingAWrite, AReplyThatWasNoAnswerToWhatWasSentTellsNothingOfTheAdapter)
+{
+    learnEcho();
+    collector.begin(hex(readRequest), readReplyLength);
+    ASSERT_EQ(add(readReply), Arrival::reply);
+    collector.begin(hex(coilRequest), writeReplyLength);
+    EXPECT_EQ(add(coilRequest), Arrival::incomplete);
+}
+
+TEST_F(CollectingAWrite, TheEchoIsStrippedOnceWhateverElseComesBeforeTheReply)
+{
+    learnEcho();
+    EXPECT_EQ(add(coilRequest), Arrival::incomplete);
+    EXPECT_EQ(add("0185030291"), Arrival::exception);
+    collector.goOn(); // it was late
+    EXPECT_EQ(add(coilRequest), Arrival::reply);
+}
+
+TEST_F(CollectingAWrite, SilenceTellsThatTheAdapterHearsNothing)
+{
+    EXPECT_FALSE(collector.knowsAdapter());
+    collector.wasSilence();
+    EXPECT_TRUE(collector.knowsAdapter());
+    EXPECT_EQ(add(coilRequest), Arrival::reply);
+}
+
+TEST_F(CollectingAWrite, SilenceDoesNotMakeAnAdapterThatEchoesOneThatHearsNothing)
+{
+    learnEcho();
+    collector.wasSilence();
+    EXPECT_EQ(add(coilRequest), Arrival::incomplete);
+}
+
+TEST_F(CollectingAWrite, TheEchoOfAReadTellsThatTheAdapterHearsWhatItSends)
+{
+    collector.begin(hex(readRequest), readReplyLength);
+    EXPECT_EQ(add(readRequest), Arrival::incomplete);
+    EXPECT_TRUE(collector.knowsAdapter());
+    collector.begin(hex(coilRequest), writeReplyLength);
+    EXPECT_EQ(add(coilRequest), Arrival::incomplete);
 }
 
 TEST_F(CollectingAWrite, TheConfirmationOfAnotherAddressIsNotTaken)

@@ -482,6 +482,39 @@ TEST_F(ACarrier, BeginsAnewWhereThePortWasLost)
     EXPECT_EQ(outcome.where, "in R_W:200..259, part 1 of 2") << "the first is forgotten";
 }
 
+// What was answered before may have been the replies to other requests.
+TEST_F(ACarrier, AsksForThePartsAgainThatWereAnsweredBeforeADoubt)
+{
+    carry(read("R_W", 0, 90), 60);
+    answerNext();
+    carrier->doubt();
+    answerNext();
+    EXPECT_FALSE(isDone);
+    answerNext();
+    answerNext();
+    ASSERT_TRUE(isDone);
+    EXPECT_EQ(outcome.frames, 4);
+    ASSERT_EQ(outcome.parts.size(), 2U);
+    EXPECT_GE(outcome.asOf, Clock::time_point(milliseconds(300))) << "nothing of before";
+    carry(read("R_W", 0, 90), 60);
+    carrier->doubt();
+    answerNext();
+    answerNext();
+    EXPECT_TRUE(isDone) << "nothing was answered before it";
+}
+
+TEST_F(ACarrier, DoesNotSayThatWordsWereTakenBeforeADoubt)
+{
+    carry(write(0, 90), 60);
+    answerNext();
+    carrier->doubt();
+    EXPECT_EQ(carrier->takenText(4), "");
+    answerNext();
+    EXPECT_EQ(carrier->takenText(4), "");
+    answerNext();
+    EXPECT_THAT(carrier->takenText(4), HasSubstr("was taken"));
+}
+
 TEST_F(ACarrier, LeavesBitsAlone)
 {
     Transmission bits = read("M_W", 0, 4);

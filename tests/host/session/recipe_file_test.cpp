@@ -24,6 +24,9 @@ protected:
                                            "level,R_D,300,1,float\n"
                                            "code,R_W,310,1,bcd\n"
                                            "run,M_bit,1.5,3,\n"
+                                           "mask,R_W,330,1,hex\n"
+                                           "masks,R_D,340,2,hex\n"
+                                           "flags,R_W,350,1,binary\n"
                                            "label,R_W,320,4,text\n";
         options.tags = path("tags.csv");
     }
@@ -95,6 +98,31 @@ TEST_F(RecipeFile, HasATextAsItIsWhateverItLooksLike)
     EXPECT_THAT(mistakeIn("{\"label\": 12}"), HasSubstr("label: a text is written in quotes"));
     EXPECT_THAT(mistakeIn("{\"label\": \"more than 8\"}"),
                 HasSubstr("label: text 'more than 8': 11 characters, and there is room for 8"));
+}
+
+TEST_F(RecipeFile, HasDecimalNumbersWhateverTheFormat)
+{
+    const auto dataOf = [&](const std::string& json) {
+        std::ofstream(path("recipe.json")) << json;
+        return readBack().at(0).data;
+    };
+    using Bytes = std::vector<unsigned char>;
+    EXPECT_EQ(dataOf("{\"mask\": 10}"), (Bytes{10, 0}));
+    EXPECT_EQ(dataOf("{\"masks\": [10, 65536]}"), (Bytes{10, 0, 0, 0, 0, 0, 1, 0}));
+    EXPECT_EQ(dataOf("{\"flags\": 10}"), (Bytes{10, 0}));
+    EXPECT_EQ(dataOf("{\"code\": 10}"), (Bytes{0x10, 0}));
+    EXPECT_EQ(dataOf("{\"mask\": \"10\"}"), (Bytes{16, 0})) << "a text is read as typed";
+    EXPECT_EQ(dataOf("{\"mask\": \"0x0F0F\"}"), (Bytes{0x0F, 0x0F}));
+    EXPECT_EQ(dataOf("{\"flags\": \"10\"}"), (Bytes{2, 0}));
+    EXPECT_EQ(dataOf("{\"masks\": [\"10\", 10]}"), (Bytes{16, 0, 0, 0, 10, 0, 0, 0}));
+    EXPECT_THAT(mistakeIn("{\"mask\": 65536}"), HasSubstr("out of range"));
+    EXPECT_THAT(mistakeIn("{\"mask\": 1.5}"), HasSubstr("not a whole number"));
+    EXPECT_THAT(mistakeIn("{\"mask\": -1}"), HasSubstr("out of range"));
+    for (const char* name : {"mask", "flags"}) {
+        const std::vector<unsigned char> ten = {10, 0};
+        written({entry(name, ten)});
+        EXPECT_EQ(readBack().at(0).data, ten) << name;
+    }
 }
 
 TEST_F(RecipeFile, NamesTheTagOfAMistake)

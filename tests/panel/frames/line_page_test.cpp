@@ -1,7 +1,10 @@
 #include "panel/frames/line_page.h"
 
+#include <QApplication>
 #include <QProcess>
+#include <QScrollBar>
 #include <QTest>
+#include <QWheelEvent>
 #include <fstream>
 
 #include "made_views.h"
@@ -87,6 +90,57 @@ TEST_F(TheLinePage, StandsStillWhileTheLineGoesOn)
     EXPECT_THAT(part<QLabel>("standing")->text().toStdString(), HasSubstr("have passed since"));
     QTest::mouseClick(part<QPushButton>("hold"), Qt::LeftButton);
     EXPECT_GE(rows(), before + 20);
+}
+
+TEST_F(TheLinePage, StandsStillWhereOneLooksAndRunsOnAtTheEnd)
+{
+    watch({"R_W:100"});
+    open();
+    QScrollBar* const bar = table->verticalScrollBar();
+    const auto* const hold = part<QPushButton>("hold");
+    const auto turnWheel = [this](int lines) {
+        QWheelEvent turned(
+            QPointF(50, 50), table->viewport()->mapToGlobal(QPointF(50, 50).toPoint()), QPoint(),
+            QPoint(0, 120 * lines), Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(table->viewport(), &turned);
+    };
+    const auto passMore = [this]() {
+        const long long cycles = desk.state().cycles;
+        ASSERT_TRUE(waitUntil([&]() { return desk.state().cycles > cycles + 10; }));
+    };
+    const auto expectStanding = [&]() {
+        EXPECT_TRUE(hold->isChecked());
+        const int before = rows();
+        const int place = bar->value();
+        passMore();
+        EXPECT_EQ(rows(), before);
+        EXPECT_EQ(bar->value(), place);
+        EXPECT_LT(place, bar->maximum());
+    };
+    const auto expectRunning = [&]() {
+        EXPECT_FALSE(hold->isChecked());
+        const int before = rows();
+        passMore();
+        EXPECT_GT(rows(), before);
+        EXPECT_EQ(bar->value(), bar->maximum());
+    };
+    ASSERT_TRUE(waitUntil([&]() { return bar->maximum() > 50; }));
+    expectRunning();
+    turnWheel(1);
+    expectStanding();
+    turnWheel(-50);
+    expectRunning();
+    bar->triggerAction(QAbstractSlider::SliderPageStepSub);
+    expectStanding();
+    bar->triggerAction(QAbstractSlider::SliderToMaximum);
+    expectRunning();
+    table->setFocus();
+    QTest::keyClick(table, Qt::Key_Home);
+    QTest::keyClick(table, Qt::Key_Down);
+    expectStanding();
+    EXPECT_EQ(table->currentIndex().row(), 1);
+    QTest::keyClick(table, Qt::Key_End);
+    expectRunning();
 }
 
 TEST_F(TheLinePage, ShowsOnlyWhatIsAskedFor)

@@ -13,6 +13,7 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::seconds;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 // ---- pictures, without a window ---------------------------------------------------------------
@@ -251,6 +252,17 @@ TEST_F(TheHealthPage, CountsAnewOnAnotherLine)
     EXPECT_EQ(table->model()->rowCount(), 0);
     EXPECT_THAT(text("advice"), HasSubstr("As soon as a line is open"));
     EXPECT_EQ(text("brief"), "Nothing has been counted yet.");
+}
+
+TEST_F(TheHealthPage, HoldsTheLinkOfAnotherProjectForNothingOfThisOne)
+{
+    watch({"R_W:100"});
+    open();
+    ASSERT_TRUE(waitUntil([this]() { return text("linkHistory").find("good for") < 100; }));
+    desk.beginProject(desk.tags().items);
+    const auto isOfThisOne = testing::AllOf(HasSubstr("closed for"), Not(HasSubstr("good for")));
+    waitUntil([&]() { return testing::Value(text("linkHistory"), isOfThisOne); });
+    EXPECT_THAT(text("linkHistory"), isOfThisOne);
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include <QComboBox>
 #include <QListWidget>
 #include <QProcess>
+#include <QTableView>
 
 #include "panel/project/line_dialog.h"
 #include "project_world.h"
@@ -220,6 +221,67 @@ TEST_F(TheProject, NeverUndoesAWrite)
     EXPECT_TRUE(waitUntil([this]() { return allAre(ValueState::good); }));
     EXPECT_EQ(desk.writes().size(), writes);
     EXPECT_EQ(held("R_W", 100), 1234);
+}
+
+TEST_F(TheProject, KnowsNothingOfWhatTheOneBeforeHasRead)
+{
+    options.set = {"R_W:100=215"};
+    watch({"R_W:100", "M_bit:1.3"});
+    open();
+    unlock();
+    const Address word = desk.tags().values.front().address;
+    const Address bit = desk.tags().values.back().address;
+    stopController(true);
+    desk.write(desk.tags().values.front(), "7");
+    EXPECT_TRUE(waitUntil([this]() { return allWritesHaveEnded(); }));
+    ASSERT_EQ(desk.book().standing(word).state, ValueState::failed);
+    stopController(false);
+    EXPECT_TRUE(waitUntil([&]() { return !desk.book().standing(word).isOld; }));
+    const QString other = written("other.json", R"({"version": 1, "tags": [
+      {"name": "oven", "register": "R_W", "address": 100, "scale": 0.1, "unit": "K"},
+      {"name": "lamp", "register": "M_bit", "address": "1.3"}]})");
+    answerWith(&window, QMessageBox::Discard, "not saved");
+    ASSERT_TRUE(window.actions().open(other));
+    const auto isForgotten = [&](const char* when) {
+        for (const Address& each : {word, bit}) {
+            EXPECT_EQ(desk.book().find(each), nullptr) << when;
+            EXPECT_EQ(desk.book().standing(each).state, ValueState::neverRead) << when;
+            EXPECT_EQ(desk.book().standing(each).reason, "") << when;
+        }
+        EXPECT_FALSE(desk.hasLine()) << when;
+        EXPECT_EQ(desk.statistics(), nullptr) << when;
+        EXPECT_THAT(desk.writes(), IsEmpty()) << when;
+        EXPECT_EQ(window.findChild<QTableView*>("frames")->model()->rowCount(), 0) << when;
+    };
+    isForgotten("at once");
+    int told = 0;
+    QObject::connect(&desk, &PanelDesk::stateChanged, &window, [&told]() { ++told; });
+    EXPECT_TRUE(waitUntil([&told]() { return told >= 2; }));
+    isForgotten("after what was still to be told of the line before");
+    add("R_W:101");
+    press("undo");
+    EXPECT_EQ(shown().size(), 2U);
+}
+
+TEST_F(TheProject, KeepsWhatIsKnownWhileItIsEdited)
+{
+    options.set = {"R_W:100=215"};
+    watch({"R_W:100"});
+    open();
+    const Address word = desk.tags().values.front().address;
+    add("R_W:101");
+    press("undo");
+    EXPECT_NE(desk.book().find(word), nullptr);
+    press("redo");
+    EXPECT_NE(desk.book().find(word), nullptr);
+    answerWith(&window, QMessageBox::Cancel, "not saved");
+    press("newProject");
+    EXPECT_NE(desk.book().find(word), nullptr);
+    answerWith(&window, QMessageBox::Discard, "not saved");
+    press("newProject");
+    add("R_W:100");
+    EXPECT_EQ(desk.book().find(word), nullptr);
+    desk.end();
 }
 
 TEST_F(TheProject, NamesItsFileAndMarksWhatIsNotSaved)

@@ -16,6 +16,7 @@ namespace dov417 {
 
 namespace {
 
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
@@ -244,6 +245,53 @@ TEST_F(TheTrendsPage, NeverJoinsTwoLines)
     EXPECT_EQ(samples.front().y(), 1000);
     EXPECT_EQ(samples.back().y(), 2000);
     EXPECT_GT(samples.size(), 3);
+    desk.end();
+}
+
+TEST_F(TheTrendsPage, HasNothingOfAnotherProjectUnderItsNames)
+{
+    options.set = {"R_W:100=215"};
+    showAll({"R_W:100"});
+    waitForConfirmation();
+    const TrendTime before = now();
+    waitForConfirmation();
+    stack->setCursor(0, before);
+    ASSERT_EQ(cell(0, TrendReadout::atA), "215");
+    std::vector<Item> items = desk.tags().items;
+    items.front() = namedItem(items.front(), "oven", {0.1, 0, 1, "K"});
+    desk.beginProject(items);
+    page->prepared(OrderedJson::object())();
+    EXPECT_FALSE(stack->cursors().front());
+    EXPECT_EQ(readout->rowCount(), 0);
+    desk.open(setup);
+    ASSERT_TRUE(waitUntil([this]() { return allAre(ValueState::good); }));
+    waitForConfirmation();
+    showWatched();
+    const TrendTime after = now();
+    waitForConfirmation();
+    stack->setCursor(0, before);
+    stack->setCursor(1, after);
+    EXPECT_EQ(cell(0, TrendReadout::name), "oven");
+    EXPECT_EQ(cell(0, TrendReadout::atA), "not recorded");
+    EXPECT_EQ(cell(0, TrendReadout::atB), "21.5 K");
+    EXPECT_TRUE(stack->notes().empty());
+    press(Qt::Key_Home);
+    EXPECT_GT(stack->view().from(), before);
+    desk.end();
+}
+
+TEST_F(TheTrendsPage, WritesNoTableOnceAnotherProjectIsOpened)
+{
+    options.set = {"R_W:100=215"};
+    showAll({"R_W:100"});
+    waitForConfirmation();
+    const QString file = folder.filePath("values.csv");
+    std::ofstream(file.toStdString()) << "before";
+    ASSERT_TRUE(page->saveTable(file));
+    desk.beginProject(desk.tags().items);
+    EXPECT_EQ(told, "The table was not written: another project was opened meanwhile.");
+    QCoreApplication::processEvents();
+    EXPECT_EQ(contentOf(file), "before");
     desk.end();
 }
 
@@ -508,6 +556,22 @@ TEST_F(TheTrendsPage, SavesValuesWithTheirGapsAndPictures)
     EXPECT_FALSE(page->saveTable("/nowhere/values.csv"));
     EXPECT_THAT(told, HasSubstr("/nowhere/values.csv"));
     EXPECT_FALSE(page->savePicture("/nowhere/plots.png"));
+}
+
+TEST_F(TheTrendsPage, WritesATableToItsEndBeforeItBeginsAnother)
+{
+    showAll({"R_W:100"});
+    waitForConfirmation();
+    const QString first = folder.filePath("first.csv");
+    const QString second = folder.filePath("second.csv");
+    ASSERT_TRUE(page->saveTable(first));
+    EXPECT_FALSE(page->saveNotes(second));
+    EXPECT_THAT(told, AllOf(HasSubstr("first.csv"), HasSubstr("is still being written")));
+    EXPECT_TRUE(waitUntil([&]() { return told.find("What is seen is written") == 0; }));
+    EXPECT_THAT(contentOf(first), HasSubstr("1/R_W:100"));
+    EXPECT_FALSE(QFile::exists(second));
+    EXPECT_TRUE(page->saveNotes(second));
+    EXPECT_TRUE(waitUntil([&]() { return QFile::exists(second); }));
 }
 
 TEST_F(TheTrendsPage, KeepsItsArrangementInAProject)

@@ -135,6 +135,30 @@ TEST_F(TheValuesPage, TakesWhatIsTypedAsSoonAsTheDialogToWriteIsThere)
     EXPECT_EQ(held("R_W", 100), 17);
 }
 
+TEST_F(TheValuesPage, SaysWhatIsKnownOfAValueAsLongAsTheDialogToWriteIsOpen)
+{
+    options.set = {"R_W:100=7"};
+    watch({"R_W:100"});
+    show();
+    WriteDialog dialog(desk, desk.tags().values, page.get());
+    const auto said = [&dialog](const char* name) {
+        return dialog.findChild<QLabel*>(name)->text().toStdString();
+    };
+    EXPECT_EQ(said("now"), "?");
+    EXPECT_EQ(said("standing"), "? never read");
+    open();
+    unlock();
+    EXPECT_EQ(said("now"), "7");
+    EXPECT_EQ(said("standing"), "\u2713 good");
+    desk.write(desk.tags().values.front(), "8");
+    EXPECT_EQ(said("standing"), "\u270e being written");
+    EXPECT_TRUE(waitUntil([&]() { return said("now") == "8"; }));
+    EXPECT_TRUE(waitUntil([&]() { return said("standing") == "\u2713 good"; }));
+    controller.reset();
+    EXPECT_TRUE(waitUntil([&]() { return said("standing") == "\u25f7 old"; }));
+    EXPECT_EQ(said("now"), "8");
+}
+
 TEST_F(TheValuesPage, AddsASeriesAndWhatIsPasted)
 {
     show();

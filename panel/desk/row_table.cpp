@@ -1,0 +1,17 @@
+#include "panel/desk/row_table.h"
+
+#include <QHeaderView>
+
+namespace dov417 {
+
+void showRows(QTableView& table, int room)
+{
+    table.setSelectionBehavior(QAbstractItemView::SelectRows);
+    table.setTabKeyNavigation(false);
+    table.setWordWrap(false);
+    table.verticalHeader()->hide();
+    table.verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    table.verticalHeader()->setDefaultSectionSize(table.fontMetrics().height() + room);
+}
+
+} // namespace dov417

@@ -1,0 +1,71 @@
+// The buffer of a recipe, value by value.
+#include <algorithm>
+
+#include "panel/recipes/recipe_table.h"
+
+namespace dov417 {
+
+RecipeRow* RecipeTable::findParked(const RecipeKey& key)
+{
+    const auto row = std::find_if(parked_.begin(), parked_.end(), [&key](const RecipeRow& each) {
+        return each.value.address == key.address && each.value.label.name == key.name;
+    });
+    return row == parked_.end() ? nullptr : &*row;
+}
+
+bool RecipeTable::isChanged() const
+{
+    return std::any_of(rows_.begin(), rows_.end(), [](const RecipeRow& row) {
+        return row.isWritable() && row.buffer != row.file;
+    });
+}
+
+RecipeCell RecipeTable::cellOf(std::size_t row) const
+{
+    const RecipeRow& each = rows_.at(row);
+    return {{each.value.address, each.value.label.name},
+            each.buffer,
+            each.isOfFile ? std::make_shared<const PanelValue>(each.value) : nullptr};
+}
+
+std::vector<RecipeCell> RecipeTable::buffer() const
+{
+    std::vector<RecipeCell> cells;
+    for (std::size_t row = 0; row < rows_.size(); ++row)
+        if (rows_.at(row).isInRecipe())
+            cells.push_back(cellOf(row));
+    return cells;
+}
+
+void RecipeTable::put(const std::vector<RecipeCell>& cells)
+{
+    for (const RecipeCell& cell : cells) {
+        RecipeRow* row = find(cell.key);
+        if (!row)
+            row = findParked(cell.key);
+        if (!row && cell.ofFile && !cell.bytes.empty()) {
+            addRow(*cell.ofFile);
+            row = &rows_.back();
+            row->isOfFile = true;
+        }
+        if (!row)
+            continue;
+        row->buffer = cell.bytes;
+        row->fate = RecipeFate::none;
+    }
+    dropEmptyRows();
+}
+
+void RecipeTable::dropEmptyRows()
+{
+    std::vector<RecipeRow> before;
+    before.swap(rows_);
+    places_.clear();
+    for (RecipeRow& row : before)
+        if (!row.isOfFile || !row.file.empty() || !row.buffer.empty()) {
+            places_.emplace(row.value.address, rows_.size());
+            rows_.push_back(std::move(row));
+        }
+}
+
+} // namespace dov417

@@ -1,0 +1,213 @@
+// The recipe's buffer beside the project: whose it is, what is taken back, and what is asked about.
+#include <QTableView>
+
+#include "panel/recipes/recipes_page.h"
+#include "project_world.h"
+
+namespace dov417 {
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+class ARecipeInAProject : public ProjectWorld {
+protected:
+    ARecipeInAProject()
+    {
+        page = window.findChild<RecipesPage*>();
+        table = page->findChild<QTableView*>("recipe");
+        written("one.json", R"({"R_W:100": 5, "R_W:101": 6})");
+        written("a.json", R"({"version": 1, "panel": {"recipes": {"file": ")" +
+                              path("one.json").toStdString() + R"("}}, "tags": [
+          {"name": "speed", "register": "R_W", "address": 100},
+          {"name": "width", "register": "R_W", "address": 101}]})");
+        written("b.json", R"({"version": 1, "tags": [
+          {"name": "speed", "register": "R_W", "address": 100},
+          {"name": "width", "register": "R_W", "address": 101}]})");
+    }
+    void openFirst()
+    {
+        ASSERT_TRUE(window.actions().open(path("a.json")));
+        ASSERT_TRUE(waitUntil([this]() { return page->ownHistory() && buffer().front() == "5"; }));
+    }
+    std::vector<std::string> column(RecipeModel::Column which) const
+    {
+        std::vector<std::string> texts;
+        for (int row = 0; row < table->model()->rowCount(); ++row)
+            texts.push_back(table->model()->index(row, which).data().toString().toStdString());
+        return texts;
+    }
+    std::vector<std::string> buffer() const
+    {
+        return column(RecipeModel::buffer);
+    }
+    void edit(int row, const char* text) const
+    {
+        EXPECT_TRUE(table->model()->setData(table->model()->index(row, RecipeModel::buffer), text));
+    }
+    std::string file() const
+    {
+        return page->findChild<QLabel*>("recipeFile")->text().toStdString();
+    }
+    void show(int place)
+    {
+        window.showPage(place);
+    }
+    void takeBack()
+    {
+        QTest::keyClick(&window, Qt::Key_Z, Qt::ControlModifier);
+    }
+    void doAgain()
+    {
+        QTest::keyClick(&window, Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+    }
+    void showRecipes()
+    {
+        window.showPage(
+            static_cast<int>(std::find(window.pages().begin(), window.pages().end(), page) -
+                             window.pages().begin()));
+    }
+
+    static constexpr int valuesPage = 1;
+    RecipesPage* page = nullptr;
+    QTableView* table = nullptr;
+};
+
+TEST_F(ARecipeInAProject, IsNotTheNextProjects)
+{
+    openFirst();
+    EXPECT_THAT(file(), StartsWith("File: one.json."));
+    ASSERT_TRUE(window.actions().open(path("b.json")));
+    EXPECT_THAT(buffer(), ElementsAre("", ""));
+    EXPECT_THAT(column(RecipeModel::file), ElementsAre("", ""));
+    EXPECT_THAT(file(), StartsWith("No file. 0 value(s) in the buffer."));
+    edit(0, "7");
+    answerWith(&window, QMessageBox::Discard, "recipe");
+    ASSERT_TRUE(window.actions().open(path("b.json")));
+    EXPECT_THAT(buffer(), ElementsAre("", ""));
+    edit(0, "7");
+    answerWith(&window, QMessageBox::Discard, "recipe");
+    press("newProject");
+    add("R_W:100");
+    EXPECT_THAT(buffer(), ElementsAre(""));
+    EXPECT_FALSE(page->ownHistory()->canUndo());
+}
+
+TEST_F(ARecipeInAProject, IsReadFromTheFileAnewThoughTheNextProjectNamesTheSame)
+{
+    openFirst();
+    edit(0, "7");
+    answerWith(&window, QMessageBox::Discard, "recipe");
+    openFirst();
+    EXPECT_THAT(buffer(), ElementsAre("5", "6"));
+    EXPECT_FALSE(window.document().isModified());
+    EXPECT_FALSE(page->ownHistory()->canUndo());
+}
+
+TEST_F(ARecipeInAProject, HasStepsOfItsOwnThatAreTakenBackWhileItIsShown)
+{
+    openFirst();
+    showRecipes();
+    edit(0, "7");
+    edit(1, "8");
+    table->setFocus();
+    table->selectAll();
+    QTest::keyClick(table, Qt::Key_Delete);
+    EXPECT_THAT(buffer(), ElementsAre("", ""));
+    takeBack();
+    EXPECT_THAT(buffer(), ElementsAre("7", "8"));
+    takeBack();
+    EXPECT_THAT(buffer(), ElementsAre("7", "6"));
+    EXPECT_EQ(table->currentIndex().row(), 1);
+    takeBack();
+    EXPECT_THAT(buffer(), ElementsAre("5", "6"));
+    EXPECT_THAT(file(), Not(HasSubstr("It is not saved.")));
+    EXPECT_FALSE(window.findChild<QAction*>("undo")->isEnabled());
+    doAgain();
+    doAgain();
+    EXPECT_THAT(buffer(), ElementsAre("7", "8"));
+    EXPECT_THAT(file(), HasSubstr("It is not saved."));
+    EXPECT_FALSE(window.document().isModified()) << "the buffer is no part of the project";
+}
+
+TEST_F(ARecipeInAProject, HasItsBufferAgainAfterAnotherFileWasLoaded)
+{
+    ASSERT_TRUE(window.actions().open(path("b.json")));
+    showRecipes();
+    edit(0, "7");
+    written("far.json", R"({"R_W:101": 9, "R_W:300": 4})");
+    ASSERT_TRUE(page->loadFile(path("far.json")));
+    EXPECT_THAT(buffer(), ElementsAre("", "9", "4"));
+    ASSERT_TRUE(page->loadFile(path("one.json")));
+    EXPECT_THAT(buffer(), ElementsAre("5", "6"));
+    takeBack();
+    EXPECT_THAT(buffer(), ElementsAre("", "9", "4"));
+    EXPECT_THAT(column(RecipeModel::name), ElementsAre("speed", "width", "1/R_W:300"));
+    EXPECT_THAT(file(), StartsWith("File: one.json.")) << "that is no step";
+    EXPECT_THAT(file(), HasSubstr("It is not saved."));
+    takeBack();
+    EXPECT_THAT(buffer(), ElementsAre("7", ""));
+    doAgain();
+    doAgain();
+    EXPECT_THAT(buffer(), ElementsAre("5", "6"));
+    EXPECT_TRUE(window.document().isModified()) << "the project names another file now";
+    EXPECT_FALSE(window.document().history().canUndo());
+}
+
+TEST_F(ARecipeInAProject, StaysAsItIsWhateverIsTakenBackElsewhere)
+{
+    ASSERT_TRUE(window.actions().open(path("b.json")));
+    show(valuesPage);
+    add("R_W:102");
+    ASSERT_TRUE(page->loadFile(path("one.json")));
+    edit(0, "7");
+    takeBack();
+    EXPECT_THAT(buffer(), ElementsAre("7", "6"));
+    EXPECT_THAT(file(), StartsWith("File: one.json."));
+    doAgain();
+    EXPECT_THAT(buffer(), ElementsAre("7", "6", ""));
+    EXPECT_EQ(window.document().image().content.pages.at("recipes").at("file"),
+              path("one.json").toStdString());
+    ASSERT_TRUE(window.actions().saveIn(path("b.json")));
+    EXPECT_FALSE(window.document().isModified());
+    EXPECT_EQ(jsonOf(path("b.json")).at("panel").at("recipes").at("file"),
+              path("one.json").toStdString());
+}
+
+TEST_F(ARecipeInAProject, HasItsValuesAgainWhenTheyAreWatchedAgain)
+{
+    openFirst();
+    edit(1, "8");
+    show(valuesPage);
+    desk.removeItems({1});
+    EXPECT_THAT(buffer(), ElementsAre("5"));
+    takeBack();
+    EXPECT_THAT(buffer(), ElementsAre("5", "8"));
+}
+
+TEST_F(ARecipeInAProject, IsAskedAboutBeforeItIsLost)
+{
+    openFirst();
+    edit(0, "7");
+    answerWith(&window, QMessageBox::Cancel,
+               "The recipe in the buffer, of 2 value(s), is not saved");
+    EXPECT_FALSE(window.close());
+    answerWith(&window, QMessageBox::Cancel, "The recipe in the buffer");
+    press("newProject");
+    EXPECT_THAT(buffer(), ElementsAre("7", "6"));
+    answerWith(&window, QMessageBox::Save, "The recipe in the buffer");
+    EXPECT_TRUE(window.close());
+    EXPECT_THAT(textOf(path("one.json")), HasSubstr("7"));
+    window.show();
+    edit(0, "8");
+    answerWith(&window, QMessageBox::Discard, "The recipe in the buffer");
+    EXPECT_TRUE(window.close());
+    EXPECT_THAT(textOf(path("one.json")), Not(HasSubstr("8")));
+}
+
+} // namespace
+
+} // namespace dov417
