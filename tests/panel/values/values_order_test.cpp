@@ -140,6 +140,9 @@ TEST_F(TheOrderOfValues, IsAsTheyWereAddedWithinGroupsAndAfterThem)
     grouping->setFocus();
     QTest::keyClick(grouping, Qt::Key_Down);
     EXPECT_THAT(addresses(), ElementsAre("1/T:1", "1/R_W:8", "1/R_W:4", "2/R_W:9", "2/R_W:3"));
+    order("Address, rising");
+    order("As they were added");
+    EXPECT_THAT(addresses(), ElementsAre("1/T:1", "1/R_W:8", "1/R_W:4", "2/R_W:9", "2/R_W:3"));
     QTest::keyClick(grouping, Qt::Key_Up);
     EXPECT_THAT(addresses(), ElementsAre("2/R_W:9", "1/T:1", "1/R_W:8", "2/R_W:3", "1/R_W:4"));
     order("Address, rising");
