@@ -161,9 +161,10 @@ bool Exchange::mark(Clock::time_point now)
     };
     // What a two-wire adapter hears of its own sending looks like the answer to an echo, until it
     // has been heard to echo a read, or not to.
-    isForAdapter_ = settings_.mayMark && !collector_.knowsAdapter() && make(MarkerKind::readAlso);
-    if (isForAdapter_)
+    isForAdapter_ = settings_.mayMark && !collector_.knowsAdapter();
+    if (!collector_.knowsAdapter() && make(MarkerKind::readAlso))
         return true;
+    isForAdapter_ = false;
     const bool mayEcho = settings_.mayMark && (isAlone_ || !isWary(now));
     if (make(mayEcho && asked.mayEcho(current_.isRead()) ? MarkerKind::echo : MarkerKind::read))
         return true;
@@ -202,6 +203,7 @@ void Exchange::transmit(Clock::time_point now)
     markersLeft_ -= isMarking_ ? 1 : 0;
     Transmission& frame = isMarking_ ? marker_ : current_;
     collector_.begin(frame.sent, frame.replyLength);
+    otherwise_.reset();
     frame.number = ++transmissions_;
     frame.sendBegin = now;
     bytesCame_ = 0;
@@ -282,6 +284,11 @@ void Exchange::deadlinePassed(Clock::time_point now)
         collector_.wasSilence();
     if (isMarking_) {
         markerFinished(LineResult::timeout, now);
+        return;
+    }
+    if (otherwise_) {
+        current_.reception.bytes = answeredOtherwise_;
+        handOn(LineResult::reply, *otherwise_, now);
         return;
     }
     // There are controllers that drop their reply when they are asked again. One that has been

@@ -156,6 +156,7 @@ private:
     Clock::time_point heldUntil_{};
     QByteArray behind_;                         // came at once with a frame, and after it
     std::optional<OpenTransmission> otherwise_; // answered, with another value than was written
+    QByteArray answeredOtherwise_;              // namely
     int bytesCame_ = 0;                         // since the frame was sent
     Astray astray_;                             // of them, what was no reply
     Micros wireTime_{0};

@@ -51,12 +51,6 @@ void Exchange::bytesCame(const QByteArray& bytes, Clock::time_point now)
 void Exchange::takeArrival(Arrival arrival, Clock::time_point now)
 {
     reportStrays(now);
-    if (otherwise_) {
-        const OpenTransmission answered = *otherwise_;
-        otherwise_.reset();
-        handOn(LineResult::reply, answered, now);
-        return;
-    }
     if (arrival == Arrival::incomplete) {
         if (state_ == State::listening)
             line_.wakeAt(collector_.isEmpty() ? listenEnd_ : now + gap_.value());
@@ -107,7 +101,7 @@ bool Exchange::takeReply(LineResult result, Clock::time_point now)
     const Settled settled = settle(bytes, now);
     const std::optional<OpenTransmission>& answered = settled.answered;
     if (answered && answered->number == frame.number)
-        collector_.wasAnswer();
+        collector_.wasAnswer(bytesCame_ == bytes.size());
     if (isMarking_ && answered && endsDoubt(*answered, result, now)) {
         markerAnswered(result);
         flushBehind(now);
@@ -199,11 +193,12 @@ void Exchange::reportStrays(Clock::time_point now)
         stray.at = lastActivity_;
         if (stray.kind != StrayKind::echo) {
             const Settled settled = settle(stray.bytes, now);
-            // There are controllers that answer a write with what they made of the value.
-            if (state_ == State::awaitingReply && !isMarking_ &&
+            // There are controllers that answer a write with what they made of the value. So does
+            // a copy of the reply to the write before; then the very reply is still to come.
+            if (state_ == State::awaitingReply && !isMarking_ && !isWary(now) &&
                 settled.number() == current_.number) {
                 otherwise_ = settled.answered;
-                current_.reception.bytes = stray.bytes;
+                answeredOtherwise_ = stray.bytes;
                 continue;
             }
             stray.answers = settled.number();
@@ -232,6 +227,10 @@ void Exchange::flushBehind(Clock::time_point now)
 
 void Exchange::flushLateBytes(const QByteArray& bytes, Clock::time_point now)
 {
+    if (collector_.isEchoStillOut(bytes)) {
+        report({StrayKind::echo, bytes, now});
+        return;
+    }
     const Settled settled = settle(bytes, now);
     report({settled.kindOr(StrayKind::late), bytes, now, settled.number()});
 }

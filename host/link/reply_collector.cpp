@@ -54,10 +54,15 @@ QByteArray ReplyCollector::reply() const
     return reply_;
 }
 
-// A read is never answered with its own request, so it tells for certain.
-void ReplyCollector::wasAnswer()
+bool ReplyCollector::isEchoStillOut(const QByteArray& bytes) const
 {
-    if (!isReadFunction(functionOf(request_)))
+    return adapterEchoes_ && !echoStripped_ && bytes == request_;
+}
+
+// A read is never answered with its own request, so it tells for certain.
+void ReplyCollector::wasAnswer(bool cameAlone)
+{
+    if (!isReadFunction(functionOf(request_)) || (!cameAlone && !echoStripped_ && !echoIsBehind_))
         return;
     adapterEchoes_ = echoStripped_ || echoIsBehind_;
     knowsAdapter_ = true;

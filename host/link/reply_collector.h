@@ -61,8 +61,10 @@ public:
     QByteArray reply() const;
 
     // What was handed on answers what was sent since begin(): of a read that tells whether the
-    // adapter echoes.
-    void wasAnswer();
+    // adapter echoes, unless something else came, which may have been a garbled echo.
+    void wasAnswer(bool cameAlone);
+    // Is this what the adapter has still to echo of what was sent?
+    bool isEchoStillOut(const QByteArray& bytes) const;
     // Nothing came at all, nor an echo.
     void wasSilence();
     // Is it known whether the adapter echoes?

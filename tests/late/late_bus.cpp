@@ -59,6 +59,8 @@ void LateBus::send(const QByteArray& request, Clock::time_point now)
 {
     const Clock::time_point end = now + wire.characters(static_cast<int>(request.size()));
     const bool collided = occupy(now, end);
+    if (echoes)
+        deliver(request, end);
     for (auto& [number, station] : stations) {
         const bool isBroadcast = request.at(0) == 0;
         if (collided || (!isBroadcast && number != static_cast<unsigned char>(request.at(0))))

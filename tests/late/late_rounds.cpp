@@ -287,9 +287,18 @@ Tally playNetworkRound(unsigned seed, int requests)
     return playOn(world, requests);
 }
 
-Tally playModemRound(unsigned seed, int requests)
+Tally playEchoRound(unsigned seed, int requests)
 {
     LateWorld world(seed);
+    populate(world);
+    world.bus.echoes = true;
+    return playOn(world, requests);
+}
+
+namespace {
+
+void putBehindModem(LateWorld& world)
+{
     LateBus& bus = world.bus;
     const int stations = bus.between(1, 3);
     for (int number = 1; number <= stations; ++number) {
@@ -300,6 +309,23 @@ Tally playModemRound(unsigned seed, int requests)
         station.loses = bus.share() < 0.5 ? 0 : 0.1;
         station.diagnostics = bus.between(-1, 1);
     }
+}
+
+} // namespace
+
+Tally playModemRound(unsigned seed, int requests)
+{
+    LateWorld world(seed);
+    putBehindModem(world);
+    world.start();
+    return askAtRandom(world, requests);
+}
+
+Tally playLumpRound(unsigned seed, int requests)
+{
+    LateWorld world(seed);
+    putBehindModem(world);
+    world.bus.latency = milliseconds(world.bus.between(1, 60));
     world.start();
     return askAtRandom(world, requests);
 }

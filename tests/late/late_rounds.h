@@ -44,8 +44,14 @@ Tally playRound(unsigned seed, int requests);
 // The same over a network that hands on at intervals of up to 600 ms what has come by then.
 Tally playNetworkRound(unsigned seed, int requests);
 
+// The same with an adapter that hears what it sends.
+Tally playEchoRound(unsigned seed, int requests);
+
 // The same behind a radio modem that sends some replies twice.
 Tally playModemRound(unsigned seed, int requests);
+
+// The same with an adapter that hands on in one piece what came within some time.
+Tally playLumpRound(unsigned seed, int requests);
 
 } // namespace dov417
 

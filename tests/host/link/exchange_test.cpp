@@ -42,7 +42,7 @@ TEST(Exchange, WhatAnotherProgramAskedJustBeforeIsNotTakenForOurs)
     const Transmission ended = world.read(1, 0x300, 1);
     ASSERT_TRUE(isGood(ended));
     EXPECT_EQ(wordOf(ended, 0), LateBus::ownValue(1, 0x300));
-    EXPECT_EQ(world.markers, 2) << "a read that tells of the adapter, and an echo";
+    EXPECT_EQ(world.markers, 3) << "two reads, as something else came with the first, and an echo";
 }
 
 TEST(Exchange, NothingIsMarkedWhileAllIsWell)

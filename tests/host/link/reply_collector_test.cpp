@@ -180,7 +180,7 @@ protected:
         collector.begin(hex(readRequest), readReplyLength);
         ASSERT_EQ(add(readRequest), Arrival::incomplete);
         ASSERT_EQ(add(readReply), Arrival::reply);
-        collector.wasAnswer();
+        collector.wasAnswer(true);
         collector.takeStrays();
         collector.begin(hex(coilRequest), writeReplyLength);
     }
@@ -219,7 +219,7 @@ TEST_F(CollectingAWrite, AReadWithoutEchoEndsTheExpectationOfOne)
     learnEcho();
     collector.begin(hex(readRequest), readReplyLength);
     ASSERT_EQ(add(readReply), Arrival::reply);
-    collector.wasAnswer();
+    collector.wasAnswer(true);
     collector.begin(hex(coilRequest), writeReplyLength);
     EXPECT_EQ(add(coilRequest), Arrival::reply);
 }
@@ -230,6 +230,16 @@ TEST_F(CollectingAWrite, AReplyThatWasNoAnswerToWhatWasSentTellsNothingOfTheAdap
     learnEcho();
     collector.begin(hex(readRequest), readReplyLength);
     ASSERT_EQ(add(readReply), Arrival::reply);
+    collector.begin(hex(coilRequest), writeReplyLength);
+    EXPECT_EQ(add(coilRequest), Arrival::incomplete);
+}
+
+TEST_F(CollectingAWrite, AReplyBehindWhatMayHaveBeenAnEchoTellsNothingOfTheAdapter)
+{
+    learnEcho();
+    collector.begin(hex(readRequest), readReplyLength);
+    ASSERT_EQ(collector.add(hex("017091") + hex(readReply)), Arrival::reply);
+    collector.wasAnswer(false);
     collector.begin(hex(coilRequest), writeReplyLength);
     EXPECT_EQ(add(coilRequest), Arrival::incomplete);
 }
