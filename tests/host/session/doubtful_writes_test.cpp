@@ -11,8 +11,8 @@ namespace {
 
 using ::testing::HasSubstr;
 
-constexpr int r = 0x0500;      // R_W:0 on the line
-constexpr int clampedTo = 100; // by the controller
+constexpr int addressOfR = 0x0500; // R_W:0 on the line
+constexpr int clampedTo = 100;     // by the controller
 
 class DoubtfulWrites : public SessionOnALine {
 protected:
@@ -40,9 +40,9 @@ protected:
         sendReply = [this](const QByteArray& reply) {
             QByteArray said = reply;
             if (reply.at(1) == 6) {
-                registers[r + 10] = std::min(registers[r + 10], clampedTo);
+                registers[addressOfR + 10] = std::min(registers[addressOfR + 10], clampedTo);
                 said = reply.left(4);
-                said.append('\0').append(static_cast<char>(registers[r + 10]));
+                said.append('\0').append(static_cast<char>(registers[addressOfR + 10]));
                 said = withCrc(said);
             }
             slave.send(said);
@@ -54,7 +54,7 @@ protected:
 
 TEST_F(DoubtfulWrites, AValueThatTheControllerMadeAnotherOfIsNeverShown)
 {
-    registers[r + 10] = 7;
+    registers[addressOfR + 10] = 7;
     clamp();
     watch(words("R_W", 10));
     Result said;
