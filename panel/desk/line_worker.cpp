@@ -151,14 +151,15 @@ void LineWorker::portChanged(bool open, const std::string& message)
 void LineWorker::endWithPort(const std::string& message)
 {
     if (session_->writesUnderWay() > 0)
-        session_->endRequests(message + "; whether the controller has taken what was on its way is "
-                                        "not known");
+        session_->endRequests(
+            message + tr("; whether the controller has taken what was on its way is not known")
+                          .toStdString());
     else if (recipes_.isUnderWay())
         session_->endRequests(message);
     if (!state_.isUnlocked || state_.isSimulated)
         return;
     state_.isUnlocked = false;
-    note("writing is locked again");
+    note(tr("writing is locked again").toStdString());
 }
 
 void LineWorker::refuse(const std::string& reason)

@@ -70,7 +70,11 @@ Item pastedItem(const Library& library, const std::vector<std::string>& fields)
     try {
         requireTagName(name);
     } catch (const UsageFailure& failure) {
-        throw UsageFailure("the name '" + name + "' of " + fields.back() + ": " + failure.what());
+        throw UsageFailure(PanelTagTexts::tr("the name '%1' of %2: %3")
+                               .arg(QString::fromStdString(name),
+                                    QString::fromStdString(fields.back()),
+                                    QString::fromUtf8(failure.what()))
+                               .toStdString());
     }
     item.name = name;
     return item;
@@ -121,9 +125,11 @@ std::vector<unsigned char> bytesToWrite(const PanelValue& value, const std::stri
     if (!value.locked.empty())
         throw UsageFailure(value.locked);
     if (text.empty())
-        throw UsageFailure(value.address.width == Width::text
-                               ? "nothing is typed; an empty text is written \"\""
-                               : "nothing is typed");
+        throw UsageFailure(
+            (value.address.width == Width::text
+                 ? PanelTagTexts::tr("nothing is typed; an empty text is written \"\"")
+                 : PanelTagTexts::tr("nothing is typed"))
+                .toStdString());
     std::vector<unsigned char> bytes = valueBytes(value.address, value.label.format, {text});
     Item one = value.item;
     one.address = value.address;
