@@ -103,7 +103,7 @@ void Exchange::transact(const Transmission& request, Done done, Clock::time_poin
     current_.number = 0;
     current_.reception = Reception();
     done_ = std::move(done);
-    markersLeft_ = station().marksAtOnce(collector_.knowsAdapter());
+    markersLeft_ = station().marksAtOnce(collector_.knowsAdapter() || current_.isRead());
     holdEnd_ = Clock::time_point();
     doubtsBefore_ = doubts_;
     next(now);
@@ -113,6 +113,7 @@ void Exchange::transact(const Transmission& request, Done done, Clock::time_poin
 void Exchange::next(Clock::time_point now)
 {
     books_.expire(now);
+    hasHeardItself();
     isMarking_ = false;
     if (sendsNoMore_) {
         drop();
@@ -159,10 +160,10 @@ bool Exchange::mark(Clock::time_point now)
         marker_ = makeMarker(current_, books_, asked.lastAnswered, kind, nextMark_);
         return marker_.replyLength > 0;
     };
-    // What a two-wire adapter hears of its own sending looks like the answer to an echo, until it
-    // has been heard to echo a read, or not to.
+    // What a two-wire adapter hears of its own sending looks like the answer to an echo, and to a
+    // write, until it has been heard to echo a read, or not to. Before a read, that itself tells.
     isForAdapter_ = settings_.mayMark && !collector_.knowsAdapter();
-    if (!collector_.knowsAdapter() && make(MarkerKind::readAlso))
+    if (!collector_.knowsAdapter() && !current_.isRead() && make(MarkerKind::readAlso))
         return true;
     isForAdapter_ = false;
     const bool mayEcho = settings_.mayMark && (isAlone_ || !isWary(now));

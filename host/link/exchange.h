@@ -78,6 +78,7 @@ private:
         OpenTransmission lastAsked;               // that was no echo
         OpenTransmission lastAnswered;            // whose reply may come once more
         bool isNamed = false;                     // as slow
+        bool echoMayBeAdapters = false;           // that ended a doubt
         int marksAtOnce(bool knowsAdapter) const; // for one request
         bool mayEcho(bool beforeRead) const;      // as a marker
         void markWasAnswered(const OpenTransmission& marker);
@@ -88,6 +89,7 @@ private:
     void next(Clock::time_point now);
     void drop();
     bool mark(Clock::time_point now);
+    bool hasHeardItself();
     void beginSilence(Clock::time_point now);
     void transmit(Clock::time_point now);
     void armReplyTimer();

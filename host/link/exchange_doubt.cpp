@@ -69,8 +69,28 @@ bool Exchange::endsDoubt(const OpenTransmission& answered, LineResult result, Cl
     return (isMarkers && isCertain) || !isInDoubt(now);
 }
 
+// Where the adapter turns out to echo, what was taken for a station's echo has ended no doubt. Is
+// that so of the current request's station?
+bool Exchange::hasHeardItself()
+{
+    if (!collector_.knowsAdapter())
+        return false;
+    const bool isOwn = collector_.echoes() && station().echoMayBeAdapters;
+    for (Station& each : stations_) {
+        if (collector_.echoes() && each.echoMayBeAdapters) {
+            each.isUnknown = true;
+            each.numbersEchoes = each.hasAnsweredRead = false;
+            each.marksUnanswered = 0;
+        }
+        each.echoMayBeAdapters = false;
+    }
+    return isOwn;
+}
+
 void Exchange::markerAnswered(LineResult result)
 {
+    station().echoMayBeAdapters =
+        isEcho(marker_.sent) && result == LineResult::reply && !collector_.knowsAdapter();
     // One that is asked for the adapter's sake comes besides.
     if (!isForAdapter_ || !station().isUnknown)
         station().markWasAnswered(openOf(marker_));

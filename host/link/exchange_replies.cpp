@@ -98,6 +98,12 @@ bool Exchange::takeReply(LineResult result, Clock::time_point now)
 {
     Transmission& frame = isMarking_ ? marker_ : current_;
     const QByteArray bytes = frame.reception.bytes;
+    if (!isMarking_ && hasHeardItself()) {
+        // Nothing has told yet that no other's reply was still to come.
+        report({StrayKind::late, bytes, now, 0});
+        finish(LineResult::timeout);
+        return true;
+    }
     const Settled settled = settle(bytes, now);
     const std::optional<OpenTransmission>& answered = settled.answered;
     if (answered && answered->number == frame.number)

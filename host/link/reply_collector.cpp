@@ -78,6 +78,11 @@ bool ReplyCollector::knowsAdapter() const
     return knowsAdapter_;
 }
 
+bool ReplyCollector::echoes() const
+{
+    return adapterEchoes_;
+}
+
 QList<Stray> ReplyCollector::takeStrays()
 {
     QList<Stray> taken;

@@ -69,6 +69,8 @@ public:
     void wasSilence();
     // Is it known whether the adapter echoes?
     bool knowsAdapter() const;
+    // As far as is known.
+    bool echoes() const;
 
     // Everything met since the last call that was no reply.
     QList<Stray> takeStrays();

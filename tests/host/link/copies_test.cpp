@@ -170,33 +170,63 @@ TEST_F(OnAnEchoingAdapter, TheReplyToAnotherRequestDoesNotMakeItOneThatHearsNoth
 
 // What is heard first is the marker itself: the reply to what another program has asked is still to
 // come.
-TEST_F(Copies, TheEchoOfAMarkerIsNotItsAnswer)
+TEST_F(Copies, TheEchoOfAMarkerIsNotItsAnswerToARead)
 {
-    for (const char* const request : {"010302000001", "010610000005"}) {
-        HandLine each;
-        each.settings.isShared = true;
-        each.start();
-        each.ask(request, request[3] == '3' ? 7 : 8);
-        for (std::size_t heard = 0; heard < each.sent.size() && !each.ended; ++heard) {
-            ASSERT_NE(each.sent.at(heard), whole(request)) << "not while the doubt is there";
-            each.exchange->bytesCame(each.sent.at(heard), each.now);
-            each.pass(milliseconds(10));
-        }
-        ASSERT_EQ(each.sent.size(), 1U) << "the marker is not answered yet";
-        each.comeWhole("01030299AA"); // the other's
-        each.pass(milliseconds(150));
-        if (each.sent.size() == 1) // one of another length was the marker
-            each.comeWhole("01030411AA22BB");
-        each.pass(milliseconds(10));
-        ASSERT_EQ(each.sent.size(), 2U);
-        each.exchange->bytesCame(each.sent.at(1), each.now);
-        each.pass(milliseconds(200));
-        EXPECT_EQ(each.sent.size(), 2U) << "an echo with a number: " << request;
-        each.exchange->bytesCame(each.sent.at(1), each.now);
-        each.pass(milliseconds(10));
-        ASSERT_EQ(each.sent.size(), 3U);
-        EXPECT_EQ(each.sent.at(2), whole(request));
+    const char* const request = "010302000001";
+    line.settings.isShared = true;
+    line.start();
+    line.ask(request, 7);
+    for (std::size_t heard = 0; heard < 2; ++heard) {
+        ASSERT_EQ(line.sent.size(), heard + 1);
+        line.exchange->bytesCame(line.sent.back(), line.now);
+        line.pass(milliseconds(10));
     }
+    EXPECT_EQ(line.sent.back(), whole(request));
+    line.comeWhole("01030299AA"); // the other's
+    ASSERT_TRUE(line.ended.has_value());
+    EXPECT_EQ(line.ended->reception.result, LineResult::timeout);
+    EXPECT_EQ(line.strays.back().kind, StrayKind::late);
+
+    line.pass(milliseconds(10));
+    line.ask(request, 7);
+    ASSERT_EQ(line.sent.size(), 3U);
+    EXPECT_EQ(line.sent.at(2).at(1), 8) << "an echo with a number";
+    line.exchange->bytesCame(line.sent.at(2), line.now);
+    line.pass(milliseconds(200));
+    ASSERT_EQ(line.sent.size(), 3U) << "only the adapter was heard";
+    line.exchange->bytesCame(line.sent.at(2), line.now);
+    line.pass(milliseconds(10));
+    ASSERT_EQ(line.sent.size(), 4U);
+    EXPECT_EQ(line.sent.back(), whole(request));
+    line.exchange->bytesCame(line.sent.back(), line.now);
+    line.comeWhole("01030211BB");
+    ASSERT_TRUE(line.ended.has_value());
+    EXPECT_EQ(line.ended->reception.result, LineResult::reply);
+}
+
+// Nor does it stand before a write, whose own echo would confirm it.
+TEST_F(Copies, TheEchoOfAMarkerIsNotItsAnswerToAWrite)
+{
+    const char* const request = "010610000005";
+    line.settings.isShared = true;
+    line.start();
+    line.ask(request, 8);
+    ASSERT_EQ(line.sent.size(), 1U);
+    EXPECT_EQ(line.sent.front().at(1), 3) << "a read, which is no write's echo";
+    line.exchange->bytesCame(line.sent.front(), line.now);
+    line.comeWhole("01030299AA"); // the other's
+    line.pass(milliseconds(150));
+    if (line.sent.size() == 1) // one of another length was the marker
+        line.comeWhole("01030411AA22BB");
+    line.pass(milliseconds(10));
+    ASSERT_EQ(line.sent.size(), 2U);
+    line.exchange->bytesCame(line.sent.at(1), line.now);
+    line.pass(milliseconds(200));
+    EXPECT_EQ(line.sent.size(), 2U) << "an echo with a number";
+    line.exchange->bytesCame(line.sent.at(1), line.now);
+    line.pass(milliseconds(10));
+    ASSERT_EQ(line.sent.size(), 3U);
+    EXPECT_EQ(line.sent.at(2), whole(request));
 }
 
 // There are controllers that answer with what they made of the value.

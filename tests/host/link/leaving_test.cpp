@@ -135,14 +135,12 @@ TEST_F(ALineThatIsLeft, CarriesNoRequestBehindAMarker)
     line.settings.isShared = true;
     start();
     line.ask(oneRegister, itsLength);
-    line.comeWhole("01030400070008"); // to a read of another length, which tells of the adapter
-    line.pass(milliseconds(10));
-    ASSERT_EQ(line.sent.size(), 2U);
+    ASSERT_EQ(line.sent.size(), 1U);
     line.exchange->sendNoMore();
-    line.exchange->bytesCame(line.sent.back(), line.now); // the echo
+    line.exchange->bytesCame(line.sent.front(), line.now); // the echo
     EXPECT_TRUE(isQuiet());
     line.pass(seconds(10));
-    EXPECT_EQ(line.sent.size(), 2U);
+    EXPECT_EQ(line.sent.size(), 1U);
 }
 
 TEST_F(ALineThatIsLeft, IsUsedAgainOnceItIsOpenedAgain)
