@@ -121,6 +121,19 @@ void Books::expire(Clock::time_point now)
     forgetOldest();
 }
 
+void Books::reopen(const OpenTransmission& transmission)
+{
+    const auto isIt = [&transmission](const OpenTransmission& other) {
+        return other.number == transmission.number;
+    };
+    over_.erase(std::remove_if(over_.begin(), over_.end(), isIt), over_.end());
+    const auto later =
+        std::find_if(open_.begin(), open_.end(), [&transmission](const OpenTransmission& other) {
+            return other.number > transmission.number;
+        });
+    open_.insert(later, transmission);
+}
+
 // A line may be dead for months.
 void Books::forgetOldest()
 {

@@ -40,6 +40,8 @@ public:
     std::optional<OpenTransmission> take(const QByteArray& frame);
     // The same, closing nothing: the frame may as well answer what another program has sent.
     std::optional<OpenTransmission> find(const QByteArray& frame) const;
+    // Something else was taken for its answer.
+    void reopen(const OpenTransmission& transmission);
     // Are all transmissions that it can belong to the same request?
     bool isOfOneRequest(const QByteArray& frame) const;
     // Could it be the reply to a transmission that is answered no more? Such a reply is one too

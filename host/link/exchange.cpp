@@ -42,6 +42,7 @@ void Exchange::start(const ExchangeSettings& settings, Clock::time_point now)
         // What a station takes is the same on a cable that was pulled for a while.
         each.listenUntil = now;
         each.isUnknown = settings.isShared;
+        each.wasAdapters = false;
         each.marksUnanswered = 0;
         each.hasAnsweredRead = false;
         each.numbersEchoes = false;
@@ -113,7 +114,7 @@ void Exchange::transact(const Transmission& request, Done done, Clock::time_poin
 void Exchange::next(Clock::time_point now)
 {
     books_.expire(now);
-    hasHeardItself();
+    learnOfAdapter();
     isMarking_ = false;
     if (sendsNoMore_) {
         drop();

@@ -69,16 +69,18 @@ private:
         StationTimeout timeout;
         ReplyPace pace;
         Clock::time_point listenUntil{};
-        bool isUnknown = true;                    // another program may have asked it just now
-        int marksUnanswered = 0;                  // since then
-        bool hasAnsweredRead = false;             // as a marker, once since then
-        bool numbersEchoes = false;               // it has sent one back
-        bool markFailed = false;                  // the last marker was not answered
-        int marksIgnored = 0;                     // so often it answered something else afterwards
-        OpenTransmission lastAsked;               // that was no echo
-        OpenTransmission lastAnswered;            // whose reply may come once more
-        bool isNamed = false;                     // as slow
-        bool echoMayBeAdapters = false;           // that ended a doubt
+        bool isUnknown = true;         // another program may have asked it just now
+        int marksUnanswered = 0;       // since then
+        bool hasAnsweredRead = false;  // as a marker, once since then
+        bool numbersEchoes = false;    // it has sent one back
+        bool markFailed = false;       // the last marker was not answered
+        int marksIgnored = 0;          // so often it answered something else afterwards
+        OpenTransmission lastAsked;    // that was no echo
+        OpenTransmission lastAnswered; // whose reply may come once more
+        bool isNamed = false;          // as slow
+        // Ended a doubt before it was known whether it was the adapter that was heard.
+        std::optional<OpenTransmission> trustedEcho;
+        bool wasAdapters = false; // it was that, and no marker has been answered since
         int marksAtOnce(bool knowsAdapter) const; // for one request
         bool mayEcho(bool beforeRead) const;      // as a marker
         void markWasAnswered(const OpenTransmission& marker);
@@ -89,7 +91,8 @@ private:
     void next(Clock::time_point now);
     void drop();
     bool mark(Clock::time_point now);
-    bool hasHeardItself();
+    void learnOfAdapter();
+    bool isDropped(Clock::time_point now);
     void beginSilence(Clock::time_point now);
     void transmit(Clock::time_point now);
     void armReplyTimer();
@@ -138,6 +141,7 @@ private:
     Transmission marker_;
     bool isMarking_ = false;    // the frame to be sent or on the line is the marker
     bool isAlone_ = false;      // no other echo is to be answered besides the marker
+    bool trustsEchoes_ = false; // some ended a doubt while the adapter was not known
     bool isForAdapter_ = false; // the marker is one that the adapter's echo cannot be taken for
     int markersLeft_ = 0;       // that may go out for the current request
     long long transmissions_ = 0;

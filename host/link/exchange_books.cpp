@@ -31,6 +31,7 @@ Exchange::Settled Exchange::settle(const QByteArray& frame, Clock::time_point no
     Settled settled;
     if (!hasGoodCrc(frame))
         return settled;
+    learnOfAdapter();
     astray_.lineWasSound = true;
     settled.answered =
         isEcho(frame) || !mayBeOthers(frame, now) ? books_.take(frame) : books_.find(frame);

@@ -69,28 +69,31 @@ bool Exchange::endsDoubt(const OpenTransmission& answered, LineResult result, Cl
     return (isMarkers && isCertain) || !isInDoubt(now);
 }
 
-// Where the adapter turns out to echo, what was taken for a station's echo has ended no doubt. Is
-// that so of the current request's station?
-bool Exchange::hasHeardItself()
+// Where the adapter turns out to echo, what was taken for a station's echo has ended no doubt.
+void Exchange::learnOfAdapter()
 {
-    if (!collector_.knowsAdapter())
-        return false;
-    const bool isOwn = collector_.echoes() && station().echoMayBeAdapters;
+    if (!trustsEchoes_ || !collector_.knowsAdapter())
+        return;
+    trustsEchoes_ = false;
     for (Station& each : stations_) {
-        if (collector_.echoes() && each.echoMayBeAdapters) {
+        if (collector_.echoes() && each.trustedEcho) {
+            books_.reopen(*each.trustedEcho);
             each.isUnknown = true;
             each.numbersEchoes = each.hasAnsweredRead = false;
             each.marksUnanswered = 0;
+            each.wasAdapters = true;
         }
-        each.echoMayBeAdapters = false;
+        each.trustedEcho.reset();
     }
-    return isOwn;
 }
 
 void Exchange::markerAnswered(LineResult result)
 {
-    station().echoMayBeAdapters =
-        isEcho(marker_.sent) && result == LineResult::reply && !collector_.knowsAdapter();
+    station().wasAdapters = false;
+    if (isEcho(marker_.sent) && result == LineResult::reply && !collector_.knowsAdapter()) {
+        station().trustedEcho = openOf(marker_);
+        trustsEchoes_ = true;
+    }
     // One that is asked for the adapter's sake comes besides.
     if (!isForAdapter_ || !station().isUnknown)
         station().markWasAnswered(openOf(marker_));

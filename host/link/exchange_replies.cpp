@@ -29,7 +29,7 @@ void Exchange::bytesCame(const QByteArray& bytes, Clock::time_point now)
         break;
     case State::silence:
         flushLateBytes(bytes, now);
-        if (doubts_ != doubtsBefore_)
+        if (doubts_ != doubtsBefore_ || station().wasAdapters)
             next(now);
         else
             beginSilence(now);
@@ -98,16 +98,15 @@ bool Exchange::takeReply(LineResult result, Clock::time_point now)
 {
     Transmission& frame = isMarking_ ? marker_ : current_;
     const QByteArray bytes = frame.reception.bytes;
-    if (!isMarking_ && hasHeardItself()) {
-        // Nothing has told yet that no other's reply was still to come.
-        report({StrayKind::late, bytes, now, 0});
-        finish(LineResult::timeout);
-        return true;
-    }
+    const bool wasListening = state_ == State::listening;
+    if (isDropped(now))
+        return !wasListening;
     const Settled settled = settle(bytes, now);
     const std::optional<OpenTransmission>& answered = settled.answered;
     if (answered && answered->number == frame.number)
         collector_.wasAnswer(bytesCame_ == bytes.size());
+    if (isDropped(now)) // its echo may have come behind the reply
+        return !wasListening;
     if (isMarking_ && answered && endsDoubt(*answered, result, now)) {
         markerAnswered(result);
         flushBehind(now);
@@ -122,6 +121,18 @@ bool Exchange::takeReply(LineResult result, Clock::time_point now)
         return false;
     }
     handOn(result, *answered, now);
+    return true;
+}
+
+// Nothing has told yet that no other's reply was still to come.
+bool Exchange::isDropped(Clock::time_point now)
+{
+    learnOfAdapter();
+    if (isMarking_ || !station().wasAdapters)
+        return false;
+    report({StrayKind::late, current_.reception.bytes, now, 0});
+    if (state_ != State::listening)
+        finish(LineResult::timeout);
     return true;
 }
 

@@ -639,7 +639,7 @@ class Recipe(EndToEnd):
 
     def test_a_recipe_that_is_cut_off_says_how_much_was_done(self):
         tags = self.write_file("long.csv", "name,register,address,count\nlong,R_W,100,600\n")
-        controller = self.controller("--still", "--fault", "exception:4=every:3")
+        controller = self.controller("--still", "--fault", "exception:4=every:4")
         file = self.write_file("recipe.json", json.dumps({"long": list(range(600))}))
         err = self.fails("recipe", "download", file, "--tags", tags, "--port", controller.port,
                          "--retries", "1", "--no-function-8")  # fmt: skip
