@@ -96,7 +96,7 @@ void Exchange::takeArrival(Arrival arrival, Clock::time_point now)
 // was another request.
 bool Exchange::takeReply(LineResult result, Clock::time_point now)
 {
-    Transmission& frame = isMarking_ ? marker_ : current_;
+    const Transmission& frame = isMarking_ ? marker_ : current_;
     const QByteArray bytes = frame.reception.bytes;
     const bool wasListening = state_ == State::listening;
     if (isDropped(now))

@@ -95,7 +95,9 @@ QString historyText(const LinkHistory& history, Clock::time_point begin)
     for (int i = 0; i < linkStandings; ++i) {
         const LinkStanding standing = static_cast<LinkStanding>(i);
         const Clock::duration sum = sums.at(static_cast<std::size_t>(i));
-        if (sum.count() == 0)
+        // Between a project and its line there are some milliseconds.
+        const bool isShownAsNothing = sum < std::chrono::milliseconds(50);
+        if (sum.count() == 0 || (isShownAsNothing && history.stretches().size() > 1))
             continue;
         const auto times = std::count_if(
             history.stretches().begin(), history.stretches().end(),

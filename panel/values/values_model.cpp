@@ -31,13 +31,16 @@ void ValuesModel::beginAnew()
     endResetModel();
 }
 
-void ValuesModel::makeSearched() const
+const std::vector<QString>& ValuesModel::searched() const
 {
+    if (!searched_.empty())
+        return searched_;
     searched_.reserve(desk_.tags().values.size());
     for (const PanelValue& each : desk_.tags().values)
         searched_.push_back(QString::fromStdString(each.label.name + '\n' + each.label.address +
                                                    '\n' + each.item.comment + '\n') +
                             stationName(each));
+    return searched_;
 }
 
 // Where it has one: its number stands in the address.
@@ -133,9 +136,7 @@ bool ValuesModel::isBefore(int left, int right, int column) const
 
 bool ValuesModel::holds(int row, const QString& text) const
 {
-    if (searched_.empty())
-        makeSearched();
-    return searched_.at(static_cast<std::size_t>(row)).contains(text, Qt::CaseInsensitive);
+    return searched().at(static_cast<std::size_t>(row)).contains(text, Qt::CaseInsensitive);
 }
 
 QVariant ValuesModel::data(const QModelIndex& index, int role) const

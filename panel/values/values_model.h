@@ -53,7 +53,8 @@ private:
     void tell(const std::vector<Address>& addresses);
     QString text(const PanelValue& value, int column) const;
     QString stationName(const PanelValue& each) const;
-    void makeSearched() const;
+    // What is looked through: made when somebody searches.
+    const std::vector<QString>& searched() const;
 
     PanelDesk& desk_;
     std::unordered_map<Address, std::vector<int>, AddressHash> rows_;
