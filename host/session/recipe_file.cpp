@@ -88,6 +88,7 @@ RecipeEntry entryOf(const Item& item, const Json& values)
 {
     const std::vector<Json> list = listOf(values);
     std::vector<std::string> texts;
+    texts.reserve(list.size());
     for (const Json& value : list)
         texts.push_back(textOf(value));
     requireCount(valueCount(item.address), texts);
