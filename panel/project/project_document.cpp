@@ -41,6 +41,12 @@ ProjectDocument::ProjectDocument(PanelDesk& desk) : desk_(desk)
     });
 }
 
+// A history that ends is empty, and tells so: of what is going, too.
+ProjectDocument::~ProjectDocument()
+{
+    history_.disconnect(this);
+}
+
 void ProjectDocument::addPage(PanelPage* page)
 {
     const std::string name = page->settingsName();

@@ -50,6 +50,7 @@ public:
 
     // The desk is to outlive it.
     explicit ProjectDocument(PanelDesk& desk);
+    ~ProjectDocument() override;
 
     // Before anything is opened. The page is to outlive the document's use.
     void addPage(PanelPage* page);
