@@ -86,9 +86,12 @@ bool waitUntil(const std::function<bool()>& condition)
     QObject::connect(&watchdog, &QTimer::timeout, &watchdog, [&patient]() { patient = false; });
     watchdog.start(patienceMilliseconds);
     QEventLoop loop;
-    while (patient && !condition())
+    while (!condition()) { // asked once more, one that does something may say something else
+        if (!patient)
+            return false;
         loop.processEvents(QEventLoop::WaitForMoreEvents);
-    return condition();
+    }
+    return true;
 }
 
 } // namespace dov417
