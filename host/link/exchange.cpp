@@ -163,10 +163,11 @@ bool Exchange::mark(Clock::time_point now)
     };
     // What a two-wire adapter hears of its own sending looks like the answer to an echo, and to a
     // write, until it has been heard to echo a read, or not to. Before a read, that itself tells.
-    isForAdapter_ = settings_.mayMark && !collector_.knowsAdapter();
-    if (!collector_.knowsAdapter() && !current_.isRead() && make(MarkerKind::readAlso))
+    const bool isFirstWrite =
+        !collector_.knowsAdapter() && !current_.isRead() && make(MarkerKind::readAlso);
+    isForAdapter_ = isFirstWrite && settings_.mayMark;
+    if (isFirstWrite)
         return true;
-    isForAdapter_ = false;
     const bool mayEcho = settings_.mayMark && (isAlone_ || !isWary(now));
     if (make(mayEcho && asked.mayEcho(current_.isRead()) ? MarkerKind::echo : MarkerKind::read))
         return true;

@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include "late_bus.h"
+#include "line/frame_length.h"
 
 namespace {
 
@@ -96,16 +97,6 @@ int openTerminal()
     return tcsetattr(descriptor, TCSANOW, &raw) == 0 ? descriptor : -1;
 }
 
-// Of the request at the front; 0: not known yet.
-int lengthOf(const QByteArray& bytes)
-{
-    constexpr int shortest = 8;
-    constexpr int withoutData = 9;
-    if (bytes.size() < shortest)
-        return 0;
-    return bytes.at(1) != 16 ? shortest : withoutData + static_cast<unsigned char>(bytes.at(6));
-}
-
 int untilNext(const LateBus& bus)
 {
     const Clock::time_point next = bus.nextEvent();
@@ -127,8 +118,8 @@ void serve(LateBus& bus, int terminal)
         if (count > 0)
             pending.append(buffer, static_cast<int>(count));
         const Clock::time_point now = Clock::now();
-        for (int length = lengthOf(pending); length > 0 && pending.size() >= length;
-             length = lengthOf(pending)) {
+        for (int length = lengthOfRequest(pending); length > 0 && pending.size() >= length;
+             length = lengthOfRequest(pending)) {
             bus.send(pending.left(length), now);
             pending.remove(0, length);
         }

@@ -3,6 +3,7 @@
 #define DOV417_TESTS_PANEL_WORLD_H
 
 #include <QSettings>
+#include <QTableView>
 #include <QTemporaryDir>
 #include <csignal>
 #include <fstream>
@@ -24,6 +25,15 @@ inline void withoutPlatformWords(QtMsgType type, const QMessageLogContext& conte
 {
     if (!message.startsWith("This plugin does not support"))
         withoutDebugLines(type, context, message);
+}
+
+// What a column of a table shows, row by row.
+inline std::vector<std::string> shownIn(const QTableView& table, int column)
+{
+    std::vector<std::string> texts;
+    for (int row = 0; row < table.model()->rowCount(); ++row)
+        texts.push_back(table.model()->index(row, column).data().toString().toStdString());
+    return texts;
 }
 
 class PanelWorld : public LoadedLibrary {

@@ -127,6 +127,14 @@ protected:
         line.pass(milliseconds(10));
         ASSERT_TRUE(line.ended.has_value());
     }
+
+    void expectNoWriteIsConfirmedByItsEcho()
+    {
+        line.pass(milliseconds(10));
+        ask("010610000005", 8);
+        line.pass(seconds(20));
+        expectNothing();
+    }
 };
 
 // A reply that comes late, before anything is sent, has no echo before it, and tells nothing of the
@@ -142,10 +150,7 @@ TEST_F(OnAnEchoingAdapter, ALateReplyDoesNotMakeItOneThatHearsNothing)
     ASSERT_TRUE(line.ended.has_value());
     ASSERT_EQ(line.ended->reception.result, LineResult::reply);
 
-    line.pass(milliseconds(10));
-    ask("010610000005", 8);
-    line.pass(seconds(20));
-    expectNothing();
+    expectNoWriteIsConfirmedByItsEcho();
 }
 
 // One that comes between the echo and the reply, too.
@@ -162,10 +167,7 @@ TEST_F(OnAnEchoingAdapter, TheReplyToAnotherRequestDoesNotMakeItOneThatHearsNoth
     ASSERT_TRUE(line.ended.has_value());
     ASSERT_EQ(line.ended->reception.result, LineResult::reply);
 
-    line.pass(milliseconds(10));
-    ask("010610000005", 8);
-    line.pass(seconds(20));
-    expectNothing();
+    expectNoWriteIsConfirmedByItsEcho();
 }
 
 // What is heard first is the marker itself: the reply to what another program has asked is still to

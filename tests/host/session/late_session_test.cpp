@@ -10,6 +10,7 @@
 #include <string>
 
 #include "late_bus.h"
+#include "line/frame_length.h"
 #include "loaded_library.h"
 #include "pty_slave.h"
 #include "session/session.h"
@@ -47,20 +48,11 @@ public:
     LateBus bus;
 
 private:
-    static int lengthOf(const QByteArray& bytes)
-    {
-        constexpr int shortest = 8;
-        constexpr int withoutData = 9;
-        if (bytes.size() < shortest)
-            return 0;
-        return bytes.at(1) != 16 ? shortest : withoutData + static_cast<unsigned char>(bytes.at(6));
-    }
-
     void hear(const QByteArray& bytes)
     {
         pending_ += bytes;
-        for (int length = lengthOf(pending_); length > 0 && pending_.size() >= length;
-             length = lengthOf(pending_)) {
+        for (int length = lengthOfRequest(pending_); length > 0 && pending_.size() >= length;
+             length = lengthOfRequest(pending_)) {
             bus.send(pending_.left(length), Clock::now());
             pending_.remove(0, length);
         }

@@ -84,11 +84,7 @@ protected:
     }
     std::vector<std::string> column(const char* table, int number) const
     {
-        const QAbstractItemModel* const model = page->findChild<QTableView*>(table)->model();
-        std::vector<std::string> texts;
-        for (int row = 0; row < model->rowCount(); ++row)
-            texts.push_back(model->index(row, number).data().toString().toStdString());
-        return texts;
+        return shownIn(*page->findChild<QTableView*>(table), number);
     }
     // What the driver has asked for since, "words: count".
     void follow()

@@ -27,11 +27,7 @@ protected:
     }
     std::vector<std::string> addresses() const
     {
-        std::vector<std::string> texts;
-        for (int row = 0; row < table->model()->rowCount(); ++row)
-            texts.push_back(
-                table->model()->index(row, ValuesModel::address).data().toString().toStdString());
-        return texts;
+        return shownIn(*table, ValuesModel::address);
     }
     QSplitter& splitter(const char* name) const
     {

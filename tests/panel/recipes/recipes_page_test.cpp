@@ -86,10 +86,7 @@ protected:
     }
     std::vector<std::string> column(RecipeModel::Column column) const
     {
-        std::vector<std::string> texts;
-        for (int row = 0; row < table->model()->rowCount(); ++row)
-            texts.push_back(table->model()->index(row, column).data().toString().toStdString());
-        return texts;
+        return shownIn(*table, column);
     }
     std::string result() const
     {

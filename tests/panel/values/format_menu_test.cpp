@@ -20,11 +20,7 @@ protected:
     }
     std::vector<std::string> values() const
     {
-        std::vector<std::string> texts;
-        for (int row = 0; row < table->model()->rowCount(); ++row)
-            texts.push_back(
-                table->model()->index(row, ValuesModel::value).data().toString().toStdString());
-        return texts;
+        return shownIn(*table, ValuesModel::value);
     }
     void choose(int row, const char* format)
     {

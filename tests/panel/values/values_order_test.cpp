@@ -26,10 +26,7 @@ protected:
     }
     std::vector<std::string> column(ValuesModel::Column which) const
     {
-        std::vector<std::string> texts;
-        for (int row = 0; row < table->model()->rowCount(); ++row)
-            texts.push_back(table->model()->index(row, which).data().toString().toStdString());
-        return texts;
+        return shownIn(*table, which);
     }
     std::vector<std::string> addresses() const
     {
