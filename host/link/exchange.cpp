@@ -285,10 +285,6 @@ void Exchange::deadlinePassed(Clock::time_point now)
     // An echo would have been heard by now. Over a network it may still be under way.
     if (bytesCame_ == 0 && settings_.bytesTakeTime)
         collector_.wasSilence();
-    if (isMarking_) {
-        markerFinished(LineResult::timeout, now);
-        return;
-    }
     if (otherwise_) {
         current_.reception.bytes = answeredOtherwise_;
         handOn(LineResult::reply, *otherwise_, now);
@@ -300,9 +296,13 @@ void Exchange::deadlinePassed(Clock::time_point now)
     if (!current_.isToSilent) {
         late.timeout.passed(settings_.timeout);
         if (!late.timeout.hasGrownInVain() && !settings_.timeout.isFixed)
-            late.listenUntil = current_.sendEnd + late.timeout.value(settings_.timeout);
+            late.listenUntil =
+                (isMarking_ ? marker_ : current_).sendEnd + late.timeout.value(settings_.timeout);
     }
-    finish(LineResult::timeout);
+    if (isMarking_)
+        markerFinished(LineResult::timeout, now);
+    else
+        finish(LineResult::timeout);
 }
 
 void Exchange::finish(LineResult result)

@@ -31,6 +31,28 @@ TEST(Exchange, AControllerThatIsSlowerThanTheTimeoutIsWaitedForLonger)
     EXPECT_LE(world.markers, 2);
 }
 
+// It drops its reply when it is asked again: asked too soon, again and again, it would never speak.
+TEST(Exchange, AStationIsListenedToAfterAMarkerToo)
+{
+    for (const int diagnostics : {1, 0, -1})
+        for (const int delay : {900, 2500, 3900}) {
+            LateWorld world(1);
+            LateStation& station = world.bus.stations[1];
+            station.delay = [delay]() { return milliseconds(delay); };
+            station.dropsWhenAskedAgain = true;
+            station.diagnostics = diagnostics;
+            world.start();
+            int good = 0;
+            for (int i = 0; i < 60; ++i) {
+                Transmission ended;
+                for (int attempt = 0; attempt < 3 && !isGood(ended); ++attempt)
+                    ended = world.read(1, 0x100 + 2 * (i % 5), 1);
+                good += isGood(ended) ? 1 : 0;
+            }
+            EXPECT_GE(good, 58) << delay << " ms, function 8: " << diagnostics;
+        }
+}
+
 TEST(Exchange, WhatAnotherProgramAskedJustBeforeIsNotTakenForOurs)
 {
     LateWorld world(1);

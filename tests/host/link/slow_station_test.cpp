@@ -55,6 +55,23 @@ TEST(ASlowStation, IsNamedWithTheMostThatItMayBeGiven)
                                     "raise --timeout-max"});
 }
 
+TEST(ASlowStation, IsSentNothingElseForSomeTimeAfterAMarkerEither)
+{
+    HandLine line;
+    line.settings.isShared = true;
+    line.start();
+    line.askRead(slowRead, 1);
+    line.pass(milliseconds(990)); // twice the time-out, and the marker's own time
+    ASSERT_EQ(line.sent.size(), 1U);
+    line.exchange->bytesCame(line.sent.front(), line.now); // as late as that, its echo
+    line.pass(line.settings.replyGap + milliseconds(5));
+    ASSERT_EQ(line.sent.size(), 2U);
+    EXPECT_EQ(line.sent.back(), withCrc(QByteArray::fromHex(slowRead)));
+    line.comeWhole(slowReply);
+    ASSERT_TRUE(line.ended.has_value());
+    EXPECT_EQ(line.ended->reception.result, LineResult::reply);
+}
+
 TEST(AStationThatWasSwitchedOff, IsNotTakenToBeSlow)
 {
     HandLine line;
