@@ -168,11 +168,28 @@ bool Exchange::mark(Clock::time_point now)
     isForAdapter_ = isFirstWrite && settings_.mayMark;
     if (isFirstWrite)
         return true;
+    // It may say nothing to an echo, and the next probe is far off.
+    if (current_.isProbe() && !asked.numbersEchoes)
+        return make(MarkerKind::read) || repeatOpenRead();
     const bool mayEcho = settings_.mayMark && (isAlone_ || !isWary(now));
     if (make(mayEcho && asked.mayEcho(current_.isRead()) ? MarkerKind::echo : MarkerKind::read))
         return true;
     // Reads of every length may be out already.
     return mayEcho && asked.numbersEchoes && make(MarkerKind::echo);
+}
+
+// What the station was silent to, once more: all that look like its reply answer the same.
+bool Exchange::repeatOpenRead()
+{
+    const auto alike = books_.mistakable(current_.sent, current_.replyLength);
+    if (!alike)
+        return false;
+    marker_ = Transmission();
+    marker_.sent = alike->sent;
+    marker_.replyLength = alike->replyLength;
+    marker_.isMarker = true;
+    marker_.request.station = stationOf(alike->sent);
+    return true;
 }
 
 void Exchange::listen(Clock::time_point until)

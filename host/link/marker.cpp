@@ -86,7 +86,8 @@ Transmission makeMarker(const Transmission& asked, const Books& books,
             take(words - length);
         for (int words = maxMarkerWords + 1; words < length; ++words)
             take(words - length);
-        for (int more = 1; more <= maxLonger; ++more) // what lies behind may not be there
+        // What lies behind may not be there.
+        for (int more = 1; more <= maxLonger || length + more <= maxMarkerWords; ++more)
             take(more);
     }
     marker.isMarker = true;
