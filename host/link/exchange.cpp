@@ -170,7 +170,7 @@ bool Exchange::mark(Clock::time_point now)
         return true;
     // It may say nothing to an echo, and the next probe is far off.
     if (current_.isProbe() && !asked.numbersEchoes)
-        return make(MarkerKind::read) || repeatOpenRead();
+        return make(MarkerKind::readOfProbe) || repeatOpenRead();
     const bool mayEcho = settings_.mayMark && (isAlone_ || !isWary(now));
     if (make(mayEcho && asked.mayEcho(current_.isRead()) ? MarkerKind::echo : MarkerKind::read))
         return true;
@@ -308,11 +308,12 @@ void Exchange::deadlinePassed(Clock::time_point now)
         return;
     }
     // There are controllers that drop their reply when they are asked again. One that has been
-    // silent for some time is not waited for: others wait meanwhile.
+    // silent for some time is not waited for: others wait meanwhile. To an echo it may say nothing.
     Station& late = station();
     if (!current_.isToSilent) {
         late.timeout.passed(settings_.timeout);
-        if (!late.timeout.hasGrownInVain() && !settings_.timeout.isFixed)
+        const bool mayCome = !isMarking_ || !isEcho(marker_.sent) || late.numbersEchoes;
+        if (mayCome && !late.timeout.hasGrownInVain() && !settings_.timeout.isFixed)
             late.listenUntil =
                 (isMarking_ ? marker_ : current_).sendEnd + late.timeout.value(settings_.timeout);
     }

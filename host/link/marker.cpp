@@ -87,8 +87,10 @@ Transmission makeMarker(const Transmission& asked, const Books& books,
         for (int words = maxMarkerWords + 1; words < length; ++words)
             take(words - length);
         // What lies behind may not be there.
-        for (int more = 1; more <= maxLonger || length + more <= maxMarkerWords; ++more)
-            take(more);
+        const int longest =
+            kind == MarkerKind::readOfProbe ? std::max(maxMarkerWords, length) : length + maxLonger;
+        for (int words = length + 1; words <= longest; ++words)
+            take(words - length);
     }
     marker.isMarker = true;
     marker.request.station = stationOf(request.sent);
