@@ -588,8 +588,13 @@ TEST_F(TheTrendsPage, SavesValuesWithTheirGapsAndPictures)
         "1/R_W:100,1/R_W:100,1234,,good"};
     std::stringstream lines(contentOf(file));
     std::vector<std::string> found;
-    for (std::string line; std::getline(lines, line);)
+    for (std::string line; std::getline(lines, line);) {
+        if (!found.empty()) {
+            EXPECT_THAT(line, testing::ContainsRegex(
+                                  "^[0-9]+-[0-9]+-[0-9]+T[0-9:]+\\.[0-9]+(Z|[+-][0-9]+:[0-9]+),"));
+        }
         found.push_back(found.empty() ? line : line.substr(line.find(',') + 1));
+    }
     EXPECT_EQ(found, wanted);
 
     ASSERT_TRUE(page->savePicture(folder.filePath("plots.png")));
