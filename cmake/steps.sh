@@ -69,6 +69,13 @@ run_tests() { # FOLDER CTEST-OPTION...: says how many passed, or shows those tha
   grep 'tests passed' "$log"
 }
 
+# Two steps, which may run beside each other, build the same for ARM: the second waits for the first.
+hold_arm() {
+  mkdir -p build
+  exec 9>build/arm.lock
+  flock 9
+}
+
 configure() { # FOLDER OPTION...
   local folder=$1
   shift

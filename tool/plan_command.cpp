@@ -101,7 +101,7 @@ std::vector<std::string> warningsOf(const Library& library, const Planner& plann
         else if (request.isAboveLimit())
             warnings.push_back(name + " asks for " +
                                (isOfCoils ? std::to_string(request.coils()) + " coils"
-                                          : std::to_string(request.longest()) + " registers") +
+                                          : std::to_string(request.maxWords()) + " registers") +
                                "; a strict controller answers at most " +
                                std::to_string(isOfCoils ? maxCoils : maxWordsOfARead) +
                                " and refuses it with exception 3: see --max-registers");

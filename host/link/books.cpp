@@ -149,9 +149,15 @@ bool Books::fitsWhatIsOver(const QByteArray& frame) const
 
 bool Books::couldBeMistaken(const QByteArray& request, int replyLength) const
 {
-    return std::any_of(open_.begin(), open_.end(), [&](const OpenTransmission& open) {
+    return mistakable(request, replyLength).has_value();
+}
+
+std::optional<OpenTransmission> Books::mistakable(const QByteArray& request, int replyLength) const
+{
+    const auto found = std::find_if(open_.begin(), open_.end(), [&](const OpenTransmission& open) {
         return haveOneShape(open, request, replyLength) && open.sent != request;
     });
+    return found == open_.end() ? std::nullopt : std::optional<OpenTransmission>(*found);
 }
 
 Clock::time_point Books::certainAt(const QByteArray& request, int replyLength) const

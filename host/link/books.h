@@ -52,6 +52,8 @@ public:
 
     // Is a reply out that could be taken for the reply to this request, and would be another's?
     bool couldBeMistaken(const QByteArray& request, int replyLength) const;
+    // The first of the transmissions that it would be the reply to.
+    std::optional<OpenTransmission> mistakable(const QByteArray& request, int replyLength) const;
     // When the last of those can no longer come.
     Clock::time_point certainAt(const QByteArray& request, int replyLength) const;
     // Is a diagnostics echo to this station still to be answered?

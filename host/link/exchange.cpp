@@ -168,11 +168,28 @@ bool Exchange::mark(Clock::time_point now)
     isForAdapter_ = isFirstWrite && settings_.mayMark;
     if (isFirstWrite)
         return true;
+    // It may say nothing to an echo, and the next probe is far off.
+    if (current_.isProbe() && !asked.numbersEchoes)
+        return make(MarkerKind::readOfProbe) || repeatOpenRead();
     const bool mayEcho = settings_.mayMark && (isAlone_ || !isWary(now));
     if (make(mayEcho && asked.mayEcho(current_.isRead()) ? MarkerKind::echo : MarkerKind::read))
         return true;
     // Reads of every length may be out already.
     return mayEcho && asked.numbersEchoes && make(MarkerKind::echo);
+}
+
+// What the station was silent to, once more: all that look like its reply answer the same.
+bool Exchange::repeatOpenRead()
+{
+    const auto alike = books_.mistakable(current_.sent, current_.replyLength);
+    if (!alike)
+        return false;
+    marker_ = Transmission();
+    marker_.sent = alike->sent;
+    marker_.replyLength = alike->replyLength;
+    marker_.isMarker = true;
+    marker_.request.station = stationOf(alike->sent);
+    return true;
 }
 
 void Exchange::listen(Clock::time_point until)
@@ -285,24 +302,25 @@ void Exchange::deadlinePassed(Clock::time_point now)
     // An echo would have been heard by now. Over a network it may still be under way.
     if (bytesCame_ == 0 && settings_.bytesTakeTime)
         collector_.wasSilence();
-    if (isMarking_) {
-        markerFinished(LineResult::timeout, now);
-        return;
-    }
     if (otherwise_) {
         current_.reception.bytes = answeredOtherwise_;
         handOn(LineResult::reply, *otherwise_, now);
         return;
     }
     // There are controllers that drop their reply when they are asked again. One that has been
-    // silent for some time is not waited for: others wait meanwhile.
+    // silent for some time is not waited for: others wait meanwhile. To an echo it may say nothing.
     Station& late = station();
     if (!current_.isToSilent) {
         late.timeout.passed(settings_.timeout);
-        if (!late.timeout.hasGrownInVain() && !settings_.timeout.isFixed)
-            late.listenUntil = current_.sendEnd + late.timeout.value(settings_.timeout);
+        const bool mayCome = !isMarking_ || !isEcho(marker_.sent) || late.numbersEchoes;
+        if (mayCome && !late.timeout.hasGrownInVain() && !settings_.timeout.isFixed)
+            late.listenUntil =
+                (isMarking_ ? marker_ : current_).sendEnd + late.timeout.value(settings_.timeout);
     }
-    finish(LineResult::timeout);
+    if (isMarking_)
+        markerFinished(LineResult::timeout, now);
+    else
+        finish(LineResult::timeout);
 }
 
 void Exchange::finish(LineResult result)

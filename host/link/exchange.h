@@ -91,6 +91,7 @@ private:
     void next(Clock::time_point now);
     void drop();
     bool mark(Clock::time_point now);
+    bool repeatOpenRead();
     void learnOfAdapter();
     bool isDropped(Clock::time_point now);
     void beginSilence(Clock::time_point now);

@@ -107,7 +107,6 @@ void Exchange::markerFinished(LineResult result, Clock::time_point now)
     Station& marked = station();
     marked.markFailed = result == LineResult::timeout;
     if (marked.markFailed) {
-        marked.timeout.passed(settings_.timeout);
         // Silent as it is, it gets one marker for each request from here on.
         if (++marked.marksUnanswered > firstEchoes)
             markersLeft_ = 0;

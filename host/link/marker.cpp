@@ -86,8 +86,11 @@ Transmission makeMarker(const Transmission& asked, const Books& books,
             take(words - length);
         for (int words = maxMarkerWords + 1; words < length; ++words)
             take(words - length);
-        for (int more = 1; more <= maxLonger; ++more) // what lies behind may not be there
-            take(more);
+        // What lies behind may not be there.
+        const int longest =
+            kind == MarkerKind::readOfProbe ? std::max(maxMarkerWords, length) : length + maxLonger;
+        for (int words = length + 1; words <= longest; ++words)
+            take(words - length);
     }
     marker.isMarker = true;
     marker.request.station = stationOf(request.sent);

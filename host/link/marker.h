@@ -13,8 +13,9 @@ namespace dov417 {
 // was answered last, whose reply may come once more. Without a reply if there is none.
 enum class MarkerKind {
     echo,
-    read,    // the request itself, of another length: nothing of what only writes
-    readAlso // of what is written, too
+    read,       // the request itself, of another length: nothing of what only writes
+    readAlso,   // of what is written, too
+    readOfProbe // may be longer: many are sent in vain
 };
 Transmission makeMarker(const Transmission& request, const Books& books,
                         const OpenTransmission& answered, MarkerKind kind,

@@ -51,19 +51,22 @@ bool isOfCoils(const QByteArray& request)
 
 std::vector<int> partLengths(int words, int maximum, const MayCut& mayCut)
 {
-    constexpr int impossible = std::numeric_limits<int>::max() / 2;
+    constexpr int impossible = std::numeric_limits<int>::max();
     const auto count = static_cast<std::size_t>(words);
-    const auto most = static_cast<std::size_t>(maximum);
+    const auto maxLength = static_cast<std::size_t>(maximum);
 
-    // By the word that a part would begin with: how many parts it takes from there to the end.
+    // By the word that a part would begin with: how many parts it takes from there to the end. From
+    // farther on it never takes more, so that the farthest place to cut is a best one.
     std::vector<int> needed(count + 1, impossible);
     needed.at(count) = 0;
     for (std::size_t from = count; from-- > 0;) {
         if (from > 0 && !mayCut(static_cast<int>(from)))
             continue; // nothing begins there
-        const auto next = needed.begin() + static_cast<std::ptrdiff_t>(from) + 1;
-        const auto last = next + static_cast<std::ptrdiff_t>(std::min(most, count - from));
-        needed.at(from) = std::min(impossible, *std::min_element(next, last) + 1);
+        std::size_t to = std::min(count, from + maxLength);
+        while (to > from && needed.at(to) == impossible)
+            --to;
+        if (to > from)
+            needed.at(from) = needed.at(to) + 1;
     }
     if (needed.front() == impossible)
         return {};
@@ -72,7 +75,8 @@ std::vector<int> partLengths(int words, int maximum, const MayCut& mayCut)
     for (std::size_t from = 0; from < count; from += static_cast<std::size_t>(lengths.back())) {
         int chosen = 0;
         bool isNew = false;
-        for (std::size_t length = std::min(most, count - from); length > 0 && !isNew; --length) {
+        for (std::size_t length = std::min(maxLength, count - from); length > 0 && !isNew;
+             --length) {
             if (needed.at(from + length) != needed.at(from) - 1)
                 continue;
             const int candidate = static_cast<int>(length);

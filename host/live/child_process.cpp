@@ -75,6 +75,10 @@ int ChildProcess::connectChild()
 
 void ChildProcess::begin(const std::string& task, const std::string& record)
 {
+    // It would start a child of its own, and that one the next, without end.
+    if (QCoreApplication::arguments().value(1) == QLatin1String(childMark))
+        throw Failure(
+            "this program is its own child and does not call runAsChild() first in main()");
     // Of any length, and no pipe: nothing has to be written once the child is there. The child's
     // end is opened by start(), so the file may go then.
     QTemporaryFile input;

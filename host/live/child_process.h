@@ -21,7 +21,8 @@ public:
     ~ChildProcess() override; // ends it at once
 
     // Returns before the child is under way. It does not outlive the thread that calls this, and
-    // hears no Ctrl-C: ending it is the caller's. Throws a Failure if the record cannot be kept.
+    // hears no Ctrl-C: ending it is the caller's. Throws a Failure if the record cannot be kept,
+    // and in a child, whose main() should have called runAsChild().
     void begin(const std::string& task, const std::string& record);
 
     // To be called before begin(): the child gets one end of a pair of sockets, this is the other,

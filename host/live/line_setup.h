@@ -37,7 +37,7 @@ struct LineSetup {
     std::string stopBits;
     std::optional<int> timeoutMs; // fixes the time-out; else a slow station is waited for longer
     int retries = defaultRetries;
-    int maxProbeMs = defaultMaxProbeMs; // longest pause before a silent station is asked again
+    int maxProbeMs = defaultMaxProbeMs; // maximum pause before a silent station is asked again
     std::optional<int> gap;             // words; else the default
     int turnaroundMs = defaultTurnaroundMs;
     Rs485 direction = {}; // who drives it on a two-wire line

@@ -13,14 +13,14 @@ constexpr int maxPlan = 128; // words in one request of the driver's plan
 constexpr int bytesPerWord = 2;
 
 // Below 1 the driver cuts single reads, too, where a write has to end.
-int longest(int maximum, int gap)
+int maxPieceWords(int maximum, int gap)
 {
     return std::min(maximum, gap < 1 ? maxWordsOfAWrite : gap);
 }
 
 int pieceLength(const Address& address, int maximum, int gap)
 {
-    const int limit = longest(maximum, gap);
+    const int limit = maxPieceWords(maximum, gap);
     const int units = unitsOf(address);
     if (limit < units && address.width == Width::text)
         throw UsageFailure("a merge gap of " + std::to_string(gap) + " cuts a text of " +
@@ -74,14 +74,14 @@ bool isOnePiece(const Write& write, int gap)
     const int length = write.address.length;
     if (write.address.width == Width::bit)
         return length == 1 && write.data.size() == 1;
-    return length >= 1 && length <= longest(maxWordsOfAWrite, gap) &&
+    return length >= 1 && length <= maxPieceWords(maxWordsOfAWrite, gap) &&
            write.data.size() == static_cast<std::size_t>(length) * bytesPerWord;
 }
 
 bool isOneReadPiece(const Address& words, int gap)
 {
     return words.width != Width::bit && words.length >= 1 &&
-           words.length <= longest(maxWordsOfARead, gap);
+           words.length <= maxPieceWords(maxWordsOfARead, gap);
 }
 
 Address wordsOf(const Address& address)

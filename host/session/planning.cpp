@@ -140,10 +140,10 @@ int distinctWords(const std::vector<Stretch>& stretches)
 
 int PlannedRequest::coils() const
 {
-    return bytes.size() > 1 && bytes.at(1) == readCoils ? longest() * bitsPerWord : 0;
+    return bytes.size() > 1 && bytes.at(1) == readCoils ? maxWords() * bitsPerWord : 0;
 }
 
-int PlannedRequest::longest() const
+int PlannedRequest::maxWords() const
 {
     int words = parts.empty() ? length : 0;
     for (const PlannedPart& part : parts)
@@ -153,7 +153,7 @@ int PlannedRequest::longest() const
 
 bool PlannedRequest::isAboveLimit() const
 {
-    return coils() > 0 ? coils() > maxCoils : longest() > maxWordsOfARead;
+    return coils() > 0 ? coils() > maxCoils : maxWords() > maxWordsOfARead;
 }
 
 Planner::Planner(const Library& library, const std::vector<Address>& addresses,

@@ -38,7 +38,7 @@ struct PlannedRequest {
     std::chrono::microseconds time;
     std::vector<PlannedPart> parts; // that it goes out in; empty: as it is
 
-    int longest() const; // words in one frame
+    int maxWords() const; // words in one frame
     int coils() const;   // in one frame; 0 for registers
     bool isAboveLimit() const;
 };

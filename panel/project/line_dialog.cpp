@@ -80,7 +80,7 @@ void LineDialog::addNumbers(QFormLayout& form)
            tr("Bad or missing replies in a row until a request is given up"),
            QString::number(defaultRetries));
     addRow(form, "probe", tr("A silent station is as&ked every, in ms:"),
-           tr("The longest pause; the first is a second"), QString::number(defaultMaxProbeMs));
+           tr("The maximum pause; the first is a second"), QString::number(defaultMaxProbeMs));
     addRow(form, "reply-gap", tr("S&ilence that ends a reply, in ms:"), QString(),
            tr("%1, over a network %2").arg(defaultReplyGapMs).arg(defaultNetworkReplyGapMs));
     addRow(form, "turnaround", tr("Pause &after a broadcast, in ms:"), QString(),

@@ -26,6 +26,7 @@ public:
     explicit Rounds(LateWorld& world) : world_(world), bus_(world.bus)
     {
         world.doubted = [this]() { doubt(); };
+        began_ = world.now;
     }
 
     Tally play(int requests)
@@ -47,6 +48,8 @@ public:
         tally_.markers = world_.markers;
         tally_.copies = bus_.copies;
         tally_.chanceFits = bus_.chanceFits;
+        tally_.seconds =
+            std::chrono::duration_cast<std::chrono::seconds>(world_.now - began_).count();
         return tally_;
     }
 
@@ -165,6 +168,7 @@ private:
     LateBus& bus_;
     std::map<int, Shown> shown_; // by station
     int lastValue_ = 0;
+    Clock::time_point began_{};
     Tally tally_;
 };
 
@@ -214,6 +218,7 @@ void Tally::add(const Tally& other)
     beforeDoubt += other.beforeDoubt;
     copies += other.copies;
     chanceFits += other.chanceFits;
+    seconds += other.seconds;
 }
 
 std::string textOf(const Tally& tally)
@@ -224,7 +229,8 @@ std::string textOf(const Tally& tally)
            text(tally.wronglyWritten) + ", given up " + text(tally.givenUp) + ", markers " +
            text(tally.markers) + ", silent " + text(tally.silent) + ", copies " +
            text(tally.copies) + ", doubts " + text(tally.doubts) + ", lies before " +
-           text(tally.beforeDoubt) + ", CRC by chance " + text(tally.chanceFits);
+           text(tally.beforeDoubt) + ", CRC by chance " + text(tally.chanceFits) + ", in " +
+           text(tally.seconds) + " s";
 }
 
 void populate(LateWorld& world)

@@ -22,6 +22,7 @@ struct Tally {
     long long beforeDoubt = 0; // of the lies: shown while no surplus had been met for long
     long long copies = 0;
     long long chanceFits = 0;
+    long long seconds = 0; // that all this took, in handed-in time
 
     long long lies() const
     {

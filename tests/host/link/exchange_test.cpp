@@ -31,6 +31,41 @@ TEST(Exchange, AControllerThatIsSlowerThanTheTimeoutIsWaitedForLonger)
     EXPECT_LE(world.markers, 2);
 }
 
+// How many of 60 requests are answered by a station that drops its reply when it is asked again?
+int goodOfOneThatDrops(int delay, int diagnostics)
+{
+    LateWorld world(1);
+    LateStation& station = world.bus.stations[1];
+    station.delay = [delay]() { return milliseconds(delay); };
+    station.dropsWhenAskedAgain = true;
+    station.diagnostics = diagnostics;
+    world.start();
+    int good = 0;
+    for (int i = 0; i < 60; ++i) {
+        Transmission ended;
+        for (int attempt = 0; attempt < 3 && !isGood(ended); ++attempt)
+            ended = world.read(1, 0x100 + 2 * (i % 5), 1);
+        good += isGood(ended) ? 1 : 0;
+    }
+    return good;
+}
+
+// Asked too soon, again and again, it would never speak.
+TEST(Exchange, AStationIsListenedToAfterAMarkerToo)
+{
+    for (const int diagnostics : {1, 0, -1})
+        for (const int delay : {900, 2500, 3900})
+            EXPECT_GE(goodOfOneThatDrops(delay, diagnostics), 58) << delay << " " << diagnostics;
+}
+
+// Requests are held back once no marker is left, and that is its chance.
+TEST(Exchange, AStationThatTakesLongerThanItIsListenedToComesThrough)
+{
+    for (const int diagnostics : {1, 0})
+        for (const int delay : {4500, 9000, 14000})
+            EXPECT_GE(goodOfOneThatDrops(delay, diagnostics), 50) << delay << " " << diagnostics;
+}
+
 TEST(Exchange, WhatAnotherProgramAskedJustBeforeIsNotTakenForOurs)
 {
     LateWorld world(1);

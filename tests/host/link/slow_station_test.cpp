@@ -55,6 +55,40 @@ TEST(ASlowStation, IsNamedWithTheMostThatItMayBeGiven)
                                     "raise --timeout-max"});
 }
 
+TEST(ASlowStation, IsSentNothingElseForSomeTimeAfterAMarkerEither)
+{
+    HandLine line;
+    line.settings.mayMark = false;
+    line.start();
+    line.askRead(slowRead, 1);
+    line.pass(milliseconds(1010));
+    line.askRead("0103050B0001", 1); // its reply would look the same
+    ASSERT_EQ(line.sent.size(), 2U);
+    EXPECT_EQ(line.sent.back(), withCrc(QByteArray::fromHex("0103050B0002"))) << "the marker";
+    line.pass(milliseconds(1010)); // its time-out
+    ASSERT_TRUE(line.ended.has_value());
+    line.askRead("0103050B0001", 1);
+    line.pass(milliseconds(980));
+    ASSERT_EQ(line.sent.size(), 2U);
+    line.comeWhole("01030400080009");
+    line.pass(line.settings.replyGap + milliseconds(5));
+    ASSERT_EQ(line.sent.size(), 3U);
+    line.comeWhole("0103020008");
+    ASSERT_TRUE(line.ended.has_value());
+    EXPECT_EQ(line.ended->reception.result, LineResult::reply);
+}
+
+// It may know no function 8: the time of each station that is asked first would be doubled.
+TEST(AStation, ThatSaysNothingToItsFirstEchoIsAskedAgainAtOnce)
+{
+    HandLine line;
+    line.settings.isShared = true;
+    line.start();
+    line.askRead(slowRead, 1);
+    line.pass(milliseconds(510));
+    EXPECT_EQ(line.sent.size(), 2U);
+}
+
 TEST(AStationThatWasSwitchedOff, IsNotTakenToBeSlow)
 {
     HandLine line;

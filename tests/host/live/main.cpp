@@ -2,10 +2,13 @@
 #include <QCoreApplication>
 #include <gmock/gmock.h>
 
+#include "forgetful_host.h"
 #include "live/child_program.h"
 
 int main(int argc, char** argv)
 {
+    if (dov417::isForgetfulHost(argc, argv))
+        return dov417::runForgetfulHost(argc, argv);
     if (const std::optional<int> code = dov417::runAsChild(argc, argv))
         return *code;
     QCoreApplication application(argc, argv);
