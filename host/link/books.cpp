@@ -160,6 +160,15 @@ std::optional<OpenTransmission> Books::mistakable(const QByteArray& request, int
     return found == open_.end() ? std::nullopt : std::optional<OpenTransmission>(*found);
 }
 
+std::optional<OpenTransmission> Books::oldestRead(unsigned char station) const
+{
+    const auto found =
+        std::find_if(open_.begin(), open_.end(), [station](const OpenTransmission& open) {
+            return stationOf(open.sent) == station && isReadFunction(functionOf(open.sent));
+        });
+    return found == open_.end() ? std::nullopt : std::optional<OpenTransmission>(*found);
+}
+
 Clock::time_point Books::certainAt(const QByteArray& request, int replyLength) const
 {
     Clock::time_point certain{};

@@ -54,6 +54,7 @@ public:
     bool couldBeMistaken(const QByteArray& request, int replyLength) const;
     // The first of the transmissions that it would be the reply to.
     std::optional<OpenTransmission> mistakable(const QByteArray& request, int replyLength) const;
+    std::optional<OpenTransmission> oldestRead(unsigned char station) const;
     // When the last of those can no longer come.
     Clock::time_point certainAt(const QByteArray& request, int replyLength) const;
     // Is a diagnostics echo to this station still to be answered?

@@ -33,6 +33,7 @@ void Exchange::start(const ExchangeSettings& settings, Clock::time_point now)
     state_ = State::idle;
     lastActivity_ = now;
     astray_ = Astray();
+    collector_.forgetAdapter(); // it may be another one
     books_.setHorizon(settings.horizon);
     foreignEnd_ = now + settings.horizon;
     // Another run's echo that comes late is not to be taken for ours.
@@ -104,6 +105,7 @@ void Exchange::transact(const Transmission& request, Done done, Clock::time_poin
     current_.number = 0;
     current_.reception = Reception();
     done_ = std::move(done);
+    wasSilent_ = false; // before: the plug may have been out
     markersLeft_ = station().marksAtOnce(collector_.knowsAdapter() || current_.isRead());
     holdEnd_ = Clock::time_point();
     doubtsBefore_ = doubts_;
@@ -134,7 +136,7 @@ void Exchange::next(Clock::time_point now)
         listen(asked.listenUntil);
         return;
     }
-    const bool needsMarker = isInDoubt(now) && markersLeft_ > 0;
+    const bool needsMarker = (isInDoubt(now) || couldConfirmItself()) && markersLeft_ > 0;
     isMarking_ = needsMarker && mark(now);
     const bool isStuck = needsMarker && !isMarking_ && current_.isRead();
     if (!isMarking_ && (isStuck || books_.couldBeMistaken(current_.sent, current_.replyLength))) {
@@ -163,8 +165,7 @@ bool Exchange::mark(Clock::time_point now)
     };
     // What a two-wire adapter hears of its own sending looks like the answer to an echo, and to a
     // write, until it has been heard to echo a read, or not to. Before a read, that itself tells.
-    const bool isFirstWrite =
-        !collector_.knowsAdapter() && !current_.isRead() && make(MarkerKind::readAlso);
+    const bool isFirstWrite = !knowsAdapter() && !current_.isRead() && make(MarkerKind::readAlso);
     isForAdapter_ = isFirstWrite && settings_.mayMark;
     if (isFirstWrite)
         return true;
@@ -181,10 +182,13 @@ bool Exchange::mark(Clock::time_point now)
     return mayEcho && asked.numbersEchoes && make(MarkerKind::echo);
 }
 
-// What the station was silent to, once more: all that look like its reply answer the same.
+// What the station was silent to, once more: all that look like its reply answer the same. Where
+// nothing of ours does, reads of every other length are out.
 bool Exchange::repeatOpenRead()
 {
-    const auto alike = books_.mistakable(current_.sent, current_.replyLength);
+    auto alike = books_.mistakable(current_.sent, current_.replyLength);
+    if (!alike)
+        alike = books_.oldestRead(stationOf(current_.sent));
     if (!alike)
         return false;
     marker_ = Transmission();
@@ -303,8 +307,7 @@ void Exchange::timerDue(Clock::time_point now)
 void Exchange::deadlinePassed(Clock::time_point now)
 {
     // An echo would have been heard by now. Over a network it may still be under way.
-    if (bytesCame_ == 0 && settings_.bytesTakeTime)
-        collector_.wasSilence();
+    wasSilent_ = bytesCame_ == 0 && settings_.bytesTakeTime;
     if (otherwise_) {
         current_.reception.bytes = answeredOtherwise_;
         handOn(LineResult::reply, *otherwise_, now);

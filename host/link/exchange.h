@@ -92,6 +92,8 @@ private:
     void drop();
     bool mark(Clock::time_point now);
     bool repeatOpenRead();
+    bool knowsAdapter() const;
+    bool couldConfirmItself() const;
     void learnOfAdapter();
     bool isDropped(Clock::time_point now);
     void beginSilence(Clock::time_point now);
@@ -143,6 +145,7 @@ private:
     bool isMarking_ = false;    // the frame to be sent or on the line is the marker
     bool isAlone_ = false;      // no other echo is to be answered besides the marker
     bool trustsEchoes_ = false; // some ended a doubt while the adapter was not known
+    bool wasSilent_ = false;    // nothing came at all to what was sent last for this request
     bool isForAdapter_ = false; // the marker is one that the adapter's echo cannot be taken for
     int markersLeft_ = 0;       // that may go out for the current request
     long long transmissions_ = 0;

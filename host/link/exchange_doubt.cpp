@@ -46,8 +46,21 @@ bool Exchange::isWary(Clock::time_point now) const
 // Could something that is still to come be mistaken for the reply?
 bool Exchange::isInDoubt(Clock::time_point now)
 {
-    return isWary(now) || mayBeOthers(current_.sent, now) ||
+    return isWary(now) || station().wasAdapters || mayBeOthers(current_.sent, now) ||
            books_.couldBeMistaken(current_.sent, current_.replyLength);
+}
+
+// Does the adapter hear its own sending, or not? Where nothing at all came, it does not now.
+bool Exchange::knowsAdapter() const
+{
+    return collector_.knowsAdapter() || wasSilent_;
+}
+
+// Its reply is the write itself, which the adapter may hear. A line that nobody shares has none.
+bool Exchange::couldConfirmItself() const
+{
+    return settings_.isShared && !knowsAdapter() && !current_.isRead() &&
+           current_.replyLength == current_.sent.size();
 }
 
 // Was it sent since the first surplus was met? What is out from before cannot be told apart.

@@ -68,14 +68,14 @@ void ReplyCollector::wasAnswer(bool cameAlone)
     knowsAdapter_ = true;
 }
 
-void ReplyCollector::wasSilence()
-{
-    knowsAdapter_ = true; // one that was heard to echo stays one
-}
-
 bool ReplyCollector::knowsAdapter() const
 {
     return knowsAdapter_;
+}
+
+void ReplyCollector::forgetAdapter()
+{
+    knowsAdapter_ = false;
 }
 
 bool ReplyCollector::echoes() const
@@ -115,24 +115,28 @@ Arrival ReplyCollector::judge()
     return Arrival::incomplete;
 }
 
-// The request at the front of what came in is an echo. The reply to a single write is the request
-// too: there, one copy is an echo if more follows it, or if the last read came with an echo.
+// The request itself in what came in is an echo, unless it is data of the reply; noise may precede
+// it, as of a driver that is switched on. The reply to a single write is the request too: there,
+// one copy is an echo if more follows it, or if the last read came with an echo.
 bool ReplyCollector::stripEcho()
 {
-    if (!pending_.startsWith(request_))
+    const int first = static_cast<int>(pending_.indexOf(request_));
+    if (first < 0 || (first > 0 && opensLikeAnswer()))
         return false;
     const bool replyLooksAlike =
         !isReadFunction(functionOf(request_)) && request_.size() == replyLength_;
+    const int next = first + static_cast<int>(request_.size());
     if (replyLooksAlike && !adapterEchoes_) {
-        const int next = static_cast<int>(request_.size());
         const bool moreFollows = pending_.size() > next + 1 &&
                                  pending_.at(next) == request_.at(0) &&
                                  (byteAt(pending_, next + 1) & 0x7F) == byteAt(request_, 1);
         if (!moreFollows)
             return false;
     }
+    if (first > 0)
+        strays_.append({StrayKind::noise, pending_.left(first)});
     strays_.append({StrayKind::echo, request_});
-    pending_.remove(0, request_.size());
+    pending_.remove(0, next);
     if (!replyLooksAlike)
         adapterEchoes_ = knowsAdapter_ = true;
     return true;

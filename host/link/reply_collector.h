@@ -65,10 +65,10 @@ public:
     void wasAnswer(bool cameAlone);
     // Is this what the adapter has still to echo of what was sent?
     bool isEchoStillOut(const QByteArray& bytes) const;
-    // Nothing came at all, nor an echo.
-    void wasSilence();
     // Is it known whether the adapter echoes?
     bool knowsAdapter() const;
+    // It may be another one. One that echoed is still taken for one that does.
+    void forgetAdapter();
     // As far as is known.
     bool echoes() const;
 

@@ -253,21 +253,6 @@ TEST_F(CollectingAWrite, TheEchoIsStrippedOnceWhateverElseComesBeforeTheReply)
     EXPECT_EQ(add(coilRequest), Arrival::reply);
 }
 
-TEST_F(CollectingAWrite, SilenceTellsThatTheAdapterHearsNothing)
-{
-    EXPECT_FALSE(collector.knowsAdapter());
-    collector.wasSilence();
-    EXPECT_TRUE(collector.knowsAdapter());
-    EXPECT_EQ(add(coilRequest), Arrival::reply);
-}
-
-TEST_F(CollectingAWrite, SilenceDoesNotMakeAnAdapterThatEchoesOneThatHearsNothing)
-{
-    learnEcho();
-    collector.wasSilence();
-    EXPECT_EQ(add(coilRequest), Arrival::incomplete);
-}
-
 TEST_F(CollectingAWrite, TheEchoOfAReadTellsThatTheAdapterHearsWhatItSends)
 {
     collector.begin(hex(readRequest), readReplyLength);
@@ -275,6 +260,27 @@ TEST_F(CollectingAWrite, TheEchoOfAReadTellsThatTheAdapterHearsWhatItSends)
     EXPECT_TRUE(collector.knowsAdapter());
     collector.begin(hex(coilRequest), writeReplyLength);
     EXPECT_EQ(add(coilRequest), Arrival::incomplete);
+}
+
+// Of a driver that is switched on.
+TEST_F(CollectingAWrite, AnEchoBehindAGlitchIsOne)
+{
+    collector.begin(hex(readRequest), readReplyLength);
+    EXPECT_EQ(collector.add(hex("00") + hex(readRequest)), Arrival::incomplete);
+    EXPECT_TRUE(collector.knowsAdapter());
+    EXPECT_EQ(add(readReply), Arrival::reply);
+    expectStrays({{StrayKind::noise, "00"}, {StrayKind::echo, readRequest}});
+    collector.begin(hex(coilRequest), writeReplyLength);
+    EXPECT_EQ(collector.add(hex("00") + hex(coilRequest)), Arrival::incomplete);
+    EXPECT_EQ(add(coilRequest), Arrival::reply);
+}
+
+TEST_F(CollectingAWrite, AnotherAdapterMayEchoOrNot)
+{
+    learnEcho();
+    collector.forgetAdapter();
+    EXPECT_FALSE(collector.knowsAdapter());
+    EXPECT_EQ(add(coilRequest), Arrival::incomplete) << "it still may";
 }
 
 TEST_F(CollectingAWrite, TheConfirmationOfAnotherAddressIsNotTaken)
