@@ -101,6 +101,12 @@ bool Exchange::takeReply(LineResult result, Clock::time_point now)
     const bool wasListening = state_ == State::listening;
     if (isDropped(now))
         return !wasListening;
+    if (!isMarking_ && (current_.isRead() || current_.number == 0) && mayBeOthers(bytes, now)) {
+        // Of an earlier request of ours, or of another program's: that looks the same.
+        astray_.lineWasSound = true;
+        report({StrayKind::late, bytes, now, 0});
+        return false;
+    }
     const Settled settled = settle(bytes, now);
     const std::optional<OpenTransmission>& answered = settled.answered;
     if (answered && answered->number == frame.number)

@@ -44,6 +44,40 @@ TEST_F(ALineThatIsOpenedAgain, DatesALateReplyByTheRequestThatItAnswers)
     EXPECT_EQ(line.ended->asOf, asked) << "nothing newer is known";
 }
 
+// Another program has asked for R_W:1000 meanwhile: its reply looks like ours.
+TEST_F(ALineThatIsOpenedAgain, TakesNoReplyThatMayBeAnotherPrograms)
+{
+    leaveOneOpen();
+    line.settings.isShared = true;
+    line.start();
+    line.askRead(readOf100, 1);
+    for (int i = 0; i < 10000 && !line.ended; ++i)
+        line.pass(milliseconds(1));
+    ASSERT_TRUE(line.ended.has_value()) << "it answers no marker";
+    const std::size_t sent = line.sent.size();
+    line.askRead(readOf100, 1);
+    line.comeWhole("01030203E8");
+    EXPECT_FALSE(line.ended.has_value()) << "it is listened to, and nothing was sent";
+    EXPECT_EQ(line.sent.size(), sent);
+    ASSERT_EQ(line.strays.size(), 1U);
+    EXPECT_EQ(line.strays.front().kind, StrayKind::late);
+}
+
+TEST_F(ALineThatIsOpenedAgain, TakesItsOwnReplyOnceAnEchoHasComeBack)
+{
+    leaveOneOpen();
+    line.settings.isShared = true;
+    line.start();
+    line.askRead(readOf100, 1);
+    line.comeWhole("0103020001");
+    line.exchange->bytesCame(line.sent.back(), line.now);
+    line.pass(milliseconds(5));
+    ASSERT_EQ(line.sent.size(), 2U);
+    line.comeWhole(replyTo100);
+    ASSERT_TRUE(line.ended.has_value());
+    EXPECT_EQ(line.ended->reception.bytes.mid(3, 2).toHex(), "0064");
+}
+
 } // namespace
 
 } // namespace dov417
