@@ -17,6 +17,7 @@
 
 #include "bench/panel_window.h"
 #include "line/crc16.h"
+#include "live/child_program.h"
 
 using namespace dov417;
 
@@ -30,6 +31,7 @@ constexpr int lampWords = 1000;
 constexpr int wordsOfAnArea = 125;
 constexpr int bitsOfAFrame = 2000; // no reply holds more
 constexpr int lampsPage = 2;
+constexpr int planPage = 6;
 
 // Of this thread's processor, so that others on the machine do not count.
 double processorMs()
@@ -143,6 +145,23 @@ void print(const std::string& what, double milliseconds)
     std::printf("%s\t%.2f ms\n", what.c_str(), milliseconds);
 }
 
+// Its own process makes it; here it is taken up and painted.
+void measurePlanning(MeasuredWindow& measured)
+{
+    MainWindow& window = measured.window;
+    window.showPage(planPage);
+    paint();
+    measured.desk.setLineSetup(measured.desk.lineSetup()); // as if it was another one
+    const PanelPage* const page = window.pages().at(planPage);
+    double longest = 0;
+    while (page->isBusy())
+        longest = std::max(longest, longestMs(1, [](int) {
+                               QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+                           }));
+    print("Plan: another plan has come", longest);
+    print("Plan: painting that", longestMs(1, [](int) { paint(); }));
+}
+
 void measureLamps(MeasuredWindow& measured, int rounds)
 {
     PanelDesk& desk = measured.desk;
@@ -150,6 +169,7 @@ void measureLamps(MeasuredWindow& measured, int rounds)
     paint();
     const std::vector<Item> items = measured.itemsAt(lampAddresses());
     print("opening 16 000 bits", longestMs(1, [&](int) { desk.setItems(items); }));
+    print("what that leaves to the next turns", longestMs(1, [](int) { paint(); }));
     print("showing the page Lamps", longestMs(1, [&](int) {
               measured.window.showPage(lampsPage);
               paint();
@@ -179,7 +199,8 @@ int run(int rounds)
     paint();
     const std::vector<Item> items = measured.itemsAt(manyAddresses());
     print("opening them", longestMs(1, [&](int) { desk.setItems(items); }));
-    print("showing them first", longestMs(1, [&](int) { paint(); }));
+    print("showing them first, with what that leaves to the next turns",
+          longestMs(1, [&](int) { paint(); }));
     // What remembers so many frames and no more is full from the start. What a batch leaves to the
     // event loop is done meanwhile, as it is in life.
     for (int round = -rounds * 5 / 4; round < 0; ++round) {
@@ -232,6 +253,7 @@ int run(int rounds)
     print("sorting", longestMs(4, [&](int i) {
               table->sortByColumn(i % 2, i < 2 ? Qt::AscendingOrder : Qt::DescendingOrder);
           }));
+    measurePlanning(measured);
     std::printf("memory before and at each quarter of %lld changes\t%s KiB\n",
                 static_cast<long long>(tags) * rounds, memory.c_str());
     measureLamps(measured, std::max(1, rounds / 10));
@@ -243,6 +265,8 @@ int run(int rounds)
 
 int main(int argc, char** argv)
 {
+    if (const std::optional<int> code = runAsChild(argc, argv)) // which plans
+        return *code;
     measureWithoutScreen();
     const QApplication application(argc, argv);
     return run(argc > 1 ? std::atoi(argv[1]) : defaultRounds);

@@ -14,6 +14,7 @@
 
 #include "bench/panel_window.h"
 #include "live/child_program.h"
+#include "panel/desk/give_way.h"
 
 using namespace dov417;
 
@@ -47,6 +48,7 @@ void plot(const MainWindow& window, const std::vector<Item>& items)
 int watch(const std::string& port, int seconds, const std::vector<std::string>& addresses)
 {
     MeasuredWindow measured;
+    giveWay(); // as the program does
     PanelDesk& desk = measured.desk;
     MainWindow& window = measured.window;
     const std::vector<Item> items = measured.itemsAt(addresses);

@@ -10,6 +10,7 @@
 #include "live/child_program.h"
 #include "live/shutdown.h"
 #include "panel/desk/english_plurals.h"
+#include "panel/desk/give_way.h"
 #include "panel/main_window.h"
 #include "panel/panel_options.h"
 #include "panel/pictures.h"
@@ -91,6 +92,7 @@ int run(const PanelOptions& options)
 {
     const Library library(options.library);
     PanelDesk desk(library);
+    giveWay(); // the line's thread is there by now
     int code = EXIT_SUCCESS;
     {
         MainWindow window(desk);

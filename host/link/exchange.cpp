@@ -172,7 +172,10 @@ bool Exchange::mark(Clock::time_point now)
     if (current_.isProbe() && !asked.numbersEchoes)
         return make(MarkerKind::readOfProbe) || repeatOpenRead();
     const bool mayEcho = settings_.mayMark && (isAlone_ || !isWary(now));
-    if (make(mayEcho && asked.mayEcho(current_.isRead()) ? MarkerKind::echo : MarkerKind::read))
+    // The reply to a write of several words says none of them: one that comes twice confirms the
+    // next write, too.
+    const MarkerKind other = isWary(now) ? MarkerKind::readAlso : MarkerKind::read;
+    if (make(mayEcho && asked.mayEcho(current_.isRead()) ? MarkerKind::echo : other))
         return true;
     // Reads of every length may be out already.
     return mayEcho && asked.numbersEchoes && make(MarkerKind::echo);

@@ -50,7 +50,7 @@ bool ValueDelegate::eventFilter(QObject* object, QEvent* event)
         emit closeEditor(editor, QAbstractItemDelegate::RevertModelCache);
         return isTab;
     }
-    return QStyledItemDelegate::eventFilter(object, event);
+    return LinedDelegate::eventFilter(object, event);
 }
 
 } // namespace dov417

@@ -4,15 +4,15 @@
 #ifndef DOV417_PANEL_VALUE_DELEGATE_H
 #define DOV417_PANEL_VALUE_DELEGATE_H
 
-#include <QStyledItemDelegate>
+#include "panel/desk/lined_delegate.h"
 
 namespace dov417 {
 
-class ValueDelegate : public QStyledItemDelegate {
+class ValueDelegate : public LinedDelegate {
     Q_OBJECT
 
 public:
-    using QStyledItemDelegate::QStyledItemDelegate;
+    using LinedDelegate::LinedDelegate;
 
     QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& option,
                           const QModelIndex& index) const override;

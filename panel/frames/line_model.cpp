@@ -97,6 +97,17 @@ std::optional<LineRow> LineModel::rowOf(const Passed& passed) const
     return std::nullopt;
 }
 
+// A request that is given up ends in the silence in which the last frame of it has ended, and both
+// are told; nothing was sent in between.
+bool LineModel::isToldAlready(const std::vector<LineRow>& rows, const LineRow& row) const
+{
+    if (rows.empty() && rows_.empty())
+        return false;
+    const LineRow& before = rows.empty() ? rows_.back() : rows.back();
+    return tellsNoAnswer(row.entry) && tellsNoAnswer(before.entry) &&
+           row.station == before.station && row.entry.meaning == before.entry.meaning;
+}
+
 void LineModel::add(const std::vector<Passed>& passed, long long notTold)
 {
     std::vector<LineRow> rows;
@@ -111,7 +122,7 @@ void LineModel::add(const std::vector<Passed>& passed, long long notTold)
         rows.back().missing = notTold;
     }
     for (const Passed& each : passed)
-        if (const std::optional<LineRow> row = rowOf(each))
+        if (const std::optional<LineRow> row = rowOf(each); row && !isToldAlready(rows, *row))
             rows.push_back(*row);
     append(rows);
 }

@@ -63,6 +63,7 @@ public:
 
 private:
     std::optional<LineRow> rowOf(const Passed& passed) const;
+    bool isToldAlready(const std::vector<LineRow>& rows, const LineRow& row) const;
     void append(const std::vector<LineRow>& rows);
     QString text(int row, int column) const;
 

@@ -142,12 +142,7 @@ void HealthPage::showCounters()
     for (const HealthModel::Column column :
          {HealthModel::others, HealthModel::abandoned, HealthModel::notAsked})
         table_->setColumnHidden(column, !model_.hasAny(column));
-    for (const HealthModel::Column column : {HealthModel::exceptions, HealthModel::others}) {
-        // What is longer is in its tool tip: the remarks have to have room.
-        table_->resizeColumnToContents(column);
-        const int most = table_->fontMetrics().averageCharWidth() * maxCounterLetters;
-        table_->setColumnWidth(column, std::min(table_->columnWidth(column), most));
-    }
+    fitColumns();
     if (!shown_) {
         brief_->setText(tr("Nothing has been counted yet."));
         return;
@@ -156,6 +151,28 @@ void HealthPage::showCounters()
     for (const std::string& line : briefStatistics(*shown_, panelNow()))
         lines.append(QString::fromStdString(line));
     brief_->setText(lines.join(QLatin1Char('\n')));
+}
+
+// What is longer than there is room for is in its tool tip: the remarks have to be seen, too.
+void HealthPage::fitColumns()
+{
+    const QAbstractItemView& view = *table_;
+    const int most = table_->fontMetrics().averageCharWidth() * maxCounterLetters;
+    int room = table_->viewport()->width() - view.sizeHintForColumn(HealthModel::remark);
+    for (int column = 0; column < HealthModel::remark; ++column)
+        if (column != HealthModel::exceptions && column != HealthModel::others)
+            room -= table_->columnWidth(column); // 0 where it is hidden
+    for (const HealthModel::Column column : {HealthModel::exceptions, HealthModel::others}) {
+        if (table_->isColumnHidden(column))
+            continue;
+        table_->resizeColumnToContents(column);
+        const int wanted = table_->columnWidth(column);
+        const int others =
+            column == HealthModel::exceptions && !table_->isColumnHidden(HealthModel::others) ? most
+                                                                                              : 0;
+        table_->setColumnWidth(column, std::min(wanted, std::max(most, room - others)));
+        room -= table_->columnWidth(column);
+    }
 }
 
 void HealthPage::showAdvice()

@@ -35,6 +35,7 @@ private:
     void picture();
     void showAdvice();
     void showCounters();
+    void fitColumns();
     void copyAll();
 
     LinkHistory history_;

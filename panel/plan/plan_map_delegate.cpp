@@ -44,24 +44,28 @@ void paintWord(QPainter* painter, const QRect& place, const QPalette& palette, c
     painter->save();
     const QRect inside = place.adjusted(1, 2 * bracketMargin, -1, -2 * bracketMargin);
     const QRect outer = place.adjusted(0, bracketMargin - 1, -1, -bracketMargin);
+    const QColor& ink = palette.color(QPalette::Text);
+    // Filled, as lines are drawn pixel by pixel, and there are hundreds of words.
+    const auto fill = [painter, &ink](int x, int y, int width, int height) {
+        painter->fillRect(x, y, width, height, ink);
+    };
     if (!word.requests.empty()) {
-        painter->setPen(QPen(palette.color(QPalette::Text), 1));
-        painter->drawLine(outer.topLeft(), outer.topRight());
-        painter->drawLine(outer.bottomLeft(), outer.bottomRight());
+        fill(outer.left(), outer.top(), outer.width(), 1);
+        fill(outer.left(), outer.bottom(), outer.width(), 1);
     }
     const int left = word.beginsRequest || word.beginsPart ? lip : 0;
     const int right = word.endsRequest ? lip : 0;
     paintUse(painter, inside.adjusted(left, 0, -right, 0), palette, word);
-    painter->setPen(QPen(palette.color(QPalette::Text), bracketPen));
+    const int left0 = outer.left() + bracketPen - bracketPen / 2;
     if (word.beginsRequest)
-        painter->drawLine(outer.left() + bracketPen, outer.top(), outer.left() + bracketPen,
-                          outer.bottom());
+        fill(left0, outer.top(), bracketPen, outer.height());
     if (word.endsRequest)
-        painter->drawLine(outer.right() - 1, outer.top(), outer.right() - 1, outer.bottom());
-    painter->setPen(QPen(palette.color(QPalette::Text), bracketPen, Qt::DotLine));
-    if (word.beginsPart && !word.beginsRequest)
+        fill(outer.right() - 1 - bracketPen / 2, outer.top(), bracketPen, outer.height());
+    if (word.beginsPart && !word.beginsRequest) {
+        painter->setPen(QPen(ink, bracketPen, Qt::DotLine));
         painter->drawLine(outer.left() + bracketPen, outer.top(), outer.left() + bracketPen,
                           outer.bottom());
+    }
     painter->restore();
 }
 

@@ -1,6 +1,7 @@
 #include "panel/plan/plan_map_model.h"
 
 #include <QStringList>
+#include <utility>
 
 namespace dov417 {
 
@@ -25,10 +26,10 @@ QString useText(WordUse use)
 
 } // namespace
 
-void PlanMapModel::show(const std::vector<PanelValue>& values, const Plan& plan)
+void PlanMapModel::show(std::vector<PanelValue> values, const Plan& plan)
 {
     beginResetModel();
-    values_ = values;
+    values_ = std::move(values);
     plan_ = plan;
     rows_ = planRows(values_, plan_);
     endResetModel();

@@ -15,7 +15,7 @@ class PlanMapModel : public QAbstractTableModel {
 
 public:
     // The plan is one of these values.
-    void show(const std::vector<PanelValue>& values, const Plan& plan);
+    void show(std::vector<PanelValue> values, const Plan& plan);
 
     void setStationNames(const StationNames& names);
 

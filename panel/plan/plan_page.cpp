@@ -3,6 +3,7 @@
 #include <QSplitter>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <utility>
 
 #include "panel/desk/panel_icons.h"
 
@@ -140,7 +141,8 @@ void PlanPage::begin()
 void PlanPage::planned(const PlanReport& report)
 {
     const int inUse = desk_.lineSetup().mergeGap();
-    map_.show(values_, report.plan);
+    map_.show(std::move(values_), report.plan);
+    values_.clear();
     requests_.show(report.plan, wordsReadAlong(map_.rows(), report.plan));
     gaps_.show(report.outcomes, inUse);
     plot_->show(report.outcomes, inUse);

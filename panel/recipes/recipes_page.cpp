@@ -61,7 +61,13 @@ RecipesPage::RecipesPage(PanelDesk& desk)
                      {recipe_.cellOf(static_cast<std::size_t>(row))});
     });
     connect(&desk, &PanelDesk::projectBegan, this, [this]() { beginProject(); });
-    connect(&desk, &PanelDesk::tagsChanged, this, [this]() { setTags(); });
+    connect(&desk, &PanelDesk::tagsChanged, this, [this]() {
+        // Of many values it takes as long as all that the others do at once.
+        if (isVisible())
+            setTags();
+        else
+            tagsTimer_.start();
+    });
     connect(&desk, &PanelDesk::recipeTold, this, &RecipesPage::hear);
     connect(&desk, &PanelDesk::lineBegan, this, [this]() {
         recipe_.forgetController();
@@ -74,6 +80,9 @@ RecipesPage::RecipesPage(PanelDesk& desk)
             look();
     });
     lookTimer_.start();
+    tagsTimer_.setSingleShot(true);
+    tagsTimer_.setInterval(0);
+    connect(&tagsTimer_, &QTimer::timeout, this, [this]() { setTags(); });
     setTags();
 }
 
@@ -91,13 +100,21 @@ QIcon RecipesPage::icon() const
 
 void RecipesPage::setTags()
 {
+    tagsTimer_.stop();
     model_.makeAnew([this]() { recipe_.setTags(desk_.tags()); });
     showState();
+}
+
+void RecipesPage::settleTags()
+{
+    if (tagsTimer_.isActive())
+        setTags();
 }
 
 void RecipesPage::showEvent(QShowEvent* event)
 {
     PanelPage::showEvent(event);
+    settleTags();
     look();
 }
 
@@ -187,6 +204,7 @@ void RecipesPage::readFile(const QString& file)
 
 bool RecipesPage::loadFile(const QString& file)
 {
+    settleTags();
     try {
         change(tr("loading a recipe"), [&]() { readFile(file); });
     } catch (const Failure& failure) {
@@ -201,6 +219,7 @@ bool RecipesPage::loadFile(const QString& file)
 
 bool RecipesPage::saveFile(const QString& file)
 {
+    settleTags();
     try {
         recipe_.save(file.toStdString());
     } catch (const Failure& failure) {

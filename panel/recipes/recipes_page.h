@@ -44,6 +44,7 @@ private:
     QWidget* makeMoves();
     QWidget* makeTools();
     void setTags();
+    void settleTags(); // before anything looks at the recipe
     void look();
     void takeOut();
     bool mayReplaceBuffer();
@@ -82,6 +83,7 @@ private:
     QUndoStack history_;
     bool isChanging_ = false; // by change()
     QTimer lookTimer_;
+    QTimer tagsTimer_; // while other tags are watched than the recipe knows
     // Of the order under way.
     long long order_ = 0;
     int orderLine_ = 0;

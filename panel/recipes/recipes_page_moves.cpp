@@ -22,6 +22,7 @@ bool RecipesPage::mayDownload(int line, std::size_t values)
 
 void RecipesPage::move(RecipeKind kind)
 {
+    settleTags();
     // What is asked about is what goes out, and to this line alone.
     const int line = desk_.lineNumber();
     try {
@@ -57,6 +58,7 @@ void RecipesPage::hear(const RecipeNews& news)
 {
     if (order_ == 0 || news.number != order_)
         return;
+    settleTags();
     if (!news.hasEnded) {
         showProgress(news);
         return;

@@ -27,6 +27,7 @@ void RecipesPage::beginProject()
 
 bool RecipesPage::mayForget()
 {
+    settleTags();
     const auto values = static_cast<int>(recipe_.valuesInRecipe());
     if (!recipe_.isChanged() || values == 0)
         return true;
@@ -68,6 +69,7 @@ void RecipesPage::keepStep(const QString& what, const std::vector<RecipeCell>& b
 // Shows where it was.
 void RecipesPage::put(const std::vector<RecipeCell>& cells)
 {
+    settleTags();
     model_.makeAnew([&]() { recipe_.put(cells); });
     look();
     showState();

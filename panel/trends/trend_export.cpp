@@ -45,7 +45,9 @@ TrendTable::TrendTable(const QString& file, const TrendHistory& history, const T
 
 std::string TrendTable::timeText(TrendTime at) const
 {
-    return clock_.dateTime(at).toString(Qt::ISODateWithMs).toStdString();
+    // With its zone: a table outlives its computer's, and an hour comes twice in autumn.
+    const QDateTime time = clock_.dateTime(at);
+    return time.toOffsetFromUtc(time.offsetFromUtc()).toString(Qt::ISODateWithMs).toStdString();
 }
 
 void TrendTable::write(const std::string& row)

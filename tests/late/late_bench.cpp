@@ -3,9 +3,10 @@
 // Rounds of requests to stations that answer late, each with another seed, until so many values
 // have been shown; over a network, on an adapter that hears what it sends (echo), or behind a radio
 // modem that sends some replies twice (modem; lump: what comes within some time arrives at once),
-// if that is asked for. Prints what there was, and the seeds of the rounds that showed what they
-// must not: a wrong or an older value (behind a modem: once a surplus has been met, or more than a
-// handful before), a write that was not done as confirmed, or nothing of a station that answers.
+// or with coils, writes of several words and bits of words (mixed, mixedmodem), if that is asked
+// for. Prints what there was, and the seeds of the rounds that showed what they must not: a wrong
+// or an older value (behind a modem: once a surplus has been met, or more than a handful before), a
+// write that was not done as confirmed, or nothing of a station that answers.
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -31,19 +32,21 @@ int main(int argc, char** argv)
 {
     using namespace dov417;
     if (argc < 2) {
-        std::fprintf(stderr,
-                     "usage: dov417_late_bench VALUES [FIRST_SEED [network|echo|modem|lump]]\n");
+        std::fprintf(stderr, "usage: dov417_late_bench VALUES [FIRST_SEED "
+                             "[network|echo|modem|lump|mixed|mixedmodem]]\n");
         return 2;
     }
     const long long values = std::atoll(argv[1]);
     const unsigned first = argc > 2 ? static_cast<unsigned>(std::atoi(argv[2])) : 1;
     const std::string kind = argc > 3 ? argv[3] : "";
-    const bool isModem = kind == "modem" || kind == "lump";
-    const auto play = kind == "modem"     ? playModemRound
-                      : kind == "lump"    ? playLumpRound
-                      : kind == "network" ? playNetworkRound
-                      : kind == "echo"    ? playEchoRound
-                                          : playRound;
+    const bool isModem = kind == "modem" || kind == "lump" || kind == "mixedmodem";
+    const auto play = kind == "modem"        ? playModemRound
+                      : kind == "lump"       ? playLumpRound
+                      : kind == "network"    ? playNetworkRound
+                      : kind == "echo"       ? playEchoRound
+                      : kind == "mixed"      ? playMixedRound
+                      : kind == "mixedmodem" ? playMixedModemRound
+                                             : playRound;
     Tally all;
     int bad = 0;
     unsigned seed = first;

@@ -36,7 +36,7 @@ LateBus::LateBus(unsigned seed) : chance(seed) {}
 
 int LateBus::ownValue(int station, int address)
 {
-    return station << 12 | (address & 0xFFE);
+    return station << 12 | (address >= firstCoils ? 0x800 : 0) | (address & 0xFFE);
 }
 
 int LateBus::heldBy(const LateStation& station, int address)
@@ -64,6 +64,8 @@ void LateBus::send(const QByteArray& request, Clock::time_point now)
     for (auto& [number, station] : stations) {
         const bool isBroadcast = request.at(0) == 0;
         if (collided || (!isBroadcast && number != static_cast<unsigned char>(request.at(0))))
+            continue;
+        if (station.misses > 0 && share() < station.misses)
             continue;
         if (station.dropsWhenAskedAgain)
             station.due.clear();
@@ -211,14 +213,14 @@ QByteArray LateBus::serve(LateStation& station, const QByteArray& request) const
             return station.diagnostics > 0 ? request : QByteArray();
     } else if (first >= firstRefused) {
         refusal = 2;
+    } else if (function == 1 || function == 15) {
+        return serveCoils(station, request);
     } else if (function == 3) {
         QByteArray reply = request.left(2);
         reply.append(static_cast<char>(2 * count));
         ++station.counter;
         for (int address = first; address < first + count; ++address)
-            reply.append(wordOf(address >= firstWritten ? heldBy(station, address)
-                                : (address & 1) != 0    ? station.counter & 0xFFFF
-                                                        : ownValue(request.at(0), address)));
+            reply.append(wordOf(valueOf(station, request.at(0), address)));
         return withCrc(reply);
     } else if (function == 6) {
         write(station, first, count);
@@ -230,6 +232,37 @@ QByteArray LateBus::serve(LateStation& station, const QByteArray& request) const
     }
     QByteArray reply = request.left(1);
     reply.append(static_cast<char>(function | 0x80)).append(refusal);
+    return withCrc(reply);
+}
+
+int LateBus::valueOf(const LateStation& station, int number, int address) const
+{
+    const bool isWritten =
+        address >= firstWrittenCoils || (address >= firstWritten && address < firstCoils);
+    return isWritten            ? heldBy(station, address)
+           : (address & 1) != 0 ? station.counter & 0xFFFF
+                                : ownValue(number, address);
+}
+
+// Whole words of them: the first coil is the lowest bit.
+QByteArray LateBus::serveCoils(LateStation& station, const QByteArray& request) const
+{
+    const int first = firstCoils + wordAt(request, 2) / 16;
+    const int words = wordAt(request, 4) / 16;
+    if (request.at(1) == 15) {
+        for (int i = 0; i < words; ++i)
+            write(station, first + i,
+                  static_cast<unsigned char>(request.at(7 + 2 * i)) |
+                      static_cast<unsigned char>(request.at(8 + 2 * i)) << 8);
+        return withCrc(request.left(6));
+    }
+    QByteArray reply = request.left(2);
+    reply.append(static_cast<char>(2 * words));
+    ++station.counter;
+    for (int i = 0; i < words; ++i) {
+        const int value = valueOf(station, request.at(0), first + i);
+        reply.append(static_cast<char>(value & 0xFF)).append(static_cast<char>(value >> 8));
+    }
     return withCrc(reply);
 }
 

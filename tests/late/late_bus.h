@@ -21,6 +21,7 @@ namespace dov417 {
 
 struct LateStation {
     std::function<Micros()> delay; // from the end of a request to the first byte of its reply
+    double misses = 0;             // share of requests that it does not hear
     double loses = 0;              // share of replies that never come,
     double garbles = 0;            // that come with wrong bytes,
     double cuts = 0;               // that come without their end,
@@ -47,6 +48,10 @@ class LateBus {
 public:
     static constexpr int firstWritten = 0x1000; // 0 until it is written
     static constexpr int firstRefused = 0x2000;
+    // Coils are held by words of sixteen, which are registers from here on for all that is below:
+    // the first of them say what they are, those from firstWrittenCoils on can be written.
+    static constexpr int firstCoils = 0x10000;
+    static constexpr int firstWrittenCoils = firstCoils + 0x800;
 
     explicit LateBus(unsigned seed);
 
@@ -82,6 +87,8 @@ private:
     void speak(LateStation& station);
     void deliver(const QByteArray& bytes, Clock::time_point at);
     QByteArray serve(LateStation& station, const QByteArray& request) const;
+    int valueOf(const LateStation& station, int number, int address) const;
+    QByteArray serveCoils(LateStation& station, const QByteArray& request) const;
 
     Clock::time_point busyUntil_{};
     Clock::time_point lastArrival_{};

@@ -13,6 +13,7 @@ using std::chrono::milliseconds;
 
 constexpr int attempts = 3;
 constexpr int maxUnseenAnswers = 100;
+constexpr int firstOfBits = 16; // behind what is written as a whole
 
 // What was shown of one station.
 struct Shown {
@@ -29,12 +30,14 @@ public:
         began_ = world.now;
     }
 
-    Tally play(int requests)
+    Tally play(int requests, bool isMixed)
     {
         for (int i = 0; i < requests; ++i) {
             const int station = bus_.between(1, static_cast<int>(bus_.stations.size()));
             const double what = bus_.share();
-            if (what < 0.2)
+            if (isMixed && what >= 0.4)
+                askMore(station, what);
+            else if (what < 0.2)
                 write(station);
             else if (what < 0.22)
                 world_.write(0, written(), ++lastValue_ & 0xFFFF);
@@ -85,6 +88,76 @@ private:
         countEarly(before);
     }
 
+    void askMore(int station, double what)
+    {
+        if (what < 0.5)
+            writeWords(station, written());
+        else if (what < 0.6)
+            writeWords(station, LateBus::firstWrittenCoils + bus_.between(0, 3));
+        else if (what < 0.75)
+            writeBit(station);
+        else if (what < 0.85)
+            readCoils(station, LateBus::firstWrittenCoils + bus_.between(0, 3));
+        else
+            readCoils(station, LateBus::firstCoils + bus_.between(0, 9));
+    }
+
+    void writeWords(int station, int first)
+    {
+        std::vector<int> values(static_cast<std::size_t>(bus_.between(1, 3)));
+        for (int& value : values)
+            value = ++lastValue_ & 0xFFFF;
+        const Transmission ended =
+            repeat([&]() { return world_.writeWords(station, first, values); });
+        if (!isGood(ended))
+            return;
+        ++tally_.writes;
+        const long long before = tally_.lies();
+        const LateStation& asked = bus_.stations.at(station);
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            const int address = first + static_cast<int>(i);
+            tally_.wronglyWritten += LateBus::heldBy(asked, address) == values[i] ? 0 : 1;
+            shown_[station].place[address] = lastPlace(asked, address, values[i]);
+        }
+        shown_[station].answersSeen = asked.answers;
+        countEarly(before);
+    }
+
+    // As the driver does it: the word is read, one of its bits is changed, and it is written.
+    void writeBit(int station)
+    {
+        const int address = LateBus::firstWritten + firstOfBits + bus_.between(0, 1);
+        const LateStation& asked = bus_.stations.at(station);
+        const long long doubts = tally_.doubts;
+        const Transmission ended = repeat([&]() { return world_.read(station, address, 1); });
+        if (!isGood(ended) || tally_.doubts != doubts)
+            return;
+        const int held = LateBus::heldBy(asked, address); // nobody else writes
+        const int patched = wordOf(ended, 0) ^ 1 << bus_.between(0, 15);
+        bool isDone = false;
+        for (int attempt = 0; attempt < attempts && !isDone && tally_.doubts == doubts; ++attempt)
+            isDone = isGood(world_.write(station, address, patched));
+        tally_.givenUp += isDone ? 0 : 1;
+        if (!isDone)
+            return;
+        ++tally_.writes;
+        const long long before = tally_.lies();
+        shown_[station].answersSeen = asked.answers;
+        const bool areOthersKept = wordOf(ended, 0) == held;
+        tally_.wronglyWritten +=
+            areOthersKept && LateBus::heldBy(asked, address) == patched ? 0 : 1;
+        countEarly(before);
+    }
+
+    void readCoils(int station, int first)
+    {
+        const int count = bus_.between(1, 3);
+        const Transmission ended =
+            repeat([&]() { return world_.readWords(station, first, count); });
+        for (int n = 0; isGood(ended) && n < count; ++n)
+            show(station, first + n, coilsOf(ended, n));
+    }
+
     void read(int station, bool refused)
     {
         const int first = refused              ? LateBus::firstRefused
@@ -103,9 +176,10 @@ private:
         ++tally_.values;
         const long long before = tally_.lies();
         shown.answersSeen = asked.answers;
-        if (address >= LateBus::firstRefused) {
+        const bool areCoils = address >= LateBus::firstCoils;
+        if (address >= LateBus::firstRefused && !areCoils) {
             ++tally_.wrong;
-        } else if (address >= LateBus::firstWritten) {
+        } else if (address >= (areCoils ? LateBus::firstWrittenCoils : LateBus::firstWritten)) {
             const std::size_t place = lastPlace(asked, address, value);
             std::size_t& last = shown.place[address];
             if (place == 0 && value != 0)
@@ -255,12 +329,17 @@ void populate(LateWorld& world)
 
 Tally askAtRandom(LateWorld& world, int requests)
 {
-    return Rounds(world).play(requests);
+    return Rounds(world).play(requests, false);
+}
+
+Tally askOfAllKinds(LateWorld& world, int requests)
+{
+    return Rounds(world).play(requests, true);
 }
 
 namespace {
 
-Tally playOn(LateWorld& world, int requests)
+Tally playOn(LateWorld& world, int requests, bool isMixed = false)
 {
     for (auto& [number, station] : world.bus.stations) {
         // Another program's request: what is told of a station that says nothing to an echo is
@@ -271,7 +350,13 @@ Tally playOn(LateWorld& world, int requests)
         world.pass(milliseconds(10));
     }
     world.start();
-    return askAtRandom(world, requests);
+    return isMixed ? askOfAllKinds(world, requests) : askAtRandom(world, requests);
+}
+
+void missSomeRequests(LateBus& bus)
+{
+    for (auto& [number, station] : bus.stations)
+        station.misses = bus.share() < 0.5 ? 0 : 0.1;
 }
 
 } // namespace
@@ -281,6 +366,14 @@ Tally playRound(unsigned seed, int requests)
     LateWorld world(seed);
     populate(world);
     return playOn(world, requests);
+}
+
+Tally playMixedRound(unsigned seed, int requests)
+{
+    LateWorld world(seed);
+    populate(world);
+    missSomeRequests(world.bus);
+    return playOn(world, requests, true);
 }
 
 Tally playNetworkRound(unsigned seed, int requests)
@@ -325,6 +418,15 @@ Tally playModemRound(unsigned seed, int requests)
     putBehindModem(world);
     world.start();
     return askAtRandom(world, requests);
+}
+
+Tally playMixedModemRound(unsigned seed, int requests)
+{
+    LateWorld world(seed);
+    putBehindModem(world);
+    missSomeRequests(world.bus);
+    world.start();
+    return askOfAllKinds(world, requests);
 }
 
 Tally playLumpRound(unsigned seed, int requests)

@@ -39,8 +39,15 @@ void populate(LateWorld& world);
 // Asks as the driver does: the same request again until it is answered or given up.
 Tally askAtRandom(LateWorld& world, int requests);
 
+// The same with coils, writes of several words, and bits of words that are read before.
+Tally askOfAllKinds(LateWorld& world, int requests);
+
 // Both, from a start on a line where another program may just have asked.
 Tally playRound(unsigned seed, int requests);
+
+// The same of all kinds, and behind a radio modem.
+Tally playMixedRound(unsigned seed, int requests);
+Tally playMixedModemRound(unsigned seed, int requests);
 
 // The same over a network that hands on at intervals of up to 600 ms what has come by then.
 Tally playNetworkRound(unsigned seed, int requests);

@@ -44,6 +44,12 @@ int wordOf(const Transmission& ended, int index)
            static_cast<unsigned char>(bytes.at(4 + 2 * index));
 }
 
+int coilsOf(const Transmission& ended, int index)
+{
+    const int word = wordOf(ended, index);
+    return word >> 8 | (word & 0xFF) << 8;
+}
+
 LateWorld::LateWorld(unsigned seed) : bus(seed)
 {
     ExchangeLine line;
@@ -106,6 +112,30 @@ Transmission LateWorld::read(int station, int first, int count)
 Transmission LateWorld::write(int station, int address, int value)
 {
     return ask(writeRequestOf(station, address, value), station == 0 ? 0 : 8);
+}
+
+Transmission LateWorld::readWords(int station, int first, int count)
+{
+    if (first < LateBus::firstCoils)
+        return read(station, first, count);
+    const int coil = 16 * (first - LateBus::firstCoils);
+    return ask(requestOf(station, 1, coil, 16 * count), 5 + 2 * count);
+}
+
+Transmission LateWorld::writeWords(int station, int first, const std::vector<int>& values)
+{
+    const bool areCoils = first >= LateBus::firstCoils;
+    const auto count = static_cast<int>(values.size());
+    QByteArray request =
+        areCoils ? requestOf(station, 15, 16 * (first - LateBus::firstCoils), 16 * count)
+                 : requestOf(station, 16, first, count);
+    request.append(static_cast<char>(2 * count));
+    for (const int value : values) {
+        const char high = static_cast<char>(value >> 8);
+        const char low = static_cast<char>(value & 0xFF);
+        request.append(areCoils ? low : high).append(areCoils ? high : low);
+    }
+    return ask(request, 8);
 }
 
 void LateWorld::pass(Clock::duration time)

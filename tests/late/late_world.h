@@ -22,6 +22,9 @@ public:
     Transmission ask(const QByteArray& request, int replyLength);
     Transmission read(int station, int first, int count);
     Transmission write(int station, int address, int value);
+    // Coils from LateBus::firstCoils on, else registers.
+    Transmission readWords(int station, int first, int count);
+    Transmission writeWords(int station, int first, const std::vector<int>& values);
     // What happens until then, with nothing asked.
     void pass(Clock::duration time);
 
@@ -48,6 +51,8 @@ QByteArray readRequestOf(int station, int first, int count);
 QByteArray writeRequestOf(int station, int address, int value);
 bool isGood(const Transmission& ended);
 int wordOf(const Transmission& ended, int index);
+// The same of coils: the first is the lowest bit.
+int coilsOf(const Transmission& ended, int index);
 
 } // namespace dov417
 

@@ -428,6 +428,10 @@ TEST(Exchange, RoundsThatOnceShowedAWrongValueShowNone)
         const Tally tally = playModemRound(seed, requests);
         EXPECT_EQ(tally.lies(), tally.beforeDoubt) << "seed " << seed << ": " << textOf(tally);
     }
+    for (const unsigned seed : {1721U, 4245U}) {
+        const Tally tally = playMixedModemRound(seed, requests);
+        EXPECT_EQ(tally.lies(), tally.beforeDoubt) << "seed " << seed << ": " << textOf(tally);
+    }
 }
 
 // In short; tests/late has the long form.
@@ -443,6 +447,19 @@ TEST(Exchange, NoValueIsWrongOnABusThatAnswersLate)
     }
     std::printf("%s\n", textOf(all).c_str());
     EXPECT_GT(all.values, 10000);
+}
+
+TEST(Exchange, NoCoilAndNoBitOfAWordIsWrongAndNoWriteOfSeveralWords)
+{
+    Tally all;
+    for (unsigned seed = 1; seed <= 100; ++seed) {
+        const Tally tally = playMixedRound(seed, 100);
+        EXPECT_EQ(tally.lies() + tally.doubts + tally.silent, 0)
+            << "seed " << seed << ": " << textOf(tally);
+        all.add(tally);
+    }
+    EXPECT_GT(all.values, 3000);
+    EXPECT_GT(all.writes, 1000);
 }
 
 TEST(Exchange, NoValueIsWrongOverANetworkThatHandsOnAtIntervals)

@@ -202,6 +202,25 @@ TEST_F(TheLinePage, MarksTroubleAndShowsItAlone)
     EXPECT_THAT(cell(0, LineModel::meaning), HasSubstr("no byte came"));
 }
 
+TEST_F(TheLinePage, TellsOfEachSilenceOnce)
+{
+    setup.timeoutMs = 40;
+    watch({"R_W:100"});
+    open();
+    watch({"R_W:100", "2/R_W:5"});
+    const auto silences = [this]() {
+        int count = 0;
+        for (int row = 0; row < rows(); ++row)
+            count += cell(row, LineModel::meaning).find("no answer") != std::string::npos;
+        return count;
+    };
+    EXPECT_TRUE(waitUntil([&]() { return silences() >= 6; }));
+    for (int row = 1; row < rows(); ++row)
+        if (cell(row, LineModel::meaning).find("no answer") != std::string::npos) {
+            EXPECT_EQ(cell(row - 1, LineModel::direction), "\u2192 request") << row;
+        }
+}
+
 TEST_F(TheLinePage, SavesALineLogAndOpensOne)
 {
     watch({"R_W:100"});

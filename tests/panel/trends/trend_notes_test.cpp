@@ -227,8 +227,12 @@ TEST_F(NotesOfATrend, AreWrittenAsATableAllOfThem)
     ASSERT_TRUE(trends()->saveNotes(file));
     EXPECT_TRUE(waitUntil([this]() { return message().find("written as a table") < 99; }));
     EXPECT_EQ(textOf(file), "time,name,address,value,unit,state\n"
-                            "2026-03-04T13:03:07.250,,,,,note: belt <b>changed</b>\n"
-                            "2026-03-05T06:00:00.000,,,,,note: warm start\n");
+                            "2026-03-04T13:03:07.250Z,,,,,note: belt <b>changed</b>\n"
+                            "2026-03-05T06:00:00.000Z,,,,,note: warm start\n");
+    setZone("CET-1");
+    ASSERT_TRUE(trends()->saveNotes(file));
+    EXPECT_TRUE(waitUntil([&]() { return textOf(file).find("+01:00,") < 99; }));
+    EXPECT_THAT(textOf(file), HasSubstr("\n2026-03-04T14:03:07.250+01:00,,,,,note: belt"));
     ASSERT_TRUE(trends()->saveTable(path("seen.csv")));
     EXPECT_TRUE(waitUntil([this]() { return message().find("What is seen") < 99; }));
     EXPECT_THAT(textOf(path("seen.csv")), Not(HasSubstr("note: ")));
