@@ -107,6 +107,8 @@ bool Exchange::takeReply(LineResult result, Clock::time_point now)
         report({StrayKind::late, bytes, now, 0});
         return false;
     }
+    // An exception says of no request which one was refused.
+    const bool isUnclear = result == LineResult::exception && !books_.isOfOneRequest(bytes);
     const Settled settled = settle(bytes, now);
     const std::optional<OpenTransmission>& answered = settled.answered;
     if (answered && answered->number == frame.number)
@@ -122,7 +124,7 @@ bool Exchange::takeReply(LineResult result, Clock::time_point now)
     OpenTransmission mine = openOf(current_);
     if (mine.number == 0)
         mine.number = transmissions_ + 1;
-    if (isMarking_ || !answered || !books_.standsFor(*answered, mine)) {
+    if (isMarking_ || !answered || isUnclear || !books_.standsFor(*answered, mine)) {
         report({settled.kindOr(StrayKind::late), bytes, now, settled.number()});
         return false;
     }
