@@ -25,7 +25,7 @@ struct OpenTransmission {
 
 class Books {
 public:
-    // A station begins to answer within the horizon, or not at all.
+    // Within the horizon a reply has come, or it never does.
     explicit Books(Clock::duration horizon = Clock::duration::zero());
     void setHorizon(Clock::duration horizon);
     // The same, numbered so that all of it went out before number 0: that is not sent yet.

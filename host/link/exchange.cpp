@@ -33,7 +33,7 @@ void Exchange::start(const ExchangeSettings& settings, Clock::time_point now)
     state_ = State::idle;
     lastActivity_ = now;
     astray_ = Astray();
-    books_.setHorizon(settings.horizon);
+    books_.setHorizon(settings.horizon + maxReplyTime());
     foreignEnd_ = now + settings.horizon;
     // Another run's echo that comes late is not to be taken for ours.
     nextMark_ = static_cast<unsigned short>(
