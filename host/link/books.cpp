@@ -48,17 +48,18 @@ void Books::setHorizon(Clock::duration horizon)
 
 Books Books::asPast() const
 {
-    long long last = 0;
+    long long next = 0;
     for (const OpenTransmission& open : open_)
-        last = std::max(last, open.number);
+        next = std::max(next, open.number);
     for (const Written& written : written_)
-        last = std::max(last, written.lastNumber);
+        next = std::max(next, written.lastNumber);
+    ++next;
     Books past = *this;
     for (OpenTransmission& open : past.open_)
-        open.number -= last;
+        open.number -= next;
     for (Written& written : past.written_) {
-        written.lastNumber -= last;
-        written.otherNumber -= last;
+        written.lastNumber -= next;
+        written.otherNumber -= next;
     }
     return past;
 }

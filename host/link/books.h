@@ -17,7 +17,7 @@
 namespace dov417 {
 
 struct OpenTransmission {
-    long long number = 0; // counts up over all stations
+    long long number = 0; // counts up over all stations; 0: not sent yet
     QByteArray sent;
     int replyLength = 0; // of the reply, or untoldLength; an exception has its own
     Clock::time_point sentAt{};
@@ -25,10 +25,10 @@ struct OpenTransmission {
 
 class Books {
 public:
-    // A station begins to answer within the horizon, or not at all.
+    // Within the horizon a reply has come, or it never does.
     explicit Books(Clock::duration horizon = Clock::duration::zero());
     void setHorizon(Clock::duration horizon);
-    // The same, numbered so that all of it went out before number 1.
+    // The same, numbered so that all of it went out before number 0: that is not sent yet.
     Books asPast() const;
 
     const std::deque<OpenTransmission>& open() const;

@@ -130,6 +130,7 @@ private:
     void surplusCame(int station, Clock::time_point now);
     void noteAnswer(const OpenTransmission& answered, Clock::time_point now);
     Micros onTheWire(int bytes) const;
+    Micros maxReplyTime() const;
 
     ExchangeLine line_;
     ExchangeSettings settings_;
@@ -156,7 +157,7 @@ private:
     Clock::time_point deadline_{};
     Clock::time_point listenEnd_{};
     Clock::time_point holdEnd_{};    // of a request that is held back; 0: it has not been yet
-    Clock::time_point foreignEnd_{}; // until then others' requests of before may be answered
+    Clock::time_point foreignEnd_{}; // until then replies to others' requests of before may begin
     Clock::time_point doubtedAt_{};  // the first surplus was met
     int doubts_ = 0;                 // times that this was so
     int doubtsBefore_ = 0;           // the current request was asked for

@@ -13,6 +13,7 @@ namespace dov417 {
 namespace {
 
 constexpr std::chrono::minutes cleanFor(10); // without a surplus
+constexpr int maxFrameLength = 261;          // 128 registers
 
 } // namespace
 
@@ -49,7 +50,15 @@ Exchange::Settled Exchange::settle(const QByteArray& frame, Clock::time_point no
 // The reply to what another program has asked.
 bool Exchange::mayBeOthers(const QByteArray& frame, Clock::time_point now) const
 {
-    return stations_.at(stationOf(frame)).isUnknown && now < foreignEnd_;
+    return stations_.at(stationOf(frame)).isUnknown && now < foreignEnd_ + maxReplyTime();
+}
+
+// A station begins to answer within the horizon: after so much more its reply has come, and the
+// request was on the wire before. Over a network either may have been held up on the way.
+Micros Exchange::maxReplyTime() const
+{
+    return onTheWire(2 * maxFrameLength) + settings_.replyGap +
+           (settings_.bytesTakeTime ? Micros(0) : settings_.timeout.initial);
 }
 
 void Exchange::noteAnswer(const OpenTransmission& answered, Clock::time_point now)

@@ -101,6 +101,14 @@ bool Exchange::takeReply(LineResult result, Clock::time_point now)
     const bool wasListening = state_ == State::listening;
     if (isDropped(now))
         return !wasListening;
+    if (!isMarking_ && (current_.isRead() || current_.number == 0) && mayBeOthers(bytes, now)) {
+        // Of an earlier request of ours, or of another program's: that looks the same.
+        astray_.lineWasSound = true;
+        report({StrayKind::late, bytes, now, 0});
+        return false;
+    }
+    // An exception says of no request which one was refused.
+    const bool isUnclear = result == LineResult::exception && !books_.isOfOneRequest(bytes);
     const Settled settled = settle(bytes, now);
     const std::optional<OpenTransmission>& answered = settled.answered;
     if (answered && answered->number == frame.number)
@@ -116,7 +124,7 @@ bool Exchange::takeReply(LineResult result, Clock::time_point now)
     OpenTransmission mine = openOf(current_);
     if (mine.number == 0)
         mine.number = transmissions_ + 1;
-    if (isMarking_ || !answered || !books_.standsFor(*answered, mine)) {
+    if (isMarking_ || !answered || isUnclear || !books_.standsFor(*answered, mine)) {
         report({settled.kindOr(StrayKind::late), bytes, now, settled.number()});
         return false;
     }

@@ -138,7 +138,7 @@ TEST_F(ABook, OfALineThatWasClosedIsOlderThanAllOfTheNext)
     books.add(sentOut(9, "010300000002", 9));
     Books next = books.asPast();
     next.add(sentOut(1, "010300100001", 7));
-    EXPECT_EQ(next.take(frame("01030400070008"))->number, 0);
+    EXPECT_LT(next.take(frame("01030400070008"))->number, 0) << "0: not sent yet";
     EXPECT_EQ(next.take(frame("0103020007"))->number, 1);
 }
 
