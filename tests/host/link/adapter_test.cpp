@@ -10,10 +10,6 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::seconds;
 
-const char* const readOf100 = "010300640001";
-const char* const readOf200 = "010300C80001";
-const char* const writeOf5 = "010600050007";
-
 class AnAdapterThatEchoes : public ::testing::Test {
 protected:
     AnAdapterThatEchoes()

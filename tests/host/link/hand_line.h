@@ -12,6 +12,11 @@
 
 namespace dov417 {
 
+// One register of station 1; heads of frames.
+inline constexpr const char* readOf100 = "010300640001";
+inline constexpr const char* readOf200 = "010300C80001";
+inline constexpr const char* writeOf5 = "010600050007";
+
 class HandLine {
 public:
     HandLine()

@@ -10,8 +10,6 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::seconds;
 
-const char* const readOf100 = "010300640001";
-const char* const readOf200 = "010300C80001";
 constexpr char diagnosticsEcho = 8;
 constexpr char registersRead = 3;
 

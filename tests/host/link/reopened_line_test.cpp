@@ -10,7 +10,6 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::seconds;
 
-const char* const readOf100 = "010300640001";
 const char* const replyTo100 = "0103020064";
 
 class ALineThatIsOpenedAgain : public ::testing::Test {
