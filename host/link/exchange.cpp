@@ -8,15 +8,6 @@
 
 namespace dov417 {
 
-namespace {
-
-bool wasEcho(const OpenTransmission& answered)
-{
-    return !answered.sent.isEmpty() && isEcho(answered.sent);
-}
-
-} // namespace
-
 Exchange::Exchange(const ExchangeLine& line) : line_(line) {}
 
 OpenTransmission Exchange::openOf(const Transmission& transmission)
@@ -150,53 +141,6 @@ void Exchange::next(Clock::time_point now)
         return;
     }
     beginSilence(now);
-}
-
-// Makes a marker, if there is one.
-bool Exchange::mark(Clock::time_point now)
-{
-    const Station& asked = station();
-    // Of exceptions none says which echo it is to, nor whether it is the last one once more.
-    isAlone_ = asked.numbersEchoes ||
-               !(books_.isEchoOut(stationOf(current_.sent)) || wasEcho(asked.lastAnswered));
-    const auto make = [&](MarkerKind kind) {
-        marker_ = makeMarker(current_, books_, asked.lastAnswered, kind, nextMark_);
-        return marker_.replyLength > 0;
-    };
-    // What a two-wire adapter hears of its own sending looks like the answer to an echo, and to a
-    // write, until it has been heard to echo a read, or not to. Before a read, that itself tells.
-    const bool isFirstWrite = !knowsAdapter() && !current_.isRead() && make(MarkerKind::readAlso);
-    isForAdapter_ = isFirstWrite && settings_.mayMark;
-    if (isFirstWrite)
-        return true;
-    // It may say nothing to an echo, and the next probe is far off.
-    if (current_.isProbe() && !asked.numbersEchoes)
-        return make(MarkerKind::readOfProbe) || repeatOpenRead();
-    const bool mayEcho = settings_.mayMark && (isAlone_ || !isWary(now));
-    // The reply to a write of several words says none of them: one that comes twice confirms the
-    // next write, too.
-    const MarkerKind other = isWary(now) ? MarkerKind::readAlso : MarkerKind::read;
-    if (make(mayEcho && asked.mayEcho(current_.isRead()) ? MarkerKind::echo : other))
-        return true;
-    // Reads of every length may be out already.
-    return mayEcho && asked.numbersEchoes && make(MarkerKind::echo);
-}
-
-// What the station was silent to, once more: all that look like its reply answer the same. Where
-// nothing of ours does, reads of every other length are out.
-bool Exchange::repeatOpenRead()
-{
-    auto alike = books_.mistakable(current_.sent, current_.replyLength);
-    if (!alike)
-        alike = books_.oldestRead(stationOf(current_.sent));
-    if (!alike)
-        return false;
-    marker_ = Transmission();
-    marker_.sent = alike->sent;
-    marker_.replyLength = alike->replyLength;
-    marker_.isMarker = true;
-    marker_.request.station = stationOf(alike->sent);
-    return true;
 }
 
 void Exchange::listen(Clock::time_point until)

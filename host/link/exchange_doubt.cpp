@@ -1,6 +1,7 @@
 // Could a reply be mistaken, and has a marker ended that?
 #include "link/exchange.h"
 
+#include "line/frame_bytes.h"
 #include "link/marker.h"
 
 namespace dov417 {
@@ -10,6 +11,11 @@ namespace {
 constexpr int maxMarksIgnored = 2; // one may have been lost
 constexpr int firstEchoes = 2;     // to a station that is unknown, before a read is tried
 constexpr int maxMarks = 4;        // two echoes and two reads
+
+bool wasEcho(const OpenTransmission& answered)
+{
+    return !answered.sent.isEmpty() && isEcho(answered.sent);
+}
 
 } // namespace
 
@@ -41,6 +47,53 @@ void Exchange::Station::markWasAnswered(const OpenTransmission& marker)
 bool Exchange::isWary(Clock::time_point now) const
 {
     return now < cleanAt_;
+}
+
+// Makes a marker, if there is one.
+bool Exchange::mark(Clock::time_point now)
+{
+    const Station& asked = station();
+    // Of exceptions none says which echo it is to, nor whether it is the last one once more.
+    isAlone_ = asked.numbersEchoes ||
+               !(books_.isEchoOut(stationOf(current_.sent)) || wasEcho(asked.lastAnswered));
+    const auto make = [&](MarkerKind kind) {
+        marker_ = makeMarker(current_, books_, asked.lastAnswered, kind, nextMark_);
+        return marker_.replyLength > 0;
+    };
+    // What a two-wire adapter hears of its own sending looks like the answer to an echo, and to a
+    // write, until it has been heard to echo a read, or not to. Before a read, that itself tells.
+    const bool isFirstWrite = !knowsAdapter() && !current_.isRead() && make(MarkerKind::readAlso);
+    isForAdapter_ = isFirstWrite && settings_.mayMark;
+    if (isFirstWrite)
+        return true;
+    // It may say nothing to an echo, and the next probe is far off.
+    if (current_.isProbe() && !asked.numbersEchoes)
+        return make(MarkerKind::readOfProbe) || repeatOpenRead();
+    const bool mayEcho = settings_.mayMark && (isAlone_ || !isWary(now));
+    // The reply to a write of several words says none of them: one that comes twice confirms the
+    // next write, too.
+    const MarkerKind other = isWary(now) ? MarkerKind::readAlso : MarkerKind::read;
+    if (make(mayEcho && asked.mayEcho(current_.isRead()) ? MarkerKind::echo : other))
+        return true;
+    // Reads of every length may be out already.
+    return mayEcho && asked.numbersEchoes && make(MarkerKind::echo);
+}
+
+// What the station was silent to, once more: all that look like its reply answer the same. Where
+// nothing of ours does, reads of every other length are out.
+bool Exchange::repeatOpenRead()
+{
+    auto alike = books_.mistakable(current_.sent, current_.replyLength);
+    if (!alike)
+        alike = books_.oldestRead(stationOf(current_.sent));
+    if (!alike)
+        return false;
+    marker_ = Transmission();
+    marker_.sent = alike->sent;
+    marker_.replyLength = alike->replyLength;
+    marker_.isMarker = true;
+    marker_.request.station = stationOf(alike->sent);
+    return true;
 }
 
 // Could something that is still to come be mistaken for the reply?
