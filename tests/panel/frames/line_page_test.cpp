@@ -5,6 +5,7 @@
 #include <QScrollBar>
 #include <QTest>
 #include <QWheelEvent>
+#include <algorithm>
 #include <fstream>
 
 #include "made_views.h"
@@ -358,6 +359,28 @@ TEST_F(TheLinePage, SavesWhereFramesAreMissingSoThatALogTellsIt)
     EXPECT_EQ(cell(2, LineModel::meaning),
               "station 1: read registers, 16 bytes of values: 1 2 3 4 5 6 7 8");
     EXPECT_EQ(readRecordedLog(file.toStdString()).breaks, (std::vector<std::size_t>{0, 1}));
+}
+
+TEST_F(TheLinePage, TellsOnceThatItsLogCannotBeWritten)
+{
+    setup.log = "/dev/full";
+    std::vector<std::string> notes;
+    QObject::connect(&desk, &PanelDesk::framesPassed, &page,
+                     [&notes](const std::vector<Passed>& passed) {
+                         for (const Passed& each : passed)
+                             if (each.what == Passed::What::note)
+                                 notes.push_back(each.text);
+                     });
+    const std::string lost = "the log /dev/full could not be written: it is not complete";
+    const auto times = [&]() { return std::count(notes.begin(), notes.end(), lost); };
+    watch({"R_W:100"});
+    open();
+    ASSERT_TRUE(waitUntil([&]() { return times() > 0; }));
+    for (int i = 0; i < 2; ++i) { // there is a pulse before each
+        const auto known = desk.statistics();
+        ASSERT_TRUE(waitUntil([&]() { return desk.statistics() != known; }));
+    }
+    EXPECT_EQ(times(), 1);
 }
 
 TEST_F(TheLinePage, KeepsItsMemory)
