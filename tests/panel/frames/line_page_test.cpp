@@ -9,6 +9,7 @@
 #include <fstream>
 
 #include "made_views.h"
+#include "panel/desk/panel_clock.h"
 #include "panel_world.h"
 
 namespace dov417 {
@@ -359,6 +360,28 @@ TEST_F(TheLinePage, SavesWhereFramesAreMissingSoThatALogTellsIt)
     EXPECT_EQ(cell(2, LineModel::meaning),
               "station 1: read registers, 16 bytes of values: 1 2 3 4 5 6 7 8");
     EXPECT_EQ(readRecordedLog(file.toStdString()).breaks, (std::vector<std::size_t>{0, 1}));
+}
+
+// Frames that are looked at when the computer's clock has been moved, or it has slept.
+TEST_F(TheLinePage, KeepsTheTimeOfDayAtWhichFramesCameWhileItStoodStill)
+{
+    const Clock::time_point came{std::chrono::hours(5)};
+    const QDateTime noon = QDateTime::fromString("2026-02-03T12:00:00", Qt::ISODate);
+    Passed frame;
+    frame.what = Passed::What::began;
+    frame.transmission.number = 1;
+    frame.transmission.sent = QByteArray::fromHex(readZero);
+    frame.transmission.sendBegin = frame.at = came;
+    setPanelTime(came, noon);
+    QTest::mouseClick(part<QPushButton>("hold"), Qt::LeftButton);
+    emit desk.framesPassed({frame}, 0);
+    setPanelTime(came + std::chrono::seconds(1), noon.addSecs(8 * 3600));
+    emit desk.framesPassed({}, 7);
+    QTest::mouseClick(part<QPushButton>("hold"), Qt::LeftButton);
+    letPanelTimeRun();
+    ASSERT_EQ(rows(), 2);
+    EXPECT_THAT(cell(0, LineModel::meaning), HasSubstr("7 frame(s) are missing here"));
+    EXPECT_EQ(cell(1, LineModel::when), "12:00:00.000");
 }
 
 TEST_F(TheLinePage, TellsOnceThatItsLogCannotBeWritten)
