@@ -4,13 +4,13 @@
 #include <QCloseEvent>
 #include <QHBoxLayout>
 #include <QMenuBar>
-#include <QMessageBox>
 #include <QStatusBar>
 #include <QVBoxLayout>
 #include <algorithm>
 
 #include "panel/desk/help_boxes.h"
 #include "panel/desk/state_words.h"
+#include "panel/desk/yes_question.h"
 #include "panel/faults/faults_page.h"
 #include "panel/frames/line_page.h"
 #include "panel/frames/wire_page.h"
@@ -200,15 +200,13 @@ void MainWindow::toggleLock()
 {
     const bool unlock = !desk_.state().isUnlocked;
     lock_->setChecked(!unlock); // until the line says so
-    if (unlock && !desk_.state().isSimulated) {
-        const auto answer = QMessageBox::question(
+    if (unlock && !desk_.state().isSimulated &&
+        !saysYes(
             this, tr("Unlock writing"),
             tr("From now on, what is clicked or typed here changes values in the controller on "
                "%1. Unlock writing?")
-                .arg(QString::fromStdString(desk_.state().port)));
-        if (answer != QMessageBox::Yes)
-            return;
-    }
+                .arg(QString::fromStdString(desk_.state().port))))
+        return;
     desk_.setUnlocked(unlock);
 }
 

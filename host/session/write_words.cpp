@@ -32,9 +32,23 @@ std::string wholeNumbers(Width width, const Format& format)
 
 } // namespace
 
+std::string notationOfLimits(const Item& item)
+{
+    const Format& typed = item.format;
+    const Format& own = item.ofLimits;
+    const bool areAlike = typed.notation == own.notation &&
+                          typed.scaling.scale == own.scaling.scale &&
+                          typed.scaling.offset == own.scaling.offset;
+    return areAlike ? std::string() : notationNames().at(static_cast<std::size_t>(own.notation));
+}
+
 std::string rangeText(const Item& item)
 {
-    const auto number = [&item](double limit) { return withUnit(limitText(limit), item.ofLimits); };
+    const std::string notation = notationOfLimits(item);
+    const auto number = [&](double limit) {
+        return withUnit(limitText(limit), item.ofLimits) +
+               (notation.empty() ? "" : ", as " + notation);
+    };
     const Limits& limits = item.limits;
     if (limits.min && limits.max)
         return limitText(*limits.min) + " to " + number(*limits.max);

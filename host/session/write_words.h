@@ -13,7 +13,12 @@ namespace dov417 {
 // outside its limits.
 WriteTask writeTask(const Item& item, const std::vector<std::string>& values);
 
-// What its values may be: "0 to 3000 rpm", "0 or 1"; empty where that takes more words.
+// "unsigned": the notation that its limits are of, where its values are written in another one or
+// in another scale: 64 typed in hexadecimal is no 64 of theirs. Else empty.
+std::string notationOfLimits(const Item& item);
+
+// What its values may be: "0 to 3000 rpm", "10 to 90, as unsigned", "0 or 1"; empty where that
+// takes more words.
 std::string rangeText(const Item& item);
 
 // "speed = 1500 rpm: written and read back, was 0 rpm". interruption: why what is still waiting

@@ -1,5 +1,6 @@
 #include "panel/desk/line_worker.h"
 
+#include <functional>
 #include <utility>
 
 #include "link/network_address.h"
@@ -17,6 +18,20 @@ std::set<int> stationsOf(const std::vector<Address>& addresses)
     for (const Address& address : addresses)
         stations.insert(address.station);
     return stations;
+}
+
+// Once, where the disk is full or the stick was pulled: nobody is to look there for what happened.
+void followLog(Session& session, const LiveLine& line, const QString& log,
+               const std::function<void(const QString&)>& tell)
+{
+    auto* const timer = new QTimer(&session); // which ends before the line
+    QObject::connect(timer, &QTimer::timeout, &session, [timer, &line, log, tell]() {
+        if (!line.hasLostLog())
+            return;
+        timer->stop();
+        tell(LineWorker::tr("the log %1 could not be written: it is not complete").arg(log));
+    });
+    timer->start(LineWorker::pulse);
 }
 
 } // namespace
@@ -88,6 +103,9 @@ void LineWorker::makeLine(const LineOrder& order)
     session_ = std::make_unique<Session>(library_, sessionSettings(order.setup));
     live_->record(*session_);
     follow();
+    if (!order.setup.log.empty())
+        followLog(*session_, *live_, QString::fromStdString(order.setup.log),
+                  [this](const QString& text) { note(text.toStdString()); });
     const Result opened = session_->open(settings);
     if (!opened.accepted) {
         refuse(opened.reason);

@@ -9,6 +9,7 @@
 
 #include "driver/registers.h"
 #include "panel/desk/line_batch.h"
+#include "session/write_words.h"
 #include "text/address_values.h"
 #include "text/csv_rows.h"
 #include "text/raw_values.h"
@@ -80,6 +81,27 @@ Item pastedItem(const Library& library, const std::vector<std::string>& fields)
     return item;
 }
 
+// "10 to 90 K, as unsigned"; empty without limits. They are told in their own notation, whatever
+// the value is written in.
+std::string limitedRange(const Item& item)
+{
+    const Limits& limits = item.limits;
+    const auto number = [](double limit) { return QString::fromStdString(limitText(limit)); };
+    if (!limits.min && !limits.max)
+        return std::string();
+    const QString range =
+        !limits.max   ? PanelTagTexts::tr("from %1").arg(number(*limits.min))
+        : !limits.min ? PanelTagTexts::tr("up to %1").arg(number(*limits.max))
+                      : PanelTagTexts::tr("%1 to %2").arg(number(*limits.min), number(*limits.max));
+    const std::string text = withUnit(range.toStdString(), item.ofLimits);
+    const std::string notation = notationOfLimits(item);
+    return notation.empty()
+               ? text
+               : PanelTagTexts::tr("%1, as %2")
+                     .arg(QString::fromStdString(text), QString::fromStdString(notation))
+                     .toStdString();
+}
+
 // Of its register type, of which a format may make one.
 int ownValues(const Address& address)
 {
@@ -139,23 +161,20 @@ std::vector<unsigned char> bytesToWrite(const PanelValue& value, const std::stri
 
 std::string allowedRange(const PanelValue& value)
 {
-    const Format& format = value.label.format;
-    const Limits& limits = value.item.limits;
-    const auto number = [](double limit) { return QString::fromStdString(limitText(limit)); };
-    const auto inUnit = [&format](const QString& text) {
-        return withUnit(text.toStdString(), format);
-    };
-    const auto fromTo = [&](double least, double most) {
-        return inUnit(PanelTagTexts::tr("%1 to %2").arg(number(least), number(most)));
-    };
-    if (limits.min && limits.max)
-        return fromTo(*limits.min, *limits.max);
+    Item item = value.item;
+    item.format = value.label.format;
+    const Format& format = item.format;
+    const Limits& limits = item.limits;
+    const bool isWhole = isNumber(format.notation) && !isFloating(format.notation);
+    if ((limits.min && limits.max) || !notationOfLimits(item).empty() || !isWhole) {
+        const std::string range = limitedRange(item);
+        if (!range.empty())
+            return range;
+    }
     if (value.address.width == Width::bit)
         return PanelTagTexts::tr("0 or 1").toStdString();
-    if (isFloating(format.notation) || !isNumber(format.notation))
-        return limits.min   ? inUnit(PanelTagTexts::tr("from %1").arg(number(*limits.min)))
-               : limits.max ? inUnit(PanelTagTexts::tr("up to %1").arg(number(*limits.max)))
-                            : std::string();
+    if (!isWhole)
+        return std::string();
     const int bits = bitsOf(value.address.width);
     const double low = isSigned(format.notation) ? -std::exp2(bits - 1) : 0;
     const double high = isSigned(format.notation)          ? std::exp2(bits - 1) - 1
@@ -166,7 +185,9 @@ std::string allowedRange(const PanelValue& value)
     };
     const auto [least, most] =
         std::minmax({scaled(low), scaled(high)}); // the scale may be negative
-    return fromTo(limits.min.value_or(least), limits.max.value_or(most));
+    item.limits = {limits.min.value_or(least), limits.max.value_or(most)};
+    item.ofLimits = format;
+    return limitedRange(item);
 }
 
 std::vector<Item> pastedItems(const Library& library, const std::string& text)

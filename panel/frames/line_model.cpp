@@ -36,11 +36,19 @@ QString timeText(LogTime time)
     return QDateTime::fromMSecsSinceEpoch(millis).toString(QStringLiteral("HH:mm:ss.zzz"));
 }
 
-LineRow noteRow(Clock::time_point at, const std::string& text)
+LineRow noteRow(LogTime at, const std::string& text)
 {
     LineRow row;
-    row.entry = {panelLogTime(at), Direction::note, QByteArray(), text};
+    row.entry = {at, Direction::note, QByteArray(), text};
     return row;
+}
+
+// A request that is given up ends in the silence in which the last frame of it has ended, and both
+// are told; nothing was sent in between.
+bool isToldAlready(const LineRow& before, const LineRow& row)
+{
+    return tellsNoAnswer(row.entry) && tellsNoAnswer(before.entry) &&
+           row.station == before.station && row.entry.meaning == before.entry.meaning;
 }
 
 } // namespace
@@ -92,39 +100,39 @@ std::optional<LineRow> LineModel::rowOf(const Passed& passed) const
         row.isTrouble = true;
         return row;
     case Passed::What::note:
-        return noteRow(passed.at, passed.text);
+        return noteRow(panelLogTime(passed.at), passed.text);
     }
     return std::nullopt;
 }
 
-// A request that is given up ends in the silence in which the last frame of it has ended, and both
-// are told; nothing was sent in between.
-bool LineModel::isToldAlready(const std::vector<LineRow>& rows, const LineRow& row) const
-{
-    if (rows.empty() && rows_.empty())
-        return false;
-    const LineRow& before = rows.empty() ? rows_.back() : rows.back();
-    return tellsNoAnswer(row.entry) && tellsNoAnswer(before.entry) &&
-           row.station == before.station && row.entry.meaning == before.entry.meaning;
-}
-
-void LineModel::add(const std::vector<Passed>& passed, long long notTold)
+std::vector<LineRow> LineModel::rowsOf(const std::vector<Passed>& passed,
+                                       const LineRow* before) const
 {
     std::vector<LineRow> rows;
-    rows.reserve(passed.size() + 1);
-    if (notTold > 0) {
-        const Clock::time_point at = passed.empty() ? panelNow() : passed.front().at;
-        rows.push_back(noteRow(at, tr("%n frame(s) are missing here: this computer was too busy to "
-                                      "show them",
-                                      nullptr, static_cast<int>(notTold))
-                                       .toStdString()));
-        rows.back().isTrouble = true;
-        rows.back().missing = notTold;
-    }
-    for (const Passed& each : passed)
-        if (const std::optional<LineRow> row = rowOf(each); row && !isToldAlready(rows, *row))
+    rows.reserve(passed.size());
+    for (const Passed& each : passed) {
+        const LineRow* const last = rows.empty() ? before : &rows.back();
+        if (const std::optional<LineRow> row = rowOf(each);
+            row && !(last && isToldAlready(*last, *row)))
             rows.push_back(*row);
-    append(rows);
+    }
+    return rows;
+}
+
+void LineModel::add(const std::vector<LineRow>& rows, long long notTold)
+{
+    std::vector<LineRow> all;
+    if (notTold > 0) {
+        const LogTime at = rows.empty() ? panelLogTime(panelNow()) : rows.front().entry.time;
+        all.push_back(noteRow(at, tr("%n frame(s) are missing here: this computer was too busy to "
+                                     "show them",
+                                     nullptr, static_cast<int>(notTold))
+                                      .toStdString()));
+        all.back().isTrouble = true;
+        all.back().missing = notTold;
+    }
+    all.insert(all.end(), rows.begin(), rows.end());
+    append(all);
 }
 
 // The oldest go many at a time, as a view takes long for each time.
@@ -209,6 +217,11 @@ void LineModel::save(const std::string& file, const std::string& wire) const
     QString error;
     if (!replaceFile(QString::fromStdString(file), QByteArray::fromStdString(text), &error))
         throw Failure("cannot write " + file + ": " + error.toStdString());
+}
+
+const LineRow* LineModel::lastRow() const
+{
+    return rows_.empty() ? nullptr : &rows_.back();
 }
 
 const LineRow& LineModel::rowAt(int row) const

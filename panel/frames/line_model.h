@@ -43,7 +43,10 @@ public:
     // The areas tell what the numbers on the line are called.
     explicit LineModel(const std::vector<Area>& areas);
 
-    void add(const std::vector<Passed>& passed, long long notTold);
+    // In words, and at the time of day that it is now: a clock that is moved later moves none of
+    // them. before: the row that these follow; null where there is none, or frames are missing.
+    std::vector<LineRow> rowsOf(const std::vector<Passed>& passed, const LineRow* before) const;
+    void add(const std::vector<LineRow>& rows, long long notTold);
     void clear();
     // What a line log holds, in place of what is here.
     void load(const RecordedLog& log);
@@ -52,6 +55,8 @@ public:
     void save(const std::string& file, const std::string& wire) const;
 
     const LineRow& rowAt(int row) const;
+    // Null where there is none.
+    const LineRow* lastRow() const;
     // The request of the transmission of this number; nothing: it is not here any more.
     std::optional<int> rowOfRequest(long long number) const;
 
@@ -63,7 +68,6 @@ public:
 
 private:
     std::optional<LineRow> rowOf(const Passed& passed) const;
-    bool isToldAlready(const std::vector<LineRow>& rows, const LineRow& row) const;
     void append(const std::vector<LineRow>& rows);
     QString text(int row, int column) const;
 

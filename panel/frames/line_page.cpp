@@ -74,9 +74,13 @@ void LinePage::passed(const std::vector<Passed>& frames, long long notTold)
 {
     if (!log_.isEmpty())
         return;
+    const LineRow* const before = notTold > 0         ? nullptr
+                                  : !waiting_.empty() ? &waiting_.back()
+                                                      : model_.lastRow();
+    const std::vector<LineRow> rows = model_.rowsOf(frames, before);
     if (isHeld_) {
         notShown_ += notTold;
-        waiting_.insert(waiting_.end(), frames.begin(), frames.end());
+        waiting_.insert(waiting_.end(), rows.begin(), rows.end());
         if (waiting_.size() > maxWaiting) {
             const auto surplus = static_cast<std::ptrdiff_t>(waiting_.size() - maxWaiting / 2);
             notShown_ += surplus;
@@ -85,7 +89,7 @@ void LinePage::passed(const std::vector<Passed>& frames, long long notTold)
         showWhatStands();
         return;
     }
-    model_.add(frames, notTold);
+    model_.add(rows, notTold);
     table_->scrollToBottom();
 }
 

@@ -59,7 +59,7 @@ private:
     QPushButton* const back_;
     QLabel* const standing_;
     // While it stands still: what passes meanwhile, and what of it is dropped.
-    std::vector<Passed> waiting_;
+    std::vector<LineRow> waiting_;
     long long notShown_ = 0;
     bool isHeld_ = false;
     bool isNoneShown_ = false; // of the rows, as the filter has it

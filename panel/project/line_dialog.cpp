@@ -132,9 +132,9 @@ void LineDialog::judge()
     QString verdict;
     try {
         const OrderedJson project = {{versionMember, projectVersion}, {"line", line}};
-        LineSetup setup = parseProject(project.dump(), std::string()).line;
-        setup.stationMaxRegisters = setup_.stationMaxRegisters;
-        setup_ = setup;
+        const LineSetup typed = parseProject(project.dump(), std::string()).line;
+        for (const Field& field : fields_) // and the rest stays as it was
+            copyMember(*field.member, typed, setup_);
     } catch (const Failure& failure) {
         verdict = symbolOf(ValueState::failed) + QLatin1Char(' ') +
                   fieldVerdict(failure, QStringLiteral("line."));

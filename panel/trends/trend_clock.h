@@ -4,55 +4,49 @@
 
 #include <QDateTime>
 #include <QString>
+#include <vector>
 
 #include "panel/desk/panel_clock.h"
 #include "panel/trends/trend_history.h"
 
 namespace dov417 {
 
-// As it was when this was made. Who sets this computer's clock, or lets it sleep, moves it against
-// what is recorded then: see moved().
+// Who sets this computer's clock, or lets it sleep, moves it against what is recorded then. Each
+// moment keeps the time of day that was shown at it: see moved().
 class TrendClock {
 public:
-    TrendClock() : offset_(offsetNow()) {}
+    // Less is the clock being kept right.
+    static constexpr TrendTime minJump = 2 * trendSecond;
 
-    // Milliseconds since 1970, as the axis has them.
-    double toAxis(TrendTime at) const
-    {
-        return static_cast<double>(at + offset_) / perMillisecond;
-    }
-    TrendTime fromAxis(double at) const
-    {
-        return static_cast<TrendTime>(at * perMillisecond) - offset_;
-    }
-    QDateTime dateTime(TrendTime at) const
-    {
-        return QDateTime::fromMSecsSinceEpoch((at + offset_) / perMillisecond);
-    }
+    TrendClock();
+
+    // A place on the axis, where every second is as long as the next: milliseconds since 1970 for
+    // what was recorded since the clock was moved last, and for all before as if it had gone so.
+    double toAxis(TrendTime at) const;
+    TrendTime fromAxis(double at) const;
+    // Does that tell the time of day of this moment?
+    bool isAsOnAxis(TrendTime at) const;
+
+    QDateTime dateTime(TrendTime at) const;
     // "14:03:07.250"
-    QString text(TrendTime at) const
-    {
-        return dateTime(at).toString(QStringLiteral("HH:mm:ss.zzz"));
-    }
-    // By how much this computer's clock has been moved since the last call.
-    TrendTime moved()
-    {
-        const TrendTime now = offsetNow();
-        const TrendTime moved = now - lastSeen_;
-        lastSeen_ = now;
-        return moved;
-    }
+    QString text(TrendTime at) const;
+    // When that was shown, in milliseconds since 1970. Twice: the later one. A time that the clock
+    // jumped over is where it did.
+    TrendTime momentOf(qint64 milliseconds) const;
+    // By how much this computer's clock has been moved since the last call; 0 where it is kept
+    // right. What is recorded from now on has the time that it shows now.
+    TrendTime moved();
 
 private:
-    static constexpr int perMillisecond = 1000;
+    // The same difference between both clocks.
+    struct Stretch {
+        TrendTime since;
+        TrendTime offset;
+    };
 
-    static TrendTime offsetNow()
-    {
-        return panelTimeOfDay().toMSecsSinceEpoch() * perMillisecond - toTrendTime(panelNow());
-    }
+    TrendTime offsetAt(TrendTime at) const;
 
-    TrendTime offset_;
-    TrendTime lastSeen_ = offset_;
+    std::vector<Stretch> stretches_; // never empty, in their order
 };
 
 } // namespace dov417

@@ -13,16 +13,29 @@ namespace dov417 {
 
 namespace {
 
-QwtDateScaleDraw* newTimeScale()
-{
-    auto* const scale = new QwtDateScaleDraw(Qt::LocalTime);
-    scale->setDateFormat(QwtDate::Millisecond, QStringLiteral("HH:mm:ss.zzz"));
-    scale->setDateFormat(QwtDate::Second, QStringLiteral("HH:mm:ss"));
-    scale->setDateFormat(QwtDate::Minute, QStringLiteral("HH:mm"));
-    scale->setDateFormat(QwtDate::Hour, QStringLiteral("HH:mm\nd MMM"));
-    scale->setDateFormat(QwtDate::Day, QStringLiteral("d MMM"));
-    return scale;
-}
+// The time of day of each moment.
+class TimeScale : public QwtDateScaleDraw {
+public:
+    explicit TimeScale(const TrendClock& clock) : QwtDateScaleDraw(Qt::LocalTime), clock_(clock)
+    {
+        setDateFormat(QwtDate::Millisecond, QStringLiteral("HH:mm:ss.zzz"));
+        setDateFormat(QwtDate::Second, QStringLiteral("HH:mm:ss"));
+        setDateFormat(QwtDate::Minute, QStringLiteral("HH:mm"));
+        setDateFormat(QwtDate::Hour, QStringLiteral("HH:mm\nd MMM"));
+        setDateFormat(QwtDate::Day, QStringLiteral("d MMM"));
+    }
+    // Before the clock was moved, the axis has its marks at no round times.
+    QwtText label(double place) const override
+    {
+        const TrendTime at = clock_.fromAxis(place);
+        return clock_.isAsOnAxis(at)
+                   ? QwtDateScaleDraw::label(place)
+                   : QwtText(clock_.dateTime(at).toString(QStringLiteral("HH:mm:ss\nd MMM")));
+    }
+
+private:
+    const TrendClock& clock_;
+};
 
 } // namespace
 
@@ -50,7 +63,7 @@ TrendPlot::TrendPlot(const TrendClock& clock)
     setFocusProxy(area);
     setAutoReplot(false);
     plotLayout()->setAlignCanvasToScales(true);
-    setAxisScaleDraw(xBottom, newTimeScale());
+    setAxisScaleDraw(xBottom, new TimeScale(clock));
     setAxisScaleEngine(xBottom, new QwtDateScaleEngine(Qt::LocalTime));
     axisScaleDraw(yLeft)->setMinimumExtent(0);
     grid_->attach(this);

@@ -101,6 +101,14 @@ void TrendStack::setPalettes()
     draw();
 }
 
+void TrendStack::followClock()
+{
+    showCursors();
+    showNotes();
+    drawn_ = 0;
+    draw();
+}
+
 void TrendStack::followValues()
 {
     for (TrendPlot* const plot : plots_)

@@ -76,6 +76,8 @@ public:
     void addNote(const TrendNote& note);
     // A person's, all of them.
     void setOwnNotes(const std::vector<TrendNote>& notes);
+    // It was moved, and all has another place on the axis.
+    void followClock();
     void setPalettes();
     // There is more to draw than before.
     void tell()

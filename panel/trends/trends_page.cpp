@@ -16,7 +16,6 @@ constexpr TrendTime lookingFrom = 700 * trendSecond / 1000;
 constexpr TrendTime lookingUntil = 4 * trendSecond;
 constexpr int maxNumbers = 5;
 constexpr int maxBits = 4;
-constexpr TrendTime clockJump = 2 * trendSecond; // less is the clock being kept right
 
 } // namespace
 
@@ -218,9 +217,12 @@ void TrendsPage::removePlot()
 
 void TrendsPage::refresh()
 {
-    if (const TrendTime moved = clock_.moved(); std::abs(moved) > clockJump)
-        addNote(tr("this computer's clock was moved by %1 s; times here go on as before")
+    if (const TrendTime moved = clock_.moved(); moved != 0) {
+        addNote(tr("this computer's clock was moved by %1 s; times before are as it was then")
                     .arg(static_cast<double>(moved) / trendSecond, 0, 'f', 1));
+        showNotes();
+        stack_->followClock();
+    }
     if (!isVisible())
         return;
     readout_.refresh();

@@ -12,8 +12,7 @@ namespace {
 
 bool isOfNote(const KeptNote& kept, const TrendNote& note, const TrendClock& clock)
 {
-    return clock.fromAxis(static_cast<double>(kept.at)) == note.at &&
-           kept.text == note.text.toStdString();
+    return clock.momentOf(kept.at) == note.at && kept.text == note.text.toStdString();
 }
 
 } // namespace
@@ -91,8 +90,7 @@ void TrendsPage::showNotes()
     std::vector<TrendNote> notes;
     notes.reserve(arrangement_.notes.size());
     for (const KeptNote& each : arrangement_.notes)
-        notes.push_back(
-            {clock_.fromAxis(static_cast<double>(each.at)), QString::fromStdString(each.text)});
+        notes.push_back({clock_.momentOf(each.at), QString::fromStdString(each.text)});
     stack_->setOwnNotes(notes);
     stack_->draw();
     listNotes();

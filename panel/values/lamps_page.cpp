@@ -2,12 +2,12 @@
 
 #include <QHeaderView>
 #include <QKeyEvent>
-#include <QMessageBox>
 #include <QVBoxLayout>
 
 #include "panel/desk/panel_icons.h"
 #include "panel/desk/panel_settings.h"
 #include "panel/desk/state_words.h"
+#include "panel/desk/yes_question.h"
 #include "panel/values/lamp_delegate.h"
 #include "text/values.h"
 
@@ -84,9 +84,11 @@ void LampsPage::showWhatThereIs()
 bool LampsPage::eventFilter(QObject* object, QEvent* event)
 {
     if (object == table_ && event->type() == QEvent::KeyPress) {
-        const int key = static_cast<QKeyEvent*>(event)->key();
+        const auto& press = *static_cast<QKeyEvent*>(event);
+        const int key = press.key();
         if (key == Qt::Key_Space || key == Qt::Key_Return || key == Qt::Key_Enter) {
-            toggle(table_->currentIndex());
+            if (!press.isAutoRepeat()) // a key that is held is one wish
+                toggle(table_->currentIndex());
             return true;
         }
     }
@@ -122,15 +124,11 @@ void LampsPage::toggle(const QModelIndex& index)
         return;
     }
     const bool target = !*on;
-    if (asks_->isChecked()) {
-        const auto answer =
-            QMessageBox::question(this, tr("Write a bit"),
-                                  tr("Write %1 to %2 (%3)?")
-                                      .arg(target ? tr("1 (on)") : tr("0 (off)"), name,
-                                           QString::fromStdString(value.label.address)));
-        if (answer != QMessageBox::Yes)
-            return;
-    }
+    if (asks_->isChecked() && !saysYes(this, tr("Write a bit"),
+                                       tr("Write %1 to %2 (%3)?")
+                                           .arg(target ? tr("1 (on)") : tr("0 (off)"), name,
+                                                QString::fromStdString(value.label.address))))
+        return;
     write(value, target);
 }
 

@@ -10,6 +10,7 @@
 #include <sys/stat.h>
 
 #include "answering.h"
+#include "held_key.h"
 #include "made_views.h"
 #include "panel/desk/state_words.h"
 #include "panel/project/line_dialog.h"
@@ -91,6 +92,17 @@ TEST_F(TheWindow, OpensALineForReadingAndSaysOnEachPageThatItIsUnlocked)
     answer(QMessageBox::No, "changes values in the controller");
     QTest::mouseClick(lock, Qt::LeftButton);
     EXPECT_FALSE(lock->isChecked());
+    int result = QMessageBox::NoButton;
+    whenAsked<QMessageBox>(&window, [&](QMessageBox& box) {
+        QObject::connect(&box, &QMessageBox::finished, &window, [&](int how) { result = how; });
+        repeatKey(*box.focusWidget(), Qt::Key_Return);
+        EXPECT_TRUE(box.isVisible()) << "of a key that is still held";
+        QTest::keyClick(box.focusWidget(), Qt::Key_Return);
+    });
+    lock->setFocus();
+    QTest::keyClick(lock, Qt::Key_Space);
+    EXPECT_FALSE(lock->isChecked());
+    EXPECT_EQ(result, QMessageBox::No);
     answer(QMessageBox::Yes, "changes values in the controller");
     QTest::mouseClick(lock, Qt::LeftButton);
     ASSERT_TRUE(waitUntil([this]() { return desk.state().isUnlocked; }));

@@ -38,6 +38,8 @@ TEST_F(WordsAboutWrites, NameTheRangeInTheUnit)
     EXPECT_EQ(rangeText(temperature), "-20.5 to 5 C");
     temperature.limits.min.reset();
     EXPECT_EQ(rangeText(temperature), "at most 5 C");
+    temperature.format = item("R_W:1", "hex").format;
+    EXPECT_EQ(rangeText(temperature), "at most 5 C, as unsigned");
 }
 
 TEST_F(WordsAboutWrites, RefuseWhatLiesOutsideTheLimits)

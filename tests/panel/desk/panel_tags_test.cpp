@@ -50,11 +50,34 @@ TEST_F(PanelTagTexts, SayWhatMayBeWritten)
     Item scaled = item("R_W:5");
     scaled.format.scaling = Scaling{0.1, -40, 1, "K"};
     EXPECT_EQ(allowedRange(value(scaled)), "-40 to 6513.5 K");
+    scaled.ofLimits = scaled.format;
     scaled.limits.max = 80;
     EXPECT_EQ(allowedRange(value(scaled)), "-40 to 80 K");
     Item falling = item("R_W:5@signed");
     falling.format.scaling = Scaling{-0.5, 10, 1, "K"};
     EXPECT_EQ(allowedRange(value(falling)), "-16373.5 to 16394 K");
+}
+
+TEST_F(PanelTagTexts, SayLimitsInTheNotationThatTheyAreOf)
+{
+    Item temperature = item("R_W:5");
+    temperature.format.scaling = Scaling{0.5, 0, 1, "K"};
+    temperature.ofLimits = temperature.format;
+    temperature.limits = {10, 90};
+    EXPECT_EQ(allowedRange(value(temperature)), "10 to 90 K");
+    temperature.format = item("R_W:5@hex").format;
+    EXPECT_EQ(allowedRange(value(temperature)), "10 to 90 K, as unsigned");
+    EXPECT_THAT(complaint([&]() { bytesToWrite(value(temperature), "0x10"); }),
+                HasSubstr("'8.0': below the minimum"));
+    temperature.limits.min.reset();
+    EXPECT_EQ(allowedRange(value(temperature)), "up to 90 K, as unsigned");
+    temperature.format = item("R_W:5@signed").format;
+    temperature.format.scaling = temperature.ofLimits.scaling;
+    EXPECT_EQ(allowedRange(value(temperature)), "up to 90 K, as unsigned") << "-1 is above it";
+    temperature.format = item("R_W:5").format;
+    EXPECT_EQ(allowedRange(value(temperature)), "up to 90 K, as unsigned") << "of another scale";
+    temperature.limits = {};
+    EXPECT_EQ(allowedRange(value(temperature)), "0 to 65535") << "of no limits, but of its field";
 }
 
 TEST_F(PanelTagTexts, AreRefusedOutsideOfTheirLimits)

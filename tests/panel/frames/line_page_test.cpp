@@ -5,9 +5,11 @@
 #include <QScrollBar>
 #include <QTest>
 #include <QWheelEvent>
+#include <algorithm>
 #include <fstream>
 
 #include "made_views.h"
+#include "panel/desk/panel_clock.h"
 #include "panel_world.h"
 
 namespace dov417 {
@@ -358,6 +360,50 @@ TEST_F(TheLinePage, SavesWhereFramesAreMissingSoThatALogTellsIt)
     EXPECT_EQ(cell(2, LineModel::meaning),
               "station 1: read registers, 16 bytes of values: 1 2 3 4 5 6 7 8");
     EXPECT_EQ(readRecordedLog(file.toStdString()).breaks, (std::vector<std::size_t>{0, 1}));
+}
+
+// Frames that are looked at when the computer's clock has been moved, or it has slept.
+TEST_F(TheLinePage, KeepsTheTimeOfDayAtWhichFramesCameWhileItStoodStill)
+{
+    const Clock::time_point came{std::chrono::hours(5)};
+    const QDateTime noon = QDateTime::fromString("2026-02-03T12:00:00", Qt::ISODate);
+    Passed frame;
+    frame.what = Passed::What::began;
+    frame.transmission.number = 1;
+    frame.transmission.sent = QByteArray::fromHex(readZero);
+    frame.transmission.sendBegin = frame.at = came;
+    setPanelTime(came, noon);
+    QTest::mouseClick(part<QPushButton>("hold"), Qt::LeftButton);
+    emit desk.framesPassed({frame}, 0);
+    setPanelTime(came + std::chrono::seconds(1), noon.addSecs(8 * 3600));
+    emit desk.framesPassed({}, 7);
+    QTest::mouseClick(part<QPushButton>("hold"), Qt::LeftButton);
+    letPanelTimeRun();
+    ASSERT_EQ(rows(), 2);
+    EXPECT_THAT(cell(0, LineModel::meaning), HasSubstr("7 frame(s) are missing here"));
+    EXPECT_EQ(cell(1, LineModel::when), "12:00:00.000");
+}
+
+TEST_F(TheLinePage, TellsOnceThatItsLogCannotBeWritten)
+{
+    setup.log = "/dev/full";
+    std::vector<std::string> notes;
+    QObject::connect(&desk, &PanelDesk::framesPassed, &page,
+                     [&notes](const std::vector<Passed>& passed) {
+                         for (const Passed& each : passed)
+                             if (each.what == Passed::What::note)
+                                 notes.push_back(each.text);
+                     });
+    const std::string lost = "the log /dev/full could not be written: it is not complete";
+    const auto times = [&]() { return std::count(notes.begin(), notes.end(), lost); };
+    watch({"R_W:100"});
+    open();
+    ASSERT_TRUE(waitUntil([&]() { return times() > 0; }));
+    for (int i = 0; i < 2; ++i) { // there is a pulse before each
+        const auto known = desk.statistics();
+        ASSERT_TRUE(waitUntil([&]() { return desk.statistics() != known; }));
+    }
+    EXPECT_EQ(times(), 1);
 }
 
 TEST_F(TheLinePage, KeepsItsMemory)

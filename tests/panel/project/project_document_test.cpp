@@ -363,6 +363,25 @@ TEST_F(TheProject, HasTheSettingsOfItsLineFromTheirDialog)
     EXPECT_EQ(jsonOf(path("machine.json")).at("line").at("max-registers"), 16);
 }
 
+// What the program was started with, and the dialog has no field for.
+TEST(TheSettingsOfALine, KeepWhatTheirDialogDoesNotShow)
+{
+    LineSetup setup;
+    setup.log = "night.log";
+    setup.baud = "9600";
+    setup.direction.isWanted = true;
+    setup.stationMaxRegisters = {{2, 32}};
+    LineDialog dialog(setup, nullptr);
+    dialog.findChild<QLineEdit*>("timeout")->setText("30");
+    EXPECT_EQ(dialog.setup().timeoutMs, 30);
+    EXPECT_EQ(dialog.setup().log, "night.log");
+    EXPECT_EQ(dialog.setup().baud, "9600");
+    EXPECT_TRUE(dialog.setup().direction.isWanted);
+    EXPECT_EQ(dialog.setup().stationMaxRegisters.at(2), 32);
+    dialog.findChild<QLineEdit*>("timeout")->clear();
+    EXPECT_FALSE(dialog.setup().timeoutMs);
+}
+
 TEST_F(TheProject, HasTheMergeGapThatWasChosenForItsLine)
 {
     add("R_W:100");

@@ -3,6 +3,7 @@
 #include <QMenu>
 #include <ctime>
 
+#include "panel/desk/panel_clock.h"
 #include "panel/trends/trends_page.h"
 #include "project_world.h"
 
@@ -142,6 +143,37 @@ TEST_F(NotesOfATrend, AreKeptInTheProjectWithWhatANewerProgramPutsThere)
     openList();
     ASSERT_EQ(listed().size(), 3U);
     EXPECT_THAT(listed().at(2), HasSubstr("valve, opened"));
+}
+
+TEST_F(NotesOfATrend, HaveTheTimeThatItIsOnceTheComputerHasSlept)
+{
+    openProject();
+    type("evening");
+    const Clock::time_point woken = panelNow() + std::chrono::seconds(1);
+    const QDateTime morning = panelTimeOfDay().addSecs(8 * 3600);
+    setPanelTime(woken, morning);
+    const auto isNoticed = [this]() {
+        for (const std::string& text : inPlot())
+            if (text == "this computer's clock was moved by 28799.0 s; times before are as it was "
+                        "then")
+                return true;
+        return false;
+    };
+    EXPECT_TRUE(waitUntil(isNoticed));
+    type("morning");
+    const OrderedJson notes = saved();
+    openList();
+    const std::vector<std::string> rows = listed();
+    letPanelTimeRun();
+    ASSERT_EQ(notes.size(), 4U);
+    const auto timeOf = [&notes](std::size_t place) {
+        return QDateTime::fromString(
+            QString::fromStdString(notes.at(place).at("time").get<std::string>()),
+            Qt::ISODateWithMs);
+    };
+    EXPECT_EQ(timeOf(3), morning);
+    EXPECT_LT(timeOf(2), morning.addSecs(-8 * 3600 + 1));
+    EXPECT_THAT(rows.back(), StartsWith(morning.toString("yyyy-MM-dd HH:mm:ss.zzz").toStdString()));
 }
 
 TEST_F(NotesOfATrend, AreUndoneAndDoneAgain)

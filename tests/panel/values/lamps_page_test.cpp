@@ -4,6 +4,8 @@
 #include <QMessageBox>
 #include <QTest>
 
+#include "answering.h"
+#include "held_key.h"
 #include "panel_world.h"
 
 namespace dov417 {
@@ -32,6 +34,13 @@ protected:
             .data(Qt::AccessibleTextRole)
             .toString()
             .toStdString();
+    }
+    bool areAllGood(int row) const
+    {
+        for (int bit = 0; bit < 16; ++bit)
+            if (lamp(row, bit).find("\u2713 good") == std::string::npos)
+                return false;
+        return true;
     }
     void click(int row, int bit) const
     {
@@ -136,6 +145,57 @@ TEST_F(TheLampsPage, AsksWhereItIsToAsk)
         click(0, 0);
         EXPECT_EQ(desk.writes().size(), button == QMessageBox::Yes ? 1U : 0U);
     }
+}
+
+TEST_F(TheLampsPage, WritesOnceHoweverLongAKeyIsHeld)
+{
+    options.set = {"M_W:1=0x0000"};
+    watch({"M_bit:1.0..1.15"});
+    show();
+    open();
+    unlock();
+    table->setCurrentIndex(table->model()->index(0, 4));
+    std::size_t writes = 0;
+    for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Return, Qt::Key_Enter}) {
+        QTest::keyPress(table, key);
+        ++writes;
+        for (int i = 0; i < 3; ++i) { // each as soon as the one before could have been written
+            ASSERT_TRUE(waitUntil([this]() { return allWritesHaveEnded() && areAllGood(0); }));
+            repeatKey(*table, key, 1);
+            EXPECT_EQ(desk.writes().size(), writes);
+        }
+        QTest::keyRelease(table, key);
+    }
+    ASSERT_TRUE(waitUntil([this]() { return allWritesHaveEnded(); }));
+    EXPECT_EQ(held("M_W", 1), 0x0010) << "three times the other state";
+}
+
+TEST_F(TheLampsPage, TakesNoKeyThatIsStillHeldForAnAnswer)
+{
+    watch({"M_bit:1.0"});
+    show();
+    page->findChild<QCheckBox*>("asks")->setChecked(true);
+    open();
+    unlock();
+    table->setCurrentIndex(table->model()->index(0, 0));
+    int asked = 0;
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Space}) {
+        whenAsked<QMessageBox>(page.get(), [&asked, key](QMessageBox& box) {
+            ++asked;
+            repeatKey(*box.focusWidget(), key);
+            repeatKey(box, key);
+            EXPECT_TRUE(box.isVisible()) << "it is read once the key is let go";
+            QTest::keyClick(box.focusWidget(), key);
+        });
+        QTest::keyPress(table, key);
+        EXPECT_THAT(desk.writes(), IsEmpty()) << "whoever just hits a key has said no";
+    }
+    EXPECT_EQ(asked, 2);
+    answerWith(page.get(), QMessageBox::Yes, "Write 1 (on)");
+    QTest::keyClick(table, Qt::Key_Space);
+    EXPECT_EQ(desk.writes().size(), 1U);
+    ASSERT_TRUE(waitUntil([this]() { return allWritesHaveEnded(); }));
+    EXPECT_EQ(held("M_W", 1), 0x0001);
 }
 
 TEST_F(TheLampsPage, AsksOnAFreshComputerAndAsItsUserChoseFromThenOn)
