@@ -132,6 +132,27 @@ std::vector<RecipeShare> recipeShares(const Library& library, const std::vector<
     return shares;
 }
 
+std::string whyOutside(const RecipeRow& row)
+{
+    if (!row.isInRecipe())
+        return std::string();
+    Item one = row.value.item;
+    one.address = row.value.address;
+    try {
+        requireWithinLimits(one, row.buffer);
+    } catch (const UsageFailure& failure) {
+        return failure.what();
+    }
+    return std::string();
+}
+
+void requireBuffersWithinLimits(const std::vector<RecipeRow>& rows)
+{
+    for (const RecipeRow& row : rows)
+        if (const std::string why = whyOutside(row); !why.empty())
+            throw UsageFailure(row.value.label.name + ": " + why);
+}
+
 void requireOneWish(const std::vector<RecipeShare>& shares)
 {
     RecipeWishes wishes;

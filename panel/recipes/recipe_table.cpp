@@ -220,7 +220,11 @@ void RecipeTable::save(const std::string& file)
         throw UsageFailure(file + " is a project; name another file, as it would be lost");
     std::vector<RecipeEntry> entries;
     std::map<std::string, std::size_t> names;
-    for (const RecipeShare& share : shares(RecipeKind::download)) {
+    const std::vector<RecipeShare> all = recipeShares(library_, rows_, RecipeKind::download);
+    if (all.empty())
+        throw UsageFailure("the buffer is empty");
+    requireOneWish(all);
+    for (const RecipeShare& share : all) {
         const RecipeEntry entry{itemInFile(library_, share.entry.item), share.entry.data};
         const auto [same, isNew] = names.try_emplace(entry.item.name, entries.size());
         if (isNew)
@@ -243,8 +247,10 @@ std::vector<RecipeShare> RecipeTable::shares(RecipeKind kind) const
     if (all.empty())
         throw UsageFailure(kind == RecipeKind::download ? "the buffer is empty"
                                                         : "there is nothing to read");
-    if (kind == RecipeKind::download)
+    if (kind == RecipeKind::download) {
         requireOneWish(all);
+        requireBuffersWithinLimits(rows_);
+    }
     return all;
 }
 

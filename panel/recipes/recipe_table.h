@@ -52,7 +52,8 @@ public:
     std::size_t valuesInRecipe() const;
 
     // What an order is about. Throws a UsageFailure where there is nothing to move, and for a
-    // download where two values want different things of the same place.
+    // download where two values want different things of the same place, or one lies outside its
+    // limits.
     std::vector<RecipeShare> shares(RecipeKind kind) const;
     void began(const std::vector<RecipeShare>& shares, RecipeKind kind);
     // isOfLine: the line is still the one that it was ordered for.

@@ -2,9 +2,11 @@
 
 #include <QTemporaryDir>
 #include <fstream>
+#include <iterator>
 
 #include "loaded_library.h"
 #include "made_views.h"
+#include "panel/recipes/recipe_model.h"
 #include "panel/recipes/recipe_words.h"
 
 namespace dov417 {
@@ -13,6 +15,7 @@ namespace {
 
 using testing::HasSubstr;
 using testing::Not;
+using testing::StartsWith;
 
 class ARecipeTable : public LoadedLibrary {
 protected:
@@ -22,6 +25,14 @@ protected:
         for (const std::string& text : texts)
             items.push_back(Items(library, ItemSource()).find(text, Access::read));
         table.setTags(panelTags(library, items));
+    }
+    // The tag speed, R_W:100, of 0 to 100.
+    void watchLimited()
+    {
+        Item speed = Items(library, ItemSource()).find("R_W:100", Access::read);
+        speed.name = "speed";
+        speed.limits = {0, 100};
+        table.setTags(panelTags(library, {speed}));
     }
     const RecipeRow& row(std::size_t place) const
     {
@@ -37,7 +48,25 @@ protected:
         return news;
     }
 
+    std::string file() const
+    {
+        return folder_.filePath("saved.json").toStdString();
+    }
+    std::string saved() const
+    {
+        std::ifstream in(file());
+        return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    }
+    std::string comparison(int place)
+    {
+        const RecipeModel model(table);
+        return model.index(place, RecipeModel::comparison).data().toString().toStdString();
+    }
+
     RecipeTable table{library};
+
+private:
+    QTemporaryDir folder_;
 };
 
 TEST_F(ARecipeTable, KnowsOfEachValueWhenItWasRead)
@@ -171,6 +200,23 @@ TEST_F(ARecipeTable, LoadsNoFileThatWantsTwoThingsOfOnePlace)
     table.edit(0, "7");
     EXPECT_THAT(complaint([&]() { table.load(file); }), HasSubstr("want different values"));
     EXPECT_EQ(table.rows().at(0).buffer, (ValueBytes{7, 0}));
+}
+
+// Whoever names the address in a file means the tag's own machine all the same.
+TEST_F(ARecipeTable, DownloadsNothingOutsideALimitThoughAFileNamesTheAddressAlone)
+{
+    const QTemporaryDir folder;
+    const std::string file = folder.filePath("recipe.json").toStdString();
+    watchLimited();
+    std::ofstream(file) << R"({"R_W:100": 9999})";
+    table.load(file);
+    EXPECT_EQ(row(0).buffer, (ValueBytes{0x0F, 0x27}));
+    EXPECT_THAT(complaint([this]() { table.shares(RecipeKind::download); }),
+                HasSubstr("speed: value '9999': above the maximum, 100"));
+    EXPECT_EQ(table.shares(RecipeKind::upload).size(), 1U);
+    std::ofstream(file) << R"({"R_W:100": 100})";
+    table.load(file);
+    EXPECT_EQ(table.shares(RecipeKind::download).size(), 1U);
 }
 
 TEST_F(ARecipeTable, LeavesOutWhatCanOnlyBeRead)
