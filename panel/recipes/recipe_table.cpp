@@ -185,8 +185,16 @@ std::size_t RecipeTable::placeOf(const Address& address, const std::string& item
 
 std::size_t RecipeTable::load(const std::string& file)
 {
-    const std::vector<RecipeEntry> entries =
-        readRecipe(file, [this](const std::string& name) { return find(name); });
+    // What lies outside is a matter of what goes out, and may come in.
+    std::vector<Limits> limits;
+    std::vector<RecipeEntry> entries = readRecipe(file, [&](const std::string& name) {
+        Item item = find(name);
+        limits.push_back(item.limits);
+        item.limits = Limits();
+        return item;
+    });
+    for (std::size_t i = 0; i < entries.size(); ++i)
+        entries.at(i).item.limits = limits.at(i);
     std::vector<RecipeShare> all;
     all.reserve(entries.size());
     for (const RecipeEntry& entry : entries)

@@ -35,6 +35,8 @@ public:
 
     // File and buffer are the file's then. Throws a UsageFailure that names the first mistake, and
     // nothing is different. Returns how many values cannot be written and stay out of the buffer.
+    // What lies outside its limits is there all the same: a copy of a controller that holds such a
+    // value is to be had again.
     std::size_t load(const std::string& file);
     // Throws a UsageFailure where two values of one name would be one in the file, and a Failure
     // where it cannot be written.
@@ -50,6 +52,8 @@ public:
     // where neither file nor buffer have it.
     void put(const std::vector<RecipeCell>& cells);
     std::size_t valuesInRecipe() const;
+    // Those that lie outside their limits, and are not downloaded.
+    std::size_t valuesOutside() const;
 
     // What an order is about. Throws a UsageFailure where there is nothing to move, and for a
     // download where two values want different things of the same place, or one lies outside its

@@ -13,6 +13,12 @@ RecipeRow* RecipeTable::findParked(const RecipeKey& key)
     return row == parked_.end() ? nullptr : &*row;
 }
 
+std::size_t RecipeTable::valuesOutside() const
+{
+    return static_cast<std::size_t>(std::count_if(
+        rows_.begin(), rows_.end(), [](const RecipeRow& row) { return !whyOutside(row).empty(); }));
+}
+
 bool RecipeTable::isChanged() const
 {
     return std::any_of(rows_.begin(), rows_.end(), [](const RecipeRow& row) {

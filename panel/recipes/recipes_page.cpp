@@ -195,10 +195,15 @@ void RecipesPage::readFile(const QString& file)
     std::size_t locked = 0;
     model_.makeAnew([&]() { locked = recipe_.load(file.toStdString()); });
     path_ = QFileInfo(file).absoluteFilePath();
-    result_->setText(locked == 0 ? QString()
-                                 : tr("%n value(s) of the file can only be read and stay out "
-                                      "of the buffer.",
-                                      nullptr, static_cast<int>(locked)));
+    QStringList said;
+    if (const auto outside = static_cast<int>(recipe_.valuesOutside()); outside > 0)
+        said += tr("%n value(s) of the file lie outside their limits; as long as they do, nothing "
+                   "is downloaded.",
+                   nullptr, outside);
+    if (locked > 0)
+        said += tr("%n value(s) of the file can only be read and stay out of the buffer.", nullptr,
+                   static_cast<int>(locked));
+    result_->setText(said.join(QLatin1Char(' ')));
     emit told(QString());
 }
 

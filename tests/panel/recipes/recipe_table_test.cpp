@@ -219,6 +219,28 @@ TEST_F(ARecipeTable, DownloadsNothingOutsideALimitThoughAFileNamesTheAddressAlon
     EXPECT_EQ(table.shares(RecipeKind::download).size(), 1U);
 }
 
+// What the controller holds is kept as it is; it is only never sent there.
+TEST_F(ARecipeTable, SavesAndLoadsWhatTheControllerHoldsBeyondALimit)
+{
+    watchLimited();
+    const auto shares = table.shares(RecipeKind::upload);
+    table.began(shares, RecipeKind::upload);
+    table.ended(shares, news(RecipeKind::upload, {{{120, 0}, ""}}), true);
+    table.save(file());
+    EXPECT_THAT(saved(), HasSubstr("\"speed\": 120"));
+    table.clear();
+    table.load(file());
+    EXPECT_EQ(row(0).buffer, (ValueBytes{120, 0}));
+    EXPECT_EQ(row(0).file, (ValueBytes{120, 0}));
+    EXPECT_THAT(comparison(0), StartsWith("outside its limits: value '120': above the maximum, "));
+    EXPECT_THAT(complaint([this]() { table.shares(RecipeKind::download); }),
+                HasSubstr("speed: value '120': above the maximum, 100"));
+    EXPECT_THAT(complaint([this]() { table.edit(0, "120.0"); }), HasSubstr("120"));
+    table.edit(0, "100");
+    EXPECT_EQ(table.shares(RecipeKind::download).size(), 1U);
+    EXPECT_THAT(comparison(0), Not(HasSubstr("outside")));
+}
+
 TEST_F(ARecipeTable, LeavesOutWhatCanOnlyBeRead)
 {
     const QTemporaryDir folder;
