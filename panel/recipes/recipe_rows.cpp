@@ -164,7 +164,10 @@ Item itemInFile(const Library& library, const Item& item)
 {
     Item named = item;
     if (!isTag(library, item)) {
-        const std::string format = formatInFile(item.format);
+        // That four words are one value is for the format to say, and hex alone does not.
+        if (item.address.width == Width::quadWord && !isNumber(item.format.notation))
+            named.format.notation = Notation::uint64;
+        const std::string format = formatInFile(named.format);
         named.name = format.empty() ? item.name : item.name + "@" + format;
         return named;
     }

@@ -241,6 +241,31 @@ TEST_F(ARecipeTable, SavesAndLoadsWhatTheControllerHoldsBeyondALimit)
     EXPECT_THAT(comparison(0), Not(HasSubstr("outside")));
 }
 
+// Hex says nothing of how many words one value has.
+TEST_F(ARecipeTable, LoadsAgainWhatItSavedOfFourWordsInHex)
+{
+    Items find(library, ItemSource());
+    std::vector<Item> items{find.find("R_D:600@uint64", Access::read),
+                            find.find("R_D:700..707@int64:high-first", Access::read)};
+    items.front().format.notation = Notation::hex; // as its menu would
+    items.back().format.notation = Notation::binary;
+    table.setTags(panelTags(library, items));
+    table.edit(0, "0x1122334455667788");
+    table.edit(1, "0b11");
+    table.edit(2, "0b101");
+    const ValueBytes first = row(0).buffer;
+    const ValueBytes last = row(2).buffer;
+    table.save(file());
+    EXPECT_THAT(saved(), HasSubstr("\"1/R_D:600..603@uint64\": 1234605616436508552"));
+    EXPECT_THAT(saved(), HasSubstr("\"1/R_D:700..707@uint64:high-first\""));
+    table.clear();
+    table.load(file());
+    EXPECT_EQ(row(0).buffer, first);
+    EXPECT_EQ(row(1).buffer.size(), 8U);
+    EXPECT_EQ(row(2).buffer, last);
+    EXPECT_EQ(table.rows().size(), 3U);
+}
+
 TEST_F(ARecipeTable, LeavesOutWhatCanOnlyBeRead)
 {
     const QTemporaryDir folder;
