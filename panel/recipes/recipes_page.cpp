@@ -57,8 +57,9 @@ RecipesPage::RecipesPage(PanelDesk& desk)
         emit told(QString());
         showState();
         if (!isChanging_)
-            keepStep(tr("%1 in the recipe").arg(QString::fromStdString(before.key.name)), {before},
-                     {recipe_.cellOf(static_cast<std::size_t>(row))});
+            keepStep(tr("%1 in the recipe").arg(QString::fromStdString(before.key.name)),
+                     {{before}, bufferFile_},
+                     {{recipe_.cellOf(static_cast<std::size_t>(row))}, bufferFile_});
     });
     connect(&desk, &PanelDesk::projectBegan, this, [this]() { beginProject(); });
     connect(&desk, &PanelDesk::tagsChanged, this, [this]() {
@@ -186,7 +187,8 @@ void RecipesPage::chooseFile()
 
 bool RecipesPage::chooseFileToSave()
 {
-    const QString file = QFileDialog::getSaveFileName(this, tr("Save the recipe"), path_);
+    const QString proposed = isOfPath() ? path_ : QFileInfo(path_).path();
+    const QString file = QFileDialog::getSaveFileName(this, tr("Save the recipe"), proposed);
     return !file.isEmpty() && saveFile(file);
 }
 
@@ -195,6 +197,7 @@ void RecipesPage::readFile(const QString& file)
     std::size_t locked = 0;
     model_.makeAnew([&]() { locked = recipe_.load(file.toStdString()); });
     path_ = QFileInfo(file).absoluteFilePath();
+    bufferFile_ = path_;
     QStringList said;
     if (const auto outside = static_cast<int>(recipe_.valuesOutside()); outside > 0)
         said += tr("%n value(s) of the file lie outside their limits; as long as they do, nothing "
@@ -232,6 +235,7 @@ bool RecipesPage::saveFile(const QString& file)
         return false;
     }
     path_ = QFileInfo(file).absoluteFilePath();
+    bufferFile_ = path_;
     emit told(tr("%1 is written; dov417 recipe reads it, too.").arg(path_));
     model_.tellChanges();
     showState();
