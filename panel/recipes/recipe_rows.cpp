@@ -160,6 +160,16 @@ void requireOneWish(const std::vector<RecipeShare>& shares)
         addWishes(wishes, share.entry);
 }
 
+Item itemByAddress(const Library& library, const Item& item)
+{
+    Item plain = item;
+    plain.name = toText(library, item.address);
+    if (isTag(library, item))
+        plain.format = item.ofLimits;
+    plain.format.scaling = Scaling();
+    return plain;
+}
+
 Item itemInFile(const Library& library, const Item& item)
 {
     Item named = item;

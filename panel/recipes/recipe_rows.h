@@ -81,6 +81,9 @@ void requireOneWish(const std::vector<RecipeShare>& shares);
 // Has it a name of its own, which a file of tags explains?
 bool isTag(const Library& library, const Item& item);
 
+// Under its address: whoever reads the file may have no such tag.
+Item itemByAddress(const Library& library, const Item& item);
+
 // As a recipe file names it and writes its values, so that whoever reads it with the same tags, and
 // with formats of his own, reads the same bytes.
 Item itemInFile(const Library& library, const Item& item);

@@ -228,7 +228,7 @@ void RecipeTable::save(const std::string& file)
         throw UsageFailure(file + " is a project; name another file, as it would be lost");
     std::vector<RecipeEntry> entries;
     std::map<std::string, std::size_t> names;
-    const std::vector<RecipeShare> all = recipeShares(library_, rows_, RecipeKind::download);
+    const std::vector<RecipeShare> all = recipeShares(library_, rowsToSave(), RecipeKind::download);
     if (all.empty())
         throw UsageFailure("the buffer is empty");
     requireOneWish(all);
@@ -243,8 +243,9 @@ void RecipeTable::save(const std::string& file)
                                ", and a recipe file has room for one of a name");
     }
     writeRecipe(file, entries);
-    for (RecipeRow& row : rows_)
-        row.file = row.buffer;
+    for (std::vector<RecipeRow>* const rows : {&rows_, &parked_})
+        for (RecipeRow& row : *rows)
+            row.file = row.buffer;
 }
 
 // ---- transfers ------------------------------------------------------------------------------

@@ -38,20 +38,22 @@ public:
     // What lies outside its limits is there all the same: a copy of a controller that holds such a
     // value is to be had again.
     std::size_t load(const std::string& file);
-    // Throws a UsageFailure where two values of one name would be one in the file, and a Failure
-    // where it cannot be written.
+    // What nobody watches any more is in it, too, by its address. Throws a UsageFailure where two
+    // values of one name would be one in the file, and a Failure where it cannot be written.
     void save(const std::string& file);
     // As it is typed; empty takes it out of the recipe. Throws a UsageFailure.
     void edit(std::size_t row, const std::string& text);
     // The buffer is not what the file holds.
     bool isChanged() const;
-    // Of what is in the recipe.
+    // Of what is in the recipe, watched or not.
     std::vector<RecipeCell> buffer() const;
     RecipeCell cellOf(std::size_t row) const;
     // Those of the buffer are so again. A value that nobody watches has its row again, or none
     // where neither file nor buffer have it.
     void put(const std::vector<RecipeCell>& cells);
     std::size_t valuesInRecipe() const;
+    // Besides; they are saved and not downloaded.
+    std::size_t unwatchedInRecipe() const;
     // Those that lie outside their limits, and are not downloaded.
     std::size_t valuesOutside() const;
 
@@ -69,6 +71,7 @@ private:
     void addRow(const PanelValue& value);
     RecipeRow* find(const RecipeKey& key);
     RecipeRow* findParked(const RecipeKey& key);
+    std::vector<RecipeRow> rowsToSave() const;
     void dropEmptyRows();
 
     const Library& library_;

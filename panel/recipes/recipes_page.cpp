@@ -144,7 +144,8 @@ void RecipesPage::showState()
     const bool hasLine = desk_.hasLine();
     const bool isUnlocked = desk_.state().isUnlocked;
     load_->setEnabled(isIdle);
-    save_->setEnabled(isIdle && values > 0);
+    const auto unwatched = static_cast<int>(recipe_.unwatchedInRecipe());
+    save_->setEnabled(isIdle && values + unwatched > 0);
     read_->setEnabled(isIdle && hasLine && !recipe_.rows().empty());
     upload_->setEnabled(isIdle && hasLine && !recipe_.rows().empty());
     download_->setEnabled(isIdle && hasLine && isUnlocked && values > 0);
@@ -153,9 +154,14 @@ void RecipesPage::showState()
                               : tr("Writing is locked: unlock it in the status line"));
     takeOut_->setEnabled(isIdle && table_->selectionModel()->hasSelection());
     const QString changed = recipe_.isChanged() ? tr(" It is not saved.") : QString();
-    const QString inBuffer = tr("%n value(s) in the buffer.", nullptr, values);
+    const QString besides =
+        unwatched == 0 ? QString()
+                       : tr(" %n more of tags that are not watched: saved by address, and not "
+                            "downloaded.",
+                            nullptr, unwatched);
+    const QString inBuffer = tr("%n value(s) in the buffer.", nullptr, values) + besides;
     file_->setText(
-        recipe_.rows().empty()
+        recipe_.rows().empty() && unwatched == 0
             ? tr("A recipe is made of the values that are watched, and there are none: add them "
                  "on the page of values, or load a recipe of addresses.")
         : path_.isEmpty()
@@ -168,7 +174,7 @@ void RecipesPage::showState()
 
 bool RecipesPage::mayReplaceBuffer()
 {
-    if (!recipe_.isChanged() || recipe_.valuesInRecipe() == 0)
+    if (!recipe_.isChanged() || recipe_.valuesInRecipe() + recipe_.unwatchedInRecipe() == 0)
         return true;
     return QMessageBox::question(this, tr("Replace the buffer"),
                                  tr("What is in the buffer has not been saved. Replace it?"),

@@ -30,7 +30,7 @@ void RecipesPage::beginProject()
 bool RecipesPage::mayForget()
 {
     settleTags();
-    const auto values = static_cast<int>(recipe_.valuesInRecipe());
+    const auto values = static_cast<int>(recipe_.valuesInRecipe() + recipe_.unwatchedInRecipe());
     if (!recipe_.isChanged() || values == 0)
         return true;
     const QString name = QFileInfo(path_).fileName();

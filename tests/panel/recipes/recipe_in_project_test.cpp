@@ -280,6 +280,23 @@ TEST_F(ARecipeInAProject, IsOfTheFileThatWasLoadedLastThoughItHoldsTheSame)
     EXPECT_FALSE(page->mayForget());
 }
 
+TEST_F(ARecipeInAProject, IsAskedAboutThoughNobodyWatchesItsValuesAnyMore)
+{
+    openFirst();
+    edit(0, "7");
+    show(valuesPage);
+    desk.removeItems({0, 1});
+    showRecipes();
+    EXPECT_THAT(file(), HasSubstr("2 more of tags that are not watched"));
+    EXPECT_THAT(file(), HasSubstr("It is not saved."));
+    answerWith(&window, QMessageBox::Cancel,
+               "The recipe in the buffer, of 2 value(s), is not saved");
+    EXPECT_FALSE(page->mayForget());
+    EXPECT_TRUE(page->saveFile(path("one.json")));
+    EXPECT_THAT(textOf(path("one.json")), HasSubstr("\"1/R_W:100\": 7"));
+    EXPECT_TRUE(page->mayForget());
+}
+
 } // namespace
 
 } // namespace dov417

@@ -266,6 +266,37 @@ TEST_F(ARecipeTable, LoadsAgainWhatItSavedOfFourWordsInHex)
     EXPECT_EQ(table.rows().size(), 3U);
 }
 
+TEST_F(ARecipeTable, SavesByItsAddressWhatNobodyWatchesAnyMore)
+{
+    watchLimited();
+    table.edit(0, "50");
+    watch({"R_W:7"});
+    EXPECT_TRUE(table.isChanged());
+    EXPECT_EQ(table.unwatchedInRecipe(), 1U);
+    table.edit(0, "8");
+    table.save(file());
+    EXPECT_THAT(saved(), HasSubstr("\"1/R_W:100\": 50"));
+    EXPECT_THAT(saved(), HasSubstr("\"1/R_W:7\": 8"));
+    EXPECT_FALSE(table.isChanged());
+    table.load(file());
+    EXPECT_EQ(table.unwatchedInRecipe(), 0U);
+    EXPECT_EQ(row(0).buffer, (ValueBytes{8, 0}));
+    EXPECT_EQ(row(1).value.label.name, "1/R_W:100");
+    EXPECT_EQ(row(1).buffer, (ValueBytes{50, 0}));
+    watchLimited();
+    EXPECT_EQ(row(0).file, row(0).buffer);
+}
+
+TEST_F(ARecipeTable, SavesWhatNobodyWatchesThoughNothingElseIsInTheBuffer)
+{
+    watchLimited();
+    table.edit(0, "50");
+    table.setTags(PanelTags());
+    table.save(file());
+    EXPECT_THAT(saved(), HasSubstr("\"1/R_W:100\": 50"));
+    EXPECT_FALSE(table.isChanged());
+}
+
 TEST_F(ARecipeTable, LeavesOutWhatCanOnlyBeRead)
 {
     const QTemporaryDir folder;
