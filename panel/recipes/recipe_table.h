@@ -70,6 +70,10 @@ private:
     std::size_t placeOf(const Address& address, const std::string& itemName) const;
     void addRow(const PanelValue& value);
     RecipeRow* find(const RecipeKey& key);
+    // One address may be watched twice: the first of such rows that is not taken yet, and one of
+    // this format where it is said. It is taken then.
+    using TakenRows = std::vector<bool>;
+    RecipeRow* take(const RecipeKey& key, TakenRows& taken, const Format* format = nullptr);
     RecipeRow* findParked(const RecipeKey& key);
     std::vector<RecipeRow> rowsToSave() const;
     void dropEmptyRows();

@@ -297,6 +297,38 @@ TEST_F(ARecipeTable, SavesWhatNobodyWatchesThoughNothingElseIsInTheBuffer)
     EXPECT_FALSE(table.isChanged());
 }
 
+TEST_F(ARecipeTable, KeepsBothValuesOfAnAddressThatIsWatchedTwice)
+{
+    watch({"R_W:100", "R_W:100@hex"});
+    table.edit(0, "5");
+    watch({"R_W:7", "R_W:100", "R_W:100@hex"});
+    EXPECT_EQ(row(1).buffer, (ValueBytes{5, 0}));
+    EXPECT_TRUE(row(2).buffer.empty());
+    table.edit(1, "");
+    table.edit(2, "0x0006");
+    watch({"R_W:100@hex", "R_W:7", "R_W:100"});
+    EXPECT_EQ(row(0).buffer, (ValueBytes{6, 0}));
+    EXPECT_TRUE(row(2).buffer.empty());
+    watch({"R_W:100@bcd"});
+    EXPECT_EQ(row(0).buffer, (ValueBytes{6, 0})) << "in whatever format";
+    EXPECT_EQ(table.rows().size(), 1U);
+}
+
+TEST_F(ARecipeTable, EndsBothValuesOfAnAddressThatIsWatchedTwice)
+{
+    watch({"R_W:100", "R_W:100@hex"});
+    const auto shares = table.shares(RecipeKind::upload);
+    ASSERT_EQ(shares.size(), 2U);
+    table.began(shares, RecipeKind::upload);
+    for (std::size_t place : {0U, 1U})
+        EXPECT_EQ(row(place).fate, RecipeFate::waiting);
+    table.ended(shares, news(RecipeKind::upload, {{{1, 0}, ""}, {{1, 0}, ""}}), true);
+    for (std::size_t place : {0U, 1U}) {
+        EXPECT_EQ(row(place).fate, RecipeFate::read);
+        EXPECT_EQ(row(place).buffer, (ValueBytes{1, 0}));
+    }
+}
+
 TEST_F(ARecipeTable, LeavesOutWhatCanOnlyBeRead)
 {
     const QTemporaryDir folder;
