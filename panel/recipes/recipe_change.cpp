@@ -45,25 +45,25 @@ std::vector<RecipeCell> differences(const CellsByKey& cells, const CellsByKey& o
 
 } // namespace
 
-RecipeChange::RecipeChange(const QString& what, const std::vector<RecipeCell>& before,
-                           const std::vector<RecipeCell>& after, const Put& put)
-    : QUndoCommand(what), put_(put)
+RecipeChange::RecipeChange(const QString& what, const RecipeState& before, const RecipeState& after,
+                           const Put& put)
+    : QUndoCommand(what), fileBefore_(before.file), fileAfter_(after.file), put_(put)
 {
-    const CellsByKey old = byKey(before);
-    const CellsByKey now = byKey(after);
+    const CellsByKey old = byKey(before.cells);
+    const CellsByKey now = byKey(after.cells);
     before_ = differences(old, now);
     after_ = differences(now, old);
 }
 
 void RecipeChange::undo()
 {
-    put_(before_);
+    put_(before_, isOfOtherFile() ? &fileBefore_ : nullptr);
 }
 
 void RecipeChange::redo()
 {
     if (!isDone_)
-        put_(after_);
+        put_(after_, isOfOtherFile() ? &fileAfter_ : nullptr);
     isDone_ = false;
 }
 

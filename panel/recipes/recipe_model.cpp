@@ -30,6 +30,8 @@ QString comparisonOf(const RecipeRow& row)
 {
     if (!row.isInRecipe())
         return row.isWritable() ? QString() : RecipeModel::tr("read-only, stays out");
+    if (const std::string why = whyOutside(row); !why.empty())
+        return RecipeModel::tr("outside its limits: %1").arg(QString::fromStdString(why));
     const bool isOther = differs(row.controller, row);
     const bool isOtherFile = differs(row.file, row);
     const QString inFile = isOtherFile ? RecipeModel::tr(", %1 file").arg(unequal) : QString();

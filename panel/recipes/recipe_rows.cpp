@@ -132,6 +132,27 @@ std::vector<RecipeShare> recipeShares(const Library& library, const std::vector<
     return shares;
 }
 
+std::string whyOutside(const RecipeRow& row)
+{
+    if (!row.isInRecipe())
+        return std::string();
+    Item one = row.value.item;
+    one.address = row.value.address;
+    try {
+        requireWithinLimits(one, row.buffer);
+    } catch (const UsageFailure& failure) {
+        return failure.what();
+    }
+    return std::string();
+}
+
+void requireBuffersWithinLimits(const std::vector<RecipeRow>& rows)
+{
+    for (const RecipeRow& row : rows)
+        if (const std::string why = whyOutside(row); !why.empty())
+            throw UsageFailure(row.value.label.name + ": " + why);
+}
+
 void requireOneWish(const std::vector<RecipeShare>& shares)
 {
     RecipeWishes wishes;
@@ -139,11 +160,24 @@ void requireOneWish(const std::vector<RecipeShare>& shares)
         addWishes(wishes, share.entry);
 }
 
+Item itemByAddress(const Library& library, const Item& item)
+{
+    Item plain = item;
+    plain.name = toText(library, item.address);
+    if (isTag(library, item))
+        plain.format = item.ofLimits;
+    plain.format.scaling = Scaling();
+    return plain;
+}
+
 Item itemInFile(const Library& library, const Item& item)
 {
     Item named = item;
     if (!isTag(library, item)) {
-        const std::string format = formatInFile(item.format);
+        // That four words are one value is for the format to say, and hex alone does not.
+        if (item.address.width == Width::quadWord && !isNumber(item.format.notation))
+            named.format.notation = Notation::uint64;
+        const std::string format = formatInFile(named.format);
         named.name = format.empty() ? item.name : item.name + "@" + format;
         return named;
     }

@@ -67,12 +67,22 @@ struct RecipeShare {
 std::vector<RecipeShare> recipeShares(const Library& library, const std::vector<RecipeRow>& rows,
                                       RecipeKind kind);
 
+// Why the buffer's value lies outside the limits of what is watched there, whatever a file calls
+// it; empty where it does not. A controller may hold such a value, and a copy of it keeps it.
+std::string whyOutside(const RecipeRow& row);
+
+// Throws a UsageFailure that names the first value of the buffer that lies outside its limits.
+void requireBuffersWithinLimits(const std::vector<RecipeRow>& rows);
+
 // Throws a UsageFailure where two values of a recipe want different things of one place: which of
 // them the controller would hold in the end would be a guess.
 void requireOneWish(const std::vector<RecipeShare>& shares);
 
 // Has it a name of its own, which a file of tags explains?
 bool isTag(const Library& library, const Item& item);
+
+// Under its address: whoever reads the file may have no such tag.
+Item itemByAddress(const Library& library, const Item& item);
 
 // As a recipe file names it and writes its values, so that whoever reads it with the same tags, and
 // with formats of his own, reads the same bytes.

@@ -19,6 +19,11 @@ ValueBytes sliceOf(const std::vector<unsigned char>& data, const Address& addres
     return {from, from + size};
 }
 
+RecipeKey keyOf(const RecipeRow& row)
+{
+    return {row.value.address, row.value.label.name};
+}
+
 bool isProject(const std::string& file)
 {
     try {
@@ -51,6 +56,22 @@ RecipeRow* RecipeTable::find(const RecipeKey& key)
     return place == last ? nullptr : &rows_.at(place->second);
 }
 
+RecipeRow* RecipeTable::take(const RecipeKey& key, TakenRows& taken, const Format* format)
+{
+    std::size_t found = rows_.size();
+    const auto [first, last] = places_.equal_range(key.address);
+    for (auto place = first; place != last; ++place) {
+        const std::size_t row = place->second;
+        const ViewLabel& label = rows_.at(row).value.label;
+        if (!taken.at(row) && label.name == key.name && (!format || label.format == *format))
+            found = std::min(found, row);
+    }
+    if (found == rows_.size())
+        return nullptr;
+    taken.at(found) = true;
+    return &rows_.at(found);
+}
+
 void RecipeTable::setTags(const PanelTags& tags)
 {
     std::vector<RecipeRow> before;
@@ -62,23 +83,34 @@ void RecipeTable::setTags(const PanelTags& tags)
     places_.reserve(tags.values.size());
     for (const PanelValue& value : tags.values)
         addRow(value);
-    for (RecipeRow& row : before) {
-        const PanelValue old = row.value;
-        RecipeRow* same = find(RecipeKey{old.address, old.label.name});
-        if (!same && row.isOfFile) {
-            addRow(old);
-            rows_.back() = std::move(row);
-        } else if (same) {
-            row.value = same->value;
+    // In another format, too, but first to whom it was shown in the same.
+    TakenRows taken(rows_.size());
+    std::vector<RecipeRow*> same;
+    for (const RecipeRow& row : before)
+        same.push_back(take(keyOf(row), taken, &row.value.label.format));
+    for (std::size_t i = 0; i < before.size(); ++i)
+        if (!same.at(i))
+            same.at(i) = take(keyOf(before.at(i)), taken);
+    std::vector<RecipeRow> ofFile;
+    for (std::size_t i = 0; i < before.size(); ++i) {
+        RecipeRow& row = before.at(i);
+        if (same.at(i)) {
+            row.value = same.at(i)->value;
             row.isOfFile = false;
-            *same = std::move(row);
+            *same.at(i) = std::move(row);
+        } else if (row.isOfFile) {
+            ofFile.push_back(std::move(row));
         } else if (!row.file.empty() || !row.buffer.empty()) {
             RecipeRow parked;
-            parked.value = old;
+            parked.value = row.value;
             parked.file = row.file;
             parked.buffer = row.buffer;
             parked_.push_back(parked);
         }
+    }
+    for (RecipeRow& row : ofFile) {
+        addRow(row.value);
+        rows_.back() = std::move(row);
     }
 }
 
@@ -185,8 +217,16 @@ std::size_t RecipeTable::placeOf(const Address& address, const std::string& item
 
 std::size_t RecipeTable::load(const std::string& file)
 {
-    const std::vector<RecipeEntry> entries =
-        readRecipe(file, [this](const std::string& name) { return find(name); });
+    // What lies outside is a matter of what goes out, and may come in.
+    std::vector<Limits> limits;
+    std::vector<RecipeEntry> entries = readRecipe(file, [&](const std::string& name) {
+        Item item = find(name);
+        limits.push_back(item.limits);
+        item.limits = Limits();
+        return item;
+    });
+    for (std::size_t i = 0; i < entries.size(); ++i)
+        entries.at(i).item.limits = limits.at(i);
     std::vector<RecipeShare> all;
     all.reserve(entries.size());
     for (const RecipeEntry& entry : entries)
@@ -220,7 +260,11 @@ void RecipeTable::save(const std::string& file)
         throw UsageFailure(file + " is a project; name another file, as it would be lost");
     std::vector<RecipeEntry> entries;
     std::map<std::string, std::size_t> names;
-    for (const RecipeShare& share : shares(RecipeKind::download)) {
+    const std::vector<RecipeShare> all = recipeShares(library_, rowsToSave(), RecipeKind::download);
+    if (all.empty())
+        throw UsageFailure("the buffer is empty");
+    requireOneWish(all);
+    for (const RecipeShare& share : all) {
         const RecipeEntry entry{itemInFile(library_, share.entry.item), share.entry.data};
         const auto [same, isNew] = names.try_emplace(entry.item.name, entries.size());
         if (isNew)
@@ -231,8 +275,9 @@ void RecipeTable::save(const std::string& file)
                                ", and a recipe file has room for one of a name");
     }
     writeRecipe(file, entries);
-    for (RecipeRow& row : rows_)
-        row.file = row.buffer;
+    for (std::vector<RecipeRow>* const rows : {&rows_, &parked_})
+        for (RecipeRow& row : *rows)
+            row.file = row.buffer;
 }
 
 // ---- transfers ------------------------------------------------------------------------------
@@ -243,8 +288,10 @@ std::vector<RecipeShare> RecipeTable::shares(RecipeKind kind) const
     if (all.empty())
         throw UsageFailure(kind == RecipeKind::download ? "the buffer is empty"
                                                         : "there is nothing to read");
-    if (kind == RecipeKind::download)
+    if (kind == RecipeKind::download) {
         requireOneWish(all);
+        requireBuffersWithinLimits(rows_);
+    }
     return all;
 }
 
@@ -252,9 +299,10 @@ void RecipeTable::began(const std::vector<RecipeShare>& shares, RecipeKind kind)
 {
     for (RecipeRow& row : rows_)
         row.fate = RecipeFate::none;
+    TakenRows taken(rows_.size());
     for (const RecipeShare& share : shares)
         for (const RecipeKey& key : share.values)
-            if (RecipeRow* const row = kind == RecipeKind::read ? nullptr : find(key))
+            if (RecipeRow* const row = kind == RecipeKind::read ? nullptr : take(key, taken))
                 row->fate = RecipeFate::waiting;
 }
 
@@ -265,6 +313,7 @@ void RecipeTable::ended(const std::vector<RecipeShare>& shares, const RecipeNews
                             : news.problems.empty() ? "it was not read"
                                                     : news.problems.front();
     std::size_t place = 0;
+    TakenRows taken(rows_.size());
     for (const RecipeShare& share : shares) {
         RecipeReading reading{{}, why};
         Clock::time_point asOf = news.asOf;
@@ -275,7 +324,7 @@ void RecipeTable::ended(const std::vector<RecipeShare>& shares, const RecipeNews
         ++place;
         std::size_t index = 0;
         for (const RecipeKey& key : share.values) {
-            RecipeRow* const row = find(key);
+            RecipeRow* const row = take(key, taken);
             const std::size_t value = index++;
             if (!row)
                 continue;                                           // nobody watches it any more

@@ -35,24 +35,31 @@ public:
 
     // File and buffer are the file's then. Throws a UsageFailure that names the first mistake, and
     // nothing is different. Returns how many values cannot be written and stay out of the buffer.
+    // What lies outside its limits is there all the same: a copy of a controller that holds such a
+    // value is to be had again.
     std::size_t load(const std::string& file);
-    // Throws a UsageFailure where two values of one name would be one in the file, and a Failure
-    // where it cannot be written.
+    // What nobody watches any more is in it, too, by its address. Throws a UsageFailure where two
+    // values of one name would be one in the file, and a Failure where it cannot be written.
     void save(const std::string& file);
     // As it is typed; empty takes it out of the recipe. Throws a UsageFailure.
     void edit(std::size_t row, const std::string& text);
     // The buffer is not what the file holds.
     bool isChanged() const;
-    // Of what is in the recipe.
+    // Of what is in the recipe, watched or not.
     std::vector<RecipeCell> buffer() const;
     RecipeCell cellOf(std::size_t row) const;
     // Those of the buffer are so again. A value that nobody watches has its row again, or none
     // where neither file nor buffer have it.
     void put(const std::vector<RecipeCell>& cells);
     std::size_t valuesInRecipe() const;
+    // Besides; they are saved and not downloaded.
+    std::size_t unwatchedInRecipe() const;
+    // Those that lie outside their limits, and are not downloaded.
+    std::size_t valuesOutside() const;
 
     // What an order is about. Throws a UsageFailure where there is nothing to move, and for a
-    // download where two values want different things of the same place.
+    // download where two values want different things of the same place, or one lies outside its
+    // limits.
     std::vector<RecipeShare> shares(RecipeKind kind) const;
     void began(const std::vector<RecipeShare>& shares, RecipeKind kind);
     // isOfLine: the line is still the one that it was ordered for.
@@ -63,7 +70,12 @@ private:
     std::size_t placeOf(const Address& address, const std::string& itemName) const;
     void addRow(const PanelValue& value);
     RecipeRow* find(const RecipeKey& key);
+    // One address may be watched twice: the first of such rows that is not taken yet, and one of
+    // this format where it is said. It is taken then.
+    using TakenRows = std::vector<bool>;
+    RecipeRow* take(const RecipeKey& key, TakenRows& taken, const Format* format = nullptr);
     RecipeRow* findParked(const RecipeKey& key);
+    std::vector<RecipeRow> rowsToSave() const;
     void dropEmptyRows();
 
     const Library& library_;

@@ -13,11 +13,35 @@ RecipeRow* RecipeTable::findParked(const RecipeKey& key)
     return row == parked_.end() ? nullptr : &*row;
 }
 
+std::size_t RecipeTable::valuesOutside() const
+{
+    return static_cast<std::size_t>(std::count_if(
+        rows_.begin(), rows_.end(), [](const RecipeRow& row) { return !whyOutside(row).empty(); }));
+}
+
+std::vector<RecipeRow> RecipeTable::rowsToSave() const
+{
+    std::vector<RecipeRow> all = rows_;
+    all.insert(all.end(), parked_.begin(), parked_.end());
+    for (std::size_t row = 0; row < all.size(); ++row)
+        if (row >= rows_.size() || all.at(row).isOfFile)
+            all.at(row).value.item = itemByAddress(library_, all.at(row).value.item);
+    return all;
+}
+
+std::size_t RecipeTable::unwatchedInRecipe() const
+{
+    return static_cast<std::size_t>(std::count_if(
+        parked_.begin(), parked_.end(), [](const RecipeRow& row) { return row.isInRecipe(); }));
+}
+
 bool RecipeTable::isChanged() const
 {
-    return std::any_of(rows_.begin(), rows_.end(), [](const RecipeRow& row) {
+    const auto isEdited = [](const RecipeRow& row) {
         return row.isWritable() && row.buffer != row.file;
-    });
+    };
+    return std::any_of(rows_.begin(), rows_.end(), isEdited) ||
+           std::any_of(parked_.begin(), parked_.end(), isEdited);
 }
 
 RecipeCell RecipeTable::cellOf(std::size_t row) const
@@ -34,6 +58,11 @@ std::vector<RecipeCell> RecipeTable::buffer() const
     for (std::size_t row = 0; row < rows_.size(); ++row)
         if (rows_.at(row).isInRecipe())
             cells.push_back(cellOf(row));
+    for (const RecipeRow& row : parked_)
+        if (row.isInRecipe())
+            cells.push_back({{row.value.address, row.value.label.name},
+                             row.buffer,
+                             std::make_shared<const PanelValue>(row.value)});
     return cells;
 }
 

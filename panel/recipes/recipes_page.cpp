@@ -57,8 +57,9 @@ RecipesPage::RecipesPage(PanelDesk& desk)
         emit told(QString());
         showState();
         if (!isChanging_)
-            keepStep(tr("%1 in the recipe").arg(QString::fromStdString(before.key.name)), {before},
-                     {recipe_.cellOf(static_cast<std::size_t>(row))});
+            keepStep(tr("%1 in the recipe").arg(QString::fromStdString(before.key.name)),
+                     {{before}, bufferFile_},
+                     {{recipe_.cellOf(static_cast<std::size_t>(row))}, bufferFile_});
     });
     connect(&desk, &PanelDesk::projectBegan, this, [this]() { beginProject(); });
     connect(&desk, &PanelDesk::tagsChanged, this, [this]() {
@@ -143,7 +144,8 @@ void RecipesPage::showState()
     const bool hasLine = desk_.hasLine();
     const bool isUnlocked = desk_.state().isUnlocked;
     load_->setEnabled(isIdle);
-    save_->setEnabled(isIdle && values > 0);
+    const auto unwatched = static_cast<int>(recipe_.unwatchedInRecipe());
+    save_->setEnabled(isIdle && values + unwatched > 0);
     read_->setEnabled(isIdle && hasLine && !recipe_.rows().empty());
     upload_->setEnabled(isIdle && hasLine && !recipe_.rows().empty());
     download_->setEnabled(isIdle && hasLine && isUnlocked && values > 0);
@@ -152,9 +154,14 @@ void RecipesPage::showState()
                               : tr("Writing is locked: unlock it in the status line"));
     takeOut_->setEnabled(isIdle && table_->selectionModel()->hasSelection());
     const QString changed = recipe_.isChanged() ? tr(" It is not saved.") : QString();
-    const QString inBuffer = tr("%n value(s) in the buffer.", nullptr, values);
+    const QString besides =
+        unwatched == 0 ? QString()
+                       : tr(" %n more of tags that are not watched: saved by address, and not "
+                            "downloaded.",
+                            nullptr, unwatched);
+    const QString inBuffer = tr("%n value(s) in the buffer.", nullptr, values) + besides;
     file_->setText(
-        recipe_.rows().empty()
+        recipe_.rows().empty() && unwatched == 0
             ? tr("A recipe is made of the values that are watched, and there are none: add them "
                  "on the page of values, or load a recipe of addresses.")
         : path_.isEmpty()
@@ -167,7 +174,7 @@ void RecipesPage::showState()
 
 bool RecipesPage::mayReplaceBuffer()
 {
-    if (!recipe_.isChanged() || recipe_.valuesInRecipe() == 0)
+    if (!recipe_.isChanged() || recipe_.valuesInRecipe() + recipe_.unwatchedInRecipe() == 0)
         return true;
     return QMessageBox::question(this, tr("Replace the buffer"),
                                  tr("What is in the buffer has not been saved. Replace it?"),
@@ -186,7 +193,8 @@ void RecipesPage::chooseFile()
 
 bool RecipesPage::chooseFileToSave()
 {
-    const QString file = QFileDialog::getSaveFileName(this, tr("Save the recipe"), path_);
+    const QString proposed = isOfPath() ? path_ : QFileInfo(path_).path();
+    const QString file = QFileDialog::getSaveFileName(this, tr("Save the recipe"), proposed);
     return !file.isEmpty() && saveFile(file);
 }
 
@@ -195,10 +203,16 @@ void RecipesPage::readFile(const QString& file)
     std::size_t locked = 0;
     model_.makeAnew([&]() { locked = recipe_.load(file.toStdString()); });
     path_ = QFileInfo(file).absoluteFilePath();
-    result_->setText(locked == 0 ? QString()
-                                 : tr("%n value(s) of the file can only be read and stay out "
-                                      "of the buffer.",
-                                      nullptr, static_cast<int>(locked)));
+    bufferFile_ = path_;
+    QStringList said;
+    if (const auto outside = static_cast<int>(recipe_.valuesOutside()); outside > 0)
+        said += tr("%n value(s) of the file lie outside their limits; as long as they do, nothing "
+                   "is downloaded.",
+                   nullptr, outside);
+    if (locked > 0)
+        said += tr("%n value(s) of the file can only be read and stay out of the buffer.", nullptr,
+                   static_cast<int>(locked));
+    result_->setText(said.join(QLatin1Char(' ')));
     emit told(QString());
 }
 
@@ -227,6 +241,7 @@ bool RecipesPage::saveFile(const QString& file)
         return false;
     }
     path_ = QFileInfo(file).absoluteFilePath();
+    bufferFile_ = path_;
     emit told(tr("%1 is written; dov417 recipe reads it, too.").arg(path_));
     model_.tellChanges();
     showState();

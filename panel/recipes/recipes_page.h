@@ -50,9 +50,10 @@ private:
     bool mayReplaceBuffer();
     // Does it, and makes a step of what it changes in the buffer.
     void change(const QString& what, const std::function<void()>& todo);
-    void keepStep(const QString& what, const std::vector<RecipeCell>& before,
-                  const std::vector<RecipeCell>& after);
-    void put(const std::vector<RecipeCell>& cells);
+    void keepStep(const QString& what, const RecipeState& before, const RecipeState& after);
+    void put(const std::vector<RecipeCell>& cells, const QString* file);
+    // Steps may lead back to before the file was loaded, which is then not to be written over.
+    bool isOfPath() const;
     void forgetRecipe();
     void beginProject();
     void readFile(const QString& file);
@@ -79,7 +80,8 @@ private:
     QPushButton* const cancel_; // there while something is moved
     QLabel* const file_;
     QLabel* const result_;
-    QString path_; // of the file that was loaded or saved last
+    QString path_;       // of the file that was loaded or saved last
+    QString bufferFile_; // whose content the buffer was before it was edited
     QUndoStack history_;
     bool isChanging_ = false; // by change()
     QTimer lookTimer_;

@@ -1,4 +1,5 @@
 // What is edited in the buffer: taken back step by step, and lost only when a person says so.
+#include <QFileInfo>
 #include <QMessageBox>
 #include <QScopedValueRollback>
 
@@ -10,6 +11,7 @@ void RecipesPage::forgetRecipe()
 {
     history_.clear();
     path_.clear();
+    bufferFile_.clear();
     model_.makeAnew([this]() { recipe_.clear(); });
     result_->clear();
 }
@@ -28,16 +30,27 @@ void RecipesPage::beginProject()
 bool RecipesPage::mayForget()
 {
     settleTags();
-    const auto values = static_cast<int>(recipe_.valuesInRecipe());
+    const auto values = static_cast<int>(recipe_.valuesInRecipe() + recipe_.unwatchedInRecipe());
     if (!recipe_.isChanged() || values == 0)
         return true;
+    const QString name = QFileInfo(path_).fileName();
+    const QString question = path_.isEmpty() ? tr("Save it?")
+                             : isOfPath()
+                                 ? tr("Save it in %1?").arg(name)
+                                 : tr("It is not of %1. Save it in a file of its own?").arg(name);
     const auto answer = QMessageBox::question(
         window(), tr("The recipe is not saved"),
-        tr("The recipe in the buffer, of %n value(s), is not saved. Save it?", nullptr, values),
+        tr("The recipe in the buffer, of %n value(s), is not saved.", nullptr, values) +
+            QLatin1Char(' ') + question,
         QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, QMessageBox::Save);
     if (answer == QMessageBox::Save)
-        return path_.isEmpty() ? chooseFileToSave() : saveFile(path_);
+        return isOfPath() ? saveFile(path_) : chooseFileToSave();
     return answer == QMessageBox::Discard;
+}
+
+bool RecipesPage::isOfPath() const
+{
+    return !path_.isEmpty() && path_ == bufferFile_;
 }
 
 // ---- steps ----------------------------------------------------------------------------------
@@ -49,30 +62,34 @@ QUndoStack* RecipesPage::ownHistory()
 
 void RecipesPage::change(const QString& what, const std::function<void()>& todo)
 {
-    const std::vector<RecipeCell> before = recipe_.buffer();
+    const RecipeState before{recipe_.buffer(), bufferFile_};
     {
         const QScopedValueRollback<bool> changing(isChanging_, true);
         todo();
     }
-    keepStep(what, before, recipe_.buffer());
+    keepStep(what, before, {recipe_.buffer(), bufferFile_});
 }
 
-void RecipesPage::keepStep(const QString& what, const std::vector<RecipeCell>& before,
-                           const std::vector<RecipeCell>& after)
+void RecipesPage::keepStep(const QString& what, const RecipeState& before, const RecipeState& after)
 {
     auto step = std::make_unique<RecipeChange>(
-        what, before, after, [this](const std::vector<RecipeCell>& cells) { put(cells); });
+        what, before, after,
+        [this](const std::vector<RecipeCell>& cells, const QString* file) { put(cells, file); });
     if (!step->isNothing())
         history_.push(step.release());
 }
 
 // Shows where it was.
-void RecipesPage::put(const std::vector<RecipeCell>& cells)
+void RecipesPage::put(const std::vector<RecipeCell>& cells, const QString* file)
 {
     settleTags();
+    if (file)
+        bufferFile_ = *file;
     model_.makeAnew([&]() { recipe_.put(cells); });
     look();
     showState();
+    if (cells.empty())
+        return; // another file of the same values
     const int row = model_.rowOf(cells.front().key);
     if (row >= 0)
         table_->setCurrentIndex(filter_.mapFromSource(model_.index(row, RecipeModel::buffer)));

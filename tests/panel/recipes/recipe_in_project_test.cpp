@@ -1,4 +1,6 @@
 // The recipe's buffer beside the project: whose it is, what is taken back, and what is asked about.
+#include <QFileDialog>
+#include <QLineEdit>
 #include <QTableView>
 
 #include "panel/recipes/recipes_page.h"
@@ -62,6 +64,16 @@ protected:
     void doAgain()
     {
         QTest::keyClick(&window, Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+    }
+    // Into a file that has to be chosen.
+    void saveOnClosing(const char* name)
+    {
+        answerWith(&window, QMessageBox::Save, "The recipe in the buffer");
+        whenAsked<QFileDialog>(&window, [this, name](QFileDialog& dialog) {
+            dialog.findChild<QLineEdit*>("fileNameEdit")->setText(path(name));
+            static_cast<QDialog&>(dialog).accept();
+        });
+        EXPECT_TRUE(page->mayForget());
     }
     void showRecipes()
     {
@@ -205,6 +217,84 @@ TEST_F(ARecipeInAProject, IsAskedAboutBeforeItIsLost)
     answerWith(&window, QMessageBox::Discard, "The recipe in the buffer");
     EXPECT_TRUE(window.close());
     EXPECT_THAT(textOf(path("one.json")), Not(HasSubstr("8")));
+}
+
+// The buffer is the first file's again, and the second one's own content is nowhere else.
+TEST_F(ARecipeInAProject, IsNotSavedIntoAFileThatItIsNotOf)
+{
+    ASSERT_TRUE(window.actions().open(path("b.json")));
+    showRecipes();
+    written("two.json", R"({"R_W:100": 8, "R_W:101": 9})");
+    ASSERT_TRUE(page->loadFile(path("one.json")));
+    ASSERT_TRUE(page->loadFile(path("two.json")));
+    takeBack();
+    EXPECT_THAT(buffer(), ElementsAre("5", "6"));
+    edit(0, "7");
+    answerWith(&window, QMessageBox::Cancel,
+               "It is not of two.json. Save it in a file of its own?");
+    EXPECT_FALSE(page->mayForget());
+    saveOnClosing("three.json");
+    EXPECT_THAT(textOf(path("two.json")), Not(HasSubstr("7")));
+    EXPECT_THAT(textOf(path("three.json")), HasSubstr("7"));
+    EXPECT_THAT(textOf(path("one.json")), Not(HasSubstr("7")));
+}
+
+TEST_F(ARecipeInAProject, IsSavedIntoItsFileOnceItIsOfItAgain)
+{
+    ASSERT_TRUE(window.actions().open(path("b.json")));
+    showRecipes();
+    ASSERT_TRUE(page->loadFile(path("one.json")));
+    takeBack();
+    EXPECT_THAT(buffer(), ElementsAre("", ""));
+    doAgain();
+    EXPECT_THAT(buffer(), ElementsAre("5", "6"));
+    edit(0, "7");
+    edit(0, "8");
+    takeBack();
+    answerWith(&window, QMessageBox::Save, "Save it in one.json?");
+    EXPECT_TRUE(page->mayForget());
+    EXPECT_THAT(textOf(path("one.json")), HasSubstr("7"));
+}
+
+// Two files of the same values: going back past the second one's loading changes no value.
+TEST_F(ARecipeInAProject, IsOfTheFileThatWasLoadedLastThoughItHoldsTheSame)
+{
+    ASSERT_TRUE(window.actions().open(path("b.json")));
+    showRecipes();
+    written("two.json", R"({"R_W:100": 7, "R_W:101": 6})");
+    ASSERT_TRUE(page->loadFile(path("one.json")));
+    edit(0, "7");
+    ASSERT_TRUE(page->loadFile(path("two.json")));
+    takeBack();
+    takeBack();
+    EXPECT_THAT(buffer(), ElementsAre("5", "6"));
+    answerWith(&window, QMessageBox::Cancel, "It is not of two.json");
+    EXPECT_FALSE(page->mayForget());
+    window.activateWindow(); // again, as after the question
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    doAgain();
+    doAgain();
+    EXPECT_THAT(buffer(), ElementsAre("7", "6"));
+    edit(0, "9");
+    answerWith(&window, QMessageBox::Cancel, "Save it in two.json?");
+    EXPECT_FALSE(page->mayForget());
+}
+
+TEST_F(ARecipeInAProject, IsAskedAboutThoughNobodyWatchesItsValuesAnyMore)
+{
+    openFirst();
+    edit(0, "7");
+    show(valuesPage);
+    desk.removeItems({0, 1});
+    showRecipes();
+    EXPECT_THAT(file(), HasSubstr("2 more of tags that are not watched"));
+    EXPECT_THAT(file(), HasSubstr("It is not saved."));
+    answerWith(&window, QMessageBox::Cancel,
+               "The recipe in the buffer, of 2 value(s), is not saved");
+    EXPECT_FALSE(page->mayForget());
+    EXPECT_TRUE(page->saveFile(path("one.json")));
+    EXPECT_THAT(textOf(path("one.json")), HasSubstr("\"1/R_W:100\": 7"));
+    EXPECT_TRUE(page->mayForget());
 }
 
 } // namespace

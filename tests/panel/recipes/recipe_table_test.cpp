@@ -2,9 +2,11 @@
 
 #include <QTemporaryDir>
 #include <fstream>
+#include <iterator>
 
 #include "loaded_library.h"
 #include "made_views.h"
+#include "panel/recipes/recipe_model.h"
 #include "panel/recipes/recipe_words.h"
 
 namespace dov417 {
@@ -13,6 +15,7 @@ namespace {
 
 using testing::HasSubstr;
 using testing::Not;
+using testing::StartsWith;
 
 class ARecipeTable : public LoadedLibrary {
 protected:
@@ -22,6 +25,14 @@ protected:
         for (const std::string& text : texts)
             items.push_back(Items(library, ItemSource()).find(text, Access::read));
         table.setTags(panelTags(library, items));
+    }
+    // The tag speed, R_W:100, of 0 to 100.
+    void watchLimited()
+    {
+        Item speed = Items(library, ItemSource()).find("R_W:100", Access::read);
+        speed.name = "speed";
+        speed.limits = {0, 100};
+        table.setTags(panelTags(library, {speed}));
     }
     const RecipeRow& row(std::size_t place) const
     {
@@ -37,7 +48,25 @@ protected:
         return news;
     }
 
+    std::string file() const
+    {
+        return folder_.filePath("saved.json").toStdString();
+    }
+    std::string saved() const
+    {
+        std::ifstream in(file());
+        return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    }
+    std::string comparison(int place)
+    {
+        const RecipeModel model(table);
+        return model.index(place, RecipeModel::comparison).data().toString().toStdString();
+    }
+
     RecipeTable table{library};
+
+private:
+    QTemporaryDir folder_;
 };
 
 TEST_F(ARecipeTable, KnowsOfEachValueWhenItWasRead)
@@ -171,6 +200,133 @@ TEST_F(ARecipeTable, LoadsNoFileThatWantsTwoThingsOfOnePlace)
     table.edit(0, "7");
     EXPECT_THAT(complaint([&]() { table.load(file); }), HasSubstr("want different values"));
     EXPECT_EQ(table.rows().at(0).buffer, (ValueBytes{7, 0}));
+}
+
+// Whoever names the address in a file means the tag's own machine all the same.
+TEST_F(ARecipeTable, DownloadsNothingOutsideALimitThoughAFileNamesTheAddressAlone)
+{
+    const QTemporaryDir folder;
+    const std::string file = folder.filePath("recipe.json").toStdString();
+    watchLimited();
+    std::ofstream(file) << R"({"R_W:100": 9999})";
+    table.load(file);
+    EXPECT_EQ(row(0).buffer, (ValueBytes{0x0F, 0x27}));
+    EXPECT_THAT(complaint([this]() { table.shares(RecipeKind::download); }),
+                HasSubstr("speed: value '9999': above the maximum, 100"));
+    EXPECT_EQ(table.shares(RecipeKind::upload).size(), 1U);
+    std::ofstream(file) << R"({"R_W:100": 100})";
+    table.load(file);
+    EXPECT_EQ(table.shares(RecipeKind::download).size(), 1U);
+}
+
+// What the controller holds is kept as it is; it is only never sent there.
+TEST_F(ARecipeTable, SavesAndLoadsWhatTheControllerHoldsBeyondALimit)
+{
+    watchLimited();
+    const auto shares = table.shares(RecipeKind::upload);
+    table.began(shares, RecipeKind::upload);
+    table.ended(shares, news(RecipeKind::upload, {{{120, 0}, ""}}), true);
+    table.save(file());
+    EXPECT_THAT(saved(), HasSubstr("\"speed\": 120"));
+    table.clear();
+    table.load(file());
+    EXPECT_EQ(row(0).buffer, (ValueBytes{120, 0}));
+    EXPECT_EQ(row(0).file, (ValueBytes{120, 0}));
+    EXPECT_THAT(comparison(0), StartsWith("outside its limits: value '120': above the maximum, "));
+    EXPECT_THAT(complaint([this]() { table.shares(RecipeKind::download); }),
+                HasSubstr("speed: value '120': above the maximum, 100"));
+    EXPECT_THAT(complaint([this]() { table.edit(0, "120.0"); }), HasSubstr("120"));
+    table.edit(0, "100");
+    EXPECT_EQ(table.shares(RecipeKind::download).size(), 1U);
+    EXPECT_THAT(comparison(0), Not(HasSubstr("outside")));
+}
+
+// Hex says nothing of how many words one value has.
+TEST_F(ARecipeTable, LoadsAgainWhatItSavedOfFourWordsInHex)
+{
+    Items find(library, ItemSource());
+    std::vector<Item> items{find.find("R_D:600@uint64", Access::read),
+                            find.find("R_D:700..707@int64:high-first", Access::read)};
+    items.front().format.notation = Notation::hex; // as its menu would
+    items.back().format.notation = Notation::binary;
+    table.setTags(panelTags(library, items));
+    table.edit(0, "0x1122334455667788");
+    table.edit(1, "0b11");
+    table.edit(2, "0b101");
+    const ValueBytes first = row(0).buffer;
+    const ValueBytes last = row(2).buffer;
+    table.save(file());
+    EXPECT_THAT(saved(), HasSubstr("\"1/R_D:600..603@uint64\": 1234605616436508552"));
+    EXPECT_THAT(saved(), HasSubstr("\"1/R_D:700..707@uint64:high-first\""));
+    table.clear();
+    table.load(file());
+    EXPECT_EQ(row(0).buffer, first);
+    EXPECT_EQ(row(1).buffer.size(), 8U);
+    EXPECT_EQ(row(2).buffer, last);
+    EXPECT_EQ(table.rows().size(), 3U);
+}
+
+TEST_F(ARecipeTable, SavesByItsAddressWhatNobodyWatchesAnyMore)
+{
+    watchLimited();
+    table.edit(0, "50");
+    watch({"R_W:7"});
+    EXPECT_TRUE(table.isChanged());
+    EXPECT_EQ(table.unwatchedInRecipe(), 1U);
+    table.edit(0, "8");
+    table.save(file());
+    EXPECT_THAT(saved(), HasSubstr("\"1/R_W:100\": 50"));
+    EXPECT_THAT(saved(), HasSubstr("\"1/R_W:7\": 8"));
+    EXPECT_FALSE(table.isChanged());
+    table.load(file());
+    EXPECT_EQ(table.unwatchedInRecipe(), 0U);
+    EXPECT_EQ(row(0).buffer, (ValueBytes{8, 0}));
+    EXPECT_EQ(row(1).value.label.name, "1/R_W:100");
+    EXPECT_EQ(row(1).buffer, (ValueBytes{50, 0}));
+    watchLimited();
+    EXPECT_EQ(row(0).file, row(0).buffer);
+}
+
+TEST_F(ARecipeTable, SavesWhatNobodyWatchesThoughNothingElseIsInTheBuffer)
+{
+    watchLimited();
+    table.edit(0, "50");
+    table.setTags(PanelTags());
+    table.save(file());
+    EXPECT_THAT(saved(), HasSubstr("\"1/R_W:100\": 50"));
+    EXPECT_FALSE(table.isChanged());
+}
+
+TEST_F(ARecipeTable, KeepsBothValuesOfAnAddressThatIsWatchedTwice)
+{
+    watch({"R_W:100", "R_W:100@hex"});
+    table.edit(0, "5");
+    watch({"R_W:7", "R_W:100", "R_W:100@hex"});
+    EXPECT_EQ(row(1).buffer, (ValueBytes{5, 0}));
+    EXPECT_TRUE(row(2).buffer.empty());
+    table.edit(1, "");
+    table.edit(2, "0x0006");
+    watch({"R_W:100@hex", "R_W:7", "R_W:100"});
+    EXPECT_EQ(row(0).buffer, (ValueBytes{6, 0}));
+    EXPECT_TRUE(row(2).buffer.empty());
+    watch({"R_W:100@bcd"});
+    EXPECT_EQ(row(0).buffer, (ValueBytes{6, 0})) << "in whatever format";
+    EXPECT_EQ(table.rows().size(), 1U);
+}
+
+TEST_F(ARecipeTable, EndsBothValuesOfAnAddressThatIsWatchedTwice)
+{
+    watch({"R_W:100", "R_W:100@hex"});
+    const auto shares = table.shares(RecipeKind::upload);
+    ASSERT_EQ(shares.size(), 2U);
+    table.began(shares, RecipeKind::upload);
+    for (std::size_t place : {0U, 1U})
+        EXPECT_EQ(row(place).fate, RecipeFate::waiting);
+    table.ended(shares, news(RecipeKind::upload, {{{1, 0}, ""}, {{1, 0}, ""}}), true);
+    for (std::size_t place : {0U, 1U}) {
+        EXPECT_EQ(row(place).fate, RecipeFate::read);
+        EXPECT_EQ(row(place).buffer, (ValueBytes{1, 0}));
+    }
 }
 
 TEST_F(ARecipeTable, LeavesOutWhatCanOnlyBeRead)

@@ -583,7 +583,6 @@ TEST_F(TheRecipesPage, RefusesABrokenFileWithItsPlaceAndKeepsWhatItHad)
     for (const auto& [text, mistake] :
          {std::pair{R"({"speed": 30, "nobody": 1})", "nobody: no value is called so here"},
           {R"({"speed": 30, "preset": [1, 2]})", "preset: "},
-          {R"({"speed": 3000})", "speed: value '3000': above the maximum"},
           {R"({"speed": 30)", "broken.json:1:"}}) {
         writeFile("broken.json", text);
         EXPECT_FALSE(load("broken.json"));
@@ -593,6 +592,22 @@ TEST_F(TheRecipesPage, RefusesABrokenFileWithItsPlaceAndKeepsWhatItHad)
     writeFile("project.json", R"({"version": 1})");
     EXPECT_FALSE(save("project.json"));
     EXPECT_THAT(told, HasSubstr("is a project"));
+}
+
+TEST_F(TheRecipesPage, LoadsWhatLiesOutsideItsLimitsSaysSoAndNeverDownloadsIt)
+{
+    watchTags();
+    show();
+    writeFile("recipe.json", R"({"speed": 3000, "R_W:110": 4})");
+    ASSERT_TRUE(load("recipe.json")) << told;
+    EXPECT_EQ(cell("speed", RecipeModel::buffer), "3000 m/min");
+    EXPECT_THAT(result(), StartsWith("1 value(s) of the file lie outside their limits"));
+    open();
+    unlock();
+    click("download");
+    EXPECT_FALSE(desk.recipeIsUnderWay());
+    EXPECT_EQ(told, "speed: value '3000': above the maximum, 500");
+    EXPECT_EQ(held("R_W", 110), 1);
 }
 
 TEST_F(TheRecipesPage, KeepsTheRecipeWhileSomethingElseIsWatchedToo)
