@@ -100,6 +100,14 @@ void addWishes(RecipeWishes& wishes, const RecipeEntry& entry)
 
 } // namespace
 
+ValueBytes sliceOf(const std::vector<unsigned char>& data, const Address& address,
+                   std::size_t value)
+{
+    const auto size = static_cast<std::ptrdiff_t>(byteCount(valueOf(address, 0)));
+    const auto from = data.begin() + static_cast<std::ptrdiff_t>(value) * size;
+    return {from, from + size};
+}
+
 bool isTag(const Library& library, const Item& item)
 {
     return item.name != toText(library, item.address);

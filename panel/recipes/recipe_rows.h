@@ -78,6 +78,10 @@ void requireBuffersWithinLimits(const std::vector<RecipeRow>& rows);
 // them the controller would hold in the end would be a guess.
 void requireOneWish(const std::vector<RecipeShare>& shares);
 
+// Of an item's bytes those of one of its values.
+ValueBytes sliceOf(const std::vector<unsigned char>& data, const Address& address,
+                   std::size_t value);
+
 // Has it a name of its own, which a file of tags explains?
 bool isTag(const Library& library, const Item& item);
 
