@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "line/failure.h"
+#include "panel/desk/yes_question.h"
 #include "panel/project/line_dialog.h"
 #include "panel/project/recent_projects.h"
 #include "panel/project/recovery_dialog.h"
@@ -174,14 +175,11 @@ bool ProjectActions::save()
 {
     if (document_.file().isEmpty())
         return saveAs();
-    if (document_.isOtherOnDisk()) {
-        const auto answer = QMessageBox::question(
-            &window_, tr("Changed by another program"),
-            tr("%1 was written by another program since it was opened here. Save over it?")
-                .arg(document_.file()));
-        if (answer != QMessageBox::Yes)
-            return false;
-    }
+    if (document_.isOtherOnDisk() &&
+        !saysYes(&window_, tr("Changed by another program"),
+                 tr("%1 was written by another program since it was opened here. Save over it?")
+                     .arg(document_.file())))
+        return false;
     return saveIn(document_.file());
 }
 

@@ -5,10 +5,10 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLocale>
-#include <QMessageBox>
 #include <QVBoxLayout>
 
 #include "panel/desk/dialog_size.h"
+#include "panel/desk/yes_question.h"
 
 namespace dov417 {
 
@@ -93,9 +93,7 @@ void RecoveryDialog::showButtons()
 void RecoveryDialog::removeCurrent()
 {
     UnsavedCopy* const copy = chosen();
-    if (!copy || QMessageBox::question(this, tr("Remove it"),
-                                       tr("What was not saved is lost then. Remove it?")) !=
-                     QMessageBox::Yes)
+    if (!copy || !saysYes(this, tr("Remove it"), tr("What was not saved is lost then. Remove it?")))
         return;
     removeUnsaved(*copy);
     copies_.erase(copies_.begin() + (copy - copies_.data()));
