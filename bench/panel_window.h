@@ -2,6 +2,7 @@
 #ifndef DOV417_BENCH_PANEL_WINDOW_H
 #define DOV417_BENCH_PANEL_WINDOW_H
 
+#include <QTemporaryDir>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,8 @@ namespace dov417 {
 inline void measureWithoutScreen()
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    static const QTemporaryDir home; // nothing of the user's is read or written
+    qputenv("XDG_DATA_HOME", home.path().toLocal8Bit());
     dropDebugLines();
 }
 

@@ -39,7 +39,7 @@ struct PlannedRequest {
     std::vector<PlannedPart> parts; // that it goes out in; empty: as it is
 
     int maxWords() const; // words in one frame
-    int coils() const;   // in one frame; 0 for registers
+    int coils() const;    // in one frame; 0 for registers
     bool isAboveLimit() const;
 };
 
