@@ -81,10 +81,10 @@ void RequestCarrier::carry(const Transmission& request, Exchange::Done done)
 
 std::vector<int> RequestCarrier::lengthsFor(int maximum) const
 {
-    const int maxLength = isWrite(request_.sent) ? std::min(maximum, maxWordsOfAWrite) : maximum;
-    if (maximum == noMaximum || words_ <= maxLength)
+    const int maxPartWords = isWrite(request_.sent) ? std::min(maximum, maxWordsOfAWrite) : maximum;
+    if (maximum == noMaximum || words_ <= maxPartWords)
         return {};
-    return partLengths(words_, maxLength, [this](int word) {
+    return partLengths(words_, maxPartWords, [this](int word) {
         return line_.mayCut(request_.request, request_.request.address + word);
     });
 }

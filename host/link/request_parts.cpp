@@ -53,7 +53,7 @@ std::vector<int> partLengths(int words, int maximum, const MayCut& mayCut)
 {
     constexpr int impossible = std::numeric_limits<int>::max();
     const auto count = static_cast<std::size_t>(words);
-    const auto maxLength = static_cast<std::size_t>(maximum);
+    const auto maxPartWords = static_cast<std::size_t>(maximum);
 
     // By the word that a part would begin with: how many parts it takes from there to the end. From
     // farther on it never takes more, so that the farthest place to cut is a best one.
@@ -62,7 +62,7 @@ std::vector<int> partLengths(int words, int maximum, const MayCut& mayCut)
     for (std::size_t from = count; from-- > 0;) {
         if (from > 0 && !mayCut(static_cast<int>(from)))
             continue; // nothing begins there
-        std::size_t to = std::min(count, from + maxLength);
+        std::size_t to = std::min(count, from + maxPartWords);
         while (to > from && needed.at(to) == impossible)
             --to;
         if (to > from)
@@ -75,7 +75,7 @@ std::vector<int> partLengths(int words, int maximum, const MayCut& mayCut)
     for (std::size_t from = 0; from < count; from += static_cast<std::size_t>(lengths.back())) {
         int chosen = 0;
         bool isNew = false;
-        for (std::size_t length = std::min(maxLength, count - from); length > 0 && !isNew;
+        for (std::size_t length = std::min(maxPartWords, count - from); length > 0 && !isNew;
              --length) {
             if (needed.at(from + length) != needed.at(from) - 1)
                 continue;
