@@ -77,6 +77,16 @@ TEST(Statistics, SayWhyARequestWasLastGivenUp)
                   "write 1#T5(1): 0 sent, 0 good; given up: no answer: no byte came"}));
 }
 
+TEST(Statistics, TellTheMinimumMedianAndMaximumOfTheCycles)
+{
+    LinkStatistics statistics;
+    for (const int millis : {30, 10, 20})
+        statistics.cycles.add(std::chrono::milliseconds(millis));
+    EXPECT_THAT(briefStatistics(statistics, Clock::now()),
+                ::testing::Contains(::testing::HasSubstr(
+                    "cycle 10.0 ms / 20.0 ms / 30.0 ms (min / median / max)")));
+}
+
 TEST(Statistics, EndWithTheStateOfTheLink)
 {
     LinkStatistics statistics;

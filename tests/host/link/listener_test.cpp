@@ -56,6 +56,14 @@ TEST_F(AListener, ExplainsAReplyByItsRequest)
     EXPECT_EQ(told.front().request, withCrc(QByteArray::fromHex("0103050A0001")));
 }
 
+TEST_F(AListener, CountsTheBytesThatAreNoFrame)
+{
+    table.add({HeardAs::noise, QByteArray(3, 0), {}, {}});
+    table.add({HeardAs::noise, QByteArray(2, 0), {}, {}});
+    EXPECT_EQ(table.noise(), 5);
+    EXPECT_THAT(lines(), ::testing::Contains(HasSubstr("5 bytes that are no frame")));
+}
+
 TEST_F(AListener, NamesNoAddressForAReplyWhoseRequestItHasNotHeard)
 {
     EXPECT_EQ(hear("01 03 02 00 2A"),

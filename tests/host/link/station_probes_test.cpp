@@ -350,6 +350,18 @@ TEST_F(Probing, APortThatComesBackIsAChanceForAll)
     EXPECT_EQ(probes.mayGoOut(request(3, two), now).notBefore, now + seconds(1));
 }
 
+TEST_F(Probing, APortThatComesBackIsAChanceForARequestThatWasPutOff)
+{
+    answer(3, two);
+    giveUp(3, one);
+    now += seconds(1);
+    answer(3, two);
+    giveUp(3, one);
+    ASSERT_EQ(turn(3, one), Turn::notNow);
+    probes.portIsBack(now);
+    EXPECT_EQ(probes.mayGoOut(request(3, one), now).notBefore, now);
+}
+
 TEST(SilenceWords, SayWhoIsSilentAndHowOftenItIsAsked)
 {
     const Clock::time_point since = Clock::now();

@@ -142,6 +142,7 @@ TEST_F(DeadStation, CountsAsACycleAndIsNotCountedAsAsked)
     const long long before = cycles;
     const long long sentBefore = countersOf("read  2#R_W10(1)").sent;
     ASSERT_TRUE(waitUntil([&]() { return cycles > before + 5; }));
+    EXPECT_GE(session->statistics().cycles.count(), 5);
     const RequestCounters& counters = countersOf("read  2#R_W10(1)");
     EXPECT_GE(counters.notAsked, 5);
     EXPECT_THAT(counters.whyNotAsked, ::testing::MatchesRegex("not asked: silent since .*"));
