@@ -65,6 +65,7 @@ void RecipeTable::setTags(const PanelTags& tags)
     // In another format, too, but first to whom it was shown in the same.
     TakenRows taken(rows_.size());
     std::vector<RecipeRow*> same;
+    same.reserve(before.size());
     for (const RecipeRow& row : before)
         same.push_back(take(keyOf(row), taken, &row.value.label.format));
     for (std::size_t i = 0; i < before.size(); ++i)
