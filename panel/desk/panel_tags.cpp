@@ -167,7 +167,7 @@ std::string allowedRange(const PanelValue& value)
     const Limits& limits = item.limits;
     const bool isWhole = isNumber(format.notation) && !isFloating(format.notation);
     if ((limits.min && limits.max) || !notationOfLimits(item).empty() || !isWhole) {
-        const std::string range = limitedRange(item);
+        std::string range = limitedRange(item);
         if (!range.empty())
             return range;
     }

@@ -27,7 +27,7 @@ const char* const firstRead = "0103050A0001A4C4";
 const char* const firstReply = "010302002A399B";
 const char* const secondRead = "0103050B0001F504";
 const char* const secondReply = "010302002BF85B";
-constexpr int replyLength = 7;
+constexpr int shortReplyLength = 7;
 
 class OnALine : public ::testing::Test {
 protected:
@@ -107,7 +107,7 @@ TEST_F(OnALine, ARequestGoesOutUnchangedAndItsReplyComesBack)
 {
     open(forEver);
     answerWith({{firstReply}});
-    begin(firstRead, replyLength);
+    begin(firstRead, shortReplyLength);
     expectOutcome(LineResult::reply, firstReply);
     EXPECT_EQ(received, hex(firstRead));
 }
@@ -116,7 +116,7 @@ TEST_F(OnALine, AnExceptionDoesNotWaitForTheTimeout)
 {
     open(forEver);
     answerWith({{"018302C0F1"}});
-    begin(firstRead, replyLength);
+    begin(firstRead, shortReplyLength);
     expectOutcome(LineResult::exception, "018302C0F1");
 }
 
@@ -124,14 +124,14 @@ TEST_F(OnALine, ATruncatedReplyDoesNotWaitForTheTimeout)
 {
     open(forEver);
     answerWith({{"01030200"}});
-    begin(firstRead, replyLength);
+    begin(firstRead, shortReplyLength);
     expectOutcome(LineResult::reply, "01030200");
 }
 
 TEST_F(OnALine, SilenceEndsWithTheTimeout)
 {
     open(milliseconds(5));
-    begin(firstRead, replyLength);
+    begin(firstRead, shortReplyLength);
     expectOutcome(LineResult::timeout, "");
 }
 
@@ -160,9 +160,9 @@ TEST_F(OnALine, ThreeAndAHalfCharactersOfSilenceGoBeforeEachFrame)
     const Clock::time_point before = Clock::now();
     open(forEver);
     answerWith({{firstReply}, {secondReply}});
-    begin(firstRead, replyLength);
+    begin(firstRead, shortReplyLength);
     expectOutcome(LineResult::reply, firstReply);
-    begin(secondRead, replyLength);
+    begin(secondRead, shortReplyLength);
     expectOutcome(LineResult::reply, secondReply);
     ASSERT_EQ(arrivals.size(), 2U);
     EXPECT_GE(arrivals.at(0) - before, silence);
@@ -177,7 +177,7 @@ TEST_F(OnALine, ALineThatNeverFallsSilentIsNotWaitedForForEver)
     open(milliseconds(50));
     answerWith({});
     slave.send(hex("55"));
-    begin(firstRead, replyLength);
+    begin(firstRead, shortReplyLength);
     ASSERT_TRUE(waitUntil([this]() { return !arrivals.empty(); }));
     EXPECT_EQ(received, hex(firstRead));
 }
@@ -187,7 +187,7 @@ TEST_F(OnALine, BytesSentAndBytesReceivedTakeTimeOnTheWire)
     wire = {10000, 8, Parity::none, 1}; // 1 ms a character
     open(forEver);
     answerWith({{firstReply}});
-    begin(firstRead, replyLength);
+    begin(firstRead, shortReplyLength);
     expectOutcome(LineResult::reply, firstReply);
     EXPECT_EQ(line->wireTime(), milliseconds(8 + 7));
 }
@@ -196,7 +196,7 @@ TEST_F(OnALine, AReplyOfAnotherStationIsShownAndTheAwaitedOneTaken)
 {
     open(forEver);
     slave.arrived = [this](const QByteArray&) { slave.send(hex("0203020007BD86")); };
-    begin(firstRead, replyLength);
+    begin(firstRead, shortReplyLength);
     ASSERT_TRUE(waitUntil([this]() { return !strays.empty(); }));
     EXPECT_EQ(strays.front().kind, StrayKind::otherStation);
     EXPECT_FALSE(outcome.has_value());
@@ -208,7 +208,7 @@ TEST_F(OnALine, OnlyRepliesOfAnotherStationEndWithTheTimeout)
 {
     open(milliseconds(100));
     answerWith({{"0203020007BD86"}});
-    begin(firstRead, replyLength);
+    begin(firstRead, shortReplyLength);
     expectOutcome(LineResult::timeout, "");
     ASSERT_EQ(strays.size(), 1U);
     EXPECT_EQ(strays.front().kind, StrayKind::otherStation);
@@ -220,7 +220,7 @@ TEST_F(OnALine, BytesThatNobodyAwaitsAreFlushedBeforeTheNextRequest)
     answerWith({{secondReply}});
     slave.send(hex(firstReply));
     ASSERT_TRUE(waitUntil([this]() { return !strays.empty(); }));
-    begin(secondRead, replyLength);
+    begin(secondRead, shortReplyLength);
     expectOutcome(LineResult::reply, secondReply);
     EXPECT_EQ(strays.front().kind, StrayKind::late);
 }
@@ -229,10 +229,10 @@ TEST_F(OnALine, ALateReplyIsNotTakenForTheOneToTheNextRequest)
 {
     open(milliseconds(300));
     answerWith({{}, {secondReply}});
-    begin(firstRead, replyLength);
+    begin(firstRead, shortReplyLength);
     expectOutcome(LineResult::timeout, "");
     // The first reply comes when the second request is about to go out; both look alike.
-    begin(secondRead, replyLength);
+    begin(secondRead, shortReplyLength);
     slave.send(hex(firstReply));
     ASSERT_TRUE(waitUntil([this]() { return !strays.empty(); }));
     EXPECT_EQ(strays.front().kind, StrayKind::late);
@@ -243,7 +243,7 @@ TEST_F(OnALine, AVanishedPortIsReportedAndTheLineGoesOnWhenItIsBack)
 {
     open(forEver);
     slave.arrived = [this](const QByteArray&) { slave.unplug(); };
-    begin(firstRead, replyLength);
+    begin(firstRead, shortReplyLength);
     ASSERT_TRUE(waitUntil([this]() { return ports.size() == 2; }));
     EXPECT_FALSE(ports.back());
     EXPECT_FALSE(line->isOpen());
@@ -253,7 +253,7 @@ TEST_F(OnALine, AVanishedPortIsReportedAndTheLineGoesOnWhenItIsBack)
     slave.plug();
     ASSERT_TRUE(waitUntil([this]() { return line->isOpen(); }));
     EXPECT_TRUE(ports.back());
-    begin(firstRead, replyLength);
+    begin(firstRead, shortReplyLength);
     expectOutcome(LineResult::reply, firstReply);
 }
 
@@ -261,7 +261,7 @@ TEST_F(OnALine, AReplyToWhatWasSentBeforeThePortVanishedIsNotTakenForAnother)
 {
     open(forEver);
     slave.arrived = [this](const QByteArray&) { slave.unplug(); };
-    begin(firstRead, replyLength);
+    begin(firstRead, shortReplyLength);
     ASSERT_TRUE(waitUntil([this]() { return ports.size() == 2; }));
     // Whoever uses the line may have something else to ask by now. The controller answers first
     // what it was asked first, however late.
@@ -275,7 +275,7 @@ TEST_F(OnALine, AReplyToWhatWasSentBeforeThePortVanishedIsNotTakenForAnother)
     };
     slave.plug();
     ASSERT_TRUE(waitUntil([this]() { return line->isOpen(); }));
-    begin(secondRead, replyLength);
+    begin(secondRead, shortReplyLength);
     expectOutcome(LineResult::reply, secondReply);
     EXPECT_EQ(strays.size(), 1U);
 }
