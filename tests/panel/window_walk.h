@@ -162,7 +162,7 @@ inline void expectNames(const QWidget& where)
 
 inline void expectTabReachesAll(QWidget& where)
 {
-    constexpr int maxSteps = 150; // a table of values has more cells
+    constexpr int maxSteps = 1000; // it may begin in a table, whose cells come first
     std::set<QWidget*> missing;
     for (QWidget* const each : reachable(where))
         missing.insert(each);

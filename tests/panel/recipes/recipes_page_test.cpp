@@ -406,6 +406,7 @@ TEST_F(ALongRecipe, AndWritesOfOtherPagesExcludeEachOther)
 
 TEST_F(ALongRecipe, IsDownloadedNoFurtherOnceItIsCancelledAndSaysWhatTheControllerHolds)
 {
+    options.line = parseRtuFormat("4800,8,EVEN,1"); // so that a slow page cancels in time, too
     beginDownload();
     cancelWhen = isInTheMiddle;
     ended();
