@@ -62,7 +62,7 @@ private:
         int have = 0;
         while (have < frame.replyLength) {
             pollfd waiting = {line_, POLLIN, 0};
-            const ssize_t got = ::poll(&waiting, 1, 10000) == 1
+            const ssize_t got = ::poll(&waiting, 1, 300000) == 1
                                     ? read(line_, received_.data() + have,
                                            static_cast<size_t>(frame.replyLength - have))
                                     : -1;
