@@ -46,7 +46,12 @@ protected:
     {
         watch({"R_W:100", "2/T:3"});
         open();
-        ASSERT_TRUE(waitUntil([this]() { return desk.state().cycles > 5; }));
+        stop();
+    }
+    void stop()
+    {
+        const long long before = desk.state().cycles;
+        ASSERT_TRUE(waitUntil([&]() { return desk.state().cycles > before + 5; }));
         key(Qt::Key_End); // at once, not with the next picture
         part<QPushButton>("follow")->click();
         ASSERT_FALSE(view->isFollowing());
@@ -99,7 +104,12 @@ TEST_F(TheWirePage, ShowsTheLastCyclesToScaleAndWhatTheyWereUsedFor)
 TEST_F(TheWirePage, NamesTheFrameBelowTheMouseAndGoesToItWithAClick)
 {
     openAndStop();
-    const QPoint place = placeOfFrame(2);
+    QPoint place = placeOfFrame(2);
+    for (int i = 0; i < 20 && place.isNull(); ++i) { // cycles that a busy machine drew out
+        part<QPushButton>("follow")->click();
+        stop();
+        place = placeOfFrame(2);
+    }
     ASSERT_FALSE(place.isNull());
     QTest::mouseMove(view, place);
     QCoreApplication::processEvents();
