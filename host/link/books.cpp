@@ -37,6 +37,14 @@ bool fits(const OpenTransmission& open, const QByteArray& frame)
     return frame.left(head) == open.sent.left(head);
 }
 
+template <typename Predicate>
+std::optional<OpenTransmission> firstOf(const std::deque<OpenTransmission>& open,
+                                        const Predicate& isIt)
+{
+    const auto found = std::find_if(open.begin(), open.end(), isIt);
+    return found == open.end() ? std::nullopt : std::optional<OpenTransmission>(*found);
+}
+
 } // namespace
 
 Books::Books(Clock::duration horizon) : horizon_(horizon) {}
@@ -85,10 +93,7 @@ void Books::add(const OpenTransmission& transmission)
 
 std::optional<OpenTransmission> Books::find(const QByteArray& frame) const
 {
-    const auto found =
-        std::find_if(open_.begin(), open_.end(),
-                     [&frame](const OpenTransmission& open) { return fits(open, frame); });
-    return found == open_.end() ? std::nullopt : std::optional<OpenTransmission>(*found);
+    return firstOf(open_, [&frame](const OpenTransmission& open) { return fits(open, frame); });
 }
 
 bool Books::isOfOneRequest(const QByteArray& frame) const
@@ -155,19 +160,16 @@ bool Books::couldBeMistaken(const QByteArray& request, int replyLength) const
 
 std::optional<OpenTransmission> Books::mistakable(const QByteArray& request, int replyLength) const
 {
-    const auto found = std::find_if(open_.begin(), open_.end(), [&](const OpenTransmission& open) {
+    return firstOf(open_, [&](const OpenTransmission& open) {
         return haveOneShape(open, request, replyLength) && open.sent != request;
     });
-    return found == open_.end() ? std::nullopt : std::optional<OpenTransmission>(*found);
 }
 
 std::optional<OpenTransmission> Books::oldestRead(unsigned char station) const
 {
-    const auto found =
-        std::find_if(open_.begin(), open_.end(), [station](const OpenTransmission& open) {
-            return stationOf(open.sent) == station && isReadFunction(functionOf(open.sent));
-        });
-    return found == open_.end() ? std::nullopt : std::optional<OpenTransmission>(*found);
+    return firstOf(open_, [station](const OpenTransmission& open) {
+        return stationOf(open.sent) == station && isReadFunction(functionOf(open.sent));
+    });
 }
 
 Clock::time_point Books::certainAt(const QByteArray& request, int replyLength) const
