@@ -171,14 +171,15 @@ void Exchange::markerAnswered(LineResult result)
 void Exchange::markerFinished(LineResult result, Clock::time_point now)
 {
     Station& marked = station();
-    marked.markFailed = result == LineResult::timeout;
+    marker_.reception.result = result;
+    marker_.reception.astray = astray_;
+    marked.markFailed = !isSound(marker_.reception);
     if (marked.markFailed) {
+        marker_.why = reasonOf(marker_.reception, marker_.replyLength);
         // Silent as it is, it gets one marker for each request from here on.
         if (++marked.marksUnanswered > firstEchoes)
             markersLeft_ = 0;
     }
-    marker_.reception.result = result;
-    marker_.reception.astray = astray_;
     line_.markerEnded(marker_);
     // The first surplus came behind its reply, which may have been one, too.
     if (!marked.markFailed && isWary(now) && !isOfDoubt(marker_))
@@ -188,6 +189,8 @@ void Exchange::markerFinished(LineResult result, Clock::time_point now)
         // Not sent, and it is the station that did not answer: for a probe one frame is enough.
         current_.timeout = marker_.timeout;
         isMarking_ = false;
+        if (result != LineResult::timeout)
+            astray_.addGarbled(marker_.reception.bytes, marker_.replyLength);
         finish(LineResult::timeout);
         return;
     }

@@ -71,7 +71,7 @@ void Exchange::takeArrival(Arrival arrival, Clock::time_point now)
         if (state_ == State::listening)
             next(now);
         else if (isMarking_)
-            markerFinished(LineResult::timeout, now);
+            markerFinished(result, now);
         else
             finish(result);
         return;

@@ -68,7 +68,7 @@ Result LinkRunner::open(const LineSettings& settings)
     observer.markerEnded = [this](const Transmission& marker) {
         ++statistics_.markers;
         events_.markerEnded(marker);
-        if (marker.reception.result != LineResult::timeout)
+        if (isSound(marker.reception))
             heard(marker.request.station);
         leaving_.lookAgain();
     };
@@ -338,6 +338,7 @@ void LinkRunner::tell(StationProbes::News news, const Transmission& transmission
     const int station = transmission.request.station;
     const std::string text =
         textOf(news, stationText(station, statistics_.stationNames), transmission.description,
+               transmission.why,
                isOfRequest ? probes_.silentSince(transmission.sent) : probes_.silentSince(station),
                probeSettings_);
     if (!text.empty())

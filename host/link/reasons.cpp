@@ -92,4 +92,11 @@ void Astray::add(const Stray& stray)
                                           : static_cast<unsigned char>(stray.bytes.at(0));
 }
 
+void Astray::addGarbled(const QByteArray& reply, int expectedLength)
+{
+    from = static_cast<int>(reply.size());
+    due = expectedLength;
+    frame = from < due ? Reason::cutShort : Reason::badCrc;
+}
+
 } // namespace dov417

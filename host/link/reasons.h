@@ -38,12 +38,15 @@ const char* keyOf(StrayKind kind);
 struct Astray {
     int noise = 0;               // bytes that were no sound frame
     Reason frame = Reason::none; // of the last sound frame
-    int from = 0;                // its station, or its function
+    int from = 0;                // its station, or its function; its length, where it is cut short
+    int due = 0;                 // the length that it was to have
     bool lineWasSound = false;   // a sound frame has come since the line was opened
 
     // Another request is sent.
     void begin();
     void add(const Stray& stray);
+    // The reply to what was sent first, to tell late replies.
+    void addGarbled(const QByteArray& reply, int expectedLength);
 };
 
 } // namespace dov417

@@ -51,13 +51,14 @@ std::string notAskedSince(Clock::time_point silentSince)
 }
 
 std::string textOf(StationProbes::News news, const std::string& station, const std::string& request,
-                   Clock::time_point silentSince, const ProbeSettings& settings)
+                   Reason why, Clock::time_point silentSince, const ProbeSettings& settings)
 {
     switch (news) {
     case StationProbes::News::none:
         break;
     case StationProbes::News::stationSilent:
-        return station + " is silent since " + wallTime(silentSince) + askedEvery(settings);
+        return station + (why == Reason::silence ? " is silent" : " sends no sound frame") +
+               " since " + wallTime(silentSince) + askedEvery(settings);
     case StationProbes::News::stationBack:
         return station + " answers again";
     case StationProbes::News::requestSilent:

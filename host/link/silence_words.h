@@ -14,9 +14,10 @@ std::string wallTime(Clock::time_point time);
 // Why a cyclic read was answered without the line: "not asked: silent since 10:32:05".
 std::string notAskedSince(Clock::time_point silentSince);
 
-// Empty for no news. The station is named as people know it, the request as the driver does.
+// Empty for no news. The station is named as people know it, the request as the driver does; why it
+// was given up.
 std::string textOf(StationProbes::News news, const std::string& station, const std::string& request,
-                   Clock::time_point silentSince, const ProbeSettings& settings);
+                   Reason why, Clock::time_point silentSince, const ProbeSettings& settings);
 
 } // namespace dov417
 

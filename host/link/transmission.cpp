@@ -102,9 +102,12 @@ std::string reasonText(const Reception& reception, int expectedLength, const std
         return "held back: a late reply could be taken for its own";
     case Reason::badCrc:
         return "bad CRC";
-    case Reason::cutShort:
-        return "reply cut short: " + std::to_string(reception.bytes.size()) + " of " +
-               std::to_string(expectedLength) + " bytes";
+    case Reason::cutShort: {
+        const bool isOwn = reception.result == LineResult::reply;
+        return "reply cut short: " +
+               std::to_string(isOwn ? static_cast<int>(reception.bytes.size()) : astray.from) +
+               " of " + std::to_string(isOwn ? expectedLength : astray.due) + " bytes";
+    }
     case Reason::exception: {
         const int code = exceptionCode(reception);
         return "exception " + std::to_string(code) + " (" + exceptionName(code) + ")";

@@ -59,7 +59,7 @@ LateWorld::LateWorld(unsigned seed) : bus(seed)
     line.sleep = [this]() { wake_ = Clock::time_point::max(); };
     line.sent = [this](const Transmission& frame) { ++(frame.isMarker ? markers : sent); };
     line.markerEnded = [this](const Transmission& marker) {
-        if (marker.reception.result != LineResult::timeout)
+        if (isSound(marker.reception))
             heard(marker.request.station);
     };
     line.stray = [this](const Stray& stray) {

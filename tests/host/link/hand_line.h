@@ -2,6 +2,7 @@
 #ifndef DOV417_TESTS_HAND_LINE_H
 #define DOV417_TESTS_HAND_LINE_H
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -27,7 +28,7 @@ public:
         line.wakeAt = [this](Clock::time_point when) { wake_ = when; };
         line.sleep = [this]() { wake_ = Clock::time_point::max(); };
         line.sent = [](const Transmission&) {};
-        line.markerEnded = [](const Transmission&) {};
+        line.markerEnded = [this](const Transmission& marker) { ends(marker); };
         line.stray = [this](const Stray& stray) { strays.push_back(stray); };
         line.notice = [this](const std::string& text) { notices.push_back(text); };
         line.doubt = [this]() { ++doubts; };
@@ -103,6 +104,7 @@ public:
     std::vector<std::string> notices;
     int doubts = 0;
     std::optional<Transmission> ended;
+    std::function<void(const Transmission&)> ends = [](const Transmission&) {}; // a marker
 
 private:
     int words_ = 0;

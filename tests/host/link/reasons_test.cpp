@@ -4,6 +4,7 @@
 #include <set>
 
 #include "hand_line.h"
+#include "line/frame_bytes.h"
 
 namespace dov417 {
 
@@ -142,6 +143,51 @@ TEST(AReason, IsThatItWasHeldBackWhereALateReplyCouldBeTakenForItsOwn)
     line.pass(seconds(2));
     EXPECT_EQ(line.sent.size(), 2U);
     EXPECT_EQ(line.reason(), "held back: a late reply could be taken for its own");
+}
+
+// A station of which nothing is known yet is asked for a marker first, and where that comes back
+// garbled the request never goes out.
+TEST(AReason, IsThatOfTheMarkersWhereOnlyTheseWentOut)
+{
+    struct Garbled {
+        int cut;
+        Reason why;
+        const char* ofEcho;
+        const char* ofRead;
+    };
+    for (const Garbled& each : {Garbled{0, Reason::badCrc, "bad CRC", "bad CRC"},
+                                Garbled{3, Reason::cutShort, "reply cut short: 5 of 8 bytes",
+                                        "reply cut short: 6 of 9 bytes"}}) {
+        HandLine line;
+        line.settings.isShared = true;
+        line.settings.timeout.isFixed = true;
+        std::vector<Transmission> markers;
+        line.ends = [&markers](const Transmission& marker) { markers.push_back(marker); };
+        line.start();
+        line.askRead(readOf100, 1);
+        for (std::size_t answered = 0; answered < line.sent.size(); ++answered) {
+            QByteArray reply = line.sent.at(answered);
+            if (reply.at(1) == readRegisters)
+                reply = withCrc(QByteArray::fromHex("01030400070008"));
+            reply[reply.size() - 1] = static_cast<char>(reply.at(reply.size() - 1) ^ 1);
+            reply.chop(each.cut);
+            line.exchange->bytesCame(reply, line.now);
+            line.pass(milliseconds(200));
+        }
+        line.pass(seconds(1));
+        ASSERT_TRUE(line.ended.has_value());
+        EXPECT_EQ(line.reason(), each.ofRead);
+        EXPECT_EQ(reasonOf(line.ended->reception, dueBytes), each.why);
+        ASSERT_EQ(markers.size(), 3U) << "two echoes, and a read of another length";
+        EXPECT_EQ(line.sent.size(), markers.size());
+        for (const Transmission& marker : markers) {
+            const bool isRead = marker.sent.at(1) == readRegisters;
+            EXPECT_EQ(reasonText(marker.reception, marker.replyLength),
+                      isRead ? each.ofRead : each.ofEcho);
+            EXPECT_EQ(marker.why, each.why);
+            EXPECT_EQ(marker.reception.bytes.size(), (isRead ? 9 : 8) - each.cut) << "for the log";
+        }
+    }
 }
 
 TEST(Reasons, HaveANameAndAKeyEach)

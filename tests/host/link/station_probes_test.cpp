@@ -367,14 +367,17 @@ TEST(SilenceWords, SayWhoIsSilentAndHowOftenItIsAsked)
     const Clock::time_point since = Clock::now();
     const std::string time = wallTime(since);
     EXPECT_THAT(time, ::testing::MatchesRegex("[0-9][0-9]:[0-9][0-9]:[0-9][0-9]"));
-    const auto text = [since](News news, const ProbeSettings& settings) {
-        return textOf(news, "station 3", "3#R_W10(1)", since, settings);
+    const auto text = [since](News news, const ProbeSettings& settings,
+                              Reason why = Reason::silence) {
+        return textOf(news, "station 3", "3#R_W10(1)", why, since, settings);
     };
     EXPECT_EQ(text(News::none, {}), "");
     EXPECT_EQ(text(News::stationSilent, {}),
               "station 3 is silent since " + time + ": asked every 1 s to 30 s");
     EXPECT_EQ(text(News::stationSilent, {seconds(1), milliseconds(500)}),
               "station 3 is silent since " + time + ": asked every 0.5 s");
+    EXPECT_EQ(text(News::stationSilent, {}, Reason::badCrc),
+              "station 3 sends no sound frame since " + time + ": asked every 1 s to 30 s");
     EXPECT_EQ(text(News::stationBack, {}), "station 3 answers again");
     EXPECT_EQ(text(News::requestSilent, {}), "station 3 answers others, but not 3#R_W10(1) since " +
                                                  time + ": asked every 1 s to 30 s");
