@@ -13,12 +13,6 @@ namespace {
 constexpr int queued = 1; // result of intf_setData() and intf_addConditionRead()
 const char* const notTaken = "the driver does not take it";
 
-// It has to be read first, and nobody answers a broadcast: the driver would wait for ever.
-bool canBeFramed(const Address& address)
-{
-    return address.station != 0 || address.width != Width::bit || areaOf(address.regName) != "R";
-}
-
 } // namespace
 
 PendingRequests::PendingRequests(const Library& library, Tellings& tellings,
@@ -32,10 +26,6 @@ PendingRequests::PendingRequests(const Library& library, Tellings& tellings,
 void PendingRequests::write(const Write& piece, Done done)
 {
     const Ticket ticket{nextNumber_++, piece.address, piece.data, std::move(done)};
-    if (!canBeFramed(piece.address)) {
-        end(ticket, Result::refused("a bit of a register cannot be written as a broadcast"));
-        return;
-    }
     waitingWrites_.push_back(ticket);
     writeCounted_(piece.address, 1);
 }

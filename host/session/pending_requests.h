@@ -1,13 +1,11 @@
 // Writes and single reads that have no outcome yet, each with what is to be done when it has.
 //
-// The driver's own queues would lose some of them:
-// - equal writes replace each other, writes are dropped when the queue is full, and of two writes
-// of
-//   one word its cache takes the value of the second for what the first has written: of each
-//   station one at a time is handed in. So writes to a dead station fail one by one, and those to
-//   others need not wait for all of them;
-// - a failed single read empties the whole list of them: they are handed in one by one;
-// - a write that cannot be framed would block the queue for ever: it is refused before.
+// The driver's own queues would lose some of them. Equal writes replace each other, writes are
+// dropped when the queue is full, and with two writes of one word its cache takes the second value
+// for what the first has written: so each station is handed one write at a time. Writes to a dead
+// station then fail one by one, and those to others need not wait for all of them. A failed single
+// read empties the driver's whole list of them: they are handed in one by one. A request that
+// cannot be framed would block its queue for ever: the session refuses it before.
 #ifndef DOV417_SESSION_PENDING_REQUESTS_H
 #define DOV417_SESSION_PENDING_REQUESTS_H
 

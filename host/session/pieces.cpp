@@ -9,7 +9,6 @@ namespace dov417 {
 
 namespace {
 
-constexpr int maxPlan = 128; // words in one request of the driver's plan
 constexpr int bytesPerWord = 2;
 
 // Below 1 the driver cuts single reads, too, where a write has to end.
@@ -37,6 +36,15 @@ int pieceLength(const Address& address, int maximum, int gap)
             "a merge gap of 1 cuts 32-bit values in two: the gap is also the driver's longest "
             "piece of a write or single read; use --gap 2 or more, or 0");
     return limit - limit % units;
+}
+
+// Is its width that of a format, which takes several units of the register type for one value?
+bool isOfSeveral(Width own, const Address& address)
+{
+    if (address.width == Width::text)
+        return own == Width::word;
+    return address.width == Width::quadWord && own != Width::bit &&
+           address.length % unitsOf(address.width) == 0;
 }
 
 std::vector<Address> cut(const Address& address, int length)
@@ -104,18 +112,15 @@ std::vector<Address> readPieces(const Address& address, int gap)
     return cut(words, pieceLength(address, maxWordsOfARead, gap));
 }
 
-Result watchable(const Library& library, const Address& address)
+Result usable(const Library& library, const Address& address, Access access)
 {
     try {
         parseStation(std::to_string(address.station));
-        requireAccess(library, address, Access::read);
+        requireAccess(library, address, access);
         const std::string text = toText(library, address);
         Address named = parseAddress(library, text);
-        if (named.width == Width::doubleWord && address.width == Width::quadWord &&
-            address.length % unitsOf(address.width) == 0)
-            named.width = address.width; // a format may take two of them for a value
-        if (named.width == Width::word && address.width == Width::text)
-            named.width = address.width; // or all words for one
+        if (isOfSeveral(named.width, address))
+            named.width = address.width;
         if (!(named == address))
             return Result::refused(text + " is no address of its register type");
     } catch (const Failure& failure) {

@@ -10,6 +10,8 @@
 
 namespace dov417 {
 
+constexpr int maxPlan = 128; // words in one request of the driver's plan
+
 // What the driver is handed as one write: one bit, or words that stay together.
 struct Write {
     Address address;
@@ -30,9 +32,10 @@ bool isOneReadPiece(const Address& words, int gap);
 // The words to read once for an address: single reads of bit registers are never framed.
 std::vector<Address> readPieces(const Address& address, int gap);
 
-// Can it be watched? The driver takes any address, wraps what lies beyond the highest one, and
-// stands still for ever at one that it cannot make a request of.
-Result watchable(const Library& library, const Address& address);
+// May the driver be handed this address? It takes any: station 257 goes out as station 1, what lies
+// beyond the highest address of its type goes to another area, and at what it cannot make a request
+// of it stands still for ever. The broadcast is written to, never read from.
+Result usable(const Library& library, const Address& address, Access access);
 
 // What to hand in for an address that is watched. Of a longer one the driver cuts requests itself,
 // and then leaves out the words behind a shorter address inside it.

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "session/driver_keys.h"
+#include "session/pieces.h"
 
 namespace dov417 {
 
@@ -49,7 +50,7 @@ QMutex* RecipeTransfer::mutex()
 void RecipeTransfer::start(const RecipeLayout& layout, RecipeDirection direction,
                            const RecipeWords& words, RecipeDone done)
 {
-    const Result refused = refusal(layout);
+    const Result refused = refusal(layout, direction);
     if (!refused.accepted) {
         tellings_.addDone(std::move(done), refused, RecipeWords());
         return;
@@ -68,8 +69,9 @@ void RecipeTransfer::start(const RecipeLayout& layout, RecipeDirection direction
         tellEnd(Result()); // nothing to move
 }
 
-// The driver moves the words of a record wherever its offset says.
-Result RecipeTransfer::refusal(const RecipeLayout& layout) const
+// The driver checks none of this. Of a longer record it would send the first words once more for
+// those behind the longest request, and bits it would take from words.
+Result RecipeTransfer::refusal(const RecipeLayout& layout, RecipeDirection direction) const
 {
     if (underWay_)
         return Result::refused("another recipe is under way");
@@ -77,12 +79,24 @@ Result RecipeTransfer::refusal(const RecipeLayout& layout) const
         return Result::refused("the recipe has " + std::to_string(layout.bufferWords) +
                                " words; the buffer holds " + std::to_string(buffer_.size()));
     for (const std::vector<RecipeRecord>& round : layout.rounds)
-        for (const RecipeRecord& record : round)
+        for (const RecipeRecord& record : round) {
+            const auto type = registerType(library_, record.address.regName);
+            if (!type || type->width == Width::bit || record.address.width == Width::bit ||
+                record.address.length > maxPlan)
+                return Result::refused("a recipe record is of words, at most " +
+                                       std::to_string(maxPlan));
+            // Its words: a record may hold values of several widths, and parts of them.
+            const Result result =
+                usable(library_, wordsOf(record.address),
+                       direction == RecipeDirection::upload ? Access::read : Access::write);
+            if (!result.accepted)
+                return result;
             if (record.bufferOffset < 0 || record.address.length < 0 ||
                 static_cast<std::size_t>(record.bufferOffset) +
                         static_cast<std::size_t>(record.address.length) >
                     layout.bufferWords)
                 return Result::refused("a recipe record lies outside the buffer");
+        }
     return Result();
 }
 

@@ -59,7 +59,7 @@ public:
     void end(const std::string& reason);
 
 private:
-    Result refusal(const RecipeLayout& layout) const;
+    Result refusal(const RecipeLayout& layout, RecipeDirection direction) const;
     bool flagIsSet();
     void setFlag(bool set);
     void tellEnd(const Result& result);

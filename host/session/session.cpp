@@ -145,7 +145,7 @@ Result Session::watch(const std::vector<Address>& addresses)
     Result result;
     for (const Address& address : addresses)
         if (result.accepted)
-            result = watchable(library_, address);
+            result = usable(library_, address, Access::read);
     watched_ = result.accepted ? addresses : std::vector<Address>();
     wholeValues_ = WholeValues(watched_);
     views_.replace(watched_, requests_.writtenAddresses());
@@ -196,17 +196,25 @@ void Session::setCycleInterval(std::chrono::milliseconds interval)
 
 // ---- writing, single reads, recipes ---------------------------------------------------------
 
-Result Session::refusal(bool isOnePiece) const
+Result Session::refusal() const
 {
     return !isOpen()               ? Result::refused(lineIsClosed)
            : runner_.isFinishing() ? Result::refused(lineIsLeft)
-           : isOnePiece            ? Result()
-                                   : Result::refused("the driver would not make one request of it");
+                                   : Result();
+}
+
+Result Session::refusal(const Address& address, Access access, bool isOnePiece) const
+{
+    const Result result = refusal();
+    if (!result.accepted)
+        return result;
+    return isOnePiece ? usable(library_, address, access)
+                      : Result::refused("the driver would not make one request of it");
 }
 
 void Session::write(const Write& piece, Done done)
 {
-    const Result result = refusal(isOnePiece(piece, settings_.gap));
+    const Result result = refusal(piece.address, Access::write, isOnePiece(piece, settings_.gap));
     if (!result.accepted) {
         tellings_.addDone(std::move(done), result);
         return;
@@ -217,7 +225,7 @@ void Session::write(const Write& piece, Done done)
 
 void Session::readOnce(const Address& words, Done done)
 {
-    const Result result = refusal(isOneReadPiece(words, settings_.gap));
+    const Result result = refusal(words, Access::read, isOneReadPiece(words, settings_.gap));
     if (!result.accepted) {
         tellings_.addDone(std::move(done), result);
         return;
@@ -242,7 +250,7 @@ std::size_t Session::writesUnderWay() const
 void Session::transferRecipe(const RecipeLayout& layout, RecipeDirection direction,
                              const RecipeWords& words, RecipeDone done)
 {
-    if (const Result result = refusal(true); !result.accepted) {
+    if (const Result result = refusal(); !result.accepted) {
         tellings_.addDone(std::move(done), result, RecipeWords());
         return;
     }

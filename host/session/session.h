@@ -96,8 +96,9 @@ public:
     // which is noticed. What somebody waits for is not held up. 0: one cycle follows the other.
     void setCycleInterval(std::chrono::milliseconds interval);
 
-    // Each is ended once, by done; refused where the line is closed, and where the driver would
-    // make more than one request of it (see writePieces() and readPieces()).
+    // Each is ended once, by done; refused where the line is closed, where the address cannot be
+    // used so, and where the driver would make more than one request of it (see writePieces() and
+    // readPieces()).
     void write(const Write& piece, Done done);
     void readOnce(const Address& words, Done done);
     void transferRecipe(const RecipeLayout& layout, RecipeDirection direction,
@@ -145,7 +146,8 @@ private:
     void pace(Clock::time_point now);
     void doubt();
     void portWas(bool open, const std::string& message);
-    Result refusal(bool isOnePiece) const;
+    Result refusal() const;
+    Result refusal(const Address& address, Access access, bool isOnePiece) const;
     void feed();
     void tellChanges();
 

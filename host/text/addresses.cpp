@@ -255,7 +255,7 @@ std::string toText(const Library& library, const Address& address)
     std::string text = std::to_string(address.station) + "/" + address.regName + ":" +
                        addressText(library, address.regName, address.first);
     if (address.length > 1) {
-        const int last = address.first + address.length - 1;
+        const int last = static_cast<int>(std::int64_t(address.first) + address.length - 1);
         // The second word of the highest double word has no text of its own type.
         text += ".." + (address.width == Width::bit ? addressText(library, address.regName, last)
                                                     : std::to_string(last));
