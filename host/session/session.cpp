@@ -1,6 +1,7 @@
 #include "session/session.h"
 
 #include <QMetaType>
+#include <utility>
 
 #include "session/driver_keys.h"
 #include "text/address_values.h"
@@ -15,7 +16,8 @@ const char* const lineIsLeft = "the line is being left";
 } // namespace
 
 Session::Session(const Library& library, const SessionSettings& settings)
-    : library_(library), claim_(library), settings_(settings), views_(library),
+    : library_(library), claim_(library), settings_(settings),
+      tellings_([this](const std::string& what) { listenerThrew(what); }), views_(library),
       requests_(
           library, tellings_,
           [this](const Address& address, int step) { views_.countWrite(address, step); },
@@ -266,6 +268,8 @@ std::size_t Session::recipeWordsMoved() const
 
 std::vector<unsigned char> Session::cachedBytes(const Address& address) const
 {
+    if (address.length < 1)
+        return {};
     std::vector<unsigned char> bytes(static_cast<std::size_t>(byteCount(address)));
     library_.intf_getData(address.station, QString::fromStdString(address.regName), address.first,
                           address.length, bytes.data());

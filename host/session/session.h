@@ -7,7 +7,7 @@
 // made, called and destroyed there, and what it tells other threads goes through queued
 // connections. No call throws but the constructor. Listeners and done functions are called from
 // that thread's event loop and may call everything here (to destroy the session they use
-// deleteLater()); they must not throw.
+// deleteLater()). They must not throw: where one does, the session goes on and says so.
 #ifndef DOV417_SESSION_SESSION_H
 #define DOV417_SESSION_SESSION_H
 
@@ -145,6 +145,7 @@ private:
     void countCycle();
     void pace(Clock::time_point now);
     void doubt();
+    void listenerThrew(const std::string& what);
     void portWas(bool open, const std::string& message);
     Result refusal() const;
     Result refusal(const Address& address, Access access, bool isOnePiece) const;
@@ -155,6 +156,7 @@ private:
     DriverClaim claim_; // nobody plans or learns on a driver that polls
     SessionSettings settings_;
     Tellings tellings_;
+    bool isTellingWhatWasThrown_ = false;
     Views views_;
     PendingRequests requests_;
     RecipeTransfer recipe_;

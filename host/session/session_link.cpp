@@ -1,9 +1,10 @@
-// What the link tells of each transmission, and what the session makes of it.
+// What the link tells of each transmission, and what the session makes of it; what listeners throw.
 #include "session/session.h"
 
 #include <QMetaMethod>
 #include <algorithm>
 #include <cstdio>
+#include <utility>
 
 #include "session/driver_keys.h"
 
@@ -135,6 +136,18 @@ void Session::portWas(bool open, const std::string& message)
         views_.makeOld();
     tellChanges();
     tellings_.add([this, open, message]() { emit portChanged(open, message); });
+}
+
+// Not of one that throws when it is told just this: that would go on for ever.
+void Session::listenerThrew(const std::string& what)
+{
+    if (std::exchange(isTellingWhatWasThrown_, false))
+        return;
+    tellings_.add([this, what]() {
+        isTellingWhatWasThrown_ = true;
+        emit noticed("a listener threw an exception: " + what);
+        isTellingWhatWasThrown_ = false;
+    });
 }
 
 } // namespace dov417

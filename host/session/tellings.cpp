@@ -1,8 +1,11 @@
 #include "session/tellings.h"
 
+#include <exception>
 #include <utility>
 
 namespace dov417 {
+
+Tellings::Tellings(std::function<void(const std::string&)> threw) : threw_(std::move(threw)) {}
 
 void Tellings::add(Telling telling)
 {
@@ -24,14 +27,21 @@ void Tellings::tell()
 }
 
 // What is added meanwhile has its turn later: a listener that asks again for what was refused must
-// not keep the event loop from going round.
+// not keep the event loop from going round. What one throws must not keep the others from being
+// told, for ever if it went on from here, nor reach the event loop, which Qt does not allow.
 void Tellings::tellWaiting()
 {
     ++telling_;
     for (std::size_t left = waiting_.size(); left > 0 && !waiting_.empty(); --left) {
         const Telling next = std::move(waiting_.front());
         waiting_.pop_front();
-        next();
+        try {
+            next();
+        } catch (const std::exception& thrown) {
+            threw_(thrown.what());
+        } catch (...) {
+            threw_("no std::exception");
+        }
     }
     --telling_;
 }

@@ -8,12 +8,16 @@
 #include <QObject>
 #include <deque>
 #include <functional>
+#include <string>
 
 namespace dov417 {
 
 class Tellings : public QObject {
 public:
     using Telling = std::function<void()>;
+
+    // threw: called with what a listener has thrown, which goes no further.
+    explicit Tellings(std::function<void(const std::string& what)> threw);
 
     // To be told from the event loop, in the order of these calls.
     void add(Telling telling);
@@ -31,6 +35,7 @@ public:
 private:
     void tellWaiting();
 
+    std::function<void(const std::string&)> threw_;
     std::deque<Telling> waiting_;
     bool isPosted_ = false;
     int telling_ = 0; // listeners that have not returned
