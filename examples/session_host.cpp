@@ -3,9 +3,9 @@
 //
 //     session_host [LIBRARY]
 #include <QCoreApplication>
-#include <QTimer>
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 #include "line/failure.h"
 #include "live/child_program.h"
@@ -59,17 +59,29 @@ int run(const Library& library)
     const Result opened = session.open(line.settings());
     if (!opened.accepted)
         throw Failure(opened.reason);
-    session.watch({parseAddress(library, "R_W:0..1"), parseAddress(library, "R_W:100")});
+    const Result watched =
+        session.watch({parseAddress(library, "R_W:0..1"), parseAddress(library, "R_W:100")});
+    if (!watched.accepted)
+        throw Failure(watched.reason);
 
+    // Once every value was read, or could not be: a write, and what became of it.
     const Write speed{parseAddress(library, "R_W:100"),
                       valueBytes(Width::word, Format(), {"1500"})};
-    QTimer::singleShot(300, &session, [&session, speed]() {
-        session.write(speed, [](const Result& result) {
-            std::printf("write: %s\n", result.accepted ? "taken" : result.reason.c_str());
-        });
+    bool isTaken = false;
+    const auto written = [&session, &isTaken](const Result& result) {
+        isTaken = result.accepted;
+        std::printf("write: %s\n", isTaken ? "taken" : result.reason.c_str());
+        // The cycle under way may have read the value before it was written; the next one reads it
+        // again.
+        session.finishAfterCycles(2, &QCoreApplication::quit);
+    };
+    bool isAsked = false;
+    QObject::connect(&session, &Session::cycleEnded, &session, [&]() {
+        if (!std::exchange(isAsked, true))
+            session.write(speed, written);
     });
-    QTimer::singleShot(1000, QCoreApplication::instance(), &QCoreApplication::quit);
-    return QCoreApplication::exec();
+    QCoreApplication::exec();
+    return isTaken ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 } // namespace
