@@ -130,9 +130,3 @@ int weightAt(int typeCount, int station, int typeIndex, int address)
                            wrapMul(typeIndex, weightPerType)),
                    address);
 }
-
-int addressWeight(const QStringList& names, int station, const QString& regName, int address)
-{
-    return weightAt(static_cast<int>(names.size()), station,
-                    static_cast<int>(names.indexOf(regName)), address);
-}

@@ -3,7 +3,6 @@
 #define DOV417MODBUS_ADDRESS_TEXT_H
 
 #include <QString>
-#include <QStringList>
 
 // Index 0 to 10 in REG_LIST, -1 for an unknown name. The second is for every poll: no copy.
 int getIndexFromRegName(QString regName);
@@ -33,10 +32,8 @@ bool isWordBitFormat(const QString& format);
 // Where an area would be shifted against its address text; no area of this family is.
 int addrOffset(QString regName, int address);
 
-// Orders by station, then register type in the order of `names`, then address; compare as unsigned.
-int addressWeight(const QStringList& names, int station, const QString& regName, int address);
-
-// The same for a register type at `typeIndex` of `typeCount` names, -1 for an unknown one.
+// Orders by station, then register type, then address; compare as unsigned. The type is at
+// `typeIndex` of `typeCount` names, -1: it is none of them.
 int weightAt(int typeCount, int station, int typeIndex, int address);
 
 #endif

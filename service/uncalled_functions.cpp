@@ -3,11 +3,16 @@
 #include <algorithm>
 #include <cstring>
 
+#include "cache/data_areas.h"
 #include "cache/unit_index.h"
+#include "link/error_text.h"
 #include "link/response_handling.h"
 #include "planning/address_merging.h"
 #include "planning/pieces.h"
 #include "protocol.h"
+#include "protocol/address_text.h"
+#include "protocol/frame_building.h"
+#include "protocol/reply_check.h"
 #include "protocol/wrap.h"
 
 namespace {
@@ -94,6 +99,41 @@ int getIndexOfDataArea(int station, QString area, int address, QList<_DATA_>& li
     }
     list.append(newUnit(station, area, address));
     return static_cast<int>(list.size()) - 1;
+}
+
+int getRegAddressWeight(int station, QString regName, int address, int)
+{
+    return weightAt(static_cast<int>(driver.regNames.size()), station,
+                    static_cast<int>(driver.regNames.indexOf(regName)), address);
+}
+
+void write_saveDataToArea(int station, QString regName, int address, int length,
+                          unsigned char* data)
+{
+    const int index = indexOfName(regName);
+    if (index >= 0) {
+        storeWrite(registerType(index), station, regName, address, length, data);
+    }
+}
+
+int getReadFrame(QList<VARIABLE> list)
+{
+    return list.isEmpty() ? 0 : frameRead(list.at(0), driver.sendList);
+}
+
+int check_rcv_data(unsigned char* reply, QList<VARIABLE>, int length)
+{
+    return driver.sendList.isEmpty() ? replyRejected
+                                     : checkReply(driver.sendList.at(0), reply, length);
+}
+
+QString getErrorInfo(QByteArray reply)
+{
+    QString text;
+    if (!driver.sendList.isEmpty()) {
+        describeRequest(driver.sendList.at(0).request, reply, text);
+    }
+    return text;
 }
 
 void analyzeFrameOfVal(QByteArray reply, int count, int position, VARIABLE request)

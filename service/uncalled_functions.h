@@ -28,6 +28,25 @@ void groupingKey(KEY_ADDRESS& key, int maxLen, QList<KEY_ADDRESS>& out, int with
 // its own list with unitIndexOf().
 int getIndexOfDataArea(int station, QString area, int address, QList<_DATA_>& list);
 
+// weightAt() in the order of driver.regNames; the last argument is not used. Sorting weighs with a
+// WeightScale.
+int getRegAddressWeight(int station, QString regName, int address, int unused);
+
+// Stores a host write as pending and announces what it changes. intf_setData() has looked the name
+// up when it comes to storeWrite().
+void write_saveDataToArea(int station, QString regName, int address, int length,
+                          unsigned char* data);
+
+// A read frame of element 0 of the list, appended to driver.sendList; 1: appended, 0: refused. The
+// driver asks frameRead(), which copies no list.
+int getReadFrame(QList<VARIABLE> list);
+
+// checkReply() for the frame on the line: a ReplyCheck. The list is not used.
+int check_rcv_data(unsigned char* reply, QList<VARIABLE> readList, int length);
+
+// describeRequest() for the frame on the line, into a text of its own. Empty where there is none.
+QString getErrorInfo(QByteArray reply);
+
 // decodeReply() with copies of its arguments.
 void analyzeFrameOfVal(QByteArray reply, int count, int position, VARIABLE request);
 

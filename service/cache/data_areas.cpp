@@ -109,15 +109,6 @@ int _setDataAreaMonitorFlag(int station, QString regName, int address, int lengt
     return 0;
 }
 
-void write_saveDataToArea(int station, QString regName, int address, int length,
-                          unsigned char* data)
-{
-    const int index = indexOfName(regName);
-    if (index >= 0) {
-        storeWrite(registerType(index), station, regName, address, length, data);
-    }
-}
-
 void _write_FailOrSuc(int station, QString regName, int address, int length, int result)
 {
     const int index = indexOfName(regName);

@@ -13,14 +13,11 @@ int _setDataAreaMonitorFlag(int station, QString regName, int address, int lengt
 // Nothing is watched any more, and no bit write counts as under way.
 void clearMarks();
 
-// Stores a host write as pending and announces what it changes.
-void write_saveDataToArea(int station, QString regName, int address, int length,
-                          unsigned char* data);
-
 // Settles the units of one queued write: result 1 accepted by the controller, else failed.
 void _write_FailOrSuc(int station, QString regName, int address, int length, int result);
 
-// The same, and reading, for any row of a register table. A length below 1 covers nothing.
+// The same for any row of a register table, and reading and storing: a write is pending from then
+// on, and what it changes is announced. A length below 1 covers nothing.
 void markViews(const RegisterType& type, int station, int address, int length);
 void readUnits(const RegisterType& type, int station, int address, int length, unsigned char* out);
 void storeWrite(const RegisterType& type, int station, const QString& regName, int address,

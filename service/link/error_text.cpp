@@ -1,7 +1,6 @@
 #include "link/error_text.h"
 
 #include "plain_text.h"
-#include "protocol.h"
 
 namespace {
 
@@ -40,13 +39,4 @@ void describeRequest(const VARIABLE& request, const QByteArray& reply, QString& 
         out = putNumber(out, static_cast<unsigned char>(reply.at(errorByteAt)));
     }
     text.resize(static_cast<int>(out - begin));
-}
-
-QString getErrorInfo(QByteArray reply)
-{
-    QString text;
-    if (!driver.sendList.isEmpty()) {
-        describeRequest(driver.sendList.at(0).request, reply, text);
-    }
-    return text;
 }

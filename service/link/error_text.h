@@ -11,7 +11,4 @@
 // ten bytes whose sixth is not 0 adds ",error code:" and that byte.
 void describeRequest(const VARIABLE& request, const QByteArray& reply, QString& text);
 
-// The same for the frame on the line. Empty where there is none.
-QString getErrorInfo(QByteArray reply);
-
 #endif

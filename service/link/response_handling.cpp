@@ -116,12 +116,6 @@ void decodeReply(const QByteArray& reply, int count, int position, const VARIABL
     }
 }
 
-int check_rcv_data(unsigned char* reply, QList<VARIABLE>, int length)
-{
-    return driver.sendList.isEmpty() ? replyRejected
-                                     : checkReply(driver.sendList.at(0), reply, length);
-}
-
 // The copy shares the bytes: the host may use its buffer again in the callback.
 int dealReadFrameReturnSaveData(QByteArray reply)
 {

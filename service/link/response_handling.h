@@ -7,9 +7,6 @@
 
 #include "records.h"
 
-// Length and CRC against what the frame on the line awaits: a ReplyCheck. The list is not used.
-int check_rcv_data(unsigned char* reply, QList<VARIABLE> readList, int length);
-
 // Decodes a good reply to the frame on the line. 0, always.
 int dealReadFrameReturnSaveData(QByteArray reply);
 

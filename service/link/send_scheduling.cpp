@@ -240,11 +240,6 @@ int intf_getSendFrame(FRAME_PRO* frame)
     return 1;
 }
 
-int getReadFrame(QList<VARIABLE> list)
-{
-    return list.isEmpty() ? 0 : frameRead(list.at(0), driver.sendList);
-}
-
 void getWriteFrame(VARIABLE& request)
 {
     frameWrite(request, driver.sendList);

@@ -24,9 +24,7 @@ struct SendKindRow {
 // Of driver.sendKind, whatever stands there: a number that is no kind counts as idle.
 const SendKindRow& currentSendKind();
 
-// The frames of a request, appended to driver.sendList. Element 0 of the list is read; 1: a frame
-// was appended, 0: refused.
-int getReadFrame(QList<VARIABLE> list);
+// The frames of a request, appended to driver.sendList.
 void getWriteFrame(VARIABLE& request);
 void handShakeFrame();
 

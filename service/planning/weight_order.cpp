@@ -5,11 +5,6 @@
 #include "protocol.h"
 #include "protocol/address_text.h"
 
-int getRegAddressWeight(int station, QString regName, int address, int)
-{
-    return addressWeight(driver.regNames, station, regName, address);
-}
-
 WeightScale::WeightScale()
 {
     for (int i = 0; i < registerTypeCount; ++i) {

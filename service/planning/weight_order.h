@@ -7,15 +7,13 @@
 
 #include "protocol/register_table.h"
 
-// Station, register type in the order of driver.regNames, address: to be compared as unsigned.
-int getRegAddressWeight(int station, QString regName, int address, int unused);
-
 struct Weighed {
     unsigned int weight;
     int index;
 };
 
-// The same weight without a look at driver.regNames for each record of a shipped register type.
+// weightAt() in the order of driver.regNames, without a look there for each record of a shipped
+// register type.
 class WeightScale {
 public:
     WeightScale();

@@ -1,5 +1,6 @@
 #include "protocol/address_text.h"
 
+#include <QStringList>
 #include <climits>
 
 #include <gtest/gtest.h>
@@ -266,9 +267,15 @@ QStringList tableNames()
     return names;
 }
 
+int weightAmong(const QStringList& names, int station, const char* regName, int address)
+{
+    return weightAt(static_cast<int>(names.size()), station,
+                    static_cast<int>(names.indexOf(name(regName))), address);
+}
+
 int weight(int station, const char* regName, int address)
 {
-    return addressWeight(tableNames(), station, name(regName), address);
+    return weightAmong(tableNames(), station, regName, address);
 }
 
 TEST(AddressWeight, IsStationThenTypeThenAddress)
@@ -313,9 +320,9 @@ TEST(AddressWeight, FollowsTheListOfNames)
 {
     QStringList names;
     names << name("T") << name("X") << name("T");
-    EXPECT_EQ(addressWeight(names, 1, name("T"), 3), 196608);   // 3 * 65535 + 3
-    EXPECT_EQ(addressWeight(names, 1, name("X"), 3), 262143);   // (3 + 1) * 65535 + 3
-    EXPECT_EQ(addressWeight(names, 1, name("I_W"), 3), 131073); // (3 - 1) * 65535 + 3
+    EXPECT_EQ(weightAmong(names, 1, "T", 3), 196608);   // 3 * 65535 + 3
+    EXPECT_EQ(weightAmong(names, 1, "X", 3), 262143);   // (3 + 1) * 65535 + 3
+    EXPECT_EQ(weightAmong(names, 1, "I_W", 3), 131073); // (3 - 1) * 65535 + 3
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "cache/change_notifiers.h"
+#include "uncalled_functions.h"
 
 namespace {
 

@@ -4,6 +4,7 @@
 
 #include "cache/data_areas.h"
 #include "cache_world.h"
+#include "uncalled_functions.h"
 
 namespace {
 

@@ -3,6 +3,7 @@
 
 #include <climits>
 
+#include "uncalled_functions.h"
 #include "world.h"
 
 namespace {

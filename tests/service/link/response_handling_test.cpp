@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include "uncalled_functions.h"
 #include "world.h"
 
 using ::testing::ElementsAre;

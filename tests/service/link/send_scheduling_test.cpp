@@ -4,6 +4,7 @@
 #include <cstring>
 #include <gmock/gmock.h>
 
+#include "uncalled_functions.h"
 #include "world.h"
 
 using ::testing::Each;

@@ -2,6 +2,7 @@
 
 #include <climits>
 
+#include "uncalled_functions.h"
 #include "world.h"
 
 namespace {
