@@ -24,7 +24,7 @@ TREE = {
     "host/driver/library.h": '#include "intf.h"\n',
     "host/driver/library.cpp": '#include "driver/library.h"\n#include "line/wire.h"\n',
     "host/text/values.h": '#include "driver/library.h"\n',
-    "host/text/values.cpp": '#include "values.h"\n  #  include "line/wire.h" // why\n',
+    "host/text/values.cpp": '#include "text/values.h"\n  #  include "line/wire.h" // why\n',
     "tests/line/wire_test.cpp": '#include "line/wire.h"\n#include "support.h"\n',
 }
 
@@ -66,10 +66,10 @@ class Check(unittest.TestCase):
                      "line/wire.h:1: line/ may not include include/")
 
     def test_two_types_of_one_name_are_found(self):
-        space = "namespace plant {{\n{}\n}} // namespace plant\n"
+        space = "namespace dov417::plant {{\n{}\n}} // namespace dov417::plant\n"
         named = space.format("struct Place {\n};")
         self.refused({"line/wire.h": named, "host/text/values.h": named},
-                     "plant::Place is defined in host/text/values.h and in line/wire.h")
+                     "dov417::plant::Place is defined in host/text/values.h and in line/wire.h")
         for other in ("struct Place;", "class Place::Part {\n};", "template <>\nstruct Place<int> {\n};",
                       "namespace {\nstruct Place {\n};\n} // namespace"):
             self.assertEqual(self.check({"line/wire.h": named,
@@ -80,7 +80,7 @@ class Check(unittest.TestCase):
                      "line/wire.h:1: line/ may not include tests/")
 
     def test_a_circle_among_headers_of_one_room_is_found(self):
-        self.refused({"line/a.h": '#include "line/b.h"\n', "line/b.h": '#include "c.h"\n',
+        self.refused({"line/a.h": '#include "line/b.h"\n', "line/b.h": '#include "line/c.h"\n',
                       "line/c.h": '#include "line/a.h"\n'},
                      "files in a circle: line/a -> line/b -> line/c -> line/a")
 
@@ -109,6 +109,34 @@ class Check(unittest.TestCase):
         self.refused({"line/wire.h": '#include "line/gone.h"\n'},
                      'line/wire.h:1: no file is "line/gone.h"')
 
+    def test_an_include_that_names_no_room_is_found(self):
+        self.refused({"host/text/values.cpp": '#include "values.h"\n'},
+                     'host/text/values.cpp:1: "values.h" names no room: it is host/text/values.h')
+
+    def test_code_outside_the_namespace_is_found(self):
+        self.refused({"line/wire.h": "#define WIRE \\\n    1\n// none\nint length();\n"},
+                     "line/wire.h: not in namespace dov417")
+        for name, text in (("line/wire.h", "namespace dov417::wire {\nint length();\n}\n"),
+                           ("line/wire.h", "#define WIRE \\\n    1\n// none\n"),
+                           ("host/text/main.cpp", "int main() {}\n"),
+                           ("include/intf.h", "int intf_getData();\n")):
+            self.assertEqual(self.check({name: text}), (0, ""))
+
+    def test_a_function_of_the_driver_that_nothing_calls_is_found(self):
+        tree = {"ARCHITECTURE.md": TABLE + "| `service/` | driver | `include/` |\n",
+                "service/link/reply.h": "// length()\nint length(int a,\n           int b);\n",
+                "service/link/reply.cpp": "int length(int a, int b)\n{\n    return a + b;\n}\n"}
+        self.refused(tree, "service/link/reply.h: nothing calls length: it goes, or to "
+                           "service/uncalled_functions.h")
+        called = {**tree, "service/a.cpp": "int two = length(1, 1);\n"}
+        self.assertEqual(self.check(called), (0, ""))
+        kept = {**tree, "service/link/reply.h": "", "service/link/reply.cpp": "",
+                "service/uncalled_functions.h": tree["service/link/reply.h"],
+                "service/uncalled_functions.cpp": tree["service/link/reply.cpp"]}
+        self.assertEqual(self.check(kept), (0, ""))
+        self.refused({**kept, "service/a.cpp": "int two = length(1, 1);\n"},
+                     "service/uncalled_functions.h: length is called, or named, elsewhere")
+
     def test_an_include_that_hides_its_file_is_found(self):
         self.refused({"line/wire.h": "#include WIRE\n"}, "line/wire.h:1: an include that no reader")
         self.refused({"line/wire.h": "#include <driver/library.h>\n"},
@@ -116,7 +144,8 @@ class Check(unittest.TestCase):
 
     def test_what_is_commented_out_is_no_include(self):
         self.assertEqual(self.check({"line/wire.h": '// #include "no.h"\n/*\n#include "no.h"\n*/\n'
-                                                    'const char* url = "http://x"; // "/*"\n'}),
+                                                    'namespace dov417 {\n'
+                                                    'const char* url = "http://x"; // "/*"\n}\n'}),
                          (0, ""))
 
     def test_the_driver_looks_for_its_files_from_its_own_roots(self):
