@@ -281,7 +281,7 @@ std::string unitName(int function)
 namespace {
 
 // Diagnostics, sub-function 0: request and reply are the same.
-bool isEcho(const QByteArray& frame)
+bool isNumberedEcho(const QByteArray& frame)
 {
     return frame.size() == requestLength && byteAt(frame, functionIndex) == diagnostics &&
            wordAt(frame, 2) == 0;
@@ -301,7 +301,7 @@ std::string requestText(const QByteArray& frame, const std::vector<Area>& areas)
     const int function = byteAt(frame, functionIndex);
     const std::string who = station(frame);
     const bool ofMany = function == writeCoils || function == writeRegisters;
-    if (isEcho(frame))
+    if (isNumberedEcho(frame))
         return who + echoText(frame) + badCrc(frame);
     if (functionName(function).compare(0, 9, "function ") == 0)
         return who + functionName(function) + badCrc(frame);
@@ -337,7 +337,7 @@ std::string replyText(const QByteArray& reply, const QByteArray& request,
                functionName(function ^ exceptionFlag) + faults +
                lengthFault(reply, exceptionLength) + badCrc(reply);
     }
-    if (isEcho(reply))
+    if (isNumberedEcho(reply))
         return who + echoText(reply) + faults + badCrc(reply);
     if (functionName(function).compare(0, 9, "function ") == 0)
         return who + functionName(function) + faults + badCrc(reply);

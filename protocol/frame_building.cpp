@@ -6,20 +6,12 @@
 #include "protocol/address_text.h"
 #include "protocol/byte_conversion.h"
 #include "protocol/crc.h"
+#include "protocol/function_codes.h"
 #include "protocol/record_copy.h"
 #include "protocol/register_table.h"
 #include "protocol/wrap.h"
 
 namespace {
-
-enum FunctionCode {
-    readCoils = 1,
-    readHoldingRegisters = 3,
-    writeSingleCoil = 5,
-    writeSingleRegister = 6,
-    writeMultipleCoils = 15,
-    writeMultipleRegisters = 16
-};
 
 enum {
     broadcastStation = 0,

@@ -1,5 +1,6 @@
 #include "protocol/register_table.h"
 
+#include "protocol/function_codes.h"
 #include "protocol/init_order.h"
 
 namespace {
@@ -8,11 +9,6 @@ QString latin1(const char* text)
 {
     return QString::fromLatin1(text);
 }
-
-enum {
-    readCoils = 1,
-    readHoldingRegisters = 3
-};
 
 } // namespace
 

@@ -62,7 +62,7 @@ std::optional<QByteArray> writeFrame(const Library& library, const RegisterType&
     return nextFrame(library);
 }
 
-int unitsOf(const RegisterType& type, bool coils)
+int unitCount(const RegisterType& type, bool coils)
 {
     const QString highest = QString::fromStdString(type.highest);
     const int words =
@@ -85,7 +85,7 @@ std::vector<RegisterPlace> learnPlaces(const Library& library)
         place.readFunction = functionOf(*read);
         place.coils = place.readFunction == readCoils;
         place.first = wordAt(*read, addressIndex);
-        place.count = unitsOf(type, place.coils);
+        place.count = unitCount(type, place.coils);
         const int one = type.width == Width::doubleWord ? 2 : 1;
         for (const int length : {one, type.width == Width::bit ? 1 : 2})
             if (const auto write = writeFrame(library, type, length))

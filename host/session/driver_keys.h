@@ -8,7 +8,6 @@
 namespace dov417 {
 
 constexpr int driverTag = 1;      // first property field: names this link in recipe records
-constexpr int cyclicKind = 4;     // what planned reads carry
 constexpr int firstTicket = 1000; // above every kind that the driver itself uses
 
 KEY_ADDRESS keyOf(const Address& address);

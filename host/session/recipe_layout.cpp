@@ -10,7 +10,7 @@ namespace dov417 {
 
 namespace {
 
-auto placeOf(const Address& address)
+auto sortKey(const Address& address)
 {
     return std::tie(address.station, address.regName, address.first);
 }
@@ -18,7 +18,7 @@ auto placeOf(const Address& address)
 std::vector<Address> joinTouching(std::vector<Address> addresses)
 {
     std::sort(addresses.begin(), addresses.end(),
-              [](const Address& a, const Address& b) { return placeOf(a) < placeOf(b); });
+              [](const Address& a, const Address& b) { return sortKey(a) < sortKey(b); });
     std::vector<Address> runs;
     for (const Address& address : addresses) {
         const bool touches = !runs.empty() && runs.back().station == address.station &&
@@ -35,7 +35,7 @@ std::vector<Address> joinTouching(std::vector<Address> addresses)
 }
 
 // As long as a write carries, in even words, and no value is cut in two.
-int pieceLength(const Address& run, int done, const WholeValues& wholeValues)
+int recordLength(const Address& run, int done, const WholeValues& wholeValues)
 {
     int length = std::min(maxWordsOfAWrite - maxWordsOfAWrite % 2, run.length - done);
     while (length > 1 && wholeValues.goOn(run.station, run.regName, run.first + done + length))
@@ -55,7 +55,7 @@ RecipeLayout layOutRecipe(const std::vector<Address>& addresses)
     for (const Address& run : joinTouching(addresses)) {
         std::size_t piecesOfRun = 0;
         for (int done = 0, piece = 0; done < run.length; done += piece) {
-            piece = pieceLength(run, done, layout.wholeValues);
+            piece = recordLength(run, done, layout.wholeValues);
             RecipeRecord record;
             record.address = run;
             record.address.first = run.first + done;

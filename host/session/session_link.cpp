@@ -32,7 +32,7 @@ bool Session::mayCut(const Request& request, int word) const
 {
     if (recipe_.isMoving())
         return recipe_.mayCut(request, word);
-    if (request.kind == cyclicKind)
+    if (request.kind == sendCyclicRead)
         return !wholeValues_.goOn(request.station, request.regName, word);
     return (word - request.address) % requests_.wordsOfAValue(request.kind) == 0;
 }
@@ -72,7 +72,7 @@ void Session::settle(const Transmission& transmission)
 {
     if (recipe_.isMoving())
         recipe_.settle(transmission);
-    else if (transmission.request.kind == cyclicKind)
+    else if (transmission.request.kind == sendCyclicRead)
         countCycle();
     else {
         const Address* const written = requests_.writtenBy(transmission);

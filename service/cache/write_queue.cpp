@@ -14,7 +14,7 @@
 
 namespace {
 
-bool isBitRegister(const RegisterType& type)
+bool holdsBits(const RegisterType& type)
 {
     return type.dataBits == 1;
 }
@@ -22,7 +22,7 @@ bool isBitRegister(const RegisterType& type)
 // In the host's buffer: a byte a bit, two bytes a word.
 int hostBytesPerUnit(const RegisterType& type)
 {
-    return isBitRegister(type) ? 1 : 2;
+    return holdsBits(type) ? 1 : 2;
 }
 
 // A host writes again and again and the queue is empty in between: nothing is allocated for that.
@@ -46,7 +46,7 @@ int maxWriteLength(const RegisterType& type)
 void queueWrite(const RegisterType& type, int station, int address, int length,
                 const unsigned char* data, int kind)
 {
-    const bool bits = isBitRegister(type);
+    const bool bits = holdsBits(type);
     const size_t bytesPerUnit = static_cast<size_t>(hostBytesPerUnit(type));
     const int limit = bits ? pieceLimit(bitValues) : std::min<int>(pieceLimit(0), maxFrameWords);
     int shortened = 0;

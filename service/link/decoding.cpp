@@ -104,7 +104,7 @@ private:
 // host re-initialised. A word is stored before it is announced: a callback that reads back sees the
 // new value. With no write on its way the controller's value is the visible one again.
 template <int low>
-int storeWords(const RegisterType& type, int index, const unsigned char* words, int count)
+int storeReplyWords(const RegisterType& type, int index, const unsigned char* words, int count)
 {
     int done = unchangedWords<low>(index, count, words);
     if (done == count) {
@@ -148,8 +148,9 @@ void decodeWords(const RegisterType& type, const ReplyData& data, int count, int
         UnitsFound found = unitsFrom(station, type.area, wrapAdd(address, i), index + 1, count - i);
         unsigned char edge[2] = {0, 0};
         const unsigned char* words = data.wordsFrom(i, found.count, edge);
-        const int stored = type.lowByteFirst ? storeWords<0>(type, found.index, words, found.count)
-                                             : storeWords<1>(type, found.index, words, found.count);
+        const int stored = type.lowByteFirst
+                               ? storeReplyWords<0>(type, found.index, words, found.count)
+                               : storeReplyWords<1>(type, found.index, words, found.count);
         if (stored < 0) {
             return;
         }
@@ -228,7 +229,7 @@ const UnitWidth* widthOf(const RegisterType& type)
     return 0;
 }
 
-// As storeWords() does. False: the host re-initialised.
+// As storeReplyWords() does. False: the host re-initialised.
 bool storeUnit(const UnitWidth& width, int index, const unsigned char* bytes, int timerCounter)
 {
     unsigned char before[4];
