@@ -1,5 +1,19 @@
 // A page of the panel: a widget that shows what the desk knows, and asks it for what a person
 // wants.
+//
+// It is given the desk and nothing else. There it reads what is watched (tags()), what is known of
+// each value by its address (book()), the line's state, its counters, the writes; it listens to
+// tagsChanged, valuesChanged(addresses), framesPassed(passed, notTold), lineBegan, stateChanged and
+// writesChanged, and to projectBegan, with which whatever it keeps of values and of the line goes.
+// It asks for open(), setItems(), write() and the like, and shows a sentence with `told`. What time
+// it is it asks panel_clock.h.
+//
+// It never calls the driver or the session: these live in the line's thread (line_worker.h), which
+// tells the desk in batches of copies, one at a time and at most 25 a second; where the window is
+// slow they are merged, and what was dropped is counted in `notTold`.
+//
+// What it keeps of a value it keeps by the value's address: rows and places begin anew with
+// tagsChanged. A value is shown with its standing (book().standing(), in words by state_words.h).
 #ifndef DOV417_PANEL_PANEL_PAGE_H
 #define DOV417_PANEL_PANEL_PAGE_H
 
