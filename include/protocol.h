@@ -102,7 +102,7 @@ public:
     VARIABLE lastConditionVar;            ///< Condition read added last.
     QStringList regNames;                 ///< The eleven register names.
     VARIABLE currentVar;                  ///< Request being framed.
-    QList<VARIABLE> currentVars;          ///< Requests of the read frame on the line.
+    QList<VARIABLE> currentVars;          ///< Requests of the read framed last.
     int sendKind;                         ///< A ::SendKind.
     int burstCount;            ///< Writes and condition reads since the last cyclic read.
     int handshakeRequest;      ///< Not 0: the next idle poll frames a handshake.
@@ -110,20 +110,20 @@ public:
     int pieceBitLimit;         ///< `mergeGap` * 8: maximum of one piece, in bits.
     int pieceWordLimit;        ///< `mergeGap`: maximum of one piece, in words.
     int commFailed;            ///< 1 after a request was abandoned, 0 after a good reply.
-    int frameIndex;            ///< Index in `sendList` of the frame being decoded.
+    int frameIndex;            ///< Always 0, kept for the layout.
     int initDone;              ///< 1 once intf_initProperty() ran.
     QList<FRAME_PRO> sendList; ///< Frames of the request in progress; element 0 is on the line.
-    QMutex mutex;              ///< Guards `writeList`.
+    QMutex mutex;              ///< Held while the first write leaves, or equal ones are counted.
     int recipeIndex;           ///< Next element of `recipeRequests`.
     QString propertyPage;      ///< Text last given to intf_SetDriverPropertyPage().
     QList<int> spareList;      ///< Unused, kept for the layout.
-    int frameVarCount;         ///< Requests carried by the current read.
-    int spareWord;             ///< Unused, kept for the layout.
+    int frameVarCount; ///< Requests in the frame made last: 1; 0 after a refused single read.
+    int spareWord;     ///< Unused, kept for the layout.
 
     /// @cond internal
     // Not part of the host's layout: what the driver adds for speed and safety.
     Shortcuts* shortcuts;     // what is kept besides
-    unsigned int sendTurn;    // counts heads leaving sendList: tells whether a callback took ours
+    unsigned int sendTurn;    // counts heads leaving sendList: shows whether a callback took ours
     unsigned int resets;      // counts intf_initProperty calls: tells whether a callback made one
     unsigned int recipePlans; // counts recipe plans: tells whether a callback replaced ours
     /// @endcond

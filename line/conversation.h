@@ -26,7 +26,7 @@ public:
     // Explains what is known not to be the reply: it is told without the request's addresses,
     // whatever its length is, and the request itself is told as what it is.
     std::string stray(const QByteArray& frame) const;
-    // Something else that a log tells. After some of it no reply to the latest request comes.
+    // Something else that a log tells. Some of it, "no answer" for one, ends the wait for a reply.
     void note(const LogEntry& entry);
     // What passed here is not known: nothing before it explains what comes behind it.
     void forget();

@@ -25,7 +25,7 @@ public:
 // What a call came to, where an exception has no place.
 struct Result {
     bool accepted = true;
-    std::string reason; // why not; or what is to be said of it all the same
+    std::string reason; // of the refusal; or a remark where it was accepted
 
     static Result refused(const std::string& why)
     {

@@ -7,9 +7,9 @@
 namespace dov417 {
 
 constexpr int notYetTold = 0; // more bytes are needed
-constexpr int neverTold = -1; // silence alone ends it
+constexpr int neverTold = -1; // it ends with a pause
 
-// Of a reply that silence alone ends, where a length is asked for: longer than any frame is.
+// Where a length is asked for, that of a reply which ends with a pause: greater than any frame's.
 constexpr int untoldLength = 512;
 
 // Of the request, or of the reply, that these bytes begin, with its CRC.

@@ -34,12 +34,12 @@ const Named exceptions[] = {
     {11, "gateway target device failed to respond"},
 };
 
-const int requestLength = 8; // all but the writes of many; so are the echoes of all writes
+const int requestLength = 8; // but for multiple writes; also of the reply to any write
 const int writeHead = 7;     // of a write of many: up to the byte count
 const int readHead = 3;      // of a read's reply: up to the byte count
 const int maxValuesShown = 16;
 
-// Inputs of either kind are nothing that this controller's areas are mapped to.
+// This controller's areas hold no discrete inputs and no input registers.
 bool isMapped(int function)
 {
     return function != readInputs && function != readInputRegisters;

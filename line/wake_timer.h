@@ -29,7 +29,7 @@ private:
     void set(std::int64_t nanoseconds);
 
     int descriptor_;
-    QSocketNotifier* notifier_; // outlives this by a turn of the loop: it may be what calls us
+    QSocketNotifier* notifier_; // deleted later: its signal may be what deletes us
 };
 
 } // namespace dov417

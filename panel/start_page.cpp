@@ -151,7 +151,7 @@ QWidget* StartPage::makeLine()
             port_->setText(item->text(0));
     });
     connect(ports_, &QTreeWidget::itemActivated, this, [this](const QTreeWidgetItem* item) {
-        port_->setText(item->text(0)); // the keys come to the first one before it is chosen
+        port_->setText(item->text(0)); // focus reaches it before it is selected
         openLine();
     });
     auto* const form = new QFormLayout;

@@ -4,7 +4,8 @@
 
 #include <QString>
 
-// Index 0 to 10 in REG_LIST, -1 for an unknown name. The second is for every poll: no copy.
+// Index 0 to 10 in REG_LIST, -1 for an unknown name. Every poll asks indexOfName(), which does
+// not copy its argument.
 int getIndexFromRegName(QString regName);
 int indexOfName(const QString& regName);
 

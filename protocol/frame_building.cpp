@@ -41,7 +41,8 @@ FRAME_PRO& appendBlank(QList<FRAME_PRO>& frames)
         return frames.last();
     }
     FRAME_PRO& made = frames[0];
-    memset(made.frame, 0, static_cast<size_t>(-1 - made.sendLength)); // behind it all is zero
+    memset(made.frame, 0,
+           static_cast<size_t>(-1 - made.sendLength)); // the bytes after these are zero
     made.sendLength = 0;
     made.replyLength = 0;
     made.dataPosition = 0;

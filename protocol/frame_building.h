@@ -12,8 +12,9 @@ enum {
     maxFrameWords = 507
 };
 
-// A list of one frame that went through reserveFrame() counts as empty: the first frame is built in
-// its memory. Its length below 0 tells so, and how many bytes of the frame before it there are.
+// reserveFrame() marks a frame whose memory may be used again: its sendLength becomes -1 - (bytes
+// used before). A list that holds only such a frame counts as empty, and the first frame is built
+// there.
 void reserveFrame(FRAME_PRO& frame);
 bool isReserved(const QList<FRAME_PRO>& frames);
 

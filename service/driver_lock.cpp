@@ -86,7 +86,7 @@ Unfinished::Unfinished(Work work) : work_(work), thread_(pthread_self()), older_
     newest = this;
 }
 
-// Threads end in any order.
+// Not always the newest: calls of several threads end in any order.
 Unfinished::~Unfinished()
 {
     Unfinished** at = &newest;

@@ -49,8 +49,8 @@ private:
     Q_DISABLE_COPY(SharedMutex)
 };
 
-// What a call has begun and goes on with after it let the lock go. Polls of other threads leave it
-// alone until then; polls from within the callback, on the call's own thread, do not.
+// Work that a call continues after it has released the lock. Polls of other threads leave it alone
+// until then; polls from within the callback, on the call's own thread, do not.
 class Unfinished {
 public:
     enum Work {

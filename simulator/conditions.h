@@ -1,5 +1,4 @@
-// What may be changed of a controller while it serves, as one whole: whoever changes one thing says
-// all of them.
+// What may be changed of a controller while it serves. Always replaced as a whole.
 #ifndef DOV417_SIMULATOR_CONDITIONS_H
 #define DOV417_SIMULATOR_CONDITIONS_H
 

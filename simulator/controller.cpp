@@ -53,7 +53,7 @@ const Function* functionOf(int code)
     return nullptr;
 }
 
-// Is everything that the frame says by itself possible? Nothing of it is about the memory.
+// Checks length, quantity and values of the frame, without the memory.
 bool isSensible(const Function& function, const QByteArray& frame, int count, const Limits& limits)
 {
     if (requestLength(frame) != frame.size())

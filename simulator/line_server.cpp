@@ -151,7 +151,8 @@ void LineServer::Private::listenersChanged()
 {
     const bool before = port_.hasListener();
     if (port_.updateListeners()) {
-        // Replies to the one that went; nothing of the next one's requests has been read yet.
+        // They answer the master that closed the line; no request of the next one has been read
+        // yet.
         departures_.clear();
         log(LineEvent::notice, QByteArray(), "the other side closed the line");
     }
@@ -159,7 +160,7 @@ void LineServer::Private::listenersChanged()
         log(LineEvent::notice, QByteArray(), "the other side opened the line");
 }
 
-// As it is set now; that it was when the bytes passed is the other side's to see to.
+// The present setting: the master must not change it while bytes pass.
 SerialFormat LineServer::Private::lineOfTheOther() const
 {
     SerialFormat other = options_.line;

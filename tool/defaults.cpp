@@ -23,7 +23,7 @@ struct Variable {
 const Variable variables[] = {
     {"DOV417_PORT", "port"}, {"DOV417_LINE", "line"}, {"DOV417_TAGS", "tags"}};
 
-// An option on the command line that leaves no room for another from elsewhere.
+// An option given on the command line, and one from elsewhere that it excludes.
 struct Rival {
     const char* given;
     const char* other;
@@ -112,7 +112,7 @@ private:
     {
         if (project.line.simulated)
             project.line.port.clear();
-        // One level names all that excludes each other, or nothing of it.
+        // Of options that exclude each other, the highest level that names one decides.
         std::vector<const LineMember*> taken;
         for (const LineMember& member : lineMembers())
             if (!isDefault(member, project.line) && isOpen(member.name))

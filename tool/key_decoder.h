@@ -36,8 +36,8 @@ public:
 
     // The last byte was Esc: the key, or the beginning of another one's bytes.
     bool awaitsMore() const;
-    // No more came in time: it was the key. What other keys go on with is no text after it all the
-    // same: a slow line may have torn one.
+    // No more came in time: it was the key. What looks like the rest of another key's bytes is not
+    // taken for text even then: a slow line may have delivered that key in pieces.
     std::vector<Key> giveUpWaiting();
 
 private:

@@ -44,7 +44,7 @@ void addAddressArguments(CLI::App& command, ItemOptions& options);
 // A check of numbers: more than 0.
 std::string positive(const std::string& text);
 
-// --seconds for a timer, which takes 24 days at the most.
+// --seconds for a timer, which takes at most 24 days.
 std::chrono::milliseconds timerSpan(double seconds);
 
 // A setting that is not the command line's own.

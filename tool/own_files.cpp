@@ -11,7 +11,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Whether they are there or not. What is no file, such as a terminal, loses nothing.
+// Whether they are there or not. Devices are not compared: writing to a terminal loses nothing.
 bool isOneFile(const std::string& a, const std::string& b)
 {
     if (a.empty() || b.empty() || a == "-" || b == "-")

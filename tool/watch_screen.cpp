@@ -154,8 +154,8 @@ void WatchScreen::confirmField()
             message_ = "nothing is typed, and nothing was sent; \"\" is an empty text";
             return;
         }
-        // A terminal may not mark what is pasted, and may hand it over in pieces: a person who
-        // has looked at the value is slower than that.
+        // A terminal may not mark what is pasted, and may hand it over in pieces: keys that come in
+        // one burst are no person's confirmation.
         if (!isAlone_) {
             message_ = "this came as if pasted: Enter again sends it";
             return;
@@ -276,7 +276,7 @@ void WatchScreen::changed(const View& view, std::size_t index)
     doubtStill(view, index);
 }
 
-// What stands still is no better than what is known of its line since.
+// A frozen row is shown as old once its value is, or is known no more.
 void WatchScreen::doubtStill(const View& view, std::size_t index)
 {
     if (still_ && (view.isOld || !view.hasValue))

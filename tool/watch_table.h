@@ -7,8 +7,7 @@
 namespace dov417 {
 
 // The heading and a line for each row. What does not fit is left out: the changes, then the
-// previous value, then addresses beside names, then the
-// middle of long names.
+// previous value, then addresses beside names, then the middle of long names.
 std::vector<std::string> watchTable(std::vector<Row> rows, std::size_t columns);
 
 } // namespace dov417

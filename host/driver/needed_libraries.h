@@ -8,7 +8,7 @@
 namespace dov417 {
 
 // "libQt5Core.so.5", "libc.so.6", ...; none for a file that cannot be read or that this machine's
-// loader would not take: it says why better than we could.
+// loader would not take: the loader's own message is better.
 std::vector<std::string> neededLibraries(const std::string& file);
 
 // The generation of Qt among them, 0 where there is none.

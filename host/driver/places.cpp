@@ -23,7 +23,8 @@ void startAnew(const Library& library)
     library.intf_initProperty(nullptr, 0, nullptr, &result, property, nullptr);
 }
 
-// Nothing where the driver has none to send. One poll may end a burst; the next one has more.
+// Nothing where the driver has none to send. A poll that ends a burst of writes returns nothing: it
+// is asked once more.
 std::optional<QByteArray> nextFrame(const Library& library)
 {
     FRAME_PRO frame = FRAME_PRO();

@@ -93,7 +93,8 @@ void ChildProcess::begin(const std::string& task, const std::string& record)
     if (childEnd_ >= 0)
         arguments.append(QString::number(childEnd_));
     start(QCoreApplication::applicationFilePath(), arguments); // also where there is no /proc
-    // QProcess ignores it for good; an output that nobody reads any more is to end the program.
+    // QProcess leaves SIGPIPE ignored; restored, so that an output which nobody reads any more ends
+    // the program.
     sigaction(SIGPIPE, &brokenPipe, nullptr);
     closeChildEnd(); // the child's own is another one
 }

@@ -17,7 +17,7 @@ constexpr int defaultMergeGap = 20;
 constexpr int defaultTimeoutMs = 500;
 constexpr int defaultMaxTimeoutMs = 15000;
 constexpr int defaultReplyGapMs = 100;
-// What a network loses it sends again after 200 ms or more.
+// TCP repeats what the network lost after 200 ms at the earliest.
 constexpr int defaultNetworkReplyGapMs = 500;
 constexpr double defaultHorizonSeconds = 30;
 constexpr int defaultRetries = 3;

@@ -46,7 +46,7 @@ std::string upperCase(std::string text)
     return text;
 }
 
-// "dov417-recipe-upload" is typed "dov417 recipe upload".
+// A page's name as a command: "dov417-recipe-upload" is typed "dov417 recipe upload".
 std::string typed(std::string name)
 {
     std::replace(name.begin(), name.end(), '-', ' ');
@@ -58,13 +58,13 @@ bool beginsWith(const std::string& text, const std::string& beginning)
     return text.compare(0, beginning.size(), beginning) == 0;
 }
 
-// A program of its own is typed as it is called.
+// What the page of this command shows it typed as: a program by its name, with its hyphens.
 std::string typedFor(const CLI::App& command, const std::string& name)
 {
     return command.get_name() == name ? name : typed(name);
 }
 
-// Of a command beneath that of the page `name`.
+// The page of a subcommand, below the page `name`.
 std::string pageOf(std::string name, const CLI::App& command)
 {
     return name.append("-").append(command.get_name());

@@ -32,15 +32,15 @@ ScanQuestions questionsFrom(const std::vector<Area>& areas);
 
 struct ScanPiece {
     enum Kind {
-        answer,  // to one of the two questions, asked by whomever
-        absent,  // a gateway's instead: the station does not answer it
+        answer,  // to one of the two questions, whoever asked
+        absent,  // a gateway's exception: the station does not answer it
         foreign, // another sound frame
         noise    // no frame
     };
     Kind kind = noise;
     QByteArray bytes;
     int station = 0;          // of a frame
-    std::size_t question = 0; // of an answer, or of what stands for one
+    std::size_t question = 0; // of an answer, or of that exception
 };
 
 // Cuts what comes into pieces.

@@ -100,7 +100,7 @@ public:
 private:
     enum class State {
         listening,
-        pausing, // the silence between two frames
+        pausing, // the inter-frame delay
         awaiting,
         closing, // what is late may come
         done
@@ -117,7 +117,7 @@ private:
         int tries = 1;
     };
     struct Question {
-        Clock::time_point askedAt{}; // the last byte of the latest
+        Clock::time_point askedAt{}; // end of the question sent last
         int asked = 0;
         int answers = 0;
         bool isOpen = false;

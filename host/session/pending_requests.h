@@ -24,7 +24,7 @@
 
 namespace dov417 {
 
-// What became of something that was asked for. Called once, from the event loop.
+// What became of something that was asked for. Called once, never from within the call that asked.
 using Done = std::function<void(const Result&)>;
 
 class PendingRequests {

@@ -18,10 +18,9 @@ struct Write {
     std::vector<unsigned char> data; // a byte a bit, two bytes a word, low byte first
 };
 
-// Bits one at a time, as a run of coil bits goes out without its area's base address. Words as many
-// as the driver does not cut (its merge gap; below 1 what a write carries) and a write
-// request carries, and always whole 32-bit values. Throws a UsageFailure where a gap of 1 cuts even
-// one 32-bit value.
+// Bits one at a time, as a run of coil bits goes out without its area's base address. Words in
+// pieces of at most the merge gap (below 1: what one write request carries), which the driver would
+// cut otherwise, and never within a value. Throws a UsageFailure where the gap cuts even one value.
 std::vector<Write> writePieces(const Address& address, const std::vector<unsigned char>& data,
                                int gap);
 

@@ -5,9 +5,10 @@
 //
 // It lives in one thread with everything below it, which may be another than a window's: it is
 // made, called and destroyed there, and what it tells other threads goes through queued
-// connections. No call throws but the constructor. Listeners and done functions are called from
-// that thread's event loop and may call everything here (to destroy the session they use
-// deleteLater()). They must not throw: where one does, the session goes on and says so.
+// connections. No call throws but the constructor. Listeners and done functions are called in that
+// thread: from its event loop, and from within open(), close(), setSettings(), endRequests() and
+// tellAll(). They may call everything here (to destroy the session they use deleteLater()). They
+// must not throw: where one does, the session goes on and says so.
 #ifndef DOV417_SESSION_SESSION_H
 #define DOV417_SESSION_SESSION_H
 
@@ -50,7 +51,8 @@ public:
     // Closes the line that was open, and forgets what was read there: the next may lead to another
     // controller. Refused with the reason if the port cannot be had; the line is closed then.
     Result open(const LineSettings& line);
-    // Ends every write, read and recipe with this reason and tells it before it returns.
+    // Ends every write, read and recipe with this reason and tells it before it returns; called
+    // from a listener, once that listener has returned.
     void close(const std::string& reason = "the line was closed");
     bool isOpen() const; // also while the port is away
     // For a program that is to end: sends nothing more and calls done once the line is quiet, so

@@ -49,8 +49,8 @@ piecesOf(const std::vector<Address>& addresses, int gap)
     return pieces;
 }
 
-// Does a value of so many words begin at `first` and lie neither beside `with` nor within one value
-// of it?
+// Does a value of so many words from `first` on overlap `with` without lying inside one of its
+// values?
 bool isAcross(int first, int units, const Address& with)
 {
     const int begin = first - with.first;

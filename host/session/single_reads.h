@@ -16,8 +16,8 @@ extern const char* const changedMeanwhile;
 using ReadProblems = std::vector<std::string>;
 
 // What was read before the line or its settings were changed counts as not read: the driver has
-// forgotten it. Words that several addresses share are read once. done is called once, from the
-// event loop. Throws a UsageFailure where the gap cuts 32-bit values in two.
+// forgotten it. Words that several addresses share are read once. done is called once, not
+// from within this call. Throws a UsageFailure where the gap cuts 32-bit values in two.
 void readAll(Session& session, const std::vector<Address>& addresses,
              std::function<void(const ReadProblems&)> done);
 

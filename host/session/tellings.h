@@ -1,4 +1,5 @@
-// What listeners are to be told: collected while the session works, told from the event loop.
+// What listeners are to be told: collected while the session works, told from the event loop, or
+// within a call that tells, as Session::close() does.
 //
 // A listener may do anything, change what is watched or close the line; that must not happen in the
 // middle of a reply that is being dealt with.
@@ -19,7 +20,7 @@ public:
     // threw: called with what a listener has thrown, which goes no further.
     explicit Tellings(std::function<void(const std::string& what)> threw);
 
-    // To be told from the event loop, in the order of these calls.
+    // To be told later, in the order of these calls.
     void add(Telling telling);
     // An outcome for whoever wants it: `done` may be empty.
     template <typename Done, typename... Outcome>

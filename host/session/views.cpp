@@ -169,7 +169,7 @@ void Views::giveUp(const Request& request)
 void Views::wasWrittenOtherwise(const Address& address)
 {
     for (const std::size_t index : inWordsOf(address)) {
-        standing_.at(index).isCached = false; // there it is what was meant to be
+        standing_.at(index).isCached = false; // the cache holds what was written
         makeOld(index);
     }
 }
@@ -256,7 +256,7 @@ void Views::forget(std::size_t index)
 
 void Views::doubt()
 {
-    driverStartedAnew(); // as if: what its cache holds is not to be shown
+    driverStartedAnew(); // treated as such: its cache is not to be shown
     for (std::size_t i = 0; i < views_.size(); ++i)
         forget(i);
 }

@@ -19,8 +19,8 @@ const int plainWord = 0;
 const int readAccess = 0;
 const int writeAccess = 2;
 
-// The address value of one unit. `code` receives the library's verdict on that unit alone; the
-// value is good for checkValid and checkOutOfRange.
+// The address value of `text`. `code` receives the library's check code for so many units from
+// there on; the value is valid with checkValid and checkOutOfRange.
 int unitValue(const Library& library, const RegisterType& type, const std::string& text, int length,
               int& code, Access access = Access::read)
 {

@@ -49,7 +49,7 @@ public:
 // ones.
 enum class BitNumbers {
     exact,        // refused, as it would be another bit than the one written
-    asTheyAreRead // for who asks what the library answers
+    asTheyAreRead // for commands that show what the library answers
 };
 
 Address parseAddress(const Library& library, const std::string& text,

@@ -63,9 +63,8 @@ struct FormatChoice {
     std::optional<WordOrder> byteOrder = {};
 };
 
-// One of notationNames(), each with ":low-first" or ":high-first" appended
-// where the word order matters, or for a text that of a word's characters. Empty: no choice. Throws
-// a UsageFailure.
+// One of notationNames(), each with ":low-first" or ":high-first" appended where the word order
+// matters, or for a text that of a word's characters. Empty: no choice. Throws a UsageFailure.
 FormatChoice parseFormat(const std::string& text);
 WordOrder parseWordOrder(const std::string& text);
 const std::vector<std::string>& notationNames();

@@ -10,8 +10,8 @@
 
 namespace dov417 {
 
-// Of the form of a file. Raised whenever line, stations or tags learn a member; what a member means
-// never changes.
+// Version of the file format. Raised whenever line, stations or tags learn a member; what a member
+// means never changes.
 constexpr int projectVersion = 1;
 constexpr const char* versionMember = "version";
 constexpr const char* tagsMember = "tags";

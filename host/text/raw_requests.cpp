@@ -184,8 +184,8 @@ QByteArray parseRawRequest(const std::string& text)
     const auto function = static_cast<unsigned char>(bytes->at(1));
     if (function == 0 || function > maxFunction)
         throw UsageFailure("function '" + hexText(bytes->mid(1, 1)) + "': out of range, 01 to 7F");
-    // As it is where a frame of a log was pasted; with another CRC behind it, it would be a frame
-    // that nobody means.
+    // A frame pasted from a log, likely: with a second CRC appended it would be another frame than
+    // the one that is meant.
     if (hasGoodCrc(*bytes))
         throw UsageFailure("'" + text +
                            "': these bytes end with their CRC; leave it out, as it is appended");

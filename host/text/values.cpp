@@ -58,7 +58,7 @@ Digits digitsOf(const std::string& text, int base)
     return digits;
 }
 
-// deepest: how far below 0 it may go.
+// deepest: the amount of the lowest negative value.
 std::uint64_t integer(const std::string& text, int base, std::uint64_t deepest,
                       std::uint64_t highest)
 {

@@ -14,10 +14,9 @@ namespace dov417 {
 
 class BatchCollector {
 public:
-    // Changes kept one by one, for each value that is watched, before they are merged; and frames.
-    static constexpr std::size_t changesPerValue = 4;
-    static constexpr std::size_t minChanges = 1000;
-    static constexpr std::size_t maxPassed = 20000;
+    static constexpr std::size_t changesPerValue = 4; // kept, per watched value, before merging
+    static constexpr std::size_t minChanges = 1000; // kept before merging, however few are watched
+    static constexpr std::size_t maxPassed = 20000; // frames kept
 
     // Another line: nothing of the one before is told any more but the outcomes of its writes.
     void beginLine(int line);

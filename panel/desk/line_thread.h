@@ -23,8 +23,8 @@ public:
     void open(const LineSetup& setup, const std::vector<Address>& watched,
               const simulator::SimulationOptions& controller = {});
     void close();
-    // Closes it, too, and what is still told of it is out of date: something else is watched, so
-    // much of it, for a line that is not open yet.
+    // Closes it, too; what is still told of it belongs to an earlier generation. `watched`: values
+    // that the next line, not open yet, will have.
     void leave(std::size_t watched);
     void watch(const std::vector<Address>& addresses);
     void setUnlocked(bool isUnlocked);
@@ -33,7 +33,7 @@ public:
     // Its number, which the outcome will bear.
     long long write(const Address& address, const std::vector<unsigned char>& data);
 
-    // Its number, which the news of it bear. `line`: that it is meant for, and for no other.
+    // Returns the number that its news carry. Only for this line(): nothing is moved on another.
     long long moveRecipe(int line, RecipeKind kind, const std::vector<RecipeEntry>& entries);
     void cancelRecipe(long long number);
     void setGap(int gap);
@@ -54,7 +54,7 @@ public:
     bool end(std::chrono::milliseconds patience = std::chrono::seconds(4));
 
 signals:
-    // Of whatever line and generation: to be compared. Once the slots return, the next one may
+    // May be of an earlier line or generation: compare. Once the slots return, the next one may
     // come.
     void batchCame(const dov417::LineBatch& batch);
     void recipeTold(const dov417::RecipeNews& news);

@@ -157,7 +157,7 @@ signals:
     void lineBegan();
     void stateChanged();
     void writesChanged();
-    // The last one of a recipe has `hasEnded`.
+    // `hasEnded` marks the last news of a recipe.
     void recipeTold(const dov417::RecipeNews& news);
     void lineSetupChanged();
 

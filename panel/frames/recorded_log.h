@@ -22,7 +22,7 @@ struct RecordedLog {
 // Throws a Failure where it cannot be read or holds no line of a log.
 RecordedLog readRecordedLog(const std::string& file);
 
-// As far as a log tells: what else a reply has to be, its request alone knows.
+// Judged by the frame alone: what else its request awaits, a log does not tell.
 bool isBadReply(const QByteArray& frame);
 
 // The number of the entry's frame, which is no frame's of a line that is open.

@@ -26,7 +26,7 @@ enum class SpanKind {
     reply,      // its bytes
     timeOut,    // waited in vain
     stray,      // bytes that were no reply
-    interFrame, // the silence that the line asks for before a frame
+    interFrame, // the inter-frame delay, before a frame
     idle,       // nobody has anything to say
     noLine,     // the port was away
     missing     // not told: this computer was too busy
@@ -89,8 +89,7 @@ public:
     {
         return spans_;
     }
-    // From the end of the spans to this moment: the frame that is under way, or what there is
-    // instead.
+    // From the end of the spans to this moment: the frame that is under way, waiting, or idle time.
     std::vector<WireSpan> underWay(Clock::time_point now) const;
     // Those that went out, in their order.
     const std::deque<WireFrame>& frames() const

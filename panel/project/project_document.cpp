@@ -41,7 +41,7 @@ ProjectDocument::ProjectDocument(PanelDesk& desk) : desk_(desk)
     });
 }
 
-// A history that ends is empty, and tells so: of what is going, too.
+// The undo stack emits a change while it is destroyed, when what listens is half gone.
 ProjectDocument::~ProjectDocument()
 {
     history_.disconnect(this);

@@ -17,7 +17,7 @@ enum class RecipeFate {
     read,
     written,   // and read back
     different, // taken, and reads back as another value
-    held,      // by the controller; who has written it is not known
+    held,      // the controller holds the value, perhaps not by this transfer
     notHeld,   // whether it was taken or not
     unknown    // see the row's reason
 };

@@ -70,8 +70,8 @@ private:
     std::size_t placeOf(const Address& address, const std::string& itemName) const;
     void addRow(const PanelValue& value);
     RecipeRow* find(const RecipeKey& key);
-    // One address may be watched twice: the first of such rows that is not taken yet, and one of
-    // this format where it is said. It is taken then.
+    // One address may be watched twice: takes the first row of the key that is not taken yet, or
+    // the first of this format.
     using TakenRows = std::vector<bool>;
     RecipeRow* take(const RecipeKey& key, TakenRows& taken, const Format* format = nullptr);
     RecipeRow* findParked(const RecipeKey& key);

@@ -79,8 +79,9 @@ public:
     // Nothing was ever recorded.
     void clear();
 
-    // Those go last: of all others what is older than ten minutes goes first, and then what is
-    // oldest, as long as these have no more than their share.
+    // Addresses whose data are kept longest. Where room is needed, what is older than ten minutes
+    // of all others goes first, and then what is oldest, as long as these have no more than their
+    // share.
     void setKept(const std::vector<Address>& addresses);
 
     // Numbers and bits; a text has no place on a scale.
@@ -137,7 +138,7 @@ private:
         bool isKept = false;
         TrendEvent last;
         TrendTime knownUntil = 0;
-        TrendTime notUntil = 0;     // up to then it was told not to be good
+        TrendTime notUntil = 0;     // readings up to this time are known to be bad
         long long lapses = unheard; // as told last
     };
     using AllSeries = std::unordered_map<Address, Series, AddressHash>;

@@ -1,4 +1,4 @@
-// One plot of the trends page: curves of two units at the most, on a time that all plots share. It
+// One plot of the trends page: curves of at most two units, on a time that all plots share. It
 // tells what a person does with mouse and wheel; what becomes of it is the page's.
 #ifndef DOV417_PANEL_TREND_PLOT_H
 #define DOV417_PANEL_TREND_PLOT_H

@@ -10,7 +10,7 @@ namespace {
 
 constexpr int maxNotes = 1000;   // of those by themselves; the oldest go first
 constexpr int newsPauseMs = 200; // for what falls into a column that is drawn already
-constexpr int linesOfPlot = 5;   // of text, at the least
+constexpr int linesOfPlot = 5;   // of text, the minimum
 
 } // namespace
 

@@ -33,8 +33,9 @@ bool isUnitAt(int index, int station, const QString& area, int address);
 // What is known of the list is wrong or will be: it is built again when it is asked for.
 void forgetUnits();
 
-// Writes to a record. The list is let go for that long, so that Qt does not copy it, and taken
-// again at the end unless somebody changed it since the unit was looked up.
+// Writes to a record. The index gives up its copy of the list meanwhile, so that Qt does not copy
+// the records, and takes it again at the end unless somebody changed the list since the unit was
+// looked up.
 class UnitEdit {
 public:
     explicit UnitEdit(int index);

@@ -8,7 +8,7 @@
 
 // What marking and reading do with the values of a layout.
 struct ValueShape {
-    int lengthPerValue; // what one value counts in a host's length
+    int lengthPerValue; // units of a host's length that one value takes
     int unitsPerValue;
     int firstFlag; // view flag of the value's first unit, the next units take the next flags
     int bytesPerUnit;

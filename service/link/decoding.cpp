@@ -79,8 +79,8 @@ public:
         return place >= 0 && place < size_ ? bytes_[place] : static_cast<unsigned char>(0);
     }
 
-    // The words from word i on, `count` of them or as many as the reply has, but one at the least:
-    // `edge` takes one that lies outside.
+    // The words from word i on, `count` of them or as many as the reply has, but at least one: a
+    // word beyond the reply is made in `edge`.
     const unsigned char* wordsFrom(int i, int& count, unsigned char (&edge)[2]) const
     {
         const long long place = position_ + 2LL * i;

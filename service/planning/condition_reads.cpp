@@ -56,7 +56,8 @@ bool anyPieceIs(const Pieces& pieces, int first, const VARIABLE& request)
     return false;
 }
 
-// The entry that queueing would renew, the last slot left aside: that one keeps changing.
+// The entry that queueing would renew, not counting the last slot, which each further piece
+// overwrites.
 int lastFixedEntryLike(const VARIABLE& request)
 {
     for (int i = static_cast<int>(driver.conditionList.size()) - 1; i >= 1; --i) {

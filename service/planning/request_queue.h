@@ -6,7 +6,7 @@
 
 #include "records.h"
 
-// The last slot that is refilled once a queue holds more than so many requests.
+// A queue holds at most queueLimit + 1 requests: the next one replaces that at index queueLimit.
 enum {
     queueLimit = 512
 };
@@ -17,9 +17,9 @@ bool sameTarget(const VARIABLE& a, const VARIABLE& b);
 VARIABLE& startRequest(VARIABLE& record, int station, const QString& regName, int address,
                        int length);
 
-// The queue's record for a request of this target, its values zeroed, to be filled there: that of
-// an equal request, from the end; never the head, which may be on the line. A full queue gives up
-// its last slot rather than growing; else a record is appended.
+// The queue's record for a request of this target, its values zeroed, to be filled there: the last
+// request of the same target but the head, which may be on the line; the last slot of a full queue;
+// else an appended one.
 VARIABLE& placeInQueue(QList<VARIABLE>& queue, int station, const QString& regName, int address,
                        int length);
 
