@@ -25,7 +25,7 @@ struct OpenTransmission {
 
 class Books {
 public:
-    // Within the horizon a reply has come, or it never does.
+    // horizon: after that long without a reply none comes any more.
     explicit Books(Clock::duration horizon = Clock::duration::zero());
     void setHorizon(Clock::duration horizon);
     // The same, numbered so that all of it went out before number 0: that is not sent yet.
@@ -38,16 +38,16 @@ public:
     // A sound frame came: the transmission that it belongs to, which is closed with all that went
     // to the station before. Nothing if it answers none.
     std::optional<OpenTransmission> take(const QByteArray& frame);
-    // The same, closing nothing: the frame may as well answer what another program has sent.
+    // The same, closing nothing: for a frame that may answer another program's request.
     std::optional<OpenTransmission> find(const QByteArray& frame) const;
-    // Something else was taken for its answer.
+    // Undoes take(): the frame turned out to answer something else.
     void reopen(const OpenTransmission& transmission);
     // Are all transmissions that it can belong to the same request?
     bool isOfOneRequest(const QByteArray& frame) const;
     // Could it be the reply to a transmission that is answered no more? Such a reply is one too
     // many.
     bool fitsWhatIsOver(const QByteArray& frame) const;
-    // What is beyond the horizon is answered no more.
+    // Forgets transmissions older than the horizon: they are answered no more.
     void expire(Clock::time_point now);
 
     // Is a reply out that could be taken for the reply to this request, and would be another's?

@@ -31,7 +31,7 @@ struct ExchangeSettings {
     // On a serial line. Over a network the end of a frame is when it was handed over: when its
     // bytes were on the wire of the far end is not known.
     bool bytesTakeTime = true;
-    StationNames stationNames = {}; // for what is said of them
+    StationNames stationNames = {}; // for messages
 };
 
 // The line as the exchange sees it, and what it tells of itself.

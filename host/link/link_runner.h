@@ -87,16 +87,15 @@ private:
     ProbeSettings probeSettings_;
     StationProbes probes_;
     int notAsked_ = 0;              // cyclic reads in a row that were answered without the line
-    Clock::time_point nextProbe_{}; // of them
+    Clock::time_point nextProbe_{}; // when a silent station may be asked again
     QTimer idleTimer_;
     QuietWait leaving_;
     FRAME_PRO frame_ = FRAME_PRO();
     bool portIsOpen_ = false;
     bool repeating_ = false; // the driver will hand out the same frame again
-    // A write of bits is under way that takes the other bits of its word from the read before it;
-    // and what was read may have been another's reply.
+    // A write of bits is under way that takes the other bits of its word from the read before it.
     bool isPatched_ = false;
-    bool isPatchedWrong_ = false;
+    bool isPatchedWrong_ = false; // and what was read may have been another's reply
     Clock::time_point heldUntil_{};
     std::function<bool()> isWanted_;
 };

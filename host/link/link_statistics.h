@@ -31,7 +31,7 @@ struct RequestCounters {
 
     long long& badFor(Reason reason);
     long long badFor(Reason reason) const;
-    // Counts of the other on top; what its texts say and of which station it is, it does not take.
+    // Adds the counts of `other`, not its texts and not its station.
     void add(const RequestCounters& other);
 };
 
@@ -41,8 +41,7 @@ public:
     static constexpr Micros binWidth{100};
 
     void add(Micros duration);
-    // How often each came, by the number of the bin: those up to half a width off n widths are in
-    // n.
+    // How often each came, by the number of the bin: bin n holds durations rounded to n widths.
     const std::map<long long, long long>& bins() const
     {
         return counts_;

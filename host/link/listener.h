@@ -37,7 +37,7 @@ struct Heard {
     Clock::time_point at{};    // its last byte came
     QByteArray request;        // that is answered, if that is clear
     Micros after{0};           // of a reply: from the end of the request to its own begin
-    bool isUnanswered = false; // of a request: the one before it, to whomever, has had no answer
+    bool isUnanswered = false; // of a request: the request before it was not answered
 };
 
 class Listener {

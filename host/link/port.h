@@ -11,8 +11,8 @@ namespace dov417 {
 
 // Called from the event loop.
 struct PortEvents {
-    std::function<void()> opened;                // what was under way, or
-    std::function<void(const QString&)> refused; // it cannot be had, and why
+    std::function<void()> opened;                // a connection that was being made is open
+    std::function<void(const QString&)> refused; // it could not be made; why
     // Has the line been of use since it was open: has a sound frame come?
     std::function<bool(const QByteArray&)> came;
     std::function<void()> gone; // it is closed then, and may be opened again
@@ -33,11 +33,11 @@ public:
 
     // To be called while it is open only.
     virtual void write(const QByteArray& bytes) = 0;
-    virtual bool bytesWait() const = 0; // came and were not told yet
-    virtual void giveUp() = 0;          // it is gone then
+    virtual bool bytesWait() const = 0; // that came() has not been told of
+    virtual void giveUp() = 0;          // closes it, as if it had vanished
 
     virtual QString name() const = 0;
-    // Not to be seen at all at the moment: why it cannot be opened needs no words.
+    // The device does not exist at present: no other reason need be given.
     virtual bool isAway() const = 0;
     // Until it is tried again.
     virtual std::chrono::milliseconds pause() const = 0;

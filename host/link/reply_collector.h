@@ -48,7 +48,7 @@ public:
 
     Arrival add(const QByteArray& bytes);
 
-    // The line has been silent for 3.5 characters: what is here will not grow.
+    // The reply gap is over: what is here will not grow.
     Arrival endOfFrame();
 
     // Nothing more is waited for. A frame that confirms another value at the written address is

@@ -15,7 +15,7 @@ public:
 
     Micros value() const;
 
-    // This was taken for the end of a reply of so many bytes, of which the last came then.
+    // A reply of so many bytes was taken to end with this part of it, whose last byte came then.
     void ended(const QByteArray& part, int length, Clock::time_point lastByte);
     // Whatever came on the line after that. Only where the reply becomes whole and sound with it
     // was it the rest.
@@ -26,7 +26,7 @@ private:
     QByteArray part_;
     int length_ = 0;
     Clock::time_point lastByte_{};
-    Micros pause_{0}; // the longest within this reply
+    Micros pause_{0}; // maximum within this reply
 };
 
 } // namespace dov417

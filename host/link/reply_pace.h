@@ -1,7 +1,7 @@
 // Does a reply come as soon as its station can have sent it?
 //
-// Once a reply has come twice, each reply is taken for that to the request after, and if all
-// requests have one shape, nothing is left over that would tell. But then replies come too soon:
+// After a duplicated reply every reply is taken for that to the request after its own, and if all
+// requests have one shape, no reply is left over that would tell. But then replies come too soon:
 // the request was on the line for a part only of the time that the station took. Such a reply is
 // held back until another could have come; so is one of many, for stations that take no time that
 // could be known.
@@ -36,7 +36,7 @@ private:
 
     bool isKnown_ = false;
     Micros soonest_{0};
-    Micros soonestSince_{0}; // the last that was held back for its number
+    Micros soonestSince_{0}; // since one was last held back for their number
     int answers_ = 0;
 };
 

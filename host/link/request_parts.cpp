@@ -56,7 +56,7 @@ std::vector<int> partLengths(int words, int maximum, const MayCut& mayCut)
     const auto maxPartWords = static_cast<std::size_t>(maximum);
 
     // By the word that a part would begin with: how many parts it takes from there to the end. From
-    // farther on it never takes more, so that the farthest place to cut is a best one.
+    // farther on it never takes more, so cutting as far on as possible is optimal.
     std::vector<int> needed(count + 1, impossible);
     needed.at(count) = 0;
     for (std::size_t from = count; from-- > 0;) {

@@ -1,8 +1,9 @@
-// One request and its reply on a serial port, with the silences of Modbus RTU around them.
+// One request and its reply on a line: a serial port or a connection, Modbus RTU or Modbus TCP.
 //
-// The line is driven by events only: the port's, and one precise timer. It keeps 3.5 characters of
-// silence before each frame, collects the reply until it is complete, the line falls silent or the
-// time is up, throws away what is nobody's reply, and opens the port again when it comes back.
+// The line is driven by events only: the port's, and one precise timer. On a serial port it keeps
+// the inter-frame delay before each frame; it collects the reply until it is complete, nothing more
+// of it comes or the time is up, throws away what is nobody's reply, and opens the port again when
+// it comes back.
 #ifndef DOV417_LINK_SERIAL_LINE_H
 #define DOV417_LINK_SERIAL_LINE_H
 
@@ -67,10 +68,10 @@ public:
     SerialLine(const SerialLine&) = delete;
     SerialLine& operator=(const SerialLine&) = delete;
 
-    // Opens the port. False with the reason if it cannot be opened now. A connection over a network
-    // is under way then: the observer hears when it is open, or why it is not. Once open, a port
-    // that vanishes is opened again as soon as it is back, and a connection that was not made is
-    // tried again; the observer hears of both.
+    // Opens the port. False, with the reason, if it cannot be had. True may also mean that a
+    // connection over a network is being made: the observer hears when it is open, or why it is
+    // not. Once open, a port that vanishes is opened again as soon as it is back, and a connection
+    // that was not made is tried again; the observer hears of both.
     bool open(QString* reason);
     bool isOpen() const;
 
@@ -79,8 +80,8 @@ public:
     // Of the record the line fills in what it knows: number, times and reception.
     void transact(const Transmission& request, LineProtocol::Done done);
 
-    // Transmissions whose replies may still come, when the line is given up; and to be handed to
-    // the next one on the same port, which may take them for its own.
+    // Transmissions that may still be answered when this line is closed. The next line on the port
+    // has to know them, so that their late replies are recognised.
     Books unanswered() const;
     void awaitLate(const Books& earlier);
 

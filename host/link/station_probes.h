@@ -35,8 +35,8 @@ public:
         Clock::time_point silentSince{}; // when it was first asked in vain
         Clock::time_point notBefore{};   // of notNow: when to ask anew
     };
-    // May this cyclic read go out now? Of a dead station another than the last one is taken for the
-    // next probe, if there is one: one request may be silent although the station is not.
+    // May this cyclic read go out now? A dead station is probed with a different request each time,
+    // if it has several: one request may be silent although the station is not.
     Answer mayGoOut(const QByteArray& request, Clock::time_point now);
 
     // What a person should hear of.

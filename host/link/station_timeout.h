@@ -12,15 +12,15 @@ namespace dov417 {
 struct TimeoutSettings {
     Micros initial{500000};
     Micros max{15000000};
-    bool isFixed = false; // the initial one it stays
-    Micros min{0};        // of a quick station; 0: the initial one
+    bool isFixed = false; // the initial one never changes
+    Micros min{0};        // for quick stations; 0: the initial one
 };
 
 // What is known of a station's time.
 struct StationTime {
     int station = 0;
     Micros last{0};    // from the end of a request to the first byte of its reply
-    Micros slowest{0}; // the same
+    Micros slowest{0}; // maximum of these
     Micros timeout{0}; // that it is given now
 };
 
@@ -40,7 +40,7 @@ public:
     Micros patience(const TimeoutSettings& settings) const;
     bool hasAnswered() const;
     StationTime time(int station, const TimeoutSettings& settings) const;
-    // Half as long again as it took at most of late; 0 until it has answered.
+    // 1.5 times its maximum response time of late; 0 until it has answered.
     Micros measured() const
     {
         return measured_;

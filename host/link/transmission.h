@@ -33,7 +33,7 @@ struct Reception {
 
 // The driver's request behind a frame.
 struct Request {
-    int kind = 0; // what the driver carries for whoever asked: cyclicKind, or a number of ours
+    int kind = 0; // what the driver carries for whoever asked: sendCyclicRead, or our number
     int station = 0;
     std::string regName;
     int address = 0;
@@ -60,7 +60,7 @@ struct Transmission {
 
     bool isMarker = false; // none of the driver's: see exchange.h
     bool isPart = false;   // carries part of the driver's request: see request_carrier.h
-    Micros timeout{0};     // how long after that the first byte is awaited
+    Micros timeout{0};     // how long after sendEnd the first byte is awaited
 
     // Known at the end.
     Reception reception;
