@@ -86,7 +86,7 @@ Result RecipeTransfer::refusal(const RecipeLayout& layout, RecipeDirection direc
                 return Result::refused("a recipe record is of words, at most " +
                                        std::to_string(maxPlan));
             // Its words: a record may hold values of several widths, and parts of them.
-            const Result result =
+            Result result =
                 usable(library_, wordsOf(record.address),
                        direction == RecipeDirection::upload ? Access::read : Access::write);
             if (!result.accepted)

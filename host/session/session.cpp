@@ -207,7 +207,7 @@ Result Session::refusal() const
 
 Result Session::refusal(const Address& address, Access access, bool isOnePiece) const
 {
-    const Result result = refusal();
+    Result result = refusal();
     if (!result.accepted)
         return result;
     return isOnePiece ? usable(library_, address, access)
