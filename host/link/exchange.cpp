@@ -224,10 +224,8 @@ void Exchange::timerDue(Clock::time_point now)
             line_.wakeAt(now + rereadDelay);
         else if (!collector_.isEmpty())
             takeArrival(collector_.endOfFrame(), now);
-        else if (holdEnd_ != Clock::time_point() && now >= holdEnd_)
-            finish(LineResult::heldBack);
         else
-            next(now);
+            waitIsOver(now);
         break;
     case State::holdingBack:
         if (line_.bytesWait())

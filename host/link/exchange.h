@@ -108,6 +108,10 @@ private:
     void markerAnswered(LineResult result);
     void markerFinished(LineResult result, Clock::time_point now);
     void takeArrival(Arrival arrival, Clock::time_point now);
+    Clock::time_point waitEnd() const;
+    void waitIsOver(Clock::time_point now);
+    bool isBabble(Clock::time_point now) const;
+    void takeBabble(Clock::time_point now);
     bool takeReply(LineResult result, Clock::time_point now);
     void handOn(LineResult result, const OpenTransmission& answered, Clock::time_point now);
     void report(const Stray& stray);

@@ -8,12 +8,6 @@
 
 namespace dov417 {
 
-namespace {
-
-constexpr int babbleLength = 1024; // bytes that came for one request and are no reply to it
-
-} // namespace
-
 void Exchange::bytesCame(const QByteArray& bytes, Clock::time_point now)
 {
     gap_.came(bytes, now);
@@ -34,9 +28,11 @@ void Exchange::bytesCame(const QByteArray& bytes, Clock::time_point now)
         else
             beginSilence(now);
         break;
-    case State::holdingBack:
-        heldBackGoesOn(collector_.add(bytes), now);
+    case State::holdingBack: {
+        const Arrival arrival = collector_.add(bytes);
+        heldBackGoesOn(isBabble(now) ? collector_.endOfFrame() : arrival, now);
         break;
+    }
     case State::listening:
     case State::awaitingReply:
         if (frame.reception.firstByte == Clock::time_point())
@@ -52,10 +48,10 @@ void Exchange::takeArrival(Arrival arrival, Clock::time_point now)
 {
     reportStrays(now);
     if (arrival == Arrival::incomplete) {
-        if (state_ == State::listening)
+        if (isBabble(now))
+            takeBabble(now);
+        else if (state_ == State::listening)
             line_.wakeAt(collector_.isEmpty() ? listenEnd_ : now + gap_.value());
-        else if (bytesCame_ > babbleLength)
-            deadlinePassed(now);
         else
             armReplyTimer();
         return;

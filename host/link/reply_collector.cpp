@@ -49,6 +49,16 @@ bool ReplyCollector::isEmpty() const
     return pending_.isEmpty();
 }
 
+int ReplyCollector::size() const
+{
+    return static_cast<int>(pending_.size());
+}
+
+bool ReplyCollector::isReplyUnderWay() const
+{
+    return !pending_.isEmpty() && pending_.size() < replyLength_ && opensLikeAnswer();
+}
+
 QByteArray ReplyCollector::reply() const
 {
     return reply_;

@@ -56,6 +56,10 @@ public:
     Arrival timeIsUp();
 
     bool isEmpty() const;
+    // Bytes that came and are part of nothing yet.
+    int size() const;
+    // Are they the front of what looks like the reply?
+    bool isReplyUnderWay() const;
 
     // The bytes to hand on, after reply or exception.
     QByteArray reply() const;

@@ -79,11 +79,15 @@ class Reasons(EndToEnd):
                     request, heard = heard[:8], heard[8:]
                     os.write(line, becomes(answer(request)))
 
+        self.line = line
+        self.while_it_lasts(serve, is_over)
+        return ("--port", cable.port, *LINE)
+
+    def while_it_lasts(self, serve, is_over):
         thread = threading.Thread(target=serve)
         thread.start()
         self.addCleanup(thread.join)
         self.addCleanup(is_over.set)
-        return ("--port", cable.port, *LINE)
 
     def gives(self, becomes, words, name, key, silence, logged=None):
         """Words and name as regular expressions."""
@@ -125,6 +129,27 @@ class Reasons(EndToEnd):
             noise_for_a_read, "no answer: 3 bytes came, but no frame", "no frame", "noFrame",
             "sends no sound frame",
         )  # fmt: skip
+
+    def test_babble_without_end(self):
+        """Which begins when there is a value: that becomes old, and the watch ends."""
+        babbles = threading.Event()
+        port = self.slave(lambda frame: b"" if babbles.is_set() else frame)
+        watch = self.tool("watch", *port, "R_W:100")
+        watch.wait_for("100")
+        is_over = threading.Event()
+
+        def babble():
+            while not is_over.wait(0.02):
+                os.write(self.line, b"\x55" * 5)
+
+        babbles.set()
+        self.while_it_lasts(babble, is_over)
+        words = r"no answer: \d+ bytes came, but no frame\n"
+        self.assertRegex(watch.wait_for_error("given up: "), words)
+        watch.wait_for_error("station 1 sends no sound frame since ")
+        code, _, err = watch.interrupt()
+        self.assertEqual(code, 1)
+        self.assertTrue(err.endswith("dov417: 1/R_W:100: the value is old\n"), err)
 
     def test_another_speed(self):
         self.gives(
