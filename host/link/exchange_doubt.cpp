@@ -71,8 +71,9 @@ bool Exchange::mark(Clock::time_point now)
         return make(MarkerKind::readOfProbe) || repeatOpenRead();
     const bool mayEcho = settings_.mayMark && (isAlone_ || !isWary(now));
     // The reply to a write of several words says none of them: one that comes twice confirms the
-    // next write, too.
-    const MarkerKind other = isWary(now) ? MarkerKind::readAlso : MarkerKind::read;
+    // next write, too, and so does one to another program's.
+    const MarkerKind other =
+        isWary(now) || mayBeOthers(current_.sent, now) ? MarkerKind::readAlso : MarkerKind::read;
     if (make(mayEcho && asked.mayEcho(current_.isRead()) ? MarkerKind::echo : other))
         return true;
     // Reads of every length may be out already.

@@ -97,7 +97,7 @@ bool Exchange::takeReply(LineResult result, Clock::time_point now)
     const bool wasListening = state_ == State::listening;
     if (isDropped(now))
         return !wasListening;
-    if (!isMarking_ && (current_.isRead() || current_.number == 0) && mayBeOthers(bytes, now)) {
+    if (!isMarking_ && mayBeOthers(bytes, now)) {
         // Of an earlier request of ours, or of another program's: that looks the same.
         astray_.lineWasSound = true;
         report({StrayKind::late, bytes, now, 0});
@@ -215,9 +215,10 @@ void Exchange::reportStrays(Clock::time_point now)
         if (stray.kind != StrayKind::echo) {
             const Settled settled = settle(stray.bytes, now);
             // There are controllers that answer a write with what they made of the value. So does
-            // a copy of the reply to the write before; then the very reply is still to come.
+            // a copy of the reply to the write before; then the very reply is still to come. What
+            // another program has written is answered like that, too.
             if (state_ == State::awaitingReply && !isMarking_ && !isWary(now) &&
-                settled.number() == current_.number) {
+                settled.number() == current_.number && !mayBeOthers(stray.bytes, now)) {
                 otherwise_ = settled.answered;
                 answeredOtherwise_ = stray.bytes;
                 continue;

@@ -87,8 +87,8 @@ Transmission makeMarker(const Transmission& asked, const Books& books,
         for (int words = maxMarkerWords + 1; words < length; ++words)
             take(words - length);
         // What lies behind may not be there.
-        const int longest =
-            kind == MarkerKind::readOfProbe ? std::max(maxMarkerWords, length) : length + maxLonger;
+        const int longest = kind == MarkerKind::readOfProbe ? std::max(maxMarkerWords, length)
+                                                            : std::max(1, length) + maxLonger;
         for (int words = length + 1; words <= longest; ++words)
             take(words - length);
     }

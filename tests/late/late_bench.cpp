@@ -3,10 +3,11 @@
 // Rounds of requests to stations that answer late, each with another seed, until so many values
 // have been shown; over a network, on an adapter that hears what it sends (echo), or behind a radio
 // modem that sends some replies twice (modem; lump: what comes within some time arrives at once),
-// or with coils, writes of several words and bits of words (mixed, mixedmodem), if that is asked
-// for. Prints what there was, and the seeds of the rounds that showed what they must not: a wrong
-// or an older value (behind a modem: once a surplus has been met, or more than a handful before), a
-// write that was not done as confirmed, or nothing of a station that answers.
+// or with coils, writes of several words and bits of words (mixed, mixedmodem; others: another
+// program has just written), if that is asked for. Prints what there was, and the seeds of the
+// rounds that showed what they must not: a wrong or an older value (behind a modem: once a surplus
+// has been met, or more than a handful before), a write that was not done as confirmed, or nothing
+// of a station that answers.
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -33,7 +34,7 @@ int main(int argc, char** argv)
     using namespace dov417;
     if (argc < 2) {
         std::fprintf(stderr, "usage: dov417_late_bench VALUES [FIRST_SEED "
-                             "[network|echo|modem|lump|mixed|mixedmodem]]\n");
+                             "[network|echo|modem|lump|mixed|mixedmodem|others]]\n");
         return 2;
     }
     const long long values = std::atoll(argv[1]);
@@ -45,6 +46,7 @@ int main(int argc, char** argv)
                       : kind == "network"    ? playNetworkRound
                       : kind == "echo"       ? playEchoRound
                       : kind == "mixed"      ? playMixedRound
+                      : kind == "others"     ? playOthersRound
                       : kind == "mixedmodem" ? playMixedModemRound
                                              : playRound;
     Tally all;

@@ -49,6 +49,9 @@ Tally playRound(unsigned seed, int requests);
 Tally playMixedRound(unsigned seed, int requests);
 Tally playMixedModemRound(unsigned seed, int requests);
 
+// The same where another program has just written.
+Tally playOthersRound(unsigned seed, int requests);
+
 // The same over a network that hands on at intervals of up to 600 ms what has come by then.
 Tally playNetworkRound(unsigned seed, int requests);
 

@@ -32,6 +32,22 @@ QByteArray writeRequestOf(int station, int address, int value)
     return requestOf(station, 6, address, value);
 }
 
+QByteArray writeWordsRequestOf(int station, int first, const std::vector<int>& values)
+{
+    const bool areCoils = first >= LateBus::firstCoils;
+    const auto count = static_cast<int>(values.size());
+    QByteArray request =
+        areCoils ? requestOf(station, 15, 16 * (first - LateBus::firstCoils), 16 * count)
+                 : requestOf(station, 16, first, count);
+    request.append(static_cast<char>(2 * count));
+    for (const int value : values) {
+        const char high = static_cast<char>(value >> 8);
+        const char low = static_cast<char>(value & 0xFF);
+        request.append(areCoils ? low : high).append(areCoils ? high : low);
+    }
+    return request;
+}
+
 bool isGood(const Transmission& ended)
 {
     return ended.reception.result == LineResult::reply && hasGoodCrc(ended.reception.bytes);
@@ -124,18 +140,7 @@ Transmission LateWorld::readWords(int station, int first, int count)
 
 Transmission LateWorld::writeWords(int station, int first, const std::vector<int>& values)
 {
-    const bool areCoils = first >= LateBus::firstCoils;
-    const auto count = static_cast<int>(values.size());
-    QByteArray request =
-        areCoils ? requestOf(station, 15, 16 * (first - LateBus::firstCoils), 16 * count)
-                 : requestOf(station, 16, first, count);
-    request.append(static_cast<char>(2 * count));
-    for (const int value : values) {
-        const char high = static_cast<char>(value >> 8);
-        const char low = static_cast<char>(value & 0xFF);
-        request.append(areCoils ? low : high).append(areCoils ? high : low);
-    }
-    return ask(request, 8);
+    return ask(writeWordsRequestOf(station, first, values), 8);
 }
 
 void LateWorld::pass(Clock::duration time)

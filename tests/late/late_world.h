@@ -49,6 +49,8 @@ private:
 
 QByteArray readRequestOf(int station, int first, int count);
 QByteArray writeRequestOf(int station, int address, int value);
+// Coils from LateBus::firstCoils on, else registers.
+QByteArray writeWordsRequestOf(int station, int first, const std::vector<int>& values);
 bool isGood(const Transmission& ended);
 int wordOf(const Transmission& ended, int index);
 // The same of coils: the first is the lowest bit.
