@@ -96,6 +96,7 @@ void Exchange::transact(const Transmission& request, Done done, Clock::time_poin
     current_.number = 0;
     current_.reception = Reception();
     done_ = std::move(done);
+    markersAstray_.begin();
     wasSilent_ = false; // before: the plug may have been out
     markersLeft_ = station().marksAtOnce(collector_.knowsAdapter() || current_.isRead());
     holdEnd_ = Clock::time_point();

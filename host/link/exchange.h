@@ -174,6 +174,7 @@ private:
     QByteArray answeredOtherwise_;              // namely
     int bytesCame_ = 0;                         // since the frame was sent
     Astray astray_;                             // of them, what was no reply
+    Astray markersAstray_;                      // of the marker before this request that says most
     Micros wireTime_{0};
 };
 

@@ -177,6 +177,11 @@ void Exchange::markerFinished(LineResult result, Clock::time_point now)
     marked.markFailed = !isSound(marker_.reception);
     if (marked.markFailed) {
         marker_.why = reasonOf(marker_.reception, marker_.replyLength);
+        if (result != LineResult::timeout)
+            astray_.addGarbled(marker_.reception.bytes, marker_.replyLength);
+        if (!astray_.saysLessThan(markersAstray_))
+            markersAstray_ = astray_;
+        markersAstray_.lineWasSound = astray_.lineWasSound;
         // Silent as it is, it gets one marker for each request from here on.
         if (++marked.marksUnanswered > firstEchoes)
             markersLeft_ = 0;
@@ -190,8 +195,7 @@ void Exchange::markerFinished(LineResult result, Clock::time_point now)
         // Not sent, and it is the station that did not answer: for a probe one frame is enough.
         current_.timeout = marker_.timeout;
         isMarking_ = false;
-        if (result != LineResult::timeout)
-            astray_.addGarbled(marker_.reception.bytes, marker_.replyLength);
+        astray_ = markersAstray_;
         finish(LineResult::timeout);
         return;
     }

@@ -64,9 +64,10 @@ void Exchange::takeArrival(Arrival arrival, Clock::time_point now)
         if (frame.reception.bytes.size() < frame.replyLength)
             gap_.ended(frame.reception.bytes, frame.replyLength, lastActivity_);
         flushBehind(now);
-        if (state_ == State::listening)
+        if (state_ == State::listening) {
+            report({StrayKind::noise, frame.reception.bytes, now});
             next(now);
-        else if (isMarking_)
+        } else if (isMarking_)
             markerFinished(result, now);
         else
             finish(result);

@@ -99,4 +99,9 @@ void Astray::addGarbled(const QByteArray& reply, int expectedLength)
     frame = from < due ? Reason::cutShort : Reason::badCrc;
 }
 
+bool Astray::saysLessThan(const Astray& other) const
+{
+    return frame == Reason::none && (other.frame != Reason::none || other.noise > noise);
+}
+
 } // namespace dov417

@@ -47,6 +47,8 @@ struct Astray {
     void add(const Stray& stray);
     // The reply to what was sent first, to tell late replies.
     void addGarbled(const QByteArray& reply, int expectedLength);
+    // Does it tell less than the other? Bytes tell more than silence, a frame more than bytes.
+    bool saysLessThan(const Astray& other) const;
 };
 
 } // namespace dov417

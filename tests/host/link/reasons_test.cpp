@@ -190,6 +190,96 @@ TEST(AReason, IsThatOfTheMarkersWhereOnlyTheseWentOut)
     }
 }
 
+// Of several markers for one request, each answered by something else, one tells more than others.
+TEST(AReason, IsThatOfTheMarkerThatSaysMost)
+{
+    struct Answered {
+        std::vector<const char*> by; // in turn, if it is an echo; empty: nothing
+        Reason why;
+        const char* words;
+    };
+    const Answered each[] = {
+        {{"01080000FFFFFFFF"}, Reason::badCrc, "bad CRC"},
+        {{"FE01AA", ""}, Reason::noFrame, "no answer: 3 bytes came, but no frame"},
+        {{"01080000FFFFFFFF", "FE01AA"}, Reason::badCrc, "bad CRC"},
+        {{"FE01AA", "010800"}, Reason::cutShort, "reply cut short: 3 of 8 bytes"},
+    };
+    for (const Answered& answered : each) {
+        HandLine line;
+        line.settings.isShared = true;
+        line.settings.timeout.isFixed = true;
+        line.start();
+        line.ask("010306000001", dueBytes);
+        for (std::size_t seen = 0; !line.ended && seen < 10; ++seen) {
+            const bool isSaid = seen < answered.by.size() && seen < line.sent.size();
+            if (isSaid && line.sent.at(seen).at(1) == 8)
+                line.come(answered.by.at(seen));
+            line.pass(milliseconds(600));
+        }
+        ASSERT_TRUE(line.ended.has_value());
+        EXPECT_EQ(line.reason().substr(0, std::string(answered.words).size()), answered.words);
+        EXPECT_EQ(reasonOf(line.ended->reception, dueBytes), answered.why);
+    }
+}
+
+// The station is known, and after one garbled reply a marker precedes the next request.
+TEST(AReason, IsThatOfTheMarkerToAStationThatIsKnown)
+{
+    struct Answered {
+        const char* name;
+        const char* by; // a frame or bytes
+        bool isFrame;
+        const char* words;
+    };
+    const Answered each[] = {
+        {"garbled", "01080000FFFFFFFF", false, "bad CRC"},
+        {"noise", "FF01AA", false, "no answer: 3 bytes came, but no frame"},
+        {"station", "020800000001", true, "no answer: another station answered (2)"},
+        {"function", "0104020007", true, "no answer: another function was answered (4)"},
+        {"nothing", "", false, "no answer: no byte came"},
+    };
+    for (const Answered& answered : each) {
+        SCOPED_TRACE(answered.name);
+        HandLine line;
+        line.settings.timeout.isFixed = true;
+        line.start();
+        line.ask(readOf100, dueBytes);
+        line.comeWhole("0103021234");
+        line.pass(milliseconds(20));
+        line.ask(readOf100, dueBytes);
+        line.come("01030212340000");
+        line.pass(milliseconds(200));
+        ASSERT_EQ(line.reason(), "bad CRC");
+        line.ask(readOf200, dueBytes);
+        ASSERT_EQ(line.sent.size(), 3U);
+        ASSERT_EQ(line.sent.back().at(1), 8) << "a marker";
+        if (answered.isFrame)
+            line.comeWhole(answered.by);
+        else
+            line.come(answered.by);
+        line.pass(seconds(1));
+        ASSERT_TRUE(line.ended.has_value());
+        EXPECT_EQ(line.reason(), answered.words);
+        EXPECT_EQ(line.sent.size(), 3U);
+    }
+}
+
+// What comes late and garbled is in the log and in the counters.
+TEST(AReason, IsNotLostOfWhatComesGarbledWhileAStationIsListenedTo)
+{
+    HandLine line;
+    line.start();
+    line.ask(readOf100, dueBytes);
+    line.pass(milliseconds(600));
+    line.ask(readOf100, dueBytes);
+    ASSERT_EQ(line.sent.size(), 1U) << "it is listened to";
+    line.come("01030212340000");
+    line.pass(milliseconds(200));
+    ASSERT_EQ(line.strays.size(), 1U);
+    EXPECT_EQ(line.strays.front().kind, StrayKind::noise);
+    EXPECT_EQ(line.strays.front().bytes, QByteArray::fromHex("01030212340000"));
+}
+
 TEST(Reasons, HaveANameAndAKeyEach)
 {
     std::set<std::string> names;

@@ -24,7 +24,7 @@ protected:
         Session session(library, SessionSettings{1, 20});
         recording.follow(session);
         line.device = slave.port();
-        line.isShared = false; // the slave answers one request, and no marker
+        line.isShared = isMarked; // else the slave answers one request, and no marker
         EXPECT_TRUE(session.open(line).accepted);
         Address address;
         address.regName = "R_W";
@@ -38,6 +38,7 @@ protected:
     }
     PtySlave slave;
     LineSettings line;
+    bool isMarked = false;
 };
 
 TEST_F(ARecording, NamesTheFramesThatPassed)
@@ -55,6 +56,23 @@ TEST_F(ARecording, TellsThatNoReplyCameAndHowLongItWasAwaited)
 {
     line.timeout = milliseconds(70);
     EXPECT_THAT(readOnce(), HasSubstr(" -- | no answer within 70 ms: no byte came\n"));
+}
+
+// Of a station that is not known yet nothing but markers may go out.
+TEST_F(ARecording, HasTheGarbledAnswersToMarkers)
+{
+    isMarked = true;
+    line.timeout = milliseconds(70);
+    slave.arrived = [this](const QByteArray& request) {
+        QByteArray garbled = request;
+        garbled[7] = static_cast<char>(garbled.at(7) ^ 1);
+        slave.send(garbled);
+    };
+    const std::string log = readOnce();
+    EXPECT_THAT(log, HasSubstr(" TX 01 08 00 00 "));
+    EXPECT_THAT(log, HasSubstr(" RX 01 08 00 00 "));
+    EXPECT_THAT(log, HasSubstr("bad CRC"));
+    EXPECT_THAT(log, ::testing::Not(HasSubstr("no byte came")));
 }
 
 TEST_F(ARecording, KeepsWhatWasThrownAway)
