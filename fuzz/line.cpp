@@ -19,7 +19,10 @@ const std::vector<LateQuestion> questions = {
     {"read two of d", 1, false, dov417::otherAddress + 4, 2},
     {"read two of e", 1, false, dov417::otherAddress + 8, 2},
     {"read two of f", 2, false, dov417::otherAddress + 4, 2},
-    {"read three of g", 1, false, dov417::otherAddress + 11, 3}};
+    {"read three of g", 1, false, dov417::otherAddress + 11, 3},
+    // Behind all others, so that the corpus keeps its meaning.
+    {"probe a", 1, false, dov417::writtenAddress, 1, true},
+    {"probe b", 1, false, dov417::otherAddress, 1, true}};
 
 LateModelSettings settingsOf(Script& script)
 {
@@ -44,7 +47,7 @@ LateEvent eventOf(Script& script)
     };
     // What is frequent on a line stands here more than once.
     static const Choice choices[] = {
-        {Kind::ask, 8, 0},           {Kind::ask, 8, 0},           {Kind::ask, 8, 0},
+        {Kind::ask, 8, 0},           {Kind::ask, 8, 0},           {Kind::ask, 10, 0},
         {Kind::replyComes, 2, 0},    {Kind::replyComes, 2, 0},    {Kind::replyComes, 2, 0},
         {Kind::replyBegins, 2, 1},   {Kind::replyIsSpoilt, 2, 1}, {Kind::replyIsLost, 2, 0},
         {Kind::timePasses, 1, 0},    {Kind::timePasses, 1, 0},    {Kind::timerIsLate, 1, 10},

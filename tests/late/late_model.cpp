@@ -152,6 +152,7 @@ void LateModel::ask(const LateQuestion& question)
                                : readRequestOf(question.station, question.address, question.count));
     request.replyLength = question.isWrite ? 8 : 5 + 2 * question.count;
     request.request.length = question.count;
+    request.isCyclic = request.isToSilent = question.isProbe;
     exchange_.transact(
         request, [](const Transmission& ended) { current->ended(ended); }, now_);
 }

@@ -28,6 +28,7 @@ struct LateQuestion {
     bool isWrite;
     int address;
     int count;
+    bool isProbe = false; // a read of a station that has been silent for some time
 };
 
 // The first can be written; of the others the values tell their station and address.

@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "line/crc16.h"
+#include "link/station_probes.h"
 
 namespace dov417 {
 
@@ -57,7 +58,63 @@ public:
         return tally_;
     }
 
+    // As the driver polls, with stations that are switched off and on again.
+    Tally playProbes(int requests)
+    {
+        world_.heard = [this](int station) { probes_.heard(station, world_.now); };
+        for (int i = 0; i < requests; ++i) {
+            const int station = bus_.between(1, static_cast<int>(bus_.stations.size()));
+            switchSome();
+            if (bus_.share() < 0.1)
+                write(station);
+            else
+                poll(station);
+            world_.pass(milliseconds(bus_.between(0, 100)));
+            countSilence();
+        }
+        return play(0, false);
+    }
+
 private:
+    void switchSome()
+    {
+        for (auto& [number, station] : bus_.stations) {
+            Switched& switched = switched_[number];
+            if (world_.now < switched.until)
+                continue;
+            std::swap(switched.loses, station.loses);
+            switched.until = world_.now + milliseconds(bus_.between(1000, 60000));
+        }
+    }
+
+    void poll(int station)
+    {
+        const int first = bus_.share() < 0.3 ? written() : bus_.between(0, 9);
+        const int count = bus_.between(1, 2);
+        Transmission request;
+        request.sent = withCrc(readRequestOf(station, first, count));
+        request.replyLength = 5 + 2 * count;
+        request.request.station = station;
+        request.request.length = count;
+        request.isCyclic = true;
+        for (int attempt = 1; attempt <= attempts; ++attempt) {
+            const StationProbes::Turn turn = probes_.mayGoOut(request.sent, world_.now).turn;
+            if (turn == StationProbes::Turn::notNow)
+                return;
+            request.isToSilent = turn == StationProbes::Turn::probe;
+            Transmission ended = world_.run(request);
+            ended.verdict = isGood(ended)         ? replyAccepted
+                            : attempt == attempts ? replyAbandoned
+                                                  : replyBad;
+            probes_.ended(ended, world_.now);
+            for (int n = 0; isGood(ended) && n < count; ++n)
+                show(station, first + n, wordOf(ended, n));
+            if (isGood(ended))
+                return;
+        }
+        ++tally_.givenUp;
+    }
+
     int written()
     {
         return LateBus::firstWritten + bus_.between(0, 3);
@@ -240,9 +297,17 @@ private:
         }
     }
 
+    // What a station loses when it is switched the next time.
+    struct Switched {
+        double loses = 1;
+        Clock::time_point until{};
+    };
+
     LateWorld& world_;
     LateBus& bus_;
-    std::map<int, Shown> shown_; // by station
+    StationProbes probes_;
+    std::map<int, Switched> switched_; // by station
+    std::map<int, Shown> shown_;       // by station
     int lastValue_ = 0;
     Clock::time_point began_{};
     Tally tally_;
@@ -417,6 +482,14 @@ Tally playEchoRound(unsigned seed, int requests)
     populate(world);
     world.bus.echoes = true;
     return playOn(world, requests);
+}
+
+Tally playProbeRound(unsigned seed, int requests)
+{
+    LateWorld world(seed);
+    populate(world);
+    world.start();
+    return Rounds(world).playProbes(requests);
 }
 
 namespace {

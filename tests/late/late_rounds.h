@@ -52,6 +52,9 @@ Tally playMixedModemRound(unsigned seed, int requests);
 // The same where another program has just written.
 Tally playOthersRound(unsigned seed, int requests);
 
+// As the driver polls, with stations that are switched off and on again.
+Tally playProbeRound(unsigned seed, int requests);
+
 // The same over a network that hands on at intervals of up to 600 ms what has come by then.
 Tally playNetworkRound(unsigned seed, int requests);
 

@@ -4,10 +4,12 @@ namespace dov417 {
 
 namespace {
 
-const std::vector<LateQuestion> questions = {{"read a", 1, false, writtenAddress, 1},
-                                             {"read b", 1, false, otherAddress, 1},
-                                             {"read c", 2, false, otherAddress, 1},
-                                             {"write a", 1, true, writtenAddress, 1}};
+const std::vector<LateQuestion> questions = {
+    {"read a", 1, false, writtenAddress, 1},        {"read b", 1, false, otherAddress, 1},
+    {"read c", 2, false, otherAddress, 1},          {"write a", 1, true, writtenAddress, 1},
+    {"probe a", 1, false, writtenAddress, 1, true}, {"probe b", 1, false, otherAddress, 1, true}};
+const std::vector<std::size_t> asked = {0, 1, 2, 3};
+const std::vector<std::size_t> askedOfProbes = {0, 1, 4, 5};
 
 std::string textOf(const LateEvent& event)
 {
@@ -26,15 +28,15 @@ std::string textOf(const LateEvent& event)
     }
 }
 
-std::vector<LateEvent> eventsOf(const LateModel& model, bool repliesTwice)
+std::vector<LateEvent> eventsOf(const LateModel& model, const ModelSettings& settings)
 {
     std::vector<LateEvent> events;
-    for (std::size_t i = 0; i < questions.size(); ++i)
+    for (const std::size_t i : settings.isProbed ? askedOfProbes : asked)
         events.push_back({LateEvent::Kind::ask, i});
     for (std::size_t station = 0; station < 2; ++station) {
         events.push_back({LateEvent::Kind::replyComes, station});
         events.push_back({LateEvent::Kind::replyIsLost, station});
-        if (repliesTwice)
+        if (settings.repliesTwice)
             events.push_back({LateEvent::Kind::replyComesAndStays, station});
     }
     events.push_back({LateEvent::Kind::timePasses, 0});
@@ -56,7 +58,7 @@ void explore(const LateModel& model, const ModelSettings& settings, int depth, M
         result.goodReplies += model.goodReplies();
         return;
     }
-    for (const LateEvent& event : eventsOf(model, settings.repliesTwice)) {
+    for (const LateEvent& event : eventsOf(model, settings)) {
         LateModel next = model;
         next.apply(event);
         result.path.push_back(textOf(event));
@@ -74,7 +76,8 @@ std::string textOf(const ModelSettings& settings)
                                                    : "no word to the echo") +
            (settings.isTimeoutFixed ? ", fixed time-out" : ", learning time-out") +
            (settings.isShared ? ", shared line" : "") + (settings.refuses ? ", refusal" : "") +
-           (settings.dropsWhenAsked ? ", drops its reply" : "");
+           (settings.dropsWhenAsked ? ", drops its reply" : "") +
+           (settings.isProbed ? ", probed" : "");
 }
 
 } // namespace
@@ -91,7 +94,7 @@ ModelResult checkEveryKind(int depth)
     ModelResult all;
     all.kinds = 0;
     for (const int diagnostics : {1, 0, -1}) {
-        for (int kind = 0; kind < 16 && all.wrong.empty(); ++kind) {
+        for (int kind = 0; kind < 32 && all.wrong.empty(); ++kind) {
             ModelSettings settings;
             settings.depth = depth;
             settings.diagnostics = diagnostics;
@@ -99,6 +102,7 @@ ModelResult checkEveryKind(int depth)
             settings.isShared = (kind & 2) != 0;
             settings.refuses = (kind & 4) != 0;
             settings.dropsWhenAsked = (kind & 8) != 0;
+            settings.isProbed = (kind & 16) != 0;
             const ModelResult result = checkModel(settings);
             ++all.kinds;
             all.states += result.states;

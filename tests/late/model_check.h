@@ -1,5 +1,6 @@
 // All that can happen to the link, one step after the other, up to a depth: two stations, three
-// reads, two of which look alike, and a write; replies that come in time, come late or never.
+// reads, two of which look alike, and a write, or probes; replies that come in time, come late or
+// never.
 #ifndef DOV417_TESTS_MODEL_CHECK_H
 #define DOV417_TESTS_MODEL_CHECK_H
 
@@ -13,6 +14,7 @@ namespace dov417 {
 struct ModelSettings : LateModelSettings {
     int depth = 0;             // events
     bool repliesTwice = false; // what nothing is promised for
+    bool isProbed = false;     // two of the reads are probes, in place of the third and the write
 };
 
 struct ModelResult {

@@ -80,6 +80,8 @@ public:
                                                 : replyBad;
             probes.ended(ended, world.now);
             if (isGood(ended)) {
+                for (int n = 0; n < each.words; ++n)
+                    EXPECT_EQ(wordOf(ended, n), LateBus::ownValue(each.station, each.address + n));
                 heardAt_[each.station] = world.now;
                 ++good[each.station];
                 return;
