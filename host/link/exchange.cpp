@@ -25,6 +25,7 @@ void Exchange::start(const ExchangeSettings& settings, Clock::time_point now)
     lastActivity_ = now;
     astray_ = Astray();
     collector_.forgetAdapter(); // it may be another one
+    earlier_ = transmissions_;
     books_.setHorizon(settings.horizon + maxReplyTime());
     foreignEnd_ = now + settings.horizon;
     // Another run's echo that comes late is not to be taken for ours.

@@ -154,6 +154,7 @@ private:
     bool isForAdapter_ = false; // the marker is one that the adapter's echo cannot be taken for
     int markersLeft_ = 0;       // that may go out for the current request
     long long transmissions_ = 0;
+    long long earlier_ = 0; // of them, when the line was not there: others may have asked since
     unsigned short nextMark_ = 1;
     Done done_;
     Clock::time_point lastActivity_{}; // end of the last byte on the line, ours or theirs

@@ -81,7 +81,7 @@ void Exchange::noteAnswer(const OpenTransmission& answered, Clock::time_point no
     if (isEcho(answered.sent)) {
         heard.marksIgnored = 0;
         // Also a late one, to a marker that was given up.
-        heard.isUnknown = heard.isUnknown && answered.number <= 0;
+        heard.isUnknown = heard.isUnknown && answered.number <= earlier_;
     } else if (heard.markFailed) {
         ++heard.marksIgnored; // it lives, and said nothing to the marker before
     }

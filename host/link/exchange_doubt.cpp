@@ -1,6 +1,8 @@
 // Could a reply be mistaken, and has a marker ended that?
 #include "link/exchange.h"
 
+#include <algorithm>
+
 #include "line/frame_bytes.h"
 #include "link/marker.h"
 
@@ -131,8 +133,9 @@ bool Exchange::endsDoubt(const OpenTransmission& answered, LineResult result, Cl
     const bool isCertain =
         !isWary(now) ||
         (isOfDoubt(marker_) && (isEcho(answered.sent) ? isAlone_ : result == LineResult::reply));
-    const bool isMarkers = answered.number == marker_.number ||
-                           (isEcho(answered.sent) && answered.number > station().lastAsked.number);
+    const bool isMarkers =
+        answered.number == marker_.number ||
+        (isEcho(answered.sent) && answered.number > std::max(earlier_, station().lastAsked.number));
     return (isMarkers && isCertain) || !isInDoubt(now);
 }
 

@@ -136,8 +136,10 @@ bool Exchange::isDropped(Clock::time_point now)
     if (isMarking_ || !station().wasAdapters)
         return false;
     report({StrayKind::late, current_.reception.bytes, now, 0});
-    if (state_ != State::listening)
+    if (state_ != State::listening) {
+        flushBehind(now);
         finish(LineResult::timeout);
+    }
     return true;
 }
 

@@ -206,6 +206,29 @@ TEST_F(Copies, TheEchoOfAMarkerIsNotItsAnswerToARead)
     EXPECT_EQ(line.ended->reception.result, LineResult::reply);
 }
 
+// What came behind a reply that is dropped is dealt with then, and not behind a later one.
+TEST_F(Copies, WhatComesBehindADroppedReplyIsNoSurplus)
+{
+    line.settings.isShared = true;
+    line.start();
+    line.askRead(readOf100, 1);
+    line.exchange->bytesCame(line.sent.back(), line.now); // the adapter's echo
+    line.pass(milliseconds(10));
+    ASSERT_EQ(line.sent.size(), 2U);
+    const QByteArray others = whole("01030203E8");
+    line.exchange->bytesCame(line.sent.back() + others + others, line.now);
+    expectNothing();
+    line.askRead(readOf100, 1);
+    line.pass(milliseconds(10));
+    ASSERT_EQ(line.sent.size(), 3U);
+    ASSERT_EQ(line.sent.back().at(1), 8);
+    line.exchange->bytesCame(line.sent.back(), line.now); // heard
+    line.pass(milliseconds(5));
+    line.exchange->bytesCame(line.sent.back(), line.now); // the station's
+    line.pass(milliseconds(10));
+    EXPECT_EQ(line.doubts, 0) << "nothing was answered twice";
+}
+
 // Nor does it stand before a write, whose own echo would confirm it.
 TEST_F(Copies, TheEchoOfAMarkerIsNotItsAnswerToAWrite)
 {

@@ -43,6 +43,28 @@ TEST_F(ALineThatIsOpenedAgain, DatesALateReplyByTheRequestThatItAnswers)
     EXPECT_EQ(line.ended->asOf, asked) << "nothing newer is known";
 }
 
+// Nor does a marker of before the port was away tell of what another program has asked since.
+TEST_F(ALineThatIsOpenedAgain, EndsNoDoubtByAMarkerOfBefore)
+{
+    line.settings.isShared = true;
+    line.start();
+    line.askRead(readOf100, 1);
+    ASSERT_EQ(line.sent.size(), 1U);
+    ASSERT_EQ(line.sent[0].at(1), 8);
+    line.pass(milliseconds(100));
+    line.exchange->stop();
+    line.pass(seconds(1)); // another program opens the port, asks for R_W:1000, and goes
+    line.start();
+    line.exchange->bytesCame(line.sent[0], line.now); // slow as it is
+    line.pass(milliseconds(10));
+    line.askRead(readOf100, 1);
+    line.pass(milliseconds(10));
+    ASSERT_EQ(line.sent.size(), 2U);
+    EXPECT_EQ(line.sent[1].at(1), 8) << "a marker";
+    line.comeWhole("01030203E8"); // what the other one has asked for
+    EXPECT_FALSE(line.ended.has_value());
+}
+
 // Another program has asked for R_W:1000 meanwhile: its reply looks like ours.
 TEST_F(ALineThatIsOpenedAgain, TakesNoReplyThatMayBeAnotherPrograms)
 {
