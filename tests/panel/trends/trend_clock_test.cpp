@@ -19,21 +19,21 @@ protected:
         letPanelTimeRun();
     }
     // So many seconds after the beginning, as the clock that never jumps counts them.
-    static Clock::time_point after(int seconds)
+    static Clock::time_point after(int secondsLater)
     {
-        return Clock::time_point(std::chrono::hours(5) + std::chrono::seconds(seconds));
+        return Clock::time_point(std::chrono::hours(5) + std::chrono::seconds(secondsLater));
     }
-    static TrendTime at(int seconds)
+    static TrendTime at(int secondsLater)
     {
-        return toTrendTime(after(seconds));
+        return toTrendTime(after(secondsLater));
     }
-    static void goTo(int seconds, const QDateTime& timeOfDay)
+    static void goTo(int secondsLater, const QDateTime& timeOfDay)
     {
-        setPanelTime(after(seconds), timeOfDay);
+        setPanelTime(after(secondsLater), timeOfDay);
     }
-    std::string text(int seconds) const
+    std::string text(int secondsLater) const
     {
-        return clock->text(at(seconds)).toStdString();
+        return clock->text(at(secondsLater)).toStdString();
     }
 
     const QDateTime noon = QDateTime::fromString("2026-02-03T12:00:00", Qt::ISODate);
@@ -75,8 +75,8 @@ TEST_F(TheClockOfTrends, HasAnAxisWithoutHoles)
 
 TEST_F(TheClockOfTrends, FindsTheMomentAtWhichATimeWasShown)
 {
-    const auto moment = [this](int seconds) {
-        return clock->momentOf(noon.addSecs(seconds).toMSecsSinceEpoch());
+    const auto moment = [this](int secondsLater) {
+        return clock->momentOf(noon.addSecs(secondsLater).toMSecsSinceEpoch());
     };
     EXPECT_EQ(moment(-3600), at(-3600)) << "of an earlier session";
     EXPECT_EQ(moment(3600), at(3600)) << "still to come";
