@@ -178,9 +178,10 @@ void MainWindow::makeStatusLine()
 void MainWindow::showState()
 {
     const LineState& state = desk_.state();
-    const bool isAtWork = state.phase == LinePhase::open && !desk_.book().isSilent();
+    const bool isSilent = desk_.book().isSilent();
+    const bool isAtWork = state.phase == LinePhase::open && !isSilent;
     const int old = isAtWork ? oldValues(desk_) : 0;
-    const QString sentence = lineSentence(state, desk_.book().isSilent(), desk_.statistics().get());
+    const QString sentence = lineSentence(desk_.shownState(), isSilent, desk_.statistics().get());
     sentence_->setText(old == 0 ? sentence
                                 : tr("%1 Old: %n value(s).", nullptr, old).arg(sentence));
     const double cycleMs = std::chrono::duration<double, std::milli>(state.cycle).count();
@@ -188,7 +189,8 @@ void MainWindow::showState()
     const bool isRunning = state.phase == LinePhase::open && state.cycles > 0 && cycleMs >= leastMs;
     cycle_->setText(isRunning ? tr("a cycle takes %1 ms").arg(cycleMs, 0, 'f', 1) : QString());
     lock_->setVisible(desk_.hasLine());
-    lock_->setEnabled(state.phase == LinePhase::open || state.isSimulated);
+    lock_->setEnabled((state.phase == LinePhase::open || state.isSimulated) &&
+                      (state.isUnlocked || !isSilent));
     lock_->setChecked(state.isUnlocked);
     lock_->setText(state.isUnlocked ? tr("\u26a0 Writing is unlocked") : tr("Writing is locked"));
     lock_->setToolTip(state.isUnlocked

@@ -195,7 +195,7 @@ QWidget* StartPage::makeLine()
     connect(port_, &QLineEdit::returnPressed, this, [this]() { openLine(); });
     connect(close_, &QPushButton::clicked, this, [this]() {
         if (actions_.mayCloseLine())
-            desk_.close();
+            closeLine();
     });
     return box;
 }
@@ -286,6 +286,14 @@ void StartPage::openLine()
     document_.setLine(setup);
     document_.openLine();
     emit actions_.opened();
+}
+
+void StartPage::closeLine()
+{
+    desk_.close();
+    if (desk_.book().isSilent())
+        emit told(tr("The line is closed as soon as its port goes on. Pull its plug; where that "
+                     "does not help, end this program."));
 }
 
 // As the project has it. What is being typed stays until that is different.

@@ -39,6 +39,7 @@ private:
     void listAllPorts();
     void openTrial();
     void openLine();
+    void closeLine();
     void listRecent();
     void showState();
     void showLine();

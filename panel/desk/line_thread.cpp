@@ -61,7 +61,14 @@ void LineThread::watch(const std::vector<Address>& addresses)
 
 void LineThread::setUnlocked(bool isUnlocked)
 {
-    ask([line = line_, isUnlocked](LineWorker& worker) { worker.setUnlocked(line, isUnlocked); });
+    ask([line = line_, isUnlocked, asked = Clock::now()](LineWorker& worker) {
+        worker.setUnlocked(line, isUnlocked, asked);
+    });
+}
+
+void LineThread::endHang()
+{
+    ask([line = line_, told = Clock::now()](LineWorker& worker) { worker.endHang(line, told); });
 }
 
 void LineThread::setConditions(const simulator::Conditions& conditions)
@@ -71,14 +78,14 @@ void LineThread::setConditions(const simulator::Conditions& conditions)
 
 long long LineThread::write(const Address& address, const std::vector<unsigned char>& data)
 {
-    const WriteOrder order{++writes_, line_, address, data};
+    const WriteOrder order{++writes_, line_, address, data, Clock::now()};
     ask([order](LineWorker& worker) { worker.write(order); });
     return order.number;
 }
 
 long long LineThread::moveRecipe(int line, RecipeKind kind, const std::vector<RecipeEntry>& entries)
 {
-    const RecipeOrder order{++recipes_, line, kind, entries};
+    const RecipeOrder order{++recipes_, line, kind, entries, Clock::now()};
     ask([order](LineWorker& worker) { worker.moveRecipe(order); });
     return order.number;
 }

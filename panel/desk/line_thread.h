@@ -28,6 +28,8 @@ public:
     void leave(std::size_t watched);
     void watch(const std::vector<Address>& addresses);
     void setUnlocked(bool isUnlocked);
+    // Nothing was heard of it for too long.
+    void endHang();
     // Of the own controller, where there is one.
     void setConditions(const simulator::Conditions& conditions);
     // Its number, which the outcome will bear.

@@ -242,15 +242,6 @@ void LineWorker::plan(const std::vector<Address>& addresses)
         collector_.add(view);
 }
 
-void LineWorker::setUnlocked(int line, bool isUnlocked)
-{
-    if (line != line_)
-        return;
-    state_.isUnlocked = isUnlocked && (state_.isSimulated || state_.phase == LinePhase::open);
-    hasNews_ = true;
-    collected();
-}
-
 void LineWorker::setConditions(int line, const simulator::Conditions& conditions)
 {
     if (line == line_)

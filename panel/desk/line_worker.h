@@ -36,6 +36,7 @@ struct WriteOrder {
     int line = 0; // that it was meant for
     Address address;
     std::vector<unsigned char> data;
+    Clock::time_point asked{};
 };
 
 class LineWorker : public QObject {
@@ -46,6 +47,9 @@ public:
     // So often a batch is told in any case, with every value: that is how the window sees how old
     // each is, and that the line's thread lives.
     static constexpr std::chrono::milliseconds pulse{500};
+    // An order to write that has waited longer is refused: the thread hung in a port meanwhile, and
+    // whoever gave it has seen that nothing came of it.
+    static constexpr std::chrono::milliseconds orderPatience{3000};
 
     explicit LineWorker(const Library& library);
     ~LineWorker() override;
@@ -57,7 +61,10 @@ public:
     void watch(int generation, const std::vector<Address>& addresses);
     // Nothing is written before; each line begins locked, and is again when its port has gone, but
     // for the own controller's. Without its port it stays so.
-    void setUnlocked(int line, bool isUnlocked);
+    void setUnlocked(int line, bool isUnlocked, Clock::time_point asked);
+    // The window has heard nothing for too long, and says so at once. Where the thread hung until
+    // now, what was under way ends as where the port goes: it would go on with nobody there.
+    void endHang(int line, Clock::time_point told);
     void write(const WriteOrder& order);
     // Its recipes(), which tell what becomes of it.
     void moveRecipe(const RecipeOrder& order);
@@ -83,7 +90,9 @@ private:
     struct OpenLine;
 
     // Why nothing that was meant for this line is done; empty where it is.
-    std::string refusal(int line, bool isWriting) const;
+    std::string refusal(int line) const;
+    // The same of what writes.
+    std::string writeRefusal(int line, Clock::time_point asked) const;
     void beginLine(int line, int generation, std::size_t watched);
     void makeLine(const LineOrder& order);
     void follow();

@@ -15,20 +15,50 @@ struct PiecesUnderWay {
     PieceResults results;
 };
 
+bool isTooOld(Clock::time_point asked)
+{
+    return Clock::now() - asked > LineWorker::orderPatience;
+}
+
 } // namespace
 
 // Nothing that was meant for one controller may go out to another.
-std::string LineWorker::refusal(int line, bool isWriting) const
+std::string LineWorker::refusal(int line) const
 {
     if (line != line_)
         return tr("another line was opened meanwhile").toStdString();
     if (!session_)
         return tr("the line is closed").toStdString();
-    if (isWriting && state_.phase != LinePhase::open)
-        return portIsAway().toStdString();
-    if (isWriting && !state_.isUnlocked)
-        return tr("writing is locked on this line").toStdString();
     return std::string();
+}
+
+std::string LineWorker::writeRefusal(int line, Clock::time_point asked) const
+{
+    if (const std::string why = refusal(line); !why.empty())
+        return why;
+    if (state_.phase != LinePhase::open)
+        return portIsAway().toStdString();
+    if (!state_.isUnlocked)
+        return tr("writing is locked on this line").toStdString();
+    if (isTooOld(asked))
+        return tr("the port hung; nothing was written").toStdString();
+    return std::string();
+}
+
+void LineWorker::setUnlocked(int line, bool isUnlocked, Clock::time_point asked)
+{
+    if (line != line_ || (isUnlocked && isTooOld(asked)))
+        return;
+    state_.isUnlocked = isUnlocked && (state_.isSimulated || state_.phase == LinePhase::open);
+    hasNews_ = true;
+    collected();
+}
+
+void LineWorker::endHang(int line, Clock::time_point told)
+{
+    const bool hasHung = Clock::now() - told > pulse;
+    if (line == line_ && session_ && hasHung)
+        endWithPort(tr("the port hung").toStdString());
 }
 
 void LineWorker::write(const WriteOrder& order)
@@ -37,7 +67,7 @@ void LineWorker::write(const WriteOrder& order)
         collector_.add(WriteOutcome{number, result});
         collected();
     };
-    if (const std::string why = refusal(order.line, true); !why.empty()) {
+    if (const std::string why = writeRefusal(order.line, order.asked); !why.empty()) {
         told(Result::refused(why));
         return;
     }
@@ -62,7 +92,9 @@ void LineWorker::write(const WriteOrder& order)
 
 void LineWorker::moveRecipe(const RecipeOrder& order)
 {
-    const std::string why = refusal(order.line, order.kind == RecipeKind::download);
+    const std::string why = order.kind == RecipeKind::download
+                                ? writeRefusal(order.line, order.asked)
+                                : refusal(order.line);
     if (why.empty())
         recipes_.start(*session_, order);
     else
@@ -78,7 +110,7 @@ void LineWorker::cancelRecipe(long long number)
 
 void LineWorker::setGap(int line, int gap)
 {
-    if (!refusal(line, false).empty())
+    if (!refusal(line).empty())
         return; // the next line is opened with settings of its own
     SessionSettings settings = session_->settings();
     settings.gap = gap;

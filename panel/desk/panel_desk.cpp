@@ -53,7 +53,6 @@ void PanelDesk::open(const LineSetup& setup, const simulator::SimulationOptions&
 void PanelDesk::forgetLine()
 {
     book_.forget();
-    book_.setSilent(false);
     statistics_.reset();
     controller_.reset();
     state_ = LineState();
@@ -73,7 +72,8 @@ bool PanelDesk::end()
 
 void PanelDesk::setUnlocked(bool isUnlocked)
 {
-    line_.setUnlocked(isUnlocked);
+    if (!isUnlocked || !book_.isSilent())
+        line_.setUnlocked(isUnlocked);
 }
 
 void PanelDesk::setConditions(const simulator::Conditions& conditions)
@@ -143,8 +143,18 @@ void PanelDesk::removeItems(const std::vector<std::size_t>& places)
 
 // ---- writing --------------------------------------------------------------------------------
 
+// What was ordered would go out whenever the port goes on, with nobody there.
+void PanelDesk::requireHearing() const
+{
+    if (book_.isSilent())
+        throw UsageFailure(tr("the port hangs, and nothing is asked of it; pull its plug, or end "
+                              "this program")
+                               .toStdString());
+}
+
 void PanelDesk::requireWriting() const
 {
+    requireHearing();
     if (state_.phase != LinePhase::open)
         throw UsageFailure(portIsAway().toStdString());
     if (!state_.isUnlocked)
@@ -238,7 +248,9 @@ void PanelDesk::listen()
 {
     if (book_.isSilent() || panelNow() - lastHeard_ < patience)
         return;
+    hanging_ = state_;
     book_.setSilent(true);
+    line_.endHang();
     tellAllValues();
     emit stateChanged();
 }

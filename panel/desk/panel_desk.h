@@ -33,7 +33,7 @@ class PanelDesk : public QObject {
 
 public:
     // Nothing heard of the line's thread for so long: it hangs in a port.
-    static constexpr std::chrono::milliseconds patience{3000};
+    static constexpr std::chrono::milliseconds patience = LineWorker::orderPatience;
     static constexpr std::size_t maxWrites = 10000; // in the list, the oldest go first
 
     // The library is to outlive it.
@@ -60,6 +60,11 @@ public:
     const LineState& state() const
     {
         return state_;
+    }
+    // While the line's thread hangs: the one that it was, whichever is asked for meanwhile.
+    const LineState& shownState() const
+    {
+        return book_.isSilent() ? hanging_ : state_;
     }
     const std::vector<PanelWrite>& writes() const
     {
@@ -118,6 +123,7 @@ public:
     void addItems(const std::vector<Item>& items);
     void removeItems(const std::vector<std::size_t>& places);
     void setStationNames(const StationNames& names);
+    // While the line's thread hangs it is not unlocked: that would happen whenever it goes on.
     void setUnlocked(bool isUnlocked);
     // Of the own controller, until another line is opened.
     void setConditions(const simulator::Conditions& conditions);
@@ -165,6 +171,7 @@ private:
     void watch(const std::vector<Address>& addresses);
     void forgetLine();
     std::vector<Address> valueAddresses() const;
+    void requireHearing() const;
     void requireWriting() const;
     void tellAllValues();
     void listen();
@@ -178,6 +185,7 @@ private:
     ValueBook book_;
     LineSetup setup_;
     LineState state_;
+    LineState hanging_;            // as it was when nothing more was heard
     long long recipe_ = 0;         // under way
     std::size_t recipeValues_ = 0; // of a download
     std::vector<PanelWrite> writes_;

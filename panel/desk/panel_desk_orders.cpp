@@ -33,6 +33,7 @@ long long PanelDesk::moveRecipe(int line, RecipeKind kind, const std::vector<Rec
 {
     if (!hasLine())
         throw UsageFailure(tr("no line is open").toStdString());
+    requireHearing();
     if (line != lineNumber())
         throw UsageFailure(tr("another line was opened meanwhile").toStdString());
     if (recipeIsUnderWay())

@@ -24,6 +24,7 @@ struct RecipeOrder {
     int line = 0; // that it was meant for
     RecipeKind kind = RecipeKind::read;
     std::vector<RecipeEntry> entries;
+    Clock::time_point asked{};
 };
 
 struct RecipeNews {

@@ -77,8 +77,8 @@ QString lineSentence(const LineState& state, bool isSilent, const LinkStatistics
     const QString reason = QString::fromStdString(state.reason);
     if (isSilent)
         return StateTexts::tr(
-                   "%1 does not let go of its port: nothing is known of it at present. Pull "
-                   "its plug, or close the line.")
+                   "%1 does not let go of its port: nothing is known of it at present, and nothing "
+                   "is written. Pull its plug; where that does not help, end this program.")
             .arg(port);
     switch (state.phase) {
     case LinePhase::closed:
