@@ -4,7 +4,9 @@
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QSignalBlocker>
 #include <QVBoxLayout>
+#include <utility>
 
 #include "driver/default_line.h"
 #include "link/network_address.h"
@@ -88,8 +90,9 @@ std::vector<ProjectStation> trialStations()
 }
 
 StartPage::StartPage(PanelDesk& desk, ProjectDocument& document, ProjectActions& actions)
-    : PanelPage(desk), document_(document), actions_(actions), port_(new QLineEdit),
-      wire_(new QComboBox), ports_(new QTreeWidget), recent_(new QListWidget),
+    : PanelPage(desk), document_(document), actions_(actions),
+      listing_([]() { return listPorts().ports; }), port_(new QLineEdit), wire_(new QComboBox),
+      ports_(new QTreeWidget), recent_(new QListWidget),
       open_(new QPushButton(tr("&Open for reading"))),
       close_(new QPushButton(tr("&Close the line"))), verdict_(new QLabel)
 {
@@ -232,14 +235,32 @@ void StartPage::showRecent(const QStringList& projects)
     none->setFlags(Qt::NoItemFlags);
 }
 
-void StartPage::listAllPorts()
+void StartPage::listPortsBy(const PortListing& listing)
 {
-    showPorts(listPorts().ports);
+    listing_ = listing;
+    listAllPorts();
 }
 
 void StartPage::showPorts(const std::vector<PortEntry>& ports)
 {
+    listPortsBy([ports]() { return ports; });
+}
+
+// Adapters come and go, and so does who uses them.
+void StartPage::showEvent(QShowEvent* event)
+{
+    PanelPage::showEvent(event);
+    listAllPorts();
+}
+
+// The row that is chosen stays so, and what was typed stays, too.
+void StartPage::listAllPorts()
+{
+    const QSignalBlocker blocker(ports_);
+    const QList<QTreeWidgetItem*> selected = ports_->selectedItems();
+    const QString chosen = selected.isEmpty() ? QString() : selected.first()->text(0);
     ports_->clear();
+    const std::vector<PortEntry> ports = listing_();
     for (const PortEntry& port : ports) {
         const QString group = QString::fromStdString(port.group);
         const QString may = port.mayOpen      ? tr("yes")
@@ -249,6 +270,9 @@ void StartPage::showPorts(const std::vector<PortEntry>& ports)
             new QTreeWidgetItem({QString::fromStdString(port.device),
                                  QString::fromStdString(port.adapter), usersText(port), may}));
     }
+    if (!chosen.isEmpty())
+        for (QTreeWidgetItem* const item : ports_->findItems(chosen, Qt::MatchExactly))
+            ports_->setCurrentItem(item);
     if (ports_->topLevelItemCount() > 0)
         return;
     auto* const none = new QTreeWidgetItem({QString(), tr("This computer has no serial port")});
@@ -315,6 +339,9 @@ void StartPage::showLine()
 void StartPage::showState()
 {
     close_->setEnabled(desk_.hasLine());
+    const LinePhase before = std::exchange(phase_, desk_.state().phase);
+    if (phase_ == LinePhase::refused && before != phase_)
+        listAllPorts(); // the sentence sends people here to see who uses it
 }
 
 } // namespace dov417

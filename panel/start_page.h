@@ -8,6 +8,7 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QTreeWidget>
+#include <functional>
 
 #include "link/port_list.h"
 #include "panel/project/project_actions.h"
@@ -28,9 +29,14 @@ public:
     QString title() const override;
     QIcon icon() const override;
 
-    // In place of this computer's.
+    // In place of this computer's, whenever they are listed.
+    using PortListing = std::function<std::vector<PortEntry>()>;
+    void listPortsBy(const PortListing& listing);
     void showPorts(const std::vector<PortEntry>& ports);
     void showRecent(const QStringList& projects);
+
+protected:
+    void showEvent(QShowEvent* event) override;
 
 private:
     QWidget* makeTrial();
@@ -46,6 +52,8 @@ private:
 
     ProjectDocument& document_;
     ProjectActions& actions_;
+    PortListing listing_;
+    LinePhase phase_ = LinePhase::closed; // as last shown
     bool isLineShown_ = false;
     QString shownPort_; // of the project
     QString shownWire_;

@@ -90,6 +90,36 @@ TEST_F(TheStartPage, OpensTheOnlyPortWithTheEnterKeyAlone)
     EXPECT_TRUE(waitUntil([this]() { return allAre(ValueState::good); })) << sentence();
 }
 
+TEST_F(TheStartPage, ListsThePortsAgainWhenItIsShownAndWhenOneIsRefused)
+{
+    std::vector<PortEntry> now = {{"/dev/there-is-none", "none", "", {}, true, ""}};
+    page->listPortsBy([&now]() { return now; });
+    QTest::mouseClick(ports->viewport(), Qt::LeftButton, Qt::NoModifier,
+                      ports->visualItemRect(ports->topLevelItem(0)).center());
+    EXPECT_EQ(port()->text(), "/dev/there-is-none");
+    port()->selectAll();
+    QTest::keyClicks(port(), "/dev/there-is-none-either");
+    window.showPage(1);
+    now.insert(now.begin(), {"/dev/another", "just plugged in", "", {}, true, ""});
+    EXPECT_EQ(ports->topLevelItemCount(), 1);
+    window.showPage(0);
+    ASSERT_EQ(ports->topLevelItemCount(), 2);
+    EXPECT_EQ(row(0).at(1), "just plugged in");
+    EXPECT_TRUE(ports->topLevelItem(1)->isSelected());
+    EXPECT_FALSE(ports->topLevelItem(0)->isSelected());
+    EXPECT_EQ(port()->text(), "/dev/there-is-none-either") << "typed meanwhile";
+    now.front().users = {{1417, "minicom"}};
+    EXPECT_EQ(row(0).at(2), "");
+    QTest::keyClick(port(), Qt::Key_Return);
+    window.showPage(0);
+    ASSERT_TRUE(waitUntil([this]() { return desk.state().phase == LinePhase::refused; }));
+    EXPECT_EQ(row(0).at(2), "minicom");
+    now.clear();
+    window.showPage(1);
+    window.showPage(0);
+    EXPECT_EQ(row(0).at(1), "This computer has no serial port");
+}
+
 TEST_F(TheStartPage, SaysWhereThereIsNoPort)
 {
     page->showPorts({});
