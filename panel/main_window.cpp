@@ -142,7 +142,7 @@ void MainWindow::addPage(PanelPage* page)
     connect(go, &QAction::triggered, this, [this, number]() { showPage(number - 1); });
     connect(page, &PanelPage::told, this, [this](const QString& text) { tell(text); });
     document_.addPage(page);
-    actions_->askToo([page]() { return page->mayForget(); });
+    actions_->addPage(page);
 }
 
 void MainWindow::tell(const QString& text)

@@ -39,4 +39,19 @@ bool PanelPage::mayForget()
     return true;
 }
 
+bool PanelPage::hasUnsaved() const
+{
+    return false;
+}
+
+OrderedJson PanelPage::unsaved() const
+{
+    return OrderedJson::object();
+}
+
+QString PanelPage::takeUpUnsaved(const OrderedJson& /*unsaved*/)
+{
+    return {};
+}
+
 } // namespace dov417

@@ -57,12 +57,20 @@ public:
     // Before another project, or none, is in its place: asks where something would be lost that is
     // in no file. False: it stays as it is.
     virtual bool mayForget();
+    // What of that would be lost if the program ended now: {} where that is nothing. A copy keeps
+    // it, and the next program's page takes it up, after the project that it is of: as one step,
+    // and not saved. Returns what a person is to be told of that.
+    virtual bool hasUnsaved() const;
+    virtual OrderedJson unsaved() const;
+    virtual QString takeUpUnsaved(const OrderedJson& unsaved);
 
 signals:
     // What a person should read now, below whatever page; an empty text takes it back.
     void told(const QString& text);
     // A person has arranged it otherwise.
     void settingsChanged();
+    // What unsaved() tells is another.
+    void unsavedChanged();
 
 protected:
     PanelDesk& desk_;

@@ -98,16 +98,18 @@ void ProjectActions::setHistory(QUndoStack* history)
     histories_.setActiveStack(shown);
 }
 
-void ProjectActions::askToo(const std::function<bool()>& mayForget)
+void ProjectActions::addPage(PanelPage* page)
 {
-    others_.push_back(mayForget);
+    pages_.push_back(page);
+    unsaved_.addPage(page);
 }
 
 // The project last: where something else is saved, the project may name its file.
 bool ProjectActions::mayLeave()
 {
     return mayCloseLine() &&
-           std::all_of(others_.begin(), others_.end(), [](const auto& may) { return may(); }) &&
+           std::all_of(pages_.begin(), pages_.end(),
+                       [](PanelPage* page) { return page->mayForget(); }) &&
            mayForget();
 }
 
@@ -246,7 +248,12 @@ void ProjectActions::offerUnsaved(const QStringList& projects)
         return;
     }
     unsaved_.adopt(copy);
-    emit told(tr("This is what was not saved; save it to keep it."));
+    QStringList said(tr("This is what was not saved; save it to keep it."));
+    for (PanelPage* const page : pages_)
+        if (const auto kept = copy.ofPages.find(page->settingsName()); kept != copy.ofPages.end())
+            said += page->takeUpUnsaved(*kept);
+    said.removeAll(QString());
+    emit told(said.join(QLatin1Char(' ')));
     emit opened();
 }
 

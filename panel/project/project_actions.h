@@ -18,8 +18,9 @@ public:
     // Adds the menus File and Edit to the window's bar.
     ProjectActions(PanelDesk& desk, ProjectDocument& document, QMainWindow& window);
 
-    // Whether what is edited on a page and is in no project may be lost; it asks.
-    void askToo(const std::function<bool()>& mayForget);
+    // What is edited there and is in no project is asked about, and kept, too. It is to outlive the
+    // use of this.
+    void addPage(PanelPage* page);
     // What Edit takes back from now on. Null: what was edited in the project.
     void setHistory(QUndoStack* history);
 
@@ -60,7 +61,7 @@ private:
     ProjectDocument& document_;
     QMainWindow& window_;
     UnsavedWork unsaved_;
-    std::vector<std::function<bool()>> others_; // that may be lost, or not
+    std::vector<PanelPage*> pages_;
     QUndoGroup histories_;
     QMenu* recent_ = nullptr;
 };

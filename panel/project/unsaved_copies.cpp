@@ -7,6 +7,7 @@
 #include <QStandardPaths>
 #include <QUuid>
 #include <algorithm>
+#include <climits>
 
 #include "line/failure.h"
 #include "live/line_members.h"
@@ -17,6 +18,7 @@ namespace dov417 {
 namespace {
 
 const char* const unsavedMember = "unsavedOf"; // the project's file
+const char* const pagesMember = "unsavedOfPages";
 const char* const lockEnding = ".lock";
 constexpr int lettersOfAName = 8;
 
@@ -60,6 +62,9 @@ void read(const Library& library, UnsavedCopy& copy)
     const std::string of = copy.project.isEmpty() ? path : copy.project.toStdString();
     copy.read = readContent(library, text, of);
     copy.read.origin.project.others.erase(unsavedMember);
+    copy.read.origin.project.others.erase(pagesMember);
+    if (root.contains(pagesMember) && root.at(pagesMember).is_object())
+        copy.ofPages = root.at(pagesMember);
     if (copy.project.isEmpty() || !QFileInfo::exists(copy.project)) {
         copy.differences = differences(ProjectContent(), copy.read.content);
         return;
@@ -74,6 +79,20 @@ void read(const Library& library, UnsavedCopy& copy)
         copy.differences = QStringList(UnsavedTexts::tr("the file itself cannot be read: %1")
                                            .arg(QString::fromUtf8(failure.what())));
     }
+}
+
+// Only recipes have any.
+QStringList differencesOf(const OrderedJson& ofPages)
+{
+    QStringList texts;
+    for (const auto& [name, unsaved] : ofPages.items()) {
+        const auto values = unsaved.is_object() ? unsaved.find("values") : unsaved.end();
+        const int count = values == unsaved.end()
+                              ? 0
+                              : static_cast<int>(std::min<std::size_t>(values->size(), INT_MAX));
+        texts += UnsavedTexts::tr("the recipe in the buffer, of %n value(s)", nullptr, count);
+    }
+    return texts;
 }
 
 struct TagDifferences {
@@ -115,12 +134,14 @@ QString unsavedName(const QString& folder, const QString& project)
     return QDir(folder).filePath(beginningOf(project) + letters);
 }
 
-std::string unsavedText(const ProjectImage& image)
+std::string unsavedText(const ProjectImage& image, const OrderedJson& ofPages)
 {
     ProjectImage copy = image;
     auto origin = std::make_shared<ProjectOrigin>(*image.origin);
     if (!image.file.empty())
         origin->project.others[unsavedMember] = image.file;
+    if (!ofPages.empty())
+        origin->project.others[pagesMember] = ofPages;
     copy.origin = origin;
     return copy.text();
 }
@@ -141,6 +162,7 @@ std::vector<UnsavedCopy> findUnsaved(const Library& library, const QStringList& 
         copy.made = QFileInfo(path).lastModified();
         try {
             read(library, copy);
+            copy.differences += differencesOf(copy.ofPages);
         } catch (const UsageFailure& failure) {
             copy.problem = QString::fromUtf8(failure.what());
         }

@@ -22,8 +22,9 @@ struct UnsavedCopy {
     QDateTime made;
     QDateTime saved; // the project's file; not valid: there is none
     ReadContent read;
-    QString problem;         // why it cannot be used; empty where it can
-    QStringList differences; // from the project's file, in sentences
+    OrderedJson ofPages = OrderedJson::object(); // by the pages' members; see PanelPage::unsaved()
+    QString problem;                             // why it cannot be used; empty where it can
+    QStringList differences;                     // from the project's file, in sentences
     std::shared_ptr<QLockFile> lock;
 };
 
@@ -31,8 +32,8 @@ struct UnsavedCopy {
 QString unsavedFolder();
 // A new name for a copy of this project, which may be empty, within the folder.
 QString unsavedName(const QString& folder, const QString& project);
-// What stands in a copy: the project, and whose it is.
-std::string unsavedText(const ProjectImage& image);
+// What stands in a copy: the project, whose it is, and what of the pages is in no project.
+std::string unsavedText(const ProjectImage& image, const OrderedJson& ofPages);
 
 // Of these projects and of all in the user's folder, the latest first. They are locked until the
 // last copy of the structure has gone. Copies in which nothing differs are removed.

@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <algorithm>
 
 #include "line/failure.h"
 #include "line/replace_file.h"
@@ -62,6 +63,28 @@ UnsavedWork::~UnsavedWork()
     writer_.waitForDone();
 }
 
+void UnsavedWork::addPage(PanelPage* page)
+{
+    pages_.push_back(page);
+    connect(page, &PanelPage::unsavedChanged, this, [this]() { follow(); });
+}
+
+OrderedJson UnsavedWork::ofPages() const
+{
+    OrderedJson all = OrderedJson::object();
+    for (const PanelPage* const page : pages_)
+        if (page->hasUnsaved())
+            all[page->settingsName()] = page->unsaved();
+    return all;
+}
+
+bool UnsavedWork::isAnything() const
+{
+    return document_.isModified() ||
+           std::any_of(pages_.begin(), pages_.end(),
+                       [](const PanelPage* page) { return page->hasUnsaved(); });
+}
+
 void UnsavedWork::adopt(const UnsavedCopy& copy)
 {
     writer_.start([kept = copy_, copy]() {
@@ -87,7 +110,7 @@ void UnsavedWork::drop()
 
 void UnsavedWork::follow()
 {
-    if (!document_.isModified())
+    if (!isAnything())
         drop();
     else if (!timer_.isActive())
         timer_.start();
@@ -95,12 +118,12 @@ void UnsavedWork::follow()
 
 void UnsavedWork::write()
 {
-    if (!document_.isModified())
+    if (!isAnything())
         return;
-    writer_.start([this, kept = copy_, image = document_.image()]() {
+    writer_.start([this, kept = copy_, image = document_.image(), pages = ofPages()]() {
         QString why;
         try {
-            const QByteArray text = QByteArray::fromStdString(unsavedText(image));
+            const QByteArray text = QByteArray::fromStdString(unsavedText(image, pages));
             const QString project = QString::fromStdString(image.file);
             QDir().mkpath(unsavedFolder());
             const bool isBeside = !project.isEmpty() &&

@@ -10,6 +10,7 @@
 #include <QTimer>
 #include <chrono>
 #include <memory>
+#include <vector>
 
 #include "panel/project/project_document.h"
 #include "panel/project/unsaved_copies.h"
@@ -28,6 +29,8 @@ public:
     // A copy that was not dropped stays and is offered to the next panel.
     ~UnsavedWork() override;
 
+    // What it has unsaved is kept, too. It is to outlive the last copy that is written.
+    void addPage(PanelPage* page);
     // The document has taken this one up: it is its own from now on.
     void adopt(const UnsavedCopy& copy);
     // Writes what is not saved and returns when that has been done.
@@ -41,10 +44,13 @@ signals:
 private:
     struct Copy;
 
+    bool isAnything() const;
+    OrderedJson ofPages() const;
     void follow();
     void write();
 
     ProjectDocument& document_;
+    std::vector<const PanelPage*> pages_;
     QTimer timer_;
     std::shared_ptr<Copy> copy_; // of the writing thread
     QThreadPool writer_;

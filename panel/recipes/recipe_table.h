@@ -5,14 +5,24 @@
 #ifndef DOV417_PANEL_RECIPE_TABLE_H
 #define DOV417_PANEL_RECIPE_TABLE_H
 
+#include <QStringList>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
 #include "panel/desk/value_book.h"
+#include "panel/recipes/recipe_copy.h"
 #include "panel/recipes/recipe_rows.h"
 
 namespace dov417 {
+
+// Where a name means something else by now, what was edited for it has a row of its own, by the
+// address that it was edited for.
+struct RecipeTakenUp {
+    std::vector<RecipeCell> cells;
+    QStringList others;   // such names
+    QStringList problems; // what could not be had back, and why
+};
 
 class RecipeTable {
 public:
@@ -51,6 +61,9 @@ public:
     // Those of the buffer are so again. A value that nobody watches has its row again, or none
     // where neither file nor buffer have it.
     void put(const std::vector<RecipeCell>& cells);
+    // For a program that ends, and what the next one makes the buffer of. It is to put the cells.
+    std::vector<RecipeCopyValue> bufferToKeep() const;
+    RecipeTakenUp takenUp(const std::vector<RecipeCopyValue>& values) const;
     std::size_t valuesInRecipe() const;
     // Besides; they are saved and not downloaded.
     std::size_t unwatchedInRecipe() const;

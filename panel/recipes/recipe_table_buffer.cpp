@@ -66,6 +66,47 @@ std::vector<RecipeCell> RecipeTable::buffer() const
     return cells;
 }
 
+std::vector<RecipeCopyValue> RecipeTable::bufferToKeep() const
+{
+    std::vector<RecipeCopyValue> values;
+    for (const std::vector<RecipeRow>* const rows : {&rows_, &parked_})
+        for (const RecipeRow& row : *rows)
+            if (row.isInRecipe())
+                values.push_back(copyOf(library_, row));
+    return values;
+}
+
+RecipeTakenUp RecipeTable::takenUp(const std::vector<RecipeCopyValue>& values) const
+{
+    RecipeTakenUp taken;
+    taken.cells = buffer();
+    for (RecipeCell& cell : taken.cells)
+        cell.bytes.clear();
+    std::unordered_multimap<std::string, const RecipeRow*> byName;
+    for (const RecipeRow& row : rows_)
+        byName.emplace(row.value.label.name, &row);
+    for (const RecipeCopyValue& value : values) {
+        const auto [first, last] = byName.equal_range(value.name);
+        const auto same = std::find_if(first, last, [this, &value](const auto& each) {
+            return isOf(library_, value, each.second->value);
+        });
+        if (same != last) {
+            taken.cells.push_back(
+                {{same->second->value.address, value.name}, value.bytes, nullptr});
+            continue;
+        }
+        try {
+            const auto own = std::make_shared<const PanelValue>(valueByAddress(library_, value));
+            taken.cells.push_back({{own->address, own->label.name}, value.bytes, own});
+            if (own->label.name != value.name)
+                taken.others += QString::fromStdString(value.name);
+        } catch (const UsageFailure& failure) {
+            taken.problems += QString::fromUtf8(failure.what());
+        }
+    }
+    return taken;
+}
+
 void RecipeTable::put(const std::vector<RecipeCell>& cells)
 {
     for (const RecipeCell& cell : cells) {

@@ -174,7 +174,7 @@ void RecipesPage::showState()
 
 bool RecipesPage::mayReplaceBuffer()
 {
-    if (!recipe_.isChanged() || recipe_.valuesInRecipe() + recipe_.unwatchedInRecipe() == 0)
+    if (!hasUnsaved())
         return true;
     return QMessageBox::question(this, tr("Replace the buffer"),
                                  tr("What is in the buffer has not been saved. Replace it?"),
@@ -202,8 +202,7 @@ void RecipesPage::readFile(const QString& file)
 {
     std::size_t locked = 0;
     model_.makeAnew([&]() { locked = recipe_.load(file.toStdString()); });
-    path_ = QFileInfo(file).absoluteFilePath();
-    bufferFile_ = path_;
+    noteFile(file);
     QStringList said;
     if (const auto outside = static_cast<int>(recipe_.valuesOutside()); outside > 0)
         said += tr("%n value(s) of the file lie outside their limits; as long as they do, nothing "
@@ -240,8 +239,8 @@ bool RecipesPage::saveFile(const QString& file)
         emit told(QString::fromUtf8(failure.what()));
         return false;
     }
-    path_ = QFileInfo(file).absoluteFilePath();
-    bufferFile_ = path_;
+    noteFile(file);
+    emit unsavedChanged();
     emit told(tr("%1 is written; dov417 recipe reads it, too.").arg(path_));
     model_.tellChanges();
     showState();
@@ -274,12 +273,16 @@ std::function<void()> RecipesPage::prepared(const OrderedJson& settings)
         path_ = file;
         showState();
         // Its names are those of the project, which may not be there yet.
-        if (!file.isEmpty())
-            QTimer::singleShot(0, this, [this, file]() {
-                if (file == path_ && QFileInfo::exists(file) && loadFile(file))
-                    history_.clear();
-            });
+        namedFile_ = file;
+        QTimer::singleShot(0, this, [this]() { loadNamedFile(); });
     };
+}
+
+void RecipesPage::loadNamedFile()
+{
+    const QString file = std::exchange(namedFile_, QString());
+    if (!file.isEmpty() && file == path_ && QFileInfo::exists(file) && loadFile(file))
+        history_.clear();
 }
 
 // Undoing what was edited elsewhere would exchange the file, and with it the buffer.

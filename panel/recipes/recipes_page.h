@@ -31,6 +31,9 @@ public:
     bool settingsAreSteps() const override;
     QUndoStack* ownHistory() override;
     bool mayForget() override;
+    bool hasUnsaved() const override;
+    OrderedJson unsaved() const override;
+    QString takeUpUnsaved(const OrderedJson& unsaved) override;
 
     // False where it cannot be had or is no recipe, which is told; nothing is different then.
     bool loadFile(const QString& file);
@@ -57,6 +60,9 @@ private:
     void forgetRecipe();
     void beginProject();
     void readFile(const QString& file);
+    void loadNamedFile();
+    void noteFile(const QString& file); // its content is the buffer's
+    bool saveInPath();
     void chooseFile();
     bool chooseFileToSave();
     void move(RecipeKind kind);
@@ -80,8 +86,10 @@ private:
     QPushButton* const cancel_; // there while something is moved
     QLabel* const file_;
     QLabel* const result_;
-    QString path_;       // of the file that was loaded or saved last
-    QString bufferFile_; // whose content the buffer was before it was edited
+    QString path_;         // of the file that was loaded or saved last
+    QString bufferFile_;   // whose content the buffer was before it was edited
+    std::string fileHash_; // of what stood in that of path_ then
+    QString namedFile_;    // by a project; to be loaded
     QUndoStack history_;
     bool isChanging_ = false; // by change()
     QTimer lookTimer_;

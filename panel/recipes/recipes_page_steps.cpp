@@ -12,8 +12,11 @@ void RecipesPage::forgetRecipe()
     history_.clear();
     path_.clear();
     bufferFile_.clear();
+    fileHash_.clear();
+    namedFile_.clear();
     model_.makeAnew([this]() { recipe_.clear(); });
     result_->clear();
+    emit unsavedChanged();
 }
 
 // What is under way was another machine's.
@@ -30,9 +33,9 @@ void RecipesPage::beginProject()
 bool RecipesPage::mayForget()
 {
     settleTags();
-    const auto values = static_cast<int>(recipe_.valuesInRecipe() + recipe_.unwatchedInRecipe());
-    if (!recipe_.isChanged() || values == 0)
+    if (!hasUnsaved())
         return true;
+    const auto values = static_cast<int>(recipe_.valuesInRecipe() + recipe_.unwatchedInRecipe());
     const QString name = QFileInfo(path_).fileName();
     const QString question = path_.isEmpty() ? tr("Save it?")
                              : isOfPath()
@@ -44,7 +47,7 @@ bool RecipesPage::mayForget()
             QLatin1Char(' ') + question,
         QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, QMessageBox::Save);
     if (answer == QMessageBox::Save)
-        return isOfPath() ? saveFile(path_) : chooseFileToSave();
+        return isOfPath() ? saveInPath() : chooseFileToSave();
     return answer == QMessageBox::Discard;
 }
 
@@ -77,6 +80,7 @@ void RecipesPage::keepStep(const QString& what, const RecipeState& before, const
         [this](const std::vector<RecipeCell>& cells, const QString* file) { put(cells, file); });
     if (!step->isNothing())
         history_.push(step.release());
+    emit unsavedChanged();
 }
 
 // Shows where it was.
@@ -88,6 +92,7 @@ void RecipesPage::put(const std::vector<RecipeCell>& cells, const QString* file)
     model_.makeAnew([&]() { recipe_.put(cells); });
     look();
     showState();
+    emit unsavedChanged();
     if (cells.empty())
         return; // another file of the same values
     const int row = model_.rowOf(cells.front().key);
