@@ -32,6 +32,14 @@ protected:
     // The panel as a person starts it, with something in it that is not saved.
     QProcess& start(const QString& file, const char* address)
     {
+        const QStringList before = copies();
+        QProcess& panel = run({file, QLatin1String(address)});
+        EXPECT_TRUE(waitUntil([&]() { return copies().size() > before.size(); }))
+            << panel.readAllStandardError().toStdString();
+        return panel;
+    }
+    QProcess& run(const QStringList& arguments)
+    {
         panels.push_back(std::make_unique<QProcess>());
         QProcess& panel = *panels.back();
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -39,12 +47,9 @@ protected:
         environment.insert("XDG_CONFIG_HOME", path("other-config"));
         environment.insert("XDG_DATA_HOME", path("data"));
         panel.setProcessEnvironment(environment);
-        const QStringList before = copies();
         panel.start(QStringLiteral(DOV417_PANEL),
-                    {"--library", DOV417_LIBRARY, file, QLatin1String(address)});
+                    QStringList{"--library", DOV417_LIBRARY} + arguments);
         EXPECT_TRUE(panel.waitForStarted());
-        EXPECT_TRUE(waitUntil([&]() { return copies().size() > before.size(); }))
-            << panel.readAllStandardError().toStdString();
         return panel;
     }
     static void end(QProcess& panel)
@@ -93,6 +98,26 @@ TEST_F(UnsavedProject, OutlivesThePanelThatIsKilledAndIsTakenUpByTheNext)
     EXPECT_THAT(textOf(file), HasSubstr("R_W.77"));
     EXPECT_TRUE(waitUntil([this]() { return copies().isEmpty(); }));
     ASSERT_TRUE(window.actions().open(file)) << "nothing is offered";
+}
+
+// What is offered is held by whoever looks at it. It is in a dialog, which nobody answers.
+TEST_F(UnsavedProject, IsOfferedByTheNextPanelAsSoonAsThatStartsAndIsStillThereWhenItEnds)
+{
+    const QString file = written("machine.json", machine);
+    end(start(file, "R_W:77"));
+    ASSERT_EQ(findUnsaved(library, {file}).size(), 1U);
+    const QString lock = folder.filePath(copies().front() + ".lock");
+    for (const QStringList& arguments : {QStringList(), QStringList(file)}) {
+        ASSERT_FALSE(QFile::exists(lock)) << "of the one that was killed";
+        QProcess& next = run(arguments); // the project is one that was opened last
+        EXPECT_TRUE(waitUntil([&]() { return QFile::exists(lock); }));
+        EXPECT_THAT(findUnsaved(library, {file}), IsEmpty());
+        next.terminate();
+        EXPECT_TRUE(next.waitForFinished());
+        EXPECT_EQ(next.exitStatus(), QProcess::NormalExit);
+        EXPECT_EQ(next.exitCode(), 0) << next.readAllStandardError().toStdString();
+        EXPECT_EQ(findUnsaved(library, {file}).size(), 1U);
+    }
 }
 
 TEST_F(UnsavedProject, OfTwoPanelsWithOneFileIsKeptForEach)
