@@ -225,7 +225,7 @@ void MainWindow::changeEvent(QEvent* event)
 void MainWindow::closeEvent(QCloseEvent* event)
 {
     isClosing_ = true;
-    const bool mayClose = asksToSave_ ? actions_->mayLeave() : actions_->mayCloseLine();
+    const bool mayClose = !asksToSave_ || actions_->mayLeave();
     isClosing_ = false;
     if (mayClose && asksToSave_)
         actions_->dropUnsaved();
@@ -235,13 +235,15 @@ void MainWindow::closeEvent(QCloseEvent* event)
 void MainWindow::leave()
 {
     actions_->keepUnsaved();
-    if (isClosing_) { // a question is open that nobody may answer any more
-        QApplication::quit();
-        return;
+    // What is open over the window may be answered by nobody any more.
+    const bool isAsking = isClosing_ || QApplication::activeModalWidget();
+    if (!isClosing_) {
+        asksToSave_ = false;
+        close();
+        asksToSave_ = true;
     }
-    asksToSave_ = false;
-    close();
-    asksToSave_ = true;
+    if (isAsking)
+        QApplication::quit();
 }
 
 void MainWindow::showTitle()

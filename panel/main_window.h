@@ -34,7 +34,8 @@ public:
     {
         return *actions_;
     }
-    // Without asking whether to save: what is not saved is offered to the next panel.
+    // Without asking anything: what is not saved is offered to the next panel, and writes that are
+    // under way end with the line.
     void leave();
     const std::vector<PanelPage*>& pages() const
     {

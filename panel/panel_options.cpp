@@ -162,7 +162,8 @@ void makePanelOptions(CLI::App& app, PanelOptions& options)
         ->option_text("FOLDER")
         ->group(programGroup);
     app.footer("Without options it opens with a page to choose from. A port is opened for reading: "
-               "writing is unlocked in the window.\n"
+               "writing is unlocked in the window. Ended by a signal it asks nothing: what was not "
+               "saved, a recipe's values too, is offered when it is started again.\n"
                "Examples:\n"
                "  dov417-panel machine.json\n"
                "  dov417-panel --simulated R_W:0..3 M_bit:1.0..1.15\n"

@@ -25,12 +25,15 @@ class TrendsPage : public PanelPage {
 
 public:
     explicit TrendsPage(PanelDesk& desk);
+    // A table that is being written is written to its end.
+    ~TrendsPage() override;
 
     QString title() const override;
     QIcon icon() const override;
     std::string settingsName() const override;
     OrderedJson settings() const override;
     std::function<void()> prepared(const OrderedJson& settings) override;
+    bool mayForget() override;
 
     // Into the plot that was touched last; says which of them cannot be shown.
     void showValues(const std::vector<Address>& addresses);
@@ -77,6 +80,7 @@ private:
                     TrendTime to, const QString& whenDone);
     void writeTable();
     void endTable(const QString& how);
+    void finishTable();
 
     TrendHistory history_;
     TrendClock clock_;
@@ -96,8 +100,9 @@ private:
     TrendValuesDialog* const dialog_;
     TrendNotesDialog* const notesDialog_;
     std::unique_ptr<TrendTable> export_;
-    QString exported_;     // its file
-    QString whenExported_; // to be told
+    QString exported_;       // its file
+    QString whenExported_;   // to be told
+    bool isExported_ = true; // the last one, or there was none
     QTimer refreshTimer_;
     QTimer exportTimer_;
 };

@@ -2,6 +2,7 @@
 #include <QFileDialog>
 #include <limits>
 
+#include "panel/desk/yes_question.h"
 #include "panel/trends/trends_page.h"
 
 namespace dov417 {
@@ -79,10 +80,36 @@ void TrendsPage::writeTable()
     try {
         if (!export_->writeMore(rowsPerTurn))
             return;
+        isExported_ = true;
         endTable(whenExported_);
     } catch (const Failure& failure) {
+        isExported_ = false;
         endTable(QString::fromUtf8(failure.what()));
     }
+}
+
+void TrendsPage::finishTable()
+{
+    while (export_)
+        writeTable();
+}
+
+TrendsPage::~TrendsPage()
+{
+    blockSignals(true); // whoever listens is going, too
+    finishTable();
+}
+
+// What it is written of goes with the project.
+bool TrendsPage::mayForget()
+{
+    if (!export_)
+        return true;
+    finishTable();
+    return isExported_ || saysYes(window(), tr("The table was not written"),
+                                  tr("%1 could not be written, and what it was to hold goes now. "
+                                     "Go on all the same?")
+                                      .arg(exported_));
 }
 
 void TrendsPage::endTable(const QString& how)

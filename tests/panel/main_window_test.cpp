@@ -159,6 +159,38 @@ TEST_F(TheWindow, SaysWhyALineCannotBeOpened)
     EXPECT_THAT(part<QLabel>("portVerdict")->text().toStdString(), HasSubstr("fast"));
 }
 
+TEST_F(TheWindow, EndsWithoutAQuestionWhenItIsToThoughWritesAreUnderWay)
+{
+    setup.timeoutMs = 10000;
+    watch({"R_W:100"});
+    open();
+    unlock();
+    stopController(true);
+    desk.write(desk.tags().values.front(), "7");
+    ASSERT_EQ(desk.writesUnderWay(), 1U);
+    answer(QMessageBox::No, "are being written");
+    EXPECT_FALSE(window.close());
+    window.leave(); // a question would stand here
+    EXPECT_FALSE(window.isVisible());
+    stopController(false);
+}
+
+TEST_F(TheWindow, EndsWhenItIsToThoughAQuestionIsOpen)
+{
+    watch({"R_W:100"});
+    open();
+    whenAsked<QMessageBox>(&window, [this](QMessageBox&) { window.leave(); });
+    bool isAnswered = false;
+    QTimer::singleShot(0, &window, [&]() {
+        QTest::mouseClick(part<QToolButton>("lock"), Qt::LeftButton);
+        isAnswered = true;
+    });
+    EXPECT_EQ(QApplication::exec(), 0);
+    EXPECT_TRUE(isAnswered);
+    EXPECT_FALSE(window.isVisible());
+    EXPECT_FALSE(desk.state().isUnlocked);
+}
+
 // What starts the controller waits for a pipe that nobody writes to, and the line's thread for it.
 TEST_F(TheWindow, GoesOnWhileTheLineHangsAndHoldsNoValueForGood)
 {

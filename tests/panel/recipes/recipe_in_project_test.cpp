@@ -297,6 +297,32 @@ TEST_F(ARecipeInAProject, IsAskedAboutThoughNobodyWatchesItsValuesAnyMore)
     EXPECT_TRUE(page->mayForget());
 }
 
+TEST_F(ARecipeInAProject, IsAskedAboutWhileItIsDownloadedButNotWhereNobodyMayAnswer)
+{
+    options.baudLimit = true;
+    options.line = parseRtuFormat("9600,8,EVEN,1"); // so that it takes a while
+    watch({"R_W:1000..1999"});
+    std::string values = "1";
+    for (int i = 1; i < 1000; ++i)
+        values += ", 1";
+    written("long.json", "{\"R_W:1000..1999\": [" + values + "]}");
+    open();
+    unlock();
+    showRecipes();
+    ASSERT_TRUE(page->loadFile(path("long.json")));
+    answerWith(&window, QMessageBox::Yes, "Write 1000 value(s)");
+    QTest::mouseClick(page->findChild<QPushButton*>("download"), Qt::LeftButton);
+    ASSERT_TRUE(desk.recipeIsUnderWay());
+    answerWith(&window, QMessageBox::No,
+               "1000 value(s) are being written. What becomes of them is not known");
+    EXPECT_FALSE(window.close());
+    EXPECT_TRUE(window.isVisible());
+    EXPECT_TRUE(desk.recipeIsUnderWay());
+    window.leave();
+    EXPECT_FALSE(window.isVisible());
+    EXPECT_TRUE(desk.end()) << "the line is left quiet";
+}
+
 } // namespace
 
 } // namespace dov417

@@ -1,6 +1,7 @@
 #include "panel/trends/trends_page.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QInputDialog>
 #include <QMenu>
 #include <QTest>
@@ -9,6 +10,7 @@
 #include <qwt_scale_widget.h>
 #include <sstream>
 
+#include "answering.h"
 #include "panel/main_window.h"
 #include "panel/trends/trend_style.h"
 #include "panel_world.h"
@@ -625,6 +627,33 @@ TEST_F(TheTrendsPage, WritesATableToItsEndBeforeItBeginsAnother)
     EXPECT_FALSE(QFile::exists(second));
     EXPECT_TRUE(page->saveNotes(second));
     EXPECT_TRUE(waitUntil([&]() { return QFile::exists(second); }));
+}
+
+TEST_F(TheTrendsPage, WritesATableToItsEndThoughThePanelEnds)
+{
+    showAll({"R_W:100"});
+    waitForConfirmation();
+    const QString first = folder.filePath("first.csv");
+    const QString second = folder.filePath("second.csv");
+    ASSERT_TRUE(page->saveTable(first));
+    EXPECT_TRUE(page->mayForget());
+    EXPECT_THAT(contentOf(first), HasSubstr("1/R_W:100"));
+    ASSERT_TRUE(page->saveTable(second));
+    EXPECT_FALSE(QFile::exists(second));
+    page.reset();
+    EXPECT_EQ(contentOf(second), contentOf(first));
+}
+
+TEST_F(TheTrendsPage, SaysThatATableCouldNotBeWrittenBeforeThePanelEnds)
+{
+    showAll({"R_W:100"});
+    waitForConfirmation();
+    ASSERT_TRUE(QDir(folder.path()).mkdir("stick"));
+    ASSERT_TRUE(page->saveTable(folder.filePath("stick/values.csv")));
+    ASSERT_TRUE(QDir(folder.filePath("stick")).removeRecursively());
+    answerWith(page.get(), QMessageBox::No, "values.csv could not be written");
+    EXPECT_FALSE(page->mayForget());
+    EXPECT_TRUE(page->mayForget()) << "that was said";
 }
 
 TEST_F(TheTrendsPage, KeepsItsArrangementInAProject)
