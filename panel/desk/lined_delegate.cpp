@@ -19,4 +19,9 @@ void LinedDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
     painter->fillRect(isMirrored ? cell.left() : cell.right(), cell.top(), 1, cell.height(), line);
 }
 
+QSize LinedDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const
+{
+    return QStyledItemDelegate::sizeHint(option, index) + QSize(1, 1);
+}
+
 } // namespace dov417

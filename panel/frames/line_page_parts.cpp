@@ -4,6 +4,7 @@
 #include <QScrollBar>
 
 #include "line/frame_bytes.h"
+#include "panel/desk/column_widths.h"
 #include "panel/desk/row_table.h"
 #include "panel/frames/line_page.h"
 
@@ -26,12 +27,8 @@ void LinePage::makeTable()
     table_->setAccessibleName(tr("What passed on the line"));
     table_->setSelectionMode(QAbstractItemView::SingleSelection);
     makePlain(table_);
-    const int letter = table_->fontMetrics().averageCharWidth();
-    table_->setColumnWidth(LineModel::when, letter * 16);
-    table_->setColumnWidth(LineModel::since, letter * 12);
-    table_->setColumnWidth(LineModel::direction, letter * 14);
-    table_->setColumnWidth(LineModel::meaning, letter * 70);
-    table_->horizontalHeader()->setStretchLastSection(true);
+    setColumnLetters(*table_, {16, 12, 14, 70}); // when, since, direction, meaning
+    fillWithLast(*table_->horizontalHeader());
     // Who chooses a frame wants to look at it.
     connect(table_, &QTableView::clicked, this, [this]() { setHeld(true); });
     // With the wheel, too; not what is scrolled from here.
@@ -48,8 +45,9 @@ void LinePage::makeFields()
     fields_->setAccessibleName(tr("The chosen frame, byte by byte"));
     fields_->setObjectName(QStringLiteral("fields"));
     fields_->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    fields_->horizontalHeader()->setStretchLastSection(true);
+    fillWithLast(*fields_->horizontalHeader());
     makePlain(fields_);
+    setColumnLetters(*fields_, {9, 14, 20}); // byte, bytes, what it is
 }
 
 QWidget* LinePage::makeTools()

@@ -2,6 +2,7 @@
 #include <QHeaderView>
 #include <QVBoxLayout>
 
+#include "panel/desk/column_widths.h"
 #include "panel/desk/flow_layout.h"
 #include "panel/frames/wire_page.h"
 
@@ -73,9 +74,8 @@ QWidget* WirePage::makeBelow()
     frame_->setAccessibleName(tr("The frame that is pointed at"));
     sentence_->setObjectName(QStringLiteral("shares"));
     auto* const keys = new QLabel(
-        tr("Wheel or + and \u2212: closer and farther. Drag, or Shift with \u2190 \u2192: to and "
-           "fro. \u2190 \u2192: from frame to frame. A click or Enter: the frame on the page of "
-           "the line. A and B: rulers, which can be dragged; Esc takes them away."));
+        tr("Wheel: closer and farther. Drag: to and fro. A click: the frame on the page of the "
+           "line. F1: the keys."));
     for (QLabel* const label : {frame_, sentence_, keys}) {
         label->setWordWrap(true);
         label->setAlignment(Qt::AlignTop | Qt::AlignLeft);
@@ -95,11 +95,8 @@ QWidget* WirePage::makeBelow()
     table_->verticalHeader()->hide();
     table_->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     table_->verticalHeader()->setDefaultSectionSize(table_->fontMetrics().height() + 3);
-    const int letter = table_->fontMetrics().averageCharWidth();
+    setColumnLetters(*table_, {0, 9, 12, 12}); // what, part, in a cycle, in all
     table_->horizontalHeader()->setSectionResizeMode(WireSharesModel::what, QHeaderView::Stretch);
-    for (const int column : {WireSharesModel::perCycle, WireSharesModel::inAll})
-        table_->setColumnWidth(column, letter * 12);
-    table_->setColumnWidth(WireSharesModel::part, letter * 9);
     table_->setFixedHeight(table_->verticalHeader()->defaultSectionSize() * wireUses +
                            table_->horizontalHeader()->sizeHint().height() +
                            2 * table_->frameWidth());

@@ -68,7 +68,7 @@ QVariant WireSharesModel::headerData(int section, Qt::Orientation orientation, i
         return QVariant();
     switch (section) {
     case what:
-        return tr("What the line was used for");
+        return tr("Used for");
     case part:
         return tr("Share");
     case perCycle:

@@ -21,12 +21,22 @@ QString timesText(long long times, const QString& what)
     return QStringLiteral("%1 \u00d7 %2").arg(times).arg(what);
 }
 
-QString exceptionsText(const RequestCounters& counters)
+// A station's in brief: what the codes mean stands with its requests, and in the tip.
+enum class CodeText {
+    alone,
+    withName
+};
+
+QString exceptionsText(const RequestCounters& counters, CodeText how)
 {
     QStringList texts;
-    for (const auto& [code, times] : counters.exceptions)
-        texts.append(timesText(times, QStringLiteral("%1 (%2)").arg(code).arg(
-                                          QString::fromStdString(exceptionName(code)))));
+    for (const auto& [code, times] : counters.exceptions) {
+        const QString name =
+            how == CodeText::alone
+                ? QString()
+                : QStringLiteral(" (%1)").arg(QString::fromStdString(exceptionName(code)));
+        texts.append(timesText(times, QString::number(code) + name));
+    }
     return texts.join(QStringLiteral(", "));
 }
 
@@ -44,11 +54,28 @@ QString countText(long long count)
     return count == 0 ? QString() : QString::number(count);
 }
 
+HealthRow remarkRow(const QString& text)
+{
+    HealthRow row;
+    row.name = text;
+    row.kind = HealthRow::Kind::remark;
+    return row;
+}
+
 QString remarkOf(const RequestCounters& counters)
 {
     return QString::fromStdString(counters.notAsked > 0 && !counters.whyNotAsked.empty()
                                       ? counters.whyNotAsked
                                       : counters.givenUp);
+}
+
+QString remarkOf(const StationTime& time)
+{
+    const auto milliseconds = [](Micros each) {
+        return QString::number(static_cast<double>(each.count()) / 1000.0, 'f', 1);
+    };
+    return HealthModel::tr("answers after %1 ms (slowest %2 ms); time-out %3 ms")
+        .arg(milliseconds(time.last), milliseconds(time.slowest), milliseconds(time.timeout));
 }
 
 std::vector<HealthRow> rowsOf(const LinkStatistics& statistics, const StationNames& names)
@@ -58,27 +85,22 @@ std::vector<HealthRow> rowsOf(const LinkStatistics& statistics, const StationNam
         HealthRow row;
         row.name = QString::fromStdString(request);
         row.counters = statistics.requests.at(request);
-        row.remark = remarkOf(row.counters);
         std::vector<HealthRow>& rows = stations[row.counters.station];
         if (rows.empty()) {
             HealthRow station;
             station.name = stationText(names, row.counters.station);
-            station.isStation = true;
+            station.kind = HealthRow::Kind::station;
             rows.push_back(station);
         }
         rows.front().counters.add(row.counters);
         rows.push_back(row);
+        const QString remark = remarkOf(row.counters);
+        if (!remark.isEmpty())
+            rows.push_back(remarkRow(remark));
     }
     for (const StationTime& each : statistics.stations)
-        if (const auto station = stations.find(each.station); station != stations.end()) {
-            const auto milliseconds = [](Micros time) {
-                return QString::number(static_cast<double>(time.count()) / 1000.0, 'f', 1);
-            };
-            station->second.front().remark =
-                HealthModel::tr("answers after %1 ms (slowest %2 ms); time-out %3 ms")
-                    .arg(milliseconds(each.last), milliseconds(each.slowest),
-                         milliseconds(each.timeout));
-        }
+        if (const auto found = stations.find(each.station); found != stations.end())
+            found->second.insert(found->second.begin() + 1, remarkRow(remarkOf(each)));
     std::vector<HealthRow> all;
     for (const auto& [number, rows] : stations)
         all.insert(all.end(), rows.begin(), rows.end());
@@ -90,9 +112,11 @@ std::vector<HealthRow> rowsOf(const LinkStatistics& statistics, const StationNam
 void HealthModel::show(const LinkStatistics& statistics, const StationNames& names)
 {
     std::vector<HealthRow> rows = rowsOf(statistics, names);
-    const bool isSame =
-        std::equal(rows.begin(), rows.end(), rows_.begin(), rows_.end(),
-                   [](const HealthRow& a, const HealthRow& b) { return a.name == b.name; });
+    const bool isSame = std::equal(
+        rows.begin(), rows.end(), rows_.begin(), rows_.end(),
+        [](const HealthRow& a, const HealthRow& b) {
+            return a.kind == b.kind && (a.name == b.name || a.kind == HealthRow::Kind::remark);
+        });
     if (!isSame)
         beginResetModel();
     rows_ = std::move(rows);
@@ -108,6 +132,11 @@ bool HealthModel::hasAny(Column column) const
                        [column](const HealthRow& row) { return !text(row, column).isEmpty(); });
 }
 
+bool HealthModel::isRemark(int row) const
+{
+    return rows_.at(static_cast<std::size_t>(row)).kind == HealthRow::Kind::remark;
+}
+
 int HealthModel::rowCount(const QModelIndex& parent) const
 {
     return parent.isValid() ? 0 : static_cast<int>(rows_.size());
@@ -120,10 +149,13 @@ int HealthModel::columnCount(const QModelIndex& parent) const
 
 QString HealthModel::text(const HealthRow& row, int column)
 {
+    static const QString indent = QStringLiteral("    ");
     const RequestCounters& counters = row.counters;
+    if (row.kind == HealthRow::Kind::remark)
+        return column == name ? indent + indent + row.name : QString();
     switch (column) {
     case name:
-        return row.isStation ? row.name : QStringLiteral("    ") + row.name;
+        return row.kind == HealthRow::Kind::station ? row.name : indent + row.name;
     case sent:
         return QString::number(counters.sent);
     case good:
@@ -134,16 +166,15 @@ QString HealthModel::text(const HealthRow& row, int column)
         return countText(counters.badFor(Reason::silence));
     case badCrc:
         return countText(counters.badFor(Reason::badCrc));
-    case exceptions:
-        return exceptionsText(counters);
-    case others:
-        return othersText(counters);
     case abandoned:
         return countText(counters.abandoned);
     case notAsked:
         return countText(counters.notAsked);
-    case remark:
-        return row.remark;
+    case exceptions:
+        return exceptionsText(counters, row.kind == HealthRow::Kind::station ? CodeText::alone
+                                                                             : CodeText::withName);
+    case others:
+        return othersText(counters);
     default:
         return QString();
     }
@@ -155,15 +186,16 @@ QVariant HealthModel::data(const QModelIndex& index, int role) const
         return QVariant();
     const HealthRow& row = rows_.at(static_cast<std::size_t>(index.row()));
     const int column = index.column();
+    if (role == Qt::ToolTipRole && column == exceptions)
+        return exceptionsText(row.counters, CodeText::withName);
     if (role == Qt::DisplayRole || role == Qt::ToolTipRole)
         return text(row, column);
-    if (role == Qt::FontRole && row.isStation && column != remark) {
+    if (role == Qt::FontRole && row.kind == HealthRow::Kind::station) {
         QFont bold;
         bold.setBold(true);
         return bold;
     }
-    const bool isNumber =
-        column != name && column != exceptions && column != others && column != remark;
+    const bool isNumber = column != name && column != exceptions && column != others;
     if (role == Qt::TextAlignmentRole && isNumber)
         return static_cast<int>(Qt::AlignRight | Qt::AlignVCenter);
     return QVariant();
@@ -186,16 +218,14 @@ QVariant HealthModel::headerData(int section, Qt::Orientation orientation, int r
         return tr("no byte came");
     case badCrc:
         return tr("bad CRC");
-    case exceptions:
-        return tr("exceptions");
-    case others:
-        return tr("other reasons");
     case abandoned:
         return tr("given up");
     case notAsked:
         return tr("not asked");
-    case remark:
-        return tr("Remark");
+    case exceptions:
+        return tr("exceptions");
+    case others:
+        return tr("other reasons");
     default:
         return QVariant();
     }

@@ -11,10 +11,15 @@
 namespace dov417 {
 
 struct HealthRow {
-    QString name;
-    bool isStation = false; // of all its requests
+    enum class Kind {
+        station, // all its requests
+        request,
+        remark // of the row above: what a station takes, why a request was given up last
+    };
+
+    QString name; // of a remark: all there is
+    Kind kind = Kind::request;
     RequestCounters counters;
-    QString remark; // why it was given up last; of a station, what it takes
 };
 
 class HealthModel : public QAbstractTableModel {
@@ -28,19 +33,20 @@ public:
         retries,
         noByte,
         badCrc,
-        exceptions,
-        others,
         abandoned,
         notAsked,
-        remark
+        exceptions, // words, which grow with time
+        others
     };
-    static constexpr int columns = 11;
+    static constexpr int columns = 10;
 
     using QAbstractTableModel::QAbstractTableModel;
 
     void show(const LinkStatistics& statistics, const StationNames& names);
     // Has any row something to say there?
     bool hasAny(Column column) const;
+    // It has the row to itself.
+    bool isRemark(int row) const;
 
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     int columnCount(const QModelIndex& parent = QModelIndex()) const override;

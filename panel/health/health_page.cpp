@@ -16,12 +16,6 @@
 
 namespace dov417 {
 
-namespace {
-
-constexpr int maxCounterLetters = 29; // of a column whose texts grow with time
-
-} // namespace
-
 HealthPage::HealthPage(PanelDesk& desk)
     : PanelPage(desk), advice_(new QLabel), link_(new QLabel), brief_(new QLabel),
       band_(new LinkBand), cycles_(new CyclePlot), table_(new QTableView),
@@ -84,10 +78,11 @@ void HealthPage::makeTable()
     table_->setObjectName(QStringLiteral("counters"));
     table_->setAccessibleName(tr("What became of each request"));
     showRows(*table_, roomInRow);
-    // Name, sent, good, retries, no byte, bad CRC; the others as their heads need.
-    setColumnLetters(*table_, {28, 10, 10, 10, 10, 10, 0, 0, 10, 10});
-    table_->horizontalHeader()->setResizeContentsPrecision(0); // what is seen
-    table_->horizontalHeader()->setStretchLastSection(true);
+    // Name and numbers; the others as their heads need.
+    setColumnLetters(*table_, {28, 9, 9, 9, 9, 9, 9, 9, 0, 0});
+    constexpr int rowsToMeasure = 300; // from those that are seen on
+    table_->horizontalHeader()->setResizeContentsPrecision(rowsToMeasure);
+    fillWithLast(*table_->horizontalHeader());
 }
 
 // ---- what is counted ------------------------------------------------------------------------
@@ -142,7 +137,7 @@ void HealthPage::showCounters()
     for (const HealthModel::Column column :
          {HealthModel::others, HealthModel::abandoned, HealthModel::notAsked})
         table_->setColumnHidden(column, !model_.hasAny(column));
-    fitColumns();
+    fitWords();
     if (!shown_) {
         brief_->setText(tr("Nothing has been counted yet."));
         return;
@@ -153,26 +148,15 @@ void HealthPage::showCounters()
     brief_->setText(lines.join(QLatin1Char('\n')));
 }
 
-// What is longer than there is room for is in its tool tip: the remarks have to be seen, too.
-void HealthPage::fitColumns()
+// A remark is a sentence, and has its row; exceptions have the room for their words.
+void HealthPage::fitWords()
 {
-    const QAbstractItemView& view = *table_;
-    const int most = table_->fontMetrics().averageCharWidth() * maxCounterLetters;
-    int room = table_->viewport()->width() - view.sizeHintForColumn(HealthModel::remark);
-    for (int column = 0; column < HealthModel::remark; ++column)
-        if (column != HealthModel::exceptions && column != HealthModel::others)
-            room -= table_->columnWidth(column); // 0 where it is hidden
-    for (const HealthModel::Column column : {HealthModel::exceptions, HealthModel::others}) {
-        if (table_->isColumnHidden(column))
-            continue;
-        table_->resizeColumnToContents(column);
-        const int wanted = table_->columnWidth(column);
-        const int others =
-            column == HealthModel::exceptions && !table_->isColumnHidden(HealthModel::others) ? most
-                                                                                              : 0;
-        table_->setColumnWidth(column, std::min(wanted, std::max(most, room - others)));
-        room -= table_->columnWidth(column);
-    }
+    table_->clearSpans();
+    for (int row = 0; row < model_.rowCount(); ++row)
+        if (model_.isRemark(row))
+            table_->setSpan(row, 0, 1, HealthModel::columns);
+    if (!table_->isColumnHidden(HealthModel::others)) // else it has what is left
+        table_->resizeColumnToContents(HealthModel::exceptions);
 }
 
 void HealthPage::showAdvice()

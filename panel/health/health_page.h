@@ -35,7 +35,7 @@ private:
     void picture();
     void showAdvice();
     void showCounters();
-    void fitColumns();
+    void fitWords();
     void copyAll();
 
     LinkHistory history_;

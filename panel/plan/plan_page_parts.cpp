@@ -18,7 +18,7 @@ void makePlainRows(QTableView* table, const std::vector<int>& letters)
 {
     showRows(*table, roomInRow);
     table->setSelectionMode(QAbstractItemView::SingleSelection);
-    table->horizontalHeader()->setStretchLastSection(true);
+    fillWithLast(*table->horizontalHeader());
     setColumnLetters(*table, letters);
 }
 

@@ -34,15 +34,22 @@ QVariant aligned(bool isText)
     return static_cast<int>((isText ? Qt::AlignLeft : Qt::AlignRight) | Qt::AlignVCenter);
 }
 
-QString remarksOf(const PlannedRequest& request)
+enum class RemarkLength {
+    inBrief,
+    inFull
+};
+
+QString remarksOf(const PlannedRequest& request, RemarkLength how)
 {
     QStringList remarks;
     if (!request.parts.empty())
         remarks.append(PlanRequestsModel::tr("in %n part(s)", nullptr,
                                              static_cast<int>(request.parts.size())));
     if (request.isAboveLimit())
-        remarks.append(PlanRequestsModel::tr("\u26a0 more than the %1 registers that a strict "
-                                             "controller answers: see max-registers")
+        remarks.append((how == RemarkLength::inBrief
+                            ? PlanRequestsModel::tr("\u26a0 over %1 registers")
+                            : PlanRequestsModel::tr("\u26a0 more than the %1 registers that a "
+                                                    "strict controller answers: see max-registers"))
                            .arg(maxWordsOfARead));
     return remarks.join(QStringLiteral("; "));
 }
@@ -93,7 +100,8 @@ QVariant PlanRequestsModel::data(const QModelIndex& index, int role) const
     case requestTime:
         return msText(request.time);
     case requestRemarks:
-        return remarksOf(request);
+        return remarksOf(request,
+                         role == Qt::ToolTipRole ? RemarkLength::inFull : RemarkLength::inBrief);
     default:
         return QVariant();
     }

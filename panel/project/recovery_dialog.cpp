@@ -7,6 +7,7 @@
 #include <QLocale>
 #include <QVBoxLayout>
 
+#include "panel/desk/column_widths.h"
 #include "panel/desk/dialog_size.h"
 #include "panel/desk/yes_question.h"
 
@@ -36,6 +37,9 @@ RecoveryDialog::RecoveryDialog(std::vector<UnsavedCopy>& copies, QWidget* parent
         {tr("Project"), tr("Kept at"), tr("The file is"), tr("What is different from the file")});
     table_->setRootIsDecorated(false);
     table_->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    constexpr int differences = 3;
+    table_->header()->setSectionResizeMode(differences, QHeaderView::Interactive);
+    fillWithLast(*table_->header());
     auto* const buttons = new QDialogButtonBox;
     take_ = buttons->addButton(tr("&Take it up"), QDialogButtonBox::AcceptRole);
     remove_ = buttons->addButton(tr("&Remove it \u2026"), QDialogButtonBox::DestructiveRole);

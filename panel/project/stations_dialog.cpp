@@ -6,6 +6,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "panel/desk/column_widths.h"
 #include "panel/desk/dialog_size.h"
 #include "panel/desk/state_words.h"
 #include "panel/project/project_fields.h"
@@ -220,10 +221,8 @@ void StationsDialog::makeTable()
     table_->verticalHeader()->hide();
     table_->verticalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
     const int letter = table_->fontMetrics().averageCharWidth();
-    table_->setColumnWidth(StationsModel::number, letter * 12);
-    table_->setColumnWidth(StationsModel::name, letter * 28);
-    table_->setColumnWidth(StationsModel::maxRegisters, letter * 28);
-    table_->horizontalHeader()->setStretchLastSection(true);
+    setColumnLetters(*table_, {12, 28, 28}); // number, name, registers
+    fillWithLast(*table_->horizontalHeader());
     auto* const remove =
         new QShortcut(QKeySequence::Delete, table_, nullptr, nullptr, Qt::WidgetShortcut);
     connect(remove, &QShortcut::activated, this, [this]() { removeChosen(); });

@@ -23,7 +23,7 @@ void RecipesPage::makeTable()
     table_->setAlternatingRowColors(true);
     table_->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed);
     table_->setItemDelegateForColumn(RecipeModel::buffer, new ValueDelegate(table_));
-    table_->horizontalHeader()->setStretchLastSection(true);
+    fillWithLast(*table_->horizontalHeader());
     // Name, address, controller, age, file, buffer, comparison.
     setColumnLetters(*table_, {22, 15, 20, 16, 16, 16, 20});
     connect(table_->selectionModel(), &QItemSelectionModel::selectionChanged, this,

@@ -7,6 +7,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "panel/desk/column_widths.h"
 #include "panel/desk/dialog_size.h"
 #include "panel/desk/row_table.h"
 
@@ -96,8 +97,8 @@ TrendNotesDialog::TrendNotesDialog(const TrendClock& clock, QWidget* parent)
     table_->setAccessibleName(tr("Notes by their time"));
     showRows(*table_, roomInEditedRow);
     const int letter = table_->fontMetrics().averageCharWidth();
-    table_->setColumnWidth(TrendNotesModel::time, letter * 28);
-    table_->horizontalHeader()->setStretchLastSection(true);
+    setColumnLetters(*table_, {28}); // time
+    fillWithLast(*table_->horizontalHeader());
     auto* const remove =
         new QShortcut(QKeySequence::Delete, table_, nullptr, nullptr, Qt::WidgetShortcut);
     auto* const about =

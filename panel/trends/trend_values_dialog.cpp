@@ -5,6 +5,7 @@
 #include <QKeyEvent>
 #include <QVBoxLayout>
 
+#include "panel/desk/column_widths.h"
 #include "panel/desk/dialog_size.h"
 #include "panel/desk/row_table.h"
 
@@ -110,9 +111,8 @@ TrendValuesDialog::TrendValuesDialog(const PanelDesk& desk, QWidget* parent)
     table_->setAccessibleName(tr("Values, those with a tick are in the plot"));
     showRows(*table_, roomInEditedRow);
     const int letter = table_->fontMetrics().averageCharWidth();
-    table_->setColumnWidth(TrendChoice::name, letter * 34);
-    table_->setColumnWidth(TrendChoice::address, letter * 20);
-    table_->horizontalHeader()->setStretchLastSection(true);
+    setColumnLetters(*table_, {34, 20}); // name, address
+    fillWithLast(*table_->horizontalHeader());
     table_->installEventFilter(this);
     title_->setWordWrap(true);
     auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Close);

@@ -6,6 +6,7 @@
 #include <QSplitter>
 #include <QVBoxLayout>
 
+#include "panel/desk/column_widths.h"
 #include "panel/desk/flow_layout.h"
 #include "panel/desk/panel_clock.h"
 #include "panel/desk/row_table.h"
@@ -218,16 +219,9 @@ void TrendsPage::makeReadout()
     table_->setContextMenuPolicy(Qt::ActionsContextMenu);
     table_->setIconSize(QSize(28, table_->fontMetrics().height()));
     table_->setMinimumHeight(table_->fontMetrics().height() * 8);
-    const int letter = table_->fontMetrics().averageCharWidth();
-    for (int column = 0; column < TrendReadout::columns; ++column)
-        table_->setColumnWidth(column, letter * 14);
-    table_->setColumnWidth(TrendReadout::plot, letter * 6);
-    table_->setColumnWidth(TrendReadout::name, letter * 27);
-    table_->setColumnWidth(TrendReadout::state, letter * 16);
-    for (const int column : {TrendReadout::atA, TrendReadout::atB})
-        table_->setColumnWidth(column, letter * 16); // "request failed"
-    table_->setColumnWidth(TrendReadout::known, letter * 9);
-    table_->horizontalHeader()->setStretchLastSection(true);
+    // Plot, name, value, state, at A and at B ("request failed"), five numbers.
+    setColumnLetters(*table_, {6, 27, 14, 16, 16, 16, 14, 14, 14, 14, 9});
+    fillWithLast(*table_->horizontalHeader());
     auto* const remove = new QAction(tr("&Remove from the plot"), table_);
     remove->setShortcut(QKeySequence::Delete);
     remove->setShortcutContext(Qt::WidgetShortcut);

@@ -125,12 +125,8 @@ void ValuesPage::makeTable()
     table_->setContextMenuPolicy(Qt::CustomContextMenu);
     table_->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed);
     table_->setItemDelegateForColumn(ValuesModel::value, new ValueDelegate(table_));
-    const int letter = table_->fontMetrics().averageCharWidth();
-    for (const auto& [column, letters] :
-         {std::pair{ValuesModel::name, 26}, std::pair{ValuesModel::address, 18},
-          std::pair{ValuesModel::value, 20}, std::pair{ValuesModel::state, 36},
-          std::pair{ValuesModel::age, 12}, std::pair{ValuesModel::changes, 12}})
-        table_->setColumnWidth(column, letter * letters);
+    // Name, address, value, state, age, changes.
+    setColumnLetters(*table_, {26, 18, 20, 36, 12, 12});
     table_->horizontalHeader()->setSectionResizeMode(ValuesModel::state, QHeaderView::Stretch);
     connect(table_, &QWidget::customContextMenuRequested, this,
             [this](const QPoint& place) { showMenu(place); });
@@ -175,7 +171,7 @@ QWidget* ValuesPage::makeWrites()
     writes->setAccessibleName(tr("Writes of this session"));
     writes->setObjectName(QStringLiteral("writes"));
     showRows(*writes, roomInEditedRow);
-    writes->horizontalHeader()->setStretchLastSection(true);
+    fillWithLast(*writes->horizontalHeader());
     setColumnLetters(*writes, {12, 24, 16, 16}); // time, name, address, value
     return writes;
 }

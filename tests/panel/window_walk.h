@@ -17,6 +17,7 @@
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QSpinBox>
+#include <QStyleOptionComboBox>
 #include <QTest>
 #include <QTranslator>
 #include <algorithm>
@@ -216,6 +217,48 @@ inline void expectNoTextLeftOut(const QWidget& where)
                 "heading");
 }
 
+inline void expectHeadsShown(const QWidget& where)
+{
+    for (const QHeaderView* const each : where.findChildren<QHeaderView*>())
+        for (int i = 0; each->isVisibleTo(&where) && each->window() == &where &&
+                        each->orientation() == Qt::Horizontal && i < each->count();
+             ++i)
+            EXPECT_TRUE(each->isSectionHidden(i) ||
+                        each->sectionSizeHint(i) <= each->sectionSize(i))
+                << nameOf(*each) << ": "
+                << each->model()->headerData(i, Qt::Horizontal).toString().toStdString()
+                << " needs " << each->sectionSizeHint(i) << " and has " << each->sectionSize(i);
+}
+
+// Whatever may be chosen there.
+inline void expectChoicesShown(const QComboBox& combo)
+{
+    QStyleOptionComboBox option;
+    option.initFrom(&combo);
+    option.editable = combo.isEditable();
+    option.frame = combo.hasFrame();
+    const int room =
+        combo.style()
+            ->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, &combo)
+            .width();
+    // Qt's own idea of what it needs is a few pixels less.
+    const bool hasWhatItAsksFor = combo.width() >= combo.sizeHint().width();
+    for (int i = 0; i < combo.count(); ++i)
+        EXPECT_TRUE(hasWhatItAsksFor ||
+                    combo.fontMetrics().horizontalAdvance(combo.itemText(i)) <= room)
+            << nameOf(combo) << ": " << combo.itemText(i).toStdString();
+}
+
+inline void expectNumberShown(const QAbstractSpinBox& box)
+{
+    constexpr int margins = 2 * 2; // of QLineEdit
+    const auto* const field = box.findChild<QLineEdit*>();
+    EXPECT_LE(box.fontMetrics().horizontalAdvance(field->text()) + margins, field->width())
+        << nameOf(box) << ": " << field->text().toStdString();
+    EXPECT_LE(box.fontMetrics().horizontalAdvance(box.specialValueText()) + margins, field->width())
+        << nameOf(box) << ": " << box.specialValueText().toStdString();
+}
+
 inline void expectNothingCutOff(const QWidget& where)
 {
     for (const QLabel* const each : inSight<QLabel>(where)) {
@@ -226,12 +269,20 @@ inline void expectNothingCutOff(const QWidget& where)
         EXPECT_LE(needed.width(), each->width()) << nameOf(*each);
         EXPECT_LE(needed.height(), each->height()) << nameOf(*each);
     }
-    for (const QAbstractButton* const each : inSight<QAbstractButton>(where))
+    for (const QAbstractButton* const each : inSight<QAbstractButton>(where)) {
         EXPECT_LE(each->minimumSizeHint().width(), each->width())
             << nameOf(*each) << ": " << each->text().toStdString();
+        EXPECT_LE(each->fontMetrics().height(), each->height())
+            << nameOf(*each) << ": " << each->text().toStdString();
+    }
+    for (const QGroupBox* const each : inSight<QGroupBox>(where))
+        EXPECT_LE(each->minimumSizeHint().width(), each->width())
+            << nameOf(*each) << ": " << each->title().toStdString();
     for (const QComboBox* const each : inSight<QComboBox>(where))
-        EXPECT_LE(each->fontMetrics().horizontalAdvance(each->currentText()), each->width())
-            << nameOf(*each) << ": " << each->currentText().toStdString();
+        expectChoicesShown(*each);
+    for (const QAbstractSpinBox* const each : inSight<QAbstractSpinBox>(where))
+        expectNumberShown(*each);
+    expectHeadsShown(where);
 }
 
 } // namespace dov417

@@ -4,6 +4,8 @@
 
 #include <QAction>
 
+#include "panel/frames/line_page.h"
+#include "panel/recipes/recipes_page.h"
 #include "project_world.h"
 
 namespace dov417 {
@@ -21,6 +23,7 @@ protected:
         for (int page = 0; page < pageCount(); ++page) {
             window.showPage(page);
             QCoreApplication::processEvents();
+            QCoreApplication::sendPostedEvents(); // what a text that came last has moved
             look(where);
         }
     }
@@ -28,6 +31,44 @@ protected:
     {
         QTest::mouseClick(window.findChild<QPushButton*>("trial"), Qt::LeftButton);
         EXPECT_TRUE(waitUntil([this]() { return allAre(ValueState::good); }));
+    }
+    // A port's line, on which writing is locked.
+    void openLocked()
+    {
+        watch({"R_W:100", "R_W:300", "R_D:2000", "M_bit:1.0"});
+        open();
+        EXPECT_TRUE(waitUntil([this]() { return desk.statistics() != nullptr; }));
+    }
+    template <typename Page>
+    Page& page() const
+    {
+        for (PanelPage* const each : window.pages())
+            if (auto* const found = qobject_cast<Page*>(each))
+                return *found;
+        throw std::logic_error("there is no such page");
+    }
+    // Where a line is at work, pages show what they hide else.
+    void showAtWork(const std::function<void(QWidget&)>& look)
+    {
+        openLocked();
+        showAll(look, window);
+        const QString log = path("recorded.log");
+        ASSERT_TRUE(waitUntil([&]() { return page<LinePage>().saveLog(log); }));
+        ASSERT_TRUE(page<LinePage>().openLog(log));
+        showAll(look, window);
+        window.showPage(static_cast<int>(window.pages().size()) - 2);
+        ASSERT_TRUE(page<RecipesPage>().isVisible());
+        stopController(true);
+        QTest::mouseClick(window.findChild<QPushButton*>("upload"), Qt::LeftButton);
+        ASSERT_TRUE(waitUntil(
+            [this]() { return window.findChild<QPushButton*>("cancelRecipe")->isVisible(); }));
+        QCoreApplication::processEvents();
+        EXPECT_TRUE(desk.recipeIsUnderWay());
+        look(window);
+        stopController(false);
+        EXPECT_TRUE(waitUntil([this]() { return !desk.recipeIsUnderWay(); }));
+        QCoreApplication::processEvents();
+        look(window);
     }
 };
 
@@ -88,6 +129,16 @@ TEST_F(TheTranslatedWindow, CutsNothingOff)
     showAll(expectFitsTheScreen, window);
 }
 
+TEST_F(TheTranslatedWindow, CutsNothingOffWhileItIsAtWork)
+{
+    showAtWork(expectFitsTheScreen);
+}
+
+TEST_F(TheTranslatedWindow, LeavesNoTextOutWhileItIsAtWork)
+{
+    showAtWork(expectNoTextLeftOut);
+}
+
 class TheWindowInLargeLetters : private LargeLetters, public TheWholeWindow {};
 
 TEST_F(TheWindowInLargeLetters, CutsNothingOff)
@@ -95,6 +146,11 @@ TEST_F(TheWindowInLargeLetters, CutsNothingOff)
     showTrial();
     EXPECT_TRUE(waitUntil([this]() { return desk.statistics() != nullptr; }));
     showAll(expectFitsTheScreen, window);
+}
+
+TEST_F(TheWindowInLargeLetters, CutsNothingOffWhileItIsAtWork)
+{
+    showAtWork(expectFitsTheScreen);
 }
 
 } // namespace

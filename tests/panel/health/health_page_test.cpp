@@ -123,9 +123,21 @@ protected:
     std::string cell(const std::string& request, HealthModel::Column column) const
     {
         for (int row = 0; row < table->model()->rowCount(); ++row)
-            if (table->model()->index(row, 0).data().toString().trimmed().toStdString() == request)
+            if (named(row) == request)
                 return table->model()->index(row, column).data().toString().toStdString();
         return "no such row";
+    }
+    // It has a row to itself, as wide as the table.
+    std::string remarkBelow(const std::string& request) const
+    {
+        for (int row = 1; row < table->model()->rowCount(); ++row)
+            if (named(row - 1) == request && table->columnSpan(row, 0) == HealthModel::columns)
+                return named(row);
+        return "there is none";
+    }
+    std::string named(int row) const
+    {
+        return table->model()->index(row, 0).data().toString().trimmed().toStdString();
     }
     int count(const std::string& request, HealthModel::Column column) const
     {
@@ -152,7 +164,7 @@ TEST_F(TheHealthPage, CountsEachRequestBelowItsStation)
     ASSERT_TRUE(waitUntil([this]() { return count("read  2#T3(1)", HealthModel::good) > 5; }));
     EXPECT_EQ(cell("station 1", HealthModel::good), cell("read  1#R_W100(1)", HealthModel::good));
     EXPECT_EQ(cell("station 2", HealthModel::sent), cell("read  2#T3(1)", HealthModel::sent));
-    EXPECT_THAT(cell("station 2", HealthModel::remark), StartsWith("answers after "));
+    EXPECT_THAT(remarkBelow("station 2"), StartsWith("answers after "));
     EXPECT_EQ(cell("read  2#T3(1)", HealthModel::badCrc), "");
     EXPECT_TRUE(table->isColumnHidden(HealthModel::others));
     EXPECT_THAT(text("advice"), StartsWith("\u2713 Each request of the last minute"));
@@ -189,7 +201,7 @@ TEST_F(TheHealthPage, NamesTheStationThatAloneIsSilent)
     EXPECT_TRUE(waitUntil([this]() { return advises("Only station 3 is silent."); }));
     EXPECT_GT(count("read  3#R_W5(1)", HealthModel::retries), 0);
     EXPECT_FALSE(table->isColumnHidden(HealthModel::abandoned));
-    EXPECT_NE(cell("read  3#R_W5(1)", HealthModel::remark), "");
+    EXPECT_NE(remarkBelow("read  3#R_W5(1)"), "there is none");
 }
 
 TEST_F(TheHealthPage, NamesTheExceptionsOfARequest)
@@ -202,6 +214,30 @@ TEST_F(TheHealthPage, NamesTheExceptionsOfARequest)
     }));
     EXPECT_THAT(cell("read  1#R_W100(1)", HealthModel::exceptions),
                 HasSubstr("\u00d7 2 (illegal data address)"));
+}
+
+// What is beside the list of pages in a window of 1280 x 800.
+TEST_F(TheHealthPage, ShowsItsWordsInFull)
+{
+    page.resize(1100, 700);
+    options.faults = {"exception:2=every:2", "flip=every:3"};
+    watch({"R_W:100", "R_D:2000"});
+    openWithoutWaiting();
+    ASSERT_TRUE(waitUntil([this]() {
+        return count("station 1", HealthModel::badCrc) > 10 &&
+               cell("read  1#R_W100(1)", HealthModel::exceptions).size() > 20;
+    }));
+    EXPECT_THAT(cell("station 1", HealthModel::exceptions), testing::EndsWith(" \u00d7 2"));
+    EXPECT_THAT(remarkBelow("station 1"), StartsWith("answers after "));
+    const QAbstractItemView& view = *table;
+    for (int row = 0; row < table->model()->rowCount(); ++row)
+        for (int column = 0; column < HealthModel::others; ++column) { // which has what is left
+            const QModelIndex index = table->model()->index(row, column);
+            const QRect shown = table->visualRect(index); // of all that it spans
+            EXPECT_TRUE(table->isColumnHidden(column) ||
+                        view.sizeHintForIndex(index).width() <= shown.width())
+                << index.data().toString().toStdString();
+        }
 }
 
 TEST_F(TheHealthPage, CallsNoLineGoodOnWhichAReplyWasBad)

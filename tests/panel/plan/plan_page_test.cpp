@@ -148,7 +148,10 @@ TEST_F(ThePlanPage, ShowsWhatGoesBeyondTheLimitAndThePartsWithAMaximum)
     watch({"R_W:0..127"});
     show();
     EXPECT_THAT(drawn(3), testing::EndsWith("##!!!]"));
-    EXPECT_THAT(column("planRequests", 5), ElementsAre(HasSubstr("more than the 125 registers")));
+    EXPECT_THAT(column("planRequests", 5), ElementsAre("\u26a0 over 125 registers"));
+    const auto* const requests = page->findChild<QTableView*>("planRequests")->model();
+    EXPECT_THAT(requests->index(0, 5).data(Qt::ToolTipRole).toString().toStdString(),
+                HasSubstr("a strict controller answers: see max-registers"));
     EXPECT_THAT(column("planGaps", 3).front(), HasSubstr("1 over 125"));
     page.reset();
 
