@@ -256,12 +256,7 @@ QString LineModel::text(int row, int column) const
     case when:
         return timeText(each.entry.time);
     case since:
-        return row == 0
-                   ? QString()
-                   : QString::number(static_cast<double>(
-                                         (each.entry.time - rowAt(row - 1).entry.time).count()) /
-                                         1000.0,
-                                     'f', 3);
+        return sinceText(row);
     case direction:
         return directionText(each.entry.direction);
     case meaning:
@@ -272,6 +267,16 @@ QString LineModel::text(int row, int column) const
     default:
         return QString();
     }
+}
+
+// A remark is told once it is known, which may be after the next request has begun: none then.
+QString LineModel::sinceText(int row) const
+{
+    if (row == 0)
+        return QString();
+    const double micros =
+        static_cast<double>((rowAt(row).entry.time - rowAt(row - 1).entry.time).count());
+    return micros < 0 ? QString() : QString::number(micros / 1000.0, 'f', 3);
 }
 
 QVariant LineModel::data(const QModelIndex& index, int role) const

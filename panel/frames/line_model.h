@@ -70,6 +70,7 @@ private:
     std::optional<LineRow> rowOf(const Passed& passed) const;
     void append(const std::vector<LineRow>& rows);
     QString text(int row, int column) const;
+    QString sinceText(int row) const;
 
     std::vector<Area> areas_;
     std::deque<LineRow> rows_;
