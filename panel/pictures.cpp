@@ -6,6 +6,7 @@
 #include <QPixmap>
 
 #include "line/failure.h"
+#include "panel/desk/write_failure.h"
 
 namespace dov417 {
 
@@ -47,7 +48,7 @@ void takePictures(MainWindow& window, const QString& folder)
                     .arg(folder, each->title().toLower(),
                          isDark ? QStringLiteral("dark") : QStringLiteral("light"));
             if (!window.grab().save(file))
-                throw Failure("cannot write " + file.toStdString());
+                throw cannotWrite(file, QString());
         }
     }
     QApplication::setPalette(before);

@@ -30,22 +30,32 @@ struct TrialTag {
 
 // See simulator/plant.h for what lives by itself.
 const TrialTag trialTags[] = {
-    {"oven.temperature", "R_W:32", "\u00b0C", 0.01, 1, "a sine of 10 s"},
-    {"water.temperature", "R_W:33", "\u00b0C", 0.01, 1, "a sine of 20 s"},
-    {"pressure", "R_W:64", "bar", 0.001, 2, "a random walk"},
-    {"flow", "R_W:65", "l/min", 0.01, 1, "a random walk"},
-    {"belt.position", "R_W:0", "mm", 1, 0, "a ramp"},
-    {"belt.speed.wanted", "R_W:100", "mm/s", 0.1, 1, "stays as it is written"},
-    {"oven.wanted", "R_W:101", "\u00b0C", 0.1, 1, "stays as it is written"},
-    {"batch.wanted", "R_D:200", "", 1, -1, "stays as it is written"},
-    {"running.light", "I_bit:0.0..0.15", "", 1, -1, "one bit that runs"},
-    {"switches", "I_bit:2.0..2.15", "", 1, -1, "thrown by chance"},
-    {"valves", "M_bit:1.0..1.15", "", 1, -1, "stay as they are written"},
-    {"timer", "T:5", "s", 0.1, 1, "runs, and begins anew"},
-    {"parts", "C:0", "", 1, -1, "counts up"},
-    {"fan.temperature", "2/R_W:34", "\u00b0C", 0.01, 1, "a sine of 30 s, of station 2"},
-    {"fan.pressure", "2/R_W:66", "mbar", 0.1, 1, "a random walk, of station 2"},
-    {"pump.flow", "3/R_W:67", "l/min", 0.01, 1, "a random walk, of station 3"},
+    {"oven.temperature", "R_W:32", "\u00b0C", 0.01, 1,
+     QT_TRANSLATE_NOOP("StartPage", "a sine of 10 s")},
+    {"water.temperature", "R_W:33", "\u00b0C", 0.01, 1,
+     QT_TRANSLATE_NOOP("StartPage", "a sine of 20 s")},
+    {"pressure", "R_W:64", "bar", 0.001, 2, QT_TRANSLATE_NOOP("StartPage", "a random walk")},
+    {"flow", "R_W:65", "l/min", 0.01, 1, QT_TRANSLATE_NOOP("StartPage", "a random walk")},
+    {"belt.position", "R_W:0", "mm", 1, 0, QT_TRANSLATE_NOOP("StartPage", "a ramp")},
+    {"belt.speed.wanted", "R_W:100", "mm/s", 0.1, 1,
+     QT_TRANSLATE_NOOP("StartPage", "stays as it is written")},
+    {"oven.wanted", "R_W:101", "\u00b0C", 0.1, 1,
+     QT_TRANSLATE_NOOP("StartPage", "stays as it is written")},
+    {"batch.wanted", "R_D:200", "", 1, -1,
+     QT_TRANSLATE_NOOP("StartPage", "stays as it is written")},
+    {"running.light", "I_bit:0.0..0.15", "", 1, -1,
+     QT_TRANSLATE_NOOP("StartPage", "one bit that runs")},
+    {"switches", "I_bit:2.0..2.15", "", 1, -1, QT_TRANSLATE_NOOP("StartPage", "thrown by chance")},
+    {"valves", "M_bit:1.0..1.15", "", 1, -1,
+     QT_TRANSLATE_NOOP("StartPage", "stay as they are written")},
+    {"timer", "T:5", "s", 0.1, 1, QT_TRANSLATE_NOOP("StartPage", "runs, and begins anew")},
+    {"parts", "C:0", "", 1, -1, QT_TRANSLATE_NOOP("StartPage", "counts up")},
+    {"fan.temperature", "2/R_W:34", "\u00b0C", 0.01, 1,
+     QT_TRANSLATE_NOOP("StartPage", "a sine of 30 s, of station 2")},
+    {"fan.pressure", "2/R_W:66", "mbar", 0.1, 1,
+     QT_TRANSLATE_NOOP("StartPage", "a random walk, of station 2")},
+    {"pump.flow", "3/R_W:67", "l/min", 0.01, 1,
+     QT_TRANSLATE_NOOP("StartPage", "a random walk, of station 3")},
 };
 
 const QStringList usualWires = {QStringLiteral("9600,8,EVEN,1"),   QStringLiteral("19200,8,EVEN,1"),
@@ -69,7 +79,7 @@ std::vector<Item> trialItems(const Library& library)
     for (const TrialTag& tag : trialTags) {
         Item item = find.find(tag.address, Access::read);
         item.name = tag.name;
-        item.comment = tag.comment;
+        item.comment = StartPage::tr(tag.comment).toStdString();
         item.format.scaling = Scaling{tag.scale, 0, tag.decimals, tag.unit};
         item.ofLimits = item.format;
         items.push_back(item);
@@ -80,10 +90,11 @@ std::vector<Item> trialItems(const Library& library)
 std::vector<ProjectStation> trialStations()
 {
     std::vector<ProjectStation> stations;
-    for (const char* const name : {"oven and belt", "fan", "pump"}) {
+    for (const QString& name :
+         {StartPage::tr("oven and belt"), StartPage::tr("fan"), StartPage::tr("pump")}) {
         ProjectStation station;
         station.number = static_cast<int>(stations.size()) + 1;
-        station.name = name;
+        station.name = name.toStdString();
         stations.push_back(station);
     }
     return stations;

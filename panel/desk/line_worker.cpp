@@ -9,7 +9,6 @@ namespace dov417 {
 
 namespace {
 
-const char* const lineWasClosed = "the line was closed";
 constexpr int pulsesPerStatistics = 2;
 
 std::set<int> stationsOf(const std::vector<Address>& addresses)
@@ -193,9 +192,10 @@ void LineWorker::refuse(const std::string& reason)
 
 void LineWorker::close()
 {
+    const std::string why = tr("the line was closed").toStdString();
     if (session_)
-        session_->close(lineWasClosed); // tells what becomes of its writes
-    recipes_.end(lineWasClosed);
+        session_->close(why); // tells what becomes of its writes
+    recipes_.end(why);
     session_.reset();
     own_.follow(nullptr);
     live_.reset();

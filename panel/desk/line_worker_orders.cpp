@@ -105,7 +105,7 @@ void LineWorker::moveRecipe(const RecipeOrder& order)
 void LineWorker::cancelRecipe(long long number)
 {
     if (session_ && recipes_.cancel(number))
-        session_->endRequests(recipeCancelled);
+        session_->endRequests(RecipeWorker::cancelled());
 }
 
 void LineWorker::setGap(int line, int gap)

@@ -25,7 +25,7 @@ simulator::SimulationOptions OwnController::linked(const simulator::SimulationOp
         folder_ = std::make_unique<QTemporaryDir>(
             QDir::temp().filePath(QStringLiteral("dov417-panel-XXXXXX")));
     if (!folder_->isValid())
-        throw Failure("no temporary folder: " + folder_->errorString().toStdString());
+        throw Failure(tr("no temporary folder: %1").arg(folder_->errorString()).toStdString());
     linked.link = folder_->filePath(QStringLiteral("controller")).toStdString();
     return linked;
 }

@@ -3,6 +3,7 @@
 #ifndef DOV417_PANEL_OWN_CONTROLLER_H
 #define DOV417_PANEL_OWN_CONTROLLER_H
 
+#include <QCoreApplication>
 #include <QTemporaryDir>
 #include <functional>
 #include <memory>
@@ -12,6 +13,8 @@
 namespace dov417 {
 
 class OwnController {
+    Q_DECLARE_TR_FUNCTIONS(OwnController)
+
 public:
     // Called for each report.
     void onReport(std::function<void()> came);

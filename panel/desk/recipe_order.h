@@ -17,8 +17,6 @@ enum class RecipeKind {
     download // the entries' data to the controller, then read back
 };
 
-constexpr const char* recipeCancelled = "it was cancelled";
-
 struct RecipeOrder {
     long long number = 0;
     int line = 0; // that it was meant for

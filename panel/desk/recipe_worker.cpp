@@ -11,10 +11,15 @@ namespace {
 void nameCancel(std::string& problem)
 {
     if (problem == changedMeanwhile)
-        problem = recipeCancelled;
+        problem = RecipeWorker::cancelled();
 }
 
 } // namespace
+
+std::string RecipeWorker::cancelled()
+{
+    return tr("it was cancelled").toStdString();
+}
 
 RecipeWorker::RecipeWorker(QObject* parent) : QObject(parent), progressTimer_(this)
 {
@@ -37,7 +42,7 @@ void RecipeWorker::refuse(const RecipeOrder& order, const std::string& why)
 void RecipeWorker::start(Session& session, const RecipeOrder& order)
 {
     if (job_) {
-        refuse(order, "another recipe is under way");
+        refuse(order, tr("another recipe is under way").toStdString());
         return;
     }
     order_ = order;

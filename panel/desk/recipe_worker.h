@@ -16,6 +16,9 @@ class RecipeWorker : public QObject {
     Q_OBJECT
 
 public:
+    // Why what was under way ends.
+    static std::string cancelled();
+
     // How often it tells how far it has come.
     static constexpr std::chrono::milliseconds progressPause{100};
 

@@ -10,6 +10,7 @@
 #include "line/replace_file.h"
 #include "live/log_entries.h"
 #include "panel/desk/panel_clock.h"
+#include "panel/desk/write_failure.h"
 
 namespace dov417 {
 
@@ -216,7 +217,7 @@ void LineModel::save(const std::string& file, const std::string& wire) const
     }
     QString error;
     if (!replaceFile(QString::fromStdString(file), QByteArray::fromStdString(text), &error))
-        throw Failure("cannot write " + file + ": " + error.toStdString());
+        throw cannotWrite(QString::fromStdString(file), error);
 }
 
 const LineRow* LineModel::lastRow() const

@@ -1,5 +1,6 @@
 #include "panel/frames/recorded_log.h"
 
+#include <QCoreApplication>
 #include <algorithm>
 #include <set>
 #include <sstream>
@@ -243,7 +244,9 @@ RecordedLog readRecordedLog(const std::string& file)
         }
     }
     if (log.entries.empty())
-        throw Failure(file + " holds no line of a line log");
+        throw Failure(QCoreApplication::translate("RecordedLog", "%1 holds no line of a line log")
+                          .arg(QString::fromStdString(file))
+                          .toStdString());
     if (wires.size() > 1)
         log.wire.reset();
     return log;

@@ -1,5 +1,6 @@
 #include "panel/frames/wire_times.h"
 
+#include <QCoreApplication>
 #include <algorithm>
 
 namespace dov417 {
@@ -171,7 +172,9 @@ void WireTimes::breakOff()
             put(SpanKind::request, frame.told.sendEnd, &frame);
         frame.hasEnded = true;
         frame.end = end_;
-        frame.told.reason = "what became of it was not recorded";
+        frame.told.reason =
+            QCoreApplication::translate("WireTimes", "what became of it was not recorded")
+                .toStdString();
         isMissing_ = true;
     }
     strays_.clear();

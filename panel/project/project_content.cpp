@@ -1,5 +1,6 @@
 #include "panel/project/project_content.h"
 
+#include <QCoreApplication>
 #include <algorithm>
 #include <filesystem>
 #include <tuple>
@@ -116,7 +117,10 @@ std::string projectText(const Library& library, const ProjectOrigin& origin,
     try {
         readContent(library, text, file);
     } catch (const UsageFailure& failure) {
-        throw Failure(std::string("it could not be opened again: ") + failure.what());
+        throw Failure(
+            QCoreApplication::translate("ProjectContent", "it could not be opened again: %1")
+                .arg(QString::fromUtf8(failure.what()))
+                .toStdString());
     }
     return text;
 }

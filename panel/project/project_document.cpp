@@ -108,7 +108,8 @@ void ProjectDocument::open(const QString& file)
 {
     const QString path = QFileInfo(file).absoluteFilePath();
     const std::string name = path.toStdString();
-    take(readContent(desk_.library(), contentOf(name, "the project " + name), name), path);
+    const std::string what = tr("the project %1").arg(path).toStdString();
+    take(readContent(desk_.library(), contentOf(name, what), name), path);
     rememberProject(path);
     const ProjectOrigin& origin = *origin_;
     if (isNewer(*origin.project.source))

@@ -1,5 +1,6 @@
 #include "panel/project/project_tags.h"
 
+#include <QCoreApplication>
 #include <QString>
 #include <algorithm>
 #include <map>
@@ -113,7 +114,10 @@ std::pair<Format, TagTexts> ownTexts(const Library& library, const Item& item)
         if (say(library, texts, item))
             return {own, texts};
     }
-    throw Failure(item.name + " cannot be written as a tag of a project");
+    throw Failure(
+        QCoreApplication::translate("ProjectTags", "%1 cannot be written as a tag of a project")
+            .arg(QString::fromStdString(item.name))
+            .toStdString());
 }
 
 class TagWriter {

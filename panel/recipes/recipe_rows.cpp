@@ -3,6 +3,7 @@
 #include <map>
 #include <tuple>
 
+#include "panel/recipes/recipe_table.h"
 #include "text/address_values.h"
 
 namespace dov417 {
@@ -74,8 +75,10 @@ void add(RecipeWishes& wishes, const Address& address, int word, const RecipeWis
     std::vector<RecipeWish>& here = wishes[{address.station, areaOf(address.regName), word}];
     for (const RecipeWish& other : here)
         if (((other.bits ^ wish.bits) & other.known & wish.known) != 0)
-            throw UsageFailure(other.name + " and " + wish.name +
-                               " want different values of the same place");
+            throw UsageFailure(
+                RecipeTable::tr("%1 and %2 want different values of the same place")
+                    .arg(QString::fromStdString(other.name), QString::fromStdString(wish.name))
+                    .toStdString());
     here.push_back(wish);
 }
 

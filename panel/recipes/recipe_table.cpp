@@ -155,8 +155,9 @@ std::vector<RecipeShare> RecipeTable::shares(RecipeKind kind) const
 {
     std::vector<RecipeShare> all = recipeShares(library_, rows_, kind);
     if (all.empty())
-        throw UsageFailure(kind == RecipeKind::download ? "the buffer is empty"
-                                                        : "there is nothing to read");
+        throw UsageFailure((kind == RecipeKind::download ? tr("the buffer is empty")
+                                                         : tr("there is nothing to read"))
+                               .toStdString());
     if (kind == RecipeKind::download) {
         requireOneWish(all);
         requireBuffersWithinLimits(rows_);
@@ -178,8 +179,8 @@ void RecipeTable::began(const std::vector<RecipeShare>& shares, RecipeKind kind)
 void RecipeTable::ended(const std::vector<RecipeShare>& shares, const RecipeNews& news,
                         bool isOfLine)
 {
-    const std::string why = !isOfLine               ? "another line was opened meanwhile"
-                            : news.problems.empty() ? "it was not read"
+    const std::string why = !isOfLine ? tr("another line was opened meanwhile").toStdString()
+                            : news.problems.empty() ? tr("it was not read").toStdString()
                                                     : news.problems.front();
     std::size_t place = 0;
     TakenRows taken(rows_.size());

@@ -5,6 +5,7 @@
 #ifndef DOV417_PANEL_RECIPE_TABLE_H
 #define DOV417_PANEL_RECIPE_TABLE_H
 
+#include <QCoreApplication>
 #include <QStringList>
 #include <string>
 #include <unordered_map>
@@ -25,6 +26,8 @@ struct RecipeTakenUp {
 };
 
 class RecipeTable {
+    Q_DECLARE_TR_FUNCTIONS(RecipeTable)
+
 public:
     explicit RecipeTable(const Library& library);
 

@@ -34,14 +34,14 @@ Item RecipeTable::find(const std::string& name) const
         if (!isWhole && row.value.label.name != name)
             continue;
         if (found && isWhole && !(found->value.item.address == row.value.item.address))
-            throw UsageFailure("several values are called so here");
+            throw UsageFailure(tr("several values are called so here").toStdString());
         if (found && !isWhole)
-            throw UsageFailure("several values are called so here");
+            throw UsageFailure(tr("several values are called so here").toStdString());
         found = &row;
     }
     if (!found) {
         if (name.find(':') == std::string::npos)
-            throw UsageFailure("no value is called so here");
+            throw UsageFailure(tr("no value is called so here").toStdString());
         return Items(library_, ItemSource()).find(name, Access::read);
     }
     Item item = found->value.item;
@@ -109,12 +109,14 @@ std::size_t RecipeTable::load(const std::string& file)
 void RecipeTable::save(const std::string& file)
 {
     if (isProject(file))
-        throw UsageFailure(file + " is a project; name another file, as it would be lost");
+        throw UsageFailure(tr("%1 is a project; name another file, as it would be lost")
+                               .arg(QString::fromStdString(file))
+                               .toStdString());
     std::vector<RecipeEntry> entries;
     std::map<std::string, std::size_t> names;
     const std::vector<RecipeShare> all = recipeShares(library_, rowsToSave(), RecipeKind::download);
     if (all.empty())
-        throw UsageFailure("the buffer is empty");
+        throw UsageFailure(tr("the buffer is empty").toStdString());
     requireOneWish(all);
     for (const RecipeShare& share : all) {
         const RecipeEntry entry{itemInFile(library_, share.entry.item), share.entry.data};
@@ -123,8 +125,10 @@ void RecipeTable::save(const std::string& file)
             entries.push_back(entry);
         else if (!(entries.at(same->second).item.address == entry.item.address) ||
                  entries.at(same->second).data != entry.data)
-            throw UsageFailure("two values are called " + entry.item.name +
-                               ", and a recipe file has room for one of a name");
+            throw UsageFailure(
+                tr("two values are called %1, and a recipe file has room for one of a name")
+                    .arg(QString::fromStdString(entry.item.name))
+                    .toStdString());
     }
     writeRecipe(file, entries);
     for (std::vector<RecipeRow>* const rows : {&rows_, &parked_})

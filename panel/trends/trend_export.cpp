@@ -8,6 +8,7 @@
 #include <qwt_plot_renderer.h>
 
 #include "line/replace_file.h"
+#include "panel/desk/write_failure.h"
 #include "panel/trends/trend_readout.h"
 #include "text/raw_values.h"
 
@@ -35,8 +36,7 @@ TrendTable::TrendTable(const QString& file, const TrendHistory& history, const T
     : file_(file), history_(history), clock_(clock), values_(values), from_(from), to_(to)
 {
     if (!file_.open(QIODevice::WriteOnly))
-        throw Failure("cannot write " + file.toStdString() + ": " +
-                      file_.errorString().toStdString());
+        throw cannotWrite(file, file_.errorString());
     write("time,name,address,value,unit,state");
     for (const TrendNote& note : notes)
         if (note.at >= from && note.at <= to)
@@ -102,8 +102,7 @@ bool TrendTable::writeMore(std::size_t rows)
     if (value_ < values_.size())
         return false;
     if (!file_.commit())
-        throw Failure("cannot write " + file_.fileName().toStdString() + ": " +
-                      file_.errorString().toStdString());
+        throw cannotWrite(file_.fileName(), file_.errorString());
     return true;
 }
 
@@ -145,7 +144,7 @@ void savePlots(const std::vector<TrendPlot*>& plots, const QString& file)
     }
     QString error;
     if (buffer.data().isEmpty() || !replaceFile(file, buffer.data(), &error))
-        throw Failure("cannot write " + file.toStdString() + ": " + error.toStdString());
+        throw cannotWrite(file, error);
 }
 
 } // namespace dov417
