@@ -11,6 +11,7 @@
 #include "live/shutdown.h"
 #include "panel/desk/english_plurals.h"
 #include "panel/desk/give_way.h"
+#include "panel/desk/panel_language.h"
 #include "panel/main_window.h"
 #include "panel/panel_options.h"
 #include "panel/pictures.h"
@@ -125,6 +126,7 @@ int main(int argc, char** argv)
     QGuiApplication::setDesktopFileName(QStringLiteral("dov417-panel"));
     EnglishPlurals plurals;
     QCoreApplication::installTranslator(&plurals);
+    const PanelLanguage language(QLocale::system(), languageFolders());
     QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("dov417-panel")));
     // Qt takes the user's locale; numbers in files and on the screen keep their point.
     std::setlocale(LC_NUMERIC, "C");

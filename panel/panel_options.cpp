@@ -161,13 +161,16 @@ void makePanelOptions(CLI::App& app, PanelOptions& options)
                    "no screen is needed with QT_QPA_PLATFORM=offscreen")
         ->option_text("FOLDER")
         ->group(programGroup);
-    app.footer("Without options it opens with a page to choose from. A port is opened for reading: "
-               "writing is unlocked in the window. Ended by a signal it asks nothing: what was not "
-               "saved, a recipe's values too, is offered when it is started again.\n"
-               "Examples:\n"
-               "  dov417-panel machine.json\n"
-               "  dov417-panel --simulated R_W:0..3 M_bit:1.0..1.15\n"
-               "  dov417-panel --port /dev/ttyUSB0 --line 19200,8,EVEN,1 --tags tags.csv");
+    app.footer(
+        "Without options it opens with a page to choose from. A port is opened for reading: "
+        "writing is unlocked in the window. Ended by a signal it asks nothing: what was not "
+        "saved, a recipe's values too, is offered when it is started again. Its texts are in "
+        "the user's language where there is a dov417-panel_LANGUAGE.qm in "
+        "dov417-panel/translations of ~/.local/share or /usr/share.\n"
+        "Examples:\n"
+        "  dov417-panel machine.json\n"
+        "  dov417-panel --simulated R_W:0..3 M_bit:1.0..1.15\n"
+        "  dov417-panel --port /dev/ttyUSB0 --line 19200,8,EVEN,1 --tags tags.csv");
 }
 
 std::optional<int> writePanelManual(int argc, char** argv)
