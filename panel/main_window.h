@@ -10,6 +10,7 @@
 #include <memory>
 #include <vector>
 
+#include "panel/desk/layout_keys.h"
 #include "panel/project/project_actions.h"
 
 namespace dov417 {
@@ -71,6 +72,7 @@ private:
     QLabel* const cycle_;
     QLabel* const message_;
     QToolButton* const lock_;
+    LayoutKeys layoutKeys_;
 };
 
 } // namespace dov417
