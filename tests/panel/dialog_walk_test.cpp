@@ -106,6 +106,11 @@ TEST_F(TheDialogs, CutNothingOff)
     showEach(expectFits);
 }
 
+TEST_F(TheDialogs, TurnDark)
+{
+    showEach(expectTurnsDark);
+}
+
 class TheTranslatedDialogs : private InstalledLanguage, public TheDialogs {};
 
 TEST_F(TheTranslatedDialogs, LeaveNoTextOut)

@@ -21,10 +21,13 @@
 #include <QTest>
 #include <QTranslator>
 #include <algorithm>
+#include <cmath>
 #include <gtest/gtest.h>
 #include <set>
 #include <string>
 #include <vector>
+
+#include "panel/pictures.h"
 
 namespace dov417 {
 
@@ -283,6 +286,65 @@ inline void expectNothingCutOff(const QWidget& where)
     for (const QAbstractSpinBox* const each : inSight<QAbstractSpinBox>(where))
         expectNumberShown(*each);
     expectHeadsShown(where);
+}
+
+// ---- a dark desktop -----------------------------------------------------------------------------
+
+class DarkDesktop {
+public:
+    DarkDesktop() : before_(QApplication::palette())
+    {
+        QApplication::setPalette(darkPalette());
+    }
+    ~DarkDesktop()
+    {
+        QApplication::setPalette(before_);
+    }
+    DarkDesktop(const DarkDesktop&) = delete;
+    DarkDesktop& operator=(const DarkDesktop&) = delete;
+
+private:
+    const QPalette before_;
+};
+
+// As the guidelines for accessible web pages reckon it; 3 is what drawings need.
+inline double contrast(const QColor& a, const QColor& b)
+{
+    const auto luminance = [](const QColor& colour) {
+        const auto linear = [](double part) {
+            return part <= 0.03928 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+        };
+        return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) +
+               0.0722 * linear(colour.blueF());
+    };
+    const double lighter = std::max(luminance(a), luminance(b));
+    const double darker = std::min(luminance(a), luminance(b));
+    return (lighter + 0.05) / (darker + 0.05);
+}
+
+// Of a picture's hundred pixels.
+inline double lightPercent(const QImage& picture)
+{
+    constexpr int lightGray = 0xC8;
+    long long light = 0;
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < picture.width(); ++x)
+            light += qGray(picture.pixel(x, y)) > lightGray ? 1 : 0;
+    return 100.0 * static_cast<double>(light) / picture.width() / picture.height();
+}
+
+// Grounds are light before and dark then; letters are the other way round, and few.
+inline void expectTurnsDark(QWidget& where)
+{
+    constexpr double mostLetters = 10;
+    EXPECT_GT(lightPercent(where.grab().toImage()), 50);
+    const DarkDesktop dark;
+    QCoreApplication::processEvents();
+    EXPECT_LT(lightPercent(where.grab().toImage()), mostLetters);
+    for (const QLabel* const each : inSight<QLabel>(where))
+        EXPECT_EQ(each->palette().color(QPalette::WindowText),
+                  QApplication::palette(each).color(QPalette::WindowText))
+            << nameOf(*each);
 }
 
 } // namespace dov417

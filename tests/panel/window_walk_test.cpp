@@ -3,9 +3,15 @@
 #include "window_walk.h"
 
 #include <QAction>
+#include <QLayout>
+
+#include <qwt_plot_histogram.h>
 
 #include "panel/frames/line_page.h"
+#include "panel/frames/wire_look.h"
+#include "panel/health/health_plots.h"
 #include "panel/recipes/recipes_page.h"
+#include "panel/trends/trend_style.h"
 #include "project_world.h"
 
 namespace dov417 {
@@ -18,12 +24,19 @@ protected:
     {
         return static_cast<int>(window.pages().size());
     }
+    void settle()
+    {
+        QCoreApplication::processEvents();
+        // What a text that came last is about to move.
+        for (const QWidget* const each : window.findChildren<QWidget*>())
+            if (each->layout())
+                each->layout()->activate();
+    }
     void showAll(const std::function<void(QWidget&)>& look, QWidget& where)
     {
         for (int page = 0; page < pageCount(); ++page) {
             window.showPage(page);
-            QCoreApplication::processEvents();
-            QCoreApplication::sendPostedEvents(); // what a text that came last has moved
+            settle();
             look(where);
         }
     }
@@ -62,12 +75,12 @@ protected:
         QTest::mouseClick(window.findChild<QPushButton*>("upload"), Qt::LeftButton);
         ASSERT_TRUE(waitUntil(
             [this]() { return window.findChild<QPushButton*>("cancelRecipe")->isVisible(); }));
-        QCoreApplication::processEvents();
+        settle();
         EXPECT_TRUE(desk.recipeIsUnderWay());
         look(window);
         stopController(false);
         EXPECT_TRUE(waitUntil([this]() { return !desk.recipeIsUnderWay(); }));
-        QCoreApplication::processEvents();
+        settle();
         look(window);
     }
 };
@@ -98,6 +111,50 @@ TEST_F(TheWholeWindow, FollowsThePalette)
                     << nameOf(*each);
         },
         window);
+}
+
+// The desktop turns dark while the window is open.
+TEST_F(TheWholeWindow, TurnsDarkOnEachPage)
+{
+    showTrial();
+    EXPECT_TRUE(waitUntil([this]() { return desk.statistics() != nullptr; }));
+    showAll(expectTurnsDark, window);
+}
+
+// Those of drawings are nobody's palette.
+TEST_F(TheWholeWindow, DrawsInColoursThatAreSeenOnDark)
+{
+    showTrial();
+    EXPECT_TRUE(waitUntil([this]() { return desk.statistics() != nullptr; }));
+    const DarkDesktop dark;
+    const QColor ground = QApplication::palette().color(QPalette::Base);
+    for (int curve = 0; curve < 8; ++curve)
+        EXPECT_GE(contrast(trendColour(curve, QApplication::palette()), ground), 3) << curve;
+    for (const WireUse use : {WireUse::requests, WireUse::replies, WireUse::timeOuts}) {
+        const QSize size(32, 16);
+        const QImage sample = iconOf(use, size, QApplication::palette()).pixmap(size).toImage();
+        double most = 0;
+        for (int x = 0; x < size.width(); ++x)
+            most = std::max(most, contrast(sample.pixelColor(x, size.height() - 4), ground));
+        EXPECT_GE(most, 3) << static_cast<int>(use);
+    }
+    const auto* const cycles = window.findChild<CyclePlot*>("cycleTimes");
+    const auto columns = cycles->itemList(QwtPlotItem::Rtti_PlotHistogram);
+    ASSERT_FALSE(columns.isEmpty());
+    EXPECT_GE(
+        contrast(static_cast<const QwtPlotHistogram*>(columns.front())->brush().color(), ground),
+        3);
+    window.showPage(static_cast<int>(window.pages().size()) - 3);
+    auto* const band = window.findChild<LinkBand*>("band");
+    ASSERT_TRUE(band->isVisible());
+    QCoreApplication::processEvents();
+    const QWidget* const canvas = band->canvas();
+    const QImage drawn = band->grab().toImage();
+    // To the right is what it is now: good.
+    EXPECT_GE(
+        contrast(drawn.pixelColor(canvas->geometry().right() - 6, canvas->geometry().top() + 6),
+                 ground),
+        3);
 }
 
 // The language is there before the window is.
