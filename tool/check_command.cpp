@@ -95,7 +95,7 @@ int runCheck(const CheckOptions& options)
 {
     const Library library(options.line.library);
     const std::vector<Tag> tags =
-        options.tags.empty() ? std::vector<Tag>() : readTags(library, options.tags);
+        options.tags.empty() ? std::vector<Tag>() : readTags(library, options.tags, remarkOnce);
     std::vector<std::string> texts = options.addresses;
     if (texts.empty())
         for (const Tag& tag : tags)

@@ -2,6 +2,8 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cstdio>
+#include <set>
 
 #include "driver/default_line.h"
 #include "line/failure.h"
@@ -183,6 +185,13 @@ void addLineOptions(CLI::App& command, LineOptions& options)
         ->group(lineGroup);
 }
 
+void remarkOnce(const std::string& sentence)
+{
+    static std::set<std::string> told;
+    if (told.insert(sentence).second)
+        std::fprintf(stderr, "dov417: %s\n", sentence.c_str());
+}
+
 void addTagOption(CLI::App& command, std::string& tags)
 {
     command
@@ -199,6 +208,7 @@ void addTagOption(CLI::App& command, std::string& tags)
 void addItemOptions(CLI::App& command, ItemOptions& options)
 {
     addTagOption(command, options.source.tags);
+    options.source.remark = remarkOnce;
     command
         .add_option("--format", options.source.format,
                     "How values are written: unsigned, signed, hex, bcd, binary, bool, float for "

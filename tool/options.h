@@ -35,6 +35,9 @@ struct ItemOptions {
     ItemSource source;
 };
 
+// Tells it on the error stream, once however often the file is read: for each line of a shell.
+void remarkOnce(const std::string& sentence);
+
 void addTagOption(CLI::App& command, std::string& tags);
 // --tags, --format, --word-order.
 void addItemOptions(CLI::App& command, ItemOptions& options);

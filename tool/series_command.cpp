@@ -33,7 +33,7 @@ Address startOf(const Library& library, const SeriesOptions& options)
         return parseAddress(library, options.regName + ":" + options.start);
     if (options.tags.empty())
         throw UsageFailure("the first address is missing");
-    const std::vector<Tag> tags = readTags(library, options.tags);
+    const std::vector<Tag> tags = readTags(library, options.tags, remarkOnce);
     const Tag* const tag = findTag(tags, options.regName);
     if (!tag)
         throw UsageFailure(options.tags + " has no tag '" + options.regName + "'");

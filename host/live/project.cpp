@@ -7,7 +7,6 @@
 #include "line/frame_bytes.h"
 #include "link/network_address.h"
 #include "live/line_members.h"
-#include "text/tags.h"
 #include "text/text_file.h"
 
 namespace dov417 {
@@ -231,10 +230,10 @@ std::string tagFileOf(const Project& project, const std::string& projectFile)
 }
 
 std::vector<Tag> tagsOf(const Library& library, const Project& project,
-                        const std::string& projectFile)
+                        const std::string& projectFile, const Remark& remark)
 {
     return project.tagFile.empty() ? tagsOf(library, project.tags, project.source.get())
-                                   : readTags(library, tagFileOf(project, projectFile));
+                                   : readTags(library, tagFileOf(project, projectFile), remark);
 }
 
 } // namespace dov417

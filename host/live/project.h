@@ -10,6 +10,7 @@
 
 #include "live/line_setup.h"
 #include "text/json_tags.h"
+#include "text/tags.h"
 
 namespace dov417 {
 
@@ -42,7 +43,7 @@ Project parseProject(const std::string& text, const std::string& file);
 // Those in it, or those of its tag file; `projectFile` is where the project lies. Throws a
 // UsageFailure with the place of a mistake.
 std::vector<Tag> tagsOf(const Library& library, const Project& project,
-                        const std::string& projectFile);
+                        const std::string& projectFile, const Remark& remark = Remark());
 // The tag file as it is to be opened.
 std::string tagFileOf(const Project& project, const std::string& projectFile);
 

@@ -15,7 +15,7 @@ Items::Items(const Library& library, const ItemSource& source)
     if (!source.wordOrder.empty())
         format_.order = parseWordOrder(source.wordOrder);
     if (!source.tags.empty())
-        tags_ = readTags(library, source.tags);
+        tags_ = readTags(library, source.tags, source.remark);
 }
 
 Items::Items(const Library& library, const std::vector<Tag>& tags) : library_(library), tags_(tags)

@@ -30,6 +30,7 @@ struct ItemSource {
     std::string tags;      // a tag file
     std::string format;    // wins over a tag's own
     std::string wordOrder; // of 32-bit values
+    Remark remark = {};    // takes what the tag file says in vain
 };
 
 // Why a text without a colon names nothing; empty where it may be an address.

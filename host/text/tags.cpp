@@ -6,6 +6,7 @@
 
 #include "text/csv_rows.h"
 #include "text/json_tags.h"
+#include "text/nearest_name.h"
 #include "text/tag_columns.h"
 #include "text/tag_names.h"
 #include "text/text_file.h"
@@ -27,8 +28,10 @@ public:
             while (column < tagColumnCount &&
                    inLowerCase(row.fields[i]) != tagColumnNames[std::size_t(column)])
                 ++column;
-            if (column == tagColumnCount)
-                continue; // somebody else's
+            if (column == tagColumnCount) {
+                others_.push_back(i);
+                continue;
+            }
             if (places_[std::size_t(column)] >= 0)
                 place.refuse(i + 1, row.fields[i], "the column is there twice");
             places_[std::size_t(column)] = static_cast<int>(i);
@@ -36,6 +39,22 @@ public:
         for (const TagColumn needed : neededTagColumns)
             if (places_[needed] < 0)
                 place.refuse(std::string("the header lacks the column ") + tagColumnNames[needed]);
+        // Without its scale a value would be shown, and written, as another than the machine's.
+        for (const std::size_t other : others_)
+            if (const char* const meant = misspelt(names_[other], tagColumnNames))
+                place.refuse(other + 1, names_[other],
+                             std::string("no column of a tag; did you mean ") + meant + "?");
+    }
+
+    // Columns that somebody else has a use for; empty where there are none.
+    std::string others() const
+    {
+        std::string text;
+        for (const std::size_t other : others_)
+            if (!names_[other].empty())
+                text += (text.empty() ? "" : ", ") + std::to_string(other + 1) + " (" +
+                        names_[other] + ")";
+        return text;
     }
 
     std::string text(const Row& row, TagColumn column) const
@@ -73,6 +92,7 @@ private:
 
     std::vector<std::string> names_;
     std::array<int, tagColumnCount> places_;
+    std::vector<std::size_t> others_;
     bool mayHaveCommas_; // for the points of numbers: not where a comma ends a field
 };
 
@@ -120,18 +140,19 @@ bool isJsonObject(const std::string& text)
 
 } // namespace
 
-std::vector<Tag> readTags(const Library& library, const std::string& file)
+std::vector<Tag> readTags(const Library& library, const std::string& file, const Remark& remark)
 {
     const std::string text = contentOf(file, "the tag file " + file);
     if (!isJsonObject(text))
-        return parseTags(library, text, file);
+        return parseTags(library, text, file, remark);
     const PlacedJson project(text, file);
     if (!project.root().contains(tagsMember))
         project.refuse(std::string(), "there are no tags in it");
     return tagsOf(library, jsonTags(project), &project);
 }
 
-std::vector<Tag> parseTags(const Library& library, const std::string& text, const std::string& file)
+std::vector<Tag> parseTags(const Library& library, const std::string& text, const std::string& file,
+                           const Remark& remark)
 {
     const CsvRows csv = csvRows(text, file);
     const std::vector<Row>& rows = csv.rows;
@@ -139,6 +160,9 @@ std::vector<Tag> parseTags(const Library& library, const std::string& text, cons
         Place{file, 1}.refuse("the header is missing: name,station,register,address,count,format,"
                               "comment");
     const Header header(rows.front(), Place{file, rows.front().line}, csv.delimiter != ',');
+    if (const std::string others = header.others(); remark && !others.empty())
+        remark(file + ":" + std::to_string(rows.front().line) +
+               ": no columns of a tag, and not looked at: " + others);
 
     std::vector<Tag> tags;
     std::map<std::string, int> lineOfName;

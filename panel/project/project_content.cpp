@@ -67,7 +67,10 @@ ReadContent readContent(const Library& library, const std::string& text, const s
     origin.panel.erase(formatsMember);
     ItemsOfTags items;
     try {
-        items = itemsOfTags(library, tagsOf(library, project, file), formats);
+        const auto remark = [&read](const std::string& sentence) {
+            read.remarks.append(QString::fromStdString(sentence));
+        };
+        items = itemsOfTags(library, tagsOf(library, project, file, remark), formats);
     } catch (const ShownFormatFailure& failure) {
         refuseSettings(origin, formatsMember, failure.tag + ": " + failure.what());
     }

@@ -37,6 +37,7 @@ constexpr const char* formatsMember = "formats";
 struct ReadContent {
     ProjectOrigin origin;
     ProjectContent content; // pages: as they stand in the file
+    QStringList remarks;    // what its tag file says in vain
 };
 
 // Throws a UsageFailure with the place of the first mistake. What a page makes of its settings is

@@ -109,13 +109,16 @@ void ProjectDocument::open(const QString& file)
     const QString path = QFileInfo(file).absoluteFilePath();
     const std::string name = path.toStdString();
     const std::string what = tr("the project %1").arg(path).toStdString();
-    take(readContent(desk_.library(), contentOf(name, what), name), path);
+    const ReadContent read = readContent(desk_.library(), contentOf(name, what), name);
+    take(read, path);
     rememberProject(path);
-    const ProjectOrigin& origin = *origin_;
-    if (isNewer(*origin.project.source))
-        emit told(tr("%1 is a newer program's. What is not known here counts for nothing; it is "
-                     "kept when the project is saved.")
-                      .arg(path));
+    QStringList remarks = read.remarks;
+    if (isNewer(*read.origin.project.source))
+        remarks.prepend(tr("%1 is a newer program's. What is not known here counts for nothing; "
+                           "it is kept when the project is saved.")
+                            .arg(path));
+    if (!remarks.isEmpty())
+        emit told(remarks.join(QLatin1Char('\n')));
     openLine();
 }
 

@@ -251,6 +251,40 @@ TEST_F(Tags, MistakesInTheHeaderAreFound)
     EXPECT_EQ(mistake("name,register\n"), "tags.csv:1: the header lacks the column address");
 }
 
+TEST_F(Tags, AColumnThatIsNearlyCalledAsOneOfATagIsRefused)
+{
+    const std::string known = "name,register,address,";
+    const auto refusal = [](const std::string& column, const std::string& meant) {
+        return "tags.csv:1: column 4 (" + column + "): no column of a tag; did you mean " + meant +
+               "?";
+    };
+    EXPECT_EQ(mistake(known + "sacle,max\na,R_W,200,0.1,3000\n"), refusal("sacle", "scale"));
+    EXPECT_EQ(mistake(known + "Scal\n"), refusal("Scal", "scale"));
+    EXPECT_EQ(mistake(known + "maxx\n"), refusal("maxx", "max"));
+    EXPECT_EQ(mistake(known + "ofset\n"), refusal("ofset", "offset"));
+    EXPECT_EQ(mistake(known + "dezimales\n"), refusal("dezimales", "decimals"));
+    EXPECT_EQ(mistake(known + "\" scale \"\n"), refusal(" scale ", "scale"));
+    EXPECT_EQ(mistake(known + "\"scale\xC2\xA0\"\n"), refusal("scale\xC2\xA0", "scale"));
+    EXPECT_EQ(mistake(known + "Units\n"), refusal("Units", "unit"));
+}
+
+TEST_F(Tags, ColumnsOfSomebodyElseAreRemarkedOnce)
+{
+    std::vector<std::string> remarks;
+    const auto remark = [&remarks](const std::string& sentence) { remarks.push_back(sentence); };
+    const std::string plain = "a,R_W,1,Meyer,,x,\n";
+    EXPECT_EQ(
+        parseTags(library, "#\nname,register,address,Owner,ID,State,\n" + plain, "t.csv", remark)
+            .size(),
+        1u);
+    EXPECT_THAT(remarks,
+                ::testing::ElementsAre("t.csv:2: no columns of a tag, and not looked at: 4 "
+                                       "(Owner), 5 (ID), 6 (State)"));
+    remarks.clear();
+    parseTags(library, header + "a,1,T,1,1,,\n", "t.csv", remark);
+    EXPECT_THAT(remarks, ::testing::IsEmpty());
+}
+
 TEST_F(Tags, BrokenQuotesAreFoundWhereTheyStand)
 {
     EXPECT_THAT(mistake(header + "a,1,T,1,1,,\nb,1,T,\"2\"x,1,,\n"),

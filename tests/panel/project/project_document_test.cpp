@@ -106,6 +106,15 @@ TEST_F(TheProject, KeepsWhatANewerProgramHasPutThere)
     EXPECT_EQ(saved.at("robot"), OrderedJson::array({1, 2}));
 }
 
+TEST_F(TheProject, TellsWhatItsTagFileSaysInVain)
+{
+    written("tags.csv", "name,register,address,Owner\noven,R_W,5,Meyer\n");
+    ASSERT_TRUE(
+        window.actions().open(written("p.json", R"({"version": 1, "tagFile": "tags.csv"})")));
+    EXPECT_THAT(message(), HasSubstr("tags.csv:1: no columns of a tag, and not looked at: 4 "
+                                     "(Owner)"));
+}
+
 TEST_F(TheProject, LeavesAlonePagesThatANewerProgramDescribesOtherwise)
 {
     const QString file = written("newer.json", R"({
