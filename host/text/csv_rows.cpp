@@ -39,7 +39,7 @@ char delimiterOf(const std::string& text)
 
 class Parser {
 public:
-    explicit Parser(char delimiter)
+    explicit Parser(char delimiter) : delimiter_(delimiter)
     {
         if (csv_init(&parser_, CSV_STRICT | CSV_STRICT_FINI) != 0)
             throw Failure("no memory for reading CSV");
@@ -54,7 +54,7 @@ public:
 
     // One physical line at a time, with its line end, so that each row knows its line: a quoted
     // field may run over several of them.
-    std::vector<Row> rows(const std::string& text, const Place& start)
+    CsvRows rows(const std::string& text, const Place& start)
     {
         Collector collector;
         Place place = start;
@@ -80,11 +80,13 @@ public:
                 collector.rowLine = place.line;
             from = to;
         }
+        const std::size_t rowsEnded = collector.rows.size();
         if (csv_fini(&parser_, fieldEnds, rowEnds, &collector) != 0) {
             place.line = collector.rowLine;
             refuse(place, collector);
         }
-        return collector.rows;
+        const bool hasNoEnd = collector.rows.size() != rowsEnded;
+        return {collector.rows, delimiter_, hasNoEnd && text.back() != '"'};
     }
 
 private:
@@ -97,6 +99,7 @@ private:
     }
 
     csv_parser parser_;
+    char delimiter_;
 };
 
 // Spreadsheets put it before the first name.
@@ -132,7 +135,7 @@ CsvRows csvRows(const std::string& text, const std::string& file)
     const char delimiter = isNamed ? content.at(delimiterNameLength) : delimiterOf(content);
     if (isNamed)
         content.insert(content.begin(), '#'); // no row, and yet a line
-    return {Parser(delimiter).rows(content, Place{file, 1}), delimiter};
+    return Parser(delimiter).rows(content, Place{file, 1});
 }
 
 } // namespace dov417

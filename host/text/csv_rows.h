@@ -35,6 +35,9 @@ struct Place {
 struct CsvRows {
     std::vector<Row> rows;
     char delimiter;
+    // The last row has no line end, nor has its last field a closing quote: where the file was cut
+    // off there, nothing else tells.
+    bool mayBeCut = false;
 };
 
 // Fields end with a comma, a semicolon or a tab, as those of the first row do. A byte order mark,

@@ -1,5 +1,6 @@
 #include "text/tags.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <map>
@@ -71,6 +72,13 @@ public:
     std::string name(std::size_t field) const
     {
         return field < names_.size() ? names_[field] : std::string();
+    }
+    // What stands in the last field of a row is a text for people, or nobody's.
+    bool endsInWords() const
+    {
+        const int last = static_cast<int>(names_.size()) - 1;
+        return places_[commentColumn] == last ||
+               std::find(places_.begin(), places_.end(), last) == places_.end();
     }
     std::size_t width() const
     {
@@ -175,6 +183,16 @@ std::vector<Tag> parseTags(const Library& library, const std::string& text, cons
         if (row.fields.size() > header.width())
             place.refuse("column " + std::to_string(header.width() + 1) +
                          ": more fields than the header names");
+        if (csv.mayBeCut && i + 1 == rows.size()) {
+            if (row.fields.size() < header.width())
+                place.refuse("the file ends in this line, before column " +
+                             std::to_string(row.fields.size() + 1) + " (" +
+                             header.name(row.fields.size()) + "); was it cut off?");
+            if (remark && !header.endsInWords())
+                remark(place.file + ":" + std::to_string(place.line) +
+                       ": the file ends without a line end; if it was cut off, '" +
+                       row.fields.back() + "' is not all of that value");
+        }
         const Tag tag = tagIn(library, header, row, place);
         const auto [known, isNew] = lineOfName.emplace(tag.name, tag.line);
         if (!isNew)

@@ -22,8 +22,9 @@ using Remark = std::function<void(const std::string&)>;
 // may come in any order and be written in any case; name, register and address must be there. One
 // that is nearly called as one of these is a mistake, others besides are remarked and left alone.
 // An empty station is 1, an empty count one value. Empty lines and those that begin with # do not
-// count. Throws a UsageFailure that names file, line and column of the first mistake. A project
-// file may stand for it: then these are the tags in it.
+// count. A last line without a line end has to be whole, and is remarked unless it ends in words or
+// a quote: its 20 may have been 200. Throws a UsageFailure that names file, line and column of the
+// first mistake. A project file may stand for it: then these are the tags in it.
 std::vector<Tag> readTags(const Library& library, const std::string& file,
                           const Remark& remark = Remark());
 // The same of the file's content; `file` names it in messages.

@@ -285,6 +285,37 @@ TEST_F(Tags, ColumnsOfSomebodyElseAreRemarkedOnce)
     EXPECT_THAT(remarks, ::testing::IsEmpty());
 }
 
+TEST_F(Tags, AFileThatEndsAmidALineIsRefused)
+{
+    const std::string columns = "name,register,address,count,scale\na,R_W,1,1,2\n";
+    EXPECT_EQ(mistake(columns + "speed,R_W,20"),
+              "tags.csv:3: the file ends in this line, before column 4 (count); was it cut off?");
+    EXPECT_EQ(mistake(columns + "speed,R_W,20,"),
+              "tags.csv:3: the file ends in this line, before column 5 (scale); was it cut off?");
+    EXPECT_EQ(read(columns + "speed,R_W,20\n").size(), 2u);
+    EXPECT_EQ(read(columns + "speed,R_W,20\r").size(), 2u);
+    EXPECT_EQ(read(columns + "speed,R_W,20\n# spare").size(), 2u);
+}
+
+TEST_F(Tags, ALastValueThatMayBeTheBeginningOfAnotherIsRemarked)
+{
+    const auto remarks = [&](const std::string& text) {
+        std::vector<std::string> told;
+        parseTags(library, text, "t.csv",
+                  [&told](const std::string& sentence) { told.push_back(sentence); });
+        return told;
+    };
+    const std::string columns = "name,register,address\n";
+    EXPECT_THAT(remarks(columns + "a,R_W,1\nspeed,R_W,20"),
+                ::testing::ElementsAre("t.csv:3: the file ends without a line end; if it was cut "
+                                       "off, '20' is not all of that value"));
+    EXPECT_THAT(remarks(columns + "speed,R_W,20\r\n"), ::testing::IsEmpty());
+    EXPECT_THAT(remarks(columns + "speed,R_W,\"20\""), ::testing::IsEmpty());
+    EXPECT_THAT(remarks(header + "speed,,R_W,20,,,fast"), ::testing::IsEmpty());
+    EXPECT_THAT(remarks("name,register,address,unit\nspeed,R_W,20,m"),
+                ::testing::SizeIs(1)); // of mm
+}
+
 TEST_F(Tags, BrokenQuotesAreFoundWhereTheyStand)
 {
     EXPECT_THAT(mistake(header + "a,1,T,1,1,,\nb,1,T,\"2\"x,1,,\n"),
