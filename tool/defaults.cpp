@@ -2,7 +2,6 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <memory>
 
@@ -58,10 +57,7 @@ public:
     {
         Project project = readProject(file);
         if (isNewer(*project.source))
-            std::fprintf(stderr,
-                         "dov417: %s is a newer program's, of version %d: what is not known to "
-                         "version %d counts for nothing\n",
-                         file.c_str(), project.version, projectVersion);
+            remarkOnce(newerSentence(*project.source));
         if (targets_.line)
             fillLine(project, file);
         if (!targets_.tags || !isOpen("tags"))

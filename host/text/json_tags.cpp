@@ -122,6 +122,13 @@ bool isNewer(const PlacedJson& file)
            version->get<double>() > projectVersion;
 }
 
+std::string newerSentence(const PlacedJson& file)
+{
+    return file.file() + " is a newer program's, of version " +
+           file.root().at(versionMember).dump() + ": what is not known to version " +
+           std::to_string(projectVersion) + " counts for nothing";
+}
+
 std::vector<JsonTag> jsonTags(const PlacedJson& file)
 {
     std::vector<JsonTag> tags;

@@ -18,6 +18,8 @@ constexpr const char* tagsMember = "tags";
 
 // Its version is more than is known here: there may be more in it.
 bool isNewer(const PlacedJson& file);
+// Which file it is and what becomes of it, for whoever gave it.
+std::string newerSentence(const PlacedJson& file);
 
 struct JsonTag {
     TagTexts texts;

@@ -156,6 +156,8 @@ std::vector<Tag> readTags(const Library& library, const std::string& file, const
     const PlacedJson project(text, file);
     if (!project.root().contains(tagsMember))
         project.refuse(std::string(), "there are no tags in it");
+    if (remark && isNewer(project))
+        remark(newerSentence(project));
     return tagsOf(library, jsonTags(project), &project);
 }
 

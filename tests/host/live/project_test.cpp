@@ -320,6 +320,21 @@ TEST_F(ProjectFile, StandsForATagFile)
                 StartsWith(file + ":1:47: tags[0].scal: no member of a tag"));
 }
 
+TEST_F(ProjectFile, ThatIsNewerIsRemarkedWhereItStandsForATagFile)
+{
+    const std::string file = path("newer.json");
+    std::vector<std::string> remarks;
+    const auto remark = [&remarks](const std::string& sentence) { remarks.push_back(sentence); };
+    const std::string tags =
+        R"("tags": [{"name": "a", "register": "R_W", "address": 5, "byteSwap": true}])";
+    put(file, R"({"version": 9, )" + tags + "}");
+    EXPECT_EQ(readTags(library, file, remark).size(), 1u);
+    EXPECT_THAT(remarks,
+                ::testing::ElementsAre(file + " is a newer program's, of version 9: what is not "
+                                              "known to version 1 counts for nothing"));
+    EXPECT_EQ(readTags(library, file).size(), 1u);
+}
+
 TEST_F(ProjectFile, HoldsTheNewOneOrTheOldOne)
 {
     const std::string file = path("plant.json");
