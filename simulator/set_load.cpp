@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "line/failure.h"
+#include "line/json_depth.h"
 #include "line/json_error.h"
 #include "line/replace_file.h"
 
@@ -143,6 +144,8 @@ QString textOf(const Json& value)
         return value.get<bool>() ? QStringLiteral("1") : QStringLiteral("0");
     if (value.is_string())
         return QString::fromStdString(value.get<std::string>());
+    if (!value.is_number())
+        throw UsageFailure("a value is a number, a text, true or false");
     return QString::fromStdString(value.dump());
 }
 
@@ -185,7 +188,7 @@ std::vector<Assignment> assignmentsOf(const Json& file)
 void loadText(Memory& memory, const QByteArray& text)
 {
     const std::vector<Assignment> assignments =
-        assignmentsOf(Json::parse(text.begin(), text.end()));
+        assignmentsOf(Json::parse(text.begin(), text.end(), noDeeperThanAllowed<Json>()));
     for (const Assignment& assignment : assignments)
         requireStation(memory, assignment);
     for (const Assignment& assignment : assignments)

@@ -4,14 +4,12 @@
 #include <set>
 
 #include "line/failure.h"
+#include "line/json_depth.h"
 #include "line/json_error.h"
 
 namespace dov417 {
 
 namespace {
-
-// What nests deeper is nobody's file, and writing it would take the stack.
-const int maxDepth = 64;
 
 struct Mistake {
     std::size_t offset;
@@ -34,7 +32,7 @@ public:
     {
         skip(" \t\r\n");
         offsets_[path] = at_;
-        if (depth > maxDepth)
+        if (depth > maxJsonDepth)
             throw Mistake{at_, path, "nested too deep"};
         if (text_[at_] == '{')
             walkObject(path, depth);

@@ -196,6 +196,18 @@ TEST_F(SetLoadTest, RefusesWithAReasonAndChangesNothing)
     EXPECT_EQ(one.word(Area::M, 1), 0);
 }
 
+TEST_F(SetLoadTest, RefusesAFileThatNestsTooDeep)
+{
+    const std::string deep(400000, '[');
+    const std::string file = "{\"1\": {\"R_W\": {\"100\": " + deep + std::string(400000, ']');
+    EXPECT_FALSE(load((file + "}}}").c_str()));
+    EXPECT_THAT(error, HasSubstr("values.json: nested too deep"));
+    EXPECT_FALSE(load(R"({"1": {"R_W": {"100": [1, [2]]}}})"));
+    EXPECT_THAT(error, HasSubstr("a value is a number, a text, true or false"));
+    EXPECT_FALSE(load(R"({"1": {"R_W": {"100": null}}})"));
+    EXPECT_EQ(one.word(Area::R, 100), 0);
+}
+
 TEST_F(SetLoadTest, LoadsAFileAndTouchesNothingElse)
 {
     one.setWord(Area::R, 103, 99);
