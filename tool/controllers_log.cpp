@@ -1,6 +1,7 @@
 #include "tool/controllers_log.h"
 
 #include "line/crc16.h"
+#include "line/frame_bytes.h"
 #include "line/frame_length.h"
 #include "line/frame_text.h"
 
@@ -35,11 +36,13 @@ std::optional<LogEntry> ControllersLog::entry(const std::string& line)
     books_.expire(at);
     switch (event->kind) {
     case LineEvent::received: {
+        entry.direction = Direction::sent;
+        entry.meaning = requestText(event->bytes, areas_);
+        if (event->bytes.size() < minFrameLength) // nobody's question: nothing answers it
+            break;
         const bool isBroadcast = event->bytes.at(0) == 0;
         const int length = isBroadcast ? 0 : lengthOfReplyTo(event->bytes);
         books_.add({++requests_, event->bytes, length == neverTold ? untoldLength : length, at});
-        entry.direction = Direction::sent;
-        entry.meaning = requestText(event->bytes, areas_);
         break;
     }
     case LineEvent::sent:

@@ -43,6 +43,9 @@ TEST_F(LineServerReplies, LogsRequestsRepliesAndWhatHappenedToThem)
     EXPECT_FALSE(parseLogText("    0.012346 <- 01 0Z  meaning"));
     EXPECT_FALSE(parseLogText("    0.012346 -> no bytes"));
     EXPECT_FALSE(parseLogText("0.012346 == 01 03"));
+    EXPECT_EQ(parseLogText("999999999.999999 <- 01 03")->timeNs, 999999999999999000);
+    EXPECT_FALSE(parseLogText("9999999999.000000 <- 01 03")); // 64 bits of ns end before
+    EXPECT_FALSE(parseLogText("999999999999.000000 <- 01 03"));
 }
 
 TEST_F(LineServerReplies, WithholdsASilencedReplyAndGoesOn)
