@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "line/failure.h"
+#include "line/shown_text.h"
 #include "link/network_address.h"
 #include "live/line_members.h"
 #include "live/project.h"
@@ -119,7 +120,7 @@ private:
             remember(member->name, memberText(*member, project.line), file);
         }
         for (const ProjectStation& station : project.stations) {
-            targets_.line->stationNames[station.number] = station.name;
+            targets_.line->stationNames[station.number] = shownText(station.name);
             if (station.maxRegisters && !isEveryMaximum)
                 targets_.line->stationMaxRegisters[station.number] = *station.maxRegisters;
         }

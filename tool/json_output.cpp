@@ -33,6 +33,27 @@ void sayJsonHead(const Action& chosen)
         sayJson({{"version", DOV417_VERSION}, {"command", chosen.json}});
 }
 
+// JSON escapes the control characters below the blank alone; a terminal has orders beyond: DEL, and
+// C1, whose two bytes in UTF-8 are C2 and 80 to 9F.
+std::string withoutOrders(const std::string& json)
+{
+    std::string text;
+    for (const char c : json) {
+        const unsigned byte = static_cast<unsigned char>(c);
+        const bool isC1 = !text.empty() && text.back() == '\xC2' && byte >= 0x80 && byte <= 0x9F;
+        if (isC1)
+            text.pop_back();
+        if (!isC1 && c != '\x7F') {
+            text += c;
+            continue;
+        }
+        char escaped[8];
+        std::snprintf(escaped, sizeof escaped, "\\u%04x", byte);
+        text += escaped;
+    }
+    return text;
+}
+
 } // namespace
 
 CLI::Option* addJsonFlag(CLI::App& command, Action& chosen, std::function<void()> wanted)
@@ -66,7 +87,8 @@ int runChosen(const Action& chosen)
 void sayJson(const OutputJson& object)
 {
     // What an adapter calls itself, or a log holds, need not be UTF-8.
-    std::printf("%s\n", object.dump(-1, ' ', false, OutputJson::error_handler_t::replace).c_str());
+    const std::string text = object.dump(-1, ' ', false, OutputJson::error_handler_t::replace);
+    std::printf("%s\n", withoutOrders(text).c_str());
     std::fflush(stdout);
 }
 

@@ -7,6 +7,7 @@
 
 #include "driver/default_line.h"
 #include "line/failure.h"
+#include "line/shown_text.h"
 #include "live/line_members.h"
 #include "tool/rs485_options.h"
 
@@ -189,7 +190,7 @@ void remarkOnce(const std::string& sentence)
 {
     static std::set<std::string> told;
     if (told.insert(sentence).second)
-        std::fprintf(stderr, "dov417: %s\n", sentence.c_str());
+        std::fprintf(stderr, "dov417: %s\n", shownText(sentence).c_str());
 }
 
 void addTagOption(CLI::App& command, std::string& tags)

@@ -2,6 +2,7 @@
 
 #include <set>
 
+#include "line/shown_text.h"
 #include "tool/view_table.h"
 
 namespace dov417 {
@@ -12,7 +13,8 @@ std::string usersText(const std::vector<PortUser>& users)
 {
     std::string text;
     for (const PortUser& user : users)
-        text += (text.empty() ? "" : ", ") + user.name + " (" + std::to_string(user.process) + ")";
+        text += (text.empty() ? "" : ", ") + shownText(user.name) + " (" +
+                std::to_string(user.process) + ")";
     return text.empty() ? "-" : text;
 }
 
@@ -29,8 +31,9 @@ std::vector<std::string> portTable(const PortList& list)
 {
     std::vector<Row> rows = {{"port", "adapter", "driver", "used by", "may you open it"}};
     for (const PortEntry& port : list.ports)
-        rows.push_back({port.device, port.adapter, port.driver.empty() ? "-" : port.driver,
-                        usersText(port.users), accessText(port)});
+        rows.push_back({port.device, shownText(port.adapter),
+                        port.driver.empty() ? "-" : port.driver, usersText(port.users),
+                        accessText(port)});
     return aligned(rows, rows.front().size());
 }
 

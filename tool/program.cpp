@@ -9,6 +9,7 @@
 
 #include "driver/debug_lines.h"
 #include "line/failure.h"
+#include "line/shown_text.h"
 #include "live/child_program.h"
 #include "live/manual_pages.h"
 #include "tool/commands.h"
@@ -20,6 +21,13 @@ namespace dov417 {
 namespace {
 
 constexpr std::size_t outputBuffer = 65536; // longer than a line
+
+int tellMisuse(const std::string& why)
+{
+    std::fprintf(stderr, "dov417: %s\nRun with --help for more information.\n",
+                 shownText(why).c_str());
+    return exitUsage;
+}
 
 int runCommandLine(int argc, char** argv)
 {
@@ -62,8 +70,7 @@ int runCommandLine(int argc, char** argv)
             throw UsageFailure(std::string("there is no command '") + argv[1] +
                                "'; dov417 --help lists them");
         if (error.get_exit_code() != 0)
-            throw UsageFailure(std::string(error.what()) +
-                               "\nRun with --help for more information.");
+            return tellMisuse(error.what());
         app.exit(error); // --help and --version come this way too
         return exitDone;
     }
@@ -87,10 +94,10 @@ int runProgram(int argc, char** argv)
     try {
         return runCommandLine(argc, argv);
     } catch (const UsageFailure& failure) {
-        std::fprintf(stderr, "dov417: %s\n", failure.what());
+        std::fprintf(stderr, "dov417: %s\n", shownText(failure.what()).c_str());
         return exitUsage;
     } catch (const std::exception& failure) {
-        std::fprintf(stderr, "dov417: %s\n", failure.what());
+        std::fprintf(stderr, "dov417: %s\n", shownText(failure.what()).c_str());
         return exitFailed;
     }
 }

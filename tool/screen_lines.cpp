@@ -4,6 +4,8 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include "line/shown_text.h"
+
 namespace dov417 {
 
 ScreenSize screenSize()
@@ -34,10 +36,7 @@ std::size_t lengthOf(const std::string& text)
 
 std::string marked(const std::string& line, std::size_t columns)
 {
-    std::string clean = line;
-    std::replace_if(
-        clean.begin(), clean.end(),
-        [](char byte) { return static_cast<unsigned char>(byte) < ' ' || byte == '\177'; }, '?');
+    const std::string clean = shownText(line);
     return lengthOf(clean) <= columns || columns == 0 ? fitted(clean, columns)
                                                       : fitted(clean, columns - 1) + ">";
 }

@@ -8,6 +8,7 @@
 #include <memory>
 #include <unistd.h>
 
+#include "line/shown_text.h"
 #include "tool/command_lines.h"
 #include "tool/json_output.h"
 #include "tool/line_source.h"
@@ -223,11 +224,12 @@ void Shell::failed(int code, const std::string& why)
         code_ = code;
     hasEnded_ = hasEnded_ || (stopsOnError_ && !isSpokenTo_);
     std::fflush(stdout);
+    const std::string shown = shownText(why);
     if (isSpokenTo_ && !why.empty())
-        std::fprintf(stderr, "dov417: %s\n", why.c_str());
+        std::fprintf(stderr, "dov417: %s\n", shown.c_str());
     else if (!isSpokenTo_)
         std::fprintf(stderr, "dov417: line %d: %s\n", lines_.number(),
-                     !why.empty()            ? why.c_str()
+                     !why.empty()            ? shown.c_str()
                      : code == exitDifferent ? "they differ"
                                              : "failed");
 }

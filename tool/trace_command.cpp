@@ -14,6 +14,7 @@
 #include "line/failure.h"
 #include "line/frame_text.h"
 #include "line/line_log.h"
+#include "line/shown_text.h"
 #include "tool/controllers_log.h"
 #include "tool/json_output.h"
 #include "tool/trace_lines.h"
@@ -142,7 +143,9 @@ int runTrace(const TraceOptions& options)
     Tracer tracer(learnAreas(library), options.json);
     std::string line;
     for (int number = 1; std::getline(in, line); ++number) {
-        if (line.empty() || line == "\r")
+        if (!line.empty() && line.back() == '\r')
+            line.pop_back();
+        if (line.empty())
             continue;
         if (line[0] != '#') {
             tracer.explain(line, number);
@@ -152,7 +155,7 @@ int runTrace(const TraceOptions& options)
         if (options.json)
             sayJson({{"remark", line}});
         else
-            std::printf("%s\n", line.c_str());
+            std::printf("%s\n", shownText(line).c_str());
     }
     if (in.bad())
         throw Failure("cannot read the log " + options.file + ": " + std::strerror(errno));

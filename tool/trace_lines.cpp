@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "line/frame_text.h"
+#include "line/shown_text.h"
 
 namespace dov417 {
 
@@ -28,7 +29,7 @@ std::string TraceLines::of(LogTime time, const std::string& text, const QByteArr
     last_ = time;
     char number[32];
     std::snprintf(number, sizeof number, "%10.3f", since);
-    const std::string lines = number + ("  " + text + "\n");
+    const std::string lines = number + ("  " + shownText(text) + "\n");
     return bytes.isEmpty() ? lines : lines + std::string(15, ' ') + hexText(bytes) + "\n";
 }
 

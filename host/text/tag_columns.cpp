@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "line/failure.h"
+#include "line/shown_text.h"
 #include "text/address_values.h"
 
 namespace dov417 {
@@ -35,9 +36,8 @@ int countOf(const std::string& text)
 // Names and units are shown: a line end in one would begin a line that looks like another value's.
 void requireShown(const std::string& text)
 {
-    for (const char character : text)
-        if (static_cast<unsigned char>(character) < ' ' || character == '\x7F')
-            throw UsageFailure("it cannot hold a line end or another control character");
+    if (!isShownAsItIs(text))
+        throw UsageFailure("it cannot hold a line end or another control character");
 }
 
 std::optional<double> numberIn(const TagTexts& texts, TagColumn column)

@@ -31,6 +31,17 @@ PortEntry chip()
     return port;
 }
 
+TEST(PortTable, HasNoOrderForATerminalInWhatDevicesAndProgramsCallThemselves)
+{
+    PortEntry port = adapter();
+    port.adapter = "a\x1B[2K";
+    port.users = {{812, "b\xC2\x9B 2J"}};
+    const std::vector<std::string> table = portTable({{port}, true});
+    ASSERT_EQ(table.size(), 2u);
+    EXPECT_THAT(table.at(1), ::testing::HasSubstr(" a?[2K "));
+    EXPECT_THAT(table.at(1), ::testing::HasSubstr(" b? 2J (812) "));
+}
+
 TEST(PortTable, HasAdapterDriverUsersAndAccess)
 {
     EXPECT_THAT(portTable({{chip(), adapter()}, true}),

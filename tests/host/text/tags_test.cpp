@@ -147,6 +147,10 @@ TEST_F(Tags, HaveNoLineEndInWhatIsShown)
     EXPECT_EQ(
         mistake("name,register,address,unit\na,R_W,1,\x1B[31m\n"),
         "tags.csv:2: column 4 (unit): it cannot hold a line end or another control character");
+    EXPECT_EQ(
+        mistake("name,register,address\nsp\xC2\x85"
+                "eed,R_W,1\n"),
+        "tags.csv:2: column 1 (name): it cannot hold a line end or another control character");
     EXPECT_EQ(read("name,register,address,comment\na,R_W,1,\"two\nlines\"\n").size(), 1u);
 }
 
