@@ -61,9 +61,9 @@ public:
     void explain(const std::string& line, long long number)
     {
         if (const auto entry = parseLogLine(line))
-            print(*entry, text(*entry));
+            print(*entry, {"time", logTimeText(entry->time)}, text(*entry));
         else if (const auto controllers = controllers_.entry(line))
-            print(*controllers, controllers->meaning);
+            print(*controllers, {"seconds", secondsOf(*controllers)}, controllers->meaning);
         else
             unreadable(number);
     }
@@ -109,11 +109,17 @@ private:
         controllers_.forget();
     }
 
-    void print(const LogEntry& entry, const std::string& text)
+    // A controller's log has no date: what it has is the time since it was started.
+    static double secondsOf(const LogEntry& entry)
+    {
+        return std::chrono::duration<double>(entry.time.time_since_epoch()).count();
+    }
+
+    void print(const LogEntry& entry, const OutputJson& time, const std::string& text)
     {
         ++counts_.of.at(static_cast<std::size_t>(entry.direction));
         if (json_) {
-            sayJson({{"time", logTimeText(entry.time)},
+            sayJson({{time.at(0), time.at(1)},
                      {"direction", keyOf(entry.direction)},
                      {"bytes", hexText(entry.bytes)},
                      {"text", text}});

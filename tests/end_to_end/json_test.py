@@ -108,6 +108,11 @@ class Json(EndToEnd):
         self.assertIn("station 1: R_W:500 = 0", [each.get("text") for each in objects])
         self.assertEqual(objects[-1]["end"]["unreadable"], 1)
 
+    def test_a_controllers_log_has_no_date(self):
+        log = self.write_file("simulate.log", "    1.003785 <- 01 03 05 0A 00 01 A4 C4  x\n")
+        told_of = self.told_by("trace", log)[0]
+        self.assertEqual((told_of["seconds"], told_of["direction"]), (1.003785, "sent"))
+
     def test_the_controller_and_the_demo(self):
         with subprocess.Popen([TOOL, "simulate", "--json"], stdout=subprocess.PIPE,
                               text=True) as controller:  # fmt: skip
