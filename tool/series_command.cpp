@@ -29,8 +29,16 @@ struct SeriesOptions {
 
 Address startOf(const Library& library, const SeriesOptions& options)
 {
-    if (!options.start.empty())
+    if (!options.start.empty()) {
+        // Neither a station nor an end would be in what is listed.
+        if (options.regName.find('/') != std::string::npos)
+            throw UsageFailure("'" + options.regName +
+                               "': a series has no station; name the register type alone");
+        if (options.start.find("..") != std::string::npos)
+            throw UsageFailure("'" + options.start +
+                               "': a series has no end but --count; name its first address alone");
         return parseAddress(library, options.regName + ":" + options.start);
+    }
     if (options.tags.empty())
         throw UsageFailure("the first address is missing");
     const std::vector<Tag> tags = readTags(library, options.tags, remarkOnce);
