@@ -10,6 +10,7 @@
 #include "line/conversation.h"
 #include "line/crc16.h"
 #include "line/failure.h"
+#include "line/frame_bytes.h"
 #include "line/frame_length.h"
 #include "line/frame_text.h"
 #include "live/live_line.h"
@@ -51,7 +52,7 @@ std::string failureOf(const std::optional<Transmission>& ended, const std::strin
     if (reception.result == LineResult::reply && isSound(reception)) {
         const int head = echoedHead(ended->sent);
         constexpr int functionEnd = 2;
-        constexpr int valueEnd = 6;
+        const int valueEnd = ended->replyLength - crcLength; // a write's reply repeats all before
         const bool isOther = head > functionEnd && ended->replyLength != untoldLength &&
                              ended->sent.at(1) != '\x08' &&
                              reception.bytes.left(valueEnd) != ended->sent.left(valueEnd);

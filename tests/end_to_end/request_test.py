@@ -9,6 +9,7 @@ import tty
 import unittest
 
 from harness import TOOL, EndToEnd, run, told
+from slow_slave import answer, crc
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 LINE = ("--line", "38400,8,NONE,1")
@@ -32,6 +33,34 @@ class Mirror:
                 return
             self.heard += data
             os.write(self._master, data)
+
+
+class OtherMask:
+    """A slave that says of each mask write that it wrote another OR mask."""
+
+    def __init__(self):
+        self._master, slave = pty.openpty()
+        tty.setraw(slave, termios.TCSANOW)
+        self.port = os.ttyname(slave)
+        self._slave = slave
+        threading.Thread(target=self._answer, daemon=True).start()
+
+    def _answer(self):
+        heard = b""
+        while True:
+            try:
+                heard += os.read(self._master, 4096)
+            except OSError:
+                return
+            length = 10 if heard[1:2] == b"\x16" else 8
+            if len(heard) < length:
+                continue
+            if length == 8:
+                os.write(self._master, answer(heard[:length]))
+            else:
+                reply = heard[:7] + bytes((heard[7] ^ 1,))
+                os.write(self._master, reply + crc(reply))
+            heard = heard[length:]
 
 
 class Request(EndToEnd):
@@ -107,6 +136,11 @@ class Request(EndToEnd):
         self.assertEqual(done.returncode, 1, done.stdout)
         self.assertNotIn("wrote", done.stdout)
         self.assertEqual(done.stderr, "dov417: no answer within 50 ms: no byte came\n")
+
+    def test_a_mask_write_is_confirmed_with_both_masks(self):
+        done = self.request(OtherMask().port, "1", "22", "20", "0xFF", "0x100", "--no-function-8")
+        self.assertEqual(done.returncode, 1, done.stdout)
+        self.assertEqual(done.stderr, "dov417: the answer names another value than was sent\n")
 
     def test_a_late_reply_to_another_program_is_not_its_answer(self):
         cable, _ = self.slow_slave("1:700")
