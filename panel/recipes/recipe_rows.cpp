@@ -1,9 +1,9 @@
 #include "panel/recipes/recipe_rows.h"
 
+#include <QCoreApplication>
 #include <map>
 #include <tuple>
 
-#include "panel/recipes/recipe_table.h"
 #include "text/address_values.h"
 
 namespace dov417 {
@@ -76,7 +76,8 @@ void add(RecipeWishes& wishes, const Address& address, int word, const RecipeWis
     for (const RecipeWish& other : here)
         if (((other.bits ^ wish.bits) & other.known & wish.known) != 0)
             throw UsageFailure(
-                RecipeTable::tr("%1 and %2 want different values of the same place")
+                QCoreApplication::translate("RecipeRows",
+                                            "%1 and %2 want different values of the same place")
                     .arg(QString::fromStdString(other.name), QString::fromStdString(wish.name))
                     .toStdString());
     here.push_back(wish);
