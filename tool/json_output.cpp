@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <utility>
 
+#include "text/address_values.h"
 #include "text/json_value.h"
 #include "tool/defaults.h"
 
@@ -95,17 +96,17 @@ void sayJson(const OutputJson& object)
 void addValues(OutputJson& object, const std::string& key, const Item& item,
                const std::vector<unsigned char>& bytes)
 {
-    const Width width = item.address.width;
     const Format hex{Notation::hex, item.format.order};
     OutputJson values = OutputJson::array();
     OutputJson bits = OutputJson::array();
     bool isAllNumbers = true;
     for (int i = 0; i < valueCount(item.address); ++i) {
-        const unsigned char* const value = bytes.data() + byteCount(width, i);
-        values.push_back(jsonValue(valueTexts(width, item.format, value, 1).front()));
+        const Address one = valueOf(item.address, i);
+        const unsigned char* const value = bytes.data() + i * byteCount(one);
+        values.push_back(jsonValue(valueTexts(one, item.format, value).front()));
         const bool isNumber = !values.back().is_null();
         isAllNumbers = isAllNumbers && isNumber;
-        bits.push_back(isNumber ? OutputJson() : OutputJson(valueTexts(width, hex, value, 1)[0]));
+        bits.push_back(isNumber ? OutputJson() : OutputJson(valueTexts(one, hex, value)[0]));
     }
     object[key] = std::move(values);
     if (!isAllNumbers)

@@ -51,6 +51,22 @@ class Texts(EndToEnd):
         self.assertEqual([word(1, "R_W", a) for a in (500, 501, 504, 505)],
                          [0x3132, 0, 0x2C22, 0x200A])  # fmt: skip
 
+    def test_json_of_each_command_tells_a_text_to_its_end(self):
+        controller = self.controller("--still", "--set", "R_W:500=0x5055,0x4D50,0x2037,0",
+                                     "--set", "R_W:510=7")  # fmt: skip
+        where = ["--port", controller.port, "--tags", self.tags, "--json"]
+        read = told(self.succeeds("read", *where, "press.label", "press.speed"))
+        self.assertEqual([each["values"] for each in read], [["PUMP 7"], [7]])
+        recipe = self.write_file("recipe.json", '{"press.label": "PUMP 8", "press.code": "AB"}')
+        compared = run("recipe", "compare", recipe, *where)
+        self.assertEqual(compared.returncode, 3)
+        self.assertIn((["PUMP 8"], ["PUMP 7"]),
+                      [(each.get("recipe"), each.get("controller")) for each in told(compared.stdout)])  # fmt: skip
+        (written,) = told(self.succeeds("write", *where, "press.label=PUMP 9"))
+        self.assertEqual([written[key] for key in ("before", "values", "after")],
+                         [["PUMP 7"], ["PUMP 9"], ["PUMP 9"]])  # fmt: skip
+        self.assertFalse({"valuesBits", "beforeBits", "afterBits"} & set(written))
+
     def test_no_request_ends_within_one(self):
         controller = self.controller("--still")
         log = self.path("log")
