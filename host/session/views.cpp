@@ -15,12 +15,15 @@ bool share(const Address& a, const Address& b)
            (a.first < b.first + b.length && b.first < a.first + a.length);
 }
 
+// Was a part of it written? Of a bit that was written the other bits of its word were not, whatever
+// went out with it: the driver reads them before, for that alone.
 bool isTorn(const Address& value, const Address& written)
 {
+    if (value.width == Width::bit || written.width == Width::bit)
+        return value.width != Width::bit;
     const Words words = wordsOf(value.width, value.first, value.length);
     const Words part = wordsOf(written.width, written.first, written.length);
-    return (value.width == Width::quadWord || value.width == Width::text) &&
-           (words.first < part.first || part.first + part.count < words.first + words.count);
+    return words.first < part.first || part.first + part.count < words.first + words.count;
 }
 
 std::tuple<int, std::string, Width, int, int> viewKey(const Address& address)
@@ -196,17 +199,19 @@ void Views::count(const Address& address, int step)
 }
 
 // The writes of one word go to the driver one by one, so with an outcome the cache is the
-// controller's again; of a double word once both halves have theirs. A longer value of which some
-// words were written waits for the reply that has them all.
+// controller's again. Of a value of which a part was written the cache has the rest as it was read
+// before, and the controller may never have held the two together: it waits, old, for the reply
+// that has them all.
 void Views::countWrite(const Address& address, int step)
 {
     count(address, step);
     for (const std::size_t index : inWordsOf(address)) {
         const Standing& standing = standing_.at(index);
         const bool isKnown = standing.isCached && standing.writesOfWords == 0;
-        const bool isRead =
-            step < 0 && isKnown && !isTorn(views_.at(index).address, address) && read(index);
-        if (!isRead && share(views_.at(index).address, address))
+        const bool hasChanged =
+            step < 0 &&
+            (isTorn(views_.at(index).address, address) ? makeOld(index) : isKnown && read(index));
+        if (!hasChanged && share(views_.at(index).address, address))
             changed(index, false);
     }
 }
@@ -223,14 +228,15 @@ void Views::makeOld()
         makeOld(i);
 }
 
-void Views::makeOld(std::size_t index)
+bool Views::makeOld(std::size_t index)
 {
     View& view = views_.at(index);
     if (!view.hasValue || view.isOld)
-        return;
+        return false;
     view.isOld = true;
     ++view.lapses;
     changed(index, false);
+    return true;
 }
 
 void Views::forget()

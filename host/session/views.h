@@ -21,7 +21,7 @@ using ValueBytes = std::vector<unsigned char>;
 enum class Quality {
     neverRead,
     good,
-    old,         // its request has been failing, or the line is closed
+    old,         // its request has been failing, the line is closed, or a part of it was written
     beingWritten // by a write of this session that has no outcome yet
 };
 
@@ -99,7 +99,7 @@ private:
              const std::vector<View>& before, const std::vector<Standing>& standing);
     bool read(std::size_t index);
     void forget(std::size_t index);
-    void makeOld(std::size_t index);
+    bool makeOld(std::size_t index); // was it good?
     void changed(std::size_t index, bool isValue);
     template <typename Call>
     void forEachIn(const Request& words, Call call);

@@ -33,20 +33,85 @@ protected:
     }
 };
 
-TEST_F(QualityOnALine, AWriteOfHalfADoubleWordLeavesTheOtherHalfAsItIs)
+// A controller that works on while it is written to, and what of it is shown.
+class QualityOfPartsOnALine : public QualityOnALine {
+protected:
+    // work: before each request.
+    void beBusy(const std::function<void()>& work)
+    {
+        beAController();
+        const auto controller = slave.arrived;
+        slave.arrived = [this, work, controller](const QByteArray& bytes) {
+            work();
+            hold();
+            controller(bytes);
+            hold();
+        };
+        QObject::connect(session.get(), &Session::changed, session.get(),
+                         [this](const ViewChanges& told) {
+                             for (const ViewChange& change : told)
+                                 if (change.index == 0)
+                                     take(change.view);
+                         });
+    }
+    void take(const View& view)
+    {
+        qualities.push_back(view.quality());
+        if (!view.hasValue)
+            return;
+        const bool isWord = view.value.size() == 2;
+        const long long shown = isWord ? number(view) : whole(0);
+        EXPECT_TRUE(isWord ? heldWords.count(shown) : held.count(shown)) << shown;
+    }
+    bool isGoodAgain() const
+    {
+        return qualities.back() == Quality::good &&
+               std::count(qualities.begin(), qualities.end(), Quality::old) > 0;
+    }
+    void hold()
+    {
+        heldWords.insert(registers[r + 10]);
+        held.insert(registers[r + 10] + 65536LL * registers[r + 11]);
+    }
+
+    std::set<long long> heldWords; // R_W:10
+    std::set<long long> held;      // R_D:10
+    std::vector<Quality> qualities;
+};
+
+TEST_F(QualityOfPartsOnALine, AWriteOfHalfADoubleWordWaitsForTheReplyThatHasBoth)
 {
-    beAController();
+    int work = 0;
+    beBusy([&]() { registers[r + 11] += work; });
     registers[r + 10] = 7;
     registers[r + 11] = 9;
     session->watch({doubleWords("R_D", 10)});
     ASSERT_TRUE(waitForGood(0));
-    // The driver shows halves that it never had while one of them is written, and says nothing of
-    // the whole value afterwards.
+    work = 1;
     session->write(wordWrite("R_W", 10, 5), outcome(1));
     ASSERT_TRUE(waitForOutcomes(1));
-    EXPECT_EQ(whole(0), 9 * 65536 + 5);
-    EXPECT_EQ(view(0).quality(), Quality::good);
-    EXPECT_EQ(view(0).changes, 1);
+    ASSERT_TRUE(waitUntil([this]() { return isGoodAgain(); }));
+    EXPECT_EQ(whole(0) % 65536, 5);
+    EXPECT_EQ(view(0).lapses, 1);
+    // Nothing between the write and what was read after it.
+    const auto written = std::find(qualities.begin(), qualities.end(), Quality::beingWritten);
+    const auto old = std::find(written, qualities.end(), Quality::old);
+    EXPECT_EQ(std::count(written, old, Quality::good), 0);
+}
+
+TEST_F(QualityOfPartsOnALine, AWriteOfABitIsShownInItsWordOnceThatWasReadWhole)
+{
+    int work = 0;
+    beBusy([&]() { registers[r + 10] += work; });
+    session->watch({words("R_W", 10), bits("R_bit", 160)});
+    ASSERT_TRUE(waitForGood(1));
+    work = 2; // the driver reads the other bits before, and writes them as they were
+    int shown = -1;
+    session->write({bits("R_bit", 160), {1}}, [&](const Result&) { shown = view(1).value.at(0); });
+    ASSERT_TRUE(waitUntil([&]() { return shown >= 0; }));
+    EXPECT_EQ(shown, 1) << "it is what was written";
+    ASSERT_TRUE(waitUntil([this]() { return isGoodAgain(); }));
+    EXPECT_EQ(number(view(0)) % 2, 1);
 }
 
 TEST_F(QualityOnALine, AWordAndABitOfItWrittenAtOnceShowWhatCameOut)
