@@ -42,6 +42,12 @@ WatchDisplay::WatchDisplay(const Library& library, LiveCommand& live,
     redrawTimer_.setInterval(redrawMilliseconds);
     QObject::connect(&redrawTimer_, &QTimer::timeout, &redrawTimer_, [this]() { draw(); });
     redrawTimer_.start();
+    // Whatever is at the port's end when it is back was not meant, nor need anybody see it then.
+    QObject::connect(&session_, &Session::portChanged, &redrawTimer_,
+                     [this](bool open, const std::string& message) {
+                         if (!open && isWriting_)
+                             session_.endWithPort(message);
+                     });
 }
 
 void WatchDisplay::changed(const ViewChange& change)

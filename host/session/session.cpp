@@ -117,6 +117,13 @@ void Session::endRequests(const std::string& reason)
     runner_.wake();
 }
 
+void Session::endWithPort(const std::string& message)
+{
+    const char* const unknown =
+        "; whether the controller has taken what was on its way is not known";
+    endRequests(message + (writesUnderWay() > 0 ? unknown : ""));
+}
+
 void Session::startDriver()
 {
     const std::string property = std::to_string(driverTag) + "#0#0#" +

@@ -87,6 +87,9 @@ public:
     void setSettings(const SessionSettings& settings);
     // Ends what is under way in the same manner, and keeps the settings.
     void endRequests(const std::string& reason);
+    // For who has been told that the port is away, and why: what is under way would go out to
+    // whatever is at its end when it is back.
+    void endWithPort(const std::string& message);
 
     // Polls these addresses from now on, and nothing else; the views are their values one by one.
     // Values, times and counts of addresses that stay are kept. Refused if one of them cannot be

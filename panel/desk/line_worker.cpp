@@ -167,12 +167,8 @@ void LineWorker::portChanged(bool open, const std::string& message)
 // there to see it. So may what is clicked then.
 void LineWorker::endWithPort(const std::string& message)
 {
-    if (session_->writesUnderWay() > 0)
-        session_->endRequests(
-            message + tr("; whether the controller has taken what was on its way is not known")
-                          .toStdString());
-    else if (recipes_.isUnderWay())
-        session_->endRequests(message);
+    if (session_->writesUnderWay() > 0 || recipes_.isUnderWay())
+        session_->endWithPort(message);
     if (!state_.isUnlocked || state_.isSimulated)
         return;
     state_.isUnlocked = false;

@@ -175,6 +175,32 @@ class Keys(EndToEnd):
         terminal.press("C-c")
         self.ends(terminal, 1)
 
+    def test_a_write_that_is_under_way_when_the_port_goes_is_never_sent(self):
+        cable = self.cable()  # nobody at its far end: it waits to be read first
+        terminal = self.drawn(columns=200)
+        terminal.start(TOOL, "watch", "--port", cable.port, "--timeout", "50", "--log",
+                       self.path("log"), "R_W:5")  # fmt: skip
+        terminal.wait_for("^1/R_W:5 ")
+        terminal.type("w")
+        terminal.wait_for("^new value")
+        terminal.type("7")
+        terminal.confirm("7", "writing 1/R_W:5")
+        cable.unplug()
+        terminal.wait_for("1/R_W:5 = 7: given up, NOT confirmed: port .*cable is gone")
+        cable.plug()
+        other = self.controller("--still", "--line", "38400,8,NONE,1", "--port", cable.far_port,
+                                "--set", "R_W:5=1000")  # fmt: skip
+        terminal.wait_for("^1/R_W:5 +1000 ")
+        for _ in range(20):
+            cable.wait_for_request()
+        terminal.press("q")
+        self.ends(terminal)
+        self.assertEqual(other.memory()(1, "R_W", 5), 1000)
+        with open(self.path("log"), encoding="utf-8") as log:
+            sent = [each.split()[2:4] for each in log if " TX " in each]
+        self.assertGreater(len(sent), 20)
+        self.assertNotIn(["01", "06"], sent)
+
     def test_ctrl_z_leaves_the_terminal_and_fg_comes_back(self):
         terminal, _ = self.watching()
         terminal.press("C-z")

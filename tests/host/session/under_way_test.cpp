@@ -188,6 +188,39 @@ TEST_F(UnderWayOnALine, ARecipeBeginsAfterOtherSettingsWhileThePortIsAway)
     EXPECT_EQ(outcomes.at(2), "accepted");
 }
 
+TEST_F(UnderWayOnALine, AWriteThatIsEndedWithThePortNeverGoesOutToWhateverIsThereThen)
+{
+    openALineThatIsSilent();
+    bool isOpen = true;
+    QObject::connect(session.get(), &Session::portChanged, session.get(),
+                     [&](bool open, const std::string&) {
+                         isOpen = open;
+                         if (!open)
+                             session->endWithPort("it is gone");
+                     });
+    session->write(wordWrite("R_W", 20, 7), outcome(1));
+    session->write(wordWrite("R_W", 21, 7), outcome(2));
+    ASSERT_TRUE(waitUntil([this]() { return requests == 1; }));
+    slave.unplug();
+    ASSERT_TRUE(waitForOutcomes(2));
+    const std::string reason =
+        "it is gone; whether the controller has taken what was on its way is not known";
+    EXPECT_EQ(outcomes.at(1), reason);
+    EXPECT_EQ(outcomes.at(2), reason);
+    EXPECT_EQ(session->writesUnderWay(), 0U);
+    isSilent = false;
+    received.clear();
+    slave.plug();
+    session->readOnce(words("R_W", 20), outcome(3));
+    ASSERT_TRUE(waitForOutcomes(3));
+    EXPECT_EQ(outcomes.at(3), "accepted");
+    session->readOnce(words("R_W", 30), outcome(4));
+    ASSERT_TRUE(waitForOutcomes(4));
+    EXPECT_EQ(received.left(2), QByteArray::fromHex("0103"));
+    EXPECT_EQ(received.size(), 16) << "two reads";
+    EXPECT_EQ(registers.at(0x0500 + 20), 0);
+}
+
 TEST_F(UnderWayOnALine, ARecipeBeginsAlthoughAForgottenFrameWasLostWithThePort)
 {
     openALineThatIsSilent();
