@@ -5,6 +5,10 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "line/counted.h"
 #include "line/failure.h"
@@ -148,11 +152,32 @@ bool tellsPort(const LogEntry& entry)
     return entry.direction == Direction::note && entry.meaning.rfind("port ", 0) == 0;
 }
 
+LineLog::~LineLog()
+{
+    if (claim_ >= 0)
+        close(claim_);
+}
+
 void LineLog::open(const std::string& file)
 {
     out_.open(file, std::ios::app);
     if (!out_)
         throw Failure("cannot write the log " + file + ": " + std::strerror(errno));
+    claim(file);
+}
+
+// Of a file alone: /dev/null is for all, and a pipe's reader parts nothing. Where a file system
+// knows no locks the log is written all the same.
+void LineLog::claim(const std::string& file)
+{
+    struct stat kind = {};
+    if (stat(file.c_str(), &kind) != 0 || !S_ISREG(kind.st_mode))
+        return;
+    claim_ = ::open(file.c_str(), O_WRONLY | O_CLOEXEC);
+    if (claim_ < 0 || flock(claim_, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK)
+        return;
+    out_.close();
+    throw Failure("cannot write the log " + file + ": another recording is writing into it");
 }
 
 bool LineLog::isOpen() const

@@ -63,8 +63,12 @@ bool tellsPort(const LogEntry& entry);
 class LineLog {
 public:
     LineLog() = default;
+    ~LineLog();
+    LineLog(const LineLog&) = delete;
+    LineLog& operator=(const LineLog&) = delete;
 
-    // Throws a Failure if the file cannot be written.
+    // Throws a Failure if the file cannot be written, and while another log writes into it: a reply
+    // of one line would follow a request of the other, and be explained as its answer.
     void open(const std::string& file);
     bool isOpen() const;
     // True once a line could not be written: the disk is full, the stick was pulled.
@@ -74,7 +78,10 @@ public:
     void add(const LogEntry& entry);
 
 private:
+    void claim(const std::string& file);
+
     std::ofstream out_;
+    int claim_ = -1; // a descriptor that holds the lock
 };
 
 } // namespace dov417

@@ -151,6 +151,41 @@ TEST(LineLog, IsSilentUntilItIsOpenAndSaysWhyItCannotBe)
               "cannot write the log /no/such/folder/x.log: No such file or directory");
 }
 
+TEST(LineLog, TwoDoNotWriteIntoOneFile)
+{
+    const std::string file = ::testing::TempDir() + "line_log_of_two.log";
+    std::remove(file.c_str());
+    LineLog second;
+    {
+        LineLog first;
+        first.open(file);
+        first.remark("first");
+        EXPECT_EQ(complaint([&] { second.open(file); }),
+                  "cannot write the log " + file + ": another recording is writing into it");
+        EXPECT_FALSE(second.isOpen());
+        second.remark("second");
+        first.remark("first again");
+    }
+    LineLog third;
+    third.open(file);
+    third.remark("third");
+    std::ifstream in(file);
+    const std::string text{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    std::remove(file.c_str());
+    EXPECT_EQ(text, "# first\n# first again\n# third\n");
+}
+
+TEST(LineLog, WhatIsNoFileIsForAll)
+{
+    LineLog one;
+    LineLog other;
+    one.open("/dev/null");
+    other.open("/dev/null");
+    other.remark("nowhere");
+    EXPECT_TRUE(one.isOpen());
+    EXPECT_FALSE(other.hasFailed());
+}
+
 TEST(LineLog, AFullDiskIsNoticed)
 {
     LineLog log;
