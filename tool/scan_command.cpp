@@ -117,9 +117,11 @@ int runScan(const ScanOptions& options)
                  teller);
     scan.findStations(settings, questionsFrom(areas), wanted);
     for (const WordRun& run : runs) {
-        if (teller.isInterrupted() || teller.hasFailed())
+        if (teller.hasFailed())
             break;
-        if (teller.whereFound().count(run.station) == 0)
+        if (teller.isInterrupted())
+            teller.tellRest(run, 0);
+        else if (teller.whereFound().count(run.station) == 0)
             teller.tellNotFound(run);
         else
             scan.findRanges(run);
@@ -204,8 +206,8 @@ void addScanCommand(CLI::App& app, Action& chosen)
         "  dov417 scan --simulated --stations 1,17 --lines 9600,8,NONE,1 38400,8,EVEN,1 --json\n"
         "  dov417 scan --simulated --lines 38400,8,EVEN,1 --registers 17/R_W:3800..3999\n"
         "On a real line, --port /dev/ttyUSB0 stands for --simulated.\n"
-        "Exits with 1 if nobody answers, a station of the project does not, or of some registers "
-        "it is not known.");
+        "Exits with 1 if nobody answers, a station of the project does not, others began to speak "
+        "before all were asked, or of some registers it is not known.");
     command->callback([options, &chosen]() { chosen = [options]() { return runScan(*options); }; });
 }
 

@@ -81,6 +81,10 @@ void ScanRun::findRanges(const WordRun& run)
          });
     patience_.stop();
     begin_ = nullptr;
+    if (!teller_.isInterrupted())
+        return;
+    search.end();
+    teller_.tellRest(run, search.known());
 }
 
 LineObserver ScanRun::observer()

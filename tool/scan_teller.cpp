@@ -74,6 +74,12 @@ void ScanTeller::tellRange(const WordRun& run, const WordRange& range)
     sayLine(json_ ? rangeJson(words, range).dump() : rangeLine(words, range));
 }
 
+void ScanTeller::tellRest(const WordRun& run, int known)
+{
+    if (known < run.count)
+        tellRange(run, {run.first + known, run.count - known, WordRange::unknown, "interrupted"});
+}
+
 void ScanTeller::tellNotFound(const WordRun& run)
 {
     isRangeUnknown_ = true;
@@ -165,7 +171,13 @@ std::string ScanTeller::atLines(std::size_t count) const
     return isOverNetwork() ? std::string() : " at " + counted(count, "line setting");
 }
 
-// Of those that are expected.
+// Others began to speak, and not all were found until then.
+bool ScanTeller::isCut() const
+{
+    return isInUse_ && !settings_.asksAnyway && whereFound_.size() < settings_.stations.size();
+}
+
+// Of those that are expected. Where it was cut short an answer may have been disturbed.
 bool ScanTeller::tellMissing()
 {
     bool isMissing = false;
@@ -173,7 +185,9 @@ bool ScanTeller::tellMissing()
         if (names_.count(station) == 0 || whereFound_.count(station) > 0)
             continue;
         isMissing = true;
-        sayNotice(stationText(station, names_) + " of the project does not answer");
+        if (!isCut() || asked_.count(station) == 0)
+            sayNotice(stationText(station, names_) + " of the project " +
+                      (isCut() ? "was not asked" : "does not answer"));
     }
     return isMissing;
 }
@@ -187,10 +201,12 @@ bool ScanTeller::finish()
         sayNotice("whoever is asked answers: it may be one controller that looks at no number");
     const bool hasLostLog = log_.hasFailed();
     const bool wasAllAsked = problem_.empty() && !isInterrupted_ && !isInUse_;
-    const bool isMissing = wasAllAsked && foundCount_ > 0 && tellMissing();
+    const bool isShort = isCut();
+    const bool isMissing = (wasAllAsked || isShort) && foundCount_ > 0 && tellMissing();
     if (json_) {
         const std::string end = !problem_.empty() ? problem_
                                 : isInterrupted_  ? "interrupted"
+                                : isShort         ? "inUse"
                                                   : "complete";
         sayLine(nlohmann::ordered_json{{"end", end}, {"found", foundCount_}}.dump());
     } else {
@@ -198,6 +214,8 @@ bool ScanTeller::finish()
             sayNotice(problem_);
         else if (isInterrupted_)
             sayNotice("interrupted: not everything was asked");
+        else if (isShort)
+            sayNotice("the line is in use: not everything was asked");
         if (foundCount_ > 0)
             std::printf("found %s%s\n",
                         counted(static_cast<std::size_t>(foundCount_), "station").c_str(),
@@ -212,7 +230,8 @@ bool ScanTeller::finish()
     }
     if (hasLostLog)
         std::fprintf(stderr, "dov417: the log %s could not be written\n", logName_.c_str());
-    return foundCount_ > 0 && !isMissing && !isRangeUnknown_ && problem_.empty() && !hasLostLog;
+    return foundCount_ > 0 && !isMissing && !isShort && !isRangeUnknown_ && problem_.empty() &&
+           !hasLostLog;
 }
 
 } // namespace dov417

@@ -33,6 +33,8 @@ public:
 
     void tellRange(const WordRun& run, const WordRange& range);
     void tellNotFound(const WordRun& run);
+    // It was interrupted when so many words of it were known.
+    void tellRest(const WordRun& run, int known);
     void passed(Direction direction, const QByteArray& bytes, const std::string& remark);
     void sayNotice(const std::string& text);
     void fail(const std::string& problem);
@@ -49,6 +51,7 @@ public:
 private:
     void found(const Found& found);
     void heard(const ScanHeard& heard);
+    bool isCut() const;
     bool tellMissing();
     bool isOverNetwork() const;
     std::string atLines(std::size_t count) const;
@@ -66,6 +69,7 @@ private:
     bool hasBar_ = false;
     std::set<std::string> lines_; // where somebody was found
     std::map<int, ScanLine> whereFound_;
+    std::set<int> asked_; // stations
     int foundCount_ = 0;
     bool isRangeUnknown_ = false;
     bool isInUse_ = false;

@@ -29,6 +29,11 @@ void RangeSearch::stop()
     isStopping_ = true;
 }
 
+void RangeSearch::end()
+{
+    halving_.end();
+}
+
 int RangeSearch::known() const
 {
     return halving_.known();

@@ -34,6 +34,8 @@ public:
     void start();
     // Asks nothing more; done comes once the request that is out has ended.
     void stop();
+    // What was found and not told yet is told, though a request may be out.
+    void end();
     int known() const; // words
 
 private:

@@ -2,11 +2,13 @@
 
 import contextlib
 import glob
+import json
 import os
 import pty
 import select
 import termios
 import threading
+import time
 import tty
 import unittest
 
@@ -233,6 +235,29 @@ class Scan(EndToEnd):
         self.assertIn("the line is in use: others speak with station 1; nothing is asked",
                       told[0]["text"])  # fmt: skip
 
+    def test_what_others_kept_from_being_asked_is_told(self):
+        bus = self.bus(self.station(1, 9600))
+        project = self.write_file("project.json", '{"version": 1, "stations": ['
+                                  '{"number": 1, "name": "press"}, {"number": 9, "name": "oven"}]}')  # fmt: skip
+        where = ["--port", bus.port, "--project", project, "--stations", "1..9", "--lines",
+                 line(9600), "--timeout", "500"]  # fmt: skip
+        reply = bytes.fromhex("C8030400010002")
+        for form in ([], ["--json"]):
+            scanning = self.tool("scan", *where, *form)
+            scanning.wait_for('"station":1,' if form else "station 1 ")
+            for _ in range(8):  # of others, before the last is asked
+                bus.send(reply + crc(reply))
+                time.sleep(0.1)
+            code, out, err = scanning.end()
+            self.assertEqual(code, 1, out + err)
+            if not form:
+                self.assertIn("the line is in use: not everything was asked\n", err)
+                self.assertIn("dov417: station 9 (oven) of the project was not asked\n", err)
+                self.assertIn("found 1 station ", out)
+                continue
+            self.assertIn('{"end":"inUse","found":1}\n', out)
+            self.assertIn('{"notice":"station 9 (oven) of the project was not asked"}', out)
+
     def test_two_controllers_under_one_number_are_told(self):
         bus = self.bus(self.station(5, 9600), self.station(5, 9600), self.station(6, 9600))
         code, found, told = self.scan("--port", bus.port, "--stations", "4..7", "--lines",
@@ -312,6 +337,20 @@ class Scan(EndToEnd):
         self.assertEqual(found, [("2/R_W:0..3999", True, None), ("2/M_W:0..127", True, None)])
         # Blocks of 125 words, and what finding the station takes.
         self.assertLess(len(bus.heard) // 8, 32 + 2 + 8)
+
+    def test_ranges_that_were_not_asked_when_it_was_interrupted_are_not_known(self):
+        few = FewWords()
+        self.addCleanup(few.close)
+        done = self.tool("scan", "--json", "--lines", line(9600), "--port", few.port, "--registers",
+                         "5/R_W:90..260", "5/R_W:1000..1999", "5/T:0..3")  # fmt: skip
+        done.wait_for('"5/R_W:90..99"')
+        code, out, _ = done.interrupt()
+        self.assertEqual(code, 1)
+        *ranges, last, end = [json.loads(each) for each in out.splitlines()]
+        self.assertEqual(last, {"range": "5/T:0..3", "answered": None, "reason": "interrupted"})
+        self.assertEqual(end, {"end": "interrupted", "found": 1})
+        self.assertEqual(ranges[-1]["answered"], None)
+        self.assertRegex(ranges[-1]["range"], r"^5/R_W:1[0-9]{3}\.\.1999$")
 
     def test_ranges_of_a_station_that_is_not_there_are_not_known(self):
         bus = self.bus(self.station(2, 9600))
