@@ -57,6 +57,7 @@ Item Items::made(const Tag& tag, const FormatChoice& wish, Access access) const
     item.limits = tag.limits;
     item.ofLimits = chosenFormat(tag.format, FormatChoice());
     item.ofLimits.scaling = tag.scaling;
+    item.widthOfLimits = tag.address.width;
     const FormatChoice chosen = merged(wish, format_);
     try {
         requireAccess(library_, item.address, access);
@@ -114,6 +115,10 @@ void requireWithinLimits(const Item& item, const std::vector<unsigned char>& byt
     if (!limits.min && !limits.max)
         return;
     const Width width = item.address.width;
+    if (item.widthOfLimits.value_or(width) != width)
+        throw UsageFailure(
+            "its minimum and maximum are those of its own values, and in this format "
+            "it has others");
     for (int i = 0; i < valueCount(item.address); ++i) {
         const unsigned char* const value = bytes.data() + byteCount(width, i);
         const double number = exactNumber(width, item.ofLimits, value);

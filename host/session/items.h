@@ -19,7 +19,8 @@ struct Item {
     Format format;
     std::string comment;
     Limits limits = {};
-    Format ofLimits = {}; // the tag's own, in which they are written
+    Format ofLimits = {};                    // the tag's own, in which they are written
+    std::optional<Width> widthOfLimits = {}; // of the tag's own values; none where it has no tag
 };
 
 // Throws a UsageFailure where one of these values lies outside the item's limits.

@@ -169,6 +169,23 @@ TEST_F(ItemsTest, LimitsHoldInWhateverFormatAValueIsWritten)
               "value '12.4': above the maximum, 12.3");
 }
 
+TEST_F(ItemsTest, LimitsOfValuesAreNotThoseOfOneThatIsMadeOfThem)
+{
+    std::ofstream(source.tags) << "name,register,address,count,min,max\n"
+                               << "preset,R_W,210,4,0,100\n"
+                               << "pair,R_D,10,2,0,100\n";
+    const Items items(library, source);
+    for (const char* name : {"preset@text", "pair@int64"}) {
+        const Item item = items.find(name, Access::write);
+        EXPECT_EQ(complaint([&] { requireWithinLimits(item, std::vector<unsigned char>(8, 0)); }),
+                  "its minimum and maximum are those of its own values, and in this format it has "
+                  "others")
+            << name;
+    }
+    EXPECT_NO_THROW(requireWithinLimits(items.find("preset@hex", Access::write),
+                                        std::vector<unsigned char>(8, 0)));
+}
+
 TEST_F(ItemsTest, ArgumentsAreTakenInTheirOrderAndAllTagsWhereThereAreNone)
 {
     const Items items(library, source);
