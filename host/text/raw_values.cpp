@@ -128,6 +128,27 @@ std::optional<double> plainNumber(std::uint64_t value, Width width, Notation not
     return std::abs(number) < maxWhole ? std::optional<double>(number) : std::nullopt;
 }
 
+// The shortest text that stands for the same float of the controller, unscaled again. With an
+// offset that may take more digits than 32 bits have, and with a scale a larger number than they
+// hold.
+std::string scaledFloatText(double number, double plain, const Scaling& scaling)
+{
+    const auto highest = static_cast<double>(std::numeric_limits<float>::max());
+    const auto held = static_cast<float>(plain);
+    for (int digits = 1; digits < std::numeric_limits<double>::max_digits10; ++digits) {
+        char text[32];
+        const char* const end = std::to_chars(text, text + sizeof text, number,
+                                              std::chars_format::scientific, digits - 1)
+                                    .ptr;
+        double shown = 0;
+        std::from_chars(text, end, shown);
+        const double back = (shown - scaling.offset) / scaling.scale;
+        if (std::abs(back) <= highest && static_cast<float>(back) == held)
+            return shortest(shown);
+    }
+    return shortest(number);
+}
+
 std::string scaledText(std::uint64_t value, Width width, const Format& format)
 {
     const std::optional<double> plain = plainNumber(value, width, format.notation);
@@ -136,10 +157,13 @@ std::string scaledText(std::uint64_t value, Width width, const Format& format)
     const Scaling& scaling = format.scaling;
     const double number = *plain * scaling.scale + scaling.offset;
     if (!std::isfinite(number))
-        return floatingText(number, format.notation);
-    return scaling.decimals >= 0         ? fixedText(number, scaling.decimals)
-           : isFloating(format.notation) ? floatingText(number, format.notation)
-                                         : exactText(number, scaling);
+        return shortest(number);
+    if (scaling.decimals >= 0)
+        return fixedText(number, scaling.decimals);
+    if (!isFloating(format.notation))
+        return exactText(number, scaling);
+    return format.notation == Notation::real ? scaledFloatText(number, *plain, scaling)
+                                             : shortest(number);
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "text/values.h"
 
+#include <cstring>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -94,6 +95,39 @@ TEST(ScaledValues, OfAnyWordAreWrittenAsTheyAreShown)
                                  static_cast<unsigned char>(raw >> 8)};
             const std::string text = shownAs(Width::word, format, bytes);
             ASSERT_EQ(bytesFor(Width::word, format, text.c_str()), bytes) << text;
+        }
+}
+
+Bytes bytesOf(float number)
+{
+    Bytes bytes(sizeof number);
+    std::memcpy(bytes.data(), &number, sizeof number); // as this machine's, low byte first
+    return bytes;
+}
+
+TEST(ScaledValues, OfAFloatAreNotRoundedTo32BitsOnceMore)
+{
+    const Format far = scaled(Notation::real, 1, 1e9);
+    for (const auto& [held, shown] : {std::pair(20.0F, "1000000020"), {1.5F, "1000000001.5"}}) {
+        EXPECT_EQ(shownAs(Width::doubleWord, far, bytesOf(held)), shown);
+        EXPECT_EQ(bytesFor(Width::doubleWord, far, shown), bytesOf(held));
+    }
+    EXPECT_EQ(shownAs(Width::doubleWord, scaled(Notation::real, 1000), bytesOf(1e36F)), "1e+39");
+    EXPECT_EQ(exactNumber(Width::doubleWord, far, bytesOf(-1.5F).data()), 999999998.5);
+    // And no more digits than tell it from the float's neighbours.
+    EXPECT_EQ(shownAs(Width::doubleWord, scaled(Notation::real, 1, 1000), bytesOf(0.1F)), "1000.1");
+    EXPECT_EQ(shownAs(Width::doubleWord, scaled(Notation::real, 0.1, -273.15), bytesOf(3000.7F)),
+              "26.92");
+    EXPECT_EQ(shownAs(Width::doubleWord, scaled(Notation::real, 0.1), bytesOf(12.3F)), "1.23");
+}
+
+TEST(ScaledValues, OfAFloatAreWrittenAsTheyAreShown)
+{
+    for (const Format& format : {scaled(Notation::real, 0.1), scaled(Notation::real, 0.001, 5),
+                                 scaled(Notation::real, 3), scaled(Notation::real, 1, -273.15)})
+        for (float held = 1e-3F; held < 1e6F; held *= 1.37F) {
+            const std::string text = shownAs(Width::doubleWord, format, bytesOf(held));
+            ASSERT_EQ(bytesFor(Width::doubleWord, format, text.c_str()), bytesOf(held)) << text;
         }
 }
 
