@@ -176,6 +176,7 @@ void Exchange::transmit(Clock::time_point now)
     markersLeft_ -= isMarking_ ? 1 : 0;
     Transmission& frame = isMarking_ ? marker_ : current_;
     collector_.begin(frame.sent, frame.replyLength);
+    collector_.sent();
     otherwise_.reset();
     frame.number = ++transmissions_;
     frame.sendBegin = now;

@@ -252,7 +252,7 @@ void Exchange::flushBehind(Clock::time_point now)
 
 void Exchange::flushLateBytes(const QByteArray& bytes, Clock::time_point now)
 {
-    if (collector_.isEchoStillOut(bytes)) {
+    if (collector_.takeEcho(bytes)) {
         report({StrayKind::echo, bytes, now});
         return;
     }

@@ -11,6 +11,7 @@ namespace {
 constexpr int writeReplyHead = 6; // station, function, address, quantity or value: as requested
 constexpr int functionEnd = 2;
 constexpr int maxCount = 255; // data bytes that the count byte of a reply can name
+constexpr int maxOwed = 4;    // echoes; more are not under way, but were garbled
 
 // Of a write so many bytes come back: as requested, value or quantity included. The counters that
 // other diagnostics ask for are nobody's request.
@@ -24,12 +25,22 @@ int repeatedHead(const QByteArray& request)
 
 void ReplyCollector::begin(const QByteArray& request, int replyLength)
 {
+    if (isSent_ && adapterEchoes_ && !echoStripped_ && !echoIsBehind_)
+        owed_.append(request_);
+    if (owed_.size() > maxOwed)
+        owed_.removeFirst();
+    isSent_ = false;
     request_ = request;
     replyLength_ = replyLength;
     almostReply_.clear();
     echoStripped_ = false;
     echoIsBehind_ = false;
     goOn();
+}
+
+void ReplyCollector::sent()
+{
+    isSent_ = true;
 }
 
 void ReplyCollector::goOn()
@@ -64,9 +75,14 @@ QByteArray ReplyCollector::reply() const
     return reply_;
 }
 
-bool ReplyCollector::isEchoStillOut(const QByteArray& bytes) const
+bool ReplyCollector::takeEcho(const QByteArray& bytes)
 {
-    return adapterEchoes_ && !echoStripped_ && bytes == request_;
+    if (owed_.removeOne(bytes))
+        return true;
+    if (!adapterEchoes_ || echoStripped_ || bytes != request_)
+        return false;
+    echoStripped_ = true;
+    return true;
 }
 
 // A read is never answered with its own request, so it tells for certain.
@@ -102,6 +118,7 @@ QList<Stray> ReplyCollector::takeStrays()
 
 Arrival ReplyCollector::judge()
 {
+    stripOwedEchoes();
     if (!echoStripped_ && stripEcho())
         echoStripped_ = true;
 
@@ -123,6 +140,22 @@ Arrival ReplyCollector::judge()
         !hasGoodCrc(pending_.left(replyLength_)))
         return finish(Arrival::reply, 0, replyLength_);
     return Arrival::incomplete;
+}
+
+// A garbled frame may have ended a request before its echo was here, or over a network its
+// time-out: the echo is no answer then, either, and to a write it looks like one.
+void ReplyCollector::stripOwedEchoes()
+{
+    for (int i = 0; i < owed_.size();) {
+        const int first = static_cast<int>(pending_.indexOf(owed_.at(i)));
+        if (first < 0) {
+            ++i;
+            continue;
+        }
+        strays_.append({StrayKind::echo, owed_.at(i)});
+        pending_.remove(first, static_cast<int>(owed_.at(i).size()));
+        owed_.removeAt(i);
+    }
 }
 
 // The request itself in what came in is an echo, unless it is data of the reply; noise may precede

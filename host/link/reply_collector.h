@@ -43,6 +43,8 @@ public:
     // Starts over for a request of at least four bytes that awaits replyLength bytes, or
     // untoldLength: then the reply is whole once the line is silent.
     void begin(const QByteArray& request, int replyLength);
+    // It goes out: what the adapter echoes of it may come behind its end.
+    void sent();
     // What came was no reply to it: the reply is still awaited, as before.
     void goOn();
 
@@ -67,8 +69,8 @@ public:
     // What was handed on answers what was sent since begin(): of a read that tells whether the
     // adapter echoes, unless something else came, which may have been a garbled echo.
     void wasAnswer(bool cameAlone);
-    // Is this what the adapter has still to echo of what was sent?
-    bool isEchoStillOut(const QByteArray& bytes) const;
+    // Is this what the adapter had still to echo of what was sent? It comes once.
+    bool takeEcho(const QByteArray& bytes);
     // Is it known whether the adapter echoes?
     bool knowsAdapter() const;
     // It may be another one. One that echoed is still taken for one that does.
@@ -81,6 +83,7 @@ public:
 
 private:
     Arrival judge();
+    void stripOwedEchoes();
     bool stripEcho();
     bool isAnswer(const QByteArray& frame) const;
     bool opensLikeAnswer() const;
@@ -88,6 +91,8 @@ private:
     Arrival finish(Arrival arrival, int first, int length);
 
     QByteArray request_;
+    bool isSent_ = false;
+    QList<QByteArray> owed_; // echoes of what was sent before, not heard yet
     int replyLength_ = 0;
     QByteArray pending_;
     QByteArray reply_;

@@ -124,6 +124,85 @@ TEST_F(AnAdapterThatEchoes, ShowsAStationThatWasOffWhenTheLineWasOpened)
     EXPECT_TRUE(wasAnswered());
 }
 
+// What an adapter hears of a request may be here only behind the request's end.
+class AnEchoThatIsLate : public ::testing::Test {
+protected:
+    // A read has told that the adapter echoes.
+    void startKnown()
+    {
+        line.settings.timeout.isFixed = true;
+        line.start();
+        line.askRead("010300000002", 2);
+        comesBack();
+        line.comeWhole("01030400000000");
+        line.pass(milliseconds(10));
+        ASSERT_TRUE(line.ended && line.ended->reception.result == LineResult::reply);
+    }
+    void comesBack()
+    {
+        line.exchange->bytesCame(line.sent.back(), line.now);
+    }
+
+    HandLine line;
+};
+
+TEST_F(AnEchoThatIsLate, ConfirmsNoWriteWithTheEchoOfItsRepetition)
+{
+    line.settings.bytesTakeTime = false; // as over a network
+    startKnown();
+    line.ask(writeOf5, 8);
+    line.pass(milliseconds(510));
+    ASSERT_TRUE(line.ended);
+    line.ask(writeOf5, 8);
+    line.exchange->bytesCame(line.sent.back() + line.sent.back(), line.now);
+    line.pass(seconds(5));
+    EXPECT_NE(line.ended->reception.result, LineResult::reply) << "no station is there";
+}
+
+TEST_F(AnEchoThatIsLate, AnswersNothingThatWasAskedBefore)
+{
+    line.settings.mayMark = false;
+    startKnown();
+    line.askRead(readOf100, 1); // the station is slow
+    comesBack();
+    line.pass(milliseconds(600));
+    ASSERT_TRUE(line.ended);
+    line.ask(writeOf5, 8);
+    line.come("0106000300070000"); // what was on its way before, garbled
+    ASSERT_TRUE(line.ended);
+    const QByteArray echo = line.sent.back();
+    line.ask("010600050008", 8); // held back, as the other write's reply is out
+    line.exchange->bytesCame(echo, line.now);
+    line.pass(milliseconds(800));
+    if (line.sent.back().at(5) == 8)
+        comesBack();
+    line.pass(seconds(1));
+    line.askRead(readOf200, 1);
+    line.pass(milliseconds(10));
+    if (line.sent.back() == withCrc(QByteArray::fromHex(readOf200)))
+        comesBack();
+    line.comeWhole("0103020064"); // of 100
+    line.pass(milliseconds(10));
+    EXPECT_FALSE(line.ended && line.ended->reception.result == LineResult::reply)
+        << "the value of 100 under 200";
+}
+
+// Between two requests it is taken for what it is, once: the station's answer looks like it.
+TEST_F(AnEchoThatIsLate, IsHeardOnce)
+{
+    startKnown();
+    line.ask(writeOf5, 8);
+    line.pass(milliseconds(510));
+    ASSERT_TRUE(line.ended);
+    line.strays.clear();
+    comesBack();
+    comesBack();
+    ASSERT_EQ(line.strays.size(), 2U);
+    EXPECT_EQ(line.strays[0].kind, StrayKind::echo);
+    EXPECT_EQ(line.strays[1].kind, StrayKind::late);
+    EXPECT_NE(line.strays[1].answers, 0);
+}
+
 } // namespace
 
 } // namespace dov417
