@@ -78,8 +78,8 @@ private:
         OpenTransmission lastAsked;    // that was no echo
         OpenTransmission lastAnswered; // whose reply may come once more
         bool isNamed = false;          // as slow
-        // Ended a doubt before it was known whether it was the adapter that was heard.
-        std::optional<OpenTransmission> trustedEcho;
+        // By an echo, before it was known whether it was the adapter that was heard.
+        std::vector<OpenTransmission> closedByEcho;
         bool wasAdapters = false; // it was that, and no marker has been answered since
         int marksAtOnce(bool knowsAdapter) const; // for one request
         bool mayEcho(bool beforeRead) const;      // as a marker
@@ -95,6 +95,7 @@ private:
     bool knowsAdapter() const;
     bool couldConfirmItself() const;
     void learnOfAdapter();
+    void rememberClosedBy(const QByteArray& frame, Clock::time_point now);
     bool isDropped(Clock::time_point now);
     void beginSilence(Clock::time_point now);
     void transmit(Clock::time_point now);

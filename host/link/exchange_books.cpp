@@ -34,6 +34,7 @@ Exchange::Settled Exchange::settle(const QByteArray& frame, Clock::time_point no
         return settled;
     learnOfAdapter();
     astray_.lineWasSound = true;
+    rememberClosedBy(frame, now);
     settled.answered =
         isEcho(frame) || !mayBeOthers(frame, now) ? books_.take(frame) : books_.find(frame);
     if (settled.answered) {

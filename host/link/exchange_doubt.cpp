@@ -146,24 +146,42 @@ void Exchange::learnOfAdapter()
         return;
     trustsEchoes_ = false;
     for (Station& each : stations_) {
-        if (collector_.echoes() && each.trustedEcho) {
-            books_.reopen(*each.trustedEcho);
+        if (collector_.echoes() && !each.closedByEcho.empty()) {
+            for (const OpenTransmission& closed : each.closedByEcho)
+                books_.reopen(closed);
             each.isUnknown = true;
             each.numbersEchoes = each.hasAnsweredRead = false;
             each.marksUnanswered = 0;
             each.wasAdapters = true;
         }
-        each.trustedEcho.reset();
+        each.closedByEcho.clear();
     }
+}
+
+// What looks like the answer to an echo may be what the adapter hears of it. Then all that it
+// closes is to be open again.
+void Exchange::rememberClosedBy(const QByteArray& frame, Clock::time_point now)
+{
+    if (collector_.knowsAdapter() || !isEcho(frame))
+        return;
+    const auto answered = books_.find(frame);
+    if (!answered || frame != answered->sent)
+        return;
+    trustsEchoes_ = true;
+    auto& closed = stations_.at(stationOf(frame)).closedByEcho;
+    // A station may answer echoes, and no read, for months.
+    const auto isPast = [&](const OpenTransmission& each) {
+        return each.sentAt + settings_.horizon + maxReplyTime() <= now;
+    };
+    closed.erase(std::remove_if(closed.begin(), closed.end(), isPast), closed.end());
+    for (const OpenTransmission& open : books_.open())
+        if (stationOf(open.sent) == stationOf(frame) && open.number <= answered->number)
+            closed.push_back(open);
 }
 
 void Exchange::markerAnswered(LineResult result)
 {
     station().wasAdapters = false;
-    if (isEcho(marker_.sent) && result == LineResult::reply && !collector_.knowsAdapter()) {
-        station().trustedEcho = openOf(marker_);
-        trustsEchoes_ = true;
-    }
     // One that is asked for the adapter's sake comes besides.
     if (!isForAdapter_ || !station().isUnknown)
         station().markWasAnswered(openOf(marker_));

@@ -203,6 +203,48 @@ TEST_F(AnEchoThatIsLate, IsHeardOnce)
     EXPECT_NE(line.strays[1].answers, 0);
 }
 
+// At the start what the adapter hears of a marker is taken for the station's answer, until a read
+// tells. Then all is open again that it had closed, not that marker alone.
+TEST_F(AnAdapterThatEchoes, HasEndedNoneOfTheRequestsThatItSeemedToAnswer)
+{
+    line.start();
+    const auto comesBack = [this]() {
+        line.exchange->bytesCame(line.sent.back(), line.now);
+        line.pass(milliseconds(10));
+    };
+    const auto passUntilSent = [this]() {
+        const std::size_t before = line.sent.size();
+        for (int i = 0; i < 5000 && line.sent.size() == before; ++i)
+            line.pass(milliseconds(1));
+    };
+    line.askRead(readOf100, 1);
+    QByteArray garbled = line.sent.back(); // the first marker, as it is heard
+    ASSERT_EQ(garbled.at(1), 8);
+    garbled[7] = static_cast<char>(garbled.at(7) ^ 1);
+    line.exchange->bytesCame(garbled, line.now);
+    passUntilSent();
+    ASSERT_EQ(line.sent.back().at(1), 8);
+    comesBack(); // the second, which the station has not answered
+    ASSERT_EQ(line.sent.back(), withCrc(QByteArray::fromHex(readOf100)));
+    comesBack(); // so that is known now
+    for (int i = 0; i < 5000 && !line.ended; ++i)
+        line.pass(milliseconds(1));
+    ASSERT_TRUE(line.ended);
+    line.askRead(readOf200, 1);
+    passUntilSent();
+    ASSERT_EQ(line.sent.back().at(1), 8);
+    comesBack();
+    line.comeWhole("018801"); // no function 8, and slow: to the first marker
+    line.pass(milliseconds(5));
+    line.comeWhole("018801"); // to the second
+    line.pass(milliseconds(10));
+    if (line.sent.back() == withCrc(QByteArray::fromHex(readOf200)))
+        comesBack();
+    line.comeWhole("0103020064"); // of 100
+    line.pass(milliseconds(10));
+    EXPECT_FALSE(wasAnswered()) << "the value of 100 under 200";
+}
+
 } // namespace
 
 } // namespace dov417
