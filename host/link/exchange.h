@@ -94,6 +94,7 @@ private:
     bool repeatOpenRead();
     bool knowsAdapter() const;
     bool couldConfirmItself() const;
+    bool mayBeOwnEcho(const QByteArray& frame) const;
     void learnOfAdapter();
     void rememberClosedBy(const QByteArray& frame, Clock::time_point now);
     bool isDropped(Clock::time_point now);

@@ -119,6 +119,14 @@ bool Exchange::couldConfirmItself() const
            current_.replyLength == current_.sent.size();
 }
 
+// What came in for a write, and is the write itself. The markers before it may have told nothing:
+// their
+// echoes were garbled, or there was none that an echo could not be taken for.
+bool Exchange::mayBeOwnEcho(const QByteArray& frame) const
+{
+    return couldConfirmItself() && frame == current_.sent;
+}
+
 // Was it sent since the first surplus was met? What is out from before cannot be told apart.
 bool Exchange::isOfDoubt(const Transmission& frame) const
 {
@@ -193,6 +201,7 @@ void Exchange::markerAnswered(LineResult result)
 void Exchange::markerFinished(LineResult result, Clock::time_point now)
 {
     Station& marked = station();
+    wasSilent_ = wasSilent_ && bytesCame_ == 0; // the plug came in
     marker_.reception.result = result;
     marker_.reception.astray = astray_;
     marked.markFailed = !isSound(marker_.reception);

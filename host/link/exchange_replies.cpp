@@ -129,11 +129,11 @@ bool Exchange::takeReply(LineResult result, Clock::time_point now)
     return true;
 }
 
-// Nothing has told yet that no other's reply was still to come.
+// Nothing has told yet that no other's reply was still to come, or that a station is there at all.
 bool Exchange::isDropped(Clock::time_point now)
 {
     learnOfAdapter();
-    if (isMarking_ || !station().wasAdapters)
+    if (isMarking_ || !(station().wasAdapters || mayBeOwnEcho(current_.reception.bytes)))
         return false;
     report({StrayKind::late, current_.reception.bytes, now, 0});
     if (state_ != State::listening) {

@@ -245,6 +245,59 @@ TEST_F(AnAdapterThatEchoes, HasEndedNoneOfTheRequestsThatItSeemedToAnswer)
     EXPECT_FALSE(wasAnswered()) << "the value of 100 under 200";
 }
 
+TEST_F(AnAdapterThatEchoes, ConfirmsNoWriteByItselfOnceItsPlugIsInBehindTheMarker)
+{
+    line.start();
+    line.ask(writeOf5, 8);
+    passInSilence(milliseconds(700)); // not even the marker is heard
+    passWithEcho(seconds(20));
+    ASSERT_TRUE(line.ended);
+    EXPECT_FALSE(wasAnswered());
+}
+
+TEST_F(AnAdapterThatEchoes, ConfirmsNoWriteByItselfBehindGarbledMarkers)
+{
+    line.start();
+    line.ask(writeOf5, 8);
+    for (const auto end = line.now + seconds(30); line.now < end && !line.ended;) {
+        for (; heard < line.sent.size(); ++heard) {
+            QByteArray echo = line.sent[heard];
+            if (echo.at(1) != 6)
+                echo[7] = static_cast<char>(echo.at(7) ^ 1);
+            line.exchange->bytesCame(echo, line.now);
+        }
+        line.pass(milliseconds(1));
+    }
+    ASSERT_TRUE(line.ended);
+    EXPECT_FALSE(wasAnswered());
+}
+
+class AnAdapterThatEchoesAndMay : public AnAdapterThatEchoes,
+                                  public ::testing::WithParamInterface<bool> {};
+
+// Reads of one word and of two are out from the last line: there is no marker that could not be
+// taken for one of them.
+TEST_P(AnAdapterThatEchoesAndMay, ConfirmNoWriteByItselfWhereNoReadCanGoBeforeIt)
+{
+    HandLine last;
+    last.settings.timeout.isFixed = true;
+    last.start();
+    for (const int words : {1, 2}) {
+        last.askRead(words == 1 ? readOf100 : "010300640002", words);
+        last.pass(milliseconds(600));
+    }
+    line.now = last.now + seconds(1);
+    line.exchange->awaitLate(last.exchange->books());
+    line.settings.mayMark = GetParam();
+    line.start();
+    line.ask(writeOf5, 8);
+    passWithEcho(seconds(20));
+    EXPECT_FALSE(wasAnswered());
+}
+
+INSTANTIATE_TEST_SUITE_P(UseFunction8, AnAdapterThatEchoesAndMay, ::testing::Bool(),
+                         ::testing::PrintToStringParamName());
+
 } // namespace
 
 } // namespace dov417
