@@ -48,6 +48,8 @@ void Exchange::takeArrival(Arrival arrival, Clock::time_point now)
 {
     reportStrays(now);
     if (arrival == Arrival::incomplete) {
+        if (collector_.isEmpty()) // an echo, or noise: the time of the station goes on
+            (isMarking_ ? marker_ : current_).reception.firstByte = Clock::time_point();
         if (isBabble(now))
             takeBabble(now);
         else if (state_ == State::listening)

@@ -322,6 +322,22 @@ TEST_F(AnAdapterThatEchoes, LeavesNothingOverBehindADroppedReply)
     EXPECT_EQ(line.doubts, 0) << "it answered nothing twice";
 }
 
+TEST_F(AnEchoThatIsLate, IsNoMeasureOfTheStationsTime)
+{
+    line.start();
+    for (int i = 0; i < 3; ++i) {
+        line.askRead(readOf100, 1);
+        line.pass(milliseconds(3));
+        comesBack();
+        line.pass(milliseconds(400));
+        line.comeWhole("0103020064");
+        line.pass(milliseconds(10));
+        ASSERT_TRUE(line.ended && line.ended->reception.result == LineResult::reply);
+    }
+    ASSERT_EQ(line.exchange->stationTimes().size(), 1U);
+    EXPECT_GT(line.exchange->stationTimes().front().last, milliseconds(300));
+}
+
 } // namespace
 
 } // namespace dov417
