@@ -95,9 +95,10 @@ private:
     bool knowsAdapter() const;
     bool couldConfirmItself() const;
     bool mayBeOwnEcho(const QByteArray& frame) const;
+    bool mayHaveBeenEchoed();
     void learnOfAdapter();
     void rememberClosedBy(const QByteArray& frame, Clock::time_point now);
-    bool isDropped(Clock::time_point now);
+    bool isDropped(bool isBehindEcho, Clock::time_point now);
     void beginSilence(Clock::time_point now);
     void transmit(Clock::time_point now);
     void armReplyTimer();

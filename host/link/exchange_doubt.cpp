@@ -127,6 +127,14 @@ bool Exchange::mayBeOwnEcho(const QByteArray& frame) const
     return couldConfirmItself() && frame == current_.sent;
 }
 
+// Only the adapter may have heard the marker that ended a doubt, and what came besides the reply
+// may have been the echo that was to tell, garbled.
+bool Exchange::mayHaveBeenEchoed()
+{
+    return current_.isRead() && !collector_.knowsAdapter() && !station().closedByEcho.empty() &&
+           bytesCame_ - current_.reception.bytes.size() >= current_.sent.size();
+}
+
 // Was it sent since the first surplus was met? What is out from before cannot be told apart.
 bool Exchange::isOfDoubt(const Transmission& frame) const
 {

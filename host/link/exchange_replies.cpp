@@ -98,7 +98,7 @@ bool Exchange::takeReply(LineResult result, Clock::time_point now)
     const Transmission& frame = isMarking_ ? marker_ : current_;
     const QByteArray bytes = frame.reception.bytes;
     const bool wasListening = state_ == State::listening;
-    if (isDropped(now))
+    if (isDropped(false, now))
         return !wasListening;
     if (!isMarking_ && mayBeOthers(bytes, now)) {
         // Of an earlier request of ours, or of another program's: that looks the same.
@@ -112,7 +112,7 @@ bool Exchange::takeReply(LineResult result, Clock::time_point now)
     const std::optional<OpenTransmission>& answered = settled.answered;
     if (answered && answered->number == frame.number)
         collector_.wasAnswer(bytesCame_ == bytes.size());
-    if (isDropped(now)) // its echo may have come behind the reply
+    if (isDropped(mayHaveBeenEchoed(), now)) // its echo may have come behind the reply
         return !wasListening;
     if (isMarking_ && answered && endsDoubt(*answered, result, now)) {
         markerAnswered(result);
@@ -132,10 +132,11 @@ bool Exchange::takeReply(LineResult result, Clock::time_point now)
 }
 
 // Nothing has told yet that no other's reply was still to come, or that a station is there at all.
-bool Exchange::isDropped(Clock::time_point now)
+bool Exchange::isDropped(bool isBehindEcho, Clock::time_point now)
 {
     learnOfAdapter();
-    if (isMarking_ || !(station().wasAdapters || mayBeOwnEcho(current_.reception.bytes)))
+    const bool mayBeEcho = isBehindEcho || mayBeOwnEcho(current_.reception.bytes);
+    if (isMarking_ || !(station().wasAdapters || mayBeEcho))
         return false;
     report({StrayKind::late, current_.reception.bytes, now, 0});
     if (state_ != State::listening) {

@@ -338,6 +338,21 @@ TEST_F(AnEchoThatIsLate, IsNoMeasureOfTheStationsTime)
     EXPECT_GT(line.exchange->stationTimes().front().last, milliseconds(300));
 }
 
+// The echo of the first read was to tell. Its reply may be another program's.
+TEST_F(AnAdapterThatEchoes, ShowsNoReplyBehindAFirstEchoThatIsGarbled)
+{
+    line.start();
+    line.askRead(readOf100, 1);
+    line.exchange->bytesCame(line.sent.back(), line.now);
+    line.pass(milliseconds(10));
+    ASSERT_EQ(line.sent.size(), 2U);
+    line.come("019F10020001210A");
+    line.pass(milliseconds(300));
+    line.comeWhole("01030203E8"); // what another program has asked for just before
+    line.pass(milliseconds(10));
+    EXPECT_FALSE(wasAnswered());
+}
+
 } // namespace
 
 } // namespace dov417
