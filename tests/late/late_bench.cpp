@@ -4,10 +4,11 @@
 // have been shown; over a network, on an adapter that hears what it sends (echo), or behind a radio
 // modem that sends some replies twice (modem; lump: what comes within some time arrives at once),
 // or with coils, writes of several words and bits of words (mixed, mixedmodem; others: another
-// program has just written), or polled, with stations that are switched off (probes), if that is
-// asked for. Prints what there was, and the seeds of the rounds that showed what they must not: a
-// wrong or an older value (behind a modem: once a surplus has been met, or more than a handful
-// before), a write that was not done as confirmed, or nothing of a station that answers.
+// program has just written), or polled, with stations that are switched off (probes), or with the
+// port away now and then (away), if that is asked for. Prints what there was, and the seeds of the
+// rounds that showed what they must not: a wrong or an older value (behind a modem: once a surplus
+// has been met, or more than a handful before), a write that was not done as confirmed, or nothing
+// of a station that answers.
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -34,7 +35,7 @@ int main(int argc, char** argv)
     using namespace dov417;
     if (argc < 2) {
         std::fprintf(stderr, "usage: dov417_late_bench VALUES [FIRST_SEED "
-                             "[network|echo|modem|lump|mixed|mixedmodem|others|probes]]\n");
+                             "[network|echo|modem|lump|mixed|mixedmodem|others|probes|away]]\n");
         return 2;
     }
     const long long values = std::atoll(argv[1]);
@@ -48,6 +49,7 @@ int main(int argc, char** argv)
                       : kind == "mixed"      ? playMixedRound
                       : kind == "others"     ? playOthersRound
                       : kind == "probes"     ? playProbeRound
+                      : kind == "away"       ? playAwayRound
                       : kind == "mixedmodem" ? playMixedModemRound
                                              : playRound;
     Tally all;

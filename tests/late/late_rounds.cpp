@@ -35,6 +35,8 @@ public:
     Tally play(int requests, bool isMixed)
     {
         for (int i = 0; i < requests; ++i) {
+            if (isPortLost && bus_.share() < 0.04)
+                losePort();
             const int station = bus_.between(1, static_cast<int>(bus_.stations.size()));
             const double what = bus_.share();
             if (isMixed && what >= 0.4)
@@ -75,7 +77,28 @@ public:
         return play(0, false);
     }
 
+    bool isPortLost = false; // now and then
+
 private:
+    // What comes meanwhile is heard by nobody, and another program may ask.
+    void losePort()
+    {
+        world_.exchange->stop();
+        const bool areOthersTold =
+            world_.settings.mayMark &&
+            std::all_of(bus_.stations.begin(), bus_.stations.end(),
+                        [](const auto& each) { return each.second.diagnostics >= 0; });
+        for (int i = areOthersTold ? bus_.between(0, 2) : 0; i > 0; --i) {
+            world_.pass(milliseconds(bus_.between(20, 1000)));
+            const int station = bus_.between(1, static_cast<int>(bus_.stations.size()));
+            bus_.send(withCrc(readRequestOf(station, bus_.between(0, 9), bus_.between(1, 3))),
+                      world_.now);
+        }
+        world_.pass(milliseconds(bus_.between(20, 1500)));
+        world_.start();
+        world_.pass(milliseconds(bus_.between(0, 1) * bus_.between(0, 3000)));
+    }
+
     void switchSome()
     {
         for (auto& [number, station] : bus_.stations) {
@@ -482,6 +505,17 @@ Tally playEchoRound(unsigned seed, int requests)
     populate(world);
     world.bus.echoes = true;
     return playOn(world, requests);
+}
+
+Tally playAwayRound(unsigned seed, int requests)
+{
+    LateWorld world(seed);
+    populate(world);
+    world.bus.echoes = world.bus.share() < 0.5;
+    world.start();
+    Rounds rounds(world);
+    rounds.isPortLost = true;
+    return rounds.play(requests, false);
 }
 
 Tally playProbeRound(unsigned seed, int requests)

@@ -61,6 +61,9 @@ Tally playNetworkRound(unsigned seed, int requests);
 // The same with an adapter that hears what it sends.
 Tally playEchoRound(unsigned seed, int requests);
 
+// The same, half of them with such an adapter, where the port is away now and then.
+Tally playAwayRound(unsigned seed, int requests);
+
 // The same behind a radio modem that sends some replies twice.
 Tally playModemRound(unsigned seed, int requests);
 
