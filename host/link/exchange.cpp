@@ -27,6 +27,7 @@ void Exchange::start(const ExchangeSettings& settings, Clock::time_point now)
     collector_.forgetAdapter(); // it may be another one
     earlier_ = transmissions_;
     books_.setHorizon(settings.horizon + maxReplyTime());
+    books_.expire(now); // the line may have been closed for hours
     foreignEnd_ = now + settings.horizon;
     // Another run's echo that comes late is not to be taken for ours.
     nextMark_ = static_cast<unsigned short>(

@@ -99,6 +99,23 @@ TEST_F(ALineThatIsOpenedAgain, TakesItsOwnReplyOnceAnEchoHasComeBack)
     EXPECT_EQ(line.ended->reception.bytes.mid(3, 2).toHex(), "0064");
 }
 
+// What can no longer come says nothing of a station's time.
+TEST(ALineThatIsOpenedAfterHours, MakesNoStationSlow)
+{
+    HandLine last;
+    last.start();
+    last.askRead(readOf100, 1);
+    last.pass(milliseconds(600));
+    HandLine line;
+    line.now = last.now + std::chrono::hours(2);
+    line.settings.isShared = true;
+    line.exchange->awaitLate(last.exchange->books());
+    line.start();
+    line.comeWhole(replyTo100); // another master's, before anything is asked
+    line.pass(milliseconds(10));
+    EXPECT_TRUE(line.notices.empty()) << line.notices.front();
+}
+
 } // namespace
 
 } // namespace dov417
