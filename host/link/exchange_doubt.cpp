@@ -120,8 +120,7 @@ bool Exchange::couldConfirmItself() const
 }
 
 // What came in for a write, and is the write itself. The markers before it may have told nothing:
-// their
-// echoes were garbled, or there was none that an echo could not be taken for.
+// their echoes were garbled, or there was none that an echo could not be taken for.
 bool Exchange::mayBeOwnEcho(const QByteArray& frame) const
 {
     return couldConfirmItself() && frame == current_.sent;
