@@ -14,6 +14,8 @@ namespace {
 // A station that has been heard to answer does so within this, or twice what it has taken; masters
 // wait longer before they ask again.
 constexpr Micros usualAnswer(50000);
+constexpr int maxRequestAndReply = 2 * 265;
+constexpr int readLength = 8; // of a request to read: noise so long may hide one
 
 bool isException(const QByteArray& frame)
 {
@@ -40,7 +42,8 @@ bool mayBeReply(const QByteArray& frame)
 
 Listener::Listener(const SerialFormat& wire, Clock::duration horizon,
                    std::function<void(const Heard&)> heard)
-    : wire_(wire), heard_(std::move(heard)), books_(horizon)
+    : wire_(wire), heard_(std::move(heard)),
+      books_(horizon + std::chrono::round<Micros>(wire.characters(maxRequestAndReply)))
 {
 }
 
@@ -52,6 +55,11 @@ void Listener::bytesCame(const QByteArray& bytes, Clock::time_point now)
 void Listener::silence()
 {
     take(cutter_.endOfFrame());
+}
+
+void Listener::missed()
+{
+    heardBefore_ = requests_;
 }
 
 bool Listener::isWaiting() const
@@ -66,6 +74,8 @@ void Listener::take(const std::vector<Piece>& pieces)
             takeFrame(piece);
             continue;
         }
+        if (piece.bytes.size() >= readLength)
+            missed();
         Heard noise;
         noise.bytes = piece.bytes;
         noise.at = piece.at;
@@ -102,8 +112,9 @@ void Listener::reply(const Piece& frame)
     Heard heard;
     heard.bytes = frame.bytes;
     heard.at = frame.at;
-    const bool isClear = books_.isOfOneRequest(frame.bytes);
+    const bool isOfOne = books_.isOfOneRequest(frame.bytes);
     const std::optional<OpenTransmission> answered = books_.take(frame.bytes);
+    const bool isClear = isOfOne && answered && answered->number > heardBefore_;
     heard.as = !answered ? HeardAs::unasked : isClear ? HeardAs::reply : HeardAs::unclear;
     if (heard.as == HeardAs::reply) {
         const auto station = static_cast<std::size_t>(stationOf(frame.bytes));
@@ -164,7 +175,7 @@ std::string heardReason(const Heard& heard)
     case HeardAs::alike:
         return "once more, or the reply to it: the two look alike";
     case HeardAs::unclear:
-        return "to one of several requests: one was not answered";
+        return "to one of several requests: one was not answered, or not heard";
     case HeardAs::unasked:
         return "to no request that was heard";
     case HeardAs::noise:

@@ -49,6 +49,8 @@ public:
     void bytesCame(const QByteArray& bytes, Clock::time_point now);
     // The line has been silent: what has come will not grow.
     void silence();
+    // Something may have passed that was not heard.
+    void missed();
     bool isWaiting() const; // for more of a frame
 
 private:
@@ -64,6 +66,7 @@ private:
     FrameCutter cutter_;
     Books books_;
     long long requests_ = 0;
+    long long heardBefore_ = 0;          // of them, before one may have been missed
     bool isAnswered_ = true;             // the last request, or it was a broadcast
     std::array<Micros, 256> slowest_{};  // of each station's clear replies
     std::array<bool, 256> hasReplied_{}; // clearly

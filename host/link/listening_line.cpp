@@ -83,6 +83,7 @@ void ListeningLine::came(const QByteArray& bytes)
 void ListeningLine::gone()
 {
     end();
+    listener_.missed();
     events_.port(false, "port " + port_->name().toStdString() + " is gone");
     reopenTimer_.start();
 }

@@ -56,6 +56,34 @@ TEST_F(AListener, ExplainsAReplyByItsRequest)
     EXPECT_EQ(told.front().request, withCrc(QByteArray::fromHex("0103050A0001")));
 }
 
+// A request may be hidden in it, and the reply is that one's.
+TEST_F(AListener, ExplainsNoReplyByARequestOfBeforeALotOfNoise)
+{
+    for (const bool isLong : {true, false}) {
+        hear("01 03 05 0A 00 01");
+        now += milliseconds(10);
+        listener.bytesCame(QByteArray::fromHex(isLong ? "0103027F0013A20103056400FF" : "FF"), now);
+        listener.silence();
+        EXPECT_EQ(heardAs("01 03 02 00 2A"), isLong ? HeardAs::unclear : HeardAs::reply);
+    }
+    hear("01 03 05 64 00 01");
+    EXPECT_EQ(hear("01 03 02 00 2A"), "station 1: R_W:100 = 42") << "what is heard since is clear";
+}
+
+TEST_F(AListener, ExplainsNoReplyByARequestOfBeforeThePortWasAway)
+{
+    hear("01 03 05 0A 00 01");
+    listener.missed();
+    EXPECT_EQ(heardAs("01 03 02 00 2A"), HeardAs::unclear);
+}
+
+TEST_F(AListener, WaitsForAReplyThatBeganWithinTheHorizon)
+{
+    hear("01 03 05 00 00 01");
+    hear("01 03 05 0A 00 01", 29900);
+    EXPECT_EQ(heardAs("01 03 02 00 2A", 101), HeardAs::unclear) << "of either";
+}
+
 TEST_F(AListener, CountsTheBytesThatAreNoFrame)
 {
     table.add({HeardAs::noise, QByteArray(3, 0), {}, {}});
@@ -93,7 +121,7 @@ TEST_F(AListener, NamesNoAddressWhereOneOfTwoLikeRequestsWasNotAnswered)
     EXPECT_EQ(hear("01 03 05 0A 00 01"), "station 1: read 1 register from 1290 (R_W:10)");
     EXPECT_TRUE(told.front().isUnanswered);
     EXPECT_EQ(hear("01 03 02 00 2A"), "station 1: read registers, 2 bytes of values: 42, to one of "
-                                      "several requests: one was not answered");
+                                      "several requests: one was not answered, or not heard");
     EXPECT_EQ(told.front().request, QByteArray());
     // A reply of another length tells that nothing older is to come.
     hear("01 03 05 0A 00 02");
