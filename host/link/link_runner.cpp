@@ -68,7 +68,7 @@ Result LinkRunner::open(const LineSettings& settings)
     observer.markerEnded = [this](const Transmission& marker) {
         ++statistics_.markers;
         events_.markerEnded(marker);
-        if (isSound(marker.reception))
+        if (isOfStation(marker.reception))
             heard(marker.request.station);
         leaving_.lookAgain();
     };
@@ -94,7 +94,7 @@ Result LinkRunner::open(const LineSettings& settings)
                     [this](Transmission part) {
                         part.description = describe(part.request);
                         events_.partEnded(part);
-                        if (isSound(part.reception))
+                        if (isOfStation(part.reception))
                             heard(part.request.station);
                         leaving_.lookAgain();
                     },

@@ -39,7 +39,7 @@ StationProbes::News StationProbes::ended(const Transmission& transmission, Clock
 {
     if (transmission.replyLength == 0)
         return News::none; // nobody answers a broadcast
-    if (!isSound(transmission.reception))
+    if (!isOfStation(transmission.reception))
         return transmission.isMarker ? News::none : silent(transmission, now);
     const auto found = requests_.find(transmission.sent);
     const bool wasAlone = found != requests_.end() && found->second.isAlone;

@@ -34,6 +34,14 @@ int exceptionCode(const Reception& reception)
     return static_cast<unsigned char>(reception.bytes.at(exceptionCodeIndex));
 }
 
+bool isOfStation(const Reception& reception)
+{
+    if (!isSound(reception) || reception.result != LineResult::exception)
+        return isSound(reception);
+    const int code = exceptionCode(reception);
+    return code != noPathBehindGateway && code != noAnswerBehindGateway;
+}
+
 std::string answeredOtherwise(const Transmission& write)
 {
     constexpr int valueEnd = 6; // of the value, or of the quantity

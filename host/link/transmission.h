@@ -98,6 +98,9 @@ struct Transmission {
 bool isSound(const Reception& reception);
 // The code of an exception reply.
 int exceptionCode(const Reception& reception);
+// A sound frame of the station itself: not what a gateway says in its place, that it does not
+// answer.
+bool isOfStation(const Reception& reception);
 
 // What a write was answered with, in words, if that is not what was written: there are controllers
 // that make another value of it. Empty: it is, or no such thing was said.

@@ -14,8 +14,6 @@ constexpr int minFrame = 4;
 constexpr int maxFrame = 265;
 constexpr int countIndex = 2;
 constexpr int exceptionCodeIndex = 2;
-constexpr int noPathBehindGateway = 10;
-constexpr int noAnswerBehindGateway = 11;
 constexpr int flood = 1024; // bytes without a pause, among which there is no answer
 
 } // namespace

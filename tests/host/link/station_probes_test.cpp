@@ -362,6 +362,19 @@ TEST_F(Probing, APortThatComesBackIsAChanceForARequestThatWasPutOff)
     EXPECT_EQ(probes.mayGoOut(request(3, one), now).notBefore, now);
 }
 
+TEST_F(Probing, AStationOfWhichAGatewaySaysThatItDoesNotAnswerIsDead)
+{
+    for (const char* const code : {"0A", "0B", "02"}) {
+        probes = StationProbes();
+        Transmission asked = transmission(request(3, one), true);
+        asked.reception.result = LineResult::exception;
+        asked.reception.bytes = withCrc(QByteArray::fromHex(QByteArray("0383") + code));
+        silent(asked, false);
+        silent(asked, true);
+        EXPECT_EQ(probes.isDead(3), std::string(code) != "02") << code;
+    }
+}
+
 TEST(SilenceWords, SayWhoIsSilentAndHowOftenItIsAsked)
 {
     const Clock::time_point since = Clock::now();
