@@ -16,6 +16,8 @@ constexpr int triedMaxima[] = {125, 60, 32, 16};
 constexpr int illegalAddress = 2;
 constexpr int illegalValue = 3;
 constexpr int headLength = 6; // station, function, address, quantity
+// A controller that is starting, or stopped, refuses everything for a while.
+constexpr std::chrono::minutes hopelessFor(1);
 
 bool isGood(const Transmission& frame)
 {
@@ -126,16 +128,22 @@ void RequestCarrier::sendNext()
     line_.transact(frame, [this](const Transmission& record) { ended(record); });
 }
 
+// One that took another quantity than its part has, too, leaves words as they were.
+bool RequestCarrier::isTaken(const Transmission& frame) const
+{
+    return isGood(frame) && (lengths_.empty() || answeredOtherwise(frame).empty());
+}
+
 void RequestCarrier::ended(const Transmission& frame)
 {
-    if (isGood(frame))
+    if (isTaken(frame))
         answered(frame);
     const int next = nextMaximum(frame);
     if (lengths_.empty() && next == 0) {
         Transmission whole = frame;
         const auto tried = hopeless_.find(head());
         if (tried != hopeless_.end())
-            whole.where = tried->second;
+            whole.where = tried->second.where;
         const std::string taken = takenText();
         if (!taken.empty())
             whole.where += (whole.where.empty() ? "" : "; ") + taken;
@@ -149,7 +157,7 @@ void RequestCarrier::ended(const Transmission& frame)
     if (next > 0) {
         isTrial_ = true;
         begin(next);
-    } else if (!isGood(frame) || !line_.isWanted()) {
+    } else if (!isTaken(frame) || !line_.isWanted()) {
         finish(failed(frame));
     } else if (isInDoubt_) {
         begin(maximum_);
@@ -183,17 +191,22 @@ int RequestCarrier::nextMaximum(const Transmission& refused)
 {
     if (station().told != learnedMaximum || words_ == 0 || !isRefused(refused.reception))
         return 0;
-    if (hopeless_.count(head()) != 0)
-        return 0;
+    const auto tried = hopeless_.find(head());
+    if (tried != hopeless_.end()) {
+        if (refused.sendEnd < tried->second.until)
+            return 0;
+        hopeless_.erase(tried);
+    }
     // As long a one was answered before: it is the address.
     if (refused.request.length > longestAnswered())
         for (const int maximum : triedMaxima)
             if (maximum < refused.request.length && !lengthsFor(maximum).empty())
                 return maximum;
-    hopeless_[head()] = lengths_.empty()
-                            ? std::string()
-                            : "in parts: " + reasonText(refused.reception, refused.replyLength) +
-                                  " " + partText(refused);
+    hopeless_[head()] = {refused.sendEnd + hopelessFor,
+                         lengths_.empty()
+                             ? std::string()
+                             : "in parts: " + reasonText(refused.reception, refused.replyLength) +
+                                   " " + partText(refused)};
     return 0;
 }
 
@@ -248,6 +261,13 @@ Transmission RequestCarrier::failed(const Transmission& part) const
     whole.sent = request_.sent;
     whole.frames = frames_;
     whole.where = partText(part);
+    const std::string otherwise = answeredOtherwise(part);
+    if (isGood(part) && !otherwise.empty()) {
+        whole.reception.result = LineResult::timeout;
+        whole.reception.bytes.clear();
+        whole.reception.astray.frame = Reason::otherRequest;
+        whole.where += ": " + otherwise;
+    }
     const std::string taken = takenText();
     if (!taken.empty())
         whole.where += "; " + taken;

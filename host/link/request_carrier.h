@@ -63,6 +63,7 @@ private:
     int wordsSent() const;
     void begin(int maximum);
     void sendNext();
+    bool isTaken(const Transmission& frame) const;
     void ended(const Transmission& frame);
     void answered(const Transmission& frame);
     QByteArray head() const;
@@ -76,8 +77,11 @@ private:
 
     CarrierLine line_;
     std::array<Station, 256> stations_{};
-    // The heads of requests that are refused in any length, and what became of their parts.
-    std::map<QByteArray, std::string> hopeless_;
+    struct Hopeless {
+        Clock::time_point until{};
+        std::string where; // what became of the parts
+    };
+    std::map<QByteArray, Hopeless> hopeless_; // the heads of requests refused in any length
 
     Transmission request_;
     Exchange::Done done_; // null: nothing is under way

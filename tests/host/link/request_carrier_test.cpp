@@ -275,6 +275,20 @@ TEST_F(ACarrier, TriesARequestOnceThatIsRefusedInAnyLength)
     EXPECT_THAT(notices, IsEmpty());
 }
 
+// As it is while it starts, or is stopped.
+TEST_F(ACarrier, TriesAgainWhatWasRefusedInAnyLengthAMinuteBefore)
+{
+    limits = upTo(0);
+    complete(read("R_W", 0, 128));
+    ASSERT_EQ(outcome.reception.result, LineResult::exception);
+    limits = upTo(125);
+    complete(read("R_W", 0, 128));
+    EXPECT_THAT(asked, ElementsAre(128));
+    transmissions += 600; // a minute of them
+    complete(read("R_W", 0, 128));
+    EXPECT_EQ(outcome.reception.bytes, wholeReply(outcome));
+}
+
 TEST_F(ACarrier, TriesAShorterRequestThatBeginsWhereALongerOneWasRefusedInAnyLength)
 {
     limits = upTo(40);
@@ -427,6 +441,21 @@ TEST_F(ACarrier, SaysWhichWordsOfAWriteWereTaken)
     EXPECT_EQ(outcome.where, "in R_W:100..139, part 1 of 3") << "another write of the same";
     complete(again(write(100, 100)));
     EXPECT_EQ(outcome.reception.bytes, wholeReply(write(100, 100)));
+}
+
+// Some controllers take less than they were sent, and say so.
+TEST_F(ACarrier, TakesAPartThatWasTakenOtherwiseForAFailure)
+{
+    const Transmission request = write(0, 20);
+    replies[2] = withCrc(QByteArray::fromHex("011005100002")); // two of four
+    complete(request, 16);
+    EXPECT_THAT(asked, ElementsAre(16, 4));
+    EXPECT_EQ(outcome.reception.result, LineResult::timeout);
+    EXPECT_TRUE(outcome.reception.bytes.isEmpty());
+    EXPECT_EQ(reasonOf(outcome.reception, outcome.replyLength), Reason::otherRequest);
+    EXPECT_EQ(outcome.where,
+              "in R_W:16..19, part 2 of 2: it was answered with another quantity: 2; "
+              "R_W:0..15 was taken");
 }
 
 TEST_F(ACarrier, SaysWhatARefusedTrialHasWritten)
