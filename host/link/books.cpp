@@ -54,6 +54,16 @@ void Books::setHorizon(Clock::duration horizon)
     horizon_ = horizon;
 }
 
+void Books::expectCopies(Clock::time_point until)
+{
+    copiesUntil_ = until;
+}
+
+Clock::time_point Books::copiesUntil() const
+{
+    return copiesUntil_;
+}
+
 Books Books::asPast() const
 {
     long long next = 0;

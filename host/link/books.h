@@ -68,6 +68,10 @@ public:
     // request and nothing else was written to the station between the two.
     bool standsFor(const OpenTransmission& earlier, const OpenTransmission& later) const;
 
+    // A reply came once more than it was asked for: until then others may.
+    void expectCopies(Clock::time_point until);
+    Clock::time_point copiesUntil() const;
+
 private:
     struct Written {
         QByteArray last;
@@ -78,6 +82,7 @@ private:
     long long writtenOther(unsigned char station, const QByteArray& request) const;
 
     Clock::duration horizon_;
+    Clock::time_point copiesUntil_{};
     std::deque<OpenTransmission> open_;
     std::deque<OpenTransmission> over_; // the last that were open
     std::array<Written, 256> written_;  // by station; 0: broadcasts

@@ -169,7 +169,6 @@ private:
     Clock::time_point doubtedAt_{};  // the first surplus was met
     int doubts_ = 0;                 // times that this was so
     int doubtsBefore_ = 0;           // the current request was asked for
-    Clock::time_point cleanAt_{};    // until then each request is preceded by a marker
     bool surplusWasSaid_ = false;
     LineResult heldResult_ = LineResult::timeout;
     Clock::time_point heldUntil_{};

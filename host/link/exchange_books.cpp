@@ -103,7 +103,7 @@ bool Exchange::isSurplus(const QByteArray& frame, Clock::time_point now)
 void Exchange::surplusCame(int station, Clock::time_point now)
 {
     const bool isFirst = !isWary(now);
-    cleanAt_ = now + cleanFor;
+    books_.expectCopies(now + cleanFor);
     if (!isFirst)
         return;
     doubtedAt_ = now;

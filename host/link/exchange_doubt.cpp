@@ -48,7 +48,7 @@ void Exchange::Station::markWasAnswered(const OpenTransmission& marker)
 
 bool Exchange::isWary(Clock::time_point now) const
 {
-    return now < cleanAt_;
+    return now < books_.copiesUntil();
 }
 
 // Makes a marker, if there is one.

@@ -54,6 +54,26 @@ TEST_F(Copies, OneThatArrivesTogetherWithTheReplyIsNotTakenForIt)
     expectNothing();
 }
 
+// The modem is the same.
+TEST_F(Copies, AreExpectedOnTheNextLineOfThePortToo)
+{
+    start();
+    exchange("010301000001", "01030211AA");
+    line.ask("010302000001", 7);
+    line.exchange->bytesCame(whole("01030211AA") + whole("01030222BB"), line.now);
+    ASSERT_TRUE(line.exchange->isWary(line.now));
+
+    HandLine next;
+    next.now = line.now + seconds(60);
+    next.exchange->awaitLate(line.exchange->books());
+    next.start();
+    EXPECT_TRUE(next.exchange->isWary(next.now));
+    next.askRead("010301000001", 1);
+    ASSERT_EQ(next.sent.size(), 1U);
+    EXPECT_EQ(next.sent.front().at(1), 8) << "a marker before each request";
+    EXPECT_FALSE(next.exchange->isWary(line.now + std::chrono::minutes(11)));
+}
+
 // What comes behind the answer to a marker tells that the answer may be a copy, too.
 TEST_F(Copies, AMarkerBehindWhichOneComesEndsNoDoubt)
 {
