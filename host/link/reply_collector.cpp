@@ -23,6 +23,8 @@ int repeatedHead(const QByteArray& request)
 
 } // namespace
 
+ReplyCollector::ReplyCollector(bool mayHearItself) : mayHearItself_(mayHearItself) {}
+
 void ReplyCollector::begin(const QByteArray& request, int replyLength)
 {
     if (isSent_ && adapterEchoes_ && !echoStripped_ && !echoIsBehind_)
@@ -119,7 +121,7 @@ QList<Stray> ReplyCollector::takeStrays()
 Arrival ReplyCollector::judge()
 {
     stripOwedEchoes();
-    if (!echoStripped_ && stripEcho())
+    if (mayHearItself_ && !echoStripped_ && stripEcho())
         echoStripped_ = true;
 
     // A sound frame of the awaited kind counts wherever it starts: noise may precede it.

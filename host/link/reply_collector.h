@@ -40,6 +40,9 @@ enum class Arrival {
 
 class ReplyCollector {
 public:
+    // Over Modbus TCP nothing is heard but what others send.
+    explicit ReplyCollector(bool mayHearItself = true);
+
     // Starts over for a request of at least four bytes that awaits replyLength bytes, or
     // untoldLength: then the reply is whole once the line is silent.
     void begin(const QByteArray& request, int replyLength);
@@ -91,6 +94,7 @@ private:
     Arrival finish(Arrival arrival, int first, int length);
 
     QByteArray request_;
+    bool mayHearItself_;
     bool isSent_ = false;
     QList<QByteArray> owed_; // echoes of what was sent before, not heard yet
     int replyLength_ = 0;

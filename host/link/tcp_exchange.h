@@ -71,7 +71,7 @@ private:
 
     ExchangeLine line_;
     ExchangeSettings settings_;
-    ReplyCollector collector_;
+    ReplyCollector collector_{false};
     Books books_; // stays empty: nothing that is out can be mistaken by whoever comes next
     std::array<Station, 256> stations_{};
     State state_ = State::stopped;

@@ -128,6 +128,20 @@ TEST_F(ATcpExchange, SendsTheFrameBehindAHeaderAndMakesTheCrcOfTheReply)
     EXPECT_TRUE(exchange->wasSound());
 }
 
+// On two wires it would be an adapter's echo, and one such value were enough for it to be known.
+TEST_F(ATcpExchange, TakesAValueThatLooksLikeItsRequestForAValue)
+{
+    ask("010304000002", 9);
+    reply(mark(), "010304000002C5");
+    ASSERT_TRUE(ended);
+    EXPECT_EQ(ended->reception.result, LineResult::reply);
+    EXPECT_EQ(bytes().substr(0, 14), "010304000002c5");
+    ask("010600050007", 8);
+    reply(mark(), "010600050007");
+    ASSERT_TRUE(ended);
+    EXPECT_EQ(ended->reception.result, LineResult::reply);
+}
+
 TEST_F(ATcpExchange, NumbersEachFrameAnewAlsoWhereTheNumbersBeginAgain)
 {
     std::map<int, int> seen;
