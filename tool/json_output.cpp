@@ -102,7 +102,8 @@ void addValues(OutputJson& object, const std::string& key, const Item& item,
     bool isAllNumbers = true;
     for (int i = 0; i < valueCount(item.address); ++i) {
         const Address one = valueOf(item.address, i);
-        const unsigned char* const value = bytes.data() + i * byteCount(one);
+        const unsigned char* const value =
+            bytes.data() + static_cast<std::ptrdiff_t>(i) * byteCount(one);
         values.push_back(jsonValue(valueTexts(one, item.format, value).front()));
         const bool isNumber = !values.back().is_null();
         isAllNumbers = isAllNumbers && isNumber;

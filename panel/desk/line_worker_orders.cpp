@@ -34,7 +34,7 @@ std::string LineWorker::refusal(int line) const
 
 std::string LineWorker::writeRefusal(int line, Clock::time_point asked) const
 {
-    if (const std::string why = refusal(line); !why.empty())
+    if (std::string why = refusal(line); !why.empty())
         return why;
     if (state_.phase != LinePhase::open)
         return portIsAway().toStdString();
