@@ -36,7 +36,7 @@ int exceptionCode(const Reception& reception)
 
 bool isOfStation(const Reception& reception)
 {
-    if (!isSound(reception) || reception.result != LineResult::exception)
+    if (reception.result != LineResult::exception || reception.bytes.size() < exceptionLength)
         return isSound(reception);
     const int code = exceptionCode(reception);
     return code != noPathBehindGateway && code != noAnswerBehindGateway;
