@@ -34,7 +34,10 @@ bool TrendPlot::eventFilter(QObject* object, QEvent* event)
     case QEvent::KeyPress:
         event->ignore();
         emit keyPressed(static_cast<QKeyEvent*>(event));
-        return event->isAccepted();
+        if (event->isAccepted())
+            return true;
+        event->accept(); // or the Tab key, which the canvas deals with, moves on in its parents, too
+        return false;
     default:
         return QwtPlot::eventFilter(object, event);
     }
