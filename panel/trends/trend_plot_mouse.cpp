@@ -36,7 +36,8 @@ bool TrendPlot::eventFilter(QObject* object, QEvent* event)
         emit keyPressed(static_cast<QKeyEvent*>(event));
         if (event->isAccepted())
             return true;
-        event->accept(); // or the Tab key, which the canvas deals with, moves on in its parents, too
+        // Ignored, the Tab key that the canvas deals with would move on in its parents, too.
+        event->accept();
         return false;
     default:
         return QwtPlot::eventFilter(object, event);
