@@ -18,7 +18,8 @@ constexpr int noPathBehindGateway = 10; // exception codes that no station sends
 constexpr int noAnswerBehindGateway = 11;
 constexpr unsigned char broadcastStation = 0; // nobody answers it
 constexpr int maxStation = 247;
-constexpr int bitsPerWord = 16; // the coils that one register would hold
+constexpr int maxFrameLength = 265; // a write of 256 bytes of data
+constexpr int bitsPerWord = 16;     // the coils that one register would hold
 
 enum ModbusFunction {
     readCoils = 1,
@@ -40,6 +41,12 @@ inline int byteAt(const QByteArray& bytes, int index)
 inline int wordAt(const QByteArray& bytes, int index)
 {
     return byteAt(bytes, index) * 256 + byteAt(bytes, index + 1);
+}
+
+// Does a gateway say this in the place of a station that does not answer it?
+inline bool isOfGateway(int exceptionCode)
+{
+    return exceptionCode == noPathBehindGateway || exceptionCode == noAnswerBehindGateway;
 }
 
 inline void appendWord(QByteArray& bytes, int word)

@@ -13,7 +13,7 @@ namespace dov417 {
 namespace {
 
 constexpr std::chrono::minutes cleanFor(10); // without a surplus
-constexpr int maxFrameLength = 261;          // 128 registers
+constexpr int maxReplyLength = 261;          // 128 registers
 
 } // namespace
 
@@ -58,7 +58,7 @@ bool Exchange::mayBeOthers(const QByteArray& frame, Clock::time_point now) const
 // request was on the wire before. Over a network either may have been held up on the way.
 Micros Exchange::maxReplyTime() const
 {
-    return onTheWire(2 * maxFrameLength) + settings_.replyGap +
+    return onTheWire(2 * maxReplyLength) + settings_.replyGap +
            (settings_.bytesTakeTime ? Micros(0) : settings_.timeout.initial);
 }
 

@@ -11,7 +11,6 @@ namespace dov417 {
 
 namespace {
 
-constexpr int maxLength = 265; // a write of 256 bytes of data
 constexpr int maxPending = 1024;
 
 bool isFrameHead(const QByteArray& begin)
@@ -54,7 +53,7 @@ int FrameCutter::pending() const
 // Of the sound frame that begins there and whose length is told; 0: there is none.
 int FrameCutter::soundLength(int from) const
 {
-    const QByteArray rest = pending_.mid(from, maxLength);
+    const QByteArray rest = pending_.mid(from, maxFrameLength);
     if (!isFrameHead(rest))
         return 0;
     for (const int length : lengths(rest))
@@ -66,8 +65,8 @@ int FrameCutter::soundLength(int from) const
 // May what is at the front be a frame that has not come whole?
 bool FrameCutter::mayGrow() const
 {
-    const QByteArray begin = pending_.left(maxLength);
-    if (!isFrameHead(begin) || pending() >= maxLength)
+    const QByteArray begin = pending_.left(maxFrameLength);
+    if (!isFrameHead(begin) || pending() >= maxFrameLength)
         return false;
     const std::array<int, 3> all = lengths(begin);
     return std::any_of(all.begin(), all.end(), [&](int length) {
@@ -81,7 +80,7 @@ bool FrameCutter::isSoundToTheEnd(int from) const
         const int length = soundLength(from);
         if (length == 0) {
             const QByteArray rest = pending_.mid(from);
-            return rest.size() <= maxLength && isFrameHead(rest) &&
+            return rest.size() <= maxFrameLength && isFrameHead(rest) &&
                    lengthOfRequest(rest) == neverTold && hasGoodCrc(rest);
         }
         from += length;
@@ -94,7 +93,7 @@ int FrameCutter::joinedLength() const
 {
     if (!isFrameHead(pending_) || lengthOfRequest(pending_) != neverTold)
         return 0;
-    for (int length = minFrameLength; length <= std::min(pending(), maxLength); ++length)
+    for (int length = minFrameLength; length <= std::min(pending(), maxFrameLength); ++length)
         if (hasGoodCrc(pending_.left(length)) && isSoundToTheEnd(length))
             return length;
     return 0;

@@ -14,7 +14,6 @@ namespace {
 // A station that has been heard to answer does so within this, or twice what it has taken; masters
 // wait longer before they ask again.
 constexpr Micros usualAnswer(50000);
-constexpr int maxRequestAndReply = 2 * 265;
 constexpr int readLength = 8; // of a request to read: noise so long may hide one
 
 bool isException(const QByteArray& frame)
@@ -43,7 +42,7 @@ bool mayBeReply(const QByteArray& frame)
 Listener::Listener(const SerialFormat& wire, Clock::duration horizon,
                    std::function<void(const Heard&)> heard)
     : wire_(wire), heard_(std::move(heard)),
-      books_(horizon + std::chrono::round<Micros>(wire.characters(maxRequestAndReply)))
+      books_(horizon + std::chrono::round<Micros>(wire.characters(2 * maxFrameLength)))
 {
 }
 

@@ -38,8 +38,7 @@ bool isOfStation(const Reception& reception)
 {
     if (reception.result != LineResult::exception || reception.bytes.size() < exceptionLength)
         return isSound(reception);
-    const int code = exceptionCode(reception);
-    return code != noPathBehindGateway && code != noAnswerBehindGateway;
+    return !isOfGateway(exceptionCode(reception));
 }
 
 std::string answeredOtherwise(const Transmission& write)

@@ -11,7 +11,6 @@ namespace {
 constexpr int replyToAWord = 7; // station, function, count, two bytes, CRC
 constexpr int replyWithoutData = 5;
 constexpr int minFrame = 4;
-constexpr int maxFrame = 265;
 constexpr int countIndex = 2;
 constexpr int exceptionCodeIndex = 2;
 constexpr int flood = 1024; // bytes without a pause, among which there is no answer
@@ -90,9 +89,8 @@ std::optional<ScanPiece> ScanEar::answerAt(int first) const
                              byteAt(frame, countIndex) == question.replyLength - replyWithoutData;
         if ((!isException && !isValue) || frame.size() < length || !hasGoodCrc(frame.left(length)))
             continue;
-        const int code = byteAt(frame, exceptionCodeIndex);
-        const bool isAbsent = behindGateway_ && isException &&
-                              (code == noPathBehindGateway || code == noAnswerBehindGateway);
+        const bool isAbsent =
+            behindGateway_ && isException && isOfGateway(byteAt(frame, exceptionCodeIndex));
         return ScanPiece{isAbsent ? ScanPiece::absent : ScanPiece::answer, frame.left(length),
                          stationOf(frame), i};
     }
@@ -102,7 +100,7 @@ std::optional<ScanPiece> ScanEar::answerAt(int first) const
 // Of any sound frame at the front; 0: there is none.
 int ScanEar::soundLength() const
 {
-    for (int length = minFrame; length <= pending_.size() && length <= maxFrame; ++length)
+    for (int length = minFrame; length <= pending_.size() && length <= maxFrameLength; ++length)
         if (hasGoodCrc(pending_.left(length)))
             return length;
     return 0;
