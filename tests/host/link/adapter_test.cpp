@@ -298,30 +298,6 @@ TEST_P(AnAdapterThatEchoesAndMay, ConfirmNoWriteByItselfWhereNoReadCanGoBeforeIt
 INSTANTIATE_TEST_SUITE_P(UseFunction8, AnAdapterThatEchoesAndMay, ::testing::Bool(),
                          ::testing::PrintToStringParamName());
 
-// What comes behind a reply that is dropped is dealt with then. Behind a later frame it would be
-// one too many.
-TEST_F(AnAdapterThatEchoes, LeavesNothingOverBehindADroppedReply)
-{
-    line.start();
-    line.askRead(readOf100, 1);
-    line.exchange->bytesCame(line.sent.back(), line.now);
-    line.pass(milliseconds(10));
-    ASSERT_EQ(line.sent.size(), 2U);
-    const QByteArray others = withCrc(QByteArray::fromHex("01030203E8"));
-    line.exchange->bytesCame(line.sent.back() + others + others, line.now);
-    ASSERT_TRUE(line.ended);
-    EXPECT_EQ(line.ended->reception.result, LineResult::timeout);
-    line.askRead(readOf100, 1);
-    line.pass(milliseconds(10));
-    ASSERT_EQ(line.sent.size(), 3U);
-    ASSERT_EQ(line.sent.back().at(1), 8);
-    line.exchange->bytesCame(line.sent.back(), line.now); // heard
-    line.pass(milliseconds(5));
-    line.exchange->bytesCame(line.sent.back(), line.now); // the station's
-    line.pass(milliseconds(10));
-    EXPECT_EQ(line.doubts, 0) << "it answered nothing twice";
-}
-
 TEST_F(AnEchoThatIsLate, IsNoMeasureOfTheStationsTime)
 {
     line.start();

@@ -44,6 +44,22 @@ TEST_F(AListeningLine, IsToldToBeOpenOnceBytesCanCome)
     EXPECT_EQ(heard.at(1).request, hex(readRequest));
 }
 
+// The master goes on while the port is away: the reply may be to what it has asked meanwhile.
+TEST_F(AListeningLine, ExplainsNoReplyByARequestOfBeforeThePortWasAway)
+{
+    PtySlave slave;
+    begin(slave.port());
+    slave.send(hex(readRequest));
+    ASSERT_TRUE(waitUntil([this]() { return heard.size() == 1; }));
+    slave.unplug();
+    ASSERT_TRUE(waitUntil([this]() { return opened.size() == 2; }));
+    slave.plug();
+    ASSERT_TRUE(waitUntil([this]() { return opened.size() == 3; }));
+    slave.send(hex(readReply));
+    ASSERT_TRUE(waitUntil([this]() { return heard.size() == 2; }));
+    EXPECT_EQ(heard.at(1).as, HeardAs::unclear);
+}
+
 TEST_F(AListeningLine, OverANetworkIsOpenOnceTheConnectionIsMade)
 {
     QTcpServer server;

@@ -168,6 +168,13 @@ Item namedItem(const Item& item, const std::string& name, const Scaling& scaling
     return other;
 }
 
+Item itemIn(const Library& library, const char* address, const char* unit)
+{
+    Scaling scaling;
+    scaling.unit = unit;
+    return namedItem(Items(library, ItemSource()).find(address, Access::read), address, scaling);
+}
+
 TEST_F(TheTrendsPage, ShowsValuesThatMoveBeforeAnybodyHasChosen)
 {
     options.frozen = false;
@@ -450,17 +457,29 @@ TEST_F(TheTrendsPage, TakesValuesFromAListWithAFilter)
     EXPECT_THAT(column(TrendReadout::name), ElementsAre("1/R_W:100", "1/T:5", "1/M_bit:1.0"));
 }
 
+TEST_F(TheTrendsPage, GoesFromPlotToPlotWithTheTabKey)
+{
+    desk.setItems({itemIn(library, "R_W:1", "bar"), itemIn(library, "R_W:2", "l"),
+                   itemIn(library, "R_W:3", "mm"), itemIn(library, "R_W:4", "V"),
+                   itemIn(library, "R_W:5", "A")});
+    show();
+    showWatched();
+    ASSERT_EQ(stack->plots().size(), 3U);
+    canvas(0)->setFocus();
+    for (const std::size_t next : {1U, 2U}) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        EXPECT_EQ(QApplication::focusWidget(), canvas(next));
+    }
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab);
+    EXPECT_EQ(QApplication::focusWidget(), canvas(1));
+}
+
 TEST_F(TheTrendsPage, GivesAThirdUnitAPlotOfItsOwnAndBitsTheirLanes)
 {
-    const Items find(library, ItemSource());
-    const auto item = [&](const char* address, const char* unit) {
-        Scaling scaling;
-        scaling.unit = unit;
-        return namedItem(find.find(address, Access::read), address, scaling);
-    };
     options.set = {"M_bit:1.1=1"};
-    desk.setItems({item("R_W:1", "bar"), item("R_W:2", "l"), item("R_W:3", "bar"),
-                   item("R_W:4", "mm"), item("M_bit:1.0", ""), item("M_bit:1.1", "")});
+    desk.setItems({itemIn(library, "R_W:1", "bar"), itemIn(library, "R_W:2", "l"),
+                   itemIn(library, "R_W:3", "bar"), itemIn(library, "R_W:4", "mm"),
+                   itemIn(library, "M_bit:1.0", ""), itemIn(library, "M_bit:1.1", "")});
     show();
     open();
     showWatched();
