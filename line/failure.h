@@ -25,11 +25,12 @@ public:
 // What a call came to, where an exception has no place.
 struct Result {
     bool accepted = true;
-    std::string reason; // of the refusal; or a remark where it was accepted
+    std::string reason;   // of the refusal; or a remark where it was accepted
+    std::string why = {}; // the kind of the reason, for programs; empty where it has none
 
-    static Result refused(const std::string& why)
+    static Result refused(const std::string& reason)
     {
-        return {false, why};
+        return {false, reason};
     }
 };
 

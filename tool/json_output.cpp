@@ -116,6 +116,14 @@ void addValues(OutputJson& object, const std::string& key, const Item& item,
         object["unit"] = item.format.scaling.unit;
 }
 
+void addReason(OutputJson& object, const std::string& key, const std::string& reason,
+               const std::string& why)
+{
+    object[key] = reason;
+    if (!why.empty())
+        object["why"] = why;
+}
+
 OutputJson itemJson(const Library& library, const Item& item)
 {
     return {{"name", item.name}, {"address", toText(library, item.address)}};

@@ -32,6 +32,9 @@ void sayJson(const OutputJson& object);
 // "valuesBits": ["0x7FC00000"]; the unit too.
 void addValues(OutputJson& object, const std::string& key, const Item& item,
                const std::vector<unsigned char>& bytes);
+// The reason under `key`, and its kind as "why" where it has one.
+void addReason(OutputJson& object, const std::string& key, const std::string& reason,
+               const std::string& why);
 // An object with the item's name and address.
 OutputJson itemJson(const Library& library, const Item& item);
 

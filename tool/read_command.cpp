@@ -33,27 +33,27 @@ int runRead(LineSource& line, const ReadOptions& options)
     if (options.json)
         live.countInJson();
     live.open();
-    std::optional<ReadProblems> problems;
-    readAll(live.session(), addressesOf(items), [&](const ReadProblems& found) {
-        problems = found;
+    std::optional<ReadResults> results;
+    readAll(live.session(), addressesOf(items), [&](const ReadResults& read) {
+        results = read;
         live.end();
     });
     live.run();
 
     std::vector<std::pair<std::string, std::string>> wrong;
     for (std::size_t i = 0; i < items.size(); ++i) {
-        const std::string problem = problems ? problems->at(i) : live.interruption();
+        const Result result = results ? results->at(i) : Result::refused(live.interruption());
         if (options.json) {
             OutputJson object = itemJson(library, items.at(i));
-            if (problem.empty())
+            if (result.accepted)
                 addValues(object, "values", items.at(i),
                           live.session().cachedBytes(items.at(i).address));
             else
-                object["failure"] = problem;
+                addReason(object, "failure", result.reason, result.why);
             sayJson(object);
         }
-        if (!problem.empty()) {
-            wrong.emplace_back(items.at(i).name, problem);
+        if (!result.accepted) {
+            wrong.emplace_back(items.at(i).name, result.reason);
             continue;
         }
         if (options.json)

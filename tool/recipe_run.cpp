@@ -101,7 +101,9 @@ OutputJson RecipeRun::entryJson(const Library& library, std::size_t entry, bool&
     addValues(object, "recipe", own.item, own.data);
     isSame = unread(entry).empty() && own.data == job_.readings().at(entry).data;
     if (!unread(entry).empty()) {
-        object["failure"] = unread(entry);
+        const bool isRead = entry < job_.readings().size();
+        addReason(object, "failure", unread(entry),
+                  isRead ? job_.readings().at(entry).why : std::string());
         return object;
     }
     addValues(object, "controller", own.item, job_.readings().at(entry).data);
@@ -132,8 +134,13 @@ bool RecipeRun::isMoved(const char* done) const
     std::vector<std::string> problems = job_.problems();
     if (problems.empty())
         problems.push_back(live_.interruption());
-    if (isJson_)
-        sayJson({{"problems", problems}, {"progress", progressText(job_.progress(), done)}});
+    if (isJson_) {
+        OutputJson object = {{"problems", problems},
+                             {"progress", progressText(job_.progress(), done)}};
+        if (!job_.why().empty())
+            object["why"] = job_.why();
+        sayJson(object);
+    }
     for (const std::string& problem : problems)
         std::fprintf(stderr, "dov417: recipe not transferred: %s\n", problem.c_str());
     std::fprintf(stderr, "dov417: %s\n", progressText(job_.progress(), done).c_str());

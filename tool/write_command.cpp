@@ -74,7 +74,7 @@ OutputJson taskJson(const Library& library, const WriteTask& task, const std::st
     object["result"] = keyOf(task.result);
     const std::string reason = task.result == WriteResult::waiting ? interruption : task.reason;
     if (!reason.empty())
-        object["reason"] = reason;
+        addReason(object, "reason", reason, task.why);
     if (!task.before.empty())
         addValues(object, "before", task.item, task.before);
     if (!task.after.empty())

@@ -62,6 +62,11 @@ std::string wordsText(const Request& request, int first, int words)
     return words == 1 ? text : text + ".." + std::to_string(from + words - 1);
 }
 
+std::string whyOf(const Transmission& transmission)
+{
+    return transmission.why == Reason::none ? std::string() : keyOf(transmission.why);
+}
+
 Reason reasonOf(const Reception& reception, int expectedLength)
 {
     switch (reception.result) {

@@ -109,6 +109,9 @@ std::string answeredOtherwise(const Transmission& write);
 // "R_W:100..107"
 std::string wordsText(const Request& request, int first, int words);
 
+// The key of what was wrong with the reply; empty where nothing was.
+std::string whyOf(const Transmission& transmission);
+
 // Why the reception is no good reply of so many bytes; and in words, with the time that it was
 // awaited if that is to be said: " within 500 ms".
 Reason reasonOf(const Reception& reception, int expectedLength);

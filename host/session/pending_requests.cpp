@@ -117,7 +117,8 @@ int PendingRequests::wordsOfAValue(int kind) const
 void PendingRequests::settle(const Transmission& transmission)
 {
     const int number = transmission.request.kind;
-    const Result result{transmission.verdict == replyAccepted, transmission.reason};
+    const Result result{transmission.verdict == replyAccepted, transmission.reason,
+                        whyOf(transmission)};
     const auto write = handedInWrites_.find(number);
     if (write != handedInWrites_.end()) {
         endWrite(write->second, result);

@@ -48,10 +48,28 @@ RecipeProgress RecipeJob::progress() const
     return progress;
 }
 
-void RecipeJob::readBack(const std::vector<RecipeEntry>& entries)
+const std::string& RecipeJob::why() const
+{
+    return why_;
+}
+
+void RecipeJob::begin(const std::vector<RecipeEntry>& entries)
 {
     entries_ = entries;
     problems_.clear();
+    why_.clear();
+}
+
+void RecipeJob::add(const std::string& problem, const std::string& why)
+{
+    if (problems_.empty())
+        why_ = why;
+    problems_.push_back(problem);
+}
+
+void RecipeJob::readBack(const std::vector<RecipeEntry>& entries)
+{
+    begin(entries);
     readBack();
 }
 
@@ -62,20 +80,19 @@ void RecipeJob::readBack()
     for (const RecipeEntry& entry : entries_)
         addresses.push_back(entry.item.address);
     readings_.clear();
-    readAll(session_, addresses, [this](const ReadProblems& problems) {
+    readAll(session_, addresses, [this](const ReadResults& results) {
         for (std::size_t i = 0; i < entries_.size(); ++i)
-            readings_.push_back({problems.at(i).empty()
+            readings_.push_back({results.at(i).accepted
                                      ? session_.cachedBytes(entries_.at(i).item.address)
                                      : std::vector<unsigned char>(),
-                                 problems.at(i)});
+                                 results.at(i).reason, results.at(i).why});
         done_();
     });
 }
 
 void RecipeJob::upload(const std::vector<RecipeEntry>& entries)
 {
-    entries_ = entries;
-    problems_.clear();
+    begin(entries);
     isDownload_ = false;
     bitsWritten_ = 0;
     std::vector<Address> words;
@@ -87,15 +104,14 @@ void RecipeJob::upload(const std::vector<RecipeEntry>& entries)
                                 if (result.accepted)
                                     takeWords(uploaded);
                                 else
-                                    problems_.push_back(result.reason);
+                                    add(result.reason, result.why);
                                 done_();
                             });
 }
 
 void RecipeJob::download(const std::vector<RecipeEntry>& entries)
 {
-    entries_ = entries;
-    problems_.clear();
+    begin(entries);
     isDownload_ = true;
     bitsWritten_ = 0;
     std::vector<Address> words;
@@ -107,9 +123,9 @@ void RecipeJob::download(const std::vector<RecipeEntry>& entries)
     session_.transferRecipe(layout_, RecipeDirection::download, wordsOfEntries(),
                             [this](const Result& result, const RecipeWords&) {
                                 if (!result.accepted)
-                                    problems_.push_back(result.reason);
+                                    add(result.reason, result.why);
                                 else if (session_.generation() != generation_)
-                                    problems_.emplace_back(changedMeanwhile);
+                                    add(changedMeanwhile);
                                 else
                                     writeBits();
                                 if (bitsUnderWay_ == 0)
@@ -171,7 +187,7 @@ void RecipeJob::bitWritten(const std::string& name, const Result& result)
     // A tag of many bits has one problem.
     if (!result.reason.empty() &&
         std::find(problems_.begin(), problems_.end(), problem) == problems_.end())
-        problems_.push_back(problem);
+        add(problem, result.why);
     if (result.accepted)
         ++bitsWritten_;
     if (--bitsUnderWay_ == 0)

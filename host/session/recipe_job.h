@@ -24,7 +24,8 @@ struct RecipeEntry {
 // What the controller holds for one tag.
 struct RecipeReading {
     std::vector<unsigned char> data;
-    std::string problem; // why it could not be read; empty if it was
+    std::string problem;  // why it could not be read; empty if it was
+    std::string why = {}; // the kind of the problem, as Result has it
 };
 
 // How far a transfer has come, also one that was cut off.
@@ -52,6 +53,8 @@ public:
     const std::vector<RecipeEntry>& entries() const;
     // Empty: everything was transferred.
     const std::vector<std::string>& problems() const;
+    // The kind of the first of them, as Result has it.
+    const std::string& why() const;
     // Of readBack(), one for each entry.
     const std::vector<RecipeReading>& readings() const;
     RecipeProgress progress() const;
@@ -61,11 +64,14 @@ private:
     void takeWords(const RecipeWords& words);
     void writeBits();
     void bitWritten(const std::string& name, const Result& result);
+    void begin(const std::vector<RecipeEntry>& entries);
+    void add(const std::string& problem, const std::string& why = std::string());
 
     Session& session_;
     std::function<void()> done_;
     std::vector<RecipeEntry> entries_;
     std::vector<std::string> problems_;
+    std::string why_;
     RecipeLayout layout_;
     std::vector<RecipeReading> readings_;
     bool isDownload_ = false;

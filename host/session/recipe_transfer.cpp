@@ -145,7 +145,8 @@ void RecipeTransfer::settle(const Transmission& transmission)
         return;
     moving_ = false;
     if (transmission.verdict != replyAccepted) {
-        tellEnd(Result::refused(transmission.description + ": " + transmission.reason));
+        tellEnd(
+            {false, transmission.description + ": " + transmission.reason, whyOf(transmission)});
         return;
     }
     rounds_.pop_front();

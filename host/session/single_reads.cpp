@@ -19,8 +19,8 @@ struct Reads {
     int doubts = 0;
     std::size_t underWay = 0;
     std::vector<Address> addresses;
-    ReadProblems problems;
-    std::function<void(const ReadProblems&)> done;
+    ReadResults results;
+    std::function<void(const ReadResults&)> done;
 };
 
 // Pieces in the order in which they are first needed, those of the widest values last, each with
@@ -74,7 +74,7 @@ bool isTornBy(const Address& values, const Address& with)
 
 // A value of several words is to be of one reply. The widest are read last, so that of values
 // within one of them nothing is read after it; what lies across the end of one is not known.
-void markTorn(const std::vector<Address>& addresses, ReadProblems& problems)
+void markTorn(const std::vector<Address>& addresses, ReadResults& results)
 {
     std::vector<std::size_t> wide;
     for (std::size_t i = 0; i < addresses.size(); ++i)
@@ -82,14 +82,15 @@ void markTorn(const std::vector<Address>& addresses, ReadProblems& problems)
             wide.push_back(i);
     for (const std::size_t i : wide)
         for (const std::size_t other : wide)
-            if (problems.at(i).empty() && isTornBy(addresses.at(i), addresses.at(other)))
-                problems.at(i) = "its words belong to two values of others: read it alone";
+            if (results.at(i).accepted && isTornBy(addresses.at(i), addresses.at(other)))
+                results.at(i) =
+                    Result::refused("its words belong to two values of others: read it alone");
 }
 
 } // namespace
 
 void readAll(Session& session, const std::vector<Address>& addresses,
-             std::function<void(const ReadProblems&)> done)
+             std::function<void(const ReadResults&)> done)
 {
     const auto pieces = piecesOf(addresses, session.settings().gap);
     const auto reads = std::make_shared<Reads>();
@@ -97,24 +98,24 @@ void readAll(Session& session, const std::vector<Address>& addresses,
     reads->doubts = session.doubts();
     reads->underWay = pieces.size();
     reads->addresses = addresses;
-    reads->problems.resize(addresses.size());
+    reads->results.resize(addresses.size());
     reads->done = std::move(done);
     if (pieces.empty())
-        QTimer::singleShot(0, &session, [reads]() { reads->done(reads->problems); });
+        QTimer::singleShot(0, &session, [reads]() { reads->done(reads->results); });
     for (const auto& [piece, users] : pieces) {
         session.readOnce(piece, [&session, reads, users = users](const Result& result) {
             if (!result.accepted)
                 for (const std::size_t index : users)
-                    reads->problems.at(index) = result.reason;
+                    reads->results.at(index) = result;
             if (--reads->underWay > 0)
                 return;
-            for (std::string& problem : reads->problems)
-                if (problem.empty() && session.generation() != reads->generation)
-                    problem = changedMeanwhile;
-                else if (problem.empty() && session.doubts() != reads->doubts)
-                    problem = repliesAreDoubtful;
-            markTorn(reads->addresses, reads->problems);
-            reads->done(reads->problems);
+            for (Result& each : reads->results)
+                if (each.accepted && session.generation() != reads->generation)
+                    each = Result::refused(changedMeanwhile);
+                else if (each.accepted && session.doubts() != reads->doubts)
+                    each = Result::refused(repliesAreDoubtful);
+            markTorn(reads->addresses, reads->results);
+            reads->done(reads->results);
         });
     }
 }

@@ -23,7 +23,7 @@ void WriteJob::start(const std::vector<WriteTask>& tasks)
 }
 
 // The tasks that can be read and have not failed.
-void WriteJob::read(void (WriteJob::*then)(const ReadProblems&))
+void WriteJob::read(void (WriteJob::*then)(const ReadResults&))
 {
     reading_.clear();
     std::vector<Address> addresses;
@@ -34,15 +34,15 @@ void WriteJob::read(void (WriteJob::*then)(const ReadProblems&))
         addresses.push_back(tasks_.at(i).item.address);
     }
     readAll(session_, addresses,
-            [this, then](const ReadProblems& problems) { (this->*then)(problems); });
+            [this, then](const ReadResults& results) { (this->*then)(results); });
 }
 
-bool WriteJob::goesOn(const ReadProblems& problems)
+bool WriteJob::goesOn(const ReadResults& results)
 {
     if (session_.generation() == generation_)
         return true;
-    for (std::size_t i = 0; i < problems.size(); ++i)
-        tasks_.at(reading_.at(i)).reason = problems.at(i);
+    for (std::size_t i = 0; i < results.size(); ++i)
+        tasks_.at(reading_.at(i)).reason = results.at(i).reason;
     for (WriteTask& task : tasks_) {
         if (task.result != WriteResult::waiting)
             continue;
@@ -54,12 +54,12 @@ bool WriteJob::goesOn(const ReadProblems& problems)
     return false;
 }
 
-void WriteJob::write(const ReadProblems& problems)
+void WriteJob::write(const ReadResults& results)
 {
-    if (!goesOn(problems))
+    if (!goesOn(results))
         return;
     for (std::size_t i = 0; i < reading_.size(); ++i)
-        if (problems.at(i).empty())
+        if (results.at(i).accepted)
             tasks_.at(reading_.at(i)).before =
                 session_.cachedBytes(tasks_.at(reading_.at(i)).item.address);
     std::vector<std::pair<Write, std::size_t>> pieces;
@@ -85,6 +85,7 @@ void WriteJob::written()
         WriteTask& task = tasks_.at(i);
         const Result result = results_.at(i).whole(session_.library());
         task.reason = result.reason;
+        task.why = result.why;
         if (!result.accepted) {
             task.result = WriteResult::refused;
         } else if (task.item.address.station == 0 && task.result == WriteResult::waiting) {
@@ -96,13 +97,15 @@ void WriteJob::written()
         read(&WriteJob::compare);
 }
 
-void WriteJob::compare(const ReadProblems& problems)
+void WriteJob::compare(const ReadResults& results)
 {
     for (std::size_t i = 0; i < reading_.size(); ++i) {
         WriteTask& task = tasks_.at(reading_.at(i));
-        if (!problems.at(i).empty()) {
+        const Result& result = results.at(i);
+        if (!result.accepted) {
             task.result = WriteResult::unread;
-            task.reason = problems.at(i) + (task.reason.empty() ? "" : "; " + task.reason);
+            task.reason = result.reason + (task.reason.empty() ? "" : "; " + task.reason);
+            task.why = result.why;
             continue;
         }
         task.after = session_.cachedBytes(task.item.address);

@@ -28,6 +28,7 @@ struct WriteTask {
     std::vector<unsigned char> data;
     WriteResult result = WriteResult::waiting;
     std::string reason;
+    std::string why;                   // the kind of the reason, as Result has it
     std::vector<unsigned char> before; // empty: could not be read
     std::vector<unsigned char> after;  // empty: could not be read back
 };
@@ -45,11 +46,11 @@ public:
     const std::vector<WriteTask>& tasks() const;
 
 private:
-    void read(void (WriteJob::*then)(const ReadProblems&));
-    bool goesOn(const ReadProblems& problems);
-    void write(const ReadProblems& problems);
+    void read(void (WriteJob::*then)(const ReadResults&));
+    bool goesOn(const ReadResults& results);
+    void write(const ReadResults& results);
     void written();
-    void compare(const ReadProblems& problems);
+    void compare(const ReadResults& results);
 
     Session& session_;
     std::function<void()> done_;

@@ -71,6 +71,7 @@ class Json(EndToEnd):
         self.assertEqual(objects[0]["valuesBits"], [None, "0x7FC00001", None])
         self.assertEqual(objects[1]["values"], ["0x001F"])
         self.assertEqual(objects[2]["failure"], "no answer: no byte came")
+        self.assertEqual(objects[2]["why"], "noByte")
         self.assertIn("statistics", objects[3])
 
     def test_writes_tell_what_became_of_each(self):
@@ -80,6 +81,7 @@ class Json(EndToEnd):
         self.assertEqual([each["result"] for each in objects], ["confirmed", "refused", "sent"])
         self.assertEqual(objects[0]["before"] + objects[0]["after"], [7, 8])
         self.assertEqual(objects[1]["reason"], "no answer: no byte came")
+        self.assertEqual([each.get("why") for each in objects], [None, "noByte", None])
 
     def test_recipes_tell_both_sides(self):
         controller = self.controller("--still", "--set", "R_W:5=7")
@@ -97,6 +99,16 @@ class Json(EndToEnd):
         loaded = self.told_by("recipe", "download", file, *line)
         self.assertEqual([each["same"] for each in loaded[:2]], [True, True])
         self.assertEqual(run("recipe", "upload", "-", *line, "--json").returncode, 2)
+
+    def test_recipes_tell_why_there_is_nothing_to_compare(self):
+        controller = self.controller("--still", "--fault", "exception:2=100%")
+        tags = self.write_file("tags.csv", "name,register,address\na,R_W,5\n")
+        file = self.write_file("recipe.json", '{"a": 8}')
+        line = ("--port", controller.port, "--tags", tags, "--retries", "1")
+        (compared, _) = self.told_by("recipe", "compare", file, *line, code=1)
+        self.assertEqual(compared["why"], "exception")
+        (moved,) = self.told_by("recipe", "upload", file, *line, code=1)
+        self.assertEqual(moved["why"], "exception")
 
     def test_a_log_is_told_frame_by_frame(self):
         log = self.path("line.log")

@@ -311,7 +311,7 @@ TEST_F(RepliesThatComeTwice, LeaveNothingGoodOfWhatIsBeingReadMeanwhile)
     std::string read;
     std::string upload;
     readAll(*session, {words("R_W", 20)},
-            [&](const ReadProblems& problems) { read = problems.front(); });
+            [&](const ReadResults& results) { read = results.front().reason; });
     session->transferRecipe(layOutRecipe({words("R_W", 40, 2)}), RecipeDirection::upload, {},
                             [&](const Result& result, const RecipeWords&) {
                                 upload = result.accepted ? "accepted" : result.reason;

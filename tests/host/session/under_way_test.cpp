@@ -157,16 +157,18 @@ TEST_F(UnderWayOnALine, WhatWasReadBeforeAChangeIsNotCalledReadAfterIt)
 {
     // The driver has forgotten the first by then.
     beAController();
-    std::optional<ReadProblems> problems;
+    std::optional<ReadResults> results;
     QObject::connect(session.get(), &Session::transmissionEnded, session.get(),
                      [this](const Transmission&) {
                          session->setSettings({2, 4});
                      });
     readAll(*session, {words("R_W", 10), words("R_W", 50)},
-            [&](const ReadProblems& found) { problems = found; });
-    ASSERT_TRUE(waitUntil([&]() { return problems.has_value(); }));
-    EXPECT_EQ(*problems, (ReadProblems{"the line or its settings were changed meanwhile",
-                                       "the settings were changed"}));
+            [&](const ReadResults& read) { results = read; });
+    ASSERT_TRUE(waitUntil([&]() { return results.has_value(); }));
+    EXPECT_THAT(*results, ::testing::ElementsAre(
+                              ::testing::Field(&Result::reason,
+                                               "the line or its settings were changed meanwhile"),
+                              ::testing::Field(&Result::reason, "the settings were changed")));
 }
 
 TEST_F(UnderWayOnALine, ARecipeBeginsAfterOtherSettingsWhileThePortIsAway)

@@ -55,12 +55,17 @@ protected:
         ASSERT_TRUE(session->open(line).accepted);
     }
 
-    ReadProblems read(const std::vector<Address>& wanted)
+    // Why each could not be read.
+    std::vector<std::string> read(const std::vector<Address>& wanted)
     {
-        std::optional<ReadProblems> problems;
-        readAll(*session, wanted, [&](const ReadProblems& found) { problems = found; });
-        EXPECT_TRUE(waitUntil([&]() { return problems.has_value(); }));
-        return problems.value_or(ReadProblems());
+        std::optional<std::vector<std::string>> reasons;
+        readAll(*session, wanted, [&](const ReadResults& results) {
+            reasons.emplace();
+            for (const Result& each : results)
+                reasons->push_back(each.reason);
+        });
+        EXPECT_TRUE(waitUntil([&]() { return reasons.has_value(); }));
+        return reasons.value_or(std::vector<std::string>());
     }
 
     // Is what the cache holds of one reply?
