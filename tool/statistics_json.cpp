@@ -24,13 +24,10 @@ Json toJson(const RequestCounters& counters)
     Json exceptions = Json::object();
     for (const auto& [code, times] : counters.exceptions)
         exceptions[std::to_string(code)] = times;
-    Json json = {{"sent", counters.sent},
-                 {"good", counters.good},
-                 {"bad", bad},
-                 {"exceptions", exceptions},
-                 {"retries", counters.retries},
-                 {"abandoned", counters.abandoned},
-                 {"forgotten", counters.forgotten},
+    Json json = {{"sent", counters.sent},           {"notSent", counters.notSent},
+                 {"good", counters.good},           {"bad", bad},
+                 {"exceptions", exceptions},        {"retries", counters.retries},
+                 {"abandoned", counters.abandoned}, {"forgotten", counters.forgotten},
                  {"parts", counters.parts}};
     if (!counters.givenUp.empty())
         json["givenUp"] = counters.givenUp;

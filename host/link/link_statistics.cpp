@@ -44,7 +44,8 @@ std::string countersText(const RequestCounters& counters)
 {
     std::string result = std::to_string(counters.sent) + " sent, " + std::to_string(counters.good) +
                          " good" + reasonsText(counters);
-    const std::pair<long long, const char*> rare[] = {{counters.retries, "retries"},
+    const std::pair<long long, const char*> rare[] = {{counters.notSent, "not sent"},
+                                                      {counters.retries, "retries"},
                                                       {counters.abandoned, "abandoned"},
                                                       {counters.forgotten, "forgotten"},
                                                       {counters.parts, "parts"}};
@@ -140,6 +141,7 @@ long long RequestCounters::badFor(Reason reason) const
 void RequestCounters::add(const RequestCounters& other)
 {
     sent += other.sent;
+    notSent += other.notSent;
     good += other.good;
     for (std::size_t reason = 0; reason < bad.size(); ++reason)
         bad.at(reason) += other.bad.at(reason);
@@ -163,9 +165,9 @@ void LinkStatistics::add(const Transmission& transmission)
         }
         return;
     }
-    ++counters.sent;
+    ++(transmission.wasSent() ? counters.sent : counters.notSent);
     counters.parts += transmission.frames;
-    if (transmission.repeats)
+    if (transmission.repeats && transmission.wasSent())
         ++counters.retries;
     if (transmission.verdict == replyNothingOutstanding) {
         ++counters.forgotten;

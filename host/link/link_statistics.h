@@ -18,6 +18,7 @@ namespace dov417 {
 struct RequestCounters {
     int station = 0;
     long long sent = 0;
+    long long notSent = 0; // held back, or nothing but a marker went out before it
     long long good = 0;
     std::array<long long, reasonCount> bad{}; // indexed by Reason
     long long retries = 0;                    // of sent: repetitions after a bad or missing reply

@@ -86,6 +86,11 @@ struct Transmission {
     {
         return isCyclic && isToSilent;
     }
+    // Else it was held back, or what was to go before it was not answered.
+    bool wasSent() const
+    {
+        return number != 0 || frames > 1; // of parts, all but the last were answered
+    }
     bool isAbandoned() const
     {
         return verdict == replyAbandoned;

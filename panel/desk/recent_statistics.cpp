@@ -9,6 +9,7 @@ namespace {
 RequestCounters countersSince(const RequestCounters& earlier, RequestCounters later)
 {
     later.sent -= earlier.sent;
+    later.notSent -= earlier.notSent;
     later.good -= earlier.good;
     for (std::size_t reason = 0; reason < later.bad.size(); ++reason)
         later.bad.at(reason) -= earlier.bad.at(reason);

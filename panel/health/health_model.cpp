@@ -168,6 +168,8 @@ QString HealthModel::text(const HealthRow& row, int column)
         return countText(counters.badFor(Reason::badCrc));
     case abandoned:
         return countText(counters.abandoned);
+    case notSent:
+        return countText(counters.notSent);
     case notAsked:
         return countText(counters.notAsked);
     case exceptions:
@@ -220,6 +222,8 @@ QVariant HealthModel::headerData(int section, Qt::Orientation orientation, int r
         return tr("bad CRC");
     case abandoned:
         return tr("given up");
+    case notSent:
+        return tr("not sent");
     case notAsked:
         return tr("not asked");
     case exceptions:

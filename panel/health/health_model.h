@@ -34,11 +34,12 @@ public:
         noByte,
         badCrc,
         abandoned,
+        notSent,
         notAsked,
         exceptions, // words, which grow with time
         others
     };
-    static constexpr int columns = 10;
+    static constexpr int columns = 11;
 
     using QAbstractTableModel::QAbstractTableModel;
 

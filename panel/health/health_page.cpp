@@ -135,7 +135,7 @@ void HealthPage::showCounters()
     cycles_->show(shown_ ? shown_->cycles : Durations());
     model_.show(shown_ ? *shown_ : LinkStatistics(), desk_.stationNames());
     for (const HealthModel::Column column :
-         {HealthModel::others, HealthModel::abandoned, HealthModel::notAsked})
+         {HealthModel::others, HealthModel::abandoned, HealthModel::notSent, HealthModel::notAsked})
         table_->setColumnHidden(column, !model_.hasAny(column));
     fitWords();
     if (!shown_) {
@@ -169,8 +169,8 @@ void HealthPage::showAdvice()
     }
     const LinkStatistics recent = recent_.recent();
     const RequestCounters total = recent.total();
-    const long long bad =
-        total.sent - total.good - total.forgotten - total.badFor(Reason::broadcast);
+    const long long asked = total.sent + total.notSent;
+    const long long bad = asked - total.good - total.forgotten - total.badFor(Reason::broadcast);
     const LinkStanding standing = standingOf(desk_.state(), desk_.book().isSilent());
     QStringList texts;
     for (const LineAdvice& each : adviceOn(recent, desk_.state().wire))
@@ -179,7 +179,7 @@ void HealthPage::showAdvice()
         texts.append(tr("%1 of the last minute's %2 requests had no good reply; why, the counters "
                         "tell. They are too few, or of no pattern that is known.")
                          .arg(bad)
-                         .arg(total.sent));
+                         .arg(asked));
     if (texts.isEmpty())
         texts.append(standing == LinkStanding::good
                          ? tr("\u2713 Each request of the last minute had a good reply.")

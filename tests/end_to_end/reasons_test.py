@@ -69,6 +69,7 @@ class Reasons(EndToEnd):
         line = os.open(cable.far_port, os.O_RDWR | os.O_NOCTTY)
         self.addCleanup(os.close, line)
         is_over = threading.Event()
+        self.requests = requests = []
 
         def serve():
             heard = b""
@@ -77,6 +78,7 @@ class Reasons(EndToEnd):
                     heard += os.read(line, 4096)
                 while len(heard) >= 8:
                     request, heard = heard[:8], heard[8:]
+                    requests.append(request)
                     os.write(line, becomes(answer(request)))
 
         self.line = line
@@ -89,6 +91,12 @@ class Reasons(EndToEnd):
         self.addCleanup(thread.join)
         self.addCleanup(is_over.set)
 
+    def reads_heard(self):
+        """Of R_W:100, since it was asked last. A read of another length tells late replies."""
+        count = sum(request[1:6] == b"\x03\x05\x64\x00\x01" for request in self.requests)
+        self.requests.clear()
+        return count
+
     def gives(self, becomes, words, name, key, silence, logged=None):
         """Words and name as regular expressions."""
         port = self.slave(becomes)
@@ -96,15 +104,21 @@ class Reasons(EndToEnd):
         done = run("read", *port, "R_W:100", "--stats", "--log", log)
         self.assertEqual(done.returncode, 1)
         self.assertRegex(done.stderr, f"dov417: 1/R_W:100: {words}\n")
-        self.assertRegex(done.stdout, rf"all requests: (\d) sent, 0 good, \1 x {name}[,\n]")
+        # What was held up by its echo did not go out.
+        reads = self.reads_heard()
+        unsent = f", {2 - reads} not sent" if reads < 2 else ""
+        self.assertRegex(done.stdout, f"all requests: {reads} sent, 0 good, 2 x {name}{unsent}, ")
         self.assertRegex(done.stdout, f"given up: {words}\n")
         with open(log, encoding="utf-8") as file:
             self.assertRegex(file.read(), logged or words.replace(":", " within 300 ms:", 1))
 
         objects = told(run("read", *port, "R_W:100", "--stats", "--json").stdout)
         self.assertRegex(objects[0]["failure"], f"^{words}$")
+        self.assertEqual(objects[0]["why"], key)
         counters = objects[1]["statistics"]["all"]
-        self.assertEqual(counters["bad"], {key: counters["sent"]})
+        reads = self.reads_heard()
+        self.assertEqual((counters["sent"], counters["notSent"]), (reads, 2 - reads))
+        self.assertEqual(counters["bad"], {key: 2})
 
         watch = self.tool("watch", *port, "R_W:100")
         self.assertRegex(watch.wait_for_error("given up: "), words)

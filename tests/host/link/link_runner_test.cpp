@@ -147,6 +147,25 @@ TEST_F(RunnerOnALine, SilenceIsCountedUntilTheRequestIsGivenUp)
     EXPECT_EQ(total.good, 0);
 }
 
+// To a station that may have been asked by another program the echo goes first; where that is not
+// answered, nothing else goes out for a while.
+TEST_F(RunnerOnALine, WhatNeverWentOutIsCountedAsNotSent)
+{
+    line.isShared = true;
+    line.timeout = milliseconds(5);
+    slave.arrived = [this](const QByteArray& bytes) { received += bytes; };
+    pollOneWord(3);
+    ASSERT_TRUE(waitUntil([this]() { return settled.has_value(); }));
+    const long long reads = received.count(QByteArray::fromHex(readRequest));
+    const RequestCounters total = runner->statistics().total();
+    EXPECT_LT(reads, 3);
+    EXPECT_EQ(total.sent, reads);
+    EXPECT_EQ(total.notSent, 3 - reads);
+    EXPECT_EQ(total.badFor(Reason::silence), 3);
+    EXPECT_LE(total.retries, total.sent);
+    EXPECT_EQ(total.abandoned, 1);
+}
+
 TEST_F(RunnerOnALine, BytesThatWereNoReplyAreCountedAndTold)
 {
     answerWith({{otherStation, readReply}});

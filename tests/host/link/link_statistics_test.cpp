@@ -60,6 +60,29 @@ TEST(Statistics, SumUpWhatHappenedToEachRequest)
         EXPECT_NE(text.find(expected), std::string::npos) << expected << "\nin\n" << text;
 }
 
+TEST(Statistics, TellWhatWasNotSent)
+{
+    LinkStatistics statistics;
+    Transmission held;
+    held.description = "1#R_W10(1)";
+    held.verdict = replyBad;
+    held.why = Reason::heldBack;
+    held.repeats = true;
+    statistics.add(held);
+    Transmission sent = held;
+    sent.number = 5;
+    sent.why = Reason::silence;
+    statistics.add(sent);
+    Transmission inParts = held;
+    inParts.frames = 3; // two of them had been answered
+    statistics.add(inParts);
+    inParts.frames = 1;
+    statistics.add(inParts);
+    EXPECT_THAT(requestStatistics(statistics),
+                ::testing::ElementsAre("write 1#R_W10(1): 2 sent, 0 good, 1 x no byte came, "
+                                       "3 x held back, 2 not sent, 2 retries, 4 parts"));
+}
+
 TEST(Statistics, TellNoShareOfALineThatIsFasterThanItsSpeed)
 {
     LinkStatistics statistics;

@@ -26,6 +26,7 @@ struct Happened {
 Transmission transmissionOf(const Happened& happened)
 {
     Transmission frame;
+    frame.number = 1;
     frame.request.station = happened.station;
     frame.description = happened.request;
     frame.sent = withCrc(QByteArray::fromHex("010305640001"));
