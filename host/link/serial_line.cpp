@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "line/crc16.h"
 #include "line/failure.h"
 #include "link/exchange.h"
 #include "link/network_address.h"
@@ -42,7 +43,13 @@ SerialLine::SerialLine(const LineSettings& settings, const LineObserver& observe
                             [this]() { timer_.cancel(); },
                             observer.sent,
                             observer.markerEnded,
-                            observer.stray,
+                            [stray = observer.stray](Stray came) {
+                                // What came while nothing was awaited is late only if it is a
+                                // reply.
+                                if (came.kind == StrayKind::late && !hasGoodCrc(came.bytes))
+                                    came.kind = StrayKind::noise;
+                                stray(came);
+                            },
                             observer.notice,
                             observer.doubt,
                             [this]() { useless(); }};

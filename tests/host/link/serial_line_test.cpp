@@ -225,6 +225,14 @@ TEST_F(OnALine, BytesThatNobodyAwaitsAreFlushedBeforeTheNextRequest)
     EXPECT_EQ(strays.front().kind, StrayKind::late);
 }
 
+TEST_F(OnALine, NoiseThatNobodyAwaitsIsNoLateReply)
+{
+    open(forEver);
+    slave.send(hex("550055"));
+    ASSERT_TRUE(waitUntil([this]() { return !strays.empty(); }));
+    EXPECT_EQ(strays.front().kind, StrayKind::noise);
+}
+
 TEST_F(OnALine, ALateReplyIsNotTakenForTheOneToTheNextRequest)
 {
     open(milliseconds(300));
