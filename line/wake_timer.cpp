@@ -2,7 +2,6 @@
 
 #include <QSocketNotifier>
 #include <algorithm>
-#include <ctime>
 #include <sys/timerfd.h>
 #include <unistd.h>
 #include <utility>
@@ -13,13 +12,11 @@ namespace dov417 {
 
 std::int64_t monotonicNow()
 {
-    timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return now.tv_sec * nanosecondsPerSecond + now.tv_nsec;
+    return Clock::now().time_since_epoch().count();
 }
 
 WakeTimer::WakeTimer(std::function<void()> wake)
-    : descriptor_(timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC)),
+    : descriptor_(timerfd_create(Clock::id, TFD_NONBLOCK | TFD_CLOEXEC)),
       notifier_(new QSocketNotifier(descriptor_, QSocketNotifier::Read))
 {
     notifier_->setEnabled(isValid());

@@ -70,12 +70,10 @@ void ListeningLine::end()
 
 void ListeningLine::came(const QByteArray& bytes)
 {
-    using std::chrono::nanoseconds; // steady_clock is the timer's clock here
     const Clock::time_point now = Clock::now();
     listener_.bytesCame(bytes, now);
     if (listener_.isWaiting())
-        silence_.wakeAt(
-            std::chrono::duration_cast<nanoseconds>((now + gap_).time_since_epoch()).count());
+        silence_.wakeAt((now + gap_).time_since_epoch().count());
     else
         silence_.cancel();
 }

@@ -171,8 +171,7 @@ void SerialLine::transact(const Transmission& request, LineProtocol::Done done)
 
 void SerialLine::wakeAt(Clock::time_point when)
 {
-    using std::chrono::nanoseconds; // steady_clock is the timer's clock here
-    timer_.wakeAt(std::chrono::duration_cast<nanoseconds>(when.time_since_epoch()).count());
+    timer_.wakeAt(when.time_since_epoch().count());
 }
 
 } // namespace dov417

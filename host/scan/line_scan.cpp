@@ -17,9 +17,7 @@ LineScan::LineScan(const QString& device, const Rs485& direction, const ScanSett
              [this](Clock::time_point when) {
                  if (!isOpen_)
                      return;
-                 using std::chrono::nanoseconds; // steady_clock is the timer's clock here
-                 timer_.wakeAt(
-                     std::chrono::duration_cast<nanoseconds>(when.time_since_epoch()).count());
+                 timer_.wakeAt(when.time_since_epoch().count());
              },
              [this](const ScanPiece& piece) { received(piece); }, events.found, events.heard,
              [this]() { end(std::string()); }})

@@ -11,8 +11,8 @@
 
 namespace dov417 {
 
-// Who sets this computer's clock, or lets it sleep, moves it against what is recorded then. Each
-// moment keeps the time of day that was shown at it: see moved().
+// Who sets this computer's clock moves it against what is recorded then. Each moment keeps the time
+// of day that was shown at it: see moved().
 class TrendClock {
 public:
     // Less is the clock being kept right.
