@@ -57,6 +57,16 @@ const std::vector<std::string>& wordOrderNames()
     return names;
 }
 
+std::string formatText(const Format& format)
+{
+    const bool isText = format.notation == Notation::text;
+    const WordOrder order = isText ? format.byteOrder : format.order;
+    const WordOrder usual = isText ? Format().byteOrder : Format().order;
+    const std::string name = notationNames().at(static_cast<std::size_t>(format.notation));
+    return order == usual ? name
+                          : name + ":" + wordOrderNames().at(static_cast<std::size_t>(order));
+}
+
 WordOrder parseWordOrder(const std::string& text)
 {
     const int index = indexOf(wordOrderNames(), text);

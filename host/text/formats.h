@@ -66,6 +66,8 @@ struct FormatChoice {
 // One of notationNames(), each with ":low-first" or ":high-first" appended where the word order
 // matters, or for a text that of a word's characters. Empty: no choice. Throws a UsageFailure.
 FormatChoice parseFormat(const std::string& text);
+// What parseFormat() reads as that: "float", "float:high-first".
+std::string formatText(const Format& format);
 WordOrder parseWordOrder(const std::string& text);
 const std::vector<std::string>& notationNames();
 const std::vector<std::string>& wordOrderNames();

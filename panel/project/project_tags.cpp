@@ -13,15 +13,6 @@ namespace dov417 {
 
 namespace {
 
-std::string formatText(const Format& format)
-{
-    const std::string name = notationNames().at(static_cast<std::size_t>(format.notation));
-    const WordOrder order = format.notation == Notation::text ? format.byteOrder : format.order;
-    const WordOrder usual = format.notation == Notation::text ? Format().byteOrder : Format().order;
-    return order == usual ? name
-                          : name + ":" + wordOrderNames().at(static_cast<std::size_t>(order));
-}
-
 bool isWrittenSo(const Format& format, const std::string& text)
 {
     return formatText(format) == text;

@@ -1,16 +1,10 @@
 #include "panel/recipes/recipe_rows.h"
 
-#include <QCoreApplication>
-#include <map>
-#include <tuple>
-
 #include "text/address_values.h"
 
 namespace dov417 {
 
 namespace {
-
-constexpr int bitsOfWord = 16;
 
 bool isMoved(const RecipeRow& row, RecipeKind kind)
 {
@@ -46,60 +40,6 @@ RecipeShare shareOfValue(const Library& library, const RecipeRow& row)
         isTag(library, row.value.item) ? row.value.label.name : toText(library, row.value.address);
     addValue(share, row);
     return share;
-}
-
-// "float:high-first"; empty of what is meant where nothing is said.
-std::string formatInFile(const Format& format)
-{
-    const bool isText = format.notation == Notation::text;
-    const WordOrder order = isText ? format.byteOrder : format.order;
-    const WordOrder unsaid = isText ? Format().byteOrder : Format().order;
-    if (format.notation == Format().notation && order == unsaid)
-        return std::string();
-    std::string text = notationNames().at(static_cast<std::size_t>(format.notation));
-    if (order != unsaid)
-        text += ":" + wordOrderNames().at(static_cast<std::size_t>(order));
-    return text;
-}
-
-// What one place of the controller is to hold, and who says so.
-struct RecipeWish {
-    unsigned bits = 0;
-    unsigned known = 0; // which of them
-    std::string name;
-};
-using RecipeWishes = std::map<std::tuple<int, std::string, int>, std::vector<RecipeWish>>;
-
-void add(RecipeWishes& wishes, const Address& address, int word, const RecipeWish& wish)
-{
-    std::vector<RecipeWish>& here = wishes[{address.station, areaOf(address.regName), word}];
-    for (const RecipeWish& other : here)
-        if (((other.bits ^ wish.bits) & other.known & wish.known) != 0)
-            throw UsageFailure(
-                QCoreApplication::translate("RecipeRows",
-                                            "%1 and %2 want different values of the same place")
-                    .arg(QString::fromStdString(other.name), QString::fromStdString(wish.name))
-                    .toStdString());
-    here.push_back(wish);
-}
-
-void addWishes(RecipeWishes& wishes, const RecipeEntry& entry)
-{
-    const Address& address = entry.item.address;
-    constexpr unsigned all = 0xFFFF;
-    for (int unit = 0; unit < address.length; ++unit) {
-        const auto at = static_cast<std::size_t>(unit);
-        const int place = address.first + unit;
-        if (address.width == Width::bit) {
-            const int bit = place % bitsOfWord;
-            add(wishes, address, place / bitsOfWord,
-                {static_cast<unsigned>(entry.data.at(at) != 0) << bit, 1U << bit, entry.item.name});
-        } else {
-            const unsigned word =
-                entry.data.at(2 * at) | static_cast<unsigned>(entry.data.at(2 * at + 1)) << 8;
-            add(wishes, address, place, {word, all, entry.item.name});
-        }
-    }
 }
 
 } // namespace
@@ -144,6 +84,15 @@ std::vector<RecipeShare> recipeShares(const Library& library, const std::vector<
     return shares;
 }
 
+std::vector<RecipeEntry> entriesOf(const std::vector<RecipeShare>& shares)
+{
+    std::vector<RecipeEntry> entries;
+    entries.reserve(shares.size());
+    for (const RecipeShare& share : shares)
+        entries.push_back(share.entry);
+    return entries;
+}
+
 std::string whyOutside(const RecipeRow& row)
 {
     if (!row.isInRecipe())
@@ -165,13 +114,6 @@ void requireBuffersWithinLimits(const std::vector<RecipeRow>& rows)
             throw UsageFailure(row.value.label.name + ": " + why);
 }
 
-void requireOneWish(const std::vector<RecipeShare>& shares)
-{
-    RecipeWishes wishes;
-    for (const RecipeShare& share : shares)
-        addWishes(wishes, share.entry);
-}
-
 Item itemByAddress(const Library& library, const Item& item)
 {
     Item plain = item;
@@ -189,8 +131,9 @@ Item itemInFile(const Library& library, const Item& item)
         // That four words are one value is for the format to say, and hex alone does not.
         if (item.address.width == Width::quadWord && !isNumber(item.format.notation))
             named.format.notation = Notation::uint64;
-        const std::string format = formatInFile(named.format);
-        named.name = format.empty() ? item.name : item.name + "@" + format;
+        const std::string format = formatText(named.format);
+        if (format != formatText(Format()))
+            named.name += "@" + format;
         return named;
     }
     const bool isOwn =

@@ -67,16 +67,14 @@ struct RecipeShare {
 std::vector<RecipeShare> recipeShares(const Library& library, const std::vector<RecipeRow>& rows,
                                       RecipeKind kind);
 
+std::vector<RecipeEntry> entriesOf(const std::vector<RecipeShare>& shares);
+
 // Why the buffer's value lies outside the limits of what is watched there, whatever a file calls
 // it; empty where it does not. A controller may hold such a value, and a copy of it keeps it.
 std::string whyOutside(const RecipeRow& row);
 
 // Throws a UsageFailure that names the first value of the buffer that lies outside its limits.
 void requireBuffersWithinLimits(const std::vector<RecipeRow>& rows);
-
-// Throws a UsageFailure where two values of a recipe want different things of one place: which of
-// them the controller would hold in the end would be a guess.
-void requireOneWish(const std::vector<RecipeShare>& shares);
 
 // Of an item's bytes those of one of its values.
 ValueBytes sliceOf(const std::vector<unsigned char>& data, const Address& address,

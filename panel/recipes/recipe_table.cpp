@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "session/recipe_wishes.h"
 #include "text/address_values.h"
 
 namespace dov417 {
@@ -159,7 +160,7 @@ std::vector<RecipeShare> RecipeTable::shares(RecipeKind kind) const
                                                          : tr("there is nothing to read"))
                                .toStdString());
     if (kind == RecipeKind::download) {
-        requireOneWish(all);
+        requireOneWish(entriesOf(all));
         requireBuffersWithinLimits(rows_);
     }
     return all;

@@ -5,6 +5,7 @@
 #include "live/project.h"
 #include "panel/recipes/recipe_table.h"
 #include "session/recipe_file.h"
+#include "session/recipe_wishes.h"
 #include "text/address_values.h"
 
 namespace dov417 {
@@ -79,11 +80,7 @@ std::size_t RecipeTable::load(const std::string& file)
     });
     for (std::size_t i = 0; i < entries.size(); ++i)
         entries.at(i).item.limits = limits.at(i);
-    std::vector<RecipeShare> all;
-    all.reserve(entries.size());
-    for (const RecipeEntry& entry : entries)
-        all.push_back({entry, {}});
-    requireOneWish(all);
+    requireOneWish(entries);
     clear();
     std::size_t locked = 0;
     for (const RecipeEntry& entry : entries) {
@@ -117,7 +114,7 @@ void RecipeTable::save(const std::string& file)
     const std::vector<RecipeShare> all = recipeShares(library_, rowsToSave(), RecipeKind::download);
     if (all.empty())
         throw UsageFailure(tr("the buffer is empty").toStdString());
-    requireOneWish(all);
+    requireOneWish(entriesOf(all));
     for (const RecipeShare& share : all) {
         const RecipeEntry entry{itemInFile(library_, share.entry.item), share.entry.data};
         const auto [same, isNew] = names.try_emplace(entry.item.name, entries.size());
