@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "line/replace_file.h"
+#include "session/recipe_wishes.h"
 #include "text/address_values.h"
 #include "text/json_value.h"
 #include "text/placed_json.h"
@@ -124,6 +125,11 @@ std::vector<RecipeEntry> readRecipe(const std::string& file, const FindItem& fin
         } catch (const UsageFailure& failure) {
             throw UsageFailure(inFile + name + ": " + failure.what());
         }
+    }
+    try {
+        requireOneWish(entries);
+    } catch (const UsageFailure& failure) {
+        throw UsageFailure(inFile + failure.what());
     }
     return entries;
 }

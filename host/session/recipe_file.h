@@ -15,7 +15,8 @@
 namespace dov417 {
 
 // The entries that the file names, in its order; - is the standard input. Throws a UsageFailure
-// that names the file, and the tag or the place, of the first mistake.
+// that names the file, and the tag or the place, of the first mistake; two entries that want
+// different things of one place are one.
 std::vector<RecipeEntry> readRecipe(const std::string& file, const Items& items);
 // The same where names are looked up elsewhere; `find` throws a UsageFailure where it knows none.
 using FindItem = std::function<Item(const std::string& name)>;

@@ -80,7 +80,6 @@ std::size_t RecipeTable::load(const std::string& file)
     });
     for (std::size_t i = 0; i < entries.size(); ++i)
         entries.at(i).item.limits = limits.at(i);
-    requireOneWish(entries);
     clear();
     std::size_t locked = 0;
     for (const RecipeEntry& entry : entries) {

@@ -584,14 +584,31 @@ class Recipe(EndToEnd):
             "two.csv", "name,register,address,count\nfirst,R_W,300,3\nlast,R_W,302,1\n"
         )
         controller = self.controller("--still")
+        file = self.write_file("recipe.json", '{"first": [1, 2, 3], "last": 3}')
+        out = self.succeeds("recipe", "download", file, "--tags", tags, "--port", controller.port)
+        self.assertEqual(out.splitlines()[:4], ["first[0] = 1: written and read back",
+                                                "first[1] = 2: written and read back",
+                                                "first[2] = 3: written and read back",
+                                                "last = 3: written and read back"])  # fmt: skip
+        tags = self.write_file("two.csv", "name,register,address\nfirst,R_W,300\nlast,R_W,340\n")
+        cable, _ = self.slow_slave("1:0")  # it takes what is written, and stays as it is
+        file = self.write_file("recipe.json", '{"first": 3, "last": 1620}')
+        done = run("recipe", "download", file, "--tags", tags, "--port", cable.port)
+        self.assertEqual(done.returncode, 1)
+        self.assertEqual(done.stdout, "last = 1620: written and read back\n")
+        self.assertEqual(done.stderr, "dov417: first = 3: taken, but it reads back as 1580\n")
+
+    def test_a_recipe_that_wants_two_things_of_one_place_is_refused(self):
+        tags = self.write_file(
+            "two.csv", "name,register,address,count\nfirst,R_W,300,3\nlast,R_W,302,1\n"
+        )
+        controller = self.controller("--still")
         file = self.write_file("recipe.json", '{"first": [1, 2, 3], "last": 4}')
         done = run("recipe", "download", file, "--tags", tags, "--port", controller.port)
-        self.assertEqual(done.returncode, 1)
-        self.assertEqual(done.stdout, "first[0] = 1: written and read back\n"
-                                      "first[1] = 2: written and read back\n"
-                                      "last = 4: written and read back\n")  # fmt: skip
-        self.assertEqual(done.stderr,
-                         "dov417: first[2] = 3: taken, but it reads back as 4\n")  # fmt: skip
+        self.assertEqual((done.returncode, done.stdout), (2, ""))
+        self.assertEqual(done.stderr, f"dov417: {file}: first and last want different values of "
+                                      "the same place, 1/R_W:302\n")  # fmt: skip
+        self.assertEqual(controller.memory()(1, "R_W", 300), 0)
 
     def test_a_recipe_is_compared_with_the_controller(self):
         controller = self.controller("--still", "--stations", "1,2", "--set", "R_W:200=1500",

@@ -13,6 +13,7 @@ namespace dov417 {
 
 namespace {
 
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 
 class RecipeFile : public LoadedLibrary {
@@ -134,6 +135,20 @@ TEST_F(RecipeFile, NamesTheTagOfAMistake)
     EXPECT_THAT(mistakeIn("{\"speed\": 1,\n\"speed\": 2}"),
                 HasSubstr("recipe.json:2:1: speed: is there twice"));
     EXPECT_THAT(mistakeIn("[1]"), HasSubstr("a recipe is an object of tag names and values"));
+}
+
+TEST_F(RecipeFile, WantsOneThingOfEachPlace)
+{
+    EXPECT_THAT(mistakeIn(R"({"speed": 4, "1/R_W:200": 9})"),
+                EndsWith("recipe.json: speed and 1/R_W:200 want different values of the same "
+                         "place, 1/R_W:200"));
+    EXPECT_THAT(mistakeIn(R"({"run": [1, 0, 1], "M_W:1": 0})"), EndsWith("same place, 1/M_W:1"));
+    EXPECT_THAT(mistakeIn(R"({"masks": [0, 65536], "R_W:343": 2})"),
+                EndsWith("same place, 1/R_W:343"));
+    std::ofstream(path("recipe.json"))
+        << R"({"masks": [0, 65536], "R_W:343": 1, "2/R_W:343": 2, "R_bit:343.0": 1,)"
+        << R"("R_bit:343.1": 0, "R_W:43": 4, "M_W:43": 5})";
+    EXPECT_EQ(readBack().size(), 7U) << "alike, or elsewhere";
 }
 
 TEST_F(RecipeFile, ThatIsEmptyIsNoRecipe)
