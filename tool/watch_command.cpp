@@ -30,7 +30,8 @@ int runWatch(LineSource& line, const WatchOptions& options)
     const Library& library = line.library();
     const std::vector<Item> items =
         Items(library, options.items.source).chosen(options.items.arguments, Access::read);
-    const std::vector<ViewLabel> labels = labelViews(library, items);
+    std::vector<ViewLabel> labels = labelViews(library, items);
+    tellApart(labels);
     LiveCommand& live = line.take(items, line.options().mergeGap());
     Session& session = live.session();
     const bool hasScreen = !options.json && options.csv.name != "-" && Screen::isTerminal();

@@ -1,6 +1,8 @@
 #include "session/view_labels.h"
 
 #include <algorithm>
+#include <map>
+#include <set>
 
 #include "text/address_values.h"
 
@@ -39,6 +41,18 @@ std::vector<ViewLabel> labelViews(const Library& library, const std::vector<Item
         }
     }
     return labels;
+}
+
+void tellApart(std::vector<ViewLabel>& labels)
+{
+    std::map<std::string, std::set<std::string>> formats;
+    for (const ViewLabel& label : labels)
+        formats[label.name].insert(formatText(label.format));
+    for (ViewLabel& label : labels) {
+        const std::string format = formatText(label.format);
+        if (formats.at(label.name).size() > 1 && format != formatText(Format()))
+            label.name += "@" + format;
+    }
 }
 
 std::string valueText(const View& view, const ViewLabel& label)

@@ -20,6 +20,10 @@ struct ViewLabel {
 // One label for each view that a session makes of these items, in the same order.
 std::vector<ViewLabel> labelViews(const Library& library, const std::vector<Item>& items);
 
+// Adds the format to the names of those that are written differently and are called the same:
+// "1/R_D:10@float".
+void tellApart(std::vector<ViewLabel>& labels);
+
 std::string valueText(const View& view, const ViewLabel& label);
 std::string previousText(const View& view, const ViewLabel& label);
 
