@@ -211,6 +211,25 @@ TEST_F(LineInAThread, MakesValuesOldWhenItIsClosedWhateverIsWatchedMeanwhile)
 }
 
 // The window's side is left out: nobody says that a batch was seen.
+// The next program on the line would hear it, and a write that is out would have no outcome.
+TEST_F(LineInAThread, WaitsForTheReplyThatIsOutWhenItIsEnded)
+{
+    options.set = {"R_W:100=7"};
+    options.turnaroundMs = 300; // a request is out at almost any time
+    controller = std::make_unique<ControllerProcess>(options);
+    LineSetup setup;
+    setup.port = controller->port();
+    setup.log = folder.filePath("log").toStdString();
+    line.open(setup, {registerAt(100)});
+    book.watch(line.generation(), {registerAt(100)});
+    ASSERT_TRUE(waitUntil([this]() { return value(registerAt(100)) == 7 && state.cycles > 0; }));
+    EXPECT_TRUE(line.end());
+    const QString log = QString::fromStdString(fileText(folder.filePath("log")));
+    EXPECT_GT(log.count(QStringLiteral(" TX ")), 1);
+    EXPECT_EQ(log.count(QStringLiteral(" TX ")), log.count(QStringLiteral(" RX ")))
+        << log.toStdString();
+}
+
 TEST_F(LoadedLibrary, APanelLineTellsTheNextBatchOnlyOnceTheLastWasSeen)
 {
     LineWorker worker(library);
