@@ -2,7 +2,8 @@
 // at random. Each value that is shown names its station and its address, or counts the reads of its
 // station, so that a wrong one and an old one are recognised by themselves.
 //
-// DOV417_LATE_SECONDS makes it longer, DOV417_LATE_SEED another one.
+// DOV417_LATE_SECONDS makes it longer, DOV417_LATE_SEED begins with another seed, DOV417_LATE_SEEDS
+// takes so many of them.
 #include <QTimer>
 #include <algorithm>
 #include <cstdio>
@@ -74,11 +75,10 @@ private:
     QTimer timer_;
 };
 
-class LateSession : public LoadedLibrary {
+class LateSession : public LoadedLibrary, public ::testing::WithParamInterface<int> {
 protected:
     LateSession()
-        : seed(static_cast<unsigned>(fromEnvironment("DOV417_LATE_SEED", 1))), farEnd(seed),
-          bus(farEnd.bus), chance(seed)
+        : seed(static_cast<unsigned>(GetParam())), farEnd(seed), bus(farEnd.bus), chance(seed)
     {
         for (int number = 1; number <= stationCount; ++number) {
             LateStation& station = bus.stations[number];
@@ -107,6 +107,15 @@ protected:
                          });
         schedule_.setTimerType(Qt::PreciseTimer);
         QObject::connect(&schedule_, &QTimer::timeout, &schedule_, [this]() { act(); });
+    }
+
+    ~LateSession() override
+    {
+        valuesInAll += values;
+    }
+    static void TearDownTestSuite()
+    {
+        std::printf("%lld values in all\n", valuesInAll);
     }
 
     int between(int low, int high)
@@ -147,6 +156,28 @@ protected:
         session->watch(addresses);
     }
 
+    void upload()
+    {
+        const Address asked = any(8);
+        session->transferRecipe(layOutRecipe({asked}), RecipeDirection::upload, {},
+                                [this, asked](const Result& result, const RecipeWords& words) {
+                                    if (!result.accepted)
+                                        return;
+                                    ++recipes;
+                                    for (int i = 0; i < asked.length; ++i)
+                                        show(asked.station, asked.first + i,
+                                             words.at(static_cast<std::size_t>(i)));
+                                });
+    }
+
+    void confirmed(int station, int place, int value)
+    {
+        const std::size_t at = lastPlace(station, place, value);
+        if (at == 0)
+            wrong("a write is confirmed that was not done");
+        place_[{station, place}] = std::max(place_[{station, place}], at);
+    }
+
     void writeSomething()
     {
         const int station = between(1, stationCount);
@@ -160,19 +191,21 @@ protected:
                            [this](const Result& result) { writes += result.accepted ? 1 : 0; });
             return;
         }
-        const int value = ++lastValue_ & 0x7FFF;
-        session->write(
-            {address,
-             {static_cast<unsigned char>(value & 0xFF), static_cast<unsigned char>(value >> 8)}},
-            [this, station, place, value](const Result& result) {
-                if (!result.accepted)
-                    return;
-                ++writes;
-                const std::size_t at = lastPlace(station, place, value);
-                if (at == 0)
-                    wrong("a write is confirmed that was not done");
-                place_[{station, place}] = std::max(place_[{station, place}], at);
-            });
+        address.length = between(1, 4 - place);
+        std::vector<unsigned char> data;
+        std::vector<int> all;
+        for (int i = 0; i < address.length; ++i) {
+            all.push_back(++lastValue_ & 0x7FFF);
+            data.push_back(static_cast<unsigned char>(all.back() & 0xFF));
+            data.push_back(static_cast<unsigned char>(all.back() >> 8));
+        }
+        session->write({address, data}, [this, station, place, all](const Result& result) {
+            if (!result.accepted)
+                return;
+            ++writes;
+            for (std::size_t i = 0; i < all.size(); ++i)
+                confirmed(station, place + static_cast<int>(i), all.at(i));
+        });
     }
 
     void act()
@@ -185,6 +218,8 @@ protected:
         else if (what < 0.90)
             session->readOnce(any(8),
                               [this](const Result& result) { reads += result.accepted ? 1 : 0; });
+        else if (what < 0.93)
+            upload();
         else if (what < 0.95)
             session->endRequests("enough");
         else
@@ -210,12 +245,14 @@ protected:
 
     void show(const View& view)
     {
+        show(view.address.station, view.address.first, view.value.at(0) + 256 * view.value.at(1));
+    }
+
+    void show(int station, int word, int value)
+    {
         ++values;
-        const int station = view.address.station;
-        const int address = firstRegister + view.address.first;
-        const int value = view.value.at(0) + 256 * view.value.at(1);
-        const std::string text = std::to_string(station) +
-                                 "/R_W:" + std::to_string(view.address.first) + " = " +
+        const int address = firstRegister + word;
+        const std::string text = std::to_string(station) + "/R_W:" + std::to_string(word) + " = " +
                                  std::to_string(value);
         if (address >= LateBus::firstWritten) {
             const int place = address - LateBus::firstWritten;
@@ -227,7 +264,9 @@ protected:
                 wrong(text + ": it held that before what was shown last, or written");
             last = std::max(last, at);
         } else if ((address & 1) != 0) {
-            int& last = counter_[station];
+            // What is read in parts is of several moments.
+            const bool isOfOne = line.maxRegisters == learnedMaximum;
+            int& last = counter_[{station, isOfOne ? 0 : word}];
             if (value < last || value > bus.stations.at(station).counter)
                 wrong(text + ": the counter was " + std::to_string(last) + ", and is " +
                       std::to_string(bus.stations.at(station).counter));
@@ -249,17 +288,19 @@ protected:
     LineSettings line;
     std::unique_ptr<Session> session;
     QTimer schedule_;
+    static inline long long valuesInAll = 0;
     long long values = 0;
     long long writes = 0; // confirmed
-    long long reads = 0;  // that were asked for once, and answered
+    long long recipes = 0;
+    long long reads = 0; // that were asked for once, and answered
 
 private:
     std::map<std::pair<int, int>, std::size_t> place_; // shown or confirmed, by station and place
-    std::map<int, int> counter_;                       // shown, by station
+    std::map<std::pair<int, int>, int> counter_;       // shown, by station, and word
     int lastValue_ = 0;
 };
 
-TEST_F(LateSession, ShowsNoValueThatTheControllerDidNotHoldThere)
+TEST_P(LateSession, ShowsNoValueThatTheControllerDidNotHoldThere)
 {
     ASSERT_TRUE(session->open(line).accepted);
     watchAnything();
@@ -270,13 +311,20 @@ TEST_F(LateSession, ShowsNoValueThatTheControllerDidNotHoldThere)
     while (!isOver)
         waitUntil([&isOver]() { return isOver; }); // a minute at a time
     std::printf("seed %u: %lld values shown, %lld writes confirmed, %lld reads answered, "
-                "%lld markers, %d doubts\n",
-                seed, values, writes, reads, session->statistics().markers, session->doubts());
+                "%lld recipes, %lld markers, %d doubts\n",
+                seed, values, writes, reads, recipes, session->statistics().markers,
+                session->doubts());
     EXPECT_GT(values, 20);
     EXPECT_GT(writes, 0);
     EXPECT_GT(reads, 0);
     EXPECT_EQ(session->doubts(), 0);
 }
+
+const int firstSeed = fromEnvironment("DOV417_LATE_SEED", 1);
+INSTANTIATE_TEST_SUITE_P(Of, LateSession,
+                         ::testing::Range(firstSeed,
+                                          firstSeed + fromEnvironment("DOV417_LATE_SEEDS", 1)),
+                         [](const auto& each) { return "Seed" + std::to_string(each.param); });
 
 } // namespace
 
