@@ -32,6 +32,7 @@ add_library(dov417modbus_service OBJECT
   service/cache/reading_values.cpp
   service/cache/write_queue.cpp
   service/cache/pending_values.cpp
+  service/cache/unit_table.cpp
   service/cache/data_areas.cpp
   service/cache/writing_values.cpp)
 # A panel's memory is small: the linker leaves out what nobody reaches, and only what runs for each
@@ -52,6 +53,7 @@ set(dov417_sources_for_speed
   service/cache/reading_values.cpp
   service/cache/write_queue.cpp
   service/cache/pending_values.cpp
+  service/cache/unit_table.cpp
   service/cache/data_areas.cpp)
 set(dov417_sources_for_every_callback
   service/cache/unit_index.cpp

@@ -59,21 +59,19 @@ QString areaOf(const QString& regName)
     return underscore < 0 ? regName : regName.left(underscore);
 }
 
-static UnitLayout layoutOf(int dataBits, int unitBits, bool bitNamed)
+static ValueKind kindOf(int dataBits, bool bitNamed)
 {
     switch (dataBits) {
-    case 16:
-        return unitBits == 8 ? wordsOverBytes : wordUnits;
-    case 32:
-        return unitBits == 16 ? dwordsOverWords : unitBits == 8 ? dwordsOverBytes : dwordUnits;
     case 1:
+        return bitNamed ? bitOfUnit : namedBit;
     case 8:
-        if (!bitNamed) {
-            return dataBits == 8 ? byteUnits : namedUnits;
-        }
-        return unitBits == 16 || unitBits == 8 ? bitsOfUnits : noUnits;
+        return bitNamed ? bitOfUnit : byteValue;
+    case 16:
+        return wordValue;
+    case 32:
+        return dwordValue;
     }
-    return noUnits;
+    return noValue;
 }
 
 RegisterType deriveRegisterType(const QString& name, const QString (&row)[rangeFieldCount],
@@ -93,7 +91,7 @@ RegisterType deriveRegisterType(const QString& name, const QString (&row)[rangeF
     type.bitNamed = name.contains(QLatin1String("_bit"));
     type.lowByteFirst = type.area == QLatin1String("I") || type.area == QLatin1String("Q") ||
                         type.area == QLatin1String("M");
-    type.layout = layoutOf(type.dataBits, type.unitBits, type.bitNamed);
+    type.values = kindOf(type.dataBits, type.bitNamed);
     type.functionCode = functionCode;
     type.baseAddress = baseAddress;
     return type;

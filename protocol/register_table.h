@@ -26,17 +26,15 @@ extern const QString ADDRESS_RANGE_PRO[registerTypeCount][rangeFieldCount];
 // Modbus function code of a read and base address in the slave.
 extern const int ADDRESS_RANGE_FUNC[registerTypeCount][2];
 
-// How the values of a register type lie in the units of its area.
-enum UnitLayout {
-    wordUnits,       // a 16-bit value a unit: the word types of this controller
-    wordsOverBytes,  // a 16-bit value over two byte units
-    dwordUnits,      // a 32-bit value a unit
-    dwordsOverWords, // a 32-bit value over two word units: "R_D"
-    dwordsOverBytes, // a 32-bit value over four byte units
-    byteUnits,       // a value of one byte a unit
-    namedUnits,      // a value of one bit a unit, under a name without "_bit"
-    bitsOfUnits,     // a value a bit of a word or byte unit: the bit types of this controller
-    noUnits
+// What a host's values of a register type are.
+enum ValueKind {
+    wordValue,
+    dwordValue, // over two units of this controller: "R_D"
+    byteValue,
+    namedBit, // a unit a bit, under a name without "_bit"
+    bitOfUnit,
+    noValue,
+    valueKindCount
 };
 
 // A row of the tables with its texts turned into numbers, once.
@@ -49,7 +47,7 @@ struct RegisterType {
     int timerCounter;
     bool bitNamed;     // the name contains "_bit"
     bool lowByteFirst; // in a reply: coils arrive with the first one in bit 0 of the first byte
-    UnitLayout layout;
+    ValueKind values;
     int functionCode;
     int baseAddress;
 };

@@ -52,21 +52,6 @@ const char ViewNames::areas_[areaCount] = {'R', 'M', 'I', 'Q', 'T', 'C'};
 
 const ViewNames viewNames;
 
-// Which views a unit of one width has.
-struct UnitViews {
-    int bits; // bits of the unit that can be watched
-    View own; // view flag 0
-    struct {
-        int firstFlag; // view flag of the unit that starts the value
-        int units;     // units that the value spans
-        View view;
-    } wider[2];
-};
-
-const UnitViews wordViews = {16, wordView, {{1, 2, dwordView}, {0, 0, plainView}}};
-const UnitViews dwordViews = {32, dwordView, {{0, 0, plainView}, {0, 0, plainView}}};
-const UnitViews byteViews = {8, byteView, {{1, 2, wordView}, {3, 4, dwordView}}};
-
 bool ownView(const WatchedUnit& unit)
 {
     return unit.viewFlags % 2 == 1;
@@ -114,7 +99,7 @@ __attribute__((noinline)) bool announceViews(const WatchedUnit& unit, const Area
            (unit.viewFlags >> 1 == 0 || announceWider(unit, names, views));
 }
 
-void announceUnit(int index, int timerCounter, unsigned int changed, const UnitViews& views)
+void announceUnit(int index, int timerCounter, unsigned int changed, int width)
 {
     if (index < 0 || index >= driver.dataAreas.size()) {
         return;
@@ -123,7 +108,7 @@ void announceUnit(int index, int timerCounter, unsigned int changed, const UnitV
     const WatchedUnit unit(record);
     if (unit.isWatched()) {
         const QString area = record.area; // the record may go
-        announceViews(unit, AreaNames(area), changed, timerCounter, views);
+        announceViews(unit, AreaNames(area), changed, timerCounter, unitWidths[width].views);
     }
 }
 
@@ -151,35 +136,27 @@ bool announceWord(const WatchedUnit& unit, const AreaNames& names, unsigned int 
     if (timerCounter == 0 && unit.viewFlags == 1 && (unit.bitMonitor & changed) == 0) {
         return announce(unit, names, wordView, unit.address);
     }
-    return announceViews(unit, names, changed, timerCounter, wordViews);
+    return announceViews(unit, names, changed, timerCounter, unitWidths[wordUnits].views);
 }
 
 void _wordDataChange(int* oldValue, int* newValue, int index, int timerCounter)
 {
-    announceUnit(index, timerCounter, changedBits(oldValue, newValue), wordViews);
+    announceUnit(index, timerCounter, changedBits(oldValue, newValue), wordUnits);
 }
 
 void _dwordDataChange(int* oldValue, int* newValue, int index, int timerCounter)
 {
-    announceUnit(index, timerCounter, changedBits(oldValue, newValue), dwordViews);
+    announceUnit(index, timerCounter, changedBits(oldValue, newValue), dwordUnits);
 }
 
 void _byteDataChange(unsigned char* oldValue, unsigned char* newValue, int index, int timerCounter)
 {
-    announceUnit(index, timerCounter, changedBits(oldValue, newValue), byteViews);
+    announceUnit(index, timerCounter, changedBits(oldValue, newValue), byteUnits);
 }
 
 void _bitDataChange(int index)
 {
-    if (index < 0 || index >= driver.dataAreas.size()) {
-        return;
-    }
-    const _DATA_& record = driver.dataAreas.at(index);
-    const WatchedUnit unit(record);
-    if (ownView(unit)) {
-        const QString area = record.area; // the record may go
-        announce(unit, AreaNames(area), plainView, unit.address);
-    }
+    announceUnit(index, 0, 0, bitUnits);
 }
 
 bool callHost(int tag, int station, QString regName, int address)

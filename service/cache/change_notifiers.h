@@ -4,16 +4,8 @@
 
 #include <QString>
 
+#include "cache/unit_widths.h"
 #include "records.h"
-
-enum View {
-    plainView, // the area name alone
-    bitView,
-    byteView,
-    wordView,
-    dwordView,
-    viewCount
-};
 
 // The names under which the views of an area are announced, looked up once for a run of units.
 class AreaNames {

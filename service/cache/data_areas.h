@@ -1,5 +1,4 @@
-// What is done to the cached units of a register type: watch, read, store a write, settle it. One
-// row for each way in which values lie in units.
+// What is done to the cached units of a register type: watch, read, store a write, settle it.
 #ifndef DOV417MODBUS_DATA_AREAS_H
 #define DOV417MODBUS_DATA_AREAS_H
 

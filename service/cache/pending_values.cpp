@@ -96,21 +96,45 @@ int storeByteUnit(const HostRange& write, int address, int hint, const unsigned 
     return unit.index();
 }
 
-bool announceBitChange(const HostRange& write, const WrittenUnit& unit, const BitPlace& place,
+bool announceBitOfWord(const HostRange& write, const WrittenUnit& unit, const BitPlace& place,
                        unsigned char newByte)
 {
-    if (write.type.unitBits == 16) {
-        unsigned char bytes[2] = {unit.visible[0], unit.visible[1]};
-        bytes[place.byte] = newByte;
-        return unit.announce(unit.visibleWord(), uchar2int16(bytes[0], bytes[1]),
-                             write.type.timerCounter, _wordDataChange);
-    }
-    // Byte units, which no shipped type has: the old value is the one last written, and only an
-    // unsettled unit is announced as a timer or counter.
+    unsigned char bytes[2] = {unit.visible[0], unit.visible[1]};
+    bytes[place.byte] = newByte;
+    return unit.announce(unit.visibleWord(), uchar2int16(bytes[0], bytes[1]),
+                         write.type.timerCounter, _wordDataChange);
+}
+
+void announceWholeWord(int index, int timerCounter)
+{
+    _wordDataChange(0, 0, index, timerCounter);
+}
+
+// The old value is the one last written, and only an unsettled unit is announced as a timer or
+// counter.
+bool announceBitOfByte(const HostRange& write, const WrittenUnit& unit, const BitPlace&,
+                       unsigned char newByte)
+{
     const _DATA_& record = driver.dataAreas.at(unit.index());
     return unit.announce(record.pendingValue[0], newByte,
                          record.writePending == 1 ? write.type.timerCounter : 0, _byteDataChange);
 }
+
+void announceWholeByte(int index, int timerCounter)
+{
+    _byteDataChange(0, 0, index, timerCounter);
+}
+
+// What is peculiar to the bits of one kind of unit. Those of byte units no shipped type has.
+struct BitRules {
+    bool (*announceChange)(const HostRange& write, const WrittenUnit& unit, const BitPlace& place,
+                           unsigned char newByte);
+    void (*announceAll)(int index, int timerCounter);
+    size_t bytes;
+    bool counted; // how many writes of a bit are under way
+};
+const BitRules bitsOfWords = {announceBitOfWord, announceWholeWord, 2, true};
+const BitRules bitsOfBytes = {announceBitOfByte, announceWholeByte, 1, false};
 
 // ---- how many writes of a bit are under way ---------------------------------------------------
 
@@ -151,54 +175,90 @@ void discountPendingBit(_DATA_& unit, int bit)
     }
 }
 
-int storeBit(const HostRange& write, const BitPlace& place, int hint, bool on)
+int storeBit(const HostRange& write, const BitRules& rules, const BitPlace& place, int hint,
+             bool on)
 {
     const WrittenUnit unit(write, place.unit, hint);
     const unsigned char oldByte = unit.visible[place.byte];
     const unsigned char newByte =
         static_cast<unsigned char>(_setBitValue(oldByte, place.bitInByte, on ? 1 : 0));
-    if (oldByte != newByte && !announceBitChange(write, unit, place, newByte)) {
+    if (oldByte != newByte && !rules.announceChange(write, unit, place, newByte)) {
         return -1;
     }
-    const bool words = write.type.unitBits == 16;
-    const int queued = words ? timesQueued(write, unit, place.bit) : 0;
+    const int queued = rules.counted ? timesQueued(write, unit, place.bit) : 0;
     if (queued < 0) {
         return -1;
     }
     UnitEdit edit(unit.index());
     if (edit->writePending == 0) {
-        memcpy(edit->pendingValue, edit->deviceValue, static_cast<size_t>(write.type.unitBits / 8));
+        memcpy(edit->pendingValue, edit->deviceValue, rules.bytes);
     }
     // Only this bit: another one of the byte may have been written while the host was told.
     edit->pendingValue[place.byte] = static_cast<unsigned char>(
         _setBitValue(edit->pendingValue[place.byte], place.bitInByte, on ? 1 : 0));
     edit->writePending = 1;
-    if (words) {
-        countPendingBit(*edit.operator->(), place.bit, queued == 2);
+    if (rules.counted) {
+        countPendingBit(*edit, place.bit, queued == 2);
     }
     return unit.index();
+}
+
+void storeBits(const HostRange& write, const BitRules& rules, const unsigned char* data)
+{
+    int index = -1;
+    for (int i = 0; i < write.length; ++i) {
+        const BitPlace place(wrapAdd(write.address, i), write.type.unitBits);
+        if (!place.exists()) {
+            continue;
+        }
+        index = storeBit(write, rules, place, index + (place.bit == 0 ? 1 : 0), data[i] == 1);
+        if (index < 0) {
+            return;
+        }
+    }
 }
 
 // ---- settling ----------------------------------------------------------------------------------
 
 // Ends the pending state of one unit and takes the written bytes for the controller's own.
-void settleUnit(int index, bool accepted, int bytes)
+void settleUnit(int index, bool accepted, size_t bytes)
 {
     UnitEdit unit(index);
     unit->writePending = 0;
     if (accepted) {
-        memcpy(unit->deviceValue, unit->pendingValue, static_cast<size_t>(bytes));
+        memcpy(unit->deviceValue, unit->pendingValue, bytes);
     }
 }
 
 void settleBit(const BitPlace& place, int index, bool accepted)
 {
     UnitEdit unit(index);
-    discountPendingBit(*unit.operator->(), place.bit);
+    discountPendingBit(*unit, place.bit);
     if (accepted) {
         unit->deviceValue[place.byte] = static_cast<unsigned char>(
             _setBitValue(unit->deviceValue[place.byte], place.bitInByte,
                          unit->pendingValue[place.byte] >> place.bitInByte & 1));
+    }
+}
+
+void settleBits(const HostRange& write, const BitRules& rules, bool accepted)
+{
+    int index = -1;
+    for (int i = 0; i < write.length; ++i) {
+        const BitPlace place(wrapAdd(write.address, i), write.type.unitBits);
+        if (!place.exists()) {
+            continue;
+        }
+        index = unitIndexOf(write.station, write.type.area, place.unit,
+                            index + (place.bit == 0 ? 1 : 0));
+        settleBit(place, index, accepted);
+        if (driver.dataAreas.at(index).writePending == 0) {
+            const unsigned int resets = driver.resets;
+            rules.announceAll(index, write.type.timerCounter);
+            if (driver.resets != resets) {
+                return;
+            }
+        }
     }
 }
 
@@ -277,19 +337,14 @@ void storeSingleUnits(const HostRange& write, const unsigned char* data)
     }
 }
 
-void storeBits(const HostRange& write, const unsigned char* data)
+void storeBitsOfWords(const HostRange& write, const unsigned char* data)
 {
-    int index = -1;
-    for (int i = 0; i < write.length; ++i) {
-        const BitPlace place(wrapAdd(write.address, i), write.type.unitBits);
-        if (!place.exists()) {
-            continue;
-        }
-        index = storeBit(write, place, index + (place.bit == 0 ? 1 : 0), data[i] == 1);
-        if (index < 0) {
-            return;
-        }
-    }
+    storeBits(write, bitsOfWords, data);
+}
+
+void storeBitsOfBytes(const HostRange& write, const unsigned char* data)
+{
+    storeBits(write, bitsOfBytes, data);
 }
 
 void wordFailed(const HostRange& write, int index, int)
@@ -317,8 +372,7 @@ void viewFailed(const HostRange& write, int, int address)
 
 void settleUnits(const HostRange& write, const Settling& settling, bool accepted)
 {
-    // Units of a type without an area of its own are looked up by its full name.
-    const QString& area = write.type.layout == namedUnits ? write.regName : write.type.area;
+    const QString& area = settling.byFullName ? write.regName : write.type.area;
     const int count = wrapMul(settling.units, write.length) / settling.perLength;
     int index = -1;
     for (int i = 0; i < count; ++i) {
@@ -335,28 +389,12 @@ void settleUnits(const HostRange& write, const Settling& settling, bool accepted
     }
 }
 
-void settleBits(const HostRange& write, const Settling&, bool accepted)
+void settleBitsOfWords(const HostRange& write, const Settling&, bool accepted)
 {
-    const bool words = write.type.unitBits == 16;
-    int index = -1;
-    for (int i = 0; i < write.length; ++i) {
-        const BitPlace place(wrapAdd(write.address, i), write.type.unitBits);
-        if (!place.exists()) {
-            continue;
-        }
-        index = unitIndexOf(write.station, write.type.area, place.unit,
-                            index + (place.bit == 0 ? 1 : 0));
-        settleBit(place, index, accepted);
-        if (driver.dataAreas.at(index).writePending == 0) {
-            const unsigned int resets = driver.resets;
-            if (words) {
-                _wordDataChange(0, 0, index, write.type.timerCounter);
-            } else {
-                _byteDataChange(0, 0, index, write.type.timerCounter);
-            }
-            if (driver.resets != resets) {
-                return;
-            }
-        }
-    }
+    settleBits(write, bitsOfWords, accepted);
+}
+
+void settleBitsOfBytes(const HostRange& write, const Settling&, bool accepted)
+{
+    settleBits(write, bitsOfBytes, accepted);
 }

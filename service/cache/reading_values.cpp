@@ -35,28 +35,25 @@ unsigned char* copyUnits(int index, int count, unsigned char* out)
     return out;
 }
 
-typedef unsigned char* (*CopyUnits)(int index, int count, unsigned char* out);
-
-CopyUnits copyOf(int bytesPerUnit)
-{
-    return bytesPerUnit == 2 ? copyUnits<2> : bytesPerUnit == 1 ? copyUnits<1> : copyUnits<4>;
-}
-
 } // namespace
 
+template <size_t bytesPerUnit>
 void readValues(const HostRange& range, const ValueShape& shape, unsigned char* out)
 {
-    const CopyUnits copy = copyOf(shape.bytesPerUnit);
     const int units = range.length / shape.lengthPerValue * shape.unitsPerValue;
     int index = 0;
     for (int i = 0; i < units;) {
         const UnitsFound found =
             unitsFrom(range.station, range.type.area, wrapAdd(range.address, i), index, units - i);
-        out = copy(found.index, found.count, out);
+        out = copyUnits<bytesPerUnit>(found.index, found.count, out);
         i += found.count;
         index = found.index + found.count;
     }
 }
+
+template void readValues<1>(const HostRange&, const ValueShape&, unsigned char*);
+template void readValues<2>(const HostRange&, const ValueShape&, unsigned char*);
+template void readValues<4>(const HostRange&, const ValueShape&, unsigned char*);
 
 // A value over two words is shown as written as soon as one of them awaits its result: half an old
 // and half a new value must never meet on the screen.

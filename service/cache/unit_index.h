@@ -44,6 +44,10 @@ public:
     {
         return unit_;
     }
+    _DATA_& operator*()
+    {
+        return *unit_;
+    }
 
 private:
     bool known_;

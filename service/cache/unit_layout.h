@@ -6,12 +6,11 @@
 
 #include "protocol/register_table.h"
 
-// What marking and reading do with the values of a layout.
+// What marking and reading do with values of one kind.
 struct ValueShape {
     int lengthPerValue; // units of a host's length that one value takes
     int unitsPerValue;
     int firstFlag; // view flag of the value's first unit, the next units take the next flags
-    int bytesPerUnit;
 };
 
 // What a call of the host covers: bits of a bit type, else 16-bit words.

@@ -4,7 +4,9 @@
 #include <cstring>
 
 #include "cache/change_notifiers.h"
+#include "cache/pending_values.h"
 #include "cache/unit_index.h"
+#include "cache/unit_widths.h"
 #include "protocol.h"
 #include "protocol/byte_conversion.h"
 #include "protocol/wrap.h"
@@ -102,7 +104,7 @@ private:
 
 // Of units from the record at `index` on, so many are dealt with until the run is over; -1: the
 // host re-initialised. A word is stored before it is announced: a callback that reads back sees the
-// new value. With no write on its way the controller's value is the visible one again.
+// new value.
 template <int low>
 int storeReplyWords(const RegisterType& type, int index, const unsigned char* words, int count)
 {
@@ -122,9 +124,7 @@ int storeReplyWords(const RegisterType& type, int index, const unsigned char* wo
         }
         unit.deviceValue[0] = word[low];
         unit.deviceValue[1] = word[1 - low];
-        if (driver.writeList.isEmpty()) {
-            unit.writePending = 0;
-        }
+        showDeviceValue(unit);
         const WatchedUnit watched(unit);
         if (watched.isWatched()) {
             run.pause();
@@ -139,27 +139,7 @@ int storeReplyWords(const RegisterType& type, int index, const unsigned char* wo
     return count;
 }
 
-// Every register type of this controller: the units are found, compared and stored run by run.
-void decodeWords(const RegisterType& type, const ReplyData& data, int count, int station,
-                 int address)
-{
-    int index = -1;
-    for (int i = 0; i < count;) {
-        UnitsFound found = unitsFrom(station, type.area, wrapAdd(address, i), index + 1, count - i);
-        unsigned char edge[2] = {0, 0};
-        const unsigned char* words = data.wordsFrom(i, found.count, edge);
-        const int stored = type.lowByteFirst
-                               ? storeReplyWords<0>(type, found.index, words, found.count)
-                               : storeReplyWords<1>(type, found.index, words, found.count);
-        if (stored < 0) {
-            return;
-        }
-        i += stored;
-        index = found.index + stored - 1;
-    }
-}
-
-// ---- one row for each other unit width, unit by unit -------------------------------------------
+// ---- units that this controller has not, one by one ---------------------------------------------
 
 // Value i of a reply, low byte first.
 typedef void (*Unpack)(const ReplyData& data, int i, unsigned char* out);
@@ -206,65 +186,90 @@ void tellDword(int index, const unsigned char* before, const unsigned char* afte
     _dwordDataChange(&oldDword, &newDword, index, timerCounter);
 }
 
-struct UnitWidth {
-    int bits;
+struct OtherUnits {
     size_t bytes; // of a unit that are used
     Unpack unpack;
     Tell tell;
 };
 
-const UnitWidth unitWidths[] = {
-    {1, 1, unpackBit, tellBit},
-    {8, 1, unpackByte, tellByte},
-    {32, 4, unpackDword, tellDword},
-};
-
-const UnitWidth* widthOf(const RegisterType& type)
-{
-    for (const UnitWidth& width : unitWidths) {
-        if (width.bits == type.unitBits) {
-            return &width;
-        }
-    }
-    return 0;
-}
-
 // As storeReplyWords() does. False: the host re-initialised.
-bool storeUnit(const UnitWidth& width, int index, const unsigned char* bytes, int timerCounter)
+bool storeUnit(const OtherUnits& units, int index, const unsigned char* bytes, int timerCounter)
 {
     unsigned char before[4];
     {
         UnitEdit unit(index);
         memcpy(before, unit->deviceValue, sizeof(before));
-        memcpy(unit->deviceValue, bytes, width.bytes);
-        if (driver.writeList.isEmpty()) {
-            unit->writePending = 0;
-        }
+        memcpy(unit->deviceValue, bytes, units.bytes);
+        showDeviceValue(*unit);
     }
     const unsigned int resets = driver.resets;
-    width.tell(index, before, bytes, timerCounter);
+    units.tell(index, before, bytes, timerCounter);
     return driver.resets == resets;
+}
+
+void decodeOther(const OtherUnits& units, const RegisterType& type, const ReplyData& data,
+                 int count, int station, int address)
+{
+    int index = -1;
+    for (int i = 0; i < count; ++i) {
+        index = unitIndexOf(station, type.area, wrapAdd(address, i), index + 1);
+        unsigned char value[4] = {0, 0, 0, 0};
+        units.unpack(data, i, value);
+        if (memcmp(driver.dataAreas.at(index).deviceValue, value, units.bytes) != 0 &&
+            !storeUnit(units, index, value, type.timerCounter)) {
+            return;
+        }
+    }
 }
 
 } // namespace
 
+// Every register type of this controller: the units are found, compared and stored run by run.
+void decodeWords(const RegisterType& type, const QByteArray& reply, int count, int position,
+                 int station, int address)
+{
+    const ReplyData data(reply, position);
+    int index = -1;
+    for (int i = 0; i < count;) {
+        UnitsFound found = unitsFrom(station, type.area, wrapAdd(address, i), index + 1, count - i);
+        unsigned char edge[2] = {0, 0};
+        const unsigned char* words = data.wordsFrom(i, found.count, edge);
+        const int stored = type.lowByteFirst
+                               ? storeReplyWords<0>(type, found.index, words, found.count)
+                               : storeReplyWords<1>(type, found.index, words, found.count);
+        if (stored < 0) {
+            return;
+        }
+        i += stored;
+        index = found.index + stored - 1;
+    }
+}
+
+void decodeDwords(const RegisterType& type, const QByteArray& reply, int count, int position,
+                  int station, int address)
+{
+    const OtherUnits dwords = {4, unpackDword, tellDword};
+    decodeOther(dwords, type, ReplyData(reply, position), count, station, address);
+}
+
+void decodeBytes(const RegisterType& type, const QByteArray& reply, int count, int position,
+                 int station, int address)
+{
+    const OtherUnits bytes = {1, unpackByte, tellByte};
+    decodeOther(bytes, type, ReplyData(reply, position), count, station, address);
+}
+
+void decodeBits(const RegisterType& type, const QByteArray& reply, int count, int position,
+                int station, int address)
+{
+    const OtherUnits bits = {1, unpackBit, tellBit};
+    decodeOther(bits, type, ReplyData(reply, position), count, station, address);
+}
+
+void decodeNothing(const RegisterType&, const QByteArray&, int, int, int, int) {}
+
 void decodeValues(const RegisterType& type, const QByteArray& reply, int count, int position,
                   int station, int address)
 {
-    const ReplyData data(reply, position);
-    if (type.unitBits == 16) {
-        decodeWords(type, data, count, station, address);
-        return;
-    }
-    const UnitWidth* width = widthOf(type);
-    int index = -1;
-    for (int i = 0; width != 0 && i < count; ++i) {
-        index = unitIndexOf(station, type.area, wrapAdd(address, i), index + 1);
-        unsigned char value[4] = {0, 0, 0, 0};
-        width->unpack(data, i, value);
-        if (memcmp(driver.dataAreas.at(index).deviceValue, value, width->bytes) != 0 &&
-            !storeUnit(*width, index, value, type.timerCounter)) {
-            return;
-        }
-    }
+    widthOf(type).decode(type, reply, count, position, station, address);
 }

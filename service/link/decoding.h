@@ -11,4 +11,16 @@
 void decodeValues(const RegisterType& type, const QByteArray& reply, int count, int position,
                   int station, int address);
 
+// The same for units of one width.
+void decodeWords(const RegisterType& type, const QByteArray& reply, int count, int position,
+                 int station, int address);
+void decodeDwords(const RegisterType& type, const QByteArray& reply, int count, int position,
+                  int station, int address);
+void decodeBytes(const RegisterType& type, const QByteArray& reply, int count, int position,
+                 int station, int address);
+void decodeBits(const RegisterType& type, const QByteArray& reply, int count, int position,
+                int station, int address);
+void decodeNothing(const RegisterType& type, const QByteArray& reply, int count, int position,
+                   int station, int address);
+
 #endif

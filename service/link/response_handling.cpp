@@ -1,6 +1,7 @@
 #include "link/response_handling.h"
 
 #include "cache/data_areas.h"
+#include "cache/unit_widths.h"
 #include "driver_lock.h"
 #include "intf.h"
 #include "link/decoding.h"
@@ -105,7 +106,7 @@ void decodeReply(const QByteArray& reply, int count, int position, const VARIABL
     }
     const RegisterType& type = registerType(index);
     const SendKindRow& kind = currentSendKind();
-    if (kind.patchesRegisterBits && type.bitNamed && type.unitBits == 16) {
+    if (kind.patchesRegisterBits && type.bitNamed && widthOf(type).isRegister) {
         if (driver.sendList.size() >= 2) {
             patchWriteBack(driver.sendList[1], reply, count, position, request);
         }
