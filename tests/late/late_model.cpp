@@ -44,6 +44,9 @@ bool LateModel::isPossible(const LateEvent& event) const
         return wake_ != Clock::time_point::max();
     case LateEvent::Kind::timeGoesBy:
         return true;
+    case LateEvent::Kind::hearsNoMore:
+    case LateEvent::Kind::hearsAgain:
+        return isDeaf_.at(event.index) == (event.kind == LateEvent::Kind::hearsAgain);
     case LateEvent::Kind::replyIsLost:
         return awaitsReply(event.index);
     case LateEvent::Kind::replyIsSpoilt:
@@ -73,6 +76,7 @@ void LateModel::apply(const LateEvent& event)
         const Due twice = due_.at(event.index).front();
         come(event.index, static_cast<int>(twice.reply.size()));
         due_.at(event.index).push_front(twice);
+        due_.at(event.index).front().isCopy = true;
         break;
     }
     case LateEvent::Kind::replyBegins:
@@ -88,6 +92,10 @@ void LateModel::apply(const LateEvent& event)
     case LateEvent::Kind::replyIsLost:
         due_.at(event.index).pop_front();
         break;
+    case LateEvent::Kind::hearsNoMore:
+    case LateEvent::Kind::hearsAgain:
+        isDeaf_.at(event.index) = event.kind == LateEvent::Kind::hearsNoMore;
+        break;
     case LateEvent::Kind::timePasses:
         fire();
         break;
@@ -99,8 +107,12 @@ void LateModel::apply(const LateEvent& event)
         now_ = std::max(now_, std::min(now_ + milliseconds(event.amount), wake_));
         break;
     }
-    while (wake_ <= now_ + soon)
-        fire();
+    while (!echo_.isEmpty() || wake_ <= now_ + soon) {
+        if (echo_.isEmpty())
+            fire();
+        else
+            hearItself();
+    }
     // A station begins to answer within the horizon, or not at all.
     for (std::deque<Due>& due : due_)
         while (!due.empty() && due.front().askedAt + horizon <= now_)
@@ -138,7 +150,7 @@ ExchangeLine LateModel::lineOfCurrent()
     line.markerEnded = [](const Transmission&) {};
     line.stray = [](const Stray&) {};
     line.notice = [](const std::string&) {};
-    line.doubt = []() {};
+    line.doubt = []() { current->isNew_ = false; };
     return line;
 }
 
@@ -176,12 +188,27 @@ void LateModel::fire()
     exchange_.timerDue(now_);
 }
 
+void LateModel::hearItself()
+{
+    now_ += milliseconds(1);
+    const QByteArray echo = std::move(echo_);
+    echo_.clear();
+    exchange_.bytesCame(echo, now_);
+}
+
 // What the station does at once, and says later.
 void LateModel::serve(const QByteArray& request)
 {
-    std::deque<Due>& due = due_.at(static_cast<std::size_t>(request.at(0)) - 1);
+    if (settings_.echoes)
+        echo_ = request;
+    const std::size_t station = static_cast<std::size_t>(request.at(0)) - 1;
+    if (isDeaf_.at(station))
+        return;
+    std::deque<Due>& due = due_.at(station);
     if (settings_.dropsWhenAsked)
-        due.clear();
+        due.erase(
+            std::remove_if(due.begin(), due.end(), [](const Due& each) { return !each.isCopy; }),
+            due.end());
     QByteArray reply = request;
     const int address =
         static_cast<unsigned char>(request.at(2)) * 256 + static_cast<unsigned char>(request.at(3));
@@ -204,7 +231,7 @@ void LateModel::serve(const QByteArray& request)
     } else if (settings_.diagnostics < 0) {
         return;
     }
-    due.push_back({reply, now_, false, false});
+    due.push_back({reply, now_, false, false, false});
 }
 
 int LateModel::valueOf(int address) const
@@ -215,7 +242,7 @@ int LateModel::valueOf(int address) const
 void LateModel::ended(const Transmission& ended)
 {
     isAsking_ = false;
-    if (!isGood(ended))
+    if (!isGood(ended) || (settings_.judgesWhenWary && !exchange_.isWary(now_)))
         return;
     ++goodReplies_;
     if (asked_->isWrite) {

@@ -20,6 +20,9 @@ struct LateModelSettings {
     bool mayMark = true;         // function 8 may be used
     bool refuses = false;        // one of the reads is answered with an exception
     bool dropsWhenAsked = false; // what has not been answered when the next request comes
+    bool echoes = false;         // the adapter hears at once what it sends
+    // Until a surplus is met nothing is promised where replies come twice.
+    bool judgesWhenWary = false;
 };
 
 struct LateQuestion {
@@ -43,9 +46,11 @@ struct LateEvent {
         replyBegins,        // with amount bytes, at least one; the rest comes later
         replyIsSpoilt,      // by one bit, amount
         replyIsLost,        // or what is left of it
-        timePasses,         // until the timer is due
-        timerIsLate,        // by amount ms
-        timeGoesBy          // amount ms, or until the timer is due
+        hearsNoMore,        // the station hears no request until it
+        hearsAgain,
+        timePasses,  // until the timer is due
+        timerIsLate, // by amount ms
+        timeGoesBy   // amount ms, or until the timer is due
     };
     Kind kind;
     std::size_t index;
@@ -72,12 +77,14 @@ private:
         Clock::time_point askedAt;
         bool hasBegun = false;
         bool isSpoilt = false;
+        bool isCopy = false; // which is the modem's
     };
 
     static ExchangeLine lineOfCurrent();
     void ask(const LateQuestion& question);
     void come(std::size_t station, int bytes);
     void fire();
+    void hearItself();
     void serve(const QByteArray& request);
     int valueOf(int address) const;
     void ended(const Transmission& ended);
@@ -91,6 +98,8 @@ private:
     Clock::time_point now_ = Clock::time_point() + std::chrono::hours(1);
     Clock::time_point wake_ = Clock::time_point::max();
     std::array<std::deque<Due>, 2> due_;
+    std::array<bool, 2> isDeaf_{};
+    QByteArray echo_; // on its way
     const LateQuestion* asked_ = nullptr;
     bool isAsking_ = false;
     bool isWritten_ = false;

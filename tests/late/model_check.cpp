@@ -23,6 +23,10 @@ std::string textOf(const LateEvent& event)
         return "reply of " + station + " comes, and once more later";
     case LateEvent::Kind::replyIsLost:
         return "reply of " + station + " is lost";
+    case LateEvent::Kind::hearsNoMore:
+        return station + " hears no more";
+    case LateEvent::Kind::hearsAgain:
+        return station + " hears again";
     default:
         return "time passes";
     }
@@ -35,9 +39,14 @@ std::vector<LateEvent> eventsOf(const LateModel& model, const ModelSettings& set
         events.push_back({LateEvent::Kind::ask, i});
     for (std::size_t station = 0; station < 2; ++station) {
         events.push_back({LateEvent::Kind::replyComes, station});
-        events.push_back({LateEvent::Kind::replyIsLost, station});
+        if (!settings.echoes)
+            events.push_back({LateEvent::Kind::replyIsLost, station});
         if (settings.repliesTwice)
             events.push_back({LateEvent::Kind::replyComesAndStays, station});
+    }
+    if (settings.echoes) {
+        events.push_back({LateEvent::Kind::hearsNoMore, 0});
+        events.push_back({LateEvent::Kind::hearsAgain, 0});
     }
     events.push_back({LateEvent::Kind::timePasses, 0});
     std::vector<LateEvent> possible;
@@ -77,7 +86,46 @@ std::string textOf(const ModelSettings& settings)
            (settings.isTimeoutFixed ? ", fixed time-out" : ", learning time-out") +
            (settings.isShared ? ", shared line" : "") + (settings.refuses ? ", refusal" : "") +
            (settings.dropsWhenAsked ? ", drops its reply" : "") +
-           (settings.isProbed ? ", probed" : "");
+           (settings.isProbed ? ", probed" : "") +
+           (settings.echoes ? ", on an adapter that echoes" : "") +
+           (settings.repliesTwice ? ", behind a modem" : "");
+}
+
+enum KindBits {
+    fixed = 1,
+    shared = 2,
+    refusing = 4,
+    dropping = 8,
+    probed = 16,
+    kinds = 32
+};
+
+// All kinds that have these bits.
+ModelResult checkKinds(const ModelSettings& common, int bits)
+{
+    ModelResult all;
+    all.kinds = 0;
+    for (const int diagnostics : {1, 0, -1}) {
+        for (int kind = 0; kind < kinds && all.wrong.empty(); ++kind) {
+            if ((kind & bits) != bits)
+                continue;
+            ModelSettings settings = common;
+            settings.diagnostics = diagnostics;
+            settings.isTimeoutFixed = (kind & fixed) != 0;
+            settings.isShared = (kind & shared) != 0;
+            settings.refuses = (kind & refusing) != 0;
+            settings.dropsWhenAsked = (kind & dropping) != 0;
+            settings.isProbed = (kind & probed) != 0;
+            const ModelResult result = checkModel(settings);
+            ++all.kinds;
+            all.states += result.states;
+            all.goodReplies += result.goodReplies;
+            all.path = result.path;
+            if (!result.wrong.empty())
+                all.wrong = textOf(settings) + ": " + result.wrong;
+        }
+    }
+    return all;
 }
 
 } // namespace
@@ -91,28 +139,26 @@ ModelResult checkModel(const ModelSettings& settings)
 
 ModelResult checkEveryKind(int depth)
 {
-    ModelResult all;
-    all.kinds = 0;
-    for (const int diagnostics : {1, 0, -1}) {
-        for (int kind = 0; kind < 32 && all.wrong.empty(); ++kind) {
-            ModelSettings settings;
-            settings.depth = depth;
-            settings.diagnostics = diagnostics;
-            settings.isTimeoutFixed = (kind & 1) != 0;
-            settings.isShared = (kind & 2) != 0;
-            settings.refuses = (kind & 4) != 0;
-            settings.dropsWhenAsked = (kind & 8) != 0;
-            settings.isProbed = (kind & 16) != 0;
-            const ModelResult result = checkModel(settings);
-            ++all.kinds;
-            all.states += result.states;
-            all.goodReplies += result.goodReplies;
-            all.path = result.path;
-            if (!result.wrong.empty())
-                all.wrong = textOf(settings) + ": " + result.wrong;
-        }
-    }
-    return all;
+    ModelSettings settings;
+    settings.depth = depth;
+    return checkKinds(settings, 0);
+}
+
+// A line that nobody shares has no such adapter.
+ModelResult checkEchoes(int depth)
+{
+    ModelSettings settings;
+    settings.depth = depth;
+    settings.echoes = true;
+    return checkKinds(settings, shared);
+}
+
+ModelResult checkCopies(int depth)
+{
+    ModelSettings settings;
+    settings.depth = depth;
+    settings.repliesTwice = settings.judgesWhenWary = true;
+    return checkKinds(settings, 0);
 }
 
 std::string textOf(const ModelResult& result)

@@ -17,6 +17,22 @@ TEST(Model, NoPathLeadsToAWrongValue)
     std::printf("%s\n", textOf(result).c_str());
 }
 
+TEST(Model, NoPathLeadsToAWrongValueOnAnAdapterThatEchoes)
+{
+    const ModelResult result = checkEchoes(6);
+    EXPECT_EQ(result.wrong, "") << textOf(result);
+    EXPECT_GT(result.goodReplies, 3000);
+    std::printf("%s\n", textOf(result).c_str());
+}
+
+TEST(Model, NoPathLeadsToAWrongValueOnceAReplyHasComeTwice)
+{
+    const ModelResult result = checkCopies(6);
+    EXPECT_EQ(result.wrong, "") << textOf(result);
+    EXPECT_GT(result.goodReplies, 1000);
+    std::printf("%s\n", textOf(result).c_str());
+}
+
 // Nothing else can be told at once where a reply comes twice: it is what the check can find.
 TEST(Model, FindsThePathToAWrongValueWhereAReplyComesTwice)
 {
