@@ -111,6 +111,9 @@ private:
     void markerAnswered(LineResult result);
     void markerFinished(LineResult result, Clock::time_point now);
     void takeArrival(Arrival arrival, Clock::time_point now);
+    void awaitMore(Clock::time_point now);
+    bool takeFrame(Arrival arrival, Clock::time_point now);
+    void garbledCame(LineResult result, Clock::time_point now);
     Clock::time_point waitEnd() const;
     void waitIsOver(Clock::time_point now);
     bool isBabble(Clock::time_point now) const;

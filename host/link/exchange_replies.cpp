@@ -44,51 +44,71 @@ void Exchange::bytesCame(const QByteArray& bytes, Clock::time_point now)
     }
 }
 
+// Many frames may have come at once.
 void Exchange::takeArrival(Arrival arrival, Clock::time_point now)
 {
-    reportStrays(now);
-    if (arrival == Arrival::incomplete) {
-        if (collector_.isEmpty()) // an echo, or noise: the time of the station goes on
-            (isMarking_ ? marker_ : current_).reception.firstByte = Clock::time_point();
-        if (isBabble(now))
-            takeBabble(now);
-        else if (state_ == State::listening)
-            line_.wakeAt(collector_.isEmpty() ? listenEnd_ : now + gap_.value());
-        else
-            armReplyTimer();
-        return;
+    for (bool goesOn = true; goesOn;) {
+        reportStrays(now);
+        goesOn = arrival != Arrival::incomplete && takeFrame(arrival, now);
+        if (goesOn)
+            arrival = collector_.add(std::exchange(behind_, QByteArray()));
     }
+    if (arrival == Arrival::incomplete)
+        awaitMore(now);
+}
+
+void Exchange::awaitMore(Clock::time_point now)
+{
+    if (collector_.isEmpty()) // an echo, or noise: the time of the station goes on
+        (isMarking_ ? marker_ : current_).reception.firstByte = Clock::time_point();
+    if (isBabble(now))
+        takeBabble(now);
+    else if (state_ == State::listening)
+        line_.wakeAt(collector_.isEmpty() ? listenEnd_ : now + gap_.value());
+    else
+        armReplyTimer();
+}
+
+// Whether the reply is awaited still, and bytes are here behind this frame.
+bool Exchange::takeFrame(Arrival arrival, Clock::time_point now)
+{
     const LineResult result = arrival == Arrival::reply ? LineResult::reply : LineResult::exception;
     Transmission& frame = isMarking_ ? marker_ : current_;
     frame.reception.bytes = collector_.reply();
     if (!hasGoodCrc(frame.reception.bytes)) {
-        // Garbled. Whose reply it was cannot be told, so that may still come.
-        if (frame.reception.bytes.size() < frame.replyLength)
-            gap_.ended(frame.reception.bytes, frame.replyLength, lastActivity_);
-        flushBehind(now);
-        if (state_ == State::listening) {
-            report({StrayKind::noise, frame.reception.bytes, now});
-            next(now);
-        } else if (isMarking_)
-            markerFinished(result, now);
-        else
-            finish(result);
-        return;
+        garbledCame(result, now);
+        return false;
     }
-    if (!takeReply(result, now)) {
-        // The reply to something else: this one's is awaited still, and may have come with it.
-        collector_.goOn();
-        frame.reception = Reception();
-        const QByteArray behind = std::move(behind_);
-        behind_.clear();
-        if (!behind.isEmpty()) {
-            frame.reception.firstByte = frame.reception.lastByte = now;
-            takeArrival(collector_.add(behind), now);
-        } else if (state_ == State::awaitingReply)
-            armReplyTimer();
-        else
-            next(now);
+    if (takeReply(result, now))
+        return false;
+    // The reply to something else: this one's is awaited still, and may have come with it.
+    collector_.goOn();
+    frame.reception = Reception();
+    if (!behind_.isEmpty()) {
+        frame.reception.firstByte = frame.reception.lastByte = now;
+        return true;
     }
+    if (state_ == State::awaitingReply)
+        armReplyTimer();
+    else
+        next(now);
+    return false;
+}
+
+// Whose reply it was cannot be told, so that may still come.
+void Exchange::garbledCame(LineResult result, Clock::time_point now)
+{
+    const Transmission& frame = isMarking_ ? marker_ : current_;
+    if (frame.reception.bytes.size() < frame.replyLength)
+        gap_.ended(frame.reception.bytes, frame.replyLength, lastActivity_);
+    flushBehind(now);
+    if (state_ == State::listening) {
+        report({StrayKind::noise, frame.reception.bytes, now});
+        next(now);
+    } else if (isMarking_)
+        markerFinished(result, now);
+    else
+        finish(result);
 }
 
 // A sound frame that could be the reply. False if it belongs to an earlier transmission, and that
