@@ -100,7 +100,8 @@ void Exchange::transact(const Transmission& request, Done done, Clock::time_poin
     done_ = std::move(done);
     markersAstray_.begin();
     wasSilent_ = false; // before: the plug may have been out
-    markersLeft_ = station().marksAtOnce(collector_.knowsAdapter() || current_.isRead());
+    markersLeft_ = station().marksAtOnce(current_.isRead() ? !couldOpenLikeItsEcho()
+                                                           : collector_.knowsAdapter());
     holdEnd_ = Clock::time_point();
     doubtsBefore_ = doubts_;
     next(now);
@@ -130,9 +131,11 @@ void Exchange::next(Clock::time_point now)
         listen(asked.listenUntil);
         return;
     }
-    const bool needsMarker = (isInDoubt(now) || couldConfirmItself()) && markersLeft_ > 0;
-    isMarking_ = needsMarker && mark(now);
-    const bool isStuck = needsMarker && !isMarking_ && current_.isRead();
+    const bool isDoubtful = isInDoubt(now);
+    const bool needsMarker = isDoubtful || couldConfirmItself() || couldOpenLikeItsEcho();
+    const bool mayMark = needsMarker && markersLeft_ > 0;
+    isMarking_ = mayMark && mark(now);
+    const bool isStuck = mayMark && isDoubtful && !isMarking_ && current_.isRead();
     if (!isMarking_ && (isStuck || books_.couldBeMistaken(current_.sent, current_.replyLength))) {
         // Only time tells when the doubt is over, and others are not to wait for that.
         if (holdEnd_ == Clock::time_point())

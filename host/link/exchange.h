@@ -94,6 +94,7 @@ private:
     bool repeatOpenRead();
     bool knowsAdapter() const;
     bool couldConfirmItself() const;
+    bool couldOpenLikeItsEcho() const;
     bool mayBeOwnEcho(const QByteArray& frame) const;
     bool mayHaveBeenEchoed();
     void learnOfAdapter();

@@ -63,10 +63,12 @@ bool Exchange::mark(Clock::time_point now)
         return marker_.replyLength > 0;
     };
     // What a two-wire adapter hears of its own sending looks like the answer to an echo, and to a
-    // write, until it has been heard to echo a read, or not to. Before a read, that itself tells.
-    const bool isFirstWrite = !knowsAdapter() && !current_.isRead() && make(MarkerKind::readAlso);
-    isForAdapter_ = isFirstWrite && settings_.mayMark;
-    if (isFirstWrite)
+    // write, until it has been heard to echo a read, or not to. Before a read, that itself tells,
+    // unless its reply can begin like its echo.
+    const bool tellsNothing = current_.isRead() ? couldOpenLikeItsEcho() : !knowsAdapter();
+    const bool isFirst = tellsNothing && make(MarkerKind::readAlso);
+    isForAdapter_ = isFirst && settings_.mayMark;
+    if (isFirst)
         return true;
     // It may say nothing to an echo, and the next probe is far off.
     if (current_.isProbe() && !asked.numbersEchoes)
@@ -117,6 +119,12 @@ bool Exchange::couldConfirmItself() const
 {
     return settings_.isShared && !knowsAdapter() && !current_.isRead() &&
            current_.replyLength == current_.sent.size();
+}
+
+// What the adapter may hear of a read, and the front of its reply, may be the same.
+bool Exchange::couldOpenLikeItsEcho() const
+{
+    return !knowsAdapter() && mayOpenLikeItsEcho(current_.sent, current_.replyLength);
 }
 
 // What came in for a write, and is the write itself. The markers before it may have told nothing:

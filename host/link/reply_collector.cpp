@@ -23,6 +23,13 @@ int repeatedHead(const QByteArray& request)
 
 } // namespace
 
+bool mayOpenLikeItsEcho(const QByteArray& request, int replyLength)
+{
+    const int count = replyLength - exceptionLength;
+    return isReadFunction(functionOf(request)) && replyLength > request.size() &&
+           byteAt(request, addressIndex) == (count & 0xFF);
+}
+
 ReplyCollector::ReplyCollector(bool mayHearItself) : mayHearItself_(mayHearItself) {}
 
 void ReplyCollector::begin(const QByteArray& request, int replyLength)
@@ -168,6 +175,9 @@ bool ReplyCollector::stripEcho()
     const int first = static_cast<int>(pending_.indexOf(request_));
     if (first < 0 || (first > 0 && opensLikeAnswer()))
         return false;
+    const bool mayBeReply = mayOpenLikeItsEcho(request_, replyLength_);
+    if (mayBeReply && knowsAdapter_ && !adapterEchoes_)
+        return false;
     const bool replyLooksAlike =
         !isReadFunction(functionOf(request_)) && request_.size() == replyLength_;
     const int next = first + static_cast<int>(request_.size());
@@ -182,7 +192,7 @@ bool ReplyCollector::stripEcho()
         strays_.append({StrayKind::noise, pending_.left(first)});
     strays_.append({StrayKind::echo, request_});
     pending_.remove(0, next);
-    if (!replyLooksAlike)
+    if (!replyLooksAlike && !mayBeReply)
         adapterEchoes_ = knowsAdapter_ = true;
     return true;
 }

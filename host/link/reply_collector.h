@@ -38,6 +38,10 @@ enum class Arrival {
     exception   // a sound exception reply
 };
 
+// Can the reply to this read begin with the request itself? Then it begins like what an adapter
+// hears of its own sending.
+bool mayOpenLikeItsEcho(const QByteArray& request, int replyLength);
+
 class ReplyCollector {
 public:
     // Over Modbus TCP nothing is heard but what others send.
