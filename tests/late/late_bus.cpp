@@ -59,8 +59,12 @@ void LateBus::send(const QByteArray& request, Clock::time_point now)
 {
     const Clock::time_point end = now + wire.characters(static_cast<int>(request.size()));
     const bool collided = occupy(now, end);
-    if (echoes)
-        deliver(request, end);
+    if (echoes) {
+        QByteArray echo = request;
+        if (garblesEchoes > 0 && share() < garblesEchoes)
+            garble(echo);
+        deliver(echo, end);
+    }
     for (auto& [number, station] : stations) {
         const bool isBroadcast = request.at(0) == 0;
         if (collided || (!isBroadcast && number != static_cast<unsigned char>(request.at(0))))

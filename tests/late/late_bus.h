@@ -70,8 +70,9 @@ public:
     static int heldBy(const LateStation& station, int address);
 
     SerialFormat wire;
-    Micros latency{0};   // of an adapter that hands on what it has got so often
-    bool echoes = false; // the adapter hears what it sends
+    Micros latency{0};        // of an adapter that hands on what it has got so often
+    bool echoes = false;      // the adapter hears what it sends
+    double garblesEchoes = 0; // share of what it hears of that with wrong bytes
     std::map<int, LateStation> stations;
     long long copies = 0;     // of replies
     long long garbled = 0;    // frames

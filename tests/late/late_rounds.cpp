@@ -35,7 +35,7 @@ public:
     Tally play(int requests, bool isMixed)
     {
         for (int i = 0; i < requests; ++i) {
-            if (isPortLost && bus_.share() < 0.04)
+            if ((isPortLost || isReopened) && bus_.share() < 0.04)
                 losePort();
             const int station = bus_.between(1, static_cast<int>(bus_.stations.size()));
             const double what = bus_.share();
@@ -78,25 +78,43 @@ public:
     }
 
     bool isPortLost = false; // now and then
+    bool isReopened = false; // by this program, or by another, which knows nothing of this one
 
 private:
-    // What comes meanwhile is heard by nobody, and another program may ask.
+    // Do all stations say as much to an echo?
+    bool saysToEchoes(int least) const
+    {
+        return world_.settings.mayMark &&
+               std::all_of(bus_.stations.begin(), bus_.stations.end(),
+                           [least](const auto& each) { return each.second.diagnostics >= least; });
+    }
+
+    // What comes meanwhile is heard by nobody, and another program may ask. Where it asks for more
+    // than one length, a station that is slow to answer an echo may be shown wrong.
     void losePort()
     {
         world_.exchange->stop();
-        const bool areOthersTold =
-            world_.settings.mayMark &&
-            std::all_of(bus_.stations.begin(), bus_.stations.end(),
-                        [](const auto& each) { return each.second.diagnostics >= 0; });
-        for (int i = areOthersTold ? bus_.between(0, 2) : 0; i > 0; --i) {
+        const int length = bus_.between(1, 3);
+        for (int i = saysToEchoes(0) ? bus_.between(0, 2) : 0; i > 0; --i) {
             world_.pass(milliseconds(bus_.between(20, 1000)));
             const int station = bus_.between(1, static_cast<int>(bus_.stations.size()));
-            bus_.send(withCrc(readRequestOf(station, bus_.between(0, 9), bus_.between(1, 3))),
-                      world_.now);
+            const int count = isReopened ? length : bus_.between(1, 3);
+            bus_.send(withCrc(readRequestOf(station, bus_.between(0, 9), count)), world_.now);
         }
         world_.pass(milliseconds(bus_.between(20, 1500)));
+        if (isReopened)
+            world_.reopen(saysToEchoes(1) && isOneLengthOut(5 + 2 * length) && bus_.share() < 0.7);
         world_.start();
         world_.pass(milliseconds(bus_.between(0, 1) * bus_.between(0, 3000)));
+    }
+
+    // Of what this program has asked.
+    bool isOneLengthOut(int replyLength) const
+    {
+        const auto& open = world_.exchange->books().open();
+        return std::all_of(open.begin(), open.end(), [replyLength](const OpenTransmission& each) {
+            return each.replyLength == replyLength;
+        });
     }
 
     void switchSome()
@@ -443,6 +461,13 @@ Tally playOn(LateWorld& world, int requests, bool isMixed = false)
     return isMixed ? askOfAllKinds(world, requests) : askAtRandom(world, requests);
 }
 
+void putBehindNetwork(LateWorld& world)
+{
+    world.bus.latency = milliseconds(world.bus.between(1, 600));
+    world.settings.bytesTakeTime = false;
+    world.settings.replyGap = milliseconds(500);
+}
+
 void missSomeRequests(LateBus& bus)
 {
     for (auto& [number, station] : bus.stations)
@@ -493,9 +518,7 @@ Tally playNetworkRound(unsigned seed, int requests)
 {
     LateWorld world(seed);
     populate(world);
-    world.bus.latency = milliseconds(world.bus.between(1, 600));
-    world.settings.bytesTakeTime = false;
-    world.settings.replyGap = milliseconds(500);
+    putBehindNetwork(world);
     return playOn(world, requests);
 }
 
@@ -516,6 +539,37 @@ Tally playAwayRound(unsigned seed, int requests)
     Rounds rounds(world);
     rounds.isPortLost = true;
     return rounds.play(requests, false);
+}
+
+Tally playReopenedRound(unsigned seed, int requests)
+{
+    LateWorld world(seed);
+    populate(world);
+    world.bus.echoes = world.bus.share() < 0.5;
+    world.start();
+    Rounds rounds(world);
+    rounds.isReopened = true;
+    return rounds.play(requests, false);
+}
+
+Tally playGarbledEchoRound(unsigned seed, int requests)
+{
+    LateWorld world(seed);
+    populate(world);
+    missSomeRequests(world.bus);
+    world.bus.echoes = true;
+    world.bus.garblesEchoes = world.bus.share() < 0.5 ? 0.02 : 0.2;
+    return playOn(world, requests, world.bus.share() < 0.5);
+}
+
+Tally playEchoNetworkRound(unsigned seed, int requests)
+{
+    LateWorld world(seed);
+    populate(world);
+    missSomeRequests(world.bus);
+    world.bus.echoes = true;
+    putBehindNetwork(world);
+    return playOn(world, requests, world.bus.share() < 0.5);
 }
 
 Tally playProbeRound(unsigned seed, int requests)

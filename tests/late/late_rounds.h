@@ -64,6 +64,13 @@ Tally playEchoRound(unsigned seed, int requests);
 // The same, half of them with such an adapter, where the port is away now and then.
 Tally playAwayRound(unsigned seed, int requests);
 
+// The same where the line is closed and opened again, by this program or the next.
+Tally playReopenedRound(unsigned seed, int requests);
+
+// With an adapter that hears what it sends, and some of that wrong; or hears it over a network.
+Tally playGarbledEchoRound(unsigned seed, int requests);
+Tally playEchoNetworkRound(unsigned seed, int requests);
+
 // The same behind a radio modem that sends some replies twice.
 Tally playModemRound(unsigned seed, int requests);
 

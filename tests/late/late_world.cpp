@@ -68,28 +68,27 @@ int coilsOf(const Transmission& ended, int index)
 
 LateWorld::LateWorld(unsigned seed) : bus(seed)
 {
-    ExchangeLine line;
-    line.write = [this](const QByteArray& bytes) { bus.send(bytes, now); };
-    line.bytesWait = []() { return false; };
-    line.wakeAt = [this](Clock::time_point when) { wake_ = when; };
-    line.sleep = [this]() { wake_ = Clock::time_point::max(); };
-    line.sent = [this](const Transmission& frame) { ++(frame.isMarker ? markers : sent); };
-    line.markerEnded = [this](const Transmission& marker) {
+    line_.write = [this](const QByteArray& bytes) { bus.send(bytes, now); };
+    line_.bytesWait = []() { return false; };
+    line_.wakeAt = [this](Clock::time_point when) { wake_ = when; };
+    line_.sleep = [this]() { wake_ = Clock::time_point::max(); };
+    line_.sent = [this](const Transmission& frame) { ++(frame.isMarker ? markers : sent); };
+    line_.markerEnded = [this](const Transmission& marker) {
         if (isSound(marker.reception))
             heard(marker.request.station);
     };
-    line.stray = [this](const Stray& stray) {
+    line_.stray = [this](const Stray& stray) {
         ++strays;
         surplus += stray.kind == StrayKind::surplus ? 1 : 0;
         if (hasGoodCrc(stray.bytes))
             heard(static_cast<unsigned char>(stray.bytes.at(0)));
     };
-    line.notice = [this](const std::string& text) { notices.push_back(text); };
-    line.doubt = [this]() {
+    line_.notice = [this](const std::string& text) { notices.push_back(text); };
+    line_.doubt = [this]() {
         if (doubted)
             doubted();
     };
-    exchange = std::make_unique<Exchange>(line);
+    exchange = std::make_unique<Exchange>(line_);
     settings.timeout = {milliseconds(500), seconds(15), false};
     settings.turnaround = milliseconds(100);
     settings.replyGap = milliseconds(100);
@@ -99,6 +98,15 @@ LateWorld::LateWorld(unsigned seed) : bus(seed)
 void LateWorld::start()
 {
     exchange->start(settings, now);
+}
+
+void LateWorld::reopen(bool isAnotherProgram)
+{
+    const Books earlier = exchange->books();
+    exchange->stop();
+    exchange = std::make_unique<Exchange>(line_);
+    if (!isAnotherProgram)
+        exchange->awaitLate(earlier);
 }
 
 Transmission LateWorld::ask(const QByteArray& request, int replyLength)

@@ -17,6 +17,9 @@ public:
     explicit LateWorld(unsigned seed);
 
     void start();
+    // The line is closed, and will be started by a new exchange: of this program, which knows what
+    // may still be answered, or of another.
+    void reopen(bool isAnotherProgram);
     // Runs until the request has its outcome.
     Transmission run(const Transmission& transmission);
     Transmission ask(const QByteArray& request, int replyLength);
@@ -44,6 +47,7 @@ public:
 private:
     void step();
 
+    ExchangeLine line_;
     Clock::time_point wake_ = Clock::time_point::max();
 };
 
