@@ -64,6 +64,16 @@ Clock::time_point Books::copiesUntil() const
     return copiesUntil_;
 }
 
+void Books::answersEchoes(unsigned char station)
+{
+    answersEchoes_.set(station);
+}
+
+bool Books::hasAnsweredEcho(unsigned char station) const
+{
+    return answersEchoes_.test(station);
+}
+
 Books Books::asPast() const
 {
     long long next = 0;

@@ -9,6 +9,7 @@
 
 #include <QByteArray>
 #include <array>
+#include <bitset>
 #include <deque>
 #include <optional>
 
@@ -68,6 +69,10 @@ public:
     // request and nothing else was written to the station between the two.
     bool standsFor(const OpenTransmission& earlier, const OpenTransmission& later) const;
 
+    // It has sent an echo back, or refused it, and will on the next line, too.
+    void answersEchoes(unsigned char station);
+    bool hasAnsweredEcho(unsigned char station) const;
+
     // A reply came once more than it was asked for: until then others may.
     void expectCopies(Clock::time_point until);
     Clock::time_point copiesUntil() const;
@@ -86,6 +91,7 @@ private:
     std::deque<OpenTransmission> open_;
     std::deque<OpenTransmission> over_; // the last that were open
     std::array<Written, 256> written_;  // by station; 0: broadcasts
+    std::bitset<256> answersEchoes_;    // stations
 };
 
 } // namespace dov417

@@ -32,7 +32,10 @@ void Exchange::start(const ExchangeSettings& settings, Clock::time_point now)
     // Another run's echo that comes late is not to be taken for ours.
     nextMark_ = static_cast<unsigned short>(
         std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch()).count());
-    for (Station& each : stations_) {
+    for (std::size_t i = 0; i < stations_.size(); ++i) {
+        Station& each = stations_.at(i);
+        each.answeredEchoBefore =
+            settings.mayMark && books_.hasAnsweredEcho(static_cast<unsigned char>(i));
         // What a station takes is the same on a cable that was pulled for a while.
         each.listenUntil = now;
         each.isUnknown = settings.isShared;

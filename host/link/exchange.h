@@ -69,15 +69,16 @@ private:
         StationTimeout timeout;
         ReplyPace pace;
         Clock::time_point listenUntil{};
-        bool isUnknown = true;         // another program may have asked it just now
-        int marksUnanswered = 0;       // since then
-        bool hasAnsweredRead = false;  // as a marker, once since then
-        bool numbersEchoes = false;    // it has sent one back
-        bool markFailed = false;       // the last marker was not answered
-        int marksIgnored = 0;          // so often it answered something else afterwards
-        OpenTransmission lastAsked;    // that was no echo
-        OpenTransmission lastAnswered; // whose reply may come once more
-        bool isNamed = false;          // as slow
+        bool isUnknown = true;           // another program may have asked it just now
+        int marksUnanswered = 0;         // since then
+        bool hasAnsweredRead = false;    // as a marker, once since then
+        bool numbersEchoes = false;      // it has sent one back
+        bool answeredEchoBefore = false; // on an earlier line: it need only be waited for
+        bool markFailed = false;         // the last marker was not answered
+        int marksIgnored = 0;            // so often it answered something else afterwards
+        OpenTransmission lastAsked;      // that was no echo
+        OpenTransmission lastAnswered;   // whose reply may come once more
+        bool isNamed = false;            // as slow
         // By an echo, before it was known whether it was the adapter that was heard.
         std::vector<OpenTransmission> closedByEcho;
         bool wasAdapters = false; // it was that, and no marker has been answered since

@@ -39,8 +39,11 @@ Exchange::Settled Exchange::settle(const QByteArray& frame, Clock::time_point no
         isEcho(frame) || !mayBeOthers(frame, now) ? books_.take(frame) : books_.find(frame);
     if (settled.answered) {
         noteAnswer(*settled.answered, now);
-        stations_.at(stationOf(frame)).numbersEchoes |=
-            frame == settled.answered->sent && isEcho(frame);
+        const bool isAsSent = isEcho(frame) && frame == settled.answered->sent;
+        stations_.at(stationOf(frame)).numbersEchoes |= isAsSent;
+        // What comes back as it was sent may be what the adapter has heard.
+        if (isEcho(settled.answered->sent) && (!isAsSent || collector_.knowsAdapter()))
+            books_.answersEchoes(stationOf(frame));
     } else if (isSurplus(frame, now)) {
         settled.isSurplus = true;
         surplusCame(stationOf(frame), now);

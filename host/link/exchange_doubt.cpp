@@ -31,7 +31,7 @@ int Exchange::Station::marksAtOnce(bool knowsAdapter) const
 // echo, which a read can tell.
 bool Exchange::Station::mayEcho(bool beforeRead) const
 {
-    if (numbersEchoes && !beforeRead)
+    if (answeredEchoBefore || (numbersEchoes && !beforeRead))
         return true;
     return (numbersEchoes || marksIgnored < maxMarksIgnored) && !hasAnsweredRead &&
            (marksUnanswered < firstEchoes || marksUnanswered % 2 != 0);
@@ -54,7 +54,9 @@ bool Exchange::isWary(Clock::time_point now) const
 // Makes a marker, if there is one.
 bool Exchange::mark(Clock::time_point now)
 {
-    const Station& asked = station();
+    Station& asked = station();
+    // Another station may be in its place.
+    asked.answeredEchoBefore = asked.answeredEchoBefore && mayBeOthers(current_.sent, now);
     // Of exceptions none says which echo it is to, nor whether it is the last one once more.
     isAlone_ = asked.numbersEchoes ||
                !(books_.isEchoOut(stationOf(current_.sent)) || wasEcho(asked.lastAnswered));
@@ -71,7 +73,7 @@ bool Exchange::mark(Clock::time_point now)
     if (isFirst)
         return true;
     // It may say nothing to an echo, and the next probe is far off.
-    if (current_.isProbe() && !asked.numbersEchoes)
+    if (current_.isProbe() && !asked.numbersEchoes && !asked.answeredEchoBefore)
         return make(MarkerKind::readOfProbe) || repeatOpenRead();
     const bool mayEcho = settings_.mayMark && (isAlone_ || !isWary(now));
     // The reply to a write of several words says none of them: one that comes twice confirms the
@@ -168,7 +170,10 @@ void Exchange::learnOfAdapter()
     if (!trustsEchoes_ || !collector_.knowsAdapter())
         return;
     trustsEchoes_ = false;
-    for (Station& each : stations_) {
+    for (std::size_t i = 0; i < stations_.size(); ++i) {
+        Station& each = stations_.at(i);
+        if (!collector_.echoes() && each.numbersEchoes)
+            books_.answersEchoes(static_cast<unsigned char>(i));
         if (collector_.echoes() && !each.closedByEcho.empty()) {
             for (const OpenTransmission& closed : each.closedByEcho)
                 books_.reopen(closed);
