@@ -7,19 +7,9 @@
 
 #include <intf.h>
 
-namespace {
+#include "protocol/crc.h"
 
-unsigned int crcOf(const QByteArray& bytes)
-{
-    unsigned int crc = 0xFFFF;
-    for (int i = 0; i < bytes.size(); ++i) {
-        crc ^= static_cast<unsigned char>(bytes.at(i));
-        for (int bit = 0; bit < 8; ++bit) {
-            crc = (crc & 1u) != 0 ? (crc >> 1) ^ 0xA001u : crc >> 1;
-        }
-    }
-    return crc;
-}
+namespace {
 
 int changes = 0;
 void count(int, int, QString&, int)
@@ -42,12 +32,11 @@ int main(int argc, char** argv)
     keys << key;
     intf_addrMerge(keys);
 
-    QByteArray reply(3 + 256, 0);
+    const int length = 3 + 256;
+    QByteArray reply(length + crcSize, 0);
     reply[0] = 1;
     reply[1] = 3; // the byte count of 256 does not fit its byte: 0
-    const unsigned int crc = crcOf(reply);
-    reply.append(static_cast<char>(crc & 0xFFu));
-    reply.append(static_cast<char>(crc >> 8));
+    appendCrc(reinterpret_cast<unsigned char*>(reply.data()), length);
     FRAME_PRO frame = FRAME_PRO();
     QString text;
     int accepted = 0;

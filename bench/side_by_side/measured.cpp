@@ -13,20 +13,9 @@
 #include <termios.h>
 #include <unistd.h>
 
-namespace {
+#include "protocol/crc.h"
 
-void appendCrc(std::vector<unsigned char>& bytes)
-{
-    unsigned int crc = 0xFFFF;
-    for (unsigned char byte : bytes) {
-        crc ^= byte;
-        for (int bit = 0; bit < 8; ++bit) {
-            crc = (crc & 1u) != 0 ? (crc >> 1) ^ 0xA001u : crc >> 1;
-        }
-    }
-    bytes.push_back(static_cast<unsigned char>(crc & 0xFFu));
-    bytes.push_back(static_cast<unsigned char>(crc >> 8));
-}
+namespace {
 
 void die(const char* what)
 {
@@ -119,7 +108,9 @@ std::vector<unsigned char> answerTo(const unsigned char* request, int fill)
         reply = {request[0], request[1], static_cast<unsigned char>(bytes)};
         reply.resize(reply.size() + static_cast<size_t>(bytes), static_cast<unsigned char>(fill));
     }
-    appendCrc(reply);
+    const size_t length = reply.size();
+    reply.resize(length + crcSize);
+    appendCrc(reply.data(), static_cast<int>(length));
     return reply;
 }
 

@@ -12,6 +12,7 @@ import threading
 import tty
 import unittest
 
+from frames import with_crc
 from harness import PATIENCE, TOOL, EndToEnd, run, told
 
 # A pseudo-terminal takes no parity.
@@ -67,14 +68,8 @@ class Tap:
                     os.close(end)
 
 
-def with_crc(text):
-    data = bytes.fromhex(text)
-    value = 0xFFFF
-    for byte in data:
-        value ^= byte
-        for _ in range(8):
-            value = value >> 1 ^ (0xA001 if value & 1 else 0)
-    return data + value.to_bytes(2, "little")
+def frame(text):
+    return with_crc(bytes.fromhex(text))
 
 
 def mbpoll(*options):
@@ -178,11 +173,11 @@ class Listen(EndToEnd):
         # One of two reads of one length was not answered: whose the reply is, nobody can know.
         log = self.path("line.log")
         listening = self.listen("--log", log)
-        self.tap.put(with_crc("01 03 05 00 00 01"))
+        self.tap.put(frame("01 03 05 00 00 01"))
         listening.wait_for("read 1 register from 1280")
-        self.tap.put(with_crc("01 03 05 0A 00 01"))
+        self.tap.put(frame("01 03 05 0A 00 01"))
         listening.wait_for("read 1 register from 1290")
-        self.tap.put(with_crc("01 03 02 00 2A"))
+        self.tap.put(frame("01 03 02 00 2A"))
         listening.wait_for("<? station 1: read registers, 2 bytes of values: 42, to one of several")
         self.end(listening)
         self.assertNotIn("R_W:10 = 42", self.succeeds("trace", log))
@@ -194,7 +189,7 @@ class Listen(EndToEnd):
         connection, _ = server.accept()
         self.addCleanup(connection.close)
         listening.wait_for("is open")
-        connection.sendall(with_crc("01 03 05 0A 00 01") + with_crc("01 03 02 00 2A"))
+        connection.sendall(frame("01 03 05 0A 00 01") + frame("01 03 02 00 2A"))
         listening.wait_for("<- station 1: R_W:10 = 42")
         connection.setblocking(False)
         with self.assertRaises(BlockingIOError, msg="a listener says nothing"):
@@ -203,7 +198,7 @@ class Listen(EndToEnd):
 
     def test_noise_is_told_and_what_follows_is_heard(self):
         listening = self.listen()
-        self.tap.put(b"\xff\x00" + with_crc("01 03 05 00 00 01"))
+        self.tap.put(b"\xff\x00" + frame("01 03 05 00 00 01"))
         listening.wait_for("<? 2 bytes, no frame")
         listening.wait_for("-> station 1: read 1 register from 1280 (R_W:0)")
         self.end(listening)
@@ -223,7 +218,7 @@ class Listen(EndToEnd):
 
     def test_a_request_and_its_reply_in_one_lump_are_two_frames(self):
         listening = self.listen()
-        self.tap.put(with_crc("01 03 05 0A 00 01") + with_crc("01 03 02 00 2A"))
+        self.tap.put(frame("01 03 05 0A 00 01") + frame("01 03 02 00 2A"))
         listening.wait_for("<- station 1: R_W:10 = 42")
         self.end(listening)
 

@@ -6,16 +6,13 @@ import select
 import threading
 import unittest
 
+from frames import with_crc
 from harness import EndToEnd, run, told
-from slow_slave import answer, crc
+from slow_slave import answer
 
 # A pseudo-terminal takes no parity.
 LINE = ("--line", "38400,8,NONE,1", "--timeout", "300", "--retries", "2")
 READ = 3
-
-
-def framed(frame):
-    return frame + crc(frame)
 
 
 def nothing(_):
@@ -39,11 +36,11 @@ def at_half_the_speed(frame):
 
 
 def of_another_station(frame):
-    return framed(b"\x02" + frame[1:-2])
+    return with_crc(b"\x02" + frame[1:-2])
 
 
 def of_another_function(frame):
-    return framed(frame[:1] + b"\x04" + frame[2:-2]) if frame[1] == READ else frame
+    return with_crc(frame[:1] + b"\x04" + frame[2:-2]) if frame[1] == READ else frame
 
 
 def with_a_bit_turned(frame):
@@ -55,7 +52,7 @@ def cut_short(frame):
 
 
 def that_refuses(frame):
-    return framed(b"\x01\x83\x02") if frame[1] == READ else frame
+    return with_crc(b"\x01\x83\x02") if frame[1] == READ else frame
 
 
 def noise_for_a_read(frame):

@@ -8,8 +8,9 @@ import threading
 import tty
 import unittest
 
+from frames import with_crc
 from harness import TOOL, EndToEnd, run, told
-from slow_slave import answer, crc
+from slow_slave import answer
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 LINE = ("--line", "38400,8,NONE,1")
@@ -59,7 +60,7 @@ class OtherMask:
                 os.write(self._master, answer(heard[:length]))
             else:
                 reply = heard[:7] + bytes((heard[7] ^ 1,))
-                os.write(self._master, reply + crc(reply))
+                os.write(self._master, with_crc(reply))
             heard = heard[length:]
 
 

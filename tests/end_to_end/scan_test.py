@@ -12,8 +12,8 @@ import time
 import tty
 import unittest
 
+from frames import with_crc
 from harness import Controller, EndToEnd, run, told
-from slow_slave import crc
 
 
 def ports_of_the_system():
@@ -137,7 +137,7 @@ class FewWords:
             reply = bytes((station, function | 0x80, 2))
         else:
             reply = bytes((station, function, 2 * count)) + bytes(2 * count)
-        return reply + crc(reply)
+        return with_crc(reply)
 
 
 def line(speed):
@@ -246,7 +246,7 @@ class Scan(EndToEnd):
             scanning = self.tool("scan", *where, *form)
             scanning.wait_for('"station":1,' if form else "station 1 ")
             for _ in range(8):  # of others, before the last is asked
-                bus.send(reply + crc(reply))
+                bus.send(with_crc(reply))
                 time.sleep(0.1)
             code, out, err = scanning.end()
             self.assertEqual(code, 1, out + err)

@@ -10,14 +10,7 @@ import select
 import signal
 import time
 
-
-def crc(data):
-    value = 0xFFFF
-    for byte in data:
-        value ^= byte
-        for _ in range(8):
-            value = value >> 1 ^ (0xA001 if value & 1 else 0)
-    return value.to_bytes(2, "little")
+from frames import with_crc
 
 
 def answer(request):
@@ -30,7 +23,7 @@ def answer(request):
         return request
     else:
         reply = bytes((station, function | 0x80, 1))
-    return reply + crc(reply)
+    return with_crc(reply)
 
 
 def main():
@@ -51,7 +44,7 @@ def main():
             heard += os.read(line, 4096)
             while len(heard) >= 8:
                 request, heard = heard[:8], heard[8:]
-                if request[0] in delays and crc(request[:6]) == request[6:]:
+                if request[0] in delays and with_crc(request[:6]) == request:
                     due.append((time.monotonic() + delays[request[0]], answer(request)))
         while due and due[0][0] <= time.monotonic():
             os.write(line, due.pop(0)[1])
