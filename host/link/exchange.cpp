@@ -24,7 +24,7 @@ void Exchange::start(const ExchangeSettings& settings, Clock::time_point now)
     state_ = State::idle;
     lastActivity_ = now;
     astray_ = Astray();
-    collector_.forgetAdapter(); // it may be another one
+    collector_.forgetAdapter(); // another one may be plugged in
     earlier_ = transmissions_;
     books_.setHorizon(settings.horizon + maxReplyTime());
     books_.expire(now); // the line may have been closed for hours
@@ -102,7 +102,7 @@ void Exchange::transact(const Transmission& request, Done done, Clock::time_poin
     current_.reception = Reception();
     done_ = std::move(done);
     markersAstray_.begin();
-    wasSilent_ = false; // before: the plug may have been out
+    wasSilent_ = false; // that of the request before may have been a pulled plug
     markersLeft_ = station().marksAtOnce(current_.isRead() ? !couldOpenLikeItsEcho()
                                                            : collector_.knowsAdapter());
     holdEnd_ = Clock::time_point();
@@ -110,7 +110,7 @@ void Exchange::transact(const Transmission& request, Done done, Clock::time_poin
     next(now);
 }
 
-// What is to be done for the request now: listen first, mark first, or send it.
+// What to do for the request now: listen first, send a marker first, or send it.
 void Exchange::next(Clock::time_point now)
 {
     books_.expire(now);
@@ -121,7 +121,7 @@ void Exchange::next(Clock::time_point now)
         return;
     }
     if (current_.replyLength == 0) {
-        beginSilence(now);
+        beginDelay(now);
         return;
     }
     // What is written may be made of what was read just before.
@@ -149,7 +149,7 @@ void Exchange::next(Clock::time_point now)
         listen(std::min(certain, holdEnd_));
         return;
     }
-    beginSilence(now);
+    beginDelay(now);
 }
 
 void Exchange::listen(Clock::time_point until)
@@ -160,12 +160,12 @@ void Exchange::listen(Clock::time_point until)
     line_.wakeAt(until);
 }
 
-void Exchange::beginSilence(Clock::time_point now)
+void Exchange::beginDelay(Clock::time_point now)
 {
     // A line that is never silent is not waited for forever.
-    if (state_ != State::silence)
+    if (state_ != State::interFrameDelay)
         babbleLimit_ = now + 3 * settings_.timeout.initial;
-    state_ = State::silence;
+    state_ = State::interFrameDelay;
     const Clock::time_point start =
         std::min(lastActivity_ + settings_.wire.interFrameDelay(), babbleLimit_);
     if (start <= now)
@@ -223,8 +223,8 @@ void Exchange::timerDue(Clock::time_point now)
     case State::stopped:
     case State::idle:
         break;
-    case State::silence:
-        beginSilence(now);
+    case State::interFrameDelay:
+        beginDelay(now);
         break;
     case State::awaitingTurnaround:
         finish(LineResult::broadcast);
@@ -258,15 +258,17 @@ void Exchange::timerDue(Clock::time_point now)
 
 void Exchange::deadlinePassed(Clock::time_point now)
 {
-    // An echo would have been heard by now. Over a network it may still be under way.
+    // An adapter that hears its own sending would have been heard by now. Over a network its echo
+    // may still be under way.
     wasSilent_ = bytesCame_ == 0 && settings_.bytesTakeTime;
     if (otherwise_) {
         current_.reception.bytes = answeredOtherwise_;
         handOn(LineResult::reply, *otherwise_, now);
         return;
     }
-    // There are controllers that drop their reply when they are asked again. One that has been
-    // silent for some time is not waited for: others wait meanwhile. To an echo it may say nothing.
+    // Some controllers drop a late reply when they are asked again, so the station is listened to
+    // before it is. Not if it has been silent for some time, as others have to wait meanwhile, and
+    // not after an echo, which it may never answer.
     Station& late = station();
     if (!current_.isToSilent) {
         late.timeout.passed(settings_.timeout);

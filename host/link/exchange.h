@@ -1,19 +1,21 @@
 // Modbus RTU: one request and its reply.
 //
-// It keeps the inter-frame delay before each frame, collects the reply until it is complete, the
-// line falls silent or the time is up, and throws away what is nobody's reply. What it hands on as
-// a reply is the reply to that very request: see books.h. Where a late reply could be mistaken for
-// it, a marker is sent first, a diagnostics echo with a number of its own: as controllers answer in
-// order, nothing older comes once it is back.
+// It keeps the inter-frame delay before each frame and collects the reply until it is complete, the
+// line falls silent or the time is up. Frames that answer nothing of ours are thrown away. What is
+// handed on as a reply is the reply to that very request: see books.h. Where a late reply could be
+// mistaken for it, a marker is sent first: a diagnostics echo with a number of its own, or a read
+// that no other reply looks like. Controllers answer in order, so nothing older comes once the
+// marker is answered.
 //
 // All this holds as long as each request is answered at most once. A radio modem that sends a reply
-// twice breaks it: the copy looks like the reply to the next request, and that one's like the reply
-// to the one after it. From the first sound frame that answers nothing, a surplus, what was taken
-// so far is in doubt, and a marker precedes every request to any station
-// until none has come for some time. What holds then: no copy is taken for another request's reply,
-// if copies come before whatever the station says afterwards (as from a modem that repeats a frame
-// until it is acknowledged). A copy that is overtaken by the marker's reply cannot be told from the
-// reply to the request behind it.
+// twice breaks it: the copy looks like the reply to the next request, and from then on each reply
+// is taken for that to the request after its own. A sound frame that answers nothing, a surplus,
+// shows that this has happened. What was taken so far is in doubt then, and a marker precedes every
+// request, to any station, until no surplus has come for ten minutes.
+//
+// With these markers no copy is taken for another request's reply, as long as copies come before
+// whatever else the station says: a modem repeats a frame until it is acknowledged. A copy that
+// comes only after the marker's reply cannot be told from the reply to the request that follows.
 #ifndef DOV417_LINK_EXCHANGE_H
 #define DOV417_LINK_EXCHANGE_H
 
@@ -58,32 +60,39 @@ private:
     enum class State {
         stopped,
         idle,
-        listening, // to a station that is late, before anything is sent to it
-        silence,
+        listening,       // to a station that is late, before anything is sent to it
+        interFrameDelay, // before a frame
         awaitingReply,
-        holdingBack, // a reply that came too soon, until another could have come
+        holdingBack, // a reply that came too soon: the very reply may still follow
         awaitingTurnaround
     };
 
+    // What is known of one station. "Unknown" stations may still have to answer another program
+    // that used this line before.
     struct Station {
         StationTimeout timeout;
         ReplyPace pace;
-        Clock::time_point listenUntil{};
-        bool isUnknown = true;           // another program may have asked it just now
-        int marksUnanswered = 0;         // since then
-        bool hasAnsweredRead = false;    // as a marker, once since then
-        bool numbersEchoes = false;      // it has sent one back
-        bool answeredEchoBefore = false; // on an earlier line: it need only be waited for
+        Clock::time_point listenUntil{}; // nothing is sent to it before: it may still be answering
+        bool isUnknown = true;
+        int marksUnanswered = 0; // markers without an answer since it became unknown
+        // While it is unknown: has it answered one read that was a marker? The second one counts.
+        bool hasAnsweredRead = false;
+        bool numbersEchoes = false;      // it has sent an echo back: it knows function 8
+        bool answeredEchoBefore = false; // on an earlier line: its echo need only be waited for
         bool markFailed = false;         // the last marker was not answered
-        int marksIgnored = 0;            // so often it answered something else afterwards
-        OpenTransmission lastAsked;      // that was no echo
-        OpenTransmission lastAnswered;   // whose reply may come once more
-        bool isNamed = false;            // as slow
-        // By an echo, before it was known whether it was the adapter that was heard.
+        int marksIgnored = 0;          // times that it left a marker unanswered and answered later
+        OpenTransmission lastAsked;    // the frame sent to it last that was no echo
+        OpenTransmission lastAnswered; // a copy of this reply may still come
+        bool isNamed = false;          // a notice has said that it is slow
+        // What its echoes have closed while it was not known whether the adapter hears its own
+        // sending. If it does, the echoes may have been the adapter's and all of this is opened
+        // again.
         std::vector<OpenTransmission> closedByEcho;
-        bool wasAdapters = false; // it was that, and no marker has been answered since
-        int marksAtOnce(bool knowsAdapter) const; // for one request
-        bool mayEcho(bool beforeRead) const;      // as a marker
+        // Its echoes were the adapter's, and no marker has been answered since: nothing is taken
+        // for its reply.
+        bool wasAdapters = false;
+        int marksAtOnce(bool knowsAdapter) const; // markers that one request may cost
+        bool mayEcho(bool beforeRead) const;      // is an echo a marker for it, not a read?
         void markWasAnswered(const OpenTransmission& marker);
     };
 
@@ -101,7 +110,7 @@ private:
     void learnOfAdapter();
     void rememberClosedBy(const QByteArray& frame, Clock::time_point now);
     bool isDropped(bool isBehindEcho, Clock::time_point now);
-    void beginSilence(Clock::time_point now);
+    void beginDelay(Clock::time_point now);
     void transmit(Clock::time_point now);
     void armReplyTimer();
     void listen(Clock::time_point until);
@@ -153,37 +162,38 @@ private:
     State state_ = State::stopped;
     bool sendsNoMore_ = false;
 
-    Transmission current_; // what was asked for
-    Transmission marker_;
-    bool isMarking_ = false;    // the frame to be sent or on the line is the marker
-    bool isAlone_ = false;      // no other echo is to be answered besides the marker
-    bool trustsEchoes_ = false; // some ended a doubt while the adapter was not known
-    bool wasSilent_ = false;    // nothing came at all to what was sent last for this request
-    bool isForAdapter_ = false; // the marker is one that the adapter's echo cannot be taken for
-    int markersLeft_ = 0;       // that may go out for the current request
-    long long transmissions_ = 0;
-    long long earlier_ = 0; // of them, when the line was not there: others may have asked since
-    unsigned short nextMark_ = 1;
-    Done done_;
+    Transmission current_;        // the request that was asked for
+    Transmission marker_;         // the last marker that was made for it
+    bool isMarking_ = false;      // the marker is on the line, or goes before the request
+    bool isAlone_ = false;        // what answers an echo can answer no other one
+    bool trustsEchoes_ = false;   // echoes ended doubts while the adapter was not known
+    bool wasSilent_ = false;      // to the last frame nothing came at all, so no echo of an adapter
+    bool isForAdapter_ = false;   // the marker is a read, as a write's echo could be the adapter's
+    int markersLeft_ = 0;         // how many more may be sent for the current request
+    long long transmissions_ = 0; // number of the frame sent last
+    long long earlier_ = 0;       // its value when the line was opened last
+    unsigned short nextMark_ = 1; // number in the next echo
+    Done done_;                   // takes the current request's outcome
     Clock::time_point lastActivity_{}; // end of the last byte on the line, ours or theirs
     Clock::time_point babbleLimit_{};  // when to transmit although the line is not silent
-    Clock::time_point deadline_{};
-    Clock::time_point listenEnd_{};
-    Clock::time_point holdEnd_{};    // of a request that is held back; 0: it has not been yet
-    Clock::time_point foreignEnd_{}; // until then replies to others' requests of before may begin
-    Clock::time_point doubtedAt_{};  // the first surplus was met
-    int doubts_ = 0;                 // times that this was so
-    int doubtsBefore_ = 0;           // the current request was asked for
-    bool surplusWasSaid_ = false;
-    LineResult heldResult_ = LineResult::timeout;
-    Clock::time_point heldUntil_{};
-    QByteArray behind_;                         // came at once with a frame, and after it
-    std::optional<OpenTransmission> otherwise_; // answered, with another value than was written
-    QByteArray answeredOtherwise_;              // namely
-    int bytesCame_ = 0;                         // since the frame was sent
-    Astray astray_;                             // of them, what was no reply
-    Astray markersAstray_;                      // of the marker before this request that says most
-    Micros wireTime_{0};
+    Clock::time_point deadline_{};     // until then the first byte of the reply may come
+    Clock::time_point listenEnd_{};    // of State::listening
+    Clock::time_point holdEnd_{};      // when to give up a request that is not sent; 0: not held
+    Clock::time_point foreignEnd_{};   // until then replies to another program may begin
+    Clock::time_point doubtedAt_{};    // when the first surplus came
+    int doubts_ = 0;                   // how often a first surplus came
+    int doubtsBefore_ = 0;             // of these, before the current request was asked for
+    bool surplusWasSaid_ = false;      // a notice has said it
+    LineResult heldResult_ = LineResult::timeout; // of the reply that is held back
+    Clock::time_point heldUntil_{};               // until then its successor may come
+    QByteArray behind_;                           // bytes that came together with a frame, after it
+    // A reply to the current write that carries another value: taken if no better one comes.
+    std::optional<OpenTransmission> otherwise_; // the write
+    QByteArray answeredOtherwise_;              // the reply
+    int bytesCame_ = 0;                         // since the last frame was sent
+    Astray astray_;                             // of these, what was no reply
+    Astray markersAstray_; // the most telling of those of this request's markers
+    Micros wireTime_{0};   // time that bytes of both directions took
 };
 
 } // namespace dov417

@@ -1,4 +1,4 @@
-// Bytes that come without end and are no reply: what is waited for on their account.
+// Bytes that come without end and are no reply: how long they are waited for.
 #include "link/exchange.h"
 
 namespace dov417 {
@@ -9,7 +9,7 @@ constexpr int babbleLength = 1024; // bytes in a row of which nothing is a reply
 
 } // namespace
 
-// Until then the first byte is awaited.
+// Until when the first byte is awaited.
 Clock::time_point Exchange::waitEnd() const
 {
     return state_ == State::listening     ? listenEnd_
@@ -27,8 +27,8 @@ void Exchange::waitIsOver(Clock::time_point now)
         next(now);
 }
 
-// Bytes that come and come without a silence, as from a second master, are not waited for longer
-// than noise and a reply behind it take. What looks like the reply ends by its length.
+// Bytes that come and come without a pause, as from a second master, are not waited for longer
+// than noise with a reply after it takes. What looks like the reply is left to end by its length.
 bool Exchange::isBabble(Clock::time_point now) const
 {
     return collector_.size() > babbleLength ||
@@ -36,7 +36,7 @@ bool Exchange::isBabble(Clock::time_point now) const
             now >= waitEnd() + 3 * settings_.timeout.initial + maxReplyTime());
 }
 
-// Nothing that is here will become a reply.
+// Gives up the bytes that are here: nothing of them will become a reply.
 void Exchange::takeBabble(Clock::time_point now)
 {
     const Arrival arrival = collector_.endOfFrame();

@@ -12,7 +12,7 @@ namespace dov417 {
 
 namespace {
 
-constexpr std::chrono::minutes cleanFor(10); // without a surplus
+constexpr std::chrono::minutes cleanFor(10); // so long without a surplus ends the doubt
 constexpr int maxReplyLength = 261;          // 128 registers
 
 } // namespace
@@ -51,14 +51,14 @@ Exchange::Settled Exchange::settle(const QByteArray& frame, Clock::time_point no
     return settled;
 }
 
-// The reply to what another program has asked.
+// May this frame be the reply to another program's request?
 bool Exchange::mayBeOthers(const QByteArray& frame, Clock::time_point now) const
 {
     return stations_.at(stationOf(frame)).isUnknown && now < foreignEnd_ + maxReplyTime();
 }
 
-// A station begins to answer within the horizon: after so much more its reply has come, and the
-// request was on the wire before. Over a network either may have been held up on the way.
+// A station begins to answer within the horizon. This is what the request and the rest of the reply
+// take besides. Over a network either may be held up on the way.
 Micros Exchange::maxReplyTime() const
 {
     return onTheWire(2 * maxReplyLength) + settings_.replyGap +
@@ -71,10 +71,10 @@ void Exchange::noteAnswer(const OpenTransmission& answered, Clock::time_point no
     const Transmission& onLine = isMarking_ ? marker_ : current_;
     const bool inTime =
         onLine.sent == answered.sent && onLine.reception.firstByte != Clock::time_point();
-    // A frame of another kind is known to have ended only some silence after its last byte.
+    // Of any other frame the begin is not known: its last byte stands for it.
     const Clock::time_point began = inTime ? onLine.reception.firstByte : lastActivity_;
-    // Sent several times, it may be the last that is answered: a station that was switched off for
-    // an hour does not take an hour.
+    // If it was sent several times, it is measured from the last: a station that was switched off
+    // for an hour does not take an hour to answer.
     const Clock::time_point ended = books_.lastSent(answered.sent).value_or(answered.sentAt) +
                                     onTheWire(static_cast<int>(answered.sent.size()));
     const Micros delay = std::max(Micros(0), std::chrono::duration_cast<Micros>(began - ended));
@@ -84,17 +84,17 @@ void Exchange::noteAnswer(const OpenTransmission& answered, Clock::time_point no
     heard.lastAnswered = answered;
     if (isEcho(answered.sent)) {
         heard.marksIgnored = 0;
-        // Also a late one, to a marker that was given up.
+        // A late answer to a marker that was given up counts, too, if that was sent on this line.
         heard.isUnknown = heard.isUnknown && answered.number <= earlier_;
     } else if (heard.markFailed) {
-        ++heard.marksIgnored; // it lives, and said nothing to the marker before
+        ++heard.marksIgnored; // it answers other requests, but not markers
     }
     heard.markFailed = false;
 }
 
-// A sound frame that answers nothing, and looks like the reply to something that is over, once it
-// is certain that no other program had asked the station before. An adapter's echo of a write looks
-// like a second reply for as long as no read has told that it echoes.
+// A surplus: a sound frame that answers nothing and looks like the reply to something that has been
+// answered. Not as long as another program may have asked the station, nor for a write as long as
+// it is not known whether the adapter echoes: its echo looks like a second reply.
 bool Exchange::isSurplus(const QByteArray& frame, Clock::time_point now)
 {
     const bool mayBeForeign = mayBeOthers(frame, now);

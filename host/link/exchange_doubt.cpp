@@ -11,7 +11,7 @@ namespace dov417 {
 namespace {
 
 constexpr int maxMarksIgnored = 2; // one may have been lost
-constexpr int firstEchoes = 2;     // to a station that is unknown, before a read is tried
+constexpr int firstEchoes = 2;     // unanswered ones, before a read is tried as a marker
 constexpr int maxMarks = 4;        // two echoes and two reads
 
 bool wasEcho(const OpenTransmission& answered)
@@ -26,9 +26,9 @@ int Exchange::Station::marksAtOnce(bool knowsAdapter) const
     return !isUnknown ? 1 : knowsAdapter ? maxMarks : maxMarks + 1;
 }
 
-// A station that says nothing to an echo may know no function 8, or have missed it.
-// Once it has sent one back it knows it: what stays unanswered was lost, or taken for an adapter's
-// echo, which a read can tell.
+// A station that says nothing to an echo may know no function 8, or have missed it. One that has
+// sent an echo back knows the function: a later echo without an answer was lost, or its answer was
+// taken for what an adapter hears of itself. A read finds that out.
 bool Exchange::Station::mayEcho(bool beforeRead) const
 {
     if (answeredEchoBefore || (numbersEchoes && !beforeRead))
@@ -37,8 +37,8 @@ bool Exchange::Station::mayEcho(bool beforeRead) const
            (marksUnanswered < firstEchoes || marksUnanswered % 2 != 0);
 }
 
-// What is read has no number: the first reply may be one to another program, but not the second,
-// of another length, too.
+// A read's reply has no number: the first one may be a reply to another program. The second read is
+// of another length, so its reply cannot be one as well.
 void Exchange::Station::markWasAnswered(const OpenTransmission& marker)
 {
     isUnknown = isUnknown && !isEcho(marker.sent) && !hasAnsweredRead;
@@ -51,13 +51,13 @@ bool Exchange::isWary(Clock::time_point now) const
     return now < books_.copiesUntil();
 }
 
-// Makes a marker, if there is one.
+// Makes a marker for the current request. False if none can be told from what is out.
 bool Exchange::mark(Clock::time_point now)
 {
     Station& asked = station();
     // Another station may be in its place.
     asked.answeredEchoBefore = asked.answeredEchoBefore && mayBeOthers(current_.sent, now);
-    // Of exceptions none says which echo it is to, nor whether it is the last one once more.
+    // An exception does not say which echo it answers, nor whether it is a copy of the last answer.
     isAlone_ = asked.numbersEchoes ||
                !(books_.isEchoOut(stationOf(current_.sent)) || wasEcho(asked.lastAnswered));
     const auto make = [&](MarkerKind kind) {
@@ -65,29 +65,29 @@ bool Exchange::mark(Clock::time_point now)
         return marker_.replyLength > 0;
     };
     // What a two-wire adapter hears of its own sending looks like the answer to an echo, and to a
-    // write, until it has been heard to echo a read, or not to. Before a read, that itself tells,
-    // unless its reply can begin like its echo.
+    // write. Only a read tells whether the adapter hears itself, so one goes before the first
+    // write, and before a read whose reply can begin like its echo.
     const bool tellsNothing = current_.isRead() ? couldOpenLikeItsEcho() : !knowsAdapter();
     const bool isFirst = tellsNothing && make(MarkerKind::readAlso);
     isForAdapter_ = isFirst && settings_.mayMark;
     if (isFirst)
         return true;
-    // It may say nothing to an echo, and the next probe is far off.
+    // A silent station may know no function 8, and the next probe is far off: a read is surer.
     if (current_.isProbe() && !asked.numbersEchoes && !asked.answeredEchoBefore)
         return make(MarkerKind::readOfProbe) || repeatOpenRead();
     const bool mayEcho = settings_.mayMark && (isAlone_ || !isWary(now));
-    // The reply to a write of several words says none of them: one that comes twice confirms the
-    // next write, too, and so does one to another program's.
+    // The reply to a multiple write does not repeat the values: a copy, or the reply to another
+    // program, would confirm the next write. So the marker is a read of some kind even then.
     const MarkerKind other =
         isWary(now) || mayBeOthers(current_.sent, now) ? MarkerKind::readAlso : MarkerKind::read;
     if (make(mayEcho && asked.mayEcho(current_.isRead()) ? MarkerKind::echo : other))
         return true;
-    // Reads of every length may be out already.
+    // Reads of every length may be out already: then only a numbered echo is left.
     return mayEcho && asked.numbersEchoes && make(MarkerKind::echo);
 }
 
-// What the station was silent to, once more: all that look like its reply answer the same. Where
-// nothing of ours does, reads of every other length are out.
+// Sends the open read again that a reply could be mistaken for: whichever of the two is answered,
+// the reply is good for both. Without such a read, reads of every length are out: the oldest.
 bool Exchange::repeatOpenRead()
 {
     auto alike = books_.mistakable(current_.sent, current_.replyLength);
@@ -110,13 +110,15 @@ bool Exchange::isInDoubt(Clock::time_point now)
            books_.couldBeMistaken(current_.sent, current_.replyLength);
 }
 
-// Does the adapter hear its own sending, or not? Where nothing at all came, it does not now.
+// Is it known whether the adapter hears its own sending? If nothing at all came to the last frame,
+// it does not.
 bool Exchange::knowsAdapter() const
 {
     return collector_.knowsAdapter() || wasSilent_;
 }
 
-// Its reply is the write itself, which the adapter may hear. A line that nobody shares has none.
+// Could the adapter's echo of this write confirm it? The reply to such a write is the write itself.
+// A line that nobody shares has no such adapter.
 bool Exchange::couldConfirmItself() const
 {
     return settings_.isShared && !knowsAdapter() && !current_.isRead() &&
@@ -129,15 +131,15 @@ bool Exchange::couldOpenLikeItsEcho() const
     return !knowsAdapter() && mayOpenLikeItsEcho(current_.sent, current_.replyLength);
 }
 
-// What came in for a write, and is the write itself. The markers before it may have told nothing:
-// their echoes were garbled, or there was none that an echo could not be taken for.
+// Is this frame perhaps the adapter's echo of the current write? The markers before it may not have
+// cleared that: their echoes were garbled, or no read could be made that is told from an echo.
 bool Exchange::mayBeOwnEcho(const QByteArray& frame) const
 {
     return couldConfirmItself() && frame == current_.sent;
 }
 
-// Only the adapter may have heard the marker that ended a doubt, and what came besides the reply
-// may have been the echo that was to tell, garbled.
+// The marker that ended a doubt may have been "answered" by the adapter alone. As many bytes as the
+// request has came besides the reply: perhaps the adapter's echo, garbled.
 bool Exchange::mayHaveBeenEchoed()
 {
     return current_.isRead() && !collector_.knowsAdapter() && !station().closedByEcho.empty() &&
@@ -150,11 +152,12 @@ bool Exchange::isOfDoubt(const Transmission& frame) const
     return frame.number > 0 && frame.sendBegin > doubtedAt_;
 }
 
-// Does this answer tell that nothing is still to come that could be mistaken? Its own, one to a
-// marker before it if no request went out since, or whatever else ends what was in doubt.
+// Does this answer show that no reply is out that could be mistaken? The answer to the marker does,
+// that to an earlier marker if no request went out since, and any answer after which nothing is in
+// doubt.
 bool Exchange::endsDoubt(const OpenTransmission& answered, LineResult result, Clock::time_point now)
 {
-    // What comes twice may as well have answered another echo, or another read.
+    // While replies come twice, it may be a copy of the answer to another echo or read.
     const bool isCertain =
         !isWary(now) ||
         (isOfDoubt(marker_) && (isEcho(answered.sent) ? isAlone_ : result == LineResult::reply));
@@ -164,7 +167,8 @@ bool Exchange::endsDoubt(const OpenTransmission& answered, LineResult result, Cl
     return (isMarkers && isCertain) || !isInDoubt(now);
 }
 
-// Where the adapter turns out to echo, what was taken for a station's echo has ended no doubt.
+// If the adapter turns out to hear itself, the echoes that ended doubts may have been its own: what
+// they closed is opened again.
 void Exchange::learnOfAdapter()
 {
     if (!trustsEchoes_ || !collector_.knowsAdapter())
@@ -186,8 +190,7 @@ void Exchange::learnOfAdapter()
     }
 }
 
-// What looks like the answer to an echo may be what the adapter hears of it. Then all that it
-// closes is to be open again.
+// Notes what an echo closes while it may be the adapter's: learnOfAdapter() opens it again.
 void Exchange::rememberClosedBy(const QByteArray& frame, Clock::time_point now)
 {
     if (collector_.knowsAdapter() || !isEcho(frame))
@@ -197,7 +200,7 @@ void Exchange::rememberClosedBy(const QByteArray& frame, Clock::time_point now)
         return;
     trustsEchoes_ = true;
     auto& closed = stations_.at(stationOf(frame)).closedByEcho;
-    // A station may answer echoes, and no read, for months.
+    // The list must not grow for months where a station answers echoes and no read.
     const auto isPast = [&](const OpenTransmission& each) {
         return each.sentAt + settings_.horizon + maxReplyTime() <= now;
     };
@@ -210,10 +213,10 @@ void Exchange::rememberClosedBy(const QByteArray& frame, Clock::time_point now)
 void Exchange::markerAnswered(LineResult result)
 {
     station().wasAdapters = false;
-    // One that is asked for the adapter's sake comes besides.
+    // A marker that was sent to learn of the adapter counts only for a station that is known.
     if (!isForAdapter_ || !station().isUnknown)
         station().markWasAnswered(openOf(marker_));
-    // What went before it was only looked up as long as others may have asked, too.
+    // While others may have asked the station the answer was only looked up: now it closes.
     if (!station().isUnknown && !isEcho(marker_.sent) && result == LineResult::reply)
         books_.take(marker_.reception.bytes);
 }
@@ -221,7 +224,7 @@ void Exchange::markerAnswered(LineResult result)
 void Exchange::markerFinished(LineResult result, Clock::time_point now)
 {
     Station& marked = station();
-    wasSilent_ = wasSilent_ && bytesCame_ == 0; // the plug came in
+    wasSilent_ = wasSilent_ && bytesCame_ == 0; // bytes after the time-out may be an echo
     marker_.reception.result = result;
     marker_.reception.astray = astray_;
     marked.markFailed = !isSound(marker_.reception);
@@ -232,17 +235,19 @@ void Exchange::markerFinished(LineResult result, Clock::time_point now)
         if (!astray_.saysLessThan(markersAstray_))
             markersAstray_ = astray_;
         markersAstray_.lineWasSound = astray_.lineWasSound;
-        // Silent as it is, it gets one marker for each request from here on.
+        // From here on a silent station gets one marker for each request.
         if (++marked.marksUnanswered > firstEchoes)
             markersLeft_ = 0;
     }
     line_.markerEnded(marker_);
-    // The first surplus came behind its reply, which may have been one, too.
+    // This marker went out before the first surplus came: its reply may have been a copy, too, so
+    // one more is allowed.
     if (!marked.markFailed && isWary(now) && !isOfDoubt(marker_))
         ++markersLeft_;
     const bool wasLast = current_.isProbe() || (markersLeft_ == 0 && isInDoubt(now));
     if (marked.markFailed && wasLast && current_.isRead()) {
-        // Not sent, and it is the station that did not answer: for a probe one frame is enough.
+        // The request is not sent: the station has not answered its marker, and for a probe one
+        // frame is enough.
         current_.timeout = marker_.timeout;
         isMarking_ = false;
         astray_ = markersAstray_;

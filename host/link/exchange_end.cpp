@@ -1,4 +1,4 @@
-// How a line is left: nothing more is sent, and what is out has its time.
+// How a line is left: nothing more is sent, and what is out may still be answered.
 #include "link/exchange.h"
 
 #include <algorithm>
@@ -8,7 +8,7 @@ namespace dov417 {
 void Exchange::sendNoMore()
 {
     sendsNoMore_ = true;
-    if (state_ == State::listening || state_ == State::silence)
+    if (state_ == State::listening || state_ == State::interFrameDelay)
         drop();
 }
 

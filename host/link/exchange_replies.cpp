@@ -21,12 +21,12 @@ void Exchange::bytesCame(const QByteArray& bytes, Clock::time_point now)
     case State::awaitingTurnaround:
         flushLateBytes(bytes, now);
         break;
-    case State::silence:
+    case State::interFrameDelay:
         flushLateBytes(bytes, now);
         if (doubts_ != doubtsBefore_ || station().wasAdapters)
             next(now);
         else
-            beginSilence(now);
+            beginDelay(now);
         break;
     case State::holdingBack: {
         const Arrival arrival = collector_.add(bytes);
@@ -59,7 +59,7 @@ void Exchange::takeArrival(Arrival arrival, Clock::time_point now)
 
 void Exchange::awaitMore(Clock::time_point now)
 {
-    if (collector_.isEmpty()) // an echo, or noise: the time of the station goes on
+    if (collector_.isEmpty()) // it was an echo or noise: the reply has not begun
         (isMarking_ ? marker_ : current_).reception.firstByte = Clock::time_point();
     if (isBabble(now))
         takeBabble(now);
@@ -81,7 +81,8 @@ bool Exchange::takeFrame(Arrival arrival, Clock::time_point now)
     }
     if (takeReply(result, now))
         return false;
-    // The reply to something else: this one's is awaited still, and may have come with it.
+    // The reply to something else: that to this frame is still awaited, and its bytes may have come
+    // together with the other.
     collector_.goOn();
     frame.reception = Reception();
     if (!behind_.isEmpty()) {
@@ -95,7 +96,7 @@ bool Exchange::takeFrame(Arrival arrival, Clock::time_point now)
     return false;
 }
 
-// Whose reply it was cannot be told, so that may still come.
+// It closes nothing, as whose reply it was cannot be told.
 void Exchange::garbledCame(LineResult result, Clock::time_point now)
 {
     const Transmission& frame = isMarking_ ? marker_ : current_;
@@ -111,8 +112,7 @@ void Exchange::garbledCame(LineResult result, Clock::time_point now)
         finish(result);
 }
 
-// A sound frame that could be the reply. False if it belongs to an earlier transmission, and that
-// was another request.
+// Takes a sound frame that could be the reply. False if it answers another request.
 bool Exchange::takeReply(LineResult result, Clock::time_point now)
 {
     const Transmission& frame = isMarking_ ? marker_ : current_;
@@ -121,7 +121,7 @@ bool Exchange::takeReply(LineResult result, Clock::time_point now)
     if (isDropped(false, now))
         return !wasListening;
     if (!isMarking_ && mayBeOthers(bytes, now)) {
-        // Of an earlier request of ours, or of another program's: that looks the same.
+        // The reply to an earlier request of ours or to another program: they look the same.
         astray_.lineWasSound = true;
         report({StrayKind::late, bytes, now, 0});
         return false;
@@ -151,7 +151,8 @@ bool Exchange::takeReply(LineResult result, Clock::time_point now)
     return true;
 }
 
-// Nothing has told yet that no other's reply was still to come, or that a station is there at all.
+// Drops what may be no station's reply at all but the adapter's echo, or follows a marker that only
+// the adapter has answered. True if it did.
 bool Exchange::isDropped(bool isBehindEcho, Clock::time_point now)
 {
     learnOfAdapter();
@@ -166,13 +167,12 @@ bool Exchange::isDropped(bool isBehindEcho, Clock::time_point now)
     return true;
 }
 
-// The reply, or one to the very same request that was sent before.
+// Hands on the reply to this request, or to the very same request sent before.
 void Exchange::handOn(LineResult result, const OpenTransmission& answered, Clock::time_point now)
 {
     flushBehind(now);
     if (isWary(now) && !isOfDoubt(current_)) {
-        // Sent before the first surplus was met, maybe behind this very reply: this may be one,
-        // too.
+        // The request went out before the first surplus came: this reply may be a copy, too.
         report({StrayKind::late, current_.reception.bytes, now, answered.number});
         finish(LineResult::timeout);
         return;
@@ -210,7 +210,7 @@ void Exchange::holdBack(LineResult result)
     line_.wakeAt(heldUntil_);
 }
 
-// A surplus tells that the reply was none.
+// If a surplus comes meanwhile, the reply that was held back was a copy of an older one.
 void Exchange::heldBackGoesOn(Arrival arrival, Clock::time_point now)
 {
     reportStrays(now);
@@ -240,9 +240,9 @@ void Exchange::reportStrays(Clock::time_point now)
         stray.at = lastActivity_;
         if (stray.kind != StrayKind::echo) {
             const Settled settled = settle(stray.bytes, now);
-            // There are controllers that answer a write with what they made of the value. So does
-            // a copy of the reply to the write before; then the very reply is still to come. What
-            // another program has written is answered like that, too.
+            // Some controllers answer a write with what they made of the value. A copy of the reply
+            // to the write before looks the same, so the very reply may still come: this one is
+            // kept for the end of the time-out. Not if it may answer another program's write.
             if (state_ == State::awaitingReply && !isMarking_ && !isWary(now) &&
                 settled.number() == current_.number && !mayBeOthers(stray.bytes, now)) {
                 otherwise_ = settled.answered;
@@ -264,7 +264,7 @@ void Exchange::report(const Stray& stray)
     line_.stray(stray);
 }
 
-// What came after a frame is somebody's only once that frame is.
+// What came after a frame is judged once that frame has been.
 void Exchange::flushBehind(Clock::time_point now)
 {
     const QByteArray behind = std::move(behind_);
@@ -283,7 +283,7 @@ void Exchange::flushLateBytes(const QByteArray& bytes, Clock::time_point now)
     report({settled.kindOr(StrayKind::late), bytes, now, settled.number()});
 }
 
-// Said once.
+// Said once for each station.
 void Exchange::nameIfSlow(unsigned char station, Micros delay)
 {
     Station& slow = stations_.at(station);
