@@ -58,6 +58,20 @@ std::vector<unsigned char> bytesOf(const Item& item, int factor, int round)
     return valueBytes(item.address.width, item.format, valuesOf(item.address, factor, round));
 }
 
+// Each sample with its values of this round.
+template <typename Entry, typename Samples>
+std::vector<Entry> madeOf(const Samples& all, const Library& library, int round)
+{
+    std::vector<Entry> made;
+    for (const Sample& sample : all) {
+        Entry entry;
+        entry.item = itemOf(library, sample);
+        entry.data = bytesOf(entry.item, sample.factor, round);
+        made.push_back(entry);
+    }
+    return made;
+}
+
 } // namespace
 
 DemoRound::DemoRound(const Library& library, Session& session, std::function<void()> done)
@@ -92,14 +106,7 @@ std::string DemoRound::status() const
 void DemoRound::start()
 {
     stage_ = Stage::writes;
-    std::vector<WriteTask> tasks;
-    for (const Sample& sample : samples) {
-        WriteTask task;
-        task.item = itemOf(library_, sample);
-        task.data = bytesOf(task.item, sample.factor, completed_);
-        tasks.push_back(task);
-    }
-    writeJob_.start(tasks);
+    writeJob_.start(madeOf<WriteTask>(samples, library_, completed_));
 }
 
 void DemoRound::writesDone()
@@ -112,13 +119,7 @@ void DemoRound::writesDone()
                                 (task.reason.empty() ? "" : ": " + task.reason));
     }
     stage_ = Stage::download;
-    sentRecipe_.clear();
-    for (const Sample& sample : recipeSamples) {
-        RecipeEntry entry;
-        entry.item = itemOf(library_, sample);
-        entry.data = bytesOf(entry.item, sample.factor, completed_);
-        sentRecipe_.push_back(entry);
-    }
+    sentRecipe_ = madeOf<RecipeEntry>(recipeSamples, library_, completed_);
     recipeJob_.download(sentRecipe_);
 }
 
