@@ -78,10 +78,10 @@ void addPlanningOptions(CLI::App& command, LineOptions& options)
     addLineParts(command, options);
     command
         .add_option("--gap", options.gap,
-                    "Widest hole in words that one read bridges (" +
+                    "Maximum hole in words that one read bridges (" +
                         std::to_string(defaultMergeGap) +
-                        "). It is also the longest piece of a write, so one that would cut a "
-                        "32-bit value in two is refused")
+                        "). It is also the maximum length of a piece of a write, so one that "
+                        "would cut a 32-bit value in two is refused")
         ->option_text("N")
         ->group(lineGroup)
         ->check(rangeOf("gap"));
@@ -129,7 +129,7 @@ void addLineOptions(CLI::App& command, LineOptions& options)
         ->check(rangeOf("retries"));
     command
         .add_option("--probe", options.maxProbeMs,
-                    "Longest pause before a silent station is asked again (" +
+                    "Maximum pause before a silent station is asked again (" +
                         std::to_string(defaultMaxProbeMs) +
                         "); the first is a second, each twice as long as the one before")
         ->option_text("MS")

@@ -249,8 +249,9 @@ void addPlanCommand(CLI::App& app, Action& chosen)
         "  dov417 plan R_W:100 R_W:115 --line 9600,8,NONE,1 --response-time 5\n"
         "  dov417 plan R_W:100 R_W:115 --gap 10\n"
         "  dov417 plan R_W:0..127 --max-registers 60\n"
-        "A read carries its characters, a silence before it and one before its reply, and the\n"
-        "controller's response time. Without --gap the cycle time of every gap is listed too.");
+        "A read carries its characters, an inter-frame delay before it and one before its\n"
+        "reply, and the controller's response time. Without --gap the cycle time of every gap\n"
+        "is listed too.");
     command->callback([options, &chosen]() { chosen = [options]() { return runPlan(*options); }; });
 }
 

@@ -15,11 +15,11 @@ Cycle cycleOf(int argc, char** argv)
         cycle.requests.push_back(request);
     }
     if (!understood) {
-        std::fprintf(stderr, "usage: %s PORT SILENCE SECONDS FUNCTION:FIRST:COUNT...\n", argv[0]);
+        std::fprintf(stderr, "usage: %s PORT DELAY SECONDS FUNCTION:FIRST:COUNT...\n", argv[0]);
         std::exit(2);
     }
     cycle.port = argv[1];
-    cycle.silence = std::atoi(argv[2]);
+    cycle.delay = std::atoi(argv[2]);
     cycle.seconds = std::atoi(argv[3]);
     return cycle;
 }

@@ -13,12 +13,12 @@ struct Request {
 
 struct Cycle {
     const char* port = nullptr;
-    int silence = 0; // microseconds before each request; whoever keeps silences itself ignores it
+    int delay = 0; // microseconds before each request; whoever keeps it by itself ignores it
     int seconds = 0;
     std::vector<Request> requests;
 };
 
-// PORT SILENCE SECONDS FUNCTION:FIRST:COUNT...; ends the program when it is anything else.
+// PORT DELAY SECONDS FUNCTION:FIRST:COUNT...; ends the program when it is anything else.
 Cycle cycleOf(int argc, char** argv);
 
 // Runs the requests until the time is over and prints the transactions a second. `read` ends the

@@ -28,7 +28,7 @@ int main(int argc, char** argv)
     std::vector<uint8_t> bits(2048);
     std::vector<uint16_t> words(128);
     runCycle(cycle, [&](const Request& request) {
-        std::this_thread::sleep_for(std::chrono::microseconds(cycle.silence));
+        std::this_thread::sleep_for(std::chrono::microseconds(cycle.delay));
         const int done =
             request.function == 1
                 ? modbus_read_bits(line, request.first, request.count, bits.data())

@@ -1,4 +1,5 @@
-// A Qt SerialBus client that reads the same requests over and over; it keeps the silences itself.
+// A Qt SerialBus client that reads the same requests over and over; it keeps the inter-frame delay
+// itself.
 #include <QCoreApplication>
 #include <QEventLoop>
 #include <QModbusDataUnit>

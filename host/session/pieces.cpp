@@ -24,17 +24,17 @@ int pieceLength(const Address& address, int maximum, int gap)
     if (limit < units && address.width == Width::text)
         throw UsageFailure("a merge gap of " + std::to_string(gap) + " cuts a text of " +
                            std::to_string(units) +
-                           " words in two: the gap is also the driver's longest piece of a write "
-                           "or single read; use --gap " +
+                           " words in two: the gap is also the maximum length of a piece of a "
+                           "write or single read; use --gap " +
                            std::to_string(units) + " or more, or 0");
     if (limit < units && address.width == Width::quadWord)
         throw UsageFailure("a merge gap below 4 cuts 64-bit values in two: the gap is also the "
-                           "driver's longest piece of a write or single read; use --gap 4 or more, "
-                           "or 0");
+                           "maximum length of a piece of a write or single read; use --gap 4 or "
+                           "more, or 0");
     if (limit < units)
         throw UsageFailure(
-            "a merge gap of 1 cuts 32-bit values in two: the gap is also the driver's longest "
-            "piece of a write or single read; use --gap 2 or more, or 0");
+            "a merge gap of 1 cuts 32-bit values in two: the gap is also the maximum "
+            "length of a piece of a write or single read; use --gap 2 or more, or 0");
     return limit - limit % units;
 }
 
