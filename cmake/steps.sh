@@ -12,7 +12,7 @@ build_packages="g++ cmake ninja-build pkg-config qtbase5-dev libqt5serialport5-d
 panel_packages="libqwt-qt5-dev libqt5opengl5-dev libqt5svg5-dev"
 
 test_packages="clang-format libgtest-dev libgmock-dev libmodbus-dev libqt5serialbus5-dev binutils python3
-  clang-14 libclang-rt-14-dev python3-pymodbus python3-serial python3-serial-asyncio mbpoll doxygen ser2net python3-jsonschema tmux groff-base"
+  clang-14 lld-14 libclang-rt-14-dev python3-pymodbus python3-serial python3-serial-asyncio mbpoll doxygen ser2net python3-jsonschema tmux groff-base"
 bench_packages="libbenchmark-dev libmodbus-dev libqt5serialbus5-dev valgrind python3"
 
 arm_packages="g++ cmake ninja-build qtbase5-dev g++-arm-linux-gnueabihf g++-arm-linux-gnueabi
