@@ -42,7 +42,8 @@ bool mayBeReply(const QByteArray& frame)
 Listener::Listener(const SerialFormat& wire, Clock::duration horizon,
                    std::function<void(const Heard&)> heard)
     : wire_(wire), heard_(std::move(heard)),
-      books_(horizon + std::chrono::round<Micros>(wire.characters(2 * maxFrameLength)))
+      books_(horizon +
+             std::chrono::round<Micros>(wire.characters(std::int64_t(2) * maxFrameLength)))
 {
 }
 
