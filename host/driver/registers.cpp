@@ -49,13 +49,24 @@ std::optional<RegisterType> registerType(const Library& library, const std::stri
 
 std::string addressText(const Library& library, const std::string& regName, int address)
 {
-    // A series of one; a value above the highest address comes back clipped.
+    return addressTexts(library, regName, address, 1, 1).front();
+}
+
+std::vector<std::string> addressTexts(const Library& library, const std::string& regName,
+                                      int address, int count, int step)
+{
+    // A value above the highest address comes back clipped.
     QVector<QString> texts;
     QVector<int> values;
-    library.intf_multiCopy(QString::fromStdString(regName), address, 1, 1, texts, values);
-    if (texts.size() == 1 && values.at(0) == address)
-        return texts.at(0).toStdString();
-    return std::to_string(address);
+    library.intf_multiCopy(QString::fromStdString(regName), address, count, step, texts, values);
+    std::vector<std::string> all;
+    all.reserve(static_cast<std::size_t>(count));
+    for (int i = 0; i < count; ++i) {
+        const int wanted = address + i * step;
+        const bool isThere = i < texts.size() && i < values.size() && values.at(i) == wanted;
+        all.push_back(isThere ? texts.at(i).toStdString() : std::to_string(wanted));
+    }
+    return all;
 }
 
 std::string areaOf(const std::string& regName)

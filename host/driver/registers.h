@@ -36,6 +36,9 @@ std::optional<RegisterType> registerType(const Library& library, const std::stri
 
 // An address value in the type's own text form: 21 of "M_bit" is "1.5".
 std::string addressText(const Library& library, const std::string& regName, int address);
+// Those of so many addresses in this distance, in one question.
+std::vector<std::string> addressTexts(const Library& library, const std::string& regName,
+                                      int address, int count, int step);
 
 // "M" of "M_bit", "T" of "T": the memory area that a type looks into.
 std::string areaOf(const std::string& regName);

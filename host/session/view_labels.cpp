@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <map>
 #include <set>
+#include <utility>
 
 #include "text/address_values.h"
 
@@ -20,24 +21,27 @@ std::string textOf(const View& view, const ViewLabel& label, const ValueBytes& v
 std::vector<ViewLabel> labelViews(const Library& library, const std::vector<Item>& items)
 {
     std::vector<ViewLabel> labels;
+    labels.reserve(items.size());
     for (const Item& item : items) {
-        const int count = valueCount(item.address);
-        const int step = item.address.length / std::max(1, count);
-        const std::string whole = toText(library, item.address);
+        const Address& address = item.address;
+        const int count = valueCount(address);
+        const int step = address.length / std::max(1, count);
+        const std::string whole = toText(library, address);
         const bool isTag = item.name != whole;
+        const std::string place = std::to_string(address.station) + "/" + address.regName + ":";
+        const std::vector<std::string> texts =
+            address.length == 1
+                ? std::vector<std::string>()
+                : addressTexts(library, address.regName, address.first, count, step);
         for (int i = 0; i < count; ++i) {
-            const Address& address = item.address;
             ViewLabel label;
             label.address =
-                address.length == 1
-                    ? whole
-                    : std::to_string(address.station) + "/" + address.regName + ":" +
-                          addressText(library, address.regName, address.first + i * step);
+                address.length == 1 ? whole : place + texts.at(static_cast<std::size_t>(i));
             label.name = !isTag       ? label.address
                          : count == 1 ? item.name
                                       : item.name + "[" + std::to_string(i) + "]";
             label.format = item.format;
-            labels.push_back(label);
+            labels.push_back(std::move(label));
         }
     }
     return labels;

@@ -102,6 +102,10 @@ TEST_F(Registers, WriteTheirAddressesInTheirOwnForm)
     EXPECT_EQ(addressText(library, "R_W", 3999), "3999");
     EXPECT_EQ(addressText(library, "R_W", 5000), "5000");
     EXPECT_EQ(addressText(library, "X", 7), "7");
+    EXPECT_THAT(addressTexts(library, "M_bit", 21, 3, 11), ElementsAre("1.5", "2.0", "2.11"));
+    EXPECT_THAT(addressTexts(library, "R_W", 3998, 4, 1),
+                ElementsAre("3998", "3999", "4000", "4001"));
+    EXPECT_THAT(addressTexts(library, "X", 7, 2, 2), ElementsAre("7", "9"));
     EXPECT_EQ(areaOf("M_bit"), "M");
     EXPECT_EQ(areaOf("T"), "T");
 }
