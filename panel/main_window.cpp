@@ -45,7 +45,7 @@ int oldValues(const PanelDesk& desk)
     const std::vector<PanelValue>& values = desk.tags().values;
     return static_cast<int>(
         std::count_if(values.begin(), values.end(), [&desk](const PanelValue& value) {
-            return desk.book().standing(value.address).isOld;
+            return desk.book().isOld(value.address);
         }));
 }
 

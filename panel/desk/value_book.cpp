@@ -7,9 +7,12 @@ namespace dov417 {
 void ValueBook::watch(int generation, const std::vector<Address>& addresses)
 {
     std::unordered_map<Address, Entry, AddressHash> entries;
+    entries.reserve(addresses.size());
     for (const Address& address : addresses) {
+        const auto [entry, isNew] = entries.try_emplace(address);
         const auto before = entries_.find(address);
-        entries[address] = before == entries_.end() ? Entry() : before->second;
+        if (isNew && before != entries_.end())
+            entry->second = before->second;
     }
     // Of writes that are under way, whoever asked for them.
     for (auto& [address, entry] : entries)
@@ -111,6 +114,17 @@ std::vector<Address> ValueBook::addresses() const
     return addresses;
 }
 
+bool ValueBook::isOld(const View& view) const
+{
+    return view.hasValue && (view.isOld || isSilent_ || !isOpen_ || view.lastGood < notBefore_);
+}
+
+bool ValueBook::isOld(const Address& address) const
+{
+    const auto found = entries_.find(address);
+    return found != entries_.end() && isOld(found->second.view);
+}
+
 ValueStanding ValueBook::standing(const Address& address) const
 {
     ValueStanding standing;
@@ -119,8 +133,7 @@ ValueStanding ValueBook::standing(const Address& address) const
         return standing;
     const Entry& entry = found->second;
     const View& view = entry.view;
-    standing.isOld =
-        view.hasValue && (view.isOld || isSilent_ || !isOpen_ || view.lastGood < notBefore_);
+    standing.isOld = isOld(view);
     standing.reason = entry.failure;
     standing.state = entry.writes > 0 || view.writes > 0 ? ValueState::beingWritten
                      : !entry.failure.empty()            ? ValueState::failed

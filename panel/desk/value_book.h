@@ -57,6 +57,7 @@ public:
     // Null where no value ever came, or where it is not watched.
     const View* find(const Address& address) const;
     ValueStanding standing(const Address& address) const;
+    bool isOld(const Address& address) const; // as its standing has it
     bool isWatched(const Address& address) const;
     std::vector<Address> addresses() const; // in no order
 
@@ -66,6 +67,8 @@ private:
         int writes = 0; // asked for here, without an outcome
         std::string failure;
     };
+
+    bool isOld(const View& view) const;
 
     int generation_ = 0;
     bool isSilent_ = false;
