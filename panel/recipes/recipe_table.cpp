@@ -134,6 +134,13 @@ void RecipeTable::look(const ValueBook& book)
     }
 }
 
+bool RecipeTable::isAny() const
+{
+    return !parked_.empty() || std::any_of(rows_.begin(), rows_.end(), [](const RecipeRow& row) {
+        return !row.file.empty() || !row.buffer.empty();
+    });
+}
+
 std::size_t RecipeTable::valuesInRecipe() const
 {
     return static_cast<std::size_t>(std::count_if(

@@ -56,6 +56,8 @@ public:
     void save(const std::string& file);
     // As it is typed; empty takes it out of the recipe. Throws a UsageFailure.
     void edit(std::size_t row, const std::string& text);
+    // A file or a buffer, be it of values that nobody watches now.
+    bool isAny() const;
     // The buffer is not what the file holds.
     bool isChanged() const;
     // Of what is in the recipe, watched or not.

@@ -63,10 +63,12 @@ RecipesPage::RecipesPage(PanelDesk& desk)
     });
     connect(&desk, &PanelDesk::projectBegan, this, [this]() { beginProject(); });
     connect(&desk, &PanelDesk::tagsChanged, this, [this]() {
-        // Of many values it takes as long as all that the others do at once.
+        isStale_ = true;
+        // Of many values it takes as long as all that the others do at once; where there is no
+        // recipe it is done when somebody looks.
         if (isVisible())
             setTags();
-        else
+        else if (order_ != 0 || recipe_.isAny())
             tagsTimer_.start();
     });
     connect(&desk, &PanelDesk::recipeTold, this, &RecipesPage::hear);
@@ -102,13 +104,14 @@ QIcon RecipesPage::icon() const
 void RecipesPage::setTags()
 {
     tagsTimer_.stop();
+    isStale_ = false;
     model_.makeAnew([this]() { recipe_.setTags(desk_.tags()); });
     showState();
 }
 
 void RecipesPage::settleTags()
 {
-    if (tagsTimer_.isActive())
+    if (isStale_)
         setTags();
 }
 

@@ -93,7 +93,8 @@ private:
     QUndoStack history_;
     bool isChanging_ = false; // by change()
     QTimer lookTimer_;
-    QTimer tagsTimer_; // while other tags are watched than the recipe knows
+    QTimer tagsTimer_;
+    bool isStale_ = false; // other tags are watched than the recipe knows
     // Of the order under way.
     long long order_ = 0;
     int orderLine_ = 0;

@@ -33,10 +33,18 @@ QString blockName(const PanelValue& value)
 
 LampsModel::LampsModel(PanelDesk& desk) : desk_(desk)
 {
-    connect(&desk, &PanelDesk::tagsChanged, this, [this]() { beginAnew(); });
     connect(&desk, &PanelDesk::valuesChanged, this,
             [this](const std::vector<Address>& addresses) { tell(addresses); });
-    beginAnew();
+}
+
+void LampsModel::clear()
+{
+    if (words_.empty())
+        return;
+    beginResetModel();
+    words_.clear();
+    cells_.clear();
+    endResetModel();
 }
 
 QString LampsModel::rowTitle(const LampWord& word)
@@ -51,14 +59,22 @@ void LampsModel::beginAnew()
     words_.clear();
     cells_.clear();
     std::map<std::tuple<int, std::string, int>, LampWord> words;
+    auto last = words.end(); // mostly the next bit's, too
     int place = 0;
     for (const PanelValue& value : desk_.tags().values) {
         const int here = place++;
         if (value.address.width != Width::bit)
             continue;
         const int number = value.address.first / bitsOfAWord;
-        const auto [word, isNew] =
-            words.try_emplace({value.address.station, value.address.regName, number});
+        auto word = last;
+        const bool isSame = word != words.end() && std::get<2>(word->first) == number &&
+                            std::get<0>(word->first) == value.address.station &&
+                            std::get<1>(word->first) == value.address.regName;
+        bool isNew = false;
+        if (!isSame)
+            std::tie(word, isNew) =
+                words.try_emplace({value.address.station, value.address.regName, number});
+        last = word;
         if (isNew) {
             word->second.title = QStringLiteral("%1/%2:%3")
                                      .arg(value.address.station)
@@ -75,6 +91,7 @@ void LampsModel::beginAnew()
         if (!block.isEmpty() && !word->second.blocks.contains(block))
             word->second.blocks.append(block);
     }
+    cells_.reserve(words.size() * bitsOfAWord);
     for (const auto& [key, word] : words) {
         const int row = static_cast<int>(words_.size());
         words_.push_back(word);

@@ -19,7 +19,12 @@ class LampsModel : public QAbstractTableModel {
 public:
     static constexpr int bitsOfAWord = 16;
 
+    // Empty, until beginAnew() was called.
     explicit LampsModel(PanelDesk& desk);
+
+    // To be called when other tags are watched, one of them at once.
+    void beginAnew();
+    void clear();
 
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     int columnCount(const QModelIndex& parent = QModelIndex()) const override;
@@ -42,7 +47,6 @@ private:
     };
 
     static QString rowTitle(const LampWord& word);
-    void beginAnew();
     void tell(const std::vector<Address>& addresses);
 
     PanelDesk& desk_;

@@ -61,6 +61,14 @@ LampsPage::LampsPage(PanelDesk& desk)
             [this](const QModelIndex& index) { toggle(index); });
     connect(&model_, &QAbstractItemModel::modelReset, this, [this]() { showWhatThereIs(); });
     connect(&desk, &PanelDesk::writesChanged, this, [this]() { emit told(QString()); });
+    connect(&desk, &PanelDesk::tagsChanged, this, [this]() {
+        isStale_ = true;
+        // Thousands of bits take long, and nobody looks at them here.
+        if (isVisible())
+            settle();
+        else
+            model_.clear();
+    });
     showWhatThereIs();
 }
 
@@ -72,6 +80,20 @@ QString LampsPage::title() const
 QIcon LampsPage::icon() const
 {
     return iconOf(PanelIcon::lamps);
+}
+
+void LampsPage::settle()
+{
+    if (!isStale_)
+        return;
+    isStale_ = false;
+    model_.beginAnew();
+}
+
+void LampsPage::showEvent(QShowEvent* event)
+{
+    PanelPage::showEvent(event);
+    settle();
 }
 
 void LampsPage::showWhatThereIs()

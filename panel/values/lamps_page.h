@@ -21,14 +21,17 @@ public:
     QIcon icon() const override;
 
 protected:
+    void showEvent(QShowEvent* event) override;
     bool eventFilter(QObject* object, QEvent* event) override;
 
 private:
     void toggle(const QModelIndex& index);
     void write(const PanelValue& value, bool on);
+    void settle();
     void showWhatThereIs();
 
     LampsModel model_;
+    bool isStale_ = true; // other tags are watched than the model has
     QTableView* const table_;
     QCheckBox* const asks_;
     QLabel* const empty_;

@@ -24,11 +24,19 @@ void ValuesModel::beginAnew()
     beginResetModel();
     rows_.clear();
     searched_.clear();
+    endResetModel();
+}
+
+// When the first values come, as to open thousands takes long enough.
+const ValuesModel::Rows& ValuesModel::rows() const
+{
+    if (!rows_.empty())
+        return rows_;
     int row = 0;
     rows_.reserve(desk_.tags().values.size());
     for (const PanelValue& each : desk_.tags().values)
-        rows_[each.address].push_back(row++);
-    endResetModel();
+        rows_.emplace(each.address, row++);
+    return rows_;
 }
 
 const std::vector<QString>& ValuesModel::searched() const
@@ -56,8 +64,8 @@ void ValuesModel::tell(const std::vector<Address>& addresses)
 {
     std::vector<int> changed;
     for (const Address& each : addresses)
-        if (const auto rows = rows_.find(each); rows != rows_.end())
-            changed.insert(changed.end(), rows->second.begin(), rows->second.end());
+        for (auto [row, end] = rows().equal_range(each); row != end; ++row)
+            changed.push_back(row->second);
     if (changed.empty())
         return;
     constexpr int maxHole = 32;

@@ -49,6 +49,9 @@ signals:
     void refused(const QString& why);
 
 private:
+    using Rows = std::unordered_multimap<Address, int, AddressHash>;
+
+    const Rows& rows() const;
     void beginAnew();
     void tell(const std::vector<Address>& addresses);
     QString text(const PanelValue& value, int column) const;
@@ -57,7 +60,7 @@ private:
     const std::vector<QString>& searched() const;
 
     PanelDesk& desk_;
-    std::unordered_map<Address, std::vector<int>, AddressHash> rows_;
+    mutable Rows rows_;
     // By row: name, address, comment, station; empty until somebody looks for a text, as making
     // them takes longer than all else of a row.
     mutable std::vector<QString> searched_;
