@@ -33,6 +33,16 @@ void followLog(Session& session, const LiveLine& line, const QString& log,
     timer->start(LineWorker::pulse);
 }
 
+// Screens come on a beat: a pause from the last batch on would come to fewer of them, as what is
+// told is seldom there at its end.
+std::chrono::milliseconds untilNextScreen()
+{
+    using std::chrono::milliseconds;
+    const auto since = Clock::now().time_since_epoch() % LineWorker::screenPause;
+    return std::chrono::duration_cast<milliseconds>(LineWorker::screenPause - since) +
+           milliseconds(1); // never before the beat
+}
+
 } // namespace
 
 LineWorker::LineWorker(const Library& library)
@@ -41,7 +51,7 @@ LineWorker::LineWorker(const Library& library)
     // For connections that are queued, to the window's thread.
     qRegisterMetaType<LineBatch>("dov417::LineBatch");
     screenTimer_.setSingleShot(true);
-    screenTimer_.setInterval(screenPause);
+    screenTimer_.setTimerType(Qt::PreciseTimer);
     pulseTimer_.setInterval(pulse);
     connect(&screenTimer_, &QTimer::timeout, this, [this]() { collected(); });
     connect(&pulseTimer_, &QTimer::timeout, this, [this]() { sendPulse(); });
@@ -291,7 +301,7 @@ void LineWorker::send()
     batch.controller = own_.takeReport();
     hasNews_ = false;
     isSeen_ = false;
-    screenTimer_.start();
+    screenTimer_.start(untilNextScreen());
     emit batchReady(batch);
 }
 

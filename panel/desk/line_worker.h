@@ -1,9 +1,9 @@
 // The line's side of the panel: session, link and own controller, all in one thread of their own.
 //
 // Everything here but the constructor runs in that thread. It tells the window in batches, one at a
-// time: the next one goes out when the window has dealt with the last, and not sooner than the
-// pause between two screens. What comes meanwhile is collected, so a slow window costs the line
-// nothing and holds nothing up.
+// time: the next one goes out when the window has dealt with the last, and no more than one for
+// each screen. What comes meanwhile is collected, so a slow window costs the line nothing and holds
+// nothing up.
 #ifndef DOV417_PANEL_LINE_WORKER_H
 #define DOV417_PANEL_LINE_WORKER_H
 
