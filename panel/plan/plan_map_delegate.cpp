@@ -41,7 +41,6 @@ void paintUse(QPainter* painter, const QRect& inside, const QPalette& palette, c
 
 void paintWord(QPainter* painter, const QRect& place, const QPalette& palette, const PlanWord& word)
 {
-    painter->save();
     const QRect inside = place.adjusted(1, 2 * bracketMargin, -1, -2 * bracketMargin);
     const QRect outer = place.adjusted(0, bracketMargin - 1, -1, -bracketMargin);
     const QColor& ink = palette.color(QPalette::Text);
@@ -66,7 +65,6 @@ void paintWord(QPainter* painter, const QRect& place, const QPalette& palette, c
         painter->drawLine(outer.left() + bracketPen, outer.top(), outer.left() + bracketPen,
                           outer.bottom());
     }
-    painter->restore();
 }
 
 void PlanMapDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,

@@ -9,7 +9,7 @@
 
 namespace dov417 {
 
-// The same in the map and in the key to it.
+// The same in the map and in the key to it. Leaves a pen of its own behind, as there are hundreds.
 void paintWord(QPainter* painter, const QRect& place, const QPalette& palette,
                const PlanWord& word);
 

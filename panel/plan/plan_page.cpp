@@ -106,7 +106,7 @@ void PlanPage::begin()
     shownGap_ = chosenGap_.value_or(desk_.lineSetup().mergeGap());
     const std::vector<Item>& items = desk_.tags().items;
     if (items.empty()) {
-        planned(PlanReport());
+        showPlan({}, PlanReport());
         heading_->setText(tr("Nothing is watched, so there is nothing to plan. Addresses are added "
                              "on the page of values."));
         return;
@@ -126,7 +126,7 @@ void PlanPage::begin()
             order,
             [this](const PlanReport& report) {
                 process_.reset();
-                planned(report);
+                showPlan(std::exchange(values_, {}), report);
             },
             [this](const std::string& why) {
                 process_.reset();
@@ -138,11 +138,10 @@ void PlanPage::begin()
     showButtons();
 }
 
-void PlanPage::planned(const PlanReport& report)
+void PlanPage::showPlan(std::vector<PanelValue> values, const PlanReport& report)
 {
     const int inUse = desk_.lineSetup().mergeGap();
-    map_.show(std::move(values_), report.plan);
-    values_.clear();
+    map_.show(std::move(values), report.plan);
     requests_.show(report.plan, wordsReadAlong(map_.rows(), report.plan));
     gaps_.show(report.outcomes, inUse);
     plot_->show(report.outcomes, inUse);
@@ -160,7 +159,7 @@ void PlanPage::failed(const QString& why)
 {
     values_.clear();
     chosenGap_.reset();
-    planned(PlanReport());
+    showPlan({}, PlanReport());
     heading_->setText(tr("There is no plan: %1").arg(why));
 }
 

@@ -25,6 +25,9 @@ class PlanPage : public PanelPage {
 public:
     explicit PlanPage(PanelDesk& desk);
 
+    // Of these values, as its process tells it.
+    void showPlan(std::vector<PanelValue> values, const PlanReport& report);
+
     QString title() const override;
     QIcon icon() const override;
     bool isBusy() const override;
@@ -44,7 +47,6 @@ private:
     QWidget* makeTime();
     void planAnew();
     void begin();
-    void planned(const PlanReport& report);
     void failed(const QString& why);
     void showHeading(const PlanReport& report);
     void showNotes(const PlanReport& report);
