@@ -3,6 +3,7 @@
 #include <QString>
 #include <algorithm>
 #include <cmath>
+#include <unordered_map>
 
 #include "text/raw_values.h"
 
@@ -80,16 +81,33 @@ TrendGroup groupOf(const OrderedJson& plot, const std::string& path)
 
 // A lower rank is the better match; none where it is another value.
 constexpr int noMatch = 3;
-int matchOf(const TrendValue& value, const PanelValue& watched)
+
+struct Wanted {
+    TrendValue* value;
+    const PanelValue* best = nullptr;
+    int rank = noMatch;
+};
+
+void match(Wanted& wanted, const PanelValue& watched)
 {
-    const bool isName = value.name == watched.label.name;
-    const bool isAddress = value.address == watched.label.address;
-    return isName && isAddress ? 0 : isAddress ? 1 : isName ? 2 : noMatch;
+    const bool isName = wanted.value->name == watched.label.name;
+    const bool isAddress = wanted.value->address == watched.label.address;
+    const int rank = isName && isAddress ? 0 : isAddress ? 1 : isName ? 2 : noMatch;
+    if (rank >= wanted.rank)
+        return;
+    wanted.rank = rank;
+    wanted.best = &watched;
 }
 
 } // namespace
 
 // ---- a value --------------------------------------------------------------------------------
+
+bool operator==(const TrendValue& a, const TrendValue& b)
+{
+    return a.name == b.name && a.address == b.address && a.isResolved == b.isResolved &&
+           a.isWatched == b.isWatched && a.at == b.at && a.format == b.format;
+}
 
 // No unit is called so.
 const char* trendBitsAxis()
@@ -125,6 +143,11 @@ std::string trendText(const TrendValue& value, double number)
 }
 
 // ---- a plot ---------------------------------------------------------------------------------
+
+bool operator==(const TrendGroup& a, const TrendGroup& b)
+{
+    return a.values == b.values;
+}
 
 std::vector<std::string> TrendGroup::axes() const
 {
@@ -203,21 +226,27 @@ void TrendArrangement::remove(std::size_t plot, const TrendValue& value)
 
 void TrendArrangement::resolve(const PanelTags& tags)
 {
+    std::vector<Wanted> all;
+    std::unordered_multimap<std::string, std::size_t> places; // of all, by name and by address
     for (TrendGroup& plot : plots)
         for (TrendValue& value : plot.values) {
-            const PanelValue* best = nullptr;
-            int rank = noMatch;
-            for (const PanelValue& each : tags.values)
-                if (const int match = matchOf(value, each);
-                    match < rank && TrendHistory::takes(each.address)) {
-                    best = &each;
-                    rank = match;
-                }
-            if (best)
-                value = trendValueOf(*best);
-            else
-                value.isWatched = false;
+            for (const std::string& text : {value.name, value.address})
+                places.emplace(text, all.size());
+            all.push_back({&value});
         }
+    if (!all.empty())
+        for (const PanelValue& each : tags.values)
+            if (TrendHistory::takes(each.address))
+                for (const std::string* const text : {&each.label.name, &each.label.address}) {
+                    const auto [first, last] = places.equal_range(*text);
+                    for (auto place = first; place != last; ++place)
+                        match(all.at(place->second), each);
+                }
+    for (const Wanted& wanted : all)
+        if (wanted.best)
+            *wanted.value = trendValueOf(*wanted.best);
+        else
+            wanted.value->isWatched = false;
     // One that has found another's name or address may have room no more.
     TrendArrangement placed;
     for (std::size_t i = 0; i < plots.size(); ++i) {
@@ -245,6 +274,9 @@ TrendArrangement trendsOf(const OrderedJson& settings)
     std::size_t place = 0;
     for (const OrderedJson& plot : listIn(settings, plotsMember, std::string(), maxPlots))
         arrangement.plots.push_back(groupOf(plot, elementPath(plotsMember, place++)));
+    if (arrangement.count() > TrendArrangement::maxValues)
+        refuseMember(plotsMember, "no more than " + std::to_string(TrendArrangement::maxValues) +
+                                      " values in all of them");
     if (const auto notes = settings.find(notesMember); notes != settings.end())
         arrangement.notes = keptNotesOf(*notes, notesMember);
     for (const auto& [name, member] : settings.items())

@@ -29,6 +29,7 @@ struct TrendValue {
     // "°C"; all bits have one of their own.
     std::string axis() const;
 };
+bool operator==(const TrendValue& a, const TrendValue& b);
 const char* trendBitsAxis();
 TrendValue trendValueOf(const PanelValue& value);
 // What the value's bits are, for people, with its unit.
@@ -43,11 +44,12 @@ struct TrendGroup {
     bool has(const TrendValue& value) const;
     bool hasRoomFor(const TrendValue& value) const;
 };
+bool operator==(const TrendGroup& a, const TrendGroup& b);
 
 struct TrendArrangement {
-    static constexpr std::size_t maxAxes = 2; // of a plot: left and right
-    static constexpr std::size_t maxValues = 100;
-    static constexpr double defaultSpan = 30; // seconds
+    static constexpr std::size_t maxAxes = 2;     // of a plot: left and right
+    static constexpr std::size_t maxValues = 300; // of all plots
+    static constexpr double defaultSpan = 30;     // seconds
     static constexpr double minSpan = 0.01;
     static constexpr double maxSpan = 30.0 * 24 * 3600;
 

@@ -1,6 +1,7 @@
 #include "panel/trends/trend_curve.h"
 
 #include <QPainter>
+#include <algorithm>
 #include <cmath>
 #include <qwt_graphic.h>
 #include <qwt_scale_map.h>
@@ -12,7 +13,9 @@ namespace dov417 {
 namespace {
 
 constexpr double lineWidth = 1.6;
-constexpr int maxWide = 400; // points: a thin line is drawn many times faster
+// Points: a thin line is drawn many times faster.
+constexpr int maxWide = 400;
+constexpr int maxWideOfPlot = 4000;
 constexpr double signSide = 8;
 constexpr double signDistance = 160; // along the time, in pixels
 constexpr int signPhases = 5;        // so that those of several curves are not in one place
@@ -37,6 +40,12 @@ void TrendCurve::setPalette(const QPalette& palette)
     pen.setCapStyle(Qt::FlatCap);
     pen.setJoinStyle(Qt::MiterJoin);
     setPen(pen);
+    sign_ = trendSign(number_, pen.color(), signSide);
+}
+
+void TrendCurve::setCompany(int curves)
+{
+    maxWide_ = std::min(maxWide, maxWideOfPlot / std::max(1, curves));
 }
 
 void TrendCurve::setLane(int lane)
@@ -58,7 +67,7 @@ bool TrendCurve::update(const TrendHistory& history, const TrendClock& clock,
                                isBit ? lane_ + laneHeight * point.value : point.value));
     begins_.assign(line.begins.begin(), line.begins.end());
     QPen width = pen();
-    width.setWidthF(samples.size() > maxWide ? 1 : lineWidth);
+    width.setWidthF(samples.size() > maxWide_ ? 1 : lineWidth);
     setPen(width);
     setSamples(samples);
     return true;
@@ -104,9 +113,8 @@ void TrendCurve::drawSigns(QPainter& painter, const QwtScaleMap& xMap, const Qwt
     painter.setRenderHint(QPainter::Antialiasing);
     for (int i = from + 1; i <= to; ++i)
         while (next < sample(i).x()) {
-            drawTrendSign(painter, number_, pen().color(),
-                          QPointF(xMap.transform(next), yMap.transform(sample(i - 1).y())),
-                          signSide);
+            sign_->drawSymbol(&painter,
+                              QPointF(xMap.transform(next), yMap.transform(sample(i - 1).y())));
             next += distance;
         }
     painter.restore();
@@ -122,8 +130,7 @@ QwtGraphic TrendCurve::legendIcon(int /*index*/, const QSizeF& /*size*/) const
     const double middle = size.height() / 2.0;
     painter.drawLine(QPointF(0, middle), QPointF(size.width(), middle));
     if (!value_.isBit())
-        drawTrendSign(painter, number_, pen().color(), QPointF(size.width() / 2.0, middle),
-                      signSide);
+        sign_->drawSymbol(&painter, QPointF(size.width() / 2.0, middle));
     return graphic;
 }
 

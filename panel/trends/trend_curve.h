@@ -3,7 +3,9 @@
 #define DOV417_PANEL_TREND_CURVE_H
 
 #include <QPalette>
+#include <memory>
 #include <qwt_plot_curve.h>
+#include <qwt_symbol.h>
 
 #include "panel/trends/trend_arrangement.h"
 #include "panel/trends/trend_clock.h"
@@ -28,6 +30,9 @@ public:
     // A bit has a lane of its own, from 0 at the bottom.
     void setLane(int lane);
 
+    // Of so many curves in its plot.
+    void setCompany(int curves);
+
     // False where the budget was too small: to be called again.
     bool update(const TrendHistory& history, const TrendClock& clock, const TrendWindow& window,
                 std::size_t& budget);
@@ -46,7 +51,9 @@ private:
     const TrendValue value_;
     const int number_;
     QPalette palette_;
+    std::unique_ptr<QwtSymbol> sign_;
     int lane_ = 0;
+    int maxWide_ = 0; // points
     TrendThinner thinner_;
     std::vector<int> begins_; // of the stretches, in the samples
 };

@@ -51,12 +51,14 @@ const QStringList& TrendPlot::cursorNames()
 }
 
 TrendPlot::TrendPlot(const TrendClock& clock)
-    : clock_(clock), grid_(new QwtPlotGrid), legend_(new QwtPlotLegendItem),
-      absence_(new QwtPlotTextLabel), band_(new QRubberBand(QRubberBand::Rectangle, canvas()))
+    : clock_(clock), grid_(new QwtPlotGrid), absence_(new QwtPlotTextLabel),
+      band_(new QRubberBand(QRubberBand::Rectangle, canvas()))
 {
     auto* const area = static_cast<QwtPlotCanvas*>(canvas());
     area->setFrameStyle(QFrame::NoFrame);
     area->setFocusPolicy(Qt::StrongFocus);
+    // Within the turn in which it is drawn, so that the turn's time counts.
+    area->setPaintAttribute(QwtPlotCanvas::ImmediatePaint, true);
     area->setFocusIndicator(QwtPlotCanvas::CanvasFocusIndicator);
     area->setCursor(Qt::CrossCursor);
     area->installEventFilter(this);
@@ -67,10 +69,8 @@ TrendPlot::TrendPlot(const TrendClock& clock)
     setAxisScaleEngine(xBottom, new QwtDateScaleEngine(Qt::LocalTime));
     axisScaleDraw(yLeft)->setMinimumExtent(0);
     grid_->attach(this);
-    legend_->setAlignment(Qt::AlignLeft | Qt::AlignTop);
-    legend_->setRenderHint(QwtPlotItem::RenderAntialiased);
-    legend_->setVisible(false);
-    legend_->attach(this);
+    legend_.setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    legend_.setRenderHint(QwtPlotItem::RenderAntialiased);
     absence_->setMargin(fontMetrics().height());
     absence_->attach(this);
     for (const QString& name : cursorNames()) {
@@ -84,6 +84,19 @@ TrendPlot::TrendPlot(const TrendClock& clock)
         cursorMarks_.push_back(mark);
     }
     setPalettes();
+}
+
+QSize TrendPlot::minimumSizeHint() const
+{
+    constexpr int widest = 20; // of text: both scales, and something between them
+    return fontMetrics().height() * QSize(widest, minLines);
+}
+
+QSize TrendPlot::sizeHint() const
+{
+    constexpr int linesOfTime = 3;
+    const int lines = axisEnabled(xBottom) ? linesOfTime : 0; // so that curves are equally high
+    return minimumSizeHint() + QSize(0, fontMetrics().height() * (minLines + lines));
 }
 
 // ---- what it shows --------------------------------------------------------------------------
@@ -103,6 +116,7 @@ void TrendPlot::setGroup(const TrendGroup& group, int firstNumber)
                                        [](const TrendValue& each) { return each.isBit(); }));
     for (const TrendValue& value : group.values) {
         auto* const curve = new TrendCurve(value, number++);
+        curve->setCompany(static_cast<int>(group.values.size()));
         const bool isLeft = axes.empty() || value.axis() == axes.front();
         curve->setAxes(xBottom, isLeft ? yLeft : yRight);
         if (value.isBit())
@@ -132,8 +146,8 @@ void TrendPlot::setPalettes()
     }
     QColor ground = colours.color(QPalette::Base);
     ground.setAlphaF(0.85);
-    legend_->setBackgroundBrush(ground);
-    legend_->setTextPen(colours.color(QPalette::Text));
+    legend_.setBackgroundBrush(ground);
+    legend_.setTextPen(colours.color(QPalette::Text));
     QwtText why = absence_->text();
     why.setColor(colours.color(QPalette::Text));
     absence_->setText(why);
@@ -233,7 +247,7 @@ void TrendPlot::setNotes(const std::vector<TrendNote>& notes)
 
 void TrendPlot::setLegendShown(bool isShown)
 {
-    legend_->setVisible(isShown);
+    legend_.attach(isShown ? this : nullptr);
 }
 
 } // namespace dov417

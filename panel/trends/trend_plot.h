@@ -30,7 +30,13 @@ class TrendPlot : public QwtPlot {
 public:
     static constexpr int cursors = 2;
 
+    static constexpr int minLines = 5; // of text, high
+
     explicit TrendPlot(const TrendClock& clock);
+
+    // Qwt lays all scales out to tell these, time and again.
+    QSize minimumSizeHint() const override;
+    QSize sizeHint() const override;
 
     // firstNumber: of its first curve, in its page.
     void setGroup(const TrendGroup& group, int firstNumber);
@@ -87,7 +93,8 @@ private:
     TrendGroup group_;
     std::vector<TrendCurve*> curves_; // the plot's own
     QwtPlotGrid* const grid_;
-    QwtPlotLegendItem* const legend_;
+    // In the plot while it is shown alone, as it makes all of itself anew with each curve.
+    QwtPlotLegendItem legend_;
     QwtPlotTextLabel* const absence_;
     std::vector<QwtPlotMarker*> cursorMarks_;
     std::vector<QwtPlotMarker*> noteMarks_;

@@ -10,7 +10,6 @@ namespace {
 
 constexpr int maxNotes = 1000;   // of those by themselves; the oldest go first
 constexpr int newsPauseMs = 200; // for what falls into a column that is drawn already
-constexpr int linesOfPlot = 5;   // of text, the minimum
 
 } // namespace
 
@@ -24,6 +23,7 @@ TrendStack::TrendStack(const TrendHistory& history, const TrendClock& clock)
     splitter_->setChildrenCollapsible(false);
     setWidget(splitter_);
     timer_.setInterval(screenPauseMs);
+    timer_.setTimerType(Qt::PreciseTimer);
     turnTimer_.setSingleShot(true);
     connect(&timer_, &QTimer::timeout, this, [this]() { draw(); });
     connect(&turnTimer_, &QTimer::timeout, this, [this]() { draw(); });
@@ -39,7 +39,7 @@ void TrendStack::setPlots(const std::vector<TrendGroup>& groups)
     }
     while (plots_.size() < groups.size()) {
         auto* const plot = new TrendPlot(clock_);
-        plot->setMinimumHeight(fontMetrics().height() * linesOfPlot);
+        plot->setMinimumHeight(plot->minimumSizeHint().height());
         splitter_->addWidget(plot);
         plots_.push_back(plot);
         follow(plot);

@@ -24,7 +24,7 @@ class TrendStack : public QScrollArea {
 public:
     static constexpr int screenPauseMs = 40;
     static constexpr std::size_t eventsPerTurn = 250000;
-    static constexpr int turnMs = 6; // no further plot is begun after so long
+    static constexpr int turnMs = 3; // no further plot is begun after so long
 
     using Cursors = std::array<std::optional<TrendTime>, TrendPlot::cursors>;
 

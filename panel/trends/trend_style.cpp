@@ -1,7 +1,7 @@
 #include "panel/trends/trend_style.h"
 
+#include <QPainter>
 #include <array>
-#include <qwt_symbol.h>
 
 namespace dov417 {
 
@@ -29,12 +29,11 @@ QColor trendColour(int curve, const QPalette& palette)
 }
 
 // Seven colours and eight signs: the same pair comes back after 56.
-void drawTrendSign(QPainter& painter, int curve, const QColor& colour, const QPointF& place,
-                   double side)
+std::unique_ptr<QwtSymbol> trendSign(int curve, const QColor& colour, double side)
 {
     const auto style = signs.at(static_cast<std::size_t>(curve) % signs.size());
-    const QwtSymbol symbol(style, QBrush(colour), QPen(colour, 1.5), QSizeF(side, side).toSize());
-    symbol.drawSymbol(&painter, place);
+    return std::make_unique<QwtSymbol>(style, QBrush(colour), QPen(colour, 1.5),
+                                       QSizeF(side, side).toSize());
 }
 
 QPixmap trendSample(int curve, const QPalette& palette, const QSize& size)
@@ -49,7 +48,7 @@ QPixmap trendSample(int curve, const QPalette& palette, const QSize& size)
     const double middle = size.height() / 2.0;
     painter.setPen(QPen(colour, 2));
     painter.drawLine(QPointF(0, middle), QPointF(size.width(), middle));
-    drawTrendSign(painter, curve, colour, QPointF(size.width() / 2.0, middle), middle);
+    trendSign(curve, colour, middle)->drawSymbol(&painter, QPointF(size.width() / 2.0, middle));
     return pixmap;
 }
 

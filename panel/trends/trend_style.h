@@ -4,16 +4,16 @@
 #define DOV417_PANEL_TREND_STYLE_H
 
 #include <QColor>
-#include <QPainter>
 #include <QPalette>
 #include <QPixmap>
+#include <memory>
+#include <qwt_symbol.h>
 
 namespace dov417 {
 
 QColor trendColour(int curve, const QPalette& palette);
-// Around this place of the painter.
-void drawTrendSign(QPainter& painter, int curve, const QColor& colour, const QPointF& place,
-                   double side);
+// To be kept where many are drawn: it keeps its picture.
+std::unique_ptr<QwtSymbol> trendSign(int curve, const QColor& colour, double side);
 // A piece of the curve with its sign.
 QPixmap trendSample(int curve, const QPalette& palette, const QSize& size);
 

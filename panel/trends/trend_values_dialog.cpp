@@ -131,7 +131,10 @@ void TrendValuesDialog::showPlot(std::size_t plot, const TrendGroup& group)
 {
     title_->setText(tr("Plot %1 shows the values with a tick. It has room for two units; a value "
                        "of a third one gets a plot of its own.")
-                        .arg(plot + 1));
+                        .arg(plot + 1) +
+                    QLatin1Char(' ') +
+                    tr("There is room for %n value(s) on this page.", nullptr,
+                       static_cast<int>(TrendArrangement::maxValues)));
     choice_.setGroup(group);
 }
 

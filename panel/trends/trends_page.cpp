@@ -62,6 +62,7 @@ std::function<void()> TrendsPage::prepared(const OrderedJson& settings)
             stack_->arrange([span](TrendView& view) { view.setSpan(span); });
         showNotes();
         resolve();
+        showArrangement();
     };
 }
 
@@ -80,9 +81,9 @@ void TrendsPage::beginProject()
 
 // ---- which values -----------------------------------------------------------------------------
 
-void TrendsPage::resolve()
+bool TrendsPage::resolve()
 {
-    const TrendArrangement before = arrangement_;
+    const std::vector<TrendGroup> before = arrangement_.plots;
     arrangement_.resolve(desk_.tags());
     const std::vector<TrendGroup>& plots = arrangement_.plots;
     const bool isAnyLeft = std::any_of(plots.begin(), plots.end(), [](const TrendGroup& plot) {
@@ -93,7 +94,7 @@ void TrendsPage::resolve()
         arrangement_.plots.clear();
         begun_ = 0;
     }
-    showArrangement();
+    return !(arrangement_.plots == before);
 }
 
 void TrendsPage::arrange()

@@ -57,7 +57,7 @@ private:
     void arrange(); // by a person
     void showArrangement();
     void chooseByItself();
-    void resolve();
+    bool resolve(); // something is another one then
     void beginProject();
     void showView();
     void showCursors();

@@ -90,7 +90,10 @@ TrendsPage::TrendsPage(PanelDesk& desk)
         stack_->tell();
         chooseByItself();
     });
-    connect(&desk, &PanelDesk::tagsChanged, this, [this]() { resolve(); });
+    connect(&desk, &PanelDesk::tagsChanged, this, [this]() {
+        if (resolve()) // to make hundreds of curves takes long
+            showArrangement();
+    });
     connect(&desk, &PanelDesk::projectBegan, this, [this]() { beginProject(); });
     connect(&dialog_->choice(), &TrendChoice::chosen, this,
             [this](const TrendValue& value, bool isIn) { putIn(value, isIn); });

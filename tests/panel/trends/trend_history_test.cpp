@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "made_trends.h"
+#include "panel/trends/trend_arrangement.h"
 #include "panel/trends/trend_statistics.h"
 
 namespace dov417 {
@@ -188,6 +189,20 @@ TEST(TrendHistory, TakesNoMoreMemoryForTenMillionChanges)
     EXPECT_EQ(history.end(registerAt(150)), second(49999));
     EXPECT_GT(eventsOf(history, registerAt(150)), 600);
     EXPECT_EQ(eventsOf(history, registerAt(0)), 50000) << "of those that are kept all is there";
+}
+
+TEST(TrendHistory, StaysWithinTheLeastMemoryWithAsManyCurvesAsThereAreAtMost)
+{
+    TrendHistory history(TrendHistory::mebibyte);
+    std::vector<Address> kept;
+    for (std::size_t i = 0; i < TrendArrangement::maxValues; ++i)
+        kept.push_back(registerAt(static_cast<int>(i)));
+    history.setKept(kept);
+    runChanges(history, 0, static_cast<int>(kept.size()), 0, 3000);
+    EXPECT_LE(history.bytes(), history.limit());
+    EXPECT_GT(history.bytes(), history.limit() / 2);
+    for (const Address& address : kept)
+        EXPECT_GT(eventsOf(history, address), 60);
 }
 
 // A quarter of the memory for a quarter of the values.

@@ -3,11 +3,13 @@
 #include <QApplication>
 #include <QDir>
 #include <QInputDialog>
+#include <QLabel>
 #include <QMenu>
 #include <QTest>
 #include <fstream>
 #include <qwt_scale_draw.h>
 #include <qwt_scale_widget.h>
+#include <set>
 #include <sstream>
 
 #include "answering.h"
@@ -562,13 +564,32 @@ TEST_F(TheTrendsPage, RefusesATextWithAWord)
     EXPECT_FALSE(choice->model()->index(0, 0).data(Qt::CheckStateRole).isValid());
 }
 
-TEST_F(TheTrendsPage, HasRoomForAHundredValues)
+TEST_F(TheTrendsPage, HasRoomForThreeHundredValues)
 {
-    watch({"R_W:0..149"});
+    watch({"R_W:0..349"});
     show();
     showWatched();
-    EXPECT_EQ(readout->rowCount(), 100);
-    EXPECT_THAT(told, HasSubstr("100 value"));
+    EXPECT_EQ(readout->rowCount(), 300);
+    EXPECT_THAT(told, HasSubstr("300 value"));
+    QTest::mouseClick(page->findChild<QPushButton*>("trendValues"), Qt::LeftButton);
+    const auto labels = page->findChild<TrendValuesDialog*>()->findChildren<QLabel*>();
+    EXPECT_TRUE(std::any_of(labels.begin(), labels.end(), [](const QLabel* label) {
+        return label->text().contains(QStringLiteral("300 value"));
+    }));
+}
+
+TEST_F(TheTrendsPage, TellsCurvesByPairsOfColourAndSignThatComeAgainInOrder)
+{
+    const auto pair = [](int curve) {
+        const QColor colour = trendColour(curve, QApplication::palette());
+        return std::pair(colour.rgb(), trendSign(curve, colour, 8)->style());
+    };
+    std::set<std::pair<QRgb, QwtSymbol::Style>> pairs;
+    for (int curve = 0; curve < 56; ++curve)
+        pairs.insert(pair(curve));
+    EXPECT_EQ(pairs.size(), 56U);
+    for (int curve = 56; curve < static_cast<int>(TrendArrangement::maxValues); ++curve)
+        EXPECT_EQ(pair(curve), pair(curve - 56)) << curve;
 }
 
 TEST_F(TheTrendsPage, KeepsNotesOfAPersonAtACursor)
@@ -713,6 +734,13 @@ TEST_F(TheTrendsPage, RefusesSettingsWithTheirPlaceAndIsAsBefore)
         {R"({"plots":[{"values":[{"name":"a"}]}]})", "plots[0].values[0].address: "},
         {R"({"plots":[{"values":[{"name":1,"address":"x"}]}]})", "plots[0].values[0].name: "},
     };
+    OrderedJson values = OrderedJson::array();
+    for (std::size_t i = 0; i <= TrendArrangement::maxValues / 2; ++i)
+        values.push_back({{"name", "v" + std::to_string(i)}, {"address", "1/R_W:1"}});
+    EXPECT_THAT(complaint([&]() {
+                    page->prepared({{"plots", {{{"values", values}}, {{"values", values}}}}});
+                }),
+                StartsWith("plots: no more than 300 values"));
     for (const auto& [text, why] : rows)
         EXPECT_THAT(complaint([&, json = text]() { page->prepared(OrderedJson::parse(json)); }),
                     StartsWith(why))
