@@ -91,10 +91,10 @@ void WireView::measureTexts()
     right_ = fontMetrics().horizontalAdvance(QStringLiteral("0000 ms")) / 2;
 }
 
-// The scale, and the cycles below it.
+// The scale, the cycles below it, and the rulers' flags below these.
 int WireView::top() const
 {
-    return 3 * fontMetrics().height() + 3 * spaceAround;
+    return 4 * fontMetrics().height() + 3 * spaceAround;
 }
 
 double WireView::xOf(Clock::time_point time) const

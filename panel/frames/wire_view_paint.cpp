@@ -235,7 +235,7 @@ void WireView::paintRulers(QPainter& painter) const
         if (!ruler(each) || *ruler(each) < from_ || *ruler(each) > to_)
             continue;
         const double x = xOf(*ruler(each));
-        const int y = fontMetrics().height() * 2 + spaceAround;
+        const int y = fontMetrics().height() * 3 + spaceAround;
         painter.setPen(QPen(ink, 2, each == WireRuler::a ? Qt::SolidLine : Qt::DashDotLine));
         painter.drawLine(QPointF(x, y), QPointF(x, height()));
         const QRectF flag(x, y, fontMetrics().height(), fontMetrics().height());
