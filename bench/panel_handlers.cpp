@@ -31,6 +31,7 @@ constexpr int lampWords = 1000;
 constexpr int wordsOfAnArea = 125;
 constexpr int bitsOfAFrame = 2000; // no reply holds more
 constexpr int lampsPage = 2;
+constexpr int trendsPage = 3;
 constexpr int planPage = 6;
 
 // Of this thread's processor, so that others on the machine do not count.
@@ -162,6 +163,31 @@ void measurePlanning(MeasuredWindow& measured)
     print("Plan: painting that", longestMs(1, [](int) { paint(); }));
 }
 
+void measureTrends(MeasuredWindow& measured)
+{
+    constexpr int turns = 100;
+    measured.window.showPage(0);
+    paint();
+    print("Trends: arranging 300 curves",
+          longestMs(1, [&](int) { plotAll(measured.window, measured.desk.tags().items); }));
+    print("Trends: showing 300 curves",
+          longestMs(1, [&](int) { measured.window.showPage(trendsPage); }));
+    print("Trends: painting their plots first", longestMs(1, [](int) { paint(); }));
+    double drawn = 0;
+    for (int turn = 0; turn < turns; ++turn) {
+        measured.desk.apply(batchOf(measured.desk.tags(), turn));
+        drawn = std::max(drawn, longestMs(1, [](int) {
+                             QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+                         }));
+    }
+    print("Trends: a turn of drawing 300 curves", drawn);
+    print("Trends: other values are watched", longestMs(1, [&](int) {
+              std::vector<Item> fewer = measured.desk.tags().items;
+              fewer.pop_back();
+              measured.desk.setItems(fewer);
+          }));
+}
+
 void measureLamps(MeasuredWindow& measured, int rounds)
 {
     PanelDesk& desk = measured.desk;
@@ -256,6 +282,7 @@ int run(int rounds)
     measurePlanning(measured);
     std::printf("memory before and at each quarter of %lld changes\t%s KiB\n",
                 static_cast<long long>(tags) * rounds, memory.c_str());
+    measureTrends(measured);
     measureLamps(measured, std::max(1, rounds / 10));
     desk.end();
     return EXIT_SUCCESS;
