@@ -1,14 +1,22 @@
-// A fault that is switched on at the page of faults, and what the other pages show of it: requests
-// that are sent again, given up, and answered again.
+// What is done to the controller at the page of faults, and what each other page shows of it:
+// requests that are sent again, given up, and answered again; a port that goes and comes back.
 #include <QDoubleSpinBox>
+#include <QPushButton>
 #include <QTableView>
 #include <QTest>
+#include <algorithm>
+#include <numeric>
 
 #include "panel/faults/faults_page.h"
 #include "panel/frames/line_page.h"
 #include "panel/frames/wire_page.h"
 #include "panel/health/health_page.h"
 #include "panel/main_window.h"
+#include "panel/plan/plan_page.h"
+#include "panel/recipes/recipes_page.h"
+#include "panel/trends/trend_stack.h"
+#include "panel/trends/trends_page.h"
+#include "panel/values/lamps_page.h"
 #include "panel/values/values_page.h"
 #include "panel_world.h"
 
@@ -33,7 +41,15 @@ protected:
         setup.line = "115200,8,EVEN,1";
         setup.timeoutMs = 60;
         setup.maxProbeMs = 150;
-        options.set = {"R_W:100=7"};
+        options.set = {"R_W:100=7", "M_bit:1.0=1"};
+    }
+    void begin()
+    {
+        watch({"R_W:100", "M_bit:1.0"});
+        desk.open(setup, options);
+        ASSERT_TRUE(
+            waitUntil([this]() { return allAre(ValueState::good) && desk.controllerReport(); }));
+        onPage<TrendsPage>().showValues({desk.tags().values.front().address});
     }
     // With Ctrl and its number; its widget.
     template <typename Page>
@@ -59,6 +75,53 @@ protected:
     static std::string cell(const QTableView& table, int row, int column)
     {
         return table.model()->index(row, column).data().toString().toStdString();
+    }
+    // On each page that shows the values: they are as they were read last, and of this standing.
+    void expectOnEachPage(const char* symbol, const char* word) const
+    {
+        const std::string standing = std::string(symbol) + " " + word;
+        const auto& values = *onPage<ValuesPage>().findChild<QTableView*>("values");
+        EXPECT_EQ(cell(values, 0, ValuesModel::value), "7");
+        EXPECT_EQ(cell(values, 0, ValuesModel::state), standing);
+        const auto& lamps = *onPage<LampsPage>().findChild<QTableView*>("lamps");
+        EXPECT_EQ(lamps.model()->index(0, 0).data(Qt::AccessibleTextRole).toString().toStdString(),
+                  "1/M_bit:1.0 (1/M_bit:1.0): on, " + standing);
+        const auto& recipe = *onPage<RecipesPage>().findChild<QTableView*>("recipe");
+        EXPECT_TRUE(waitUntil([&]() {
+            return cell(recipe, 0, RecipeModel::age).find(symbol) == 0;
+        })) << cell(recipe, 0, RecipeModel::age);
+        EXPECT_EQ(cell(recipe, 0, RecipeModel::controller), "7");
+        const auto& readout = *onPage<TrendsPage>().findChild<QTableView*>("trendReadout");
+        EXPECT_TRUE(waitUntil([&]() { return cell(readout, 0, TrendReadout::state) == standing; }));
+    }
+    std::string faultSentence() const
+    {
+        return onPage<FaultsPage>().findChild<QLabel*>("faultSentence")->text().toStdString();
+    }
+    std::string lineSentence() const
+    {
+        return window.findChild<QLabel*>("lineSentence")->text().toStdString();
+    }
+    // By its requests, once there is one.
+    std::string plan() const
+    {
+        const auto& page = onPage<PlanPage>();
+        EXPECT_TRUE(waitUntil([&page]() { return !page.isBusy(); }));
+        const auto texts = shownIn(*page.findChild<QTableView*>("planRequests"), 1);
+        return std::accumulate(
+            texts.begin(), texts.end(), std::string(),
+            [](const std::string& all, const std::string& each) { return all + each + ";"; });
+    }
+    // What the trends know of a moment, at cursor A.
+    std::string trendAt(TrendTime at) const
+    {
+        const auto& page = onPage<TrendsPage>();
+        page.findChild<TrendStack*>()->setCursor(0, at);
+        return cell(*page.findChild<QTableView*>("trendReadout"), 0, TrendReadout::atA);
+    }
+    static TrendTime now()
+    {
+        return toTrendTime(Clock::now());
     }
     std::string shownState() const
     {
@@ -94,11 +157,11 @@ protected:
 
 TEST_F(ATourOfAFault, ShowsRepetitionGivingUpAndRecoveryOnEachPage)
 {
-    watch({"R_W:100"});
-    desk.open(setup, options);
-    ASSERT_TRUE(
-        waitUntil([this]() { return allAre(ValueState::good) && desk.controllerReport(); }));
-    EXPECT_EQ(shownState(), "\u2713 good");
+    begin();
+    expectOnEachPage("\u2713", "good");
+    EXPECT_THAT(faultSentence(), StartsWith("Nothing is wrong."));
+    const std::string planned = plan();
+    EXPECT_EQ(planned, "1/M_W:1;1/R_W:100;");
     ASSERT_TRUE(waitUntil([this]() { return !counter(HealthModel::sent).empty(); }));
     EXPECT_EQ(counter(HealthModel::abandoned), "");
     EXPECT_EQ(share(WireUse::timeOuts), "0.00 ms");
@@ -106,9 +169,9 @@ TEST_F(ATourOfAFault, ShowsRepetitionGivingUpAndRecoveryOnEachPage)
 
     setRate("silence", "100");
     ASSERT_TRUE(waitUntil([this]() { return allAre(ValueState::old); }));
-    EXPECT_EQ(shownState(), "\u25f7 old");
-    EXPECT_EQ(cell(*onPage<ValuesPage>().findChild<QTableView*>("values"), 0, ValuesModel::value),
-              "7");
+    expectOnEachPage("\u25f7", "old");
+    EXPECT_THAT(faultSentence(), StartsWith("Requests have been given up: their values are old."));
+    EXPECT_EQ(plan(), planned);
     EXPECT_TRUE(waitUntil([this]() { return !counter(HealthModel::abandoned).empty(); }));
     EXPECT_NE(counter(HealthModel::retries), "");
     EXPECT_NE(counter(HealthModel::noByte), "");
@@ -118,21 +181,57 @@ TEST_F(ATourOfAFault, ShowsRepetitionGivingUpAndRecoveryOnEachPage)
     EXPECT_TRUE(waitUntil([this]() { return share(WireUse::timeOuts) != "0.00 ms"; }));
     EXPECT_TRUE(waitUntil([this]() { return share(WireUse::retries) != "0.00 ms"; }));
     EXPECT_TRUE(waitUntil([this]() { return framesWith("no byte came") > 2; }));
-    EXPECT_THAT(window.findChild<QLabel*>("lineSentence")->text().toStdString(),
-                HasSubstr("not every request is answered"));
+    EXPECT_THAT(lineSentence(), HasSubstr("not every request is answered"));
+    const TrendTime failed = now();
 
     setRate("silence", "0");
     ASSERT_TRUE(waitUntil([this]() { return allAre(ValueState::good); }));
-    EXPECT_EQ(shownState(), "\u2713 good");
-    EXPECT_TRUE(waitUntil([this]() {
-        return window.findChild<QLabel*>("lineSentence")->text() ==
-               QLatin1String("The simulated controller answers.");
-    }));
+    expectOnEachPage("\u2713", "good");
+    EXPECT_TRUE(
+        waitUntil([this]() { return lineSentence() == "The simulated controller answers."; }));
+    EXPECT_TRUE(waitUntil([this]() { return faultSentence().find("Nothing is wrong.") == 0; }));
+    EXPECT_EQ(plan(), planned);
     // What was is not forgotten.
+    EXPECT_TRUE(waitUntil([&]() { return trendAt(failed) == "request failed"; }))
+        << trendAt(failed);
     EXPECT_NE(counter(HealthModel::abandoned), "");
     EXPECT_THAT(health("linkHistory"), HasSubstr("\u2713 good"));
     EXPECT_GT(framesWith("no byte came"), 2);
-    EXPECT_EQ(desk.book().find(desk.tags().values.front().address)->value.front(), 7);
+}
+
+TEST_F(ATourOfAFault, ShowsACableThatIsPulledAndPluggedInOnEachPage)
+{
+    begin();
+    expectOnEachPage("\u2713", "good");
+    const std::string planned = plan();
+    const auto useCable = [this]() {
+        QTest::mouseClick(onPage<FaultsPage>().findChild<QPushButton*>("cable"), Qt::LeftButton);
+    };
+    useCable();
+    ASSERT_TRUE(waitUntil(
+        [this]() { return allAre(ValueState::old) && desk.state().phase == LinePhase::away; }));
+    expectOnEachPage("\u25f7", "old");
+    EXPECT_THAT(faultSentence(), StartsWith("The cable is pulled: the port is gone"));
+    EXPECT_THAT(lineSentence(), HasSubstr("its cable is pulled."));
+    EXPECT_EQ(plan(), planned);
+    EXPECT_TRUE(waitUntil(
+        [this]() { return health("linkHistory").find("port away") != std::string::npos; }));
+    const TrendTime pulled = now();
+    const int frames = framesWith("");
+    EXPECT_GT(frames, 0);
+
+    useCable();
+    ASSERT_TRUE(waitUntil([this]() { return allAre(ValueState::good); }));
+    expectOnEachPage("\u2713", "good");
+    EXPECT_EQ(lineSentence(), "The simulated controller answers.");
+    EXPECT_TRUE(waitUntil([this]() { return faultSentence().find("Nothing is wrong.") == 0; }));
+    EXPECT_EQ(plan(), planned);
+    EXPECT_TRUE(waitUntil([&]() { return framesWith("") > frames; }));
+    // The last request was under way then, or none was.
+    EXPECT_TRUE(waitUntil([&]() {
+        const std::string known = trendAt(pulled);
+        return known == "request failed" || known == "line not open";
+    })) << trendAt(pulled);
 }
 
 } // namespace
