@@ -87,10 +87,11 @@ nanoseconds SerialFormat::interFrameDelay() const
                      std::int64_t{2} * baudRate);
 }
 
-nanoseconds SerialFormat::transaction(int sendLength, int replyLength, nanoseconds turnaround) const
+nanoseconds SerialFormat::transaction(int sendLength, int replyLength,
+                                      nanoseconds responseTime) const
 {
     return characters(std::int64_t{sendLength} + replyLength) +
-           interFrameDelay() * (replyLength > 0 ? 2 : 1) + turnaround;
+           interFrameDelay() * (replyLength > 0 ? 2 : 1) + responseTime;
 }
 
 SerialFormat parseRtuFormat(const std::string& text)

@@ -29,14 +29,14 @@ struct SerialFormat {
     // 13 characters of 11 bits at 38400 baud take 3 723 959 ns.
     std::chrono::nanoseconds characters(std::int64_t count) const;
 
-    // What has to pass in silence between two frames: 3.5 characters, above 19200 baud 1.75 ms.
+    // What has to pass between two frames without a byte: 3.5 characters, above 19200 baud 1.75 ms.
     std::chrono::nanoseconds interFrameDelay() const;
 
     // One request and its reply: the characters, an inter-frame delay before each, and what the
     // controller takes before it answers (0 for replyLength: a broadcast, where that is the time to
     // digest it).
     std::chrono::nanoseconds transaction(int sendLength, int replyLength,
-                                         std::chrono::nanoseconds turnaround) const;
+                                         std::chrono::nanoseconds responseTime) const;
 };
 
 // Both take NONE, EVEN and ODD in any case, or the letter alone, and throw a UsageFailure that

@@ -9,18 +9,18 @@
 
 namespace dov417::simulator {
 
-constexpr int maxTurnaroundMs = 600000;
+constexpr int maxResponseTimeMs = 600000;
 
 struct Conditions {
     std::vector<std::string> faults; // rules, see faults.h
-    int turnaroundMs = 0;            // what the controller takes before it answers
+    int responseTimeMs = 0;          // what the controller takes before it answers
     bool isOn = true;                // off: it takes nothing in and says nothing; values stay
     bool isPlugged = true;           // else its port is gone; it comes back under the same name
 };
 
 inline bool operator==(const Conditions& left, const Conditions& right)
 {
-    return left.faults == right.faults && left.turnaroundMs == right.turnaroundMs &&
+    return left.faults == right.faults && left.responseTimeMs == right.responseTimeMs &&
            left.isOn == right.isOn && left.isPlugged == right.isPlugged;
 }
 

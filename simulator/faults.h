@@ -72,7 +72,7 @@ std::string faultName(FaultKind kind);
 
 // What goes on the line in place of a reply: pieces, each after a silence of its own.
 struct Piece {
-    int delayMs = 0; // before the first byte, on top of the turnaround
+    int delayMs = 0; // before the first byte, on top of the response time
     QByteArray bytes;
 };
 struct Transmission {

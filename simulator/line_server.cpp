@@ -273,7 +273,7 @@ void LineServer::Private::send(const QByteArray& request, const Answer& answer,
         log(LineEvent::withheld, answer.reply, meaning);
         return;
     }
-    std::int64_t at = arrivedAt + options_.turnaroundMs * nanosecondsPerMillisecond;
+    std::int64_t at = arrivedAt + options_.responseTimeMs * nanosecondsPerMillisecond;
     if (options_.paced)
         at += options_.line.interFrameDelay().count();
     for (const Piece& piece : transmission.pieces) {
@@ -395,9 +395,9 @@ bool LineServer::isOpen() const
     return d_->port_.isOpen();
 }
 
-void LineServer::setTurnaround(int milliseconds)
+void LineServer::setResponseTime(int milliseconds)
 {
-    d_->options_.turnaroundMs = milliseconds;
+    d_->options_.responseTimeMs = milliseconds;
 }
 
 void LineServer::setOn(bool isOn)

@@ -16,9 +16,9 @@
 // pulled plug: the other side sees a hang-up, the link disappears; open() puts it back.
 //
 // `paced`: bytes in both directions take the time that they would take on the configured line. The
-// reply begins 3.5 characters (1.75 ms above 19200 baud) and the turnaround after the last byte of
-// the request has passed, and its bytes arrive one character time apart (handed over in lumps of
-// about a millisecond). Unpaced, a reply leaves after the turnaround alone, by default at once.
+// reply begins 3.5 characters (1.75 ms above 19200 baud) and the response time after the last byte
+// of the request has passed, and its bytes arrive one character time apart (handed over in lumps of
+// about a millisecond). Unpaced, a reply leaves after the response time alone, by default at once.
 #ifndef DOV417_SIMULATOR_LINE_SERVER_H
 #define DOV417_SIMULATOR_LINE_SERVER_H
 
@@ -38,11 +38,11 @@
 namespace dov417::simulator {
 
 struct LineServerOptions {
-    std::string device;   // serial device; empty: a pseudo-terminal of its own
-    std::string link;     // symbolic link to the pseudo-terminal; empty: none
-    SerialFormat line;    // a serial device is set to it; else it tells how long a byte takes
-    bool paced = false;   // see above; leave it off on a real serial line
-    int turnaroundMs = 0; // what the controller takes before it answers
+    std::string device;     // serial device; empty: a pseudo-terminal of its own
+    std::string link;       // symbolic link to the pseudo-terminal; empty: none
+    SerialFormat line;      // a serial device is set to it; else it tells how long a byte takes
+    bool paced = false;     // see above; leave it off on a real serial line
+    int responseTimeMs = 0; // what the controller takes before it answers
     // On a pseudo-terminal of its own: what passes while the other side has set another speed is
     // garbled, as on a wire. Parity is nothing that a pseudo-terminal keeps.
     bool ownSpeedOnly = false;
@@ -76,7 +76,7 @@ public:
     bool isOpen() const;
 
     // Of replies to requests that come from now on.
-    void setTurnaround(int milliseconds);
+    void setResponseTime(int milliseconds);
     // Switched off, the controller takes nothing in and says nothing, not even the rest of a reply.
     void setOn(bool isOn);
 

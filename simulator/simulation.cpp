@@ -23,7 +23,7 @@ LineServerOptions lineOptions(const SimulationOptions& options)
     line.line = options.line;
     line.ownSpeedOnly = options.ownSpeedOnly;
     line.paced = options.baudLimit;
-    line.turnaroundMs = options.turnaroundMs;
+    line.responseTimeMs = options.responseTimeMs;
     return line;
 }
 
@@ -82,7 +82,7 @@ void Simulation::prepare()
         throw UsageFailure("stations are different numbers from 1 to 247");
     faults_ = Faults(rulesOf(options_.faults), options_.seed);
     conditions_.faults = options_.faults;
-    conditions_.turnaroundMs = options_.turnaroundMs;
+    conditions_.responseTimeMs = options_.responseTimeMs;
 
     if (!options_.loadFile.empty())
         loadValues(memory_, options_.loadFile);
@@ -124,15 +124,15 @@ void Simulation::stop()
 void Simulation::setConditions(const Conditions& conditions)
 {
     const std::vector<FaultRule> rules = rulesOf(conditions.faults);
-    if (conditions.turnaroundMs < 0 || conditions.turnaroundMs > maxTurnaroundMs)
-        throw UsageFailure("the controller takes 0 to " + std::to_string(maxTurnaroundMs) +
+    if (conditions.responseTimeMs < 0 || conditions.responseTimeMs > maxResponseTimeMs)
+        throw UsageFailure("the controller takes 0 to " + std::to_string(maxResponseTimeMs) +
                            " ms before it answers");
     // A pseudo-terminal comes back with another number, and its old one may be another program's.
     if (!conditions.isPlugged && options_.device.empty() && options_.link.empty())
         throw UsageFailure("without a link nobody would find the port again");
     if (conditions.faults != conditions_.faults)
         faults_.setRules(rules);
-    line_->setTurnaround(conditions.turnaroundMs);
+    line_->setResponseTime(conditions.responseTimeMs);
     line_->setOn(conditions.isOn);
     const bool wasPlugged = conditions_.isPlugged;
     conditions_ = conditions;

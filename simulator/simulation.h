@@ -37,7 +37,7 @@ struct SimulationOptions {
     SerialFormat line;
     bool ownSpeedOnly = false;       // on a pseudo-terminal: another speed is garbled, as on a wire
     bool baudLimit = false;          // bytes take the time that they take on the line
-    int turnaroundMs = 0;            // what the controller takes before it answers
+    int responseTimeMs = 0;          // what the controller takes before it answers
     bool strict = false;             // 125 registers, 2000 coils and no more
     std::vector<std::string> faults; // rules, see faults.h
     std::uint32_t seed = 1;          // of faults and plant

@@ -72,7 +72,7 @@ void addSimulateCommand(CLI::App& app, Action& chosen)
     command->add_flag("--baud-limit", simulation.baudLimit,
                       "Bytes take the time on a pseudo-terminal that they take on the wire");
     command
-        ->add_option("--response-time", simulation.turnaroundMs,
+        ->add_option("--response-time", simulation.responseTimeMs,
                      "What the controller takes before it answers (0)")
         ->option_text("MS")
         ->check(CLI::Range(0, maxMs));

@@ -153,8 +153,8 @@ void takeStatistics(const OrderedJson& record, LinkStatistics& statistics)
 OrderedJson reportRecord(const ControllerReport& report)
 {
     const simulator::Conditions& conditions = report.conditions;
-    return {conditions.faults,    conditions.turnaroundMs, conditions.isOn,
-            conditions.isPlugged, report.counts.replies,   report.counts.faulty,
+    return {conditions.faults,    conditions.responseTimeMs, conditions.isOn,
+            conditions.isPlugged, report.counts.replies,     report.counts.faulty,
             report.counts.kinds};
 }
 
@@ -162,7 +162,7 @@ ControllerReport reportOf(const OrderedJson& record)
 {
     ControllerReport report;
     report.conditions.faults = record.at(0).get<std::vector<std::string>>();
-    report.conditions.turnaroundMs = record.at(1).get<int>();
+    report.conditions.responseTimeMs = record.at(1).get<int>();
     report.conditions.isOn = record.at(2).get<bool>();
     report.conditions.isPlugged = record.at(3).get<bool>();
     report.counts.replies = record.at(4).get<std::uint64_t>();

@@ -84,9 +84,9 @@ private:
         options.stations = {1, 2, silentStation};
         options.baudLimit = true;
         options.line = parseRtuFormat(wire);
-        options.turnaroundMs = controllerTakesMs;
+        options.responseTimeMs = controllerTakesMs;
         options.link = folder_.filePath("controller").toStdString();
-        conditions_.turnaroundMs = controllerTakesMs;
+        conditions_.responseTimeMs = controllerTakesMs;
         return options;
     }
 

@@ -8,7 +8,7 @@ namespace dov417 {
 
 namespace simulator {
 
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Conditions, faults, turnaroundMs, isOn, isPlugged);
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Conditions, faults, responseTimeMs, isOn, isPlugged);
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(FaultCounts, replies, faulty, kinds);
 
 } // namespace simulator

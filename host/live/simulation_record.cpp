@@ -10,7 +10,7 @@ namespace dov417 {
 namespace simulator {
 
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(SimulationOptions, stations, device, link, line, ownSpeedOnly,
-                                   baudLimit, turnaroundMs, strict, faults, seed, frozen,
+                                   baudLimit, responseTimeMs, strict, faults, seed, frozen,
                                    followInputs, hold, holdWritten, set, loadFile, dumpFile,
                                    logFile)
 

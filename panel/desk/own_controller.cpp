@@ -16,7 +16,7 @@ simulator::SimulationOptions OwnController::linked(const simulator::SimulationOp
 {
     conditions_ = simulator::Conditions();
     conditions_.faults = options.faults;
-    conditions_.turnaroundMs = options.turnaroundMs;
+    conditions_.responseTimeMs = options.responseTimeMs;
     simulator::SimulationOptions linked = options;
     if (!linked.link.empty())
         return linked;

@@ -15,7 +15,7 @@ namespace {
 
 constexpr int stepsPerPercent = 10;
 constexpr int maxPercent = 100;
-constexpr int maxShownTurnaroundMs = 5000;
+constexpr int maxShownResponseTimeMs = 5000;
 
 QLabel* headOf(const QString& text)
 {
@@ -79,7 +79,7 @@ QWidget* FaultsPage::makeController()
     power_->setObjectName(QStringLiteral("power"));
     cable_->setObjectName(QStringLiteral("cable"));
     responseTime_->setObjectName(QStringLiteral("responseTime"));
-    responseTime_->setRange(0, maxShownTurnaroundMs);
+    responseTime_->setRange(0, maxShownResponseTimeMs);
     responseTime_->setSingleStep(10);
     responseTime_->setSuffix(tr(" ms"));
     responseTime_->setKeyboardTracking(false);
@@ -174,7 +174,7 @@ void FaultsPage::beginAnew()
 void FaultsPage::clearRates()
 {
     isShowing_ = true;
-    responseTime_->setValue(desk_.ownController().turnaroundMs);
+    responseTime_->setValue(desk_.ownController().responseTimeMs);
     for (const FaultRow& row : rows_)
         row.rate->setValue(0);
     isShowing_ = false;
@@ -183,7 +183,7 @@ void FaultsPage::clearRates()
 simulator::Conditions FaultsPage::wanted() const
 {
     simulator::Conditions conditions;
-    conditions.turnaroundMs = responseTime_->value();
+    conditions.responseTimeMs = responseTime_->value();
     conditions.isOn = isOn_;
     conditions.isPlugged = isPlugged_;
     for (const FaultRow& row : rows_) {

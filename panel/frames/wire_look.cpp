@@ -26,7 +26,7 @@ SpanLook lookOf(SpanKind kind, const QPalette& palette)
     switch (kind) {
     case SpanKind::request:
         return {requestBlue, 1, Qt::SolidPattern, 1};
-    case SpanKind::turnaround:
+    case SpanKind::responseTime:
         return {ink, 0, Qt::Dense6Pattern, 0.4};
     case SpanKind::reply:
         return {replyOrange, 0.55, Qt::BDiagPattern, 1};
@@ -52,8 +52,8 @@ std::pair<SpanKind, SpanPurpose> sampleOf(WireUse use)
     switch (use) {
     case WireUse::requests:
         return {SpanKind::request, SpanPurpose::regular};
-    case WireUse::turnaround:
-        return {SpanKind::turnaround, SpanPurpose::regular};
+    case WireUse::responseTime:
+        return {SpanKind::responseTime, SpanPurpose::regular};
     case WireUse::replies:
         return {SpanKind::reply, SpanPurpose::regular};
     case WireUse::interFrame:
@@ -95,7 +95,7 @@ void paintSpanLook(QPainter& painter, const QRectF& bar, SpanKind kind, SpanPurp
         painter.setBrush(Qt::NoBrush);
         painter.drawRect(body);
     }
-    if (purpose == SpanPurpose::regular || kind == SpanKind::turnaround)
+    if (purpose == SpanPurpose::regular || kind == SpanKind::responseTime)
         return;
     // A roof tells what is beyond the regular: red and thick of what is sent again, dotted of a
     // check.

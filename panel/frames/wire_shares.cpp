@@ -32,14 +32,14 @@ WireUse useOf(const WireSpan& span)
     case SpanKind::missing:
         return WireUse::missing;
     case SpanKind::request:
-    case SpanKind::turnaround:
+    case SpanKind::responseTime:
     case SpanKind::reply:
         break;
     }
     return span.purpose == SpanPurpose::retry    ? WireUse::retries
            : span.purpose == SpanPurpose::marker ? WireUse::markers
            : span.kind == SpanKind::request      ? WireUse::requests
-           : span.kind == SpanKind::turnaround   ? WireUse::turnaround
+           : span.kind == SpanKind::responseTime ? WireUse::responseTime
                                                  : WireUse::replies;
 }
 

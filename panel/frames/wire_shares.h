@@ -10,7 +10,7 @@ namespace dov417 {
 
 enum class WireUse {
     requests,
-    turnaround,
+    responseTime,
     replies,
     interFrame,
     idle,

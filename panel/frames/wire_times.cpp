@@ -142,7 +142,7 @@ void WireTimes::layOut(WireFrame& frame, Clock::time_point toldAt)
                     wire_->characters(told.sent.size() + reception.bytes.size()) * 9 / 10;
     put(SpanKind::request, wire_ && !isFaster_ ? told.sendEnd : told.sendBegin, &frame);
     const SpanKind waiting = isAnswered || told.reception.result == LineResult::broadcast
-                                 ? SpanKind::turnaround
+                                 ? SpanKind::responseTime
                                  : SpanKind::timeOut;
     for (const Stray& stray : strays_) {
         put(waiting, stray.at - characters(stray.bytes), &frame);
@@ -150,7 +150,7 @@ void WireTimes::layOut(WireFrame& frame, Clock::time_point toldAt)
     }
     if (isAnswered) {
         const Clock::duration first = characters(QByteArray(1, ' '));
-        put(SpanKind::turnaround,
+        put(SpanKind::responseTime,
             std::min(reception.firstByte - first, reception.lastByte - characters(reception.bytes)),
             &frame);
         put(SpanKind::reply, reception.lastByte, &frame);
@@ -253,7 +253,7 @@ std::vector<WireSpan> WireTimes::underWay(Clock::time_point now) const
     rest.frames_.push_back(frames_.back());
     WireFrame& frame = rest.frames_.back();
     rest.put(SpanKind::request, std::min(now, wire_ ? told.sendEnd : told.sendBegin), &frame);
-    rest.put(SpanKind::turnaround, now, &frame);
+    rest.put(SpanKind::responseTime, now, &frame);
     return {rest.spans_.begin(), rest.spans_.end()};
 }
 

@@ -21,15 +21,15 @@
 namespace dov417 {
 
 enum class SpanKind {
-    request,    // its bytes
-    turnaround, // the controller's time: from the request's last byte to the reply's first one
-    reply,      // its bytes
-    timeOut,    // waited in vain
-    stray,      // bytes that were no reply
-    interFrame, // the inter-frame delay, before a frame
-    idle,       // nobody has anything to say
-    noLine,     // the port was away
-    missing     // not told: this computer was too busy
+    request,      // its bytes
+    responseTime, // the controller's time: from the request's last byte to the reply's first one
+    reply,        // its bytes
+    timeOut,      // waited in vain
+    stray,        // bytes that were no reply
+    interFrame,   // the inter-frame delay, before a frame
+    idle,         // nobody has anything to say
+    noLine,       // the port was away
+    missing       // not told: this computer was too busy
 };
 constexpr int spanKinds = 9;
 

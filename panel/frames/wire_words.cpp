@@ -59,7 +59,7 @@ QString wordOf(SpanKind kind)
     switch (kind) {
     case SpanKind::request:
         return WireTexts::tr("request");
-    case SpanKind::turnaround:
+    case SpanKind::responseTime:
         return WireTexts::tr("the controller's time");
     case SpanKind::reply:
         return WireTexts::tr("reply");
@@ -84,8 +84,8 @@ QString wordOf(WireUse use)
     switch (use) {
     case WireUse::requests:
         return WireTexts::tr("requests");
-    case WireUse::turnaround:
-        return wordOf(SpanKind::turnaround);
+    case WireUse::responseTime:
+        return wordOf(SpanKind::responseTime);
     case WireUse::replies:
         return WireTexts::tr("replies");
     case WireUse::interFrame:
@@ -113,7 +113,7 @@ QString explanationOf(WireUse use)
     switch (use) {
     case WireUse::requests:
         return WireTexts::tr("Bytes that are sent: a few for each read, whatever its length");
-    case WireUse::turnaround:
+    case WireUse::responseTime:
         return WireTexts::tr("From the last byte of a request to the first byte of its reply");
     case WireUse::replies:
         return WireTexts::tr("Bytes of the replies: two for each register that is read");
@@ -193,7 +193,7 @@ QString sharesText(const WireShares& shares)
         WireTexts::tr("In %1 bytes use %2\u00a0% of the line; for %3\u00a0% the controllers were "
                       "waited for, for %4\u00a0% it was silent.")
             .arg(wireTimeText(shares.whole), percentText(shares.part(shares.bytes)),
-                 percentText(shares.part(shares.of(WireUse::turnaround))), percentText(silence));
+                 percentText(shares.part(shares.of(WireUse::responseTime))), percentText(silence));
     return shares.cycles == 0
                ? bytes
                : bytes + QLatin1Char(' ') +

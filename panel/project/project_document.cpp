@@ -15,10 +15,10 @@ namespace {
 // As slow as one at the end of a real line.
 simulator::SimulationOptions trialController()
 {
-    constexpr int turnaroundMs = 3;
+    constexpr int responseTimeMs = 3;
     simulator::SimulationOptions options;
     options.baudLimit = true;
-    options.turnaroundMs = turnaroundMs;
+    options.responseTimeMs = responseTimeMs;
     return options;
 }
 

@@ -50,7 +50,7 @@ TEST(SerialFormat, TheInterFrameDelayIsFixedAbove19200Baud)
     EXPECT_EQ(format("115200,8,EVEN,1").interFrameDelay(), microseconds(1750));
 }
 
-TEST(SerialFormat, AReadTakesItsCharactersTwoDelaysAndTheTurnaround)
+TEST(SerialFormat, AReadTakesItsCharactersTwoDelaysAndTheResponseTime)
 {
     const SerialFormat line = format("38400,8,EVEN,1");
     // 8 + 7 characters of 286 458.3 ns, 2 x 1.75 ms.

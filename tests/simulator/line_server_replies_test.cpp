@@ -104,13 +104,13 @@ TEST_F(LineServerReplies, PacedNeverIsFasterThanTheLine)
 {
     options.paced = true;
     options.line.baudRate = 9600;
-    options.turnaroundMs = 3;
+    options.responseTimeMs = 3;
     start();
     MasterEnd master(server->portName());
     const std::int64_t begin = monotonicNow();
     master.send(bytesOf(readRequest));
     EXPECT_EQ(hexOf(master.receive(7)), readReply);
-    // 8 + 7 characters of 1.1458 ms, a silence of 4.0104 ms, 3 ms of turnaround.
+    // 8 + 7 characters of 1.1458 ms, an inter-frame delay of 4.0104 ms, 3 ms of response time.
     EXPECT_GE(monotonicNow() - begin, 24197917);
 }
 

@@ -159,15 +159,15 @@ TEST_F(SimulationTest, KeepsToTheProtocolsLimitsIfItIsStrict)
 TEST_F(SimulationTest, TakesOtherFaultsAndAnotherResponseTimeWhileItServes)
 {
     options.set = {"R_W:10=0x1234"};
-    options.turnaroundMs = 3;
+    options.responseTimeMs = 3;
     start();
-    EXPECT_EQ(simulation->conditions().turnaroundMs, 3);
+    EXPECT_EQ(simulation->conditions().responseTimeMs, 3);
     MasterEnd master(simulation->portName());
     master.send(bytesOf("01 03 05 0A 00 01 A4 C4"));
     EXPECT_EQ(hexOf(master.receive(7)), "01 03 02 12 34 B5 33");
     Conditions conditions;
     conditions.faults = {"echo=every:1"};
-    conditions.turnaroundMs = 40;
+    conditions.responseTimeMs = 40;
     ASSERT_EQ(complaint([&] { simulation->setConditions(conditions); }), "");
     QElapsedTimer time;
     time.start();
@@ -182,7 +182,7 @@ TEST_F(SimulationTest, TakesOtherFaultsAndAnotherResponseTimeWhileItServes)
 TEST_F(SimulationTest, SwitchedOffTakesNothingInAndSaysNothingAndKeepsItsValues)
 {
     options.set = {"R_W:11=5"};
-    options.turnaroundMs = 30000;
+    options.responseTimeMs = 30000;
     start();
     MasterEnd master(simulation->portName());
     master.send(bytesOf("01 03 05 0A 00 01 A4 C4")); // is never answered
@@ -253,11 +253,11 @@ TEST_F(SimulationTest, RefusesConditionsThatCannotBeAndStaysAsItWas)
     conditions.faults = {"flop=1%"};
     EXPECT_NE(refused(conditions).find("flop"), std::string::npos);
     conditions.faults.clear();
-    conditions.turnaroundMs = -1;
+    conditions.responseTimeMs = -1;
     EXPECT_NE(refused(conditions).find("0 to 600000 ms"), std::string::npos);
-    conditions.turnaroundMs = 600001;
+    conditions.responseTimeMs = 600001;
     EXPECT_NE(refused(conditions).find("0 to 600000 ms"), std::string::npos);
-    conditions.turnaroundMs = 0;
+    conditions.responseTimeMs = 0;
     conditions.isPlugged = false;
     EXPECT_NE(refused(conditions).find("without a link"), std::string::npos);
 }

@@ -28,13 +28,13 @@ TEST_F(AControllerThatIsToldOrders, WorksUnderThemAndReportsWhatItDoes)
 {
     simulator::Conditions conditions;
     conditions.faults = {"flip=10%", "silence=every:7"};
-    conditions.turnaroundMs = 12;
+    conditions.responseTimeMs = 12;
     conditions.isOn = false;
     const ControllerReport report = told(toRecord(conditions));
     EXPECT_EQ(report.refused, "");
     EXPECT_TRUE(report.conditions == conditions);
     EXPECT_THAT(simulation.conditions().faults, ElementsAre("flip=10%", "silence=every:7"));
-    EXPECT_EQ(simulation.conditions().turnaroundMs, 12);
+    EXPECT_EQ(simulation.conditions().responseTimeMs, 12);
     EXPECT_FALSE(simulation.conditions().isOn);
     EXPECT_TRUE(simulation.conditions().isPlugged);
 }
@@ -53,8 +53,8 @@ TEST_F(AControllerThatIsToldOrders, ReportsWhatItsRepliesHaveSuffered)
 TEST_F(AControllerThatIsToldOrders, RefusesWhatIsNoOrderAndChangesNothing)
 {
     for (const char* const line :
-         {"", "hello", "[]", "{}", R"({"faults": [], "turnaroundMs": 0, "isOn": false})",
-          R"({"faults": ["flip=1%"], "turnaroundMs": "soon", "isOn": false, "isPlugged": true})",
+         {"", "hello", "[]", "{}", R"({"faults": [], "responseTimeMs": 0, "isOn": false})",
+          R"({"faults": ["flip=1%"], "responseTimeMs": "soon", "isOn": false, "isPlugged": true})",
           "{\"faults\": \"\xFF\xFE"}) {
         const ControllerReport report = told(line);
         EXPECT_THAT(report.refused, HasSubstr("no conditions of a controller")) << line;

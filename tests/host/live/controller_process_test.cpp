@@ -122,12 +122,13 @@ TEST_F(AControllerProcessThatIsToldOrders, IsToldTheLatestWhileItIsBusy)
     start();
     const auto process = static_cast<pid_t>(controller->processId());
     kill(process, SIGSTOP);
-    for (conditions.turnaroundMs = 1; conditions.turnaroundMs < 100000; ++conditions.turnaroundMs)
+    for (conditions.responseTimeMs = 1; conditions.responseTimeMs < 100000;
+         ++conditions.responseTimeMs)
         controller->setConditions(conditions);
     kill(process, SIGCONT);
     ASSERT_TRUE(waitUntil([this]() { return reports.size() >= 2; }));
-    EXPECT_EQ(reports.at(0).conditions.turnaroundMs, 1);
-    EXPECT_EQ(reports.at(1).conditions.turnaroundMs, 99999);
+    EXPECT_EQ(reports.at(0).conditions.responseTimeMs, 1);
+    EXPECT_EQ(reports.at(1).conditions.responseTimeMs, 99999);
     EXPECT_EQ(reports.size(), 2U);
 }
 

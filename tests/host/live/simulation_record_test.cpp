@@ -15,7 +15,7 @@ TEST(SimulationRecord, CarriesEveryOption)
     options.line = {9600, 7, Parity::odd, 2};
     options.ownSpeedOnly = true;
     options.baudLimit = true;
-    options.turnaroundMs = 5;
+    options.responseTimeMs = 5;
     options.strict = true;
     options.faults = {"flip=10%", "silence=every:7"};
     options.seed = 4294967295U;
@@ -31,7 +31,7 @@ TEST(SimulationRecord, CarriesEveryOption)
     EXPECT_EQ(record.find('\n'), std::string::npos);
 
     // An option that comes to them later has to come into the record, too.
-    const auto& [stations, device, link, line, ownSpeedOnly, baudLimit, turnaroundMs, strict,
+    const auto& [stations, device, link, line, ownSpeedOnly, baudLimit, responseTimeMs, strict,
                  faults, seed, frozen, followInputs, hold, holdWritten, set, loadFile, dumpFile,
                  logFile] = parseSimulationRecord(record);
     EXPECT_EQ(stations, options.stations);
@@ -40,7 +40,7 @@ TEST(SimulationRecord, CarriesEveryOption)
     EXPECT_EQ(toText(line), "9600,7,ODD,2");
     EXPECT_EQ(ownSpeedOnly, true);
     EXPECT_EQ(baudLimit, true);
-    EXPECT_EQ(turnaroundMs, 5);
+    EXPECT_EQ(responseTimeMs, 5);
     EXPECT_EQ(strict, true);
     EXPECT_EQ(faults, options.faults);
     EXPECT_EQ(seed, 4294967295U);

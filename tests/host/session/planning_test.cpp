@@ -67,7 +67,7 @@ TEST_F(Planning, EachRequestCarriesItsBytesAndItsTime)
     EXPECT_EQ(plan.cycle, microseconds(7797 + 11807 + 9516));
 }
 
-TEST_F(Planning, TheTurnaroundIsPaidOnceARequest)
+TEST_F(Planning, TheResponseTimeIsPaidOnceARequest)
 {
     const Planner slow(library, {parseAddress(library, "R_W:1"), parseAddress(library, "T:1")},
                        SerialFormat(), microseconds(5000));

@@ -215,7 +215,7 @@ TEST_F(LineInAThread, MakesValuesOldWhenItIsClosedWhateverIsWatchedMeanwhile)
 TEST_F(LineInAThread, WaitsForTheReplyThatIsOutWhenItIsEnded)
 {
     options.set = {"R_W:100=7"};
-    options.turnaroundMs = 300; // a request is out at almost any time
+    options.responseTimeMs = 300; // a request is out at almost any time
     controller = std::make_unique<ControllerProcess>(options);
     LineSetup setup;
     setup.port = controller->port();

@@ -140,24 +140,24 @@ TEST_F(TheFaultsPage, SetsARateWithTheKeysOfItsSlider)
 TEST_F(TheFaultsPage, LeavesTheControllerAsSlowAsItWasStarted)
 {
     constexpr int startedWith = 7;
-    options.turnaroundMs = startedWith;
+    options.responseTimeMs = startedWith;
     openOwn();
     EXPECT_EQ(part<QSpinBox>("responseTime")->value(), startedWith);
     type("rate-silence", "1");
     ASSERT_TRUE(waitForConditions([this]() { return !conditions().faults.empty(); }));
-    EXPECT_EQ(conditions().turnaroundMs, startedWith);
+    EXPECT_EQ(conditions().responseTimeMs, startedWith);
     type("responseTime", "20");
-    ASSERT_TRUE(waitForConditions([this]() { return conditions().turnaroundMs == 20; }));
+    ASSERT_TRUE(waitForConditions([this]() { return conditions().responseTimeMs == 20; }));
     click("noFaults");
     ASSERT_TRUE(waitForConditions([this]() { return conditions().faults.empty(); }));
-    EXPECT_EQ(conditions().turnaroundMs, startedWith);
+    EXPECT_EQ(conditions().responseTimeMs, startedWith);
 }
 
 TEST_F(TheFaultsPage, MakesTheControllerSlower)
 {
     openOwn();
     type("responseTime", "60");
-    ASSERT_TRUE(waitForConditions([this]() { return conditions().turnaroundMs == 60; }));
+    ASSERT_TRUE(waitForConditions([this]() { return conditions().responseTimeMs == 60; }));
     const long long cycles = desk.state().cycles;
     ASSERT_TRUE(waitUntil([&]() { return desk.state().cycles > cycles + 1; }));
     // It cannot be shorter.

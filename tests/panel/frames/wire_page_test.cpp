@@ -25,7 +25,7 @@ protected:
         // As slow as a real line.
         options.stations = {1, 2};
         options.baudLimit = true;
-        options.turnaroundMs = 3;
+        options.responseTimeMs = 3;
         page.resize(1200, 700);
         page.show();
         view = page.findChild<WireView*>("wire");
@@ -94,7 +94,7 @@ TEST_F(TheWirePage, ShowsTheLastCyclesToScaleAndWhatTheyWereUsedFor)
     EXPECT_EQ(text("known"), "");
     EXPECT_NE(share(WireUse::requests), "0.0 %");
     EXPECT_NE(share(WireUse::replies), "0.0 %");
-    EXPECT_NE(share(WireUse::turnaround), "0.0 %");
+    EXPECT_NE(share(WireUse::responseTime), "0.0 %");
     EXPECT_NE(share(WireUse::interFrame), "0.0 %");
     EXPECT_EQ(share(WireUse::timeOuts), "0.0 %");
     // 8 bytes of 11 bits at 38400 baud, twice a cycle.
@@ -265,7 +265,7 @@ TEST_F(TheWirePage, ShowsTimeOutsAndFramesThatAreSentAgain)
 TEST_F(TheWirePage, SaysWhatIsNotKnownOfBytesThatTakeNoTime)
 {
     options.baudLimit = false;
-    options.turnaroundMs = 0;
+    options.responseTimeMs = 0;
     watch({"R_W:100"});
     open();
     EXPECT_TRUE(waitUntil([this]() {

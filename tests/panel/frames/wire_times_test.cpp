@@ -147,7 +147,7 @@ TEST_F(TheTimeOnTheWire, IsRequestControllerReplySilenceAndIdle)
                                      "the controller's time 3", "reply 7"));
     EXPECT_EQ(times.spans().front().station, 1);
     EXPECT_EQ(times.spans().back().station, 2);
-    EXPECT_EQ(times.frames().front().tookFor(SpanKind::turnaround), milliseconds(5));
+    EXPECT_EQ(times.frames().front().tookFor(SpanKind::responseTime), milliseconds(5));
     EXPECT_THAT(times.stations(), ElementsAre(1, 2));
 }
 
@@ -245,7 +245,7 @@ TEST_F(TheTimeOnTheWire, IsSharedOutUpToNow)
     const WireShares waiting = sharesOf(times, at(-10), at(30));
     EXPECT_EQ(waiting.whole, milliseconds(30));
     EXPECT_EQ(waiting.of(WireUse::requests), milliseconds(8));
-    EXPECT_EQ(waiting.of(WireUse::turnaround), milliseconds(22));
+    EXPECT_EQ(waiting.of(WireUse::responseTime), milliseconds(22));
     add({endedAt(answeredAt(frame, 31), 31)});
     EXPECT_EQ(sharesOf(times, at(0), at(50)).of(WireUse::idle), microseconds(15500));
 }

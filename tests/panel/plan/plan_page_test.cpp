@@ -266,7 +266,7 @@ TEST_F(ThePlanPage, KeepsItsTimeInTheProject)
 
 TEST_F(ThePlanPage, BeginsWithTheTimeThatWasMeasuredOnTheLine)
 {
-    options.turnaroundMs = 30;
+    options.responseTimeMs = 30;
     watch({"R_W:0"});
     show();
     EXPECT_THAT(text("measuredTime"), StartsWith("Nothing is measured yet: planned as if"));
