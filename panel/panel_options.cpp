@@ -35,9 +35,9 @@ const LineOption lineOptions[] = {
      "Never send the diagnostics echo that tells late replies from the "
      "one awaited"},
     {"retries", "N", "Bad or missing replies in a row until a request is given up (3)"},
-    {"probe", "MS", "Longest pause before a silent station is asked again (30000)"},
+    {"probe", "MS", "Maximum pause before a silent station is asked again (30000)"},
     {"turnaround", "MS", "What controllers need to digest a broadcast (100)"},
-    {"gap", "N", "Widest hole in words that one read bridges (20)"},
+    {"gap", "N", "Maximum hole in words that one read bridges (20)"},
     {"max-registers", "N", "Registers (or 16 coils for each) that controllers take in one request"},
 };
 

@@ -58,9 +58,10 @@ const TrialTag trialTags[] = {
      QT_TRANSLATE_NOOP("StartPage", "a random walk, of station 3")},
 };
 
-const QStringList usualWires = {QStringLiteral("9600,8,EVEN,1"),   QStringLiteral("19200,8,EVEN,1"),
-                                QStringLiteral("38400,8,EVEN,1"),  QStringLiteral("57600,8,EVEN,1"),
-                                QStringLiteral("115200,8,EVEN,1"), QStringLiteral("9600,8,NONE,1")};
+const QStringList commonWires = {
+    QStringLiteral("9600,8,EVEN,1"),   QStringLiteral("19200,8,EVEN,1"),
+    QStringLiteral("38400,8,EVEN,1"),  QStringLiteral("57600,8,EVEN,1"),
+    QStringLiteral("115200,8,EVEN,1"), QStringLiteral("9600,8,NONE,1")};
 
 QString usersText(const PortEntry& port)
 {
@@ -174,7 +175,7 @@ QWidget* StartPage::makeLine()
     form->addRow(tr("&Port:"), port_);
     wire_->setEditable(true);
     wire_->setObjectName(QStringLiteral("wire"));
-    wire_->addItems(usualWires);
+    wire_->addItems(commonWires);
     wire_->setToolTip(tr("Baud rate, data bits, parity, stop bits; over a network it has no part"));
     form->addRow(tr("Baud, bits, parity, &stop bits:"), wire_);
     auto* const tools = new QWidget;

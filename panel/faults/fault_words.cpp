@@ -96,7 +96,7 @@ QString faultSentence(const PanelDesk& desk, const simulator::Conditions& wanted
         return offSentence(state);
     if (!state.isGood)
         return FaultTexts::tr("Requests have been given up: their values are old. They are asked "
-                              "again after a pause, of 30 s at the most, and are good with the "
+                              "again after a pause of at most 30 s, and are good with the "
                               "first good reply.");
     if (!wanted.faults.empty())
         return FaultTexts::tr("Replies suffer. A request whose reply is missing or spoiled is "

@@ -68,7 +68,7 @@ QString wordOf(SpanKind kind)
     case SpanKind::stray:
         return WireTexts::tr("bytes that were no reply");
     case SpanKind::interFrame:
-        return WireTexts::tr("silence between frames");
+        return WireTexts::tr("inter-frame delay");
     case SpanKind::idle:
         return WireTexts::tr("idle");
     case SpanKind::noLine:
@@ -118,8 +118,9 @@ QString explanationOf(WireUse use)
     case WireUse::replies:
         return WireTexts::tr("Bytes of the replies: two for each register that is read");
     case WireUse::interFrame:
-        return WireTexts::tr("3.5 characters of silence, or 1.75 ms, that tell one frame from the "
-                             "next");
+        return WireTexts::tr(
+            "3.5 characters, or 1.75 ms, without a byte: so one frame is told from "
+            "the next");
     case WireUse::idle:
         return WireTexts::tr("Nobody sends: nothing is due, or this computer is busy");
     case WireUse::retries:

@@ -70,10 +70,10 @@ void LineDialog::addNumbers(QFormLayout& form)
     addRow(form, "timeout", tr("&Time-out, fixed, in ms:"),
            tr("How long to wait for a reply, whatever a station takes"),
            tr("%1, and longer where a station takes longer").arg(defaultTimeoutMs));
-    addRow(form, "timeout-min", tr("Time-out at &least, in ms:"),
+    addRow(form, "timeout-min", tr("Minim&um time-out, in ms:"),
            tr("Without a fixed time-out: what a station is given, however quick it is"),
            QString::number(defaultTimeoutMs));
-    addRow(form, "timeout-max", tr("Time-out at &most, in ms:"),
+    addRow(form, "timeout-max", tr("&Maximum time-out, in ms:"),
            tr("Without a fixed time-out: what a station is given, however slow it is"),
            QString::number(defaultMaxTimeoutMs));
     addRow(form, "retries", tr("T&ries:"),
@@ -88,7 +88,8 @@ void LineDialog::addNumbers(QFormLayout& form)
     addRow(form, "horizon", tr("A reply comes &within, in s, or never:"), QString(),
            QString::number(defaultHorizonSeconds));
     addRow(form, "gap", tr("&Hole that one read bridges, in words:"),
-           tr("It is also the longest piece of a write"), QString::number(defaultMergeGap));
+           tr("It is also the maximum length of a piece of a write"),
+           QString::number(defaultMergeGap));
     addRow(form, "max-registers", tr("Re&gisters in one request:"),
            tr("Or 16 coils for each; a longer request goes out in parts"),
            tr("as each station shows it"));

@@ -25,15 +25,15 @@ constexpr std::size_t maxPlots = 50;
     throw UsageFailure(path + ": " + why);
 }
 
-double numberIn(const OrderedJson& object, const char* member, double usual, double least,
-                double greatest)
+double numberIn(const OrderedJson& object, const char* member, double byDefault, double minimum,
+                double maximum)
 {
     const auto found = object.find(member);
     if (found == object.end())
-        return usual;
+        return byDefault;
     const double number = found->is_number() ? found->get<double>() : std::nan("");
-    if (!(number >= least && number <= greatest))
-        refuseMember(member, "a number from " + limitText(least) + " to " + limitText(greatest) +
+    if (!(number >= minimum && number <= maximum))
+        refuseMember(member, "a number from " + limitText(minimum) + " to " + limitText(maximum) +
                                  " is needed");
     return number;
 }

@@ -142,8 +142,8 @@ void TrendReadout::addCursors(Row& row, QStringList& texts) const
         else if (between.known == 0)
             texts << QStringLiteral("?") << QStringLiteral("?") << QStringLiteral("?");
         else
-            texts << trendNumberText(row.value, between.least)
-                  << trendNumberText(row.value, between.greatest)
+            texts << trendNumberText(row.value, between.minimum)
+                  << trendNumberText(row.value, between.maximum)
                   << trendNumberText(row.value, between.mean);
         texts << (between.whole > 0 ? partText(between.known, between.whole) : QString());
     }
@@ -223,9 +223,9 @@ QVariant TrendReadout::headerData(int section, Qt::Orientation orientation, int 
     if (role != Qt::DisplayRole)
         return QVariant();
     static const char* const titles[] = {
-        QT_TR_NOOP("Plot"),     QT_TR_NOOP("Name"), QT_TR_NOOP("Value now"),  QT_TR_NOOP("State"),
-        QT_TR_NOOP("At A"),     QT_TR_NOOP("At B"), QT_TR_NOOP("B \u2212 A"), QT_TR_NOOP("Least"),
-        QT_TR_NOOP("Greatest"), QT_TR_NOOP("Mean"), QT_TR_NOOP("Known")};
+        QT_TR_NOOP("Plot"),    QT_TR_NOOP("Name"), QT_TR_NOOP("Value now"),  QT_TR_NOOP("State"),
+        QT_TR_NOOP("At A"),    QT_TR_NOOP("At B"), QT_TR_NOOP("B \u2212 A"), QT_TR_NOOP("Minimum"),
+        QT_TR_NOOP("Maximum"), QT_TR_NOOP("Mean"), QT_TR_NOOP("Known")};
     return tr(titles[section]);
 }
 

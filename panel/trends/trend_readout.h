@@ -25,8 +25,8 @@ public:
         atA,
         atB,
         difference,
-        least,
-        greatest,
+        minimum,
+        maximum,
         mean,
         known
     };

@@ -28,8 +28,8 @@ public:
         if (end <= begin || std::isnan(value))
             return;
         result_.isOfTwoLines = result_.isOfTwoLines || isOtherLine_;
-        result_.least = known_ == 0 ? value : std::min(result_.least, value);
-        result_.greatest = known_ == 0 ? value : std::max(result_.greatest, value);
+        result_.minimum = known_ == 0 ? value : std::min(result_.minimum, value);
+        result_.maximum = known_ == 0 ? value : std::max(result_.maximum, value);
         known_ += end - begin;
         // So that no sum grows out of all proportion.
         result_.mean +=

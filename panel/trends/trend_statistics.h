@@ -20,8 +20,8 @@ struct TrendStatistics {
     bool isOfTwoLines = false; // two controllers maybe: no number says anything then
     TrendTime known = 0;
     TrendTime whole = 0;
-    double least = 0; // these three where some time is known
-    double greatest = 0;
+    double minimum = 0; // these three where some time is known
+    double maximum = 0;
     double mean = 0;
 };
 TrendStatistics statisticsOf(const TrendHistory& history, const Address& address,

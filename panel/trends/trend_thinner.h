@@ -1,5 +1,5 @@
 // A value's events as the points of a line, so few that it is drawn quickly, and so that no peak is
-// lost: where several fall into one column of the picture, the least and the greatest of them.
+// lost: where several fall into one column of the picture, the minimum and the maximum of them.
 //
 // What was thinned stays while the window moves on: only what has come since is looked at.
 #ifndef DOV417_PANEL_TREND_THINNER_H

@@ -207,10 +207,10 @@ QVariant ValuesModel::headerData(int section, Qt::Orientation orientation, int r
 
 Qt::ItemFlags ValuesModel::flags(const QModelIndex& index) const
 {
-    const Qt::ItemFlags usual = QAbstractTableModel::flags(index);
+    const Qt::ItemFlags common = QAbstractTableModel::flags(index);
     const bool isEditable = index.isValid() && index.column() == value &&
                             desk_.state().isUnlocked && valueAt(index.row()).locked.empty();
-    return isEditable ? usual | Qt::ItemIsEditable : usual;
+    return isEditable ? common | Qt::ItemIsEditable : common;
 }
 
 bool ValuesModel::setData(const QModelIndex& index, const QVariant& text, int role)

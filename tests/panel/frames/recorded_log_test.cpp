@@ -72,7 +72,7 @@ TEST_F(ARecordedLog, IsDrawnAsItsLineWas)
     const WireTimes times = timesOf(log);
     EXPECT_THAT(spansOf(times),
                 ElementsAre("request 8.0 ms", "the controller's time 10.0 ms", "reply 7.0 ms",
-                            "silence between frames 3.5 ms", "idle 11.5 ms", "request 8.0 ms",
+                            "inter-frame delay 3.5 ms", "idle 11.5 ms", "request 8.0 ms",
                             "waited in vain 100.0 ms"));
     ASSERT_EQ(times.frames().size(), 2U);
     EXPECT_EQ(requestsIn(log), 2U);
@@ -117,7 +117,7 @@ TEST_F(ARecordedLog, JoinsNothingAcrossTwoRecordings)
     const WireTimes times = timesOf(log);
     EXPECT_THAT(spansOf(times),
                 ElementsAre("request 8.0 ms", "the controller's time 10.0 ms", "reply 7.0 ms",
-                            "silence between frames 3.5 ms", "idle 1.5 ms", "request 8.0 ms",
+                            "inter-frame delay 3.5 ms", "idle 1.5 ms", "request 8.0 ms",
                             "not recorded 5.0 s", "request 8.0 ms", "the controller's time 10.0 ms",
                             "reply 7.0 ms"));
     EXPECT_THAT(frameText(times.frames().at(1), {}).toStdString(),

@@ -15,7 +15,7 @@ using std::chrono::milliseconds;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-// 10 bits a character at 10000 baud: a byte takes a millisecond, and the silence between frames
+// 10 bits a character at 10000 baud: a byte takes a millisecond, and the inter-frame delay
 // 3.5 ms.
 const SerialFormat millisecondBytes{10000, 8, Parity::none, 1};
 
@@ -143,7 +143,7 @@ TEST_F(TheTimeOnTheWire, IsRequestControllerReplySilenceAndIdle)
     add({began(first), endedAt(answeredAt(first, 20), 20), began(second),
          endedAt(answeredAt(second, 58.5), 58.5)});
     EXPECT_THAT(spans(), ElementsAre("request 8", "the controller's time 5", "reply 7",
-                                     "silence between frames 4", "idle 17", "request 8",
+                                     "inter-frame delay 4", "idle 17", "request 8",
                                      "the controller's time 3", "reply 7"));
     EXPECT_EQ(times.spans().front().station, 1);
     EXPECT_EQ(times.spans().back().station, 2);
@@ -188,8 +188,8 @@ TEST_F(TheTimeOnTheWire, HoldsStrayBytesWithinAndBetweenFrames)
     add({began(frame), strayAt(15, 3), endedAt(answeredAt(frame, 30), 30), strayAt(40.5, 2)});
     EXPECT_THAT(spans(),
                 ElementsAre("request 8", "the controller's time 4", "bytes that were no reply 3",
-                            "the controller's time 8", "reply 7", "silence between frames 4",
-                            "idle 5", "bytes that were no reply 2"));
+                            "the controller's time 8", "reply 7", "inter-frame delay 4", "idle 5",
+                            "bytes that were no reply 2"));
     EXPECT_EQ(shares().of(WireUse::strays), milliseconds(5));
     EXPECT_EQ(shares().bytes, milliseconds(20));
 }
@@ -229,7 +229,7 @@ TEST_F(TheTimeOnTheWire, OfAnIdleLineGoesOnWithoutAFrame)
     add({began(frame), endedAt(answeredAt(frame, 20), 20)});
     const std::vector<WireSpan> rest = times.underWay(at(50.5));
     ASSERT_EQ(rest.size(), 2U);
-    EXPECT_EQ(textOf(rest.front()), "silence between frames 4");
+    EXPECT_EQ(textOf(rest.front()), "inter-frame delay 4");
     EXPECT_EQ(textOf(rest.back()), "idle 27");
     add({began(sentAt(2, 60))});
     const std::vector<WireSpan> open = times.underWay(at(90));

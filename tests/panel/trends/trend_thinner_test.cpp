@@ -219,8 +219,8 @@ TEST(TrendStatistics, WeighEachValueWithItsTimeAndLeaveGapsOut)
     tell(history, oldView(wordView(drawnWord, 40, 9, 10)));
     tell(history, wordView(drawnWord, 1000, 20, 22, 1));
     const TrendStatistics all = statisticsOf(history, drawnWord, numbers, second(0), second(20));
-    EXPECT_DOUBLE_EQ(all.least, 10);
-    EXPECT_DOUBLE_EQ(all.greatest, 40);
+    EXPECT_DOUBLE_EQ(all.minimum, 10);
+    EXPECT_DOUBLE_EQ(all.maximum, 40);
     EXPECT_DOUBLE_EQ(all.mean, 13); // (9 * 10 + 1 * 40) / 10
     EXPECT_EQ(all.known, 10 * trendSecond);
     EXPECT_EQ(all.whole, 20 * trendSecond);

@@ -246,8 +246,8 @@ TEST_F(TheTrendsPage, NeverJoinsTwoLines)
     stack->setCursor(1, after);
     EXPECT_EQ(cell(0, TrendReadout::atA), "1000");
     EXPECT_EQ(cell(0, TrendReadout::atB), "2000");
-    EXPECT_EQ(cell(0, TrendReadout::least), "another line");
-    for (const auto each : {TrendReadout::difference, TrendReadout::mean, TrendReadout::greatest})
+    EXPECT_EQ(cell(0, TrendReadout::minimum), "another line");
+    for (const auto each : {TrendReadout::difference, TrendReadout::mean, TrendReadout::maximum})
         EXPECT_EQ(cell(0, each), "");
     ASSERT_EQ(stack->notes().size(), 1U);
     EXPECT_THAT(stack->notes().front().text.toStdString(), HasSubstr(other->port()));
@@ -341,8 +341,8 @@ TEST_F(TheTrendsPage, ReadsOutAtAndBetweenTwoCursors)
     EXPECT_FALSE(table->isColumnHidden(TrendReadout::mean));
     EXPECT_EQ(cell(0, TrendReadout::atA), "7.0 bar");
     EXPECT_EQ(cell(0, TrendReadout::difference), "2.00 bar");
-    EXPECT_EQ(cell(0, TrendReadout::least), "7.00 bar");
-    EXPECT_EQ(cell(0, TrendReadout::greatest), "9.00 bar");
+    EXPECT_EQ(cell(0, TrendReadout::minimum), "7.00 bar");
+    EXPECT_EQ(cell(0, TrendReadout::maximum), "9.00 bar");
     const double mean =
         QString::fromStdString(cell(0, TrendReadout::mean)).split(' ').at(0).toDouble();
     EXPECT_GT(mean, 7.0);
