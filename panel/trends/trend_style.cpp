@@ -9,7 +9,7 @@ namespace {
 
 // Okabe and Ito's eight, but for the yellow on light and the dark ones on dark.
 const std::array<QRgb, 7> coloursOnLight = {0xFF0072B2, 0xFFD55E00, 0xFF007A5A, 0xFFB0508C,
-                                            0xFF222222, 0xFFB87A00, 0xFF3A9AD9};
+                                            0xFF222222, 0xFF6B5200, 0xFF3A9AD9};
 const std::array<QRgb, 7> coloursOnDark = {0xFF56B4E9, 0xFFFF9D4D, 0xFF2FC79A, 0xFFE39CC4,
                                            0xFFFFFFFF, 0xFFF0E442, 0xFF6F8FFF};
 const std::array<QwtSymbol::Style, 8> signs = {
