@@ -179,6 +179,7 @@ QWidget* PlanPage::makeTime()
     responseTime_->setSpecialValueText(tr("as measured"));
     responseTime_->setSuffix(tr(" ms"));
     responseTime_->setObjectName(QStringLiteral("responseTime"));
+    responseTime_->setKeyboardTracking(false); // "50" is not 5 first
     responseTime_->setAccessibleName(tr("What a controller takes before it answers"));
     measured_->setObjectName(QStringLiteral("measuredTime"));
     auto* const time = new QWidget;
