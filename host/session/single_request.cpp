@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "line/crc16.h"
 #include "line/failure.h"
 #include "line/frame_bytes.h"
 #include "line/frame_length.h"
@@ -12,20 +11,6 @@ namespace dov417 {
 namespace {
 
 constexpr int readRequestLength = 8;
-
-// The answer to a write of one value is the request itself, and so is what an adapter hears of its
-// own sending. A read tells which adapter it is.
-bool looksLikeItsEcho(const Transmission& request)
-{
-    return request.replyLength == request.sent.size();
-}
-
-Transmission oneRegister(int station)
-{
-    QByteArray frame;
-    frame.append(static_cast<char>(station));
-    return transmissionOf(withCrc(frame + QByteArray::fromHex("0300000001")));
-}
 
 } // namespace
 
@@ -83,19 +68,6 @@ void SingleRequest::portChanged(bool open)
         return;
     }
     hasBegun_ = true;
-    if (!looksLikeItsEcho(request_)) {
-        send();
-        return;
-    }
-    line_.transact(oneRegister(request_.request.station), [this](const Transmission& read) {
-        told(read);
-        if (!leaving_.isUnderWay())
-            send();
-    });
-}
-
-void SingleRequest::send()
-{
     line_.transact(request_, [this](const Transmission& transmission) {
         ended_ = transmission;
         told(transmission);

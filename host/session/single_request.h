@@ -32,12 +32,11 @@ public:
 
     // Nothing if it has not gone out, or its end is not known.
     const std::optional<Transmission>& ended() const;
-    // Each frame that has ended, a read that went before it included: to be set before start().
+    // The request, when it has ended: to be set before start().
     std::function<void(const Transmission&)> told;
 
 private:
     void portChanged(bool open);
-    void send();
 
     Transmission request_;
     std::function<void()> done_;

@@ -162,7 +162,7 @@ class Request(EndToEnd):
         out = self.succeeds("trace", log)
         self.assertIn("-> station 1: write register 1290 (R_W:10) = 5", out)
         self.assertIn("<- station 1: wrote R_W:10 = 5", out)
-        self.assertIn("-> station 1: read 1 register from 0", out)
+        self.assertIn("-> station 1: read 1 register from 1290 (R_W:10)", out)
 
 
 if __name__ == "__main__":
