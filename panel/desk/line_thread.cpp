@@ -68,7 +68,9 @@ void LineThread::setUnlocked(bool isUnlocked)
 
 void LineThread::endHang()
 {
-    ask([line = line_, told = Clock::now()](LineWorker& worker) { worker.endHang(line, told); });
+    const Clock::time_point told = Clock::now();
+    worker_->tellHang(told); // it does not take what is asked of it
+    ask([line = line_, told](LineWorker& worker) { worker.endHang(line, told); });
 }
 
 void LineThread::setConditions(const simulator::Conditions& conditions)

@@ -9,6 +9,7 @@
 
 #include <QObject>
 #include <QTimer>
+#include <atomic>
 #include <chrono>
 #include <memory>
 #include <set>
@@ -65,6 +66,12 @@ public:
     // The window has heard nothing for too long, and says so at once. Where the thread hung until
     // now, what was under way ends as where the port goes: it would go on with nobody there.
     void endHang(int line, Clock::time_point told);
+    // From any thread, before that: the window says that nothing is written. What was asked for
+    // until then does not go out, however soon the thread goes on.
+    void tellHang(Clock::time_point told)
+    {
+        hangTold_ = told.time_since_epoch().count();
+    }
     void write(const WriteOrder& order);
     // Its recipes(), which tell what becomes of it.
     void moveRecipe(const RecipeOrder& order);
@@ -91,6 +98,7 @@ private:
 
     // Why nothing that was meant for this line is done; empty where it is.
     std::string refusal(int line) const;
+    bool isTooOld(Clock::time_point asked) const;
     // The same of what writes.
     std::string writeRefusal(int line, Clock::time_point asked) const;
     void beginLine(int line, int generation, std::size_t watched);
@@ -116,6 +124,7 @@ private:
     bool hasNews_ = false;
     std::shared_ptr<const LinkStatistics> statistics_;
     int pulses_ = 0;
+    std::atomic<Clock::rep> hangTold_{0};
     QTimer screenTimer_;
     QTimer pulseTimer_;
     OwnController own_;

@@ -15,12 +15,12 @@ struct PiecesUnderWay {
     PieceResults results;
 };
 
-bool isTooOld(Clock::time_point asked)
-{
-    return Clock::now() - asked > LineWorker::orderPatience;
-}
-
 } // namespace
+
+bool LineWorker::isTooOld(Clock::time_point asked) const
+{
+    return asked.time_since_epoch().count() < hangTold_ || Clock::now() - asked > orderPatience;
+}
 
 // Nothing that was meant for one controller may go out to another.
 std::string LineWorker::refusal(int line) const

@@ -236,6 +236,18 @@ TEST_F(LateOrders, AreRefused)
     EXPECT_EQ(held("R_W", 100), 9);
 }
 
+// The window may have said so less than their patience after they were given.
+TEST_F(LateOrders, AreThoseThatWereGivenBeforeTheWindowSaidThatNothingIsWritten)
+{
+    unlock(Clock::now());
+    const Clock::time_point asked = Clock::now();
+    worker.tellHang(Clock::now());
+    EXPECT_EQ(write(7, asked), "the port hung; nothing was written");
+    EXPECT_EQ(write(9, Clock::now()), "taken");
+    worker.close();
+    EXPECT_EQ(held("R_W", 100), 9);
+}
+
 TEST_F(LateOrders, EndWhatWasUnderWayBeforeAndLockTheLine)
 {
     unlock(Clock::now());
