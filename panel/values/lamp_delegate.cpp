@@ -18,19 +18,21 @@ const QColor lit(0xF2, 0xB1, 0x0C);
 
 QStringList lampNameParts(const QString& name, const QFontMetrics& metrics, int width)
 {
-    if (metrics.horizontalAdvance(name) <= width)
-        return {name};
     QStringList best{name};
     int least = metrics.horizontalAdvance(name);
-    for (int end = 1; end < name.size(); ++end) {
-        if (!QStringLiteral("._- ").contains(name.at(end - 1)))
-            continue;
-        const QStringList parts{name.left(end), name.mid(end)};
-        const int longest = std::max(metrics.horizontalAdvance(parts.front()),
-                                     metrics.horizontalAdvance(parts.back()));
-        if (longest < least) {
-            least = longest;
-            best = parts;
+    for (const bool anywhere : {false, true}) {
+        if (least <= width)
+            break;
+        for (int end = 1; end < name.size(); ++end) {
+            if (!anywhere && !QStringLiteral("._- ").contains(name.at(end - 1)))
+                continue;
+            const QStringList halves{name.left(end), name.mid(end)};
+            const int longest = std::max(metrics.horizontalAdvance(halves.front()),
+                                         metrics.horizontalAdvance(halves.back()));
+            if (longest < least && (!anywhere || longest <= width)) {
+                least = longest;
+                best = halves;
+            }
         }
     }
     return best;

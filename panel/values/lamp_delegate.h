@@ -8,7 +8,7 @@
 namespace dov417 {
 
 // The name as it stands below a lamp: in one line, or in two where it does not fit, after a dot or
-// the like where less is cut off.
+// the like where less is cut off, or anywhere where nothing is cut off then.
 QStringList lampNameParts(const QString& name, const QFontMetrics& metrics, int width);
 
 class LampDelegate : public QStyledItemDelegate {

@@ -75,5 +75,17 @@ TEST(LampNames, StandInTwoLinesWhereOneIsTooShort)
               QStringList("emergencystop"));
 }
 
+TEST(LampNames, StandInTwoLinesThatEndAnywhereWhereNothingIsCutOffThen)
+{
+    const QFontMetrics metrics{QFont()};
+    const QString name = "stop.emergencies";
+    const int width = metrics.horizontalAdvance("emergencie");
+    const QStringList halves = lampNameParts(name, metrics, width);
+    EXPECT_EQ(halves.join(QString()), name);
+    ASSERT_EQ(halves.size(), 2);
+    for (const QString& half : halves)
+        EXPECT_LE(metrics.horizontalAdvance(half), width);
+}
+
 } // namespace
 } // namespace dov417
