@@ -127,7 +127,7 @@ class ReplyThatComesTwice(LyingLine):
 
     def test_modem(self):
         self.start("modem")
-        early = runs_said = 0
+        early = runs_said = good_afterwards = 0
         for _ in range(5):
             done = run("watch", *self.port, *ADDRESSES, "--json", "--seconds", SECONDS)
             self.assertIn(done.returncode, (0, 1), done.stderr)
@@ -141,9 +141,10 @@ class ReplyThatComesTwice(LyingLine):
                 known = {e["address"] for e in entries[:at] if e.get("quality") == "good"}
                 marked = {e["address"] for e in entries[:at] if e.get("quality") == "never read"}
                 self.assertEqual(known, marked, "what was shown is not known any more")
-                self.assertTrue([e for e in entries[at:] if e.get("quality") == "good"])
+                good_afterwards += any(e.get("quality") == "good" for e in entries[at:])
         self.assertLessEqual(early, HANDFUL)
         self.assertGreaterEqual(runs_said, 1)
+        self.assertGreaterEqual(good_afterwards, 1, "one may have ended too soon for that, not all")
         for value in range(11, 13):
             self.write_and_read(value)
 
