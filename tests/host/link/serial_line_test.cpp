@@ -296,6 +296,28 @@ TEST_F(OnALine, APortThatVanishesWhileIdleIsReported)
     EXPECT_EQ(lastMessage, "port " + slave.port().toStdString() + " is gone");
 }
 
+TEST_F(OnALine, WhoeverHasThePortIsToldOfAgainOnceItWasOpenInBetween)
+{
+    open(forEver);
+    LineSettings settings;
+    settings.device = slave.port();
+    LineObserver observer;
+    observer.port = [](bool, const QString&) {};
+    for (int round = 0; round < 2; ++round) {
+        slave.unplug();
+        ASSERT_TRUE(waitUntil([this]() { return !line->isOpen(); }));
+        const std::size_t told = ports.size();
+        auto other = std::make_unique<SerialLine>(settings, observer);
+        slave.plug();
+        QString reason;
+        ASSERT_TRUE(other->open(&reason)) << reason.toStdString();
+        ASSERT_TRUE(waitUntil([&]() { return ports.size() > told; })) << "round " << round;
+        EXPECT_FALSE(ports.back());
+        other.reset();
+        ASSERT_TRUE(waitUntil([this]() { return line->isOpen(); }));
+    }
+}
+
 TEST_F(OnALine, TwoProgramsDoNotShareAPort)
 {
     open(forEver);
