@@ -280,7 +280,8 @@ void Exchange::flushLateBytes(const QByteArray& bytes, Clock::time_point now)
         return;
     }
     const Settled settled = settle(bytes, now);
-    report({settled.kindOr(StrayKind::late), bytes, now, settled.number()});
+    const StrayKind kind = hasGoodCrc(bytes) ? StrayKind::late : StrayKind::noise;
+    report({settled.kindOr(kind), bytes, now, settled.number()});
 }
 
 // Said once for each station.

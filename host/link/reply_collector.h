@@ -19,7 +19,7 @@ enum class StrayKind {
     otherRequest,  // a sound frame of this station and function that answers something else
     noise,         // no sound frame
     echo,          // the request itself, from a two-wire adapter that hears what it sends
-    late,          // the reply to an earlier request, or bytes that came while none was awaited
+    late,          // the reply to an earlier request, or one that came while none was awaited
     surplus        // a sound frame although all that was asked of its station had been answered
 };
 constexpr int strayKinds = 7;

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "line/crc16.h"
 #include "line/failure.h"
 #include "link/exchange.h"
 #include "link/network_address.h"
@@ -43,13 +42,7 @@ SerialLine::SerialLine(const LineSettings& settings, const LineObserver& observe
                             [this]() { timer_.cancel(); },
                             observer.sent,
                             observer.markerEnded,
-                            [stray = observer.stray](Stray came) {
-                                // What came while nothing was awaited is late only if it is a
-                                // reply.
-                                if (came.kind == StrayKind::late && !hasGoodCrc(came.bytes))
-                                    came.kind = StrayKind::noise;
-                                stray(came);
-                            },
+                            observer.stray,
                             observer.notice,
                             observer.doubt,
                             [this]() { useless(); }};
