@@ -461,6 +461,18 @@ Tally playOn(LateWorld& world, int requests, bool isMixed = false)
     return isMixed ? askOfAllKinds(world, requests) : askAtRandom(world, requests);
 }
 
+// On a line that echoes or not, and is lost or opened again now and then.
+Tally playWithBreaks(unsigned seed, int requests, bool Rounds::*of)
+{
+    LateWorld world(seed);
+    populate(world);
+    world.bus.echoes = world.bus.share() < 0.5;
+    world.start();
+    Rounds rounds(world);
+    rounds.*of = true;
+    return rounds.play(requests, false);
+}
+
 void putBehindNetwork(LateWorld& world)
 {
     world.bus.latency = milliseconds(world.bus.between(1, 600));
@@ -532,24 +544,12 @@ Tally playEchoRound(unsigned seed, int requests)
 
 Tally playAwayRound(unsigned seed, int requests)
 {
-    LateWorld world(seed);
-    populate(world);
-    world.bus.echoes = world.bus.share() < 0.5;
-    world.start();
-    Rounds rounds(world);
-    rounds.isPortLost = true;
-    return rounds.play(requests, false);
+    return playWithBreaks(seed, requests, &Rounds::isPortLost);
 }
 
 Tally playReopenedRound(unsigned seed, int requests)
 {
-    LateWorld world(seed);
-    populate(world);
-    world.bus.echoes = world.bus.share() < 0.5;
-    world.start();
-    Rounds rounds(world);
-    rounds.isReopened = true;
-    return rounds.play(requests, false);
+    return playWithBreaks(seed, requests, &Rounds::isReopened);
 }
 
 Tally playGarbledEchoRound(unsigned seed, int requests)
