@@ -3,6 +3,9 @@
 #include <map>
 #include <string>
 #include <tuple>
+#include <vector>
+
+#include "line/frame_bytes.h"
 
 namespace dov417 {
 
