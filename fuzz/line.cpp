@@ -1,6 +1,6 @@
 // A line whose stations answer late, in pieces, spoilt or never, but in the order of their requests
-// and each at most once: what the master shows is what the station held, and once the stations
-// answer again it shows values again.
+// and each at most once, also behind an adapter that hears what it sends: what the master shows is
+// what the station held, and once the stations answer again it shows values again.
 #include "host.h"
 #include "late_model.h"
 
@@ -30,10 +30,11 @@ LateModelSettings settingsOf(Script& script)
     settings.diagnostics = script.choice(3) - 1;
     const int kind = script.byte();
     settings.isTimeoutFixed = (kind & 1) != 0;
-    settings.isShared = (kind & 2) != 0;
+    settings.isShared = (kind & 34) != 0; // only then an adapter is expected
     settings.refuses = (kind & 4) != 0;
     settings.dropsWhenAsked = (kind & 8) != 0;
     settings.mayMark = (kind & 16) == 0;
+    settings.echoes = (kind & 32) != 0;
     return settings;
 }
 
@@ -54,6 +55,9 @@ LateEvent eventOf(Script& script)
         {Kind::timerIsLate, 1, 200}, {Kind::timeGoesBy, 1, 1},    {Kind::timeGoesBy, 1, 20},
         {Kind::timeGoesBy, 1, 400}};
     const int byte = script.byte();
+    if (byte % 16 == 9 && byte / 16 >= 12) // passing time stands there twice
+        return {byte / 16 < 14 ? Kind::hearsNoMore : Kind::hearsAgain,
+                static_cast<std::size_t>(byte / 16 % 2)};
     const Choice& choice = choices[byte % 16];
     LateEvent event{choice.kind, static_cast<std::size_t>(byte / 16 % choice.indices), 0};
     if (choice.amount > 0)
@@ -73,6 +77,8 @@ void apply(LateModel& model, const LateEvent& event)
 // From now on each request is answered at once.
 void requireThatItGoesOn(LateModel& model)
 {
+    for (const std::size_t station : {0U, 1U})
+        apply(model, {LateEvent::Kind::hearsAgain, station});
     const long long before = model.goodReplies();
     for (int i = 0; i < 1000; ++i) {
         if (model.goodReplies() > before + 3)
