@@ -1,6 +1,6 @@
 #include "link/link_statistics.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 namespace dov417 {
 
