@@ -12,6 +12,11 @@ KINDS = (
     "echo", "slow", "any",
 )  # fmt: skip
 
+SURPLUS = (
+    ": taken, but reading it back failed: a station sent more replies than it was asked for: "
+    "what was read may be wrong"
+)
+
 # Short, as much of what follows is waited for in vain; but a busy machine takes longer, and is learnt.
 LINE = ("--timeout-min", "25", "--line", "115200,8,EVEN,1")
 
@@ -57,8 +62,13 @@ class Faults(EndToEnd):
             "write", "--port", controller.port, *LINE, "--retries", "30", "--gap", "1", "--stats",
             *(f"{text(*place)}={value}" for place, value in writes.items()),
         )  # fmt: skip
-        self.assertEqual(done.returncode, 0, done.stdout[-3000:] + done.stderr[-3000:])
-        self.assertEqual(done.stdout.count("written and read back"), len(writes))
+        # An echo now and then that comes in two pieces with the reply is a reply that comes twice.
+        unclear = sum(line.endswith(SURPLUS) for line in done.stderr.splitlines())
+        if kind not in ("echo", "any"):
+            self.assertEqual(unclear, 0)
+        told = done.stdout[-3000:] + done.stderr[-3000:]
+        self.assertEqual(done.returncode, 1 if unclear else 0, told)
+        self.assertEqual(done.stdout.count("written and read back") + unclear, len(writes))
         word = controller.memory()
         for place, value in writes.items():
             self.assertEqual(held(word, *place), value, place)
