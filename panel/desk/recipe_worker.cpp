@@ -1,5 +1,7 @@
 #include "panel/desk/recipe_worker.h"
 
+#include <algorithm>
+
 #include "line/failure.h"
 #include "session/single_reads.h"
 
@@ -168,9 +170,13 @@ void RecipeWorker::tellEnd()
         for (RecipeReading& reading : news_.readings)
             nameCancel(reading.problem);
     }
-    for (std::size_t i = 0; i < news_.readings.size(); ++i)
-        news_.asOfEach.push_back(
-            wordTimes_.of(order_.entries.at(i).item.address).value_or(news_.asOf));
+    const Clock::time_point began = news_.asOf;
+    for (std::size_t i = 0; i < news_.readings.size(); ++i) {
+        const Address& address = order_.entries.at(i).item.address;
+        news_.asOfEach.push_back(wordTimes_.of(address).value_or(began));
+        // A poll's reply that came before it began may be told of later.
+        news_.asOf = std::min(news_.asOf, news_.asOfEach.back());
+    }
     news_.hasEnded = true;
     job_.reset();
     emit told(news_);
