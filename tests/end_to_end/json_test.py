@@ -168,7 +168,10 @@ class Json(EndToEnd):
             text=True,
         )  # fmt: skip
         for line in done.stdout.splitlines():
-            self.assertRegex(line, r"^(dov417: .*|2.* 1/R_W:\d+ = 0|2.* given up: .* came)$")
+            self.assertRegex(
+                line,
+                r"^(dov417: .*|2\S+ 1/R_W:\d+ = 0|2\S+ given up: \d+#\w+\(\d+\): [\w :;,()]+)$",
+            )
 
 
 if __name__ == "__main__":
