@@ -39,11 +39,7 @@ ListeningLine::ListeningLine(const LineSettings& settings, const ListeningEvents
 
 void ListeningLine::open()
 {
-    QString reason;
-    const Opening opening = port_->open(&reason);
-    if (opening == Opening::refused)
-        throw Failure(reason.toStdString());
-    if (opening == Opening::done)
+    if (port_->opens())
         opened();
 }
 

@@ -30,6 +30,8 @@ public:
 
     // With the reason where it is refused. Never waits.
     virtual Opening open(QString* reason) = 0;
+    // True if it is open then, and not under way. Throws a Failure where it is refused.
+    bool opens();
 
     // To be called while it is open only.
     virtual void write(const QByteArray& bytes) = 0;

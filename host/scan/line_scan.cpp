@@ -45,11 +45,7 @@ LineScan::LineScan(const QString& device, const Rs485& direction, const ScanSett
 
 void LineScan::start()
 {
-    QString reason;
-    const Opening opening = port_->open(&reason);
-    if (opening == Opening::refused)
-        throw Failure(reason.toStdString());
-    if (opening == Opening::done)
+    if (port_->opens())
         opened();
 }
 
