@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "driver_reset.h"
+
 namespace {
 
 void saysNothing(QtMsgType, const QMessageLogContext&, const QString&) {}
@@ -96,19 +98,7 @@ int typeOf(const QString& regName)
 void freshDriver(HostMemory& host, const char* property)
 {
     qInstallMessageHandler(saysNothing);
-    driver.callBackTag = 0;
-    driver.writeToCacheOnly = 0;
-    driver.propertyField3 = 0;
-    driver.retryLimit = 0;
-    driver.mergeGap = 0;
-    driver.recipeVars.clear();
-    driver.recipeRequests.clear();
-    driver.groupStarts.clear();
-    driver.currentVars.clear();
-    driver.recipeIndex = 0;
-    driver.propertyPage = QString();
-    driver.lastConditionVar = VARIABLE();
-    driver.currentVar = VARIABLE();
+    resetDriver();
     driver.frameVarCount = 0;
     intf_setAddrValueChangeCallBack(nullptr);
     int result = -1;

@@ -3,6 +3,8 @@
 #include <QDebug>
 #include <utility>
 
+#include "driver_reset.h"
+
 namespace {
 
 Notices& recorded()
@@ -109,20 +111,7 @@ const std::vector<std::string>& DebugLines::lines() const
 
 DriverTest::DriverTest() : polled(), hostBlock(60200, 0), recipeBuffer(4096, 0)
 {
-    // What initialisation leaves alone is put back by hand, so that no test sees another's.
-    driver.callBackTag = 0;
-    driver.writeToCacheOnly = 0;
-    driver.propertyField3 = 0;
-    driver.retryLimit = 0;
-    driver.mergeGap = 0;
-    driver.recipeVars.clear();
-    driver.recipeRequests.clear();
-    driver.groupStarts.clear();
-    driver.currentVars.clear();
-    driver.recipeIndex = 0;
-    driver.propertyPage = QString();
-    driver.lastConditionVar = VARIABLE();
-    driver.currentVar = VARIABLE();
+    resetDriver();
     intf_setAddrValueChangeCallBack(record);
     configure();
     recorded().clear();
