@@ -153,7 +153,6 @@ void TrendPlot::setPalettes()
     absence_->setText(why);
     for (TrendCurve* const curve : curves_)
         curve->setPalette(colours);
-    replot(); // what was drawn is kept, and its turn to be drawn may be far off
 }
 
 void TrendPlot::setTimeShown(bool isShown)

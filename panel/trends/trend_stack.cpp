@@ -96,6 +96,7 @@ void TrendStack::setPalettes()
     for (TrendPlot* const plot : plots_) {
         plot->setPalettes();
         plot->setNotes(notes_);
+        plot->replot(); // what was drawn is kept, and its turn to be drawn may be far off
     }
     isChanged_ = true;
     draw();

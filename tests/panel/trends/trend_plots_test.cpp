@@ -1,0 +1,64 @@
+// Plots of which most wait for their turn to be drawn.
+#include <QApplication>
+#include <QTest>
+
+#include "panel/pictures.h"
+#include "panel/trends/trends_page.h"
+#include "panel_world.h"
+
+namespace dov417 {
+
+namespace {
+
+class ManyTrendPlots : public PanelWorld {
+protected:
+    ManyTrendPlots() : light(QApplication::palette())
+    {
+        watch({"R_W:0..39"});
+        page.resize(1160, 740);
+        stack = page.findChild<TrendStack*>();
+    }
+    ~ManyTrendPlots() override
+    {
+        QApplication::setPalette(light);
+    }
+    // Each value in a plot of its own.
+    void plotAll()
+    {
+        OrderedJson plots = OrderedJson::array();
+        for (const PanelValue& value : desk.tags().values)
+            plots.push_back(
+                {{"values", {{{"name", value.label.name}, {"address", value.label.address}}}}});
+        page.prepared({{"plots", plots}})();
+    }
+    void show()
+    {
+        page.show();
+        page.activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&page));
+    }
+    QColor groundOfTheLast() const
+    {
+        const QImage picture = stack->plots().back()->canvas()->grab().toImage();
+        return picture.pixelColor(picture.rect().topLeft() + QPoint(2, 2));
+    }
+
+    const QPalette light;
+    TrendsPage page{desk};
+    TrendStack* stack = nullptr;
+};
+
+TEST_F(ManyTrendPlots, AreDarkAsSoonAsTheDesktopIs)
+{
+    plotAll();
+    show();
+    ASSERT_TRUE(waitUntil([this]() { return stack->draw(); }));
+    EXPECT_EQ(groundOfTheLast(), light.color(QPalette::Base));
+    const QPalette dark = darkPalette();
+    QApplication::setPalette(dark);
+    EXPECT_EQ(groundOfTheLast(), dark.color(QPalette::Base)) << "its turn has not come";
+}
+
+} // namespace
+
+} // namespace dov417
