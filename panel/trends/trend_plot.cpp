@@ -69,6 +69,7 @@ TrendPlot::TrendPlot(const TrendClock& clock)
     setAxisScaleEngine(xBottom, new QwtDateScaleEngine(Qt::LocalTime));
     axisScaleDraw(yLeft)->setMinimumExtent(0);
     grid_->attach(this);
+    showTimes(false);
     legend_.setAlignment(Qt::AlignLeft | Qt::AlignTop);
     legend_.setRenderHint(QwtPlotItem::RenderAntialiased);
     absence_->setMargin(fontMetrics().height());
@@ -195,6 +196,7 @@ bool TrendPlot::update(const TrendHistory& history, const TrendWindow& window, s
         if (!curve->update(history, clock_, window, budget))
             return false;
     setAxisScale(xBottom, clock_.toAxis(window.from), clock_.toAxis(window.to));
+    showTimes(true);
     absence_->setVisible(std::all_of(curves_.begin(), curves_.end(), [](const TrendCurve* curve) {
         return curve->dataSize() == 0;
     }));

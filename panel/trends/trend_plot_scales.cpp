@@ -84,6 +84,13 @@ void TrendPlot::showBits(QwtPlot::Axis axis, const std::vector<std::string>& nam
     setAxisScaleDiv(axis, scale);
 }
 
+// Until it is drawn it has no time, and the first one of Qwt is in 1970.
+void TrendPlot::showTimes(bool areKnown)
+{
+    showBlank(*axisScaleDraw(xBottom), !areKnown);
+    grid_->enableX(areKnown);
+}
+
 void TrendPlot::followValues()
 {
     showScales();

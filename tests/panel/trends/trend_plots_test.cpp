@@ -1,6 +1,8 @@
 // Plots of which most wait for their turn to be drawn.
 #include <QApplication>
 #include <QTest>
+#include <qwt_date_scale_draw.h>
+#include <qwt_scale_widget.h>
 
 #include "panel/pictures.h"
 #include "panel/trends/trends_page.h"
@@ -37,6 +39,10 @@ protected:
         page.activateWindow();
         EXPECT_TRUE(QTest::qWaitForWindowActive(&page));
     }
+    const TrendPlot& last() const
+    {
+        return *stack->plots().back();
+    }
     QColor groundOfTheLast() const
     {
         const QImage picture = stack->plots().back()->canvas()->grab().toImage();
@@ -47,6 +53,30 @@ protected:
     TrendsPage page{desk};
     TrendStack* stack = nullptr;
 };
+
+TEST_F(ManyTrendPlots, ShowNoTimeBeforeTheyAreDrawn)
+{
+    plotAll(); // unseen, so nothing is drawn
+    QWidget& scale = *stack->plots().back()->axisWidget(QwtPlot::xBottom);
+    const auto hasTimes = [&scale]() {
+        const QImage picture = scale.grab().toImage();
+        const QColor ground = picture.pixelColor(0, 0);
+        // Below the line, which is there always.
+        for (int y = scale.fontMetrics().height() / 2; y < picture.height(); ++y)
+            for (int x = 0; x < picture.width(); ++x)
+                if (picture.pixelColor(x, y) != ground)
+                    return true;
+        return false;
+    };
+    EXPECT_FALSE(hasTimes()) << "of 1970";
+    show();
+    ASSERT_TRUE(waitUntil([this]() { return stack->draw(); }));
+    EXPECT_TRUE(hasTimes());
+    const auto* const times =
+        static_cast<const QwtDateScaleDraw*>(last().axisScaleDraw(QwtPlot::xBottom));
+    const double begin = last().axisScaleDiv(QwtPlot::xBottom).lowerBound();
+    EXPECT_GT(times->toDateTime(begin).date().year(), 1970);
+}
 
 TEST_F(ManyTrendPlots, AreDarkAsSoonAsTheDesktopIs)
 {
