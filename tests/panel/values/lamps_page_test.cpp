@@ -70,6 +70,48 @@ TEST_F(TheLampsPage, ShowsBitsWordByWordUnderTheirOwnPlace)
     EXPECT_TRUE(waitUntil([this]() { return lamp(0, 3).find("old") != std::string::npos; }));
 }
 
+TEST_F(TheLampsPage, ShowsTheNameThatATagGivesALampAtThatLampAlone)
+{
+    const std::string tags = folder.filePath("tags.csv").toStdString();
+    std::ofstream(tags) << "name,register,address,count\n"
+                           "pump.runs,M_bit,1.3,1\n"
+                           "valve,M_bit,1.5,2\n";
+    ItemSource source;
+    source.tags = tags;
+    options.set = {"M_bit:1.3=1", "M_bit:1.6=1"};
+    std::vector<Item> items = Items(library, source).tagged(Access::read);
+    items.push_back(Items(library, ItemSource()).find("M_bit:1.4", Access::read));
+    desk.setItems(items);
+    show();
+    open();
+    const auto shown = [this](int bit) {
+        return table->model()->index(0, bit).data().toString().toStdString();
+    };
+    EXPECT_EQ(shown(3), "pump.runs");
+    EXPECT_EQ(shown(4), "") << "no tag names it";
+    EXPECT_EQ(shown(5), "[0]");
+    EXPECT_EQ(shown(6), "[1]");
+    EXPECT_EQ(table->model()->headerData(0, Qt::Vertical).toString(), "valve\n1/M_bit:1");
+    EXPECT_EQ(lamp(0, 3), "pump.runs (1/M_bit:1.3): on, \u2713 good");
+    EXPECT_EQ(lamp(0, 5), "valve[0] (1/M_bit:1.5): off, \u2713 good");
+    EXPECT_EQ(lamp(0, 6), "valve[1] (1/M_bit:1.6): on, \u2713 good");
+    // Below its ring, where one without a name has nothing.
+    const auto hasText = [this](int bit) {
+        QRect below = table->visualRect(table->model()->index(0, bit));
+        below.setTop(below.top() + below.height() / 2);
+        const QImage picture = table->viewport()->grab(below.adjusted(1, 0, -1, -1)).toImage();
+        const QColor ground = picture.pixelColor(0, 0);
+        for (int y = 0; y < picture.height(); ++y)
+            for (int x = 0; x < picture.width(); ++x)
+                if (picture.pixelColor(x, y) != ground)
+                    return true;
+        return false;
+    };
+    EXPECT_TRUE(hasText(3));
+    EXPECT_FALSE(hasText(4));
+    EXPECT_TRUE(hasText(6));
+}
+
 TEST_F(TheLampsPage, TellsOfEachRowOnceWhichLampsMayHaveChanged)
 {
     watch({"M_bit:1.0..1.15", "M_bit:2.0..2.15"});

@@ -86,6 +86,30 @@ TEST_F(TheValuesPage, ShowsEachValueWithItsState)
     EXPECT_EQ(cell(0, ValuesModel::value), "7");
 }
 
+TEST_F(TheValuesPage, CountsEachChangeOfAValue)
+{
+    options.set = {"R_W:100=7"};
+    watch({"R_W:100", "R_W:101"});
+    show();
+    EXPECT_EQ(cell(0, ValuesModel::changes), "") << "nothing is known of it";
+    open();
+    unlock();
+    EXPECT_EQ(cell(0, ValuesModel::changes), "0") << "it was read, and has not changed";
+    int changes = 0;
+    for (const char* const text : {"8", "9", "7"}) {
+        desk.write(desk.tags().values.front(), text);
+        ASSERT_TRUE(waitUntil([&]() {
+            return allWritesHaveEnded() && allAre(ValueState::good) &&
+                   cell(0, ValuesModel::value) == text;
+        }));
+        EXPECT_EQ(cell(0, ValuesModel::changes), std::to_string(++changes));
+    }
+    desk.write(desk.tags().values.front(), "7");
+    ASSERT_TRUE(waitUntil([&]() { return allWritesHaveEnded() && allAre(ValueState::good); }));
+    EXPECT_EQ(cell(0, ValuesModel::changes), "3") << "it was 7";
+    EXPECT_EQ(cell(1, ValuesModel::changes), "0");
+}
+
 TEST_F(TheValuesPage, JudgesAnAddressWhileItIsTyped)
 {
     show();
