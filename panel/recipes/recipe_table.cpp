@@ -127,7 +127,10 @@ void RecipeTable::look(const ValueBook& book)
         const ValueStanding standing = book.standing(row.value.address);
         row.isCurrent = view && !standing.isOld && standing.state != ValueState::neverRead &&
                         standing.state != ValueState::old;
-        if (!row.isCurrent || view->lastGood < row.readAt)
+        if (!view || view->lastGood < row.readAt)
+            continue;
+        // What is old is shown, too, as on the page of values, where nothing later is known.
+        if (!row.isCurrent && !row.controller.empty() && view->lastGood == row.readAt)
             continue;
         row.controller = view->value;
         row.readAt = view->lastGood;

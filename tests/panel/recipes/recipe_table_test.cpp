@@ -359,6 +359,7 @@ TEST_F(ARecipeTable, TakesFromPollingWhatIsGoodAndLaterThanWhatItHas)
     EXPECT_EQ(row(0).controller, (ValueBytes{3}));
     EXPECT_TRUE(row(0).isCurrent);
     View old = goodView(registerAt(1), 4);
+    old.lastGood = row(0).readAt;
     old.isOld = true;
     book.apply(batchOf(1, {old}));
     table.look(book);
@@ -366,6 +367,34 @@ TEST_F(ARecipeTable, TakesFromPollingWhatIsGoodAndLaterThanWhatItHas)
     EXPECT_FALSE(row(0).isCurrent);
     table.forgetController();
     EXPECT_TRUE(row(0).controller.empty());
+}
+
+// Whoever looks only then sees what the page of values shows.
+TEST_F(ARecipeTable, TakesWhatWasReadLastOfAControllerThatHasGone)
+{
+    watch({"R_W:1"});
+    ValueBook book;
+    book.watch(1, {registerAt(1)});
+    View view = goodView(registerAt(1), 3);
+    const auto goes = [&]() {
+        book.apply(batchOf(1, {view}));
+        view.isOld = true;
+        book.apply(batchOf(1, {view}));
+        table.look(book);
+    };
+    goes();
+    EXPECT_EQ(row(0).controller, (ValueBytes{3}));
+    EXPECT_EQ(row(0).readAt, view.lastGood);
+    EXPECT_FALSE(row(0).isCurrent);
+    view = goodView(registerAt(1), 4);
+    view.lastGood = row(0).readAt + std::chrono::seconds(1);
+    goes();
+    EXPECT_EQ(row(0).controller, (ValueBytes{4})) << "it was read later";
+    EXPECT_FALSE(row(0).isCurrent);
+    view = goodView(registerAt(1), 5);
+    view.lastGood = row(0).readAt - std::chrono::seconds(1);
+    goes();
+    EXPECT_EQ(row(0).controller, (ValueBytes{4})) << "what it has is later";
 }
 
 // Cancelled when its last word was just confirmed: what the rows say is counted, whoever wrote it.

@@ -8,6 +8,7 @@
 #include <functional>
 
 #include "complaint.h"
+#include "panel/values/values_page.h"
 #include "panel_world.h"
 #include "session/recipe_file.h"
 
@@ -165,6 +166,21 @@ TEST_F(TheRecipesPage, ShowsControllerFileAndBufferSideBySideAndMarksDifferences
     EXPECT_EQ(cell("preset[1]", RecipeModel::file), "\u2260 9");
     page->findChild<QCheckBox*>("differentOnly")->setChecked(true);
     EXPECT_THAT(column(RecipeModel::name), ElementsAre("preset[1]"));
+}
+
+TEST_F(TheRecipesPage, ShowsWhatThePageOfValuesShowsThoughItIsOpenedOnceTheControllerHasGone)
+{
+    watchTags();
+    const ValuesPage valuesPage(desk);
+    open();
+    controller.reset();
+    ASSERT_TRUE(waitUntil([this]() { return desk.state().phase == LinePhase::away; }));
+    show();
+    const auto& values = *valuesPage.findChild<QTableView*>("values");
+    EXPECT_EQ(column(RecipeModel::controller), shownIn(values, ValuesModel::value));
+    EXPECT_EQ(cell("speed", RecipeModel::controller), "150 m/min");
+    EXPECT_THAT(column(RecipeModel::age), Each(StartsWith("\u25f7 ")));
+    EXPECT_THAT(shownIn(values, ValuesModel::state), Each("\u25f7 old"));
 }
 
 TEST_F(TheRecipesPage, UploadsWhatOthersReadFromItsFile)
