@@ -100,6 +100,12 @@ const View* ValueBook::find(const Address& address) const
     return entry == entries_.end() || !entry->second.view.hasValue ? nullptr : &entry->second.view;
 }
 
+bool ValueBook::isDoubted(const Address& address) const
+{
+    const auto entry = entries_.find(address);
+    return entry != entries_.end() && !entry->second.view.hasValue && entry->second.view.lapses > 0;
+}
+
 bool ValueBook::isWatched(const Address& address) const
 {
     return entries_.count(address) > 0;

@@ -58,6 +58,8 @@ public:
     const View* find(const Address& address) const;
     ValueStanding standing(const Address& address) const;
     bool isOld(const Address& address) const; // as its standing has it
+    // What was read of it may have been another value's, and it was not read since.
+    bool isDoubted(const Address& address) const;
     bool isWatched(const Address& address) const;
     std::vector<Address> addresses() const; // in no order
 

@@ -14,6 +14,14 @@ RecipeKey keyOf(const RecipeRow& row)
     return {row.value.address, row.value.label.name};
 }
 
+void forgetControllerOf(RecipeRow& row)
+{
+    row.controller.clear();
+    row.isCurrent = false;
+    if (row.fate != RecipeFate::waiting)
+        row.fate = RecipeFate::none;
+}
+
 } // namespace
 
 RecipeTable::RecipeTable(const Library& library) : library_(library) {}
@@ -112,12 +120,8 @@ void RecipeTable::clear()
 
 void RecipeTable::forgetController()
 {
-    for (RecipeRow& row : rows_) {
-        row.controller.clear();
-        row.isCurrent = false;
-        if (row.fate != RecipeFate::waiting)
-            row.fate = RecipeFate::none;
-    }
+    for (RecipeRow& row : rows_)
+        forgetControllerOf(row);
 }
 
 void RecipeTable::look(const ValueBook& book)
@@ -127,6 +131,8 @@ void RecipeTable::look(const ValueBook& book)
         const ValueStanding standing = book.standing(row.value.address);
         row.isCurrent = view && !standing.isOld && standing.state != ValueState::neverRead &&
                         standing.state != ValueState::old;
+        if (book.isDoubted(row.value.address))
+            forgetControllerOf(row);
         if (!view || view->lastGood < row.readAt)
             continue;
         // What is old is shown, too, as on the page of values, where nothing later is known.

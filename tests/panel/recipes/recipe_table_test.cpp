@@ -397,6 +397,26 @@ TEST_F(ARecipeTable, TakesWhatWasReadLastOfAControllerThatHasGone)
     EXPECT_EQ(row(0).controller, (ValueBytes{4})) << "what it has is later";
 }
 
+TEST_F(ARecipeTable, ForgetsWhatMayHaveBeenReadFromAnotherAddress)
+{
+    watch({"R_W:1", "R_W:2"});
+    ValueBook book;
+    book.watch(1, {registerAt(1), registerAt(2)});
+    book.apply(batchOf(1, {goodView(registerAt(1), 3), goodView(registerAt(2), 7)}));
+    table.look(book);
+    View doubted;
+    doubted.address = registerAt(1);
+    doubted.lapses = 1;
+    book.apply(batchOf(1, {doubted}));
+    table.look(book);
+    EXPECT_TRUE(row(0).controller.empty()) << "no reply says that it was this one's";
+    EXPECT_FALSE(row(0).isCurrent);
+    EXPECT_EQ(row(1).controller, (ValueBytes{7}));
+    book.apply(batchOf(1, {goodView(registerAt(1), 4)}));
+    table.look(book);
+    EXPECT_EQ(row(0).controller, (ValueBytes{4}));
+}
+
 // Cancelled when its last word was just confirmed: what the rows say is counted, whoever wrote it.
 TEST(TheEndOfARecipe, CountsWhatIsHeldAndWhatIsNot)
 {
