@@ -162,12 +162,14 @@ void WirePage::picture()
 {
     if (!isVisible() || log_)
         return;
-    const bool isOpen = desk_.state().phase == LinePhase::open && !desk_.book().isSilent();
-    if (!hasNews_ && !isOpen)
+    // A port that is away is waited for; without a line nothing goes on.
+    const LinePhase phase = desk_.state().phase;
+    const bool goesOn =
+        (phase == LinePhase::open || phase == LinePhase::away) && !desk_.book().isSilent();
+    if (!hasNews_ && !goesOn)
         return;
     hasNews_ = false;
-    // Nothing goes on without a line.
-    view_->refresh(isOpen ? panelNow() : times_.end());
+    view_->refresh(goesOn ? panelNow() : times_.end());
     showWhatIsKnown();
 }
 

@@ -173,13 +173,18 @@ void WireView::setCycles(int cycles)
     show(from, from + (to_ - from_)); // so long, from the same place
 }
 
+Clock::time_point WireView::latest() const
+{
+    return std::max(times_->end(), now_);
+}
+
 // A line on which no cycle comes to its end is shown as it goes on.
 void WireView::fitCycles()
 {
     const auto& cycles = times_->cycles();
     const std::size_t count = static_cast<std::size_t>(cycles_);
     Clock::time_point from = times_->begin();
-    Clock::time_point to = std::max(times_->end(), now_);
+    Clock::time_point to = latest();
     if (cycles.size() > count) {
         const Clock::duration length = cycles.back() - cycles[cycles.size() - 1 - count];
         const bool goesOn = isFollowing_ && to - cycles.back() > 2 * length;
@@ -196,7 +201,7 @@ void WireView::fitAll()
 {
     standStill();
     zero_ = times_->begin();
-    show(times_->begin(), times_->end());
+    show(times_->begin(), latest());
 }
 
 void WireView::standStill()
@@ -207,7 +212,7 @@ void WireView::standStill()
 void WireView::show(Clock::time_point from, Clock::time_point to)
 {
     const Clock::duration most =
-        std::max<Clock::duration>(shortest, scaled(times_->end() - times_->begin(), 1.1));
+        std::max<Clock::duration>(shortest, scaled(latest() - times_->begin(), 1.1));
     const Clock::duration length = std::clamp<Clock::duration>(to - from, minLength, most);
     from_ = from;
     to_ = from + length;
@@ -219,7 +224,7 @@ void WireView::zoomAt(double factor, Clock::time_point centre)
 {
     standStill();
     const Clock::duration most =
-        std::max<Clock::duration>(shortest, scaled(times_->end() - times_->begin(), 1.1));
+        std::max<Clock::duration>(shortest, scaled(latest() - times_->begin(), 1.1));
     const Clock::duration before = to_ - from_;
     const Clock::duration length =
         std::clamp<Clock::duration>(scaled(before, 1 / factor), minLength, most);
@@ -243,7 +248,7 @@ void WireView::pan(double windows)
     standStill();
     const Clock::duration length = to_ - from_;
     const Clock::time_point lowest = times_->begin() - length / 2;
-    const Clock::time_point highest = std::max(lowest, times_->end() - length / 2);
+    const Clock::time_point highest = std::max(lowest, latest() - length / 2);
     const Clock::time_point from = std::clamp(from_ + scaled(length, windows), lowest, highest);
     show(from, from + length);
 }
@@ -303,7 +308,7 @@ const WireFrame* WireView::frameAt(const QPoint& place) const
     const WireFrame& frame = times_->frames()[*at];
     const int row = (place.y() - top()) / laneHeight();
     const bool isItsLane = row == 0 || row == laneOf(frame.told.request.station);
-    const Clock::time_point end = frame.hasEnded ? frame.end : std::max(times_->end(), now_);
+    const Clock::time_point end = frame.hasEnded ? frame.end : latest();
     return isItsLane && time <= std::max(end, timeAt(xOf(frame.begin) + 2)) ? &frame : nullptr;
 }
 

@@ -119,6 +119,8 @@ private:
     void measureTexts();
 
     static constexpr int spaceAround = 4;
+    // Of what there is to be seen.
+    Clock::time_point latest() const;
     QString laneName(int station) const;
     int laneHeight() const;
     int left() const // of the time

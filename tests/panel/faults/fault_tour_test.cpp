@@ -219,6 +219,8 @@ TEST_F(ATourOfAFault, ShowsACableThatIsPulledAndPluggedInOnEachPage)
     EXPECT_EQ(plan(), planned);
     EXPECT_TRUE(waitUntil(
         [this]() { return health("linkHistory").find("port away") != std::string::npos; }));
+    EXPECT_TRUE(waitUntil([this]() { return share(WireUse::noLine) != "0.00 ms"; }))
+        << "it is away all the while";
     const TrendTime pulled = now();
     const int frames = framesWith("");
     EXPECT_GT(frames, 0);
@@ -230,6 +232,7 @@ TEST_F(ATourOfAFault, ShowsACableThatIsPulledAndPluggedInOnEachPage)
     EXPECT_TRUE(waitUntil([this]() { return faultSentence().find("Nothing is wrong.") == 0; }));
     EXPECT_EQ(plan(), planned);
     EXPECT_TRUE(waitUntil([&]() { return framesWith("") > frames; }));
+    EXPECT_NE(share(WireUse::noLine), "0.00 ms");
     // The last request was under way then, or none was.
     EXPECT_TRUE(waitUntil([&]() {
         const std::string known = trendAt(pulled);
