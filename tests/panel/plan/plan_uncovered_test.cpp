@@ -1,6 +1,7 @@
 // What no request reads, and what two of them read, on the page of the plan. No plan of the
 // driver's own has either with the tags of today; whoever sees a value there is to know that it
 // never comes.
+#include <QApplication>
 #include <QLabel>
 #include <QTableView>
 
