@@ -54,6 +54,19 @@ TEST_F(Copies, OneThatArrivesTogetherWithTheReplyIsNotTakenForIt)
     expectNothing();
 }
 
+// It cannot be taken for the reply, but for what it is.
+TEST_F(Copies, OneOfAnotherLengthIsToldAsMoreThanWasAskedFor)
+{
+    start();
+    exchange("010301000001", "01030211AA");
+    line.ask("010302000002", 9);
+    line.comeWhole("01030211AA");
+    line.pass(milliseconds(200)); // no more comes
+    EXPECT_EQ(line.doubts, 1);
+    ASSERT_EQ(line.strays.size(), 1U);
+    EXPECT_EQ(line.strays.front().kind, StrayKind::surplus);
+}
+
 // The modem is the same.
 TEST_F(Copies, AreExpectedOnTheNextLineOfThePortToo)
 {

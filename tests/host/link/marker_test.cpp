@@ -32,6 +32,29 @@ TEST(AMarker, IsLongerThanTheRequestWhereRepliesOfEveryShorterOneAreOut)
     EXPECT_TRUE(marker.isMarker);
 }
 
+// A word less is 16 coils or inputs less.
+TEST(AMarker, OfAReadIsAReadOfTheSameUnits)
+{
+    struct {
+        const char* request;
+        const char* marker;
+    } const rows[] = {{"010100050020", "010100050010"},
+                      {"010200050020", "010200050010"},
+                      {"010300050002", "010300050001"},
+                      {"010400050002", "010400050001"}};
+    for (const auto& row : rows) {
+        Transmission request;
+        request.request.length = 2;
+        request.sent = withCrc(QByteArray::fromHex(row.request));
+        request.replyLength = 9;
+        unsigned short next = 1;
+        const Transmission marker =
+            makeMarker(request, Books(), OpenTransmission(), MarkerKind::read, next);
+        EXPECT_EQ(marker.sent.toHex(), withCrc(QByteArray::fromHex(row.marker)).toHex());
+        EXPECT_EQ(marker.replyLength, 7);
+    }
+}
+
 // The adapter's echo of it is not mistaken for its reply.
 TEST(AMarker, OfAWriteIsAReadOfWhatIsWrittenWhereAnEchoWouldTellNothing)
 {

@@ -111,6 +111,25 @@ TEST_F(DoubtfulWrites, ABitIsNotWrittenOnceTheReadBeforeItIsInDoubt)
     EXPECT_EQ(outcomes.at(2), "accepted");
 }
 
+// What is refused here is that bit alone.
+TEST_F(DoubtfulWrites, AWriteBehindABitThatIsNotWrittenGoesOut)
+{
+    watch(words("R_W", 20));
+    int writes = 0;
+    sendReply = [this, &writes](const QByteArray& reply) {
+        if (reply.at(1) == 3 || reply.at(1) == 8 || ++writes > 1)
+            slave.send(reply);
+        else // it is not answered, but a read is once more
+            slave.send(withCrc(QByteArray::fromHex("0103020007")));
+    };
+    session->write({bits("R_bit", 160), {1}}, outcome(1));
+    session->write(wordWrite("R_W", 30, 5), outcome(2));
+    ASSERT_TRUE(waitForOutcomes(2));
+    EXPECT_THAT(outcomes.at(1), HasSubstr("not sent any more: the other bits of the word"));
+    EXPECT_EQ(outcomes.at(2), "accepted");
+    EXPECT_EQ(registers[addressOfR + 30], 5);
+}
+
 } // namespace
 
 } // namespace dov417
