@@ -107,6 +107,19 @@ TEST(AReplyGap, HasAnEnd)
     EXPECT_EQ(other.value(), milliseconds(100));
 }
 
+TEST(TheGapOfAReply, IsLearnedAlsoAfterAPauseThatWasTooLong)
+{
+    const QByteArray whole = withCrc(QByteArray::fromHex("01030400070008"));
+    ReplyGap gap(milliseconds(100));
+    Clock::time_point now{};
+    for (const milliseconds pause : {milliseconds(3000), milliseconds(150)}) {
+        gap.ended(whole.left(4), twoRegistersDue, now);
+        now += pause;
+        gap.came(whole.mid(4), now);
+    }
+    EXPECT_EQ(gap.value(), milliseconds(300));
+}
+
 } // namespace
 
 } // namespace dov417
