@@ -107,7 +107,7 @@ TEST(AReplyGap, HasAnEnd)
     EXPECT_EQ(other.value(), milliseconds(100));
 }
 
-TEST(TheGapOfAReply, IsLearnedAlsoAfterAPauseThatWasTooLong)
+TEST(AReplyGap, IsLearnedAlsoAfterAPauseThatWasTooLong)
 {
     const QByteArray whole = withCrc(QByteArray::fromHex("01030400070008"));
     ReplyGap gap(milliseconds(100));
