@@ -16,8 +16,6 @@ import time
 import tty
 import unittest
 
-import jsonschema
-
 TOOL = os.environ["DOV417"]
 for variable in ("DOV417_PORT", "DOV417_LINE", "DOV417_TAGS"):
     os.environ.pop(variable, None)
@@ -38,6 +36,8 @@ SCHEMA_FILE = os.path.join(os.path.dirname(__file__), "../../docs/json-output.sc
 
 
 def validator_of(kind):
+    import jsonschema  # half of the time in which a test starts, and few look at JSON
+
     with open(SCHEMA_FILE, encoding="utf-8") as file:
         schema = json.load(file)
     del schema["anyOf"]
