@@ -10,7 +10,7 @@ namespace dov417 {
 
 namespace {
 
-constexpr int station = 1;
+constexpr int anyStation = 1;
 constexpr int bitItems = -1;                  // of KEY_ADDRESS::bitFlag
 constexpr const char* property = "0#0#0#1#2"; // a merge gap of 2: both words in one write
 constexpr int minFrame = 8;
@@ -38,7 +38,7 @@ std::optional<QByteArray> readFrame(const Library& library, const RegisterType& 
 {
     startAnew(library);
     KEY_ADDRESS key = KEY_ADDRESS();
-    key.stationNo = station;
+    key.stationNo = anyStation;
     key.regName = QString::fromStdString(type.name);
     key.length = type.width == Width::doubleWord ? 2 : 1;
     key.bitFlag = type.width == Width::bit ? bitItems : 0;
@@ -53,7 +53,7 @@ std::optional<QByteArray> writeFrame(const Library& library, const RegisterType&
 {
     startAnew(library);
     unsigned char data[4] = {1, 0, 0, 0};
-    library.intf_setData(station, QString::fromStdString(type.name), 0, length, data, 0);
+    library.intf_setData(anyStation, QString::fromStdString(type.name), 0, length, data, 0);
     std::optional<QByteArray> frame = nextFrame(library);
     if (!frame || functionOf(*frame) != readRegisters)
         return frame;
