@@ -10,7 +10,6 @@ namespace dov417 {
 
 namespace {
 
-constexpr int usageCode = 2;
 const char* const programName = "dov417-panel";
 const char* const lineGroup = "Line";
 const char* const valueGroup = "Values";

@@ -15,6 +15,8 @@ class App;
 
 namespace dov417 {
 
+constexpr int usageCode = 2; // what the program ends with where the options are wrong
+
 struct PanelOptions {
     LineSetup line;
     std::string library; // empty: search
