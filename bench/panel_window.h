@@ -36,8 +36,10 @@ inline void plotAll(const MainWindow& window, const std::vector<Item>& items)
         all.push_back({{"values", values}});
     }
     for (PanelPage* const page : window.pages())
-        if (page->settingsName() == "trends")
+        if (page->settingsName() == "trends") {
             page->prepared({{"plots", all}})();
+            emit page->settingsChanged(); // else the next step of the project takes them back
+        }
 }
 
 struct MeasuredWindow {

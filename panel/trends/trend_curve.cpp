@@ -29,6 +29,7 @@ TrendCurve::TrendCurve(const TrendValue& value, int number)
     setPaintAttribute(QwtPlotCurve::ClipPolygons, true);
     setRenderHint(QwtPlotItem::RenderAntialiased, false);
     setItemAttribute(QwtPlotItem::AutoScale, !value.isBit());
+    setItemAttribute(QwtPlotItem::Legend, false); // its sample takes longer than all else of it
     thinner_.choose(value.at, TrendNumbers(value.at.width, value.format));
     setPalette(QPalette());
 }

@@ -23,6 +23,9 @@ public:
         setDateFormat(QwtDate::Minute, QStringLiteral("HH:mm"));
         setDateFormat(QwtDate::Hour, QStringLiteral("HH:mm\nd MMM"));
         setDateFormat(QwtDate::Day, QStringLiteral("d MMM"));
+        // Until it is drawn it has no time, and the first one of Qwt is in 1970.
+        for (const auto part : {QwtAbstractScaleDraw::Ticks, QwtAbstractScaleDraw::Labels})
+            enableComponent(part, false);
     }
     // Before the clock was moved, the axis has its marks at no round times.
     QwtText label(double place) const override
@@ -69,7 +72,7 @@ TrendPlot::TrendPlot(const TrendClock& clock)
     setAxisScaleEngine(xBottom, new QwtDateScaleEngine(Qt::LocalTime));
     axisScaleDraw(yLeft)->setMinimumExtent(0);
     grid_->attach(this);
-    showTimes(false);
+    grid_->enableX(false); // as long as there are no times
     legend_.setAlignment(Qt::AlignLeft | Qt::AlignTop);
     legend_.setRenderHint(QwtPlotItem::RenderAntialiased);
     absence_->setMargin(fontMetrics().height());
@@ -196,7 +199,7 @@ bool TrendPlot::update(const TrendHistory& history, const TrendWindow& window, s
         if (!curve->update(history, clock_, window, budget))
             return false;
     setAxisScale(xBottom, clock_.toAxis(window.from), clock_.toAxis(window.to));
-    showTimes(true);
+    showTimes();
     absence_->setVisible(std::all_of(curves_.begin(), curves_.end(), [](const TrendCurve* curve) {
         return curve->dataSize() == 0;
     }));
@@ -249,6 +252,8 @@ void TrendPlot::setNotes(const std::vector<TrendNote>& notes)
 
 void TrendPlot::setLegendShown(bool isShown)
 {
+    for (TrendCurve* const curve : curves_)
+        curve->setItemAttribute(QwtPlotItem::Legend, isShown);
     legend_.attach(isShown ? this : nullptr);
 }
 

@@ -84,7 +84,7 @@ private:
     bool mouseReleased(const QMouseEvent& event);
     void chooseArea(const QRect& area);
     void showScales();
-    void showTimes(bool areKnown);
+    void showTimes();
     bool isOfNumbers(QwtPlot::Axis axis) const;
     void setHeight(QwtPlot::Axis axis, double middle, double height);
     void showBits(QwtPlot::Axis axis, const std::vector<std::string>& names, bool isAlone);

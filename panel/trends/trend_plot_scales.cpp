@@ -84,11 +84,10 @@ void TrendPlot::showBits(QwtPlot::Axis axis, const std::vector<std::string>& nam
     setAxisScaleDiv(axis, scale);
 }
 
-// Until it is drawn it has no time, and the first one of Qwt is in 1970.
-void TrendPlot::showTimes(bool areKnown)
+void TrendPlot::showTimes()
 {
-    showBlank(*axisScaleDraw(xBottom), !areKnown);
-    grid_->enableX(areKnown);
+    showBlank(*axisScaleDraw(xBottom), false);
+    grid_->enableX(true);
 }
 
 void TrendPlot::followValues()

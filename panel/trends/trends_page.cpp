@@ -60,9 +60,9 @@ std::function<void()> TrendsPage::prepared(const OrderedJson& settings)
         const auto span = static_cast<TrendTime>(arrangement.span * trendSecond);
         if (span != stack_->view().span())
             stack_->arrange([span](TrendView& view) { view.setSpan(span); });
-        showNotes();
+        takeNotes();
         resolve();
-        showArrangement();
+        showArrangement(); // which draws them, too
     };
 }
 

@@ -67,6 +67,7 @@ private:
     void editNote(const TrendNote& note, const QString& text);
     void removeNotes(const std::vector<TrendNote>& notes);
     void changeNotes();
+    void takeNotes();
     void showNotes();
     void addNote(const QString& text); // of what happened now
     void openNotes();

@@ -87,12 +87,17 @@ void TrendsPage::changeNotes()
 
 void TrendsPage::showNotes()
 {
+    takeNotes();
+    stack_->draw();
+}
+
+void TrendsPage::takeNotes()
+{
     std::vector<TrendNote> notes;
     notes.reserve(arrangement_.notes.size());
     for (const KeptNote& each : arrangement_.notes)
         notes.push_back({clock_.momentOf(each.at), QString::fromStdString(each.text)});
     stack_->setOwnNotes(notes);
-    stack_->draw();
     listNotes();
 }
 
