@@ -15,13 +15,20 @@ ValuesModel::ValuesModel(PanelDesk& desk) : desk_(desk)
     connect(&desk, &PanelDesk::valuesChanged, this,
             [this](const std::vector<Address>& addresses) { tell(addresses); });
     connect(&desk, &PanelDesk::stationNamesChanged, this, [this]() { beginAnew(); });
-    beginAnew();
+}
+
+void ValuesModel::setSeen(bool isSeen)
+{
+    isSeen_ = isSeen;
+    if (isSeen && !hasRows_)
+        beginAnew();
 }
 
 // Rows are places in what is watched now, and found by address: nothing of before is kept.
 void ValuesModel::beginAnew()
 {
     beginResetModel();
+    hasRows_ = isSeen_;
     rows_.clear();
     searched_.clear();
     endResetModel();
@@ -62,6 +69,8 @@ QString ValuesModel::stationName(const PanelValue& each) const
 // In stretches of rows, as a view takes longer for each signal than for a row.
 void ValuesModel::tell(const std::vector<Address>& addresses)
 {
+    if (!hasRows_)
+        return;
     std::vector<int> changed;
     for (const Address& each : addresses)
         for (auto [row, end] = rows().equal_range(each); row != end; ++row)
@@ -89,7 +98,7 @@ const PanelValue& ValuesModel::valueAt(int row) const
 
 int ValuesModel::rowCount(const QModelIndex& parent) const
 {
-    return parent.isValid() ? 0 : static_cast<int>(desk_.tags().values.size());
+    return parent.isValid() || !hasRows_ ? 0 : static_cast<int>(desk_.tags().values.size());
 }
 
 int ValuesModel::columnCount(const QModelIndex& parent) const

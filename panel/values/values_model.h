@@ -42,6 +42,9 @@ public:
     // name, address or comment of one, in any case.
     bool isBefore(int left, int right, int column) const;
     bool holds(int row, const QString& text) const;
+    // Who does not look has no rows, once something else is watched: of thousands, which a view
+    // puts in order, they take longer than all that the others do at once.
+    void setSeen(bool isSeen);
     // Of a row as it is now: to be copied, as rows begin anew when something else is watched.
     const PanelValue& valueAt(int row) const;
 
@@ -60,6 +63,8 @@ private:
     const std::vector<QString>& searched() const;
 
     PanelDesk& desk_;
+    bool isSeen_ = false;
+    bool hasRows_ = false;
     mutable Rows rows_;
     // By row: name, address, comment, station; empty until somebody looks for a text, as making
     // them takes longer than all else of a row.

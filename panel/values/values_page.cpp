@@ -87,6 +87,18 @@ QIcon ValuesPage::icon() const
     return iconOf(PanelIcon::values);
 }
 
+void ValuesPage::showEvent(QShowEvent* event)
+{
+    PanelPage::showEvent(event);
+    model_.setSeen(true);
+}
+
+void ValuesPage::hideEvent(QHideEvent* event)
+{
+    PanelPage::hideEvent(event);
+    model_.setSeen(false);
+}
+
 // ---- what a project keeps of it -----------------------------------------------------------------
 
 std::string ValuesPage::settingsName() const

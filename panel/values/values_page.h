@@ -32,6 +32,10 @@ signals:
     // These are to be seen over time.
     void trendsAsked(const std::vector<dov417::Address>& addresses);
 
+protected:
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+
 private:
     void makeTable();
     QWidget* makeTools();

@@ -81,8 +81,9 @@ protected:
         window.document().setStations(stations);
     }
     // Beside the rows of the page of values.
-    std::vector<std::string> groups() const
+    std::vector<std::string> groups()
     {
+        window.showPage(1);
         const QAbstractItemModel& model = *window.findChild<QTableView*>("values")->model();
         std::vector<std::string> texts;
         for (int row = 0; row < model.rowCount(); ++row)
@@ -242,13 +243,13 @@ TEST_F(TheStations, AreFoundByTheirName)
     add("3/R_W:1");
     add("4/R_W:1");
     name(3, "filler");
+    window.showPage(1);
     auto* const table = window.findChild<QTableView*>("values");
     const QModelIndex address = table->model()->index(0, ValuesModel::address);
     EXPECT_EQ(address.data(Qt::ToolTipRole), "3 filler");
     EXPECT_EQ(address.data(Qt::AccessibleTextRole), "Address: 3/R_W:1, 3 filler");
     EXPECT_EQ(address.sibling(1, ValuesModel::address).data(Qt::AccessibleTextRole),
               "Address: 4/R_W:1");
-    window.showPage(1);
     QTest::keyClicks(window.findChild<QLineEdit*>("search"), "FILL");
     EXPECT_EQ(table->model()->rowCount(), 1);
 }

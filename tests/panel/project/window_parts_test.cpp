@@ -92,6 +92,7 @@ TEST_F(TheArrangement, OfAProjectThatNamesNoOrderIsAsTheValuesWereAdded)
         {"name": "b", "register": "R_W", "address": 5},
         {"name": "a", "register": "R_W", "address": 4}]})");
     window.document().open(file);
+    window.showPage(1);
     EXPECT_THAT(addresses(), ElementsAre("1/R_W:5", "1/R_W:4"));
     EXPECT_EQ(table->columnWidth(ValuesModel::name), 321) << "nobody asked for another one";
     window.document().save(path("machine.json"));

@@ -171,7 +171,8 @@ TEST_F(TheRecipesPage, ShowsControllerFileAndBufferSideBySideAndMarksDifferences
 TEST_F(TheRecipesPage, ShowsWhatThePageOfValuesShowsThoughItIsOpenedOnceTheControllerHasGone)
 {
     watchTags();
-    const ValuesPage valuesPage(desk);
+    ValuesPage valuesPage(desk);
+    valuesPage.show();
     open();
     controller.reset();
     ASSERT_TRUE(waitUntil([this]() { return desk.state().phase == LinePhase::away; }));

@@ -86,6 +86,23 @@ TEST_F(TheValuesPage, ShowsEachValueWithItsState)
     EXPECT_EQ(cell(0, ValuesModel::value), "7");
 }
 
+// Thousands take long, and nobody sees them.
+TEST_F(TheValuesPage, MakesItsRowsOnceItIsLookedAt)
+{
+    watch({"R_W:1..9"});
+    show();
+    EXPECT_EQ(names().size(), 9U);
+    page->hide();
+    EXPECT_EQ(names().size(), 9U) << "they are as they were";
+    watch({"R_W:20..24"});
+    EXPECT_THAT(names(), testing::IsEmpty());
+    emit desk.valuesChanged({desk.tags().values.front().address});
+    page->show();
+    EXPECT_THAT(names(), ElementsAre("1/R_W:20", "1/R_W:21", "1/R_W:22", "1/R_W:23", "1/R_W:24"));
+    watch({"R_W:30"});
+    EXPECT_THAT(names(), ElementsAre("1/R_W:30"));
+}
+
 TEST_F(TheValuesPage, CountsEachChangeOfAValue)
 {
     options.set = {"R_W:100=7"};
