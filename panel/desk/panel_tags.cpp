@@ -122,10 +122,11 @@ PanelTags panelTags(const Library& library, const std::vector<Item>& items)
     for (const Item& item : items) {
         const int count = valueCount(item.address);
         const std::string locked = whyLocked(library, item.address, writable);
+        const SharedItem shared(item);
         for (int i = 0; i < count; ++i) {
             const Address address = valueOf(item.address, i);
             ViewLabel& label = labels.at(tags.values.size());
-            tags.values.push_back({std::move(label), address, item, place, locked});
+            tags.values.push_back({std::move(label), address, shared, place, locked});
         }
         ++place;
     }

@@ -4,6 +4,7 @@
 #define DOV417_PANEL_PANEL_TAGS_H
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -11,10 +12,28 @@
 
 namespace dov417 {
 
+// The same one for all of its values, of which there may be thousands.
+class SharedItem {
+public:
+    SharedItem() : SharedItem(Item()) {}
+    SharedItem(const Item& item) : item_(std::make_shared<const Item>(item)) {}
+    operator const Item&() const
+    {
+        return *item_;
+    }
+    const Item* operator->() const
+    {
+        return item_.get();
+    }
+
+private:
+    std::shared_ptr<const Item> item_;
+};
+
 struct PanelValue {
     ViewLabel label;
     Address address;    // of this one value
-    Item item;          // that it is a value of
+    SharedItem item;    // that it is a value of
     std::size_t place;  // of that item, until something else is watched
     std::string locked; // why it can never be written; empty where it can
 };

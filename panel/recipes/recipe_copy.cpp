@@ -29,7 +29,7 @@ OrderedJson meaningOf(const Library& library, const PanelValue& value)
 {
     if (!isTag(library, value.item))
         return OrderedJson::object();
-    const Format& own = value.item.ofLimits;
+    const Format& own = value.item->ofLimits;
     return {{"notation", notationNames().at(static_cast<std::size_t>(own.notation))},
             {"order", wordOrderNames().at(static_cast<std::size_t>(own.order))},
             {"byteOrder", wordOrderNames().at(static_cast<std::size_t>(own.byteOrder))},

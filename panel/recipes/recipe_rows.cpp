@@ -21,7 +21,7 @@ bool isMoved(const RecipeRow& row, RecipeKind kind)
 
 bool isSameItem(const PanelValue& a, const PanelValue& b)
 {
-    return a.item.name == b.item.name && a.item.address == b.item.address && a.place == b.place;
+    return a.item->name == b.item->name && a.item->address == b.item->address && a.place == b.place;
 }
 
 void addValue(RecipeShare& share, const RecipeRow& row)
@@ -63,10 +63,10 @@ std::vector<RecipeShare> recipeShares(const Library& library, const std::vector<
     std::vector<RecipeShare> shares;
     for (std::size_t first = 0; first < rows.size();) {
         const PanelValue& value = rows.at(first).value;
-        const auto count = static_cast<std::size_t>(valueCount(value.item.address));
+        const auto count = static_cast<std::size_t>(valueCount(value.item->address));
         RecipeShare whole{{value.item, {}}, {}};
         std::size_t end = first;
-        bool isWhole = value.address == valueOf(value.item.address, 0);
+        bool isWhole = value.address == valueOf(value.item->address, 0);
         for (; end < rows.size() && end - first < count && isSameItem(rows.at(end).value, value);
              ++end) {
             isWhole = isWhole && isMoved(rows.at(end), kind);

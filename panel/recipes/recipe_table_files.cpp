@@ -31,10 +31,10 @@ Item RecipeTable::find(const std::string& name) const
     for (const RecipeRow& row : rows_) {
         if (!isTag(library_, row.value.item))
             continue;
-        const bool isWhole = row.value.item.name == name;
+        const bool isWhole = row.value.item->name == name;
         if (!isWhole && row.value.label.name != name)
             continue;
-        if (found && isWhole && !(found->value.item.address == row.value.item.address))
+        if (found && isWhole && !(found->value.item->address == row.value.item->address))
             throw UsageFailure(tr("several values are called so here").toStdString());
         if (found && !isWhole)
             throw UsageFailure(tr("several values are called so here").toStdString());
@@ -61,7 +61,7 @@ std::size_t RecipeTable::placeOf(const Address& address, const std::string& item
     const auto [first, last] = places_.equal_range(address);
     for (auto place = first; place != last; ++place) {
         const PanelValue& value = rows_.at(place->second).value;
-        if (value.item.name == itemName || value.label.name == itemName)
+        if (value.item->name == itemName || value.label.name == itemName)
             return place->second;
         found = std::min(found, place->second);
     }

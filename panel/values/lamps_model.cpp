@@ -17,16 +17,16 @@ QString shortName(const PanelValue& value)
     const std::string& name = value.label.name;
     if (name == value.label.address)
         return QString();
-    return QString::fromStdString(valueCount(value.item.address) > 1 ? name.substr(name.rfind('['))
-                                                                     : name);
+    return QString::fromStdString(valueCount(value.item->address) > 1 ? name.substr(name.rfind('['))
+                                                                      : name);
 }
 
 // What stands beside its row.
 QString blockName(const PanelValue& value)
 {
     const bool isBlock =
-        value.label.name != value.label.address && valueCount(value.item.address) > 1;
-    return isBlock ? QString::fromStdString(value.item.name) : QString();
+        value.label.name != value.label.address && valueCount(value.item->address) > 1;
+    return isBlock ? QString::fromStdString(value.item->name) : QString();
 }
 
 } // namespace

@@ -53,7 +53,7 @@ const std::vector<QString>& ValuesModel::searched() const
     searched_.reserve(desk_.tags().values.size());
     for (const PanelValue& each : desk_.tags().values)
         searched_.push_back(QString::fromStdString(each.label.name + '\n' + each.label.address +
-                                                   '\n' + each.item.comment + '\n') +
+                                                   '\n' + each.item->comment + '\n') +
                             stationName(each));
     return searched_;
 }
@@ -176,7 +176,7 @@ QVariant ValuesModel::data(const QModelIndex& index, int role) const
     case Qt::ToolTipRole:
         return index.column() == state     ? text(each, state)
                : index.column() == address ? stationText(desk_.stationNames(), each.address.station)
-                                           : QString::fromStdString(each.item.comment);
+                                           : QString::fromStdString(each.item->comment);
     case Qt::AccessibleTextRole: {
         const QString told = QStringLiteral("%1: %2").arg(
             headerData(index.column(), Qt::Horizontal).toString(), text(each, index.column()));
