@@ -4,6 +4,8 @@
 #include <QDir>
 #include <QPalette>
 #include <QPixmap>
+#include <QProgressBar>
+#include <QPushButton>
 
 #include "line/failure.h"
 #include "panel/desk/write_failure.h"
@@ -30,13 +32,31 @@ QPalette darkPalette()
     return palette;
 }
 
-void takePictures(MainWindow& window, const QString& folder)
+namespace {
+
+// So that its rows say what became of them. Without a file there is nothing that this replaces.
+void fillRecipe(const PanelPage& page)
+{
+    auto* const upload = page.findChild<QPushButton*>(QStringLiteral("upload"));
+    const auto* const progress = page.findChild<QProgressBar*>(QStringLiteral("recipeProgress"));
+    if (!upload || !upload->isEnabled() || !page.settings().empty())
+        return;
+    upload->click();
+    while (!progress->isHidden())
+        QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+}
+
+} // namespace
+
+void takePictures(MainWindow& window, const QString& folder, bool isOfTrial)
 {
     const QPalette before = QApplication::palette();
     QDir().mkpath(folder);
     int page = 0;
     for (const PanelPage* const each : window.pages()) {
         window.showPage(page++);
+        if (isOfTrial)
+            fillRecipe(*each);
         for (const bool isDark : {false, true}) {
             QApplication::setPalette(isDark ? darkPalette() : before);
             QApplication::processEvents();

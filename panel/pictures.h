@@ -13,8 +13,9 @@ namespace dov417 {
 // Of a dark desktop.
 QPalette darkPalette();
 
-// NAME-light.png and NAME-dark.png of each page. Throws a Failure where one cannot be written.
-void takePictures(MainWindow& window, const QString& folder);
+// NAME-light.png and NAME-dark.png of each page. Of a trial, the recipe is read from its controller
+// before. Throws a Failure where one cannot be written.
+void takePictures(MainWindow& window, const QString& folder, bool isOfTrial);
 
 } // namespace dov417
 

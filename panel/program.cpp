@@ -49,12 +49,12 @@ int work(MainWindow& window)
     return QApplication::exec();
 }
 
-int photograph(MainWindow& window, const std::string& folder)
+int photograph(MainWindow& window, const PanelOptions& options)
 {
     int code = EXIT_SUCCESS;
-    QTimer::singleShot(pictureDelayMs, &window, [&window, &folder, &code]() {
+    QTimer::singleShot(pictureDelayMs, &window, [&window, &options, &code]() {
         try {
-            takePictures(window, QString::fromStdString(folder));
+            takePictures(window, QString::fromStdString(options.pictures), options.line.simulated);
         } catch (const Failure& failure) {
             std::fprintf(stderr, "dov417-panel: %s\n", failure.what());
             code = EXIT_FAILURE;
@@ -102,7 +102,7 @@ int run(const PanelOptions& options)
         const Shutdown shutdown([&window]() { window.leave(); });
         begin(window, desk, options);
         window.show();
-        code = options.pictures.empty() ? work(window) : photograph(window, options.pictures);
+        code = options.pictures.empty() ? work(window) : photograph(window, options);
     }
     // A port that hangs hangs the line's thread, and with it whoever waits for that.
     if (!desk.end())

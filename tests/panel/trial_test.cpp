@@ -2,6 +2,7 @@
 #include <QTableView>
 
 #include "panel/frames/wire_view.h"
+#include "panel/pictures.h"
 #include "panel/recipes/recipe_model.h"
 #include "panel/trends/trend_stack.h"
 #include "project_world.h"
@@ -91,6 +92,15 @@ TEST_F(ATrial, HasAPlanCountersAndARecipe)
         const std::vector<std::string> held = shownIn(table("recipe"), RecipeModel::controller);
         return std::find(held.begin(), held.end(), std::string()) == held.end();
     }));
+}
+
+TEST_F(ATrial, IsPhotographedWithARecipeThatWasRead)
+{
+    EXPECT_TRUE(waitUntil([this]() { return allAre(ValueState::good); }));
+    takePictures(window, folder.filePath("pictures"), true);
+    EXPECT_THAT(shownIn(table("recipe"), RecipeModel::outcome), Contains("\u2713 read"));
+    EXPECT_TRUE(QFile::exists(folder.filePath("pictures/recipes-light.png")));
+    EXPECT_TRUE(QFile::exists(folder.filePath("pictures/recipes-dark.png")));
 }
 
 } // namespace
