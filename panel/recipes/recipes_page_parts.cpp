@@ -25,7 +25,7 @@ void RecipesPage::makeTable()
     table_->setItemDelegateForColumn(RecipeModel::buffer, new ValueDelegate(table_));
     fillWithLast(*table_->horizontalHeader());
     // Name, address, controller, age, file, buffer, comparison.
-    setColumnLetters(*table_, {22, 15, 20, 16, 16, 16, 20});
+    setColumnLetters(*table_, {22, 15, 20, 12, 16, 16, 27});
     connect(table_->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             [this]() { showState(); });
     auto* const remove =
