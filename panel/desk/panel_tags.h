@@ -16,7 +16,7 @@ namespace dov417 {
 class SharedItem {
 public:
     SharedItem() : SharedItem(Item()) {}
-    SharedItem(const Item& item) : item_(std::make_shared<const Item>(item)) {}
+    explicit SharedItem(const Item& item) : item_(std::make_shared<const Item>(item)) {}
     operator const Item&() const
     {
         return *item_;

@@ -25,7 +25,7 @@ std::vector<RecipeRow> RecipeTable::rowsToSave() const
     all.insert(all.end(), parked_.begin(), parked_.end());
     for (std::size_t row = 0; row < all.size(); ++row)
         if (row >= rows_.size() || all.at(row).isOfFile)
-            all.at(row).value.item = itemByAddress(library_, all.at(row).value.item);
+            all.at(row).value.item = SharedItem(itemByAddress(library_, all.at(row).value.item));
     return all;
 }
 
