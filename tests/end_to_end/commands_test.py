@@ -425,9 +425,9 @@ class Watch(EndToEnd):
         self.assertEqual(watch.interrupt()[0], 0)
 
     def check_that_the_terminal_is_restored(self, stop):
-        controller = self.controller()
+        controller = self.controller("--still", "--set", "C:3=4711")
         watching = self.terminal("watch", "--port", controller.port, "C:0..3")
-        watching.wait_for(b"link good")
+        watching.wait_for(b"4711")  # that the link is good may be shown before
         stop(watching)
         self.assertEqual(watching.end(), 0)
         seen = watching.seen

@@ -112,6 +112,9 @@ protected:
         ASSERT_EQ(plots(), 1U);
         const auto* const readout = window.findChild<QTableView*>("trendReadout");
         ASSERT_TRUE(waitUntil([readout]() { return shownIn(*readout, 2).front() == "1234"; }));
+        // What is saved is what is drawn.
+        const auto* const plot = window.findChild<TrendStack*>()->plots().front();
+        ASSERT_TRUE(waitUntil([plot]() { return plot->curves().front()->dataSize() > 0; }));
     }
     std::size_t plots() const
     {
