@@ -301,6 +301,7 @@ TEST_F(ATcpExchange, WaitsLongerForAStationThatIsSlow)
     EXPECT_FALSE(ended);
     reply(mark(), "010302002A");
     EXPECT_EQ(bytes(), "010302002a399b");
+    EXPECT_EQ(notices.size(), 1U) << "said once";
 }
 
 TEST_F(ATcpExchange, IsQuietOnceTheReplyHadItsTime)

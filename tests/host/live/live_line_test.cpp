@@ -115,6 +115,7 @@ TEST_F(ALiveLine, ThatIsListenedToOnlyHasItsSilenceAndItsHorizon)
     EXPECT_EQ(fieldsOf(line),
               defaultsBut({{"replyGap", 5}, {"horizon", 2500}, {"maxTimeout", 2500}}));
     EXPECT_EQ(nameOf(3, line.stationNames), "oven");
+    EXPECT_EQ(line.device.toStdString(), setup.port);
 }
 
 } // namespace

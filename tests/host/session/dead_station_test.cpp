@@ -129,6 +129,7 @@ TEST_F(DeadStation, IsAskedNowAndThenWhileTheOthersAreAskedAllTheTime)
     EXPECT_NE(toDead.at(2).frame, toDead.at(1).frame) << "whose reply could be late";
     EXPECT_GT(sentTo(1).size(), 100U);
     EXPECT_EQ(countersOf("read  1#R_W10(1)").badFor(Reason::silence), 0);
+    EXPECT_EQ(countersOf("read  1#R_W10(1)").retries, 0) << "what follows a probe is none";
     // One message for the request that was given up, one for the station.
     EXPECT_THAT(abandoned, ::testing::ElementsAre("2#R_W10(1)"));
     ASSERT_EQ(notices.size(), 1U);
