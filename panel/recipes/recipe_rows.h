@@ -33,7 +33,14 @@ struct RecipeRow {
     bool isCurrent = false;     // it is polled, and was good when it was last looked at
     RecipeFate fate = RecipeFate::none;
     std::string reason;
+    ValueBytes uploaded; // from the line that is open, or in doubt since
+    bool isUploadInDoubt = false;
 
+    // Does the buffer hold what may be another address's?
+    bool isDoubtful() const
+    {
+        return isUploadInDoubt && isInRecipe() && buffer == uploaded;
+    }
     bool isInRecipe() const
     {
         return !buffer.empty();

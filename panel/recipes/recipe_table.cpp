@@ -94,6 +94,8 @@ void RecipeTable::setTags(const PanelTags& tags)
             parked.value = row.value;
             parked.file = row.file;
             parked.buffer = row.buffer;
+            parked.uploaded = row.uploaded;
+            parked.isUploadInDoubt = row.isUploadInDoubt;
             parked_.push_back(parked);
         }
     }
@@ -122,6 +124,37 @@ void RecipeTable::forgetController()
 {
     for (RecipeRow& row : rows_)
         forgetControllerOf(row);
+    // What comes from now on says nothing of it.
+    for (std::vector<RecipeRow>* const rows : {&rows_, &parked_})
+        for (RecipeRow& row : *rows)
+            if (!row.isUploadInDoubt)
+                row.uploaded.clear();
+}
+
+void RecipeTable::doubt()
+{
+    for (std::vector<RecipeRow>* const rows : {&rows_, &parked_})
+        for (RecipeRow& row : *rows) {
+            row.isUploadInDoubt = row.isUploadInDoubt || !row.uploaded.empty();
+            if (!row.isDoubtful())
+                continue;
+            row.fate = RecipeFate::unknown;
+            row.reason = doubtText();
+        }
+}
+
+std::string RecipeTable::doubtText()
+{
+    return tr("replies came twice, and this may be another value's: upload it again, or type it")
+        .toStdString();
+}
+
+void RecipeTable::requireNoDoubt() const
+{
+    for (const std::vector<RecipeRow>* const rows : {&rows_, &parked_})
+        for (const RecipeRow& row : *rows)
+            if (row.isDoubtful())
+                throw UsageFailure(row.value.label.name + ": " + doubtText());
 }
 
 void RecipeTable::look(const ValueBook& book)
@@ -131,7 +164,7 @@ void RecipeTable::look(const ValueBook& book)
         const ValueStanding standing = book.standing(row.value.address);
         row.isCurrent = view && !standing.isOld && standing.state != ValueState::neverRead &&
                         standing.state != ValueState::old;
-        if (book.isDoubted(row.value.address))
+        if (book.isInDoubt(row.value.address))
             forgetControllerOf(row);
         if (!view || view->lastGood < row.readAt)
             continue;
@@ -160,7 +193,9 @@ void RecipeTable::edit(std::size_t row, const std::string& text)
 {
     RecipeRow& edited = rows_.at(row);
     const ValueBytes bytes = text.empty() ? ValueBytes() : bytesToWrite(edited.value, text);
-    if (bytes == edited.buffer)
+    const bool wasDoubtful = edited.isDoubtful();
+    edited.isUploadInDoubt = false;
+    if (bytes == edited.buffer && !wasDoubtful)
         return;
     edited.buffer = bytes;
     edited.fate = RecipeFate::none;
@@ -178,6 +213,7 @@ std::vector<RecipeShare> RecipeTable::shares(RecipeKind kind) const
     if (kind == RecipeKind::download) {
         requireOneWish(entriesOf(all));
         requireBuffersWithinLimits(rows_);
+        requireNoDoubt();
     }
     return all;
 }
@@ -224,8 +260,10 @@ void RecipeTable::ended(const std::vector<RecipeShare>& shares, const RecipeNews
             row->controller = sliceOf(reading.data, address, value);
             row->readAt = asOf;
             row->fate = RecipeFate::read;
-            if (news.kind == RecipeKind::upload && !isEdited)
-                row->buffer = row->controller;
+            if (news.kind == RecipeKind::upload && !isEdited) {
+                row->buffer = row->uploaded = row->controller;
+                row->isUploadInDoubt = false;
+            }
             if (news.kind == RecipeKind::download) {
                 const bool isHeld = row->controller == sliceOf(share.entry.data, address, value);
                 row->fate = news.isCancelled ? isHeld ? RecipeFate::held : RecipeFate::notHeld

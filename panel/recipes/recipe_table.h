@@ -40,6 +40,8 @@ public:
     void forgetController();
     // What polling has brought since.
     void look(const ValueBook& book);
+    // Replies may have come twice: what was uploaded from this line may be another address's.
+    void doubt();
 
     const std::vector<RecipeRow>& rows() const
     {
@@ -52,7 +54,8 @@ public:
     // value is to be had again.
     std::size_t load(const std::string& file);
     // What nobody watches any more is in it, too, by its address. Throws a UsageFailure where two
-    // values of one name would be one in the file, and a Failure where it cannot be written.
+    // values of one name would be one in the file or one is in doubt, and a Failure where it cannot
+    // be written.
     void save(const std::string& file);
     // As it is typed; empty takes it out of the recipe. Throws a UsageFailure.
     void edit(std::size_t row, const std::string& text);
@@ -77,7 +80,7 @@ public:
 
     // What an order is about. Throws a UsageFailure where there is nothing to move, and for a
     // download where two values want different things of the same place, or one lies outside its
-    // limits.
+    // limits or is in doubt.
     std::vector<RecipeShare> shares(RecipeKind kind) const;
     void began(const std::vector<RecipeShare>& shares, RecipeKind kind);
     // isOfLine: the line is still the one that it was ordered for.
@@ -93,6 +96,8 @@ private:
     using TakenRows = std::vector<bool>;
     RecipeRow* take(const RecipeKey& key, TakenRows& taken, const Format* format = nullptr);
     RecipeRow* findParked(const RecipeKey& key);
+    static std::string doubtText();
+    void requireNoDoubt() const;
     std::vector<RecipeRow> rowsToSave() const;
     void dropEmptyRows();
 

@@ -114,6 +114,7 @@ void RecipeTable::save(const std::string& file)
     if (all.empty())
         throw UsageFailure(tr("the buffer is empty").toStdString());
     requireOneWish(entriesOf(all));
+    requireNoDoubt();
     for (const RecipeShare& share : all) {
         const RecipeEntry entry{itemInFile(library_, share.entry.item), share.entry.data};
         const auto [same, isNew] = names.try_emplace(entry.item.name, entries.size());

@@ -4,6 +4,7 @@
 #include <QFileInfo>
 #include <QMessageBox>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "panel/desk/flow_layout.h"
 #include "panel/desk/panel_icons.h"
@@ -74,6 +75,12 @@ RecipesPage::RecipesPage(PanelDesk& desk)
     connect(&desk, &PanelDesk::recipeTold, this, &RecipesPage::hear);
     connect(&desk, &PanelDesk::lineBegan, this, [this]() {
         recipe_.forgetController();
+        model_.tellChanges();
+    });
+    connect(&desk, &PanelDesk::valuesCame, this, [this](const std::vector<View>& views) {
+        if (std::none_of(views.begin(), views.end(), isInDoubt))
+            return;
+        recipe_.doubt();
         model_.tellChanges();
     });
     connect(&desk, &PanelDesk::stateChanged, this, [this]() { showState(); });

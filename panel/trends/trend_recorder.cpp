@@ -32,7 +32,7 @@ void TrendRecorder::record(const std::vector<View>& views, TrendTime told)
 {
     bool isDoubt = false;
     for (const View& view : views) {
-        isDoubt = isDoubt || (!view.hasValue && view.lapses > 0 && history_.isKnown(view.address));
+        isDoubt = isDoubt || (isInDoubt(view) && history_.isKnown(view.address));
         history_.record(view, told);
     }
     isKnown_ = true;

@@ -417,6 +417,75 @@ TEST_F(ARecipeTable, ForgetsWhatMayHaveBeenReadFromAnotherAddress)
     EXPECT_EQ(row(0).controller, (ValueBytes{4}));
 }
 
+class AnUploadedRecipe : public ARecipeTable {
+protected:
+    AnUploadedRecipe()
+    {
+        watch({"R_W:1", "R_W:7"});
+        upload(3);
+        table.edit(1, "12");
+    }
+    void upload(unsigned char first)
+    {
+        const auto shares = table.shares(RecipeKind::upload);
+        table.began(shares, RecipeKind::upload);
+        table.ended(shares, news(RecipeKind::upload, {{{first, 0}, ""}, {{4, 0}, ""}}), true);
+    }
+    // What a download or a file of it is refused for.
+    std::string refusal()
+    {
+        const std::string why = complaint([this]() { table.shares(RecipeKind::download); });
+        EXPECT_EQ(complaint([this]() { table.save(file()); }), why);
+        return why;
+    }
+};
+
+TEST_F(AnUploadedRecipe, GoesNowhereWhereRepliesCameTwiceSince)
+{
+    EXPECT_EQ(refusal(), "");
+    table.doubt();
+    EXPECT_THAT(refusal(), StartsWith("1/R_W:1: replies came twice"));
+    EXPECT_EQ(row(0).buffer, (ValueBytes{3, 0})) << "nothing is lost";
+    EXPECT_EQ(row(0).fate, RecipeFate::unknown);
+    EXPECT_EQ(row(1).fate, RecipeFate::none) << "it was typed";
+}
+
+TEST_F(AnUploadedRecipe, IsCertainOnceItIsUploadedAgain)
+{
+    table.doubt();
+    upload(3);
+    EXPECT_EQ(refusal(), "");
+}
+
+TEST_F(AnUploadedRecipe, IsCertainOnceItIsTypedAlsoAsItWas)
+{
+    table.doubt();
+    table.edit(0, "3");
+    EXPECT_EQ(refusal(), "");
+    EXPECT_EQ(row(0).fate, RecipeFate::none);
+}
+
+TEST_F(AnUploadedRecipe, StaysInDoubtWhateverBecomesOfTheLineAndOfWhatIsWatched)
+{
+    table.doubt();
+    table.forgetController();
+    watch({"R_W:7"});
+    EXPECT_NE(refusal(), "");
+    watch({"R_W:1"});
+    EXPECT_NE(refusal(), "");
+    table.put({{{registerAt(1), "1/R_W:1"}, {9, 0}, nullptr}});
+    EXPECT_EQ(refusal(), "");
+    table.put({{{registerAt(1), "1/R_W:1"}, {3, 0}, nullptr}});
+    EXPECT_NE(refusal(), "") << "taken back, it is what it was";
+}
+
+TEST_F(AnUploadedRecipe, IsNotDoubtedForTheRepliesOfTheNextLine)
+{
+    table.forgetController();
+    table.doubt();
+    EXPECT_EQ(refusal(), "");
+}
+
 // Cancelled when its last word was just confirmed: what the rows say is counted, whoever wrote it.
 TEST(TheEndOfARecipe, CountsWhatIsHeldAndWhatIsNot)
 {

@@ -184,6 +184,22 @@ TEST_F(TheRecipesPage, ShowsWhatThePageOfValuesShowsThoughItIsOpenedOnceTheContr
     EXPECT_THAT(shownIn(values, ValuesModel::state), Each("\u25f7 old"));
 }
 
+TEST_F(TheRecipesPage, SaysOfAnUploadThatRepliesCameTwiceSince)
+{
+    watchTags();
+    show();
+    open();
+    click("upload");
+    ended();
+    View doubted;
+    doubted.address = desk.tags().values.front().address;
+    doubted.lapses = 1;
+    emit desk.valuesCame({doubted}, Clock::now());
+    EXPECT_THAT(column(RecipeModel::outcome), Each(StartsWith("? not known: replies came twice")));
+    EXPECT_FALSE(save("recipe.json"));
+    EXPECT_THAT(told, HasSubstr("replies came twice"));
+}
+
 TEST_F(TheRecipesPage, UploadsWhatOthersReadFromItsFile)
 {
     watchTags();
