@@ -170,7 +170,7 @@ class Json(EndToEnd):
         for line in done.stdout.splitlines():
             self.assertRegex(
                 line,
-                r"^(dov417: .*|2\S+ 1/R_W:\d+ = 0|2\S+ given up: \d+#\w+\(\d+\): [\w :;,()]+)$",
+                r"^(dov417: .*|2\S+ 1/R_W:\d+ = 0( \(old\))?|2\S+ given up: \d+#\w+\(\d+\): [\w :;,()]+)$",
             )
 
 
