@@ -56,6 +56,7 @@ struct LineState {
     long long cycles = 0;
     Micros cycle{0}; // the last one
     std::size_t writesUnderWay = 0;
+    int doubts = 0; // how often all that was read so far turned out to be another request's, maybe
 };
 
 // What became of a write that the window has asked for.

@@ -309,6 +309,7 @@ LineState LineWorker::state()
 {
     state_.cycles = cycles_;
     state_.writesUnderWay = session_ ? session_->writesUnderWay() : 0;
+    state_.doubts = session_ ? session_->doubts() : 0;
     state_.isGood = !session_ || session_->statistics().linkIsGood;
     return state_;
 }

@@ -222,12 +222,15 @@ void PanelDesk::apply(const LineBatch& batch)
         book_.heardAgain(batch.made);
         tellAllValues();
     }
+    const bool isDoubt = batch.state.doubts > state_.doubts;
     state_ = batch.state;
     if (batch.statistics)
         statistics_ = batch.statistics;
     if (batch.controller)
         controller_ = batch.controller;
     const std::vector<Address> changed = book_.apply(batch);
+    if (isDoubt)
+        emit repliesDoubted(batch.made);
     if (!changed.empty())
         emit valuesChanged(changed);
     if (!batch.values.empty() && batch.generation == line_.generation())

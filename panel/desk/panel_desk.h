@@ -154,6 +154,9 @@ signals:
     // As they came, in their order: what is watched now, changed or not, as it was known then. The
     // book has the last of each already.
     void valuesCame(const std::vector<dov417::View>& views, dov417::Clock::time_point then);
+    // What was read before that may have been other requests' replies; comes before the values that
+    // are known then.
+    void repliesDoubted(dov417::Clock::time_point then);
     // In their order; notTold: so many before these were dropped.
     void framesPassed(const std::vector<dov417::Passed>& passed, long long notTold);
     // Another project: what was known and kept before is of another machine. It has no line yet,

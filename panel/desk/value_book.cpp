@@ -100,17 +100,6 @@ const View* ValueBook::find(const Address& address) const
     return entry == entries_.end() || !entry->second.view.hasValue ? nullptr : &entry->second.view;
 }
 
-bool isInDoubt(const View& view)
-{
-    return !view.hasValue && view.lapses > 0;
-}
-
-bool ValueBook::isInDoubt(const Address& address) const
-{
-    const auto entry = entries_.find(address);
-    return entry != entries_.end() && dov417::isInDoubt(entry->second.view);
-}
-
 bool ValueBook::isWatched(const Address& address) const
 {
     return entries_.count(address) > 0;

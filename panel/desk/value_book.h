@@ -22,9 +22,6 @@ enum class ValueState {
     failed // the last write to it; what is shown is good or old all the same, see isOld
 };
 
-// What was read of it may have been another value's, and it was not read since.
-bool isInDoubt(const View& view);
-
 struct ValueStanding {
     ValueState state = ValueState::neverRead;
     bool isOld = false;
@@ -61,7 +58,6 @@ public:
     const View* find(const Address& address) const;
     ValueStanding standing(const Address& address) const;
     bool isOld(const Address& address) const; // as its standing has it
-    bool isInDoubt(const Address& address) const;
     bool isWatched(const Address& address) const;
     std::vector<Address> addresses() const; // in no order
 

@@ -53,10 +53,10 @@ ValueBytes bytesOf(const std::string& text)
 
 } // namespace
 
-RecipeCopyValue copyOf(const Library& library, const RecipeRow& row)
+RecipeCopyValue copyOf(const Library& library, const RecipeRow& row, bool isDoubtful)
 {
     return {row.value.label.name, oneValue(library, row.value).name, meaningOf(library, row.value),
-            row.buffer};
+            row.buffer, isDoubtful};
 }
 
 bool isOf(const Library& library, const RecipeCopyValue& value, const PanelValue& now)
@@ -88,7 +88,8 @@ OrderedJson toJson(const RecipeCopy& copy)
         values.push_back({{"name", value.name},
                           {"address", value.address},
                           {"meaning", value.meaning},
-                          {"bytes", textOf(value.bytes)}});
+                          {"bytes", textOf(value.bytes)},
+                          {"inDoubt", value.isDoubtful}});
     return {{"file", copy.file}, {"fileHash", copy.fileHash}, {"values", values}};
 }
 
@@ -101,7 +102,8 @@ RecipeCopy recipeCopy(const OrderedJson& json)
         for (const OrderedJson& value : json.at("values"))
             copy.values.push_back({value.at("name").get<std::string>(),
                                    value.at("address").get<std::string>(), value.at("meaning"),
-                                   bytesOf(value.at("bytes").get<std::string>())});
+                                   bytesOf(value.at("bytes").get<std::string>()),
+                                   value.value("inDoubt", false)});
     } catch (const OrderedJson::exception&) {
         throw UsageFailure(
             RecipeCopyTexts::tr("what was kept of the recipe cannot be read").toStdString());

@@ -18,6 +18,7 @@ struct RecipeCopyValue {
     // What the bytes meant under this name: the tag's own format and scale. {} of an address.
     OrderedJson meaning = OrderedJson::object();
     ValueBytes bytes;
+    bool isDoubtful = false; // it may be another address's
 };
 
 struct RecipeCopy {
@@ -26,7 +27,7 @@ struct RecipeCopy {
     std::vector<RecipeCopyValue> values;
 };
 
-RecipeCopyValue copyOf(const Library& library, const RecipeRow& row);
+RecipeCopyValue copyOf(const Library& library, const RecipeRow& row, bool isDoubtful);
 // Is it still what was edited under this name? Its address is compared, too.
 bool isOf(const Library& library, const RecipeCopyValue& value, const PanelValue& now);
 // Of nobody's, by its address alone. Throws a UsageFailure where there is none such, or where its

@@ -33,14 +33,8 @@ struct RecipeRow {
     bool isCurrent = false;     // it is polled, and was good when it was last looked at
     RecipeFate fate = RecipeFate::none;
     std::string reason;
-    ValueBytes uploaded; // from the line that is open, or in doubt since
-    bool isUploadInDoubt = false;
+    int upload = 0; // that the buffer is of; 0: typed, or of a file
 
-    // Does the buffer hold what may be another address's?
-    bool isDoubtful() const
-    {
-        return isUploadInDoubt && isInRecipe() && buffer == uploaded;
-    }
     bool isInRecipe() const
     {
         return !buffer.empty();
@@ -62,6 +56,7 @@ struct RecipeCell {
     RecipeKey key;
     ValueBytes bytes;
     std::shared_ptr<const PanelValue> ofFile; // that nobody watches; else null
+    int upload = 0;                           // as its row has it
 };
 
 // What is moved as one, and its values.

@@ -94,8 +94,7 @@ void RecipeTable::setTags(const PanelTags& tags)
             parked.value = row.value;
             parked.file = row.file;
             parked.buffer = row.buffer;
-            parked.uploaded = row.uploaded;
-            parked.isUploadInDoubt = row.isUploadInDoubt;
+            parked.upload = row.upload;
             parked_.push_back(parked);
         }
     }
@@ -116,6 +115,7 @@ void RecipeTable::clear()
     for (RecipeRow& row : rows_) {
         row.file.clear();
         row.buffer.clear();
+        row.upload = 0;
         row.fate = RecipeFate::none;
     }
 }
@@ -124,23 +124,30 @@ void RecipeTable::forgetController()
 {
     for (RecipeRow& row : rows_)
         forgetControllerOf(row);
-    // What comes from now on says nothing of it.
-    for (std::vector<RecipeRow>* const rows : {&rows_, &parked_})
-        for (RecipeRow& row : *rows)
-            if (!row.isUploadInDoubt)
-                row.uploaded.clear();
+    uploadsBefore_ = uploads_; // what comes from now on says nothing of them
 }
 
 void RecipeTable::doubt()
 {
-    for (std::vector<RecipeRow>* const rows : {&rows_, &parked_})
-        for (RecipeRow& row : *rows) {
-            row.isUploadInDoubt = row.isUploadInDoubt || !row.uploaded.empty();
-            if (!row.isDoubtful())
-                continue;
-            row.fate = RecipeFate::unknown;
-            row.reason = doubtText();
-        }
+    for (int upload = uploadsBefore_ + 1; upload <= uploads_; ++upload)
+        doubted_.insert(upload);
+    for (RecipeRow& row : rows_) {
+        forgetControllerOf(row);
+        markDoubt(row);
+    }
+}
+
+bool RecipeTable::isDoubtful(const RecipeRow& row) const
+{
+    return row.isInRecipe() && doubted_.count(row.upload) > 0;
+}
+
+void RecipeTable::markDoubt(RecipeRow& row) const
+{
+    if (!isDoubtful(row) || row.fate == RecipeFate::waiting)
+        return;
+    row.fate = RecipeFate::unknown;
+    row.reason = doubtText();
 }
 
 std::string RecipeTable::doubtText()
@@ -153,7 +160,7 @@ void RecipeTable::requireNoDoubt() const
 {
     for (const std::vector<RecipeRow>* const rows : {&rows_, &parked_})
         for (const RecipeRow& row : *rows)
-            if (row.isDoubtful())
+            if (isDoubtful(row))
                 throw UsageFailure(row.value.label.name + ": " + doubtText());
 }
 
@@ -164,8 +171,6 @@ void RecipeTable::look(const ValueBook& book)
         const ValueStanding standing = book.standing(row.value.address);
         row.isCurrent = view && !standing.isOld && standing.state != ValueState::neverRead &&
                         standing.state != ValueState::old;
-        if (book.isInDoubt(row.value.address))
-            forgetControllerOf(row);
         if (!view || view->lastGood < row.readAt)
             continue;
         // What is old is shown, too, as on the page of values, where nothing later is known.
@@ -193,11 +198,10 @@ void RecipeTable::edit(std::size_t row, const std::string& text)
 {
     RecipeRow& edited = rows_.at(row);
     const ValueBytes bytes = text.empty() ? ValueBytes() : bytesToWrite(edited.value, text);
-    const bool wasDoubtful = edited.isDoubtful();
-    edited.isUploadInDoubt = false;
-    if (bytes == edited.buffer && !wasDoubtful)
+    if (bytes == edited.buffer && !isDoubtful(edited))
         return;
     edited.buffer = bytes;
+    edited.upload = 0;
     edited.fate = RecipeFate::none;
 }
 
@@ -235,6 +239,7 @@ void RecipeTable::ended(const std::vector<RecipeShare>& shares, const RecipeNews
     const std::string why = !isOfLine ? tr("another line was opened meanwhile").toStdString()
                             : news.problems.empty() ? tr("it was not read").toStdString()
                                                     : news.problems.front();
+    uploads_ += news.kind == RecipeKind::upload ? 1 : 0;
     std::size_t place = 0;
     TakenRows taken(rows_.size());
     for (const RecipeShare& share : shares) {
@@ -261,8 +266,8 @@ void RecipeTable::ended(const std::vector<RecipeShare>& shares, const RecipeNews
             row->readAt = asOf;
             row->fate = RecipeFate::read;
             if (news.kind == RecipeKind::upload && !isEdited) {
-                row->buffer = row->uploaded = row->controller;
-                row->isUploadInDoubt = false;
+                row->buffer = row->controller;
+                row->upload = uploads_;
             }
             if (news.kind == RecipeKind::download) {
                 const bool isHeld = row->controller == sliceOf(share.entry.data, address, value);

@@ -7,6 +7,7 @@
 
 #include <QCoreApplication>
 #include <QStringList>
+#include <set>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -40,8 +41,11 @@ public:
     void forgetController();
     // What polling has brought since.
     void look(const ValueBook& book);
-    // Replies may have come twice: what was uploaded from this line may be another address's.
+    // Replies may have come twice: what was uploaded or read from this line may be another
+    // address's.
     void doubt();
+    // Does the buffer hold what may be another address's?
+    bool isDoubtful(const RecipeRow& row) const;
 
     const std::vector<RecipeRow>& rows() const
     {
@@ -96,6 +100,8 @@ private:
     using TakenRows = std::vector<bool>;
     RecipeRow* take(const RecipeKey& key, TakenRows& taken, const Format* format = nullptr);
     RecipeRow* findParked(const RecipeKey& key);
+    void markDoubt(RecipeRow& row) const;
+    static constexpr int keptInDoubt = -1; // the upload of what was in doubt when it was kept
     static std::string doubtText();
     void requireNoDoubt() const;
     std::vector<RecipeRow> rowsToSave() const;
@@ -105,6 +111,9 @@ private:
     std::vector<RecipeRow> rows_;
     std::unordered_multimap<Address, std::size_t, AddressHash> places_; // of the rows
     std::vector<RecipeRow> parked_; // of which nobody watches the value now
+    int uploads_ = 0;
+    int uploadsBefore_ = 0; // from other lines
+    std::set<int> doubted_{keptInDoubt};
 };
 
 // In the value's format, with its unit; empty of no bytes.

@@ -49,7 +49,8 @@ RecipeCell RecipeTable::cellOf(std::size_t row) const
     const RecipeRow& each = rows_.at(row);
     return {{each.value.address, each.value.label.name},
             each.buffer,
-            each.isOfFile ? std::make_shared<const PanelValue>(each.value) : nullptr};
+            each.isOfFile ? std::make_shared<const PanelValue>(each.value) : nullptr,
+            each.upload};
 }
 
 std::vector<RecipeCell> RecipeTable::buffer() const
@@ -62,7 +63,8 @@ std::vector<RecipeCell> RecipeTable::buffer() const
         if (row.isInRecipe())
             cells.push_back({{row.value.address, row.value.label.name},
                              row.buffer,
-                             std::make_shared<const PanelValue>(row.value)});
+                             std::make_shared<const PanelValue>(row.value),
+                             row.upload});
     return cells;
 }
 
@@ -72,7 +74,7 @@ std::vector<RecipeCopyValue> RecipeTable::bufferToKeep() const
     for (const std::vector<RecipeRow>* const rows : {&rows_, &parked_})
         for (const RecipeRow& row : *rows)
             if (row.isInRecipe())
-                values.push_back(copyOf(library_, row));
+                values.push_back(copyOf(library_, row, isDoubtful(row)));
     return values;
 }
 
@@ -80,24 +82,27 @@ RecipeTakenUp RecipeTable::takenUp(const std::vector<RecipeCopyValue>& values) c
 {
     RecipeTakenUp taken;
     taken.cells = buffer();
-    for (RecipeCell& cell : taken.cells)
+    for (RecipeCell& cell : taken.cells) {
         cell.bytes.clear();
+        cell.upload = 0;
+    }
     std::unordered_multimap<std::string, const RecipeRow*> byName;
     for (const RecipeRow& row : rows_)
         byName.emplace(row.value.label.name, &row);
     for (const RecipeCopyValue& value : values) {
+        const int upload = value.isDoubtful ? keptInDoubt : 0;
         const auto [first, last] = byName.equal_range(value.name);
         const auto same = std::find_if(first, last, [this, &value](const auto& each) {
             return isOf(library_, value, each.second->value);
         });
         if (same != last) {
             taken.cells.push_back(
-                {{same->second->value.address, value.name}, value.bytes, nullptr});
+                {{same->second->value.address, value.name}, value.bytes, nullptr, upload});
             continue;
         }
         try {
             const auto own = std::make_shared<const PanelValue>(valueByAddress(library_, value));
-            taken.cells.push_back({{own->address, own->label.name}, value.bytes, own});
+            taken.cells.push_back({{own->address, own->label.name}, value.bytes, own, upload});
             if (own->label.name != value.name)
                 taken.others += QString::fromStdString(value.name);
         } catch (const UsageFailure& failure) {
@@ -121,7 +126,9 @@ void RecipeTable::put(const std::vector<RecipeCell>& cells)
         if (!row)
             continue;
         row->buffer = cell.bytes;
+        row->upload = cell.upload;
         row->fate = RecipeFate::none;
+        markDoubt(*row);
     }
     dropEmptyRows();
 }

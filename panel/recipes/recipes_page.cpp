@@ -77,9 +77,7 @@ RecipesPage::RecipesPage(PanelDesk& desk)
         recipe_.forgetController();
         model_.tellChanges();
     });
-    connect(&desk, &PanelDesk::valuesCame, this, [this](const std::vector<View>& views) {
-        if (std::none_of(views.begin(), views.end(), isInDoubt))
-            return;
+    connect(&desk, &PanelDesk::repliesDoubted, this, [this]() {
         recipe_.doubt();
         model_.tellChanges();
     });

@@ -1,5 +1,7 @@
 #include "panel/trends/trend_recorder.h"
 
+#include <algorithm>
+
 #include "panel/desk/panel_clock.h"
 
 namespace dov417 {
@@ -11,6 +13,8 @@ TrendRecorder::TrendRecorder(PanelDesk& desk, TrendHistory& history)
             [this](const std::vector<View>& views, Clock::time_point then) {
                 record(views, toTrendTime(then));
             });
+    connect(&desk, &PanelDesk::repliesDoubted, this,
+            [this](Clock::time_point then) { doubt(toTrendTime(then)); });
     connect(&desk, &PanelDesk::stateChanged, this, [this]() { look(); });
     connect(&desk, &PanelDesk::projectBegan, this, [this]() {
         history_.clear();
@@ -30,14 +34,19 @@ TrendRecorder::TrendRecorder(PanelDesk& desk, TrendHistory& history)
 
 void TrendRecorder::record(const std::vector<View>& views, TrendTime told)
 {
-    bool isDoubt = false;
-    for (const View& view : views) {
-        isDoubt = isDoubt || (isInDoubt(view) && history_.isKnown(view.address));
+    for (const View& view : views)
         history_.record(view, told);
-    }
     isKnown_ = true;
     look();
-    if (isDoubt)
+}
+
+void TrendRecorder::doubt(TrendTime told)
+{
+    const std::vector<Address> all = history_.addresses();
+    const bool wasKnown = std::any_of(
+        all.begin(), all.end(), [this](const Address& each) { return history_.isKnown(each); });
+    history_.interrupt(TrendGap::doubtful, told);
+    if (wasKnown)
         emit doubted();
 }
 

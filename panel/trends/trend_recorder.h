@@ -24,6 +24,7 @@ signals:
 
 private:
     void record(const std::vector<View>& views, TrendTime told);
+    void doubt(TrendTime told);
     void look();
 
     PanelDesk& desk_;

@@ -1,9 +1,12 @@
 #include "panel/desk/line_thread.h"
 
 #include <QTemporaryDir>
+#include <algorithm>
 #include <fstream>
 #include <sstream>
+#include <utility>
 
+#include "line/crc16.h"
 #include "loaded_library.h"
 #include "made_views.h"
 #include "panel/desk/value_book.h"
@@ -88,6 +91,44 @@ TEST_F(LineInAThread, TellsValuesFramesAndItsState)
     EXPECT_EQ(state.port, controller->port());
     EXPECT_FALSE(state.isUnlocked);
     EXPECT_GE(frames, 2U);
+}
+
+// However soon it is read again: what was read before and put elsewhere is in doubt.
+TEST_F(LineInAThread, CountsHowOftenRepliesTurnedOutToComeTwice)
+{
+    PtySlave slave;
+    bool sendsACopy = false;
+    slave.arrived = [&](const QByteArray& request) {
+        if (request.at(1) == 8) {
+            slave.send(request);
+            return;
+        }
+        const int registers = request.at(5);
+        const auto reply = [](int count) {
+            const QByteArray head = QByteArray("\x01\x03") + static_cast<char>(2 * count);
+            return withCrc(head + QByteArray(2 * count, 0));
+        };
+        if (std::exchange(sendsACopy, false))
+            slave.send(reply(3 - registers));
+        slave.send(reply(registers));
+    };
+    const std::vector<Address> watched = {registerAt(10), registerAt(200), registerAt(201)};
+    LineSetup setup;
+    setup.port = slave.port().toStdString();
+    line.open(setup, watched);
+    book.watch(line.generation(), watched);
+    const auto areGood = [&]() {
+        return std::all_of(watched.begin(), watched.end(), [this](const Address& each) {
+            return book.standing(each).state == ValueState::good;
+        });
+    };
+    ASSERT_TRUE(waitUntil(areGood));
+    EXPECT_EQ(state.doubts, 0);
+    sendsACopy = true;
+    EXPECT_TRUE(waitUntil([&]() { return state.doubts == 1 && areGood(); }));
+    line.close();
+    EXPECT_TRUE(waitUntil([&]() { return state.phase == LinePhase::closed; }));
+    EXPECT_EQ(state.doubts, 0) << "another line begins anew";
 }
 
 TEST_F(LineInAThread, WritesOnceItIsUnlocked)

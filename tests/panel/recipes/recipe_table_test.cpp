@@ -404,14 +404,16 @@ TEST_F(ARecipeTable, ForgetsWhatMayHaveBeenReadFromAnotherAddress)
     book.watch(1, {registerAt(1), registerAt(2)});
     book.apply(batchOf(1, {goodView(registerAt(1), 3), goodView(registerAt(2), 7)}));
     table.look(book);
-    View doubted;
-    doubted.address = registerAt(1);
-    doubted.lapses = 1;
-    book.apply(batchOf(1, {doubted}));
+    View unknown;
+    unknown.address = registerAt(1);
+    book.apply(batchOf(1, {unknown, goodView(registerAt(2), 8)}));
+    table.doubt();
+    for (const std::size_t each : {0U, 1U})
+        EXPECT_TRUE(row(each).controller.empty()) << "no reply says that it was this one's";
     table.look(book);
-    EXPECT_TRUE(row(0).controller.empty()) << "no reply says that it was this one's";
+    EXPECT_TRUE(row(0).controller.empty());
     EXPECT_FALSE(row(0).isCurrent);
-    EXPECT_EQ(row(1).controller, (ValueBytes{7}));
+    EXPECT_EQ(row(1).controller, (ValueBytes{8})) << "read since";
     book.apply(batchOf(1, {goodView(registerAt(1), 4)}));
     table.look(book);
     EXPECT_EQ(row(0).controller, (ValueBytes{4}));
@@ -473,10 +475,49 @@ TEST_F(AnUploadedRecipe, StaysInDoubtWhateverBecomesOfTheLineAndOfWhatIsWatched)
     EXPECT_NE(refusal(), "");
     watch({"R_W:1"});
     EXPECT_NE(refusal(), "");
-    table.put({{{registerAt(1), "1/R_W:1"}, {9, 0}, nullptr}});
+}
+
+TEST_F(AnUploadedRecipe, IsInDoubtAgainWhereItIsTakenBack)
+{
+    const std::vector<RecipeCell> before = table.buffer();
+    upload(5);
+    table.doubt();
+    table.edit(0, "9");
+    table.edit(1, "8");
     EXPECT_EQ(refusal(), "");
-    table.put({{{registerAt(1), "1/R_W:1"}, {3, 0}, nullptr}});
-    EXPECT_NE(refusal(), "") << "taken back, it is what it was";
+    table.put(before);
+    EXPECT_NE(refusal(), "");
+    EXPECT_EQ(row(0).fate, RecipeFate::unknown) << "of the upload before the last";
+    EXPECT_EQ(row(1).buffer, (ValueBytes{12, 0})) << "typed";
+    EXPECT_EQ(row(1).fate, RecipeFate::none);
+}
+
+TEST_F(AnUploadedRecipe, IsCertainWhereItBeganSince)
+{
+    table.doubt();
+    const auto shares = table.shares(RecipeKind::upload);
+    table.began(shares, RecipeKind::upload);
+    table.doubt(); // told of late
+    EXPECT_EQ(row(0).fate, RecipeFate::waiting);
+    table.ended(shares, news(RecipeKind::upload, {{{6, 0}, ""}, {{4, 0}, ""}}), true);
+    EXPECT_EQ(row(0).buffer, (ValueBytes{6, 0}));
+    EXPECT_EQ(refusal(), "");
+}
+
+TEST_F(AnUploadedRecipe, StaysInDoubtOverTheEndOfTheProgram)
+{
+    table.doubt();
+    const OrderedJson kept = toJson({"", "", table.bufferToKeep()});
+    RecipeTable next(library);
+    next.setTags(panelTags(library, {Items(library, ItemSource()).find("R_W:1", Access::read),
+                                     Items(library, ItemSource()).find("R_W:7", Access::read)}));
+    next.put(next.takenUp(recipeCopy(kept).values).cells);
+    EXPECT_EQ(next.rows().at(0).buffer, (ValueBytes{3, 0}));
+    EXPECT_THAT(complaint([&]() { next.shares(RecipeKind::download); }),
+                StartsWith("1/R_W:1: replies came twice"));
+    next.edit(0, "3");
+    EXPECT_EQ(complaint([&]() { next.shares(RecipeKind::download); }), "");
+    EXPECT_EQ(next.rows().at(1).buffer, (ValueBytes{12, 0}));
 }
 
 TEST_F(AnUploadedRecipe, IsNotDoubtedForTheRepliesOfTheNextLine)

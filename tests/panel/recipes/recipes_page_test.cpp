@@ -191,10 +191,7 @@ TEST_F(TheRecipesPage, SaysOfAnUploadThatRepliesCameTwiceSince)
     open();
     click("upload");
     ended();
-    View doubted;
-    doubted.address = desk.tags().values.front().address;
-    doubted.lapses = 1;
-    emit desk.valuesCame({doubted}, Clock::now());
+    emit desk.repliesDoubted(Clock::now());
     EXPECT_THAT(column(RecipeModel::outcome), Each(StartsWith("? not known: replies came twice")));
     EXPECT_FALSE(save("recipe.json"));
     EXPECT_THAT(told, HasSubstr("replies came twice"));
