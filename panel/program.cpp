@@ -24,8 +24,7 @@ namespace dov417 {
 
 namespace {
 
-constexpr int firstWidth = 1280;
-constexpr int firstHeight = 800;
+constexpr QSize wantedSize(1280, 800);
 constexpr int pictureDelayMs = 3000; // lamps have been on and off by then
 
 // What the window's title leaves of the screen.
@@ -33,7 +32,7 @@ QSize firstSize()
 {
     const QSize screen = QGuiApplication::primaryScreen()->availableSize();
     const int title = QApplication::style()->pixelMetric(QStyle::PM_TitleBarHeight);
-    return QSize(firstWidth, firstHeight).boundedTo(screen - QSize(0, title));
+    return wantedSize.boundedTo(screen - QSize(0, title));
 }
 
 // These return what the program ends with.
@@ -98,7 +97,8 @@ int run(const PanelOptions& options)
     int code = EXIT_SUCCESS;
     {
         MainWindow window(desk);
-        window.resize(firstSize());
+        // Of a picture everything is to be seen, also where nobody has a screen for it.
+        window.resize(options.pictures.empty() ? firstSize() : wantedSize);
         const Shutdown shutdown([&window]() { window.leave(); });
         begin(window, desk, options);
         window.show();
