@@ -286,7 +286,6 @@ void LinkRunner::answerLocally(Transmission transmission, const std::string& rea
         transmission.verdict =
             static_cast<ReplyResult>(library_.intf_dealRcvFrame(&nothing, &description));
     } while (transmission.verdict == replyBad);
-    repeating_ = isPatched_ = isPatchedWrong_ = false;
     transmission.isLocal = true;
     transmission.description = description.toStdString();
     transmission.reason = reason;
