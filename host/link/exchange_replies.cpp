@@ -140,10 +140,7 @@ bool Exchange::takeReply(LineResult result, Clock::time_point now)
         markerFinished(result, now);
         return true;
     }
-    OpenTransmission mine = openOf(current_);
-    if (mine.number == 0)
-        mine.number = transmissions_ + 1;
-    if (isMarking_ || !answered || isUnclear || !books_.standsFor(*answered, mine)) {
+    if (isMarking_ || !answered || isUnclear || !books_.standsFor(*answered, openOf(current_))) {
         report({settled.kindOr(StrayKind::late), bytes, now, settled.number()});
         return false;
     }
