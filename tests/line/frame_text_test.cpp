@@ -41,6 +41,7 @@ TEST(FrameText, CrcIsThatOfModbus)
     EXPECT_TRUE(hasGoodCrc(bytes("01 03 00 00 00 01 84 0A")));
     EXPECT_FALSE(hasGoodCrc(bytes("01 03 00 00 00 01 0A 84")));
     EXPECT_FALSE(hasGoodCrc(bytes("FF FF")));
+    EXPECT_FALSE(hasGoodCrc(withCrc(bytes("01")))) << "a station alone is no frame";
 }
 
 TEST(FrameText, ReadsAreToldWithTheirAddresses)
