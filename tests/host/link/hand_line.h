@@ -24,7 +24,7 @@ public:
     {
         ExchangeLine line;
         line.write = [this](const QByteArray& bytes) { sent.push_back(bytes); };
-        line.bytesWait = []() { return false; };
+        line.bytesWait = [this]() { return bytesWait; };
         line.wakeAt = [this](Clock::time_point when) { wake_ = when; };
         line.sleep = [this]() { wake_ = Clock::time_point::max(); };
         line.sent = [](const Transmission&) {};
@@ -103,6 +103,7 @@ public:
     std::vector<Stray> strays;
     std::vector<std::string> notices;
     int doubts = 0;
+    bool bytesWait = false; // at the port, not handed on yet
     std::optional<Transmission> ended;
     std::function<void(const Transmission&)> ends = [](const Transmission&) {}; // a marker
 

@@ -2,6 +2,8 @@
 #include <QTcpSocket>
 #include <gtest/gtest.h>
 #include <memory>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <optional>
 #include <sys/socket.h>
 
@@ -203,6 +205,33 @@ TEST_F(ALineOverANetwork, CanBeLeftWhileItIsBeingConnected)
     ASSERT_TRUE(waitUntil([this]() { return connections > 0; }));
     line.reset();
     EXPECT_TRUE(told.empty());
+}
+
+// An option of the line's own socket, by the port that the far end sees it at; -1: there is none.
+int optionOf(const QTcpSocket& far, int level, int option)
+{
+    for (int descriptor = 0; descriptor < 1024; ++descriptor) {
+        sockaddr_in name = {};
+        socklen_t size = sizeof name;
+        if (getsockname(descriptor, reinterpret_cast<sockaddr*>(&name), &size) != 0 ||
+            name.sin_family != AF_INET || ntohs(name.sin_port) != far.peerPort())
+            continue;
+        int value = 0;
+        size = sizeof value;
+        return getsockopt(descriptor, level, option, &value, &size) == 0 ? value : -1;
+    }
+    return -1;
+}
+
+// A host that was switched off says nothing: only the kernel's questions find that out.
+TEST_F(ALineOverANetwork, IsWatchedByTheKernelWhileNothingIsSent)
+{
+    begin();
+    expectTold(true, " is open");
+    EXPECT_EQ(optionOf(*far, SOL_SOCKET, SO_KEEPALIVE), 1);
+    EXPECT_EQ(optionOf(*far, IPPROTO_TCP, TCP_KEEPIDLE), 5);
+    EXPECT_EQ(optionOf(*far, IPPROTO_TCP, TCP_USER_TIMEOUT), 10000);
+    EXPECT_EQ(optionOf(*far, IPPROTO_TCP, TCP_NODELAY), 1);
 }
 
 TEST_F(ALineOverANetwork, LeadsToAnIpv6Host)

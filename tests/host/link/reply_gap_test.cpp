@@ -107,6 +107,16 @@ TEST(AReplyGap, HasAnEnd)
     EXPECT_EQ(other.value(), milliseconds(100));
 }
 
+TEST(AReplyGap, GrowsToItsEndByRestsThatBeginThen)
+{
+    ReplyGap gap{milliseconds(100)};
+    const QByteArray whole = withCrc(QByteArray::fromHex("01030400070008"));
+    gap.ended(whole.left(2), 9, Clock::time_point());
+    gap.came(whole.mid(2, 1), Clock::time_point() + seconds(2));
+    gap.came(whole.mid(3), Clock::time_point() + seconds(2));
+    EXPECT_EQ(gap.value(), seconds(2));
+}
+
 TEST(AReplyGap, IsLearnedAlsoAfterAPauseThatWasTooLong)
 {
     const QByteArray whole = withCrc(QByteArray::fromHex("01030400070008"));

@@ -41,6 +41,24 @@ TEST(AStationsTimeout, GrowsToTheMostThatIsGiven)
     EXPECT_EQ(timeout.value(settings()), seconds(15));
 }
 
+// One that is switched off costs the others no more than one that is quick.
+TEST(AStationsTimeout, GrowsThreeTimesInVain)
+{
+    StationTimeout timeout;
+    timeout.answered(milliseconds(3), settings());
+    for (int round = 0; round < 2; ++round) {
+        for (const seconds grown : {seconds(1), seconds(2), seconds(4)}) {
+            timeout.passed(settings());
+            EXPECT_EQ(timeout.value(settings()), grown);
+            EXPECT_FALSE(timeout.hasGrownInVain());
+        }
+        timeout.passed(settings());
+        EXPECT_EQ(timeout.value(settings()), milliseconds(500));
+        EXPECT_TRUE(timeout.hasGrownInVain());
+        timeout.answered(milliseconds(3), settings());
+    }
+}
+
 TEST(AStationsTimeout, StaysWhatItIsIfFixed)
 {
     TimeoutSettings fixed = settings();
