@@ -18,7 +18,7 @@ namespace dov417 {
 
 namespace {
 
-constexpr int politeMilliseconds = 3000;
+constexpr int patienceMilliseconds = 3000;
 
 } // namespace
 
@@ -31,8 +31,10 @@ ChildProcess::ChildProcess() : parent_(getpid())
 
 ChildProcess::~ChildProcess()
 {
-    if (state() != NotRunning)
-        endAtOnce();
+    if (state() != NotRunning) {
+        kill();
+        waitForFinished(patienceMilliseconds);
+    }
     closeChildEnd();
 }
 
@@ -99,17 +101,11 @@ void ChildProcess::begin(const std::string& task, const std::string& record)
     closeChildEnd(); // the child's own is another one
 }
 
+// One that stays ends with this object.
 void ChildProcess::endPolitely()
 {
     terminate();
-    if (!waitForFinished(politeMilliseconds))
-        endAtOnce();
-}
-
-void ChildProcess::endAtOnce()
-{
-    kill();
-    waitForFinished(politeMilliseconds);
+    waitForFinished(patienceMilliseconds);
 }
 
 } // namespace dov417

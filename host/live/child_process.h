@@ -29,9 +29,8 @@ public:
     // which the caller closes. Throws a Failure if there is none.
     int connectChild();
 
-    // Waits until it is gone: asked first, or at once.
+    // Asks it to end, and waits some time until it is gone.
     void endPolitely();
-    void endAtOnce();
 
 private:
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)

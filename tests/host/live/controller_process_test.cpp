@@ -160,6 +160,18 @@ TEST(AControllerProcess, IsGoneWithItsOwner)
     EXPECT_EQ(errno, ESRCH);
 }
 
+TEST(AControllerProcess, IsGoneWithItsOwnerAlsoWhereItHearsNothing)
+{
+    pid_t process = 0;
+    {
+        const ControllerProcess controller{simulator::SimulationOptions()};
+        process = static_cast<pid_t>(controller.processId());
+        kill(process, SIGSTOP);
+    }
+    EXPECT_EQ(kill(process, 0), -1);
+    EXPECT_EQ(errno, ESRCH);
+}
+
 TEST(AControllerProcess, EndsEvenWhereItsOwnerIgnoresTheSignalForIt)
 {
     std::signal(SIGTERM, SIG_IGN);
