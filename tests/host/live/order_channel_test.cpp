@@ -1,6 +1,8 @@
 #include "live/order_channel.h"
 
+#include <QSocketNotifier>
 #include <gmock/gmock.h>
+#include <memory>
 #include <sys/socket.h>
 #include <unistd.h>
 #include <vector>
@@ -82,6 +84,43 @@ TEST_F(AnOrderChannel, EndsNothingWhenTheOtherSideIsGone)
     close(other);
     other = -1;
     EXPECT_FALSE(channel->say("nobody hears it"));
+}
+
+// Somebody else has read what it was woken for.
+TEST(AnOrderChannelThatIsWokenForNothing, HearsTheNextOrder)
+{
+    int thefts = 0;
+    for (const bool isThiefFirst : {true, false}) {
+        int ends[2] = {-1, -1};
+        ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
+        const int copy = dup(ends[0]);
+        bool isWoken = false;
+        std::vector<std::string> lines;
+        std::unique_ptr<QSocketNotifier> thief;
+        std::unique_ptr<OrderChannel> channel;
+        const auto makeThief = [&]() {
+            thief = std::make_unique<QSocketNotifier>(copy, QSocketNotifier::Read);
+            QObject::connect(thief.get(), &QSocketNotifier::activated, thief.get(), [&]() {
+                char bytes[32] = {};
+                thefts += recv(copy, bytes, sizeof bytes, MSG_DONTWAIT) > 0 ? 1 : 0;
+                isWoken = true;
+            });
+        };
+        if (isThiefFirst)
+            makeThief();
+        channel = std::make_unique<OrderChannel>(
+            ends[0], [&lines](const std::string& line) { lines.push_back(line); });
+        if (!isThiefFirst)
+            makeThief();
+        ASSERT_EQ(write(ends[1], "lost\n", 5), 5);
+        ASSERT_TRUE(waitUntil([&]() { return isWoken; }));
+        thief->setEnabled(false);
+        ASSERT_EQ(write(ends[1], "heard\n", 6), 6);
+        ASSERT_TRUE(waitUntil([&]() { return !lines.empty() && lines.back() == "heard"; }));
+        close(copy);
+        close(ends[1]);
+    }
+    EXPECT_GT(thefts, 0);
 }
 
 } // namespace

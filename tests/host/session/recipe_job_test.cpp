@@ -49,6 +49,33 @@ TEST_F(RecipeJobOnALine, AnUploadHoldsWordsThatShareTheirRecordWithBits)
               (Values{{0x34, 0x12, 0x01, 0x00}, {1}}));
 }
 
+TEST_F(RecipeJobOnALine, ADownloadTellsHowManyWordsAndBitsItHasWritten)
+{
+    registers[0x0500 + 20] = 0x0100;
+    bool ended = false;
+    RecipeJob job(*session, [&]() { ended = true; });
+    job.download({{{"words", words("R_W", 10, 2), Format(), ""}, {0x34, 0x12, 0x01, 0x00}},
+                  {{"bits", bits("R_bit", 320, 2), Format(), ""}, {1, 1}}});
+    RecipeProgress progress = job.progress();
+    EXPECT_EQ(progress.words, 0U);
+    EXPECT_EQ(progress.allWords, 2U);
+    EXPECT_EQ(progress.bits, 0U);
+    EXPECT_EQ(progress.allBits, 2U);
+    ASSERT_TRUE(waitUntil([&]() { return ended; }));
+    EXPECT_EQ(job.problems(), std::vector<std::string>());
+    progress = job.progress();
+    EXPECT_EQ(progress.words, 2U);
+    EXPECT_EQ(progress.bits, 2U);
+    EXPECT_EQ(registers[0x0500 + 10], 0x1234);
+    EXPECT_EQ(registers[0x0500 + 11], 0x0001);
+    EXPECT_EQ(registers[0x0500 + 20], 0x0103) << "its other bits are as they were";
+
+    ended = false;
+    job.upload(job.entries());
+    EXPECT_EQ(job.progress().allBits, 0U) << "they come with their words";
+    ASSERT_TRUE(waitUntil([&]() { return ended; }));
+}
+
 } // namespace
 
 } // namespace dov417
