@@ -113,7 +113,9 @@ TEST_F(ALineThatIsLeft, GivesControllersTheirTimeAfterABroadcast)
     line.ask("000605000001", 0);
     line.exchange->sendNoMore();
     EXPECT_EQ(wait(), 102);
-    line.pass(milliseconds(103));
+    line.pass(milliseconds(102));
+    EXPECT_FALSE(line.ended.has_value());
+    line.pass(milliseconds(1));
     EXPECT_TRUE(line.ended.has_value());
     EXPECT_TRUE(isQuiet());
 }

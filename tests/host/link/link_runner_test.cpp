@@ -1,6 +1,7 @@
 #include "link/link_runner.h"
 
 #include <QFile>
+#include <QTimer>
 #include <algorithm>
 #include <array>
 #include <memory>
@@ -103,6 +104,19 @@ protected:
     std::optional<ReplyResult> settled;
     std::unique_ptr<LinkRunner> runner;
 };
+
+TEST_F(RunnerOnALine, TellsThatAStationIsSlowerThanItIsWaitedFor)
+{
+    line.timeout = milliseconds(20);
+    line.isTimeoutFixed = true;
+    slave.arrived = [this](const QByteArray&) {
+        QTimer::singleShot(200, [this]() { slave.send(hex(readReply)); });
+    };
+    pollOneWord(1);
+    ASSERT_TRUE(waitUntil([this]() { return !notices.empty(); }));
+    EXPECT_THAT(notices.front(), ::testing::StartsWith("station 1 answers after "));
+    EXPECT_THAT(notices.front(), ::testing::EndsWith(": raise --timeout"));
+}
 
 TEST_F(RunnerOnALine, BadRepliesAreCountedByTheirKind)
 {

@@ -21,14 +21,16 @@ protected:
         settings.device = device;
         line = std::make_unique<ListeningLine>(
             settings, ListeningEvents{[this](const Heard& each) { heard.push_back(each); },
-                                      [this](bool isOpen, const std::string& /*message*/) {
+                                      [this](bool isOpen, const std::string& message) {
                                           opened.push_back(isOpen);
+                                          messages.push_back(message);
                                       }});
         line->open();
     }
 
     std::vector<Heard> heard;
     std::vector<bool> opened;
+    std::vector<std::string> messages;
     std::unique_ptr<ListeningLine> line;
 };
 
@@ -68,6 +70,24 @@ TEST_F(AListeningLine, OverANetworkIsOpenOnceTheConnectionIsMade)
     EXPECT_EQ(opened, std::vector<bool>());
     ASSERT_TRUE(waitUntil([this]() { return !opened.empty(); }));
     EXPECT_EQ(opened, std::vector<bool>{true});
+}
+
+TEST_F(AListeningLine, SaysOnceWhyItIsNotOpenAndTriesOn)
+{
+    QTcpServer server;
+    ASSERT_TRUE(server.listen(QHostAddress::LocalHost));
+    const quint16 port = server.serverPort();
+    const std::string name = "port tcp://127.0.0.1:" + std::to_string(port);
+    server.close();
+    begin(QString::fromStdString(name.substr(name.find("tcp"))));
+    ASSERT_TRUE(waitUntil([this]() { return !opened.empty(); }));
+    EXPECT_EQ(messages.front(), name +
+                                    " cannot be used: 127.0.0.1 refuses the connection: "
+                                    "nothing listens on port " +
+                                    std::to_string(port) + " there");
+    ASSERT_TRUE(server.listen(QHostAddress::LocalHost, port));
+    ASSERT_TRUE(waitUntil([this]() { return opened.back(); }));
+    EXPECT_EQ(messages, (std::vector<std::string>{messages.front(), name + " is open"}));
 }
 
 } // namespace

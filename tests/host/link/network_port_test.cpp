@@ -158,6 +158,18 @@ TEST_F(ALineOverANetwork, IsTriedUntilThereIsSomebodyAndTheReasonIsToldOnce)
     expectTold(true, " is open");
 }
 
+TEST_F(ALineOverANetwork, SaysWhyItIsNotMadeAgain)
+{
+    begin();
+    expectTold(true, " is open");
+    server.close();
+    far->abort();
+    expectTold(false, " is gone");
+    expectTold(false,
+               " cannot be used: 127.0.0.1 refuses the connection: nothing listens on port " +
+                   std::to_string(port) + " there");
+}
+
 TEST_F(ALineOverANetwork, IsNotOpenWhereTheOtherSideClosesItAtOnce)
 {
     closesAtOnce = true;

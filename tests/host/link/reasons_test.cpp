@@ -292,6 +292,25 @@ TEST(Reasons, HaveANameAndAKeyEach)
     EXPECT_EQ(keys.size(), static_cast<std::size_t>(reasonCount));
 }
 
+TEST(Reasons, NameWhatIsNotHandedOn)
+{
+    struct {
+        StrayKind kind;
+        const char* name;
+        const char* key;
+    } const rows[] = {{StrayKind::noise, "no frame", "noFrame"},
+                      {StrayKind::echo, "echo of the request", "echo"},
+                      {StrayKind::otherStation, "another station", "anotherStation"},
+                      {StrayKind::otherFunction, "another function", "anotherFunction"},
+                      {StrayKind::otherRequest, "another request", "anotherRequest"},
+                      {StrayKind::late, "late", "late"},
+                      {StrayKind::surplus, "more than was asked for", "surplus"}};
+    for (const auto& row : rows) {
+        EXPECT_STREQ(nameOf(row.kind), row.name);
+        EXPECT_STREQ(keyOf(row.kind), row.key);
+    }
+}
+
 } // namespace
 
 } // namespace dov417

@@ -32,7 +32,7 @@ protected:
     {
         ExchangeLine line;
         line.write = [this](const QByteArray& bytes) { sent.push_back(bytes); };
-        line.bytesWait = []() { return false; };
+        line.bytesWait = [this]() { return bytesWait; };
         line.wakeAt = [this](Clock::time_point when) { wake = when; };
         line.sleep = [this]() { wake = Clock::time_point::max(); };
         line.sent = [](const Transmission&) {};
@@ -108,6 +108,7 @@ protected:
     ExchangeSettings settings;
     std::unique_ptr<TcpExchange> exchange;
     Clock::time_point now = Clock::time_point() + std::chrono::hours(1);
+    bool bytesWait = false; // at the port, not handed on yet
     Clock::time_point wake = Clock::time_point::max();
     std::vector<QByteArray> sent;
     std::vector<Stray> strays;
@@ -245,8 +246,9 @@ TEST_F(ATcpExchange, ThrowsAwayWhatIsAnsweredToABroadcast)
 {
     ask("0006050A002A", 0);
     reply(mark(), "0006050A002A");
+    pass(milliseconds(99));
     EXPECT_FALSE(ended) << "controllers have their time to digest it all the same";
-    pass(milliseconds(100));
+    pass(milliseconds(1));
     ASSERT_TRUE(ended);
     EXPECT_EQ(ended->reception.result, LineResult::broadcast);
     ask("0103050A0001", 7);
@@ -254,6 +256,22 @@ TEST_F(ATcpExchange, ThrowsAwayWhatIsAnsweredToABroadcast)
     EXPECT_FALSE(ended);
     ASSERT_EQ(strays.size(), 2U);
     EXPECT_EQ(strays.back().kind, StrayKind::late);
+}
+
+TEST_F(ATcpExchange, GivesUpNoRequestWhoseReplyLiesAtThePort)
+{
+    for (const bool comes : {true, false}) {
+        ask("0103050A0001", 7);
+        bytesWait = true;
+        pass(seconds(comes ? 1 : 2)); // once it has taken one, it is given 1.5
+        EXPECT_FALSE(ended);
+        bytesWait = false; // handed on, or thrown away
+        if (comes)
+            reply(mark(), "010302002A");
+        pass(milliseconds(10));
+        ASSERT_TRUE(ended);
+        EXPECT_EQ(ended->reception.result, comes ? LineResult::reply : LineResult::timeout);
+    }
 }
 
 TEST_F(ATcpExchange, GivesUpAConnectionThatSendsSomethingElse)
