@@ -3,6 +3,7 @@
 #define DOV417_TESTS_HAND_LINE_H
 
 #include <functional>
+#include <gtest/gtest.h>
 #include <memory>
 #include <optional>
 #include <string>
@@ -72,7 +73,12 @@ public:
     void pass(Clock::duration time)
     {
         const Clock::time_point until = now + time;
-        while (wake_ <= until) {
+        for (int rounds = 0; wake_ <= until; rounds = wake_ > now ? 0 : rounds + 1) {
+            if (rounds == maxRounds) {
+                ADD_FAILURE() << "it is woken again and again";
+                wake_ = Clock::time_point::max();
+                break;
+            }
             now = std::max(now, wake_);
             wake_ = Clock::time_point::max();
             exchange->timerDue(now);
@@ -108,6 +114,8 @@ public:
     std::function<void(const Transmission&)> ends = [](const Transmission&) {}; // a marker
 
 private:
+    static constexpr int maxRounds = 1000; // at one time
+
     int words_ = 0;
     Clock::time_point wake_ = Clock::time_point::max();
 };
