@@ -1,16 +1,20 @@
 #include "live/child_process.h"
 
 #include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QStringList>
 #include <QTemporaryFile>
 #include <cerrno>
 #include <csignal>
-#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
-#include <sys/prctl.h>
+#include <poll.h>
+#include <spawn.h>
 #include <sys/socket.h>
+#include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
+#include <vector>
 
 #include "line/failure.h"
 
@@ -20,49 +24,73 @@ namespace {
 
 constexpr int patienceMilliseconds = 3000;
 
-} // namespace
-
-ChildProcess::ChildProcess() : parent_(getpid())
+void closeEnd(int& descriptor)
 {
-#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
-    setChildProcessModifier([this]() { becomeChild(); });
-#endif
+    if (descriptor >= 0)
+        ::close(descriptor);
+    descriptor = -1;
 }
+
+// How it is started: which descriptors it keeps, in a group of its own, and without the signals
+// that the parent ignores.
+class Start {
+public:
+    Start()
+    {
+        posix_spawn_file_actions_init(&files_);
+        posix_spawnattr_init(&attributes_);
+        sigset_t defaults;
+        sigemptyset(&defaults);
+        sigaddset(&defaults, SIGTERM);
+        sigaddset(&defaults, SIGPIPE);
+        posix_spawnattr_setsigdefault(&attributes_, &defaults);
+        // Ctrl-C reaches the whole group; the parent ends its child when it has finished with it.
+        posix_spawnattr_setpgroup(&attributes_, 0);
+        posix_spawnattr_setflags(&attributes_,
+                                 static_cast<short>(POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETPGROUP));
+    }
+    ~Start()
+    {
+        posix_spawn_file_actions_destroy(&files_);
+        posix_spawnattr_destroy(&attributes_);
+    }
+    Start(const Start&) = delete;
+    Start& operator=(const Start&) = delete;
+
+    // Stays open over exec, under that number.
+    void keep(int descriptor, int as)
+    {
+        posix_spawn_file_actions_adddup2(&files_, descriptor, as);
+    }
+    // Throws a Failure where there is no such program, or no room for one more.
+    pid_t run(std::vector<std::string> arguments) const
+    {
+        std::vector<char*> texts;
+        for (std::string& argument : arguments)
+            texts.push_back(argument.data());
+        texts.push_back(nullptr);
+        pid_t id = 0;
+        const int error =
+            posix_spawn(&id, texts.front(), &files_, &attributes_, texts.data(), environ);
+        if (error != 0)
+            throw Failure("cannot start " + arguments.front() + ": " + std::strerror(error));
+        return id;
+    }
+
+private:
+    posix_spawn_file_actions_t files_;
+    posix_spawnattr_t attributes_;
+};
+
+} // namespace
 
 ChildProcess::~ChildProcess()
 {
-    if (state() != NotRunning) {
-        kill();
-        waitForFinished(patienceMilliseconds);
-    }
-    closeChildEnd();
-}
-
-void ChildProcess::closeChildEnd()
-{
-    if (childEnd_ >= 0)
-        ::close(childEnd_);
-    childEnd_ = -1;
-}
-
-#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
-void ChildProcess::setupChildProcess()
-{
-    becomeChild();
-}
-#endif
-
-// Runs in the child, between fork and exec.
-void ChildProcess::becomeChild() const
-{
-    // Ctrl-C reaches the whole group; the parent ends its child when it has finished with it.
-    setpgid(0, 0);
-    signal(SIGTERM, SIG_DFL); // whatever the parent ignores
-    prctl(PR_SET_PDEATHSIG, SIGTERM);
-    if (getppid() != parent_) // it has ended already: no signal would come
-        _exit(EXIT_FAILURE);
-    if (childEnd_ >= 0)
-        fcntl(childEnd_, F_SETFD, 0); // stays open over exec
+    ended_ = nullptr;
+    if (id_ != 0)
+        kill(id_, SIGKILL);
+    waitForEnd();
+    closeEnd(childEnd_);
 }
 
 int ChildProcess::connectChild()
@@ -70,7 +98,7 @@ int ChildProcess::connectChild()
     int ends[2] = {-1, -1};
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0)
         throw Failure(std::string("no pair of sockets: ") + std::strerror(errno));
-    closeChildEnd();
+    closeEnd(childEnd_);
     childEnd_ = ends[1];
     return ends[0];
 }
@@ -81,31 +109,126 @@ void ChildProcess::begin(const std::string& task, const std::string& record)
     if (QCoreApplication::arguments().value(1) == QLatin1String(childMark))
         throw Failure(
             "this program is its own child and does not call runAsChild() first in main()");
-    // Of any length, and no pipe: nothing has to be written once the child is there. The child's
-    // end is opened by start(), so the file may go then.
+    // Of any length, and no pipe: nothing has to be written once the child is there.
     QTemporaryFile input;
     if (!input.open() || input.write(record.data(), static_cast<qint64>(record.size())) < 0 ||
-        !input.flush())
+        !input.flush() || !input.seek(0))
         throw Failure("no temporary file: " + input.errorString().toStdString());
-    setStandardInputFile(input.fileName());
-    setProcessChannelMode(ForwardedErrorChannel);
-    struct sigaction brokenPipe = {};
-    sigaction(SIGPIPE, nullptr, &brokenPipe);
-    QStringList arguments = {QString::fromLatin1(childMark), QString::fromStdString(task)};
-    if (childEnd_ >= 0)
-        arguments.append(QString::number(childEnd_));
-    start(QCoreApplication::applicationFilePath(), arguments); // also where there is no /proc
-    // QProcess leaves SIGPIPE ignored; restored, so that an output which nobody reads any more ends
-    // the program.
-    sigaction(SIGPIPE, &brokenPipe, nullptr);
-    closeChildEnd(); // the child's own is another one
+    int ends[2] = {-1, -1};
+    if (pipe2(ends, O_CLOEXEC) != 0)
+        throw Failure(std::string("no pipe: ") + std::strerror(errno));
+    outputEnd_ = ends[0];
+    fcntl(outputEnd_, F_SETFL, O_NONBLOCK);
+    try {
+        Start start;
+        start.keep(input.handle(), STDIN_FILENO);
+        start.keep(ends[1], STDOUT_FILENO);
+        std::vector<std::string> arguments = {
+            QCoreApplication::applicationFilePath().toStdString(), // also where there is no /proc
+            childMark, task, std::to_string(getpid())};
+        if (childEnd_ >= 0) {
+            start.keep(childEnd_, childEnd_);
+            arguments.push_back(std::to_string(childEnd_));
+        }
+        id_ = start.run(arguments);
+    } catch (const Failure&) {
+        closeEnd(ends[1]);
+        closeEnd(outputEnd_);
+        throw;
+    }
+    closeEnd(ends[1]); // the child's own are others
+    closeEnd(childEnd_);
+    notifier_ = std::make_unique<QSocketNotifier>(outputEnd_, QSocketNotifier::Read);
+    QObject::connect(notifier_.get(), &QSocketNotifier::activated, notifier_.get(),
+                     [this]() { read(); });
+}
+
+void ChildProcess::onEnded(std::function<void()> ended)
+{
+    ended_ = std::move(ended);
+}
+
+pid_t ChildProcess::id() const
+{
+    return id_;
+}
+
+const std::string& ChildProcess::output() const
+{
+    return output_;
+}
+
+// ---- what it says ---------------------------------------------------------------------------
+
+void ChildProcess::read()
+{
+    char bytes[4096];
+    while (id_ != 0) {
+        const ssize_t count = ::read(outputEnd_, bytes, sizeof bytes);
+        if (count > 0)
+            output_.append(bytes, static_cast<std::size_t>(count));
+        else if (count < 0 && errno == EAGAIN)
+            return;
+        else if (count == 0 || errno != EINTR)
+            reap(); // only the child had the other end
+    }
+}
+
+bool ChildProcess::waitForOutput(int milliseconds)
+{
+    pollfd output = {outputEnd_, POLLIN, 0};
+    if (id_ == 0 || poll(&output, 1, milliseconds) == 0)
+        return false;
+    read();
+    return true;
+}
+
+std::optional<std::string> ChildProcess::waitForLine(int milliseconds)
+{
+    while (output_.find('\n') == std::string::npos)
+        if (!waitForOutput(milliseconds))
+            return std::nullopt;
+    return output_.substr(0, output_.find('\n'));
+}
+
+// ---- its end --------------------------------------------------------------------------------
+
+void ChildProcess::reap()
+{
+    notifier_->setEnabled(false);
+    int status = 0;
+    pid_t gone = -1;
+    do
+        gone = waitpid(id_, &status, 0);
+    while (gone < 0 && errno == EINTR);
+    exitCode_ = gone == id_ && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    id_ = 0;
+    closeEnd(outputEnd_);
+    if (ended_)
+        QMetaObject::invokeMethod(
+            notifier_.get(),
+            [this]() {
+                if (const std::function<void()> ended = std::exchange(ended_, nullptr))
+                    ended();
+            },
+            Qt::QueuedConnection);
+}
+
+int ChildProcess::waitForEnd()
+{
+    while (waitForOutput(-1)) {
+    }
+    return exitCode_;
 }
 
 // One that stays ends with this object.
 void ChildProcess::endPolitely()
 {
-    terminate();
-    waitForFinished(patienceMilliseconds);
+    if (id_ != 0)
+        kill(id_, SIGTERM);
+    const QDeadlineTimer patience(patienceMilliseconds);
+    while (!patience.hasExpired() && waitForOutput(static_cast<int>(patience.remainingTime()))) {
+    }
 }
 
 } // namespace dov417

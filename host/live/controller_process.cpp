@@ -23,11 +23,11 @@ ControllerProcess::ControllerProcess(const simulator::SimulationOptions& options
     : channel_(child_.connectChild(), [this](const std::string& line) { answered(line); })
 {
     child_.begin(controllerTask, toRecord(options));
-    while (!child_.canReadLine())
-        if (!child_.waitForReadyRead(startMilliseconds))
-            throw Failure("the simulated controller does not start: " +
-                          child_.errorString().toStdString());
-    const std::string line = child_.readLine().trimmed().toStdString();
+    const std::optional<std::string> said = child_.waitForLine(startMilliseconds);
+    if (!said)
+        throw Failure(std::string("the simulated controller does not start: ") +
+                      (child_.id() == 0 ? "it has ended" : "it says nothing"));
+    const std::string& line = *said;
     if (line.compare(0, announcement.size(), announcement) != 0)
         throw Failure("the simulated controller says: " + line);
     port_ = line.substr(announcement.size());
@@ -45,7 +45,7 @@ const std::string& ControllerProcess::port() const
 
 long long ControllerProcess::processId() const
 {
-    return child_.processId();
+    return child_.id();
 }
 
 void ControllerProcess::setConditions(const simulator::Conditions& conditions)

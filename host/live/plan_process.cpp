@@ -91,12 +91,7 @@ PlanReport planned(const PlanOrder& order)
 PlanProcess::PlanProcess(const PlanOrder& order, Done done, Failed failed)
     : done_(std::move(done)), failed_(std::move(failed))
 {
-    QObject::connect(&child_, &QProcess::stateChanged, &child_, [this](QProcess::ProcessState now) {
-        // From the event loop, where the process may be destroyed.
-        if (now == QProcess::NotRunning)
-            QMetaObject::invokeMethod(
-                &child_, [this]() { ended(); }, Qt::QueuedConnection);
-    });
+    child_.onEnded([this]() { ended(); });
     child_.begin(planTask, json(order).dump());
 }
 
@@ -105,13 +100,13 @@ void PlanProcess::ended()
     PlanReport report;
     std::string reason;
     try {
-        const json answer = json::parse(child_.readAllStandardOutput().toStdString());
+        const json answer = json::parse(child_.output());
         if (answer.contains(failureName))
             reason = answer.at(failureName).get<std::string>();
         else
             report = answer.at(reportName).get<PlanReport>();
     } catch (const json::exception&) {
-        reason = "planning broke off: " + child_.errorString().toStdString();
+        reason = "planning broke off: its process has ended";
     }
     // Whoever is told may destroy this.
     const Done done = std::move(done_);

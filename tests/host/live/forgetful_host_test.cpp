@@ -19,7 +19,7 @@ constexpr const char* forgetfulTask = "forgetful";
 
 bool isForgetfulHost(int argc, char** argv)
 {
-    return argc == 3 && std::strcmp(argv[2], forgetfulTask) == 0;
+    return argc >= 3 && std::strcmp(argv[2], forgetfulTask) == 0;
 }
 
 int runForgetfulHost(int argc, char** argv)
@@ -34,8 +34,7 @@ int runForgetfulHost(int argc, char** argv)
     try {
         ChildProcess child;
         child.begin(forgetfulTask, "");
-        child.waitForFinished(-1);
-        return child.exitCode() + 1; // so many of them were there
+        return child.waitForEnd() + 1; // so many of them were there
     } catch (const Failure& failure) {
         std::fputs(failure.what(), stderr);
         return 1;
