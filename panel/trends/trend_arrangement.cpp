@@ -103,10 +103,15 @@ void match(Wanted& wanted, const PanelValue& watched)
 
 // ---- a value --------------------------------------------------------------------------------
 
-bool operator==(const TrendValue& a, const TrendValue& b)
+bool isDrawnAlike(const TrendValue& a, const TrendValue& b)
 {
     return a.name == b.name && a.address == b.address && a.isResolved == b.isResolved &&
-           a.isWatched == b.isWatched && a.at == b.at && a.format == b.format;
+           a.at == b.at && a.format == b.format;
+}
+
+bool operator==(const TrendValue& a, const TrendValue& b)
+{
+    return isDrawnAlike(a, b) && a.isWatched == b.isWatched;
 }
 
 // No unit is called so.

@@ -30,6 +30,8 @@ struct TrendValue {
     std::string axis() const;
 };
 bool operator==(const TrendValue& a, const TrendValue& b);
+// To a plot it is all one whether they are watched.
+bool isDrawnAlike(const TrendValue& a, const TrendValue& b);
 const char* trendBitsAxis();
 TrendValue trendValueOf(const PanelValue& value);
 // What the value's bits are, for people, with its unit.

@@ -107,12 +107,18 @@ QSize TrendPlot::sizeHint() const
 
 void TrendPlot::setGroup(const TrendGroup& group, int firstNumber)
 {
+    const bool isSame = !curves_.empty() && firstNumber == firstNumber_ &&
+                        std::equal(group.values.begin(), group.values.end(), group_.values.begin(),
+                                   group_.values.end(), isDrawnAlike);
+    group_ = group;
+    firstNumber_ = firstNumber;
+    if (isSame)
+        return; // to make hundreds of curves takes long
     for (TrendCurve* const curve : curves_) {
         curve->detach();
         delete curve;
     }
     curves_.clear();
-    group_ = group;
     const std::vector<std::string> axes = group.axes();
     int number = firstNumber;
     auto lane =

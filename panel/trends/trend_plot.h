@@ -92,6 +92,7 @@ private:
 
     const TrendClock& clock_;
     TrendGroup group_;
+    int firstNumber_ = 0;             // of its first curve
     std::vector<TrendCurve*> curves_; // the plot's own
     QwtPlotGrid* const grid_;
     // In the plot while it is shown alone, as it makes all of itself anew with each curve.
