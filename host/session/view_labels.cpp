@@ -18,32 +18,32 @@ std::string textOf(const View& view, const ViewLabel& label, const ValueBytes& v
 
 } // namespace
 
+void labelViews(const Library& library, const Item& item, std::vector<ViewLabel>& labels)
+{
+    const Address& address = item.address;
+    const int count = valueCount(address);
+    const int step = address.length / std::max(1, count);
+    const std::vector<std::string> texts = // the driver takes longer over them than all else
+        addressTexts(library, address.regName, address.first, count, step);
+    const bool isTag = texts.empty() || item.name != toText(address, texts.front(), texts.back());
+    const std::string place = std::to_string(address.station) + "/" + address.regName + ":";
+    for (int i = 0; i < count; ++i) {
+        ViewLabel label;
+        label.address = place + texts.at(static_cast<std::size_t>(i));
+        label.name = !isTag       ? label.address
+                     : count == 1 ? item.name
+                                  : item.name + "[" + std::to_string(i) + "]";
+        label.format = item.format;
+        labels.push_back(std::move(label));
+    }
+}
+
 std::vector<ViewLabel> labelViews(const Library& library, const std::vector<Item>& items)
 {
     std::vector<ViewLabel> labels;
     labels.reserve(items.size());
-    for (const Item& item : items) {
-        const Address& address = item.address;
-        const int count = valueCount(address);
-        const int step = address.length / std::max(1, count);
-        const std::string whole = toText(library, address);
-        const bool isTag = item.name != whole;
-        const std::string place = std::to_string(address.station) + "/" + address.regName + ":";
-        const std::vector<std::string> texts =
-            address.length == 1
-                ? std::vector<std::string>()
-                : addressTexts(library, address.regName, address.first, count, step);
-        for (int i = 0; i < count; ++i) {
-            ViewLabel label;
-            label.address =
-                address.length == 1 ? whole : place + texts.at(static_cast<std::size_t>(i));
-            label.name = !isTag       ? label.address
-                         : count == 1 ? item.name
-                                      : item.name + "[" + std::to_string(i) + "]";
-            label.format = item.format;
-            labels.push_back(std::move(label));
-        }
-    }
+    for (const Item& item : items)
+        labelViews(library, item, labels);
     return labels;
 }
 

@@ -19,6 +19,8 @@ struct ViewLabel {
 
 // One label for each view that a session makes of these items, in the same order.
 std::vector<ViewLabel> labelViews(const Library& library, const std::vector<Item>& items);
+// Those of one item, behind the others.
+void labelViews(const Library& library, const Item& item, std::vector<ViewLabel>& labels);
 
 // Adds the format to the names of those that are written differently and are called the same:
 // "1/R_D:10@float".

@@ -252,13 +252,20 @@ Address parseAddress(const Library& library, int station, const std::string& reg
 
 std::string toText(const Library& library, const Address& address)
 {
-    std::string text = std::to_string(address.station) + "/" + address.regName + ":" +
-                       addressText(library, address.regName, address.first);
+    const int last = static_cast<int>(std::int64_t(address.first) + address.length - 1);
+    return toText(address, addressText(library, address.regName, address.first),
+                  address.width == Width::bit && address.length > 1
+                      ? addressText(library, address.regName, last)
+                      : std::string());
+}
+
+std::string toText(const Address& address, const std::string& first, const std::string& lastBit)
+{
+    std::string text = std::to_string(address.station) + "/" + address.regName + ":" + first;
     if (address.length > 1) {
         const int last = static_cast<int>(std::int64_t(address.first) + address.length - 1);
         // The second word of the highest double word has no text of its own type.
-        text += ".." + (address.width == Width::bit ? addressText(library, address.regName, last)
-                                                    : std::to_string(last));
+        text += ".." + (address.width == Width::bit ? lastBit : std::to_string(last));
     }
     return text;
 }

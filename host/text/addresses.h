@@ -68,6 +68,8 @@ void requireAccess(const Library& library, const Address& address, Access access
 
 // In full: "1/R_W:100..107", "2/R_D:10..11", "1/M_bit:1.5".
 std::string toText(const Library& library, const Address& address);
+// The same for who has asked already how its first unit is written and, of several bits, its last.
+std::string toText(const Address& address, const std::string& first, const std::string& lastBit);
 
 // The sentence that belongs to a check code.
 std::string checkSentence(const Library& library, int code, const std::string& regName,

@@ -38,7 +38,7 @@ void PanelDesk::open(const LineSetup& setup, const simulator::SimulationOptions&
     forgetLine();
     setup_ = setup;
     ownController_ = controller;
-    line_.open(setup, watchedAddresses(tags_.items), controller);
+    line_.open(setup, watched_, controller);
     book_.watch(line_.generation(), book_.addresses());
     state_.phase = LinePhase::opening;
     state_.port = setup.port;
@@ -85,11 +85,12 @@ void PanelDesk::setConditions(const simulator::Conditions& conditions)
 
 void PanelDesk::setItems(const std::vector<Item>& items)
 {
-    const std::vector<Address> before = watchedAddresses(tags_.items);
     tags_ = panelTags(library_, items);
-    const std::vector<Address> watched = watchedAddresses(items);
-    if (watched != before)
-        watch(watched);
+    std::vector<Address> watched = watchedAddresses(items);
+    if (watched != watched_) {
+        watched_ = std::move(watched);
+        watch(watched_);
+    }
     emit tagsChanged();
 }
 
@@ -114,7 +115,8 @@ void PanelDesk::beginProject(const std::vector<Item>& items)
     ownController_ = {};
     recipe_ = 0;
     recipeValues_ = 0;
-    line_.leave(watchedAddresses(items).size());
+    watched_ = watchedAddresses(items);
+    line_.leave(watched_.size());
     writes_.clear();
     emit writesChanged();
     emit projectBegan();

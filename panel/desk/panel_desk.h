@@ -184,6 +184,7 @@ private:
     const Library& library_;
     std::vector<Area> areas_;
     PanelTags tags_;
+    std::vector<Address> watched_; // of its items
     StationNames stationNames_;
     ValueBook book_;
     LineSetup setup_;

@@ -115,19 +115,22 @@ PanelTags panelTags(const Library& library, const std::vector<Item>& items)
 {
     PanelTags tags;
     tags.items = items;
-    std::vector<ViewLabel> labels = labelViews(library, items);
+    std::size_t values = 0;
+    for (const Item& item : items)
+        values += static_cast<std::size_t>(valueCount(item.address));
+    tags.values.reserve(values);
     std::unordered_set<std::string> writable;
-    tags.values.reserve(labels.size());
+    std::vector<ViewLabel> labels; // of one item: there may be many thousands
     std::size_t place = 0;
     for (const Item& item : items) {
-        const int count = valueCount(item.address);
         const std::string locked = whyLocked(library, item.address, writable);
         const SharedItem shared(item);
-        for (int i = 0; i < count; ++i) {
-            const Address address = valueOf(item.address, i);
-            ViewLabel& label = labels.at(tags.values.size());
-            tags.values.push_back({std::move(label), address, shared, place, locked});
-        }
+        labels.clear();
+        labelViews(library, item, labels);
+        int i = 0;
+        for (ViewLabel& label : labels)
+            tags.values.push_back(
+                {std::move(label), valueOf(item.address, i++), shared, place, locked});
         ++place;
     }
     return tags;
