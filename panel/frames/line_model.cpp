@@ -10,6 +10,7 @@
 #include "line/replace_file.h"
 #include "live/log_entries.h"
 #include "panel/desk/panel_clock.h"
+#include "panel/desk/request_words.h"
 #include "panel/desk/write_failure.h"
 
 namespace dov417 {
@@ -262,7 +263,9 @@ QString LineModel::text(int row, int column) const
         return directionText(each.entry.direction);
     case meaning:
         return (each.isTrouble ? QStringLiteral("\u2717 ") : QString()) +
-               QString::fromStdString(each.entry.meaning);
+               (each.entry.direction == Direction::note
+                    ? withAddresses(each.entry.meaning)
+                    : QString::fromStdString(each.entry.meaning));
     case bytes:
         return QString::fromStdString(hexText(each.entry.bytes));
     default:

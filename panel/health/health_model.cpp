@@ -6,6 +6,7 @@
 #include <map>
 
 #include "line/frame_text.h"
+#include "panel/desk/request_words.h"
 
 namespace dov417 {
 
@@ -64,9 +65,9 @@ HealthRow remarkRow(const QString& text)
 
 QString remarkOf(const RequestCounters& counters)
 {
-    return QString::fromStdString(counters.notAsked > 0 && !counters.whyNotAsked.empty()
-                                      ? counters.whyNotAsked
-                                      : counters.givenUp);
+    return withAddresses(counters.notAsked > 0 && !counters.whyNotAsked.empty()
+                             ? counters.whyNotAsked
+                             : counters.givenUp);
 }
 
 QString remarkOf(const StationTime& time)
@@ -83,7 +84,7 @@ std::vector<HealthRow> rowsOf(const LinkStatistics& statistics, const StationNam
     std::map<int, std::vector<HealthRow>> stations; // the first row is the station's
     for (const std::string& request : statistics.order) {
         HealthRow row;
-        row.name = QString::fromStdString(request);
+        row.name = withAddresses(request);
         row.counters = statistics.requests.at(request);
         std::vector<HealthRow>& rows = stations[row.counters.station];
         if (rows.empty()) {

@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "line/frame_text.h"
+#include "panel/desk/request_words.h"
 
 namespace dov417 {
 
@@ -62,11 +63,6 @@ bool isSilent(const RequestCounters& counters)
 QString milliseconds(Micros duration)
 {
     return QString::number(static_cast<double>(duration.count()) / 1000.0, 'f', 0);
-}
-
-QString plainName(const std::string& request)
-{
-    return QString::fromStdString(request).simplified();
 }
 
 QString strayAdvice()
@@ -163,7 +159,7 @@ Sentence onSilentRequest(const LineFacts& facts)
             return AdviceTexts::tr("Station %1 answers others, but not %2: some controllers say "
                                    "nothing where they do not have an address.")
                 .arg(counters.station)
-                .arg(plainName(name));
+                .arg(withAddresses(name));
     }
     return std::nullopt;
 }
@@ -180,7 +176,7 @@ Sentence onRefused(const LineFacts& facts, const IsMeant& isMeant, const QString
             if (times >= fewest && isMeant(code, counters)) {
                 if (first.isEmpty())
                     first = AdviceTexts::tr("%1 is refused with exception %2 (%3).")
-                                .arg(plainName(name))
+                                .arg(withAddresses(name))
                                 .arg(code)
                                 .arg(QString::fromStdString(exceptionName(code)));
                 ++others;

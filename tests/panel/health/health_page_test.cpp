@@ -161,11 +161,11 @@ TEST_F(TheHealthPage, CountsEachRequestBelowItsStation)
     options.stations = {1, 2};
     watch({"R_W:100", "2/T:3"});
     open();
-    ASSERT_TRUE(waitUntil([this]() { return count("read  2#T3(1)", HealthModel::good) > 5; }));
-    EXPECT_EQ(cell("station 1", HealthModel::good), cell("read  1#R_W100(1)", HealthModel::good));
-    EXPECT_EQ(cell("station 2", HealthModel::sent), cell("read  2#T3(1)", HealthModel::sent));
+    ASSERT_TRUE(waitUntil([this]() { return count("read 2/T:3", HealthModel::good) > 5; }));
+    EXPECT_EQ(cell("station 1", HealthModel::good), cell("read 1/R_W:100", HealthModel::good));
+    EXPECT_EQ(cell("station 2", HealthModel::sent), cell("read 2/T:3", HealthModel::sent));
     EXPECT_THAT(remarkBelow("station 2"), StartsWith("answers after "));
-    EXPECT_EQ(cell("read  2#T3(1)", HealthModel::badCrc), "");
+    EXPECT_EQ(cell("read 2/T:3", HealthModel::badCrc), "");
     EXPECT_TRUE(table->isColumnHidden(HealthModel::others));
     EXPECT_THAT(text("advice"), StartsWith("\u2713 Each request of the last minute"));
     EXPECT_THAT(text("brief"), HasSubstr("link good"));
@@ -190,7 +190,7 @@ TEST_F(TheHealthPage, SaysThatNothingComesAtAll)
     stopController(true);
     EXPECT_TRUE(waitUntil([this]() { return advises("\u26a0 No byte comes."); }));
     stopController(false);
-    EXPECT_GE(count("read  1#R_W100(1)", HealthModel::noByte), 3);
+    EXPECT_GE(count("read 1/R_W:100", HealthModel::noByte), 3);
     EXPECT_THAT(text("linkHistory"), HasSubstr("\u2717 failing"));
 }
 
@@ -201,9 +201,9 @@ TEST_F(TheHealthPage, NamesTheStationThatAloneIsSilent)
     EXPECT_TRUE(waitUntil([this]() { return advises("Only station 3 is silent."); }));
     // The echo before it is not answered, and so it does not go out at first.
     EXPECT_FALSE(table->isColumnHidden(HealthModel::notSent));
-    EXPECT_GT(count("read  3#R_W5(1)", HealthModel::notSent), 0);
+    EXPECT_GT(count("read 3/R_W:5", HealthModel::notSent), 0);
     EXPECT_FALSE(table->isColumnHidden(HealthModel::abandoned));
-    EXPECT_NE(remarkBelow("read  3#R_W5(1)"), "there is none");
+    EXPECT_NE(remarkBelow("read 3/R_W:5"), "there is none");
 }
 
 TEST_F(TheHealthPage, NamesTheExceptionsOfARequest)
@@ -212,9 +212,9 @@ TEST_F(TheHealthPage, NamesTheExceptionsOfARequest)
     watch({"R_W:100"});
     openWithoutWaiting();
     EXPECT_TRUE(waitUntil([this]() {
-        return advises("read 1#R_W100(1) is refused with exception 2 (illegal data address)");
+        return advises("read 1/R_W:100 is refused with exception 2 (illegal data address)");
     }));
-    EXPECT_THAT(cell("read  1#R_W100(1)", HealthModel::exceptions),
+    EXPECT_THAT(cell("read 1/R_W:100", HealthModel::exceptions),
                 HasSubstr("\u00d7 2 (illegal data address)"));
 }
 
@@ -227,7 +227,7 @@ TEST_F(TheHealthPage, ShowsItsWordsInFull)
     openWithoutWaiting();
     ASSERT_TRUE(waitUntil([this]() {
         return count("station 1", HealthModel::badCrc) > 10 &&
-               cell("read  1#R_W100(1)", HealthModel::exceptions).size() > 20;
+               cell("read 1/R_W:100", HealthModel::exceptions).size() > 20;
     }));
     EXPECT_THAT(cell("station 1", HealthModel::exceptions), testing::EndsWith(" \u00d7 2"));
     EXPECT_THAT(remarkBelow("station 1"), StartsWith("answers after "));
@@ -283,7 +283,7 @@ TEST_F(TheHealthPage, CountsAnewOnAnotherLine)
 {
     watch({"R_W:100"});
     open();
-    ASSERT_TRUE(waitUntil([this]() { return count("read  1#R_W100(1)", HealthModel::good) > 0; }));
+    ASSERT_TRUE(waitUntil([this]() { return count("read 1/R_W:100", HealthModel::good) > 0; }));
     LineSetup nowhere;
     nowhere.port = "/dev/there-is-none";
     desk.open(nowhere);
