@@ -46,7 +46,7 @@ std::string countersText(const RequestCounters& counters)
                          " good" + reasonsText(counters);
     const std::pair<long long, const char*> rare[] = {{counters.notSent, "not sent"},
                                                       {counters.retries, "retries"},
-                                                      {counters.abandoned, "abandoned"},
+                                                      {counters.abandoned, "given up"},
                                                       {counters.forgotten, "forgotten"},
                                                       {counters.parts, "parts"}};
     for (const auto& [times, name] : rare)
@@ -55,7 +55,7 @@ std::string countersText(const RequestCounters& counters)
     if (counters.notAsked > 0)
         result += ", " + std::to_string(counters.notAsked) + " " +
                   (counters.whyNotAsked.empty() ? "not asked" : counters.whyNotAsked);
-    return counters.givenUp.empty() ? result : result + "; given up: " + counters.givenUp;
+    return counters.givenUp.empty() ? result : result + "; given up last: " + counters.givenUp;
 }
 
 std::string cyclesText(const Durations& cycles)

@@ -53,10 +53,10 @@ TEST(Statistics, SumUpWhatHappenedToEachRequest)
     for (const char* const expected :
          {"over 4.0 s",
           "all requests: 14 sent, 8 good, 3 x no byte came, 1 x bad CRC, "
-          "3 x exception 2 (illegal data address), 4 retries, 1 abandoned, 3.5 polls/s",
+          "3 x exception 2 (illegal data address), 4 retries, 1 given up, 3.5 polls/s",
           "no whole cycle, line 25.0 % used by bytes", "link good",
           "read  1#R_W10(5): 10 sent, 7 good, 3 x exception 2 (illegal data address), 2 retries",
-          "write 1#T5(1): 4 sent, 1 good, 3 x no byte came, 1 x bad CRC, 2 retries, 1 abandoned"})
+          "write 1#T5(1): 4 sent, 1 good, 3 x no byte came, 1 x bad CRC, 2 retries, 1 given up"})
         EXPECT_NE(text.find(expected), std::string::npos) << expected << "\nin\n" << text;
 }
 
@@ -97,7 +97,7 @@ TEST(Statistics, SayWhyARequestWasLastGivenUp)
     statistics.of("write 1#T5(1)").givenUp = "no answer: no byte came";
     EXPECT_EQ(requestStatistics(statistics),
               (std::vector<std::string>{
-                  "write 1#T5(1): 0 sent, 0 good; given up: no answer: no byte came"}));
+                  "write 1#T5(1): 0 sent, 0 good; given up last: no answer: no byte came"}));
 }
 
 TEST(Statistics, TellTheMinimumMedianAndMaximumOfTheCycles)
