@@ -289,7 +289,7 @@ bool isNumberedEcho(const QByteArray& frame)
 
 std::string echoText(const QByteArray& frame)
 {
-    return "diagnostics echo, number " + std::to_string(wordAt(frame, 4));
+    return "check (diagnostics echo), number " + std::to_string(wordAt(frame, 4));
 }
 
 } // namespace

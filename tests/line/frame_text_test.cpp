@@ -197,9 +197,9 @@ TEST(FrameText, AnyBytesOfAnyLengthGetAText)
 
 TEST(FrameText, NamesADiagnosticsEchoByItsNumber)
 {
-    EXPECT_EQ(request("01 08 00 00 01 02"), "station 1: diagnostics echo, number 258");
+    EXPECT_EQ(request("01 08 00 00 01 02"), "station 1: check (diagnostics echo), number 258");
     EXPECT_EQ(reply("01 08 00 00 01 02", "01 08 00 00 01 02"),
-              "station 1: diagnostics echo, number 258");
+              "station 1: check (diagnostics echo), number 258");
     EXPECT_EQ(request("01 08 00 01 01 02"), "station 1: function 8") << "another sub-function";
 }
 
