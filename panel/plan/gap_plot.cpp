@@ -12,7 +12,8 @@ namespace dov417 {
 
 namespace {
 
-constexpr int shortestAxis = 16; // words
+constexpr int shortestAxis = 16;  // words
+constexpr double nearEdge = 0.15; // of the axis: a text in its middle would be cut off there
 
 double cycleMs(const GapOutcome& outcome)
 {
@@ -102,8 +103,11 @@ void GapPlot::show(const std::vector<GapOutcome>& outcomes, int gap)
         const auto after =
             std::find_if(outcomes.begin(), outcomes.end(),
                          [gap](const GapOutcome& each) { return each.firstGap > gap; });
-        mark(inUse_, std::min<double>(gap, end), *(after - 1), tr("in use"),
-             Qt::AlignBottom | Qt::AlignHCenter);
+        const double place = std::min<double>(gap, end);
+        mark(inUse_, place, *(after - 1), tr("in use"),
+             Qt::AlignBottom | (place < end * nearEdge         ? Qt::AlignRight
+                                : place > end * (1 - nearEdge) ? Qt::AlignLeft
+                                                               : Qt::AlignHCenter));
         double top = 0;
         for (const QPointF& point : points)
             top = std::max(top, point.y());

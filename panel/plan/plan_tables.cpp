@@ -49,7 +49,8 @@ QString remarksOf(const PlannedRequest& request, RemarkLength how)
         remarks.append((how == RemarkLength::inBrief
                             ? PlanRequestsModel::tr("\u26a0 over %1 registers")
                             : PlanRequestsModel::tr("\u26a0 more than the %1 registers that a "
-                                                    "strict controller answers: see max-registers"))
+                                                    "strict controller answers: set Registers in "
+                                                    "one request, among the settings of the line"))
                            .arg(maxWordsOfARead));
     return remarks.join(QStringLiteral("; "));
 }

@@ -151,7 +151,7 @@ TEST_F(ThePlanPage, ShowsWhatGoesBeyondTheLimitAndThePartsWithAMaximum)
     EXPECT_THAT(column("planRequests", 5), ElementsAre("\u26a0 over 125 registers"));
     const auto* const requests = page->findChild<QTableView*>("planRequests")->model();
     EXPECT_THAT(requests->index(0, 5).data(Qt::ToolTipRole).toString().toStdString(),
-                HasSubstr("a strict controller answers: see max-registers"));
+                HasSubstr("a strict controller answers: set Registers in one request"));
     EXPECT_THAT(column("planGaps", 3).front(), HasSubstr("1 over 125"));
     page.reset();
 

@@ -1,9 +1,11 @@
-// What no request reads, and what two of them read, on the page of the plan. No plan of the
-// driver's own has either with the tags of today; whoever sees a value there is to know that it
-// never comes.
+// What no request reads, what two of them read, and what is past 125 words, on the page of the
+// plan. No plan of the driver's own has either of the first with the tags of today; whoever sees a
+// value there is to know that it never comes.
 #include <QApplication>
 #include <QLabel>
 #include <QTableView>
+#include <qwt_plot_canvas.h>
+#include <qwt_plot_marker.h>
 
 #include "panel/plan/plan_page.h"
 #include "panel_world.h"
@@ -104,6 +106,41 @@ TEST_F(APlanWithHoles, CrossesOutEachWordThatIsNotRead)
     map->setCurrentIndex(map->model()->index(1, 1));
     EXPECT_THAT(page.findChild<QLabel*>("planWord")->text().toStdString(),
                 StartsWith("1/R_W:33: \u2717 watched, and no request reads it (1/R_D:32"));
+}
+
+TEST_F(APlanWithHoles, PutsASignIntoEachWordThatAStrictControllerDoesNotAnswer)
+{
+    watch({"R_W:0..127"});
+    ASSERT_TRUE(waitUntil([&]() { return !page.isBusy(); }));
+    const int plain = filled(cell(3, 28));
+    EXPECT_GT(plain, 20) << "the 125th";
+    for (const int column : {29, 30}) { // the 128th ends the request, and is narrower
+        EXPECT_LT(filled(cell(3, column)), plain);
+        EXPECT_EQ(inked(cell(3, column)), inked(cell(3, 28))) << "it is watched all the same";
+    }
+}
+
+// The gap in use may be longer than all that makes a difference, or none at all.
+TEST_F(APlanWithHoles, NamesTheGapInUseWithinThePlot)
+{
+    watch({"R_W:0", "R_W:5"});
+    const auto* const plot = page.findChild<GapPlot*>();
+    for (const int gap : {0, 3, 8, 15, 20, 128}) {
+        desk.setGap(gap);
+        ASSERT_TRUE(waitUntil([&]() { return !page.isBusy(); }));
+        QApplication::processEvents();
+        for (QwtPlotItem* const item : plot->itemList(QwtPlotItem::Rtti_PlotMarker)) {
+            const auto* const mark = dynamic_cast<const QwtPlotMarker*>(item);
+            const double at = plot->transform(mark->xAxis(), mark->xValue());
+            const double width = mark->label().textSize().width() + mark->spacing();
+            const bool isLeft = mark->labelAlignment().testFlag(Qt::AlignLeft);
+            const bool isRight = mark->labelAlignment().testFlag(Qt::AlignRight);
+            const double begin = isLeft ? at - width : isRight ? at : at - width / 2;
+            EXPECT_GE(begin, 0) << gap << mark->label().text().toStdString();
+            EXPECT_LE(begin + width, plot->canvas()->width())
+                << gap << mark->label().text().toStdString();
+        }
+    }
 }
 
 } // namespace
