@@ -3,10 +3,12 @@
 #include <QApplication>
 #include <QProcess>
 #include <QScrollBar>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QWheelEvent>
 #include <algorithm>
 #include <fstream>
+#include <sstream>
 
 #include "made_views.h"
 #include "panel/desk/panel_clock.h"
@@ -417,6 +419,25 @@ TEST_F(TheLinePage, KeepsItsMemory)
     EXPECT_GE(rows(), static_cast<int>(LineModel::maxRows / 2));
     EXPECT_THAT(cell(rows() - static_cast<int>(passed.size()) - 1, LineModel::meaning),
                 HasSubstr("7 frame(s) are missing here"));
+}
+
+// Else one thing has two names in the window; a log is read by others, and keeps the driver's.
+TEST(ALineModel, NamesRequestsInRemarksAsAddressesAndRecordsThemAsTheyWere)
+{
+    const std::string remark = "station 1 answers others, but not 1#R_W9000(5) since 10:00:00";
+    Passed note;
+    note.text = remark;
+    const std::vector<Area> areas;
+    LineModel model(areas);
+    model.add(model.rowsOf({note}, nullptr), 0);
+    EXPECT_EQ(model.index(0, LineModel::meaning).data().toString().toStdString(),
+              "station 1 answers others, but not 1/R_W:9000..9004 since 10:00:00");
+    const QTemporaryDir folder;
+    const std::string file = folder.filePath("line.log").toStdString();
+    model.save(file, "");
+    std::stringstream saved;
+    saved << std::ifstream(file).rdbuf();
+    EXPECT_THAT(saved.str(), HasSubstr(remark));
 }
 
 } // namespace
