@@ -105,7 +105,7 @@ class Reasons(EndToEnd):
         reads = self.reads_heard()
         unsent = f", {2 - reads} not sent" if reads < 2 else ""
         self.assertRegex(done.stdout, f"all requests: {reads} sent, 0 good, 2 x {name}{unsent}, ")
-        self.assertRegex(done.stdout, f"given up: {words}\n")
+        self.assertRegex(done.stdout, f"given up last: {words}\n")
         with open(log, encoding="utf-8") as file:
             self.assertRegex(file.read(), logged or words.replace(":", " within 300 ms:", 1))
 
