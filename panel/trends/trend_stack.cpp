@@ -249,6 +249,8 @@ bool TrendStack::draw()
     }
     isDrawing_ = false;
     if (drawn_ < plots_.size()) {
+        // Else the next turn would not know that a picture was begun.
+        isChanged_ = isChanged_ || drawn_ == 0;
         turnTimer_.start(0);
         return false;
     }

@@ -4,6 +4,7 @@
 #include <qwt_date_scale_draw.h>
 #include <qwt_scale_widget.h>
 
+#include "made_trends.h"
 #include "panel/pictures.h"
 #include "panel/trends/trends_page.h"
 #include "panel_world.h"
@@ -53,6 +54,25 @@ protected:
     TrendsPage page{desk};
     TrendStack* stack = nullptr;
 };
+
+// It stands still: nothing else comes that would have it drawn.
+TEST_F(ManyTrendPlots, AreDrawnAlsoWhereTheFirstTakesMoreThanOneTurn)
+{
+    constexpr int events = 2 * static_cast<int>(TrendStack::eventsPerTurn) + 1;
+    TrendHistory history;
+    const TrendClock clock;
+    TrendGroup group;
+    group.values = {trendValueOf(desk.tags().values.front())};
+    for (int i = 0; i < events; ++i)
+        tell(history, wordView(group.values.front().at, i % 100, i * 1e-3, i * 1e-3));
+    TrendStack standing(history, clock);
+    standing.resize(600, 400);
+    standing.show();
+    standing.arrange([](TrendView& view) { view.choose(second(0), second(events * 1e-3)); });
+    standing.setPlots({group});
+    ASSERT_TRUE(waitUntil([&]() { return standing.draw(); }));
+    EXPECT_GT(standing.plots().front()->curves().front()->dataSize(), 100U);
+}
 
 TEST_F(ManyTrendPlots, ShowNoTimeBeforeTheyAreDrawn)
 {
