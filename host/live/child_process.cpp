@@ -66,6 +66,7 @@ public:
     pid_t run(std::vector<std::string> arguments) const
     {
         std::vector<char*> texts;
+        texts.reserve(arguments.size() + 1);
         for (std::string& argument : arguments)
             texts.push_back(argument.data());
         texts.push_back(nullptr);
