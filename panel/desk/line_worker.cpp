@@ -202,6 +202,7 @@ void LineWorker::close()
     if (session_)
         session_->close(why); // tells what becomes of its writes
     recipes_.end(why);
+    state(); // what it has not been told of by then
     session_.reset();
     own_.follow(nullptr);
     live_.reset();
@@ -309,7 +310,8 @@ LineState LineWorker::state()
 {
     state_.cycles = cycles_;
     state_.writesUnderWay = session_ ? session_->writesUnderWay() : 0;
-    state_.doubts = session_ ? session_->doubts() : 0;
+    if (session_)
+        state_.doubts = session_->doubts();
     state_.isGood = !session_ || session_->statistics().linkIsGood;
     return state_;
 }

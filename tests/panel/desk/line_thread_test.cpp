@@ -128,6 +128,10 @@ TEST_F(LineInAThread, CountsHowOftenRepliesTurnedOutToComeTwice)
     EXPECT_TRUE(waitUntil([&]() { return state.doubts == 1 && areGood(); }));
     line.close();
     EXPECT_TRUE(waitUntil([&]() { return state.phase == LinePhase::closed; }));
+    EXPECT_EQ(state.doubts, 1) << "it may not have been told before";
+    line.open(setup, watched);
+    book.watch(line.generation(), watched);
+    EXPECT_TRUE(waitUntil([&]() { return state.phase == LinePhase::open && areGood(); }));
     EXPECT_EQ(state.doubts, 0) << "another line begins anew";
 }
 
