@@ -43,6 +43,8 @@ def held(word, register, address):
 
 
 class Faults(EndToEnd):
+    side_by_side = True
+
     def test_every_write_is_done_when_one_reply_in_ten_suffers(self):
         # All kinds side by side: each mostly waits for replies that do not come.
         with concurrent.futures.ThreadPoolExecutor(max_workers=len(KINDS)) as pool:

@@ -299,6 +299,8 @@ class Cable:
 class EndToEnd(unittest.TestCase):
     """A folder of its own, and everything closed at the end."""
 
+    side_by_side = False  # its tests are an entry of ctest each, as they wait for long (list_tests.py)
+
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)

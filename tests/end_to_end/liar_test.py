@@ -152,6 +152,8 @@ class ReplyThatComesTwice(LyingLine):
 class OfLateReplies(LyingLine):
     """A test for each kind, below."""
 
+    side_by_side = True
+
 
 def scenario(kind):
     def test(self):

@@ -1,4 +1,5 @@
-"""Names every test of a module, one a line: module.Class.test."""
+"""Names what runs as one entry of ctest, one a line: each class of these modules, module.Class, or each
+test, module.Class.test, of a class whose tests wait for long."""
 
 import sys
 import unittest
@@ -8,8 +9,11 @@ def walk(tests):
     for test in tests:
         if isinstance(test, unittest.TestSuite):
             yield from walk(test)
-        else:
+        elif test.side_by_side:
             yield test.id()
+        else:
+            yield test.id().rsplit(".", 1)[0]
 
 
-print("\n".join(walk(unittest.defaultTestLoader.loadTestsFromName(sys.argv[1]))))
+found = dict.fromkeys(walk(unittest.defaultTestLoader.loadTestsFromNames(sys.argv[1:])))
+print("\n".join(found))

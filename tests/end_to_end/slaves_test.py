@@ -185,6 +185,8 @@ class Slave:
 
 
 class Libmodbus(Slave, EndToEnd):
+    side_by_side = True
+
     def server(self, port):
         return (os.environ["LIBMODBUS_SERVER"], port)
 
