@@ -3,13 +3,14 @@
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QStringList>
-#include <QTemporaryFile>
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
+#include <sys/mman.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -29,6 +30,33 @@ void closeEnd(int& descriptor)
     if (descriptor >= 0)
         ::close(descriptor);
     descriptor = -1;
+}
+
+struct Descriptor {
+    explicit Descriptor(int descriptor) : number(descriptor) {}
+    ~Descriptor()
+    {
+        closeEnd(number);
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    int number;
+};
+
+// To be read from its beginning; of any length, and no pipe: nothing has to be written once the
+// child is there. No QTemporaryFile: as that is closed it goes back to its beginning, and with it
+// the child, which may be reading by then.
+bool writeRecord(const std::string& text, const Descriptor& file)
+{
+    std::size_t written = 0;
+    while (written < text.size()) {
+        const ssize_t count = ::write(file.number, text.data() + written, text.size() - written);
+        if (count < 0 && errno != EINTR)
+            return false;
+        written += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+    }
+    return lseek(file.number, 0, SEEK_SET) == 0;
 }
 
 // How it is started: which descriptors it keeps, in a group of its own, and without the signals
@@ -92,6 +120,7 @@ ChildProcess::~ChildProcess()
         kill(id_, SIGKILL);
     waitForEnd();
     closeEnd(childEnd_);
+    closeEnd(outputEnd_);
 }
 
 int ChildProcess::connectChild()
@@ -110,35 +139,27 @@ void ChildProcess::begin(const std::string& task, const std::string& record)
     if (QCoreApplication::arguments().value(1) == QLatin1String(childMark))
         throw Failure(
             "this program is its own child and does not call runAsChild() first in main()");
-    // Of any length, and no pipe: nothing has to be written once the child is there.
-    QTemporaryFile input;
-    if (!input.open() || input.write(record.data(), static_cast<qint64>(record.size())) < 0 ||
-        !input.flush() || !input.seek(0))
-        throw Failure("no temporary file: " + input.errorString().toStdString());
+    const Descriptor input(memfd_create("record", MFD_CLOEXEC));
+    if (!writeRecord(record, input))
+        throw Failure(std::string("no file for a record: ") + std::strerror(errno));
     int ends[2] = {-1, -1};
     if (pipe2(ends, O_CLOEXEC) != 0)
         throw Failure(std::string("no pipe: ") + std::strerror(errno));
     outputEnd_ = ends[0];
+    const Descriptor output(ends[1]);
     fcntl(outputEnd_, F_SETFL, O_NONBLOCK);
-    try {
-        Start start;
-        start.keep(input.handle(), STDIN_FILENO);
-        start.keep(ends[1], STDOUT_FILENO);
-        std::vector<std::string> arguments = {
-            QCoreApplication::applicationFilePath().toStdString(), // also where there is no /proc
-            childMark, task, std::to_string(getpid())};
-        if (childEnd_ >= 0) {
-            start.keep(childEnd_, childEnd_);
-            arguments.push_back(std::to_string(childEnd_));
-        }
-        id_ = start.run(arguments);
-    } catch (const Failure&) {
-        closeEnd(ends[1]);
-        closeEnd(outputEnd_);
-        throw;
+    Start start;
+    start.keep(input.number, STDIN_FILENO);
+    start.keep(output.number, STDOUT_FILENO);
+    std::vector<std::string> arguments = {
+        QCoreApplication::applicationFilePath().toStdString(), // also where there is no /proc
+        childMark, task, std::to_string(getpid())};
+    if (childEnd_ >= 0) {
+        start.keep(childEnd_, childEnd_);
+        arguments.push_back(std::to_string(childEnd_));
     }
-    closeEnd(ends[1]); // the child's own are others
-    closeEnd(childEnd_);
+    id_ = start.run(arguments);
+    closeEnd(childEnd_); // the child's own is another
     notifier_ = std::make_unique<QSocketNotifier>(outputEnd_, QSocketNotifier::Read);
     QObject::connect(notifier_.get(), &QSocketNotifier::activated, notifier_.get(),
                      [this]() { read(); });
