@@ -16,7 +16,7 @@ test_packages="clang-format libgtest-dev libgmock-dev libmodbus-dev libqt5serial
 bench_packages="libbenchmark-dev libmodbus-dev libqt5serialbus5-dev valgrind python3"
 
 arm_packages="g++ cmake ninja-build qtbase5-dev g++-arm-linux-gnueabihf g++-arm-linux-gnueabi
-  qemu-user mmdebstrap googletest"
+  qemu-user mmdebstrap"
 qt_packages="$build_packages $test_packages qt6-base-dev qt6-serialport-dev"
 package_packages="dpkg-dev mmdebstrap lintian desktop-file-utils appstream g++-arm-linux-gnueabihf g++-arm-linux-gnueabi
   qemu-user"
