@@ -104,11 +104,13 @@ TEST_F(PartsOnALine, AStationShowsByItselfWhatItTakesAndIsToldOfOnce)
     EXPECT_EQ(counters.parts, 2 * counters.sent + 1);
     EXPECT_THAT(requestStatistics(session->statistics()).at(0), HasSubstr(" parts"));
 
-    // Another line may lead to another controller.
-    open(learnedMaximum, 128);
+    // Another line may lead to another controller. (The last request to the first one may still
+    // come.)
     counts.clear();
-    ASSERT_TRUE(waitUntil([this]() { return !counts.empty() && allAreGood(); }));
-    EXPECT_EQ(counts.front(), 128);
+    open(learnedMaximum, 128);
+    ASSERT_TRUE(waitUntil([this]() { return counts.size() > 2 && allAreGood(); }));
+    counts.erase(counts.begin(), std::find(counts.begin(), counts.begin() + 1, 128));
+    EXPECT_THAT(counts, Each(128));
 }
 
 TEST_F(PartsOnALine, WhereItIsForbiddenTheRequestIsRefused)
