@@ -60,8 +60,11 @@ quietly() {
   }
 }
 
-# What must not happen once: a wrong value, a race, a crash, an error that a sanitizer saw.
+# What must not happen once: a wrong value, a race, a crash, an error that a sanitizer saw. An entry may hold
+# tests of Python, of which the second name is.
 never_again='Sanitizer|runtime error:|\*\*\*(Exception|Timeout|Not Run)|#[0-9]+: [^ ]*(late|liar|threads|soak)'
+failed_in_python='^(FAIL|ERROR): '
+never_again+="|$failed_in_python.*([Ll]ate|liar)"
 
 # FOLDER CTEST-OPTION...: says how many passed, or shows those that did not. Tests that play a serial
 # line have the time-outs of a line, which a machine that compiles besides may miss. So a few that fail
@@ -73,7 +76,8 @@ run_tests() {
   ctest --test-dir "$@" --output-on-failure -j $((3 * $(nproc))) >"$log" 2>&1 || {
     grep -vE ' Passed |^ *Start |^\[( RUN| +OK|---)' "$log" >"$log.failed"
     cat "$log.failed" >&2
-    if [ ! -s "$failures" ] || [ "$(wc -l <"$failures")" -gt 3 ] || grep -qE "$never_again" "$log.failed"; then
+    if [ ! -s "$failures" ] || [ "$(wc -l <"$failures")" -gt 3 ] ||
+      [ "$(grep -cE "$failed_in_python" "$log.failed")" -gt 3 ] || grep -qE "$never_again" "$log.failed"; then
       fail "tests failed in $1"
     fi
     ctest --test-dir "$1" --rerun-failed --output-on-failure >"$log.again" 2>&1 || {

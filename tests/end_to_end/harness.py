@@ -299,7 +299,8 @@ class Cable:
 class EndToEnd(unittest.TestCase):
     """A folder of its own, and everything closed at the end."""
 
-    side_by_side = False  # its tests are an entry of ctest each, as they wait for long (list_tests.py)
+    # True: each of its tests is an entry of ctest, as they wait for long (list_tests.py).
+    side_by_side = False
 
     def setUp(self):
         folder = tempfile.TemporaryDirectory()

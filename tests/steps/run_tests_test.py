@@ -44,14 +44,21 @@ class TestsThatFail(unittest.TestCase):
         self.assertIn("by themselves too", done.stdout)
 
     def test_more_than_three(self):
-        done = self.check(*((name, "exit 1") for name in ("a", "b", "c", "d")))
-        self.assertEqual(done.returncode, 1)
+        for tests in (
+                [(name, "exit 1") for name in ("a", "b", "c", "d")],
+                [("a", "echo 'FAIL: test_one (a_test.A.test_one)'; " * 4 + "exit 1")]):
+            with self.subTest(tests):
+                done = self.check(*tests)
+                self.assertEqual(done.returncode, 1)
+                self.assertNotIn("themselves", done.stdout)
 
     def test_what_must_not_happen_once(self):
         for name, first in (
                 ("wrong_liar_test", "false # a wrong value"),
                 ("late.bench", "exit 1"),
                 ("threads", "exit 1"),
+                ("within", "echo 'FAIL: test_a_late_reply (request_test.Request.test_a_late_reply)'; exit 1"),
+                ("class", "echo 'ERROR: test_counted (modbus_tcp_test.Late.test_counted)'; exit 1"),
                 ("memory", "echo '==7==ERROR: AddressSanitizer: heap-use-after-free'; exit 1"),
                 ("shift", "echo 'a.cpp:7:1: runtime error: shift exponent 40'; exit 1"),
                 ("crash", "kill -SEGV $$")):
