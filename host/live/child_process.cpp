@@ -3,7 +3,6 @@
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QStringList>
-#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -52,9 +51,11 @@ bool writeRecord(const std::string& text, const Descriptor& file)
     std::size_t written = 0;
     while (written < text.size()) {
         const ssize_t count = ::write(file.number, text.data() + written, text.size() - written);
-        if (count < 0 && errno != EINTR)
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0)
             return false;
-        written += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+        written += static_cast<std::size_t>(count);
     }
     return lseek(file.number, 0, SEEK_SET) == 0;
 }
@@ -140,7 +141,7 @@ void ChildProcess::begin(const std::string& task, const std::string& record)
         throw Failure(
             "this program is its own child and does not call runAsChild() first in main()");
     const Descriptor input(memfd_create("record", MFD_CLOEXEC));
-    if (!writeRecord(record, input))
+    if (input.number < 0 || !writeRecord(record, input))
         throw Failure(std::string("no file for a record: ") + std::strerror(errno));
     int ends[2] = {-1, -1};
     if (pipe2(ends, O_CLOEXEC) != 0)

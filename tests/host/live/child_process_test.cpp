@@ -10,7 +10,6 @@
 #include <functional>
 #include <gmock/gmock.h>
 #include <spawn.h>
-#include <utility>
 
 #include "live/controller_process.h"
 #include "live/plan_process.h"
@@ -58,7 +57,7 @@ TEST(AChildProcess, SaysNothingOnceItHasEndedWithoutALine)
 // As on a busy machine, on which the child is ahead of its parent.
 TEST(AChildProcess, ReadsItsRecordOnceWhereItsParentIsSlow)
 {
-    onceStarted = [&](pid_t id) {
+    onceStarted = [](pid_t id) {
         const QDeadlineTimer patience(patienceMs);
         while (readSoFar(id) == 0 && !patience.hasExpired()) {
         }
