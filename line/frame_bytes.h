@@ -9,17 +9,22 @@ namespace dov417 {
 constexpr int functionIndex = 1;
 constexpr int addressIndex = 2;
 constexpr int quantityIndex = 4;
+constexpr int exceptionCodeIndex = 2; // of a reply that is an exception
 constexpr int addressEnd = quantityIndex;
 constexpr int crcLength = 2;
-constexpr int minFrameLength = 4;       // station, function, CRC
-constexpr int exceptionLength = 5;      // station, function, code, CRC
-constexpr int exceptionFlag = 0x80;     // in the function of a reply
-constexpr int noPathBehindGateway = 10; // exception codes that no station sends itself
+constexpr int minFrameLength = 4;   // station, function, CRC
+constexpr int exceptionLength = 5;  // station, function, code, CRC
+constexpr int exceptionFlag = 0x80; // in the function of a reply
+constexpr int illegalFunction = 1;  // exception codes
+constexpr int illegalAddress = 2;
+constexpr int illegalValue = 3;         // of the quantity, too: more than the station takes at once
+constexpr int noPathBehindGateway = 10; // those that no station sends itself
 constexpr int noAnswerBehindGateway = 11;
 constexpr unsigned char broadcastStation = 0; // nobody answers it
 constexpr int maxStation = 247;
 constexpr int maxFrameLength = 265; // a write of 256 bytes of data
-constexpr int bitsPerWord = 16;     // the coils that one register would hold
+constexpr int bytesPerWord = 2;
+constexpr int bitsPerWord = 16; // the coils that one register would hold
 
 enum ModbusFunction {
     readCoils = 1,

@@ -7,13 +7,7 @@ namespace dov417::simulator {
 
 namespace {
 
-enum Exception {
-    noException = 0,
-    illegalFunction = 1,
-    illegalAddress = 2,
-    illegalValue = 3
-};
-
+constexpr int noException = 0;
 constexpr int coilOn = 0xFF00;
 constexpr int coilOff = 0x0000;
 constexpr int writeHeader = 7; // station, function, address, quantity, byte count

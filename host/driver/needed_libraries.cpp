@@ -42,7 +42,7 @@ private:
     std::string bytes_;
 };
 
-using Header = ElfW(Ehdr);
+using ElfHeader = ElfW(Ehdr);
 using Segment = ElfW(Phdr);
 using Entry = ElfW(Dyn);
 
@@ -51,7 +51,7 @@ constexpr unsigned char ownClass = sizeof(void*) == 8 ? ELFCLASS64 : ELFCLASS32;
 std::vector<Segment> segmentsOf(const Image& image)
 {
     std::vector<Segment> segments;
-    Header header;
+    ElfHeader header;
     Segment segment;
     if (!image.read(0, header) || std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0 ||
         header.e_ident[EI_CLASS] != ownClass || header.e_phentsize != sizeof segment)

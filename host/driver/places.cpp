@@ -11,16 +11,15 @@ namespace dov417 {
 namespace {
 
 constexpr int anyStation = 1;
-constexpr int bitItems = -1;                  // of KEY_ADDRESS::bitFlag
-constexpr const char* property = "0#0#0#1#2"; // a merge gap of 2: both words in one write
-constexpr int minFrame = 8;
+constexpr const char* mergingProperty = "0#0#0#1#2"; // a merge gap of 2: both words in one write
+constexpr int minRequestLength = 8;
 constexpr int maxShortNumber = 9999; // behind its kind, in five digits
 
 void startAnew(const Library& library)
 {
     int result = 0;
     library.intf_setAddrValueChangeCallBack(nullptr);
-    library.intf_initProperty(nullptr, 0, nullptr, &result, property, nullptr);
+    library.intf_initProperty(nullptr, 0, nullptr, &result, mergingProperty, nullptr);
 }
 
 // Nothing where the driver has none to send. A poll that ends a burst of writes returns nothing: it
@@ -29,7 +28,7 @@ std::optional<QByteArray> nextFrame(const Library& library)
 {
     FRAME_PRO frame = FRAME_PRO();
     for (int attempt = 0; attempt < 2; ++attempt)
-        if (library.intf_getSendFrame(&frame) == 1 && frame.sendLength >= minFrame)
+        if (library.intf_getSendFrame(&frame) == 1 && frame.sendLength >= minRequestLength)
             return QByteArray(reinterpret_cast<const char*>(frame.frame), frame.sendLength);
     return std::nullopt;
 }

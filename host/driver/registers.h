@@ -18,6 +18,8 @@ enum class Width {
     text      // nor this: all words of an address, two characters in each, are one value
 };
 
+constexpr int bitItems = -1; // of KEY_ADDRESS::bitFlag, for Width::bit
+
 // Bits of a bit type, else words, that one value takes; of a text each word of it.
 int unitsOf(Width width);
 

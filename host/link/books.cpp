@@ -10,8 +10,8 @@ namespace dov417 {
 
 namespace {
 
-constexpr int maxOver = 64;      // transmissions that are remembered
-constexpr int readReplyHead = 5; // station, function, count, CRC
+constexpr int maxOver = 64;     // transmissions that are remembered
+constexpr int aroundValues = 5; // station, function, count, CRC
 
 bool haveOneShape(const OpenTransmission& open, const QByteArray& request, int replyLength)
 {
@@ -32,7 +32,7 @@ bool fits(const OpenTransmission& open, const QByteArray& frame)
     if (byteAt(frame, functionIndex) != function || (!isUntold && frame.size() != open.replyLength))
         return false;
     if (isReadFunction(function))
-        return isUntold || byteAt(frame, 2) == ((open.replyLength - readReplyHead) & 0xFF);
+        return isUntold || byteAt(frame, 2) == ((open.replyLength - aroundValues) & 0xFF);
     const int head = echoedHead(open.sent);
     return frame.left(head) == open.sent.left(head);
 }

@@ -15,7 +15,7 @@ const char* const schemeEnd = "://";
 const char* const serialScheme = "tcp";
 const char* const modbusScheme = "mbtcp";
 constexpr int modbusPort = 502;
-const char* const form = "tcp://HOST:PORT or mbtcp://HOST[:502]";
+const char* const addressForm = "tcp://HOST:PORT or mbtcp://HOST[:502]";
 
 int portNumber(const std::string& text, const std::string& digits)
 {
@@ -38,13 +38,13 @@ std::optional<NetworkAddress> parseNetworkAddress(const std::string& text)
     const bool looksLikeHost =
         text.find('/') == std::string::npos && text.find(':') != std::string::npos;
     if (looksLikeHost)
-        throw UsageFailure(text + ": a line over a network is " + form);
+        throw UsageFailure(text + ": a line over a network is " + addressForm);
     if (end == std::string::npos)
         return std::nullopt;
     NetworkAddress address;
     address.isModbusTcp = text.substr(0, end) == modbusScheme;
     if (!address.isModbusTcp && text.substr(0, end) != serialScheme)
-        throw UsageFailure(text + ": a line over a network is " + form);
+        throw UsageFailure(text + ": a line over a network is " + addressForm);
     const std::string rest = text.substr(end + std::string(schemeEnd).size());
 
     // Colons stand within an IPv6 address too: it has brackets.
@@ -61,7 +61,8 @@ std::optional<NetworkAddress> parseNetworkAddress(const std::string& text)
     address.host = hasBrackets ? host.substr(1, bracket - 1) : host;
     if (address.host.empty() || (hasBrackets && bracket + 1 != host.size()) ||
         address.host.find_first_of("/[]@ ") != std::string::npos)
-        throw UsageFailure(text + ": '" + host + "' is no host; a line over a network is " + form);
+        throw UsageFailure(text + ": '" + host + "' is no host; a line over a network is " +
+                           addressForm);
     if (colon == std::string::npos && !address.isModbusTcp)
         throw UsageFailure(text + ": the port number is missing, as in tcp://HOST:4001");
     address.port =

@@ -13,8 +13,6 @@ namespace {
 
 // What controllers take: the protocol's own maximum, and those of small ones.
 constexpr int triedMaxima[] = {125, 60, 32, 16};
-constexpr int illegalAddress = 2;
-constexpr int illegalValue = 3;
 constexpr int headLength = 6; // station, function, address, quantity
 // A controller that is starting, or stopped, refuses everything for a while.
 constexpr std::chrono::minutes hopelessFor(1);

@@ -10,10 +10,9 @@ namespace dov417 {
 
 namespace {
 
-constexpr int head = 6;        // station, function, address, quantity
+constexpr int requestHead = 6; // station, function, address, quantity
 constexpr int writtenData = 7; // the byte count before it
 constexpr int readData = 3;
-constexpr int bytesPerWord = 2;
 
 bool carriesRun(const QByteArray& request)
 {
@@ -104,13 +103,13 @@ QByteArray partOf(const QByteArray& request, int first, int words)
 
 int partReplyLength(const QByteArray& request, int words)
 {
-    return isWrite(request) ? head + crcLength : readData + words * bytesPerWord + crcLength;
+    return isWrite(request) ? requestHead + crcLength : readData + words * bytesPerWord + crcLength;
 }
 
 QByteArray joinedReply(const QByteArray& request, const std::vector<QByteArray>& replies)
 {
     if (isWrite(request))
-        return withCrc(request.left(head)); // the echo of the whole address and quantity
+        return withCrc(request.left(requestHead)); // the echo of the whole address and quantity
     QByteArray reply = request.left(addressIndex);
     reply.append(static_cast<char>(wordsIn(request) * bytesPerWord));
     for (const QByteArray& part : replies)

@@ -7,12 +7,6 @@
 
 namespace dov417 {
 
-namespace {
-
-constexpr int exceptionCodeIndex = 2;
-
-} // namespace
-
 bool Transmission::isRead() const
 {
     return sent.size() > functionIndex && isReadFunction(functionOf(sent));

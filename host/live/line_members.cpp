@@ -8,7 +8,7 @@ namespace dov417 {
 namespace {
 
 // More than a request can span says nothing new.
-constexpr double maxGap = 65535;
+constexpr double maxMergeGap = 65535;
 constexpr double maxRetries = 1000;
 constexpr double minHorizonSeconds = 0.1;
 constexpr double maxHorizonSeconds = 3600;
@@ -63,7 +63,7 @@ const std::vector<LineMember>& lineMembers()
         {"retries", &LineSetup::retries, 1, maxRetries},
         {"probe", &LineSetup::maxProbeMs, 1, maxMs},
         {"turnaround", &LineSetup::turnaroundMs, 0, maxMs},
-        {"gap", &LineSetup::gap, 0, maxGap},
+        {"gap", &LineSetup::gap, 0, maxMergeGap},
         {"max-registers", &LineSetup::maxRegisters, minMaxRegisters, noMaximum},
     };
     return members;

@@ -6,7 +6,7 @@ namespace dov417 {
 
 namespace {
 
-long long milliseconds(Micros duration)
+long long wholeMilliseconds(Micros duration)
 {
     return std::chrono::round<std::chrono::milliseconds>(duration).count();
 }
@@ -33,9 +33,9 @@ std::optional<LogEntry> endedEntry(const Transmission& transmission, const std::
         return LogEntry{logTime(reception.lastByte), Direction::received, reception.bytes,
                         replyText(reception.bytes, transmission.sent, areas)};
     case LineResult::timeout:
-        return noteEntry(
-            reasonText(reception, transmission.replyLength,
-                       " within " + std::to_string(milliseconds(transmission.timeout)) + " ms"));
+        return noteEntry(reasonText(
+            reception, transmission.replyLength,
+            " within " + std::to_string(wholeMilliseconds(transmission.timeout)) + " ms"));
     case LineResult::heldBack:
         return noteEntry(reasonText(reception, transmission.replyLength));
     case LineResult::broadcast:

@@ -14,7 +14,7 @@ namespace dov417 {
 
 namespace {
 
-const char* const wish = "--write-manual-pages";
+const char* const pagesOption = "--write-manual-pages";
 const char* const exampleIndent = "  ";
 
 // Options stand with hyphens that can be copied; a long list may be broken at its commas.
@@ -258,7 +258,7 @@ std::string manualPage(const CLI::App& command, const std::string& name)
 
 std::optional<int> writeManualPages(const CLI::App& app, int argc, char** argv)
 {
-    if (argc != 3 || argv[1] != std::string(wish))
+    if (argc != 3 || argv[1] != std::string(pagesOption))
         return std::nullopt;
     // The page of a program with commands is written by hand.
     if (commandsOf(app).empty())

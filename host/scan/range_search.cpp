@@ -1,5 +1,6 @@
 #include "scan/range_search.h"
 
+#include "line/frame_bytes.h"
 #include "line/frame_text.h"
 #include "scan/scan_frames.h"
 
@@ -8,9 +9,6 @@ namespace dov417 {
 namespace {
 
 constexpr int maxTries = 3;
-constexpr int illegalFunction = 1;
-constexpr int illegalAddress = 2;
-constexpr int illegalValue = 3; // of the quantity: the block is longer than the controller takes
 
 } // namespace
 

@@ -10,9 +10,7 @@ namespace {
 
 constexpr int replyToAWord = 7; // station, function, count, two bytes, CRC
 constexpr int replyWithoutData = 5;
-constexpr int minFrame = 4;
 constexpr int countIndex = 2;
-constexpr int exceptionCodeIndex = 2;
 constexpr int flood = 1024; // bytes without a pause, among which there is no answer
 
 } // namespace
@@ -100,7 +98,8 @@ std::optional<ScanPiece> ScanEar::answerAt(int first) const
 // Of any sound frame at the front; 0: there is none.
 int ScanEar::soundLength() const
 {
-    for (int length = minFrame; length <= pending_.size() && length <= maxFrameLength; ++length)
+    for (int length = minFrameLength; length <= pending_.size() && length <= maxFrameLength;
+         ++length)
         if (hasGoodCrc(pending_.left(length)))
             return length;
     return 0;

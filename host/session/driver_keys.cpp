@@ -2,12 +2,6 @@
 
 namespace dov417 {
 
-namespace {
-
-constexpr int bitItems = -1;
-
-} // namespace
-
 KEY_ADDRESS keyOf(const Address& address)
 {
     KEY_ADDRESS key = KEY_ADDRESS();

@@ -9,8 +9,6 @@ namespace dov417 {
 
 namespace {
 
-constexpr int bytesPerWord = 2;
-
 // Below 1 the driver cuts single reads, too, where a write has to end.
 int maxPieceWords(int maximum, int gap)
 {

@@ -24,9 +24,9 @@ const int readReplyHead = 3;
 const int maxRequest = 128;
 
 // One station's one area.
-using Place = std::pair<int, std::string>;
+using RegisterOfStation = std::pair<int, std::string>;
 
-Place placeOf(int station, const std::string& regName)
+RegisterOfStation registerOfStation(int station, const std::string& regName)
 {
     return {station, areaOf(regName)};
 }
@@ -79,12 +79,12 @@ public:
     explicit Coverage(const Plan& plan)
     {
         for (const PlannedRequest& request : plan.requests)
-            spans_[placeOf(request.station, request.regName)].push_back(
+            spans_[registerOfStation(request.station, request.regName)].push_back(
                 {request.address, request.address + request.length});
     }
 
     // Is there one request that reads all of these words?
-    bool covers(const Place& place, int first, int count) const
+    bool covers(const RegisterOfStation& place, int first, int count) const
     {
         const auto spans = spans_.find(place);
         if (spans == spans_.end())
@@ -95,7 +95,7 @@ public:
     }
 
 private:
-    std::map<Place, std::vector<std::pair<int, int>>> spans_; // first, behind the last
+    std::map<RegisterOfStation, std::vector<std::pair<int, int>>> spans_; // first, behind the last
 };
 
 // The next gap at which another plan may come out. Requests stay apart because the hole between
@@ -129,10 +129,10 @@ bool samePlan(const Plan& a, const Plan& b)
 // Two addresses may name the same word.
 int distinctWords(const std::vector<Stretch>& stretches)
 {
-    std::set<std::pair<Place, int>> words;
+    std::set<std::pair<RegisterOfStation, int>> words;
     for (const Stretch& stretch : stretches)
         for (int i = 0; i < stretch.count; ++i)
-            words.insert({placeOf(stretch.station, stretch.regName), stretch.first + i});
+            words.insert({registerOfStation(stretch.station, stretch.regName), stretch.first + i});
     return static_cast<int>(words.size());
 }
 
@@ -251,7 +251,7 @@ std::vector<Stretch> Planner::uncovered(const Plan& plan) const
     const Coverage coverage(plan);
     std::vector<Stretch> missing;
     for (const Address& address : addresses_) {
-        const Place place = placeOf(address.station, address.regName);
+        const RegisterOfStation place = registerOfStation(address.station, address.regName);
         const Words words = wordsOf(address.width, address.first, address.length);
         bool open = false;
         for (int word = words.first; word < words.first + words.count; ++word) {
@@ -274,7 +274,7 @@ std::vector<Stretch> Planner::divided(const Plan& plan) const
         const int units = unitsOf(address);
         if (units == 1)
             continue;
-        const Place place = placeOf(address.station, address.regName);
+        const RegisterOfStation place = registerOfStation(address.station, address.regName);
         for (int word = address.first; word < address.first + address.length; word += units) {
             bool isRead = true;
             for (int i = 0; i < units; ++i)

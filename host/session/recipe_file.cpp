@@ -118,8 +118,8 @@ std::vector<RecipeEntry> readRecipe(const std::string& file, const FindItem& fin
 {
     std::vector<RecipeEntry> entries;
     const std::string inFile = file + ": ";
-    const Json json = parseFile(file);
-    for (const auto& [name, values] : json.items()) {
+    const Json recipe = parseFile(file);
+    for (const auto& [name, values] : recipe.items()) {
         try {
             entries.push_back(entryOf(find(name), values));
         } catch (const UsageFailure& failure) {
@@ -136,7 +136,7 @@ std::vector<RecipeEntry> readRecipe(const std::string& file, const FindItem& fin
 
 void writeRecipe(const std::string& file, const std::vector<RecipeEntry>& entries)
 {
-    Json json = Json::object();
+    Json recipe = Json::object();
     for (const RecipeEntry& entry : entries) {
         Json values = Json::array();
         const Address value = valueOf(entry.item.address, 0);
@@ -144,9 +144,9 @@ void writeRecipe(const std::string& file, const std::vector<RecipeEntry>& entrie
              at += static_cast<std::size_t>(byteCount(value)))
             values.push_back(
                 jsonValue(exactText(value, entry.item.format, entry.data.data() + at)));
-        json[entry.item.name] = values.size() == 1 ? values.front() : values;
+        recipe[entry.item.name] = values.size() == 1 ? values.front() : values;
     }
-    const std::string text = json.dump(2) + "\n";
+    const std::string text = recipe.dump(2) + "\n";
     if (file == "-") {
         std::fwrite(text.data(), 1, text.size(), stdout);
         return;

@@ -5,11 +5,12 @@
 #include <cstddef>
 #include <cstdio>
 
+#include "line/frame_bytes.h"
+
 namespace dov417 {
 
 namespace {
 
-constexpr std::size_t bytesPerWord = 2;
 constexpr char firstPrintable = ' ';
 constexpr char lastPrintable = '~';
 constexpr std::size_t hexDigits = 2;

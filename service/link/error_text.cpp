@@ -7,7 +7,7 @@ namespace {
 enum {
     errorReplySize = 10, // the one length at which a reply is searched for an error byte
     errorByteAt = 5,
-    maxFixedText = 80 // five numbers of up to eleven digits, ",error code:", separators
+    maxTextBesideName = 80 // five numbers of up to eleven digits, ",error code:", separators
 };
 
 } // namespace
@@ -16,7 +16,7 @@ enum {
 // written over without an allocation.
 void describeRequest(const VARIABLE& request, const QByteArray& reply, QString& text)
 {
-    const int room = static_cast<int>(request.regName.size()) + maxFixedText;
+    const int room = static_cast<int>(request.regName.size()) + maxTextBesideName;
     if (!text.isDetached() || text.capacity() < room) {
         text.resize(room);
     }

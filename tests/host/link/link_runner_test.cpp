@@ -21,8 +21,8 @@ using std::chrono::minutes;
 // R_W:10 of station 1 is register 0x050A; it holds 42.
 const char* const garbledReply = "010302002A0000";
 const char* const shortReply = "01030200";
-const char* const illegalAddress = "018302C0F1";
-const char* const illegalValue = "0183030131";
+const char* const refusedAddress = "018302C0F1";
+const char* const refusedValue = "0183030131";
 const char* const otherStation = "0203020007BD86";
 
 std::vector<Clock::time_point> polls;
@@ -125,9 +125,9 @@ TEST_F(RunnerOnALine, BadRepliesAreCountedByTheirKind)
                 {garbledReply},
                 {shortReply},
                 {shortReply},
-                {illegalAddress},
-                {illegalValue},
-                {illegalValue},
+                {refusedAddress},
+                {refusedValue},
+                {refusedValue},
                 {readReply}});
     pollOneWord(20);
     ASSERT_TRUE(waitUntil([this]() { return settled.has_value(); }));

@@ -7,7 +7,7 @@ namespace dov417 {
 
 namespace {
 
-Clock::time_point second(int count)
+Clock::time_point afterSeconds(int count)
 {
     return Clock::time_point(std::chrono::seconds(count));
 }
@@ -34,17 +34,17 @@ protected:
 
 TEST_F(TheWordTimes, AreThoseOfTheOldestWordOfAValue)
 {
-    times.add(readOf("R_W", 100, 3), second(10));
-    times.add(readOf("R_W", 103, 2), second(12));
-    EXPECT_EQ(of("R_W:100..102"), second(10));
-    EXPECT_EQ(of("R_W:103..104"), second(12));
-    EXPECT_EQ(of("R_W:101..104"), second(10));
-    EXPECT_EQ(of("R_D:103"), second(12));
+    times.add(readOf("R_W", 100, 3), afterSeconds(10));
+    times.add(readOf("R_W", 103, 2), afterSeconds(12));
+    EXPECT_EQ(of("R_W:100..102"), afterSeconds(10));
+    EXPECT_EQ(of("R_W:103..104"), afterSeconds(12));
+    EXPECT_EQ(of("R_W:101..104"), afterSeconds(10));
+    EXPECT_EQ(of("R_D:103"), afterSeconds(12));
 }
 
 TEST_F(TheWordTimes, AreNotKnownWhereNotAllOfItWasReadThere)
 {
-    times.add(readOf("R_W", 100, 3), second(10));
+    times.add(readOf("R_W", 100, 3), afterSeconds(10));
     EXPECT_EQ(of("R_W:102..103"), std::nullopt);
     EXPECT_EQ(of("2/R_W:100"), std::nullopt);
     EXPECT_EQ(of("M_W:100"), std::nullopt);
@@ -54,9 +54,9 @@ TEST_F(TheWordTimes, AreNotKnownWhereNotAllOfItWasReadThere)
 
 TEST_F(TheWordTimes, AreThoseOfTheFirstReadOfAWordAsABitIsRead)
 {
-    times.add(readOf("M_W", 1, 1), second(10));
-    times.add(readOf("M_W", 1, 1), second(20)); // a value told meanwhile may be of the first
-    EXPECT_EQ(of("M_bit:1.5"), second(10));
+    times.add(readOf("M_W", 1, 1), afterSeconds(10));
+    times.add(readOf("M_W", 1, 1), afterSeconds(20)); // a value told meanwhile may be of the first
+    EXPECT_EQ(of("M_bit:1.5"), afterSeconds(10));
 }
 
 } // namespace
