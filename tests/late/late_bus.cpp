@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "line/crc16.h"
+#include "line/frame_bytes.h"
 
 namespace dov417 {
 
@@ -11,12 +12,6 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr milliseconds longPause(300);
-
-int wordAt(const QByteArray& bytes, int index)
-{
-    return static_cast<unsigned char>(bytes.at(index)) * 256 +
-           static_cast<unsigned char>(bytes.at(index + 1));
-}
 
 QByteArray wordOf(int value)
 {
