@@ -62,10 +62,8 @@ if(CMAKE_BUILD_TYPE STREQUAL "Release")
   set_source_files_properties(${dov417_sources_for_speed} PROPERTIES COMPILE_OPTIONS -O2)
   set_source_files_properties(${dov417_sources_for_every_callback} PROPERTIES COMPILE_OPTIONS -O3)
 else() # not what panels load
-  get_target_property(protocol_sources dov417modbus_protocol SOURCES)
-  compile_together(dov417modbus_protocol ${protocol_sources})
-  get_target_property(service_sources dov417modbus_service SOURCES)
-  compile_together(dov417modbus_service ${service_sources} WITH editor=service planning=service cache=link)
+  compile_together(dov417modbus_protocol)
+  compile_together(dov417modbus_service)
 endif()
 if(DOV417_QT STREQUAL "6")
   set(dov417_library_standard 17) # Qt 6's own headers ask for it

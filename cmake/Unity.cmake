@@ -1,33 +1,17 @@
 # Unity builds. The headers of Qt, of C++ and of CLI11 take longer to compile than the sources that
-# include them, so that the files of a room are compiled together. A file that lacks an include is not
+# include them, so that the files of a library are compiled together. A file that lacks an include is not
 # noticed there: the dev preset, in which people work, compiles each file by itself.
-option(DOV417_UNITY "Compile the files of each room together" ON)
+option(DOV417_UNITY "Compile the files of each library together" ON)
 
 # So many files need so much memory that gcc spends up to a sixth of its time on looking what of it is
-# still in use. It need not look before there are two gigabytes, which no room takes.
+# still in use. It need not look before there are two gigabytes, which is all that the panel takes.
 if(DOV417_UNITY AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   add_compile_options(--param=ggc-min-expand=1000 --param=ggc-min-heapsize=2000000)
 endif()
 
-# compile_together(TARGET SOURCE... [WITH ROOM=OTHER...]): the files of each folder as one; those of a ROOM that
-# has no name within a file that its OTHER has too, as one with those of OTHER.
+# compile_together(TARGET): all its files as one, so that no two of them may have a name of their own in common.
 function(compile_together target)
-  if(NOT DOV417_UNITY)
-    return()
-  endif()
-  cmake_parse_arguments(PARSE_ARGV 1 each "" "" WITH)
-  set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
-  foreach(source IN LISTS each_UNPARSED_ARGUMENTS)
-    cmake_path(GET source PARENT_PATH room)
-    cmake_path(GET room FILENAME room)
-    set(unit ${room})
-    foreach(pair IN LISTS each_WITH)
-      if(pair MATCHES "^${room}=(.+)")
-        set(unit ${CMAKE_MATCH_1})
-      endif()
-    endforeach()
-    set_source_files_properties(${source} PROPERTIES UNITY_GROUP ${unit})
-  endforeach()
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ${DOV417_UNITY} UNITY_BUILD_BATCH_SIZE 0)
 endfunction()
 
 # parse_once(TARGET HEADER...): of other libraries, which clang goes through once for the target and for those

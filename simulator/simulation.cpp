@@ -241,3 +241,6 @@ LineServer& Simulation::line()
 }
 
 } // namespace dov417::simulator
+
+// With this file, as its headers take long.
+#include "moc_simulation.cpp"

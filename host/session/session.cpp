@@ -294,3 +294,6 @@ const LinkStatistics& Session::statistics()
 }
 
 } // namespace dov417
+
+// With this file, as its headers take long.
+#include "moc_session.cpp"
