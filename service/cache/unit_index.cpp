@@ -72,12 +72,18 @@ int appendUnit(UnitIndex& index, const UnitKey& key)
 
 } // namespace
 
-// Addresses run on, so they go in as they are and spread by themselves.
+// Addresses run on, so they go in as they are and spread by themselves, by their remainder. Qt 6
+// takes the lowest bits instead, in which the same addresses of all areas and stations would meet.
 unsigned int qHash(const UnitKey& key)
 {
     const unsigned int area = key.area.isEmpty() ? 0u : key.area.at(0).unicode();
-    return (static_cast<unsigned int>(key.station) << 20) ^ (area << 16) ^
-           static_cast<unsigned int>(key.address);
+    const unsigned int place = (static_cast<unsigned int>(key.station) << 20) ^ (area << 16) ^
+                               static_cast<unsigned int>(key.address);
+#if QT_VERSION >= 0x060000
+    return static_cast<unsigned int>(place * Q_UINT64_C(0x9E3779B97F4A7C15) >> 32);
+#else
+    return place;
+#endif
 }
 
 _DATA_ newUnit(int station, const QString& area, int address)
