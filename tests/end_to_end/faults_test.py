@@ -12,6 +12,10 @@ KINDS = (
     "echo", "slow", "any",
 )  # fmt: skip
 
+# With sanitizers everything takes three times as long, and these meet all of the code.
+if "DOV417_SANITIZED" in os.environ:
+    KINDS = ("truncate", "noise", "echo", "any")
+
 SURPLUS = (
     ": taken, but reading it back failed: a station sent more replies than it was asked for: "
     "what was read may be wrong"

@@ -11,7 +11,7 @@ namespace {
 // Deeper: dov417_late_model.
 TEST(Model, NoPathLeadsToAWrongValue)
 {
-    const ModelResult result = checkEveryKind(6);
+    const ModelResult result = checkEveryKind(5);
     EXPECT_EQ(result.wrong, "") << textOf(result);
     EXPECT_GT(result.goodReplies, 10000);
     std::printf("%s\n", textOf(result).c_str());
