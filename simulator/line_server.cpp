@@ -418,6 +418,3 @@ const LineServerCounters& LineServer::counters() const
 }
 
 } // namespace dov417::simulator
-
-// With this file, as its headers take long.
-#include "moc_line_server.cpp"

@@ -241,6 +241,3 @@ LineServer& Simulation::line()
 }
 
 } // namespace dov417::simulator
-
-// With this file, as its headers take long.
-#include "moc_simulation.cpp"

@@ -294,6 +294,3 @@ const LinkStatistics& Session::statistics()
 }
 
 } // namespace dov417
-
-// With this file, as its headers take long.
-#include "moc_session.cpp"
