@@ -17,6 +17,8 @@
 
 namespace dov417 {
 
+constexpr int stationNumbers = 256; // that a byte can be
+
 struct OpenTransmission {
     long long number = 0; // counts up over all stations; 0: not sent yet
     QByteArray sent;
@@ -89,9 +91,9 @@ private:
     Clock::duration horizon_;
     Clock::time_point copiesUntil_{};
     std::deque<OpenTransmission> open_;
-    std::deque<OpenTransmission> over_; // the last that were open
-    std::array<Written, 256> written_;  // by station; 0: broadcasts
-    std::bitset<256> answersEchoes_;    // stations
+    std::deque<OpenTransmission> over_;           // the last that were open
+    std::array<Written, stationNumbers> written_; // by station; 0: broadcasts
+    std::bitset<stationNumbers> answersEchoes_;   // stations
 };
 
 } // namespace dov417

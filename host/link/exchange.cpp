@@ -32,10 +32,14 @@ void Exchange::start(const ExchangeSettings& settings, Clock::time_point now)
     // Another run's echo that comes late is not to be taken for ours.
     nextMark_ = static_cast<unsigned short>(
         std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch()).count());
-    for (std::size_t i = 0; i < stations_.size(); ++i) {
-        Station& each = stations_.at(i);
-        each.answeredEchoBefore =
-            settings.mayMark && books_.hasAnsweredEcho(static_cast<unsigned char>(i));
+    unheard_.isUnknown = settings.isShared;
+    // Of these something is known before they are asked for the first time.
+    for (int number = 0; number < stationNumbers; ++number) {
+        if (books_.hasAnsweredEcho(static_cast<unsigned char>(number)))
+            known(static_cast<unsigned char>(number));
+    }
+    for (auto& [number, each] : stations_) {
+        each.answeredEchoBefore = settings.mayMark && books_.hasAnsweredEcho(number);
         // What a station takes is the same on a cable that was pulled for a while.
         each.listenUntil = now;
         each.isUnknown = settings.isShared;
@@ -90,9 +94,20 @@ Micros Exchange::onTheWire(int bytes) const
                                    : Micros(0);
 }
 
+Exchange::Station& Exchange::known(unsigned char station)
+{
+    return stations_.try_emplace(station, unheard_).first->second;
+}
+
+const Exchange::Station& Exchange::known(unsigned char station) const
+{
+    const auto found = stations_.find(station);
+    return found != stations_.end() ? found->second : unheard_;
+}
+
 Exchange::Station& Exchange::station()
 {
-    return stations_.at(stationOf(current_.sent));
+    return known(stationOf(current_.sent));
 }
 
 void Exchange::transact(const Transmission& request, Done done, Clock::time_point now)

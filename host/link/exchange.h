@@ -20,7 +20,7 @@
 #define DOV417_LINK_EXCHANGE_H
 
 #include <QByteArray>
-#include <array>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -97,6 +97,8 @@ private:
     };
 
     static OpenTransmission openOf(const Transmission& transmission);
+    Station& known(unsigned char station);
+    const Station& known(unsigned char station) const;
     Station& station();
     void next(Clock::time_point now);
     void drop();
@@ -158,7 +160,8 @@ private:
     ReplyCollector collector_;
     ReplyGap gap_;
     Books books_;
-    std::array<Station, 256> stations_{};
+    std::map<unsigned char, Station> stations_; // that were asked, or heard
+    Station unheard_;                           // what is assumed of the others
     State state_ = State::stopped;
     bool sendsNoMore_ = false;
 

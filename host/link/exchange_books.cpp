@@ -40,7 +40,7 @@ Exchange::Settled Exchange::settle(const QByteArray& frame, Clock::time_point no
     if (settled.answered) {
         noteAnswer(*settled.answered, now);
         const bool isAsSent = isEcho(frame) && frame == settled.answered->sent;
-        stations_.at(stationOf(frame)).numbersEchoes |= isAsSent;
+        known(stationOf(frame)).numbersEchoes |= isAsSent;
         // What comes back as it was sent may be what the adapter has heard.
         if (isEcho(settled.answered->sent) && (!isAsSent || collector_.knowsAdapter()))
             books_.answersEchoes(stationOf(frame));
@@ -54,7 +54,7 @@ Exchange::Settled Exchange::settle(const QByteArray& frame, Clock::time_point no
 // May this frame be the reply to another program's request?
 bool Exchange::mayBeOthers(const QByteArray& frame, Clock::time_point now) const
 {
-    return stations_.at(stationOf(frame)).isUnknown && now < foreignEnd_ + maxReplyTime();
+    return known(stationOf(frame)).isUnknown && now < foreignEnd_ + maxReplyTime();
 }
 
 // A station begins to answer within the horizon. This is what the request and the rest of the reply
@@ -67,7 +67,7 @@ Micros Exchange::maxReplyTime() const
 
 void Exchange::noteAnswer(const OpenTransmission& answered, Clock::time_point now)
 {
-    Station& heard = stations_.at(stationOf(answered.sent));
+    Station& heard = known(stationOf(answered.sent));
     const Transmission& onLine = isMarking_ ? marker_ : current_;
     const bool inTime =
         onLine.sent == answered.sent && onLine.reception.firstByte != Clock::time_point();

@@ -174,10 +174,9 @@ void Exchange::learnOfAdapter()
     if (!trustsEchoes_ || !collector_.knowsAdapter())
         return;
     trustsEchoes_ = false;
-    for (std::size_t i = 0; i < stations_.size(); ++i) {
-        Station& each = stations_.at(i);
+    for (auto& [number, each] : stations_) {
         if (!collector_.echoes() && each.numbersEchoes)
-            books_.answersEchoes(static_cast<unsigned char>(i));
+            books_.answersEchoes(number);
         if (collector_.echoes() && !each.closedByEcho.empty()) {
             for (const OpenTransmission& closed : each.closedByEcho)
                 books_.reopen(closed);
@@ -199,7 +198,7 @@ void Exchange::rememberClosedBy(const QByteArray& frame, Clock::time_point now)
     if (!answered || frame != answered->sent)
         return;
     trustsEchoes_ = true;
-    auto& closed = stations_.at(stationOf(frame)).closedByEcho;
+    auto& closed = known(stationOf(frame)).closedByEcho;
     // The list must not grow for months where a station answers echoes and no read.
     const auto isPast = [&](const OpenTransmission& each) {
         return each.sentAt + settings_.horizon + maxReplyTime() <= now;

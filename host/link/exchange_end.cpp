@@ -32,8 +32,7 @@ Clock::time_point Exchange::quietAt() const
     for (const OpenTransmission& open : books_.open())
         quiet = std::max(
             quiet, open.sentAt + onTheWire(static_cast<int>(open.sent.size()) + open.replyLength) +
-                       stations_.at(static_cast<unsigned char>(open.sent.at(0)))
-                           .timeout.patience(settings_.timeout));
+                       known(stationOf(open.sent)).timeout.patience(settings_.timeout));
     return quiet;
 }
 

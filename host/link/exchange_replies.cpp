@@ -284,7 +284,7 @@ void Exchange::flushLateBytes(const QByteArray& bytes, Clock::time_point now)
 // Said once for each station.
 void Exchange::nameIfSlow(unsigned char station, Micros delay)
 {
-    Station& slow = stations_.at(station);
+    Station& slow = known(station);
     const std::string text =
         slowText(stationText(station, settings_.stationNames), delay, settings_.timeout);
     if (slow.isNamed || text.empty())

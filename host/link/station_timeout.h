@@ -55,16 +55,14 @@ private:
     int silences_ = 0; // in a row
 };
 
-// Of the stations that have answered; the index is the number.
+// Of the stations that have answered; Stations maps their numbers.
 template <typename Stations>
 std::vector<StationTime> timesOf(const Stations& stations, const TimeoutSettings& settings)
 {
     std::vector<StationTime> times;
-    int number = 0;
-    for (const auto& station : stations) {
+    for (const auto& [number, station] : stations) {
         if (station.timeout.hasAnswered())
             times.push_back(station.timeout.time(number, settings));
-        ++number;
     }
     return times;
 }

@@ -24,7 +24,7 @@ void TcpExchange::start(const ExchangeSettings& settings, Clock::time_point now)
     state_ = State::idle;
     hasHeard_ = isAwaited_ = false;
     astray_ = Astray();
-    for (Station& each : stations_)
+    for (auto& [number, each] : stations_)
         each.listenUntil = now;
     // A gateway that is still busy with what another connection asked may mix them up.
     if (transmissions_ == 0)
@@ -54,7 +54,7 @@ bool TcpExchange::wasSound() const
 
 TcpExchange::Station& TcpExchange::station()
 {
-    return stations_.at(stationOf(current_.sent));
+    return stations_[stationOf(current_.sent)];
 }
 
 void TcpExchange::transact(const Transmission& request, Done done, Clock::time_point now)
@@ -195,7 +195,7 @@ void TcpExchange::lateCame(int mark, const QByteArray& frame, Clock::time_point 
 void TcpExchange::answered(unsigned char station, Micros delay, Clock::time_point now)
 {
     hasHeard_ = astray_.lineWasSound = true;
-    Station& heard = stations_.at(station);
+    Station& heard = stations_[station];
     heard.timeout.answered(delay, settings_.timeout);
     heard.listenUntil = now;
     const std::string slow =

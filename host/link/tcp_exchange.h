@@ -9,8 +9,8 @@
 #define DOV417_LINK_TCP_EXCHANGE_H
 
 #include <QByteArray>
-#include <array>
 #include <deque>
+#include <map>
 
 #include "link/line_protocol.h"
 #include "link/reply_collector.h"
@@ -73,7 +73,7 @@ private:
     ExchangeSettings settings_;
     ReplyCollector collector_{false};
     Books books_; // stays empty: nothing that is out can be mistaken by whoever comes next
-    std::array<Station, 256> stations_{};
+    std::map<unsigned char, Station> stations_; // that were asked
     State state_ = State::stopped;
     bool sendsNoMore_ = false;
     Transmission current_;
