@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "line/frame_bytes.h"
+
 namespace dov417 {
 
 void Exchange::sendNoMore()
