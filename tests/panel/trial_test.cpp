@@ -1,4 +1,5 @@
 // Whoever tries the panel without hardware finds something alive on every page.
+#include <QPushButton>
 #include <QTableView>
 
 #include "panel/frames/wire_view.h"

@@ -1,5 +1,6 @@
 #include "panel/desk/panel_language.h"
 
+#include <QCoreApplication>
 #include <QDataStream>
 #include <QDir>
 #include <QFile>
